@@ -1,0 +1,30 @@
+# Warnings, sanitizers, coverage and ccache for every target that links plc_options.
+
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_program(PLC_CCACHE ccache)
+if(PLC_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${PLC_CCACHE})
+endif()
+
+add_library(plc_options INTERFACE)
+target_compile_options(plc_options INTERFACE
+  -Wall -Wextra -Wconversion -Wshadow -Wpedantic -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  # Unique symbols would be shared by every copy of the library in a process and keep it loaded.
+  target_compile_options(plc_options INTERFACE -fno-gnu-unique)
+endif()
+if(PLC_SANITIZE)
+  target_compile_options(plc_options INTERFACE
+    -fsanitize=${PLC_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(plc_options INTERFACE -fsanitize=${PLC_SANITIZE})
+endif()
+if(PLC_COVERAGE)
+  target_compile_options(plc_options INTERFACE --coverage -fno-inline)
+  target_link_options(plc_options INTERFACE --coverage)
+endif()

@@ -1,0 +1,3 @@
+#include "Communication_Protocol.h"
+
+Communication_Protocol PLC_driver;

@@ -1,0 +1,41 @@
+#ifndef PLC_DRIVER_RESULT_CODES_H
+#define PLC_DRIVER_RESULT_CODES_H
+
+#include "plc_driver.h"
+
+namespace plc {
+
+/// What the reply handlers find; GetDriverReturnValue() turns it into the host's number.
+enum ReplyOutcome {
+    kLocalGood = 0,
+    kLocalCheckFailed = 1,
+    kLocalNothingReceived = 2,
+    kLocalWrongLength = 3,
+    kRemoteGood = 4,
+    kRemoteCheckFailed = 5,
+    kRemoteNothingReceived = 6,
+    kRemoteWrongLength = 7
+};
+
+/// Numbers in RW_VAR::result of the reply record that are not shifted by a category.
+enum HostResult {
+    kNotFinished = 0,
+    kAccepted = 1,
+    kNoBytesArrived = 41,
+    kFrameLengthWrong = 71,
+    kRemoteAccepted = 100,
+    kNotClassified = 200,
+    kLoginRefused = 201
+};
+
+} // namespace plc
+
+/// Host number of a plc::ReplyOutcome; 200 for any other code. Failures are shifted by the category
+/// of the request at the head of the queue.
+PLC_DRIVER_EXPORT int GetDriverReturnValue(int code);
+
+/// `base` plus the shift of the request at the head of the queue: its category + 1 for categories 1
+/// to 11, else 1 (also when the queue is empty).
+PLC_DRIVER_EXPORT int SwitchErrorReturn(int base);
+
+#endif

@@ -1,0 +1,90 @@
+#ifndef PLC_FRAMES_BIG_ENDIAN_H
+#define PLC_FRAMES_BIG_ENDIAN_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QtEndian>
+
+#include <cstring>
+
+namespace plc {
+
+/// Writes the fields of a frame in wire order, most significant byte first. The size is fixed at
+/// the start; what would go beyond it is not written.
+class FrameWriter {
+public:
+    explicit FrameWriter(int size) : m_frame(size, '\0') {}
+
+    FrameWriter& u8(quint8 value) { return put(&value, sizeof value); }
+    FrameWriter& u16(quint16 value)
+    {
+        value = qToBigEndian(value);
+        return put(&value, sizeof value);
+    }
+    FrameWriter& u32(quint32 value)
+    {
+        value = qToBigEndian(value);
+        return put(&value, sizeof value);
+    }
+    /// The first `count` bytes of `value`, padded with zeros.
+    FrameWriter& bytes(const QByteArray& value, int count)
+    {
+        const int present = qMin(count, int(value.size()));
+        put(value.constData(), present);
+        m_position += qMin(count - present, left());
+        return *this;
+    }
+    QByteArray frame() const { return m_frame; }
+    /// Bytes not written yet.
+    int left() const { return int(m_frame.size()) - m_position; }
+
+private:
+    FrameWriter& put(const void* field, int size)
+    {
+        if (size <= left()) {
+            std::memcpy(m_frame.data() + m_position, field, size_t(size));
+            m_position += size;
+        }
+        return *this;
+    }
+
+    QByteArray m_frame;
+    int m_position = 0;
+};
+
+/// Reads the fields of a frame in wire order, most significant byte first. Nothing is read beyond
+/// the end: fields there read as 0, and nothing is left.
+class FrameReader {
+public:
+    FrameReader(const QByteArray& frame, qint64 position)
+        : m_next(reinterpret_cast<const uchar*>(frame.constData())), m_left(int(frame.size()))
+    {
+        skip(position);
+    }
+
+    quint16 u16()
+    {
+        quint16 value = 0;
+        if (m_left >= int(sizeof value))
+            std::memcpy(&value, m_next, sizeof value);
+        skip(sizeof value);
+        return qFromBigEndian(value);
+    }
+    /// Goes on by `count` bytes, to the end at most.
+    void skip(qint64 count)
+    {
+        const int step = int(qBound(qint64(0), count, qint64(m_left)));
+        m_next += step;
+        m_left -= step;
+    }
+    /// The bytes from here on; `left()` of them.
+    const uchar* here() const { return m_next; }
+    int left() const { return m_left; }
+
+private:
+    const uchar* m_next;
+    int m_left;
+};
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,64 @@
+#include "write_request.h"
+
+#include "Communication_Protocol.h"
+#include "frame_layer.h"
+#include "image/local_data.h"
+#include "symbols/type_codes.h"
+
+namespace {
+
+/// A frame beyond this is a mistake of the host. The wire states 16 bits of the length anyway, and
+/// no PLC takes such a frame.
+const int kLargestFrame = 16 * 1024 * 1024;
+
+/// Value bytes that each entry of the batch carries. A length that is negative, or too large for
+/// any frame, carries none.
+struct ValueSizes {
+    int bytes[plc::kBatchCapacity];
+    int frameSize = plc::kRequestOverhead;
+
+    explicit ValueSizes(int count)
+    {
+        for (int i = 0; i < count; ++i) {
+            const int length = PLC_driver.batch[i].length;
+            const bool fits = length > 0 && length <= kLargestFrame - frameSize;
+            bytes[i] = fits ? length : 0;
+            frameSize += plc::kEntryHeaderSize + bytes[i];
+        }
+    }
+};
+
+} // namespace
+
+void WriteRegister(RW_VAR* var)
+{
+    if (!var)
+        return;
+    WriteAnalog(var);
+    if (PLC_driver.failed == 0)
+        WriteDataToLocal(var);
+}
+
+void WriteAnalog(RW_VAR* var)
+{
+    if (!var)
+        return;
+    const int count = plc::batchSize();
+    const ValueSizes sizes(count);
+    // The head alone decides: behind a bit, every entry states length 0, whatever its type.
+    const bool bits = PLC_driver.batch[0].dataType == plc::kBitCode;
+
+    plc::FrameWriter frame = plc::beginRequest(plc::kWriteService, sizes.frameSize, count);
+    for (int i = 0; i < count; ++i) {
+        const RW_VAR& entry = PLC_driver.batch[i];
+        frame.u16(quint16(entry.areaIndex))
+            .u32(quint32(entry.address))
+            .u32(bits ? 0 : quint32(entry.length))
+            .bytes(entry.data, sizes.bytes[i]);
+    }
+    plc::writeTrailer(frame);
+    plc::queueRequest(frame.frame(), 0, 0, *var);
+    plc::expectReplies(1);
+}
+
+void Remote_WriteVar(RW_VAR*) {}

@@ -1,0 +1,30 @@
+#ifndef PLC_IMAGE_LOCAL_DATA_H
+#define PLC_IMAGE_LOCAL_DATA_H
+
+#include "plc_driver.h"
+
+namespace plc {
+
+/// Largest value in bytes that the accessors and the image take at once, far above any PLC memory
+/// area. A larger one is a mistake of the host and is refused before memory is asked for it.
+const int kLargestValue = 16 * 1024 * 1024;
+
+} // namespace plc
+
+/// Image key of a byte, which exists afterwards. Takes no lock.
+PLC_DRIVER_EXPORT quint64 ExtendFindSameVar(const unsigned int& areaIndex,
+                                            const unsigned int& address);
+
+/// Stores the data blocks of a read reply at the places of the current batch, as far as the reply
+/// reaches. Takes no lock.
+PLC_DRIVER_EXPORT void SaveToLocalDataErea(QByteArray* reply);
+
+/// Judge the reply to the request at the head of the queue and store its data. `received` is the
+/// number of bytes that arrived. Return a number of GetDriverReturnValue().
+PLC_DRIVER_EXPORT int DealDataOfLocalArea(QByteArray* reply, int received);
+PLC_DRIVER_EXPORT int DealDataOfRemoteArea(QByteArray* reply, int received);
+
+/// Writes `var->data` into the image at the place of `var`; missing bytes count as 0.
+PLC_DRIVER_EXPORT void WriteDataToLocal(RW_VAR* var);
+
+#endif

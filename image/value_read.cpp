@@ -1,0 +1,102 @@
+#include <algorithm>
+
+#include "Communication_Protocol.h"
+#include "image/local_data.h"
+#include "symbols/label_resolution.h"
+#include "symbols/type_codes.h"
+
+namespace {
+
+const int kRegisterBytes = 2;
+
+/// Bytes of the host's buffer for `count` registers, or elements of one-byte groups without
+/// registers. 0 for a negative count.
+qint64 bufferSize(plc::TypeGroup group, qint64 count)
+{
+    switch (group) {
+        case plc::TypeGroup::Flag:
+        case plc::TypeGroup::Bit:
+            return qMax(qint64(0), count);
+        case plc::TypeGroup::DoubleWord:
+        case plc::TypeGroup::QuadWord: {
+            const int width = plc::elementWidth(group);
+            const int registers = width / kRegisterBytes;
+            return qMax(qint64(0), (count + registers - 1) / registers * width);
+        }
+        default:
+            return qMax(qint64(0), count * kRegisterBytes);
+    }
+}
+
+/// From most significant byte first to least significant byte first.
+void reverseElements(uchar* bytes, int size, int width)
+{
+    for (int i = 0; i + width <= size; i += width)
+        std::reverse(bytes + i, bytes + i + width);
+}
+
+void readBits(const ControlInformationM& place, uchar* bits, int count)
+{
+    const quint32 area = quint32(place.areaIndex);
+    for (int i = 0; i < count; ++i) {
+        const plc::BitPlace bit(quint32(place.address) + quint32(i));
+        uchar word[kRegisterBytes];
+        PLC_driver.localImage.read(area, bit.highByte, word, kRegisterBytes);
+        bits[i] = uchar((word[0] << 8 | word[1]) >> bit.bit & 1);
+    }
+}
+
+/// Fills the zeroed buffer from the image.
+void readValue(const ControlInformationM& place, plc::TypeGroup group, int count, uchar* buffer,
+               int size)
+{
+    switch (group) {
+        case plc::TypeGroup::None:
+        case plc::TypeGroup::Structure:
+            return;
+        case plc::TypeGroup::Bit:
+            readBits(place, buffer, size);
+            return;
+        case plc::TypeGroup::Byte:
+            // Packed at the front, while a write takes one element from each register.
+            size = count;
+            break;
+        default:
+            break;
+    }
+    PLC_driver.localImage.read(quint32(place.areaIndex), quint32(place.address), buffer, size);
+    if (group == plc::TypeGroup::Flag)
+        std::transform(buffer, buffer + size, buffer, [](uchar byte) { return uchar(byte != 0); });
+    else
+        reverseElements(buffer, size, plc::elementWidth(group));
+}
+
+/// Zeros `size` bytes in `value`, or empties it and returns false when no value is that large.
+bool zero(QByteArray& value, qint64 size)
+{
+    const bool acceptable = size <= plc::kLargestValue;
+    value.fill('\0', acceptable ? int(size) : 0);
+    return acceptable;
+}
+
+} // namespace
+
+int GetRegisterData(const QString& label, int, int, int, QByteArray* value, int count)
+{
+    if (!value)
+        return 0;
+    ControlInformationM place = ControlInformationM();
+    if (get_label_address_info(label, place) != plc::kResolved) {
+        zero(*value, bufferSize(plc::TypeGroup::None, count));
+        return 0;
+    }
+    const plc::TypeGroup group = plc::typeInfo(place.dataType).group;
+    if (!zero(*value, bufferSize(group, count)))
+        return 0;
+    if (value->isEmpty())
+        return 1;
+
+    QMutexLocker lock(&PLC_driver.dataMutex);
+    readValue(place, group, count, reinterpret_cast<uchar*>(value->data()), int(value->size()));
+    return 1;
+}

@@ -1,0 +1,199 @@
+#include "variable_lists.h"
+
+#include <QtCore/QSet>
+
+#include "Communication_Protocol.h"
+#include "length_conversion.h"
+#include "wrapped_int.h"
+
+namespace {
+
+const int kAppend = 1;
+
+/// The head of the write list may be under way: it is never replaced.
+const int kFirstReplaceable = 1;
+
+/// Bytes of the piece that begins `position` bytes into `total`.
+qint64 pieceLength(qint64 total, qint64 position, qint64 pieceSize)
+{
+    return qMin(pieceSize, total - position);
+}
+
+/// Bytes of the last of the pieces of `total`.
+qint64 lastPieceLength(qint64 total, qint64 pieceSize)
+{
+    const qint64 rest = total % pieceSize;
+    return rest != 0 ? rest : pieceSize;
+}
+
+bool isSameRange(const RW_VAR& a, const RW_VAR& b)
+{
+    return a.station == b.station && a.address == b.address && a.length == b.length;
+}
+
+bool isSameRead(const RW_VAR& a, const RW_VAR& b)
+{
+    return a.category == b.category && a.aux1 == b.aux1 && isSameRange(a, b) &&
+           a.deviceNo == b.deviceNo && a.dataType == b.dataType && a.areaIndex == b.areaIndex;
+}
+
+bool isListed(const QList<RW_VAR>& list, const RW_VAR& read)
+{
+    for (int i = 0; i < int(list.size()); ++i) {
+        if (isSameRead(list.at(i), read))
+            return true;
+    }
+    return false;
+}
+
+/// Adds a write in place of a queued one of the same range, or at the end while there is room.
+void queueWrite(QList<RW_VAR>& list, const RW_VAR& write)
+{
+    for (int i = kFirstReplaceable; i < int(list.size()); ++i) {
+        if (isSameRange(list.at(i), write)) {
+            list[i] = write;
+            return;
+        }
+    }
+    if (list.size() < plc::kListLimit)
+        list.append(write);
+}
+
+/// Adds the pieces of `var` that are not listed yet and leaves `var` as its last piece with the
+/// address behind it.
+void addReadPieces(QList<RW_VAR>& list, RW_VAR& var, qint32 pieceSize)
+{
+    const qint64 total = var.length;
+    const qint32 start = var.address;
+    // A full list takes nothing more: the rest of a huge length is not walked.
+    for (qint64 position = 0; position < total && list.size() < plc::kListLimit;
+         position += pieceSize) {
+        var.address = plc::advanced(start, position);
+        var.length = qint32(pieceLength(total, position, pieceSize));
+        if (!isListed(list, var))
+            list.append(var);
+    }
+    var.address = plc::advanced(start, total);
+    var.length = qint32(lastPieceLength(total, pieceSize));
+}
+
+/// Replaces those entries of a full write list that one of the pieces from `position` on would
+/// replace. Walks the list once, however many pieces there are.
+void replaceQueuedPieces(QList<RW_VAR>& list, const RW_VAR& record, const QByteArray& bytes,
+                         int position, int pieceSize)
+{
+    QSet<quint32> replaced;
+    for (int i = kFirstReplaceable; i < int(list.size()); ++i) {
+        const RW_VAR& queued = list.at(i);
+        const quint32 offset = quint32(queued.address) - quint32(record.address);
+        const bool isPiece = queued.station == record.station && offset >= quint32(position) &&
+                             offset < quint32(bytes.size()) &&
+                             (offset - quint32(position)) % quint32(pieceSize) == 0 &&
+                             queued.length == pieceLength(bytes.size(), offset, pieceSize);
+        if (!isPiece || replaced.contains(offset))
+            continue;
+        replaced.insert(offset);
+        RW_VAR piece = record;
+        piece.address = queued.address;
+        piece.length = queued.length;
+        piece.data = bytes.mid(int(offset), queued.length);
+        list[i] = piece;
+    }
+}
+
+} // namespace
+
+namespace plc {
+
+void queueWritePieces(const RW_VAR& record, const QByteArray& bytes, int pieceSize)
+{
+    const int total = int(bytes.size());
+    QMutexLocker lock(&PLC_driver.listMutex);
+    QList<RW_VAR>& list = PLC_driver.writeList;
+    int position = 0;
+    for (; position < total && list.size() < kListLimit; position += pieceSize) {
+        RW_VAR piece = record;
+        piece.address = advanced(record.address, position);
+        piece.length = int(pieceLength(total, position, pieceSize));
+        piece.data = bytes.mid(position, piece.length);
+        queueWrite(list, piece);
+    }
+    if (position < total)
+        replaceQueuedPieces(list, record, bytes, position, pieceSize);
+}
+
+} // namespace plc
+
+int AddListReadVar(RW_VAR* var)
+{
+    if (!var)
+        return 0;
+    PLC_driver.readList.append(*var);
+    return int(PLC_driver.readList.size());
+}
+
+int AddListWriteVar(RW_VAR* var, int append)
+{
+    if (!var)
+        return 0;
+    QMutexLocker lock(&PLC_driver.listMutex);
+    QList<RW_VAR>& list = PLC_driver.writeList;
+    if (append == kAppend)
+        list.append(*var);
+    else
+        queueWrite(list, *var);
+    return int(list.size());
+}
+
+int AddListOnceReadVar(RW_VAR* var, int append)
+{
+    const ComInfo* settings = PLC_driver.settings;
+    if (!var || !settings)
+        return 0;
+    QList<RW_VAR>& list = PLC_driver.onceReadList;
+    if (append == kAppend) {
+        QMutexLocker lock(&PLC_driver.listMutex);
+        list.append(*var);
+        return int(list.size());
+    }
+
+    ControlInformationM place = ControlInformationM();
+    if (get_label_address_info(var->label, place) != plc::kResolved)
+        return 0;
+    if (settings->multiStation == 0)
+        var->station = settings->defaultStation;
+    var->dataType = place.dataType;
+    var->address = place.address;
+    var->areaIndex = place.areaIndex;
+    plc::ReadRange range;
+    if (!plc::toReadRange(place, var->length, plc::TextCount::Registers, range))
+        return 0;
+    var->dataType = range.dataType;
+    var->address = range.address;
+    var->length = range.length;
+    if (settings->maxReadBytes <= 0)
+        return 0;
+
+    QMutexLocker lock(&PLC_driver.listMutex);
+    if (var->length > 0)
+        addReadPieces(list, *var, settings->maxReadBytes);
+    return int(list.size());
+}
+
+void WhetherGroup(int total, int maxLen, RW_VAR* var, QList<RW_VAR>* list)
+{
+    if (!var || !list || maxLen <= 0)
+        return;
+    if (total <= maxLen) {
+        list->append(*var);
+        return;
+    }
+    if (total / maxLen >= plc::kPieceLimit)
+        return;
+    const qint32 start = var->address;
+    for (qint64 position = 0; position < total; position += maxLen) {
+        var->address = plc::advanced(start, position);
+        var->length = qint32(pieceLength(total, position, maxLen));
+        list->append(*var);
+    }
+}

@@ -1,0 +1,25 @@
+#ifndef PLC_LISTS_VARIABLE_LISTS_H
+#define PLC_LISTS_VARIABLE_LISTS_H
+
+#include "plc_driver.h"
+
+namespace plc {
+
+/// Entries from which on the write list and the one-shot list take no new one.
+const int kListLimit = 1024;
+
+/// Pieces of one variable beyond which it is refused: a mistake in its count or in `maxReadBytes`
+/// must not fill the memory of the panel.
+const int kPieceLimit = 65536;
+
+/// Queues the pieces of `bytes`, each at most `pieceSize` long, as AddListWriteVar() without append
+/// would one after the other. `record` says where the first goes and whose they are.
+void queueWritePieces(const RW_VAR& record, const QByteArray& bytes, int pieceSize);
+
+} // namespace plc
+
+/// Appends `var` to `list`, whole when `total` is at most `maxLen`, else cut into pieces of
+/// `maxLen` bytes, and leaves `var` as the last piece. Adds nothing when `maxLen` is not positive.
+PLC_DRIVER_EXPORT void WhetherGroup(int total, int maxLen, RW_VAR* var, QList<RW_VAR>* list);
+
+#endif

@@ -1,0 +1,213 @@
+#include "label_resolution.h"
+
+#include <QtCore/QVarLengthArray>
+
+#include "Communication_Protocol.h"
+#include "label_text.h"
+#include "type_codes.h"
+#include "wrapped_int.h"
+
+namespace {
+
+using plc::LabelText;
+
+const quint16 kTypeCodeMask = 0x00FF;
+const quint16 kArrayFlag = 0x0100;
+const quint16 kStructureFlag = 0x0200;
+
+const int kPartsWithoutAllocation = 16;
+typedef QVarLengthArray<LabelText, kPartsWithoutAllocation> LabelParts;
+
+const int kLargestBase = 36;
+
+/// Cuts a subscript off `part`. The part is taken to end with "]": the character before its end
+/// closes the subscript, wherever the bracket stands. Returns whether there was one.
+bool get_label_address_array_split(LabelText& part, LabelText& subscript)
+{
+    const int open = part.lastIndexOf(QLatin1Char('['));
+    if (open < 0 || part.indexOf(QLatin1Char(']')) < 0)
+        return false;
+    subscript = part.mid(open + 1, qMax(0, part.size - open - 2));
+    part = part.mid(0, open);
+    return true;
+}
+
+/// Subscripts are short decimal numbers; only what is not goes through a string conversion.
+bool toDecimal(const LabelText& text, qint32& value)
+{
+    const int kDigitsThatFit = 9;
+    if (text.size < 1 || text.size > kDigitsThatFit)
+        return false;
+    qint32 number = 0;
+    for (int i = 0; i < text.size; ++i) {
+        const int digit = int(text.text[i].unicode()) - '0';
+        if (digit < 0 || digit > 9)
+            return false;
+        number = 10 * number + digit;
+    }
+    value = number;
+    return true;
+}
+
+bool toInteger(const LabelText& text, int base, qint32& value)
+{
+    if (base == 10 && toDecimal(text, value))
+        return true;
+    if (base < 0 || base == 1 || base > kLargestBase)
+        return false;
+    bool ok = false;
+    value = text.toString().toInt(&ok, base);
+    return ok;
+}
+
+int countCommas(const LabelText& text)
+{
+    int commas = 0;
+    for (int i = text.indexOf(QLatin1Char(',')); i >= 0; i = text.indexOf(QLatin1Char(','), i + 1))
+        ++commas;
+    return commas;
+}
+
+/// Linear index by bounds: base, then lower and upper of each dimension.
+int linearIndexOf(const LabelText& subscript, int dimCount, const QList<int>& bounds,
+                  quint32& linearIndex)
+{
+    if (dimCount < 1 || countCommas(subscript) + 1 != dimCount ||
+        bounds.size() < 1 + 2 * qint64(dimCount))
+        return plc::kNoElement;
+
+    quint32 index = 0;
+    int start = 0;
+    for (int k = 0; k < dimCount; ++k) {
+        const int comma = subscript.indexOf(QLatin1Char(','), start);
+        const int end = comma < 0 ? subscript.size : comma;
+        const qint64 lower = bounds.at(2 * k + 1);
+        const qint64 upper = bounds.at(2 * k + 2);
+        qint32 value = 0;
+        if (!toInteger(subscript.mid(start, end - start), bounds.at(0), value) || value < lower)
+            return plc::kBadSubscript;
+        // No check of the upper bound, and a dimension counts upper - lower elements, not one more:
+        // hosts' symbol files are laid out for both.
+        index = index * quint32(upper - lower) + quint32(value - lower);
+        start = end + 1;
+    }
+    linearIndex = index;
+    return plc::kResolved;
+}
+
+const Label_Type_Info* findMember(const Label_Type_Info& structure, const LabelText& name)
+{
+    const qint64 count = qMin(qint64(structure.memberCount), qint64(structure.members.size()));
+    for (int i = 0; i < count; ++i) {
+        const Label_Type_Info& member = structure.members.at(i);
+        if (name == LabelText(member.name))
+            return &member;
+    }
+    return nullptr;
+}
+
+/// Walks from `record` along the parts from `index` on; each step descends into a member or into
+/// the definition of a structure, so that the depth of the records bounds the walk.
+int walk(const Label_Type_Info* record, const LabelParts& parts, int index,
+         ControlInformationM& info)
+{
+    while (index >= 0 && index < parts.size()) {
+        LabelText name = parts[index];
+        LabelText subscript;
+        quint32 element = 0;
+        int result =
+            get_label_address_array_split(name, subscript) ? plc::kNoElement : plc::kResolved;
+        if (record->typeFlags & kArrayFlag) {
+            result = linearIndexOf(subscript, record->dimCount, record->arrayBounds, element);
+            if (result != plc::kResolved)
+                return result;
+        }
+
+        if (record->typeFlags & kStructureFlag) {
+            // The member applies the subscript of the same part.
+            record = findMember(*record, name);
+            if (!record)
+                return plc::kNoMember;
+            info.address = plc::advanced(info.address, record->offset);
+            continue;
+        }
+
+        const quint8 code = quint8(record->typeFlags & kTypeCodeMask);
+        if (code == plc::kStructureCode) {
+            if (record->typeDef.isEmpty())
+                return plc::kNoElement;
+            record = &record->typeDef.at(0);
+            info.address = plc::advanced(info.address, qint64(record->offset) * element);
+            ++index;
+            continue;
+        }
+        const int size = plc::typeInfo(code).elementSize;
+        if (size != 0) {
+            info.dataType = code;
+            info.address = plc::advanced(info.address, qint64(element) * size);
+        }
+        return result;
+    }
+    return plc::kNoElement;
+}
+
+void splitLabel(const LabelText& label, LabelParts& parts)
+{
+    int start = 0;
+    for (int dot = label.indexOf(QLatin1Char('.')); dot >= 0;
+         dot = label.indexOf(QLatin1Char('.'), start)) {
+        parts.append(label.mid(start, dot - start));
+        start = dot + 1;
+    }
+    parts.append(label.mid(start, label.size - start));
+}
+
+LabelText withoutSubscript(LabelText part)
+{
+    LabelText subscript;
+    get_label_address_array_split(part, subscript);
+    return part;
+}
+
+} // namespace
+
+int get_label_address_info(const QString& label, ControlInformationM& info)
+{
+    if (label.isEmpty())
+        return plc::kEmptyLabel;
+    LabelParts parts;
+    splitLabel(LabelText(label), parts);
+    if (parts.size() < 2)
+        return plc::kNoVariablePart;
+
+    const plc::SymbolIndex::Scope* scope =
+        PLC_driver.symbolIndex.findScope(withoutSubscript(parts[0]));
+    if (!scope)
+        return plc::kNoScope;
+    if (!scope->hasType())
+        return plc::kScopeWithoutType;
+    const Label_Type_Info* variable = scope->findVariable(withoutSubscript(parts[1]));
+    if (!variable)
+        return plc::kNoElement;
+    if (variable->areaInfo.isEmpty())
+        return plc::kVariableWithoutArea;
+
+    info.areaIndex = variable->areaInfo.at(0);
+    info.address = variable->offset;
+    return walk(variable, parts, 1, info);
+}
+
+int get_label_address_1(const Label_Type_Info& record, const QStringList& parts, int index,
+                        ControlInformationM& info)
+{
+    LabelParts texts;
+    for (int i = 0; i < int(parts.size()); ++i)
+        texts.append(LabelText(parts.at(i)));
+    return walk(&record, texts, index, info);
+}
+
+int get_label_address_array_memory_index(QString subscript, int dimCount,
+                                         const QList<int>& arrayBounds, unsigned int& linearIndex)
+{
+    return linearIndexOf(LabelText(subscript), dimCount, arrayBounds, linearIndex);
+}

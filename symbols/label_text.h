@@ -1,0 +1,48 @@
+#ifndef PLC_SYMBOLS_LABEL_TEXT_H
+#define PLC_SYMBOLS_LABEL_TEXT_H
+
+#include <QtCore/QString>
+
+#include <cstring>
+
+namespace plc {
+
+/// Characters of a label that somebody else owns; labels are walked without copying a part of them.
+struct LabelText {
+    const QChar* text = nullptr;
+    int size = 0;
+
+    LabelText() = default;
+    LabelText(const QChar* start, int length) : text(start), size(length) {}
+    explicit LabelText(const QString& string) : text(string.constData()), size(int(string.size()))
+    {
+    }
+
+    /// Position of `character` from `from` on, or -1.
+    int indexOf(QChar character, int from = 0) const
+    {
+        for (int i = from; i < size; ++i) {
+            if (text[i] == character)
+                return i;
+        }
+        return -1;
+    }
+    int lastIndexOf(QChar character) const
+    {
+        int i = size - 1;
+        while (i >= 0 && text[i] != character)
+            --i;
+        return i;
+    }
+    LabelText mid(int start, int length) const { return LabelText(text + start, length); }
+    bool operator==(const LabelText& other) const
+    {
+        return size == other.size &&
+               (size == 0 || std::memcmp(text, other.text, size_t(size) * sizeof(QChar)) == 0);
+    }
+    QString toString() const { return QString(text, size); }
+};
+
+} // namespace plc
+
+#endif

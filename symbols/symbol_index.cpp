@@ -1,0 +1,54 @@
+#include "symbol_index.h"
+
+#include <QtCore/QtAlgorithms>
+
+namespace plc {
+
+quint32 hashName(const LabelText& name)
+{
+    const quint64 kSpread = Q_UINT64_C(0x9E3779B97F4A7C15); // 2^64 / golden ratio
+    const int kCharactersAWord = int(sizeof(quint64) / sizeof(QChar));
+
+    quint64 hash = quint64(name.size);
+    for (int i = 0; i < name.size; i += kCharactersAWord) {
+        quint64 word = 0;
+        const int characters = qMin(kCharactersAWord, name.size - i);
+        std::memcpy(&word, name.text + i, size_t(characters) * sizeof(QChar));
+        hash = (hash ^ word) * kSpread;
+        hash ^= hash >> 32;
+    }
+    return quint32(hash);
+}
+
+void SymbolIndex::Scope::assign(const Label_Type_Info& record)
+{
+    m_variables.clear();
+    m_typeDef = record.typeDef;
+    if (m_typeDef.isEmpty())
+        return;
+    const Label_Type_Info& definition = m_typeDef.at(0);
+    const int count = int(qMin(qint64(definition.memberCount), qint64(definition.members.size())));
+    m_variables.reserve(count);
+    for (int i = 0; i < count; ++i) {
+        const Label_Type_Info& variable = definition.members.at(i);
+        m_variables.insert(LabelText(variable.name), &variable);
+    }
+}
+
+SymbolIndex::~SymbolIndex()
+{
+    qDeleteAll(m_scopes);
+}
+
+void SymbolIndex::insert(const Label_Type_Info& record)
+{
+    Scope* scope = m_scopesByName.find(LabelText(record.name));
+    if (!scope) {
+        scope = new Scope(record.name);
+        m_scopes.append(scope);
+        m_scopesByName.insert(LabelText(scope->m_name), scope);
+    }
+    scope->assign(record);
+}
+
+} // namespace plc

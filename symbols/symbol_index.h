@@ -1,0 +1,54 @@
+#ifndef PLC_SYMBOLS_SYMBOL_INDEX_H
+#define PLC_SYMBOLS_SYMBOL_INDEX_H
+
+#include "plc_driver.h"
+#include "symbols/name_index.h"
+
+namespace plc {
+
+/// Finds the variables of the scopes in the symbol table.
+///
+/// Made when the symbol list is handed in: insert() follows each record that goes into the table.
+class SymbolIndex {
+public:
+    /// One scope of the table and its variables by name.
+    class Scope {
+    public:
+        explicit Scope(const QString& name) : m_name(name) {}
+        /// Takes the variables of `record`, in place of those it had.
+        void assign(const Label_Type_Info& record);
+        /// False for a scope whose record has no `typeDef`.
+        bool hasType() const { return !m_typeDef.isEmpty(); }
+        /// The variable of this name among the first `memberCount`, or null.
+        const Label_Type_Info* findVariable(const LabelText& name) const
+        {
+            return m_variables.find(name);
+        }
+
+    private:
+        friend class SymbolIndex;
+        Q_DISABLE_COPY(Scope)
+
+        const QString m_name;
+        QList<Label_Type_Info> m_typeDef; ///< Shares the host's records and keeps them alive.
+        NameIndex<const Label_Type_Info> m_variables;
+    };
+
+    SymbolIndex() = default;
+    ~SymbolIndex();
+
+    /// Adds the scope `record`, or replaces the one of the same name.
+    void insert(const Label_Type_Info& record);
+    /// The scope of this name, or null.
+    const Scope* findScope(const LabelText& name) const { return m_scopesByName.find(name); }
+
+private:
+    Q_DISABLE_COPY(SymbolIndex)
+
+    QVector<Scope*> m_scopes;
+    NameIndex<Scope> m_scopesByName;
+};
+
+} // namespace plc
+
+#endif
