@@ -11,8 +11,8 @@ enum class ValueFormat { Boolean, Signed, Unsigned, Hexadecimal, Real, Duration,
 /// One IEC 61131-3 elementary type in the driver's terms.
 struct IecType {
     const char* name;
-    int code;            ///< the driver's type code, 1 to 17 without 12
-    int size;            ///< bytes of one element in PLC memory; 0 for BIT and the strings
+    int code; ///< the driver's type code, 1 to 17 without 12
+    int size; ///< bytes of one element in PLC memory; 0 for BIT and the strings
     ValueFormat format;
 };
 
@@ -41,6 +41,6 @@ bool isBit(const IecType& type);
 /// Range of a type that is not a text.
 IecRange iecRange(const IecType& type);
 
-}  // namespace plc
+} // namespace plc
 
 #endif

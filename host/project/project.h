@@ -11,7 +11,7 @@
 
 namespace plc {
 
-struct IecType;          // host/project/iec_types.h
+struct IecType; // host/project/iec_types.h
 struct StructureType;
 
 /// Bounds of one array dimension, both inclusive.
@@ -20,9 +20,10 @@ struct ArrayDimension {
     int upper = 0;
 };
 
-/// How the simulator lets a variable live; `parameters` are the signal's own (period, amplitude, …).
+/// How the simulator lets a variable live; `parameters` are the signal's own (period, amplitude,
+/// …).
 struct Signal {
-    QString kind;  ///< "constant", "ramp", "sine", "square", "counter" or "walk"
+    QString kind; ///< "constant", "ramp", "sine", "square", "counter" or "walk"
     QJsonObject parameters;
 };
 
@@ -41,15 +42,15 @@ struct Variable {
     /// Memory area; of no meaning in a member.
     int area = 0;
     QVector<ArrayDimension> dimensions;
-    QString unit;                  ///< Shown behind the value; may be empty.
+    QString unit; ///< Shown behind the value; may be empty.
     /// Lies on purpose over memory of other variables (a status word and its bits).
     bool overlay = false;
-    std::optional<Signal> signal;  ///< Simulator only.
+    std::optional<Signal> signal; ///< Simulator only.
 };
 
 struct StructureType {
     QString name;
-    qint32 size = 0;  ///< Bytes of one element, as array elements lie apart.
+    qint32 size = 0; ///< Bytes of one element, as array elements lie apart.
     QVector<Variable> members;
 };
 
@@ -58,29 +59,32 @@ struct ScopeDefinition {
     QVector<Variable> variables;
 };
 
+/// Area indexes are sent as 16-bit numbers.
+constexpr int kHighestAreaIndex = 0xffff;
+
 /// A memory area as the simulated PLC has it.
 struct MemoryArea {
     int index = 0;
-    qint32 size = 0;  ///< bytes
+    qint32 size = 0; ///< bytes
 };
 
 struct ProjectSettings {
-    int maxReadBytes = 200;       ///< bytes of one read entry at most
+    int maxReadBytes = 200; ///< bytes of one read entry at most
     int defaultStation = 0;
     bool multiStation = false;
-    int retryLimit = 2;           ///< failed replies tolerated in one transaction
-    int connectTimeout = 3000;    ///< ms
-    int replyTimeout = 1000;      ///< ms, for a whole reply
-    int reconnectDelay = 500;     ///< ms after the first failure; doubled up to reconnectDelayLimit
-    int reconnectDelayLimit = 10000;  ///< ms
-    int staleAfter = 3000;        ///< ms after which a value is shown as stale
+    int retryLimit = 2;        ///< failed replies tolerated in one transaction
+    int connectTimeout = 3000; ///< ms
+    int replyTimeout = 1000;   ///< ms, for a whole reply
+    int reconnectDelay = 500;  ///< ms after the first failure; doubled up to reconnectDelayLimit
+    int reconnectDelayLimit = 10000; ///< ms
+    int staleAfter = 3000;           ///< ms after which a value is shown as stale
 };
 
 /// A cyclically read value: a label, and for an array slice the elements from that label on.
 struct CyclicLabel {
     QString label;
     int elements = 1;
-    int station = 0;  ///< counts only while settings.multiStation is set
+    int station = 0; ///< counts only while settings.multiStation is set
 };
 
 struct Project {
@@ -103,6 +107,6 @@ std::optional<Project> loadProject(const QString& path, QString* error);
 /// As loadProject() from bytes; `name` stands for the file in errors.
 std::optional<Project> parseProject(const QByteArray& json, const QString& name, QString* error);
 
-}  // namespace plc
+} // namespace plc
 
 #endif

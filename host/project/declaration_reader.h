@@ -1,0 +1,51 @@
+#ifndef PLC_HOST_PROJECT_DECLARATION_READER_H
+#define PLC_HOST_PROJECT_DECLARATION_READER_H
+
+#include <QtCore/QHash>
+#include <QtCore/QStringList>
+
+#include "host/project/json_node.h"
+#include "host/project/project.h"
+
+namespace plc {
+
+/// Structures may nest this deep; label resolution and records recurse once for each level.
+constexpr int kDeepestNesting = 16;
+
+/// Reads and checks the structures and scopes of a project document.
+class DeclarationReader {
+public:
+    explicit DeclarationReader(const QVector<MemoryArea>& areas) : m_areas(areas) {}
+
+    /// Structures in an order in which each stands behind those it is made of.
+    QVector<std::shared_ptr<const StructureType>> readStructures(const JsonNode& list);
+
+    /// Call after readStructures().
+    QVector<ScopeDefinition> readScopes(const JsonNode& list);
+
+private:
+    struct Structure {
+        JsonNode node;
+        std::shared_ptr<const StructureType> type;
+        int nesting = 0;
+    };
+
+    void readStructure(const QString& name);
+    std::shared_ptr<const StructureType> useStructure(const JsonNode& typeNode);
+    ScopeDefinition readScope(const JsonNode& node);
+    Variable readMember(const JsonNode& node);
+    Variable readScopeVariable(const JsonNode& node);
+    Variable readVariable(const JsonNode& node);
+    void readType(const JsonNode& node, Variable* variable);
+    void checkArea(const JsonNode& node, const Variable& variable) const;
+
+    QVector<MemoryArea> m_areas;
+    QHash<QString, Structure> m_structures;
+    QVector<std::shared_ptr<const StructureType>> m_finished;
+    QStringList m_underWay; ///< Structures being read, the outermost first.
+    int m_deepestMember = 0;
+};
+
+} // namespace plc
+
+#endif
