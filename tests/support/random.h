@@ -14,7 +14,8 @@ public:
 
     std::uint32_t bits() { return std::uint32_t(m_engine()); }
     /// A number from `lowest` to `highest`, both included.
-    int between(int lowest, int highest) {
+    int between(int lowest, int highest)
+    {
         const std::uint64_t choices = std::uint64_t(std::int64_t(highest) - lowest) + 1;
         return int(lowest + std::int64_t(bits() % choices));
     }
@@ -25,7 +26,7 @@ private:
     std::mt19937 m_engine;
 };
 
-}  // namespace test
-}  // namespace plc
+} // namespace test
+} // namespace plc
 
 #endif
