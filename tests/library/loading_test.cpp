@@ -1,0 +1,233 @@
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <filesystem>
+
+#include "loaded_driver.h"
+
+namespace {
+
+int g_done = 0;
+int g_lastTag = 0;
+
+void onResult(int, int, int tag, int status)
+{
+    g_lastTag = tag;
+    g_done += status == 1 ? 1 : 0;
+}
+
+void onFailure(QList<own::Access>*, int, int) {}
+
+/// MAIN.speed: type code 4 (two bytes) at byte 10 of area 3.
+QList<own::Symbol> symbols()
+{
+    own::Symbol speed;
+    speed.name = QStringLiteral("speed");
+    speed.flags = 4;
+    speed.offset = 10;
+    speed.area.append(3);
+    own::Symbol definition;
+    definition.memberCount = 1;
+    definition.members.append(speed);
+    own::Symbol scope;
+    scope.name = QStringLiteral("MAIN");
+    scope.definition.append(definition);
+    QList<own::Symbol> list;
+    list.append(scope);
+    return list;
+}
+
+own::Settings hostSettings()
+{
+    own::Settings settings;
+    settings.words[own::kMaxReadBytes] = 200;
+    settings.words[own::kRetryLimit] = 2;
+    settings.words[own::kComWord10] = 7;
+    settings.words[own::kComWord13] = 7;
+    settings.words[own::kWriteMode] = 2;
+    settings.words[own::kHostTag] = 42;
+    return settings;
+}
+
+/// A reply with a payload of `payload` bytes, all 0 but byte 24 and 25 of the frame.
+QByteArray loginReply(int payload)
+{
+    QByteArray reply(6 + payload, '\0');
+    reply[0] = reply[1] = char(0xBB);
+    reply[4] = char(payload >> 8);
+    reply[5] = char(payload & 0xFF);
+    reply[24] = 0x34;
+    reply[25] = 0x12;
+    return reply;
+}
+
+void answer(LoadedDriver& driver, QByteArray reply)
+{
+    EXPECT_EQ(driver.dataCom(&reply, int(reply.size()))->result, 1);
+    EXPECT_EQ(driver.dataCom(&reply, int(reply.size()))->result, 1);
+}
+
+void logIn(LoadedDriver& driver)
+{
+    ASSERT_NE(driver.comCommunication(), nullptr);
+    EXPECT_EQ(driver.comCommunication()->frameLength, 20);
+    answer(driver, loginReply(200));
+    ASSERT_NE(driver.comCommunication(), nullptr);
+    EXPECT_EQ(driver.comCommunication()->frameLength, 23);
+    answer(driver, loginReply(30));
+}
+
+void readSpeed(LoadedDriver& driver)
+{
+    own::Request* request = driver.comCommunication();
+    ASSERT_NE(request, nullptr);
+    EXPECT_EQ(request->frame.toHex(), QByteArray("bbbb000000142e00000000010003"
+                                                 "0000000a0000000200011234"));
+    EXPECT_EQ(request->replyLength, -1);
+    EXPECT_EQ(request->access.address, 10);
+    answer(driver, QByteArray::fromHex("bbbb00000009 0000 00000001 00 1234"));
+
+    QByteArray value;
+    EXPECT_EQ(driver.getRegisterData(QStringLiteral("MAIN.speed"), 0, 0, 0, &value, 1), 1);
+    EXPECT_EQ(value.toHex(), QByteArray("3412"));
+}
+
+void writeSpeed(LoadedDriver& driver)
+{
+    QByteArray value = QByteArray::fromHex("7856");
+    EXPECT_EQ(
+        driver.setRegisterData(QStringLiteral("MAIN.speed"), 0, QString(), 0, &value, 1, 3, 99), 0);
+    own::Request* request = driver.comCommunication();
+    ASSERT_NE(request, nullptr);
+    EXPECT_EQ(request->frame.toHex(), QByteArray("bbbb000000163c00000000010003"
+                                                 "0000000a00000002567800011234"));
+    answer(driver, QByteArray::fromHex("bbbb00000002 0000"));
+    EXPECT_EQ(g_lastTag, 99);
+}
+
+/// What a host does from loading to unloading.
+void useOnce(const std::string& path)
+{
+    LoadedDriver driver(path);
+    own::Settings settings = hostSettings();
+    driver.setComInfo(&settings);
+    EXPECT_EQ(settings.words[own::kComWord10], 0);
+    EXPECT_EQ(settings.words[own::kComWord13], 0);
+    driver.registerCallbacks(onResult, onFailure);
+    EXPECT_EQ(driver.queryFinishFlag(), 1);
+    QList<own::Symbol> list = symbols();
+    driver.passVarName(&list);
+    EXPECT_EQ(driver.addressOf(0, QStringLiteral("MAIN.speed")), 10);
+
+    own::CyclicItem item;
+    item.label = QStringLiteral("MAIN.speed");
+    item.count = 1;
+    QList<own::CyclicItem> items;
+    items.append(item);
+    EXPECT_EQ(driver.recreateReadList(&items), 1);
+
+    logIn(driver);
+    readSpeed(driver);
+    EXPECT_EQ(settings.words[own::kFrameCount], 1);
+    g_done = 0;
+    writeSpeed(driver);
+    EXPECT_EQ(g_done, 1);
+}
+
+bool isLoaded(const char* path)
+{
+    void* handle = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
+    if (handle)
+        dlclose(handle);
+    return handle != nullptr;
+}
+
+std::string copyOfLibrary(const char* name)
+{
+    const auto path = std::filesystem::path(testing::TempDir()) /
+                      (std::string(name) + std::to_string(getpid()) + ".so");
+    std::filesystem::copy_file(PLC_LIBRARY, path,
+                               std::filesystem::copy_options::overwrite_existing);
+    return path.string();
+}
+
+} // namespace
+
+TEST(Loading, HostWithItsOwnRecordsReadsAndWritesThroughThePlainNames)
+{
+    useOnce(PLC_LIBRARY);
+}
+
+TEST(Loading, LibraryIsGoneAfterUnloading)
+{
+    useOnce(PLC_LIBRARY);
+    EXPECT_FALSE(isLoaded(PLC_LIBRARY));
+}
+
+TEST(Loading, StateIsFreshAfterLoadingAgain)
+{
+    useOnce(PLC_LIBRARY);
+    LoadedDriver driver(PLC_LIBRARY);
+    EXPECT_EQ(driver.addressOf(0, QStringLiteral("MAIN.speed")), -1);
+    EXPECT_EQ(driver.comCommunication(), nullptr);
+}
+
+TEST(Loading, RepeatedLoadingUseAndUnloadingLeavesNoMemoryBehind)
+{
+    if (PLC_INSTRUMENTED)
+        GTEST_SKIP() << "the instrumented allocator keeps its own accounts";
+    const int kWarmUp = 3;
+    const int kRounds = 50;
+    for (int i = 0; i < kWarmUp; ++i)
+        useOnce(PLC_LIBRARY);
+    const size_t before = mallinfo2().uordblks;
+    for (int i = 0; i < kRounds; ++i)
+        useOnce(PLC_LIBRARY);
+    EXPECT_LE(mallinfo2().uordblks, before);
+}
+
+TEST(Loading, TwoCopiesInOneProcessDoNotSeeEachOthersState)
+{
+    const std::string firstPath = copyOfLibrary("plc_first");
+    const std::string secondPath = copyOfLibrary("plc_second");
+    {
+        LoadedDriver first(firstPath);
+        LoadedDriver second(secondPath);
+        EXPECT_NE(first.symbol("PLC_driver"), second.symbol("PLC_driver"));
+
+        int memory = 0;
+        void** firstPlace = first.flashLocalRegister(nullptr, &memory, nullptr);
+        void** secondPlace = second.flashLocalRegister(nullptr, nullptr, nullptr);
+        EXPECT_EQ(firstPlace, first.symbol("LW"));
+        EXPECT_EQ(secondPlace, second.symbol("LW"));
+        EXPECT_EQ(*firstPlace, &memory);
+        EXPECT_EQ(*secondPlace, nullptr);
+
+        own::Access access;
+        EXPECT_EQ(first.addListReadVar(&access), 1);
+        EXPECT_EQ(first.addListReadVar(&access), 2);
+        EXPECT_EQ(second.addListReadVar(&access), 1);
+
+        QList<own::Symbol> list = symbols();
+        first.passVarName(&list);
+        EXPECT_EQ(first.addressOf(0, QStringLiteral("MAIN.speed")), 10);
+        EXPECT_EQ(second.addressOf(0, QStringLiteral("MAIN.speed")), -1);
+    }
+    std::filesystem::remove(firstPath);
+    std::filesystem::remove(secondPath);
+}
+
+TEST(Loading, TwoCopiesServeTwoPlcsSideBySide)
+{
+    const std::string copy = copyOfLibrary("plc_other");
+    {
+        LoadedDriver idle(copy);
+        own::Settings settings = hostSettings();
+        idle.setComInfo(&settings);
+        useOnce(PLC_LIBRARY);
+        EXPECT_EQ(idle.comCommunication(), nullptr);
+        QByteArray value;
+        EXPECT_EQ(idle.getRegisterData(QStringLiteral("MAIN.speed"), 0, 0, 0, &value, 1), 0);
+    }
+    std::filesystem::remove(copy);
+}

@@ -1,0 +1,25 @@
+# Sourced by ./demo and ./check. install_packages NAME… installs the Debian packages of these names
+# that are missing, and touches nothing when none is.
+
+install_packages() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null |
+            grep --quiet --line-regexp installed || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || {
+            echo "These Debian packages are missing: ${missing[*]}. Install them as root." >&2
+            exit 1
+        }
+        as_root=(sudo)
+    fi
+    echo "Installing ${missing[*]}"
+    "${as_root[@]}" apt-get update --quiet=2
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install --yes --quiet=2 --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+build_packages=(cmake ninja-build g++ ccache)
