@@ -176,14 +176,17 @@ TEST(Loading, RepeatedLoadingUseAndUnloadingLeavesNoMemoryBehind)
 {
     if (PLC_INSTRUMENTED)
         GTEST_SKIP() << "the instrumented allocator keeps its own accounts";
+    // The allocator counts what it caches for the next use: a little noise, but less than the
+    // smallest block a round, which is what the smallest leak would add.
     const int kWarmUp = 3;
-    const int kRounds = 50;
+    const size_t kRounds = 200;
+    const size_t kSmallestBlock = 32;
     for (int i = 0; i < kWarmUp; ++i)
         useOnce(PLC_LIBRARY);
     const size_t before = mallinfo2().uordblks;
-    for (int i = 0; i < kRounds; ++i)
+    for (size_t i = 0; i < kRounds; ++i)
         useOnce(PLC_LIBRARY);
-    EXPECT_LE(mallinfo2().uordblks, before);
+    EXPECT_LT(mallinfo2().uordblks, before + kRounds * kSmallestBlock);
 }
 
 TEST(Loading, TwoCopiesInOneProcessDoNotSeeEachOthersState)
