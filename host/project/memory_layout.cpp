@@ -10,6 +10,7 @@ namespace {
 
 constexpr int kBitsPerByte = 8;
 constexpr int kBitsPerWord = 16;
+constexpr int kBytesPerWord = 2;
 
 /// Bits of memory that a variable holds, counted through the bytes of its area.
 struct Occupied {
@@ -82,10 +83,15 @@ qint64 elementIndex(const QVector<ArrayDimension>& dimensions, const QVector<qin
 qint64 transferEnd(const Variable& variable)
 {
     const qint64 count = elementCount(variable);
-    if (variable.type == nullptr || !isBit(*variable.type))
-        return variable.offset + (count - 1) * elementStride(variable) + elementSize(variable);
-    const qint64 words = (variable.offset % kBitsPerWord + count + kBitsPerWord - 1) / kBitsPerWord;
-    return variable.offset / kBitsPerWord + 2 * words;
+    if (variable.type != nullptr && isBit(*variable.type)) {
+        const qint64 words =
+            (variable.offset % kBitsPerWord + count + kBitsPerWord - 1) / kBitsPerWord;
+        return variable.offset / kBitsPerWord + kBytesPerWord * words;
+    }
+    const qint64 size = (count - 1) * elementStride(variable) + elementSize(variable);
+    // Text elements lie an odd number of bytes apart, and several are moved in 16-bit registers.
+    const bool isTextArray = variable.type != nullptr && isText(*variable.type) && count > 1;
+    return variable.offset + size + (isTextArray ? size % kBytesPerWord : 0);
 }
 
 BitPlace bitPlace(qint64 offset)

@@ -26,7 +26,8 @@ qint64 elementCount(const Variable& variable);
 /// bounds.
 qint64 elementIndex(const QVector<ArrayDimension>& dimensions, const QVector<qint64>& subscripts);
 
-/// One past the last byte that reading the variable touches. Bits travel in whole 16-bit words.
+/// One past the last byte that reading the variable touches. Bits travel in whole 16-bit words,
+/// arrays of texts in whole 16-bit registers.
 qint64 transferEnd(const Variable& variable);
 
 /// Bit `offset & 15` of the 16-bit word whose high byte is at `offset >> 4` and whose low byte is

@@ -1,0 +1,297 @@
+#include "simulator/control_commands.h"
+
+#include <optional>
+
+#include "host/project/nearest_name.h"
+#include "simulator/value_access.h"
+
+namespace plc {
+namespace {
+
+constexpr int kLongestDelay = 24 * 60 * 60 * 1000; // ms
+constexpr int kHighestNumber = 1000000000;
+constexpr int kMostPeekedBytes = 4096;
+
+QString ok(const QString& text = QString())
+{
+    return text.isEmpty() ? QStringLiteral("ok") : QStringLiteral("ok ") + text;
+}
+
+QString error(const QString& text)
+{
+    return QStringLiteral("error: ") + text;
+}
+
+std::optional<int> wholeNumber(const QString& text, int minimum, int maximum, QString* answer)
+{
+    bool converted = false;
+    const int number = text.toInt(&converted);
+    if (converted && number >= minimum && number <= maximum)
+        return number;
+    *answer = error(QStringLiteral("%1 is not a whole number from %2 to %3")
+                        .arg(quoted(text))
+                        .arg(minimum)
+                        .arg(maximum));
+    return {};
+}
+
+std::optional<bool> onOrOff(const QString& text, QString* answer)
+{
+    if (text == QLatin1String("on"))
+        return true;
+    if (text == QLatin1String("off"))
+        return false;
+    *answer = error(QStringLiteral("%1 is neither \"on\" nor \"off\"").arg(quoted(text)));
+    return {};
+}
+
+/// Splits into at most `count` words, the last of which keeps its blanks.
+QStringList splitArguments(const QString& text, int count)
+{
+    QStringList arguments;
+    QString rest = text.trimmed();
+    while (!rest.isEmpty() && int(arguments.size()) < count - 1) {
+        const int end = int(rest.indexOf(QLatin1Char(' ')));
+        if (end < 0)
+            break;
+        arguments.append(rest.left(end));
+        rest = rest.mid(end).trimmed();
+    }
+    if (!rest.isEmpty())
+        arguments.append(rest);
+    return arguments;
+}
+
+std::optional<QByteArray> hexBytes(const QString& text)
+{
+    const QByteArray digits = text.toLatin1().replace(" ", "");
+    const QByteArray bytes = QByteArray::fromHex(digits);
+    if (bytes.isEmpty() || bytes.toHex() != digits.toLower())
+        return {};
+    return bytes;
+}
+
+} // namespace
+
+const ControlCommands::Command ControlCommands::kCommands[] = {
+    {"get LABEL", "the value of a variable", 1, &ControlCommands::get},
+    {"set LABEL VALUE", "gives a variable a value", 2, &ControlCommands::set},
+    {"peek AREA ADDRESS COUNT", "bytes of an area, in hex", 3, &ControlCommands::peek},
+    {"poke AREA ADDRESS HEX", "stores bytes in an area", 3, &ControlCommands::poke},
+    {"delay MS", "delays every reply", 1, &ControlCommands::delay},
+    {"fragment BYTES", "sends replies in pieces; 0: whole", 1, &ControlCommands::fragment},
+    {"join on|off", "sends the replies to joined requests in one piece", 1, &ControlCommands::join},
+    {"drop COUNT", "loses the next replies to reads and writes", 1, &ControlCommands::drop},
+    {"late N MS", "delays the Nth reply from now", 2, &ControlCommands::late},
+    {"half N", "sends half of the Nth reply from now, then nothing", 1, &ControlCommands::half},
+    {"duplicate N", "sends the Nth reply from now twice", 1, &ControlCommands::duplicate},
+    {"refuse-login on|off", "refuses the login", 1, &ControlCommands::refuseLogin},
+    {"fail-writes on|off", "refuses every write", 1, &ControlCommands::failWrites},
+    {"disconnect", "breaks all connections", 0, &ControlCommands::disconnectClients},
+    {"offline", "breaks all connections and listens no more", 0, &ControlCommands::offline},
+    {"online", "listens again", 0, &ControlCommands::online},
+    {"status", "clients and requests so far", 0, &ControlCommands::status},
+    {"help", "this list", 0, &ControlCommands::help},
+    {"stop", "ends the simulator", 0, &ControlCommands::stop},
+    {nullptr, nullptr, 0, nullptr}};
+
+ControlCommands::ControlCommands(const Project& project, PlcMemory* memory, PlcServer* server,
+                                 ConnectionSettings* settings, std::function<void()> stop)
+    : m_finder(project),
+      m_memory(memory),
+      m_server(server),
+      m_settings(settings),
+      m_stop(std::move(stop))
+{
+}
+
+QString ControlCommands::execute(const QString& line)
+{
+    const QStringList words = splitArguments(line, 2);
+    if (words.isEmpty())
+        return {};
+    QStringList names;
+    for (const Command* command = kCommands; command->usage != nullptr; ++command) {
+        const QString usage = QString::fromLatin1(command->usage);
+        names.append(usage.section(QLatin1Char(' '), 0, 0));
+        if (names.last() != words[0])
+            continue;
+        const QStringList arguments = splitArguments(words.value(1), qMax(command->arguments, 1));
+        if (int(arguments.size()) != command->arguments)
+            return error(QStringLiteral("expected: %1").arg(usage));
+        return (this->*command->run)(arguments);
+    }
+    return error(QStringLiteral("unknown command %1%2; \"help\" lists all")
+                     .arg(quoted(words[0]), nearestNameHint(words[0], names)));
+}
+
+QString ControlCommands::get(const QStringList& arguments)
+{
+    QString problem;
+    const std::optional<LabelTarget> place = m_finder.find(arguments[0], &problem);
+    if (!place)
+        return error(problem);
+    m_settings->prepareMemory();
+    return ok(loadText(*m_memory, *place));
+}
+
+QString ControlCommands::set(const QStringList& arguments)
+{
+    QString problem;
+    const std::optional<LabelTarget> place = m_finder.find(arguments[0], &problem);
+    if (!place)
+        return error(problem);
+    m_settings->prepareMemory();
+    return storeText(m_memory, *place, arguments[1], &problem) ? ok() : error(problem);
+}
+
+QString ControlCommands::peek(const QStringList& arguments)
+{
+    QString answer;
+    const auto area = wholeNumber(arguments[0], 0, kHighestAreaIndex, &answer);
+    const auto address = wholeNumber(arguments[1], 0, kHighestNumber, &answer);
+    const auto count = wholeNumber(arguments[2], 1, kMostPeekedBytes, &answer);
+    if (!area || !address || !count)
+        return answer;
+    if (!m_memory->contains(*area, quint64(*address), quint64(*count)))
+        return error(QStringLiteral("not within an area"));
+    m_settings->prepareMemory();
+    return ok(QString::fromLatin1(m_memory->read(*area, quint32(*address), *count).toHex(' ')));
+}
+
+QString ControlCommands::poke(const QStringList& arguments)
+{
+    QString answer;
+    const auto area = wholeNumber(arguments[0], 0, kHighestAreaIndex, &answer);
+    const auto address = wholeNumber(arguments[1], 0, kHighestNumber, &answer);
+    if (!area || !address)
+        return answer;
+    const std::optional<QByteArray> bytes = hexBytes(arguments[2]);
+    if (!bytes)
+        return error(QStringLiteral("%1 are not hex bytes").arg(quoted(arguments[2])));
+    if (!m_memory->contains(*area, quint64(*address), quint64(bytes->size())))
+        return error(QStringLiteral("not within an area"));
+    m_settings->prepareMemory();
+    m_memory->write(*area, quint32(*address), *bytes);
+    return ok();
+}
+
+QString ControlCommands::delay(const QStringList& arguments)
+{
+    QString answer = ok();
+    if (const auto milliseconds = wholeNumber(arguments[0], 0, kLongestDelay, &answer))
+        m_settings->faults->setDelay(*milliseconds);
+    return answer;
+}
+
+QString ControlCommands::fragment(const QStringList& arguments)
+{
+    QString answer = ok();
+    if (const auto bytes = wholeNumber(arguments[0], 0, kHighestNumber, &answer))
+        m_settings->fragment = *bytes;
+    return answer;
+}
+
+QString ControlCommands::join(const QStringList& arguments)
+{
+    QString answer = ok();
+    if (const auto joined = onOrOff(arguments[0], &answer))
+        m_settings->join = *joined;
+    return answer;
+}
+
+QString ControlCommands::drop(const QStringList& arguments)
+{
+    QString answer = ok();
+    if (const auto count = wholeNumber(arguments[0], 0, kHighestNumber, &answer))
+        m_settings->faults->dropNext(*count);
+    return answer;
+}
+
+QString ControlCommands::late(const QStringList& arguments)
+{
+    QString answer = ok();
+    const auto number = wholeNumber(arguments[0], 1, kHighestNumber, &answer);
+    const auto milliseconds = wholeNumber(arguments[1], 0, kLongestDelay, &answer);
+    if (number && milliseconds)
+        m_settings->faults->delayReply(*number, *milliseconds);
+    return answer;
+}
+
+QString ControlCommands::half(const QStringList& arguments)
+{
+    QString answer = ok();
+    if (const auto number = wholeNumber(arguments[0], 1, kHighestNumber, &answer))
+        m_settings->faults->halveReply(*number);
+    return answer;
+}
+
+QString ControlCommands::duplicate(const QStringList& arguments)
+{
+    QString answer = ok();
+    if (const auto number = wholeNumber(arguments[0], 1, kHighestNumber, &answer))
+        m_settings->faults->duplicateReply(*number);
+    return answer;
+}
+
+QString ControlCommands::refuseLogin(const QStringList& arguments)
+{
+    QString answer = ok();
+    if (const auto refused = onOrOff(arguments[0], &answer))
+        m_settings->services->setLoginRefused(*refused);
+    return answer;
+}
+
+QString ControlCommands::failWrites(const QStringList& arguments)
+{
+    QString answer = ok();
+    if (const auto refused = onOrOff(arguments[0], &answer))
+        m_settings->services->setWritesRefused(*refused);
+    return answer;
+}
+
+QString ControlCommands::disconnectClients(const QStringList&)
+{
+    m_server->disconnectClients();
+    return ok();
+}
+
+QString ControlCommands::offline(const QStringList&)
+{
+    m_server->goOffline();
+    return ok();
+}
+
+QString ControlCommands::online(const QStringList&)
+{
+    QString problem;
+    return m_server->goOnline(&problem) ? ok() : error(problem);
+}
+
+QString ControlCommands::status(const QStringList&)
+{
+    return ok(QStringLiteral("%1 clients=%2 requests=%3 refused=%4")
+                  .arg(m_server->isOnline() ? QStringLiteral("online") : QStringLiteral("offline"))
+                  .arg(m_server->clients())
+                  .arg(m_settings->requests)
+                  .arg(m_settings->refused));
+}
+
+QString ControlCommands::help(const QStringList&)
+{
+    QString text = ok(QStringLiteral("the commands are"));
+    for (const Command* command = kCommands; command->usage != nullptr; ++command) {
+        text += QStringLiteral("\n  %1  %2")
+                    .arg(QLatin1String(command->usage), -24)
+                    .arg(QLatin1String(command->purpose));
+    }
+    return text;
+}
+
+QString ControlCommands::stop(const QStringList&)
+{
+    m_stop();
+    return ok();
+}
+
+} // namespace plc

@@ -1,0 +1,145 @@
+#include <QtCore/QCommandLineParser>
+#include <QtCore/QCoreApplication>
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QSocketNotifier>
+
+#include <unistd.h>
+#include <csignal>
+#include <cstdio>
+
+#include "simulator/control_commands.h"
+#include "simulator/frame_text.h"
+#include "simulator/line_input.h"
+#include "simulator/options.h"
+#include "simulator/plc_server.h"
+#include "simulator/signals.h"
+
+namespace plc {
+namespace {
+
+constexpr int kExitDone = 0;
+constexpr int kExitCannotListen = 1;
+constexpr int kExitWrongUse = 2;
+
+void print(FILE* stream, const QString& line)
+{
+    std::fprintf(stream, "%s\n", line.toUtf8().constData());
+    std::fflush(stream);
+}
+
+// A signal handler may do little more than write; the event loop reads the other end.
+int stopPipe[2];
+
+void requestStop(int)
+{
+    const char byte = 0;
+    if (::write(stopPipe[1], &byte, 1) < 0)
+        ::_exit(kExitDone);
+}
+
+/// Lets Ctrl-C and a kill end the event loop.
+void quitOnStopSignals(QCoreApplication* application)
+{
+    if (::pipe(stopPipe) != 0)
+        return;
+    auto* notifier = new QSocketNotifier(stopPipe[0], QSocketNotifier::Read, application);
+    QObject::connect(notifier, &QSocketNotifier::activated, application,
+                     [] { QCoreApplication::quit(); });
+    std::signal(SIGINT, requestStop);
+    std::signal(SIGTERM, requestStop);
+    std::signal(SIGPIPE, SIG_IGN);
+    // In the background of a terminal, reading commands fails instead of stopping the process.
+    std::signal(SIGTTIN, SIG_IGN);
+}
+
+void traceFrame(const QString& peer, char direction, const QByteArray& frame)
+{
+    const QString text = direction == '>' ? requestText(frame) : replyText(frame);
+    print(stderr, QStringLiteral("%1 %2 %3 [%4]")
+                      .arg(peer)
+                      .arg(QLatin1Char(direction))
+                      .arg(QString::fromLatin1(frame.toHex(' ')), text));
+}
+
+/// The address as users write it behind a colon-separated port.
+QString endpoint(const PlcServer& server)
+{
+    const QString address = server.address().toString();
+    const bool isV6 = server.address().protocol() == QAbstractSocket::IPv6Protocol;
+    return QStringLiteral("%1:%2")
+        .arg(isV6 ? QStringLiteral("[%1]").arg(address) : address)
+        .arg(server.port());
+}
+
+int serve(const Project& project, const Options& options, QCoreApplication* application)
+{
+    PlcMemory memory(project.areas);
+    Signals signalValues(project, &memory, options.seed);
+    PlcServices services(&memory, project.name.toUtf8());
+    services.setLoginRefused(options.refuseLogin);
+    services.setWritesRefused(options.failWrites);
+    ReplyFaults faults = options.faults;
+    QElapsedTimer clock;
+    clock.start();
+
+    ConnectionSettings settings;
+    settings.services = &services;
+    settings.faults = &faults;
+    settings.fragment = options.fragment;
+    settings.join = options.join;
+    settings.beforeAccess = [&] { signalValues.advance(clock.elapsed()); };
+    if (options.verbosity == Verbosity::Verbose)
+        settings.trace = traceFrame;
+
+    PlcServer server(&settings);
+    server.setMostClients(options.mostClients);
+    QString error;
+    if (!server.listen(options.address, options.port.value_or(project.port), &error)) {
+        print(stderr, QStringLiteral("plc-simulator: ") + error);
+        return kExitCannotListen;
+    }
+    ControlCommands commands(project, &memory, &server, &settings,
+                             [] { QCoreApplication::quit(); });
+    LineInput input(STDIN_FILENO, [&commands](const QByteArray& line) {
+        const QString answer = commands.execute(QString::fromUtf8(line));
+        if (!answer.isEmpty())
+            print(stdout, answer);
+    });
+    quitOnStopSignals(application);
+    print(stdout, QStringLiteral("listening on ") + endpoint(server));
+    if (options.verbosity != Verbosity::Quiet)
+        print(stderr, QStringLiteral("simulating %1; type \"help\" for the commands, Ctrl-C ends")
+                          .arg(project.name));
+    return application->exec();
+}
+
+int run(QCoreApplication* application)
+{
+    QString error;
+    const std::optional<Options> options = readOptions(application->arguments(), &error);
+    if (!options) {
+        print(stderr, QStringLiteral("plc-simulator: ") + error);
+        return kExitWrongUse;
+    }
+    if (!options->information.isEmpty()) {
+        print(stdout, options->information);
+        return kExitDone;
+    }
+    const std::optional<Project> project = loadProject(options->projectFile, &error);
+    if (!project || !checkSize(*project, &error)) {
+        print(stderr, QStringLiteral("plc-simulator: ") + error);
+        return kExitWrongUse;
+    }
+    return serve(*project, *options, application);
+}
+
+} // namespace
+} // namespace plc
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("plc-simulator"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(PLC_VERSION));
+    return plc::run(&application);
+}

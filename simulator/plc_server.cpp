@@ -1,0 +1,76 @@
+#include "simulator/plc_server.h"
+
+namespace plc {
+
+PlcServer::PlcServer(ConnectionSettings* settings, QObject* parent)
+    : QObject(parent), m_settings(settings)
+{
+    connect(&m_listener, &QTcpServer::newConnection, this, [this] { accept(); });
+}
+
+PlcServer::~PlcServer()
+{
+    goOffline();
+}
+
+bool PlcServer::listen(const QHostAddress& address, quint16 port, QString* error)
+{
+    if (!m_listener.listen(address, port)) {
+        *error = QStringLiteral("cannot listen on %1:%2: %3")
+                     .arg(address.toString())
+                     .arg(port)
+                     .arg(m_listener.errorString());
+        return false;
+    }
+    m_address = m_listener.serverAddress();
+    m_port = m_listener.serverPort();
+    return true;
+}
+
+void PlcServer::goOffline()
+{
+    m_listener.close();
+    disconnectClients();
+}
+
+bool PlcServer::goOnline(QString* error)
+{
+    return isOnline() || listen(m_address, m_port, error);
+}
+
+void PlcServer::disconnectClients()
+{
+    const QSet<PlcConnection*> connections = m_connections;
+    for (PlcConnection* connection : connections)
+        connection->close();
+}
+
+void PlcServer::accept()
+{
+    while (QTcpSocket* socket = m_listener.nextPendingConnection()) {
+        if (clients() >= m_mostClients) {
+            socket->abort();
+            socket->deleteLater();
+            continue;
+        }
+        auto* connection = new PlcConnection(socket, newSession(), m_settings, this);
+        m_connections.insert(connection);
+        connect(socket, &QTcpSocket::disconnected, this,
+                [this, connection] { m_connections.remove(connection); });
+    }
+}
+
+/// Each session has bytes of its own, and the two differ: requests that carry those of an earlier
+/// connection, or carry them the wrong way round, are refused.
+Session PlcServer::newSession()
+{
+    constexpr quint32 kValues = 251;
+    ++m_sessions;
+    Session session;
+    session.infoByte24 = quint8(1 + m_sessions % kValues);
+    session.infoByte25 =
+        quint8(1 + (m_sessions + 1 + m_sessions / kValues % (kValues - 1)) % kValues);
+    return session;
+}
+
+} // namespace plc

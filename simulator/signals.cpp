@@ -1,0 +1,193 @@
+#include "simulator/signals.h"
+
+#include <QtCore/QJsonArray>
+
+#include <cmath>
+
+#include "host/project/memory_layout.h"
+#include "host/project/signal_kinds.h"
+#include "simulator/value_access.h"
+
+namespace plc {
+namespace {
+
+constexpr double kTwoPi = 6.283185307179586;
+/// Steps that a counter or walk makes up for after a pause; more would be seen by nobody.
+constexpr qint64 kMostStepsAtOnce = 1000;
+
+qint64 countIn(const Variable& variable)
+{
+    qint64 each = variable.signal ? 1 : 0;
+    if (variable.structure) {
+        for (const Variable& member : variable.structure->members)
+            each = qMin(each + countIn(member), kMostSignalValues + 1);
+    }
+    return each == 0 ? 0 : qMin(each * elementCount(variable), kMostSignalValues + 1);
+}
+
+/// Part of the period that has passed, from 0 to 1.
+double phaseAt(double periods)
+{
+    return periods - std::floor(periods);
+}
+
+/// `value` brought back into from..to as a counter runs over.
+double wrapped(double value, double from, double to, double step)
+{
+    if (!(value > to) || step <= 0.0)
+        return value;
+    const double stepsInOneRound = std::floor((to - from) / step) + 1.0;
+    return from + std::fmod(value - from, stepsInOneRound * step);
+}
+
+} // namespace
+
+qint64 countSignalValues(const Project& project)
+{
+    qint64 count = 0;
+    for (const ScopeDefinition& scope : project.scopes) {
+        for (const Variable& variable : scope.variables)
+            count = qMin(count + countIn(variable), kMostSignalValues + 1);
+    }
+    return count;
+}
+
+Signals::Signals(const Project& project, PlcMemory* memory, quint32 seed)
+    : m_memory(memory), m_random(seed)
+{
+    for (const ScopeDefinition& scope : project.scopes) {
+        for (const Variable& variable : scope.variables) {
+            LabelTarget area;
+            area.area = variable.area;
+            m_ordinals.clear();
+            addVariable(variable, area);
+        }
+    }
+    for (const LiveValue& value : m_values)
+        storeStart(value);
+}
+
+void Signals::addVariable(const Variable& variable, const LabelTarget& container)
+{
+    if (countIn(variable) == 0)
+        return;
+    LabelTarget place = container;
+    place.variable = &variable;
+    place.address += variable.offset;
+    for (qint64 index = 0; index < elementCount(variable); ++index) {
+        if (variable.structure) {
+            for (const Variable& member : variable.structure->members)
+                addVariable(member, place);
+        } else {
+            addElement(variable, place);
+        }
+        place.address += elementStride(variable);
+    }
+}
+
+void Signals::addElement(const Variable& variable, const LabelTarget& place)
+{
+    const qint64 ordinal = m_ordinals[&variable]++;
+    const Signal& signal = *variable.signal;
+    const QString& kind = signal.kind;
+    if (kind == QLatin1String(kConstantSignal)) {
+        storeConstant(variable, place, ordinal);
+        return;
+    }
+    const double shift =
+        signalParameter(signal, "phase") + double(ordinal) * signalParameter(signal, "spread");
+    const Kind known = kind == QLatin1String("ramp")      ? Kind::Ramp
+                       : kind == QLatin1String("sine")    ? Kind::Sine
+                       : kind == QLatin1String("square")  ? Kind::Square
+                       : kind == QLatin1String("counter") ? Kind::Counter
+                                                          : Kind::Walk;
+    m_values.push_back({known, place, &signal, shift});
+}
+
+void Signals::storeConstant(const Variable& variable, const LabelTarget& place, qint64 ordinal)
+{
+    QJsonValue value = variable.signal->parameters.value(QLatin1String("value"));
+    if (value.isArray()) {
+        const QJsonArray list = value.toArray();
+        value = list.at(int(ordinal % list.size()));
+    }
+    QString error;
+    if (value.isString())
+        storeText(m_memory, place, value.toString(), &error);
+    else if (value.isBool())
+        storeNumber(m_memory, place, value.toBool() ? 1.0 : 0.0);
+    else
+        storeNumber(m_memory, place, value.toDouble());
+}
+
+void Signals::storeStart(const LiveValue& value)
+{
+    const Signal& signal = *value.signal;
+    if (value.kind == Kind::Counter) {
+        storeNumber(m_memory, value.place, signalParameter(signal, "from"));
+    } else if (value.kind == Kind::Walk) {
+        const double minimum = signalParameter(signal, "minimum");
+        const double maximum = signalParameter(signal, "maximum");
+        storeNumber(m_memory, value.place,
+                    minimum + (maximum - minimum) * (randomFromMinusOneToOne() + 1.0) / 2.0);
+    } else {
+        LiveValue atStart = value;
+        moveTo(0.0, &atStart);
+    }
+}
+
+void Signals::advance(qint64 milliseconds)
+{
+    if (milliseconds <= m_now)
+        return;
+    m_now = milliseconds;
+    for (LiveValue& value : m_values)
+        moveTo(double(milliseconds) / 1000.0, &value);
+}
+
+void Signals::moveTo(double seconds, LiveValue* value)
+{
+    const Signal& signal = *value->signal;
+    const auto parameter = [&signal](const char* name) { return signalParameter(signal, name); };
+    if (value->kind == Kind::Counter || value->kind == Kind::Walk) {
+        const qint64 steps = qint64(seconds / parameter("interval"));
+        step(*value, steps - value->steps);
+        value->steps = steps;
+        return;
+    }
+    const double phase = phaseAt(seconds / parameter("period") + value->shift);
+    double number = 0.0;
+    if (value->kind == Kind::Ramp)
+        number = parameter("from") + (parameter("to") - parameter("from")) * phase;
+    else if (value->kind == Kind::Sine)
+        number = parameter("mean") + parameter("amplitude") * std::sin(kTwoPi * phase);
+    else
+        number = phase < parameter("duty") ? parameter("high") : parameter("low");
+    storeNumber(m_memory, value->place, number);
+}
+
+void Signals::step(const LiveValue& value, qint64 count)
+{
+    if (count <= 0)
+        return;
+    const Signal& signal = *value.signal;
+    const double stepSize = signalParameter(signal, "step");
+    double number = loadNumber(*m_memory, value.place);
+    if (value.kind == Kind::Counter) {
+        number = wrapped(number + stepSize * double(count), signalParameter(signal, "from"),
+                         signalParameter(signal, "to"), stepSize);
+    } else {
+        const double minimum = signalParameter(signal, "minimum");
+        const double maximum = signalParameter(signal, "maximum");
+        for (qint64 i = 0; i < qMin(count, kMostStepsAtOnce); ++i)
+            number = qBound(minimum, number + stepSize * randomFromMinusOneToOne(), maximum);
+    }
+    storeNumber(m_memory, value.place, number);
+}
+
+double Signals::randomFromMinusOneToOne()
+{
+    return double(m_random()) / double(std::mt19937::max()) * 2.0 - 1.0;
+}
+
+} // namespace plc

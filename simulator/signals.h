@@ -1,0 +1,60 @@
+#ifndef PLC_SIMULATOR_SIGNALS_H
+#define PLC_SIMULATOR_SIGNALS_H
+
+#include <QtCore/QHash>
+
+#include <random>
+#include <vector>
+
+#include "host/project/label_lookup.h"
+#include "simulator/plc_memory.h"
+
+namespace plc {
+
+/// Values that one simulator lets live at most.
+constexpr qint64 kMostSignalValues = 100000;
+
+/// Values of the project that have a signal; every element of an array and every instance of a
+/// structure counts.
+qint64 countSignalValues(const Project& project);
+
+/// Lets the values of a project live. Ramps, sines and squares follow the time alone; counters and
+/// walks go on from what is in the memory, so that they go on from what a client wrote. Constants
+/// are stored once, at the start.
+class Signals {
+public:
+    /// Both must outlive it. Equal seeds give equal walks.
+    Signals(const Project& project, PlcMemory* memory, quint32 seed);
+
+    /// Moves on to `milliseconds` after the start; going back changes nothing.
+    void advance(qint64 milliseconds);
+
+private:
+    enum class Kind { Ramp, Sine, Square, Counter, Walk };
+
+    struct LiveValue {
+        Kind kind;
+        LabelTarget place;
+        const Signal* signal;
+        double shift;     ///< Periods ahead of the time.
+        qint64 steps = 0; ///< Intervals that a counter or walk has behind it.
+    };
+
+    void addVariable(const Variable& variable, const LabelTarget& container);
+    void addElement(const Variable& variable, const LabelTarget& place);
+    void storeConstant(const Variable& variable, const LabelTarget& place, qint64 ordinal);
+    void storeStart(const LiveValue& value);
+    void moveTo(double seconds, LiveValue* value);
+    void step(const LiveValue& value, qint64 count);
+    double randomFromMinusOneToOne();
+
+    PlcMemory* m_memory;
+    std::mt19937 m_random;
+    std::vector<LiveValue> m_values;
+    QHash<const Variable*, qint64> m_ordinals; ///< Elements met so far in one scope variable.
+    qint64 m_now = 0;
+};
+
+} // namespace plc
+
+#endif
