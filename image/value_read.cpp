@@ -1,4 +1,6 @@
-#include <algorithm>
+#include <QtCore/QtEndian>
+
+#include <cstring>
 
 #include "Communication_Protocol.h"
 #include "image/local_data.h"
@@ -29,10 +31,37 @@ qint64 bufferSize(plc::TypeGroup group, qint64 count)
 }
 
 /// From most significant byte first to least significant byte first.
-void reverseElements(uchar* bytes, int size, int width)
+template <typename Element>
+void reverseElements(uchar* bytes, int size)
 {
-    for (int i = 0; i + width <= size; i += width)
-        std::reverse(bytes + i, bytes + i + width);
+    const int width = int(sizeof(Element));
+    for (int i = 0; i + width <= size; i += width) {
+        Element element;
+        std::memcpy(&element, bytes + i, sizeof element);
+        element = qToLittleEndian(qFromBigEndian(element));
+        std::memcpy(bytes + i, &element, sizeof element);
+    }
+}
+
+void toHostOrder(plc::TypeGroup group, uchar* bytes, int size)
+{
+    switch (group) {
+        case plc::TypeGroup::Flag:
+            for (int i = 0; i < size; ++i)
+                bytes[i] = bytes[i] != 0;
+            break;
+        case plc::TypeGroup::Word:
+            reverseElements<quint16>(bytes, size);
+            break;
+        case plc::TypeGroup::DoubleWord:
+            reverseElements<quint32>(bytes, size);
+            break;
+        case plc::TypeGroup::QuadWord:
+            reverseElements<quint64>(bytes, size);
+            break;
+        default:
+            break;
+    }
 }
 
 void readBits(const ControlInformationM& place, uchar* bits, int count)
@@ -65,10 +94,7 @@ void readValue(const ControlInformationM& place, plc::TypeGroup group, int count
             break;
     }
     PLC_driver.localImage.read(quint32(place.areaIndex), quint32(place.address), buffer, size);
-    if (group == plc::TypeGroup::Flag)
-        std::transform(buffer, buffer + size, buffer, [](uchar byte) { return uchar(byte != 0); });
-    else
-        reverseElements(buffer, size, plc::elementWidth(group));
+    toHostOrder(group, buffer, size);
 }
 
 /// Zeros `size` bytes in `value`, or empties it and returns false when no value is that large.

@@ -15,9 +15,6 @@ const quint16 kTypeCodeMask = 0x00FF;
 const quint16 kArrayFlag = 0x0100;
 const quint16 kStructureFlag = 0x0200;
 
-const int kPartsWithoutAllocation = 16;
-typedef QVarLengthArray<LabelText, kPartsWithoutAllocation> LabelParts;
-
 const int kLargestBase = 36;
 
 /// Cuts a subscript off `part`. The part is taken to end with "]": the character before its end
@@ -30,6 +27,40 @@ bool get_label_address_array_split(LabelText& part, LabelText& subscript)
     subscript = part.mid(open + 1, qMax(0, part.size - open - 2));
     part = part.mid(0, open);
     return true;
+}
+
+/// One part of a label: a name and what stands in brackets behind it.
+struct LabelPart {
+    LabelText name;
+    LabelText subscript;
+    bool hasSubscript;
+
+    LabelPart() : hasSubscript(false) {}
+    LabelPart(const LabelText& text, bool mayHaveSubscript)
+        : name(text),
+          hasSubscript(mayHaveSubscript && get_label_address_array_split(name, subscript))
+    {
+    }
+};
+
+const int kPartsWithoutAllocation = 16;
+typedef QVarLengthArray<LabelPart, kPartsWithoutAllocation> LabelParts;
+
+void splitLabel(const LabelText& label, LabelParts& parts)
+{
+    int start = 0;
+    bool bracket = false;
+    for (int i = 0; i < label.size; ++i) {
+        const ushort character = label.text[i].unicode();
+        if (character == '.') {
+            parts.append(LabelPart(label.mid(start, i - start), bracket));
+            start = i + 1;
+            bracket = false;
+        } else if (character == '[') {
+            bracket = true;
+        }
+    }
+    parts.append(LabelPart(label.mid(start, label.size - start), bracket));
 }
 
 /// Subscripts are short decimal numbers; only what is not goes through a string conversion.
@@ -111,21 +142,19 @@ const Label_Type_Info* findMember(const Label_Type_Info& structure, const LabelT
 int walk(const Label_Type_Info* record, const LabelParts& parts, int index,
          ControlInformationM& info)
 {
-    while (index >= 0 && index < parts.size()) {
-        LabelText name = parts[index];
-        LabelText subscript;
+    while (index >= 0 && index < int(parts.size())) {
+        const LabelPart& part = parts[index];
         quint32 element = 0;
-        int result =
-            get_label_address_array_split(name, subscript) ? plc::kNoElement : plc::kResolved;
+        int result = part.hasSubscript ? plc::kNoElement : plc::kResolved;
         if (record->typeFlags & kArrayFlag) {
-            result = linearIndexOf(subscript, record->dimCount, record->arrayBounds, element);
+            result = linearIndexOf(part.subscript, record->dimCount, record->arrayBounds, element);
             if (result != plc::kResolved)
                 return result;
         }
 
         if (record->typeFlags & kStructureFlag) {
             // The member applies the subscript of the same part.
-            record = findMember(*record, name);
+            record = findMember(*record, part.name);
             if (!record)
                 return plc::kNoMember;
             info.address = plc::advanced(info.address, record->offset);
@@ -151,22 +180,12 @@ int walk(const Label_Type_Info* record, const LabelParts& parts, int index,
     return plc::kNoElement;
 }
 
-void splitLabel(const LabelText& label, LabelParts& parts)
+/// A variable that is neither an array nor structured: all that the walk would find is at hand.
+bool isScalar(const plc::SymbolIndex::Variable& variable)
 {
-    int start = 0;
-    for (int dot = label.indexOf(QLatin1Char('.')); dot >= 0;
-         dot = label.indexOf(QLatin1Char('.'), start)) {
-        parts.append(label.mid(start, dot - start));
-        start = dot + 1;
-    }
-    parts.append(label.mid(start, label.size - start));
-}
-
-LabelText withoutSubscript(LabelText part)
-{
-    LabelText subscript;
-    get_label_address_array_split(part, subscript);
-    return part;
+    const quint8 code = quint8(variable.typeFlags & kTypeCodeMask);
+    return !(variable.typeFlags & (kArrayFlag | kStructureFlag)) &&
+           plc::typeInfo(code).elementSize != 0;
 }
 
 } // namespace
@@ -180,21 +199,24 @@ int get_label_address_info(const QString& label, ControlInformationM& info)
     if (parts.size() < 2)
         return plc::kNoVariablePart;
 
-    const plc::SymbolIndex::Scope* scope =
-        PLC_driver.symbolIndex.findScope(withoutSubscript(parts[0]));
+    const plc::SymbolIndex::Scope* scope = PLC_driver.symbolIndex.findScope(parts[0].name);
     if (!scope)
         return plc::kNoScope;
     if (!scope->hasType())
         return plc::kScopeWithoutType;
-    const Label_Type_Info* variable = scope->findVariable(withoutSubscript(parts[1]));
+    const plc::SymbolIndex::Variable* variable = scope->findVariable(parts[1].name);
     if (!variable)
         return plc::kNoElement;
-    if (variable->areaInfo.isEmpty())
+    if (!variable->hasArea)
         return plc::kVariableWithoutArea;
 
-    info.areaIndex = variable->areaInfo.at(0);
-    info.address = variable->offset;
-    return walk(variable, parts, 1, info);
+    info.areaIndex = variable->areaIndex;
+    info.address = variable->address;
+    if (isScalar(*variable)) {
+        info.dataType = quint8(variable->typeFlags & kTypeCodeMask);
+        return parts[1].hasSubscript ? plc::kNoElement : plc::kResolved;
+    }
+    return walk(variable->record, parts, 1, info);
 }
 
 int get_label_address_1(const Label_Type_Info& record, const QStringList& parts, int index,
@@ -202,7 +224,7 @@ int get_label_address_1(const Label_Type_Info& record, const QStringList& parts,
 {
     LabelParts texts;
     for (int i = 0; i < int(parts.size()); ++i)
-        texts.append(LabelText(parts.at(i)));
+        texts.append(LabelPart(LabelText(parts.at(i)), true));
     return walk(&record, texts, index, info);
 }
 

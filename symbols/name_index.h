@@ -10,38 +10,43 @@ namespace plc {
 /// Spreads the characters of a name over 32 bits.
 quint32 hashName(const LabelText& name);
 
-/// Records by name, found in constant time and without a copy of the name. Of records with equal
-/// names the first that was inserted stays. Names and records are owned by somebody else, who keeps
-/// them alive.
-template <typename Record>
+/// Values by name, found in constant time and without a copy of the name. Of values with equal
+/// names the first that was inserted stays. The names are owned by somebody else, who keeps them
+/// alive.
+template <typename Value>
 class NameIndex {
 public:
-    void reserve(int records)
+    void reserve(int count)
     {
-        int slotCount = kSmallest;
-        while (slotCount / 2 < records)
-            slotCount *= 2;
-        if (slotCount > int(m_slots.size()))
-            resize(slotCount);
+        int size = kSmallest;
+        while (!hasRoom(count, size))
+            size *= 2;
+        if (size > int(m_slots.size()))
+            resize(size);
     }
 
-    void insert(const LabelText& name, Record* record)
+    void insert(const LabelText& name, const Value& value)
     {
-        reserve(m_count + 1);
+        if (!hasRoom(m_count + 1, int(m_slots.size())))
+            reserve(m_count + 1);
         const quint32 hash = hashName(name);
         Slot& slot = m_slots[slotOf(name, hash)];
-        if (slot.record)
+        if (slot.isTaken)
             return;
-        slot.hash = hash;
         slot.name = name;
-        slot.record = record;
+        slot.hash = hash;
+        slot.isTaken = true;
+        slot.value = value;
         ++m_count;
     }
 
-    /// The record of this name, or null.
-    Record* find(const LabelText& name) const
+    /// The value of this name, or null. Valid until the next insert() or clear().
+    const Value* find(const LabelText& name) const
     {
-        return m_slots.isEmpty() ? nullptr : m_slots.at(slotOf(name, hashName(name))).record;
+        if (m_slots.isEmpty())
+            return nullptr;
+        const Slot& slot = m_slots.constData()[slotOf(name, hashName(name))];
+        return slot.isTaken ? &slot.value : nullptr;
     }
 
     void clear()
@@ -51,22 +56,26 @@ public:
     }
 
 private:
+    /// All that a search needs lies together: one place in memory to wait for.
     struct Slot {
-        Record* record = nullptr; ///< Null: the slot is free.
         LabelText name;
         quint32 hash = 0;
+        bool isTaken = false;
+        Value value = Value();
     };
 
     static const int kSmallest = 8;
 
-    /// The slot that holds `name`, or the free one where it belongs. At most half the slots are
-    /// taken, so that one is met.
+    /// A quarter of the slots stays free, so that a search ends soon.
+    static bool hasRoom(int count, int slotCount) { return count <= slotCount / 4 * 3; }
+
+    /// The slot that holds `name`, or the free one where it belongs.
     int slotOf(const LabelText& name, quint32 hash) const
     {
         const Slot* table = m_slots.constData();
         const int mask = int(m_slots.size()) - 1;
         int i = int(hash) & mask;
-        while (table[i].record && !(table[i].hash == hash && table[i].name == name))
+        while (table[i].isTaken && !(table[i].hash == hash && table[i].name == name))
             i = (i + 1) & mask;
         return i;
     }
@@ -77,7 +86,7 @@ private:
         old.swap(m_slots);
         for (int i = 0; i < int(old.size()); ++i) {
             const Slot& slot = old.at(i);
-            if (slot.record)
+            if (slot.isTaken)
                 m_slots[slotOf(slot.name, slot.hash)] = slot;
         }
     }

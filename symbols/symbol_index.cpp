@@ -10,15 +10,34 @@ quint32 hashName(const LabelText& name)
     const int kCharactersAWord = int(sizeof(quint64) / sizeof(QChar));
 
     quint64 hash = quint64(name.size);
-    for (int i = 0; i < name.size; i += kCharactersAWord) {
-        quint64 word = 0;
-        const int characters = qMin(kCharactersAWord, name.size - i);
-        std::memcpy(&word, name.text + i, size_t(characters) * sizeof(QChar));
+    int i = 0;
+    for (; i + kCharactersAWord <= name.size; i += kCharactersAWord) {
+        quint64 word;
+        std::memcpy(&word, name.text + i, sizeof word);
         hash = (hash ^ word) * kSpread;
         hash ^= hash >> 32;
     }
-    return quint32(hash);
+    quint64 rest = 0;
+    for (; i < name.size; ++i)
+        rest = rest << 16 | name.text[i].unicode();
+    hash = (hash ^ rest) * kSpread;
+    return quint32(hash >> 32);
 }
+
+namespace {
+
+SymbolIndex::Variable indexed(const Label_Type_Info& record)
+{
+    SymbolIndex::Variable variable;
+    variable.record = &record;
+    variable.address = record.offset;
+    variable.typeFlags = record.typeFlags;
+    variable.hasArea = !record.areaInfo.isEmpty();
+    variable.areaIndex = variable.hasArea ? record.areaInfo.at(0) : 0;
+    return variable;
+}
+
+} // namespace
 
 void SymbolIndex::Scope::assign(const Label_Type_Info& record)
 {
@@ -31,7 +50,7 @@ void SymbolIndex::Scope::assign(const Label_Type_Info& record)
     m_variables.reserve(count);
     for (int i = 0; i < count; ++i) {
         const Label_Type_Info& variable = definition.members.at(i);
-        m_variables.insert(LabelText(variable.name), &variable);
+        m_variables.insert(LabelText(variable.name), indexed(variable));
     }
 }
 
@@ -42,7 +61,8 @@ SymbolIndex::~SymbolIndex()
 
 void SymbolIndex::insert(const Label_Type_Info& record)
 {
-    Scope* scope = m_scopesByName.find(LabelText(record.name));
+    Scope* const* known = m_scopesByName.find(LabelText(record.name));
+    Scope* scope = known ? *known : nullptr;
     if (!scope) {
         scope = new Scope(record.name);
         m_scopes.append(scope);

@@ -11,6 +11,15 @@ namespace plc {
 /// Made when the symbol list is handed in: insert() follows each record that goes into the table.
 class SymbolIndex {
 public:
+    /// A variable of a scope: its record, and what most resolutions need of it at hand.
+    struct Variable {
+        const Label_Type_Info* record = nullptr;
+        qint32 address = 0;
+        qint32 areaIndex = 0;
+        quint16 typeFlags = 0;
+        bool hasArea = false;
+    };
+
     /// One scope of the table and its variables by name.
     class Scope {
     public:
@@ -20,10 +29,7 @@ public:
         /// False for a scope whose record has no `typeDef`.
         bool hasType() const { return !m_typeDef.isEmpty(); }
         /// The variable of this name among the first `memberCount`, or null.
-        const Label_Type_Info* findVariable(const LabelText& name) const
-        {
-            return m_variables.find(name);
-        }
+        const Variable* findVariable(const LabelText& name) const { return m_variables.find(name); }
 
     private:
         friend class SymbolIndex;
@@ -31,7 +37,7 @@ public:
 
         const QString m_name;
         QList<Label_Type_Info> m_typeDef; ///< Shares the host's records and keeps them alive.
-        NameIndex<const Label_Type_Info> m_variables;
+        NameIndex<Variable> m_variables;
     };
 
     SymbolIndex() = default;
@@ -40,13 +46,17 @@ public:
     /// Adds the scope `record`, or replaces the one of the same name.
     void insert(const Label_Type_Info& record);
     /// The scope of this name, or null.
-    const Scope* findScope(const LabelText& name) const { return m_scopesByName.find(name); }
+    const Scope* findScope(const LabelText& name) const
+    {
+        Scope* const* scope = m_scopesByName.find(name);
+        return scope ? *scope : nullptr;
+    }
 
 private:
     Q_DISABLE_COPY(SymbolIndex)
 
     QVector<Scope*> m_scopes;
-    NameIndex<Scope> m_scopesByName;
+    NameIndex<Scope*> m_scopesByName;
 };
 
 } // namespace plc
