@@ -8,12 +8,13 @@ void EnCommStation(int station, int enable)
     const int kOn = 1;
 
     QMutexLocker lock(&PLC_driver.stationMutex);
+    QMap<int, int>& off = PLC_driver.disabledStations;
     if (station < 0)
-        PLC_driver.disabledStations.clear();
-    else if (enable == kOff)
-        PLC_driver.disabledStations.insert(station, 0);
+        off.clear();
+    else if (enable == kOff && !off.contains(station))
+        off.insert(station, 0);
     else if (enable == kOn)
-        PLC_driver.disabledStations.remove(station);
+        off.remove(station);
 }
 
 void EnableEthernet(int station, int enable)
