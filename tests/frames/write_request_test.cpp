@@ -1,0 +1,363 @@
+#include "frames/write_request.h"
+
+#include <climits>
+
+#include "support/driver_fixture.h"
+
+namespace plc {
+namespace test {
+namespace {
+
+RW_VAR writeEntry(int areaIndex, int address, int length, const QByteArray& data, int dataType = 3)
+{
+    RW_VAR var = makeVar(areaIndex, address, length, dataType);
+    var.data = data;
+    return var;
+}
+
+class WriteRequest : public DriverTest {
+protected:
+    static void fillBatch(std::initializer_list<RW_VAR> entries)
+    {
+        std::copy(entries.begin(), entries.end(), PLC_driver.batch);
+        PLC_driver.batchCount = int(entries.size());
+    }
+
+    static QByteArray build()
+    {
+        RW_VAR var;
+        WriteAnalog(&var);
+        return PLC_driver.requestQueue.isEmpty() ? QByteArray()
+                                                 : PLC_driver.requestQueue.last().frame;
+    }
+
+    static int imageByte(quint32 areaIndex, quint32 address)
+    {
+        const quint64 key = DataImage::key(areaIndex, address);
+        return PLC_driver.localImage.contains(key) ? PLC_driver.localImage.value(key) : -1;
+    }
+};
+
+TEST_F(WriteRequest, OneEntry)
+{
+    PLC_driver.plcInfo1 = 0x12;
+    PLC_driver.plcInfo2 = 0x34;
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
+    EXPECT_EQ(build(), hex("BB BB 00 00 00 16 3C 00 00 00 00 01"
+                           "00 02 00 00 00 10 00 00 00 02 AB CD"
+                           "00 01 12 34"));
+    EXPECT_EQ(PLC_driver.requestQueue.first().frameLength, 28);
+}
+
+TEST_F(WriteRequest, EntriesFollowInTheOrderOfTheBatch)
+{
+    PLC_driver.plcInfo1 = 0xFF;
+    PLC_driver.plcInfo2 = 0x80;
+    fillBatch({writeEntry(0x0203, 0x04050607, 1, hex("11")), writeEntry(1, 0x20, 0, QByteArray()),
+               writeEntry(2, 0x10, 3, hex("22 33 44"))});
+    EXPECT_EQ(build(), hex("BB BB 00 00 00 2C 3C 00 00 00 00 03"
+                           "02 03 04 05 06 07 00 00 00 01 11"
+                           "00 01 00 00 00 20 00 00 00 00"
+                           "00 02 00 00 00 10 00 00 00 03 22 33 44"
+                           "00 01 FF 80"));
+}
+
+TEST_F(WriteRequest, EmptyBatchStillGivesAWholeFrame)
+{
+    PLC_driver.plcInfo1 = 0x12;
+    PLC_driver.plcInfo2 = 0x34;
+    fillBatch({});
+    EXPECT_EQ(build(), hex("BB BB 00 00 00 0A 3C 00 00 00 00 00 00 01 12 34"));
+}
+
+TEST_F(WriteRequest, EmptyBatchIsNoBitWriteWhateverTheLastBatchLeft)
+{
+    PLC_driver.batch[0].dataType = 13;
+    PLC_driver.batchCount = 0;
+    EXPECT_EQ(build(), hex("BB BB 00 00 00 0A 3C 00 00 00 00 00 00 01 00 00"));
+}
+
+TEST_F(WriteRequest, BitInFirstEntryZeroesItsLengthFieldAndKeepsTheBytes)
+{
+    PLC_driver.plcInfo1 = 0x12;
+    PLC_driver.plcInfo2 = 0x34;
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"), 13)});
+    EXPECT_EQ(build(), hex("BB BB 00 00 00 16 3C 00 00 00 00 01"
+                           "00 02 00 00 00 10 00 00 00 00 AB CD"
+                           "00 01 12 34"));
+}
+
+TEST_F(WriteRequest, BitInFirstEntryZeroesEveryLengthField)
+{
+    fillBatch({writeEntry(2, 0x10, 1, hex("01"), 13), writeEntry(2, 0x20, 2, hex("AB CD"), 3),
+               writeEntry(2, 0x30, 1, hex("00"), 13)});
+    EXPECT_EQ(build(), hex("BB BB 00 00 00 2C 3C 00 00 00 00 03"
+                           "00 02 00 00 00 10 00 00 00 00 01"
+                           "00 02 00 00 00 20 00 00 00 00 AB CD"
+                           "00 02 00 00 00 30 00 00 00 00 00"
+                           "00 01 00 00"));
+}
+
+TEST_F(WriteRequest, BitBehindAWordSendsTheRealLengthOfBoth)
+{
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"), 3), writeEntry(2, 0x20, 1, hex("01"), 13)});
+    EXPECT_EQ(build(), hex("BB BB 00 00 00 21 3C 00 00 00 00 02"
+                           "00 02 00 00 00 10 00 00 00 02 AB CD"
+                           "00 02 00 00 00 20 00 00 00 01 01"
+                           "00 01 00 00"));
+}
+
+TEST_F(WriteRequest, OnlyCode13IsABit)
+{
+    for (int dataType : {0, 1, 12, 14, 16, 17, -13, 0x10D}) {
+        fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"), dataType)});
+        EXPECT_EQ(build().mid(18, 4), hex("00 00 00 02")) << "type code " << dataType;
+    }
+}
+
+TEST_F(WriteRequest, DataBeyondTheLengthIsNotSent)
+{
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD EF 01"))});
+    EXPECT_EQ(build(), hex("BB BB 00 00 00 16 3C 00 00 00 00 01"
+                           "00 02 00 00 00 10 00 00 00 02 AB CD"
+                           "00 01 00 00"));
+}
+
+TEST_F(WriteRequest, ShortDataIsPaddedWithZeros)
+{
+    fillBatch({writeEntry(2, 0x10, 4, hex("AB CD")), writeEntry(2, 0x20, 2, QByteArray()),
+               writeEntry(2, 0x30, 1, hex("77"))});
+    EXPECT_EQ(build(), hex("BB BB 00 00 00 2F 3C 00 00 00 00 03"
+                           "00 02 00 00 00 10 00 00 00 04 AB CD 00 00"
+                           "00 02 00 00 00 20 00 00 00 02 00 00"
+                           "00 02 00 00 00 30 00 00 00 01 77"
+                           "00 01 00 00"));
+}
+
+TEST_F(WriteRequest, ExactlySizedDataIsNotReadBeyond)
+{
+    ExactBytes data(hex("AB"));
+    fillBatch({writeEntry(2, 0x10, 4, *data.get())});
+    EXPECT_EQ(build().mid(22, 4), hex("AB 00 00 00"));
+}
+
+TEST_F(WriteRequest, NegativeLengthTakesTenBytesAndCarriesTheNumber)
+{
+    fillBatch({writeEntry(2, 0x10, -1, hex("AB CD")), writeEntry(2, 0x20, INT_MIN, hex("EF")),
+               writeEntry(2, 0x30, 1, hex("77"))});
+    EXPECT_EQ(build(), hex("BB BB 00 00 00 29 3C 00 00 00 00 03"
+                           "00 02 00 00 00 10 FF FF FF FF"
+                           "00 02 00 00 00 20 80 00 00 00"
+                           "00 02 00 00 00 30 00 00 00 01 77"
+                           "00 01 00 00"));
+}
+
+TEST_F(WriteRequest, NegativeLengthInABitWriteCarriesZero)
+{
+    fillBatch({writeEntry(2, 0x10, -1, hex("AB CD"), 13)});
+    EXPECT_EQ(build(), hex("BB BB 00 00 00 14 3C 00 00 00 00 01"
+                           "00 02 00 00 00 10 00 00 00 00"
+                           "00 01 00 00"));
+}
+
+TEST_F(WriteRequest, AreaIndexSendsItsLowSixteenBits)
+{
+    fillBatch({writeEntry(0x12345, -1, 1, hex("77"))});
+    EXPECT_EQ(build().mid(12, 10), hex("23 45 FF FF FF FF 00 00 00 01"));
+}
+
+TEST_F(WriteRequest, PayloadLengthHasTwoBytes)
+{
+    fillBatch({writeEntry(2, 0x10, 500, QByteArray(500, 'x'))});
+    const QByteArray frame = build();
+    EXPECT_EQ(frame.size(), 526);
+    EXPECT_EQ(frame.mid(2, 4), hex("00 00 02 08")); // 520
+}
+
+TEST_F(WriteRequest, PayloadLengthIsReducedToItsLowSixteenBits)
+{
+    fillBatch({writeEntry(2, 0x10, 65536, QByteArray(65536, 'x'))});
+    const QByteArray frame = build();
+    EXPECT_EQ(frame.size(), 65562);
+    EXPECT_EQ(frame.mid(2, 4), hex("00 00 00 14")); // 65556 - 65536
+    EXPECT_EQ(frame.mid(18, 4), hex("00 01 00 00"));
+    EXPECT_EQ(frame.right(6), hex("78 78 00 01 00 00"));
+    EXPECT_EQ(PLC_driver.requestQueue.first().frameLength, 65562);
+}
+
+TEST_F(WriteRequest, FullBatchAndCounterOutsideIt)
+{
+    for (int i = 0; i < 150; ++i)
+        PLC_driver.batch[i] = writeEntry(1, i, 1, hex("55"));
+    for (int count : {150, 151, 1000, INT_MAX}) {
+        PLC_driver.batchCount = count;
+        const QByteArray frame = build();
+        EXPECT_EQ(frame.size(), 16 + 150 * 11) << "batchCount " << count;
+        EXPECT_EQ(frame.mid(8, 4), hex("00 00 00 96")) << "batchCount " << count;
+        EXPECT_EQ(frame.mid(12 + 149 * 11, 11), hex("00 01 00 00 00 95 00 00 00 01 55"));
+    }
+    for (int count : {-1, INT_MIN}) {
+        PLC_driver.batchCount = count;
+        EXPECT_EQ(build(), hex("BB BB 00 00 00 0A 3C 00 00 00 00 00 00 01 00 00"))
+            << "batchCount " << count;
+    }
+}
+
+TEST_F(WriteRequest, IsQueuedAsARequestForAReplyOfVariableLength)
+{
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
+    build();
+    ASSERT_EQ(PLC_driver.requestQueue.size(), 1);
+    const Protocol& request = PLC_driver.requestQueue.first();
+    EXPECT_EQ(request.replyLength, -1);
+    EXPECT_EQ(request.dataOffset, 0);
+    EXPECT_EQ(request.minReplyLength, 0);
+    EXPECT_EQ(request.extra1, 0);
+    EXPECT_EQ(request.extra2, 0);
+    EXPECT_EQ(request.extra3, 0);
+}
+
+TEST_F(WriteRequest, CarriesACopyOfItsArgument)
+{
+    RW_VAR var = writeEntry(3, 0x40, 8, hex("01 02"), 5);
+    var.category = 4;
+    var.aux1 = 21;
+    var.aux2 = 22;
+    var.aux3 = 23;
+    var.deviceNo = 24;
+    var.result = 25;
+    var.station = 26;
+    var.aux12 = 27;
+    var.label = QLatin1String("A.b");
+    var.subLabel = QLatin1String("c");
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
+    WriteAnalog(&var);
+    ASSERT_EQ(PLC_driver.requestQueue.size(), 1);
+    const RW_VAR& carried = PLC_driver.requestQueue.first().var;
+    EXPECT_EQ(carried.category, 4);
+    EXPECT_EQ(carried.aux1, 21);
+    EXPECT_EQ(carried.aux2, 22);
+    EXPECT_EQ(carried.aux3, 23);
+    EXPECT_EQ(carried.deviceNo, 24);
+    EXPECT_EQ(carried.result, 25);
+    EXPECT_EQ(carried.label, QLatin1String("A.b"));
+    EXPECT_EQ(carried.subLabel, QLatin1String("c"));
+    EXPECT_EQ(carried.dataType, 5);
+    EXPECT_EQ(carried.address, 0x40);
+    EXPECT_EQ(carried.station, 26);
+    EXPECT_EQ(carried.length, 8);
+    EXPECT_EQ(carried.aux12, 27);
+    EXPECT_EQ(carried.areaIndex, 3);
+    EXPECT_EQ(carried.data, hex("01 02"));
+}
+
+TEST_F(WriteRequest, IsAppendedAtTheEndOfTheQueue)
+{
+    Protocol waiting;
+    waiting.frame = hex("01");
+    queueRequest(waiting);
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
+    build();
+    ASSERT_EQ(PLC_driver.requestQueue.size(), 2);
+    EXPECT_EQ(PLC_driver.requestQueue.at(0).frame, hex("01"));
+    EXPECT_EQ(PLC_driver.requestQueue.at(1).frameLength, 28);
+}
+
+TEST_F(WriteRequest, StartsATransactionOfOneFrame)
+{
+    settings.frameCount = 7;
+    settings.frameIndex = 5;
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
+    build();
+    EXPECT_EQ(settings.frameCount, 1);
+    EXPECT_EQ(settings.frameIndex, 0);
+}
+
+TEST_F(WriteRequest, BuilderAloneLeavesTheImageAsItIs)
+{
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
+    WriteAnalog(&PLC_driver.batch[0]);
+    EXPECT_TRUE(PLC_driver.localImage.isEmpty());
+    EXPECT_EQ(PLC_driver.batchCount, 1);
+}
+
+TEST_F(WriteRequest, WriteRegisterQueuesAndMirrorsTheVariable)
+{
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
+    RW_VAR var = PLC_driver.batch[0];
+    WriteRegister(&var);
+    ASSERT_EQ(PLC_driver.requestQueue.size(), 1);
+    EXPECT_EQ(PLC_driver.requestQueue.first().frame,
+              hex("BB BB 00 00 00 16 3C 00 00 00 00 01"
+                  "00 02 00 00 00 10 00 00 00 02 AB CD 00 01 00 00"));
+    EXPECT_EQ(PLC_driver.localImage.size(), 2);
+    EXPECT_EQ(imageByte(2, 0x10), 0xAB);
+    EXPECT_EQ(imageByte(2, 0x11), 0xCD);
+}
+
+TEST_F(WriteRequest, WriteRegisterMirrorsItsArgumentAndNoFollower)
+{
+    fillBatch({writeEntry(2, 0x10, 1, hex("11")), writeEntry(2, 0x20, 1, hex("22"))});
+    RW_VAR var = PLC_driver.batch[0];
+    WriteRegister(&var);
+    EXPECT_EQ(PLC_driver.localImage.size(), 1);
+    EXPECT_EQ(imageByte(2, 0x10), 0x11);
+    EXPECT_EQ(imageByte(2, 0x20), -1);
+}
+
+TEST_F(WriteRequest, WriteRegisterMirrorsABitIntoItsWord)
+{
+    // Bit 17 is bit 1 of word 1, whose low byte lies at address 2.
+    fillBatch({writeEntry(2, 17, 1, hex("01"), 13)});
+    RW_VAR var = PLC_driver.batch[0];
+    WriteRegister(&var);
+    EXPECT_EQ(imageByte(2, 1), 0x00);
+    EXPECT_EQ(imageByte(2, 2), 0x02);
+}
+
+TEST_F(WriteRequest, AfterAFinalFailureNothingIsMirrored)
+{
+    for (int failed : {1, 2, 255}) {
+        PLC_driver.requestQueue.clear();
+        PLC_driver.failed = quint8(failed);
+        fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
+        RW_VAR var = PLC_driver.batch[0];
+        WriteRegister(&var);
+        EXPECT_EQ(PLC_driver.requestQueue.size(), 1) << "failed " << failed;
+        EXPECT_TRUE(PLC_driver.localImage.isEmpty()) << "failed " << failed;
+    }
+}
+
+TEST_F(WriteRequest, RemoteWriteDoesNothing)
+{
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
+    settings.frameCount = 7;
+    RW_VAR var = PLC_driver.batch[0];
+    Remote_WriteVar(&var);
+    Remote_WriteVar(nullptr);
+    EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
+    EXPECT_TRUE(PLC_driver.localImage.isEmpty());
+    EXPECT_EQ(settings.frameCount, 7);
+}
+
+TEST_F(WriteRequest, NullVariableQueuesAndMirrorsNothing)
+{
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
+    WriteAnalog(nullptr);
+    WriteRegister(nullptr);
+    EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
+    EXPECT_TRUE(PLC_driver.localImage.isEmpty());
+}
+
+TEST_F(WriteRequest, WithoutSettingsNothingCrashes)
+{
+    SetComInfo(nullptr);
+    fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
+    RW_VAR var = PLC_driver.batch[0];
+    WriteRegister(&var);
+    EXPECT_EQ(PLC_driver.batchCount, 1);
+}
+
+} // namespace
+} // namespace test
+} // namespace plc
