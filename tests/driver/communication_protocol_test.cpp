@@ -1,0 +1,157 @@
+#include <climits>
+
+#include "support/driver_fixture.h"
+
+namespace plc {
+namespace test {
+namespace {
+
+void expectFresh(const RW_VAR& var)
+{
+    EXPECT_EQ(var.category, 0);
+    EXPECT_EQ(var.aux1, 0);
+    EXPECT_EQ(var.aux2, 0);
+    EXPECT_EQ(var.aux3, 0);
+    EXPECT_EQ(var.deviceNo, 0);
+    EXPECT_EQ(var.result, 0);
+    EXPECT_TRUE(var.label.isEmpty());
+    EXPECT_TRUE(var.subLabel.isEmpty());
+    EXPECT_EQ(var.dataType, 0);
+    EXPECT_EQ(var.address, 0);
+    EXPECT_EQ(var.station, 0);
+    EXPECT_EQ(var.length, 0);
+    EXPECT_EQ(var.aux12, 0);
+    EXPECT_EQ(var.areaIndex, 0);
+    EXPECT_TRUE(var.data.isEmpty());
+}
+
+TEST(DriverObject, IsConstructedWhenTheLibraryIsLoaded)
+{
+    EXPECT_EQ(PLC_driver.settings, nullptr);
+    EXPECT_TRUE(PLC_driver.readList.isEmpty());
+    EXPECT_TRUE(PLC_driver.writeList.isEmpty());
+    EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
+    EXPECT_TRUE(PLC_driver.spareList.isEmpty());
+    EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
+    EXPECT_TRUE(PLC_driver.extendList.isEmpty());
+    EXPECT_EQ(PLC_driver.resultCallback, nullptr);
+    EXPECT_EQ(PLC_driver.failureCallback, nullptr);
+    EXPECT_TRUE(PLC_driver.disabledStations.isEmpty());
+    EXPECT_TRUE(PLC_driver.symbolTable.isEmpty());
+    EXPECT_TRUE(PLC_driver.localImage.isEmpty());
+    expectFresh(PLC_driver.reply);
+}
+
+TEST(DriverObject, CountersAndFlagsStartAtZeroAndLastKindMatchesNoList)
+{
+    EXPECT_EQ(PLC_driver.lastKind, 100);
+    EXPECT_EQ(PLC_driver.writeTries, 0);
+    EXPECT_EQ(PLC_driver.onceTries, 0);
+    EXPECT_EQ(PLC_driver.cycleCount, 0);
+    EXPECT_EQ(PLC_driver.failed, 0);
+    EXPECT_EQ(PLC_driver.spareFlag, 0);
+    EXPECT_EQ(PLC_driver.loggedIn, 0);
+    EXPECT_EQ(PLC_driver.batchCount, 0);
+    EXPECT_EQ(PLC_driver.plcInfo1, 0);
+    EXPECT_EQ(PLC_driver.plcInfo2, 0);
+}
+
+TEST(DriverObject, BatchHolds150FreshEntries)
+{
+    ASSERT_EQ(sizeof PLC_driver.batch / sizeof PLC_driver.batch[0], 150u);
+    for (const RW_VAR& entry : PLC_driver.batch)
+        expectFresh(entry);
+}
+
+TEST(DriverObject, MutexesAreUnlockedAndNotRecursive)
+{
+    for (QMutex* mutex : {&PLC_driver.listMutex, &PLC_driver.dataMutex, &PLC_driver.stationMutex}) {
+        ASSERT_TRUE(mutex->tryLock());
+        EXPECT_FALSE(mutex->tryLock()) << "the same thread locked it twice";
+        mutex->unlock();
+    }
+}
+
+TEST(DriverObject, MembersLieInTheirOrderOfDestruction)
+{
+    const Communication_Protocol& driver = PLC_driver;
+    const std::vector<const void*> members = {&driver.settings,
+                                              &driver.readList,
+                                              &driver.writeList,
+                                              &driver.onceReadList,
+                                              &driver.spareList,
+                                              &driver.requestQueue,
+                                              &driver.extendList,
+                                              &driver.resultCallback,
+                                              &driver.failureCallback,
+                                              &driver.listMutex,
+                                              &driver.dataMutex,
+                                              &driver.stationMutex,
+                                              &driver.disabledStations,
+                                              &driver.reply,
+                                              &driver.lastKind,
+                                              &driver.writeTries,
+                                              &driver.onceTries,
+                                              &driver.cycleCount,
+                                              &driver.failed,
+                                              &driver.spareFlag,
+                                              &driver.loggedIn,
+                                              &driver.batchCount,
+                                              &driver.plcInfo1,
+                                              &driver.plcInfo2,
+                                              &driver.batch,
+                                              &driver.symbolTable,
+                                              &driver.localImage};
+    EXPECT_EQ(members.front(), &driver);
+    EXPECT_TRUE(std::is_sorted(members.begin(), members.end(), std::less<const void*>()));
+}
+
+TEST(DriverObject, DestructionReleasesAllThatItHolds)
+{
+    QByteArray bytes = hex("01 02 03");
+    QString text = QLatin1String("Application");
+    {
+        std::unique_ptr<Communication_Protocol> driver(new Communication_Protocol);
+        RW_VAR var;
+        var.data = bytes;
+        var.label = text;
+        var.subLabel = text;
+        driver->readList.append(var);
+        driver->writeList.append(var);
+        driver->onceReadList.append(var);
+        driver->spareList.append(var);
+        Protocol request;
+        request.frame = bytes;
+        request.var = var;
+        driver->requestQueue.append(request);
+        EXTENDVAR extension;
+        extension.extData = bytes;
+        driver->extendList.append(extension);
+        driver->reply = var;
+        driver->batch[0] = var;
+        driver->batch[149] = var;
+        Label_Type_Info scope;
+        scope.name = text;
+        driver->symbolTable.insert(text, scope);
+        driver->localImage.insert(DataImage::key(1, 2), 3);
+        ASSERT_FALSE(bytes.isDetached());
+        ASSERT_FALSE(text.isDetached());
+    }
+    EXPECT_TRUE(bytes.isDetached());
+    EXPECT_TRUE(text.isDetached());
+}
+
+TEST(BatchSize, StaysWithinTheArrayWhateverTheCounterSays)
+{
+    const std::vector<std::pair<int, int>> rows = {
+        {0, 0}, {1, 1}, {149, 149}, {150, 150}, {151, 150}, {INT_MAX, 150}, {-1, 0}, {INT_MIN, 0}};
+    for (const auto& row : rows) {
+        PLC_driver.batchCount = row.first;
+        EXPECT_EQ(batchSize(), row.second) << "batchCount " << row.first;
+    }
+    PLC_driver.batchCount = 0;
+}
+
+} // namespace
+} // namespace test
+} // namespace plc

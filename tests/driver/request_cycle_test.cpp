@@ -1,0 +1,880 @@
+#include <climits>
+#include <thread>
+
+#include "support/driver_fixture.h"
+
+namespace plc {
+namespace test {
+namespace {
+
+int fieldOf(const QByteArray& frame, int offset)
+{
+    quint32 value = 0;
+    for (int i = 0; i < 4; ++i)
+        value = value << 8 | uchar(frame.at(offset + i));
+    return int(value);
+}
+
+int serviceOf(const Protocol* request)
+{
+    return uchar(request->frame.at(6));
+}
+int entriesOf(const Protocol* request)
+{
+    return fieldOf(request->frame, 8);
+}
+
+const int kRead = 0x2E;
+const int kWriteOut = 0x3C;
+const int kIdentification = 0x01;
+
+/// A write of `length` bytes, numbered by its address.
+RW_VAR numberedWrite(int number, int length)
+{
+    return makeWrite(1, number, QByteArray(length, 'x'), 1, number);
+}
+
+std::vector<int> addressesOf(const QList<RW_VAR>& list)
+{
+    std::vector<int> addresses;
+    for (const RW_VAR& var : list)
+        addresses.push_back(var.address);
+    return addresses;
+}
+
+std::vector<int> batchAddresses()
+{
+    std::vector<int> addresses;
+    for (int i = 0; i < batchSize(); ++i)
+        addresses.push_back(PLC_driver.batch[i].address);
+    return addresses;
+}
+
+using ::testing::ElementsAre;
+
+class RequestCycle : public DriverTest {
+protected:
+    static void addReads(std::initializer_list<int> lengths)
+    {
+        int address = 0;
+        for (int length : lengths)
+            PLC_driver.readList.append(makeVar(1, address++, length));
+    }
+
+    static void addOnceReads(std::initializer_list<int> lengths)
+    {
+        int address = 0;
+        for (int length : lengths) {
+            RW_VAR var = makeVar(2, address++, length);
+            var.category = 2;
+            PLC_driver.onceReadList.append(var);
+        }
+    }
+
+    static void addWrites(std::initializer_list<int> lengths)
+    {
+        int address = 0;
+        for (int length : lengths)
+            PLC_driver.writeList.append(numberedWrite(address++, length));
+    }
+
+    /// Asks for a request and answers it well; returns the kind that was served.
+    static int serveOne()
+    {
+        const Protocol* request = ComCommunication();
+        if (!request)
+            return -1;
+        if (serviceOf(request) == kWriteOut) {
+            deliver(writeReply());
+        } else {
+            QByteArray payload(6, '\0');
+            for (int i = 0; i < batchSize(); ++i)
+                payload += QByteArray(1 + PLC_driver.batch[i].length, '\0');
+            deliver(frameOf(payload));
+        }
+        return PLC_driver.lastKind;
+    }
+};
+
+class LoggedIn : public RequestCycle {
+protected:
+    LoggedIn() { logIn(0x12, 0x34); }
+};
+
+// ---- A request that waits ----
+
+TEST_F(LoggedIn, WaitingRequestIsHandedOutAgainAndAgain)
+{
+    addReads({4, 4});
+    addWrites({2});
+    const Protocol* first = ComCommunication();
+    ASSERT_NE(first, nullptr);
+    const QByteArray frame = first->frame;
+    for (int i = 0; i < 10; ++i) {
+        const Protocol* again = ComCommunication();
+        EXPECT_EQ(again, first);
+        EXPECT_EQ(again->frame, frame);
+    }
+    EXPECT_EQ(PLC_driver.requestQueue.size(), 1);
+    EXPECT_EQ(PLC_driver.writeTries, 1);
+    EXPECT_EQ(PLC_driver.batchCount, 1);
+    EXPECT_EQ(settings.scanDone, 0);
+}
+
+TEST_F(RequestCycle, WaitingRequestChangesNothing)
+{
+    Protocol waiting;
+    waiting.frame = hex("BB BB 01");
+    queueRequest(waiting);
+    addReads({4});
+    addWrites({2});
+    PLC_driver.writeList.first().station = 9;
+    EnCommStation(9, 0);
+    PLC_driver.batchCount = 7;
+    PLC_driver.writeTries = 3;
+    PLC_driver.onceTries = 2;
+    settings.frameCount = 5;
+    settings.frameIndex = 4;
+    EXPECT_EQ(ComCommunication()->frame, hex("BB BB 01"));
+    EXPECT_EQ(PLC_driver.batchCount, 7);
+    EXPECT_EQ(PLC_driver.writeTries, 3);
+    EXPECT_EQ(PLC_driver.onceTries, 2);
+    EXPECT_EQ(PLC_driver.lastKind, 100);
+    EXPECT_EQ(PLC_driver.writeList.size(), 1);
+    EXPECT_EQ(PLC_driver.readList.first().result, 0);
+    EXPECT_EQ(settings.scanDone, 0);
+    EXPECT_EQ(settings.frameCount, 5);
+    EXPECT_EQ(settings.frameIndex, 4);
+}
+
+TEST_F(RequestCycle, WaitingRequestNeedsNoLock)
+{
+    queueRequest(Protocol());
+    PLC_driver.listMutex.lock();
+    EXPECT_NE(ComCommunication(), nullptr);
+    PLC_driver.listMutex.unlock();
+}
+
+TEST_F(RequestCycle, ReturnsTheHeadOfTheQueueItself)
+{
+    addReads({4});
+    const Protocol* request = ComCommunication();
+    ASSERT_FALSE(PLC_driver.requestQueue.isEmpty());
+    EXPECT_EQ(request, &PLC_driver.requestQueue.first());
+}
+
+// ---- Without settings ----
+
+TEST_F(RequestCycle, WithoutSettingsNothingIsSentOrChanged)
+{
+    SetComInfo(nullptr);
+    addReads({4});
+    addOnceReads({4});
+    addWrites({2});
+    PLC_driver.writeTries = 3;
+    PLC_driver.onceTries = 2;
+    PLC_driver.batchCount = 7;
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
+    EXPECT_EQ(PLC_driver.writeTries, 3);
+    EXPECT_EQ(PLC_driver.onceTries, 2);
+    EXPECT_EQ(PLC_driver.batchCount, 7);
+    EXPECT_EQ(PLC_driver.lastKind, 100);
+    EXPECT_EQ(PLC_driver.readList.first().result, 0);
+    EXPECT_TRUE(PLC_driver.localImage.isEmpty());
+}
+
+TEST_F(RequestCycle, WithoutSettingsSwitchedOffEntriesStay)
+{
+    SetComInfo(nullptr);
+    addWrites({2});
+    PLC_driver.writeList.first().station = 9;
+    EnCommStation(9, 0);
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(PLC_driver.writeList.size(), 1);
+}
+
+TEST_F(RequestCycle, WithoutSettingsAWaitingRequestIsStillHandedOut)
+{
+    addReads({4});
+    const Protocol* waiting = ComCommunication();
+    SetComInfo(nullptr);
+    EXPECT_EQ(ComCommunication(), waiting);
+}
+
+// ---- Nothing to send ----
+
+TEST_F(RequestCycle, EmptyListsGiveNothingAndFinishTheScan)
+{
+    PLC_driver.writeTries = 4;
+    PLC_driver.onceTries = 3;
+    PLC_driver.batchCount = 7;
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_EQ(PLC_driver.writeTries, 0);
+    EXPECT_EQ(PLC_driver.onceTries, 0);
+    EXPECT_EQ(PLC_driver.batchCount, 0);
+    EXPECT_EQ(PLC_driver.lastKind, 100);
+    EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
+}
+
+// ---- Login ----
+
+TEST_F(RequestCycle, LoginComesBeforeAWrite)
+{
+    addWrites({2, 2});
+    PLC_driver.writeList.first().label = QLatin1String("A.valve");
+    const Protocol* request = ComCommunication();
+    ASSERT_NE(request, nullptr);
+    EXPECT_EQ(request->frame, hex("BB BB 00 00 00 0E 01 00 00 00 02 00 00 00 06 00 00 00 00 00"));
+    ASSERT_EQ(PLC_driver.requestQueue.size(), 2);
+    EXPECT_EQ(PLC_driver.requestQueue.at(1).frameLength, 23);
+    EXPECT_EQ(request->var.label, QLatin1String("A.valve"));
+    EXPECT_THAT(addressesOf(PLC_driver.writeList), ElementsAre(0, 1));
+    EXPECT_EQ(settings.frameCount, 2);
+    EXPECT_EQ(settings.frameIndex, 0);
+}
+
+TEST_F(RequestCycle, BatchThrownAwayForTheLoginCounts)
+{
+    addWrites({2});
+    ComCommunication();
+    EXPECT_EQ(PLC_driver.writeTries, 1);
+    EXPECT_EQ(PLC_driver.onceTries, 0);
+    EXPECT_EQ(PLC_driver.lastKind, 1);
+    PLC_driver.requestQueue.clear();
+    PLC_driver.writeList.clear();
+    addOnceReads({4});
+    ComCommunication();
+    EXPECT_EQ(PLC_driver.writeTries, 1);
+    EXPECT_EQ(PLC_driver.onceTries, 1);
+    EXPECT_EQ(PLC_driver.lastKind, 2);
+}
+
+TEST_F(RequestCycle, WriteThrownAwayForTheLoginIsMirroredAtOnce)
+{
+    PLC_driver.writeList.append(makeWrite(1, 0x10, hex("AB CD"), 1, 1));
+    EXPECT_EQ(serviceOf(ComCommunication()), kIdentification);
+    EXPECT_EQ(PLC_driver.localImage.value(DataImage::key(1, 0x10)), 0xAB);
+    EXPECT_EQ(PLC_driver.localImage.value(DataImage::key(1, 0x11)), 0xCD);
+}
+
+TEST_F(RequestCycle, BatchThrownAwayIsChosenAgainAfterTheLogin)
+{
+    addWrites({2, 2});
+    addReads({4});
+    EXPECT_EQ(serviceOf(ComCommunication()), kIdentification);
+    deliver(identificationReply());
+    EXPECT_EQ(ComCommunication()->frameLength, 23);
+    deliver(fileReply(0x34, 0x12));
+    const Protocol* request = ComCommunication();
+    EXPECT_EQ(serviceOf(request), kWriteOut);
+    EXPECT_EQ(entriesOf(request), 2);
+    EXPECT_EQ(request->frame.right(4), hex("00 01 12 34"));
+    EXPECT_EQ(PLC_driver.writeTries, 2);
+}
+
+TEST_F(RequestCycle, LoginBeforeACyclicReadMarksTheHeadAsIssued)
+{
+    addReads({4, 4});
+    PLC_driver.readList.first().result = 5;
+    const Protocol* request = ComCommunication();
+    EXPECT_EQ(serviceOf(request), kIdentification);
+    EXPECT_EQ(request->var.result, 5);
+    EXPECT_EQ(PLC_driver.readList.at(0).result, -1);
+    EXPECT_EQ(PLC_driver.readList.at(1).result, 0);
+    EXPECT_EQ(PLC_driver.lastKind, 0);
+}
+
+TEST_F(RequestCycle, SwitchedOffHeadsAreDroppedBeforeTheLoginToo)
+{
+    addWrites({2, 2});
+    PLC_driver.writeList[0].station = 9;
+    addOnceReads({4, 4});
+    PLC_driver.onceReadList[0].station = 9;
+    EnCommStation(9, 0);
+    EXPECT_EQ(serviceOf(ComCommunication()), kIdentification);
+    EXPECT_THAT(addressesOf(PLC_driver.writeList), ElementsAre(1));
+    PLC_driver.requestQueue.clear();
+    PLC_driver.writeList.clear();
+    EXPECT_EQ(serviceOf(ComCommunication()), kIdentification);
+    EXPECT_THAT(addressesOf(PLC_driver.onceReadList), ElementsAre(1));
+}
+
+TEST_F(RequestCycle, NothingToSendNeedsNoLogin)
+{
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(settings.frameCount, 0);
+}
+
+TEST_F(RequestCycle, AnyValueButZeroIsLoggedIn)
+{
+    addReads({4});
+    PLC_driver.loggedIn = -1;
+    EXPECT_EQ(serviceOf(ComCommunication()), kRead);
+}
+
+// ---- Write batches ----
+
+TEST_F(LoggedIn, WriteBatchCarriesHeadAndFollowers)
+{
+    PLC_driver.writeList.append(makeWrite(2, 0x10, hex("AB CD"), 3, 7));
+    PLC_driver.writeList.append(makeWrite(2, 0x20, hex("EF"), 3, 8));
+    const Protocol* request = ComCommunication();
+    ASSERT_NE(request, nullptr);
+    EXPECT_EQ(request->frame, hex("BB BB 00 00 00 21 3C 00 00 00 00 02"
+                                  "00 02 00 00 00 10 00 00 00 02 AB CD"
+                                  "00 02 00 00 00 20 00 00 00 01 EF"
+                                  "00 01 12 34"));
+    EXPECT_EQ(request->var.category, 3);
+    EXPECT_EQ(request->var.aux1, 7);
+    EXPECT_EQ(PLC_driver.lastKind, 1);
+    EXPECT_EQ(PLC_driver.writeTries, 1);
+    EXPECT_EQ(PLC_driver.batchCount, 2);
+    EXPECT_EQ(PLC_driver.writeList.size(), 2);
+    EXPECT_EQ(settings.frameCount, 1);
+    EXPECT_EQ(settings.frameIndex, 0);
+}
+
+TEST_F(LoggedIn, OnlyTheHeadOfAWriteBatchIsMirroredAtOnce)
+{
+    PLC_driver.writeList.append(makeWrite(2, 0x10, hex("AB"), 3, 7));
+    PLC_driver.writeList.append(makeWrite(2, 0x20, hex("EF"), 3, 8));
+    ComCommunication();
+    EXPECT_EQ(PLC_driver.localImage.value(DataImage::key(2, 0x10)), 0xAB);
+    EXPECT_FALSE(PLC_driver.localImage.contains(DataImage::key(2, 0x20)));
+}
+
+TEST_F(LoggedIn, WritesAreNotMirroredAfterAFinalFailure)
+{
+    PLC_driver.failed = 1;
+    PLC_driver.writeList.append(makeWrite(2, 0x10, hex("AB"), 3, 7));
+    EXPECT_EQ(serviceOf(ComCommunication()), kWriteOut);
+    EXPECT_TRUE(PLC_driver.localImage.isEmpty());
+}
+
+struct BudgetRow {
+    const char* name;
+    std::vector<int> lengths;
+    int batch;
+};
+
+void PrintTo(const BudgetRow& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class WriteBudget : public LoggedIn, public ::testing::WithParamInterface<BudgetRow> {};
+
+TEST_P(WriteBudget, BoundsTheBatch)
+{
+    int address = 0;
+    for (int length : GetParam().lengths) {
+        RW_VAR var = makeVar(1, address++, length);
+        PLC_driver.writeList.append(var);
+    }
+    const Protocol* request = ComCommunication();
+    ASSERT_NE(request, nullptr);
+    EXPECT_EQ(PLC_driver.batchCount, GetParam().batch);
+    EXPECT_EQ(entriesOf(request), GetParam().batch);
+    for (int i = 0; i < GetParam().batch; ++i)
+        EXPECT_EQ(PLC_driver.batch[i].address, i);
+    EXPECT_EQ(PLC_driver.writeList.size(), int(GetParam().lengths.size()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, WriteBudget,
+    ::testing::Values(BudgetRow{"Single", {2}, 1},
+                      BudgetRow{"TwoOf500ExceedIt", {500, 500}, 1},        // 510 + 510
+                      BudgetRow{"Exactly999Fits", {489, 490}, 2},          // 499 + 500
+                      BudgetRow{"OneMoreDoesNot", {490, 490}, 1},          // 500 + 500
+                      BudgetRow{"HeadAboveItGoesAlone", {2000, 1}, 1},     // 2010
+                      BudgetRow{"HeadOfExactly999GoesAlone", {989, 0}, 1}, // 999 + 10
+                      BudgetRow{"ShorterOnesBehindAreNotLookedAt", {500, 500, 1, 1}, 1},
+                      BudgetRow{"ThirdDoesNotFit", {300, 300, 400, 1}, 2}, // 310 + 310 + 410
+                      BudgetRow{"EmptyWritesCostTen", std::vector<int>(120, 0), 99},      // 990
+                      BudgetRow{"OneByteWritesCostEleven", std::vector<int>(120, 1), 90}, // 990
+                      BudgetRow{"NegativeLengthsStopAtTheArray", std::vector<int>(200, -10), 150},
+                      BudgetRow{"NegativeLengthMakesRoom", {900, -500, 500}, 3}, // 910, 420, 930
+                      BudgetRow{"SmallestHead", {INT_MIN, 2, 2}, 3}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+TEST_F(LoggedIn, HugeFollowerIsComparedExactly)
+{
+    addWrites({2});
+    RW_VAR huge = makeVar(1, 1, INT_MAX);
+    PLC_driver.writeList.append(huge);
+    PLC_driver.writeList.append(huge);
+    EXPECT_EQ(entriesOf(ComCommunication()), 1);
+}
+
+TEST_F(LoggedIn, SwitchedOffHeadsOfTheWriteListAreDestroyed)
+{
+    addWrites({2, 2, 2, 2});
+    PLC_driver.writeList[0].station = 8;
+    PLC_driver.writeList[1].station = 9;
+    PLC_driver.writeList[3].station = 9;
+    EnCommStation(8, 0);
+    EnCommStation(9, 0);
+    EXPECT_EQ(entriesOf(ComCommunication()), 2);
+    EXPECT_THAT(addressesOf(PLC_driver.writeList), ElementsAre(2, 3));
+    EXPECT_THAT(batchAddresses(), ElementsAre(2, 3)) << "a follower's station is not tested";
+}
+
+TEST_F(LoggedIn, WriteListThatIsAllSwitchedOffGivesTheTurnToOneShotReads)
+{
+    addWrites({2, 2});
+    PLC_driver.writeList[0].station = 9;
+    PLC_driver.writeList[1].station = 9;
+    EnCommStation(9, 0);
+    addOnceReads({4});
+    EXPECT_EQ(serviceOf(ComCommunication()), kRead);
+    EXPECT_EQ(PLC_driver.lastKind, 2);
+    EXPECT_EQ(PLC_driver.writeTries, 0);
+    EXPECT_TRUE(PLC_driver.writeList.isEmpty());
+}
+
+TEST_F(LoggedIn, AllListsSwitchedOffGiveNothing)
+{
+    addWrites({2});
+    addOnceReads({2});
+    addReads({2, 2});
+    for (QList<RW_VAR>* list :
+         {&PLC_driver.writeList, &PLC_driver.onceReadList, &PLC_driver.readList})
+        for (RW_VAR& var : *list)
+            var.station = 9;
+    EnCommStation(9, 0);
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_TRUE(PLC_driver.writeList.isEmpty());
+    EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
+    EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(0, 1));
+    EXPECT_EQ(PLC_driver.batchCount, 0);
+}
+
+// ---- One-shot reads ----
+
+TEST_F(LoggedIn, OneShotBatchCarriesHeadAndFollowers)
+{
+    addOnceReads({4, 2});
+    PLC_driver.onceReadList[0].aux1 = 33;
+    const Protocol* request = ComCommunication();
+    ASSERT_NE(request, nullptr);
+    EXPECT_EQ(request->frame, hex("BB BB 00 00 00 1E 2E 00 00 00 00 02"
+                                  "00 02 00 00 00 00 00 00 00 04"
+                                  "00 02 00 00 00 01 00 00 00 02"
+                                  "00 01 12 34"));
+    EXPECT_EQ(request->var.category, 2);
+    EXPECT_EQ(request->var.aux1, 33);
+    EXPECT_EQ(PLC_driver.lastKind, 2);
+    EXPECT_EQ(PLC_driver.onceTries, 1);
+    EXPECT_EQ(PLC_driver.onceReadList.size(), 2);
+    EXPECT_EQ(PLC_driver.onceReadList.at(0).result, 0) << "only cyclic heads are marked";
+}
+
+TEST_F(LoggedIn, SwitchedOffHeadsOfTheOneShotListAreDestroyed)
+{
+    addOnceReads({4, 4, 4});
+    PLC_driver.onceReadList[0].station = 9;
+    PLC_driver.onceReadList[2].station = 9;
+    EnCommStation(9, 0);
+    EXPECT_EQ(entriesOf(ComCommunication()), 2);
+    EXPECT_THAT(addressesOf(PLC_driver.onceReadList), ElementsAre(1, 2));
+}
+
+TEST_F(LoggedIn, OneShotListThatIsAllSwitchedOffGivesTheTurnToCyclicReads)
+{
+    addOnceReads({4});
+    PLC_driver.onceReadList[0].station = 9;
+    EnCommStation(9, 0);
+    addReads({4});
+    EXPECT_EQ(serviceOf(ComCommunication()), kRead);
+    EXPECT_EQ(PLC_driver.lastKind, 0);
+    EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
+}
+
+enum ReadKind { kFromOnceList, kFromReadList };
+
+class ReadBudget : public LoggedIn,
+                   public ::testing::WithParamInterface<std::tuple<ReadKind, BudgetRow>> {};
+
+TEST_P(ReadBudget, BoundsTheBatch)
+{
+    const BudgetRow& row = std::get<1>(GetParam());
+    QList<RW_VAR>& list =
+        std::get<0>(GetParam()) == kFromOnceList ? PLC_driver.onceReadList : PLC_driver.readList;
+    int address = 0;
+    for (int length : row.lengths)
+        list.append(makeVar(1, address++, length));
+    const Protocol* request = ComCommunication();
+    ASSERT_NE(request, nullptr);
+    EXPECT_EQ(serviceOf(request), kRead);
+    EXPECT_EQ(PLC_driver.batchCount, row.batch);
+    EXPECT_EQ(entriesOf(request), row.batch);
+    for (int i = 0; i < row.batch; ++i)
+        EXPECT_EQ(PLC_driver.batch[i].address, i);
+    EXPECT_EQ(list.size(), int(row.lengths.size()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, ReadBudget,
+    ::testing::Combine(
+        ::testing::Values(kFromOnceList, kFromReadList),
+        ::testing::Values(BudgetRow{"Single", {2}, 1},
+                          BudgetRow{"Exactly999Fits", {499, 498}, 2},          // 500 + 499
+                          BudgetRow{"OneMoreDoesNot", {499, 499}, 1},          // 500 + 500
+                          BudgetRow{"HeadAboveItGoesAlone", {2000, 1}, 1},     // 2001
+                          BudgetRow{"HeadOfExactly999GoesAlone", {998, 0}, 1}, // 999 + 1
+                          BudgetRow{"ShorterOnesBehindAreNotLookedAt", {499, 499, 1, 1}, 1},
+                          BudgetRow{"ThirdDoesNotFit", {300, 300, 400, 1}, 2}, // 301 + 301 + 401
+                          BudgetRow{"TwoHundredBytes", std::vector<int>(200, 1), 99},
+                          BudgetRow{"Exactly99", std::vector<int>(99, 1), 99},
+                          BudgetRow{"EmptyReadsStopAt99", std::vector<int>(200, 0), 99},
+                          BudgetRow{"NegativeLengthsStopAt99", std::vector<int>(200, -1), 99},
+                          BudgetRow{"NineBytesAreTenEach", std::vector<int>(120, 9), 99},    // 990
+                          BudgetRow{"TenBytesAreElevenEach", std::vector<int>(120, 10), 90}, // 990
+                          BudgetRow{"HugeHead", {INT_MAX, 1}, 1},
+                          BudgetRow{"HugeFollower", {1, INT_MAX, 1}, 1},
+                          BudgetRow{"SmallestHeadMakesRoom", {INT_MIN, INT_MAX, 900, 100}, 3})),
+    [](const auto& test) {
+        return std::string(std::get<0>(test.param) == kFromOnceList ? "Once" : "Cyclic") +
+               std::get<1>(test.param).name;
+    });
+
+// ---- Cyclic reads ----
+
+TEST_F(LoggedIn, CyclicBatchMarksItsHeadInTheListOnly)
+{
+    addReads({4, 4, 4});
+    for (RW_VAR& var : PLC_driver.readList)
+        var.result = 7;
+    const Protocol* request = ComCommunication();
+    ASSERT_NE(request, nullptr);
+    EXPECT_EQ(PLC_driver.readList.at(0).result, -1);
+    EXPECT_EQ(PLC_driver.readList.at(1).result, 7);
+    EXPECT_EQ(PLC_driver.readList.at(2).result, 7);
+    EXPECT_EQ(PLC_driver.batch[0].result, 7);
+    EXPECT_EQ(request->var.result, 7);
+    EXPECT_EQ(PLC_driver.lastKind, 0);
+    EXPECT_EQ(PLC_driver.batchCount, 3);
+    EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(0, 1, 2));
+}
+
+TEST_F(LoggedIn, BatchEntriesAreWholeCopies)
+{
+    RW_VAR var = makeVar(6, 0x20, 4, 5);
+    var.category = 1;
+    var.aux1 = -1;
+    var.deviceNo = 3;
+    var.station = 4;
+    var.aux12 = -1;
+    var.label = QLatin1String("A.level");
+    PLC_driver.readList.append(makeVar(1, 0, 2));
+    PLC_driver.readList.append(var);
+    ComCommunication();
+    const RW_VAR& copy = PLC_driver.batch[1];
+    EXPECT_EQ(copy.areaIndex, 6);
+    EXPECT_EQ(copy.address, 0x20);
+    EXPECT_EQ(copy.length, 4);
+    EXPECT_EQ(copy.dataType, 5);
+    EXPECT_EQ(copy.category, 1);
+    EXPECT_EQ(copy.aux1, -1);
+    EXPECT_EQ(copy.deviceNo, 3);
+    EXPECT_EQ(copy.station, 4);
+    EXPECT_EQ(copy.aux12, -1);
+    EXPECT_EQ(copy.label, QLatin1String("A.level"));
+}
+
+TEST_F(LoggedIn, CyclicBatchResetsBothCaps)
+{
+    addReads({4});
+    PLC_driver.writeTries = 5;
+    PLC_driver.onceTries = 3;
+    ComCommunication();
+    EXPECT_EQ(PLC_driver.writeTries, 0);
+    EXPECT_EQ(PLC_driver.onceTries, 0);
+}
+
+TEST_F(LoggedIn, CyclicHeadsOfSwitchedOffStationsGoToTheEnd)
+{
+    addReads({4, 4, 4, 4});
+    PLC_driver.readList[0].station = 8;
+    PLC_driver.readList[1].station = 9;
+    PLC_driver.readList[3].station = 9;
+    EnCommStation(8, 0);
+    EnCommStation(9, 0);
+    const Protocol* request = ComCommunication();
+    ASSERT_NE(request, nullptr);
+    EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(2, 3, 0, 1));
+    EXPECT_THAT(batchAddresses(), ElementsAre(2, 3, 0, 1)) << "followers' stations do not count";
+    EXPECT_EQ(PLC_driver.readList.at(0).result, -1);
+    EXPECT_EQ(PLC_driver.readList.at(2).result, 0);
+}
+
+TEST_F(LoggedIn, LastEntryAloneSwitchedOnIsFound)
+{
+    addReads({4, 4, 4});
+    PLC_driver.readList[0].station = 9;
+    PLC_driver.readList[1].station = 9;
+    EnCommStation(9, 0);
+    ComCommunication();
+    EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(2, 0, 1));
+    EXPECT_EQ(PLC_driver.batch[0].address, 2);
+}
+
+TEST_F(LoggedIn, CyclicListThatIsAllSwitchedOffGivesNothingAndKeepsItsOrder)
+{
+    addReads({4, 4, 4});
+    for (RW_VAR& var : PLC_driver.readList)
+        var.station = 9;
+    EnCommStation(9, 0);
+    PLC_driver.writeTries = 5;
+    PLC_driver.onceTries = 3;
+    PLC_driver.lastKind = 2;
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(0, 1, 2));
+    for (const RW_VAR& var : PLC_driver.readList)
+        EXPECT_EQ(var.result, 0);
+    EXPECT_EQ(PLC_driver.batchCount, 0);
+    EXPECT_EQ(PLC_driver.writeTries, 0);
+    EXPECT_EQ(PLC_driver.onceTries, 0);
+    EXPECT_EQ(PLC_driver.lastKind, 2);
+}
+
+TEST_F(LoggedIn, StationSwitchedOnAgainIsServedByTheNextCall)
+{
+    addReads({4});
+    PLC_driver.readList[0].station = 9;
+    EnCommStation(9, 0);
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EnCommStation(9, 1);
+    EXPECT_NE(ComCommunication(), nullptr);
+}
+
+// ---- Order of service ----
+
+TEST_F(LoggedIn, FullListsAreServedFiveFiveOne)
+{
+    for (int i = 0; i < 30; ++i)
+        PLC_driver.writeList.append(numberedWrite(i, 500));
+    for (int i = 0; i < 30; ++i) {
+        RW_VAR var = makeVar(2, i, 600);
+        var.category = 2;
+        var.aux1 = i;
+        PLC_driver.onceReadList.append(var);
+    }
+    addReads({700, 700});
+    std::vector<int> kinds;
+    for (int i = 0; i < 22; ++i)
+        kinds.push_back(serveOne());
+    const std::vector<int> round = {1, 1, 1, 1, 1, 2, 2, 2, 2, 2, 0};
+    std::vector<int> expected = round;
+    expected.insert(expected.end(), round.begin(), round.end());
+    EXPECT_EQ(kinds, expected);
+}
+
+TEST_F(LoggedIn, SixthWriteBatchLetsACyclicReadThrough)
+{
+    for (int i = 0; i < 12; ++i)
+        PLC_driver.writeList.append(numberedWrite(i, 500));
+    addReads({4});
+    std::vector<int> kinds;
+    for (int i = 0; i < 13; ++i)
+        kinds.push_back(serveOne());
+    EXPECT_THAT(kinds, ElementsAre(1, 1, 1, 1, 1, 0, 1, 1, 1, 1, 1, 0, 1));
+}
+
+TEST_F(LoggedIn, SixthWriteBatchWithNothingElsePausesForOneCall)
+{
+    for (int i = 0; i < 7; ++i)
+        PLC_driver.writeList.append(numberedWrite(i, 500));
+    std::vector<int> kinds;
+    for (int i = 0; i < 9; ++i)
+        kinds.push_back(serveOne());
+    EXPECT_THAT(kinds, ElementsAre(1, 1, 1, 1, 1, -1, 1, 1, -1));
+    EXPECT_EQ(PLC_driver.writeTries, 0);
+    EXPECT_EQ(settings.scanDone, 1);
+}
+
+TEST_F(LoggedIn, SixthOneShotBatchLetsACyclicReadThrough)
+{
+    for (int i = 0; i < 7; ++i) {
+        RW_VAR var = makeVar(2, i, 600);
+        var.aux1 = i;
+        PLC_driver.onceReadList.append(var);
+    }
+    addReads({4});
+    std::vector<int> kinds;
+    for (int i = 0; i < 8; ++i)
+        kinds.push_back(serveOne());
+    EXPECT_THAT(kinds, ElementsAre(2, 2, 2, 2, 2, 0, 2, 2));
+}
+
+TEST_F(LoggedIn, OneShotBatchDoesNotResetTheWriteCap)
+{
+    PLC_driver.writeTries = 5;
+    addWrites({2});
+    addOnceReads({4});
+    ComCommunication();
+    EXPECT_EQ(PLC_driver.lastKind, 2);
+    EXPECT_EQ(PLC_driver.writeTries, 5);
+    EXPECT_EQ(PLC_driver.onceTries, 1);
+}
+
+TEST_F(LoggedIn, WriteBatchDoesNotResetTheOneShotCap)
+{
+    PLC_driver.onceTries = 3;
+    addWrites({2});
+    ComCommunication();
+    EXPECT_EQ(PLC_driver.lastKind, 1);
+    EXPECT_EQ(PLC_driver.onceTries, 3);
+}
+
+TEST_F(LoggedIn, FourTriesStillServeAndFiveDoNot)
+{
+    addWrites({2});
+    addReads({4});
+    PLC_driver.writeTries = 4;
+    ComCommunication();
+    EXPECT_EQ(PLC_driver.lastKind, 1);
+    EXPECT_EQ(PLC_driver.writeTries, 5);
+    PLC_driver.requestQueue.clear();
+    ComCommunication();
+    EXPECT_EQ(PLC_driver.lastKind, 0);
+    EXPECT_EQ(PLC_driver.writeTries, 0);
+}
+
+TEST_F(LoggedIn, RetriesDoNotCountTowardsTheCap)
+{
+    settings.retryLimit = 10;
+    addWrites({2});
+    ComCommunication();
+    for (int i = 0; i < 8; ++i) {
+        EXPECT_EQ(deliver(QByteArray())->result, 0);
+        EXPECT_EQ(serviceOf(ComCommunication()), kWriteOut);
+    }
+    EXPECT_EQ(PLC_driver.writeTries, 1);
+}
+
+TEST_F(LoggedIn, OnlyCyclicReadsAreServedByEveryCall)
+{
+    addReads({700, 700, 700});
+    std::vector<int> heads;
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ(serveOne(), 0);
+        heads.push_back(PLC_driver.reply.address);
+    }
+    EXPECT_THAT(heads, ElementsAre(0, 1, 2, 0, 1, 2, 0));
+}
+
+// ---- Remote mode ----
+
+class RemoteMode : public LoggedIn, public ::testing::WithParamInterface<int> {
+protected:
+    RemoteMode() { settings.remoteMode = GetParam(); }
+};
+
+TEST_P(RemoteMode, CyclicReadsGiveNothing)
+{
+    addReads({4, 4});
+    PLC_driver.writeTries = 5;
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_EQ(PLC_driver.lastKind, 0);
+    EXPECT_EQ(PLC_driver.batchCount, 1);
+    EXPECT_EQ(PLC_driver.readList.at(0).result, -1);
+    EXPECT_EQ(PLC_driver.writeTries, 0);
+    EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
+}
+
+TEST_P(RemoteMode, OneShotReadsGiveNothing)
+{
+    addOnceReads({4, 4});
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_EQ(PLC_driver.lastKind, 2);
+    EXPECT_EQ(PLC_driver.batchCount, 1);
+    EXPECT_EQ(PLC_driver.onceTries, 0) << "nothing was queued, so the caps start anew";
+    EXPECT_EQ(PLC_driver.onceReadList.size(), 2);
+}
+
+TEST_P(RemoteMode, WritesGiveNothingAndAreNotMirrored)
+{
+    addWrites({2, 2});
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_EQ(PLC_driver.lastKind, 1);
+    EXPECT_EQ(PLC_driver.batchCount, 1);
+    EXPECT_EQ(PLC_driver.writeTries, 0);
+    EXPECT_EQ(PLC_driver.writeList.size(), 2);
+    EXPECT_TRUE(PLC_driver.localImage.isEmpty());
+}
+
+TEST_P(RemoteMode, PendingWritesKeepTheOthersFromTheirTurn)
+{
+    addWrites({2});
+    addOnceReads({4});
+    addReads({4});
+    for (int i = 0; i < 12; ++i) {
+        EXPECT_EQ(ComCommunication(), nullptr);
+        EXPECT_EQ(PLC_driver.lastKind, 1);
+    }
+    EXPECT_EQ(PLC_driver.readList.at(0).result, 0);
+}
+
+TEST_P(RemoteMode, SwitchedOffHeadsAreDroppedAndRotatedAllTheSame)
+{
+    addWrites({2});
+    PLC_driver.writeList[0].station = 9;
+    addOnceReads({4});
+    PLC_driver.onceReadList[0].station = 9;
+    addReads({4, 4});
+    PLC_driver.readList[0].station = 9;
+    EnCommStation(9, 0);
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_TRUE(PLC_driver.writeList.isEmpty());
+    EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
+    EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(1, 0));
+}
+
+TEST_P(RemoteMode, NoLoginIsQueued)
+{
+    PLC_driver.loggedIn = 0;
+    addReads({4});
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(AnyValueButZero, RemoteMode, ::testing::Values(1, 2, -1, INT_MIN));
+
+// ---- Threads ----
+
+TEST_F(LoggedIn, ListsAndStationsMayBeChangedFromOtherThreads)
+{
+    addReads({4, 4, 4});
+    PLC_driver.readList[1].station = 9;
+    std::thread writer([] {
+        for (int i = 0; i < 100; ++i) {
+            RW_VAR var = makeWrite(1, i, hex("01 02"), 1, i);
+            AddListWriteVar(&var, 1);
+        }
+    });
+    std::thread switcher([] {
+        for (int i = 0; i < 300; ++i)
+            EnCommStation(9, i % 2);
+    });
+    for (int i = 0; i < 300; ++i)
+        serveOne();
+    writer.join();
+    switcher.join();
+    for (int i = 0; i < 100 && !PLC_driver.writeList.isEmpty(); ++i)
+        serveOne();
+    EXPECT_TRUE(PLC_driver.writeList.isEmpty());
+    for (const ResultCall& call : resultCalls)
+        EXPECT_EQ(call.status, 1);
+}
+
+} // namespace
+} // namespace test
+} // namespace plc
