@@ -11,22 +11,29 @@ namespace {
 constexpr int kLongestComparedName = 64;
 constexpr int kLongestQuotedText = 60;
 
-/// Single-character insertions, removals and replacements that turn one text into the other.
+/// Insertions, removals and replacements of single characters and swaps of neighbours that turn one
+/// text into the other.
 int editDistance(const QString& from, const QString& to)
 {
-    QVector<int> row(int(to.size()) + 1);
-    for (int column = 0; column < int(row.size()); ++column)
-        row[column] = column;
-    for (int line = 0; line < int(from.size()); ++line) {
-        int diagonal = row[0];
-        row[0] = line + 1;
-        for (int column = 0; column < int(to.size()); ++column) {
-            const int replaced = diagonal + (from[line] == to[column] ? 0 : 1);
-            diagonal = row[column + 1];
-            row[column + 1] = std::min({replaced, row[column] + 1, diagonal + 1});
+    const int width = int(to.size()) + 1;
+    QVector<int> beforeLast(width), last(width), current(width);
+    for (int column = 0; column < width; ++column)
+        last[column] = column;
+    for (int line = 1; line <= int(from.size()); ++line) {
+        current[0] = line;
+        for (int column = 1; column < width; ++column) {
+            const bool equal = from[line - 1] == to[column - 1];
+            const bool swapped = line > 1 && column > 1 && from[line - 1] == to[column - 2] &&
+                                 from[line - 2] == to[column - 1];
+            current[column] = std::min(
+                {last[column] + 1, current[column - 1] + 1, last[column - 1] + (equal ? 0 : 1)});
+            if (swapped)
+                current[column] = std::min(current[column], beforeLast[column - 2] + 1);
         }
+        beforeLast = last;
+        last = current;
     }
-    return row.last();
+    return last.last();
 }
 
 } // namespace
