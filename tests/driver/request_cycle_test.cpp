@@ -408,6 +408,21 @@ TEST_F(LoggedIn, HugeFollowerIsComparedExactly)
     EXPECT_EQ(entriesOf(ComCommunication()), 1);
 }
 
+TEST_F(LoggedIn, HugeWriteIsSentWithoutItsBytesAndDoesNotStallTheDriver)
+{
+    for (int dataType : {3, 13}) {
+        PLC_driver.requestQueue.clear();
+        PLC_driver.writeList.clear();
+        RW_VAR huge = makeWrite(1, 0, hex("01 02"), 1, 1);
+        huge.length = INT_MAX;
+        huge.dataType = dataType;
+        PLC_driver.writeList.append(huge);
+        const Protocol* request = ComCommunication();
+        ASSERT_NE(request, nullptr);
+        EXPECT_EQ(request->frameLength, 26) << "type code " << dataType;
+    }
+}
+
 TEST_F(LoggedIn, SwitchedOffHeadsOfTheWriteListAreDestroyed)
 {
     addWrites({2, 2, 2, 2});

@@ -112,7 +112,7 @@ TEST_P(StationSwitch, ThreadsMaySwitchAndAskAtOnce)
 {
     std::vector<std::thread> threads;
     for (int station = 0; station < 4; ++station)
-        threads.emplace_back([this, station] {
+        threads.emplace_back([station] {
             for (int i = 0; i < 500; ++i) {
                 switchStation(station, 0);
                 Ethernetcontains(station + 1);

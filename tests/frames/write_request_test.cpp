@@ -152,6 +152,17 @@ TEST_F(WriteRequest, NegativeLengthTakesTenBytesAndCarriesTheNumber)
                            "00 01 00 00"));
 }
 
+TEST_F(WriteRequest, LengthTooLargeForAnyFrameCarriesTheNumberAndNoValue)
+{
+    fillBatch({writeEntry(2, 0x10, INT_MAX, hex("AB CD")), writeEntry(2, 0x20, INT_MAX, hex("EF")),
+               writeEntry(2, 0x30, 1, hex("77"))});
+    EXPECT_EQ(build(), hex("BB BB 00 00 00 29 3C 00 00 00 00 03"
+                           "00 02 00 00 00 10 7F FF FF FF"
+                           "00 02 00 00 00 20 7F FF FF FF"
+                           "00 02 00 00 00 30 00 00 00 01 77"
+                           "00 01 00 00"));
+}
+
 TEST_F(WriteRequest, NegativeLengthInABitWriteCarriesZero)
 {
     fillBatch({writeEntry(2, 0x10, -1, hex("AB CD"), 13)});
@@ -326,6 +337,18 @@ TEST_F(WriteRequest, AfterAFinalFailureNothingIsMirrored)
         EXPECT_EQ(PLC_driver.requestQueue.size(), 1) << "failed " << failed;
         EXPECT_TRUE(PLC_driver.localImage.isEmpty()) << "failed " << failed;
     }
+}
+
+TEST_F(WriteRequest, ShortDataIsMirroredPaddedWithZeros)
+{
+    PLC_driver.localImage.insert(DataImage::key(2, 0x13), 0x99);
+    fillBatch({writeEntry(2, 0x10, 4, hex("AB CD"))});
+    RW_VAR var = PLC_driver.batch[0];
+    WriteRegister(&var);
+    EXPECT_EQ(imageByte(2, 0x11), 0xCD);
+    EXPECT_EQ(imageByte(2, 0x12), 0x00);
+    EXPECT_EQ(imageByte(2, 0x13), 0x00);
+    EXPECT_EQ(imageByte(2, 0x14), -1);
 }
 
 TEST_F(WriteRequest, RemoteWriteDoesNothing)
