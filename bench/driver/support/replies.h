@@ -1,0 +1,35 @@
+#ifndef PLC_BENCH_SUPPORT_REPLIES_H
+#define PLC_BENCH_SUPPORT_REPLIES_H
+
+#include <QtCore/QByteArray>
+
+#include <vector>
+
+namespace plc {
+namespace bench {
+
+/// A reply of open length is handed over twice: its size is recorded, then it is consumed.
+const int kPassesOfAReply = 2;
+
+/// RW_VAR::result of a reply that was accepted.
+const int kReplyAccepted = 1;
+
+/// Where the first data block of a read reply begins.
+const int kReadReplyDataOffset = 12;
+
+QByteArray identificationReply();
+QByteArray fileReply();
+
+/// Lengths of the entries that a read request asks for.
+std::vector<int> readLengths(const QByteArray& request);
+
+/// A good reply to a read of entries of these lengths.
+QByteArray readReply(const std::vector<int>& lengths);
+
+/// A good acknowledgement of a write.
+QByteArray writeReply();
+
+} // namespace bench
+} // namespace plc
+
+#endif

@@ -1,0 +1,51 @@
+#include <QtCore/QCoreApplication>
+#include <QtCore/QStringList>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "requirements.h"
+#include "stored_ratios.h"
+#include "table.h"
+
+namespace {
+
+const char kUsage[] =
+    "usage: bench_report RUN.json [--requirements FILE] [--compare FILE] [--store FILE]\n"
+    "Prints the table of a run of bench_driver; checks requirements; compares with stored ratios,\n"
+    "or stores them. Exit code 1: a requirement is missed, or a ratio has become worse.\n";
+
+/// The argument behind `option`, or an empty text.
+QString valueOf(const QStringList& arguments, const char* option)
+{
+    const int position = int(arguments.indexOf(QLatin1String(option)));
+    return position < 0 ? QString() : arguments.value(position + 1);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    using namespace plc::bench;
+
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() < 2 || arguments.at(1).startsWith(QLatin1Char('-'))) {
+        std::fputs(kUsage, stderr);
+        return 2;
+    }
+    const Measurements measurements = Measurements::fromFile(arguments.at(1));
+    printTable(measurements);
+
+    bool good = true;
+    const QString requirements = valueOf(arguments, "--requirements");
+    if (!requirements.isEmpty())
+        good = checkRequirements(measurements, requirements) && good;
+    const QString stored = valueOf(arguments, "--compare");
+    if (!stored.isEmpty())
+        good = compareWithStored(measurements, stored) && good;
+    const QString store = valueOf(arguments, "--store");
+    if (!store.isEmpty())
+        storeRatios(measurements, store);
+    return good ? EXIT_SUCCESS : EXIT_FAILURE;
+}

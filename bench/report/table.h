@@ -1,0 +1,15 @@
+#ifndef PLC_BENCH_REPORT_TABLE_H
+#define PLC_BENCH_REPORT_TABLE_H
+
+#include "measurements.h"
+
+namespace plc {
+namespace bench {
+
+/// Prints what the driver takes for each work, beside the baseline and the floor.
+void printTable(const Measurements& measurements);
+
+} // namespace bench
+} // namespace plc
+
+#endif
