@@ -1,0 +1,68 @@
+# What `cmake --install` puts where, in three components: runtime (the shared library), development
+# (header, CMake package, pkg-config file, documents) and tools (programs, manual pages, demo).
+
+include(CMakePackageConfigHelpers)
+
+set(plc_data_dir ${CMAKE_INSTALL_DATADIR}/plc-driver)
+set(plc_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/PlcDriver)
+
+# Hosts compile the public header, whose records have member initialisers.
+target_compile_features(plc_driver INTERFACE cxx_std_${PLC_LIBRARY_STANDARD})
+set_target_properties(plc_qt_core PROPERTIES EXPORT_NAME qt_core)
+
+install(TARGETS plc_driver plc_qt_core EXPORT PlcDriverTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+  PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+
+# The CMake package. Hosts share Qt's value types with the driver: it asks for the same Qt.
+if(PLC_QT_MAJOR EQUAL 4)
+  set(plc_qt_dependency "")
+else()
+  string(REGEX MATCH "^[0-9]+\\.[0-9]+" plc_qt_built_with "${Qt${PLC_QT_MAJOR}Core_VERSION}")
+  set(plc_qt_dependency "find_dependency(Qt${PLC_QT_MAJOR} ${plc_qt_built_with} COMPONENTS Core)")
+endif()
+configure_package_config_file(
+  ${CMAKE_CURRENT_LIST_DIR}/PlcDriverConfig.cmake.in PlcDriverConfig.cmake
+  INSTALL_DESTINATION ${plc_package_dir}
+  NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(PlcDriverConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(EXPORT PlcDriverTargets NAMESPACE PlcDriver::
+  DESTINATION ${plc_package_dir} COMPONENT development)
+install(FILES
+  ${PROJECT_BINARY_DIR}/PlcDriverConfig.cmake
+  ${PROJECT_BINARY_DIR}/PlcDriverConfigVersion.cmake
+  DESTINATION ${plc_package_dir} COMPONENT development)
+
+# The pkg-config file finds the prefix from its own place, so that an installation can be moved.
+set(plc_pkg_config_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH plc_prefix_from_pkg_config
+  ${CMAKE_INSTALL_PREFIX}/${plc_pkg_config_dir} ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" plc_prefix_from_pkg_config "${plc_prefix_from_pkg_config}")
+if(PLC_QT_MAJOR EQUAL 4)
+  set(plc_pkg_config_requires "QtCore")
+else()
+  set(plc_pkg_config_requires "Qt${PLC_QT_MAJOR}Core >= ${plc_qt_built_with}")
+endif()
+configure_file(${CMAKE_CURRENT_LIST_DIR}/plc_driver.pc.in plc_driver.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/plc_driver.pc
+  DESTINATION ${plc_pkg_config_dir} COMPONENT development)
+
+install(FILES CHANGELOG.md README.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development OPTIONAL)
+install(DIRECTORY docs/
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development
+  FILES_MATCHING
+  PATTERN man EXCLUDE
+  PATTERN "*.md" PATTERN "*.json" PATTERN "*.svg" PATTERN "*.h" PATTERN "*.cpp")
+
+if(PLC_BUILD_TOOLS)
+  foreach(tool plc plc-simulator)
+    if(TARGET ${tool})
+      install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+      install(FILES docs/man/${tool}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+      install(FILES tools/completion/${tool}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+    endif()
+  endforeach()
+  install(DIRECTORY demo/ DESTINATION ${plc_data_dir}/demo COMPONENT tools)
+endif()

@@ -1,0 +1,116 @@
+#!/usr/bin/env bash
+# test_installation.sh BEHAVIOUR: one test of the installed driver; `installs` prepares the others.
+# tests/package/CMakeLists.txt says what the environment has to give.
+set -euo pipefail
+
+installation=$WORK_DIR/moved-here
+consumer=$SOURCE_DIR/tests/package/consumer
+
+fail() {
+    echo "$*" >&2
+    exit 1
+}
+
+skip() {
+    echo "skipped: $*"
+    exit 77
+}
+
+# expect_equal WHAT EXPECTED ACTUAL
+expect_equal() {
+    [ "$2" = "$3" ] || fail "$1: expected '$2', found '$3'"
+}
+
+expect_file() {
+    [ -s "$installation/$1" ] || fail "$1 is not installed, or empty"
+}
+
+# configure_host FOLDER [CMAKE OPTION]…
+configure_host() {
+    local folder=$WORK_DIR/$1
+    shift
+    rm -rf "$folder"
+    cmake -S "$consumer" -B "$folder" -DCMAKE_PREFIX_PATH="$installation" \
+        -DCMAKE_BUILD_TYPE="$BUILD_TYPE" -DCMAKE_CXX_COMPILER="$CXX" \
+        -DCMAKE_CXX_COMPILER_LAUNCHER="$LAUNCHER" "$@" 2>&1
+}
+
+# expect_host_output OUTPUT
+expect_host_output() {
+    [[ $1 =~ ^"TANK.level 1500, Qt $QT_MAJOR."[0-9.]+$ ]] || fail "the host printed: $1"
+}
+
+installs() {
+    rm -rf "$WORK_DIR/installed-here" "$installation"
+    cmake --install "$BUILD_DIR" --prefix "$WORK_DIR/installed-here" >/dev/null
+    mv "$WORK_DIR/installed-here" "$installation"
+    ! grep --recursive --fixed-strings --files-with-matches --include='*.cmake' --include='*.pc' \
+        --regexp "$BUILD_DIR" --regexp "$SOURCE_DIR" "$installation" ||
+        fail "these files name the source or build folder"
+}
+
+LibraryCarriesItsVersion() {
+    local folder=$installation/$LIBRARY_DIR
+    expect_equal "development link" "libplc_driver.so.$VERSION_MAJOR" \
+        "$(readlink "$folder/libplc_driver.so")"
+    expect_equal "SONAME link" "libplc_driver.so.$VERSION" \
+        "$(readlink "$folder/libplc_driver.so.$VERSION_MAJOR")"
+    expect_equal "SONAME" "libplc_driver.so.$VERSION_MAJOR" \
+        "$(readelf --dynamic --wide "$folder/libplc_driver.so" |
+            sed --quiet 's/.*(SONAME).*\[\(.*\)\]/\1/p')"
+    expect_equal "run path" "" \
+        "$(readelf --dynamic --wide "$folder/libplc_driver.so" | grep --regexp RPATH --regexp RUNPATH || true)"
+    cmp "$SOURCE_DIR/driver/plc_driver.h" "$installation/$INCLUDE_DIR/plc_driver.h"
+}
+
+CMakeHostBuildsAndRuns() {
+    configure_host cmake-host
+    cmake --build "$WORK_DIR/cmake-host"
+    expect_host_output "$("$WORK_DIR/cmake-host/tiny-host")"
+}
+
+CMakeHostOfAnotherMajorVersionIsRefused() {
+    local output
+    output=$(configure_host other-version -DTINY_HOST_DRIVER_VERSION=$((VERSION_MAJOR + 1)).0) &&
+        fail "version $((VERSION_MAJOR + 1)) was found where $VERSION is installed"
+    [[ $output == *"version: $VERSION"* ]] || fail "$output"
+}
+
+CMakeHostOfAnotherQtIsRefused() {
+    local other=$((11 - QT_MAJOR)) output
+    pkg-config --exists "Qt${other}Core" || skip "Qt $other is not installed"
+    output=$(configure_host other-qt -DTINY_HOST_QT_MAJOR="$other") &&
+        fail "a host on Qt $other may link a driver built with Qt $QT_MAJOR"
+    [[ $output == *"Build the driver with"*-DPLC_QT_MAJOR=$other* ]] || fail "$output"
+}
+
+PkgConfigHostBuildsAndRuns() {
+    local folder=$WORK_DIR/pkg-config-host flags
+    rm -rf "$folder"
+    mkdir "$folder"
+    export PKG_CONFIG_PATH=$installation/$LIBRARY_DIR/pkgconfig
+    expect_equal "version" "$VERSION" "$(pkg-config --modversion plc_driver)"
+    expect_equal "Qt" "$QT_MAJOR" "$(pkg-config --variable=qt_major plc_driver)"
+    read -ra flags <<<"$(pkg-config --cflags --libs plc_driver)"
+    "$CXX" -Wall -Wextra -Werror "$consumer/main.cpp" -o "$folder/tiny-host" "${flags[@]}"
+    expect_host_output "$(LD_LIBRARY_PATH=$installation/$LIBRARY_DIR "$folder/tiny-host")"
+}
+
+ToolsComeWithManualCompletionAndDemo() {
+    local tool
+    for tool in plc plc-simulator; do
+        expect_equal "$tool --version" "$tool $VERSION" "$("$installation/bin/$tool" --version)"
+        expect_file "share/man/man1/$tool.1"
+        expect_file "share/bash-completion/completions/$tool"
+    done
+    expect_file share/plc-driver/demo/plant.json
+}
+
+ChangelogBeginsWithTheVersion() {
+    local heading
+    heading=$(grep --max-count=1 '^## ' "$SOURCE_DIR/CHANGELOG.md")
+    [[ $heading =~ ^"## $VERSION ("[0-9]{4}-[0-9]{2}-[0-9]{2}")"$ ]] ||
+        fail "CHANGELOG.md begins with '$heading'; expected '## $VERSION (date)'"
+}
+
+"$1"
