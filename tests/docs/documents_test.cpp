@@ -1,0 +1,184 @@
+#include <gtest/gtest.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QSet>
+
+#include "markdown.h"
+
+using plc::test::allBlocks;
+using plc::test::anchorOf;
+using plc::test::FencedBlock;
+using plc::test::fencedBlocks;
+using plc::test::linesOf;
+using plc::test::markdownFiles;
+using plc::test::proseOf;
+
+namespace {
+
+std::string placeOf(const FencedBlock& block)
+{
+    return block.file.toStdString() + ":" + std::to_string(block.line);
+}
+
+QStringList exampleSources()
+{
+    return {QStringLiteral("docs/examples/entry_points.cpp"),
+            QStringLiteral("docs/examples/minimal_host.cpp"),
+            QStringLiteral("docs/examples/tcp_link.cpp")};
+}
+
+/// Whether the lines stand in the file as they are, one behind the other. Lines that are empty in
+/// the block stand for any number of lines, so that a block can show several functions.
+bool isPartOf(const QStringList& lines, const QStringList& source)
+{
+    int at = 0;
+    bool gap = true;
+    for (const QString& line : lines) {
+        if (line.isEmpty()) {
+            gap = true;
+            continue;
+        }
+        const int found = int(source.indexOf(line, at));
+        if (found < 0 || (!gap && found != at))
+            return false;
+        at = found + 1;
+        gap = false;
+    }
+    return true;
+}
+
+/// Targets of the links to files of the repository and to headings in them.
+QStringList linksOf(const QString& file)
+{
+    static const QRegularExpression link(QStringLiteral("\\]\\(([^)]*)\\)"));
+    QStringList targets;
+    QRegularExpressionMatchIterator match = link.globalMatch(proseOf(file).join(QLatin1Char('\n')));
+    while (match.hasNext()) {
+        const QString target = match.next().captured(1);
+        if (!target.startsWith(QLatin1String("http")))
+            targets << target;
+    }
+    return targets;
+}
+
+QSet<QString> anchorsOf(const QString& file)
+{
+    QSet<QString> anchors;
+    for (const QString& line : proseOf(file)) {
+        if (line.startsWith(QLatin1Char('#')))
+            anchors.insert(anchorOf(line.section(QLatin1Char(' '), 1)));
+    }
+    return anchors;
+}
+
+bool leadsSomewhere(const QString& file, const QString& target)
+{
+    const QString path = target.section(QLatin1Char('#'), 0, 0);
+    const QString anchor = target.section(QLatin1Char('#'), 1);
+    const QString linked =
+        path.isEmpty() ? file : QDir::cleanPath(QFileInfo(file).path() + QLatin1Char('/') + path);
+    if (!QFileInfo::exists(QStringLiteral(PLC_SOURCE_DIR "/") + linked))
+        return false;
+    return anchor.isEmpty() || anchorsOf(linked).contains(anchor);
+}
+
+} // namespace
+
+TEST(Documents, EveryCodeBlockIsPartOfACompiledExample)
+{
+    const std::vector<FencedBlock> blocks = allBlocks(QStringLiteral("cpp"));
+    ASSERT_FALSE(blocks.empty());
+    for (const FencedBlock& block : blocks) {
+        bool found = false;
+        for (const QString& source : exampleSources())
+            found = found || isPartOf(block.lines, linesOf(source));
+        EXPECT_TRUE(found) << placeOf(block) << ": no file of docs/examples/ holds this code";
+    }
+}
+
+TEST(Documents, ReadmeShowsTheWholeMinimalHost)
+{
+    const std::vector<FencedBlock> blocks = fencedBlocks(QStringLiteral("README.md"));
+    bool shown = false;
+    for (const FencedBlock& block : blocks)
+        shown = shown || block.lines == linesOf(QStringLiteral("docs/examples/minimal_host.cpp"));
+    EXPECT_TRUE(shown);
+}
+
+TEST(Documents, CodeBlocksGoByOneName)
+{
+    const QSet<QString> otherNames{QStringLiteral("c++"), QStringLiteral("C++"),
+                                   QStringLiteral("cc"), QStringLiteral("cxx"),
+                                   QStringLiteral("c")};
+    for (const QString& file : markdownFiles()) {
+        for (const FencedBlock& block : fencedBlocks(file))
+            EXPECT_FALSE(otherNames.contains(block.language))
+                << placeOf(block) << ": a block that is not \"cpp\" is not compiled";
+    }
+}
+
+TEST(Documents, EveryLinkLeadsSomewhere)
+{
+    int links = 0;
+    for (const QString& file : markdownFiles()) {
+        for (const QString& target : linksOf(file)) {
+            ++links;
+            EXPECT_TRUE(leadsSomewhere(file, target))
+                << file.toStdString() << ": " << target.toStdString();
+        }
+    }
+    EXPECT_GT(links, 20);
+}
+
+TEST(HostGuide, DescribesEveryEntryPointInTheSameForm)
+{
+    const QStringList exports = linesOf(QStringLiteral("driver/exports.txt"));
+    const int first = int(exports.indexOf(QStringLiteral("# host entry points"))) + 1;
+    ASSERT_GT(first, 0);
+    const QStringList guide = linesOf(QStringLiteral("docs/host-guide.md"));
+    int entryPoints = 0;
+    for (int i = first; i < int(exports.size()) && !exports.at(i).isEmpty(); ++i, ++entryPoints) {
+        const QString& name = exports.at(i);
+        const int start = int(guide.indexOf(QStringLiteral("### ") + name));
+        ASSERT_GE(start, 0) << name.toStdString();
+        QString section;
+        for (int k = start + 1;
+             k < int(guide.size()) && !guide.at(k).startsWith(QLatin1String("##")); ++k)
+            section += guide.at(k) + QLatin1Char('\n');
+        for (const char* part : {"**Result", "rrors", "hreads", "**Example:**"})
+            EXPECT_TRUE(section.contains(QLatin1String(part)))
+                << name.toStdString() << " lacks " << part;
+        EXPECT_TRUE(section.contains(name + QLatin1Char('('))) << name.toStdString();
+    }
+    EXPECT_EQ(entryPoints, 16);
+}
+
+TEST(HostGuide, DescribesEveryMemberOfEveryRecord)
+{
+    const QString guide = linesOf(QStringLiteral("docs/host-guide.md")).join(QLatin1Char('\n'));
+    const QRegularExpression record(QStringLiteral("^struct (\\w+) \\{$"));
+    const QRegularExpression member(QStringLiteral("^    [\\w<>]+ (\\w+)( = 0)?;"));
+    QString section;
+    int members = 0;
+    for (const QString& line : linesOf(QStringLiteral("driver/plc_driver.h"))) {
+        const QRegularExpressionMatch recordMatch = record.match(line);
+        if (recordMatch.hasMatch()) {
+            const QString heading =
+                QStringLiteral("\n### ") + recordMatch.captured(1) + QLatin1Char('\n');
+            ASSERT_TRUE(guide.contains(heading)) << recordMatch.captured(1).toStdString();
+            section = guide.section(heading, 1).section(QStringLiteral("\n##"), 0, 0);
+        }
+        const QRegularExpressionMatch memberMatch = member.match(line);
+        if (!memberMatch.hasMatch())
+            continue;
+        const QString name = memberMatch.captured(1);
+        ++members;
+        if (name == QLatin1String("hostWord1") || name == QLatin1String("hostWord2"))
+            continue; // "hostWord0 … hostWord3" stands for them
+        EXPECT_TRUE(section.contains(QLatin1Char('`') + name + QLatin1Char('`')))
+            << name.toStdString();
+    }
+    EXPECT_EQ(members, 15 + 9 + 4 + 19 + 13 + 5);
+}

@@ -1,0 +1,185 @@
+#include "docs/examples/tcp_link.h"
+
+#include <QtCore/QProcess>
+
+#include "support/driver_fixture.h"
+
+using example::Exchange;
+using plc::test::DriverTest;
+using plc::test::hex;
+using plc::test::makeVar;
+using plc::test::makeWrite;
+using plc::test::ResultCall;
+using plc::test::resultCalls;
+
+namespace {
+
+const int kPatience = 10000; // ms, for what is expected to happen
+const int kTimeout = 200;    // ms, for a reply that does not come
+
+/// The simulator with the tank of docs/examples/tank.json: 1500 at byte 10 of area 1.
+class Simulator {
+public:
+    explicit Simulator(const QStringList& options)
+    {
+        const QStringList arguments{QStringLiteral(PLC_SOURCE_DIR "/docs/examples/tank.json"),
+                                    QStringLiteral("--port"), QStringLiteral("0")};
+        m_process.setStandardErrorFile(QProcess::nullDevice());
+        m_process.start(QStringLiteral(PLC_SIMULATOR), arguments + options);
+        QByteArray line;
+        while (!line.endsWith('\n') && m_process.waitForReadyRead(kPatience))
+            line += m_process.readLine();
+        m_port = line.trimmed().split(':').last().toUShort();
+    }
+    ~Simulator()
+    {
+        m_process.kill();
+        m_process.waitForFinished(kPatience);
+    }
+
+    quint16 port() const { return m_port; }
+
+private:
+    QProcess m_process;
+    quint16 m_port = 0;
+};
+
+class TcpLinkExample : public DriverTest {
+protected:
+    TcpLinkExample() { settings.retryLimit = 2; }
+
+    void readLevel()
+    {
+        RW_VAR read = makeVar(1, 10, 2);
+        AddListReadVar(&read);
+    }
+
+    static QByteArray level()
+    {
+        uchar bytes[2];
+        PLC_driver.localImage.read(1, 10, bytes, 2);
+        return QByteArray(reinterpret_cast<const char*>(bytes), 2);
+    }
+
+    void connectTo(const Simulator& simulator)
+    {
+        socket.abort();
+        socket.connectToHost(QStringLiteral("127.0.0.1"), simulator.port());
+        ASSERT_TRUE(socket.waitForConnected(kPatience)) << socket.errorString().toStdString();
+    }
+
+    Exchange next(int timeout = kPatience) { return example::exchange(socket, settings, timeout); }
+
+    void logIn()
+    {
+        ASSERT_EQ(next(), Exchange::Done);
+        ASSERT_EQ(next(), Exchange::Done);
+        ASSERT_NE(PLC_driver.loggedIn, 0);
+    }
+
+    /// A login, a request that ends with a lost link, and a new connection on which all goes well.
+    void expectRecovery(const QStringList& options)
+    {
+        const Simulator simulator(options);
+        readLevel();
+        connectTo(simulator);
+        logIn();
+        EXPECT_EQ(next(kTimeout), Exchange::LinkLost);
+        connectTo(simulator);
+        EXPECT_TRUE(example::giveUpTransaction());
+        EXPECT_EQ(PLC_driver.loggedIn, 0);
+        logIn();
+        EXPECT_EQ(next(), Exchange::Done);
+        EXPECT_EQ(level(), hex("05 DC"));
+    }
+
+    QTcpSocket socket;
+};
+
+} // namespace
+
+TEST_F(TcpLinkExample, LogsInReadsAndWrites)
+{
+    const Simulator simulator({});
+    readLevel();
+    connectTo(simulator);
+    logIn();
+    EXPECT_EQ(next(), Exchange::Done);
+    EXPECT_EQ(level(), hex("05 DC"));
+
+    RW_VAR write = makeWrite(1, 10, hex("04 B0"), 1, 7);
+    AddListWriteVar(&write, 0);
+    EXPECT_EQ(next(), Exchange::Done);
+    EXPECT_THAT(resultCalls, ::testing::ElementsAre(ResultCall{77, 1, 7, 1}));
+}
+
+TEST_F(TcpLinkExample, TakesRepliesInSingleBytes)
+{
+    const Simulator simulator({QStringLiteral("--fragment"), QStringLiteral("1")});
+    readLevel();
+    connectTo(simulator);
+    logIn();
+    EXPECT_EQ(next(), Exchange::Done);
+    EXPECT_EQ(level(), hex("05 DC"));
+}
+
+TEST_F(TcpLinkExample, RecoversFromAReplyThatNeverComes)
+{
+    expectRecovery({QStringLiteral("--drop-replies"), QStringLiteral("1")});
+}
+
+TEST_F(TcpLinkExample, RecoversFromHalfAReply)
+{
+    expectRecovery({QStringLiteral("--half-reply"), QStringLiteral("1")});
+}
+
+TEST_F(TcpLinkExample, RecoversFromBytesThatBelongToNoRequest)
+{
+    expectRecovery({QStringLiteral("--duplicate-reply"), QStringLiteral("1")});
+}
+
+TEST_F(TcpLinkExample, RepeatsARefusedWriteAndThenAbandonsIt)
+{
+    const Simulator simulator({QStringLiteral("--fail-writes")});
+    RW_VAR write = makeWrite(1, 10, hex("04 B0"), 1, 7);
+    AddListWriteVar(&write, 0);
+    connectTo(simulator);
+    logIn();
+    EXPECT_EQ(next(), Exchange::Repeat);
+    EXPECT_EQ(next(), Exchange::Repeat);
+    EXPECT_EQ(next(), Exchange::Abandoned);
+    EXPECT_THAT(resultCalls, ::testing::ElementsAre(ResultCall{77, 1, 7, 2}));
+    EXPECT_EQ(next(), Exchange::Idle);
+}
+
+TEST_F(TcpLinkExample, ReportsARefusedLogin)
+{
+    const Simulator simulator({QStringLiteral("--refuse-login")});
+    readLevel();
+    connectTo(simulator);
+    EXPECT_EQ(next(), Exchange::LoginRefused);
+}
+
+TEST_F(TcpLinkExample, HasNothingToGiveUpWhenNothingIsToBeSent)
+{
+    EXPECT_FALSE(example::giveUpTransaction());
+}
+
+TEST(MinimalHostExample, PrintsTheLevel)
+{
+    const Simulator simulator({});
+    QProcess host;
+    host.start(QStringLiteral(PLC_MINIMAL_HOST), {QString::number(simulator.port())});
+    ASSERT_TRUE(host.waitForFinished(kPatience));
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_EQ(host.readAllStandardOutput().toStdString(), "TANK.level 1500\n");
+}
+
+TEST(MinimalHostExample, EndsWhenThePlcRefuses)
+{
+    const Simulator simulator({QStringLiteral("--refuse-login")});
+    QProcess host;
+    host.start(QStringLiteral(PLC_MINIMAL_HOST), {QString::number(simulator.port())});
+    ASSERT_TRUE(host.waitForFinished(kPatience));
+    EXPECT_EQ(host.exitCode(), 1);
+}
