@@ -1,0 +1,27 @@
+#include "host/cli/console.h"
+
+#include <cstdio>
+
+namespace plc {
+namespace {
+
+void writeLine(std::FILE* file, const QString& line)
+{
+    const QByteArray bytes = line.toUtf8() + '\n';
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), file);
+    std::fflush(file);
+}
+
+} // namespace
+
+void print(const QString& line)
+{
+    writeLine(stdout, line);
+}
+
+void complain(const QString& line)
+{
+    writeLine(stderr, QStringLiteral("plc: ") + line);
+}
+
+} // namespace plc

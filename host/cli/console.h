@@ -1,0 +1,23 @@
+#ifndef PLC_HOST_CLI_CONSOLE_H
+#define PLC_HOST_CLI_CONSOLE_H
+
+#include <QtCore/QString>
+
+namespace plc {
+
+/// What the program ends with.
+enum ExitCode {
+    kExitDone = 0,
+    kExitRefused = 1, ///< The PLC or the link refused.
+    kExitUsage = 2    ///< Wrong usage or project file.
+};
+
+/// One line on the standard output, at once.
+void print(const QString& line);
+
+/// One line on the standard error, behind the program's name.
+void complain(const QString& line);
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,23 @@
+#ifndef PLC_HOST_CLI_KEY_READER_H
+#define PLC_HOST_CLI_KEY_READER_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+#include <QtCore/QVector>
+
+namespace plc {
+
+/// A key press: a character, or one of the named keys.
+struct Key {
+    enum Name { Character, Enter, Backspace, Escape, Up, Down, PageUp, PageDown, Home, End, Other };
+    Name name = Other;
+    QString text; ///< Of a character.
+};
+
+/// Keys from the bytes that one read() of a terminal gave. A terminal sends the bytes of one key
+/// together, so that an escape byte alone is the key Esc.
+QVector<Key> readKeys(const QByteArray& bytes);
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,99 @@
+#include "host/cli/label_commands.h"
+
+#include "host/cli/value_lines.h"
+#include "host/project/symbol_list.h"
+#include "host/symbol_walk.h"
+
+namespace plc {
+namespace {
+
+QString typeText(const DataPoint& point)
+{
+    const QString name = QString::fromLatin1(point.type->name);
+    return isText(*point.type) ? QStringLiteral("%1(%2)").arg(name).arg(point.stringLength) : name;
+}
+
+QString placeText(const DataPoint& point)
+{
+    return QStringLiteral("area %1 %2 %3")
+        .arg(point.area)
+        .arg(isBit(*point.type) ? QStringLiteral("bit") : QStringLiteral("address"))
+        .arg(point.address);
+}
+
+/// "LABEL: TYPE, area 3 address 10, in rpm, Description"
+QString describe(const QString& label, const DataPoint& point)
+{
+    QString line = QStringLiteral("%1: %2, %3").arg(label, typeText(point), placeText(point));
+    if (!point.unit.isEmpty())
+        line += QStringLiteral(", in ") + point.unit;
+    return point.description.isEmpty() ? line : line + QStringLiteral(", ") + point.description;
+}
+
+QString describeJson(const QString& label, const DataPoint& point)
+{
+    JsonLine line;
+    line.add("label", label);
+    line.add("type", QString::fromLatin1(point.type->name));
+    if (isText(*point.type))
+        line.add("length", qint64(point.stringLength));
+    line.add("code", qint64(point.type->code));
+    line.add("area", qint64(point.area));
+    line.add(isBit(*point.type) ? "bit" : "address", qint64(point.address));
+    if (!point.unit.isEmpty())
+        line.add("unit", point.unit);
+    if (!point.description.isEmpty())
+        line.add("description", point.description);
+    return line.text();
+}
+
+void printPoint(const CommandContext& context, const QString& label, const DataPoint& point)
+{
+    print(context.options.json ? describeJson(label, point) : describe(label, point));
+}
+
+DataPointFinder finderFor(const CommandContext& context)
+{
+    QList<Label_Type_Info> symbols = symbolList(context.project);
+    context.driver.passVarName2(&symbols);
+    return DataPointFinder(context.project, context.driver);
+}
+
+} // namespace
+
+int resolveLabels(const CommandContext& context)
+{
+    const DataPointFinder points = finderFor(context);
+    int code = kExitDone;
+    for (const QString& text : context.options.arguments) {
+        QString error;
+        const std::optional<DataPoint> point = points.find(text, &error);
+        if (point) {
+            printPoint(context, point->text, *point);
+        } else {
+            complain(error);
+            code = kExitUsage;
+        }
+    }
+    return code;
+}
+
+int listSymbols(const CommandContext& context)
+{
+    const DataPointFinder points = finderFor(context);
+    const QString pattern = context.options.arguments.value(0);
+    for (const SymbolEntry& entry : symbolEntries(context.project)) {
+        if (!matchesPattern(entry.pattern, pattern))
+            continue;
+        QString error;
+        const std::optional<DataPoint> point = points.find(entry.firstLabel, &error);
+        if (!point) {
+            complain(error);
+            return kExitUsage;
+        }
+        printPoint(context, entry.pattern, *point);
+    }
+    return kExitDone;
+}
+
+} // namespace plc

@@ -1,0 +1,127 @@
+#include "host/cli/line_view.h"
+
+#include <QtCore/QDateTime>
+
+#include "host/cli/console.h"
+#include "host/cli/value_lines.h"
+#include "host/value_codec.h"
+
+namespace plc {
+namespace {
+
+QString wallClock()
+{
+    return QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzz"));
+}
+
+JsonLine event(const char* kind)
+{
+    JsonLine line;
+    line.add("time", wallClock());
+    line.add("event", QString::fromLatin1(kind));
+    return line;
+}
+
+QString stateWord(LinkState state)
+{
+    switch (state) {
+        case LinkState::Connecting:
+            return QStringLiteral("connecting");
+        case LinkState::Up:
+            return QStringLiteral("up");
+        case LinkState::Down:
+            break;
+    }
+    return QStringLiteral("down");
+}
+
+QString staleText(const ValueTable& values, int row, qint64 now)
+{
+    if (!values.wasRead(row))
+        return QStringLiteral(" (stale, never read)");
+    return QStringLiteral(" (stale, %1 s old)").arg(double(values.age(row, now)) / 1000, 0, 'f', 1);
+}
+
+} // namespace
+
+void LineView::printEvent(const QString& text, const JsonLine& json) const
+{
+    print(m_json ? json.text() : QStringLiteral("%1 %2").arg(wallClock(), text));
+}
+
+void LineView::linkChanged(LinkState state, const QString& reason, int retryDelay)
+{
+    JsonLine json = event("link");
+    json.add("state", stateWord(state));
+    json.add("peer", m_peer);
+    if (state == LinkState::Down)
+        json.add("reason", reason);
+    if (retryDelay >= 0)
+        json.add("retry", qint64(retryDelay));
+    printEvent(linkText(state, m_peer, reason, retryDelay), json);
+}
+
+void LineView::writeSettled(const Assignment& assignment, const TransferOutcome& outcome)
+{
+    JsonLine json = event("write");
+    addWrite(assignment, outcome, &json);
+    printEvent(QStringLiteral("write ") + writeLine(assignment, outcome), json);
+}
+
+void LineView::message(const QString& text)
+{
+    JsonLine json = event("message");
+    json.add("text", text);
+    printEvent(text, json);
+}
+
+void LineView::refresh(Runtime* runtime, qint64 now)
+{
+    ValueTable& values = runtime->values();
+    m_printed.resize(values.size());
+    for (int row = 0; row < values.size(); ++row) {
+        const bool isStale = values.isStale(row, now);
+        if (!values.wasRead(row) && !isStale)
+            continue;
+        Printed& printed = m_printed[row];
+        if (printed.wasPrinted && printed.isStale == isStale && printed.bytes == values.bytes(row))
+            continue;
+        printed.wasPrinted = true;
+        printed.isStale = isStale;
+        printed.bytes = values.bytes(row);
+        printValue(&values, row, now);
+    }
+}
+
+void LineView::printValue(ValueTable* values, int row, qint64 now) const
+{
+    const DataPoint& point = values->point(row);
+    const bool wasRead = values->wasRead(row);
+    const bool isStale = values->isStale(row, now);
+    const QVector<Value> elements = decodeValues(point, values->bytes(row));
+    JsonLine json = event("value");
+    json.addPoint(point);
+    json.addJson("value", wasRead ? pointJson(point, elements) : QStringLiteral("null"));
+    json.addJson("age", wasRead ? QString::number(values->age(row, now)) : QStringLiteral("null"));
+    json.addFlag("stale", isStale);
+    json.add("rate", values->readsPerSecond(row, now), 1);
+    json.add("reads", qint64(values->reads(row)));
+    json.add("changes", qint64(values->changes(row)));
+    const QString text =
+        valueLine(point, wasRead ? pointText(point, elements) : QStringLiteral("?"));
+    printEvent(isStale ? text + staleText(*values, row, now) : text, json);
+}
+
+void LineView::end(Runtime* runtime, qint64 now)
+{
+    const TrafficCounters& counters = runtime->counters();
+    JsonLine json = event("end");
+    json.add("requests", qint64(counters.requests));
+    json.add("accepted", qint64(counters.accepted));
+    json.add("refused", qint64(counters.refused));
+    json.add("linkLosses", qint64(counters.linkLosses));
+    json.add("duration", now);
+    printEvent(summaryText(counters, now), json);
+}
+
+} // namespace plc

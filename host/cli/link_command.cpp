@@ -1,0 +1,86 @@
+#include "host/cli/link_command.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QTimer>
+
+#include <csignal>
+
+namespace plc {
+
+LinkCommand::LinkCommand(const CommandContext& context)
+    : m_context(context),
+      m_trace(context.options.trace),
+      m_runtime(context.driver, context.project, context.options.cycleTime, this),
+      m_link(&m_runtime.session(), context.project.address, context.project.port)
+{
+}
+
+int LinkCommand::execute()
+{
+    if (!prepare())
+        return kExitUsage;
+    const SignalNotifier ends({SIGINT, SIGTERM, SIGHUP}, [this](int) { interrupted(); });
+    m_link.start();
+    const int code = QCoreApplication::exec();
+    m_isFinished = true;
+    m_link.stop();
+    return code;
+}
+
+QString LinkCommand::peer() const
+{
+    return QStringLiteral("%1:%2").arg(project().address).arg(project().port);
+}
+
+QVector<DataPoint> LinkCommand::findPoints() const
+{
+    QVector<DataPoint> points;
+    const auto add = [this, &points](const auto& label) {
+        QString error;
+        const std::optional<DataPoint> point = m_runtime.points().find(label, &error);
+        if (point)
+            points.append(*point);
+        else
+            complain(error);
+        return point.has_value();
+    };
+    for (const QString& text : options().arguments) {
+        if (!add(text))
+            return {};
+    }
+    if (!points.isEmpty())
+        return points;
+    for (const CyclicLabel& label : project().cyclic) {
+        if (!add(label))
+            return {};
+    }
+    if (points.isEmpty())
+        complain(QStringLiteral("the project has no cyclic labels; name the labels to read"));
+    return points;
+}
+
+void LinkCommand::finish(ExitCode code)
+{
+    if (m_isFinished)
+        return;
+    m_isFinished = true;
+    QTimer::singleShot(0, [code] { QCoreApplication::exit(code); });
+}
+
+void LinkCommand::requestSent(const SentRequest& request)
+{
+    m_trace.request(request);
+}
+
+void LinkCommand::requestAnswered(const SentRequest& request, const Answer& answer,
+                                  const QByteArray& reply)
+{
+    m_trace.reply(request, answer, reply);
+}
+
+void LinkCommand::linkChanged(LinkState state, const QString& reason, int)
+{
+    m_trace.link(state, reason);
+}
+
+} // namespace plc

@@ -1,0 +1,67 @@
+#ifndef PLC_HOST_CLI_LINK_COMMAND_H
+#define PLC_HOST_CLI_LINK_COMMAND_H
+
+#include "host/cli/console.h"
+#include "host/cli/options.h"
+#include "host/cli/signal_notifier.h"
+#include "host/cli/trace_printer.h"
+#include "host/runtime.h"
+#include "host/tcp_link.h"
+
+namespace plc {
+
+/// What all commands work with.
+struct CommandContext {
+    Options options;
+    Project project;
+    DriverFunctions driver;
+};
+
+/// A command that talks to the PLC: holds the runtime and the link and runs the event loop.
+class LinkCommand : protected RuntimeListener {
+public:
+    /// Runs the command to its end. Returns the exit code.
+    int execute();
+
+protected:
+    /// `context` must outlive the command.
+    explicit LinkCommand(const CommandContext& context);
+    ~LinkCommand() override = default;
+
+    const Options& options() const { return m_context.options; }
+    const Project& project() const { return m_context.project; }
+    Runtime& runtime() { return m_runtime; }
+    TcpLink& link() { return m_link; }
+    /// "HOST:PORT"
+    QString peer() const;
+
+    /// The data points that the arguments name; without arguments the project's cyclic ones.
+    /// Returns nothing after complaining when one is wrong or there are none.
+    QVector<DataPoint> findPoints() const;
+
+    /// Reads the arguments and queues what there is to do. Returns false after complaining about
+    /// wrong usage.
+    virtual bool prepare() = 0;
+    /// The user wants an end.
+    virtual void interrupted() = 0;
+
+    /// Ends the event loop from its next turn on.
+    void finish(ExitCode code);
+    bool isFinished() const { return m_isFinished; }
+
+    void requestSent(const SentRequest& request) override;
+    void requestAnswered(const SentRequest& request, const Answer& answer,
+                         const QByteArray& reply) override;
+    void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
+
+private:
+    const CommandContext& m_context;
+    const TracePrinter m_trace;
+    Runtime m_runtime;
+    TcpLink m_link;
+    bool m_isFinished = false;
+};
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,82 @@
+#include <QtCore/QCoreApplication>
+
+#include "host/cli/console.h"
+#include "host/cli/label_commands.h"
+#include "host/cli/once_command.h"
+#include "host/cli/options.h"
+#include "host/cli/read_command.h"
+#include "host/cli/run_command.h"
+#include "host/cli/write_command.h"
+
+namespace plc {
+namespace {
+
+void applyOverrides(const Options& options, Project* project)
+{
+    if (!options.address.isEmpty())
+        project->address = options.address;
+    if (options.port != 0)
+        project->port = quint16(options.port);
+    if (options.timeout != 0) {
+        project->settings.connectTimeout = options.timeout;
+        project->settings.replyTimeout = options.timeout;
+    }
+}
+
+int execute(const CommandContext& context)
+{
+    switch (context.options.command) {
+        case Command::Run:
+            return context.options.once ? OnceCommand(context).execute()
+                                        : RunCommand(context).execute();
+        case Command::Read:
+            return ReadCommand(context).execute();
+        case Command::Write:
+            return WriteCommand(context).execute();
+        case Command::Resolve:
+            return resolveLabels(context);
+        case Command::Symbols:
+            return listSymbols(context);
+    }
+    return kExitUsage;
+}
+
+int usageError(const QString& error)
+{
+    complain(error);
+    return kExitUsage;
+}
+
+int run(const QStringList& arguments)
+{
+    QString error;
+    const std::optional<Options> options = readOptions(arguments, &error);
+    if (!options)
+        return usageError(error);
+    if (!options->information.isEmpty()) {
+        print(options->information);
+        return kExitDone;
+    }
+    std::optional<Project> project = loadProject(options->projectFile, &error);
+    if (!project)
+        return usageError(error);
+    applyOverrides(*options, &*project);
+    const QString library = findDriver(options->driverFile, &error);
+    if (library.isEmpty())
+        return usageError(error);
+    const std::optional<DriverFunctions> driver = loadDriver(library, &error);
+    if (!driver)
+        return usageError(error);
+    return execute(CommandContext{*options, *project, *driver});
+}
+
+} // namespace
+} // namespace plc
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("plc"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(PLC_VERSION));
+    return plc::run(QCoreApplication::arguments());
+}

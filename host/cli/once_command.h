@@ -1,0 +1,35 @@
+#ifndef PLC_HOST_CLI_ONCE_COMMAND_H
+#define PLC_HOST_CLI_ONCE_COMMAND_H
+
+#include <QtCore/QTimer>
+
+#include "host/cli/link_command.h"
+
+namespace plc {
+
+/// `plc run --once`: reads the cyclic values, grouped as they are when they are read again and
+/// again, until each was read once, and prints them.
+class OnceCommand : public LinkCommand {
+public:
+    explicit OnceCommand(const CommandContext& context) : LinkCommand(context) {}
+
+private:
+    bool prepare() override;
+    void interrupted() override;
+    void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
+    void requestAnswered(const SentRequest& request, const Answer& answer,
+                         const QByteArray& reply) override;
+
+    void requestSettled() override;
+
+    bool allRead();
+    /// Prints the values, and of those that are missing that they are.
+    void report(const TransferOutcome& missing);
+
+    QTimer m_patience;
+    TransferOutcome m_refusal; ///< What the PLC said when it last gave a request no values.
+};
+
+} // namespace plc
+
+#endif

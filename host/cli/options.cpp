@@ -1,0 +1,264 @@
+#include "host/cli/options.h"
+
+#include <QtCore/QCommandLineParser>
+#include <QtCore/QCoreApplication>
+
+#include <limits>
+
+#include "host/project/nearest_name.h"
+
+namespace plc {
+namespace {
+
+constexpr int kHighestPort = 65535;
+constexpr int kHighestStation = 255;
+constexpr int kLongestTime = 24 * 60 * 60 * 1000;                              // ms
+constexpr double kLongestRun = double(std::numeric_limits<int>::max()) / 1000; // s
+
+const char kHelp[] = R"(plc exchanges data with a PLC through the driver library.
+
+  plc run [LABEL...]         read the project's cyclic labels (or these) again and again
+  plc read LABEL...          read these once
+  plc write LABEL=VALUE...   write these and report what the PLC said to each
+  plc resolve LABEL...       show type, area and address of these
+  plc symbols [PATTERN]      list the project's variables; PATTERN may have * and ?
+
+A label is SCOPE.VARIABLE with subscripts and members as declared, such as
+Plant.tank[3].level. LABEL*N stands for N elements of an array from that one on;
+their values are written as 1,2,3.
+Values: TRUE, -5, 16#FF, 1.5, T#1m30s, 'text' (the quotes may be left out).
+
+Options for all commands:
+  -p, --project FILE   project file; else what PLC_PROJECT names
+  --driver FILE        driver library; else what PLC_DRIVER names, else the nearest one
+  --json               print one JSON object a line
+  -h, --help           print this
+  -v, --version        print the version
+Options for run, read and write:
+  --address HOST       connect there and not to the project's address
+  --port N             the same for the port
+  --timeout MS         time for the connection and for each whole reply
+  --trace              print every frame with its meaning on the standard error
+Options for run:
+  --for SECONDS        end after this time
+  --once               print each value once and end
+  --cycle MS           time from one pass over all values to the next, at least (100)
+  --interval MS        time between two prints (1000) or screens (200)
+  --station-off N      begin with station N switched off; may be given again
+
+While it runs, plc run takes these lines from its standard input:
+  write LABEL=VALUE    write a value; its outcome is printed
+  station N off|on     switch a station off or on
+  quit                 end
+On a terminal it shows the values in place: arrows and PgUp/PgDn scroll, ":"
+begins one of the lines above, q ends. Otherwise it prints values that changed,
+with their age, and all that happens to the link, line by line.
+
+Exit codes: 0 done; 1 the PLC or the link refused; 2 wrong usage or project file.)";
+
+struct CommandName {
+    const char* name;
+    Command command;
+    int fewestArguments;
+    int mostArguments;
+    const char* argumentsText;
+};
+
+constexpr int kAnyNumber = std::numeric_limits<int>::max();
+
+const CommandName kCommands[] = {
+    {"run", Command::Run, 0, kAnyNumber, "any number of labels"},
+    {"read", Command::Read, 1, kAnyNumber, "at least one label"},
+    {"write", Command::Write, 1, kAnyNumber, "at least one LABEL=VALUE"},
+    {"resolve", Command::Resolve, 1, kAnyNumber, "at least one label"},
+    {"symbols", Command::Symbols, 0, 1, "at most one pattern"}};
+
+/// Which commands an option is for.
+enum Use { kForAll, kForLink, kForRun };
+
+struct OptionDescription {
+    const char* names; ///< Separated by blanks, the longest last.
+    bool hasValue;
+    Use use;
+};
+
+const OptionDescription kOptions[] = {
+    {"p project", true, kForAll}, {"driver", true, kForAll},     {"json", false, kForAll},
+    {"h help", false, kForAll},   {"v version", false, kForAll}, {"address", true, kForLink},
+    {"port", true, kForLink},     {"timeout", true, kForLink},   {"trace", false, kForLink},
+    {"for", true, kForRun},       {"once", false, kForRun},      {"cycle", true, kForRun},
+    {"interval", true, kForRun},  {"station-off", true, kForRun}};
+
+bool isFor(Command command, Use use)
+{
+    switch (use) {
+        case kForAll:
+            return true;
+        case kForLink:
+            return command == Command::Run || command == Command::Read || command == Command::Write;
+        case kForRun:
+            break;
+    }
+    return command == Command::Run;
+}
+
+QStringList namesOf(const OptionDescription& description)
+{
+    return QString::fromLatin1(description.names).split(QLatin1Char(' '));
+}
+
+/// Takes values out of the parsed command line and keeps the first complaint.
+class OptionReader {
+public:
+    OptionReader(const QCommandLineParser& parser, QString* error)
+        : m_parser(parser), m_error(error)
+    {
+    }
+
+    bool has(const char* name) const { return m_parser.isSet(QString::fromLatin1(name)); }
+    QString text(const char* name) const { return m_parser.value(QString::fromLatin1(name)); }
+    QVector<int> integers(const char* name, int lowest, int highest)
+    {
+        QVector<int> numbers;
+        const QStringList texts = m_parser.values(QString::fromLatin1(name));
+        for (const QString& text : texts) {
+            bool ok = false;
+            const int number = text.toInt(&ok, 10);
+            if (!ok || number < lowest || number > highest) {
+                complain(QStringLiteral("--%1 takes a number from %2 to %3, not %4")
+                             .arg(QString::fromLatin1(name))
+                             .arg(lowest)
+                             .arg(highest)
+                             .arg(quoted(text)));
+            }
+            numbers.append(number);
+        }
+        return numbers;
+    }
+    int integer(const char* name, int lowest, int highest, int otherwise)
+    {
+        return has(name) ? integers(name, lowest, highest).last() : otherwise;
+    }
+    int seconds(const char* name)
+    {
+        if (!has(name))
+            return 0;
+        bool ok = false;
+        const double number = text(name).toDouble(&ok);
+        if (ok && number > 0 && number <= kLongestRun)
+            return qMax(1, int(number * 1000));
+        complain(QStringLiteral("--%1 takes a number of seconds above 0, not %2")
+                     .arg(QString::fromLatin1(name), quoted(text(name))));
+        return 0;
+    }
+    void complain(const QString& text)
+    {
+        if (m_error->isEmpty())
+            *m_error = text;
+    }
+
+private:
+    const QCommandLineParser& m_parser;
+    QString* m_error;
+};
+
+const CommandName* findCommand(const QStringList& arguments, OptionReader* reader)
+{
+    QStringList names;
+    for (const CommandName& command : kCommands) {
+        const QString name = QString::fromLatin1(command.name);
+        if (!arguments.isEmpty() && arguments.first() == name)
+            return &command;
+        names.append(name);
+    }
+    reader->complain(arguments.isEmpty()
+                         ? QStringLiteral("a command is expected: %1 (plc --help tells more)")
+                               .arg(names.join(QStringLiteral(", ")))
+                         : QStringLiteral("%1 is no command%2; there are %3")
+                               .arg(quoted(arguments.first()),
+                                    nearestNameHint(arguments.first(), names),
+                                    names.join(QStringLiteral(", "))));
+    return nullptr;
+}
+
+void checkUse(const CommandName& command, OptionReader* reader)
+{
+    for (const OptionDescription& option : kOptions) {
+        const QByteArray name = namesOf(option).last().toLatin1();
+        if (reader->has(name.constData()) && !isFor(command.command, option.use)) {
+            reader->complain(
+                QStringLiteral("--%1 is no option of plc %2")
+                    .arg(QString::fromLatin1(name), QString::fromLatin1(command.name)));
+        }
+    }
+}
+
+Options readValues(OptionReader* reader)
+{
+    Options options;
+    options.projectFile =
+        reader->has("project") ? reader->text("project") : qEnvironmentVariable("PLC_PROJECT");
+    options.driverFile = reader->text("driver");
+    options.address = reader->text("address");
+    options.port = reader->integer("port", 1, kHighestPort, 0);
+    options.timeout = reader->integer("timeout", 1, kLongestTime, 0);
+    options.json = reader->has("json");
+    options.trace = reader->has("trace");
+    options.once = reader->has("once");
+    options.duration = reader->seconds("for");
+    options.interval = reader->integer("interval", 1, kLongestTime, options.interval);
+    options.cycleTime = reader->integer("cycle", 0, kLongestTime, options.cycleTime);
+    options.stationsOff = reader->integers("station-off", 0, kHighestStation);
+    return options;
+}
+
+QString informationText(const OptionReader& reader)
+{
+    if (reader.has("help"))
+        return QString::fromUtf8(kHelp);
+    if (reader.has("version"))
+        return QStringLiteral("plc ") + QCoreApplication::applicationVersion();
+    return QString();
+}
+
+} // namespace
+
+std::optional<Options> readOptions(const QStringList& arguments, QString* error)
+{
+    QCommandLineParser parser;
+    for (const OptionDescription& description : kOptions) {
+        parser.addOption(
+            QCommandLineOption(namesOf(description), QString(),
+                               description.hasValue ? QStringLiteral("value") : QString()));
+    }
+    if (!parser.parse(arguments)) {
+        *error = parser.errorText();
+        return {};
+    }
+    error->clear();
+    OptionReader reader(parser, error);
+    Options options = readValues(&reader);
+    options.information = informationText(reader);
+    if (!options.information.isEmpty())
+        return options;
+    options.arguments = parser.positionalArguments();
+    const CommandName* command = findCommand(options.arguments, &reader);
+    if (command != nullptr) {
+        options.command = command->command;
+        options.arguments.removeFirst();
+        checkUse(*command, &reader);
+        const int count = int(options.arguments.size());
+        if (count < command->fewestArguments || count > command->mostArguments) {
+            reader.complain(QStringLiteral("plc %1 takes %2")
+                                .arg(QString::fromLatin1(command->name),
+                                     QString::fromLatin1(command->argumentsText)));
+        }
+        if (options.projectFile.isEmpty()) {
+            reader.complain(
+                QStringLiteral("no project file; give it with --project or in PLC_PROJECT"));
+        }
+    }
+    return error->isEmpty() ? std::optional<Options>(options) : std::nullopt;
+}
+
+} // namespace plc

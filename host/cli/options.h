@@ -1,0 +1,39 @@
+#ifndef PLC_HOST_CLI_OPTIONS_H
+#define PLC_HOST_CLI_OPTIONS_H
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+#include <QtCore/QVector>
+
+#include <optional>
+
+namespace plc {
+
+enum class Command { Run, Read, Write, Resolve, Symbols };
+
+/// The command line, checked.
+struct Options {
+    Command command = Command::Run;
+    QStringList arguments; ///< Behind the command.
+    QString projectFile;
+    QString driverFile; ///< Empty: to be looked for.
+    QString address;    ///< Empty: the project's.
+    int port = 0;       ///< 0: the project's.
+    int timeout = 0;    ///< ms; 0: the project's.
+    bool json = false;
+    bool trace = false;
+    bool once = false;
+    int duration = 0;    ///< ms; 0: without end.
+    int interval = 0;    ///< ms; 0: as suits the kind of output.
+    int cycleTime = 100; ///< ms
+    QVector<int> stationsOff;
+    /// What is asked for instead of a command: help or the version.
+    QString information;
+};
+
+/// Reads the command line. On failure returns nothing and sets `error`.
+std::optional<Options> readOptions(const QStringList& arguments, QString* error);
+
+} // namespace plc
+
+#endif

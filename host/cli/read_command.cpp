@@ -1,0 +1,67 @@
+#include "host/cli/read_command.h"
+
+#include "host/cli/value_lines.h"
+
+namespace plc {
+
+bool ReadCommand::prepare()
+{
+    for (const DataPoint& point : findPoints()) {
+        Item item;
+        item.point = point;
+        m_items.append(item);
+    }
+    if (m_items.isEmpty())
+        return false;
+    m_open = int(m_items.size());
+    for (int i = 0; i < int(m_items.size()); ++i)
+        ask(i);
+    return true;
+}
+
+void ReadCommand::interrupted()
+{
+    complain(QStringLiteral("interrupted; nothing was read"));
+    finish(kExitRefused);
+}
+
+void ReadCommand::ask(int index)
+{
+    runtime().readOnce(m_items[index].point, link().now(),
+                       [this, index](const TransferOutcome& outcome, const QByteArray& bytes) {
+                           settled(index, outcome, bytes);
+                       });
+}
+
+void ReadCommand::settled(int index, const TransferOutcome& outcome, const QByteArray& bytes)
+{
+    if (isFinished())
+        return;
+    Item& item = m_items[index];
+    item.outcome = outcome;
+    item.bytes = bytes;
+    if (outcome.kind == TransferOutcome::Refused && !item.wasAskedAlone) {
+        item.wasAskedAlone = true;
+        m_askAlone.append(index);
+    }
+    if (--m_open > 0)
+        return;
+    if (m_askAlone.isEmpty()) {
+        report();
+    } else {
+        m_open = 1;
+        ask(m_askAlone.takeFirst());
+    }
+}
+
+void ReadCommand::report()
+{
+    bool allDone = true;
+    for (const Item& item : m_items) {
+        printRead(item.point, item.bytes, item.outcome, options().json);
+        allDone = allDone && item.outcome.isDone();
+    }
+    finish(allDone ? kExitDone : kExitRefused);
+}
+
+} // namespace plc

@@ -1,0 +1,39 @@
+#ifndef PLC_HOST_CLI_READ_COMMAND_H
+#define PLC_HOST_CLI_READ_COMMAND_H
+
+#include <QtCore/QVector>
+
+#include "host/cli/link_command.h"
+
+namespace plc {
+
+/// `plc read`: reads labels once, all together. Where the PLC refuses the request that carried some
+/// of them, these are asked for once more, one by one, so that one wrong address does not hide the
+/// other values, and a refusal that has passed none.
+class ReadCommand : public LinkCommand {
+public:
+    explicit ReadCommand(const CommandContext& context) : LinkCommand(context) {}
+
+private:
+    struct Item {
+        DataPoint point;
+        bool wasAskedAlone = false;
+        TransferOutcome outcome;
+        QByteArray bytes;
+    };
+
+    bool prepare() override;
+    void interrupted() override;
+
+    void ask(int index);
+    void settled(int index, const TransferOutcome& outcome, const QByteArray& bytes);
+    void report();
+
+    QVector<Item> m_items;
+    int m_open = 0;          ///< Items that are asked for.
+    QVector<int> m_askAlone; ///< Items to be asked for once more.
+};
+
+} // namespace plc
+
+#endif

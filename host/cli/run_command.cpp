@@ -1,0 +1,125 @@
+#include "host/cli/run_command.h"
+
+#include "host/cli/line_view.h"
+#include "host/cli/screen_view.h"
+#include "host/frame_text.h"
+#include "host/project/nearest_name.h"
+
+namespace plc {
+
+bool RunCommand::prepare()
+{
+    const QVector<DataPoint> points = findPoints();
+    if (points.isEmpty())
+        return false;
+    runtime().readCyclically(points, link().now());
+    for (int station : options().stationsOff)
+        runtime().switchStation(station, false, link().now());
+    startView();
+    startTimers();
+    return true;
+}
+
+void RunCommand::startView()
+{
+    const auto carryOutLine = [this](const QString& line) { carryOut(line); };
+    if (!options().json && ScreenView::isPossible()) {
+        m_view = std::make_unique<ScreenView>(project().name, peer(), carryOutLine);
+        return;
+    }
+    m_view = std::make_unique<LineView>(peer(), options().json);
+    m_input = std::make_unique<LineInput>(carryOutLine);
+}
+
+void RunCommand::startTimers()
+{
+    QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh,
+                     [this] { m_view->refresh(&runtime(), link().now()); });
+    m_refresh.start(options().interval > 0 ? options().interval : m_view->usualInterval());
+    m_duration.setSingleShot(true);
+    QObject::connect(&m_duration, &QTimer::timeout, &m_duration,
+                     [this] { end(m_hasRead ? kExitDone : kExitRefused); });
+    if (options().duration > 0)
+        m_duration.start(options().duration);
+}
+
+void RunCommand::interrupted()
+{
+    end(kExitDone);
+}
+
+/// What is under way when the user wants an end is still settled, and shown.
+void RunCommand::end(ExitCode code)
+{
+    if (isFinished())
+        return;
+    m_view->refresh(&runtime(), link().now());
+    link().stop();
+    m_view->end(&runtime(), link().now());
+    finish(code);
+}
+
+void RunCommand::linkChanged(LinkState state, const QString& reason, int retryDelay)
+{
+    LinkCommand::linkChanged(state, reason, retryDelay);
+    m_view->linkChanged(state, reason, retryDelay);
+}
+
+void RunCommand::requestAnswered(const SentRequest& request, const Answer& answer,
+                                 const QByteArray& reply)
+{
+    LinkCommand::requestAnswered(request, answer, reply);
+    if (answer.kind == Answer::Accepted && !request.content.isLogin())
+        m_hasRead = true;
+    if (answer.kind == Answer::Abandoned)
+        m_view->message(QStringLiteral("refused: ") + replyText(request, reply, answer));
+}
+
+void RunCommand::carryOut(const QString& line)
+{
+    const QString text = line.trimmed();
+    const QString name = text.section(QLatin1Char(' '), 0, 0);
+    const QString rest = text.section(QLatin1Char(' '), 1).trimmed();
+    if (name == QLatin1String("write"))
+        write(rest);
+    else if (name == QLatin1String("station"))
+        switchStation(rest.section(QLatin1Char(' '), 0, 0),
+                      rest.section(QLatin1Char(' '), 1).trimmed());
+    else if (name == QLatin1String("quit"))
+        end(kExitDone);
+    else if (!name.isEmpty())
+        m_view->message(QStringLiteral("%1 is no command; there are write LABEL=VALUE, "
+                                       "station N off|on, quit")
+                            .arg(quoted(name)));
+}
+
+void RunCommand::write(const QString& text)
+{
+    QString error;
+    const std::optional<Assignment> assignment = parseAssignment(runtime().points(), text, &error);
+    if (!assignment) {
+        m_view->message(error);
+        return;
+    }
+    runtime().write(assignment->point, assignment->values, link().now(),
+                    [this, assignment](const TransferOutcome& outcome) {
+                        m_view->writeSettled(*assignment, outcome);
+                    });
+    link().pump();
+}
+
+void RunCommand::switchStation(const QString& station, const QString& state)
+{
+    bool ok = false;
+    const int number = station.toInt(&ok, 10);
+    const bool on = state == QLatin1String("on");
+    if (!ok || number < 0 || (!on && state != QLatin1String("off"))) {
+        m_view->message(QStringLiteral("station N off or station N on is expected"));
+        return;
+    }
+    runtime().switchStation(number, on, link().now());
+    link().pump();
+    m_view->message(QStringLiteral("station %1 is switched %2").arg(number).arg(state));
+}
+
+} // namespace plc

@@ -1,0 +1,34 @@
+#ifndef PLC_HOST_CLI_RUN_VIEW_H
+#define PLC_HOST_CLI_RUN_VIEW_H
+
+#include "host/cli/assignment.h"
+#include "host/runtime.h"
+
+namespace plc {
+
+/// How `plc run` shows what happens.
+class RunView {
+public:
+    virtual ~RunView() = default;
+
+    virtual void linkChanged(LinkState state, const QString& reason, int retryDelay) = 0;
+    virtual void writeSettled(const Assignment& assignment, const TransferOutcome& outcome) = 0;
+    /// Something for the user, such as the answer to a command.
+    virtual void message(const QString& text) = 0;
+    /// Shows the values as they are now.
+    virtual void refresh(Runtime* runtime, qint64 now) = 0;
+    /// The last call: the run took `now` ms.
+    virtual void end(Runtime* runtime, qint64 now) = 0;
+    /// Milliseconds from one refresh() to the next unless the user wants it otherwise.
+    virtual int usualInterval() const = 0;
+};
+
+/// "connected to HOST:PORT" and the like.
+QString linkText(LinkState state, const QString& peer, const QString& reason, int retryDelay);
+
+/// "1200 requests, 1199 accepted, 1 refused, link lost 0 times, in 10.0 s"
+QString summaryText(const TrafficCounters& counters, qint64 duration);
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,112 @@
+#include "host/cli/screen_layout.h"
+
+namespace plc {
+namespace {
+
+constexpr int kLinesAround = 5;  ///< Title, status, heading, message and prompt.
+constexpr int kColumnWidth = 78; ///< From twice this on there are two columns, and so on.
+constexpr int kAgeWidth = 9;
+constexpr int kRateWidth = 8;
+const char kRed[] = "\x1b[31m";
+const char kReverse[] = "\x1b[7m";
+const char kPlain[] = "\x1b[0m";
+
+int columnsOnScreen(int width)
+{
+    return qMax(1, width / kColumnWidth);
+}
+
+int linesForRows(int height)
+{
+    return qMax(0, height - kLinesAround);
+}
+
+/// `text` in exactly `width` characters.
+QString fitted(const QString& text, int width)
+{
+    if (int(text.size()) <= width)
+        return text.leftJustified(qMax(0, width));
+    return width < 1 ? QString() : text.left(width - 1) + QChar(0x2026);
+}
+
+/// Label, value, age and rate in exactly `width` characters.
+QString rowText(const ScreenRow& row, int width)
+{
+    const int rest = qMax(0, width - kAgeWidth - kRateWidth);
+    const int labelWidth = rest / 2;
+    const QString text = fitted(row.label, labelWidth - 1) + QLatin1Char(' ') +
+                         fitted(row.value, rest - labelWidth) + row.age.rightJustified(kAgeWidth) +
+                         row.rate.rightJustified(kRateWidth);
+    return fitted(text, width);
+}
+
+QString coloured(const char* colour, const QString& text)
+{
+    return QLatin1String(colour) + text + QLatin1String(kPlain);
+}
+
+QString headingLine(int width)
+{
+    ScreenRow heading;
+    heading.label = QStringLiteral("LABEL");
+    heading.value = QStringLiteral("VALUE");
+    heading.age = QStringLiteral("AGE");
+    heading.rate = QStringLiteral("RATE");
+    const int columns = columnsOnScreen(width);
+    QString line;
+    for (int column = 0; column < columns; ++column)
+        line += fitted(rowText(heading, width / columns - 1), width / columns);
+    return coloured(kReverse, fitted(line, width));
+}
+
+QString rowsLine(const ScreenContent& content, int width, int lines, int firstRow, int line)
+{
+    const int columns = columnsOnScreen(width);
+    QString text;
+    for (int column = 0; column < columns; ++column) {
+        const int index = firstRow + column * lines + line;
+        if (index >= int(content.rows.size()))
+            break;
+        const ScreenRow& row = content.rows[index];
+        const QString cell = rowText(row, width / columns - 1);
+        text += row.isStale ? coloured(kRed, cell) : cell;
+        text += QLatin1Char(' ');
+    }
+    return text;
+}
+
+QString positionText(const ScreenContent& content, int shown, int firstRow)
+{
+    const int count = int(content.rows.size());
+    if (shown >= count)
+        return QStringLiteral("%1 values").arg(count);
+    return QStringLiteral("values %1 to %2 of %3")
+        .arg(firstRow + 1)
+        .arg(qMin(count, firstRow + shown))
+        .arg(count);
+}
+
+} // namespace
+
+int rowsOnScreen(int width, int height)
+{
+    return columnsOnScreen(width) * linesForRows(height);
+}
+
+QStringList layOutScreen(const ScreenContent& content, int width, int height, int firstRow)
+{
+    const int lines = linesForRows(height);
+    const QString position = positionText(content, rowsOnScreen(width, height), firstRow);
+    QStringList screen;
+    screen.append(fitted(content.title, width));
+    screen.append(fitted(QStringLiteral("%1, %2").arg(content.status, position), width));
+    screen.append(headingLine(width));
+    for (int line = 0; line < lines; ++line)
+        screen.append(rowsLine(content, width, lines, firstRow, line));
+    screen.append(fitted(content.message, width));
+    // In the last cell of the last line some terminals scroll.
+    screen.append(fitted(content.prompt, width - 1));
+    return screen.mid(qMax(0, int(screen.size()) - height));
+}
+
+} // namespace plc

@@ -1,0 +1,58 @@
+#include "host/cli/trace_printer.h"
+
+#include <QtCore/QTime>
+
+#include <cstdio>
+
+#include "host/frame_text.h"
+
+namespace plc {
+namespace {
+
+void printTrace(const QString& what)
+{
+    const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz"));
+    std::fprintf(stderr, "%s %s\n", qUtf8Printable(time), qUtf8Printable(what));
+}
+
+void printFrame(char direction, const QByteArray& frame, const QString& meaning)
+{
+    printTrace(QStringLiteral("%1 %2 bytes: %3\n             %4")
+                   .arg(QLatin1Char(direction))
+                   .arg(frame.size())
+                   .arg(hexText(frame), meaning));
+}
+
+} // namespace
+
+void TracePrinter::request(const SentRequest& request) const
+{
+    if (m_isOn)
+        printFrame('>', request.frame, requestText(request));
+}
+
+void TracePrinter::reply(const SentRequest& request, const Answer& answer,
+                         const QByteArray& reply) const
+{
+    if (m_isOn)
+        printFrame('<', reply, replyText(request, reply, answer));
+}
+
+void TracePrinter::link(LinkState state, const QString& reason) const
+{
+    if (!m_isOn)
+        return;
+    switch (state) {
+        case LinkState::Connecting:
+            printTrace(QStringLiteral("- connecting"));
+            break;
+        case LinkState::Up:
+            printTrace(QStringLiteral("- connected"));
+            break;
+        case LinkState::Down:
+            printTrace(QStringLiteral("- closed: ") + reason);
+            break;
+    }
+}
+
+} // namespace plc

@@ -1,0 +1,92 @@
+#include "host/cli/value_lines.h"
+
+#include "host/cli/console.h"
+#include "host/result_text.h"
+#include "host/value_codec.h"
+
+namespace plc {
+
+QString valueLine(const DataPoint& point, const QString& value)
+{
+    const QString line = QStringLiteral("%1 = %2").arg(point.text, value);
+    return point.unit.isEmpty() ? line : line + QLatin1Char(' ') + point.unit;
+}
+
+JsonLine& JsonLine::add(const char* name, const QString& text)
+{
+    return addJson(name, jsonText(text));
+}
+
+JsonLine& JsonLine::add(const char* name, qint64 number)
+{
+    return addJson(name, QString::number(number));
+}
+
+JsonLine& JsonLine::add(const char* name, double number, int decimals)
+{
+    return addJson(name, QString::number(number, 'f', decimals));
+}
+
+JsonLine& JsonLine::addFlag(const char* name, bool flag)
+{
+    return addJson(name, flag ? QStringLiteral("true") : QStringLiteral("false"));
+}
+
+JsonLine& JsonLine::addJson(const char* name, const QString& json)
+{
+    m_members.append(QStringLiteral("\"%1\":%2").arg(QString::fromLatin1(name), json));
+    return *this;
+}
+
+JsonLine& JsonLine::addPoint(const DataPoint& point)
+{
+    add("label", point.text);
+    add("type", QString::fromLatin1(point.type->name));
+    if (!point.unit.isEmpty())
+        add("unit", point.unit);
+    return *this;
+}
+
+JsonLine& JsonLine::addOutcome(const TransferOutcome& outcome)
+{
+    add("outcome", outcomeWord(outcome.kind));
+    if (!outcome.isDone())
+        add("error", outcomeText(outcome));
+    return *this;
+}
+
+QString JsonLine::text() const
+{
+    return QLatin1Char('{') + m_members.join(QLatin1Char(',')) + QLatin1Char('}');
+}
+
+QString writeLine(const Assignment& assignment, const TransferOutcome& outcome)
+{
+    const QString value = pointText(assignment.point, assignment.values);
+    return QStringLiteral("%1: %2").arg(valueLine(assignment.point, value), outcomeText(outcome));
+}
+
+void addWrite(const Assignment& assignment, const TransferOutcome& outcome, JsonLine* line)
+{
+    line->addPoint(assignment.point);
+    line->addJson("value", pointJson(assignment.point, assignment.values));
+    line->addOutcome(outcome);
+}
+
+void printRead(const DataPoint& point, const QByteArray& bytes, const TransferOutcome& outcome,
+               bool json)
+{
+    const QVector<Value> values = decodeValues(point, bytes);
+    if (json) {
+        JsonLine line;
+        line.addPoint(point);
+        line.addJson("value", outcome.isDone() ? pointJson(point, values) : QStringLiteral("null"));
+        print(line.addOutcome(outcome).text());
+    } else if (outcome.isDone()) {
+        print(valueLine(point, pointText(point, values)));
+    } else {
+        complain(QStringLiteral("%1: %2").arg(point.text, outcomeText(outcome)));
+    }
+}
+
+} // namespace plc

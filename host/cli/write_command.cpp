@@ -1,0 +1,53 @@
+#include "host/cli/write_command.h"
+
+#include "host/cli/value_lines.h"
+#include "host/result_text.h"
+#include "host/value_codec.h"
+
+namespace plc {
+
+bool WriteCommand::prepare()
+{
+    QVector<Assignment> assignments;
+    for (const QString& text : options().arguments) {
+        QString error;
+        const std::optional<Assignment> assignment =
+            parseAssignment(runtime().points(), text, &error);
+        if (!assignment) {
+            complain(error);
+            return false;
+        }
+        assignments.append(*assignment);
+    }
+    m_open = int(assignments.size());
+    for (const Assignment& assignment : assignments) {
+        runtime().write(
+            assignment.point, assignment.values, link().now(),
+            [this, assignment](const TransferOutcome& outcome) { settled(assignment, outcome); });
+    }
+    return true;
+}
+
+/// The end of the link settles what is still open.
+void WriteCommand::interrupted()
+{
+    link().stop();
+}
+
+void WriteCommand::settled(const Assignment& assignment, const TransferOutcome& outcome)
+{
+    if (options().json) {
+        JsonLine line;
+        addWrite(assignment, outcome, &line);
+        print(line.text());
+    } else if (outcome.isDone()) {
+        print(writeLine(assignment, outcome));
+    } else {
+        complain(writeLine(assignment, outcome));
+    }
+    m_allDone = m_allDone && outcome.isDone();
+    if (--m_open == 0)
+        finish(m_allDone ? kExitDone : kExitRefused);
+}
+
+} // namespace plc

@@ -1,0 +1,70 @@
+#include "host/data_point.h"
+
+#include "host/project/nearest_name.h"
+
+namespace plc {
+
+std::optional<DataPoint> DataPointFinder::find(const QString& text, QString* error) const
+{
+    const int star = int(text.lastIndexOf(QLatin1Char('*')));
+    if (star < 0)
+        return find(text, 1, error);
+    const QString number = text.mid(star + 1);
+    bool ok = false;
+    const int elements = number.toInt(&ok, 10);
+    if (!ok || elements < 1) {
+        *error = QStringLiteral("%1: a number of elements is expected behind the *, not %2")
+                     .arg(text, quoted(number));
+        return {};
+    }
+    return find(text.left(star), elements, error);
+}
+
+std::optional<DataPoint> DataPointFinder::find(const CyclicLabel& cyclic, QString* error) const
+{
+    std::optional<DataPoint> point = find(cyclic.label, cyclic.elements, error);
+    if (point && m_settings.multiStation)
+        point->station = cyclic.station;
+    return point;
+}
+
+std::optional<DataPoint> DataPointFinder::find(const QString& label, int elements,
+                                               QString* error) const
+{
+    QString reason;
+    const std::optional<LabelTarget> target = m_labels.find(label, &reason);
+    if (!target) {
+        *error = QStringLiteral("%1: %2").arg(label, reason);
+        return {};
+    }
+    if (elements > target->elements) {
+        *error = QStringLiteral("%1*%2: only %3 element(s) of the array are left from there on")
+                     .arg(label)
+                     .arg(elements)
+                     .arg(target->elements);
+        return {};
+    }
+    DataPoint point;
+    point.text = elements == 1 ? label : QStringLiteral("%1*%2").arg(label).arg(elements);
+    point.label = label;
+    point.type = target->variable->type;
+    point.stringLength = target->variable->stringLength;
+    point.elements = elements;
+    point.area = target->area;
+    point.address = m_driver.plcAddressChangeIntef(0, label);
+    point.station = m_settings.defaultStation;
+    point.unit = target->variable->unit;
+    point.description = target->variable->description;
+    if (qint64(point.address) != target->address) {
+        *error = QStringLiteral(
+                     "%1: the driver finds it at address %2, the project at %3; the "
+                     "driver must be given this project's symbols")
+                     .arg(label)
+                     .arg(point.address)
+                     .arg(target->address);
+        return {};
+    }
+    return point;
+}
+
+} // namespace plc

@@ -1,0 +1,146 @@
+#include "host/duration_text.h"
+
+#include <limits>
+
+namespace plc {
+namespace {
+
+struct Unit {
+    const char* name;
+    quint64 milliseconds;
+};
+
+const Unit kUnits[] = {
+    {"d", 24 * 60 * 60 * 1000}, {"h", 60 * 60 * 1000}, {"m", 60 * 1000}, {"s", 1000}, {"ms", 1}};
+
+/// Reads durations from the left to the right.
+class DurationReader {
+public:
+    explicit DurationReader(const QString& text) : m_text(text.toLower()) {}
+
+    bool skipPrefix()
+    {
+        for (const char* prefix : {"t#", "time#"}) {
+            if (m_text.startsWith(QLatin1String(prefix))) {
+                m_position = int(qstrlen(prefix));
+                return true;
+            }
+        }
+        return false;
+    }
+    bool atEnd() const { return m_position == int(m_text.size()); }
+
+    /// A number with at most one point.
+    QString number()
+    {
+        const int start = m_position;
+        while (!atEnd() && (isDigit() || m_text[m_position] == QLatin1Char('.')))
+            ++m_position;
+        return m_text.mid(start, m_position - start);
+    }
+    QString unit()
+    {
+        const int start = m_position;
+        while (!atEnd() && !isDigit())
+            ++m_position;
+        return m_text.mid(start, m_position - start);
+    }
+
+private:
+    bool isDigit() const
+    {
+        return m_text[m_position] >= QLatin1Char('0') && m_text[m_position] <= QLatin1Char('9');
+    }
+
+    const QString m_text;
+    int m_position = 0;
+};
+
+int unitIndex(const QString& name)
+{
+    for (int i = 0; i < int(std::size(kUnits)); ++i) {
+        if (name == QLatin1String(kUnits[i].name))
+            return i;
+    }
+    return -1;
+}
+
+/// `digits` as a number; nothing when there are none or too many.
+std::optional<quint64> wholeNumber(const QString& digits)
+{
+    bool ok = false;
+    const quint64 number = digits.toULongLong(&ok, 10);
+    return ok ? std::optional<quint64>(number) : std::nullopt;
+}
+
+/// Digits behind the point that are looked at; none of the units needs more.
+constexpr int kFractionDigits = 9;
+
+/// Milliseconds of the fraction of a unit with these digits, when they are whole.
+std::optional<quint64> fractionOf(QString digits, quint64 unit)
+{
+    while (digits.size() > 1 && digits.endsWith(QLatin1Char('0')))
+        digits.chop(1);
+    const std::optional<quint64> number = wholeNumber(digits);
+    if (!number || digits.size() > kFractionDigits)
+        return {};
+    quint64 parts = 1;
+    for (int i = 0; i < int(digits.size()); ++i)
+        parts *= 10;
+    return *number * unit % parts == 0 ? std::optional<quint64>(*number * unit / parts)
+                                       : std::nullopt;
+}
+
+/// Milliseconds of `number` units, when they are whole.
+std::optional<quint64> scaled(const QString& number, quint64 unit)
+{
+    const int point = int(number.indexOf(QLatin1Char('.')));
+    const std::optional<quint64> whole = wholeNumber(number.left(point));
+    if (!whole || *whole > (std::numeric_limits<quint64>::max() - unit) / unit)
+        return {};
+    if (point < 0)
+        return *whole * unit;
+    const std::optional<quint64> fraction = fractionOf(number.mid(point + 1), unit);
+    return fraction ? std::optional<quint64>(*whole * unit + *fraction) : std::nullopt;
+}
+
+} // namespace
+
+QString durationText(quint64 milliseconds)
+{
+    if (milliseconds == 0)
+        return QStringLiteral("T#0s");
+    QString text = QStringLiteral("T#");
+    for (const Unit& unit : kUnits) {
+        const quint64 count = milliseconds / unit.milliseconds;
+        milliseconds %= unit.milliseconds;
+        if (count != 0)
+            text += QString::number(count) + QLatin1String(unit.name);
+    }
+    return text;
+}
+
+std::optional<quint64> parseDuration(const QString& text)
+{
+    DurationReader reader(text);
+    if (!reader.skipPrefix() || reader.atEnd())
+        return {};
+    quint64 total = 0;
+    int lastUnit = -1;
+    bool hadFraction = false;
+    while (!reader.atEnd()) {
+        const QString number = reader.number();
+        const int index = unitIndex(reader.unit());
+        if (hadFraction || index <= lastUnit)
+            return {};
+        const std::optional<quint64> part = scaled(number, kUnits[index].milliseconds);
+        if (!part || *part > std::numeric_limits<quint64>::max() - total)
+            return {};
+        total += *part;
+        lastUnit = index;
+        hadFraction = number.contains(QLatin1Char('.'));
+    }
+    return total;
+}
+
+} // namespace plc

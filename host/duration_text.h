@@ -1,0 +1,20 @@
+#ifndef PLC_HOST_DURATION_TEXT_H
+#define PLC_HOST_DURATION_TEXT_H
+
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace plc {
+
+/// "T#1m30s" for 90000.
+QString durationText(quint64 milliseconds);
+
+/// Milliseconds of a duration such as "T#1h30m", "TIME#500ms" or "T#1.5s": units descending, a
+/// fraction in the last one only. Nothing if it has another form, is no whole number of
+/// milliseconds, or does not fit into 64 bits.
+std::optional<quint64> parseDuration(const QString& text);
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,115 @@
+#ifndef PLC_HOST_RUNTIME_H
+#define PLC_HOST_RUNTIME_H
+
+#include <QtCore/QMap>
+#include <QtCore/QSet>
+#include <QtCore/QVector>
+
+#include "host/data_point.h"
+#include "host/driver_library.h"
+#include "host/project/project.h"
+#include "host/read_tracker.h"
+#include "host/session.h"
+#include "host/transfer_outcome.h"
+#include "host/value_table.h"
+#include "host/write_tracker.h"
+
+namespace plc {
+
+/// What a runtime tells. Called from inside its events; may queue further writes and reads.
+class RuntimeListener {
+public:
+    virtual ~RuntimeListener() = default;
+
+    virtual void linkChanged(LinkState state, const QString& reason, int retryDelay) = 0;
+    virtual void requestSent(const SentRequest& request) = 0;
+    virtual void requestAnswered(const SentRequest& request, const Answer& answer,
+                                 const QByteArray& reply) = 0;
+    /// The values of the answered request are in the table, and its transfers are settled.
+    virtual void requestSettled() {}
+};
+
+/// What was exchanged since the start.
+struct TrafficCounters {
+    quint64 requests = 0;
+    quint64 accepted = 0;
+    quint64 refused = 0; ///< Replies that were not accepted.
+    quint64 linkLosses = 0;
+};
+
+/// A host around the driver: sets it up for a project, reads the cyclic values into a table,
+/// carries out writes and one-shot reads and tells how each ended. Time comes in as an argument,
+/// bytes go in and out through session(). The driver library serves one runtime at a time.
+class Runtime : private SessionObserver {
+public:
+    /// All must outlive the runtime. `cycleTime` is SessionTimes::cycleTime.
+    Runtime(const DriverFunctions& driver, const Project& project, int cycleTime,
+            RuntimeListener* listener);
+    ~Runtime() override;
+
+    Session& session() { return m_session; }
+    const DataPointFinder& points() const { return m_points; }
+    ValueTable& values() { return m_values; }
+    const TrafficCounters& counters() const { return m_counters; }
+    double requestsPerSecond(qint64 now) { return m_requestRate.perSecond(now); }
+
+    /// Replaces the cyclically read values.
+    void readCyclically(const QVector<DataPoint>& points, qint64 now);
+
+    /// Queue a write or a one-shot read. It is settled exactly once; at once if the link is down or
+    /// the station off.
+    void write(const DataPoint& point, const QVector<Value>& values, qint64 now,
+               WriteSettled settled);
+    void readOnce(const DataPoint& point, qint64 now, ReadSettled settled);
+
+    /// Switches a station off or on. Writes that wait for a station going off end unsent; what the
+    /// driver already has is carried out first.
+    void switchStation(int station, bool on, qint64 now);
+
+private:
+    bool prepareRequest() override;
+    void requestSent(const SentRequest& request) override;
+    void requestAnswered(const SentRequest& request, const Answer& answer, const QByteArray& reply,
+                         qint64 now) override;
+    void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
+
+    static void noteReport(int hostTag, int category, int tag, int status);
+
+    QString obstacle(int station, int pieces) const;
+    void switchOffWhereIdle();
+    void settleRequest(const SentRequest& request, const Answer& answer);
+    void settleReports(const Answer& answer);
+    void settle(const QVector<Write>& writes, const TransferOutcome& outcome) const;
+    void settle(const QVector<OneShotRead>& reads, const TransferOutcome& outcome) const;
+    QByteArray fetch(const DataPoint& point) const;
+
+    const DriverFunctions& m_driver;
+    RuntimeListener* const m_listener;
+    ComInfo m_settings;
+    const int m_staleAfter;
+    QList<Label_Type_Info> m_symbols;
+    DataPointFinder m_points;
+    ValueTable m_values;
+    WriteTracker m_writes;
+    ReadTracker m_reads;
+    int m_lastTag = 0;
+    QString
+        m_linkDownReason; ///< Why the PLC is away; empty while it is not, or is not known to be.
+    /// Stations that are off, and those that go off when the driver has nothing more for them.
+    QSet<int> m_stationsOff;
+    QSet<int> m_stationsGoingOff;
+    /// What the driver's callback told since it was last called.
+    struct Report {
+        int category;
+        int tag;
+        int status;
+    };
+    QVector<Report> m_reports;
+    TrafficCounters m_counters;
+    RateMeter m_requestRate;
+    Session m_session;
+};
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,359 @@
+#include "host/session.h"
+
+#include "host/transfer_queue.h"
+
+namespace plc {
+namespace {
+
+/// Marks the read that is queued only to be given up.
+constexpr int kForgetLoginCategory = 3;
+/// No station can be switched off under this number.
+constexpr int kStationAlwaysOn = -1;
+
+/// Numbers of DataCom().
+constexpr int kNotFinished = 0;
+constexpr int kAccepted = 1;
+constexpr int kRemoteAccepted = 100;
+constexpr int kLoginRefused = 201;
+
+Answer::Kind answerKind(int result)
+{
+    switch (result) {
+        case kNotFinished:
+            return Answer::Retried;
+        case kAccepted:
+        case kRemoteAccepted:
+            return Answer::Accepted;
+        case kLoginRefused:
+            return Answer::LoginRefused;
+        default:
+            return Answer::Abandoned;
+    }
+}
+
+/// Sets a flag for as long as it lives.
+class FlagScope {
+public:
+    explicit FlagScope(bool* flag) : m_flag(flag) { *m_flag = true; }
+    ~FlagScope() { *m_flag = false; }
+    FlagScope(const FlagScope&) = delete;
+    FlagScope& operator=(const FlagScope&) = delete;
+
+private:
+    bool* const m_flag;
+};
+
+} // namespace
+
+Session::Session(const DriverFunctions& driver, ComInfo* settings, const SessionTimes& times,
+                 SessionObserver* observer)
+    : m_driver(driver),
+      m_settings(settings),
+      m_times(times),
+      m_observer(observer),
+      m_backoff(times.reconnectDelay, times.reconnectDelayLimit)
+{
+}
+
+void Session::start(qint64 now)
+{
+    const FlagScope inEvent(&m_isInEvent);
+    if (m_state == State::Stopped)
+        connectNow(now);
+}
+
+void Session::stop(qint64 now)
+{
+    const FlagScope inEvent(&m_isInEvent);
+    if (m_state == State::Stopped)
+        return;
+    loseLink(QStringLiteral("stopped"), now);
+    m_state = State::Stopped;
+}
+
+void Session::connected(qint64 now)
+{
+    const FlagScope inEvent(&m_isInEvent);
+    if (m_state != State::Connecting)
+        return;
+    m_state = State::Ready;
+    m_entriesOfPass = 0;
+    m_nextPassAt = now;
+    m_patienceUntil = now;
+    m_observer->linkChanged(LinkState::Up, QString(), -1);
+    requestNext(now);
+}
+
+void Session::disconnected(const QString& reason, qint64 now)
+{
+    const FlagScope inEvent(&m_isInEvent);
+    if (m_state != State::Stopped && m_state != State::Waiting)
+        loseLink(reason, now);
+}
+
+void Session::received(const QByteArray& bytes, qint64 now)
+{
+    const FlagScope inEvent(&m_isInEvent);
+    if (m_state == State::Ready) {
+        loseLink(QStringLiteral("the PLC sent %1 bytes that nobody asked for").arg(bytes.size()),
+                 now);
+        return;
+    }
+    if (m_state != State::AwaitingReply)
+        return;
+    m_collector.append(bytes);
+    if (m_collector.isComplete())
+        takeReply(now);
+}
+
+void Session::tick(qint64 now)
+{
+    const FlagScope inEvent(&m_isInEvent);
+    const qint64 deadline = nextDeadline();
+    if (deadline < 0 || now < deadline)
+        return;
+    switch (m_state) {
+        case State::Waiting:
+            connectNow(now);
+            break;
+        case State::Connecting:
+            loseLink(QStringLiteral("no connection within %1 ms").arg(m_times.connectTimeout), now);
+            break;
+        case State::Ready:
+            requestNext(now);
+            break;
+        case State::AwaitingReply:
+            loseLink(m_collector.size() == 0
+                         ? QStringLiteral("no reply within %1 ms").arg(m_times.replyTimeout)
+                         : QStringLiteral("only %1 bytes of a reply within %2 ms")
+                               .arg(m_collector.size())
+                               .arg(m_times.replyTimeout),
+                     now);
+            break;
+        case State::Stopped:
+            break;
+    }
+}
+
+void Session::wake(qint64 now)
+{
+    if (m_isInEvent || m_state != State::Ready)
+        return;
+    const FlagScope inEvent(&m_isInEvent);
+    requestNext(now);
+}
+
+QVector<SessionAction> Session::takeActions()
+{
+    QVector<SessionAction> actions;
+    actions.swap(m_actions);
+    return actions;
+}
+
+qint64 Session::nextDeadline() const
+{
+    switch (m_state) {
+        case State::Stopped:
+            return -1;
+        case State::Ready:
+            return m_idle ? -1 : qMax(m_nextPassAt, m_patienceUntil);
+        case State::Waiting:
+        case State::Connecting:
+        case State::AwaitingReply:
+            break;
+    }
+    return m_deadline;
+}
+
+LinkState Session::linkState() const
+{
+    switch (m_state) {
+        case State::Stopped:
+        case State::Waiting:
+            return LinkState::Down;
+        case State::Connecting:
+            return LinkState::Connecting;
+        case State::Ready:
+        case State::AwaitingReply:
+            break;
+    }
+    return LinkState::Up;
+}
+
+void Session::connectNow(qint64 now)
+{
+    m_state = State::Connecting;
+    m_deadline = now + m_times.connectTimeout;
+    m_actions.append({SessionAction::Connect, QByteArray()});
+    m_observer->linkChanged(LinkState::Connecting, QString(), -1);
+}
+
+void Session::requestNext(qint64 now)
+{
+    m_state = State::Ready;
+    m_idle = false;
+    const bool isUrgent = m_observer->prepareRequest();
+    if (now < m_patienceUntil || (now < m_nextPassAt && !isUrgent))
+        return;
+    Protocol* request = m_driver.comCommunication();
+    // A null may only mean that writes or one-shot reads had their turns; it gives them new ones.
+    if (request == nullptr && isUrgent)
+        request = m_driver.comCommunication();
+    if (request == nullptr)
+        m_idle = true;
+    else
+        send(*request, now);
+}
+
+void Session::send(const Protocol& request, qint64 now)
+{
+    m_request = {request.frame, parseRequest(request.frame), request.var.category};
+    m_sizeIsOpen = request.replyLength == -1;
+    m_collector.clear();
+    m_state = State::AwaitingReply;
+    m_sentAt = now;
+    m_deadline = now + m_times.replyTimeout;
+    m_actions.append({SessionAction::Send, m_request.frame});
+    m_observer->requestSent(m_request);
+}
+
+void Session::takeReply(qint64 now)
+{
+    const QByteArray reply = m_collector.frame();
+    const int surplus = m_collector.surplus();
+    if (!fitsRequest(reply)) {
+        const Answer misfit{Answer::Misfit, 0, replyStatus(reply)};
+        m_observer->requestAnswered(m_request, misfit, reply, now);
+        loseLink(QStringLiteral("a reply of %1 bytes answers a read whose data take %2")
+                     .arg(reply.size())
+                     .arg(readReplySize(m_request.content.entries)),
+                 now);
+        return;
+    }
+    const Answer answer = handOver(reply);
+    m_state = State::Ready;
+    if (answer.kind == Answer::Accepted)
+        noteAccepted(now);
+    else if (answer.kind == Answer::Abandoned)
+        noteAbandoned(now);
+    m_observer->requestAnswered(m_request, answer, reply, now);
+    if (answer.kind == Answer::LoginRefused)
+        loseLink(QStringLiteral("the PLC refused the login"), now);
+    else if (surplus > 0)
+        loseLink(QStringLiteral("the PLC sent %1 bytes behind its reply").arg(surplus), now);
+    else
+        requestNext(now);
+}
+
+/// The size of a good reply to a read is known beforehand, and nothing else tells a reply to this
+/// request from one to another.
+bool Session::fitsRequest(const QByteArray& reply) const
+{
+    return m_request.content.service != Service::Read || replyStatus(reply) != 0 ||
+           reply.size() == readReplySize(m_request.content.entries);
+}
+
+Answer Session::handOver(QByteArray reply)
+{
+    const int size = int(reply.size());
+    // The first call with a reply of open size only records the size.
+    if (m_sizeIsOpen)
+        m_driver.dataCom(&reply, size);
+    Answer answer;
+    answer.result = m_driver.dataCom(&reply, size)->result;
+    answer.kind = answerKind(answer.result);
+    answer.status = replyStatus(reply);
+    return answer;
+}
+
+void Session::noteAccepted(qint64 now)
+{
+    // The driver counts failures over all requests and by itself never forgets them.
+    m_settings->retryCount = 0;
+    if (m_request.content.isLogin())
+        return;
+    m_backoff.reset();
+    m_abandonedInARow = 0;
+    countPass(now);
+}
+
+/// One refused request among others costs no time; a PLC that refuses everything is not flooded.
+void Session::noteAbandoned(qint64 now)
+{
+    if (++m_abandonedInARow > 1)
+        m_patienceUntil = now + m_backoff.next();
+    countPass(now);
+}
+
+void Session::countPass(qint64 now)
+{
+    if (m_request.category != kCyclicCategory || m_request.content.service != Service::Read)
+        return;
+    if (m_entriesOfPass == 0)
+        m_passStart = m_sentAt;
+    m_entriesOfPass += int(m_request.content.entries.size());
+    if (m_entriesOfPass < m_cyclicEntries)
+        return;
+    m_entriesOfPass = 0;
+    ++m_passes;
+    m_nextPassAt = qMax(now, m_passStart + m_times.cycleTime);
+}
+
+void Session::loseLink(const QString& reason, qint64 now)
+{
+    const int delay = m_backoff.next();
+    m_state = State::Waiting;
+    m_deadline = now + delay;
+    m_collector.clear();
+    m_abandonedInARow = 0;
+    m_actions.append({SessionAction::Close, QByteArray()});
+    giveUpEverything();
+    m_observer->linkChanged(LinkState::Down, reason, delay);
+}
+
+/// Empties the driver's queue, write list and one-shot list, so that nothing of it is carried out
+/// later, and makes the driver forget its login, which belongs to the lost connection.
+///
+/// Writes come first, then one-shot reads, then cyclic ones, each kind for some turns only; two
+/// cyclic turns in a row mean that nothing else is left.
+void Session::giveUpEverything()
+{
+    bool hasForgotten = false;
+    int cyclicTurns = 0;
+    while (cyclicTurns < 2) {
+        const Protocol* request = m_driver.comCommunication();
+        const bool isCyclic = request == nullptr || request->var.category == kCyclicCategory;
+        cyclicTurns = isCyclic ? cyclicTurns + 1 : 0;
+        if (request != nullptr) {
+            giveUpRequest();
+            hasForgotten = true;
+        }
+    }
+    if (!hasForgotten)
+        forgetLogin();
+}
+
+/// A request is given up by empty replies until the driver has had enough.
+void Session::giveUpRequest()
+{
+    QByteArray nothing;
+    while (m_driver.dataCom(&nothing, 0)->result == kNotFinished) {
+    }
+}
+
+/// The driver forgets its login only with a request that is given up; with nothing to read or write
+/// it gets one for the purpose, which is never sent.
+void Session::forgetLogin()
+{
+    RW_VAR read;
+    read.category = kForgetLoginCategory;
+    read.aux2 = 1;
+    read.deviceNo = m_settings->localDeviceNo;
+    read.station = kStationAlwaysOn;
+    read.length = 1;
+    m_driver.addListOnceReadVar(&read, 1);
+    if (m_driver.comCommunication() != nullptr)
+        giveUpRequest();
+}
+
+} // namespace plc

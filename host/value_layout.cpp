@@ -1,0 +1,103 @@
+#include "host/value_layout.h"
+
+#include "host/project/memory_layout.h"
+
+namespace plc {
+namespace {
+
+constexpr int kRegisterSize = 2;
+constexpr int kBitsPerWord = 16;
+/// Bytes of a write that the driver puts into one entry.
+constexpr int kWritePieceSize = 1000;
+
+/// Bytes from the first character of the first text to the last of the last one, rounded up to
+/// whole registers: with the terminating zero where the number would be odd.
+int textBytes(const DataPoint& point)
+{
+    const bool isWide = point.type->format == ValueFormat::WideText;
+    const int last = point.stringLength * (isWide ? 2 : 1);
+    const int bytes = (point.elements - 1) * kTextElementStride + last;
+    return bytes + bytes % kRegisterSize;
+}
+
+int registersPerElement(const IecType& type)
+{
+    return qMax(1, type.size / kRegisterSize);
+}
+
+int bitWords(const DataPoint& point)
+{
+    return (point.address % kBitsPerWord + point.elements + kBitsPerWord - 1) / kBitsPerWord;
+}
+
+} // namespace
+
+int readCount(const DataPoint& point)
+{
+    if (isText(*point.type))
+        return textBytes(point) / kRegisterSize;
+    return point.elements * registersPerElement(*point.type);
+}
+
+int cyclicCount(const DataPoint& point)
+{
+    return isText(*point.type) ? textBytes(point) : readCount(point);
+}
+
+int oneShotCount(const DataPoint& point)
+{
+    return readCount(point);
+}
+
+ByteRange valueBytes(const DataPoint& point)
+{
+    ByteRange range;
+    range.area = point.area;
+    if (isBit(*point.type)) {
+        range.start = quint32(point.address / kBitsPerWord);
+        range.size = quint32(bitWords(point) + 1);
+    } else if (isText(*point.type)) {
+        range.start = quint32(point.address);
+        range.size = quint32(textBytes(point));
+    } else {
+        range.start = quint32(point.address);
+        range.size = quint32(point.elements * point.type->size);
+    }
+    return range;
+}
+
+QVector<FrameEntry> oneShotPieces(const DataPoint& point, int maxReadBytes)
+{
+    const ByteRange bytes = valueBytes(point);
+    quint32 address = bytes.start;
+    int remaining = isBit(*point.type) ? bitWords(point) * kRegisterSize : int(bytes.size);
+    QVector<FrameEntry> pieces;
+    while (remaining > 0) {
+        FrameEntry piece;
+        piece.area = quint16(point.area);
+        piece.address = address;
+        piece.length = quint32(qMin(remaining, maxReadBytes));
+        address += piece.length;
+        remaining -= int(piece.length);
+        pieces.append(piece);
+    }
+    return pieces;
+}
+
+QVector<FrameEntry> writePieces(const DataPoint& point, int byteCount)
+{
+    const bool bits = isBit(*point.type);
+    const int pieceSize = bits ? 1 : kWritePieceSize;
+    QVector<FrameEntry> pieces;
+    for (int done = 0; done < byteCount; done += pieceSize) {
+        FrameEntry piece;
+        piece.area = quint16(point.area);
+        piece.address = quint32(point.address + done);
+        piece.length = quint32(qMin(pieceSize, byteCount - done));
+        piece.isBit = bits;
+        pieces.append(piece);
+    }
+    return pieces;
+}
+
+} // namespace plc
