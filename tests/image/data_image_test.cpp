@@ -313,8 +313,10 @@ public:
         ASSERT_EQ(qint64(m_plain.size()), m_image.size());
         ASSERT_EQ(m_plain.empty(), m_image.isEmpty());
         ASSERT_TRUE(keysOf(m_plain) == keysOf(m_image));
+        bool areEqual = true;
         for (const auto& byte : m_plain)
-            ASSERT_EQ(byte.second, m_image.value(byte.first));
+            areEqual = areEqual && byte.second == m_image.value(byte.first);
+        ASSERT_TRUE(areEqual);
     }
 
 private:
@@ -342,7 +344,7 @@ private:
 
     int count()
     {
-        return m_random.oneIn(10) ? m_random.between(-3, 20000) : m_random.between(-3, 300);
+        return m_random.oneIn(20) ? m_random.between(-3, 12000) : m_random.between(-3, 300);
     }
 
     uchar plainTouch(quint64 key) { return m_plain.insert({key, 0}).first->second; }
@@ -395,9 +397,11 @@ private:
         const int bytes = count();
         Bytes out(size_t(qMax(bytes, 0)) + 1, 0xEE);
         m_image.read(inArea, from, out.data(), bytes);
+        Bytes expected;
         for (int i = 0; i < bytes; ++i)
-            ASSERT_EQ(plainTouch(DataImage::key(inArea, from + quint32(i))), out[size_t(i)]);
-        ASSERT_EQ(0xEE, out.back());
+            expected.push_back(plainTouch(DataImage::key(inArea, from + quint32(i))));
+        expected.push_back(0xEE);
+        ASSERT_TRUE(expected == out) << "area " << inArea << ", from " << from << ", " << bytes;
         ASSERT_EQ(qint64(m_plain.size()), m_image.size());
     }
 
@@ -419,9 +423,9 @@ INSTANTIATE_TEST_SUITE_P(Seeds, DataImageTwins, ::testing::Values(1u, 2u, 3u, 4u
 TEST_P(DataImageTwins, BehavesAsAMapOfBytes)
 {
     Twins twins(GetParam());
-    for (int i = 0; i < 2500; ++i) {
+    for (int i = 0; i < 1500; ++i) {
         twins.step();
-        if (i % 500 == 499)
+        if (i % 300 == 299)
             twins.compareAll();
         ASSERT_FALSE(HasFatalFailure()) << "step " << i;
     }

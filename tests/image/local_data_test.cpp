@@ -458,6 +458,14 @@ TEST_F(LocalReply, NullReplyIsAnEmptyOne)
     EXPECT_EQ(1, DealDataOfLocalArea(nullptr, 0));
 }
 
+TEST_F(LocalReply, WithoutRequestTheReplyFailsItsCheck)
+{
+    PLC_driver.requestQueue.clear();
+    EXPECT_EQ(11, local(goodReply()));
+    EXPECT_THAT(local(QByteArray(), 0), ::testing::AnyOf(11, 41));
+    expectNothingStored();
+}
+
 TEST_F(LocalReply, FrameIndexAndMarkerAreNotLookedAt)
 {
     settings.frameIndex = 1;
@@ -566,6 +574,14 @@ TEST_F(RemoteReply, NullReplyIsAnEmptyOne)
 {
     EXPECT_EQ(141, DealDataOfRemoteArea(nullptr, 0));
     EXPECT_EQ(111, DealDataOfRemoteArea(nullptr, 15));
+}
+
+TEST_F(RemoteReply, WithoutRequestTheReplyFailsItsCheck)
+{
+    PLC_driver.requestQueue.clear();
+    EXPECT_EQ(111, remote(goodReply()));
+    EXPECT_THAT(remote(QByteArray(), 0), ::testing::AnyOf(111, 141));
+    expectNothingStored();
 }
 
 TEST_F(RemoteReply, WithoutSettingsAGoodReplyIsStillGood)

@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 
+#include "lists/variable_lists.h"
 #include "support/lock_check.h"
 #include "support/random.h"
 #include "support/record_checks.h"
@@ -268,6 +269,25 @@ TEST_F(Folding, LargestLimitMergesAllThatLiesInReach)
     EXPECT_EQ((Places{{0, INT_MAX}, {INT_MAX, 1}}), folded({{0, 1}, {INT_MAX - 1, 2}}, INT_MAX));
 }
 
+TEST_F(Folding, EntryOfMorePiecesThanTheLimitIsRefused)
+{
+    for (int maxLen : {2, 100}) {
+        const int longest = kPieceLimit * maxLen;
+        EXPECT_EQ(size_t(kPieceLimit), folded({{0, longest}}, maxLen).size()) << maxLen;
+        EXPECT_EQ(Places{}, folded({{0, longest + 1}}, maxLen)) << maxLen;
+        EXPECT_EQ(Places{}, folded({{0, INT_MAX}}, maxLen)) << maxLen;
+        EXPECT_EQ((Places{{50, 2}}), folded({{0, INT_MAX}, {50, 2}}, maxLen)) << maxLen;
+    }
+}
+
+TEST_F(Folding, EntryThatWouldStretchTheLastOneBeyondTheLimitIsRefused)
+{
+    EXPECT_EQ((Places{{0, 2}, {10, 2}}), folded({{0, 2}, {1, INT_MAX}, {10, 2}}, 5));
+    const int longest = kPieceLimit * 5;
+    EXPECT_EQ(size_t(kPieceLimit), folded({{0, 2}, {1, longest - 1}}, 5).size());
+    EXPECT_EQ((Places{{0, 2}}), folded({{0, 2}, {1, longest}}, 5));
+}
+
 TEST_F(Folding, GroupItselfIsNotChanged)
 {
     for (int maxLen : {1, 3, 100}) {
@@ -517,6 +537,15 @@ TEST_F(Rebuild, VariableWithoutLengthAddsNothing)
     EXPECT_EQ(Places{}, rebuilt({item("MAIN.b0", 0)}));
     EXPECT_EQ(Places{}, rebuilt({item("MAIN.b0", -10), item("MAIN.code3", INT_MAX)}));
     EXPECT_EQ((Places{{7, 1}}), rebuilt({item("MAIN.b0", 0), item("MAIN.b7", 1)}));
+}
+
+TEST_F(Rebuild, HugeVariableIsSkippedAndTheOthersAreRead)
+{
+    settings.maxReadBytes = 2;
+    EXPECT_EQ((Places{{7, 1}}), rebuilt({item("MAIN.b0", INT_MAX), item("MAIN.b7", 1)}));
+    settings.maxReadBytes = 1;
+    EXPECT_EQ((Places{{0, INT_MAX}, {7, 1}}),
+              rebuilt({item("MAIN.b0", INT_MAX), item("MAIN.b7", 1)}));
 }
 
 TEST_F(Rebuild, ReplacesTheWholeList)

@@ -945,6 +945,18 @@ TEST_F(PieceCutting, PieceSizeThatIsNotPositiveAddsNothing)
     }
 }
 
+TEST_F(PieceCutting, MorePiecesThanTheLimitAreRefused)
+{
+    for (int maxLen : {1, 2, 1000}) {
+        EXPECT_EQ(size_t(kPieceLimit), cut(kPieceLimit * maxLen, maxLen, 1000).size()) << maxLen;
+        RW_VAR left;
+        EXPECT_EQ(Places{}, cut(kPieceLimit * maxLen + 1, maxLen, 1000, &left)) << maxLen;
+        EXPECT_EQ(Places{}, cut(INT_MAX, maxLen, 1000, &left)) << maxLen;
+        EXPECT_EQ(1000, left.address);
+        EXPECT_EQ(77, left.length);
+    }
+}
+
 TEST_F(PieceCutting, NullPointersAddNothing)
 {
     RW_VAR var = makeVar(3, 10, 4);

@@ -10,11 +10,11 @@ namespace {
 /// Offset of the variable that the index finds; -1: no such scope, -2: no such variable.
 int offsetIn(const SymbolIndex& index, const QString& scopeName, const QString& variableName)
 {
-    const SymbolIndex::Scope* found = index.findScope(LabelText(scopeName));
-    if (!found)
+    const SymbolIndex::Scope* inScope = index.findScope(LabelText(scopeName));
+    if (!inScope)
         return -1;
-    const Label_Type_Info* record = found->findVariable(LabelText(variableName));
-    return record ? record->offset : -2;
+    const SymbolIndex::Variable* found = inScope->findVariable(LabelText(variableName));
+    return found ? found->record->offset : -2;
 }
 
 TEST(ScopeIndex, EmptyIndexKnowsNoScope)
@@ -142,95 +142,130 @@ TEST(ScopeIndex, FindsAsASearchFromTheFrontDoesWhileItIsFilledAgain)
     }
 }
 
+TEST(ScopeIndex, HasAtHandWhatTheRecordsSay)
+{
+    Label_Type_Info word = variable("word", 0x103, -7, 5);
+    Label_Type_Info homeless = variable("homeless", 4, 8);
+    homeless.areaInfo.clear();
+    SymbolIndex index;
+    index.insert(scope("A", {word, homeless}));
+    const SymbolIndex::Scope* found = index.findScope(LabelText(QString("A")));
+    ASSERT_NE(nullptr, found);
+    const SymbolIndex::Variable* first = found->findVariable(LabelText(QString("word")));
+    const SymbolIndex::Variable* second = found->findVariable(LabelText(QString("homeless")));
+    ASSERT_NE(nullptr, first);
+    ASSERT_NE(nullptr, second);
+    EXPECT_EQ("word", first->record->name);
+    EXPECT_EQ(-7, first->address);
+    EXPECT_EQ(0x103, first->typeFlags);
+    EXPECT_TRUE(first->hasArea);
+    EXPECT_EQ(5, first->areaIndex);
+    EXPECT_EQ(8, second->address);
+    EXPECT_FALSE(second->hasArea);
+}
+
 // --- The table of names below it ---
+
+/// The value under `name`; -1 when there is none.
+int valueOf(const NameIndex<int>& names, const QString& name)
+{
+    const int* value = names.find(LabelText(name));
+    return value ? *value : -1;
+}
 
 TEST(NameTable, EmptyTableFindsNothing)
 {
-    NameIndex<const int> names;
-    EXPECT_EQ(nullptr, names.find(LabelText()));
-    EXPECT_EQ(nullptr, names.find(LabelText(QString("a"))));
+    NameIndex<int> names;
+    EXPECT_EQ(-1, valueOf(names, QString()));
+    EXPECT_EQ(-1, valueOf(names, "a"));
 }
 
 TEST(NameTable, FirstOfEqualNamesStays)
 {
     const QString name = "a";
-    const int first = 1;
-    const int second = 2;
-    NameIndex<const int> names;
-    names.insert(LabelText(name), &first);
-    names.insert(LabelText(name), &second);
-    EXPECT_EQ(&first, names.find(LabelText(name)));
+    NameIndex<int> names;
+    names.insert(LabelText(name), 1);
+    names.insert(LabelText(name), 2);
+    EXPECT_EQ(1, valueOf(names, "a"));
 }
 
 TEST(NameTable, ForgetsAllWhenCleared)
 {
     const QString name = "a";
-    const int value = 1;
-    NameIndex<const int> names;
-    names.insert(LabelText(name), &value);
+    NameIndex<int> names;
+    names.insert(LabelText(name), 1);
     names.clear();
-    EXPECT_EQ(nullptr, names.find(LabelText(name)));
-    names.insert(LabelText(name), &value);
-    EXPECT_EQ(&value, names.find(LabelText(name)));
+    EXPECT_EQ(-1, valueOf(names, "a"));
+    names.insert(LabelText(name), 2);
+    EXPECT_EQ(2, valueOf(names, "a"));
 }
 
 TEST(NameTable, HoldsAHundredThousandNames)
 {
     const int count = 100000;
     QList<QString> texts;
-    std::vector<int> values(count);
-    NameIndex<const int> names;
     for (int i = 0; i < count; ++i)
         texts.append(QString("Station%1.Motor%2").arg(i / 100).arg(i % 100));
+    NameIndex<int> names;
     for (int i = 0; i < count; ++i)
-        names.insert(LabelText(texts.at(i)), &values[size_t(i)]);
+        names.insert(LabelText(texts.at(i)), i);
     for (int i = 0; i < count; ++i)
-        ASSERT_EQ(&values[size_t(i)], names.find(LabelText(texts.at(i))));
-    EXPECT_EQ(nullptr, names.find(LabelText(QString("Station0.Motor100"))));
+        ASSERT_EQ(i, valueOf(names, texts.at(i)));
+    EXPECT_EQ(-1, valueOf(names, "Station0.Motor100"));
 }
 
-TEST(NameTable, ReservingBeforehandChangesNothing)
+TEST(NameTable, HoldsEveryNumberOfNames)
+{
+    QList<QString> texts;
+    for (int i = 0; i < 200; ++i)
+        texts.append(QString::number(i));
+    for (int count = 0; count <= 200; ++count) {
+        NameIndex<int> names;
+        if (count % 2)
+            names.reserve(count);
+        for (int i = 0; i < count; ++i)
+            names.insert(LabelText(texts.at(i)), i);
+        for (int i = 0; i < 200; ++i)
+            ASSERT_EQ(i < count ? i : -1, valueOf(names, texts.at(i))) << count;
+    }
+}
+
+TEST(NameTable, ReservingKeepsWhatIsThere)
 {
     const QString name = "a";
-    const int value = 1;
-    NameIndex<const int> names;
+    NameIndex<int> names;
     names.reserve(0);
-    EXPECT_EQ(nullptr, names.find(LabelText(name)));
+    EXPECT_EQ(-1, valueOf(names, "a"));
+    names.insert(LabelText(name), 1);
     names.reserve(1000);
-    names.insert(LabelText(name), &value);
+    EXPECT_EQ(1, valueOf(names, "a"));
     names.reserve(10);
-    EXPECT_EQ(&value, names.find(LabelText(name)));
+    EXPECT_EQ(1, valueOf(names, "a"));
 }
 
 TEST(NameTable, NamesOfEqualHashAreKeptApart)
 {
-    // Among a million names of two characters some must share their 32-bit hash or at least a slot;
-    // each is still found as itself.
-    QMap<quint32, QString> byHash;
+    // Of 400,000 names some 18 pairs are to be expected that share their 32-bit hash.
+    Random random(77);
+    QHash<quint32, QString> byHash;
     QString one;
     QString other;
-    for (int high = 0; high < 1024 && one.isEmpty(); ++high) {
-        for (int low = 0; low < 1024; ++low) {
-            const QString text = QString(QChar(ushort(0x100 + high))) + QChar(ushort(0x100 + low));
-            const quint32 hash = hashName(LabelText(text));
-            if (byHash.contains(hash)) {
-                one = byHash.value(hash);
-                other = text;
-                break;
-            }
-            byHash.insert(hash, text);
+    for (int i = 0; i < 400000 && one.isEmpty(); ++i) {
+        const QString text = QString::number(quint64(random.bits()) << 32 | random.bits(), 36);
+        const quint32 hash = hashName(LabelText(text));
+        if (byHash.contains(hash) && byHash.value(hash) != text) {
+            one = byHash.value(hash);
+            other = text;
         }
+        byHash.insert(hash, text);
     }
-    if (one.isEmpty())
-        GTEST_SKIP() << "no two of these names share a hash";
-    const int first = 1;
-    const int second = 2;
-    NameIndex<const int> names;
-    names.insert(LabelText(one), &first);
-    EXPECT_EQ(nullptr, names.find(LabelText(other)));
-    names.insert(LabelText(other), &second);
-    EXPECT_EQ(&first, names.find(LabelText(one)));
-    EXPECT_EQ(&second, names.find(LabelText(other)));
+    ASSERT_FALSE(one.isEmpty());
+    NameIndex<int> names;
+    names.insert(LabelText(one), 1);
+    EXPECT_EQ(-1, valueOf(names, other));
+    names.insert(LabelText(other), 2);
+    EXPECT_EQ(1, valueOf(names, one));
+    EXPECT_EQ(2, valueOf(names, other));
 }
 
 } // namespace
