@@ -223,7 +223,7 @@ TEST(DemoPlant, ReadsAtLeast150LabelsInThreeAreas)
 {
     QString error;
     const std::optional<Project> project =
-        loadProject(QStringLiteral(PLC_SOURCE_DIR "/demo/plant.json"), &error);
+        loadProject(QStringLiteral(PLC_SOURCE_DIR "/simulator/demo/plant.json"), &error);
     ASSERT_TRUE(project) << error.toStdString();
     EXPECT_GE(project->cyclic.size(), 150);
     QSet<int> areas;

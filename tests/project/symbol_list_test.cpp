@@ -103,7 +103,7 @@ TEST(SymbolList, LetsTheDriverFindTheWholeDemoPlant)
 {
     QString error;
     const std::optional<Project> project =
-        loadProject(QStringLiteral(PLC_SOURCE_DIR "/demo/plant.json"), &error);
+        loadProject(QStringLiteral(PLC_SOURCE_DIR "/simulator/demo/plant.json"), &error);
     ASSERT_TRUE(project) << error.toStdString();
     QList<Label_Type_Info> symbols = symbolList(*project);
     PassVarName_2(&symbols);

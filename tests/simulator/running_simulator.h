@@ -34,8 +34,12 @@ class Client {
 public:
     explicit Client(quint16 port)
     {
+        bool connected = false;
+        QObject::connect(&m_socket, &QTcpSocket::connected, [&connected] { connected = true; });
         m_socket.connectToHost(QHostAddress(QHostAddress::LocalHost), port);
-        waitUntil([this] { return m_socket.state() == QAbstractSocket::ConnectedState; });
+        EXPECT_TRUE(waitUntil([&connected] { return connected; }));
+        m_socket.disconnect();
+        m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
     }
 
     void send(const QByteArray& data)
