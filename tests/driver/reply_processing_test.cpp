@@ -748,6 +748,28 @@ TEST_F(Exchange, RemoteTransactionsDoNotCountTowardsTheScan)
     EXPECT_EQ(settings.scanDone, 0);
 }
 
+TEST_F(Exchange, RemoteTransactionDoesNotFinishAScanThatIsDueEither)
+{
+    PLC_driver.cycleCount = 100;
+    PLC_driver.writeList.append(tagged(0, 1, 1));
+    PLC_driver.writeList[0].deviceNo = kOtherDevice;
+    issue();
+    EXPECT_EQ(deliver(writeReply())->result, 100);
+    EXPECT_EQ(PLC_driver.cycleCount, 100);
+    EXPECT_EQ(settings.scanDone, 0);
+}
+
+TEST_F(Exchange, AnyValueButZeroOfScanDoneStopsTheCount)
+{
+    settings.scanDone = -1;
+    PLC_driver.cycleCount = 100;
+    PLC_driver.writeList.append(tagged(0, 1, 1));
+    issue();
+    deliver(writeReply());
+    EXPECT_EQ(PLC_driver.cycleCount, 100);
+    EXPECT_EQ(settings.scanDone, -1);
+}
+
 // ---- Settling writes ----
 
 TEST_F(Exchange, CompletedWriteIsReportedAndRemoved)
