@@ -8,12 +8,14 @@ namespace plc {
 /// Events per second, measured over the last second or so.
 class RateMeter {
 public:
+    /// The first event only starts the clock: from it on the others are counted.
     void count(qint64 now)
     {
         roll(now);
         if (m_start < 0)
             m_start = now;
-        ++m_events;
+        else
+            ++m_events;
     }
     double perSecond(qint64 now)
     {
@@ -37,7 +39,7 @@ private:
             m_events = 0;
             m_start += kWindow;
             if (m_lastEvents == 0)
-                m_start = now;
+                m_start = -1;
         }
     }
 

@@ -241,7 +241,8 @@ void Runtime::linkChanged(LinkState state, const QString& reason, int retryDelay
     if (state == LinkState::Up)
         m_linkDownReason.clear();
     if (state == LinkState::Down) {
-        ++m_counters.linkLosses;
+        if (retryDelay >= 0)
+            ++m_counters.linkLosses;
         m_linkDownReason = reason;
         m_reports.clear();
     }

@@ -62,13 +62,13 @@ void Session::start(qint64 now)
         connectNow(now);
 }
 
-void Session::stop(qint64 now)
+void Session::stop()
 {
     const FlagScope inEvent(&m_isInEvent);
     if (m_state == State::Stopped)
         return;
-    loseLink(QStringLiteral("stopped"), now);
-    m_state = State::Stopped;
+    close(State::Stopped);
+    m_observer->linkChanged(LinkState::Down, QStringLiteral("stopped"), -1);
 }
 
 void Session::connected(qint64 now)
@@ -302,13 +302,19 @@ void Session::countPass(qint64 now)
 void Session::loseLink(const QString& reason, qint64 now)
 {
     const int delay = m_backoff.next();
-    m_state = State::Waiting;
     m_deadline = now + delay;
+    close(State::Waiting);
+    m_observer->linkChanged(LinkState::Down, reason, delay);
+}
+
+/// Whatever happened to the connection, it is not used again, and what was under way is given up.
+void Session::close(State next)
+{
+    m_state = next;
     m_collector.clear();
     m_abandonedInARow = 0;
     m_actions.append({SessionAction::Close, QByteArray()});
     giveUpEverything();
-    m_observer->linkChanged(LinkState::Down, reason, delay);
 }
 
 /// Empties the driver's queue, write list and one-shot list, so that nothing of it is carried out

@@ -87,7 +87,7 @@ public:
 
     void start(qint64 now);
     /// Closes the link; what is under way is given up.
-    void stop(qint64 now);
+    void stop();
     void connected(qint64 now);
     /// The connection could not be made or was lost.
     void disconnected(const QString& reason, qint64 now);
@@ -122,6 +122,7 @@ private:
     void noteAbandoned(qint64 now);
     void countPass(qint64 now);
     void loseLink(const QString& reason, qint64 now);
+    void close(State next);
     void giveUpEverything();
     void giveUpRequest();
     void forgetLogin();

@@ -29,7 +29,7 @@ void TcpLink::start()
 
 void TcpLink::stop()
 {
-    m_session->stop(now());
+    m_session->stop();
     pump();
 }
 

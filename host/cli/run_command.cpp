@@ -38,9 +38,16 @@ void RunCommand::startTimers()
     m_refresh.start(options().interval > 0 ? options().interval : m_view->usualInterval());
     m_duration.setSingleShot(true);
     QObject::connect(&m_duration, &QTimer::timeout, &m_duration,
-                     [this] { end(m_hasRead ? kExitDone : kExitRefused); });
+                     [this] { end(wasServed() ? kExitDone : kExitRefused); });
     if (options().duration > 0)
         m_duration.start(options().duration);
+}
+
+/// Whether the PLC answered with success, or was not asked since all stations are off.
+bool RunCommand::wasServed()
+{
+    return m_hasRead ||
+           (runtime().session().linkState() == LinkState::Up && runtime().counters().requests == 0);
 }
 
 void RunCommand::interrupted()

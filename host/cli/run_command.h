@@ -31,6 +31,7 @@ private:
     void write(const QString& assignment);
     void switchStation(const QString& station, const QString& state);
     void end(ExitCode code);
+    bool wasServed();
 
     std::unique_ptr<RunView> m_view;
     std::unique_ptr<LineInput> m_input;

@@ -12,8 +12,11 @@ QString linkText(LinkState state, const QString& peer, const QString& reason, in
         case LinkState::Down:
             break;
     }
-    const QString text = QStringLiteral("link to %1 lost: %2").arg(peer, reason);
-    return retryDelay < 0 ? text : text + QStringLiteral("; next attempt in %1 ms").arg(retryDelay);
+    if (retryDelay < 0)
+        return QStringLiteral("closed the link to %1").arg(peer);
+    return QStringLiteral("link to %1 lost: %2; next attempt in %3 ms")
+        .arg(peer, reason)
+        .arg(retryDelay);
 }
 
 QString summaryText(const TrafficCounters& counters, qint64 duration)

@@ -31,9 +31,7 @@ ScreenRow screenRow(ValueTable* values, int index, qint64 now)
         row.value = row.isStale ? QStringLiteral("? stale") : QStringLiteral("?");
         return row;
     }
-    row.value = pointText(point, decodeValues(point, values->bytes(index)));
-    if (!point.unit.isEmpty())
-        row.value += QLatin1Char(' ') + point.unit;
+    row.value = pointText(point, decodeValues(point, values->bytes(index))) + unitText(point);
     if (row.isStale)
         row.value += QStringLiteral(" stale");
     row.age = ageText(values->age(index, now));

@@ -9,7 +9,14 @@ namespace plc {
 QString valueLine(const DataPoint& point, const QString& value)
 {
     const QString line = QStringLiteral("%1 = %2").arg(point.text, value);
-    return point.unit.isEmpty() ? line : line + QLatin1Char(' ') + point.unit;
+    return line + unitText(point);
+}
+
+QString unitText(const DataPoint& point)
+{
+    // A duration names its units itself.
+    const bool isShown = !point.unit.isEmpty() && point.type->format != ValueFormat::Duration;
+    return isShown ? QLatin1Char(' ') + point.unit : QString();
 }
 
 JsonLine& JsonLine::add(const char* name, const QString& text)

@@ -13,6 +13,9 @@ namespace plc {
 /// `LABEL = VALUE UNIT`
 QString valueLine(const DataPoint& point, const QString& value);
 
+/// The unit to be put behind a value, with a blank before it, or nothing.
+QString unitText(const DataPoint& point);
+
 /// A JSON object that is put together member by member, in the order of the calls.
 class JsonLine {
 public:
