@@ -5,24 +5,31 @@
 
 namespace plc {
 
-/// Events per second, measured over the last second or so.
+/// Events per second, over the last second or, of rarer events, over the time between two of them.
 class RateMeter {
 public:
-    /// The first event only starts the clock: from it on the others are counted.
     void count(qint64 now)
     {
-        roll(now);
-        if (m_start < 0)
+        // The first event only starts the clock: from it on the others are counted.
+        if (m_start < 0) {
             m_start = now;
-        else
-            ++m_events;
+            return;
+        }
+        ++m_events;
+        if (now - m_start < kWindow)
+            return;
+        m_rate = perSecond(m_events, now - m_start);
+        m_start = now;
+        m_events = 0;
     }
-    double perSecond(qint64 now)
+
+    double perSecond(qint64 now) const
     {
-        roll(now);
         const qint64 elapsed = m_start < 0 ? 0 : now - m_start;
-        const qint64 measured = m_lastLength + elapsed;
-        return measured < kShortest ? 0.0 : 1000.0 * (m_lastEvents + m_events) / double(measured);
+        if (m_rate < 0)
+            return elapsed < kShortest ? 0.0 : perSecond(m_events, elapsed);
+        // When no more events come the rate falls: it cannot be more than if the next came now.
+        return elapsed <= 0 ? m_rate : qMin(m_rate, perSecond(m_events + 1, elapsed));
     }
 
 private:
@@ -30,23 +37,14 @@ private:
     /// Over less than this a rate says nothing.
     static constexpr qint64 kShortest = 200;
 
-    /// Ends windows that are over; two windows without an event leave nothing of the past.
-    void roll(qint64 now)
+    static double perSecond(int events, qint64 milliseconds)
     {
-        while (m_start >= 0 && now - m_start >= kWindow) {
-            m_lastEvents = m_events;
-            m_lastLength = kWindow;
-            m_events = 0;
-            m_start += kWindow;
-            if (m_lastEvents == 0)
-                m_start = -1;
-        }
+        return 1000.0 * events / double(milliseconds);
     }
 
     qint64 m_start = -1;
-    qint64 m_lastLength = 0;
     int m_events = 0;
-    int m_lastEvents = 0;
+    double m_rate = -1; ///< Of the last window; below 0 before there was one.
 };
 
 } // namespace plc

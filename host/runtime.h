@@ -49,9 +49,9 @@ public:
 
     Session& session() { return m_session; }
     const DataPointFinder& points() const { return m_points; }
-    ValueTable& values() { return m_values; }
+    const ValueTable& values() const { return m_values; }
     const TrafficCounters& counters() const { return m_counters; }
-    double requestsPerSecond(qint64 now) { return m_requestRate.perSecond(now); }
+    double requestsPerSecond(qint64 now) const { return m_requestRate.perSecond(now); }
 
     /// Replaces the cyclically read values.
     void readCyclically(const QVector<DataPoint>& points, qint64 now);

@@ -43,7 +43,10 @@ public:
     /// Times that the value was read, and that it was found changed.
     quint64 reads(int row) const { return m_rows[size_t(row)].reads; }
     quint64 changes(int row) const { return m_rows[size_t(row)].changes; }
-    double readsPerSecond(int row, qint64 now) { return m_rows[size_t(row)].rate.perSecond(now); }
+    double readsPerSecond(int row, qint64 now) const
+    {
+        return m_rows[size_t(row)].rate.perSecond(now);
+    }
 
     /// A reply to a read of these entries was accepted.
     void replyAccepted(const QVector<FrameEntry>& entries, qint64 now);

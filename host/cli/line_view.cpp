@@ -75,9 +75,9 @@ void LineView::message(const QString& text)
     printEvent(text, json);
 }
 
-void LineView::refresh(Runtime* runtime, qint64 now)
+void LineView::refresh(const Runtime& runtime, qint64 now)
 {
-    ValueTable& values = runtime->values();
+    const ValueTable& values = runtime.values();
     m_printed.resize(values.size());
     for (int row = 0; row < values.size(); ++row) {
         const bool isStale = values.isStale(row, now);
@@ -89,32 +89,32 @@ void LineView::refresh(Runtime* runtime, qint64 now)
         printed.wasPrinted = true;
         printed.isStale = isStale;
         printed.bytes = values.bytes(row);
-        printValue(&values, row, now);
+        printValue(values, row, now);
     }
 }
 
-void LineView::printValue(ValueTable* values, int row, qint64 now) const
+void LineView::printValue(const ValueTable& values, int row, qint64 now) const
 {
-    const DataPoint& point = values->point(row);
-    const bool wasRead = values->wasRead(row);
-    const bool isStale = values->isStale(row, now);
-    const QVector<Value> elements = decodeValues(point, values->bytes(row));
+    const DataPoint& point = values.point(row);
+    const bool wasRead = values.wasRead(row);
+    const bool isStale = values.isStale(row, now);
+    const QVector<Value> elements = decodeValues(point, values.bytes(row));
     JsonLine json = event("value");
     json.addPoint(point);
     json.addJson("value", wasRead ? pointJson(point, elements) : QStringLiteral("null"));
-    json.addJson("age", wasRead ? QString::number(values->age(row, now)) : QStringLiteral("null"));
+    json.addJson("age", wasRead ? QString::number(values.age(row, now)) : QStringLiteral("null"));
     json.addFlag("stale", isStale);
-    json.add("rate", values->readsPerSecond(row, now), 1);
-    json.add("reads", qint64(values->reads(row)));
-    json.add("changes", qint64(values->changes(row)));
+    json.add("rate", values.readsPerSecond(row, now), 1);
+    json.add("reads", qint64(values.reads(row)));
+    json.add("changes", qint64(values.changes(row)));
     const QString text =
         valueLine(point, wasRead ? pointText(point, elements) : QStringLiteral("?"));
-    printEvent(isStale ? text + staleText(*values, row, now) : text, json);
+    printEvent(isStale ? text + staleText(values, row, now) : text, json);
 }
 
-void LineView::end(Runtime* runtime, qint64 now)
+void LineView::end(const Runtime& runtime, qint64 now)
 {
-    const TrafficCounters& counters = runtime->counters();
+    const TrafficCounters& counters = runtime.counters();
     JsonLine json = event("end");
     json.add("requests", qint64(counters.requests));
     json.add("accepted", qint64(counters.accepted));

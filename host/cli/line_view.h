@@ -19,8 +19,8 @@ public:
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
     void writeSettled(const Assignment& assignment, const TransferOutcome& outcome) override;
     void message(const QString& text) override;
-    void refresh(Runtime* runtime, qint64 now) override;
-    void end(Runtime* runtime, qint64 now) override;
+    void refresh(const Runtime& runtime, qint64 now) override;
+    void end(const Runtime& runtime, qint64 now) override;
     int usualInterval() const override { return 1000; }
 
 private:
@@ -31,7 +31,7 @@ private:
         QByteArray bytes;
     };
 
-    void printValue(ValueTable* values, int row, qint64 now) const;
+    void printValue(const ValueTable& values, int row, qint64 now) const;
     void printEvent(const QString& text, const JsonLine& json) const;
 
     const QString m_peer;

@@ -34,7 +34,7 @@ void RunCommand::startView()
 void RunCommand::startTimers()
 {
     QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh,
-                     [this] { m_view->refresh(&runtime(), link().now()); });
+                     [this] { m_view->refresh(runtime(), link().now()); });
     m_refresh.start(options().interval > 0 ? options().interval : m_view->usualInterval());
     m_duration.setSingleShot(true);
     QObject::connect(&m_duration, &QTimer::timeout, &m_duration,
@@ -60,9 +60,9 @@ void RunCommand::end(ExitCode code)
 {
     if (isFinished())
         return;
-    m_view->refresh(&runtime(), link().now());
+    m_view->refresh(runtime(), link().now());
     link().stop();
-    m_view->end(&runtime(), link().now());
+    m_view->end(runtime(), link().now());
     finish(code);
 }
 

@@ -16,9 +16,9 @@ public:
     /// Something for the user, such as the answer to a command.
     virtual void message(const QString& text) = 0;
     /// Shows the values as they are now.
-    virtual void refresh(Runtime* runtime, qint64 now) = 0;
+    virtual void refresh(const Runtime& runtime, qint64 now) = 0;
     /// The last call: the run took `now` ms.
-    virtual void end(Runtime* runtime, qint64 now) = 0;
+    virtual void end(const Runtime& runtime, qint64 now) = 0;
     /// Milliseconds from one refresh() to the next unless the user wants it otherwise.
     virtual int usualInterval() const = 0;
 };

@@ -21,21 +21,21 @@ QString ageText(qint64 milliseconds)
     return QStringLiteral("%1 s").arg(double(milliseconds) / 1000, 0, 'f', 1);
 }
 
-ScreenRow screenRow(ValueTable* values, int index, qint64 now)
+ScreenRow screenRow(const ValueTable& values, int index, qint64 now)
 {
-    const DataPoint& point = values->point(index);
+    const DataPoint& point = values.point(index);
     ScreenRow row;
     row.label = point.text;
-    row.isStale = values->isStale(index, now);
-    if (!values->wasRead(index)) {
+    row.isStale = values.isStale(index, now);
+    if (!values.wasRead(index)) {
         row.value = row.isStale ? QStringLiteral("? stale") : QStringLiteral("?");
         return row;
     }
-    row.value = pointText(point, decodeValues(point, values->bytes(index))) + unitText(point);
+    row.value = pointText(point, decodeValues(point, values.bytes(index))) + unitText(point);
     if (row.isStale)
         row.value += QStringLiteral(" stale");
-    row.age = ageText(values->age(index, now));
-    row.rate = QStringLiteral("%1/s").arg(values->readsPerSecond(index, now), 0, 'f', 1);
+    row.age = ageText(values.age(index, now));
+    row.rate = QStringLiteral("%1/s").arg(values.readsPerSecond(index, now), 0, 'f', 1);
     return row;
 }
 
@@ -71,19 +71,19 @@ void ScreenView::message(const QString& text)
     draw();
 }
 
-void ScreenView::refresh(Runtime* runtime, qint64 now)
+void ScreenView::refresh(const Runtime& runtime, qint64 now)
 {
-    ValueTable& values = runtime->values();
+    const ValueTable& values = runtime.values();
     m_content.rows.resize(values.size());
     for (int i = 0; i < values.size(); ++i)
-        m_content.rows[i] = screenRow(&values, i, now);
+        m_content.rows[i] = screenRow(values, i, now);
     m_content.status = QStringLiteral("%1, %2 requests/s")
                            .arg(m_linkText)
-                           .arg(runtime->requestsPerSecond(now), 0, 'f', 1);
+                           .arg(runtime.requestsPerSecond(now), 0, 'f', 1);
     draw();
 }
 
-void ScreenView::end(Runtime* runtime, qint64 now)
+void ScreenView::end(const Runtime& runtime, qint64 now)
 {
     const QStringList lines =
         layOutScreen(m_content, m_terminal.width(), m_terminal.height(), m_firstRow);
@@ -94,7 +94,7 @@ void ScreenView::end(Runtime* runtime, qint64 now)
     // The last screen stays in sight; its prompt makes room for the summary.
     for (int i = 0; i + 1 < int(lines.size()); ++i)
         print(lines[i]);
-    print(summaryText(runtime->counters(), now));
+    print(summaryText(runtime.counters(), now));
 }
 
 void ScreenView::readKeyboard()

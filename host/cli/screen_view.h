@@ -26,8 +26,8 @@ public:
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
     void writeSettled(const Assignment& assignment, const TransferOutcome& outcome) override;
     void message(const QString& text) override;
-    void refresh(Runtime* runtime, qint64 now) override;
-    void end(Runtime* runtime, qint64 now) override;
+    void refresh(const Runtime& runtime, qint64 now) override;
+    void end(const Runtime& runtime, qint64 now) override;
     int usualInterval() const override { return 200; }
 
 private:

@@ -1,0 +1,305 @@
+#ifndef PLC_TESTS_HOST_HOST_FIXTURE_H
+#define PLC_TESTS_HOST_HOST_FIXTURE_H
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <ostream>
+#include <vector>
+
+#include "host/driver_library.h"
+#include "host/project/project.h"
+#include "host/runtime.h"
+#include "host/value_codec.h"
+
+// How GoogleTest shows Qt values in a failure message.
+inline void PrintTo(const QByteArray& bytes, std::ostream* out)
+{
+    *out << '"' << bytes.toHex(' ').toUpper().toStdString() << "\" (" << bytes.size() << " bytes)";
+}
+
+inline void PrintTo(const QString& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
+
+namespace plc {
+namespace test {
+
+/// Bytes from hexadecimal pairs; blanks do not count.
+inline QByteArray hex(const char* text)
+{
+    return QByteArray::fromHex(text);
+}
+
+/// A frame around this payload.
+inline QByteArray frameOf(const QByteArray& payload)
+{
+    QByteArray frame = hex("BB BB 00 00");
+    frame += char(uchar(payload.size() >> 8));
+    frame += char(uchar(payload.size() & 0xFF));
+    return frame + payload;
+}
+
+inline QByteArray identificationReply()
+{
+    return frameOf(QByteArray(200, '\0'));
+}
+
+inline QByteArray fileReply()
+{
+    return frameOf(QByteArray(30, '\0'));
+}
+
+/// A reply to a login frame that is too short to be accepted.
+inline QByteArray loginRefusal()
+{
+    return frameOf(QByteArray(2, '\0'));
+}
+
+/// A good reply to a read whose entries have these data.
+inline QByteArray readReply(std::initializer_list<QByteArray> blocks)
+{
+    QByteArray payload(6, '\0');
+    for (const QByteArray& block : blocks)
+        payload += hex("EE") + block;
+    return frameOf(payload);
+}
+
+inline QByteArray writeReply()
+{
+    return hex("BB BB 00 00 00 02 00 00");
+}
+
+/// A whole reply whose status is 5.
+inline QByteArray refusal()
+{
+    return hex("BB BB 00 00 00 02 00 05");
+}
+
+/// The driver library that was built with the tests.
+inline const DriverFunctions& builtDriver()
+{
+    static const DriverFunctions functions = [] {
+        QString error;
+        const std::optional<DriverFunctions> loaded =
+            loadDriver(QStringLiteral(PLC_LIBRARY), &error);
+        if (!loaded)
+            ADD_FAILURE() << error.toStdString();
+        return loaded.value_or(DriverFunctions());
+    }();
+    return functions;
+}
+
+/// A project with a variable of every type, in area 1 from address 0 on, and larger ones in area 2.
+inline Project testProject()
+{
+    const char json[] = R"({
+      "name": "Test",
+      "plc": {"address": "127.0.0.1", "port": 1200},
+      "settings": {"maxReadBytes": 200, "retryLimit": 2, "connectTimeout": 3000,
+                   "replyTimeout": 1000, "reconnectDelay": 500, "reconnectDelayLimit": 4000,
+                   "staleAfter": 3000},
+      "areas": [{"index": 0, "size": 256}, {"index": 1, "size": 1024}, {"index": 2, "size": 16384}],
+      "structures": [{"name": "Axis", "size": 8, "members": [
+        {"name": "position", "type": "DINT", "offset": 0},
+        {"name": "speed", "type": "INT", "offset": 4}]}],
+      "scopes": [
+        {"name": "Io", "variables": [
+          {"name": "start", "type": "BIT", "area": 0, "offset": 3},
+          {"name": "lamp", "type": "BIT", "area": 0, "offset": 32, "array": [[0, 19]]}]},
+        {"name": "Main", "variables": [
+          {"name": "flag", "type": "BOOL", "area": 1, "offset": 0},
+          {"name": "byte", "type": "BYTE", "area": 1, "offset": 1},
+          {"name": "small", "type": "SINT", "area": 1, "offset": 2},
+          {"name": "usmall", "type": "USINT", "area": 1, "offset": 3},
+          {"name": "speed", "type": "INT", "area": 1, "offset": 4, "unit": "rpm"},
+          {"name": "count", "type": "UINT", "area": 1, "offset": 6},
+          {"name": "word", "type": "WORD", "area": 1, "offset": 8},
+          {"name": "long", "type": "DINT", "area": 1, "offset": 12},
+          {"name": "ulong", "type": "UDINT", "area": 1, "offset": 16},
+          {"name": "real", "type": "REAL", "area": 1, "offset": 20},
+          {"name": "dword", "type": "DWORD", "area": 1, "offset": 24},
+          {"name": "time", "type": "TIME", "area": 1, "offset": 28},
+          {"name": "lreal", "type": "LREAL", "area": 1, "offset": 32},
+          {"name": "lint", "type": "LINT", "area": 1, "offset": 40},
+          {"name": "ulint", "type": "ULINT", "area": 1, "offset": 48},
+          {"name": "lword", "type": "LWORD", "area": 1, "offset": 56},
+          {"name": "text", "type": "STRING", "length": 10, "area": 1, "offset": 64},
+          {"name": "wide", "type": "WSTRING", "length": 10, "area": 1, "offset": 76},
+          {"name": "table", "type": "INT", "area": 1, "offset": 100, "array": [[0, 3], [1, 5]]},
+          {"name": "axis", "type": "Axis", "area": 1, "offset": 200, "array": [[1, 4]]},
+          {"name": "bytes", "type": "BYTE", "area": 1, "offset": 300, "array": [[0, 9]]}]},
+        {"name": "Big", "variables": [
+          {"name": "same", "type": "INT", "area": 2, "offset": 4},
+          {"name": "block", "type": "DINT", "area": 2, "offset": 1000, "array": [[0, 599]]},
+          {"name": "texts", "type": "STRING", "length": 10, "area": 2, "offset": 8000,
+           "array": [[0, 3]]},
+          {"name": "far", "type": "INT", "area": 2, "offset": 16000}]}],
+      "cyclic": ["Main.speed"]})";
+    QString error;
+    const std::optional<Project> project =
+        parseProject(QByteArray(json), QStringLiteral("test project"), &error);
+    if (!project)
+        ADD_FAILURE() << error.toStdString();
+    return project.value_or(Project());
+}
+
+/// A runtime with the real driver, a clock that the test moves, and a PLC that the test plays.
+class HostTest : public ::testing::Test, public RuntimeListener {
+protected:
+    explicit HostTest(int cycleTime = 0)
+        : project(testProject()),
+          runtime(std::make_unique<Runtime>(builtDriver(), project, cycleTime, this))
+    {
+    }
+
+    struct LinkEvent {
+        LinkState state;
+        QString reason;
+        int retryDelay;
+    };
+    struct Settled {
+        QString label;
+        TransferOutcome outcome;
+        QByteArray bytes;
+    };
+
+    Session& session() { return runtime->session(); }
+
+    DataPoint point(const char* label)
+    {
+        QString error;
+        const std::optional<DataPoint> found =
+            runtime->points().find(QString::fromUtf8(label), &error);
+        EXPECT_TRUE(found) << error.toStdString();
+        return found.value_or(DataPoint());
+    }
+
+    void cycle(std::initializer_list<const char*> labels)
+    {
+        QVector<DataPoint> points;
+        for (const char* label : labels)
+            points.append(point(label));
+        runtime->readCyclically(points, now);
+    }
+
+    void write(const char* label, const char* value)
+    {
+        const DataPoint target = point(label);
+        QString error;
+        const std::optional<QVector<Value>> values =
+            parsePoint(target, QString::fromUtf8(value), &error);
+        ASSERT_TRUE(values) << error.toStdString();
+        runtime->write(target, *values, now, [this, target](const TransferOutcome& outcome) {
+            writes.push_back({target.text, outcome, QByteArray()});
+        });
+    }
+
+    void readOnce(const char* label)
+    {
+        const DataPoint target = point(label);
+        runtime->readOnce(target, now,
+                          [this, target](const TransferOutcome& outcome, const QByteArray& bytes) {
+                              reads.push_back({target.text, outcome, bytes});
+                          });
+    }
+
+    /// What the session did since the last call: 'C' connect, 'S' send, 'X' close. Keeps the bytes
+    /// of the last request in `sent`.
+    std::string actions()
+    {
+        std::string text;
+        for (const SessionAction& action : session().takeActions()) {
+            switch (action.kind) {
+                case SessionAction::Connect:
+                    text += 'C';
+                    break;
+                case SessionAction::Send:
+                    text += 'S';
+                    sent = action.bytes;
+                    break;
+                case SessionAction::Close:
+                    text += 'X';
+                    break;
+            }
+        }
+        return text;
+    }
+
+    /// The request that went out, which must be all that happened.
+    QByteArray request()
+    {
+        EXPECT_EQ(actions(), "S");
+        return sent;
+    }
+
+    void answer(const QByteArray& reply) { session().received(reply, now); }
+    void passTime(qint64 milliseconds)
+    {
+        now += milliseconds;
+        session().tick(now);
+    }
+
+    void connect()
+    {
+        session().start(now);
+        ASSERT_EQ(actions(), "C");
+        session().connected(now);
+    }
+    /// Answers the login, whose first frame has just gone out.
+    void logIn()
+    {
+        ASSERT_EQ(int(uchar(request()[6])), 0x01);
+        answer(identificationReply());
+        ASSERT_EQ(int(uchar(request()[6])), 0x31);
+        answer(fileReply());
+    }
+    /// From the end of a waiting time to the first request behind the login.
+    void reconnect(qint64 delay)
+    {
+        passTime(delay);
+        ASSERT_EQ(actions(), "C");
+        session().connected(now);
+        logIn();
+    }
+
+    QString shown(const char* label)
+    {
+        const ValueTable& values = runtime->values();
+        for (int row = 0; row < values.size(); ++row) {
+            if (values.point(row).text == QString::fromUtf8(label)) {
+                return values.wasRead(row)
+                           ? pointText(values.point(row),
+                                       decodeValues(values.point(row), values.bytes(row)))
+                           : QStringLiteral("unread");
+            }
+        }
+        return QStringLiteral("not in the table");
+    }
+
+    void linkChanged(LinkState state, const QString& reason, int retryDelay) override
+    {
+        linkEvents.push_back({state, reason, retryDelay});
+    }
+    void requestSent(const SentRequest&) override {}
+    void requestAnswered(const SentRequest&, const Answer& judgement, const QByteArray&) override
+    {
+        answers.push_back(judgement);
+    }
+
+    Project project;
+    qint64 now = 1000;
+    std::unique_ptr<Runtime> runtime;
+    QByteArray sent;
+    std::vector<LinkEvent> linkEvents;
+    std::vector<Answer> answers;
+    std::vector<Settled> writes;
+    std::vector<Settled> reads;
+};
+
+} // namespace test
+} // namespace plc
+
+#endif
