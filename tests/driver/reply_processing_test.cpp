@@ -264,6 +264,16 @@ TEST_F(Exchange, FixedLengthReplyThatIsNoWholeFrameGives71)
     EXPECT_EQ(failureCalls.size(), 4u);
 }
 
+TEST_F(Exchange, FixedLengthOfOneByteIsNeverAWholeFrame)
+{
+    RW_VAR var;
+    var.category = 5;
+    Protocol request = makeRequest(var);
+    request.replyLength = 1;
+    queueRequest(request);
+    EXPECT_EQ(once(hex("BB")), 71);
+}
+
 TEST_F(Exchange, FixedLengthIsTestedByTheFrameAndComparedByTheHandler)
 {
     RW_VAR var;
@@ -1305,6 +1315,16 @@ TEST_F(Exchange, RemoteOneShotReadThatNeverReachesItsHandlerIsReported)
     PLC_driver.onceReadList[0].deviceNo = kOtherDevice;
     issue();
     EXPECT_EQ(once(QByteArray()), 41);
+    EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 2}));
+}
+
+TEST_F(Exchange, RemoteOneShotReadWhoseReplyIsNoFrameIsReported)
+{
+    PLC_driver.onceReadList.append(tagged(0, 4, 11));
+    PLC_driver.onceReadList[0].deviceNo = kOtherDevice;
+    issue();
+    PLC_driver.requestQueue.first().replyLength = 14;
+    EXPECT_EQ(once(writeReply().left(7)), 71);
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 2}));
 }
 
