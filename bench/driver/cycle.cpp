@@ -209,9 +209,8 @@ using Function = void (*)(benchmark::State&, const Entries&);
 
 void add(const char* work, const Entries& entries, const char* who, Function function)
 {
-    const std::string name = std::string(work) + '/' + entries.name() + '/' + who;
-    benchmark::RegisterBenchmark(name.c_str(),
-                                 [=](benchmark::State& state) { function(state, entries); });
+    registerBenchmark(std::string(work) + '/' + entries.name(), who,
+                      [=](benchmark::State& state) { function(state, entries); });
 }
 
 } // namespace

@@ -90,10 +90,8 @@ using Function = void (*)(benchmark::State&, const Touched&);
 
 void add(const Touched& touched, const char* who, Function function)
 {
-    const std::string name = std::string("image_memory/") + touched.what + '/' + who;
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        function(state, touched);
-    })->Unit(benchmark::kMicrosecond);
+    registerBenchmark(std::string("image_memory/") + touched.what, who,
+                      [=](benchmark::State& state) { function(state, touched); });
 }
 
 } // namespace

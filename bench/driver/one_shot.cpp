@@ -78,8 +78,7 @@ void lookUpAndCopy(benchmark::State& state)
 
 void add(const char* who, void (*function)(benchmark::State&))
 {
-    const std::string name = "one_shot_reads/" + std::to_string(kListLimit) + '/' + who;
-    benchmark::RegisterBenchmark(name.c_str(), function)->Unit(benchmark::kMicrosecond);
+    registerBenchmark("one_shot_reads/" + std::to_string(kListLimit), who, function);
 }
 
 } // namespace

@@ -180,9 +180,8 @@ using Function = void (*)(benchmark::State&, const CyclicShape&);
 
 void add(const CyclicShape& shape, const char* who, Function function)
 {
-    benchmark::RegisterBenchmark(("rebuild/" + shape.name() + '/' + who).c_str(),
-                                 [=](benchmark::State& state) { function(state, shape); })
-        ->Unit(benchmark::kMicrosecond);
+    registerBenchmark("rebuild/" + shape.name(), who,
+                      [=](benchmark::State& state) { function(state, shape); });
 }
 
 void addAll(const CyclicShape& shape)

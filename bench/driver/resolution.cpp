@@ -64,8 +64,8 @@ using Function = void (*)(benchmark::State&, const LabelCase&);
 
 void add(const char* work, const LabelCase& what, const char* who, Function function)
 {
-    benchmark::RegisterBenchmark((std::string(work) + '/' + what.name() + '/' + who).c_str(),
-                                 [=](benchmark::State& state) { function(state, what); });
+    registerBenchmark(std::string(work) + '/' + what.name(), who,
+                      [=](benchmark::State& state) { function(state, what); });
 }
 
 } // namespace
@@ -74,9 +74,10 @@ void registerResolutionBenchmarks()
 {
     for (const LabelCase& what : labelCases({kRegisters})) {
         add("resolve", what, kByDriver, resolveByDriver);
-        add("address", what, kByDriver, addressByDriver);
         add("resolve", what, kByFloor, lookUp);
         add("resolve", what, kByBaseline, resolveByBaseline);
+        add("address", what, kByDriver, addressByDriver);
+        add("address", what, kByFloor, lookUp);
     }
 }
 

@@ -14,11 +14,6 @@ const int kWriteCategory = 5;
 const int kQueuedWrites = 1000;
 const int kQueueWrites = 2;
 
-std::string benchmarkName(const char* work, const LabelCase& what, const char* who)
-{
-    return std::string(work) + '/' + what.name() + '/' + who;
-}
-
 /// Calls `access(label)` for one label after the other.
 template <typename Access>
 void visitLabels(benchmark::State& state, const LabelCase& what, const LabelledPlant& plant,
@@ -113,8 +108,8 @@ using Function = void (*)(benchmark::State&, const LabelCase&);
 
 void add(const char* work, const LabelCase& what, const char* who, Function function)
 {
-    benchmark::RegisterBenchmark(benchmarkName(work, what, who).c_str(),
-                                 [=](benchmark::State& state) { function(state, what); });
+    registerBenchmark(std::string(work) + '/' + what.name(), who,
+                      [=](benchmark::State& state) { function(state, what); });
 }
 
 } // namespace
@@ -123,17 +118,19 @@ void registerValueBenchmarks()
 {
     for (const LabelCase& what : labelCases({1, 2, 4, 100})) {
         add("read", what, kByDriver, readByDriver);
-        if (what.shape.kind == LabelKind::Scalar && what.shape.registers == 2)
-            add("read_into_new_buffer", what, kByDriver, readIntoNewBufferByDriver);
         add("read", what, kByFloor, lookUp);
         add("read", what, kByBaseline, readByBaseline);
+        if (what.shape.kind == LabelKind::Scalar && what.shape.registers == 2) {
+            add("read_into_new_buffer", what, kByDriver, readIntoNewBufferByDriver);
+            add("read_into_new_buffer", what, kByFloor, lookUp);
+        }
         add("write", what, kByDriver, writeByDriver);
         add("write", what, kByFloor, lookUp);
         add("write", what, kByBaseline, writeByBaseline);
     }
     const PlantShape shape{LabelKind::Scalar, 2, 10000};
-    benchmark::RegisterBenchmark("queue_writes/1000/driver",
-                                 [=](benchmark::State& state) { queueWrites(state, shape); });
+    registerBenchmark("queue_writes/" + std::to_string(kQueuedWrites), kByDriver,
+                      [=](benchmark::State& state) { queueWrites(state, shape); });
 }
 
 } // namespace bench

@@ -19,16 +19,19 @@ double nanosecondsIn(const QString& unit)
     return unit == QLatin1String("us") ? 1e3 : 1;
 }
 
-Measurement measurementIn(const QJsonObject& entry)
+double timeIn(const QJsonObject& entry)
 {
-    Measurement measurement;
-    measurement.time = entry.value(QLatin1String("cpu_time")).toDouble() *
-                       nanosecondsIn(entry.value(QLatin1String("time_unit")).toString());
+    return entry.value(QLatin1String("cpu_time")).toDouble() *
+           nanosecondsIn(entry.value(QLatin1String("time_unit")).toString());
+}
+
+void takeMedians(const QJsonObject& entry, Measurement& measurement)
+{
+    measurement.time = timeIn(entry);
     measurement.variables = entry.value(QLatin1String("variables")).toDouble(1);
     measurement.allocations = entry.value(QLatin1String("allocations")).toDouble();
     measurement.bytes = entry.value(QLatin1String("bytes")).toDouble();
     measurement.held = entry.value(QLatin1String("held")).toDouble();
-    return measurement;
 }
 
 } // namespace
@@ -68,9 +71,12 @@ Measurements Measurements::fromFile(const QString& path)
         if (entry.value(QLatin1String("error_occurred")).toBool())
             giveUp(name + QLatin1String(": ") +
                    entry.value(QLatin1String("error_message")).toString());
-        if (entry.value(QLatin1String("aggregate_name")) != QLatin1String("median"))
+        const QString aggregate = entry.value(QLatin1String("aggregate_name")).toString();
+        if (aggregate == QLatin1String("least"))
+            measurements.m_byName[name].leastTime = timeIn(entry);
+        if (aggregate != QLatin1String("median"))
             continue;
-        measurements.m_byName.insert(name, measurementIn(entry));
+        takeMedians(entry, measurements.m_byName[name]);
         const QString work = name.section(QLatin1Char('/'), 0, -2);
         if (!measurements.m_works.contains(work))
             measurements.m_works.append(work);

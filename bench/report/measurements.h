@@ -12,6 +12,7 @@ namespace bench {
 /// What one benchmark showed: the medians of its repetitions, a call.
 struct Measurement {
     double time = 0;        ///< Processor time in nanoseconds.
+    double leastTime = 0;   ///< That of the repetition that other processes disturbed least.
     double variables = 0;   ///< Variables that a call touches.
     double allocations = 0; ///< Calls of the allocator.
     double bytes = 0;       ///< Bytes asked of it.

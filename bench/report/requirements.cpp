@@ -13,6 +13,8 @@ double quantityOf(const Measurement& measurement, const QString& quantity)
 {
     if (quantity == QLatin1String("time"))
         return measurement.time;
+    if (quantity == QLatin1String("least time"))
+        return measurement.leastTime;
     if (quantity == QLatin1String("allocations"))
         return measurement.allocations;
     if (quantity == QLatin1String("held"))
@@ -34,21 +36,32 @@ double sumOf(const Measurements& measurements, const QJsonObject& weights, const
     return sum;
 }
 
+double valueOf(const Measurements& measurements, const QJsonObject& requirement,
+               const QString& quantity)
+{
+    const double value =
+        sumOf(measurements, requirement.value(QLatin1String("of")).toObject(), quantity);
+    if (!requirement.contains(QLatin1String("per")))
+        return value;
+    return value / sumOf(measurements, requirement.value(QLatin1String("per")).toObject(),
+                         requirement.value(QLatin1String("perQuantity")).toString(quantity));
+}
+
 bool check(const Measurements& measurements, const QJsonObject& requirement)
 {
     const QString quantity = requirement.value(QLatin1String("quantity")).toString();
-    double measured =
-        sumOf(measurements, requirement.value(QLatin1String("of")).toObject(), quantity);
-    if (requirement.contains(QLatin1String("per")))
-        measured /= sumOf(measurements, requirement.value(QLatin1String("per")).toObject(),
-                          requirement.value(QLatin1String("perQuantity")).toString(quantity));
+    const double measured = valueOf(measurements, requirement, quantity);
     const bool most = requirement.contains(QLatin1String("atMost"));
     const double limit =
         requirement.value(most ? QLatin1String("atMost") : QLatin1String("atLeast")).toDouble();
     const bool reached = most ? measured <= limit : measured >= limit;
-    std::printf("%-11s %-78s %9.2f  (%s %g)\n", reached ? "reached" : "NOT REACHED",
+    std::printf("%-11s %-78s %9.2f  (%s %g", reached ? "reached" : "NOT REACHED",
                 qPrintable(requirement.value(QLatin1String("work")).toString()), measured,
                 most ? "at most" : "at least", limit);
+    if (quantity == QLatin1String("time"))
+        std::printf("; least disturbed: %.2f",
+                    valueOf(measurements, requirement, QLatin1String("least time")));
+    std::printf(")\n");
     return reached;
 }
 

@@ -7,10 +7,11 @@ namespace bench {
 
 namespace {
 
-/// "3.1", or "-" without the other side.
+/// "3.10", or "-" without one side.
 QString ratio(double of, double to)
 {
-    return to > 0 ? QString::number(of / to, 'f', of / to < 10 ? 2 : 0) : QString(QLatin1Char('-'));
+    return of > 0 && to > 0 ? QString::number(of / to, 'f', of / to < 10 ? 2 : 0)
+                            : QString(QLatin1Char('-'));
 }
 
 void printRow(const Measurements& measurements, const QString& work)
