@@ -59,4 +59,29 @@ bool giveUpTransaction()
     return true;
 }
 
+void giveUpEverything(const ComInfo& settings)
+{
+    const int kNoHostRequest = -1; // aux1 of cyclic reads
+    bool loginIsForgotten = false;
+    int cyclicTurns = 0;
+    // After five turns at most the others wait for one cyclic read, or for one null: two of these
+    // in a row mean that nothing else is left.
+    while (cyclicTurns < 2) {
+        const Protocol* request = ComCommunication();
+        const bool isCyclic = !request || request->var.aux1 == kNoHostRequest;
+        cyclicTurns = isCyclic ? cyclicTurns + 1 : 0;
+        loginIsForgotten = giveUpTransaction() || loginIsForgotten;
+    }
+    if (loginIsForgotten)
+        return;
+
+    RW_VAR read; // for the purpose; never sent
+    read.aux2 = 1;
+    read.deviceNo = settings.localDeviceNo;
+    read.station = -1; // cannot be switched off
+    read.length = 1;
+    AddListOnceReadVar(&read, 1);
+    giveUpTransaction();
+}
+
 } // namespace example

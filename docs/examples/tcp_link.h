@@ -15,9 +15,12 @@ bool receiveFrame(QTcpSocket& socket, int timeout, QByteArray* frame);
 /// One request and its reply.
 Exchange exchange(QTcpSocket& socket, ComInfo& settings, int timeout);
 
-/// After the connection was closed: gives up the transaction under way, or the next one, so that
-/// the driver logs in anew. False when there was none.
+/// Gives up the transaction under way, or the next one. False when there was none.
 bool giveUpTransaction();
+
+/// After the connection was closed: gives up all writes and one-shot reads, so that none is carried
+/// out when the PLC is back, and makes the driver forget the login.
+void giveUpEverything(const ComInfo& settings);
 
 } // namespace example
 

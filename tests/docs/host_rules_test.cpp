@@ -211,6 +211,30 @@ TEST_F(HostRules, WritesOfASwitchedOffStationVanishWithoutACallback)
     EXPECT_TRUE(resultCalls.empty());
 }
 
+TEST_F(HostRules, NullAfterFiveWriteBatchesDoesNotMeanThatNothingWaits)
+{
+    for (int i = 0; i < 6; ++i)
+        submit(makeWrite(3, 1000 * i, QByteArray(900, '\0'), 1, i));
+    for (int i = 0; i < 5; ++i) {
+        ASSERT_NE(ComCommunication(), nullptr);
+        deliver(writeReply());
+    }
+    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_NE(ComCommunication(), nullptr);
+}
+
+TEST_F(HostRules, GoodReadReplyWithTooFewBytesIsAccepted)
+{
+    RW_VAR first = makeVar(3, 10, 2);
+    RW_VAR second = makeVar(3, 20, 2);
+    AddListReadVar(&first);
+    AddListReadVar(&second);
+    ComCommunication();
+    EXPECT_EQ(deliver(readReply({word(7)}))->result, 1);
+    EXPECT_TRUE(PLC_driver.localImage.contains(plc::DataImage::key(3, 11)));
+    EXPECT_FALSE(PLC_driver.localImage.contains(plc::DataImage::key(3, 20)));
+}
+
 TEST_F(HostRules, ScanDoneCountsWrites)
 {
     RW_VAR read = makeVar(3, 10, 2);

@@ -51,6 +51,7 @@ protected:
     void readLevel()
     {
         RW_VAR read = makeVar(1, 10, 2);
+        read.aux1 = -1;
         AddListReadVar(&read);
     }
 
@@ -86,7 +87,7 @@ protected:
         logIn();
         EXPECT_EQ(next(kTimeout), Exchange::LinkLost);
         connectTo(simulator);
-        EXPECT_TRUE(example::giveUpTransaction());
+        example::giveUpEverything(settings);
         EXPECT_EQ(PLC_driver.loggedIn, 0);
         logIn();
         EXPECT_EQ(next(), Exchange::Done);
@@ -163,6 +164,35 @@ TEST_F(TcpLinkExample, ReportsARefusedLogin)
 TEST_F(TcpLinkExample, HasNothingToGiveUpWhenNothingIsToBeSent)
 {
     EXPECT_FALSE(example::giveUpTransaction());
+}
+
+TEST_F(TcpLinkExample, GivesUpAllWritesAndReadsAndForgetsTheLogin)
+{
+    plc::test::logIn();
+    readLevel();
+    const int kRequests = 12; // of a batch each, which takes more than five turns
+    for (int i = 0; i < kRequests; ++i) {
+        RW_VAR write = makeWrite(1, 1000 * i, QByteArray(900, '\0'), 1, i);
+        AddListWriteVar(&write, 0);
+        RW_VAR read = makeVar(1, 1000 * i, 900);
+        read.aux1 = 100 + i;
+        AddListOnceReadVar(&read, 1);
+    }
+    example::giveUpEverything(settings);
+    EXPECT_TRUE(PLC_driver.writeList.isEmpty());
+    EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
+    EXPECT_EQ(PLC_driver.readList.size(), 1);
+    EXPECT_EQ(PLC_driver.loggedIn, 0);
+    EXPECT_EQ(resultCalls.size(), size_t(2 * kRequests));
+}
+
+TEST_F(TcpLinkExample, ForgetsTheLoginWithNothingToSend)
+{
+    plc::test::logIn();
+    example::giveUpEverything(settings);
+    EXPECT_EQ(PLC_driver.loggedIn, 0);
+    EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
+    EXPECT_EQ(ComCommunication(), nullptr);
 }
 
 TEST(MinimalHostExample, PrintsTheLevel)
