@@ -64,5 +64,7 @@ if(PLC_BUILD_TOOLS)
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
     endif()
   endforeach()
-  install(DIRECTORY demo/ DESTINATION ${plc_data_dir}/demo COMPONENT tools)
+  install(DIRECTORY simulator/demo/ DESTINATION ${plc_data_dir}/demo COMPONENT tools)
+  install(FILES tools/wireshark/plc_block.lua tools/wireshark/README.md
+    DESTINATION ${plc_data_dir}/wireshark COMPONENT tools)
 endif()

@@ -104,6 +104,7 @@ ToolsComeWithManualCompletionAndDemo() {
         expect_file "share/bash-completion/completions/$tool"
     done
     expect_file share/plc-driver/demo/plant.json
+    expect_file share/plc-driver/wireshark/plc_block.lua
 }
 
 ChangelogBeginsWithTheVersion() {

@@ -1,0 +1,163 @@
+#include "capture_file.h"
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QProcess>
+#include <QtCore/QProcessEnvironment>
+
+namespace plc {
+namespace {
+
+constexpr std::chrono::nanoseconds kStart = std::chrono::seconds(1750000000);
+constexpr std::chrono::nanoseconds kPacketDistance = std::chrono::milliseconds(1);
+constexpr int kTsharkTimeout = 50000; // ms
+
+TcpEndpoint endpoint(const char* address, quint16 port)
+{
+    return {QHostAddress(QString::fromLatin1(address)), port};
+}
+
+QIODevice* opened(QFile* file)
+{
+    file->open(QIODevice::WriteOnly);
+    return file;
+}
+
+} // namespace
+
+CaptureFile::CaptureFile()
+    : m_file(m_folder.filePath(QStringLiteral("session.pcapng"))),
+      m_writer(opened(&m_file), QStringLiteral("test")),
+      m_first(&m_writer, endpoint("192.0.2.1", 40000), endpoint("192.0.2.2", 1200)),
+      m_second(&m_writer, endpoint("192.0.2.1", 40001), endpoint("192.0.2.2", 1200)),
+      m_time(kStart)
+{
+}
+
+CaptureFile& CaptureFile::client(const char* hex)
+{
+    return client(QByteArray::fromHex(hex));
+}
+
+CaptureFile& CaptureFile::server(const char* hex)
+{
+    return server(QByteArray::fromHex(hex));
+}
+
+CaptureFile& CaptureFile::client(const QByteArray& bytes)
+{
+    return send(TcpConversation::Client, bytes);
+}
+
+CaptureFile& CaptureFile::server(const QByteArray& bytes)
+{
+    return send(TcpConversation::Server, bytes);
+}
+
+CaptureFile& CaptureFile::login()
+{
+    client("bbbb 0000000e 0100 000002000000060000000000");
+    server(replyOf(200));
+    client("bbbb 00000011 3100 000d 444f574e4c4f41442e53444200");
+    return server(replyOf(30, "3412 00000000000000000000"));
+}
+
+CaptureFile& CaptureFile::wait(std::chrono::nanoseconds time)
+{
+    m_time += time;
+    return *this;
+}
+
+CaptureFile& CaptureFile::open()
+{
+    m_current->open(m_time);
+    return *this;
+}
+
+CaptureFile& CaptureFile::close()
+{
+    m_current->close(TcpConversation::Client, m_time);
+    return *this;
+}
+
+CaptureFile& CaptureFile::reset()
+{
+    m_current->reset(TcpConversation::Server, m_time);
+    return *this;
+}
+
+CaptureFile& CaptureFile::send(TcpConversation::Side from, const QByteArray& bytes)
+{
+    m_current->send(from, bytes, m_time);
+    m_time += kPacketDistance;
+    return *this;
+}
+
+std::vector<Row> CaptureFile::rows(std::initializer_list<const char*> fields,
+                                   const QStringList& options)
+{
+    QStringList arguments = {QStringLiteral("-T"), QStringLiteral("fields"), QStringLiteral("-E"),
+                             QStringLiteral("separator=|")};
+    for (const char* const field : fields)
+        arguments << QStringLiteral("-e") << QString::fromLatin1(field);
+    QStringList ours = options;
+    if (!ours.contains(QStringLiteral("-Y")))
+        ours += filter("codesys_block");
+    std::vector<Row> result;
+    const QList<QByteArray> lines = tshark(arguments + ours).split('\n');
+    for (const QByteArray& line : lines) {
+        if (line.isEmpty())
+            continue;
+        Row row;
+        const QList<QByteArray> values = line.split('|');
+        for (const QByteArray& value : values)
+            row.push_back(value.toStdString());
+        result.push_back(row);
+    }
+    return result;
+}
+
+std::string CaptureFile::details()
+{
+    return tshark({QStringLiteral("-V")}).toStdString();
+}
+
+QByteArray CaptureFile::tshark(const QStringList& arguments)
+{
+    m_file.flush();
+    // Nobody's own settings and plug-ins.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("HOME"), m_folder.path());
+    environment.remove(QStringLiteral("XDG_CONFIG_HOME"));
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(PLC_TSHARK),
+                  QStringList{QStringLiteral("-n"), QStringLiteral("-X"),
+                              QStringLiteral("lua_script:" PLC_DISSECTOR), QStringLiteral("-r"),
+                              m_file.fileName()} +
+                      arguments);
+    const bool finished = process.waitForFinished(kTsharkTimeout);
+    const QByteArray errors = process.readAllStandardError();
+    EXPECT_TRUE(finished && process.exitCode() == 0) << errors.constData();
+    EXPECT_FALSE(errors.contains("Lua")) << errors.constData();
+    EXPECT_EQ(m_writer.error(), QString());
+    return process.readAllStandardOutput();
+}
+
+QByteArray replyOf(int payload, const char* endHex)
+{
+    constexpr int kHeaderSize = 6;
+    const QByteArray end = QByteArray::fromHex(endHex);
+    QByteArray reply(kHeaderSize + payload - int(end.size()), '\0');
+    reply[0] = reply[1] = char(0xbb);
+    reply[4] = char(payload >> 8);
+    reply[5] = char(payload & 0xff);
+    return reply + end;
+}
+
+QStringList filter(const char* expression)
+{
+    return {QStringLiteral("-Y"), QString::fromLatin1(expression)};
+}
+
+} // namespace plc

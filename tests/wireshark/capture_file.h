@@ -1,0 +1,73 @@
+#ifndef PLC_TESTS_WIRESHARK_CAPTURE_FILE_H
+#define PLC_TESTS_WIRESHARK_CAPTURE_FILE_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QFile>
+#include <QtCore/QStringList>
+#include <QtCore/QTemporaryDir>
+
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "host/capture/tcp_conversation.h"
+
+namespace plc {
+
+/// One packet as tshark prints it: the values of the fields asked for, those of one field with
+/// commas between.
+using Row = std::vector<std::string>;
+
+/// A capture of one connection, and what tshark and the dissector make of it.
+///
+/// The client is 192.0.2.1 port 40000, the PLC 192.0.2.2 port 1200. Every packet comes a
+/// millisecond after the one before it. Bytes are given in hexadecimal; blanks count for nothing.
+class CaptureFile {
+public:
+    CaptureFile();
+
+    CaptureFile& client(const char* hex);
+    CaptureFile& server(const char* hex);
+    CaptureFile& client(const QByteArray& bytes);
+    CaptureFile& server(const QByteArray& bytes);
+    /// The two requests of a login and their replies; the PLC info bytes are 34 and 12.
+    CaptureFile& login();
+    CaptureFile& wait(std::chrono::nanoseconds time);
+
+    /// What `tshark -T fields` prints for the packets of the protocol.
+    std::vector<Row> rows(std::initializer_list<const char*> fields,
+                          const QStringList& options = QStringList());
+
+    /// All packets with their details, as text.
+    std::string details();
+
+    CaptureFile& open();
+    CaptureFile& close();
+    CaptureFile& reset();
+
+    /// Another connection, from port 40001, in the same capture.
+    void useSecondConnection() { m_current = &m_second; }
+    void useFirstConnection() { m_current = &m_first; }
+
+private:
+    CaptureFile& send(TcpConversation::Side from, const QByteArray& bytes);
+    QByteArray tshark(const QStringList& arguments);
+
+    QTemporaryDir m_folder;
+    QFile m_file;
+    PcapngWriter m_writer;
+    TcpConversation m_first;
+    TcpConversation m_second;
+    TcpConversation* m_current = &m_first;
+    std::chrono::nanoseconds m_time;
+};
+
+/// A good reply of so many bytes behind the length field, ending in the given ones.
+QByteArray replyOf(int payload, const char* endHex = "");
+
+/// Filter option for packets.
+QStringList filter(const char* expression);
+
+} // namespace plc
+
+#endif
