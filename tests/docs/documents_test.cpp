@@ -25,6 +25,8 @@ std::string placeOf(const FencedBlock& block)
 QStringList exampleSources()
 {
     return {QStringLiteral("docs/examples/entry_points.cpp"),
+            QStringLiteral("docs/examples/load_driver.cpp"),
+            QStringLiteral("docs/examples/load_driver.h"),
             QStringLiteral("docs/examples/minimal_host.cpp"),
             QStringLiteral("docs/examples/tcp_link.cpp")};
 }
