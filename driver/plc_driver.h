@@ -219,13 +219,21 @@ extern "C" {
  */
 PLC_DRIVER_EXPORT void SetComInfo(ComInfo* info);
 
-/** Stores the two callbacks; null is allowed and means not called. */
+/**
+ * Stores the two callbacks; null is allowed and means not called.
+ *
+ * @param callback1 called with the outcome of queued writes and one-shot reads
+ * @param callback2 called when a transaction is abandoned
+ */
 PLC_DRIVER_EXPORT void RegistCallBackFuncIntf(PlcResultCallback callback1,
                                               PlcFailureCallback callback2);
 
 /**
  * Stores pointers to the host's own memories in the globals LB, LW and RWI.
  *
+ * @param lb  stored in LB
+ * @param lw  stored in LW
+ * @param rwi stored in RWI
  * @return the address of the global LW (not its value)
  */
 PLC_DRIVER_EXPORT void** FlashLocalRegister(void* lb, void* lw, void* rwi);
@@ -243,7 +251,12 @@ PLC_DRIVER_EXPORT int QueryFinishFlag();
  */
 PLC_DRIVER_EXPORT void EnCommStation(int station, int enable);
 
-/** The same as EnCommStation(). */
+/**
+ * The same as EnCommStation().
+ *
+ * @param station see there
+ * @param enable  see there
+ */
 PLC_DRIVER_EXPORT void EnableEthernet(int station, int enable);
 
 /**
@@ -258,6 +271,7 @@ PLC_DRIVER_EXPORT void PassVarName_2(QList<Label_Type_Info>* list);
  * Address of a label within its memory area.
  *
  * @param reserved not used
+ * @param label    label of the variable
  * @return the address in bytes (in bits for type code 13), or -1
  */
 PLC_DRIVER_EXPORT int PLCAddressChangeIntef(int reserved, QString label);
@@ -265,6 +279,7 @@ PLC_DRIVER_EXPORT int PLCAddressChangeIntef(int reserved, QString label);
 /**
  * Appends @p var to the cyclic read list as it is. Takes no lock.
  *
+ * @param var copied into the list
  * @return entries in the list afterwards; 0 for null
  */
 PLC_DRIVER_EXPORT int AddListReadVar(RW_VAR* var);
@@ -272,6 +287,7 @@ PLC_DRIVER_EXPORT int AddListReadVar(RW_VAR* var);
 /**
  * Queues a write: address, length and data as they are to be sent.
  *
+ * @param var    copied into the list
  * @param append 1: append in any case; other values: an entry of the same
  *               station, address and length behind the head is replaced, and a
  *               new one is dropped once the list holds 1024
@@ -297,6 +313,7 @@ PLC_DRIVER_EXPORT int AddListOnceReadVar(RW_VAR* var, int append);
  * sorted by address, merged up to ComInfo::maxReadBytes. What does not resolve
  * is skipped.
  *
+ * @param vars the variables to read; left as they are
  * @return entries in the list afterwards
  */
 PLC_DRIVER_EXPORT int ReCreatReadVarList(QList<HostVarItem>* vars);
