@@ -52,6 +52,29 @@ qint64 countSignalValues(const Project& project)
     return count;
 }
 
+Signals::Parameters::Parameters(const Signal& signal)
+    : kind(signal.kind == QLatin1String("ramp")      ? Kind::Ramp
+           : signal.kind == QLatin1String("sine")    ? Kind::Sine
+           : signal.kind == QLatin1String("square")  ? Kind::Square
+           : signal.kind == QLatin1String("counter") ? Kind::Counter
+                                                     : Kind::Walk),
+      from(signalParameter(signal, "from")),
+      to(signalParameter(signal, "to")),
+      mean(signalParameter(signal, "mean")),
+      amplitude(signalParameter(signal, "amplitude")),
+      low(signalParameter(signal, "low")),
+      high(signalParameter(signal, "high")),
+      duty(signalParameter(signal, "duty")),
+      minimum(signalParameter(signal, "minimum")),
+      maximum(signalParameter(signal, "maximum")),
+      step(signalParameter(signal, "step")),
+      period(signalParameter(signal, "period")),
+      interval(signalParameter(signal, "interval")),
+      phase(signalParameter(signal, "phase")),
+      spread(signalParameter(signal, "spread"))
+{
+}
+
 Signals::Signals(const Project& project, PlcMemory* memory, quint32 seed)
     : m_memory(memory), m_random(seed)
 {
@@ -63,8 +86,8 @@ Signals::Signals(const Project& project, PlcMemory* memory, quint32 seed)
             addVariable(variable, area);
         }
     }
-    for (const LiveValue& value : m_values)
-        storeStart(value);
+    for (LiveValue& value : m_values)
+        storeStart(&value);
 }
 
 void Signals::addVariable(const Variable& variable, const LabelTarget& container)
@@ -89,19 +112,13 @@ void Signals::addElement(const Variable& variable, const LabelTarget& place)
 {
     const qint64 ordinal = m_ordinals[&variable]++;
     const Signal& signal = *variable.signal;
-    const QString& kind = signal.kind;
-    if (kind == QLatin1String(kConstantSignal)) {
+    if (signal.kind == QLatin1String(kConstantSignal)) {
         storeConstant(variable, place, ordinal);
         return;
     }
-    const double shift =
-        signalParameter(signal, "phase") + double(ordinal) * signalParameter(signal, "spread");
-    const Kind known = kind == QLatin1String("ramp")      ? Kind::Ramp
-                       : kind == QLatin1String("sine")    ? Kind::Sine
-                       : kind == QLatin1String("square")  ? Kind::Square
-                       : kind == QLatin1String("counter") ? Kind::Counter
-                                                          : Kind::Walk;
-    m_values.push_back({known, place, &signal, shift});
+    const auto parameters = m_parameters.emplace(&variable, signal).first;
+    m_values.push_back({&parameters->second, place,
+                        parameters->second.phase + double(ordinal) * parameters->second.spread});
 }
 
 void Signals::storeConstant(const Variable& variable, const LabelTarget& place, qint64 ordinal)
@@ -120,19 +137,17 @@ void Signals::storeConstant(const Variable& variable, const LabelTarget& place, 
         storeNumber(m_memory, place, value.toDouble());
 }
 
-void Signals::storeStart(const LiveValue& value)
+void Signals::storeStart(LiveValue* value)
 {
-    const Signal& signal = *value.signal;
-    if (value.kind == Kind::Counter) {
-        storeNumber(m_memory, value.place, signalParameter(signal, "from"));
-    } else if (value.kind == Kind::Walk) {
-        const double minimum = signalParameter(signal, "minimum");
-        const double maximum = signalParameter(signal, "maximum");
-        storeNumber(m_memory, value.place,
-                    minimum + (maximum - minimum) * (randomFromMinusOneToOne() + 1.0) / 2.0);
+    const Parameters& parameters = *value->parameters;
+    if (parameters.kind == Kind::Counter) {
+        storeNumber(m_memory, value->place, parameters.from);
+    } else if (parameters.kind == Kind::Walk) {
+        const double range = parameters.maximum - parameters.minimum;
+        storeNumber(m_memory, value->place,
+                    parameters.minimum + range * (randomFromMinusOneToOne() + 1.0) / 2.0);
     } else {
-        LiveValue atStart = value;
-        moveTo(0.0, &atStart);
+        moveTo(0.0, value);
     }
 }
 
@@ -147,22 +162,21 @@ void Signals::advance(qint64 milliseconds)
 
 void Signals::moveTo(double seconds, LiveValue* value)
 {
-    const Signal& signal = *value->signal;
-    const auto parameter = [&signal](const char* name) { return signalParameter(signal, name); };
-    if (value->kind == Kind::Counter || value->kind == Kind::Walk) {
-        const qint64 steps = qint64(seconds / parameter("interval"));
+    const Parameters& parameters = *value->parameters;
+    if (parameters.kind == Kind::Counter || parameters.kind == Kind::Walk) {
+        const qint64 steps = qint64(seconds / parameters.interval);
         step(*value, steps - value->steps);
         value->steps = steps;
         return;
     }
-    const double phase = phaseAt(seconds / parameter("period") + value->shift);
+    const double phase = phaseAt(seconds / parameters.period + value->shift);
     double number = 0.0;
-    if (value->kind == Kind::Ramp)
-        number = parameter("from") + (parameter("to") - parameter("from")) * phase;
-    else if (value->kind == Kind::Sine)
-        number = parameter("mean") + parameter("amplitude") * std::sin(kTwoPi * phase);
+    if (parameters.kind == Kind::Ramp)
+        number = parameters.from + (parameters.to - parameters.from) * phase;
+    else if (parameters.kind == Kind::Sine)
+        number = parameters.mean + parameters.amplitude * std::sin(kTwoPi * phase);
     else
-        number = phase < parameter("duty") ? parameter("high") : parameter("low");
+        number = phase < parameters.duty ? parameters.high : parameters.low;
     storeNumber(m_memory, value->place, number);
 }
 
@@ -170,17 +184,17 @@ void Signals::step(const LiveValue& value, qint64 count)
 {
     if (count <= 0)
         return;
-    const Signal& signal = *value.signal;
-    const double stepSize = signalParameter(signal, "step");
+    const Parameters& parameters = *value.parameters;
     double number = loadNumber(*m_memory, value.place);
-    if (value.kind == Kind::Counter) {
-        number = wrapped(number + stepSize * double(count), signalParameter(signal, "from"),
-                         signalParameter(signal, "to"), stepSize);
+    if (parameters.kind == Kind::Counter) {
+        number = wrapped(number + parameters.step * double(count), parameters.from, parameters.to,
+                         parameters.step);
     } else {
-        const double minimum = signalParameter(signal, "minimum");
-        const double maximum = signalParameter(signal, "maximum");
-        for (qint64 i = 0; i < qMin(count, kMostStepsAtOnce); ++i)
-            number = qBound(minimum, number + stepSize * randomFromMinusOneToOne(), maximum);
+        for (qint64 i = 0; i < qMin(count, kMostStepsAtOnce); ++i) {
+            number =
+                qBound(parameters.minimum, number + parameters.step * randomFromMinusOneToOne(),
+                       parameters.maximum);
+        }
     }
     storeNumber(m_memory, value.place, number);
 }

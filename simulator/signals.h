@@ -3,6 +3,7 @@
 
 #include <QtCore/QHash>
 
+#include <map>
 #include <random>
 #include <vector>
 
@@ -32,10 +33,18 @@ public:
 private:
     enum class Kind { Ramp, Sine, Square, Counter, Walk };
 
-    struct LiveValue {
+    /// The parameters of one signal, by their names in the project file; of another kind: 0.
+    struct Parameters {
+        explicit Parameters(const Signal& signal);
+
         Kind kind;
+        double from, to, mean, amplitude, low, high, duty, minimum, maximum, step;
+        double period, interval, phase, spread;
+    };
+
+    struct LiveValue {
+        const Parameters* parameters;
         LabelTarget place;
-        const Signal* signal;
         double shift;     ///< Periods ahead of the time.
         qint64 steps = 0; ///< Intervals that a counter or walk has behind it.
     };
@@ -43,13 +52,14 @@ private:
     void addVariable(const Variable& variable, const LabelTarget& container);
     void addElement(const Variable& variable, const LabelTarget& place);
     void storeConstant(const Variable& variable, const LabelTarget& place, qint64 ordinal);
-    void storeStart(const LiveValue& value);
+    void storeStart(LiveValue* value);
     void moveTo(double seconds, LiveValue* value);
     void step(const LiveValue& value, qint64 count);
     double randomFromMinusOneToOne();
 
     PlcMemory* m_memory;
     std::mt19937 m_random;
+    std::map<const Variable*, Parameters> m_parameters; ///< By declaration.
     std::vector<LiveValue> m_values;
     QHash<const Variable*, qint64> m_ordinals; ///< Elements met so far in one scope variable.
     qint64 m_now = 0;

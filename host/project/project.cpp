@@ -12,6 +12,7 @@
 #include "host/project/json_node.h"
 #include "host/project/label_lookup.h"
 #include "host/project/nearest_name.h"
+#include "host/project/repeated_key.h"
 
 namespace plc {
 namespace {
@@ -249,6 +250,12 @@ std::optional<Project> parseProject(const QByteArray& json, const QString& name,
     if (syntax.error != QJsonParseError::NoError) {
         *error = QStringLiteral("%1: %2: not JSON: %3")
                      .arg(name, position(json, syntax.offset), syntax.errorString());
+        return {};
+    }
+    if (const std::optional<RepeatedKey> repeated = findRepeatedKey(json)) {
+        *error = QStringLiteral("%1: %2: key %3 stands twice in one object")
+                     .arg(name, position(json, repeated->offset),
+                          quoted(QString::fromUtf8(repeated->name)));
         return {};
     }
     DocumentErrors errors(name);

@@ -329,6 +329,20 @@ TEST(ProjectErrors, OverlayLetsVariablesShareMemory)
                          {"name": "b4", "type": "BIT", "area": 1, "offset": 164, "overlay": true})")));
 }
 
+TEST(ProjectErrors, RepeatedKeyIsFoundByItsPlace)
+{
+    EXPECT_EQ("line 2, column 16: key \"name\" stands twice in one object",
+              errorOf("{\"areas\": [], \"scopes\": [{\"name\": \"\", \"variables\": []}],\n"
+                      " \"name\": \"\\\"\", \"name\" : \"b\"}"));
+}
+
+TEST(ProjectErrors, EqualKeysOfDifferentObjectsAreNoRepetition)
+{
+    EXPECT_EQ("", errorOf(R"({"name": "name", "areas": [{"index": 1, "size": 1},
+                             {"index": 2, "size": 1}],
+                             "scopes": [{"name": "name", "variables": []}]})"));
+}
+
 TEST(ProjectErrors, EqualAddressesInDifferentAreasAreNotShared)
 {
     EXPECT_EQ("", errorOf(projectText(R"({"name": "a", "type": "WORD", "area": 1, "offset": 10},

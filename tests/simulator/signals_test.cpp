@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "simulator/signals.h"
 #include "simulator/value_access.h"
 #include "tests/project/project_text.h"
@@ -171,6 +173,18 @@ TEST_F(SignalsTest, WalkGoesOnFromAWrittenValueAndReturnsIntoItsBounds)
     write("30000");
     advance(2000);
     EXPECT_EQ("100", value());
+}
+
+TEST_F(SignalsTest, ReturnsFromAWrittenNotANumber)
+{
+    load(R"({"name": "w", "type": "REAL", "area": 1, "offset": 0, "signal":
+             {"kind": "walk", "minimum": 0, "maximum": 100, "step": 1, "interval": 1}},
+            {"name": "c", "type": "REAL", "area": 1, "offset": 4, "signal":
+             {"kind": "counter", "from": 1, "to": 100, "interval": 1}})");
+    m_memory->write(1, 0, QByteArray::fromHex("7fc000007fc00000"));
+    advance(3000);
+    EXPECT_TRUE(std::isfinite(std::stod(value("MAIN.w"))));
+    EXPECT_TRUE(std::isfinite(std::stod(value("MAIN.c"))));
 }
 
 TEST_F(SignalsTest, EqualSeedsGiveEqualWalks)

@@ -1,0 +1,22 @@
+#ifndef PLC_HOST_PROJECT_REPEATED_KEY_H
+#define PLC_HOST_PROJECT_REPEATED_KEY_H
+
+#include <QtCore/QByteArray>
+
+#include <optional>
+
+namespace plc {
+
+/// A key that stands for the second time in its object.
+struct RepeatedKey {
+    QByteArray name; ///< As it stands in the text.
+    int offset;      ///< Of its opening quote.
+};
+
+/// Finds the first repeated key of well-formed JSON. QJsonDocument keeps the last one of several
+/// and says nothing, so that a value would be lost.
+std::optional<RepeatedKey> findRepeatedKey(const QByteArray& json);
+
+} // namespace plc
+
+#endif
