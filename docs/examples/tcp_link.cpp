@@ -25,6 +25,8 @@ Exchange exchange(QTcpSocket& socket, ComInfo& settings, int timeout)
     const Protocol* request = ComCommunication();
     if (!request)
         return Exchange::Idle;
+    if (socket.waitForReadyRead(0))
+        return Exchange::LinkLost; // bytes that nobody asked for
     const bool sizeIsOpen = request->replyLength == -1;
     socket.write(request->frame);
 
