@@ -9,7 +9,8 @@
 namespace plc {
 namespace {
 
-const char kFileName[] = "libplc_driver.so";
+// With its version: the plain name is there only where hosts are developed.
+const char kFileName[] = PLC_DRIVER_FILE;
 
 /// Resolves names one after the other and remembers those that are missing.
 class Resolver {

@@ -5,6 +5,8 @@
 namespace plc {
 namespace {
 
+constexpr quint64 kMost = std::numeric_limits<quint64>::max();
+
 struct Unit {
     const char* name;
     quint64 milliseconds;
@@ -96,12 +98,15 @@ std::optional<quint64> scaled(const QString& number, quint64 unit)
 {
     const int point = int(number.indexOf(QLatin1Char('.')));
     const std::optional<quint64> whole = wholeNumber(number.left(point));
-    if (!whole || *whole > (std::numeric_limits<quint64>::max() - unit) / unit)
+    if (!whole || *whole > kMost / unit)
         return {};
+    const quint64 milliseconds = *whole * unit;
     if (point < 0)
-        return *whole * unit;
+        return milliseconds;
     const std::optional<quint64> fraction = fractionOf(number.mid(point + 1), unit);
-    return fraction ? std::optional<quint64>(*whole * unit + *fraction) : std::nullopt;
+    if (!fraction || *fraction > kMost - milliseconds)
+        return {};
+    return milliseconds + *fraction;
 }
 
 } // namespace
@@ -134,7 +139,7 @@ std::optional<quint64> parseDuration(const QString& text)
         if (hadFraction || index <= lastUnit)
             return {};
         const std::optional<quint64> part = scaled(number, kUnits[index].milliseconds);
-        if (!part || *part > std::numeric_limits<quint64>::max() - total)
+        if (!part || *part > kMost - total)
             return {};
         total += *part;
         lastUnit = index;

@@ -189,9 +189,8 @@ std::optional<QVector<Value>> parsePoint(const DataPoint& point, const QString& 
     }
     QVector<Value> values;
     for (const QString& piece : pieces) {
-        const QString one = point.elements > 1 ? piece.trimmed() : piece;
         const std::optional<Value> value =
-            parseValue(*point.type, point.stringLength, one, &reason);
+            parseValue(*point.type, point.stringLength, piece, &reason);
         if (!value) {
             *error = QStringLiteral("%1: %2").arg(point.text, reason);
             return {};

@@ -276,9 +276,11 @@ QString jsonText(const QString& text)
     return json + QLatin1Char('"');
 }
 
-std::optional<Value> parseValue(const IecType& type, int stringLength, const QString& text,
+std::optional<Value> parseValue(const IecType& type, int stringLength, const QString& written,
                                 QString* error)
 {
+    // Blanks around a text may belong to it.
+    const QString text = isText(type) ? written : written.trimmed();
     switch (type.format) {
         case ValueFormat::Boolean:
             return parseBoolean(type, text, error);

@@ -59,8 +59,7 @@ TEST_F(WriteTest, AllWritesOfARequestAreSettledByItsReply)
     ASSERT_EQ(sentEntries.size(), 3);
     EXPECT_EQ(sentEntries[2].data, hex("40 60 00 00"));
     answer(writeReply());
-    EXPECT_EQ(settledLabels(),
-              (std::vector<std::string>{"Main.speed", "Main.count", "Main.real"}));
+    EXPECT_EQ(settledLabels(), (std::vector<std::string>{"Main.speed", "Main.count", "Main.real"}));
     for (const Settled& write : writes)
         EXPECT_TRUE(write.outcome.isDone());
 }
@@ -206,8 +205,7 @@ TEST_F(WriteTest, SameAddressInAnotherAreaIsTheSamePlaceForTheDriver)
     ASSERT_EQ(sentEntries.size(), 1);
     EXPECT_EQ(sentEntries[0].area, 2);
     answer(writeReply());
-    EXPECT_EQ(settledLabels(),
-              (std::vector<std::string>{"Main.count", "Main.speed", "Big.same"}));
+    EXPECT_EQ(settledLabels(), (std::vector<std::string>{"Main.count", "Main.speed", "Big.same"}));
 }
 
 TEST_F(WriteTest, OverlappingPlacesKeepTheirOrder)
@@ -248,8 +246,7 @@ TEST_F(WriteTest, BitsAreNeverInTheDriverTogetherWithOthers)
     EXPECT_EQ(request(), hex("BB BB 00 00 00 15 3C 00 00 00 00 01 00 00 00 00 00 21 00 00 00 00"
                              "00 00 01 00 00"));
     answer(writeReply());
-    EXPECT_EQ(settledLabels(),
-              (std::vector<std::string>{"Io.start", "Main.speed", "Io.lamp[1]"}));
+    EXPECT_EQ(settledLabels(), (std::vector<std::string>{"Io.start", "Main.speed", "Io.lamp[1]"}));
 }
 
 TEST_F(WriteTest, SingleBitsGoTogether)
