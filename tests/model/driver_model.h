@@ -26,6 +26,8 @@ public:
     int addWrite(const Variable& var, int append);
     int addOnce(Variable& var, int append);
     int rebuildReadList(const std::vector<HostItem>& items);
+    static void sort(std::vector<Variable>& list);
+    void foldInto(const std::vector<Variable>& group, int maxLen);
     static void cut(int total, int maxLen, Variable& var, std::vector<Variable>& list);
 
     // Values.

@@ -22,16 +22,6 @@ bool isSameRead(const Variable& a, const Variable& b)
            a.deviceNo == b.deviceNo && a.dataType == b.dataType && a.areaIndex == b.areaIndex;
 }
 
-void bubbleSort(std::vector<Variable>& list)
-{
-    for (std::size_t pass = 1; pass < list.size(); ++pass) {
-        for (std::size_t j = list.size() - 1; j >= pass; --j) {
-            if (list[j].address < list[j - 1].address)
-                std::swap(list[j], list[j - 1]);
-        }
-    }
-}
-
 } // namespace
 
 void DriverModel::setComInfo(Settings* record)
@@ -152,6 +142,16 @@ int DriverModel::addOnce(Variable& var, int append)
     return int(onceList.size());
 }
 
+void DriverModel::sort(std::vector<Variable>& list)
+{
+    for (std::size_t pass = 1; pass < list.size(); ++pass) {
+        for (std::size_t j = list.size() - 1; j >= pass; --j) {
+            if (list[j].address < list[j - 1].address)
+                std::swap(list[j], list[j - 1]);
+        }
+    }
+}
+
 void DriverModel::cut(int total, int maxLen, Variable& var, std::vector<Variable>& list)
 {
     if (maxLen <= 0)
@@ -199,13 +199,21 @@ int DriverModel::rebuildReadList(const std::vector<HostItem>& items)
             groups[entry.areaIndex].push_back(entry);
     }
     for (auto& group : groups) {
-        bubbleSort(group.second);
-        if (maxReadBytes == 1)
-            foldExact(group.second);
-        else
-            fold(group.second, maxReadBytes);
+        sort(group.second);
+        foldInto(group.second, maxReadBytes);
     }
     return int(readList.size());
+}
+
+/// Folds a sorted group into the cyclic list.
+void DriverModel::foldInto(const std::vector<Variable>& group, int maxLen)
+{
+    if (maxLen <= 0 || group.empty())
+        return;
+    if (maxLen == 1)
+        foldExact(group);
+    else
+        fold(group, maxLen);
 }
 
 /// Folds entries of equal address only and cuts none.

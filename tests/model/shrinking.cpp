@@ -179,6 +179,13 @@ struct SimplerSteps {
         addWith(calls, s, &Cut::var, simpler(s.var));
         add(calls);
     }
+    void operator()(const Fold& s)
+    {
+        with(s, &Fold::maxLen);
+        std::vector<Fold> calls;
+        addWith(calls, s, &Fold::group, simplerList(s.group));
+        add(calls);
+    }
     void operator()(const AskAddress& s) { with(s, &AskAddress::label); }
     void operator()(const ResolveLabel& s) { with(s, &ResolveLabel::label); }
     void operator()(const ReadValue& s)

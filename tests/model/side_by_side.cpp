@@ -6,6 +6,7 @@
 #include <new>
 #include <random>
 
+#include "lists/read_list_rebuild.h"
 #include "lists/variable_lists.h"
 #include "model/library_side.h"
 #include "symbols/label_resolution.h"
@@ -212,6 +213,21 @@ void SideBySide::run(const Cut& step)
     WhetherGroup(step.total, step.maxLen, &var, &list);
     checkRecord("record given to WhetherGroup", expected, var);
     checkList("list of WhetherGroup", expectedList, list);
+}
+
+void SideBySide::run(const Fold& step)
+{
+    std::vector<Variable> expected = step.group;
+    QList<RW_VAR> group;
+    for (const Variable& var : step.group)
+        group.append(toQt(var));
+    if (step.isSorted) {
+        DriverModel::sort(expected);
+        Bubble_Sort(&group);
+    }
+    m_model.foldInto(expected, step.maxLen);
+    BitVarReCreat(&group, step.maxLen);
+    checkList("list given to BitVarReCreat", expected, group);
 }
 
 void SideBySide::run(const AskAddress& step)

@@ -42,6 +42,7 @@ private:
     void run(const AddOnce& step);
     void run(const RebuildReadList& step);
     void run(const Cut& step);
+    void run(const Fold& step);
     void run(const AskAddress& step);
     void run(const ResolveLabel& step);
     void run(const ReadValue& step);

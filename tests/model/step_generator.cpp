@@ -21,7 +21,7 @@ Sequence StepGenerator::sequence(std::size_t steps)
                                        {4, &StepGenerator::brokenReplies},
                                        {4, &StepGenerator::addReads},
                                        {8, &StepGenerator::addWrites},
-                                       {1, &StepGenerator::addManyWrites},
+                                       {1, &StepGenerator::fillWriteList},
                                        {3, &StepGenerator::addSplitWrites},
                                        {8, &StepGenerator::addOnceReads},
                                        {3, &StepGenerator::rebuild},
@@ -33,6 +33,7 @@ Sequence StepGenerator::sequence(std::size_t steps)
                                        {1, &StepGenerator::changeRegistration},
                                        {1, &StepGenerator::passSymbols},
                                        {1, &StepGenerator::cut},
+                                       {1, &StepGenerator::fold},
                                        {1, &StepGenerator::changeRequest}};
     int total = 0;
     for (const Weighted& weighted : kGroups)
@@ -291,18 +292,34 @@ void StepGenerator::addWrites()
     }
 }
 
-/// Fills the list to its limit and beyond.
-void StepGenerator::addManyWrites()
+/// Fills the list to its limit and beyond, then writes to places that are queued and to others.
+void StepGenerator::fillWriteList()
 {
-    if (!m_random.oneIn(3))
-        return;
-    Variable var = writeRecord();
-    var.length = m_random.between(1, 3);
-    var.data = bytes(var.length);
-    const int writes = m_random.between(200, 1100);
-    for (int i = 0; i < writes; ++i) {
-        var.address = stored(std::int64_t(var.address) + m_random.between(0, 4));
-        add(AddWrite{var, m_random.oneIn(50) ? 1 : 0});
+    const auto writeBits = [this](int count) {
+        WriteValue step = {};
+        step.label = m_symbols.bitLabel();
+        step.station = m_random.below(2);
+        step.value = bytes(count);
+        step.count = count;
+        step.category = 1;
+        step.aux1 = m_random.below(2);
+        add(step);
+    };
+    add(ChangeWord{0, kWriteMode, 2});
+    writeBits(m_random.between(900, 1100));
+    const int steps = m_random.between(1, 6);
+    for (int i = 0; i < steps; ++i) {
+        if (m_random.oneIn(3)) {
+            Variable twice = writeRecord();
+            twice.station = m_random.below(2);
+            twice.address = m_symbols.bitAddress() + m_random.below(1000);
+            twice.length = 1;
+            add(AddWrite{twice, 1});
+        }
+        if (m_random.oneIn(3))
+            addWrites();
+        else
+            writeBits(m_random.oneIn(3) ? m_random.between(1000, 1200) : m_random.between(1, 40));
     }
 }
 
@@ -441,6 +458,19 @@ void StepGenerator::passSymbols()
 void StepGenerator::cut()
 {
     add(Cut{m_random.between(-5, 700), pick({1, 7, 100, 256, 0, -1, INT32_MAX}), record()});
+}
+
+void StepGenerator::fold()
+{
+    Fold step = {};
+    const int entries = m_random.below(12);
+    for (int i = 0; i < entries; ++i) {
+        step.group.push_back(record());
+        step.group.back().areaIndex = 1;
+    }
+    step.maxLen = pick({1, 2, 7, 16, 100, 256, 0, -1, INT32_MAX});
+    step.isSorted = !m_random.oneIn(4);
+    add(step);
 }
 
 /// What the driver returns belongs to it, yet a host can write to it.

@@ -42,7 +42,7 @@ private:
     void brokenReplies();
     void addReads();
     void addWrites();
-    void addManyWrites();
+    void fillWriteList();
     void addSplitWrites();
     void addOnceReads();
     void rebuild();
@@ -54,6 +54,7 @@ private:
     void changeRegistration();
     void passSymbols();
     void cut();
+    void fold();
     void changeRequest();
 
     void reply(ReplyPlan::Kind kind, int number = 0);

@@ -110,6 +110,11 @@ std::string text(const ReplyPlan& plan)
            std::to_string(plan.seed) + "u}";
 }
 
+std::string text(const std::vector<Variable>& group)
+{
+    return listText("std::vector<Variable>", group);
+}
+
 template <typename Value>
 std::string text(const std::optional<Value>& value)
 {
@@ -152,6 +157,10 @@ struct StepPrinter {
         return call("RebuildReadList", s.items);
     }
     std::string operator()(const Cut& s) const { return call("Cut", s.total, s.maxLen, s.var); }
+    std::string operator()(const Fold& s) const
+    {
+        return call("Fold", s.group, s.maxLen, s.isSorted);
+    }
     std::string operator()(const AskAddress& s) const { return call("AskAddress", s.label); }
     std::string operator()(const ResolveLabel& s) const { return call("ResolveLabel", s.label); }
     std::string operator()(const ReadValue& s) const

@@ -67,6 +67,13 @@ struct Cut {
     Variable var;
 };
 
+/// Bubble_Sort() and BitVarReCreat(), which append to the cyclic list.
+struct Fold {
+    std::vector<Variable> group;
+    int maxLen;
+    bool isSorted;
+};
+
 struct AskAddress {
     std::u16string label;
 };
@@ -133,8 +140,8 @@ struct TakeReply {
 };
 
 typedef std::variant<SetSettings, ChangeWord, SetCallbacks, EnableStation, PassSymbols, AddRead,
-                     AddWrite, AddOnce, RebuildReadList, Cut, AskAddress, ResolveLabel, ReadValue,
-                     WriteValue, Ask, ChangeRequest, TakeReply>
+                     AddWrite, AddOnce, RebuildReadList, Cut, Fold, AskAddress, ResolveLabel,
+                     ReadValue, WriteValue, Ask, ChangeRequest, TakeReply>
     Step;
 
 typedef std::vector<Step> Sequence;

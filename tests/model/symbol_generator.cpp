@@ -11,6 +11,7 @@ const int kMostLevels = 3;
 const std::uint16_t kArrayFlag = 0x100;
 const std::uint16_t kStructureFlag = 0x200;
 const std::uint16_t kStructured = 12;
+const std::uint16_t kBit = 13;
 
 template <typename List>
 const typename List::value_type& anyOf(test::Random& random, const List& list)
@@ -42,6 +43,18 @@ std::vector<Symbol> SymbolGenerator::records()
     const int scopes = m_random.between(1, 3);
     for (int i = 0; i < scopes; ++i)
         out.push_back(scope());
+    Symbol bits;
+    bits.name = u"bits";
+    bits.typeFlags = kBit;
+    m_bitAddress = m_random.below(200);
+    bits.offset = m_bitAddress;
+    bits.areaInfo.assign(1, m_random.below(3));
+    Symbol type;
+    type.memberCount = 1;
+    type.members.push_back(bits);
+    out.push_back(Symbol());
+    out.back().name = u"BITS";
+    out.back().typeDef.push_back(type);
     m_records = out;
     return out;
 }
@@ -170,6 +183,11 @@ std::u16string SymbolGenerator::soundLabel()
     return walkedLabel(true);
 }
 
+std::u16string SymbolGenerator::bitLabel() const
+{
+    return u"BITS.bits";
+}
+
 std::u16string SymbolGenerator::walkedLabel(bool isSound)
 {
     if (m_records.empty())
@@ -207,8 +225,8 @@ std::u16string SymbolGenerator::subscript(const Symbol& symbol, bool isSound)
         const bool hasBounds = 2 * k + 2 < symbol.arrayBounds.size();
         const int lower = hasBounds ? symbol.arrayBounds[2 * k + 1] : 0;
         const int upper = hasBounds ? symbol.arrayBounds[2 * k + 2] : 3;
-        int value =
-            upper - lower > 0 && upper - lower < 100 ? m_random.between(lower, upper) : lower;
+        const std::int64_t extent = std::int64_t(upper) - lower;
+        int value = extent > 0 && extent < 100 ? m_random.between(lower, upper) : lower;
         if (!isSound)
             value = m_random.between(-3, 12);
         const bool isBase = base >= 2 && base <= 36;

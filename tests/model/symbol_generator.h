@@ -22,6 +22,9 @@ public:
     /// A label whose variable has no structure around it and no missing subscript, when there is
     /// one.
     std::u16string soundLabel();
+    /// The label of a bit variable.
+    std::u16string bitLabel() const;
+    int bitAddress() const { return m_bitAddress; }
 
 private:
     std::u16string name();
@@ -37,6 +40,7 @@ private:
 
     test::Random& m_random;
     bool m_isWild = false;
+    int m_bitAddress = 0;
     std::vector<Symbol> m_records;
 };
 
