@@ -31,22 +31,28 @@ QStringList exampleSources()
             QStringLiteral("docs/examples/tcp_link.cpp")};
 }
 
-/// Whether the lines stand in the file as they are, one behind the other. Lines that are empty in
-/// the block stand for any number of lines, so that a block can show several functions.
-bool isPartOf(const QStringList& lines, const QStringList& source)
+/// Where the lines stand in the file, one behind the other, from `from` on; -1 if they do not.
+int positionOf(const QStringList& lines, const QStringList& source, int from)
+{
+    for (int i = from; i + int(lines.size()) <= int(source.size()); ++i) {
+        if (source.mid(i, lines.size()) == lines)
+            return i;
+    }
+    return -1;
+}
+
+/// Whether the paragraphs of a block stand in the file in this order. Between them the file may
+/// have more, so that a block can show several functions.
+bool isPartOf(const QStringList& block, const QStringList& source)
 {
     int at = 0;
-    bool gap = true;
-    for (const QString& line : lines) {
-        if (line.isEmpty()) {
-            gap = true;
-            continue;
-        }
-        const int found = int(source.indexOf(line, at));
-        if (found < 0 || (!gap && found != at))
+    const QStringList paragraphs = block.join(QLatin1Char('\n')).split(QStringLiteral("\n\n"));
+    for (const QString& paragraph : paragraphs) {
+        const QStringList lines = paragraph.split(QLatin1Char('\n'));
+        at = positionOf(lines, source, at);
+        if (at < 0)
             return false;
-        at = found + 1;
-        gap = false;
+        at += int(lines.size());
     }
     return true;
 }
