@@ -11,9 +11,19 @@
 namespace {
 
 const char kUsage[] =
-    "usage: bench_report RUN.json [--requirements FILE] [--compare FILE] [--store FILE]\n"
-    "Prints the table of a run of bench_driver; checks requirements; compares with stored ratios,\n"
+    "usage: bench_report ROUND.json... [--requirements FILE] [--compare FILE] [--store FILE]\n"
+    "Prints the table of a run of bench_driver, of one or more rounds; checks requirements; "
+    "compares with stored ratios,\n"
     "or stores them. Exit code 1: a requirement is missed, or a ratio has become worse.\n";
+
+/// The arguments before the first option.
+QStringList roundsIn(const QStringList& arguments)
+{
+    QStringList rounds;
+    for (int i = 1; i < int(arguments.size()) && !arguments.at(i).startsWith(QLatin1Char('-')); ++i)
+        rounds.append(arguments.at(i));
+    return rounds;
+}
 
 /// The argument behind `option`, or an empty text.
 QString valueOf(const QStringList& arguments, const char* option)
@@ -30,11 +40,12 @@ int main(int argc, char** argv)
 
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() < 2 || arguments.at(1).startsWith(QLatin1Char('-'))) {
+    const QStringList rounds = roundsIn(arguments);
+    if (rounds.isEmpty()) {
         std::fputs(kUsage, stderr);
         return 2;
     }
-    const Measurements measurements = Measurements::fromFile(arguments.at(1));
+    const Measurements measurements(rounds);
     printTable(measurements);
 
     bool good = true;

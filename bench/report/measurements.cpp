@@ -12,26 +12,15 @@ namespace bench {
 
 namespace {
 
-double nanosecondsIn(const QString& unit)
+Measurement measurementIn(const QJsonObject& entry)
 {
-    if (unit == QLatin1String("ms"))
-        return 1e6;
-    return unit == QLatin1String("us") ? 1e3 : 1;
-}
-
-double timeIn(const QJsonObject& entry)
-{
-    return entry.value(QLatin1String("cpu_time")).toDouble() *
-           nanosecondsIn(entry.value(QLatin1String("time_unit")).toString());
-}
-
-void takeMedians(const QJsonObject& entry, Measurement& measurement)
-{
-    measurement.time = timeIn(entry);
+    Measurement measurement;
+    measurement.time = entry.value(QLatin1String("cpu_time")).toDouble();
     measurement.variables = entry.value(QLatin1String("variables")).toDouble(1);
     measurement.allocations = entry.value(QLatin1String("allocations")).toDouble();
     measurement.bytes = entry.value(QLatin1String("bytes")).toDouble();
     measurement.held = entry.value(QLatin1String("held")).toDouble();
+    return measurement;
 }
 
 } // namespace
@@ -48,47 +37,56 @@ QJsonObject readObject(const QString& path)
     if (!file.open(QIODevice::ReadOnly))
         giveUp(path + QLatin1String(": ") + file.errorString());
     QJsonParseError error;
-    // Spreads of what is always 0 stand in the file as NaN, which is no JSON.
-    const QByteArray text = file.readAll().replace(": NaN", ": null").replace(": -NaN", ": null");
-    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &error);
     if (!document.isObject())
         giveUp(path + QLatin1String(" holds no JSON object: ") + error.errorString());
     return document.object();
 }
 
-Measurements Measurements::fromFile(const QString& path)
+Measurements::Measurements(const QStringList& paths)
+{
+    for (const QString& path : paths)
+        addRound(path);
+}
+
+void Measurements::addRound(const QString& path)
 {
     const QJsonObject run = readObject(path);
-    Measurements measurements;
-    measurements.m_qtVersion = run.value(QLatin1String("context"))
-                                   .toObject()
-                                   .value(QLatin1String("qt_version"))
-                                   .toString();
+    m_qtVersion = run.value(QLatin1String("context"))
+                      .toObject()
+                      .value(QLatin1String("qt_version"))
+                      .toString();
+    Round round;
     const QJsonArray benchmarks = run.value(QLatin1String("benchmarks")).toArray();
     for (const QJsonValue& value : benchmarks) {
         const QJsonObject entry = value.toObject();
-        const QString name = entry.value(QLatin1String("run_name")).toString();
+        const QString name = entry.value(QLatin1String("name")).toString();
         if (entry.value(QLatin1String("error_occurred")).toBool())
             giveUp(name + QLatin1String(": ") +
                    entry.value(QLatin1String("error_message")).toString());
-        const QString aggregate = entry.value(QLatin1String("aggregate_name")).toString();
-        if (aggregate == QLatin1String("least"))
-            measurements.m_byName[name].leastTime = timeIn(entry);
-        if (aggregate != QLatin1String("median"))
-            continue;
-        takeMedians(entry, measurements.m_byName[name]);
+        round.insert(name, measurementIn(entry));
         const QString work = name.section(QLatin1Char('/'), 0, -2);
-        if (!measurements.m_works.contains(work))
-            measurements.m_works.append(work);
+        if (!m_works.contains(work))
+            m_works.append(work);
     }
-    if (measurements.m_works.isEmpty())
-        giveUp(path + QLatin1String(" holds no medians; run with --benchmark_repetitions"));
-    return measurements;
+    if (round.isEmpty())
+        giveUp(path + QLatin1String(" holds no benchmarks"));
+    if (!m_rounds.empty() && round.keys() != m_rounds.front().keys())
+        giveUp(path + QLatin1String(" holds other benchmarks than the first round"));
+    m_rounds.push_back(round);
 }
 
 QString Measurements::qtMajor() const
 {
     return QLatin1String("qt") + m_qtVersion.section(QLatin1Char('.'), 0, 0);
+}
+
+double Measurements::timeRatio(const QString& name, const QString& other) const
+{
+    if (!contains(name) || !contains(other))
+        return 0;
+    return median(
+        [&](const Round& round) { return round.value(name).time / round.value(other).time; });
 }
 
 } // namespace bench

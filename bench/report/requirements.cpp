@@ -13,8 +13,6 @@ double quantityOf(const Measurement& measurement, const QString& quantity)
 {
     if (quantity == QLatin1String("time"))
         return measurement.time;
-    if (quantity == QLatin1String("least time"))
-        return measurement.leastTime;
     if (quantity == QLatin1String("allocations"))
         return measurement.allocations;
     if (quantity == QLatin1String("held"))
@@ -24,44 +22,39 @@ double quantityOf(const Measurement& measurement, const QString& quantity)
     giveUp(quantity + QLatin1String(" is no quantity; time, allocations, held or variables is"));
 }
 
-double sumOf(const Measurements& measurements, const QJsonObject& weights, const QString& quantity)
+double sumOf(const Round& round, const QJsonObject& weights, const QString& quantity)
 {
     double sum = 0;
     for (auto i = weights.constBegin(); i != weights.constEnd(); ++i) {
-        if (!measurements.contains(i.key()))
+        if (!round.contains(i.key()))
             giveUp(QLatin1String("a requirement needs ") + i.key() +
                    QLatin1String(", which the run does not hold; run without a filter"));
-        sum += i.value().toDouble() * quantityOf(measurements[i.key()], quantity);
+        sum += i.value().toDouble() * quantityOf(round.value(i.key()), quantity);
     }
     return sum;
 }
 
-double valueOf(const Measurements& measurements, const QJsonObject& requirement,
-               const QString& quantity)
+double valueIn(const Round& round, const QJsonObject& requirement)
 {
-    const double value =
-        sumOf(measurements, requirement.value(QLatin1String("of")).toObject(), quantity);
+    const QString quantity = requirement.value(QLatin1String("quantity")).toString();
+    const double value = sumOf(round, requirement.value(QLatin1String("of")).toObject(), quantity);
     if (!requirement.contains(QLatin1String("per")))
         return value;
-    return value / sumOf(measurements, requirement.value(QLatin1String("per")).toObject(),
+    return value / sumOf(round, requirement.value(QLatin1String("per")).toObject(),
                          requirement.value(QLatin1String("perQuantity")).toString(quantity));
 }
 
 bool check(const Measurements& measurements, const QJsonObject& requirement)
 {
-    const QString quantity = requirement.value(QLatin1String("quantity")).toString();
-    const double measured = valueOf(measurements, requirement, quantity);
+    const double measured =
+        measurements.median([&](const Round& round) { return valueIn(round, requirement); });
     const bool most = requirement.contains(QLatin1String("atMost"));
     const double limit =
         requirement.value(most ? QLatin1String("atMost") : QLatin1String("atLeast")).toDouble();
     const bool reached = most ? measured <= limit : measured >= limit;
-    std::printf("%-11s %-78s %9.2f  (%s %g", reached ? "reached" : "NOT REACHED",
+    std::printf("%-11s %-78s %9.2f  (%s %g)\n", reached ? "reached" : "NOT REACHED",
                 qPrintable(requirement.value(QLatin1String("work")).toString()), measured,
                 most ? "at most" : "at least", limit);
-    if (quantity == QLatin1String("time"))
-        std::printf("; least disturbed: %.2f",
-                    valueOf(measurements, requirement, QLatin1String("least time")));
-    std::printf(")\n");
     return reached;
 }
 

@@ -27,12 +27,15 @@ QString workName(const QString& work, const char* who)
 /// The driver's time as a multiple of the floor's, or of the baseline's; 0 without either.
 double ratioOf(const Measurements& measurements, const QString& work)
 {
-    for (const char* other : {"floor", "baseline"}) {
-        const Measurement beside = measurements[workName(work, other)];
-        if (beside.time > 0)
-            return measurements[workName(work, "driver")].time / beside.time;
-    }
-    return 0;
+    const QString driver = workName(work, "driver");
+    const double toFloor = measurements.timeRatio(driver, workName(work, "floor"));
+    return toFloor > 0 ? toFloor : measurements.timeRatio(driver, workName(work, "baseline"));
+}
+
+double allocationsOf(const Measurements& measurements, const QString& work)
+{
+    return measurements.median(
+        [&](const Round& round) { return round.value(workName(work, "driver")).allocations; });
 }
 
 bool isWorse(const char* what, const QString& work, double now, double stored, double limit)
@@ -61,8 +64,8 @@ bool compareWithStored(const Measurements& measurements, const QString& path)
         const double ratio = before.value(QLatin1String("ratio")).toDouble();
         const double allocations = before.value(QLatin1String("allocations")).toDouble();
         worse += isWorse("time ratio", work, ratioOf(measurements, work), ratio, ratio * tolerance);
-        worse += isWorse("allocations", work, measurements[workName(work, "driver")].allocations,
-                         allocations, allocations * (1 + kAllocationSlack) + kAllocationSlack);
+        worse += isWorse("allocations", work, allocationsOf(measurements, work), allocations,
+                         allocations * (1 + kAllocationSlack) + kAllocationSlack);
     }
     if (compared == 0)
         giveUp(path + QLatin1String(" holds no work of this run; store its ratios first"));
@@ -81,8 +84,7 @@ void storeRatios(const Measurements& measurements, const QString& path)
             continue;
         QJsonObject stored;
         stored.insert(QLatin1String("ratio"), rounded(ratio));
-        stored.insert(QLatin1String("allocations"),
-                      rounded(measurements[workName(work, "driver")].allocations));
+        stored.insert(QLatin1String("allocations"), rounded(allocationsOf(measurements, work)));
         ratios.insert(work, stored);
     }
     file.insert(measurements.qtMajor(), ratios);

@@ -3,10 +3,8 @@
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "support/allocations.h"
 
@@ -18,18 +16,11 @@ const char* const kByDriver = "driver";
 const char* const kByBaseline = "baseline";
 const char* const kByFloor = "floor";
 
-/// The least disturbed repetition: other processes only ever add to the time.
-inline double least(const std::vector<double>& times)
-{
-    return *std::min_element(times.begin(), times.end());
-}
-
 /// Registers `function` under the name WORK/WHO.
 template <typename Function>
 void registerBenchmark(const std::string& work, const char* who, Function function)
 {
-    benchmark::RegisterBenchmark((work + '/' + who).c_str(), function)
-        ->ComputeStatistics("least", least);
+    benchmark::RegisterBenchmark((work + '/' + who).c_str(), function);
 }
 
 /// States what a call of the work touches and what it asked of the heap.
