@@ -1,6 +1,5 @@
 #include "host/driver_library.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QLibrary>
@@ -54,17 +53,19 @@ DriverFunctions resolveAll(Resolver* resolver)
 }
 
 /// Folders to look in, the nearest first.
-QStringList libraryFolders()
+QStringList libraryFolders(const QString& programFolder)
 {
-    const QDir program(QCoreApplication::applicationDirPath());
-    QStringList folders = {program.path(), program.filePath(QStringLiteral("../lib"))};
+    const auto beside = [&programFolder](const char* name) {
+        return QDir::cleanPath(programFolder + QStringLiteral("/../") + QLatin1String(name));
+    };
+    QStringList folders = {QDir::cleanPath(programFolder), beside("lib")};
     // Debian installs libraries in a folder named after the architecture.
-    const QDir lib(program.filePath(QStringLiteral("../lib")));
+    const QDir lib(beside("lib"));
     const QStringList architectures =
         lib.entryList({QStringLiteral("*-linux-gnu*")}, QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString& architecture : architectures)
         folders.append(lib.filePath(architecture));
-    folders.append(program.filePath(QStringLiteral("../driver")));
+    folders.append(beside("driver"));
     return folders;
 }
 
@@ -88,18 +89,18 @@ std::optional<DriverFunctions> loadDriver(const QString& path, QString* error)
     return functions;
 }
 
-QString findDriver(const QString& requested, QString* error)
+QString findDriver(const QString& requested, const QString& programFolder, QString* error)
 {
     if (!requested.isEmpty())
         return requested;
     const QString fromEnvironment = qEnvironmentVariable("PLC_DRIVER");
     if (!fromEnvironment.isEmpty())
         return fromEnvironment;
-    const QStringList folders = libraryFolders();
+    const QStringList folders = libraryFolders(programFolder);
     for (const QString& folder : folders) {
         const QFileInfo file(QDir(folder), QString::fromLatin1(kFileName));
         if (file.exists())
-            return QDir::cleanPath(file.absoluteFilePath());
+            return file.absoluteFilePath();
     }
     *error = QStringLiteral("%1 is in none of %2; give its path with --driver or in PLC_DRIVER")
                  .arg(QString::fromLatin1(kFileName), folders.join(QStringLiteral(", ")));

@@ -35,9 +35,9 @@ struct DriverFunctions {
 std::optional<DriverFunctions> loadDriver(const QString& path, QString* error);
 
 /// Where the library is: `requested` if it is not empty, else what the environment variable
-/// PLC_DRIVER names, else the first that exists beside the program, in the lib folder of its
-/// installation or in its build tree. On failure returns an empty string and sets `error`.
-QString findDriver(const QString& requested, QString* error);
+/// PLC_DRIVER names, else the first that exists in the folder of the program, in the lib folder of
+/// its installation or in its build tree. On failure returns an empty string and sets `error`.
+QString findDriver(const QString& requested, const QString& programFolder, QString* error);
 
 } // namespace plc
 

@@ -91,7 +91,8 @@ QString replyText(const SentRequest& request, const QByteArray& reply, const Ans
 {
     QString text = QStringLiteral("reply to %1").arg(serviceText(request.content.service));
     if (!request.content.isLogin())
-        text += QStringLiteral(", status %1").arg(answer.status);
+        text += answer.status < 0 ? QStringLiteral(", no status")
+                                  : QStringLiteral(", status %1").arg(answer.status);
     if (request.content.service == Service::Read && answer.status == 0) {
         const QVector<FrameEntry>& entries = request.content.entries;
         text += QStringLiteral(": ") + entriesText(entries, readReplyBlocks(reply, entries));

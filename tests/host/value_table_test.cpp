@@ -1,0 +1,212 @@
+#include "host/value_table.h"
+
+#include "host/backoff.h"
+#include "tests/host/host_fixture.h"
+
+namespace plc {
+namespace test {
+namespace {
+
+TEST(Freshness, IsTheTimeOfTheByteReadLongestAgo)
+{
+    Freshness freshness(10);
+    EXPECT_EQ(freshness.oldest(), Freshness::kNever);
+    EXPECT_TRUE(freshness.cover(0, 4, 100));
+    EXPECT_EQ(freshness.oldest(), Freshness::kNever);
+    EXPECT_TRUE(freshness.cover(4, 10, 110));
+    EXPECT_EQ(freshness.oldest(), 100);
+    EXPECT_TRUE(freshness.cover(0, 4, 120));
+    EXPECT_EQ(freshness.oldest(), 110);
+    EXPECT_TRUE(freshness.cover(3, 5, 130));
+    EXPECT_EQ(freshness.oldest(), 110);
+    EXPECT_TRUE(freshness.cover(5, 10, 140));
+    EXPECT_EQ(freshness.oldest(), 120);
+    EXPECT_TRUE(freshness.cover(-5, 100, 150));
+    EXPECT_EQ(freshness.oldest(), 150);
+}
+
+TEST(Freshness, BytesOutsideTheValueDoNotCount)
+{
+    Freshness freshness(4);
+    EXPECT_FALSE(freshness.cover(4, 8, 100));
+    EXPECT_FALSE(freshness.cover(-4, 0, 100));
+    EXPECT_FALSE(freshness.cover(2, 2, 100));
+    EXPECT_EQ(freshness.oldest(), Freshness::kNever);
+    EXPECT_TRUE(freshness.cover(-1, 5, 100));
+    EXPECT_EQ(freshness.oldest(), 100);
+}
+
+TEST(Freshness, AgreesWithAClockForEachByte)
+{
+    Freshness freshness(16);
+    qint64 times[16];
+    std::fill(std::begin(times), std::end(times), Freshness::kNever);
+    quint32 random = 12345;
+    for (int now = 1; now <= 2000; ++now) {
+        random = random * 1664525u + 1013904223u;
+        const int start = int(random >> 8 & 31) - 8;
+        const int end = start + int(random >> 16 & 15);
+        freshness.cover(start, end, now);
+        for (int i = qMax(0, start); i < qMin(16, end); ++i)
+            times[i] = now;
+        ASSERT_EQ(freshness.oldest(), *std::min_element(std::begin(times), std::end(times))) << now;
+    }
+}
+
+TEST(RateMeter, NeedsSomeTimeToSayAnything)
+{
+    RateMeter meter;
+    EXPECT_EQ(meter.perSecond(0), 0.0);
+    meter.count(1000);
+    meter.count(1100);
+    EXPECT_EQ(meter.perSecond(1199), 0.0);
+    meter.count(1200);
+    EXPECT_DOUBLE_EQ(meter.perSecond(1200), 10.0);
+}
+
+TEST(RateMeter, TellsTheEventsOfTheLastSecond)
+{
+    RateMeter meter;
+    for (int i = 0; i <= 10; ++i)
+        meter.count(i * 100);
+    EXPECT_DOUBLE_EQ(meter.perSecond(1000), 10.0);
+    EXPECT_DOUBLE_EQ(meter.perSecond(1099), 10.0);
+    for (int i = 1; i <= 50; ++i)
+        meter.count(1000 + i * 20);
+    EXPECT_DOUBLE_EQ(meter.perSecond(2000), 50.0);
+}
+
+TEST(RateMeter, KnowsEventsRarerThanOneASecond)
+{
+    RateMeter meter;
+    for (int i = 0; i < 4; ++i)
+        meter.count(i * 4000);
+    EXPECT_DOUBLE_EQ(meter.perSecond(12000), 0.25);
+    EXPECT_DOUBLE_EQ(meter.perSecond(16000), 0.25);
+}
+
+TEST(RateMeter, FallsWhenNoMoreEventsCome)
+{
+    RateMeter meter;
+    for (int i = 0; i <= 10; ++i)
+        meter.count(i * 100);
+    EXPECT_DOUBLE_EQ(meter.perSecond(2000), 1.0);
+    EXPECT_DOUBLE_EQ(meter.perSecond(11000), 0.1);
+}
+
+TEST(Backoff, DoublesUpToTheLimitAndBeginsAnew)
+{
+    Backoff backoff(500, 3000);
+    for (int delay : {500, 1000, 2000, 3000, 3000})
+        EXPECT_EQ(backoff.next(), delay);
+    backoff.reset();
+    EXPECT_EQ(backoff.next(), 500);
+}
+
+TEST(Backoff, WaitsAtLeastAMillisecondAndNeverOverflows)
+{
+    Backoff none(0, 0);
+    EXPECT_EQ(none.next(), 1);
+    EXPECT_EQ(none.next(), 1);
+    Backoff huge(2000000000, 2147483647);
+    EXPECT_EQ(huge.next(), 2000000000);
+    EXPECT_EQ(huge.next(), 2147483647);
+}
+
+class ValueTableTest : public ::testing::Test {
+protected:
+    static DataPoint number(const char* label, int area, int address, int elements = 1)
+    {
+        DataPoint point;
+        point.text = point.label = QString::fromLatin1(label);
+        point.type = findIecType(QStringLiteral("INT"));
+        point.area = area;
+        point.address = address;
+        point.elements = elements;
+        return point;
+    }
+    static FrameEntry entry(int area, int address, int length)
+    {
+        FrameEntry result;
+        result.area = quint16(area);
+        result.address = quint32(address);
+        result.length = quint32(length);
+        return result;
+    }
+    ValueTable table(const QVector<DataPoint>& points)
+    {
+        return ValueTable(points, 3000, 0, [this](const DataPoint& point) {
+            ++fetches;
+            return memory.value(point.label);
+        });
+    }
+
+    QHash<QString, QByteArray> memory;
+    int fetches = 0;
+};
+
+TEST_F(ValueTableTest, EntryReachesExactlyTheValuesThatItCovers)
+{
+    ValueTable values = table({number("far", 1, 100), number("before", 1, 8), number("first", 1, 10),
+                               number("last", 1, 18), number("behind", 1, 20),
+                               number("elsewhere", 2, 10), number("partly", 1, 9)});
+    values.replyAccepted({entry(1, 10, 10)}, 50);
+    for (int row = 0; row < values.size(); ++row) {
+        const QString label = values.point(row).label;
+        EXPECT_EQ(values.wasRead(row), label == QLatin1String("first") ||
+                                           label == QLatin1String("last"))
+            << label.toStdString();
+    }
+    EXPECT_EQ(fetches, 2);
+}
+
+TEST_F(ValueTableTest, LargeValueIsFoundFarBehindItsStart)
+{
+    ValueTable values = table({number("large", 1, 0, 500), number("small", 1, 900)});
+    values.replyAccepted({entry(1, 0, 200), entry(1, 200, 200)}, 50);
+    EXPECT_FALSE(values.wasRead(0));
+    values.replyAccepted({entry(1, 400, 600)}, 60);
+    ASSERT_TRUE(values.wasRead(0));
+    EXPECT_EQ(values.age(0, 60), 10);
+    EXPECT_TRUE(values.wasRead(1));
+}
+
+TEST_F(ValueTableTest, SamePlaceTwiceIsTwoValues)
+{
+    ValueTable values = table({number("a", 1, 10), number("b", 1, 10)});
+    values.replyAccepted({entry(1, 10, 2)}, 50);
+    EXPECT_TRUE(values.wasRead(0));
+    EXPECT_TRUE(values.wasRead(1));
+}
+
+TEST_F(ValueTableTest, CountsReadsAndChanges)
+{
+    ValueTable values = table({number("a", 1, 10)});
+    memory[QStringLiteral("a")] = hex("01 00");
+    values.replyAccepted({entry(1, 10, 2)}, 10);
+    values.replyAccepted({entry(1, 10, 2)}, 20);
+    EXPECT_EQ(values.reads(0), 2u);
+    EXPECT_EQ(values.changes(0), 0u) << "the first value is no change";
+    memory[QStringLiteral("a")] = hex("02 00");
+    EXPECT_EQ(values.bytes(0), hex("01 00")) << "not read yet";
+    values.replyAccepted({entry(1, 10, 2)}, 30);
+    EXPECT_EQ(values.bytes(0), hex("02 00"));
+    EXPECT_EQ(values.reads(0), 3u);
+    EXPECT_EQ(values.changes(0), 1u);
+}
+
+TEST_F(ValueTableTest, AgeAndStalenessFollowTheClock)
+{
+    ValueTable values = table({number("a", 1, 10)});
+    values.replyAccepted({entry(1, 10, 2)}, 500);
+    EXPECT_EQ(values.age(0, 500), 0);
+    EXPECT_EQ(values.age(0, 3500), 3000);
+    EXPECT_FALSE(values.isStale(0, 3500));
+    EXPECT_TRUE(values.isStale(0, 3501));
+    values.replyAccepted({entry(1, 10, 2)}, 4000);
+    EXPECT_FALSE(values.isStale(0, 4000));
+}
+
+} // namespace
+} // namespace test
+} // namespace plc
