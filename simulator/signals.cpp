@@ -15,14 +15,29 @@ constexpr double kTwoPi = 6.283185307179586;
 /// Steps that a counter or walk makes up for after a pause; more would be seen by nobody.
 constexpr qint64 kMostStepsAtOnce = 1000;
 
-qint64 countIn(const Variable& variable)
+qint64 limited(qint64 count)
 {
-    qint64 each = variable.signal ? 1 : 0;
-    if (variable.structure) {
-        for (const Variable& member : variable.structure->members)
-            each = qMin(each + countIn(member), kMostSignalValues + 1);
+    return qMin(count, kMostSignalValues + 1);
+}
+
+qint64 countIn(const Variable& variable, const SignalCounts& counts)
+{
+    const qint64 each = variable.structure ? counts.value(variable.structure.get())
+                                           : qint64(variable.signal ? 1 : 0);
+    return each == 0 ? 0 : limited(each * elementCount(variable));
+}
+
+/// Structures may hold one another many times over: each is counted once.
+SignalCounts countInStructures(const Project& project)
+{
+    SignalCounts counts;
+    for (const auto& structure : project.structures) {
+        qint64 count = 0;
+        for (const Variable& member : structure->members)
+            count = limited(count + countIn(member, counts));
+        counts.insert(structure.get(), count);
     }
-    return each == 0 ? 0 : qMin(each * elementCount(variable), kMostSignalValues + 1);
+    return counts;
 }
 
 /// Part of the period that has passed, from 0 to 1.
@@ -44,10 +59,11 @@ double wrapped(double value, double from, double to, double step)
 
 qint64 countSignalValues(const Project& project)
 {
+    const SignalCounts counts = countInStructures(project);
     qint64 count = 0;
     for (const ScopeDefinition& scope : project.scopes) {
         for (const Variable& variable : scope.variables)
-            count = qMin(count + countIn(variable), kMostSignalValues + 1);
+            count = limited(count + countIn(variable, counts));
     }
     return count;
 }
@@ -76,7 +92,7 @@ Signals::Parameters::Parameters(const Signal& signal)
 }
 
 Signals::Signals(const Project& project, PlcMemory* memory, quint32 seed)
-    : m_memory(memory), m_random(seed)
+    : m_memory(memory), m_random(seed), m_structureCounts(countInStructures(project))
 {
     for (const ScopeDefinition& scope : project.scopes) {
         for (const Variable& variable : scope.variables) {
@@ -92,7 +108,7 @@ Signals::Signals(const Project& project, PlcMemory* memory, quint32 seed)
 
 void Signals::addVariable(const Variable& variable, const LabelTarget& container)
 {
-    if (countIn(variable) == 0)
+    if (countIn(variable, m_structureCounts) == 0)
         return;
     LabelTarget place = container;
     place.variable = &variable;

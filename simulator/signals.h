@@ -15,6 +15,9 @@ namespace plc {
 /// Values that one simulator lets live at most.
 constexpr qint64 kMostSignalValues = 100000;
 
+/// Values with a signal in one element of each structure.
+using SignalCounts = QHash<const StructureType*, qint64>;
+
 /// Values of the project that have a signal; every element of an array and every instance of a
 /// structure counts.
 qint64 countSignalValues(const Project& project);
@@ -59,6 +62,7 @@ private:
 
     PlcMemory* m_memory;
     std::mt19937 m_random;
+    SignalCounts m_structureCounts;
     std::map<const Variable*, Parameters> m_parameters; ///< By declaration.
     std::vector<LiveValue> m_values;
     QHash<const Variable*, qint64> m_ordinals; ///< Elements met so far in one scope variable.

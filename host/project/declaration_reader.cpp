@@ -100,6 +100,9 @@ void checkTextFits(const JsonNode& node, const Variable& variable)
 void checkNothingShared(const JsonNode& list, const QVector<Variable>& variables,
                         const QVector<QString>& paths, const QStringList& labels)
 {
+    // Places are only as small as they should be where nothing was wrong so far.
+    if (!list.errors()->isEmpty())
+        return;
     const std::optional<SharedMemory> shared = findSharedMemory(variables);
     if (!shared)
         return;

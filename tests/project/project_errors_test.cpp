@@ -263,6 +263,12 @@ const Broken kBrokenStructures[] = {
     {"MemberBehindTheEnd",
      R"({"name": "S", "size": 4, "members": [{"name": "a", "type": "DINT", "offset": 1}]})",
      "/structures/0/members/0: \"a\" ends at byte 5, but structure \"S\" has 4 bytes"},
+    {"MemberOfTheLargestSize",
+     R"({"name": "S", "size": 2147483647, "members": [{"name": "a", "type": "DINT", "offset": 1}]},
+        {"name": "T", "size": 4, "members": [{"name": "a", "type": "S", "offset": 2147483647,
+                                              "array": [[1, 2147483646]]}]})",
+     "/structures/1/members/0: \"a\" ends at byte 4611686014132420609, but structure \"T\" has 4 "
+     "bytes"},
     {"MembersShareAByte",
      R"({"name": "S", "size": 4, "members": [{"name": "a", "type": "DINT", "offset": 0},
                                              {"name": "b", "type": "BYTE", "offset": 2}]})",
