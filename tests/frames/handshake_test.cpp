@@ -133,7 +133,7 @@ TEST_F(Handshake, DoesNotLogIn)
 
 TEST_F(Handshake, NullVariableQueuesNothing)
 {
-    handshake_data(nullptr);
+    EXPECT_EQ(handshake_data(nullptr), 0);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
 
