@@ -532,6 +532,15 @@ TEST_F(ImageOnlyWrite, ValueAboveTheLargestIsRefused)
     EXPECT_EQ(0, bytesInImage());
 }
 
+TEST_F(ImageOnlyWrite, LargestValueIsStored)
+{
+    settings.writeMode = 0;
+    EXPECT_EQ(1, write("MAIN.code3", hex("34 12"), kLargestValue));
+    EXPECT_EQ(kLargestValue, bytesInImage());
+    EXPECT_EQ(0x34, byteAt(1000));
+    EXPECT_TRUE(exists(1000 + kLargestValue - 1));
+}
+
 TEST_F(ImageOnlyWrite, WhatIsWrittenInPlcOrderIsReadBackInHostOrder)
 {
     settings.writeMode = 0;
