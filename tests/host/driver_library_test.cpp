@@ -23,8 +23,9 @@ TEST(DriverLibrary, MissingFileIsNamed)
 {
     QString error;
     EXPECT_FALSE(loadDriver(QStringLiteral("/nowhere/libplc_driver.so"), &error));
-    EXPECT_THAT(error.toStdString(),
-                ::testing::StartsWith("cannot load the driver library /nowhere/libplc_driver.so: "));
+    EXPECT_THAT(
+        error.toStdString(),
+        ::testing::StartsWith("cannot load the driver library /nowhere/libplc_driver.so: "));
 }
 
 TEST(DriverLibrary, MissingEntryPointsAreNamed)
@@ -33,10 +34,10 @@ TEST(DriverLibrary, MissingEntryPointsAreNamed)
     EXPECT_FALSE(loadDriver(QStringLiteral("libm.so.6"), &error));
     EXPECT_THAT(
         error.toStdString(),
-        ::testing::AllOf(
-            ::testing::StartsWith("libm.so.6 is no PLC driver of this interface: it lacks SetComInfo, "
-                                  "RegistCallBackFuncIntf, FlashLocalRegister"),
-            ::testing::EndsWith("GetRegisterData, SetRegisterData")));
+        ::testing::AllOf(::testing::StartsWith(
+                             "libm.so.6 is no PLC driver of this interface: it lacks SetComInfo, "
+                             "RegistCallBackFuncIntf, FlashLocalRegister"),
+                         ::testing::EndsWith("GetRegisterData, SetRegisterData")));
 }
 
 /// A made-up installation.
@@ -67,7 +68,7 @@ private:
 
 TEST_F(FindDriverTest, WhatIsRequestedComesFirstThenTheEnvironment)
 {
-    put("bin/libplc_driver.so");
+    put("bin/" PLC_DRIVER_FILE);
     qputenv("PLC_DRIVER", "/from/environment.so");
     EXPECT_EQ(found("given.so"), "given.so");
     EXPECT_EQ(found(), "/from/environment.so");
@@ -75,13 +76,13 @@ TEST_F(FindDriverTest, WhatIsRequestedComesFirstThenTheEnvironment)
 
 TEST_F(FindDriverTest, NearestFileWins)
 {
-    const QString inBuildTree = put("driver/libplc_driver.so");
+    const QString inBuildTree = put("driver/" PLC_DRIVER_FILE);
     EXPECT_EQ(found(), inBuildTree);
-    const QString ofArchitecture = put("lib/x86_64-linux-gnu/libplc_driver.so");
+    const QString ofArchitecture = put("lib/x86_64-linux-gnu/" PLC_DRIVER_FILE);
     EXPECT_EQ(found(), ofArchitecture);
-    const QString installed = put("lib/libplc_driver.so");
+    const QString installed = put("lib/" PLC_DRIVER_FILE);
     EXPECT_EQ(found(), installed);
-    const QString besideProgram = put("bin/libplc_driver.so");
+    const QString besideProgram = put("bin/" PLC_DRIVER_FILE);
     EXPECT_EQ(found(), besideProgram);
 }
 

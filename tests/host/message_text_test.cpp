@@ -57,9 +57,9 @@ TEST(FrameText, TellsWhatARequestAsksFor)
     EXPECT_EQ(requestText(sentRequest("BB BB 00 00 00 15 3C 00 00 00 00 01 00 00 00 00 00 03"
                                       "00 00 00 00 01 00 01 00 00")),
               "write of 1 entries: area 0 bit 3 length 1 = 01");
-    EXPECT_EQ(requestText(sentRequest(
-                  "BB BB 00 00 00 0E 01 00 00 00 02 00 00 00 06 00 00 00 00 00")),
-              "login: identification");
+    EXPECT_EQ(
+        requestText(sentRequest("BB BB 00 00 00 0E 01 00 00 00 02 00 00 00 06 00 00 00 00 00")),
+        "login: identification");
     EXPECT_EQ(requestText(sentRequest("BB BB 00 00 00 02 2E 00")),
               "read of 0 entries:  (malformed)");
 }

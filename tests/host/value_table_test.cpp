@@ -147,14 +147,15 @@ protected:
 
 TEST_F(ValueTableTest, EntryReachesExactlyTheValuesThatItCovers)
 {
-    ValueTable values = table({number("far", 1, 100), number("before", 1, 8), number("first", 1, 10),
-                               number("last", 1, 18), number("behind", 1, 20),
-                               number("elsewhere", 2, 10), number("partly", 1, 9)});
+    ValueTable values =
+        table({number("far", 1, 100), number("before", 1, 8), number("first", 1, 10),
+               number("last", 1, 18), number("behind", 1, 20), number("elsewhere", 2, 10),
+               number("partly", 1, 9)});
     values.replyAccepted({entry(1, 10, 10)}, 50);
     for (int row = 0; row < values.size(); ++row) {
         const QString label = values.point(row).label;
-        EXPECT_EQ(values.wasRead(row), label == QLatin1String("first") ||
-                                           label == QLatin1String("last"))
+        EXPECT_EQ(values.wasRead(row),
+                  label == QLatin1String("first") || label == QLatin1String("last"))
             << label.toStdString();
     }
     EXPECT_EQ(fetches, 2);

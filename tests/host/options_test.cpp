@@ -1,0 +1,119 @@
+#include "host/cli/options.h"
+
+#include "tests/host/host_fixture.h"
+
+namespace plc {
+namespace test {
+namespace {
+
+class OptionsTest : public ::testing::Test {
+protected:
+    OptionsTest() { qunsetenv("PLC_PROJECT"); }
+
+    std::optional<Options> parse(std::initializer_list<const char*> arguments)
+    {
+        QStringList list{QStringLiteral("plc")};
+        for (const char* argument : arguments)
+            list.append(QString::fromUtf8(argument));
+        error.clear();
+        return readOptions(list, &error);
+    }
+    QString complaint(std::initializer_list<const char*> arguments)
+    {
+        EXPECT_FALSE(parse(arguments));
+        return error;
+    }
+
+    QString error;
+};
+
+TEST_F(OptionsTest, CommandAndItsArgumentsStandAnywhereAmongTheOptions)
+{
+    const std::optional<Options> options =
+        parse({"--json", "read", "-p", "a.json", "A.x", "--port", "99", "A.y"});
+    ASSERT_TRUE(options) << error.toStdString();
+    EXPECT_EQ(options->command, Command::Read);
+    EXPECT_EQ(options->arguments, (QStringList{"A.x", "A.y"}));
+    EXPECT_EQ(options->projectFile, "a.json");
+    EXPECT_EQ(options->port, 99);
+    EXPECT_TRUE(options->json);
+    EXPECT_FALSE(options->trace);
+}
+
+TEST_F(OptionsTest, ProjectComesFromTheEnvironmentUnlessItIsGiven)
+{
+    EXPECT_EQ(complaint({"run"}), "no project file; give it with --project or in PLC_PROJECT");
+    qputenv("PLC_PROJECT", "/etc/plant.json");
+    EXPECT_EQ(parse({"run"})->projectFile, "/etc/plant.json");
+    EXPECT_EQ(parse({"run", "--project", "b.json"})->projectFile, "b.json");
+}
+
+TEST_F(OptionsTest, RunHasItsOwnOptions)
+{
+    const std::optional<Options> options = parse(
+        {"run", "-p", "a", "--for", "2.5", "--cycle", "0", "--interval", "50", "--station-off", "3",
+         "--station-off", "4", "--address", "plc.local", "--timeout", "250", "--trace"});
+    ASSERT_TRUE(options) << error.toStdString();
+    EXPECT_EQ(options->duration, 2500);
+    EXPECT_EQ(options->cycleTime, 0);
+    EXPECT_EQ(options->interval, 50);
+    EXPECT_EQ(options->stationsOff, (QVector<int>{3, 4}));
+    EXPECT_EQ(options->address, "plc.local");
+    EXPECT_EQ(options->timeout, 250);
+    EXPECT_TRUE(options->trace);
+    EXPECT_FALSE(options->once);
+    EXPECT_EQ(complaint({"read", "-p", "a", "A.x", "--for", "2"}),
+              "--for is no option of plc read");
+    EXPECT_EQ(complaint({"symbols", "-p", "a", "--trace"}), "--trace is no option of plc symbols");
+}
+
+TEST_F(OptionsTest, WithoutOptionsRunGoesOnAtItsUsualPace)
+{
+    const std::optional<Options> options = parse({"run", "-p", "a"});
+    ASSERT_TRUE(options);
+    EXPECT_EQ(options->duration, 0);
+    EXPECT_EQ(options->interval, 0);
+    EXPECT_EQ(options->cycleTime, 100);
+    EXPECT_EQ(options->port, 0);
+    EXPECT_EQ(options->timeout, 0);
+    EXPECT_TRUE(options->stationsOff.isEmpty());
+}
+
+TEST_F(OptionsTest, WrongUsageIsExplained)
+{
+    EXPECT_EQ(complaint({}),
+              "a command is expected: run, read, write, resolve, symbols (plc --help tells more)");
+    EXPECT_EQ(
+        complaint({"raed", "-p", "a"}),
+        "\"raed\" is no command (did you mean \"read\"?); there are run, read, write, resolve, "
+        "symbols");
+    EXPECT_EQ(complaint({"read", "-p", "a"}), "plc read takes at least one label");
+    EXPECT_EQ(complaint({"write", "-p", "a"}), "plc write takes at least one LABEL=VALUE");
+    EXPECT_EQ(complaint({"symbols", "-p", "a", "x", "y"}), "plc symbols takes at most one pattern");
+    EXPECT_EQ(complaint({"run", "-p", "a", "--port", "65536"}),
+              "--port takes a number from 1 to 65535, not \"65536\"");
+    EXPECT_EQ(complaint({"run", "-p", "a", "--port", "x"}),
+              "--port takes a number from 1 to 65535, not \"x\"");
+    EXPECT_EQ(complaint({"run", "-p", "a", "--for", "0"}),
+              "--for takes a number of seconds above 0, not \"0\"");
+    EXPECT_EQ(complaint({"run", "-p", "a", "--for", "nan"}),
+              "--for takes a number of seconds above 0, not \"nan\"");
+    EXPECT_THAT(complaint({"run", "-p", "a", "--fro", "3"}).toStdString(),
+                ::testing::HasSubstr("fro"));
+    EXPECT_FALSE(complaint({"run", "-p"}).isEmpty());
+}
+
+TEST_F(OptionsTest, HelpNeedsNothingElse)
+{
+    for (const char* option : {"-h", "--help"}) {
+        const std::optional<Options> options = parse({option});
+        ASSERT_TRUE(options);
+        EXPECT_THAT(options->information.toStdString(),
+                    ::testing::HasSubstr("plc write LABEL=VALUE..."));
+    }
+    EXPECT_FALSE(parse({"--version"})->information.isEmpty());
+}
+
+} // namespace
+} // namespace test
+} // namespace plc
