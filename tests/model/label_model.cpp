@@ -73,8 +73,9 @@ int linearIndex(const std::u16string& subscript, const Symbol& array, std::uint3
     std::vector<std::int64_t> extent;
     for (std::size_t k = 0; k < dimensions; ++k) {
         bool isNumber = false;
-        const std::int64_t value =
-            QString::fromStdU16String(pieces[k]).toInt(&isNumber, array.arrayBounds[0]);
+        const QString piece(reinterpret_cast<const QChar*>(pieces[k].data()),
+                            int(pieces[k].size()));
+        const std::int64_t value = piece.toInt(&isNumber, array.arrayBounds[0]);
         const std::int64_t lower = array.arrayBounds[2 * k + 1];
         const std::int64_t upper = array.arrayBounds[2 * k + 2];
         if (!isNumber || value - lower < 0)

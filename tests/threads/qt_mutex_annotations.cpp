@@ -1,0 +1,87 @@
+// ThreadSanitizer sees the locks of code that it was built into, not those taken inside Qt's
+// library. QMutex waits there (with Qt 5 it locks there in any case); these functions stand in
+// front of Qt's own and tell it. Only the calls that the linker binds in this executable, the
+// driver's among them, come here.
+
+#include <QtCore/QMutex>
+
+#if defined(__SANITIZE_THREAD__)
+#define PLC_THREAD_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define PLC_THREAD_SANITIZER 1
+#endif
+#endif
+
+#ifdef PLC_THREAD_SANITIZER
+
+#include <dlfcn.h>
+#include <sanitizer/tsan_interface.h>
+
+#include <cstdlib>
+
+namespace {
+
+template <typename Function>
+Function inQt(const char* name)
+{
+    void* const function = dlsym(RTLD_NEXT, name);
+    if (!function)
+        std::abort();
+    return reinterpret_cast<Function>(function);
+}
+
+} // namespace
+
+extern "C" {
+
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+
+void lockAnnotated(QMutex* mutex) noexcept __asm__("_ZN6QMutex4lockEv");
+void lockAnnotated(QMutex* mutex) noexcept
+{
+    static const auto lock = inQt<void (*)(QMutex*)>("_ZN6QMutex4lockEv");
+    lock(mutex);
+    __tsan_acquire(mutex);
+}
+
+bool tryLockAnnotated(QMutex* mutex, int timeout) noexcept __asm__("_ZN6QMutex7tryLockEi");
+bool tryLockAnnotated(QMutex* mutex, int timeout) noexcept
+{
+    static const auto tryLock = inQt<bool (*)(QMutex*, int)>("_ZN6QMutex7tryLockEi");
+    const bool isLocked = tryLock(mutex, timeout);
+    if (isLocked)
+        __tsan_acquire(mutex);
+    return isLocked;
+}
+
+void unlockAnnotated(QMutex* mutex) noexcept __asm__("_ZN6QMutex6unlockEv");
+void unlockAnnotated(QMutex* mutex) noexcept
+{
+    static const auto unlock = inQt<void (*)(QMutex*)>("_ZN6QMutex6unlockEv");
+    __tsan_release(mutex);
+    unlock(mutex);
+}
+
+#else
+
+void lockAnnotated(QBasicMutex* mutex) noexcept __asm__("_ZN11QBasicMutex12lockInternalEv");
+void lockAnnotated(QBasicMutex* mutex) noexcept
+{
+    static const auto lock = inQt<void (*)(QBasicMutex*)>("_ZN11QBasicMutex12lockInternalEv");
+    lock(mutex);
+    __tsan_acquire(mutex);
+}
+
+void unlockAnnotated(QBasicMutex* mutex) noexcept __asm__("_ZN11QBasicMutex14unlockInternalEv");
+void unlockAnnotated(QBasicMutex* mutex) noexcept
+{
+    static const auto unlock = inQt<void (*)(QBasicMutex*)>("_ZN11QBasicMutex14unlockInternalEv");
+    __tsan_release(mutex);
+    unlock(mutex);
+}
+
+#endif
+}
+
+#endif
