@@ -1,6 +1,7 @@
 #include "result_codes.h"
 
 #include "Communication_Protocol.h"
+#include "wrapped_int.h"
 
 namespace {
 
@@ -37,5 +38,5 @@ int SwitchErrorReturn(int base)
         if (category >= kFirstShiftingCategory && category <= kLastShiftingCategory)
             shift = category + 1;
     }
-    return base + shift;
+    return plc::toInt32(qint64(base) + shift);
 }

@@ -25,9 +25,10 @@ public:
         value = qToBigEndian(value);
         return put(&value, sizeof value);
     }
-    /// The first `count` bytes of `value`, padded with zeros.
+    /// The first `count` bytes of `value`, padded with zeros; nothing for a negative count.
     FrameWriter& bytes(const QByteArray& value, int count)
     {
+        count = qMax(0, count);
         const int present = qMin(count, int(value.size()));
         put(value.constData(), present);
         m_position += qMin(count - present, left());

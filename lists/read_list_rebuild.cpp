@@ -77,7 +77,7 @@ private:
     void merge(const Range& range)
     {
         const qint64 span = qint64(range.address) + range.length - last().address;
-        if (span <= last().length || !hasFewPieces(span))
+        if (span <= last().length || !plc::hasFewPieces(span, m_maxLen))
             return;
         const Range extended = m_folded.last();
         m_folded.removeLast();
@@ -87,7 +87,7 @@ private:
     /// Appends `length` bytes from the address of `range` on, in pieces.
     void append(Range range, qint64 length)
     {
-        if (!hasFewPieces(length))
+        if (!plc::hasFewPieces(length, m_maxLen))
             return;
         for (qint64 left = length; left > 0; left -= range.length) {
             range.length = qint32(qMin(left, qint64(m_maxLen)));
@@ -95,8 +95,6 @@ private:
             range.address = plc::advanced(range.address, range.length);
         }
     }
-
-    bool hasFewPieces(qint64 length) const { return length / m_maxLen < plc::kPieceLimit; }
 
     const int m_maxLen;
     const int m_first;

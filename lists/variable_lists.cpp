@@ -105,6 +105,11 @@ void replaceQueuedPieces(QList<RW_VAR>& list, const RW_VAR& record, const QByteA
 
 namespace plc {
 
+bool hasFewPieces(qint64 length, int pieceSize)
+{
+    return (length - 1) / pieceSize < kPieceLimit;
+}
+
 void queueWritePieces(const RW_VAR& record, const QByteArray& bytes, int pieceSize)
 {
     const int total = int(bytes.size());
@@ -188,7 +193,7 @@ void WhetherGroup(int total, int maxLen, RW_VAR* var, QList<RW_VAR>* list)
         list->append(*var);
         return;
     }
-    if (total / maxLen >= plc::kPieceLimit)
+    if (!plc::hasFewPieces(total, maxLen))
         return;
     const qint32 start = var->address;
     for (qint64 position = 0; position < total; position += maxLen) {

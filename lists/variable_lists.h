@@ -12,6 +12,9 @@ const int kListLimit = 1024;
 /// must not fill the memory of the panel.
 const int kPieceLimit = 65536;
 
+/// Whether `length` bytes make at most kPieceLimit pieces of `pieceSize` bytes.
+bool hasFewPieces(qint64 length, int pieceSize);
+
 /// Queues the pieces of `bytes`, each at most `pieceSize` long, as AddListWriteVar() without append
 /// would one after the other. `record` says where the first goes and whose they are.
 void queueWritePieces(const RW_VAR& record, const QByteArray& bytes, int pieceSize);
