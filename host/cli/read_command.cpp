@@ -6,9 +6,11 @@ namespace plc {
 
 bool ReadCommand::prepare()
 {
-    for (const DataPoint& point : findPoints()) {
+    const QVector<DataPoint> points = findPoints();
+    for (const DataPoint& point : points) {
         Item item;
         item.point = point;
+        item.wasAskedAlone = points.size() == 1;
         m_items.append(item);
     }
     if (m_items.isEmpty())

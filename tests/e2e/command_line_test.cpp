@@ -85,7 +85,7 @@ TEST_F(CommandLine, ReadOfSeveralLabelsKeepsTheirOrder)
         run("read", {QStringLiteral("MAIN.tab[4]"), QStringLiteral("MAIN.tab[1]"),
                      QStringLiteral("MAIN.tab[2]*2")});
     EXPECT_EQ((QStringList{QStringLiteral("MAIN.tab[4] = 4"), QStringLiteral("MAIN.tab[1] = 1"),
-                           QStringLiteral("MAIN.tab[2]*2 = 2, 3")}),
+                           QStringLiteral("MAIN.tab[2]*2 = [2, 3]")}),
               outcome.lines);
 }
 
