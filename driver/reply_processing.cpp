@@ -82,7 +82,9 @@ void settleCyclicReads()
         return;
     list.first().result = 0;
     passRetValue(list.at(0), PLC_driver.reply);
-    for (int i = 0; i < plc::batchSize(); ++i)
+    // A batch of the whole list leaves the order as it is.
+    const int entries = int(list.size());
+    for (int moves = plc::batchSize() % entries; moves > 0; --moves)
         list.append(list.takeFirst());
 }
 

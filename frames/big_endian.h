@@ -12,7 +12,10 @@ namespace plc {
 /// the start; what would go beyond it is not written.
 class FrameWriter {
 public:
-    explicit FrameWriter(int size) : m_frame(size, '\0') {}
+    explicit FrameWriter(int size)
+        : m_frame(size, '\0'), m_next(m_frame.data()), m_end(m_next + size)
+    {
+    }
 
     FrameWriter& u8(quint8 value) { return put(&value, sizeof value); }
     FrameWriter& u16(quint16 value)
@@ -31,25 +34,28 @@ public:
         count = qMax(0, count);
         const int present = qMin(count, int(value.size()));
         put(value.constData(), present);
-        m_position += qMin(count - present, left());
+        m_next += qMin(count - present, left());
         return *this;
     }
     QByteArray frame() const { return m_frame; }
     /// Bytes not written yet.
-    int left() const { return int(m_frame.size()) - m_position; }
+    int left() const { return int(m_end - m_next); }
 
 private:
+    Q_DISABLE_COPY(FrameWriter)
+
     FrameWriter& put(const void* field, int size)
     {
         if (size <= left()) {
-            std::memcpy(m_frame.data() + m_position, field, size_t(size));
-            m_position += size;
+            std::memcpy(m_next, field, size_t(size));
+            m_next += size;
         }
         return *this;
     }
 
     QByteArray m_frame;
-    int m_position = 0;
+    char* m_next;
+    char* const m_end;
 };
 
 /// Reads the fields of a frame in wire order, most significant byte first. Nothing is read beyond
@@ -57,7 +63,7 @@ private:
 class FrameReader {
 public:
     FrameReader(const QByteArray& frame, qint64 position)
-        : m_next(reinterpret_cast<const uchar*>(frame.constData())), m_left(int(frame.size()))
+        : m_next(reinterpret_cast<const uchar*>(frame.constData())), m_end(m_next + frame.size())
     {
         skip(position);
     }
@@ -65,25 +71,20 @@ public:
     quint16 u16()
     {
         quint16 value = 0;
-        if (m_left >= int(sizeof value))
+        if (left() >= int(sizeof value))
             std::memcpy(&value, m_next, sizeof value);
         skip(sizeof value);
         return qFromBigEndian(value);
     }
-    /// Goes on by `count` bytes, to the end at most.
-    void skip(qint64 count)
-    {
-        const int step = int(qBound(qint64(0), count, qint64(m_left)));
-        m_next += step;
-        m_left -= step;
-    }
+    /// Goes on by `count` bytes, to the end at most; a negative count is none.
+    void skip(qint64 count) { m_next += qBound(qint64(0), count, qint64(left())); }
     /// The bytes from here on; `left()` of them.
     const uchar* here() const { return m_next; }
-    int left() const { return m_left; }
+    int left() const { return int(m_end - m_next); }
 
 private:
     const uchar* m_next;
-    int m_left;
+    const uchar* m_end;
 };
 
 } // namespace plc

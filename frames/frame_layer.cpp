@@ -25,12 +25,11 @@ int statedPayloadLength(const QByteArray& reply)
     return FrameReader(reply, kPayloadLengthOffset).u16();
 }
 
-FrameWriter beginRequest(quint8 service, int size, int entries)
+void writeRequestStart(FrameWriter& frame, quint8 service, int entries)
 {
-    FrameWriter frame(size);
-    frame.u16(kMagic).u16(0).u16(quint16(size - kHeaderSize));
+    const int payload = frame.left() - kHeaderSize;
+    frame.u16(kMagic).u16(0).u16(quint16(payload));
     frame.u8(service).u8(0).u32(quint32(entries));
-    return frame;
 }
 
 void writeTrailer(FrameWriter& frame)

@@ -29,8 +29,8 @@ const int kVariableLength = -1;
 /// 0 for a reply without a whole header.
 int statedPayloadLength(const QByteArray& reply);
 
-/// A writer behind the header of a request of `size` bytes in all, for `entries` entries.
-FrameWriter beginRequest(quint8 service, int size, int entries);
+/// Writes the header, the service and the entry count of a request into its whole frame.
+void writeRequestStart(FrameWriter& frame, quint8 service, int entries);
 
 /// The four bytes that end every read and write request.
 void writeTrailer(FrameWriter& frame);

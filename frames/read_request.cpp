@@ -25,7 +25,8 @@ void ReadAnalog(RW_VAR* var)
     if (!var)
         return;
     const int count = plc::batchSize();
-    plc::FrameWriter frame = plc::beginRequest(plc::kReadService, readRequestSize(count), count);
+    plc::FrameWriter frame(readRequestSize(count));
+    plc::writeRequestStart(frame, plc::kReadService, count);
     for (int i = 0; i < count; ++i) {
         const RW_VAR& entry = PLC_driver.batch[i];
         frame.u16(quint16(entry.areaIndex)).u32(quint32(entry.address)).u32(quint32(entry.length));

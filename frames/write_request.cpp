@@ -48,7 +48,8 @@ void WriteAnalog(RW_VAR* var)
     // The head alone decides: behind a bit, every entry states length 0, whatever its type.
     const bool bits = PLC_driver.batch[0].dataType == plc::kBitCode;
 
-    plc::FrameWriter frame = plc::beginRequest(plc::kWriteService, sizes.frameSize, count);
+    plc::FrameWriter frame(sizes.frameSize);
+    plc::writeRequestStart(frame, plc::kWriteService, count);
     for (int i = 0; i < count; ++i) {
         const RW_VAR& entry = PLC_driver.batch[i];
         frame.u16(quint16(entry.areaIndex))

@@ -5,6 +5,8 @@
 #include <QtCore/QVector>
 #include <QtCore/QtGlobal>
 
+#include <cstring>
+
 namespace plc {
 
 /// PLC memory as last read or written: a map from 64-bit keys (memory area index in the high half,
@@ -40,18 +42,106 @@ public:
 
     /// Copies `count` bytes from `address` on into `bytes` and creates those that do not exist.
     /// Addresses go on at 0 after 0xFFFFFFFF. A `count` of 0 or less does nothing.
-    void read(quint32 areaIndex, quint32 address, uchar* bytes, int count);
+    void read(quint32 areaIndex, quint32 address, uchar* bytes, int count)
+    {
+        if (const uchar* place = findRange(key(areaIndex, address), count))
+            copy(bytes, place, count);
+        else
+            readByPages(areaIndex, address, bytes, count);
+    }
     /// Stores `count` bytes from `address` on. Addresses go on at 0 after 0xFFFFFFFF.
-    void write(quint32 areaIndex, quint32 address, const uchar* bytes, int count);
+    void write(quint32 areaIndex, quint32 address, const uchar* bytes, int count)
+    {
+        if (uchar* place = findRange(key(areaIndex, address), count))
+            copy(place, bytes, count);
+        else
+            writeByPages(areaIndex, address, bytes, count);
+    }
 
 private:
-    struct Page;
+    static const int kPageBits = 8;
+    static const int kPageSize = 1 << kPageBits;
+    static const quint64 kIndexMask = kPageSize - 1;
+    static const int kWordBits = 64;
+
+    /// Bytes that do not exist are 0, so that ranges can be copied without looking at the map.
+    struct Page {
+        quint64 exists[kPageSize / kWordBits];
+        uchar bytes[kPageSize];
+
+        int create(int first, int count);
+    };
     struct Slot {
         quint64 pageKey = 0;
         Page* page = nullptr; ///< Null: the slot is free.
     };
 
-    Page* findPage(quint64 pageKey) const;
+    static int slotOfKey(quint64 pageKey, int mask)
+    {
+        const quint64 kSpread = Q_UINT64_C(0x9E3779B97F4A7C15); // 2^64 / golden ratio
+        return int(pageKey * kSpread >> 32) & mask;
+    }
+
+    Page* findPage(quint64 pageKey) const
+    {
+        if (m_slots.isEmpty())
+            return nullptr;
+        const Slot* table = m_slots.constData();
+        const int mask = int(m_slots.size()) - 1;
+        int i = slotOfKey(pageKey, mask);
+        while (table[i].page && table[i].pageKey != pageKey)
+            i = (i + 1) & mask;
+        return table[i].page;
+    }
+
+    /// `count` ones from bit `first` on; `count` is 1 to 64 - `first`.
+    static quint64 ones(int first, int count)
+    {
+        return (~Q_UINT64_C(0) >> (kWordBits - count)) << first;
+    }
+
+    /// Where the range lies when its bytes exist already and stand in one word of the map, as most
+    /// values do; else null.
+    uchar* findRange(quint64 start, int count) const
+    {
+        const int index = int(start & kIndexMask);
+        const int bit = index % kWordBits;
+        if (count <= 0 || count > kWordBits - bit)
+            return nullptr;
+        Page* page = findPage(start >> kPageBits);
+        const quint64 needed = ones(bit, count);
+        if (!page || (page->exists[index / kWordBits] & needed) != needed)
+            return nullptr;
+        return page->bytes + index;
+    }
+
+    /// Most values have a few bytes: two moves that overlap, without a call.
+    static void copy(uchar* to, const uchar* from, int count)
+    {
+        if (count > 16)
+            std::memcpy(to, from, size_t(count));
+        else if (count >= 8)
+            copyEnds<quint64>(to, from, count);
+        else if (count >= 4)
+            copyEnds<quint32>(to, from, count);
+        else if (count >= 2)
+            copyEnds<quint16>(to, from, count);
+        else
+            *to = *from;
+    }
+    template <typename Word>
+    static void copyEnds(uchar* to, const uchar* from, int count)
+    {
+        Word first;
+        Word last;
+        std::memcpy(&first, from, sizeof first);
+        std::memcpy(&last, from + count - sizeof last, sizeof last);
+        std::memcpy(to, &first, sizeof first);
+        std::memcpy(to + count - sizeof last, &last, sizeof last);
+    }
+
+    void readByPages(quint32 areaIndex, quint32 address, uchar* bytes, int count);
+    void writeByPages(quint32 areaIndex, quint32 address, const uchar* bytes, int count);
     Page& pageOf(quint64 pageKey);
     void insertPage(quint64 pageKey, Page* page);
     void grow();

@@ -113,12 +113,13 @@ void SaveToLocalDataErea(QByteArray* reply)
     if (offset < 0)
         return;
     plc::FrameReader reader(*reply, offset);
-    for (int k = 0; k < plc::batchSize(); ++k) {
-        const RW_VAR& entry = PLC_driver.batch[k];
-        const int length = quint16(entry.length);
+    plc::DataImage& image = PLC_driver.localImage;
+    const RW_VAR* const end = PLC_driver.batch + plc::batchSize();
+    for (const RW_VAR* entry = PLC_driver.batch; entry != end; ++entry) {
+        const int length = quint16(entry->length);
         reader.skip(kBlockLeadSize);
-        PLC_driver.localImage.write(quint32(entry.areaIndex), quint32(entry.address), reader.here(),
-                                    qMin(length, reader.left()));
+        image.write(quint32(entry->areaIndex), quint32(entry->address), reader.here(),
+                    qMin(length, reader.left()));
         reader.skip(length);
     }
 }

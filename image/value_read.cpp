@@ -75,7 +75,7 @@ void readBits(const ControlInformationM& place, uchar* bits, int count)
     }
 }
 
-/// Fills the zeroed buffer from the image.
+/// Fills the buffer from the image.
 void readValue(const ControlInformationM& place, plc::TypeGroup group, int count, uchar* buffer,
                int size)
 {
@@ -97,11 +97,11 @@ void readValue(const ControlInformationM& place, plc::TypeGroup group, int count
     toHostOrder(group, buffer, size);
 }
 
-/// Zeros `size` bytes in `value`, or empties it and returns false when no value is that large.
-bool zero(QByteArray& value, qint64 size)
+/// Gives `value` this size, or empties it and returns false when no value is that large.
+bool resize(QByteArray& value, qint64 size)
 {
     const bool acceptable = size <= plc::kLargestValue;
-    value.fill('\0', acceptable ? int(size) : 0);
+    value.resize(acceptable ? int(size) : 0);
     return acceptable;
 }
 
@@ -113,11 +113,12 @@ int GetRegisterData(const QString& label, int, int, int, QByteArray* value, int 
         return 0;
     ControlInformationM place = ControlInformationM();
     if (get_label_address_info(label, place) != plc::kResolved) {
-        zero(*value, bufferSize(plc::TypeGroup::None, count));
+        resize(*value, bufferSize(plc::TypeGroup::None, count));
+        value->fill('\0');
         return 0;
     }
     const plc::TypeGroup group = plc::typeInfo(place.dataType).group;
-    if (!zero(*value, bufferSize(group, count)))
+    if (!resize(*value, bufferSize(group, count)))
         return 0;
     if (value->isEmpty())
         return 1;

@@ -137,6 +137,27 @@ const Label_Type_Info* findMember(const Label_Type_Info& structure, const LabelT
     return nullptr;
 }
 
+/// Splits a label of two parts without a subscript, as most are. False for any other.
+bool splitPlainLabel(const LabelText& label, LabelText& scope, LabelText& variable)
+{
+    int dot = -1;
+    for (int i = 0; i < label.size; ++i) {
+        const ushort character = label.text[i].unicode();
+        if (character == '[')
+            return false;
+        if (character == '.') {
+            if (dot >= 0)
+                return false;
+            dot = i;
+        }
+    }
+    if (dot < 0)
+        return false;
+    scope = label.mid(0, dot);
+    variable = label.mid(dot + 1, label.size - dot - 1);
+    return true;
+}
+
 /// Walks from `record` along the parts from `index` on; each step descends into a member or into
 /// the definition of a structure, so that the depth of the records bounds the walk.
 int walk(const Label_Type_Info* record, const LabelParts& parts, int index,
@@ -188,23 +209,17 @@ bool isScalar(const plc::SymbolIndex::Variable& variable)
            plc::typeInfo(code).elementSize != 0;
 }
 
-} // namespace
-
-int get_label_address_info(const QString& label, ControlInformationM& info)
+/// Resolves against the variable that the first two parts name. `parts` are all of them, or null
+/// for a label that ends there and has no subscript.
+int resolve(const LabelPart& scopePart, const LabelPart& variablePart, const LabelParts* parts,
+            ControlInformationM& info)
 {
-    if (label.isEmpty())
-        return plc::kEmptyLabel;
-    LabelParts parts;
-    splitLabel(LabelText(label), parts);
-    if (parts.size() < 2)
-        return plc::kNoVariablePart;
-
-    const plc::SymbolIndex::Scope* scope = PLC_driver.symbolIndex.findScope(parts[0].name);
+    const plc::SymbolIndex::Scope* scope = PLC_driver.symbolIndex.findScope(scopePart.name);
     if (!scope)
         return plc::kNoScope;
     if (!scope->hasType())
         return plc::kScopeWithoutType;
-    const plc::SymbolIndex::Variable* variable = scope->findVariable(parts[1].name);
+    const plc::SymbolIndex::Variable* variable = scope->findVariable(variablePart.name);
     if (!variable)
         return plc::kNoElement;
     if (!variable->hasArea)
@@ -214,9 +229,33 @@ int get_label_address_info(const QString& label, ControlInformationM& info)
     info.address = variable->address;
     if (isScalar(*variable)) {
         info.dataType = quint8(variable->typeFlags & kTypeCodeMask);
-        return parts[1].hasSubscript ? plc::kNoElement : plc::kResolved;
+        return variablePart.hasSubscript ? plc::kNoElement : plc::kResolved;
     }
-    return walk(variable->record, parts, 1, info);
+    if (parts)
+        return walk(variable->record, *parts, 1, info);
+    LabelParts plain;
+    plain.append(scopePart);
+    plain.append(variablePart);
+    return walk(variable->record, plain, 1, info);
+}
+
+} // namespace
+
+int get_label_address_info(const QString& label, ControlInformationM& info)
+{
+    if (label.isEmpty())
+        return plc::kEmptyLabel;
+    const LabelText text(label);
+    LabelPart scope;
+    LabelPart variable;
+    if (splitPlainLabel(text, scope.name, variable.name))
+        return resolve(scope, variable, nullptr, info);
+
+    LabelParts parts;
+    splitLabel(text, parts);
+    if (parts.size() < 2)
+        return plc::kNoVariablePart;
+    return resolve(parts[0], parts[1], &parts, info);
 }
 
 int get_label_address_1(const Label_Type_Info& record, const QStringList& parts, int index,

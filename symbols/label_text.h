@@ -3,8 +3,6 @@
 
 #include <QtCore/QString>
 
-#include <cstring>
-
 namespace plc {
 
 /// Characters of a label that somebody else owns; labels are walked without copying a part of them.
@@ -37,8 +35,13 @@ struct LabelText {
     LabelText mid(int start, int length) const { return LabelText(text + start, length); }
     bool operator==(const LabelText& other) const
     {
-        return size == other.size &&
-               (size == 0 || std::memcmp(text, other.text, size_t(size) * sizeof(QChar)) == 0);
+        if (size != other.size)
+            return false;
+        for (int i = 0; i < size; ++i) {
+            if (text[i] != other.text[i])
+                return false;
+        }
+        return true;
     }
     QString toString() const { return QString(text, size); }
 };

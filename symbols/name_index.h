@@ -3,12 +3,32 @@
 
 #include <QtCore/QVector>
 
+#include <cstring>
+
 #include "symbols/label_text.h"
 
 namespace plc {
 
 /// Spreads the characters of a name over 32 bits.
-quint32 hashName(const LabelText& name);
+inline quint32 hashName(const LabelText& name)
+{
+    const quint64 kSpread = Q_UINT64_C(0x9E3779B97F4A7C15); // 2^64 / golden ratio
+    const int kCharactersAWord = int(sizeof(quint64) / sizeof(QChar));
+
+    quint64 hash = quint64(name.size);
+    int i = 0;
+    for (; i + kCharactersAWord <= name.size; i += kCharactersAWord) {
+        quint64 word;
+        std::memcpy(&word, name.text + i, sizeof word);
+        hash = (hash ^ word) * kSpread;
+        hash ^= hash >> 32;
+    }
+    quint64 rest = 0;
+    for (; i < name.size; ++i)
+        rest = rest << 16 | name.text[i].unicode();
+    hash = (hash ^ rest) * kSpread;
+    return quint32(hash >> 32);
+}
 
 /// Values by name, found in constant time and without a copy of the name. Of values with equal
 /// names the first that was inserted stays. The names are owned by somebody else, who keeps them
