@@ -1,0 +1,35 @@
+#ifndef PLC_BENCH_COMPARE_HOST_CLIENT_H
+#define PLC_BENCH_COMPARE_HOST_CLIENT_H
+
+#include "client.h"
+#include "host/driver_library.h"
+#include "host/project/project.h"
+
+namespace plc {
+namespace bench {
+
+/// How the host is told to do the work.
+struct HostSettings {
+    int maxReadBytes;
+    /// The block is 10,000 values with labels of their own, and not one value of 10,000 elements.
+    bool labelsEach;
+};
+
+/// The host of this repository, as `plc run` uses it: driver library, session and value table.
+class HostClient : public Client {
+public:
+    /// The driver must outlive the client.
+    HostClient(const DriverFunctions& driver, const HostSettings& settings);
+
+    void measure(Work work, quint16 port, Recorder* recorder) override;
+
+private:
+    const DriverFunctions& m_driver;
+    Project m_project;
+    const HostSettings m_settings;
+};
+
+} // namespace bench
+} // namespace plc
+
+#endif
