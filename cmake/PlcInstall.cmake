@@ -68,3 +68,4 @@ if(PLC_BUILD_TOOLS)
   install(FILES tools/wireshark/plc_block.lua tools/wireshark/README.md
     DESTINATION ${plc_data_dir}/wireshark COMPONENT tools)
 endif()
+include(PlcPackages)

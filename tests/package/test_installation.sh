@@ -92,7 +92,8 @@ PkgConfigHostBuildsAndRuns() {
     expect_equal "version" "$VERSION" "$(pkg-config --modversion plc_driver)"
     expect_equal "Qt" "$QT_MAJOR" "$(pkg-config --variable=qt_major plc_driver)"
     read -ra flags <<<"$(pkg-config --cflags --libs plc_driver)"
-    "$CXX" -Wall -Wextra -Werror "$consumer/main.cpp" -o "$folder/tiny-host" "${flags[@]}"
+    # Qt's headers refuse code that is not position independent.
+    "$CXX" -Wall -Wextra -Werror -fPIC "$consumer/main.cpp" -o "$folder/tiny-host" "${flags[@]}"
     expect_host_output "$(LD_LIBRARY_PATH=$installation/$LIBRARY_DIR "$folder/tiny-host")"
 }
 
@@ -105,6 +106,21 @@ ToolsComeWithManualCompletionAndDemo() {
     done
     expect_file share/plc-driver/demo/plant.json
     expect_file share/plc-driver/wireshark/plc_block.lua
+}
+
+ToolsWorkTogether() {
+    local project=$installation/share/plc-driver/demo/plant.json output=$WORK_DIR/simulator-output
+    "$installation/bin/plc-simulator" --port 0 "$project" >"$output" 2>&1 &
+    local simulator=$!
+    trap 'kill $simulator 2>/dev/null' RETURN
+    timeout 20 bash -c "until grep --quiet listening '$output'; do sleep 0.05; done" ||
+        fail "the simulator does not listen: $(cat "$output")"
+    local port
+    port=$(sed --quiet 's/^listening on .*:\([0-9]*\)$/\1/p' "$output")
+    "$installation/bin/plc" write --project "$project" --port "$port" 'Plant.pump[1].setpoint=12.5'
+    local value
+    value=$("$installation/bin/plc" read --project "$project" --port "$port" 'Plant.pump[1].setpoint')
+    [[ $value == "Plant.pump[1].setpoint = 12.5"* ]] || fail "12.5 was written, plc read gives: $value"
 }
 
 ChangelogBeginsWithTheVersion() {

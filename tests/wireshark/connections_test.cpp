@@ -28,6 +28,19 @@ TEST(BlockDissector, ReplyInManyPacketsIsPutTogether)
                 ElementsAre(Row{"5", "5007", QByteArray(5000, 'x').toHex().toStdString()}));
 }
 
+TEST(BlockDissector, ReplyInManyPacketsKeepsItsRequest)
+{
+    CaptureFile capture;
+    capture.client("bbbb 00000014 2e00 00000001 0003 0000000a 00001388 0001 1234");
+    capture.server(QByteArray::fromHex("bbbb 0000138f 0000 00000001 00") + QByteArray(5000, 'x'));
+    capture.client(kReadRequest);
+
+    EXPECT_THAT(capture.rows({"frame.number", "codesys_block.request_in", "codesys_block.reply_in",
+                              "codesys_block.expert.no_reply"},
+                             kTwoPasses),
+                ElementsAre(Row{"1", "", "5", ""}, Row{"5", "1", "", ""}, Row{"6", "", "", "1"}));
+}
+
 TEST(BlockDissector, FramesInSingleBytesArePutTogetherOnThePlcPort)
 {
     CaptureFile capture;

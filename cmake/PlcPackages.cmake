@@ -1,0 +1,107 @@
+# Debian packages: the preset `packages`, then `cpack` in its build folder. Debian's rules for names
+# and places are followed; tools/test_packages builds, checks, installs, uses and removes them.
+
+set(PLC_PACKAGE_CONTACT "PLC driver maintainers <maintainers@plc-driver.invalid>" CACHE STRING
+  "Name and address of who builds the packages")
+set(PLC_PACKAGE_REVISION 1 CACHE STRING "Debian revision of the packages")
+
+set(plc_runtime_package libplc-driver${PROJECT_VERSION_MAJOR})
+set(plc_development_package libplc-driver-dev)
+set(plc_tools_package plc-tools)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME plc-driver)
+set(CPACK_PACKAGE_VENDOR "")
+set(CPACK_PACKAGE_CONTACT "${PLC_PACKAGE_CONTACT}")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian/compress.cmake)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL runtime development)
+if(PLC_BUILD_TOOLS)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${PLC_PACKAGE_REVISION})
+set(CPACK_DEBIAN_PACKAGE_SOURCE plc-driver)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(plc_package_version ${PROJECT_VERSION}-${PLC_PACKAGE_REVISION})
+
+# The package's own first line is its summary; CPack would put the project's before it.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(plc_about "\
+The driver exchanges process data with PLCs of the ABB AC500 family in the
+CODESYS block protocol over TCP: it logs in, groups reads, writes, and gives
+and takes values by label. It holds no socket, timer or thread; the program
+that loads it does.")
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${plc_runtime_package})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "PLC communication driver
+${plc_about}")
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/triggers)
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${plc_development_package})
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "PLC communication driver (development files)
+${plc_about}
+
+This package holds the header, the CMake package, the pkg-config file and the
+documents.")
+if(PLC_QT_MAJOR EQUAL 6)
+  set(plc_qt_development_package qt6-base-dev)
+else()
+  set(plc_qt_development_package qtbase5-dev)
+endif()
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+  "${plc_runtime_package} (= ${plc_package_version}), ${plc_qt_development_package}")
+
+# The programs load the library when they run: nothing in the files says so.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${plc_tools_package})
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION "command line and simulator for PLC communication
+${plc_about}
+
+This package holds plc, which reads, writes and shows the variables of a PLC;
+plc-simulator, which plays one; a demo plant; and a dissector for Wireshark.")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${plc_runtime_package} (= ${plc_package_version})")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "bash-completion, wireshark | tshark")
+
+# What only the packages hold: the papers that Debian asks for, and the dissector where Wireshark
+# looks for it.
+file(STRINGS ${PROJECT_SOURCE_DIR}/CHANGELOG.md plc_release_heading
+  REGEX "^## ${PROJECT_VERSION} \\(" LIMIT_COUNT 1)
+string(REGEX MATCH "[0-9]+-[0-9]+-[0-9]+" plc_release_day "${plc_release_heading}")
+if(NOT plc_release_day)
+  message(FATAL_ERROR "CHANGELOG.md has no heading '## ${PROJECT_VERSION} (YYYY-MM-DD)'")
+endif()
+string(SUBSTRING ${plc_release_day} 0 4 plc_release_year)
+execute_process(COMMAND date --utc --rfc-email --date ${plc_release_day}
+  OUTPUT_VARIABLE plc_release_date OUTPUT_STRIP_TRAILING_WHITESPACE)
+foreach(file copyright changelog.Debian)
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/${file}.in debian/${file} @ONLY)
+endforeach()
+configure_file(${PROJECT_SOURCE_DIR}/CHANGELOG.md debian/changelog COPYONLY)
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  install(FILES
+    ${PROJECT_BINARY_DIR}/debian/copyright
+    ${PROJECT_BINARY_DIR}/debian/changelog
+    ${PROJECT_BINARY_DIR}/debian/changelog.Debian
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${plc_${component}_package}
+    COMPONENT ${component} EXCLUDE_FROM_ALL)
+endforeach()
+if(PLC_BUILD_TOOLS)
+  set(plc_wireshark_dir ${CMAKE_INSTALL_LIBDIR}/wireshark/plugins)
+  file(RELATIVE_PATH plc_dissector /${plc_wireshark_dir} /${plc_data_dir}/wireshark/plc_block.lua)
+  file(CREATE_LINK ${plc_dissector} ${PROJECT_BINARY_DIR}/debian/plc_block.lua SYMBOLIC)
+  install(FILES ${PROJECT_BINARY_DIR}/debian/plc_block.lua
+    DESTINATION ${plc_wireshark_dir} COMPONENT tools EXCLUDE_FROM_ALL)
+endif()
+
+include(CPack)
