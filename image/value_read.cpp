@@ -82,12 +82,14 @@ void readValue(const ControlInformationM& place, plc::TypeGroup group, int count
     switch (group) {
         case plc::TypeGroup::None:
         case plc::TypeGroup::Structure:
+            std::memset(buffer, 0, size_t(size));
             return;
         case plc::TypeGroup::Bit:
             readBits(place, buffer, size);
             return;
         case plc::TypeGroup::Byte:
             // Packed at the front, while a write takes one element from each register.
+            std::memset(buffer + count, 0, size_t(size - count));
             size = count;
             break;
         default:

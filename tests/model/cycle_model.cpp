@@ -12,6 +12,9 @@ const int kWriteOverhead = 10;
 const int kReadOverhead = 1;
 const int kTriesInARow = 5;
 const int kBitCode = 13;
+const int kEntryHeader = 10;
+/// Bytes of a request in front of and behind its payload as it is put together here.
+const int kHeaderAndTrailer = 8 + 4;
 
 void put(Bytes& frame, std::int64_t value, int bytes)
 {
@@ -159,6 +162,10 @@ void DriverModel::queueWrite(const Variable& head)
         put(payload, var.areaIndex, 2);
         put(payload, var.address, 4);
         put(payload, batch[0].dataType == kBitCode ? 0 : var.length, 4);
+        const std::int64_t frameSize =
+            std::int64_t(payload.size()) + kHeaderAndTrailer - kEntryHeader;
+        if (var.length > kLargestFrame - frameSize)
+            continue;
         for (std::int64_t i = 0; i < var.length; ++i)
             put(payload, i < std::int64_t(var.data.size()) ? var.data[std::size_t(i)] : 0, 1);
     }

@@ -40,6 +40,24 @@ TEST(FoundSequences, FailureCounterAtItsEndAbandonsTheTransaction)
     });
 }
 
+/// A scope MAIN with one variable v of this type.
+Step passVariable(int dataType)
+{
+    const Symbol variable{u"v", std::uint16_t(dataType), 0, 0, 0u, {}, {}, {}, {1}};
+    const Symbol type{u"", 0, 0, 0, 1u, {}, {variable}, {}, {}};
+    return PassSymbols{std::vector<Symbol>{Symbol{u"MAIN", 0, 0, 0, 0u, {}, {}, {type}, {}}}};
+}
+
+TEST(FoundSequences, ReadOfAValueWithoutConversionLeavesNothingOldInTheBuffer)
+{
+    expectSame({passVariable(0), ReadValue{u"MAIN.v", 1, true}});
+}
+
+TEST(FoundSequences, ReadOfPackedBytesLeavesNothingOldBehindThem)
+{
+    expectSame({passVariable(2), ReadValue{u"MAIN.v", 3, true}});
+}
+
 } // namespace
 } // namespace model
 } // namespace plc

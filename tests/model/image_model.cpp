@@ -37,6 +37,8 @@ void ImageModel::setBit(std::int64_t areaIndex, std::int64_t bitAddress, bool on
 
 void ImageModel::store(const Variable& var)
 {
+    if (var.length > kLargestValue)
+        return;
     for (std::int64_t i = 0; i < var.length; ++i) {
         const std::uint8_t byte =
             i < std::int64_t(var.data.size()) ? var.data[std::size_t(i)] : std::uint8_t(0);

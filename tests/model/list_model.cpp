@@ -136,6 +136,13 @@ int DriverModel::addOnce(Variable& var, int append)
             isThere = isThere || isSameRead(entry, var);
         if (!isThere && onceList.size() < kListLimit)
             onceList.push_back(var);
+        if (onceList.size() >= kListLimit) {
+            // The list takes nothing more; the record is left as its last piece.
+            const std::int64_t rest = remaining % maxReadBytes;
+            var.length = int(rest != 0 ? rest : maxReadBytes);
+            var.address = stored(var.address + remaining);
+            break;
+        }
         var.address = stored(var.address + chunk);
         remaining -= chunk;
     }
@@ -160,6 +167,8 @@ void DriverModel::cut(int total, int maxLen, Variable& var, std::vector<Variable
         list.push_back(var);
         return;
     }
+    if (!hasFewPieces(total, maxLen))
+        return;
     const int rest = total % maxLen;
     const int pieces = total / maxLen + (rest != 0 ? 1 : 0);
     const std::int64_t start = var.address;
@@ -249,12 +258,14 @@ void DriverModel::fold(const std::vector<Variable>& group, int maxLen)
         std::int64_t remaining = entry.length;
         if (hasRange && entry.address < lastAddress + maxLen) {
             const std::int64_t end = std::int64_t(entry.address) + entry.length;
-            if (end <= lastEnd)
+            if (end <= lastEnd || !hasFewPieces(end - lastAddress, maxLen))
                 continue;
             piece = readList.back();
             readList.pop_back();
             remaining = end - lastAddress;
         }
+        if (!hasFewPieces(remaining, maxLen))
+            continue;
         while (remaining > 0) {
             piece.length = int(std::min<std::int64_t>(remaining, maxLen));
             readList.push_back(piece);

@@ -20,6 +20,19 @@ inline std::int32_t stored(std::int64_t exact)
     return std::int32_t(std::uint32_t(std::uint64_t(exact)));
 }
 
+// Sizes that no PLC has. What is larger is a mistake of the host and is refused, so that it costs
+// the panel neither memory nor time.
+
+const std::int64_t kLargestValue = 16 * 1024 * 1024;
+const std::int64_t kLargestFrame = 16 * 1024 * 1024;
+const std::int64_t kMostPieces = 65536;
+
+/// Whether `length` bytes make few enough pieces.
+inline bool hasFewPieces(std::int64_t length, std::int64_t pieceSize)
+{
+    return (length + pieceSize - 1) / pieceSize <= kMostPieces;
+}
+
 /// One variable access, with the members of RW_VAR in their order.
 struct Variable {
     std::int32_t category = 0;

@@ -7,6 +7,8 @@ namespace {
 
 const int kAreas = 3;
 const int kStations = 4;
+/// Of a value's buffer, however large the count that goes with it.
+const int kMostRegisters = 1300;
 
 } // namespace
 
@@ -42,6 +44,7 @@ Sequence StepGenerator::sequence(std::size_t steps)
     m_sequence.clear();
     m_isWild = m_random.oneIn(3);
     m_hasHugeReads = m_isWild && m_random.oneIn(3);
+    m_isAbsurd = m_random.oneIn(5);
     m_symbols.setWild(m_isWild);
     setUp();
     while (m_sequence.size() < steps) {
@@ -70,6 +73,8 @@ int StepGenerator::place()
 
 int StepGenerator::count()
 {
+    if (m_isAbsurd && m_random.oneIn(4))
+        return pick({INT32_MAX, INT32_MIN, INT32_MAX - 5, 1 << 30, 20 * 1024 * 1024, 1 << 25});
     if (m_random.oneIn(15))
         return pick({0, -1, -2, -5});
     if (m_random.oneIn(20))
@@ -392,8 +397,8 @@ void StepGenerator::writeValues()
         step.station = m_random.below(kStations);
         step.count = count();
         if (!m_random.oneIn(50)) {
-            const int size =
-                2 * std::max(step.count, 0) + (m_random.oneIn(4) ? pick({-3, -1, 1, 5}) : 0);
+            const int registers = std::min(std::max(step.count, 0), kMostRegisters);
+            const int size = 2 * registers + (m_random.oneIn(4) ? pick({-3, -1, 1, 5}) : 0);
             step.value = bytes(std::max(size, 0));
         }
         step.category = m_random.between(1, 2);
@@ -457,7 +462,8 @@ void StepGenerator::passSymbols()
 
 void StepGenerator::cut()
 {
-    add(Cut{m_random.between(-5, 700), pick({1, 7, 100, 256, 0, -1, INT32_MAX}), record()});
+    add(Cut{m_isAbsurd ? count() : m_random.between(-5, 700),
+            pick({1, 7, 100, 256, 0, -1, INT32_MAX}), record()});
 }
 
 void StepGenerator::fold()

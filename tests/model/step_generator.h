@@ -9,7 +9,7 @@ namespace plc {
 namespace model {
 
 /// Makes sequences of steps as hosts take them, with everything that hosts, PLCs and networks do
-/// wrong. Sizes stay below those that the driver refuses as absurd.
+/// wrong.
 class StepGenerator {
 public:
     explicit StepGenerator(std::uint32_t seed) : m_random(seed), m_symbols(m_random) {}
@@ -67,6 +67,7 @@ private:
     /// What kind of host this sequence comes from.
     bool m_isWild = false;
     bool m_hasHugeReads = false;
+    bool m_isAbsurd = false;
 };
 
 } // namespace model

@@ -35,8 +35,11 @@ std::int64_t turnedSize(int width, std::int64_t count)
     return (count + registers - 1) / registers * width;
 }
 
+/// Zeros; none when they are more than a value can have.
 Bytes zeros(std::int64_t count)
 {
+    if (count > kLargestValue)
+        return Bytes();
     return Bytes(std::size_t(std::max<std::int64_t>(count, 0)), 0);
 }
 
@@ -52,11 +55,17 @@ void putByte(Bytes& bytes, std::size_t index, std::uint8_t byte)
     bytes[index] = byte;
 }
 
-/// The host's value in the PLC's order; empty for types that have no conversion.
+/// The host's value in the PLC's order; empty for types that have no conversion and for values that
+/// are too large.
 Bytes toPlcOrder(int dataType, const Bytes& value, int count)
 {
     const std::int64_t exact = count;
     const int width = turnedWidth(dataType);
+    const bool isPerRegister = dataType == 10 || dataType == 11;
+    const std::int64_t size =
+        width != 0 ? turnedSize(width, exact) : exact * (isPerRegister ? 2 : 1);
+    if (size > kLargestValue)
+        return Bytes();
     if (width != 0) {
         Bytes out = zeros(turnedSize(width, exact));
         for (std::size_t i = 0; i < value.size(); i += std::size_t(width)) {
@@ -110,8 +119,14 @@ int DriverModel::readValue(const std::u16string& label, int count, Bytes& value)
     const int area = place.areaIndex;
     const std::int64_t address = place.address;
     const int width = turnedWidth(place.dataType);
+    const bool isPerElement = place.dataType == 1 || place.dataType == 13;
+    const std::int64_t size = width != 0     ? turnedSize(width, exact)
+                              : isPerElement ? exact
+                                             : 2 * exact;
+    value = zeros(size);
+    if (size > kLargestValue)
+        return 0;
     if (width != 0) {
-        value = zeros(turnedSize(width, exact));
         for (std::size_t i = 0; i < value.size(); ++i) {
             const std::size_t element = i / std::size_t(width);
             const std::size_t j = i % std::size_t(width);
@@ -122,12 +137,10 @@ int DriverModel::readValue(const std::u16string& label, int count, Bytes& value)
     }
     switch (place.dataType) {
         case 1:
-            value = zeros(exact);
             for (std::size_t i = 0; i < value.size(); ++i)
                 value[i] = image.at(area, address + std::int64_t(i)) != 0 ? 1 : 0;
             break;
         case 13:
-            value = zeros(exact);
             for (std::size_t i = 0; i < value.size(); ++i)
                 value[i] = image.bit(area, address + std::int64_t(i)) ? 1 : 0;
             break;
@@ -170,6 +183,8 @@ int DriverModel::writeValue(const std::u16string& label, const std::u16string& s
     var.length = count;
     var.areaIndex = place.areaIndex;
     if (settings->word[kWriteMode] != kQueuedMode) {
+        if (count > kLargestValue)
+            return 0;
         var.data = value;
         image.store(var);
         return 1;
