@@ -139,10 +139,15 @@ void QtModbusClient::measure(Work work, quint16 port, Recorder* recorder)
 {
     QModbusTcpClient client;
     connectTo(port, &client);
-    Worker worker(work, m_requestsUnderWay, &client, recorder);
-    worker.run();
+    ReceivedValues values;
+    {
+        // Ends first: the client finishes replies once more when it disconnects.
+        Worker worker(work, m_requestsUnderWay, &client, recorder);
+        worker.run();
+        values = worker.values();
+    }
     const bool isRead = work != Work::Writes && work != Work::ReadBacks;
-    if (isRead && !areRight(work, worker.values()))
+    if (isRead && !areRight(work, values))
         giveUp(QStringLiteral("Qt: %1: wrong values").arg(titleOf(work)));
     client.disconnectDevice();
 }
