@@ -108,6 +108,28 @@ ToolsComeWithManualCompletionAndDemo() {
     expect_file share/plc-driver/wireshark/plc_block.lua
 }
 
+# options_in HELP; --help-all is Qt's own.
+options_in() {
+    grep --only-matching --regexp ' --[a-z-]*' <<<"$1" | grep --invert-match help-all | sort --unique
+}
+
+ManualAndCompletionNameAllThatHelpNames() {
+    local tool help manual completion name
+    for tool in plc plc-simulator; do
+        help=$("$installation/bin/$tool" --help)
+        manual=$(<"$installation/share/man/man1/$tool.1")
+        completion=$(<"$installation/share/bash-completion/completions/$tool")
+        for name in $(options_in "$help"); do
+            [[ $manual =~ (Fl|,)\ -${name#--}[^a-z-] ]] || fail "the manual of $tool lacks $name"
+            [[ $completion =~ $name[^a-z-] ]] || fail "the completion of $tool lacks $name"
+        done
+        for name in $(sed --quiet 's/^  plc \([a-z]*\) .*/\1/p' <<<"$help"); do
+            [[ $manual == *"Cm $name"* ]] || fail "the manual of $tool lacks the command $name"
+            [[ $completion =~ commands=\'[^\']*$name ]] || fail "the completion of $tool lacks $name"
+        done
+    done
+}
+
 ToolsWorkTogether() {
     local project=$installation/share/plc-driver/demo/plant.json output=$WORK_DIR/simulator-output
     "$installation/bin/plc-simulator" --port 0 "$project" >"$output" 2>&1 &
