@@ -1,4 +1,5 @@
-# Target `docs`: the reference of the host interface as HTML in reference/html. A warning is an error.
+# Target `docs`: the reference of the host interface as HTML in reference/html. Doxygen's warnings
+# are errors.
 
 find_package(Doxygen QUIET)
 if(NOT DOXYGEN_FOUND)

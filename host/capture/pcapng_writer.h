@@ -12,7 +12,8 @@ namespace plc {
 /// Writes Ethernet packets as a pcapng file: one section, one interface, times in nanoseconds.
 ///
 /// Every packet goes to the device in one piece, so that a file which ends early, because the
-/// process or the disk did, is readable up to its last whole packet.
+/// process or the disk did, is readable up to its last whole packet. For that the device is opened
+/// with QIODevice::Unbuffered.
 class PcapngWriter {
 public:
     /// Writes the head of the file. `device` is open for writing and outlives the writer;

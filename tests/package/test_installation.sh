@@ -59,7 +59,8 @@ LibraryCarriesItsVersion() {
         "$(readelf --dynamic --wide "$folder/libplc_driver.so" |
             sed --quiet 's/.*(SONAME).*\[\(.*\)\]/\1/p')"
     expect_equal "run path" "" \
-        "$(readelf --dynamic --wide "$folder/libplc_driver.so" | grep --regexp RPATH --regexp RUNPATH || true)"
+        "$(readelf --dynamic --wide "$folder/libplc_driver.so" |
+            grep --regexp RPATH --regexp RUNPATH || true)"
     cmp "$SOURCE_DIR/driver/plc_driver.h" "$installation/$INCLUDE_DIR/plc_driver.h"
 }
 
@@ -110,7 +111,8 @@ ToolsComeWithManualCompletionAndDemo() {
 
 # options_in HELP; --help-all is Qt's own.
 options_in() {
-    grep --only-matching --regexp ' --[a-z-]*' <<<"$1" | grep --invert-match help-all | sort --unique
+    grep --only-matching --regexp ' --[a-z-]*' <<<"$1" | grep --invert-match help-all |
+        sort --unique
 }
 
 ManualAndCompletionNameAllThatHelpNames() {
@@ -125,7 +127,8 @@ ManualAndCompletionNameAllThatHelpNames() {
         done
         for name in $(sed --quiet 's/^  plc \([a-z]*\) .*/\1/p' <<<"$help"); do
             [[ $manual == *"Cm $name"* ]] || fail "the manual of $tool lacks the command $name"
-            [[ $completion =~ commands=\'[^\']*$name ]] || fail "the completion of $tool lacks $name"
+            [[ $completion =~ commands=\'[^\']*$name ]] ||
+                fail "the completion of $tool lacks the command $name"
         done
     done
 }
@@ -139,10 +142,10 @@ ToolsWorkTogether() {
         fail "the simulator does not listen: $(cat "$output")"
     local port
     port=$(sed --quiet 's/^listening on .*:\([0-9]*\)$/\1/p' "$output")
-    "$installation/bin/plc" write --project "$project" --port "$port" 'Plant.pump[1].setpoint=12.5'
-    local value
-    value=$("$installation/bin/plc" read --project "$project" --port "$port" 'Plant.pump[1].setpoint')
-    [[ $value == "Plant.pump[1].setpoint = 12.5"* ]] || fail "12.5 was written, plc read gives: $value"
+    local value label='Plant.pump[1].setpoint'
+    "$installation/bin/plc" write --project "$project" --port "$port" "$label=12.5"
+    value=$("$installation/bin/plc" read --project "$project" --port "$port" "$label")
+    [[ $value == "$label = 12.5"* ]] || fail "12.5 was written, plc read gives: $value"
 }
 
 ChangelogBeginsWithTheVersion() {
