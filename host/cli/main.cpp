@@ -61,7 +61,8 @@ int run(const QStringList& arguments)
     if (!project)
         return usageError(error);
     applyOverrides(*options, &*project);
-    const QString library = findDriver(options->driverFile, QCoreApplication::applicationDirPath(), &error);
+    const QString library =
+        findDriver(options->driverFile, QCoreApplication::applicationDirPath(), &error);
     if (library.isEmpty())
         return usageError(error);
     const std::optional<DriverFunctions> driver = loadDriver(library, &error);
