@@ -37,7 +37,7 @@ QStringList labelsOf(Work work, bool labelsEach)
         labels.append(scatteredLabel(i));
     for (int i = 0; work == Work::Clusters && i < valuesIn(work); ++i)
         labels.append(clusterLabel(i / valuesInCluster(), i % valuesInCluster()));
-    for (int i = 0; (work == Work::Writes || work == Work::ReadBacks) && i < valuesIn(work); ++i)
+    for (int i = 0; !isRead(work) && i < valuesIn(work); ++i)
         labels.append(settingLabel(i));
     return labels;
 }
@@ -63,12 +63,12 @@ public:
 
     void run()
     {
+        // Also when nothing is read: the driver still has what the last worker read.
+        m_runtime.readCyclically(isRead(m_work) ? m_points : QVector<DataPoint>(), m_link.now());
         if (m_work == Work::Writes)
             write(m_points.first(), [this] { beginWrites(); });
         else if (m_work == Work::ReadBacks)
             write(m_points.first(), [this] { beginReadBacks(); });
-        else
-            m_runtime.readCyclically(m_points, m_link.now());
         m_link.start();
         m_loop.exec();
         m_link.stop();
@@ -256,8 +256,7 @@ void HostClient::measure(Work work, quint16 port, Recorder* recorder)
     m_project.port = port;
     Worker worker(work, m_driver, m_project, m_settings.labelsEach, recorder);
     worker.run();
-    const bool isRead = work != Work::Writes && work != Work::ReadBacks;
-    if (isRead && !areRight(work, worker.values()))
+    if (isRead(work) && !areRight(work, worker.values()))
         giveUp(QStringLiteral("plc: %1: wrong values").arg(titleOf(work)));
 }
 

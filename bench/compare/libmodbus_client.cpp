@@ -107,8 +107,7 @@ void LibmodbusClient::measure(Work work, quint16 port, Recorder* recorder)
     do {
         worker.pass(requests);
     } while (!recorder->passDone());
-    const bool isRead = work != Work::Writes && work != Work::ReadBacks;
-    if (isRead && !areRight(work, worker.values()))
+    if (isRead(work) && !areRight(work, worker.values()))
         giveUp(QStringLiteral("libmodbus: %1: wrong values").arg(titleOf(work)));
 }
 

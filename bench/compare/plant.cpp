@@ -149,6 +149,11 @@ QString titleOf(Work work)
     return QStringLiteral("a value read back after a write");
 }
 
+bool isRead(Work work)
+{
+    return work != Work::Writes && work != Work::ReadBacks;
+}
+
 int valuesIn(Work work)
 {
     switch (work) {

@@ -22,6 +22,7 @@ const std::vector<Work>& allWorks();
 char letterOf(Work work);
 /// As it stands in the report.
 QString titleOf(Work work);
+bool isRead(Work work);
 
 constexpr int kBlockValues = 10000;
 constexpr int kScatteredValues = 10000;

@@ -146,8 +146,7 @@ void QtModbusClient::measure(Work work, quint16 port, Recorder* recorder)
         worker.run();
         values = worker.values();
     }
-    const bool isRead = work != Work::Writes && work != Work::ReadBacks;
-    if (isRead && !areRight(work, values))
+    if (isRead(work) && !areRight(work, values))
         giveUp(QStringLiteral("Qt: %1: wrong values").arg(titleOf(work)));
     client.disconnectDevice();
 }
