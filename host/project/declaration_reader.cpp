@@ -337,9 +337,7 @@ void DeclarationReader::readType(const JsonNode& node, Variable* variable)
 
 void DeclarationReader::checkArea(const JsonNode& node, const Variable& variable) const
 {
-    QStringList known;
     for (const MemoryArea& area : m_areas) {
-        known.append(QString::number(area.index));
         if (area.index != variable.area)
             continue;
         if (transferEnd(variable) > area.size) {
@@ -351,6 +349,9 @@ void DeclarationReader::checkArea(const JsonNode& node, const Variable& variable
         }
         return;
     }
+    QStringList known;
+    for (const MemoryArea& area : m_areas)
+        known.append(QString::number(area.index));
     node.member("area").failExpecting(
         QStringLiteral("one of the areas of this file: %1").arg(known.join(QLatin1String(", "))));
 }
