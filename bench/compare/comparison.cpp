@@ -19,8 +19,8 @@ namespace {
 
 /// One entry takes the whole block; its reply is far below the largest that the protocol has.
 constexpr int kLongEntries = 2 * kBlockValues;
-/// What fills the budget of one request.
-constexpr int kShortEntries = 998;
+/// No second entry goes into a request with one of these.
+constexpr int kShortEntries = 1000;
 
 /// No further round of a work at a delay begins after this time.
 constexpr std::chrono::seconds kLongestCase{60};
@@ -84,11 +84,22 @@ private:
     std::map<std::pair<Server, int>, quint16> m_ports;
 };
 
+Project plantProject()
+{
+    QString error;
+    const std::optional<Project> project =
+        parseProject(projectJson(), QStringLiteral("the plant"), &error);
+    if (!project)
+        giveUp(error);
+    return *project;
+}
+
 std::map<Peer, std::unique_ptr<Client>> makeClients(const DriverFunctions& driver)
 {
+    const Project plant = plantProject();
     std::map<Peer, std::unique_ptr<Client>> clients;
     const auto addHost = [&](Peer peer, const HostSettings& settings) {
-        clients[peer] = std::make_unique<HostClient>(driver, settings);
+        clients[peer] = std::make_unique<HostClient>(driver, plant, settings);
     };
     addHost(Peer::Host, {kLongEntries, false});
     addHost(Peer::HostShortEntries, {kShortEntries, false});
@@ -185,7 +196,7 @@ QString nameOf(Peer peer)
         case Peer::Host:
             return QStringLiteral("plc");
         case Peer::HostShortEntries:
-            return QStringLiteral("plc, entries of 998 bytes");
+            return QStringLiteral("plc, entries of 1000 bytes");
         case Peer::HostLabelsEach:
             return QStringLiteral("plc, 10,000 labels");
         case Peer::Libmodbus:

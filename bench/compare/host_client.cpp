@@ -12,17 +12,13 @@ namespace plc {
 namespace bench {
 namespace {
 
-Project plantProject(int maxReadBytes)
+Project projectWith(const Project& plant, int maxReadBytes)
 {
-    QString error;
-    std::optional<Project> project =
-        parseProject(projectJson(), QStringLiteral("the plant"), &error);
-    if (!project)
-        giveUp(error);
-    project->settings.maxReadBytes = maxReadBytes;
-    project->settings.connectTimeout = kAnswerTimeout;
-    project->settings.replyTimeout = kAnswerTimeout;
-    return *project;
+    Project project = plant;
+    project.settings.maxReadBytes = maxReadBytes;
+    project.settings.connectTimeout = kAnswerTimeout;
+    project.settings.replyTimeout = kAnswerTimeout;
+    return project;
 }
 
 /// Labels of the values that a read work is about.
@@ -246,8 +242,9 @@ private:
 
 } // namespace
 
-HostClient::HostClient(const DriverFunctions& driver, const HostSettings& settings)
-    : m_driver(driver), m_project(plantProject(settings.maxReadBytes)), m_settings(settings)
+HostClient::HostClient(const DriverFunctions& driver, const Project& plant,
+                       const HostSettings& settings)
+    : m_driver(driver), m_project(projectWith(plant, settings.maxReadBytes)), m_settings(settings)
 {
 }
 

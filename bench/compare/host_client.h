@@ -19,7 +19,7 @@ struct HostSettings {
 class HostClient : public Client {
 public:
     /// The driver must outlive the client.
-    HostClient(const DriverFunctions& driver, const HostSettings& settings);
+    HostClient(const DriverFunctions& driver, const Project& plant, const HostSettings& settings);
 
     void measure(Work work, quint16 port, Recorder* recorder) override;
 
