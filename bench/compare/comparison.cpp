@@ -3,6 +3,8 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <map>
@@ -140,6 +142,13 @@ DriverFunctions loadBuiltDriver()
     return *driver;
 }
 
+/// Replaces the line in which users see what is going on.
+void tellProgress(const QString& text)
+{
+    if (::isatty(STDERR_FILENO) != 0)
+        std::fprintf(stderr, "\r%-60s%s", qPrintable(text), text.isEmpty() ? "\r" : "");
+}
+
 /// Runs the rounds of one work at one delay.
 class Case {
 public:
@@ -166,8 +175,10 @@ public:
 private:
     void measure(Client* client, Result* result) const
     {
-        std::fprintf(stderr, "\r(%c) %d ms, %-40s", letterOf(m_work), m_delay,
-                     qPrintable(nameOf(result->peer)));
+        tellProgress(QStringLiteral("(%1) %2 ms, %3")
+                         .arg(QLatin1Char(letterOf(m_work)))
+                         .arg(m_delay)
+                         .arg(nameOf(result->peer)));
         const quint16 port = m_testbed.port(result->peer, m_delay);
         Recorder recorder(port, m_shortest);
         client->measure(m_work, port, &recorder);
@@ -222,7 +233,7 @@ std::vector<Result> compare(const ComparisonOptions& options)
             results.insert(results.end(), one.results().begin(), one.results().end());
         }
     }
-    std::fprintf(stderr, "\r%60s\r", "");
+    tellProgress(QString());
     return results;
 }
 
