@@ -30,7 +30,7 @@ configure_host() {
     local folder=$WORK_DIR/$1
     shift
     rm -rf "$folder"
-    cmake -S "$consumer" -B "$folder" -DCMAKE_PREFIX_PATH="$installation" \
+    cmake -G Ninja -S "$consumer" -B "$folder" -DCMAKE_PREFIX_PATH="$installation" \
         -DCMAKE_BUILD_TYPE="$BUILD_TYPE" -DCMAKE_CXX_COMPILER="$CXX" \
         -DCMAKE_CXX_COMPILER_LAUNCHER="$LAUNCHER" "$@" 2>&1
 }
