@@ -1,7 +1,12 @@
-// ThreadSanitizer sees the locks of code that it was built into, not those taken inside Qt's
-// library. QMutex waits there (with Qt 5 it locks there in any case); these functions stand in
-// front of Qt's own and tell it. Only the calls that the linker binds in this executable, the
-// driver's among them, come here.
+// ThreadSanitizer sees the locks and atomic counters of code that it was built into, not those
+// inside Qt's library.
+//
+// QMutex waits there (with Qt 5 it locks there in any case); the functions here stand in front of
+// Qt's own and tell it. Only the calls that the linker binds in this executable, the driver's among
+// them, come here.
+//
+// Qt's assignment of strings counts references down there and frees what nothing refers to any
+// more; frees by Qt itself are not looked at.
 
 #include <QtCore/QMutex>
 
@@ -34,6 +39,16 @@ Function inQt(const char* name)
 } // namespace
 
 extern "C" {
+
+__attribute__((visibility("default"))) const char* __tsan_default_suppressions();
+const char* __tsan_default_suppressions()
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    return "called_from_lib:libQt5Core.so\n";
+#else
+    return "called_from_lib:libQt6Core.so\n";
+#endif
+}
 
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
 
