@@ -45,9 +45,9 @@ std::chrono::seconds runTime()
 
 Label_Type_Info plant()
 {
-    const Label_Type_Info slots = arrayOf(variable("slot", 5, 0, kSlotArea), {10, 0, kSlots - 1});
+    const Label_Type_Info places = arrayOf(variable("slot", 5, 0, kSlotArea), {10, 0, kSlots - 1});
     const Label_Type_Info others = arrayOf(variable("other", 3, 0, kOtherArea), {10, 0, 999});
-    return scope("MAIN", {slots, others});
+    return scope("MAIN", {places, others});
 }
 
 QString slotLabel(int slot)
@@ -140,7 +140,7 @@ protected:
 
     // The other threads.
 
-    /// Writes to its own slots, each time when the last write to it is settled.
+    /// Writes to its own places, each time when the last write to it is settled.
     void write(int writer)
     {
         int tag = writer;
