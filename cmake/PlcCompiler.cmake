@@ -25,6 +25,7 @@ if(PLC_SANITIZE)
   target_link_options(plc_options INTERFACE -fsanitize=${PLC_SANITIZE})
 endif()
 if(PLC_COVERAGE)
-  target_compile_options(plc_options INTERFACE --coverage -fno-inline)
+  # Threads count too.
+  target_compile_options(plc_options INTERFACE --coverage -fno-inline -fprofile-update=atomic)
   target_link_options(plc_options INTERFACE --coverage)
 endif()
