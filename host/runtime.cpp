@@ -72,13 +72,8 @@ Runtime::~Runtime()
 void Runtime::readCyclically(const QVector<DataPoint>& points, qint64 now)
 {
     QList<HostVarItem> items;
-    for (const DataPoint& point : points) {
-        HostVarItem item;
-        item.station = quint8(point.station);
-        item.label = point.label;
-        item.count = cyclicCount(point);
-        items.append(item);
-    }
+    for (const DataPoint& point : points)
+        items.append(cyclicItem(point));
     m_session.setCyclicEntries(m_driver.reCreatReadVarList(&items));
     m_values = ValueTable(points, m_staleAfter, now,
                           [this](const DataPoint& point) { return fetch(point); });

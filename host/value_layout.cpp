@@ -44,6 +44,15 @@ int cyclicCount(const DataPoint& point)
     return isText(*point.type) ? textBytes(point) : readCount(point);
 }
 
+HostVarItem cyclicItem(const DataPoint& point)
+{
+    HostVarItem item;
+    item.station = quint8(point.station);
+    item.label = point.label;
+    item.count = cyclicCount(point);
+    return item;
+}
+
 int oneShotCount(const DataPoint& point)
 {
     return readCount(point);

@@ -33,6 +33,9 @@ int readCount(const DataPoint& point);
 /// `HostVarItem::count` for the cyclic read list.
 int cyclicCount(const DataPoint& point);
 
+/// The data point as ReCreatReadVarList() takes it.
+HostVarItem cyclicItem(const DataPoint& point);
+
 /// `RW_VAR::length` for AddListOnceReadVar().
 int oneShotCount(const DataPoint& point);
 

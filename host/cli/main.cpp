@@ -4,6 +4,7 @@
 #include "host/cli/label_commands.h"
 #include "host/cli/once_command.h"
 #include "host/cli/options.h"
+#include "host/cli/plan_command.h"
 #include "host/cli/read_command.h"
 #include "host/cli/run_command.h"
 #include "host/cli/write_command.h"
@@ -37,6 +38,8 @@ int execute(const CommandContext& context)
             return resolveLabels(context);
         case Command::Symbols:
             return listSymbols(context);
+        case Command::Plan:
+            return planScan(context);
     }
     return kExitUsage;
 }

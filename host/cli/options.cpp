@@ -15,6 +15,10 @@ constexpr int kHighestStation = 255;
 constexpr int kLongestTime = 24 * 60 * 60 * 1000;                              // ms
 constexpr double kLongestRun = double(std::numeric_limits<int>::max()) / 1000; // s
 
+constexpr double kLongestRoundTrip = 60 * 1000; // ms
+constexpr double kSlowestNetwork = 0.001;       // Mbit/s
+constexpr double kFastestNetwork = 100000;      // Mbit/s
+
 const char kHelp[] = R"(plc exchanges data with a PLC through the driver library.
 
   plc run [LABEL...]         read the project's cyclic labels (or these) again and again
@@ -22,6 +26,7 @@ const char kHelp[] = R"(plc exchanges data with a PLC through the driver library
   plc write LABEL=VALUE...   write these and report what the PLC said to each
   plc resolve LABEL...       show type, area and address of these
   plc symbols [PATTERN]      list the project's variables; PATTERN may have * and ?
+  plc plan [PROJECT]         show what a scan of the cyclic labels takes, and the best setting
 
 A label is SCOPE.VARIABLE with subscripts and members as declared, such as
 Plant.tank[3].level. LABEL*N stands for N elements of an array from that one on;
@@ -45,6 +50,9 @@ Options for run:
   --cycle MS           time from one pass over all values to the next, at least (100)
   --interval MS        time between two prints (1000) or screens (200)
   --station-off N      begin with station N switched off; may be given again
+Options for plan:
+  --rtt MS             round-trip time to the PLC and back (1)
+  --mbit N             speed of the network in Mbit/s (100)
 
 While it runs, plc run takes these lines from its standard input:
   write LABEL=VALUE    write a value; its outcome is printed
@@ -71,10 +79,11 @@ const CommandName kCommands[] = {
     {"read", Command::Read, 1, kAnyNumber, "at least one label"},
     {"write", Command::Write, 1, kAnyNumber, "at least one LABEL=VALUE"},
     {"resolve", Command::Resolve, 1, kAnyNumber, "at least one label"},
-    {"symbols", Command::Symbols, 0, 1, "at most one pattern"}};
+    {"symbols", Command::Symbols, 0, 1, "at most one pattern"},
+    {"plan", Command::Plan, 0, 1, "at most one project file"}};
 
 /// Which commands an option is for.
-enum Use { kForAll, kForLink, kForRun };
+enum Use { kForAll, kForLink, kForRun, kForPlan };
 
 struct OptionDescription {
     const char* names; ///< Separated by blanks, the longest last.
@@ -83,11 +92,12 @@ struct OptionDescription {
 };
 
 const OptionDescription kOptions[] = {
-    {"p project", true, kForAll}, {"driver", true, kForAll},     {"json", false, kForAll},
-    {"h help", false, kForAll},   {"v version", false, kForAll}, {"address", true, kForLink},
-    {"port", true, kForLink},     {"timeout", true, kForLink},   {"trace", false, kForLink},
-    {"for", true, kForRun},       {"once", false, kForRun},      {"cycle", true, kForRun},
-    {"interval", true, kForRun},  {"station-off", true, kForRun}};
+    {"p project", true, kForAll}, {"driver", true, kForAll},      {"json", false, kForAll},
+    {"h help", false, kForAll},   {"v version", false, kForAll},  {"address", true, kForLink},
+    {"port", true, kForLink},     {"timeout", true, kForLink},    {"trace", false, kForLink},
+    {"for", true, kForRun},       {"once", false, kForRun},       {"cycle", true, kForRun},
+    {"interval", true, kForRun},  {"station-off", true, kForRun}, {"rtt", true, kForPlan},
+    {"mbit", true, kForPlan}};
 
 bool isFor(Command command, Use use)
 {
@@ -97,9 +107,11 @@ bool isFor(Command command, Use use)
         case kForLink:
             return command == Command::Run || command == Command::Read || command == Command::Write;
         case kForRun:
+            return command == Command::Run;
+        case kForPlan:
             break;
     }
-    return command == Command::Run;
+    return command == Command::Plan;
 }
 
 QStringList namesOf(const OptionDescription& description)
@@ -138,6 +150,21 @@ public:
     int integer(const char* name, int lowest, int highest, int otherwise)
     {
         return has(name) ? integers(name, lowest, highest).last() : otherwise;
+    }
+    double number(const char* name, double lowest, double highest, double otherwise)
+    {
+        if (!has(name))
+            return otherwise;
+        bool ok = false;
+        const double number = text(name).toDouble(&ok);
+        if (ok && number >= lowest && number <= highest)
+            return number;
+        complain(QStringLiteral("--%1 takes a number from %2 to %3, not %4")
+                     .arg(QString::fromLatin1(name))
+                     .arg(lowest)
+                     .arg(highest)
+                     .arg(quoted(text(name))));
+        return otherwise;
     }
     int seconds(const char* name)
     {
@@ -208,6 +235,8 @@ Options readValues(OptionReader* reader)
     options.duration = reader->seconds("for");
     options.interval = reader->integer("interval", 1, kLongestTime, options.interval);
     options.cycleTime = reader->integer("cycle", 0, kLongestTime, options.cycleTime);
+    options.roundTrip = reader->number("rtt", 0, kLongestRoundTrip, options.roundTrip);
+    options.bandwidth = reader->number("mbit", kSlowestNetwork, kFastestNetwork, options.bandwidth);
     options.stationsOff = reader->integers("station-off", 0, kHighestStation);
     return options;
 }
@@ -253,6 +282,8 @@ std::optional<Options> readOptions(const QStringList& arguments, QString* error)
                                 .arg(QString::fromLatin1(command->name),
                                      QString::fromLatin1(command->argumentsText)));
         }
+        if (options.command == Command::Plan && count == 1)
+            options.projectFile = options.arguments.takeFirst();
         if (options.projectFile.isEmpty()) {
             reader.complain(
                 QStringLiteral("no project file; give it with --project or in PLC_PROJECT"));

@@ -9,7 +9,7 @@
 
 namespace plc {
 
-enum class Command { Run, Read, Write, Resolve, Symbols };
+enum class Command { Run, Read, Write, Resolve, Symbols, Plan };
 
 /// The command line, checked.
 struct Options {
@@ -27,6 +27,8 @@ struct Options {
     int interval = 0;    ///< ms; 0: as suits the kind of output.
     int cycleTime = 100; ///< ms
     QVector<int> stationsOff;
+    double roundTrip = 1;   ///< ms
+    double bandwidth = 100; ///< Mbit/s
     /// What is asked for instead of a command: help or the version.
     QString information;
 };

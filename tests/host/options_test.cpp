@@ -67,6 +67,28 @@ TEST_F(OptionsTest, RunHasItsOwnOptions)
     EXPECT_EQ(complaint({"symbols", "-p", "a", "--trace"}), "--trace is no option of plc symbols");
 }
 
+TEST_F(OptionsTest, PlanTakesTheProjectAsItsArgumentAndTheNetworkAsOptions)
+{
+    const std::optional<Options> options =
+        parse({"plan", "a.json", "--rtt", "2.5", "--mbit", "10", "--json"});
+    ASSERT_TRUE(options) << error.toStdString();
+    EXPECT_EQ(options->command, Command::Plan);
+    EXPECT_EQ(options->projectFile, "a.json");
+    EXPECT_TRUE(options->arguments.isEmpty());
+    EXPECT_DOUBLE_EQ(options->roundTrip, 2.5);
+    EXPECT_DOUBLE_EQ(options->bandwidth, 10);
+    EXPECT_EQ(parse({"plan", "-p", "b.json"})->projectFile, "b.json");
+    EXPECT_EQ(parse({"plan", "-p", "b.json"})->roundTrip, 1);
+    EXPECT_EQ(complaint({"plan"}), "no project file; give it with --project or in PLC_PROJECT");
+    EXPECT_EQ(complaint({"plan", "a.json", "b.json"}), "plc plan takes at most one project file");
+    EXPECT_EQ(complaint({"plan", "a.json", "--rtt", "far"}),
+              "--rtt takes a number from 0 to 60000, not \"far\"");
+    EXPECT_EQ(complaint({"plan", "a.json", "--mbit", "0"}),
+              "--mbit takes a number from 0.001 to 100000, not \"0\"");
+    EXPECT_EQ(complaint({"run", "-p", "a", "--rtt", "1"}), "--rtt is no option of plc run");
+    EXPECT_EQ(complaint({"plan", "a.json", "--trace"}), "--trace is no option of plc plan");
+}
+
 TEST_F(OptionsTest, WithoutOptionsRunGoesOnAtItsUsualPace)
 {
     const std::optional<Options> options = parse({"run", "-p", "a"});
@@ -81,12 +103,13 @@ TEST_F(OptionsTest, WithoutOptionsRunGoesOnAtItsUsualPace)
 
 TEST_F(OptionsTest, WrongUsageIsExplained)
 {
-    EXPECT_EQ(complaint({}),
-              "a command is expected: run, read, write, resolve, symbols (plc --help tells more)");
+    EXPECT_EQ(
+        complaint({}),
+        "a command is expected: run, read, write, resolve, symbols, plan (plc --help tells more)");
     EXPECT_EQ(
         complaint({"raed", "-p", "a"}),
         "\"raed\" is no command (did you mean \"read\"?); there are run, read, write, resolve, "
-        "symbols");
+        "symbols, plan");
     EXPECT_EQ(complaint({"read", "-p", "a"}), "plc read takes at least one label");
     EXPECT_EQ(complaint({"write", "-p", "a"}), "plc write takes at least one LABEL=VALUE");
     EXPECT_EQ(complaint({"symbols", "-p", "a", "x", "y"}), "plc symbols takes at most one pattern");

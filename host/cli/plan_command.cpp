@@ -1,0 +1,110 @@
+#include "host/cli/plan_command.h"
+
+#include "host/cli/value_lines.h"
+#include "host/project/symbol_list.h"
+#include "host/scan_plan.h"
+
+namespace plc {
+namespace {
+
+constexpr int kTimeDecimals = 3;
+constexpr double kPercent = 100;
+
+/// The project's cyclic values. Returns nothing after complaining when one is wrong or there are
+/// none.
+QVector<DataPoint> cyclicPoints(const CommandContext& context)
+{
+    QList<Label_Type_Info> symbols = symbolList(context.project);
+    context.driver.passVarName2(&symbols);
+    const DataPointFinder finder(context.project, context.driver);
+    QVector<DataPoint> points;
+    for (const CyclicLabel& label : context.project.cyclic) {
+        QString error;
+        const std::optional<DataPoint> point = finder.find(label, &error);
+        if (!point) {
+            complain(error);
+            return {};
+        }
+        points.append(*point);
+    }
+    if (points.isEmpty())
+        complain(QStringLiteral("the project has no cyclic labels; there is nothing to plan"));
+    return points;
+}
+
+void printRow(const char* name, const QString& asItIs, const QString& best)
+{
+    print(QStringLiteral("%1%2%3").arg(QLatin1String(name), -24).arg(asItIs, 14).arg(best, 14));
+}
+
+template <typename TextOf>
+void printRow(const char* name, const ScanPlan& asItIs, const ScanPlan& best, TextOf textOf)
+{
+    printRow(name, textOf(asItIs), textOf(best));
+}
+
+template <typename Number>
+void printNumbers(const char* name, const ScanPlan& asItIs, const ScanPlan& best,
+                  Number ScanPlan::*number)
+{
+    printRow(name, QString::number(asItIs.*number), QString::number(best.*number));
+}
+
+void printTable(const ScanPlan& asItIs, const ScanPlan& best, const NetworkModel& network)
+{
+    printRow("", QStringLiteral("project"), QStringLiteral("best"));
+    printNumbers("maxReadBytes", asItIs, best, &ScanPlan::maxReadBytes);
+    printNumbers("read entries", asItIs, best, &ScanPlan::entries);
+    printNumbers("requests (round trips)", asItIs, best, &ScanPlan::requests);
+    printNumbers("bytes sent", asItIs, best, &ScanPlan::bytesSent);
+    printNumbers("bytes received", asItIs, best, &ScanPlan::bytesReceived);
+    printRow("gap bytes", asItIs, best, [](const ScanPlan& plan) {
+        return QStringLiteral("%1 %").arg(gapShare(plan) * kPercent, 0, 'f', 1);
+    });
+    printRow("time of a scan", asItIs, best, [&network](const ScanPlan& plan) {
+        return QStringLiteral("%1 ms").arg(scanTime(plan, network), 0, 'f', kTimeDecimals);
+    });
+}
+
+QString planJson(const char* kind, const ScanPlan& plan, const NetworkModel& network)
+{
+    JsonLine line;
+    line.add("plan", QString::fromLatin1(kind));
+    line.add("maxReadBytes", qint64(plan.maxReadBytes));
+    line.add("entries", qint64(plan.entries));
+    line.add("requests", qint64(plan.requests));
+    line.add("bytesSent", plan.bytesSent);
+    line.add("bytesReceived", plan.bytesReceived);
+    line.add("memoryBytes", plan.memoryBytes);
+    line.add("gapBytes", plan.gapBytes);
+    line.add("scanTime", scanTime(plan, network), kTimeDecimals);
+    return line.text();
+}
+
+} // namespace
+
+int planScan(const CommandContext& context)
+{
+    const QVector<DataPoint> points = cyclicPoints(context);
+    if (points.isEmpty())
+        return kExitUsage;
+    const NetworkModel network{context.options.roundTrip, context.options.bandwidth};
+    ScanPlanner planner(context.driver, context.project.settings, points);
+    const ScanPlan asItIs = planner.plan(context.project.settings.maxReadBytes);
+    const ScanPlan best = planner.best(network, asItIs);
+    if (context.options.json) {
+        print(planJson("project", asItIs, network));
+        print(planJson("best", best, network));
+        return kExitDone;
+    }
+    print(QStringLiteral("%1: %2 cyclic values of %3 bytes; a round trip takes %4 ms at %5 Mbit/s")
+              .arg(context.project.name)
+              .arg(points.size())
+              .arg(planner.valueBytes())
+              .arg(network.roundTrip)
+              .arg(network.bandwidth));
+    printTable(asItIs, best, network);
+    return kExitDone;
+}
+
+} // namespace plc

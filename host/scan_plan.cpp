@@ -1,0 +1,184 @@
+#include "host/scan_plan.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "host/value_layout.h"
+
+namespace plc {
+namespace {
+
+constexpr double kBitsPerByte = 8;
+constexpr double kBitsPerMillisecond = 1000; // in one Mbit/s
+
+/// A PLC accepts both frames of the login with so many bytes.
+constexpr int kLoginReplySize = kFrameHeaderSize + 200;
+
+/// The driver merges nothing.
+constexpr int kSmallestEntry = 1;
+/// What the entries of a read request may add up to, each counted with one byte more, and how many
+/// there may be.
+constexpr int kRequestBudget = 999;
+constexpr int kMostEntries = 99;
+/// An entry takes a reply of its own from this size on; larger ones are tried in steps.
+constexpr int kShortestLongEntry = 1000;
+constexpr double kStep = 1.1;
+constexpr int kLongestEntry = 65528;
+
+/// Scans count as equally fast when they differ by less.
+constexpr double kTolerance = 0.01;
+
+/// A good reply of this size that holds zeros only.
+QByteArray zeroReply(int size)
+{
+    const int payload = size - kFrameHeaderSize;
+    QByteArray reply(size, '\0');
+    reply[0] = char(0xBB);
+    reply[1] = char(0xBB);
+    reply[4] = char(payload >> 8);
+    reply[5] = char(payload);
+    return reply;
+}
+
+/// A piece of an area.
+struct Span {
+    int area;
+    qint64 start;
+    qint64 end;
+    qint64 size() const { return end - start; }
+};
+
+/// What the values cover: in pieces without gaps, or one piece for each area.
+QVector<Span> coverage(const QVector<DataPoint>& points, bool acrossGaps)
+{
+    QVector<Span> parts;
+    for (const DataPoint& point : points) {
+        const ByteRange range = valueBytes(point);
+        parts.append({range.area, range.start, qint64(range.start) + range.size});
+    }
+    std::sort(parts.begin(), parts.end(), [](const Span& a, const Span& b) {
+        return std::tie(a.area, a.start) < std::tie(b.area, b.start);
+    });
+    QVector<Span> spans;
+    for (const Span& part : parts) {
+        const bool isNew = spans.isEmpty() || spans.last().area != part.area ||
+                           (!acrossGaps && spans.last().end < part.start);
+        if (isNew)
+            spans.append(part);
+        else
+            spans.last().end = qMax(spans.last().end, part.end);
+    }
+    return spans;
+}
+
+ComInfo driverSettings(const ProjectSettings& project)
+{
+    ComInfo settings;
+    settings.defaultStation = project.defaultStation;
+    settings.multiStation = project.multiStation ? 1 : 0;
+    return settings;
+}
+
+} // namespace
+
+double scanTime(const ScanPlan& plan, const NetworkModel& network)
+{
+    const double bits = double(plan.bytesSent + plan.bytesReceived) * kBitsPerByte;
+    return plan.requests * network.roundTrip + bits / (network.bandwidth * kBitsPerMillisecond);
+}
+
+double gapShare(const ScanPlan& plan)
+{
+    return plan.memoryBytes == 0 ? 0 : double(plan.gapBytes) / double(plan.memoryBytes);
+}
+
+ScanPlanner::ScanPlanner(const DriverFunctions& driver, const ProjectSettings& project,
+                         const QVector<DataPoint>& points)
+    : m_driver(driver), m_points(points), m_settings(driverSettings(project))
+{
+    for (const DataPoint& point : points)
+        m_items.append(cyclicItem(point));
+    for (const Span& span : coverage(points, false))
+        m_valueBytes += span.size();
+    m_driver.setComInfo(&m_settings);
+}
+
+ScanPlanner::~ScanPlanner()
+{
+    QList<HostVarItem> nothing;
+    m_driver.reCreatReadVarList(&nothing);
+    m_driver.setComInfo(nullptr);
+}
+
+ScanPlan ScanPlanner::plan(int maxReadBytes)
+{
+    ScanPlan plan;
+    plan.maxReadBytes = maxReadBytes;
+    m_settings.maxReadBytes = maxReadBytes;
+    plan.entries = m_driver.reCreatReadVarList(&m_items);
+    for (int entries = 0; entries < plan.entries;) {
+        const Protocol* next = m_driver.comCommunication();
+        const RequestContent request = parseRequest(next->frame);
+        const int requestSize = int(next->frame.size());
+        const int replySize = request.isLogin() ? kLoginReplySize : readReplySize(request.entries);
+        answer(replySize);
+        if (request.isLogin())
+            continue;
+        entries += int(request.entries.size());
+        ++plan.requests;
+        plan.bytesSent += requestSize;
+        plan.bytesReceived += replySize;
+        for (const FrameEntry& entry : request.entries)
+            plan.memoryBytes += entry.length;
+    }
+    plan.gapBytes = plan.memoryBytes - m_valueBytes;
+    return plan;
+}
+
+/// Two calls: the first one tells the driver the size of the reply.
+void ScanPlanner::answer(int replySize)
+{
+    QByteArray reply = zeroReply(replySize);
+    m_driver.dataCom(&reply, replySize);
+    m_driver.dataCom(&reply, replySize);
+}
+
+ScanPlan ScanPlanner::best(const NetworkModel& network, const ScanPlan& asItIs)
+{
+    QVector<ScanPlan> plans{asItIs};
+    for (int maxReadBytes : candidates())
+        plans.append(plan(maxReadBytes));
+    double shortest = scanTime(asItIs, network);
+    for (const ScanPlan& plan : plans)
+        shortest = qMin(shortest, scanTime(plan, network));
+    const auto isTooSlow = [&](const ScanPlan& plan) {
+        return scanTime(plan, network) > shortest * (1 + kTolerance);
+    };
+    plans.erase(std::remove_if(plans.begin(), plans.end(), isTooSlow), plans.end());
+    // Of equal ones the first.
+    return *std::min_element(plans.begin(), plans.end(), [](const ScanPlan& a, const ScanPlan& b) {
+        return a.memoryBytes < b.memoryBytes;
+    });
+}
+
+/// Sizes of which some fill a request, sizes that reach over whole areas, and steps in between.
+QVector<int> ScanPlanner::candidates() const
+{
+    QVector<int> sizes;
+    for (int entries = 1; entries <= kMostEntries; ++entries)
+        sizes.append(kRequestBudget / entries - 1);
+    for (int size = kSmallestEntry; size < sizes.last(); size *= 2)
+        sizes.append(size);
+    for (double size = kShortestLongEntry; size < kLongestEntry; size *= kStep)
+        sizes.append(int(size));
+    for (const Span& span : coverage(m_points, true)) {
+        if (span.size() <= kLongestEntry)
+            sizes.append(int(span.size()));
+    }
+    sizes.append(kLongestEntry);
+    std::sort(sizes.begin(), sizes.end());
+    sizes.erase(std::unique(sizes.begin(), sizes.end()), sizes.end());
+    return sizes;
+}
+
+} // namespace plc
