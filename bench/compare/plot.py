@@ -28,11 +28,18 @@ def color_of(peer):
 
 
 def shown(number):
+    """Two digits or more."""
     for unit, size in (("M", 1e6), ("k", 1e3)):
         if number >= size:
             scaled = number / size
             return f"{scaled:.0f} {unit}" if scaled >= 10 else f"{scaled:.1f} {unit}"
     return f"{number:.0f}"
+
+
+def power_shown(power):
+    """The power of ten, 100 k for 5."""
+    unit = ("", " k", " M", " G")[power // 3]
+    return "1" + "0" * (power % 3) + unit
 
 
 class Scale:
@@ -46,8 +53,8 @@ class Scale:
         share = (math.log10(number) - self.low) / max(1, self.high - self.low)
         return share * (PANEL_WIDTH - VALUE_WIDTH)
 
-    def ticks(self):
-        return [10.0**power for power in range(self.low, self.high + 1)]
+    def powers(self):
+        return range(self.low, self.high + 1)
 
 
 def text(x, y, content, anchor="start", fill="#222", weight="normal"):
@@ -61,8 +68,8 @@ def panel(results, scale, x, y):
     """The bars of one work at one delay."""
     height = len(results) * (BAR_HEIGHT + BAR_GAP)
     lines = []
-    for tick in scale.ticks():
-        at = x + scale(tick)
+    for power in scale.powers():
+        at = x + scale(10.0**power)
         lines.append(
             f"<line x1='{at:.1f}' y1='{y:.1f}' x2='{at:.1f}' y2='{y + height:.1f}' stroke='#ddd'/>"
         )
@@ -101,8 +108,9 @@ def draw(document):
             lines += panel(bars, scale, x, y)
         y += len(panels[0]) * (BAR_HEIGHT + BAR_GAP)
     for x in columns:
-        for tick in scale.ticks():
-            lines.append(text(x + scale(tick), y + 14, shown(tick), "middle", fill="#666"))
+        for power in scale.powers()[::2]:
+            at = x + scale(10.0**power)
+            lines.append(text(at, y + 14, power_shown(power), "middle", fill="#666"))
     height = y + FOOT_HEIGHT
     return "\n".join(
         [
