@@ -110,6 +110,7 @@ std::string SideBySide::compareWholeImage()
 {
     m_difference.str(std::string());
     checkWholeImage();
+    checkImageKeys();
     return m_difference.str();
 }
 
@@ -565,6 +566,15 @@ void SideBySide::checkWholeImage()
           std::size_t(PLC_driver.localImage.size()));
     for (const auto& byte : m_model.image.bytes())
         checkImageByte(byte.first, byte.second);
+}
+
+void SideBySide::checkImageKeys()
+{
+    const QList<quint64> keys = PLC_driver.localImage.keys();
+    const auto& bytes = m_model.image.bytes();
+    const bool isSame = std::equal(bytes.begin(), bytes.end(), keys.begin(), keys.end(),
+                                   [](const auto& byte, quint64 key) { return byte.first == key; });
+    check("the keys of the image are those of the model", true, isSame);
 }
 
 void SideBySide::checkImage()

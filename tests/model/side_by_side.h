@@ -66,6 +66,7 @@ private:
     void checkCallbacks();
     void checkImageByte(ImageModel::Key key, std::uint8_t expected);
     void checkWholeImage();
+    void checkImageKeys();
     void checkImage();
     void checkCounters();
 

@@ -36,7 +36,8 @@ Sequence StepGenerator::sequence(std::size_t steps)
                                        {1, &StepGenerator::passSymbols},
                                        {1, &StepGenerator::cut},
                                        {1, &StepGenerator::fold},
-                                       {1, &StepGenerator::changeRequest}};
+                                       {1, &StepGenerator::changeRequest},
+                                       {1, &StepGenerator::storeRemoteReplies}};
     int total = 0;
     for (const Weighted& weighted : kGroups)
         total += weighted.weight;
@@ -462,8 +463,11 @@ void StepGenerator::passSymbols()
 
 void StepGenerator::cut()
 {
-    add(Cut{m_isAbsurd ? count() : m_random.between(-5, 700),
-            pick({1, 7, 100, 256, 0, -1, INT32_MAX}), record()});
+    const int maxLen = pick({1, 7, 100, 256, 0, -1, INT32_MAX});
+    int total = m_isAbsurd ? count() : m_random.between(-5, 700);
+    if (m_random.oneIn(3) && maxLen < INT32_MAX)
+        total = m_random.below(4) * maxLen;
+    add(Cut{total, maxLen, record()});
 }
 
 void StepGenerator::fold()
@@ -477,6 +481,21 @@ void StepGenerator::fold()
     step.maxLen = pick({1, 2, 7, 16, 100, 256, 0, -1, INT32_MAX});
     step.isSorted = !m_random.oneIn(4);
     add(step);
+}
+
+/// Replies of the remote area that are stored; the host's frame counter decides about the result.
+void StepGenerator::storeRemoteReplies()
+{
+    Variable var = record();
+    var.aux12 = -1;
+    var.deviceNo = 5;
+    add(AddOnce{var, 1});
+    add(Ask{});
+    if (m_random.oneIn(2))
+        add(ChangeWord{0, kFrameIndex, m_random.below(3)});
+    reply(ReplyPlan::Good);
+    reply(ReplyPlan::Again);
+    transaction();
 }
 
 /// What the driver returns belongs to it, yet a host can write to it.

@@ -55,6 +55,7 @@ private:
     void passSymbols();
     void cut();
     void fold();
+    void storeRemoteReplies();
     void changeRequest();
 
     void reply(ReplyPlan::Kind kind, int number = 0);

@@ -73,7 +73,8 @@ Symbol SymbolGenerator::scope()
     }
     type.memberCount = std::uint32_t(type.members.size());
     Symbol out;
-    out.name = name();
+    if (!m_random.oneIn(8))
+        out.name = name();
     out.typeDef.push_back(type);
     if (m_random.oneIn(10))
         breakSomething(out.typeDef[0]);
