@@ -124,12 +124,13 @@ ScanPlan ScanPlanner::plan(int maxReadBytes)
         answer(replySize);
         if (request.isLogin())
             continue;
-        entries += int(request.entries.size());
         ++plan.requests;
         plan.bytesSent += requestSize;
         plan.bytesReceived += replySize;
-        for (const FrameEntry& entry : request.entries)
-            plan.memoryBytes += entry.length;
+        for (const FrameEntry& entry : request.entries) {
+            plan.memoryBytes += entries < plan.entries ? entry.length : 0;
+            ++entries;
+        }
     }
     plan.gapBytes = plan.memoryBytes - m_valueBytes;
     return plan;
@@ -157,7 +158,7 @@ ScanPlan ScanPlanner::best(const NetworkModel& network, const ScanPlan& asItIs)
     plans.erase(std::remove_if(plans.begin(), plans.end(), isTooSlow), plans.end());
     // Of equal ones the first.
     return *std::min_element(plans.begin(), plans.end(), [](const ScanPlan& a, const ScanPlan& b) {
-        return a.memoryBytes < b.memoryBytes;
+        return a.bytesSent + a.bytesReceived < b.bytesSent + b.bytesReceived;
     });
 }
 

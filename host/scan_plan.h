@@ -10,7 +10,8 @@
 namespace plc {
 
 /// What one pass over all cyclic values takes. Each request costs one round trip: the next one goes
-/// out when the reply is there.
+/// out when the reply is there. The driver fills the last request up with entries of the next pass;
+/// they count as bytes on the wire only.
 struct ScanPlan {
     int maxReadBytes = 0; ///< ComInfo::maxReadBytes that it is made for.
     int entries = 0;      ///< Of the driver's cyclic list.
@@ -50,8 +51,8 @@ public:
     /// The scan as it is with this setting.
     ScanPlan plan(int maxReadBytes);
     /// The scan with the setting that makes it shortest, of all that make sense for the values.
-    /// Among those that are hardly slower it is the one that has the PLC send the fewest gaps, and
-    /// `asItIs` if that is one of them.
+    /// Among those that are hardly slower it is the one with the fewest bytes on the wire, and
+    /// `asItIs` if none has fewer.
     ScanPlan best(const NetworkModel& network, const ScanPlan& asItIs);
 
 private:

@@ -112,18 +112,34 @@ TEST_F(ScanPlanTest, TimeIsThatOfTheRoundTripsAndOfTheBytes)
     EXPECT_DOUBLE_EQ(scanTime(plan, {2.5, 10}), 3 * 2.5 + 10);
 }
 
-TEST_F(ScanPlanTest, LongRoundTripsAreWorthReadingGapsAndSlowNetworksAreNot)
+TEST_F(ScanPlanTest, LastRequestIsFilledUpWithEntriesOfTheNextPass)
+{
+    const ScanPlan plan = planner(spreadLabels()).plan(4);
+    EXPECT_EQ(plan.entries, 150);
+    EXPECT_EQ(plan.requests, 2);
+    EXPECT_EQ(plan.bytesSent, 2 * (16 + 99 * 10));
+    EXPECT_EQ(plan.bytesReceived, 2 * (12 + 99 * 5));
+    EXPECT_EQ(plan.memoryBytes, 150 * 4);
+    EXPECT_EQ(plan.gapBytes, 0);
+}
+
+TEST_F(ScanPlanTest, GapsAreReadWhereThatSavesARoundTrip)
 {
     ScanPlanner planner = this->planner(spreadLabels());
-    const ScanPlan asItIs = planner.plan(4);
-    EXPECT_EQ(asItIs.requests, 2) << "99 entries go into a request";
-    EXPECT_EQ(asItIs.gapBytes, 0);
+    const ScanPlan best = planner.best({10, 100}, planner.plan(4));
+    EXPECT_EQ(best.requests, 1);
+    EXPECT_GT(best.gapBytes, 0);
+}
 
-    const ScanPlan farAway = planner.best({10, 100}, asItIs);
-    EXPECT_EQ(farAway.requests, 1);
-    EXPECT_GT(farAway.gapBytes, 0);
-    const ScanPlan slow = planner.best({0, 0.1}, asItIs);
-    EXPECT_EQ(slow.gapBytes, 0);
+TEST_F(ScanPlanTest, GapsAreNotReadWhereThatSavesNothing)
+{
+    ScanPlanner planner = this->planner({"Big.same", "Big.far"});
+    const ScanPlan asItIs = planner.plan(16000);
+    EXPECT_EQ(asItIs.entries, 1);
+    const ScanPlan best = planner.best({10, 100}, asItIs);
+    EXPECT_EQ(best.requests, 1);
+    EXPECT_EQ(best.entries, 2);
+    EXPECT_EQ(best.gapBytes, 0);
 }
 
 TEST_F(ScanPlanTest, WhatIsBestIsHardlySlowerThanAnyOtherSetting)
