@@ -9,6 +9,12 @@ bool Freshness::cover(qint64 start, qint64 end, qint64 now)
     const quint32 to = quint32(qBound<qint64>(from, end, size));
     if (from == to)
         return false;
+    // Nearly always all of it; nothing is allocated then.
+    if (to - from == size) {
+        m_runs.resize(1);
+        m_runs.first() = {0, size, now};
+        return true;
+    }
     QVector<Run> runs;
     for (const Run& run : m_runs) {
         append(&runs, run.start, qMin(run.end, from), run.time);
