@@ -37,7 +37,8 @@ Sequence StepGenerator::sequence(std::size_t steps)
                                        {1, &StepGenerator::cut},
                                        {1, &StepGenerator::fold},
                                        {1, &StepGenerator::changeRequest},
-                                       {1, &StepGenerator::storeRemoteReplies}};
+                                       {1, &StepGenerator::storeRemoteReplies},
+                                       {2, &StepGenerator::failRemoteReplies}};
     int total = 0;
     for (const Weighted& weighted : kGroups)
         total += weighted.weight;
@@ -496,6 +497,20 @@ void StepGenerator::storeRemoteReplies()
     reply(ReplyPlan::Good);
     reply(ReplyPlan::Again);
     transaction();
+}
+
+/// The PLC refuses a request of the remote area until it is abandoned.
+void StepGenerator::failRemoteReplies()
+{
+    Variable var = record();
+    var.deviceNo = 5;
+    add(AddOnce{var, 1});
+    const int attempts = m_random.between(2, 4);
+    for (int i = 0; i < attempts; ++i) {
+        add(Ask{});
+        reply(ReplyPlan::Status, 1);
+        reply(ReplyPlan::Again);
+    }
 }
 
 /// What the driver returns belongs to it, yet a host can write to it.

@@ -56,6 +56,7 @@ private:
     void cut();
     void fold();
     void storeRemoteReplies();
+    void failRemoteReplies();
     void changeRequest();
 
     void reply(ReplyPlan::Kind kind, int number = 0);
