@@ -53,6 +53,16 @@ TEST(FoundSequences, ReadOfAValueWithoutConversionLeavesNothingOldInTheBuffer)
     expectSame({passVariable(0), ReadValue{u"MAIN.v", 1, true}});
 }
 
+TEST(FoundSequences, SubscriptsInABaseAbove36AreNoNumbers)
+{
+    const Symbol bits{u"b", 269, 0, 1, 0u, {37, 0, 0}, {}, {}, {0}};
+    const Symbol type{u"", 0, 0, 0, 1u, {}, {bits}, {}, {}};
+    expectSame({
+        PassSymbols{std::vector<Symbol>{Symbol{u"MAIN", 0, 0, 0, 0u, {}, {}, {type}, {}}}},
+        ReadValue{u"MAIN.b[3]", 0, true},
+    });
+}
+
 TEST(FoundSequences, ReadOfPackedBytesLeavesNothingOldBehindThem)
 {
     expectSame({passVariable(2), ReadValue{u"MAIN.v", 3, true}});

@@ -75,7 +75,10 @@ int linearIndex(const std::u16string& subscript, const Symbol& array, std::uint3
         bool isNumber = false;
         const QString piece(reinterpret_cast<const QChar*>(pieces[k].data()),
                             int(pieces[k].size()));
-        const std::int64_t value = piece.toInt(&isNumber, array.arrayBounds[0]);
+        // Qt 6 would take digits beyond z.
+        const int base = array.arrayBounds[0];
+        const bool isBase = base == 0 || (base >= 2 && base <= 36);
+        const std::int64_t value = isBase ? piece.toInt(&isNumber, base) : 0;
         const std::int64_t lower = array.arrayBounds[2 * k + 1];
         const std::int64_t upper = array.arrayBounds[2 * k + 2];
         if (!isNumber || value - lower < 0)
