@@ -1,0 +1,108 @@
+#include "host/csv.h"
+
+#include <gtest/gtest.h>
+
+namespace plc {
+namespace test {
+namespace {
+
+std::string row(const QStringList& fields)
+{
+    return csv::row(fields).toStdString();
+}
+
+/// The records with | between fields and / between records; the error if there is one.
+std::string parsed(const char* text)
+{
+    QString error;
+    const std::optional<QVector<csv::Record>> records = csv::parse(QString::fromUtf8(text), &error);
+    if (!records)
+        return error.toStdString();
+    QStringList lines;
+    for (const csv::Record& record : *records)
+        lines.append(record.fields.join(QLatin1Char('|')));
+    return lines.join(QLatin1Char('/')).toStdString();
+}
+
+TEST(CsvRow, SeparatesFieldsByCommas)
+{
+    EXPECT_EQ("a,b c,,'d'", row({"a", "b c", "", "'d'"}));
+}
+
+TEST(CsvRow, PutsFieldsWithSeparatorsInQuotes)
+{
+    EXPECT_EQ("\"A.t[1,2]\",x", row({"A.t[1,2]", "x"}));
+    EXPECT_EQ("\"say \"\"no\"\"\"", row({"say \"no\""}));
+    EXPECT_EQ("\"two\nlines\",\"a\rb\"", row({"two\nlines", "a\rb"}));
+}
+
+TEST(CsvRow, OfOneEmptyFieldIsNoEmptyLine)
+{
+    EXPECT_EQ("\"\"", row({""}));
+}
+
+TEST(CsvParser, TakesLinesWithEitherEnd)
+{
+    EXPECT_EQ("a|b/c|d", parsed("a,b\r\nc,d\r\n"));
+    EXPECT_EQ("a|b/c|d", parsed("a,b\nc,d"));
+    EXPECT_EQ("a|/|b/|", parsed("a,\n,b\n,"));
+    EXPECT_EQ("", parsed(""));
+}
+
+TEST(CsvParser, LeavesEmptyLinesAndTheByteOrderMarkOut)
+{
+    EXPECT_EQ("a/b", parsed("\xEF\xBB\xBF\r\na\r\n\r\n\nb\n\n"));
+}
+
+TEST(CsvParser, TakesQuotedFieldsApart)
+{
+    EXPECT_EQ("A.t[1,2]|x", parsed("\"A.t[1,2]\",x"));
+    EXPECT_EQ("say \"no\"|", parsed("\"say \"\"no\"\"\",\"\""));
+    EXPECT_EQ("two\nlines/next", parsed("\"two\nlines\"\nnext"));
+    EXPECT_EQ("\"", parsed("\"\"\"\""));
+}
+
+TEST(CsvParser, KeepsBlanksOfFields)
+{
+    EXPECT_EQ(" a | b", parsed(" a , b"));
+}
+
+TEST(CsvParser, KnowsTheLineOfEveryRecord)
+{
+    QString error;
+    const auto records = csv::parse(QStringLiteral("a\n\n\"b\nb\"\r\nc"), &error);
+    ASSERT_TRUE(records);
+    ASSERT_EQ(3, records->size());
+    EXPECT_EQ(1, records->at(0).line);
+    EXPECT_EQ(3, records->at(1).line);
+    EXPECT_EQ(5, records->at(2).line);
+}
+
+TEST(CsvParser, RefusesBrokenQuotesWithTheirLine)
+{
+    EXPECT_EQ(
+        "line 2: found a quote inside of a field without quotes; put the whole field in "
+        "quotes and write those inside twice",
+        parsed("a\nb\"c\""));
+    EXPECT_EQ("line 3: found the end of the file in a field in quotes, expected its closing quote",
+              parsed("a\n\nb,\"c\nd"));
+    EXPECT_EQ(
+        "line 1: found more behind a closing quote, expected a comma or the end of the "
+        "line; quotes inside of a quoted field are written twice",
+        parsed("\"a\"b,c"));
+}
+
+TEST(CsvParser, ReadsBackWhatRowsWrite)
+{
+    const QStringList fields{QString(), QStringLiteral(","), QStringLiteral("\"\""),
+                             QStringLiteral("a\r\nb"), QStringLiteral("\u00e4")};
+    QString error;
+    const auto records = csv::parse(csv::row(fields), &error);
+    ASSERT_TRUE(records) << error.toStdString();
+    ASSERT_EQ(1, records->size());
+    EXPECT_EQ(fields, records->first().fields);
+}
+
+} // namespace
+} // namespace test
+} // namespace plc
