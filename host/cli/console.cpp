@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "host/cli/style.h"
+
 namespace plc {
 namespace {
 
@@ -21,7 +23,8 @@ void print(const QString& line)
 
 void complain(const QString& line)
 {
-    writeLine(stderr, QStringLiteral("plc: ") + line);
+    writeLine(stderr, Style::ofErrors().apply(Emphasis::Failure, QStringLiteral("plc:")) +
+                          QLatin1Char(' ') + line);
 }
 
 } // namespace plc

@@ -7,9 +7,6 @@ constexpr int kLinesAround = 5;  ///< Title, status, heading, message and prompt
 constexpr int kColumnWidth = 78; ///< From twice this on there are two columns, and so on.
 constexpr int kAgeWidth = 9;
 constexpr int kRateWidth = 8;
-const char kRed[] = "\x1b[31m";
-const char kReverse[] = "\x1b[7m";
-const char kPlain[] = "\x1b[0m";
 
 int columnsOnScreen(int width)
 {
@@ -40,12 +37,7 @@ QString rowText(const ScreenRow& row, int width)
     return fitted(text, width);
 }
 
-QString coloured(const char* colour, const QString& text)
-{
-    return QLatin1String(colour) + text + QLatin1String(kPlain);
-}
-
-QString headingLine(int width)
+QString headingLine(int width, const Style& style)
 {
     ScreenRow heading;
     heading.label = QStringLiteral("LABEL");
@@ -56,10 +48,11 @@ QString headingLine(int width)
     QString line;
     for (int column = 0; column < columns; ++column)
         line += fitted(rowText(heading, width / columns - 1), width / columns);
-    return coloured(kReverse, fitted(line, width));
+    return style.apply(Emphasis::Heading, fitted(line, width));
 }
 
-QString rowsLine(const ScreenContent& content, int width, int lines, int firstRow, int line)
+QString rowsLine(const ScreenContent& content, int width, int lines, int firstRow, int line,
+                 const Style& style)
 {
     const int columns = columnsOnScreen(width);
     QString text;
@@ -69,7 +62,7 @@ QString rowsLine(const ScreenContent& content, int width, int lines, int firstRo
             break;
         const ScreenRow& row = content.rows[index];
         const QString cell = rowText(row, width / columns - 1);
-        text += row.isStale ? coloured(kRed, cell) : cell;
+        text += row.isStale ? style.apply(Emphasis::Failure, cell) : cell;
         text += QLatin1Char(' ');
     }
     return text;
@@ -93,16 +86,17 @@ int rowsOnScreen(int width, int height)
     return columnsOnScreen(width) * linesForRows(height);
 }
 
-QStringList layOutScreen(const ScreenContent& content, int width, int height, int firstRow)
+QStringList layOutScreen(const ScreenContent& content, int width, int height, int firstRow,
+                         const Style& style)
 {
     const int lines = linesForRows(height);
     const QString position = positionText(content, rowsOnScreen(width, height), firstRow);
     QStringList screen;
     screen.append(fitted(content.title, width));
     screen.append(fitted(QStringLiteral("%1, %2").arg(content.status, position), width));
-    screen.append(headingLine(width));
+    screen.append(headingLine(width, style));
     for (int line = 0; line < lines; ++line)
-        screen.append(rowsLine(content, width, lines, firstRow, line));
+        screen.append(rowsLine(content, width, lines, firstRow, line, style));
     screen.append(fitted(content.message, width));
     // In the last cell of the last line some terminals scroll.
     screen.append(fitted(content.prompt, width - 1));

@@ -5,6 +5,8 @@
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
+#include "host/cli/style.h"
+
 namespace plc {
 
 /// A value as the screen shows it.
@@ -27,8 +29,9 @@ struct ScreenContent {
 
 /// The content in a terminal of this size: title, status, as many rows as fit from `firstRow` on
 /// (in several columns where it is wide), message and prompt. Exactly `height` lines, none of them
-/// wider than the terminal. Stale rows are red.
-QStringList layOutScreen(const ScreenContent& content, int width, int height, int firstRow);
+/// wider than the terminal. Stale rows are shown as failures.
+QStringList layOutScreen(const ScreenContent& content, int width, int height, int firstRow,
+                         const Style& style);
 
 /// Rows that fit at a time.
 int rowsOnScreen(int width, int height);

@@ -86,7 +86,7 @@ void ScreenView::refresh(const Runtime& runtime, qint64 now)
 void ScreenView::end(const Runtime& runtime, qint64 now)
 {
     const QStringList lines =
-        layOutScreen(m_content, m_terminal.width(), m_terminal.height(), m_firstRow);
+        layOutScreen(m_content, m_terminal.width(), m_terminal.height(), m_firstRow, m_style);
     m_isEnded = true;
     if (m_keyboard)
         m_keyboard->setEnabled(false);
@@ -185,7 +185,8 @@ void ScreenView::draw()
         return;
     m_content.prompt =
         m_isTyping ? QLatin1Char(':') + m_typed + QLatin1Char('_') : QString::fromLatin1(kKeys);
-    m_terminal.show(layOutScreen(m_content, m_terminal.width(), m_terminal.height(), m_firstRow));
+    m_terminal.show(
+        layOutScreen(m_content, m_terminal.width(), m_terminal.height(), m_firstRow, m_style));
 }
 
 } // namespace plc

@@ -41,6 +41,7 @@ private:
 
     const QString m_peer;
     const std::function<void(const QString&)> m_carryOut;
+    const Style m_style = Style::ofOutput();
     Terminal m_terminal;
     std::unique_ptr<QSocketNotifier> m_keyboard;
     ScreenContent m_content;

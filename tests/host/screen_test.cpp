@@ -47,6 +47,8 @@ TEST(KeyReader, WhatItDoesNotKnowIsOneOtherKey)
     EXPECT_EQ(keysOf(""), "");
 }
 
+const Style kColoured(Style::Coloured);
+
 ScreenContent content(int rows)
 {
     ScreenContent content;
@@ -81,7 +83,7 @@ TEST(ScreenLayout, FitsEveryTerminal)
                 ScreenContent screen = content(rows);
                 if (rows > 0)
                     screen.rows[0].isStale = true;
-                const QStringList lines = layOutScreen(screen, width, height, 0);
+                const QStringList lines = layOutScreen(screen, width, height, 0, kColoured);
                 ASSERT_LE(lines.size(), height);
                 for (const QString& line : lines)
                     ASSERT_LE(shownWidth(line), width)
@@ -93,7 +95,7 @@ TEST(ScreenLayout, FitsEveryTerminal)
 
 TEST(ScreenLayout, ShowsEachValueWithItsAgeAndRate)
 {
-    const QStringList lines = layOutScreen(content(3), 60, 10, 0);
+    const QStringList lines = layOutScreen(content(3), 60, 10, 0, kColoured);
     ASSERT_EQ(lines.size(), 10);
     EXPECT_EQ(lines[0].trimmed(), "Plant");
     EXPECT_EQ(lines[1].trimmed(), "connected, 3 values");
@@ -105,7 +107,7 @@ TEST(ScreenLayout, ShowsEachValueWithItsAgeAndRate)
 TEST(ScreenLayout, SaysWhichValuesAreInSight)
 {
     EXPECT_EQ(rowsOnScreen(80, 24), 19);
-    const QStringList lines = layOutScreen(content(150), 80, 24, 100);
+    const QStringList lines = layOutScreen(content(150), 80, 24, 100, kColoured);
     EXPECT_EQ(lines[1].trimmed(), "connected, values 101 to 119 of 150");
     EXPECT_TRUE(lines[3].startsWith(QStringLiteral("Main.value100 ")));
 }
@@ -113,7 +115,7 @@ TEST(ScreenLayout, SaysWhichValuesAreInSight)
 TEST(ScreenLayout, WideTerminalHasColumnsFilledOneAfterTheOther)
 {
     EXPECT_EQ(rowsOnScreen(160, 24), 38);
-    const QStringList lines = layOutScreen(content(150), 160, 24, 0);
+    const QStringList lines = layOutScreen(content(150), 160, 24, 0, kColoured);
     EXPECT_TRUE(lines[3].startsWith(QStringLiteral("Main.value0 ")));
     EXPECT_TRUE(lines[3].mid(80).startsWith(QStringLiteral("Main.value19 ")));
 }
@@ -122,7 +124,7 @@ TEST(ScreenLayout, StaleRowsAreRed)
 {
     ScreenContent screen = content(2);
     screen.rows[1].isStale = true;
-    const QStringList lines = layOutScreen(screen, 60, 10, 0);
+    const QStringList lines = layOutScreen(screen, 60, 10, 0, kColoured);
     EXPECT_FALSE(lines[3].contains(QChar(0x1b)));
     EXPECT_TRUE(lines[4].startsWith(QStringLiteral("\x1b[31mMain.value1 ")));
     EXPECT_TRUE(lines[4].contains(QStringLiteral("\x1b[0m")));
@@ -132,7 +134,7 @@ TEST(ScreenLayout, LongTextsEndWithAnEllipsis)
 {
     ScreenContent screen = content(1);
     screen.rows[0].label = QString(200, QLatin1Char('x'));
-    const QString line = layOutScreen(screen, 60, 10, 0)[3];
+    const QString line = layOutScreen(screen, 60, 10, 0, kColoured)[3];
     EXPECT_EQ(line.indexOf(QChar(0x2026)), 19);
 }
 
