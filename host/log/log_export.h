@@ -1,0 +1,21 @@
+#ifndef PLC_HOST_LOG_LOG_EXPORT_H
+#define PLC_HOST_LOG_LOG_EXPORT_H
+
+#include <QtCore/QString>
+
+#include <functional>
+#include <optional>
+
+namespace plc {
+
+/// Told of the records that are done and of how many there are.
+using ExportProgress = std::function<void(qint64 done, qint64 total)>;
+
+/// Writes the log in a database to a new CSV file, which appears when it is complete. Returns the
+/// number of records; on failure nothing, and sets `error`.
+std::optional<qint64> exportLog(const QString& databasePath, const QString& csvPath,
+                                const ExportProgress& progress, QString* error);
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,29 @@
+#include "host/log/log_record.h"
+
+#include <QtCore/QDateTime>
+
+namespace plc {
+
+QString logTimeText(qint64 time)
+{
+    return QDateTime::fromMSecsSinceEpoch(time, Qt::UTC).toString(Qt::ISODateWithMs);
+}
+
+std::optional<qint64> parseLogTime(const QString& text)
+{
+    const QDateTime time = QDateTime::fromString(text, Qt::ISODateWithMs);
+    return time.isValid() ? std::optional<qint64>(time.toMSecsSinceEpoch()) : std::nullopt;
+}
+
+QString logStateWord(bool isStale)
+{
+    return isStale ? QStringLiteral("stale") : QStringLiteral("fresh");
+}
+
+QStringList logColumns()
+{
+    return {QStringLiteral("time"), QStringLiteral("label"), QStringLiteral("value"),
+            QStringLiteral("state")};
+}
+
+} // namespace plc

@@ -1,0 +1,48 @@
+#ifndef PLC_HOST_LOG_SQLITE_LOG_H
+#define PLC_HOST_LOG_SQLITE_LOG_H
+
+#include <QtCore/QHash>
+
+#include <memory>
+
+#include "host/log/log_writer.h"
+#include "host/log/sqlite_database.h"
+
+namespace plc {
+
+/// A log in an SQLite database:
+///
+///   label(id, name)
+///   sample(time, label, value, number, state)   label: its id; number: the value, or null
+///   log                                         a view: time, label, value, number, state
+///
+/// Each write() is one transaction, so that a program that is killed leaves all of it or nothing.
+class SqliteLog : public LogWriter {
+public:
+    /// Begins a log, or goes on with it where the file exists. On failure returns null and sets
+    /// `error`; a database that is no log is left as it is.
+    static std::unique_ptr<SqliteLog> open(const QString& path, QString* error);
+
+    bool write(const QVector<LogRecord>& records, QString* error) override;
+
+private:
+    SqliteLog() = default;
+
+    bool prepare();
+    bool insert(const QVector<LogRecord>& records);
+    /// Returns -1 on failure.
+    qint64 labelId(const QString& label);
+
+    SqliteDatabase m_database;
+    std::unique_ptr<SqliteStatement> m_insertLabel;
+    std::unique_ptr<SqliteStatement> m_findLabel;
+    std::unique_ptr<SqliteStatement> m_insertSample;
+    QHash<QString, qint64> m_labelIds; ///< Of this program's run.
+};
+
+/// Opens a database that holds a log. On failure returns false and sets `error`.
+bool openLogDatabase(const QString& path, SqliteDatabase* database, QString* error);
+
+} // namespace plc
+
+#endif
