@@ -144,11 +144,16 @@ void ScanPlanner::answer(int replySize)
     m_driver.dataCom(&reply, replySize);
 }
 
-ScanPlan ScanPlanner::best(const NetworkModel& network, const ScanPlan& asItIs)
+ScanPlan ScanPlanner::best(const NetworkModel& network, const ScanPlan& asItIs,
+                           const std::function<void(int done, int total)>& planned)
 {
+    const QVector<int> sizes = candidates();
     QVector<ScanPlan> plans{asItIs};
-    for (int maxReadBytes : candidates())
+    for (int maxReadBytes : sizes) {
         plans.append(plan(maxReadBytes));
+        if (planned)
+            planned(int(plans.size()) - 1, int(sizes.size()));
+    }
     double shortest = scanTime(asItIs, network);
     for (const ScanPlan& plan : plans)
         shortest = qMin(shortest, scanTime(plan, network));

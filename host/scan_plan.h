@@ -3,6 +3,8 @@
 
 #include <QtCore/QVector>
 
+#include <functional>
+
 #include "host/data_point.h"
 #include "host/driver_library.h"
 #include "host/project/project.h"
@@ -52,8 +54,10 @@ public:
     ScanPlan plan(int maxReadBytes);
     /// The scan with the setting that makes it shortest, of all that make sense for the values.
     /// Among those that are hardly slower it is the one with the fewest bytes on the wire, and
-    /// `asItIs` if none has fewer.
-    ScanPlan best(const NetworkModel& network, const ScanPlan& asItIs);
+    /// `asItIs` if none has fewer. `planned` is told after each setting how many of how many were
+    /// tried.
+    ScanPlan best(const NetworkModel& network, const ScanPlan& asItIs,
+                  const std::function<void(int done, int total)>& planned = {});
 
 private:
     QVector<int> candidates() const;

@@ -1,5 +1,8 @@
 #include "host/cli/plan_command.h"
 
+#include <QtCore/QElapsedTimer>
+
+#include "host/cli/progress.h"
 #include "host/cli/value_lines.h"
 #include "host/project/symbol_list.h"
 #include "host/scan_plan.h"
@@ -30,6 +33,18 @@ QVector<DataPoint> cyclicPoints(const CommandContext& context)
     if (points.isEmpty())
         complain(QStringLiteral("the project has no cyclic labels; there is nothing to plan"));
     return points;
+}
+
+ScanPlan bestPlan(const NetworkModel& network, const ScanPlan& asItIs, ScanPlanner* planner)
+{
+    QElapsedTimer clock;
+    clock.start();
+    std::optional<Progress> progress;
+    return planner->best(network, asItIs, [&](int done, int total) {
+        if (!progress)
+            progress.emplace(QStringLiteral("planning"), QStringLiteral("settings"), total, 0);
+        progress->advance(done, clock.elapsed());
+    });
 }
 
 void printRow(const char* name, const QString& asItIs, const QString& best)
@@ -91,7 +106,7 @@ int planScan(const CommandContext& context)
     const NetworkModel network{context.options.roundTrip, context.options.bandwidth};
     ScanPlanner planner(context.driver, context.project.settings, points);
     const ScanPlan asItIs = planner.plan(context.project.settings.maxReadBytes);
-    const ScanPlan best = planner.best(network, asItIs);
+    const ScanPlan best = bestPlan(network, asItIs, &planner);
     if (context.options.json) {
         print(planJson("project", asItIs, network));
         print(planJson("best", best, network));

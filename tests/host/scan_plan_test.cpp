@@ -87,6 +87,21 @@ TEST_F(ScanPlanTest, LongValuesTakeAsManyRequestsAsTheirEntriesFill)
     EXPECT_EQ(ofOne.gapBytes, 0);
 }
 
+TEST_F(ScanPlanTest, TellsAfterEachSettingHowManyOfHowManyWereTried)
+{
+    ScanPlanner planner = this->planner({"Main.speed"});
+    QVector<int> dones, totals;
+    planner.best(NetworkModel(), planner.plan(200), [&](int done, int total) {
+        dones.append(done);
+        totals.append(total);
+    });
+    ASSERT_GT(dones.size(), 1);
+    for (int i = 0; i < int(dones.size()); ++i) {
+        EXPECT_EQ(dones[i], i + 1);
+        EXPECT_EQ(totals[i], int(dones.size()));
+    }
+}
+
 TEST_F(ScanPlanTest, BytesOfSeveralValuesCountOnce)
 {
     ScanPlanner planner = this->planner({"Big.block[0]*2", "Big.block[1]*2", "Main.long"});
