@@ -48,8 +48,7 @@ void TcpLink::act(const SessionAction& action)
             open();
             break;
         case SessionAction::Send:
-            if (m_socket)
-                m_socket->write(action.bytes);
+            send(action.bytes);
             break;
         case SessionAction::Close:
             close();
@@ -62,21 +61,51 @@ void TcpLink::open()
     close();
     m_socket = std::make_unique<QTcpSocket>();
     m_socket->setProxy(QNetworkProxy::NoProxy);
-    connect(m_socket.get(), &QTcpSocket::connected, this, [this] {
-        // Requests and replies are small and alternate; waiting to fill a segment only delays them.
-        m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-        m_session->connected(now());
-        pump();
-    });
-    connect(m_socket.get(), &QTcpSocket::readyRead, this, [this] {
-        m_session->received(m_socket->readAll(), now());
-        pump();
-    });
+    m_lastError = QAbstractSocket::UnknownSocketError;
+    m_lastReceived.clear();
+    connect(m_socket.get(), &QTcpSocket::connected, this, &TcpLink::handleConnected);
+    connect(m_socket.get(), &QTcpSocket::readyRead, this, &TcpLink::receive);
     connect(m_socket.get(), &QTcpSocket::errorOccurred, this, [this] {
+        m_lastError = m_socket->error();
         m_session->disconnected(m_socket->errorString(), now());
         pump();
     });
     m_socket->connectToHost(m_host, m_port);
+}
+
+void TcpLink::handleConnected()
+{
+    // Requests and replies are small and alternate; waiting to fill a segment only delays them.
+    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    if (m_capture != nullptr) {
+        m_capture->connected({m_socket->localAddress(), m_socket->localPort()},
+                             {m_socket->peerAddress(), m_socket->peerPort()});
+        m_end = std::make_unique<SocketEnd>(m_socket->socketDescriptor());
+    }
+    m_session->connected(now());
+    pump();
+}
+
+void TcpLink::send(const QByteArray& bytes)
+{
+    if (!m_socket)
+        return;
+    m_lastReceived.clear();
+    m_socket->write(bytes);
+    m_bytesSent += quint64(bytes.size());
+    if (m_capture != nullptr)
+        m_capture->sent(TcpConversation::Client, bytes);
+}
+
+void TcpLink::receive()
+{
+    const QByteArray bytes = m_socket->readAll();
+    m_lastReceived += bytes;
+    m_bytesReceived += quint64(bytes.size());
+    if (m_capture != nullptr)
+        m_capture->sent(TcpConversation::Server, bytes);
+    m_session->received(bytes, now());
+    pump();
 }
 
 void TcpLink::close()
@@ -84,9 +113,28 @@ void TcpLink::close()
     if (!m_socket)
         return;
     m_socket->disconnect(this);
+    if (m_end)
+        captureEnd();
     m_socket->abort();
+    m_end.reset();
     // It may be the one whose signal is being handled.
     m_socket.release()->deleteLater();
+}
+
+void TcpLink::captureEnd()
+{
+    if (m_end->isResetByPeer()) {
+        // The system also gives up a connection whose other end no longer answers.
+        if (m_lastError == QAbstractSocket::SocketTimeoutError)
+            m_capture->abandoned();
+        else
+            m_capture->reset(TcpConversation::Server);
+    } else if (m_end->hasUnreadBytes()) {
+        m_capture->reset(TcpConversation::Client);
+    } else {
+        m_capture->closed(m_end->isClosedByPeer() ? TcpConversation::Server
+                                                  : TcpConversation::Client);
+    }
 }
 
 void TcpLink::armTimer()

@@ -9,7 +9,9 @@
 
 #include <memory>
 
+#include "host/capture/link_capture.h"
 #include "host/session.h"
+#include "host/socket_end.h"
 
 namespace plc {
 
@@ -21,6 +23,8 @@ public:
     TcpLink(Session* session, const QString& host, quint16 port);
     ~TcpLink() override;
 
+    /// Keeps all connections from the next one on in `capture`, which must outlive the link.
+    void keepIn(LinkCapture* capture) { m_capture = capture; }
     void start();
     void stop();
     /// Milliseconds since some start, never going back: the time of all calls into the session.
@@ -29,10 +33,21 @@ public:
     /// session wants.
     void pump();
 
+    quint64 bytesSent() const { return m_bytesSent; }
+    quint64 bytesReceived() const { return m_bytesReceived; }
+    /// Why the socket says that the last connection failed; UnknownSocketError when it did not.
+    QAbstractSocket::SocketError lastError() const { return m_lastError; }
+    /// All bytes of the last connection that arrived since the last request was sent.
+    const QByteArray& lastReceived() const { return m_lastReceived; }
+
 private:
     void act(const SessionAction& action);
     void open();
+    void handleConnected();
+    void send(const QByteArray& bytes);
+    void receive();
     void close();
+    void captureEnd();
     void armTimer();
 
     Session* const m_session;
@@ -42,6 +57,12 @@ private:
     QTimer m_timer;
     /// A new one for each connection, so that nothing of an earlier one is ever read.
     std::unique_ptr<QTcpSocket> m_socket;
+    QAbstractSocket::SocketError m_lastError = QAbstractSocket::UnknownSocketError;
+    QByteArray m_lastReceived;
+    quint64 m_bytesSent = 0;
+    quint64 m_bytesReceived = 0;
+    LinkCapture* m_capture = nullptr;
+    std::unique_ptr<SocketEnd> m_end; ///< Of a connection that is captured.
 };
 
 } // namespace plc

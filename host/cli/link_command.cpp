@@ -17,14 +17,36 @@ LinkCommand::LinkCommand(const CommandContext& context)
 
 int LinkCommand::execute()
 {
-    if (!prepare())
+    if (!prepare() || !startCapture())
         return kExitUsage;
     const SignalNotifier ends({SIGINT, SIGTERM, SIGHUP}, [this](int) { interrupted(); });
-    m_link.start();
+    begin();
     const int code = QCoreApplication::exec();
     m_isFinished = true;
     m_link.stop();
+    if (!m_capture.error().isEmpty()) {
+        complain(QStringLiteral("the capture %1 is incomplete: %2; what it has can be read")
+                     .arg(m_capture.path(), m_capture.error()));
+    }
     return code;
+}
+
+/// Returns false after complaining when the capture that the user wants cannot be written.
+bool LinkCommand::startCapture()
+{
+    const QString path = options().captureFile;
+    if (path.isEmpty())
+        return true;
+    QString error;
+    const QString application = QStringLiteral("plc ") + QCoreApplication::applicationVersion();
+    if (!m_capture.create(path, application, &error)) {
+        complain(QStringLiteral("cannot write the capture %1: %2; give --capture a file in a "
+                                "folder that you may write to")
+                     .arg(path, error));
+        return false;
+    }
+    m_link.keepIn(&m_capture);
+    return true;
 }
 
 QString LinkCommand::peer() const

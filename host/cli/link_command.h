@@ -42,6 +42,8 @@ protected:
     /// Reads the arguments and queues what there is to do. Returns false after complaining about
     /// wrong usage.
     virtual bool prepare() = 0;
+    /// All is prepared: starts the link, which is not used before.
+    virtual void begin() { m_link.start(); }
     /// The user wants an end.
     virtual void interrupted() = 0;
 
@@ -55,8 +57,11 @@ protected:
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
 
 private:
+    bool startCapture();
+
     const CommandContext& m_context;
     const TracePrinter m_trace;
+    LinkCapture m_capture;
     Runtime m_runtime;
     TcpLink m_link;
     bool m_isFinished = false;

@@ -44,6 +44,7 @@ Options for run, read and write:
   --port N             the same for the port
   --timeout MS         time for the connection and for each whole reply
   --trace              print every frame with its meaning on the standard error
+  --capture FILE       keep what is sent and received in FILE, for Wireshark (pcapng)
 Options for run:
   --for SECONDS        end after this time
   --once               print each value once and end
@@ -92,12 +93,12 @@ struct OptionDescription {
 };
 
 const OptionDescription kOptions[] = {
-    {"p project", true, kForAll}, {"driver", true, kForAll},      {"json", false, kForAll},
-    {"h help", false, kForAll},   {"v version", false, kForAll},  {"address", true, kForLink},
-    {"port", true, kForLink},     {"timeout", true, kForLink},    {"trace", false, kForLink},
-    {"for", true, kForRun},       {"once", false, kForRun},       {"cycle", true, kForRun},
-    {"interval", true, kForRun},  {"station-off", true, kForRun}, {"rtt", true, kForPlan},
-    {"mbit", true, kForPlan}};
+    {"p project", true, kForAll}, {"driver", true, kForAll},     {"json", false, kForAll},
+    {"h help", false, kForAll},   {"v version", false, kForAll}, {"address", true, kForLink},
+    {"port", true, kForLink},     {"timeout", true, kForLink},   {"trace", false, kForLink},
+    {"capture", true, kForLink},  {"for", true, kForRun},        {"once", false, kForRun},
+    {"cycle", true, kForRun},     {"interval", true, kForRun},   {"station-off", true, kForRun},
+    {"rtt", true, kForPlan},      {"mbit", true, kForPlan}};
 
 bool isFor(Command command, Use use)
 {
@@ -231,6 +232,7 @@ Options readValues(OptionReader* reader)
     options.timeout = reader->integer("timeout", 1, kLongestTime, 0);
     options.json = reader->has("json");
     options.trace = reader->has("trace");
+    options.captureFile = reader->text("capture");
     options.once = reader->has("once");
     options.duration = reader->seconds("for");
     options.interval = reader->integer("interval", 1, kLongestTime, options.interval);

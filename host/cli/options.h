@@ -22,6 +22,7 @@ struct Options {
     int timeout = 0;    ///< ms; 0: the project's.
     bool json = false;
     bool trace = false;
+    QString captureFile; ///< Empty: none.
     bool once = false;
     int duration = 0;    ///< ms; 0: without end.
     int interval = 0;    ///< ms; 0: as suits the kind of output.

@@ -15,9 +15,14 @@ bool RunCommand::prepare()
     runtime().readCyclically(points, link().now());
     for (int station : options().stationsOff)
         runtime().switchStation(station, false, link().now());
+    return true;
+}
+
+void RunCommand::begin()
+{
     startView();
     startTimers();
-    return true;
+    LinkCommand::begin();
 }
 
 void RunCommand::startView()

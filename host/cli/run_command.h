@@ -19,6 +19,7 @@ public:
 
 private:
     bool prepare() override;
+    void begin() override;
     void interrupted() override;
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
     void requestAnswered(const SentRequest& request, const Answer& answer,

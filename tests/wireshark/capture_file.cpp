@@ -2,15 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <QtCore/QProcess>
-#include <QtCore/QProcessEnvironment>
-
 namespace plc {
 namespace {
 
 constexpr std::chrono::nanoseconds kStart = std::chrono::seconds(1750000000);
 constexpr std::chrono::nanoseconds kPacketDistance = std::chrono::milliseconds(1);
-constexpr int kTsharkTimeout = 50000; // ms
 
 TcpEndpoint endpoint(const char* address, quint16 port)
 {
@@ -96,52 +92,15 @@ CaptureFile& CaptureFile::send(TcpConversation::Side from, const QByteArray& byt
 std::vector<Row> CaptureFile::rows(std::initializer_list<const char*> fields,
                                    const QStringList& options)
 {
-    QStringList arguments = {QStringLiteral("-T"), QStringLiteral("fields"), QStringLiteral("-E"),
-                             QStringLiteral("separator=|")};
-    for (const char* const field : fields)
-        arguments << QStringLiteral("-e") << QString::fromLatin1(field);
-    QStringList ours = options;
-    if (!ours.contains(QStringLiteral("-Y")))
-        ours += filter("codesys_block");
-    std::vector<Row> result;
-    const QList<QByteArray> lines = tshark(arguments + ours).split('\n');
-    for (const QByteArray& line : lines) {
-        if (line.isEmpty())
-            continue;
-        Row row;
-        const QList<QByteArray> values = line.split('|');
-        for (const QByteArray& value : values)
-            row.push_back(value.toStdString());
-        result.push_back(row);
-    }
-    return result;
+    m_file.flush();
+    EXPECT_EQ(m_writer.error(), QString());
+    return dissectedFields(m_file.fileName(), fields, options);
 }
 
 std::string CaptureFile::details()
 {
-    return tshark({QStringLiteral("-V")}).toStdString();
-}
-
-QByteArray CaptureFile::tshark(const QStringList& arguments)
-{
     m_file.flush();
-    // Nobody's own settings and plug-ins.
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("HOME"), m_folder.path());
-    environment.remove(QStringLiteral("XDG_CONFIG_HOME"));
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(PLC_TSHARK),
-                  QStringList{QStringLiteral("-n"), QStringLiteral("-X"),
-                              QStringLiteral("lua_script:" PLC_DISSECTOR), QStringLiteral("-r"),
-                              m_file.fileName()} +
-                      arguments);
-    const bool finished = process.waitForFinished(kTsharkTimeout);
-    const QByteArray errors = process.readAllStandardError();
-    EXPECT_TRUE(finished && process.exitCode() == 0) << errors.constData();
-    EXPECT_FALSE(errors.contains("Lua")) << errors.constData();
-    EXPECT_EQ(m_writer.error(), QString());
-    return process.readAllStandardOutput();
+    return dissect(m_file.fileName(), {QStringLiteral("-V")}).toStdString();
 }
 
 QByteArray replyOf(int payload, const char* endHex)
@@ -153,11 +112,6 @@ QByteArray replyOf(int payload, const char* endHex)
     reply[4] = char(payload >> 8);
     reply[5] = char(payload & 0xff);
     return reply + end;
-}
-
-QStringList filter(const char* expression)
-{
-    return {QStringLiteral("-Y"), QString::fromLatin1(expression)};
 }
 
 } // namespace plc

@@ -6,17 +6,10 @@
 #include <QtCore/QStringList>
 #include <QtCore/QTemporaryDir>
 
-#include <initializer_list>
-#include <string>
-#include <vector>
-
 #include "host/capture/tcp_conversation.h"
+#include "tests/wireshark/dissection.h"
 
 namespace plc {
-
-/// One packet as tshark prints it: the values of the fields asked for, those of one field with
-/// commas between.
-using Row = std::vector<std::string>;
 
 /// A capture of one connection, and what tshark and the dissector make of it.
 ///
@@ -51,7 +44,6 @@ public:
 
 private:
     CaptureFile& send(TcpConversation::Side from, const QByteArray& bytes);
-    QByteArray tshark(const QStringList& arguments);
 
     QTemporaryDir m_folder;
     QFile m_file;
@@ -64,9 +56,6 @@ private:
 
 /// A good reply of so many bytes behind the length field, ending in the given ones.
 QByteArray replyOf(int payload, const char* endHex = "");
-
-/// Filter option for packets.
-QStringList filter(const char* expression);
 
 } // namespace plc
 
