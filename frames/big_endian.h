@@ -63,7 +63,7 @@ private:
 class FrameReader {
 public:
     FrameReader(const QByteArray& frame, qint64 position)
-        : m_next(reinterpret_cast<const uchar*>(frame.constData())), m_end(m_next + frame.size())
+        : m_bytes(reinterpret_cast<const uchar*>(frame.constData())), m_size(frame.size())
     {
         skip(position);
     }
@@ -72,19 +72,21 @@ public:
     {
         quint16 value = 0;
         if (left() >= int(sizeof value))
-            std::memcpy(&value, m_next, sizeof value);
+            std::memcpy(&value, here(), sizeof value);
         skip(sizeof value);
         return qFromBigEndian(value);
     }
-    /// Goes on by `count` bytes, to the end at most; a negative count is none.
-    void skip(qint64 count) { m_next += qBound(qint64(0), count, qint64(left())); }
+    /// Goes on by `count` bytes; a negative count is none. Frames are short: the sum of all counts
+    /// stays far below what 64 bits hold.
+    void skip(qint64 count) { m_position += qMax(qint64(0), count); }
     /// The bytes from here on; `left()` of them.
-    const uchar* here() const { return m_next; }
-    int left() const { return int(m_end - m_next); }
+    const uchar* here() const { return m_bytes + qMin(m_position, m_size); }
+    int left() const { return int(qMax(qint64(0), m_size - m_position)); }
 
 private:
-    const uchar* m_next;
-    const uchar* m_end;
+    const uchar* m_bytes;
+    qint64 m_size;
+    qint64 m_position = 0; ///< Also beyond the end: a sum that waits for no comparison.
 };
 
 } // namespace plc

@@ -79,6 +79,7 @@ void DataImage::clear()
     for (int i = 0; i < int(m_slots.size()); ++i)
         delete m_slots.at(i).page;
     m_slots.clear();
+    useTable(emptyTable(), 1);
     m_pageCount = 0;
     m_size = 0;
 }
@@ -128,12 +129,9 @@ void DataImage::insertPage(quint64 pageKey, Page* page)
     // A quarter of the slots stays free, so that a search ends soon.
     if (4 * (m_pageCount + 1) > 3 * int(m_slots.size()))
         grow();
-    const int mask = int(m_slots.size()) - 1;
-    int i = slotOfKey(pageKey, mask);
-    while (m_slots.at(i).page)
-        i = (i + 1) & mask;
-    m_slots[i].pageKey = pageKey;
-    m_slots[i].page = page;
+    Slot& slot = slotOf(pageKey);
+    slot.pageKey = pageKey;
+    slot.page = page;
     ++m_pageCount;
 }
 
@@ -141,11 +139,17 @@ void DataImage::grow()
 {
     QVector<Slot> old(qMax(kSmallestTable, 2 * int(m_slots.size())));
     old.swap(m_slots);
-    m_pageCount = 0;
+    useTable(m_slots.data(), int(m_slots.size()));
     for (int i = 0; i < int(old.size()); ++i) {
         if (old.at(i).page)
-            insertPage(old.at(i).pageKey, old.at(i).page);
+            slotOf(old.at(i).pageKey) = old.at(i);
     }
+}
+
+void DataImage::useTable(Slot* table, int slotCount)
+{
+    m_table = table;
+    m_mask = quint32(slotCount) - 1;
 }
 
 } // namespace plc

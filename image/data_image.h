@@ -17,7 +17,7 @@ namespace plc {
 /// until it is written, and never disappears but by clear(). Not thread-safe by itself.
 class DataImage {
 public:
-    DataImage() = default;
+    DataImage() : m_table(emptyTable()) {}
     ~DataImage();
 
     static quint64 key(quint32 areaIndex, quint32 address)
@@ -76,23 +76,23 @@ private:
         Page* page = nullptr; ///< Null: the slot is free.
     };
 
-    static int slotOfKey(quint64 pageKey, int mask)
+    /// The table of an image without pages; never written.
+    static Slot* emptyTable()
     {
-        const quint64 kSpread = Q_UINT64_C(0x9E3779B97F4A7C15); // 2^64 / golden ratio
-        return int(pageKey * kSpread >> 32) & mask;
+        static Slot freeSlot;
+        return &freeSlot;
     }
 
-    Page* findPage(quint64 pageKey) const
+    /// The slot that holds the page, or the free one where it belongs.
+    Slot& slotOf(quint64 pageKey) const
     {
-        if (m_slots.isEmpty())
-            return nullptr;
-        const Slot* table = m_slots.constData();
-        const int mask = int(m_slots.size()) - 1;
-        int i = slotOfKey(pageKey, mask);
-        while (table[i].page && table[i].pageKey != pageKey)
-            i = (i + 1) & mask;
-        return table[i].page;
+        const quint64 kSpread = Q_UINT64_C(0x9E3779B97F4A7C15); // 2^64 / golden ratio
+        quint32 i = quint32(pageKey * kSpread >> 32) & m_mask;
+        while (m_table[i].page && m_table[i].pageKey != pageKey)
+            i = (i + 1) & m_mask;
+        return m_table[i];
     }
+    Page* findPage(quint64 pageKey) const { return slotOf(pageKey).page; }
 
     /// `count` ones from bit `first` on; `count` is 1 to 64 - `first`.
     static quint64 ones(int first, int count)
@@ -145,10 +145,13 @@ private:
     Page& pageOf(quint64 pageKey);
     void insertPage(quint64 pageKey, Page* page);
     void grow();
+    void useTable(Slot* table, int slotCount);
 
     Q_DISABLE_COPY(DataImage)
 
     QVector<Slot> m_slots; ///< Open addressing; a power of two, or empty.
+    Slot* m_table;         ///< The slots, or the empty table: what a search needs, at hand.
+    quint32 m_mask = 0;    ///< Number of slots in the table, less one.
     int m_pageCount = 0;
     qint64 m_size = 0;
 };
