@@ -1,0 +1,174 @@
+#include "faults/plant.h"
+
+#include <QtCore/QStringList>
+
+#include "faults/frames.h"
+
+namespace plc {
+namespace faults {
+namespace {
+
+const Array kWords{"word", Array::Word, 1, 2700, 20};
+const Array kLongs{"long", Array::Long, 1, 2800, 10};
+const Array kBits{"bit", Array::Bit, 2, 0, 16};
+/// Longer than one write request carries.
+const Array kBlock{"block", Array::Word, 3, 0, 600};
+
+/// Bytes of a value that one write request carries.
+constexpr int kMostBytesOfPiece = 1000;
+
+QByteArray bigEndianBytes(quint32 number, int width)
+{
+    QByteArray bytes;
+    for (int shift = 8 * (width - 1); shift >= 0; shift -= 8)
+        bytes += char(number >> shift & 0xFF);
+    return bytes;
+}
+
+QString element(const Array& array, int index)
+{
+    return QStringLiteral("F.%1[%2]").arg(QLatin1String(array.name)).arg(index);
+}
+
+PlannedWrite wordWrite(int index, int number)
+{
+    const quint32 address = quint32(kWords.address + 2 * index);
+    return {element(kWords, index),
+            {Value(quint64(number))},
+            {{kWords.area, address, false, bigEndianBytes(quint32(number), 2)}},
+            true};
+}
+
+PlannedWrite longWrite(int index, int number)
+{
+    const quint32 value = 0xA0000000u + quint32(number);
+    const quint32 address = quint32(kLongs.address + 4 * index);
+    return {element(kLongs, index),
+            {Value(quint64(value))},
+            {{kLongs.area, address, false, bigEndianBytes(value, 4)}},
+            true};
+}
+
+PlannedWrite bitWrite(int index, bool isSet)
+{
+    return {element(kBits, index),
+            {Value(isSet)},
+            {{kBits.area, quint32(index), true, QByteArray(1, isSet ? '\1' : '\0')}},
+            false};
+}
+
+PlannedWrite blockWrite(int number)
+{
+    const QByteArray word = bigEndianBytes(quint32(number), 2);
+    PlannedWrite write{
+        wholeArray(kBlock), QVector<Value>(kBlock.elements, Value(quint64(number))), {}, true};
+    for (int at = 0; at < memorySize(kBlock); at += kMostBytesOfPiece) {
+        const int size = qMin(kMostBytesOfPiece, memorySize(kBlock) - at);
+        write.pieces.append({kBlock.area, quint32(kBlock.address + at), false,
+                             word.repeated(size / int(word.size()))});
+    }
+    return write;
+}
+
+} // namespace
+
+const QVector<Array> kArrays{{"a", Array::Word, 1, 0, 300},
+                             {"b", Array::Word, 1, 1000, 300},
+                             {"c", Array::Word, 1, 2000, 300},
+                             kWords,
+                             kLongs,
+                             kBits,
+                             kBlock};
+
+QByteArray projectJson(const HostSettings& settings)
+{
+    static const char* const kTypeNames[] = {"BIT", "UINT", "UDINT"};
+    QStringList variables, cyclic;
+    for (const Array& array : kArrays) {
+        const int offset = array.type == Array::Bit ? 16 * array.address : array.address;
+        variables += QStringLiteral(
+                         "{'name':'%1','type':'%2','area':%3,'offset':%4,"
+                         "'array':[[0,%5]]}")
+                         .arg(QLatin1String(array.name), QLatin1String(kTypeNames[array.type]))
+                         .arg(array.area)
+                         .arg(offset)
+                         .arg(array.elements - 1);
+        cyclic += QStringLiteral("{'label':'F.%1[0]','elements':%2}")
+                      .arg(QLatin1String(array.name))
+                      .arg(array.elements);
+    }
+    const QString json = QStringLiteral(
+                             "{'name':'Faults','settings':{'maxReadBytes':%1,'retryLimit':%2,"
+                             "'connectTimeout':%3,'replyTimeout':%4,'reconnectDelay':%5,"
+                             "'reconnectDelayLimit':%6,'staleAfter':60000},")
+                             .arg(settings.maxReadBytes)
+                             .arg(settings.retryLimit)
+                             .arg(settings.connectTimeout)
+                             .arg(settings.replyTimeout)
+                             .arg(settings.reconnectDelay)
+                             .arg(settings.reconnectDelayLimit) +
+                         QStringLiteral(
+                             "'areas':[{'index':1,'size':3000},{'index':2,'size':8},"
+                             "{'index':3,'size':1200}],'scopes':[{'name':'F','variables':[%1]}],"
+                             "'cyclic':[%2]}")
+                             .arg(variables.join(QLatin1Char(',')), cyclic.join(QLatin1Char(',')));
+    return json.toUtf8().replace('\'', '"');
+}
+
+QString wholeArray(const Array& array)
+{
+    return QStringLiteral("%1*%2").arg(element(array, 0)).arg(array.elements);
+}
+
+int memorySize(const Array& array)
+{
+    switch (array.type) {
+        case Array::Bit:
+            return 2;
+        case Array::Word:
+            return 2 * array.elements;
+        case Array::Long:
+            break;
+    }
+    return 4 * array.elements;
+}
+
+QVector<Value> expectedValues(const Array& array, const QByteArray& memory)
+{
+    QVector<Value> values;
+    for (int i = 0; i < array.elements; ++i) {
+        if (array.type == Array::Bit)
+            values.append(Value((bigEndian(memory, 0, 2) >> i & 1) != 0));
+        else if (array.type == Array::Word)
+            values.append(Value(quint64(bigEndian(memory, 2 * i, 2))));
+        else
+            values.append(Value(quint64(bigEndian(memory, 4 * i, 4))));
+    }
+    return values;
+}
+
+PlannedWrite anyWrite(test::Random* random, int number)
+{
+    switch (random->below(8)) {
+        case 0:
+            return blockWrite(number);
+        case 1:
+        case 2:
+            return bitWrite(random->below(kBits.elements), random->oneIn(2));
+        case 3:
+        case 4:
+            return longWrite(random->below(kLongs.elements), number);
+        default:
+            return wordWrite(random->below(kWords.elements), number);
+    }
+}
+
+QVector<PlannedWrite> writesOfEachKind(int number)
+{
+    return {wordWrite(3, number),   wordWrite(3, number + 1), longWrite(4, number + 2),
+            bitWrite(5, true),      bitWrite(6, false),       bitWrite(5, false),
+            blockWrite(number + 3), wordWrite(0, number + 4)};
+}
+
+} // namespace faults
+} // namespace plc

@@ -1,0 +1,70 @@
+#ifndef PLC_TESTS_FAULTS_PLANT_H
+#define PLC_TESTS_FAULTS_PLANT_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+#include <QtCore/QVector>
+
+#include "host/value_text.h"
+#include "support/random.h"
+
+namespace plc {
+namespace faults {
+
+/// Settings of the host, in milliseconds where they are times.
+struct HostSettings {
+    int maxReadBytes = 200;
+    int retryLimit = 2;
+    int connectTimeout = 100;
+    int replyTimeout = 80;
+    int reconnectDelay = 5;
+    int reconnectDelayLimit = 40;
+};
+
+/// The project file of the plant that all runs use. Its cyclic values take several requests, some
+/// of which ask for equally many bytes.
+QByteArray projectJson(const HostSettings& settings);
+
+/// An array of the plant and where its first element lies in the PLC's memory, by hand.
+struct Array {
+    const char* name;
+    enum Type { Bit, Word, Long } type;
+    int area;
+    int address; ///< In bytes.
+    int elements;
+};
+extern const QVector<Array> kArrays;
+
+/// All elements of an array as the host names them.
+QString wholeArray(const Array& array);
+/// What the host has to show of an array when the PLC's memory from its address on is this.
+QVector<Value> expectedValues(const Array& array, const QByteArray& memory);
+/// Bytes of PLC memory that an array takes.
+int memorySize(const Array& array);
+
+/// Part of a value that a write request carries.
+struct WritePiece {
+    int area;
+    quint32 address; ///< In bits for a bit.
+    bool isBit;
+    QByteArray data;
+};
+
+/// A write to try: what the host is told, and what has to reach the PLC.
+struct PlannedWrite {
+    QString target; ///< As the host names it.
+    QVector<Value> values;
+    QVector<WritePiece> pieces;
+    /// Nothing else in the run writes these bytes.
+    bool isUnmistakable = false;
+};
+
+/// Any write; `number` marks its value.
+PlannedWrite anyWrite(test::Random* random, int number);
+/// Writes to each kind of place, with values marked by the numbers from `number` on.
+QVector<PlannedWrite> writesOfEachKind(int number);
+
+} // namespace faults
+} // namespace plc
+
+#endif
