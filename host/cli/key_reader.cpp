@@ -75,4 +75,13 @@ QVector<Key> readKeys(const QByteArray& bytes)
     return keys;
 }
 
+bool typeKey(const Key& key, QString* typed)
+{
+    if (key.name == Key::Character)
+        *typed += key.text;
+    else if (key.name == Key::Backspace)
+        typed->chop(1);
+    return key.name == Key::Enter || key.name == Key::Escape;
+}
+
 } // namespace plc

@@ -18,6 +18,10 @@ struct Key {
 /// together, so that an escape byte alone is the key Esc.
 QVector<Key> readKeys(const QByteArray& bytes);
 
+/// Adds the key to what is being typed, or takes a character away. Returns whether it was a key
+/// that ends the typing: Enter or Escape.
+bool typeKey(const Key& key, QString* typed);
+
 } // namespace plc
 
 #endif

@@ -75,22 +75,17 @@ void LineView::message(const QString& text)
     printEvent(text, json);
 }
 
+void LineView::valuesRead(const Runtime& runtime, qint64 now)
+{
+    if (m_everyChange)
+        refresh(runtime, now);
+}
+
 void LineView::refresh(const Runtime& runtime, qint64 now)
 {
     const ValueTable& values = runtime.values();
-    m_printed.resize(values.size());
-    for (int row = 0; row < values.size(); ++row) {
-        const bool isStale = values.isStale(row, now);
-        if (!values.wasRead(row) && !isStale)
-            continue;
-        Printed& printed = m_printed[row];
-        if (printed.wasPrinted && printed.isStale == isStale && printed.bytes == values.bytes(row))
-            continue;
-        printed.wasPrinted = true;
-        printed.isStale = isStale;
-        printed.bytes = values.bytes(row);
+    for (int row : m_changes.take(values, now))
         printValue(values, row, now);
-    }
 }
 
 void LineView::printValue(const ValueTable& values, int row, qint64 now) const

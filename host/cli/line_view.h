@@ -1,10 +1,8 @@
 #ifndef PLC_HOST_CLI_LINE_VIEW_H
 #define PLC_HOST_CLI_LINE_VIEW_H
 
-#include <QtCore/QByteArray>
-#include <QtCore/QVector>
-
 #include "host/cli/run_view.h"
+#include "host/cli/value_changes.h"
 
 namespace plc {
 
@@ -14,29 +12,28 @@ class JsonLine;
 /// that happens to the link and to writes.
 class LineView : public RunView {
 public:
-    LineView(const QString& peer, bool json) : m_peer(peer), m_json(json) {}
+    /// With `everyChange` values are printed whenever they are read, not only at each refresh().
+    LineView(const QString& peer, bool json, bool everyChange)
+        : m_peer(peer), m_json(json), m_everyChange(everyChange)
+    {
+    }
 
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
     void writeSettled(const Assignment& assignment, const TransferOutcome& outcome) override;
     void message(const QString& text) override;
+    void valuesRead(const Runtime& runtime, qint64 now) override;
     void refresh(const Runtime& runtime, qint64 now) override;
     void end(const Runtime& runtime, qint64 now) override;
     int usualInterval() const override { return 1000; }
 
 private:
-    /// A value as it was printed last.
-    struct Printed {
-        bool wasPrinted = false;
-        bool isStale = false;
-        QByteArray bytes;
-    };
-
     void printValue(const ValueTable& values, int row, qint64 now) const;
     void printEvent(const QString& text, const JsonLine& json) const;
 
     const QString m_peer;
     const bool m_json;
-    QVector<Printed> m_printed;
+    const bool m_everyChange;
+    ValueChanges m_changes;
 };
 
 } // namespace plc

@@ -3,7 +3,10 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTimer>
 
+#include <algorithm>
 #include <csignal>
+
+#include "host/label_expansion.h"
 
 namespace plc {
 
@@ -67,7 +70,13 @@ QVector<DataPoint> LinkCommand::findPoints() const
         return point.has_value();
     };
     for (const QString& text : options().arguments) {
-        if (!add(text))
+        QString error;
+        const std::optional<QStringList> labels = expandLabel(project(), text, &error);
+        if (!labels) {
+            complain(error);
+            return {};
+        }
+        if (!std::all_of(labels->begin(), labels->end(), add))
             return {};
     }
     if (!points.isEmpty())
@@ -79,6 +88,17 @@ QVector<DataPoint> LinkCommand::findPoints() const
     if (points.isEmpty())
         complain(QStringLiteral("the project has no cyclic labels; name the labels to read"));
     return points;
+}
+
+bool LinkCommand::readCyclically()
+{
+    const QVector<DataPoint> points = findPoints();
+    if (points.isEmpty())
+        return false;
+    m_runtime.readCyclically(points, m_link.now());
+    for (int station : options().stationsOff)
+        m_runtime.switchStation(station, false, m_link.now());
+    return true;
 }
 
 void LinkCommand::finish(ExitCode code)

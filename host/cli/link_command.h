@@ -39,6 +39,10 @@ protected:
     /// Returns nothing after complaining when one is wrong or there are none.
     QVector<DataPoint> findPoints() const;
 
+    /// Has findPoints() read again and again, but for the stations that begin switched off. Returns
+    /// false after complaining when there are none.
+    bool readCyclically();
+
     /// Reads the arguments and queues what there is to do. Returns false after complaining about
     /// wrong usage.
     virtual bool prepare() = 0;

@@ -2,11 +2,13 @@
 
 #include "host/cli/console.h"
 #include "host/cli/label_commands.h"
+#include "host/cli/log_command.h"
 #include "host/cli/once_command.h"
 #include "host/cli/options.h"
 #include "host/cli/plan_command.h"
 #include "host/cli/read_command.h"
 #include "host/cli/run_command.h"
+#include "host/cli/watch_command.h"
 #include "host/cli/write_command.h"
 
 namespace plc {
@@ -30,6 +32,10 @@ int execute(const CommandContext& context)
         case Command::Run:
             return context.options.once ? OnceCommand(context).execute()
                                         : RunCommand(context).execute();
+        case Command::Watch:
+            return WatchCommand(context).execute();
+        case Command::Log:
+            return LogCommand(context).execute();
         case Command::Read:
             return ReadCommand(context).execute();
         case Command::Write:
@@ -60,6 +66,8 @@ int run(const QStringList& arguments)
         print(options->information);
         return kExitDone;
     }
+    if (!options->log.exported.isEmpty())
+        return exportDatabase(*options);
     std::optional<Project> project = loadProject(options->projectFile, &error);
     if (!project)
         return usageError(error);

@@ -13,12 +13,8 @@ constexpr int kPasses = 2;
 
 bool OnceCommand::prepare()
 {
-    const QVector<DataPoint> points = findPoints();
-    if (points.isEmpty())
+    if (!readCyclically())
         return false;
-    runtime().readCyclically(points, link().now());
-    for (int station : options().stationsOff)
-        runtime().switchStation(station, false, link().now());
     m_patience.setSingleShot(true);
     QObject::connect(&m_patience, &QTimer::timeout, &m_patience, [this] {
         report(TransferOutcome::notSent(QStringLiteral("its turn did not come within %1 s")

@@ -5,6 +5,7 @@
 
 #include <limits>
 
+#include "host/duration_text.h"
 #include "host/project/nearest_name.h"
 
 namespace plc {
@@ -12,7 +13,9 @@ namespace {
 
 constexpr int kHighestPort = 65535;
 constexpr int kHighestStation = 255;
-constexpr int kLongestTime = 24 * 60 * 60 * 1000;                              // ms
+constexpr int kLongestTime = 24 * 60 * 60 * 1000;       // ms
+constexpr qint64 kLongestPeriod = 366LL * kLongestTime; // ms
+const QLatin1String kCsvSuffix(".csv");
 constexpr double kLongestRun = double(std::numeric_limits<int>::max()) / 1000; // s
 
 constexpr double kLongestRoundTrip = 60 * 1000; // ms
@@ -22,6 +25,8 @@ constexpr double kFastestNetwork = 100000;      // Mbit/s
 const char kHelp[] = R"(plc exchanges data with a PLC through the driver library.
 
   plc run [LABEL...]         read the project's cyclic labels (or these) again and again
+  plc watch [LABEL...]       show them with trend, minimum and maximum; keys sort and write
+  plc log [LABEL...]         keep each change of them in a CSV file or an SQLite database
   plc read LABEL...          read these once
   plc write LABEL=VALUE...   write these and report what the PLC said to each
   plc resolve LABEL...       show type, area and address of these
@@ -30,7 +35,8 @@ const char kHelp[] = R"(plc exchanges data with a PLC through the driver library
 
 A label is SCOPE.VARIABLE with subscripts and members as declared, such as
 Plant.tank[3].level. LABEL*N stands for N elements of an array from that one on;
-their values are written as 1,2,3.
+their values are written as 1,2,3. To run, watch, log and read, a label may also be
+a pattern with * and ?, or have a range: 'Plant.tank*.level', Plant.tank[1..3].level.
 Values: TRUE, -5, 16#FF, 1.5, T#1m30s, 'text' (the quotes may be left out).
 
 Options for all commands:
@@ -39,18 +45,27 @@ Options for all commands:
   --json               print one JSON object a line
   -h, --help           print this
   -v, --version        print the version
-Options for run, read and write:
+Options for run, watch, log, read and write:
   --address HOST       connect there and not to the project's address
   --port N             the same for the port
   --timeout MS         time for the connection and for each whole reply
   --trace              print every frame with its meaning on the standard error
   --capture FILE       keep what is sent and received in FILE, for Wireshark (pcapng)
-Options for run:
+Options for run, watch and log:
   --for SECONDS        end after this time
-  --once               print each value once and end
   --cycle MS           time from one pass over all values to the next, at least (100)
-  --interval MS        time between two prints (1000) or screens (200)
   --station-off N      begin with station N switched off; may be given again
+Options for run and watch:
+  --interval MS        time between two screens (200) or prints (1000; watch: each change)
+Options for run:
+  --once               print each value once and end
+Options for log:
+  -o, --output FILE    .csv, or a database: .sqlite, .sqlite3, .db; it goes on if it exists
+  --every DURATION     all values at this interval, such as 500ms, 10s, 1m30s, and not changes
+  --rotate-size SIZE   go on in a new CSV file before one has more bytes: 500k, 64M, 2G
+  --rotate-every DURATION  the same after this time: 1h, 1d
+  --keep N             rotated files that stay; the oldest go (all)
+  --export FILE        turn this database into the CSV file --output; needs no project
 Options for plan:
   --rtt MS             round-trip time to the PLC and back (1)
   --mbit N             speed of the network in Mbit/s (100)
@@ -77,6 +92,8 @@ constexpr int kAnyNumber = std::numeric_limits<int>::max();
 
 const CommandName kCommands[] = {
     {"run", Command::Run, 0, kAnyNumber, "any number of labels"},
+    {"watch", Command::Watch, 0, kAnyNumber, "any number of labels"},
+    {"log", Command::Log, 0, kAnyNumber, "any number of labels"},
     {"read", Command::Read, 1, kAnyNumber, "at least one label"},
     {"write", Command::Write, 1, kAnyNumber, "at least one LABEL=VALUE"},
     {"resolve", Command::Resolve, 1, kAnyNumber, "at least one label"},
@@ -84,7 +101,7 @@ const CommandName kCommands[] = {
     {"plan", Command::Plan, 0, 1, "at most one project file"}};
 
 /// Which commands an option is for.
-enum Use { kForAll, kForLink, kForRun, kForPlan };
+enum Use { kForAll, kForLink, kForCyclic, kForViews, kForRun, kForLog, kForPlan };
 
 struct OptionDescription {
     const char* names; ///< Separated by blanks, the longest last.
@@ -93,12 +110,14 @@ struct OptionDescription {
 };
 
 const OptionDescription kOptions[] = {
-    {"p project", true, kForAll}, {"driver", true, kForAll},     {"json", false, kForAll},
-    {"h help", false, kForAll},   {"v version", false, kForAll}, {"address", true, kForLink},
-    {"port", true, kForLink},     {"timeout", true, kForLink},   {"trace", false, kForLink},
-    {"capture", true, kForLink},  {"for", true, kForRun},        {"once", false, kForRun},
-    {"cycle", true, kForRun},     {"interval", true, kForRun},   {"station-off", true, kForRun},
-    {"rtt", true, kForPlan},      {"mbit", true, kForPlan}};
+    {"p project", true, kForAll}, {"driver", true, kForAll},      {"json", false, kForAll},
+    {"h help", false, kForAll},   {"v version", false, kForAll},  {"address", true, kForLink},
+    {"port", true, kForLink},     {"timeout", true, kForLink},    {"trace", false, kForLink},
+    {"capture", true, kForLink},  {"for", true, kForCyclic},      {"once", false, kForRun},
+    {"cycle", true, kForCyclic},  {"interval", true, kForViews},  {"station-off", true, kForCyclic},
+    {"rtt", true, kForPlan},      {"mbit", true, kForPlan},       {"o output", true, kForLog},
+    {"every", true, kForLog},     {"rotate-size", true, kForLog}, {"rotate-every", true, kForLog},
+    {"keep", true, kForLog},      {"export", true, kForLog}};
 
 bool isFor(Command command, Use use)
 {
@@ -106,9 +125,16 @@ bool isFor(Command command, Use use)
         case kForAll:
             return true;
         case kForLink:
-            return command == Command::Run || command == Command::Read || command == Command::Write;
+            return isFor(command, kForCyclic) || command == Command::Read ||
+                   command == Command::Write;
+        case kForCyclic:
+            return isFor(command, kForViews) || command == Command::Log;
+        case kForViews:
+            return command == Command::Run || command == Command::Watch;
         case kForRun:
             return command == Command::Run;
+        case kForLog:
+            return command == Command::Log;
         case kForPlan:
             break;
     }
@@ -119,6 +145,10 @@ QStringList namesOf(const OptionDescription& description)
 {
     return QString::fromLatin1(description.names).split(QLatin1Char(' '));
 }
+
+/// Each 1024 times the one before.
+const QString kSizeUnits = QStringLiteral("kmg");
+constexpr int kBitsOfSizeUnit = 10;
 
 /// Takes values out of the parsed command line and keeps the first complaint.
 class OptionReader {
@@ -179,6 +209,36 @@ public:
                      .arg(QString::fromLatin1(name), quoted(text(name))));
         return 0;
     }
+    /// Milliseconds of a duration such as 1m30s; 0 if it is not given.
+    qint64 duration(const char* name, qint64 longest)
+    {
+        if (!has(name))
+            return 0;
+        const std::optional<quint64> time = parseDuration(QStringLiteral("T#") + text(name));
+        if (time && *time > 0 && *time <= quint64(longest))
+            return qint64(*time);
+        complain(QStringLiteral("--%1 takes a duration such as 500ms, 10s, 1m30s or 1h, up to %2, "
+                                "not %3")
+                     .arg(QString::fromLatin1(name), durationText(quint64(longest)).mid(2),
+                          quoted(text(name))));
+        return 0;
+    }
+    /// Bytes of a size such as 64M; 0 if it is not given.
+    qint64 size(const char* name)
+    {
+        if (!has(name))
+            return 0;
+        const QString written = text(name);
+        const int unit = written.isEmpty() ? -1 : int(kSizeUnits.indexOf(written.back().toLower()));
+        bool ok = false;
+        const qint64 count = (unit < 0 ? written : written.chopped(1)).toLongLong(&ok, 10);
+        const int shift = kBitsOfSizeUnit * (unit + 1);
+        if (ok && count > 0 && count <= (std::numeric_limits<qint64>::max() >> shift))
+            return count << shift;
+        complain(QStringLiteral("--%1 takes a number of bytes such as 500k, 64M or 2G, not %2")
+                     .arg(QString::fromLatin1(name), quoted(written)));
+        return 0;
+    }
     void complain(const QString& text)
     {
         if (m_error->isEmpty())
@@ -221,6 +281,51 @@ void checkUse(const CommandName& command, OptionReader* reader)
     }
 }
 
+LogOptions readLogValues(OptionReader* reader)
+{
+    LogOptions log;
+    log.output = reader->text("output");
+    log.exported = reader->text("export");
+    log.every = int(reader->duration("every", kLongestTime));
+    log.rotateSize = reader->size("rotate-size");
+    log.rotateEvery = reader->duration("rotate-every", kLongestPeriod);
+    log.keep = reader->integer("keep", 1, std::numeric_limits<int>::max(), 0);
+    return log;
+}
+
+void checkExport(const Options& options, OptionReader* reader)
+{
+    if (!options.arguments.isEmpty())
+        reader->complain(QStringLiteral("--export takes the whole database; leave out the labels"));
+    if (isDatabase(options.log.output))
+        reader->complain(
+            QStringLiteral("--export writes a .csv file, not %1").arg(quoted(options.log.output)));
+    for (const char* name : {"every", "rotate-size", "rotate-every", "keep"}) {
+        if (reader->has(name))
+            reader->complain(
+                QStringLiteral("--%1 has no meaning with --export").arg(QString::fromLatin1(name)));
+    }
+}
+
+void checkLog(const Options& options, OptionReader* reader)
+{
+    const LogOptions& log = options.log;
+    const bool rotates = log.rotateSize > 0 || log.rotateEvery > 0;
+    if (log.output.isEmpty())
+        reader->complain(QStringLiteral("plc log takes --output FILE, ending in .csv or .sqlite"));
+    else if (!isDatabase(log.output) && !log.output.endsWith(kCsvSuffix, Qt::CaseInsensitive))
+        reader->complain(
+            QStringLiteral("--output takes a file that ends in .csv, .sqlite, .sqlite3 "
+                           "or .db, not %1")
+                .arg(quoted(log.output)));
+    if (rotates && isDatabase(log.output))
+        reader->complain(QStringLiteral("--rotate-size and --rotate-every are for .csv files"));
+    if (log.keep > 0 && !rotates)
+        reader->complain(QStringLiteral("--keep goes with --rotate-size or --rotate-every"));
+    if (!log.exported.isEmpty())
+        checkExport(options, reader);
+}
+
 Options readValues(OptionReader* reader)
 {
     Options options;
@@ -237,6 +342,7 @@ Options readValues(OptionReader* reader)
     options.duration = reader->seconds("for");
     options.interval = reader->integer("interval", 1, kLongestTime, options.interval);
     options.cycleTime = reader->integer("cycle", 0, kLongestTime, options.cycleTime);
+    options.log = readLogValues(reader);
     options.roundTrip = reader->number("rtt", 0, kLongestRoundTrip, options.roundTrip);
     options.bandwidth = reader->number("mbit", kSlowestNetwork, kFastestNetwork, options.bandwidth);
     options.stationsOff = reader->integers("station-off", 0, kHighestStation);
@@ -253,6 +359,15 @@ QString informationText(const OptionReader& reader)
 }
 
 } // namespace
+
+bool isDatabase(const QString& logFile)
+{
+    for (const char* suffix : {".sqlite", ".sqlite3", ".db"}) {
+        if (logFile.endsWith(QLatin1String(suffix), Qt::CaseInsensitive))
+            return true;
+    }
+    return false;
+}
 
 std::optional<Options> readOptions(const QStringList& arguments, QString* error)
 {
@@ -286,7 +401,9 @@ std::optional<Options> readOptions(const QStringList& arguments, QString* error)
         }
         if (options.command == Command::Plan && count == 1)
             options.projectFile = options.arguments.takeFirst();
-        if (options.projectFile.isEmpty()) {
+        if (options.command == Command::Log)
+            checkLog(options, &reader);
+        if (options.projectFile.isEmpty() && options.log.exported.isEmpty()) {
             reader.complain(
                 QStringLiteral("no project file; give it with --project or in PLC_PROJECT"));
         }

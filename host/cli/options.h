@@ -9,7 +9,20 @@
 
 namespace plc {
 
-enum class Command { Run, Read, Write, Resolve, Symbols, Plan };
+enum class Command { Run, Watch, Log, Read, Write, Resolve, Symbols, Plan };
+
+/// Options of `plc log`.
+struct LogOptions {
+    QString output;         ///< The log, or the CSV file of an export.
+    QString exported;       ///< The database to be exported; empty: values are logged.
+    int every = 0;          ///< ms from record to record; 0: changes.
+    qint64 rotateSize = 0;  ///< Bytes; 0: as large as it gets.
+    qint64 rotateEvery = 0; ///< ms; 0: without end.
+    int keep = 0;           ///< Older files; 0: all.
+};
+
+/// Whether the log's file is a database, by its suffix, and not CSV.
+bool isDatabase(const QString& logFile);
 
 /// The command line, checked.
 struct Options {
@@ -28,6 +41,7 @@ struct Options {
     int interval = 0;    ///< ms; 0: as suits the kind of output.
     int cycleTime = 100; ///< ms
     QVector<int> stationsOff;
+    LogOptions log;
     double roundTrip = 1;   ///< ms
     double bandwidth = 100; ///< Mbit/s
     /// What is asked for instead of a command: help or the version.

@@ -7,68 +7,49 @@
 
 namespace plc {
 
-bool RunCommand::prepare()
-{
-    const QVector<DataPoint> points = findPoints();
-    if (points.isEmpty())
-        return false;
-    runtime().readCyclically(points, link().now());
-    for (int station : options().stationsOff)
-        runtime().switchStation(station, false, link().now());
-    return true;
-}
-
 void RunCommand::begin()
 {
     startView();
-    startTimers();
-    LinkCommand::begin();
+    QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh,
+                     [this] { m_view->refresh(runtime(), link().now()); });
+    m_refresh.start(options().interval > 0 ? options().interval : m_view->usualInterval());
+    CyclicCommand::begin();
 }
 
 void RunCommand::startView()
 {
-    const auto carryOutLine = [this](const QString& line) { carryOut(line); };
-    if (!options().json && ScreenView::isPossible()) {
-        m_view = std::make_unique<ScreenView>(project().name, peer(), carryOutLine);
+    const CarryOut carryOutLine = [this](const QString& line) { carryOut(line); };
+    if (!options().json && TerminalView::isPossible()) {
+        m_view = screenView(carryOutLine);
         return;
     }
-    m_view = std::make_unique<LineView>(peer(), options().json);
+    m_view = lineView();
     m_input = std::make_unique<LineInput>(carryOutLine);
 }
 
-void RunCommand::startTimers()
+std::unique_ptr<RunView> RunCommand::screenView(const CarryOut& carryOut)
 {
-    QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh,
-                     [this] { m_view->refresh(runtime(), link().now()); });
-    m_refresh.start(options().interval > 0 ? options().interval : m_view->usualInterval());
-    m_duration.setSingleShot(true);
-    QObject::connect(&m_duration, &QTimer::timeout, &m_duration,
-                     [this] { end(wasServed() ? kExitDone : kExitRefused); });
-    if (options().duration > 0)
-        m_duration.start(options().duration);
+    return std::make_unique<ScreenView>(project().name, peer(), carryOut);
 }
 
-/// Whether the PLC answered with success, or was not asked since all stations are off.
-bool RunCommand::wasServed()
+std::unique_ptr<RunView> RunCommand::lineView()
 {
-    return m_hasRead ||
-           (runtime().session().linkState() == LinkState::Up && runtime().counters().requests == 0);
+    return std::make_unique<LineView>(peer(), options().json, false);
 }
 
-void RunCommand::interrupted()
+void RunCommand::aboutToEnd()
 {
-    end(kExitDone);
-}
-
-/// What is under way when the user wants an end is still settled, and shown.
-void RunCommand::end(ExitCode code)
-{
-    if (isFinished())
-        return;
     m_view->refresh(runtime(), link().now());
-    link().stop();
+}
+
+void RunCommand::ended()
+{
     m_view->end(runtime(), link().now());
-    finish(code);
+}
+
+void RunCommand::requestSettled()
+{
+    m_view->valuesRead(runtime(), link().now());
 }
 
 void RunCommand::linkChanged(LinkState state, const QString& reason, int retryDelay)
@@ -80,9 +61,7 @@ void RunCommand::linkChanged(LinkState state, const QString& reason, int retryDe
 void RunCommand::requestAnswered(const SentRequest& request, const Answer& answer,
                                  const QByteArray& reply)
 {
-    LinkCommand::requestAnswered(request, answer, reply);
-    if (answer.kind == Answer::Accepted && !request.content.isLogin())
-        m_hasRead = true;
+    CyclicCommand::requestAnswered(request, answer, reply);
     if (answer.kind == Answer::Abandoned)
         m_view->message(QStringLiteral("refused: ") + replyText(request, reply, answer));
 }

@@ -3,42 +3,46 @@
 
 #include <QtCore/QTimer>
 
+#include <functional>
 #include <memory>
 
+#include "host/cli/cyclic_command.h"
 #include "host/cli/line_input.h"
-#include "host/cli/link_command.h"
 #include "host/cli/run_view.h"
 
 namespace plc {
 
 /// `plc run`: keeps reading the cyclic values and shows them; writes and switches stations by
 /// commands while it runs.
-class RunCommand : public LinkCommand {
+class RunCommand : public CyclicCommand {
 public:
-    explicit RunCommand(const CommandContext& context) : LinkCommand(context) {}
+    explicit RunCommand(const CommandContext& context) : CyclicCommand(context) {}
+
+protected:
+    using CarryOut = std::function<void(const QString&)>;
+
+    /// The view for a terminal, and for all else. `carryOut` takes the user's commands.
+    virtual std::unique_ptr<RunView> screenView(const CarryOut& carryOut);
+    virtual std::unique_ptr<RunView> lineView();
 
 private:
-    bool prepare() override;
     void begin() override;
-    void interrupted() override;
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
     void requestAnswered(const SentRequest& request, const Answer& answer,
                          const QByteArray& reply) override;
+    void requestSettled() override;
+    void aboutToEnd() override;
+    void ended() override;
 
     void startView();
-    void startTimers();
     /// Carries out one line of input.
     void carryOut(const QString& line);
     void write(const QString& assignment);
     void switchStation(const QString& station, const QString& state);
-    void end(ExitCode code);
-    bool wasServed();
 
     std::unique_ptr<RunView> m_view;
     std::unique_ptr<LineInput> m_input;
     QTimer m_refresh;
-    QTimer m_duration;
-    bool m_hasRead = false; ///< The PLC answered a request of ours with success.
 };
 
 } // namespace plc

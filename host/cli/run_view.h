@@ -15,6 +15,8 @@ public:
     virtual void writeSettled(const Assignment& assignment, const TransferOutcome& outcome) = 0;
     /// Something for the user, such as the answer to a command.
     virtual void message(const QString& text) = 0;
+    /// Some values were read; refresh() need not be called for each time.
+    virtual void valuesRead(const Runtime& runtime, qint64 now) = 0;
     /// Shows the values as they are now.
     virtual void refresh(const Runtime& runtime, qint64 now) = 0;
     /// The last call: the run took `now` ms.

@@ -1,5 +1,7 @@
 #include "host/cli/screen_layout.h"
 
+#include "host/cli/text_cells.h"
+
 namespace plc {
 namespace {
 
@@ -16,14 +18,6 @@ int columnsOnScreen(int width)
 int linesForRows(int height)
 {
     return qMax(0, height - kLinesAround);
-}
-
-/// `text` in exactly `width` characters.
-QString fitted(const QString& text, int width)
-{
-    if (int(text.size()) <= width)
-        return text.leftJustified(qMax(0, width));
-    return width < 1 ? QString() : text.left(width - 1) + QChar(0x2026);
 }
 
 /// Label, value, age and rate in exactly `width` characters.

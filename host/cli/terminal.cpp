@@ -77,10 +77,23 @@ void Terminal::show(const QStringList& lines)
         const QString line = lines.value(i);
         if (i < int(m_shown.size()) && m_shown[i] == line)
             continue;
-        bytes += "\x1b[" + QByteArray::number(i + 1) + ";1H" + line.toUtf8() + kClearToEnd;
+        bytes += "\x1b[" + QByteArray::number(i + 1) + ";1H" + encoded(line) + kClearToEnd;
     }
     m_shown = lines;
     put(bytes);
+}
+
+void Terminal::print(const QStringList& lines) const
+{
+    QByteArray bytes;
+    for (const QString& line : lines)
+        bytes += encoded(line) + '\n';
+    put(bytes);
+}
+
+QByteArray Terminal::encoded(const QString& line) const
+{
+    return m_isUtf8 ? line.toUtf8() : asciiCells(line);
 }
 
 } // namespace plc

@@ -6,6 +6,8 @@
 
 #include <termios.h>
 
+#include "host/cli/text_cells.h"
+
 namespace plc {
 
 /// The terminal that the program runs on, as a screen of lines: a second screen, so that what stood
@@ -30,8 +32,13 @@ public:
     void measure();
     /// Shows these lines from the top; writes those that differ from what is on the screen.
     void show(const QStringList& lines);
+    /// Lines behind each other, for when the screen was given back.
+    void print(const QStringList& lines) const;
 
 private:
+    QByteArray encoded(const QString& line) const;
+
+    const bool m_isUtf8 = localeIsUtf8();
     bool m_isEntered = false;
     bool m_hasKeys = false;
     termios m_savedModes = {};

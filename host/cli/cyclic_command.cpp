@@ -1,0 +1,40 @@
+#include "host/cli/cyclic_command.h"
+
+namespace plc {
+
+void CyclicCommand::begin()
+{
+    m_duration.setSingleShot(true);
+    QObject::connect(&m_duration, &QTimer::timeout, &m_duration,
+                     [this] { end(wasServed() ? kExitDone : kExitRefused); });
+    if (options().duration > 0)
+        m_duration.start(options().duration);
+    LinkCommand::begin();
+}
+
+/// Whether the PLC answered with success, or was not asked since all stations are off.
+bool CyclicCommand::wasServed()
+{
+    return m_hasRead ||
+           (runtime().session().linkState() == LinkState::Up && runtime().counters().requests == 0);
+}
+
+void CyclicCommand::end(ExitCode code)
+{
+    if (isFinished())
+        return;
+    aboutToEnd();
+    link().stop();
+    ended();
+    finish(code);
+}
+
+void CyclicCommand::requestAnswered(const SentRequest& request, const Answer& answer,
+                                    const QByteArray& reply)
+{
+    LinkCommand::requestAnswered(request, answer, reply);
+    if (answer.kind == Answer::Accepted && !request.content.isLogin())
+        m_hasRead = true;
+}
+
+} // namespace plc

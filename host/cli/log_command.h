@@ -1,0 +1,49 @@
+#ifndef PLC_HOST_CLI_LOG_COMMAND_H
+#define PLC_HOST_CLI_LOG_COMMAND_H
+
+#include <QtCore/QTimer>
+#include <QtCore/QVector>
+
+#include <memory>
+
+#include "host/cli/cyclic_command.h"
+#include "host/cli/value_changes.h"
+#include "host/log/log_writer.h"
+
+namespace plc {
+
+/// `plc log`: keeps values in a file, as they change or at an interval. What was read is written
+/// once a second.
+class LogCommand : public CyclicCommand {
+public:
+    explicit LogCommand(const CommandContext& context) : CyclicCommand(context) {}
+
+private:
+    bool prepare() override;
+    void begin() override;
+    void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
+    void requestSettled() override;
+    void aboutToEnd() override { write(); }
+    void ended() override;
+
+    std::unique_ptr<LogWriter> openWriter(QString* error) const;
+    void collectChanges();
+    void collectAll();
+    void collect(int row, qint64 time);
+    void write();
+
+    std::unique_ptr<LogWriter> m_writer;
+    ValueChanges m_changes;
+    QVector<LogRecord> m_records; ///< That are not written yet.
+    qint64 m_written = 0;
+    QTimer m_writing;
+    QTimer m_sampling;
+};
+
+/// `plc log --export`: turns a log in a database into a CSV file. Needs no PLC. Returns the exit
+/// code.
+int exportDatabase(const Options& options);
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,33 @@
+#ifndef PLC_HOST_CLI_TEXT_CELLS_H
+#define PLC_HOST_CLI_TEXT_CELLS_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+namespace plc {
+
+// Texts as terminals show them, in cells: Chinese, Japanese and Korean characters take two, marks
+// that are put over others none.
+
+int cellsOf(const QString& text);
+
+/// `text` in exactly `width` cells, its end cut off behind an ellipsis where it is too long.
+/// Control characters, which would move the cursor, become question marks.
+QString fitted(const QString& text, int width);
+
+/// As fitted(), with the beginning cut off: of labels the end tells more.
+QString fittedTail(const QString& text, int width);
+
+/// `text` at the right end of `width` cells, cut off as by fitted().
+QString fittedRight(const QString& text, int width);
+
+/// `text` for a terminal that shows ASCII only: the blocks of a trend become signs of different
+/// height, an ellipsis ~, and each cell of other characters a question mark.
+QByteArray asciiCells(const QString& text);
+
+/// Whether programs are to write UTF-8, by the locale's environment variables.
+bool localeIsUtf8();
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,22 @@
+#include "host/cli/value_changes.h"
+
+namespace plc {
+
+QVector<int> ValueChanges::take(const ValueTable& values, qint64 now)
+{
+    QVector<int> rows;
+    m_told.resize(values.size());
+    for (int row = 0; row < values.size(); ++row) {
+        const bool isStale = values.isStale(row, now);
+        if (!values.wasRead(row) && !isStale)
+            continue;
+        Told& told = m_told[row];
+        if (told.wasTold && told.isStale == isStale && told.bytes == values.bytes(row))
+            continue;
+        told = {true, isStale, values.bytes(row)};
+        rows.append(row);
+    }
+    return rows;
+}
+
+} // namespace plc

@@ -1,0 +1,198 @@
+#include "host/cli/watch_layout.h"
+
+#include "host/cli/text_cells.h"
+#include "host/cli/value_history.h"
+
+namespace plc {
+namespace {
+
+const char kKeys[] = "?:help  w:write  p:pause  s:sort  /:filter  r:reset  q:end";
+
+constexpr int kLinesAround = 5; ///< Title, status, heading, message and keys.
+constexpr int kMarkWidth = 2;   ///< Selected, and changed or stale.
+constexpr int kAgeWidth = 8;
+constexpr int kRangeWidth = 10; ///< Of MIN and of MAX, with a blank before each.
+constexpr int kShortTrend = 10;
+constexpr int kLongTrend = 31;
+constexpr int kLeastValueWidth = 14;
+constexpr int kLeastLabelWidth = 12;
+
+// Terminals narrower than these go without a column.
+constexpr int kWidthForAge = 32;
+constexpr int kWidthForTrend = 48;
+constexpr int kWidthForRange = 72;
+constexpr int kWidthForLongTrend = 110;
+
+/// How long a value counts as just changed.
+constexpr qint64 kChangeShown = 1000; // ms
+
+struct Columns {
+    int label = 0;
+    int value = 0;
+    int trend = 0; ///< With the blank before it, as the following; 0: left out.
+    int age = 0;
+    int range = 0;
+};
+
+int trendWidth(int width)
+{
+    if (width < kWidthForTrend)
+        return 0;
+    return width < kWidthForLongTrend ? kShortTrend : kLongTrend;
+}
+
+Columns columnsFor(const WatchState& state, int width)
+{
+    Columns columns;
+    columns.age = width < kWidthForAge ? 0 : kAgeWidth;
+    columns.trend = trendWidth(width);
+    columns.range = width < kWidthForRange ? 0 : kRangeWidth;
+    const int rest = qMax(0, width - kMarkWidth - columns.age - columns.trend - 2 * columns.range);
+    int longest = kLeastLabelWidth;
+    for (int i = 0; i < state.count(); ++i)
+        longest = qMax(longest, cellsOf(state.row(i).label));
+    columns.label = qMin(longest + 1, qMax(rest / 2, rest - kLeastValueWidth));
+    columns.value = rest - columns.label;
+    return columns;
+}
+
+QString ageText(const std::optional<qint64>& age)
+{
+    if (!age)
+        return QStringLiteral("never");
+    const double seconds = double(*age) / 1000;
+    if (*age < 1000)
+        return QStringLiteral("%1 ms").arg(*age);
+    if (seconds < 1000)
+        return QStringLiteral("%1 s").arg(seconds, 0, 'f', 1);
+    return QStringLiteral("%1 h").arg(seconds / 3600, 0, 'f', 1);
+}
+
+/// A column with a blank before it, or nothing if it is left out.
+QString columnRight(const QString& text, int width)
+{
+    return width == 0 ? QString() : QLatin1Char(' ') + fittedRight(text, width - 1);
+}
+
+QString restOfRow(const QString& trend, const QString& age, const QString& lowest,
+                  const QString& highest, const Columns& columns)
+{
+    const QString trendColumn =
+        columns.trend == 0 ? QString() : QLatin1Char(' ') + fitted(trend, columns.trend - 1);
+    return trendColumn + columnRight(age, columns.age) + columnRight(lowest, columns.range) +
+           columnRight(highest, columns.range);
+}
+
+QString headingLine(const Columns& columns, int width, const Style& style)
+{
+    const QString text = QString(kMarkWidth, QLatin1Char(' ')) +
+                         fitted(QStringLiteral("LABEL"), columns.label) +
+                         fitted(QStringLiteral("VALUE"), columns.value) +
+                         restOfRow(QStringLiteral("TREND"), QStringLiteral("AGE"),
+                                   QStringLiteral("MIN"), QStringLiteral("MAX"), columns);
+    return style.apply(Emphasis::Heading, fitted(text, width));
+}
+
+QString rowLine(const WatchRow& row, bool isSelected, const Columns& columns, int width,
+                const Style& style)
+{
+    const bool hasChanged = row.sinceChange && *row.sinceChange < kChangeShown;
+    const QChar mark = QLatin1Char(row.isStale ? '!' : hasChanged ? '*' : ' ');
+    const QString label = QString(QLatin1Char(isSelected ? '>' : ' ')) + mark +
+                          fittedTail(row.label, columns.label - 1) + QLatin1Char(' ');
+    const QString value = fitted(row.value, columns.value);
+    const QString trend =
+        sparkline(row.trend.mid(qMax(0, int(row.trend.size()) - columns.trend + 1)));
+    const QString rest = restOfRow(trend, ageText(row.age), row.lowest, row.highest, columns);
+    // Too narrow for even these columns: without sequences, which must not be cut.
+    if (kMarkWidth + columns.label + columns.value > width)
+        return fitted(label + value, width);
+    if (row.isStale)
+        return style.apply(Emphasis::Failure, label + value + rest);
+    if (hasChanged)
+        return label + style.apply(Emphasis::Changed, value) + rest;
+    return isSelected ? style.apply(Emphasis::Strong, label + value + rest) : label + value + rest;
+}
+
+/// "8 of 40 values, by age, filter tank"
+QString tableText(const WatchState& state)
+{
+    QString text = state.count() == state.all()
+                       ? QStringLiteral("%1 values").arg(state.all())
+                       : QStringLiteral("%1 of %2 values").arg(state.count()).arg(state.all());
+    text += QStringLiteral(", ") + state.orderText();
+    if (!state.filter().isEmpty())
+        text += QStringLiteral(", filter ") + state.filter();
+    return text;
+}
+
+QString statusLine(const WatchFrame& frame, const WatchState& state, int width, const Style& style)
+{
+    const QString paused = state.isPaused() ? QStringLiteral("PAUSED ") : QString();
+    const int rest = width - int(paused.size());
+    if (rest < 1)
+        return fitted(paused, width);
+    const QString text = QStringLiteral("%1; %2").arg(tableText(state), frame.status);
+    return (paused.isEmpty() ? paused : style.apply(Emphasis::Warning, paused)) +
+           fitted(text, rest);
+}
+
+QStringList tableLines(const WatchState& state, const Columns& columns, int lines, int width,
+                       const Style& style)
+{
+    QStringList table;
+    for (int i = 0; i < lines; ++i) {
+        const int position = state.firstLine() + i;
+        table.append(
+            position < state.count()
+                ? rowLine(state.row(position), position == state.selected(), columns, width, style)
+                : QString());
+    }
+    return table;
+}
+
+QStringList helpLines(const WatchState& state, int lines, int width)
+{
+    const QStringList help = watchHelp();
+    QStringList shown;
+    for (int i = 0; i < lines; ++i)
+        shown.append(fitted(help.value(state.firstHelpLine() + i), width));
+    return shown;
+}
+
+} // namespace
+
+int watchPage(int height)
+{
+    return qMax(0, height - kLinesAround);
+}
+
+int watchTrendSeconds(int width)
+{
+    return qMax(0, trendWidth(width) - 1);
+}
+
+QStringList layOutWatch(const WatchFrame& frame, const WatchState& state, int width, int height,
+                        const Style& style)
+{
+    const int page = watchPage(height);
+    const Columns columns = columnsFor(state, width);
+    QStringList screen;
+    screen.append(fitted(frame.title, width));
+    screen.append(statusLine(frame, state, width, style));
+    if (state.mode() == WatchState::Mode::InHelp) {
+        screen.append(style.apply(Emphasis::Heading, fitted(QStringLiteral("  KEYS"), width)));
+        screen += helpLines(state, page, width);
+    } else {
+        screen.append(headingLine(columns, width, style));
+        screen += tableLines(state, columns, page, width, style);
+    }
+    screen.append(fitted(frame.message, width));
+    const QString prompt = state.prompt();
+    // In the last cell of the last line some terminals scroll.
+    screen.append(prompt.isEmpty() ? fitted(QString::fromLatin1(kKeys), width - 1)
+                                   : fittedTail(prompt, width - 1));
+    return screen.mid(qMax(0, int(screen.size()) - height));
+}
+
+} // namespace plc

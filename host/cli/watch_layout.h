@@ -1,0 +1,33 @@
+#ifndef PLC_HOST_CLI_WATCH_LAYOUT_H
+#define PLC_HOST_CLI_WATCH_LAYOUT_H
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include "host/cli/style.h"
+#include "host/cli/watch_state.h"
+
+namespace plc {
+
+/// What stands around the table.
+struct WatchFrame {
+    QString title;
+    QString status;  ///< Of link and traffic.
+    QString message; ///< What happened last.
+};
+
+/// The watched values in a terminal of this size: title, status, the table from the first line in
+/// sight on, message, and what the keys do or what is being typed. Exactly `height` lines, none of
+/// them wider than the terminal. A narrow terminal has fewer columns.
+QStringList layOutWatch(const WatchFrame& frame, const WatchState& state, int width, int height,
+                        const Style& style);
+
+/// Lines for the table.
+int watchPage(int height);
+
+/// Seconds of the trend that are in sight.
+int watchTrendSeconds(int width);
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,330 @@
+#include "host/cli/watch_state.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+#include "host/symbol_walk.h"
+
+namespace plc {
+namespace {
+
+const char* const kOrderTexts[] = {"as named", "by label", "by value", "by age", "by change"};
+constexpr int kOrders = int(sizeof(kOrderTexts) / sizeof(kOrderTexts[0]));
+
+/// Digits that begin at `*position`, as a number; moves behind them.
+QString digitsAt(const QString& text, int* position)
+{
+    const int start = *position;
+    while (*position < int(text.size()) && text[*position].isDigit())
+        ++*position;
+    QString digits = text.mid(start, *position - start);
+    while (digits.size() > 1 && digits.startsWith(QLatin1Char('0')))
+        digits.remove(0, 1);
+    return digits;
+}
+
+/// tank[2] stands before tank[10].
+bool isBefore(const QString& left, const QString& right)
+{
+    int i = 0;
+    int j = 0;
+    while (i < int(left.size()) && j < int(right.size())) {
+        if (left[i].isDigit() && right[j].isDigit()) {
+            const QString a = digitsAt(left, &i);
+            const QString b = digitsAt(right, &j);
+            if (a != b)
+                return std::pair(a.size(), a) < std::pair(b.size(), b);
+            continue;
+        }
+        const QChar a = left[i++].toLower();
+        const QChar b = right[j++].toLower();
+        if (a != b)
+            return a < b;
+    }
+    return left.size() - i < right.size() - j;
+}
+
+/// Numbers ascending, behind them texts.
+bool hasLowerValue(const WatchRow& left, const WatchRow& right)
+{
+    if (left.number && right.number)
+        return *left.number < *right.number;
+    if (left.number || right.number)
+        return left.number.has_value();
+    return isBefore(left.value, right.value);
+}
+
+/// The oldest first, before them those never read.
+bool isOlder(const WatchRow& left, const WatchRow& right)
+{
+    if (left.age && right.age)
+        return *left.age > *right.age;
+    return !left.age && right.age;
+}
+
+/// The last changed first, behind them those that have not changed.
+bool hasChangedLater(const WatchRow& left, const WatchRow& right)
+{
+    if (left.sinceChange && right.sinceChange)
+        return *left.sinceChange < *right.sinceChange;
+    return left.sinceChange && !right.sinceChange;
+}
+
+bool precedes(WatchState::Order order, const WatchRow& left, const WatchRow& right)
+{
+    switch (order) {
+        case WatchState::Order::AsNamed:
+            break;
+        case WatchState::Order::ByLabel:
+            return isBefore(left.label, right.label);
+        case WatchState::Order::ByValue:
+            return hasLowerValue(left, right);
+        case WatchState::Order::ByAge:
+            return isOlder(left, right);
+        case WatchState::Order::ByChange:
+            return hasChangedLater(left, right);
+    }
+    return false;
+}
+
+} // namespace
+
+QStringList watchHelp()
+{
+    return {
+        QStringLiteral("Up, Down, k, j      select a value"),
+        QStringLiteral("PgUp, PgDn          a page up or down"),
+        QStringLiteral("Home, End           the first or the last value"),
+        QStringLiteral("w, Enter            write a value to the selected label"),
+        QStringLiteral("p, Space            hold the table still, and go on"),
+        QStringLiteral("s                   next order: as named, by label, value, age, change"),
+        QStringLiteral("S                   the same order the other way round"),
+        QStringLiteral("/                   show the labels that hold a text; * and ? as in files"),
+        QStringLiteral("Esc                 show all labels again"),
+        QStringLiteral("r                   let MIN and MAX begin anew"),
+        QStringLiteral("?, h                this help; any other key leaves it"),
+        QStringLiteral("q                   end"),
+        QString(),
+        QStringLiteral("> selected    * changed within the last second    ! stale"),
+        QStringLiteral("TREND: one sign for each second, scaled to what is in sight"),
+    };
+}
+
+void WatchState::update(const QVector<WatchRow>& rows)
+{
+    if (m_isPaused)
+        return;
+    m_rows = rows;
+    arrange();
+}
+
+void WatchState::setPage(int lines)
+{
+    m_page = qMax(1, lines);
+    select(m_selected);
+}
+
+/// Sorts and filters. The selection stays where it is on the screen: rows that come and go by age
+/// or change do not carry it away.
+void WatchState::arrange()
+{
+    m_shown.clear();
+    for (int i = 0; i < int(m_rows.size()); ++i) {
+        if (m_filter.isEmpty() || matchesPattern(m_rows[i].label, m_filter))
+            m_shown.append(i);
+    }
+    const auto isFirst = [this](int left, int right) {
+        return precedes(m_order, m_rows[m_isReversed ? right : left],
+                        m_rows[m_isReversed ? left : right]);
+    };
+    if (m_order == Order::AsNamed && m_isReversed)
+        std::reverse(m_shown.begin(), m_shown.end());
+    else
+        std::stable_sort(m_shown.begin(), m_shown.end(), isFirst);
+    select(m_selected);
+}
+
+void WatchState::select(int position)
+{
+    m_selected = qBound(0, position, qMax(0, count() - 1));
+    const int last = qMax(0, count() - m_page);
+    m_firstLine = qBound(m_selected - m_page + 1, m_firstLine, m_selected);
+    m_firstLine = qBound(0, m_firstLine, last);
+}
+
+WatchState::Action WatchState::press(const Key& key)
+{
+    switch (m_mode) {
+        case Mode::InTable:
+            return pressInTable(key);
+        case Mode::InHelp:
+            pressInHelp(key);
+            break;
+        case Mode::TypingFilter:
+            pressInFilter(key);
+            break;
+        case Mode::TypingValue:
+            pressInValue(key);
+            break;
+        case Mode::Confirming:
+            return pressInConfirmation(key);
+    }
+    return {};
+}
+
+WatchState::Action WatchState::pressInTable(const Key& key)
+{
+    switch (key.name) {
+        case Key::Up:
+            select(m_selected - 1);
+            break;
+        case Key::Down:
+            select(m_selected + 1);
+            break;
+        case Key::PageUp:
+            select(m_selected - m_page);
+            break;
+        case Key::PageDown:
+            select(m_selected + m_page);
+            break;
+        case Key::Home:
+            select(0);
+            break;
+        case Key::End:
+            select(count() - 1);
+            break;
+        case Key::Enter:
+            beginValue();
+            break;
+        case Key::Escape:
+            m_filter.clear();
+            arrange();
+            break;
+        case Key::Character:
+            return pressCharacter(key.text[0]);
+        default:
+            break;
+    }
+    return {};
+}
+
+WatchState::Action WatchState::pressCharacter(QChar character)
+{
+    switch (character.unicode()) {
+        case 'q':
+            return {Action::Quit, QString()};
+        case 'r':
+            return {Action::ForgetRanges, QString()};
+        case 'k':
+            select(m_selected - 1);
+            break;
+        case 'j':
+            select(m_selected + 1);
+            break;
+        case 'w':
+            beginValue();
+            break;
+        case 'p':
+        case ' ':
+            m_isPaused = !m_isPaused;
+            break;
+        case 's':
+            m_order = Order((int(m_order) + 1) % kOrders);
+            m_isReversed = false;
+            arrange();
+            break;
+        case 'S':
+            m_isReversed = !m_isReversed;
+            arrange();
+            break;
+        case '/':
+            m_mode = Mode::TypingFilter;
+            m_typed = m_filter;
+            break;
+        case '?':
+        case 'h':
+            m_mode = Mode::InHelp;
+            m_firstHelpLine = 0;
+            break;
+        default:
+            m_message = QStringLiteral("%1 means nothing here; ? shows the keys").arg(character);
+            break;
+    }
+    return {};
+}
+
+void WatchState::pressInHelp(const Key& key)
+{
+    const int last = qMax(0, int(watchHelp().size()) - m_page);
+    if (key.name == Key::Up)
+        m_firstHelpLine = qMax(0, m_firstHelpLine - 1);
+    else if (key.name == Key::Down)
+        m_firstHelpLine = qMin(last, m_firstHelpLine + 1);
+    else
+        m_mode = Mode::InTable;
+}
+
+void WatchState::pressInFilter(const Key& key)
+{
+    if (typeKey(key, &m_typed))
+        m_mode = Mode::InTable;
+    m_filter = key.name == Key::Escape ? QString() : m_typed;
+    arrange();
+}
+
+void WatchState::beginValue()
+{
+    if (m_shown.isEmpty())
+        return;
+    m_mode = Mode::TypingValue;
+    m_label = row(m_selected).label;
+    m_typed.clear();
+}
+
+void WatchState::pressInValue(const Key& key)
+{
+    if (!typeKey(key, &m_typed))
+        return;
+    m_mode = Mode::InTable;
+    if (key.name == Key::Escape || m_typed.trimmed().isEmpty()) {
+        m_message = QStringLiteral("nothing was written");
+        return;
+    }
+    m_message = m_check(m_label + QLatin1Char('=') + m_typed);
+    if (m_message.isEmpty())
+        m_mode = Mode::Confirming;
+}
+
+WatchState::Action WatchState::pressInConfirmation(const Key& key)
+{
+    m_mode = Mode::InTable;
+    if (key.name == Key::Character && key.text.toLower() == QLatin1String("y"))
+        return {Action::Write, m_label + QLatin1Char('=') + m_typed};
+    m_message = QStringLiteral("nothing was written");
+    return {};
+}
+
+QString WatchState::orderText() const
+{
+    const QString text = QString::fromLatin1(kOrderTexts[int(m_order)]);
+    return m_isReversed ? text + QStringLiteral(" reversed") : text;
+}
+
+QString WatchState::prompt() const
+{
+    switch (m_mode) {
+        case Mode::InTable:
+        case Mode::InHelp:
+            break;
+        case Mode::TypingFilter:
+            return QStringLiteral("/%1_").arg(m_typed);
+        case Mode::TypingValue:
+            return QStringLiteral("write %1 = %2_").arg(m_label, m_typed);
+        case Mode::Confirming:
+            return QStringLiteral("write %1 = %2? y: yes, any other key: no").arg(m_label, m_typed);
+    }
+    return QString();
+}
+
+} // namespace plc

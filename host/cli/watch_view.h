@@ -1,0 +1,47 @@
+#ifndef PLC_HOST_CLI_WATCH_VIEW_H
+#define PLC_HOST_CLI_WATCH_VIEW_H
+
+#include <QtCore/QVector>
+
+#include <functional>
+
+#include "host/cli/terminal_view.h"
+#include "host/cli/value_history.h"
+#include "host/cli/watch_layout.h"
+#include "host/cli/watch_state.h"
+
+namespace plc {
+
+/// Shows values with what became of them on a terminal.
+class WatchView : public TerminalView {
+public:
+    WatchView(const QString& title, const QString& peer,
+              const std::function<void(const QString&)>& carryOut, const WatchState::Check& check);
+
+    void valuesRead(const Runtime& runtime, qint64 now) override;
+    void refresh(const Runtime& runtime, qint64 now) override;
+
+private:
+    /// What is known of a value beside what the table holds.
+    struct Course {
+        ValueHistory history;
+        quint64 reads = 0; ///< Those that are in the history.
+        quint64 changes = 0;
+        qint64 changedAt = 0;
+    };
+
+    void press(const Key& key) override;
+    QStringList layOut() const override;
+    void resized() override { m_state.setPage(watchPage(height())); }
+
+    WatchRow watchRow(const ValueTable& values, int index, qint64 now) const;
+
+    const QString m_title;
+    QString m_status;
+    WatchState m_state;
+    QVector<Course> m_courses;
+};
+
+} // namespace plc
+
+#endif
