@@ -16,6 +16,9 @@ constexpr int kAccepted = 1;
 constexpr int kRemoteAccepted = 100;
 constexpr int kLoginRefused = 201;
 
+/// Of a good reply to a read: header, status, number of entries, and one block of one byte.
+constexpr int kSmallestReadReply = 14;
+
 Answer::Kind answerKind(int result)
 {
     switch (result) {
@@ -221,13 +224,12 @@ void Session::takeReply(qint64 now)
 {
     const QByteArray reply = m_collector.frame();
     const int surplus = m_collector.surplus();
-    if (!fitsRequest(reply)) {
-        const Answer misfit{Answer::Misfit, 0, replyStatus(reply)};
-        m_observer->requestAnswered(m_request, misfit, reply, now);
-        loseLink(QStringLiteral("a reply of %1 bytes answers a read whose data take %2")
-                     .arg(reply.size())
-                     .arg(readReplySize(m_request.content.entries)),
-                 now);
+    const QString misfit = misfitReason(reply);
+    m_previousReply = reply;
+    if (!misfit.isEmpty()) {
+        const Answer answer{Answer::Misfit, 0, replyStatus(reply)};
+        m_observer->requestAnswered(m_request, answer, reply, now);
+        loseLink(misfit, now);
         return;
     }
     const Answer answer = handOver(reply);
@@ -245,12 +247,25 @@ void Session::takeReply(qint64 now)
         requestNext(now);
 }
 
-/// The size of a good reply to a read is known beforehand, and nothing else tells a reply to this
-/// request from one to another.
-bool Session::fitsRequest(const QByteArray& reply) const
+/// Why a good reply cannot be the one to this request; empty if it can. The size of a reply to a
+/// read is known beforehand, and nothing else tells it from a reply to another read. Replies to
+/// writes carry next to nothing. The two replies of a login differ.
+QString Session::misfitReason(const QByteArray& reply) const
 {
-    return m_request.content.service != Service::Read || replyStatus(reply) != 0 ||
-           reply.size() == readReplySize(m_request.content.entries);
+    if (replyStatus(reply) != 0)
+        return QString();
+    const int size = int(reply.size());
+    const RequestContent& content = m_request.content;
+    if (content.service == Service::Read && size != readReplySize(content.entries)) {
+        return QStringLiteral("a reply of %1 bytes answers a read whose data take %2")
+            .arg(size)
+            .arg(readReplySize(content.entries));
+    }
+    if (content.service == Service::Write && size >= kSmallestReadReply)
+        return QStringLiteral("a reply of %1 bytes answers a write").arg(size);
+    if (content.service == Service::File && reply == m_previousReply)
+        return QStringLiteral("the PLC sent its first reply to the login twice");
+    return QString();
 }
 
 Answer Session::handOver(QByteArray reply)
@@ -312,6 +327,7 @@ void Session::close(State next)
 {
     m_state = next;
     m_collector.clear();
+    m_previousReply.clear();
     m_abandonedInARow = 0;
     m_actions.append({SessionAction::Close, QByteArray()});
     giveUpEverything();

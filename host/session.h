@@ -76,9 +76,10 @@ public:
 /// the time, actions go out.
 ///
 /// The protocol has no transaction number. What ties a reply to its request is that the request is
-/// the only one on the connection and that a good reply to a read has the size that the request
-/// asks for. Whenever that tie is in doubt (no whole reply in time, bytes that nobody asked for, a
-/// reply of another size) the connection is closed and never used again.
+/// the only one on the connection, that a good reply to a read has the size that the request asks
+/// for, and that one to a write has none worth mentioning. Whenever that tie is in doubt (no whole
+/// reply in time, bytes that nobody asked for, a reply of another size) the connection is closed
+/// and never used again.
 class Session {
 public:
     /// `settings` is the record that the driver was given; all must outlive the session.
@@ -116,7 +117,7 @@ private:
     void requestNext(qint64 now);
     void send(const Protocol& request, qint64 now);
     void takeReply(qint64 now);
-    bool fitsRequest(const QByteArray& reply) const;
+    QString misfitReason(const QByteArray& reply) const;
     Answer handOver(QByteArray reply);
     void noteAccepted(qint64 now);
     void noteAbandoned(qint64 now);
@@ -143,6 +144,7 @@ private:
     qint64 m_sentAt = 0;
     bool m_sizeIsOpen = false; ///< The driver has not been told the size of the reply yet.
     ReplyCollector m_collector;
+    QByteArray m_previousReply; ///< On this connection.
     int m_abandonedInARow = 0;
 
     int m_cyclicEntries = 0;

@@ -121,6 +121,34 @@ TEST_F(SessionTest, ReplyOfAnotherSizeNeverReachesTheDriver)
     EXPECT_EQ(lastLinkEvent().reason, "a reply of 17 bytes answers a read whose data take 15");
 }
 
+TEST_F(SessionTest, SecondCopyOfAReadsReplyDoesNotAcknowledgeAWrite)
+{
+    cycle({"Main.speed"});
+    connect();
+    logIn();
+    request();
+    write("Main.count", "7");
+    answer(readReply({hex("00 01")}));
+    ASSERT_EQ(int(uchar(request()[6])), 0x3C);
+    answer(readReply({hex("00 01")}));
+    EXPECT_EQ(answers.back().kind, Answer::Misfit);
+    EXPECT_EQ(actions(), "X");
+    ASSERT_EQ(writes.size(), 1u);
+    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::LinkLost);
+}
+
+TEST_F(SessionTest, SecondCopyOfTheFirstLoginReplyIsNotTheSecondReply)
+{
+    cycle({"Main.speed"});
+    connect();
+    ASSERT_EQ(int(uchar(request()[6])), 0x01);
+    answer(identificationReply());
+    ASSERT_EQ(int(uchar(request()[6])), 0x31);
+    answer(identificationReply());
+    EXPECT_EQ(answers.back().kind, Answer::Misfit);
+    EXPECT_EQ(actions(), "X");
+}
+
 TEST_F(SessionTest, NoReplyInTimeClosesTheConnectionAndReadsAnewAfterALogin)
 {
     connectAndLogIn();
