@@ -232,11 +232,11 @@ int resolve(const LabelPart& scopePart, const LabelPart& variablePart, const Lab
         return variablePart.hasSubscript ? plc::kNoElement : plc::kResolved;
     }
     if (parts)
-        return walk(variable->record, *parts, 1, info);
+        return walk(&scope->recordOf(*variable), *parts, 1, info);
     LabelParts plain;
     plain.append(scopePart);
     plain.append(variablePart);
-    return walk(variable->record, plain, 1, info);
+    return walk(&scope->recordOf(*variable), plain, 1, info);
 }
 
 } // namespace

@@ -30,12 +30,16 @@ inline quint32 hashName(const LabelText& name)
     return quint32(hash >> 32);
 }
 
-/// Values by name, found in constant time and without a copy of the name. Of values with equal
-/// names the first that was inserted stays. The names are owned by somebody else, who keeps them
-/// alive.
+/// Values by name, found in constant time. Of values with equal names the first that was inserted
+/// stays.
+///
+/// Short names are copied, so that all that a search needs lies together: one place in memory to
+/// wait for. Long names are owned by somebody else, who keeps them alive.
 template <typename Value>
 class NameIndex {
 public:
+    NameIndex() : m_table(emptyTable()) {}
+
     void reserve(int count)
     {
         int size = kSmallest;
@@ -50,68 +54,114 @@ public:
         if (!hasRoom(m_count + 1, int(m_slots.size())))
             reserve(m_count + 1);
         const quint32 hash = hashName(name);
-        Slot& slot = m_slots[slotOf(name, hash)];
-        if (slot.isTaken)
+        Slot& slot = slotOf(name, hash);
+        if (slot.isTaken())
             return;
-        slot.name = name;
-        slot.hash = hash;
-        slot.isTaken = true;
-        slot.value = value;
+        slot.take(name, hash, value);
         ++m_count;
     }
 
     /// The value of this name, or null. Valid until the next insert() or clear().
     const Value* find(const LabelText& name) const
     {
-        if (m_slots.isEmpty())
-            return nullptr;
-        const Slot& slot = m_slots.constData()[slotOf(name, hashName(name))];
-        return slot.isTaken ? &slot.value : nullptr;
+        const Slot& slot = slotOf(name, hashName(name));
+        return slot.isTaken() ? &slot.value : nullptr;
     }
 
     void clear()
     {
         m_slots.clear();
+        m_table = emptyTable();
+        m_mask = 0;
         m_count = 0;
     }
 
 private:
-    /// All that a search needs lies together: one place in memory to wait for.
-    struct Slot {
-        LabelText name;
+    static const int kCacheLine = 64;
+    /// What is left of a cache line; at least a pointer.
+    static const int kNameSize = kCacheLine - 2 * int(sizeof(quint32)) - int(sizeof(Value));
+
+    struct alignas(kCacheLine) Slot {
         quint32 hash = 0;
-        bool isTaken = false;
+        qint32 size = kFree;
         Value value = Value();
+        uchar name[kNameSize]; ///< The characters, or where they are if that is too many.
+
+        bool isTaken() const { return size != kFree; }
+        bool isShort() const { return size <= kNameSize / int(sizeof(QChar)); }
+        const QChar* text() const
+        {
+            const QChar* place;
+            std::memcpy(&place, name, sizeof place);
+            return place;
+        }
+        void take(const LabelText& newName, quint32 newHash, const Value& newValue)
+        {
+            hash = newHash;
+            size = newName.size;
+            value = newValue;
+            if (isShort())
+                std::memcpy(name, newName.text, size_t(size) * sizeof(QChar));
+            else
+                std::memcpy(name, &newName.text, sizeof newName.text);
+        }
+        bool isNamed(const LabelText& other, quint32 otherHash) const
+        {
+            if (hash != otherHash || size != other.size)
+                return false;
+            const void* const own = isShort() ? static_cast<const void*>(name) : text();
+            return std::memcmp(own, other.text, size_t(size) * sizeof(QChar)) == 0;
+        }
     };
 
     static const int kSmallest = 8;
+    static const qint32 kFree = -1;
 
     /// A quarter of the slots stays free, so that a search ends soon.
     static bool hasRoom(int count, int slotCount) { return count <= slotCount / 4 * 3; }
 
-    /// The slot that holds `name`, or the free one where it belongs.
-    int slotOf(const LabelText& name, quint32 hash) const
+    /// The table of an index without names; never written.
+    static Slot* emptyTable()
     {
-        const Slot* table = m_slots.constData();
-        const int mask = int(m_slots.size()) - 1;
-        int i = int(hash) & mask;
-        while (table[i].isTaken && !(table[i].hash == hash && table[i].name == name))
-            i = (i + 1) & mask;
-        return i;
+        static Slot freeSlot;
+        return &freeSlot;
+    }
+
+    /// The slot that holds `name`, or the free one where it belongs.
+    Slot& slotOf(const LabelText& name, quint32 hash) const
+    {
+        quint32 i = hash & m_mask;
+        while (m_table[i].isTaken() && !m_table[i].isNamed(name, hash))
+            i = (i + 1) & m_mask;
+        return m_table[i];
+    }
+
+    /// For a name that is not in the table yet.
+    Slot& freeSlotOf(quint32 hash) const
+    {
+        quint32 i = hash & m_mask;
+        while (m_table[i].isTaken())
+            i = (i + 1) & m_mask;
+        return m_table[i];
     }
 
     void resize(int slotCount)
     {
         QVector<Slot> old(slotCount);
         old.swap(m_slots);
+        m_table = m_slots.data();
+        m_mask = quint32(slotCount) - 1;
         for (int i = 0; i < int(old.size()); ++i) {
-            const Slot& slot = old.at(i);
-            if (slot.isTaken)
-                m_slots[slotOf(slot.name, slot.hash)] = slot;
+            if (old.at(i).isTaken())
+                freeSlotOf(old.at(i).hash) = old.at(i);
         }
     }
 
+    Q_DISABLE_COPY(NameIndex)
+
     QVector<Slot> m_slots; ///< Open addressing; a power of two, or empty.
+    Slot* m_table;         ///< The slots, or the empty table: what a search needs, at hand.
+    quint32 m_mask = 0;    ///< Number of slots in the table, less one.
     int m_count = 0;
 };
 

@@ -6,10 +6,10 @@ namespace plc {
 
 namespace {
 
-SymbolIndex::Variable indexed(const Label_Type_Info& record)
+SymbolIndex::Variable indexed(const Label_Type_Info& record, int memberIndex)
 {
     SymbolIndex::Variable variable;
-    variable.record = &record;
+    variable.memberIndex = memberIndex;
     variable.address = record.offset;
     variable.typeFlags = record.typeFlags;
     variable.hasArea = !record.areaInfo.isEmpty();
@@ -30,7 +30,7 @@ void SymbolIndex::Scope::assign(const Label_Type_Info& record)
     m_variables.reserve(count);
     for (int i = 0; i < count; ++i) {
         const Label_Type_Info& variable = definition.members.at(i);
-        m_variables.insert(LabelText(variable.name), indexed(variable));
+        m_variables.insert(LabelText(variable.name), indexed(variable, i));
     }
 }
 

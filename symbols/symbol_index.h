@@ -11,9 +11,9 @@ namespace plc {
 /// Made when the symbol list is handed in: insert() follows each record that goes into the table.
 class SymbolIndex {
 public:
-    /// A variable of a scope: its record, and what most resolutions need of it at hand.
+    /// A variable of a scope: what most resolutions need of it, and where its record is.
     struct Variable {
-        const Label_Type_Info* record = nullptr;
+        qint32 memberIndex = 0;
         qint32 address = 0;
         qint32 areaIndex = 0;
         quint16 typeFlags = 0;
@@ -30,6 +30,10 @@ public:
         bool hasType() const { return !m_typeDef.isEmpty(); }
         /// The variable of this name among the first `memberCount`, or null.
         const Variable* findVariable(const LabelText& name) const { return m_variables.find(name); }
+        const Label_Type_Info& recordOf(const Variable& variable) const
+        {
+            return m_typeDef.at(0).members.at(variable.memberIndex);
+        }
 
     private:
         friend class SymbolIndex;

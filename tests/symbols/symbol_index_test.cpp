@@ -14,7 +14,7 @@ int offsetIn(const SymbolIndex& index, const QString& scopeName, const QString& 
     if (!inScope)
         return -1;
     const SymbolIndex::Variable* found = inScope->findVariable(LabelText(variableName));
-    return found ? found->record->offset : -2;
+    return found ? inScope->recordOf(*found).offset : -2;
 }
 
 TEST(ScopeIndex, EmptyIndexKnowsNoScope)
@@ -155,7 +155,7 @@ TEST(ScopeIndex, HasAtHandWhatTheRecordsSay)
     const SymbolIndex::Variable* second = found->findVariable(LabelText(QString("homeless")));
     ASSERT_NE(nullptr, first);
     ASSERT_NE(nullptr, second);
-    EXPECT_EQ("word", first->record->name);
+    EXPECT_EQ("word", found->recordOf(*first).name);
     EXPECT_EQ(-7, first->address);
     EXPECT_EQ(0x103, first->typeFlags);
     EXPECT_TRUE(first->hasArea);
@@ -228,6 +228,34 @@ TEST(NameTable, HoldsEveryNumberOfNames)
         for (int i = 0; i < 200; ++i)
             ASSERT_EQ(i < count ? i : -1, valueOf(names, texts.at(i))) << count;
     }
+}
+
+TEST(NameTable, NamesOfEveryLengthAreTakenWhole)
+{
+    // Names that differ in the last character only; short ones are copied, long ones are not.
+    QList<QString> texts;
+    for (int length = 1; length <= 100; ++length) {
+        texts.append(QString(length - 1, 'n') + 'a');
+        texts.append(QString(length - 1, 'n') + 'b');
+    }
+    NameIndex<int> names;
+    for (int i = 0; i < texts.size(); ++i)
+        names.insert(LabelText(texts.at(i)), i);
+    for (int i = 0; i < texts.size(); ++i) {
+        EXPECT_EQ(i, valueOf(names, texts.at(i)));
+        EXPECT_EQ(-1, valueOf(names, texts.at(i) + 'a'));
+        EXPECT_EQ(-1, valueOf(names, texts.at(i).left(texts.at(i).size() - 1) + 'c'));
+    }
+}
+
+TEST(NameTable, ShortNamesOutliveTheirText)
+{
+    NameIndex<int> names;
+    QString text = "Level";
+    names.insert(LabelText(text), 1);
+    text.replace(0, 1, "X");
+    EXPECT_EQ(1, valueOf(names, "Level"));
+    EXPECT_EQ(-1, valueOf(names, "Xevel"));
 }
 
 TEST(NameTable, ReservingKeepsWhatIsThere)
