@@ -3,12 +3,21 @@
 #include <unistd.h>
 #include <csignal>
 
+#include <algorithm>
 #include <utility>
 
 #include "host/cli/value_lines.h"
 #include "host/value_codec.h"
 
 namespace plc {
+namespace {
+
+bool isBlank(const QString& line)
+{
+    return line.trimmed().isEmpty();
+}
+
+} // namespace
 
 TerminalView::TerminalView(const QString& peer, std::function<void(const QString&)> carryOut)
     : m_peer(peer),
@@ -24,6 +33,7 @@ TerminalView::TerminalView(const QString& peer, std::function<void(const QString
 
 void TerminalView::linkChanged(LinkState state, const QString& reason, int retryDelay)
 {
+    m_linkState = state;
     m_linkText = linkText(state, m_peer, reason, retryDelay);
 }
 
@@ -54,6 +64,7 @@ void TerminalView::end(const Runtime& runtime, qint64 now)
     m_terminal.leave();
     // The last screen stays in sight; its prompt makes room for the summary.
     lines.removeLast();
+    lines.erase(std::remove_if(lines.begin(), lines.end(), isBlank), lines.end());
     m_terminal.print(lines << summaryText(runtime.counters(), now));
 }
 

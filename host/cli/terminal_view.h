@@ -39,6 +39,7 @@ protected:
     int width() const { return m_terminal.width(); }
     int height() const { return m_terminal.height(); }
     const Style& style() const { return m_style; }
+    bool isLinkUp() const { return m_linkState == LinkState::Up; }
     /// What happened last.
     const QString& lastMessage() const { return m_message; }
     /// "connected to HOST:PORT, 9.8 requests/s"
@@ -56,6 +57,7 @@ private:
     const Style m_style = Style::ofOutput();
     Terminal m_terminal;
     std::unique_ptr<QSocketNotifier> m_keyboard;
+    LinkState m_linkState = LinkState::Connecting;
     QString m_linkText;
     QString m_message;
     bool m_isEnded = false;

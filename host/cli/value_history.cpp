@@ -48,8 +48,9 @@ QVector<std::optional<double>> ValueHistory::trend(int seconds, qint64 now) cons
     QVector<std::optional<double>> numbers;
     const qint64 newest = now / kSecond;
     for (qint64 index = newest - qMin(seconds, kTrendSeconds) + 1; index <= newest; ++index) {
-        const Second& second = m_trend[int(qMax<qint64>(0, index) % kTrendSeconds)];
-        numbers.append(second.index == index ? std::optional<double>(second.number) : std::nullopt);
+        const Second second = index < 0 ? Second() : m_trend[int(index % kTrendSeconds)];
+        const bool wasRead = index >= 0 && second.index == index;
+        numbers.append(wasRead ? std::optional<double>(second.number) : std::nullopt);
     }
     return numbers;
 }

@@ -8,8 +8,10 @@ namespace {
 
 const char kKeys[] = "?:help  w:write  p:pause  s:sort  /:filter  r:reset  q:end";
 
-constexpr int kLinesAround = 5; ///< Title, status, heading, message and keys.
-constexpr int kMarkWidth = 2;   ///< Selected, and changed or stale.
+constexpr int kLinesAround = 5;      ///< Title, arrangement, heading, message and keys.
+constexpr int kFewLinesAround = 2;   ///< Heading, and message or keys.
+constexpr int kHeightForAround = 10; ///< Lower terminals have few lines around the table.
+constexpr int kMarkWidth = 2;        ///< Selected, and changed or stale.
 constexpr int kAgeWidth = 8;
 constexpr int kRangeWidth = 10; ///< Of MIN and of MAX, with a blank before each.
 constexpr int kShortTrend = 10;
@@ -105,7 +107,7 @@ QString rowLine(const WatchRow& row, bool isSelected, const Columns& columns, in
         sparkline(row.trend.mid(qMax(0, int(row.trend.size()) - columns.trend + 1)));
     const QString rest = restOfRow(trend, ageText(row.age), row.lowest, row.highest, columns);
     // Too narrow for even these columns: without sequences, which must not be cut.
-    if (kMarkWidth + columns.label + columns.value > width)
+    if (cellsOf(label + value) > width)
         return fitted(label + value, width);
     if (row.isStale)
         return style.apply(Emphasis::Failure, label + value + rest);
@@ -126,15 +128,27 @@ QString tableText(const WatchState& state)
     return text;
 }
 
-QString statusLine(const WatchFrame& frame, const WatchState& state, int width, const Style& style)
+QString titleLine(const WatchFrame& frame, int width, const Style& style)
 {
-    const QString paused = state.isPaused() ? QStringLiteral("PAUSED ") : QString();
-    const int rest = width - int(paused.size());
-    if (rest < 1)
-        return fitted(paused, width);
-    const QString text = QStringLiteral("%1; %2").arg(tableText(state), frame.status);
-    return (paused.isEmpty() ? paused : style.apply(Emphasis::Warning, paused)) +
-           fitted(text, rest);
+    const QString text = fitted(QStringLiteral("%1: %2").arg(frame.title, frame.link), width);
+    return frame.isLinkUp ? text : style.apply(Emphasis::Failure, text);
+}
+
+QString arrangementLine(const WatchState& state, int width, const Style& style)
+{
+    if (!state.isPaused())
+        return fitted(tableText(state), width);
+    return style.apply(Emphasis::Warning,
+                       fitted(QStringLiteral("PAUSED, ") + tableText(state), width));
+}
+
+/// What is being typed, or what the keys do.
+QString keysLine(const WatchState& state, int width)
+{
+    const QString prompt = state.prompt();
+    // In the last cell of the last line some terminals scroll.
+    return prompt.isEmpty() ? fitted(QString::fromLatin1(kKeys), width - 1)
+                            : fittedTail(prompt, width - 1);
 }
 
 QStringList tableLines(const WatchState& state, const Columns& columns, int lines, int width,
@@ -164,7 +178,7 @@ QStringList helpLines(const WatchState& state, int lines, int width)
 
 int watchPage(int height)
 {
-    return qMax(0, height - kLinesAround);
+    return qMax(0, height - (height < kHeightForAround ? kFewLinesAround : kLinesAround));
 }
 
 int watchTrendSeconds(int width)
@@ -176,10 +190,11 @@ QStringList layOutWatch(const WatchFrame& frame, const WatchState& state, int wi
                         const Style& style)
 {
     const int page = watchPage(height);
+    const bool isLow = height < kHeightForAround;
     const Columns columns = columnsFor(state, width);
     QStringList screen;
-    screen.append(fitted(frame.title, width));
-    screen.append(statusLine(frame, state, width, style));
+    if (!isLow)
+        screen << titleLine(frame, width, style) << arrangementLine(state, width, style);
     if (state.mode() == WatchState::Mode::InHelp) {
         screen.append(style.apply(Emphasis::Heading, fitted(QStringLiteral("  KEYS"), width)));
         screen += helpLines(state, page, width);
@@ -187,11 +202,10 @@ QStringList layOutWatch(const WatchFrame& frame, const WatchState& state, int wi
         screen.append(headingLine(columns, width, style));
         screen += tableLines(state, columns, page, width, style);
     }
-    screen.append(fitted(frame.message, width));
-    const QString prompt = state.prompt();
-    // In the last cell of the last line some terminals scroll.
-    screen.append(prompt.isEmpty() ? fitted(QString::fromLatin1(kKeys), width - 1)
-                                   : fittedTail(prompt, width - 1));
+    if (!isLow)
+        screen.append(fitted(frame.message, width));
+    const bool showsMessage = isLow && !frame.message.isEmpty() && state.prompt().isEmpty();
+    screen.append(showsMessage ? fitted(frame.message, width - 1) : keysLine(state, width));
     return screen.mid(qMax(0, int(screen.size()) - height));
 }
 

@@ -12,13 +12,15 @@ namespace plc {
 /// What stands around the table.
 struct WatchFrame {
     QString title;
-    QString status;  ///< Of link and traffic.
+    QString link; ///< State of link and traffic.
+    bool isLinkUp = false;
     QString message; ///< What happened last.
 };
 
-/// The watched values in a terminal of this size: title, status, the table from the first line in
-/// sight on, message, and what the keys do or what is being typed. Exactly `height` lines, none of
-/// them wider than the terminal. A narrow terminal has fewer columns.
+/// The watched values in a terminal of this size: title and link, how the table is arranged, the
+/// table from the first line in sight on, message, and what the keys do or what is being typed.
+/// Exactly `height` lines, none of them wider than the terminal. A narrow terminal has fewer
+/// columns, a low one less around the table.
 QStringList layOutWatch(const WatchFrame& frame, const WatchState& state, int width, int height,
                         const Style& style);
 

@@ -55,7 +55,7 @@ void WatchView::refresh(const Runtime& runtime, qint64 now)
     for (int row = 0; row < values.size(); ++row)
         rows.append(watchRow(values, row, now));
     m_state.update(rows);
-    m_status = linkStatus(runtime, now);
+    m_link = linkStatus(runtime, now);
     draw();
 }
 
@@ -107,7 +107,8 @@ void WatchView::press(const Key& key)
 
 QStringList WatchView::layOut() const
 {
-    return layOutWatch({m_title, m_status, lastMessage()}, m_state, width(), height(), style());
+    return layOutWatch({m_title, m_link, isLinkUp(), lastMessage()}, m_state, width(), height(),
+                       style());
 }
 
 } // namespace plc

@@ -37,7 +37,7 @@ private:
     WatchRow watchRow(const ValueTable& values, int index, qint64 now) const;
 
     const QString m_title;
-    QString m_status;
+    QString m_link;
     WatchState m_state;
     QVector<Course> m_courses;
 };

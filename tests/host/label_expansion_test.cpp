@@ -1,0 +1,63 @@
+#include "host/label_expansion.h"
+
+#include "tests/host/host_fixture.h"
+
+namespace plc {
+namespace test {
+namespace {
+
+class LabelExpansionTest : public ::testing::Test {
+protected:
+    std::string expanded(const char* text)
+    {
+        QString error;
+        const std::optional<QStringList> labels =
+            expandLabel(project, QString::fromUtf8(text), &error);
+        return labels ? labels->join(QLatin1Char(' ')).toStdString() : error.toStdString();
+    }
+
+    const Project project = testProject();
+};
+
+TEST_F(LabelExpansionTest, ALabelStandsForItself)
+{
+    EXPECT_EQ(expanded("Main.speed"), "Main.speed");
+    EXPECT_EQ(expanded("Main.axis[2].speed"), "Main.axis[2].speed");
+    EXPECT_EQ(expanded("no label at all"), "no label at all");
+}
+
+TEST_F(LabelExpansionTest, ElementsOfAnArrayStayTogether)
+{
+    EXPECT_EQ(expanded("Main.bytes[0]*5"), "Main.bytes[0]*5");
+}
+
+TEST_F(LabelExpansionTest, WildcardsStandForAllThatMatch)
+{
+    EXPECT_EQ(expanded("Main.axis*.speed"),
+              "Main.axis[1].speed Main.axis[2].speed Main.axis[3].speed Main.axis[4].speed");
+    EXPECT_EQ(expanded("main.?long"), "Main.ulong");
+    EXPECT_EQ(expanded("*.table[0,?]"),
+              "Main.table[0,1] Main.table[0,2] Main.table[0,3] Main.table[0,4] Main.table[0,5]");
+}
+
+TEST_F(LabelExpansionTest, RangesStandForEachOfTheirNumbers)
+{
+    EXPECT_EQ(expanded("Main.axis[2..3].speed"), "Main.axis[2].speed Main.axis[3].speed");
+    EXPECT_EQ(expanded("Main.table[0..1,4..5]"),
+              "Main.table[0,4] Main.table[0,5] Main.table[1,4] Main.table[1,5]");
+}
+
+TEST_F(LabelExpansionTest, WhatMatchesNothingIsExplained)
+{
+    EXPECT_EQ(expanded("Main.tank*"),
+              "Main.tank*: no label of the project matches; plc symbols lists them");
+}
+
+TEST_F(LabelExpansionTest, TooManyAreRefused)
+{
+    EXPECT_THAT(expanded("Main.table[0..100000,1]"), ::testing::HasSubstr("10000"));
+}
+
+} // namespace
+} // namespace test
+} // namespace plc
