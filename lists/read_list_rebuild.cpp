@@ -18,6 +18,9 @@ const int kNoMerging = 1;
 /// `aux1` of cyclic reads: they belong to no host request.
 const int kNoHostRequest = -1;
 
+/// How far the loading of symbols goes ahead of their use: some memory latencies.
+const int kLabelsAhead = 8;
+
 /// What the folding needs to know of an entry; `source` says where the rest of it stands.
 struct Range {
     qint32 area;
@@ -126,6 +129,8 @@ QVector<Range> sortedRanges(const QList<HostVarItem>& items)
     QVector<Range> ranges;
     ranges.reserve(int(items.size()));
     for (int i = 0; i < int(items.size()); ++i) {
+        if (i + kLabelsAhead < int(items.size()))
+            plc::prefetchLabel(items.at(i + kLabelsAhead).label);
         ControlInformationM place = ControlInformationM();
         plc::ReadRange read;
         if (get_label_address_info(items.at(i).label, place) != plc::kResolved ||

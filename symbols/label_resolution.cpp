@@ -241,6 +241,22 @@ int resolve(const LabelPart& scopePart, const LabelPart& variablePart, const Lab
 
 } // namespace
 
+void plc::prefetchLabel(const QString& label)
+{
+    const LabelText text(label);
+    const int dot = text.indexOf(QLatin1Char('.'));
+    if (dot < 0)
+        return;
+    const SymbolIndex::Scope* scope = PLC_driver.symbolIndex.findScope(text.mid(0, dot));
+    if (!scope)
+        return;
+    int end = dot + 1;
+    while (end < text.size && text.text[end] != QLatin1Char('.') &&
+           text.text[end] != QLatin1Char('['))
+        ++end;
+    scope->prefetchVariable(text.mid(dot + 1, end - dot - 1));
+}
+
 int get_label_address_info(const QString& label, ControlInformationM& info)
 {
     if (label.isEmpty())

@@ -26,6 +26,10 @@ enum ResolutionResult {
     kVariableWithoutArea = 12
 };
 
+/// Begins to load what the resolution of `label` will look at first. Large symbol tables lie in no
+/// cache; who resolves many labels need not wait for each.
+void prefetchLabel(const QString& label);
+
 } // namespace plc
 
 /// Resolves `label` against the symbol table into `info`. Returns a plc::ResolutionResult.

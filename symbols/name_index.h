@@ -68,6 +68,16 @@ public:
         return slot.isTaken() ? &slot.value : nullptr;
     }
 
+    /// Begins to load the slot where a search for this name begins, without waiting for it.
+    void prefetch(const LabelText& name) const
+    {
+#ifdef __GNUC__
+        __builtin_prefetch(m_table + (hashName(name) & m_mask));
+#else
+        Q_UNUSED(name);
+#endif
+    }
+
     void clear()
     {
         m_slots.clear();
@@ -117,8 +127,11 @@ private:
     static const int kSmallest = 8;
     static const qint32 kFree = -1;
 
-    /// A quarter of the slots stays free, so that a search ends soon.
-    static bool hasRoom(int count, int slotCount) { return count <= slotCount / 4 * 3; }
+    /// An eighth of the slots stays free: searches end soon, and the table stays small.
+    static bool hasRoom(int count, int slotCount)
+    {
+        return count <= slotCount / 8 * 7;
+    }
 
     /// The table of an index without names; never written.
     static Slot* emptyTable()

@@ -30,6 +30,8 @@ public:
         bool hasType() const { return !m_typeDef.isEmpty(); }
         /// The variable of this name among the first `memberCount`, or null.
         const Variable* findVariable(const LabelText& name) const { return m_variables.find(name); }
+        /// Begins to load what findVariable() will look at.
+        void prefetchVariable(const LabelText& name) const { m_variables.prefetch(name); }
         const Label_Type_Info& recordOf(const Variable& variable) const
         {
             return m_typeDef.at(0).members.at(variable.memberIndex);
