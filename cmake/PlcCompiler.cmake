@@ -29,3 +29,19 @@ if(PLC_COVERAGE)
   target_compile_options(plc_options INTERFACE --coverage -fno-inline -fprofile-update=atomic)
   target_link_options(plc_options INTERFACE --coverage)
 endif()
+
+# Hardening of optimised builds: a write behind a buffer or over a return address ends the process,
+# and nothing that the loader has resolved can be overwritten. The sanitizers check more than that
+# and do not go together with it.
+set(PLC_HARDENED OFF)
+if(CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo|MinSizeRel)$"
+   AND NOT PLC_SANITIZE AND NOT PLC_COVERAGE AND NOT PLC_BUILD_FUZZERS)
+  set(PLC_HARDENED ON)
+  # A distribution's own definition would clash.
+  target_compile_options(plc_options INTERFACE
+    -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong)
+  target_link_options(plc_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
+endif()
+# Without this CMake compiles programs to be placed anywhere, but leaves linking them so to chance.
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
