@@ -12,8 +12,6 @@
 namespace plc {
 namespace {
 
-constexpr int kMostDimensions = 8;
-constexpr int kLongestText = 32000;
 constexpr qint64 kHighestOffset = std::numeric_limits<qint32>::max();
 constexpr qint64 kLowestBound = std::numeric_limits<qint32>::min();
 // The driver is told the bound behind the last element, which must be a 32-bit number too.
@@ -168,6 +166,8 @@ void DeclarationReader::readStructure(const QString& name)
     auto type = std::make_shared<StructureType>();
     type->name = name;
     type->size = qint32(node.member("size").integer(1, kHighestOffset));
+    if (node.has("description"))
+        type->description = node.member("description").text();
     QHash<QString, QString> names;
     QVector<QString> paths;
     QStringList labels;

@@ -12,6 +12,9 @@ namespace plc {
 /// Structures may nest this deep; label resolution and records recurse once for each level.
 constexpr int kDeepestNesting = 16;
 
+constexpr int kMostDimensions = 8;
+constexpr int kLongestText = 32000; ///< Characters of a STRING or WSTRING.
+
 /// Reads and checks the structures and scopes of a project document.
 class DeclarationReader {
 public:

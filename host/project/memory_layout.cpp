@@ -1,6 +1,10 @@
 #include "host/project/memory_layout.h"
 
+#include <QtCore/QPair>
+#include <QtCore/QSet>
+
 #include <algorithm>
+#include <tuple>
 #include <vector>
 
 #include "host/project/iec_types.h"
@@ -38,6 +42,22 @@ void appendOccupied(const Variable& variable, int owner, std::vector<Occupied>* 
         const qint64 first = place.byte * kBitsPerByte + place.bit;
         occupied->push_back({variable.area, first, first + 1, owner});
     }
+}
+
+enum class Overlays { LeftOut, Included };
+
+/// In the order of memory; of those that begin at one place the largest first.
+std::vector<Occupied> occupiedMemory(const QVector<Variable>& variables, Overlays overlays)
+{
+    std::vector<Occupied> occupied;
+    for (int index = 0; index < int(variables.size()); ++index) {
+        if (overlays == Overlays::Included || !variables[index].overlay)
+            appendOccupied(variables[index], index, &occupied);
+    }
+    std::stable_sort(occupied.begin(), occupied.end(), [](const Occupied& a, const Occupied& b) {
+        return std::tie(a.area, a.first, b.end) < std::tie(b.area, b.first, a.end);
+    });
+    return occupied;
 }
 
 } // namespace
@@ -103,14 +123,7 @@ BitPlace bitPlace(qint64 offset)
 
 std::optional<SharedMemory> findSharedMemory(const QVector<Variable>& variables)
 {
-    std::vector<Occupied> occupied;
-    for (int index = 0; index < int(variables.size()); ++index) {
-        if (!variables[index].overlay)
-            appendOccupied(variables[index], index, &occupied);
-    }
-    std::stable_sort(occupied.begin(), occupied.end(), [](const Occupied& a, const Occupied& b) {
-        return a.area != b.area ? a.area < b.area : a.first < b.first;
-    });
+    const std::vector<Occupied> occupied = occupiedMemory(variables, Overlays::LeftOut);
     const Occupied* reachesFarthest = nullptr;
     for (const Occupied& next : occupied) {
         if (reachesFarthest != nullptr && reachesFarthest->area == next.area &&
@@ -122,6 +135,72 @@ std::optional<SharedMemory> findSharedMemory(const QVector<Variable>& variables)
         reachesFarthest = &next;
     }
     return {};
+}
+
+QVector<SharedMemory> coveredVariables(const QVector<Variable>& variables)
+{
+    const std::vector<Occupied> occupied = occupiedMemory(variables, Overlays::LeftOut);
+    QVector<SharedMemory> covered;
+    QSet<int> owners;
+    const Occupied* reachesFarthest = nullptr;
+    for (const Occupied& next : occupied) {
+        if (reachesFarthest == nullptr || reachesFarthest->area != next.area ||
+            next.first >= reachesFarthest->end) {
+            reachesFarthest = &next;
+        } else if (reachesFarthest->owner != next.owner && !owners.contains(next.owner)) {
+            owners.insert(next.owner);
+            covered.append({reachesFarthest->owner, next.owner, next.first / kBitsPerByte});
+        }
+    }
+    return covered;
+}
+
+QVector<SharedMemory> allSharedMemory(const QVector<Variable>& variables, int limit)
+{
+    QVector<SharedMemory> shared;
+    QSet<QPair<int, int>> pairs;
+    std::vector<Occupied> before; // Those that reach to the next one.
+    for (const Occupied& next : occupiedMemory(variables, Overlays::Included)) {
+        const auto endsBefore = [&next](const Occupied& other) {
+            return other.area != next.area || other.end <= next.first;
+        };
+        before.erase(std::remove_if(before.begin(), before.end(), endsBefore), before.end());
+        for (const Occupied& other : before) {
+            const int first = std::min(other.owner, next.owner);
+            const int second = std::max(other.owner, next.owner);
+            if (first == second || pairs.contains({first, second}))
+                continue;
+            if (int(shared.size()) >= limit)
+                return shared;
+            pairs.insert({first, second});
+            shared.append({first, second, next.first / kBitsPerByte});
+        }
+        before.push_back(next);
+    }
+    return shared;
+}
+
+QVector<MemoryGap> memoryGaps(const QVector<Variable>& variables, const QVector<MemoryArea>& areas,
+                              qint64 smallest)
+{
+    const std::vector<Occupied> occupied = occupiedMemory(variables, Overlays::Included);
+    QVector<MemoryGap> gaps;
+    for (const MemoryArea& area : areas) {
+        qint64 end = 0;
+        const auto append = [&](qint64 next) {
+            if (next - end >= std::max(qint64(1), smallest))
+                gaps.append({area.index, end, next});
+        };
+        auto it =
+            std::lower_bound(occupied.begin(), occupied.end(), area.index,
+                             [](const Occupied& place, int index) { return place.area < index; });
+        for (; it != occupied.end() && it->area == area.index; ++it) {
+            append(it->first / kBitsPerByte);
+            end = std::max(end, (it->end + kBitsPerByte - 1) / kBitsPerByte);
+        }
+        append(area.size);
+    }
+    return gaps;
 }
 
 } // namespace plc

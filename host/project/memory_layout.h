@@ -47,6 +47,25 @@ struct SharedMemory {
 };
 std::optional<SharedMemory> findSharedMemory(const QVector<Variable>& variables);
 
+/// The variables that lie over others, each once: `second` over `first`, which begins before it or
+/// is the larger one. Without the second ones nothing is shared. Overlays are left out.
+QVector<SharedMemory> coveredVariables(const QVector<Variable>& variables);
+
+/// Every two different variables that share memory, overlays too, in the order of memory; at most
+/// `limit` of them.
+QVector<SharedMemory> allSharedMemory(const QVector<Variable>& variables, int limit);
+
+/// Bytes of an area that no variable holds.
+struct MemoryGap {
+    int area;
+    qint64 first;
+    qint64 end;
+};
+
+/// The gaps of at least `smallest` bytes, the ends of the areas too, in the order of memory.
+QVector<MemoryGap> memoryGaps(const QVector<Variable>& variables, const QVector<MemoryArea>& areas,
+                              qint64 smallest);
+
 } // namespace plc
 
 #endif

@@ -50,6 +50,7 @@ struct Variable {
 
 struct StructureType {
     QString name;
+    QString description;
     qint32 size = 0; ///< Bytes of one element, as array elements lie apart.
     QVector<Variable> members;
 };
