@@ -1,24 +1,15 @@
 #ifndef PLC_FUZZ_FUZZ_HOST_H
 #define PLC_FUZZ_FUZZ_HOST_H
 
-#include <cstdio>
 #include <new>
 
 #include "driver/Communication_Protocol.h"
 #include "fuzz_input.h"
 #include "guarded_memory.h"
+#include "promise.h"
 
 namespace plc {
 namespace fuzz {
-
-/// Ends the process with a report when a promise of the driver is broken.
-inline void require(bool isTrue, const char* promise)
-{
-    if (isTrue)
-        return;
-    std::fprintf(stderr, "broken promise: %s\n", promise);
-    std::abort();
-}
 
 /// A host around a driver as after loading, with one scope MAIN: a variable of each type code, t0
 /// to t18, and an array of structures, rec.
