@@ -58,6 +58,12 @@ FrameEntry readEntry(ByteReader* reader, Service service, bool isBit)
 
 } // namespace
 
+bool mayBeginFrame(const QByteArray& bytes)
+{
+    const QByteArray magic(kFrameMagic);
+    return bytes.left(magic.size()) == magic.left(bytes.size());
+}
+
 int statedFrameSize(const QByteArray& bytes)
 {
     if (bytes.size() < kFrameHeaderSize)

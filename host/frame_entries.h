@@ -9,6 +9,7 @@ namespace plc {
 /// Every frame begins with the magic 0xBB 0xBB and a payload length of four bytes, of which the low
 /// two count.
 constexpr int kFrameHeaderSize = 6;
+constexpr char kFrameMagic[] = "\xBB\xBB";
 
 enum class Service : quint8 {
     Unknown = 0,
@@ -42,6 +43,9 @@ struct RequestContent {
 
     bool isLogin() const { return service == Service::Identification || service == Service::File; }
 };
+
+/// Whether a frame can begin with these bytes; they may be too few to tell.
+bool mayBeginFrame(const QByteArray& bytes);
 
 /// Size of the frame that begins with these bytes, or -1 while its header is incomplete.
 int statedFrameSize(const QByteArray& bytes);

@@ -15,6 +15,10 @@ public:
     void clear() { m_bytes.clear(); }
     void append(const QByteArray& bytes) { m_bytes += bytes; }
 
+    /// Whether what has come so far can be a frame.
+    bool mayBeFrame() const { return mayBeginFrame(m_bytes); }
+    /// The first bytes, for people.
+    QString beginning() const { return QString::fromLatin1(m_bytes.left(8).toHex(' ')).toUpper(); }
     int size() const { return int(m_bytes.size()); }
     bool isComplete() const
     {

@@ -105,8 +105,14 @@ void Session::received(const QByteArray& bytes, qint64 now)
     if (m_state != State::AwaitingReply)
         return;
     m_collector.append(bytes);
-    if (m_collector.isComplete())
+    if (!m_collector.mayBeFrame()) {
+        loseLink(QStringLiteral("what answers does not speak the block protocol: its reply begins "
+                                "with %1, not with BB BB")
+                     .arg(m_collector.beginning()),
+                 now);
+    } else if (m_collector.isComplete()) {
         takeReply(now);
+    }
 }
 
 void Session::tick(qint64 now)

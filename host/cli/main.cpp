@@ -1,6 +1,7 @@
 #include <QtCore/QCoreApplication>
 
 #include "host/cli/console.h"
+#include "host/cli/diagnose_command.h"
 #include "host/cli/label_commands.h"
 #include "host/cli/log_command.h"
 #include "host/cli/once_command.h"
@@ -46,6 +47,8 @@ int execute(const CommandContext& context)
             return listSymbols(context);
         case Command::Plan:
             return planScan(context);
+        case Command::Diagnose:
+            return DiagnoseCommand(context).execute();
     }
     return kExitUsage;
 }

@@ -31,6 +31,8 @@ const char kHelp[] = R"(plc exchanges data with a PLC through the driver library
   plc write LABEL=VALUE...   write these and report what the PLC said to each
   plc resolve LABEL...       show type, area and address of these
   plc symbols [PATTERN]      list the project's variables; PATTERN may have * and ?
+  plc diagnose [LABEL...]    go step by step from the PLC's name to these values, and explain
+                             the first step that fails
   plc plan [PROJECT]         show what a scan of the cyclic labels takes, and the best setting
 
 A label is SCOPE.VARIABLE with subscripts and members as declared, such as
@@ -45,7 +47,7 @@ Options for all commands:
   --json               print one JSON object a line
   -h, --help           print this
   -v, --version        print the version
-Options for run, watch, log, read and write:
+Options for run, watch, log, read, write and diagnose:
   --address HOST       connect there and not to the project's address
   --port N             the same for the port
   --timeout MS         time for the connection and for each whole reply
@@ -98,7 +100,8 @@ const CommandName kCommands[] = {
     {"write", Command::Write, 1, kAnyNumber, "at least one LABEL=VALUE"},
     {"resolve", Command::Resolve, 1, kAnyNumber, "at least one label"},
     {"symbols", Command::Symbols, 0, 1, "at most one pattern"},
-    {"plan", Command::Plan, 0, 1, "at most one project file"}};
+    {"plan", Command::Plan, 0, 1, "at most one project file"},
+    {"diagnose", Command::Diagnose, 0, kAnyNumber, "any number of labels"}};
 
 /// Which commands an option is for.
 enum Use { kForAll, kForLink, kForCyclic, kForViews, kForRun, kForLog, kForPlan };
@@ -126,7 +129,7 @@ bool isFor(Command command, Use use)
             return true;
         case kForLink:
             return isFor(command, kForCyclic) || command == Command::Read ||
-                   command == Command::Write;
+                   command == Command::Write || command == Command::Diagnose;
         case kForCyclic:
             return isFor(command, kForViews) || command == Command::Log;
         case kForViews:

@@ -2,10 +2,9 @@
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QSet>
-#include <QtNetwork/QTcpServer>
-#include <QtNetwork/QTcpSocket>
 
 #include "tests/e2e/plant.h"
+#include "tests/e2e/scripted_plc.h"
 
 namespace plc {
 namespace test {
@@ -135,43 +134,6 @@ TEST_F(Faults, AReadThatThePlcRefusesIsRetriedAsOftenAsConfigured)
         << outcome.errors.toStdString();
     // Two of the login, the read, and two retries.
     EXPECT_EQ(5, status("requests") - before);
-}
-
-/// A PLC that answers each request with bytes that the test gives.
-class ScriptedPlc {
-public:
-    explicit ScriptedPlc(const QVector<QByteArray>& replies) : m_replies(replies)
-    {
-        m_server.listen(QHostAddress::LocalHost);
-    }
-    quint16 port() const { return m_server.serverPort(); }
-
-    /// Serves connections until `process` ends.
-    void serve(LineProcess& process)
-    {
-        while (process.isRunning()) {
-            if (!m_client && m_server.waitForNewConnection(10))
-                m_client.reset(m_server.nextPendingConnection());
-            if (!m_client || !m_client->waitForReadyRead(10))
-                continue;
-            m_client->readAll();
-            if (m_answered < m_replies.size())
-                m_client->write(m_replies.at(m_answered++));
-            m_client->flush();
-        }
-    }
-
-private:
-    QTcpServer m_server;
-    std::unique_ptr<QTcpSocket> m_client;
-    QVector<QByteArray> m_replies;
-    int m_answered = 0;
-};
-
-QByteArray loginReply(int payload)
-{
-    QByteArray reply = QByteArray::fromHex("BBBB0000") + char(payload >> 8) + char(payload & 0xFF);
-    return reply + QByteArray(payload, '\0');
 }
 
 TEST_F(Faults, AnAnswerToAnotherReadIsNotTakenForThisOne)

@@ -111,6 +111,19 @@ TEST_F(SessionTest, BytesThatNobodyAskedForEndTheConnection)
     EXPECT_EQ(lastLinkEvent().reason, "the PLC sent 2 bytes that nobody asked for");
 }
 
+TEST_F(SessionTest, ReplyThatIsNoFrameEndsTheConnectionAtItsFirstWrongByte)
+{
+    connectAndLogIn();
+    answer(hex("BB"));
+    EXPECT_EQ(actions(), "");
+    answer(hex("BA 00"));
+    EXPECT_EQ(actions(), "X");
+    EXPECT_EQ(lastLinkEvent().reason,
+              "what answers does not speak the block protocol: its reply begins with BB BA 00, "
+              "not with BB BB");
+    EXPECT_EQ(shown("Main.speed"), "unread");
+}
+
 TEST_F(SessionTest, ReplyOfAnotherSizeNeverReachesTheDriver)
 {
     connectAndLogIn();

@@ -1,0 +1,286 @@
+#include "host/cli/diagnose_command.h"
+
+#include "host/cli/value_lines.h"
+#include "host/result_text.h"
+#include "host/symbol_walk.h"
+#include "host/value_codec.h"
+#include "host/value_layout.h"
+
+namespace plc {
+namespace {
+
+constexpr int kTimeDecimals = 1;
+constexpr int kExactTimeDecimals = 3;
+constexpr int kIndent = 8;
+constexpr int kTextWidth = 80;
+
+/// `text` in lines of its own, each indented, behind a heading.
+QString paragraph(const QString& heading, const QString& text)
+{
+    const QString indent(kIndent + int(heading.size()) + 1, QLatin1Char(' '));
+    QString lines;
+    QString line = QString(kIndent, QLatin1Char(' ')) + heading;
+    for (const QString& word : text.split(QLatin1Char(' '))) {
+        if (int(line.size()) + 1 + int(word.size()) > kTextWidth &&
+            int(line.size()) > int(indent.size())) {
+            lines += line + QLatin1Char('\n');
+            line = indent + word;
+        } else {
+            line += QLatin1Char(' ') + word;
+        }
+    }
+    return lines + line;
+}
+
+} // namespace
+
+bool DiagnoseCommand::prepare()
+{
+    if (!findAreas())
+        return false;
+    if (options().arguments.isEmpty() && project().cyclic.isEmpty())
+        m_labels.append(m_firstOfArea.first());
+    else
+        m_labels = findPoints();
+    if (options().arguments.isEmpty() && !m_labels.isEmpty())
+        m_labels.resize(1);
+    return !m_labels.isEmpty();
+}
+
+/// Returns false after complaining when the project has nothing to read.
+bool DiagnoseCommand::findAreas()
+{
+    for (const SymbolEntry& entry : symbolEntries(project())) {
+        QString error;
+        const std::optional<DataPoint> point = runtime().points().find(entry.firstLabel, &error);
+        if (!point) {
+            complain(error);
+            return false;
+        }
+        const auto first = m_firstOfArea.constFind(point->area);
+        if (first == m_firstOfArea.constEnd() ||
+            valueBytes(*point).start < valueBytes(*first).start)
+            m_firstOfArea[point->area] = *point;
+    }
+    if (m_firstOfArea.isEmpty())
+        complain(QStringLiteral("the project declares no variables, so there is nothing to read"));
+    return !m_firstOfArea.isEmpty();
+}
+
+void DiagnoseCommand::begin()
+{
+    if (!options().json)
+        print(QStringLiteral("%1 at %2").arg(project().name, peer()));
+    m_stepTime.start();
+    if (!QHostAddress(project().address).isNull()) {
+        pass(QStringLiteral("%1 is an IP address").arg(project().address), Step::Connection);
+        connectToPlc();
+        return;
+    }
+    QHostInfo::lookupHost(project().address, &m_receiver,
+                          [this](const QHostInfo& information) { takeAddress(information); });
+}
+
+void DiagnoseCommand::interrupted()
+{
+    complain(QStringLiteral("interrupted"));
+    finish(kExitRefused);
+}
+
+void DiagnoseCommand::takeAddress(const QHostInfo& information)
+{
+    if (isFinished())
+        return;
+    if (information.addresses().isEmpty()) {
+        fail(findNameFailure(project().address, information.errorString()));
+        return;
+    }
+    QStringList addresses;
+    for (const QHostAddress& address : information.addresses())
+        addresses.append(address.toString());
+    pass(QStringLiteral("%1 is %2").arg(project().address, addresses.join(QStringLiteral(", "))),
+         Step::Connection);
+    connectToPlc();
+}
+
+void DiagnoseCommand::connectToPlc()
+{
+    LinkCommand::begin();
+}
+
+void DiagnoseCommand::linkChanged(LinkState state, const QString& reason, int retryDelay)
+{
+    LinkCommand::linkChanged(state, reason, retryDelay);
+    if (isFinished())
+        return;
+    if (state == LinkState::Up && m_step == Step::Connection) {
+        pass(QStringLiteral("connected to %1").arg(peer()), Step::Identification);
+        readNext();
+    }
+    if (state != LinkState::Down)
+        return;
+    if (!m_failure)
+        m_failure = failureOfLoss(link().lastError(), link().lastReceived(), reason);
+    if (m_step == Step::Connection) {
+        fail(findConnectionFailure(project().address, project().port, link().lastError(), reason));
+    } else if (isLoggingIn()) {
+        fail(findLoginFailure(loginService(), *m_failure));
+    }
+}
+
+void DiagnoseCommand::requestSent(const SentRequest& request)
+{
+    LinkCommand::requestSent(request);
+    m_failure.reset();
+}
+
+void DiagnoseCommand::requestAnswered(const SentRequest& request, const Answer& answer,
+                                      const QByteArray& reply)
+{
+    LinkCommand::requestAnswered(request, answer, reply);
+    if (isFinished())
+        return;
+    if (answer.kind != Answer::Accepted && answer.kind != Answer::Retried)
+        m_failure = failureOfReply(answer, reply);
+    if (isLoggingIn())
+        takeLoginReply(request, answer);
+}
+
+void DiagnoseCommand::takeLoginReply(const SentRequest& request, const Answer& answer)
+{
+    if (m_failure)
+        fail(findLoginFailure(loginService(), *m_failure));
+    else if (answer.kind != Answer::Accepted)
+        return;
+    else if (request.content.service == Service::Identification)
+        pass(QStringLiteral("the PLC identified itself"), Step::FileRequest);
+    else
+        pass(QStringLiteral("the PLC accepted the login"), Step::Area);
+}
+
+void DiagnoseCommand::readNext()
+{
+    if (m_labels.isEmpty()) {
+        finish(kExitDone);
+        return;
+    }
+    const int area = m_labels.first().area;
+    if (m_readableAreas.contains(area))
+        readLabel(m_labels.takeFirst());
+    else
+        readArea(area);
+}
+
+void DiagnoseCommand::readArea(int area)
+{
+    const DataPoint point = m_firstOfArea.value(area);
+    runtime().readOnce(
+        point, link().now(),
+        [this, area, point](const TransferOutcome& outcome, const QByteArray&) {
+            if (isFinished())
+                return;
+            if (outcome.isDone()) {
+                m_readableAreas.append(area);
+                pass(QStringLiteral("area %1 can be read (%2)").arg(area).arg(point.text),
+                     Step::Label);
+                readNext();
+            } else if (outcome.kind == TransferOutcome::Refused) {
+                probeOthers(area, readFailure(outcome));
+            } else {
+                fail(findAreaFailure(area, readFailure(outcome), {}));
+            }
+        });
+}
+
+void DiagnoseCommand::probeOthers(int area, const ExchangeFailure& failure)
+{
+    m_firstOfArea.remove(area);
+    if (m_firstOfArea.isEmpty()) {
+        fail(findAreaFailure(area, failure, m_readableAreas));
+        return;
+    }
+    const DataPoint point = m_firstOfArea.take(m_firstOfArea.firstKey());
+    runtime().readOnce(
+        point, link().now(),
+        [this, area, failure, point](const TransferOutcome& outcome, const QByteArray&) {
+            if (isFinished())
+                return;
+            if (outcome.isDone())
+                m_readableAreas.append(point.area);
+            probeOthers(area, failure);
+        });
+}
+
+void DiagnoseCommand::readLabel(const DataPoint& point)
+{
+    runtime().readOnce(point, link().now(),
+                       [this, point](const TransferOutcome& outcome, const QByteArray& bytes) {
+                           if (isFinished())
+                               return;
+                           if (!outcome.isDone()) {
+                               fail(findLabelFailure(point.text, point.area, readFailure(outcome)));
+                               return;
+                           }
+                           pass(
+                               valueLine(point, pointText(point, decodeValues(point, bytes))),
+                               m_labels.isEmpty() || m_readableAreas.contains(m_labels.first().area)
+                                   ? Step::Label
+                                   : Step::Area);
+                           readNext();
+                       });
+}
+
+ExchangeFailure DiagnoseCommand::readFailure(const TransferOutcome& outcome) const
+{
+    if (m_failure)
+        return *m_failure;
+    ExchangeFailure failure;
+    failure.kind = ExchangeFailure::LinkBroken;
+    failure.reason = outcomeText(outcome);
+    return failure;
+}
+
+void DiagnoseCommand::pass(const QString& text, Step next)
+{
+    printStep(true, text, nullptr);
+    m_step = next;
+    m_stepTime.restart();
+}
+
+void DiagnoseCommand::fail(const Finding& finding)
+{
+    printStep(false, finding.happened, &finding);
+    finish(kExitRefused);
+}
+
+void DiagnoseCommand::printStep(bool hasPassed, const QString& text, const Finding* finding)
+{
+    static const char* const kNames[] = {"name",         "connection", "identification",
+                                         "file request", "area",       "label"};
+    const QString name = QString::fromLatin1(kNames[int(m_step)]);
+    const double time = double(m_stepTime.nsecsElapsed()) / 1e6; // ms
+    if (options().json) {
+        JsonLine line;
+        line.add("step", name);
+        line.add("outcome", hasPassed ? QStringLiteral("passed") : QStringLiteral("failed"));
+        line.add("time", time, kExactTimeDecimals);
+        line.add("text", text);
+        if (finding != nullptr)
+            line.add("meaning", finding->meaning).add("advice", finding->advice);
+        print(line.text());
+        return;
+    }
+    const QString outcome =
+        (hasPassed ? QStringLiteral("ok") : QStringLiteral("FAILED")).leftJustified(kIndent);
+    print(QStringLiteral("%1%2%3 ms  %4")
+              .arg(m_style.apply(hasPassed ? Emphasis::Success : Emphasis::Failure, outcome))
+              .arg(name, -14)
+              .arg(time, 9, 'f', kTimeDecimals)
+              .arg(text));
+    if (finding == nullptr)
+        return;
+    print(paragraph(QStringLiteral("means"), finding->meaning));
+    print(paragraph(QStringLiteral("try  "), finding->advice));
+}
+
+} // namespace plc

@@ -1,0 +1,69 @@
+#ifndef PLC_HOST_CLI_DIAGNOSE_COMMAND_H
+#define PLC_HOST_CLI_DIAGNOSE_COMMAND_H
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QMap>
+#include <QtNetwork/QHostInfo>
+
+#include "host/cli/link_command.h"
+#include "host/cli/style.h"
+#include "host/diagnosis.h"
+
+namespace plc {
+
+/// `plc diagnose`: goes step by step from the PLC's name to values, and explains the first step
+/// that fails.
+class DiagnoseCommand : public LinkCommand {
+public:
+    explicit DiagnoseCommand(const CommandContext& context) : LinkCommand(context) {}
+
+private:
+    enum class Step { Name, Connection, Identification, FileRequest, Area, Label };
+
+    bool prepare() override;
+    void begin() override;
+    void interrupted() override;
+    void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
+    void requestSent(const SentRequest& request) override;
+    void requestAnswered(const SentRequest& request, const Answer& answer,
+                         const QByteArray& reply) override;
+
+    bool findAreas();
+    void takeAddress(const QHostInfo& information);
+    void connectToPlc();
+    void takeLoginReply(const SentRequest& request, const Answer& answer);
+    /// Reads the next label, and the first variable of its area before it if that is still to do.
+    void readNext();
+    void readArea(int area);
+    void readLabel(const DataPoint& point);
+    /// Tries all other areas and explains then why `area` could not be read.
+    void probeOthers(int area, const ExchangeFailure& failure);
+    /// What became of the read that was settled with this outcome.
+    ExchangeFailure readFailure(const TransferOutcome& outcome) const;
+
+    bool isLoggingIn() const
+    {
+        return m_step == Step::Identification || m_step == Step::FileRequest;
+    }
+    Service loginService() const
+    {
+        return m_step == Step::Identification ? Service::Identification : Service::File;
+    }
+    void pass(const QString& text, Step next);
+    void fail(const Finding& finding);
+    void printStep(bool hasPassed, const QString& text, const Finding* finding);
+
+    const Style m_style = Style::ofOutput();
+    QObject m_receiver; ///< Of the name's address.
+    QVector<DataPoint> m_labels;
+    QMap<int, DataPoint> m_firstOfArea; ///< The variable at the lowest address of each area.
+    QVector<int> m_readableAreas;
+    Step m_step = Step::Name;
+    QElapsedTimer m_stepTime;
+    /// Why the last request has no good reply.
+    std::optional<ExchangeFailure> m_failure;
+};
+
+} // namespace plc
+
+#endif
