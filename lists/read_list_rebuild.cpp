@@ -19,7 +19,7 @@ const int kNoMerging = 1;
 const int kNoHostRequest = -1;
 
 /// How far the loading of symbols goes ahead of their use: some memory latencies.
-const int kLabelsAhead = 8;
+const int kLabelsAhead = 16;
 
 /// What the folding needs to know of an entry; `source` says where the rest of it stands.
 struct Range {
