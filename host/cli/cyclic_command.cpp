@@ -5,6 +5,7 @@ namespace plc {
 void CyclicCommand::begin()
 {
     m_duration.setSingleShot(true);
+    m_duration.setTimerType(Qt::PreciseTimer);
     QObject::connect(&m_duration, &QTimer::timeout, &m_duration,
                      [this] { end(wasServed() ? kExitDone : kExitRefused); });
     if (options().duration > 0)

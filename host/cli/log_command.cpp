@@ -3,6 +3,8 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QElapsedTimer>
 
+#include <csignal>
+
 #include "host/cli/progress.h"
 #include "host/cli/run_view.h"
 #include "host/cli/value_lines.h"
@@ -39,6 +41,8 @@ bool LogCommand::prepare()
 {
     if (!CyclicCommand::prepare())
         return false;
+    // A limit on the size of files is to be told like a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
     QString error;
     m_writer = openWriter(&error);
     if (!m_writer)

@@ -11,7 +11,8 @@ const char kKeys[] = "?:help  w:write  p:pause  s:sort  /:filter  r:reset  q:end
 constexpr int kLinesAround = 5;      ///< Title, arrangement, heading, message and keys.
 constexpr int kFewLinesAround = 2;   ///< Heading, and message or keys.
 constexpr int kHeightForAround = 10; ///< Lower terminals have few lines around the table.
-constexpr int kMarkWidth = 2;        ///< Selected, and changed or stale.
+constexpr int kMostMessageLines = 3;
+constexpr int kMarkWidth = 2; ///< Selected, and changed or stale.
 constexpr int kAgeWidth = 8;
 constexpr int kRangeWidth = 10; ///< Of MIN and of MAX, with a blank before each.
 constexpr int kShortTrend = 10;
@@ -174,6 +175,22 @@ QStringList helpLines(const WatchState& state, int lines, int width)
     return shown;
 }
 
+/// The message in as many lines as it takes, up to a few: what to do stands at its end.
+QStringList messageLines(const QString& message, int width)
+{
+    QStringList lines;
+    QString rest = message;
+    while (lines.size() + 1 < kMostMessageLines && cellsOf(rest) > width) {
+        int end = int(rest.lastIndexOf(QLatin1Char(' '), width));
+        if (end < 1)
+            break;
+        lines.append(fitted(rest.left(end), width));
+        rest = rest.mid(end + 1);
+    }
+    lines.append(fitted(rest, width));
+    return lines;
+}
+
 } // namespace
 
 int watchPage(int height)
@@ -192,18 +209,21 @@ QStringList layOutWatch(const WatchFrame& frame, const WatchState& state, int wi
     const int page = watchPage(height);
     const bool isLow = height < kHeightForAround;
     const Columns columns = columnsFor(state, width);
+    const QStringList message = messageLines(frame.message, width);
+    // A long message hides the last lines of the table.
+    const int lines = isLow ? page : qMax(0, page - int(message.size()) + 1);
     QStringList screen;
     if (!isLow)
         screen << titleLine(frame, width, style) << arrangementLine(state, width, style);
     if (state.mode() == WatchState::Mode::InHelp) {
         screen.append(style.apply(Emphasis::Heading, fitted(QStringLiteral("  KEYS"), width)));
-        screen += helpLines(state, page, width);
+        screen += helpLines(state, lines, width);
     } else {
         screen.append(headingLine(columns, width, style));
-        screen += tableLines(state, columns, page, width, style);
+        screen += tableLines(state, columns, lines, width, style);
     }
     if (!isLow)
-        screen.append(fitted(frame.message, width));
+        screen += message;
     const bool showsMessage = isLow && !frame.message.isEmpty() && state.prompt().isEmpty();
     screen.append(showsMessage ? fitted(frame.message, width - 1) : keysLine(state, width));
     return screen.mid(qMax(0, int(screen.size()) - height));

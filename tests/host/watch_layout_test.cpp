@@ -197,6 +197,18 @@ TEST(WatchLayout, HelpTakesThePlaceOfTheTable)
     EXPECT_LE(watchHelp().size(), watchPage(24)) << "all of it is in sight";
 }
 
+TEST(WatchLayout, ALongMessageTakesLinesOfTheTable)
+{
+    WatchFrame told = frame();
+    told.message = QStringLiteral("one two three four five six seven");
+    const QStringList lines = layOutWatch(told, stateOf(rows(30), 24), 12, 24, kPlain);
+    ASSERT_EQ(lines.size(), 24);
+    EXPECT_TRUE(lines[19].startsWith(QStringLiteral(" "))) << "the table's last";
+    EXPECT_EQ(lines[20], "one two     ");
+    EXPECT_EQ(lines[21], "three four  ");
+    EXPECT_EQ(lines[22], QString::fromUtf8("five six se…"));
+}
+
 TEST(WatchLayout, OfALongPromptTheEndIsShown)
 {
     WatchState state = stateOf({row(QString(70, QLatin1Char('x')))}, 24);
