@@ -9,6 +9,7 @@
 #include "host/cli/plan_command.h"
 #include "host/cli/read_command.h"
 #include "host/cli/run_command.h"
+#include "host/cli/stats_command.h"
 #include "host/cli/watch_command.h"
 #include "host/cli/write_command.h"
 
@@ -49,6 +50,8 @@ int execute(const CommandContext& context)
             return planScan(context);
         case Command::Diagnose:
             return DiagnoseCommand(context).execute();
+        case Command::Stats:
+            return StatsCommand(context).execute();
     }
     return kExitUsage;
 }

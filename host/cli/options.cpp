@@ -31,6 +31,8 @@ const char kHelp[] = R"(plc exchanges data with a PLC through the driver library
   plc write LABEL=VALUE...   write these and report what the PLC said to each
   plc resolve LABEL...       show type, area and address of these
   plc symbols [PATTERN]      list the project's variables; PATTERN may have * and ?
+  plc stats [LABEL...]       read them like run and tell how the link fares: requests, round
+                             trips, retries, failures
   plc diagnose [LABEL...]    go step by step from the PLC's name to these values, and explain
                              the first step that fails
   plc plan [PROJECT]         show what a scan of the cyclic labels takes, and the best setting
@@ -47,13 +49,13 @@ Options for all commands:
   --json               print one JSON object a line
   -h, --help           print this
   -v, --version        print the version
-Options for run, watch, log, read, write and diagnose:
+Options for run, watch, log, stats, read, write and diagnose:
   --address HOST       connect there and not to the project's address
   --port N             the same for the port
   --timeout MS         time for the connection and for each whole reply
   --trace              print every frame with its meaning on the standard error
   --capture FILE       keep what is sent and received in FILE, for Wireshark (pcapng)
-Options for run, watch and log:
+Options for run, watch, log and stats:
   --for SECONDS        end after this time
   --cycle MS           time from one pass over all values to the next, at least (100)
   --station-off N      begin with station N switched off; may be given again
@@ -101,7 +103,8 @@ const CommandName kCommands[] = {
     {"resolve", Command::Resolve, 1, kAnyNumber, "at least one label"},
     {"symbols", Command::Symbols, 0, 1, "at most one pattern"},
     {"plan", Command::Plan, 0, 1, "at most one project file"},
-    {"diagnose", Command::Diagnose, 0, kAnyNumber, "any number of labels"}};
+    {"diagnose", Command::Diagnose, 0, kAnyNumber, "any number of labels"},
+    {"stats", Command::Stats, 0, kAnyNumber, "any number of labels"}};
 
 /// Which commands an option is for.
 enum Use { kForAll, kForLink, kForCyclic, kForViews, kForRun, kForLog, kForPlan };
@@ -131,7 +134,8 @@ bool isFor(Command command, Use use)
             return isFor(command, kForCyclic) || command == Command::Read ||
                    command == Command::Write || command == Command::Diagnose;
         case kForCyclic:
-            return isFor(command, kForViews) || command == Command::Log;
+            return isFor(command, kForViews) || command == Command::Log ||
+                   command == Command::Stats;
         case kForViews:
             return command == Command::Run || command == Command::Watch;
         case kForRun:

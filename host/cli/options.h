@@ -9,7 +9,7 @@
 
 namespace plc {
 
-enum class Command { Run, Watch, Log, Read, Write, Resolve, Symbols, Plan, Diagnose };
+enum class Command { Run, Watch, Log, Read, Write, Resolve, Symbols, Plan, Diagnose, Stats };
 
 /// Options of `plc log`.
 struct LogOptions {

@@ -106,11 +106,11 @@ TEST_F(OptionsTest, WrongUsageIsExplained)
     EXPECT_EQ(
         complaint({}),
         "a command is expected: run, watch, log, read, write, resolve, symbols, plan, "
-        "diagnose (plc --help tells more)");
+        "diagnose, stats (plc --help tells more)");
     EXPECT_EQ(
         complaint({"raed", "-p", "a"}),
         "\"raed\" is no command (did you mean \"read\"?); there are run, watch, log, read, "
-        "write, resolve, symbols, plan, diagnose");
+        "write, resolve, symbols, plan, diagnose, stats");
     EXPECT_EQ(complaint({"read", "-p", "a"}), "plc read takes at least one label");
     EXPECT_EQ(complaint({"write", "-p", "a"}), "plc write takes at least one LABEL=VALUE");
     EXPECT_EQ(complaint({"symbols", "-p", "a", "x", "y"}), "plc symbols takes at most one pattern");
