@@ -93,6 +93,8 @@ int serve(const Project& project, const Options& options, QCoreApplication* appl
 
     PlcServer server(&settings);
     server.setMostClients(options.mostClients);
+    if (options.verbosity != Verbosity::Quiet)
+        server.setNotice([](const QString& text) { print(stderr, text); });
     QString error;
     if (!server.listen(options.address, options.port.value_or(project.port), &error)) {
         print(stderr, QStringLiteral("plc-simulator: ") + error);

@@ -1,11 +1,23 @@
 #include "simulator/plc_server.h"
 
+#include <QtCore/QTimer>
+
 namespace plc {
+namespace {
+
+constexpr int kPauseAfterFailedAccept = 100; // ms
+
+} // namespace
 
 PlcServer::PlcServer(ConnectionSettings* settings, QObject* parent)
     : QObject(parent), m_settings(settings)
 {
     connect(&m_listener, &QTcpServer::newConnection, this, [this] { accept(); });
+    // Out of file descriptors for example: Qt listens no more until it is told to.
+    connect(&m_listener, &QTcpServer::acceptError, this, [this] {
+        QTimer::singleShot(kPauseAfterFailedAccept, &m_listener,
+                           [this] { m_listener.resumeAccepting(); });
+    });
 }
 
 PlcServer::~PlcServer()
@@ -49,15 +61,28 @@ void PlcServer::accept()
 {
     while (QTcpSocket* socket = m_listener.nextPendingConnection()) {
         if (clients() >= m_mostClients) {
-            socket->abort();
-            socket->deleteLater();
+            turnAway(socket);
             continue;
         }
         auto* connection = new PlcConnection(socket, newSession(), m_settings, this);
         m_connections.insert(connection);
-        connect(socket, &QTcpSocket::disconnected, this,
-                [this, connection] { m_connections.remove(connection); });
+        connect(socket, &QTcpSocket::disconnected, this, [this, connection] {
+            m_connections.remove(connection);
+            m_isFullTold = false;
+        });
     }
+}
+
+void PlcServer::turnAway(QTcpSocket* socket)
+{
+    if (m_notice && !m_isFullTold) {
+        m_notice(QStringLiteral("clients are turned away: %1 are connected; --max-clients allows "
+                                "more")
+                     .arg(clients()));
+    }
+    m_isFullTold = true;
+    socket->abort();
+    socket->deleteLater();
 }
 
 /// Each session has bytes of its own, and the two differ: requests that carry those of an earlier

@@ -6,6 +6,8 @@
 #include <QtNetwork/QHostAddress>
 #include <QtNetwork/QTcpServer>
 
+#include <functional>
+
 #include "simulator/plc_connection.h"
 
 namespace plc {
@@ -19,6 +21,8 @@ public:
 
     /// Clients beyond this number are turned away.
     void setMostClients(int count) { m_mostClients = count; }
+    /// Told once that clients are turned away, and again when there was room in between.
+    void setNotice(std::function<void(const QString&)> notice) { m_notice = std::move(notice); }
 
     /// Begins to listen; port 0 picks a free one. Returns false and sets `error` if it cannot.
     bool listen(const QHostAddress& address, quint16 port, QString* error);
@@ -37,6 +41,7 @@ public:
 
 private:
     void accept();
+    void turnAway(QTcpSocket* socket);
     Session newSession();
 
     ConnectionSettings* m_settings;
@@ -44,6 +49,8 @@ private:
     QHostAddress m_address;
     quint16 m_port = 0;
     int m_mostClients = 256;
+    std::function<void(const QString&)> m_notice;
+    bool m_isFullTold = false;
     quint32 m_sessions = 0;
     QSet<PlcConnection*> m_connections;
 };

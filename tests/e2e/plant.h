@@ -43,6 +43,7 @@ public:
     }
 
     QString port() const { return m_port; }
+    qint64 pid() const { return m_process.pid(); }
 
     /// The answer to a command without its leading "ok"; what does not begin with it is kept whole.
     std::string command(const QString& line)

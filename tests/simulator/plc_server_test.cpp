@@ -149,6 +149,29 @@ TEST_F(PlcServerTest, TurnsAwayClientsBeyondTheirNumber)
     EXPECT_EQ(kTwoBytes, hex(first.exchange(first.request(kReadTwoBytes))));
 }
 
+TEST_F(PlcServerTest, TellsOnceThatItTurnsClientsAway)
+{
+    QStringList notices;
+    m_server.setNotice([&](const QString& text) { notices.append(text); });
+    m_server.setMostClients(1);
+    {
+        Client first(m_server.port());
+        first.logIn();
+        Client second(m_server.port());
+        Client third(m_server.port());
+        EXPECT_TRUE(waitUntil([&] { return !second.isConnected() && !third.isConnected(); }));
+        EXPECT_EQ(QStringList{QStringLiteral(
+                      "clients are turned away: 1 are connected; --max-clients allows more")},
+                  notices);
+    }
+    EXPECT_TRUE(waitUntil([&] { return m_server.clients() == 0; }));
+    Client fourth(m_server.port());
+    fourth.logIn();
+    Client fifth(m_server.port());
+    EXPECT_TRUE(waitUntil([&] { return !fifth.isConnected(); }));
+    EXPECT_EQ(2, notices.size());
+}
+
 TEST_F(PlcServerTest, DoesNotServeAheadOfAClientThatReadsNoReplies)
 {
     Client client(m_server.port());
