@@ -103,7 +103,7 @@ TEST_F(Stats, CountRefusedRequestsByTheirResultWithItsMeaning)
     // Each is tried three times; the last one may not have been given up yet.
     EXPECT_GE(number("refused"), 3 * givenUp);
     EXPECT_GE(number("retries"), 2 * givenUp);
-    EXPECT_EQ(number("refused"), number("retries") + given_up);
+    EXPECT_EQ(number("refused"), number("retries") + givenUp);
     EXPECT_EQ(0, number("values"));
 }
 
