@@ -15,7 +15,7 @@ namespace csv {
 /// The field as it stands in a row: in quotes when it holds commas, quotes or line ends.
 QString quotedField(const QString& field);
 
-/// The fields as one row, without the line end (CR LF).
+/// The fields as one row, without the line end.
 QString row(const QStringList& fields);
 
 struct Record {

@@ -13,14 +13,6 @@ QString bracketed(const QStringList& subscripts)
                : QLatin1Char('[') + subscripts.join(QLatin1Char(',')) + QLatin1Char(']');
 }
 
-QString boundsText(const Variable& variable)
-{
-    QStringList texts;
-    for (const ArrayDimension& dimension : variable.dimensions)
-        texts.append(QStringLiteral("%1..%2").arg(dimension.lower).arg(dimension.upper));
-    return bracketed(texts);
-}
-
 QString firstSubscripts(const Variable& variable)
 {
     QStringList texts;
@@ -46,6 +38,14 @@ void append(const QVector<Variable>& variables, const SymbolEntry& parent,
 }
 
 } // namespace
+
+QString boundsText(const Variable& variable)
+{
+    QStringList texts;
+    for (const ArrayDimension& dimension : variable.dimensions)
+        texts.append(QStringLiteral("%1..%2").arg(dimension.lower).arg(dimension.upper));
+    return bracketed(texts);
+}
 
 QVector<SymbolEntry> symbolEntries(const Project& project)
 {

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "host/cli/style.h"
+#include "host/csv.h"
 
 namespace plc {
 namespace {
@@ -19,6 +20,16 @@ void writeLine(std::FILE* file, const QString& line)
 void print(const QString& line)
 {
     writeLine(stdout, line);
+}
+
+void printRow(const QStringList& fields)
+{
+    print(csv::row(fields));
+}
+
+void printError(const QString& line)
+{
+    writeLine(stderr, line);
 }
 
 void complain(const QString& line)

@@ -2,6 +2,7 @@
 #define PLC_HOST_CLI_CONSOLE_H
 
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 namespace plc {
 
@@ -14,6 +15,12 @@ enum ExitCode {
 
 /// One line on the standard output, at once.
 void print(const QString& line);
+
+/// One row of comma-separated values on the standard output.
+void printRow(const QStringList& fields);
+
+/// One line on the standard error, as it stands.
+void printError(const QString& line);
 
 /// One line on the standard error, behind the program's name.
 void complain(const QString& line);

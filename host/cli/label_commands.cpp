@@ -1,6 +1,8 @@
 #include "host/cli/label_commands.h"
 
 #include "host/cli/value_lines.h"
+#include "host/csv.h"
+#include "host/project/memory_layout.h"
 #include "host/project/symbol_list.h"
 #include "host/symbol_walk.h"
 
@@ -47,6 +49,26 @@ QString describeJson(const QString& label, const DataPoint& point)
     return line.text();
 }
 
+/// Bytes of all elements; nothing for a BIT, which has none of its own.
+QString sizeText(const Variable& variable)
+{
+    if (isBit(*variable.type))
+        return {};
+    return QString::number((elementCount(variable) - 1) * elementStride(variable) +
+                           elementSize(variable));
+}
+
+QStringList csvFields(const SymbolEntry& entry, const DataPoint& point)
+{
+    return {entry.pattern,
+            typeText(point),
+            QString::number(point.area),
+            QString::number(point.address),
+            sizeText(*entry.variable),
+            point.unit,
+            point.description};
+}
+
 void printPoint(const CommandContext& context, const QString& label, const DataPoint& point)
 {
     print(context.options.json ? describeJson(label, point) : describe(label, point));
@@ -82,6 +104,10 @@ int listSymbols(const CommandContext& context)
 {
     const DataPointFinder points = finderFor(context);
     const QString pattern = context.options.arguments.value(0);
+    if (context.options.csv)
+        printRow({QStringLiteral("label"), QStringLiteral("type"), QStringLiteral("area"),
+                  QStringLiteral("address"), QStringLiteral("size"), QStringLiteral("unit"),
+                  QStringLiteral("description")});
     for (const SymbolEntry& entry : symbolEntries(context.project)) {
         if (!matchesPattern(entry.pattern, pattern))
             continue;
@@ -91,7 +117,10 @@ int listSymbols(const CommandContext& context)
             complain(error);
             return kExitUsage;
         }
-        printPoint(context, entry.pattern, *point);
+        if (context.options.csv)
+            printRow(csvFields(entry, *point));
+        else
+            printPoint(context, entry.pattern, *point);
     }
     return kExitDone;
 }

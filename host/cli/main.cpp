@@ -2,7 +2,9 @@
 
 #include "host/cli/console.h"
 #include "host/cli/diagnose_command.h"
+#include "host/cli/import_command.h"
 #include "host/cli/label_commands.h"
+#include "host/cli/label_file.h"
 #include "host/cli/log_command.h"
 #include "host/cli/once_command.h"
 #include "host/cli/options.h"
@@ -10,6 +12,7 @@
 #include "host/cli/read_command.h"
 #include "host/cli/run_command.h"
 #include "host/cli/stats_command.h"
+#include "host/cli/symbols_command.h"
 #include "host/cli/watch_command.h"
 #include "host/cli/write_command.h"
 
@@ -45,7 +48,9 @@ int execute(const CommandContext& context)
         case Command::Resolve:
             return resolveLabels(context);
         case Command::Symbols:
-            return listSymbols(context);
+            return context.options.symbols.tree ? showTree(context) : listSymbols(context);
+        case Command::Import:
+            break; // Needs neither project nor driver.
         case Command::Plan:
             return planScan(context);
         case Command::Diagnose:
@@ -65,7 +70,7 @@ int usageError(const QString& error)
 int run(const QStringList& arguments)
 {
     QString error;
-    const std::optional<Options> options = readOptions(arguments, &error);
+    std::optional<Options> options = readOptions(arguments, &error);
     if (!options)
         return usageError(error);
     if (!options->information.isEmpty()) {
@@ -74,8 +79,15 @@ int run(const QStringList& arguments)
     }
     if (!options->log.exported.isEmpty())
         return exportDatabase(*options);
+    if (options->command == Command::Import)
+        return importSymbols(*options);
+    if (options->symbols.check)
+        return checkMemory(*options);
     std::optional<Project> project = loadProject(options->projectFile, &error);
     if (!project)
+        return usageError(error);
+    if (!options->labelFile.isEmpty() &&
+        !appendLabels(options->labelFile, *project, &options->arguments, &error))
         return usageError(error);
     applyOverrides(*options, &*project);
     const QString library =

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "host/duration_text.h"
+#include "host/project/label_syntax.h"
 #include "host/project/nearest_name.h"
 
 namespace plc {
@@ -16,6 +17,7 @@ constexpr int kHighestStation = 255;
 constexpr int kLongestTime = 24 * 60 * 60 * 1000;       // ms
 constexpr qint64 kLongestPeriod = 366LL * kLongestTime; // ms
 const QLatin1String kCsvSuffix(".csv");
+constexpr int kHighestNumber = std::numeric_limits<int>::max();
 constexpr double kLongestRun = double(std::numeric_limits<int>::max()) / 1000; // s
 
 constexpr double kLongestRoundTrip = 60 * 1000; // ms
@@ -31,6 +33,7 @@ const char kHelp[] = R"(plc exchanges data with a PLC through the driver library
   plc write LABEL=VALUE...   write these and report what the PLC said to each
   plc resolve LABEL...       show type, area and address of these
   plc symbols [PATTERN]      list the project's variables; PATTERN may have * and ?
+  plc import FILE...         make a project of declarations in structured text (IEC 61131-3)
   plc stats [LABEL...]       read them like run and tell how the link fares: requests, round
                              trips, retries, failures
   plc diagnose [LABEL...]    go step by step from the PLC's name to these values, and explain
@@ -55,6 +58,23 @@ Options for run, watch, log, stats, read, write and diagnose:
   --timeout MS         time for the connection and for each whole reply
   --trace              print every frame with its meaning on the standard error
   --capture FILE       keep what is sent and received in FILE, for Wireshark (pcapng)
+Options for run, watch, log, read and resolve:
+  --labels FILE        also the labels in the first column of this CSV file
+Options for read and symbols:
+  --csv                print comma-separated values, with a line of names first
+Options for symbols:
+  --tree               show scopes, structures and members as a tree
+  --depth N            levels of the tree: 1 scopes, 2 variables, 3 members, and so on
+  --check              list variables that share memory, and gaps between variables
+  --gap BYTES          list gaps of at least so many bytes (1)
+Options for import:
+  -o, --output FILE    write the project there and not to the standard output
+  --merge FILE         put the symbols into this project and keep everything else of it
+  --name NAME          name of a new project; else that of the first file
+  --area N             memory area of addresses such as %MW10, which name none (0)
+  --base AREA:OFFSET   place variables without an address one behind the other from here
+  --align N            values lie at multiples of their size or of N: 1, 2, 4 or 8 (4)
+  --scope NAME         scope of the global variables; without one, labels begin with the dot
 Options for run, watch, log and stats:
   --for SECONDS        end after this time
   --cycle MS           time from one pass over all values to the next, at least (100)
@@ -102,12 +122,26 @@ const CommandName kCommands[] = {
     {"write", Command::Write, 1, kAnyNumber, "at least one LABEL=VALUE"},
     {"resolve", Command::Resolve, 1, kAnyNumber, "at least one label"},
     {"symbols", Command::Symbols, 0, 1, "at most one pattern"},
+    {"import", Command::Import, 1, kAnyNumber, "at least one file"},
     {"plan", Command::Plan, 0, 1, "at most one project file"},
     {"diagnose", Command::Diagnose, 0, kAnyNumber, "any number of labels"},
     {"stats", Command::Stats, 0, kAnyNumber, "any number of labels"}};
 
 /// Which commands an option is for.
-enum Use { kForAll, kForLink, kForCyclic, kForViews, kForRun, kForLog, kForPlan };
+enum Use {
+    kForAll,
+    kForLink,
+    kForLabels,
+    kForCyclic,
+    kForViews,
+    kForRun,
+    kForLog,
+    kForFiles,
+    kForTables,
+    kForSymbols,
+    kForImport,
+    kForPlan
+};
 
 struct OptionDescription {
     const char* names; ///< Separated by blanks, the longest last.
@@ -116,14 +150,24 @@ struct OptionDescription {
 };
 
 const OptionDescription kOptions[] = {
-    {"p project", true, kForAll}, {"driver", true, kForAll},      {"json", false, kForAll},
-    {"h help", false, kForAll},   {"v version", false, kForAll},  {"address", true, kForLink},
-    {"port", true, kForLink},     {"timeout", true, kForLink},    {"trace", false, kForLink},
-    {"capture", true, kForLink},  {"for", true, kForCyclic},      {"once", false, kForRun},
-    {"cycle", true, kForCyclic},  {"interval", true, kForViews},  {"station-off", true, kForCyclic},
-    {"rtt", true, kForPlan},      {"mbit", true, kForPlan},       {"o output", true, kForLog},
-    {"every", true, kForLog},     {"rotate-size", true, kForLog}, {"rotate-every", true, kForLog},
-    {"keep", true, kForLog},      {"export", true, kForLog}};
+    {"p project", true, kForAll},      {"driver", true, kForAll},
+    {"json", false, kForAll},          {"h help", false, kForAll},
+    {"v version", false, kForAll},     {"address", true, kForLink},
+    {"port", true, kForLink},          {"timeout", true, kForLink},
+    {"trace", false, kForLink},        {"capture", true, kForLink},
+    {"for", true, kForCyclic},         {"once", false, kForRun},
+    {"cycle", true, kForCyclic},       {"interval", true, kForViews},
+    {"station-off", true, kForCyclic}, {"rtt", true, kForPlan},
+    {"mbit", true, kForPlan},          {"o output", true, kForFiles},
+    {"every", true, kForLog},          {"rotate-size", true, kForLog},
+    {"rotate-every", true, kForLog},   {"keep", true, kForLog},
+    {"export", true, kForLog},         {"labels", true, kForLabels},
+    {"csv", false, kForTables},        {"tree", false, kForSymbols},
+    {"depth", true, kForSymbols},      {"check", false, kForSymbols},
+    {"gap", true, kForSymbols},        {"merge", true, kForImport},
+    {"name", true, kForImport},        {"area", true, kForImport},
+    {"base", true, kForImport},        {"align", true, kForImport},
+    {"scope", true, kForImport}};
 
 bool isFor(Command command, Use use)
 {
@@ -133,6 +177,17 @@ bool isFor(Command command, Use use)
         case kForLink:
             return isFor(command, kForCyclic) || command == Command::Read ||
                    command == Command::Write || command == Command::Diagnose;
+        case kForLabels:
+            return isFor(command, kForCyclic) || command == Command::Read ||
+                   command == Command::Resolve;
+        case kForFiles:
+            return command == Command::Log || command == Command::Import;
+        case kForTables:
+            return command == Command::Read || command == Command::Symbols;
+        case kForSymbols:
+            return command == Command::Symbols;
+        case kForImport:
+            return command == Command::Import;
         case kForCyclic:
             return isFor(command, kForViews) || command == Command::Log ||
                    command == Command::Stats;
@@ -333,6 +388,76 @@ void checkLog(const Options& options, OptionReader* reader)
         checkExport(options, reader);
 }
 
+SymbolsOptions readSymbolsValues(OptionReader* reader)
+{
+    SymbolsOptions symbols;
+    symbols.tree = reader->has("tree");
+    symbols.check = reader->has("check");
+    symbols.depth = reader->integer("depth", 1, kHighestNumber, symbols.depth);
+    symbols.gap = reader->integer("gap", 1, kHighestNumber, symbols.gap);
+    return symbols;
+}
+
+void checkSymbols(const Options& options, OptionReader* reader)
+{
+    if (reader->has("depth") && !options.symbols.tree)
+        reader->complain(QStringLiteral("--depth goes with --tree"));
+    if (reader->has("gap") && !options.symbols.check)
+        reader->complain(QStringLiteral("--gap goes with --check"));
+    if (options.symbols.tree && options.symbols.check)
+        reader->complain(QStringLiteral("--tree and --check are two different lists; give one"));
+    if (options.csv && (options.symbols.tree || options.symbols.check))
+        reader->complain(QStringLiteral("--csv is for the plain list; leave out --tree, --check"));
+    if (options.symbols.check && !options.arguments.isEmpty())
+        reader->complain(QStringLiteral("--check takes all of the project; leave out the pattern"));
+}
+
+/// AREA:OFFSET
+std::optional<iec::MemoryPlace> readBase(OptionReader* reader)
+{
+    if (!reader->has("base"))
+        return {};
+    const QStringList parts = reader->text("base").split(QLatin1Char(':'));
+    bool areaIsGood = false, offsetIsGood = false;
+    iec::MemoryPlace base;
+    base.area = parts.first().toInt(&areaIsGood, 10);
+    base.offset = parts.last().toInt(&offsetIsGood, 10);
+    const bool isGood = areaIsGood && offsetIsGood && parts.size() == 2 && base.area >= 0 &&
+                        base.area <= kHighestAreaIndex && base.offset >= 0;
+    if (!isGood) {
+        reader->complain(QStringLiteral("--base takes AREA:OFFSET such as 1:2000, not %1")
+                             .arg(quoted(reader->text("base"))));
+    }
+    return base;
+}
+
+ImportOptions readImportValues(OptionReader* reader)
+{
+    ImportOptions import;
+    import.output = reader->text("output");
+    import.merged = reader->text("merge");
+    import.name = reader->text("name");
+    import.places.defaultArea = reader->integer("area", 0, kHighestAreaIndex, 0);
+    import.places.base = readBase(reader);
+    import.places.alignment = reader->integer("align", 1, 8, import.places.alignment);
+    import.places.globalScope = reader->text("scope");
+    return import;
+}
+
+void checkImport(const ImportOptions& import, OptionReader* reader)
+{
+    const int alignment = import.places.alignment;
+    if ((alignment & (alignment - 1)) != 0)
+        reader->complain(QStringLiteral("--align takes 1, 2, 4 or 8, not %1").arg(alignment));
+    if (!import.merged.isEmpty() && !import.name.isEmpty())
+        reader->complain(QStringLiteral("--merge keeps the project's name; leave out --name"));
+    const QString scope = import.places.globalScope;
+    if (!scope.isEmpty() && !isLabelName(scope))
+        reader->complain(QStringLiteral("--scope takes a name without . [ ] , = quotes and "
+                                        "blanks, not %1")
+                             .arg(quoted(scope)));
+}
+
 Options readValues(OptionReader* reader)
 {
     Options options;
@@ -349,7 +474,11 @@ Options readValues(OptionReader* reader)
     options.duration = reader->seconds("for");
     options.interval = reader->integer("interval", 1, kLongestTime, options.interval);
     options.cycleTime = reader->integer("cycle", 0, kLongestTime, options.cycleTime);
+    options.csv = reader->has("csv");
+    options.labelFile = reader->text("labels");
     options.log = readLogValues(reader);
+    options.symbols = readSymbolsValues(reader);
+    options.import = readImportValues(reader);
     options.roundTrip = reader->number("rtt", 0, kLongestRoundTrip, options.roundTrip);
     options.bandwidth = reader->number("mbit", kSlowestNetwork, kFastestNetwork, options.bandwidth);
     options.stationsOff = reader->integers("station-off", 0, kHighestStation);
@@ -401,7 +530,9 @@ std::optional<Options> readOptions(const QStringList& arguments, QString* error)
         options.arguments.removeFirst();
         checkUse(*command, &reader);
         const int count = int(options.arguments.size());
-        if (count < command->fewestArguments || count > command->mostArguments) {
+        // A file of labels takes the place of all others.
+        const int fewest = options.labelFile.isEmpty() ? command->fewestArguments : 0;
+        if (count < fewest || count > command->mostArguments) {
             reader.complain(QStringLiteral("plc %1 takes %2")
                                 .arg(QString::fromLatin1(command->name),
                                      QString::fromLatin1(command->argumentsText)));
@@ -410,7 +541,15 @@ std::optional<Options> readOptions(const QStringList& arguments, QString* error)
             options.projectFile = options.arguments.takeFirst();
         if (options.command == Command::Log)
             checkLog(options, &reader);
-        if (options.projectFile.isEmpty() && options.log.exported.isEmpty()) {
+        if (options.command == Command::Symbols)
+            checkSymbols(options, &reader);
+        if (options.command == Command::Import)
+            checkImport(options.import, &reader);
+        if (options.csv && options.json)
+            reader.complain(QStringLiteral("--csv and --json are two different forms; give one"));
+        const bool needsProject =
+            options.command != Command::Import && options.log.exported.isEmpty();
+        if (options.projectFile.isEmpty() && needsProject) {
             reader.complain(
                 QStringLiteral("no project file; give it with --project or in PLC_PROJECT"));
         }

@@ -7,9 +7,23 @@
 
 #include <optional>
 
+#include "host/iec/importer.h"
+
 namespace plc {
 
-enum class Command { Run, Watch, Log, Read, Write, Resolve, Symbols, Plan, Diagnose, Stats };
+enum class Command {
+    Run,
+    Watch,
+    Log,
+    Read,
+    Write,
+    Resolve,
+    Symbols,
+    Import,
+    Plan,
+    Diagnose,
+    Stats
+};
 
 /// Options of `plc log`.
 struct LogOptions {
@@ -19,6 +33,22 @@ struct LogOptions {
     qint64 rotateSize = 0;  ///< Bytes; 0: as large as it gets.
     qint64 rotateEvery = 0; ///< ms; 0: without end.
     int keep = 0;           ///< Older files; 0: all.
+};
+
+/// Options of `plc symbols`.
+struct SymbolsOptions {
+    bool tree = false;
+    int depth = 0; ///< Levels of the tree; 0: all.
+    bool check = false;
+    int gap = 1; ///< Bytes of the smallest gap that is listed.
+};
+
+/// Options of `plc import`.
+struct ImportOptions {
+    iec::ImportOptions places;
+    QString output; ///< Empty: the standard output.
+    QString merged; ///< The project that the symbols are put into; empty: a new one.
+    QString name;   ///< Of a new project; empty: that of the first file.
 };
 
 /// Whether the log's file is a database, by its suffix, and not CSV.
@@ -34,6 +64,8 @@ struct Options {
     int port = 0;       ///< 0: the project's.
     int timeout = 0;    ///< ms; 0: the project's.
     bool json = false;
+    bool csv = false;
+    QString labelFile; ///< CSV with further arguments; empty: none.
     bool trace = false;
     QString captureFile; ///< Empty: none.
     bool once = false;
@@ -42,6 +74,8 @@ struct Options {
     int cycleTime = 100; ///< ms
     QVector<int> stationsOff;
     LogOptions log;
+    SymbolsOptions symbols;
+    ImportOptions import;
     double roundTrip = 1;   ///< ms
     double bandwidth = 100; ///< Mbit/s
     /// What is asked for instead of a command: help or the version.

@@ -1,6 +1,8 @@
 #include "host/cli/read_command.h"
 
 #include "host/cli/value_lines.h"
+#include "host/result_text.h"
+#include "host/value_codec.h"
 
 namespace plc {
 
@@ -56,11 +58,25 @@ void ReadCommand::settled(int index, const TransferOutcome& outcome, const QByte
     }
 }
 
+QStringList ReadCommand::csvFields(const Item& item)
+{
+    const DataPoint& point = item.point;
+    return {point.text, QString::fromLatin1(point.type->name),
+            item.outcome.isDone() ? pointText(point, decodeValues(point, item.bytes)) : QString(),
+            point.unit, outcomeText(item.outcome)};
+}
+
 void ReadCommand::report()
 {
     bool allDone = true;
+    if (options().csv)
+        printRow({QStringLiteral("label"), QStringLiteral("type"), QStringLiteral("value"),
+                  QStringLiteral("unit"), QStringLiteral("outcome")});
     for (const Item& item : m_items) {
-        printRead(item.point, item.bytes, item.outcome, options().json);
+        if (options().csv)
+            printRow(csvFields(item));
+        else
+            printRead(item.point, item.bytes, item.outcome, options().json);
         allDone = allDone && item.outcome.isDone();
     }
     finish(allDone ? kExitDone : kExitRefused);

@@ -28,6 +28,7 @@ private:
     void ask(int index);
     void settled(int index, const TransferOutcome& outcome, const QByteArray& bytes);
     void report();
+    static QStringList csvFields(const Item& item);
 
     QVector<Item> m_items;
     int m_open = 0;          ///< Items that are asked for.

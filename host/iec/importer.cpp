@@ -17,6 +17,7 @@ namespace {
 
 constexpr qint64 kHighestOffset = std::numeric_limits<qint32>::max();
 constexpr int kBitsPerByte = 8;
+constexpr int kBitsPerWord = 16;
 
 /// Puts declared variables into memory.
 class Importer {
@@ -163,12 +164,18 @@ private:
 
     bool placeAtByte(const Token& token, const DirectAddress& address, Variable* variable)
     {
-        if (variable->type != nullptr && isBit(*variable->type)) {
-            return fail(token.position, QStringLiteral("found %1 for a BIT, expected an address "
-                                                       "with a bit, such as %MX12.3")
-                                            .arg(quoted(token.text)));
+        if (variable->type == nullptr || !isBit(*variable->type))
+            return putAt(address.byte, token.position, variable);
+        if (token.text.size() < 3 || token.text[2].toUpper() != QLatin1Char('W') ||
+            elementCount(*variable) > kBitsPerWord) {
+            return fail(token.position,
+                        QStringLiteral("found %1 for a BIT, expected an address with a bit, such "
+                                       "as %MX12.3, or for up to %2 bits one of a word")
+                            .arg(quoted(token.text))
+                            .arg(kBitsPerWord));
         }
-        return putAt(address.byte, token.position, variable);
+        // From the least significant bit of the word on.
+        return putAt(address.byte * kBitsPerWord, token.position, variable);
     }
 
     /// A BOOL with a bit address is that one bit; everything else begins with a byte.

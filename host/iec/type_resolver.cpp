@@ -307,10 +307,9 @@ bool TypeResolver::checkArray(const TypeSpec& type, const Variable& variable)
         m_diagnostics->warning(
             type.position,
             QStringLiteral("the elements of a text array are taken to lie %1 bytes apart, while "
-                           "one of these has %2; check the addresses, or declare STRING(%3)")
+                           "one of these has %2; compare with the addresses in the controller")
                 .arg(kTextElementStride)
-                .arg(elementSize(variable))
-                .arg(kTextElementStride - 1));
+                .arg(elementSize(variable)));
     }
     return true;
 }

@@ -241,7 +241,8 @@ QVector<ScopeDefinition> DeclarationReader::readScopes(const JsonNode& list)
         }
         scopes.append(scope);
     }
-    checkNothingShared(list, all, paths, labels);
+    if (m_rule == SharedMemoryRule::Refused)
+        checkNothingShared(list, all, paths, labels);
     return scopes;
 }
 

@@ -18,7 +18,10 @@ constexpr int kLongestText = 32000; ///< Characters of a STRING or WSTRING.
 /// Reads and checks the structures and scopes of a project document.
 class DeclarationReader {
 public:
-    explicit DeclarationReader(const QVector<MemoryArea>& areas) : m_areas(areas) {}
+    DeclarationReader(const QVector<MemoryArea>& areas, SharedMemoryRule rule)
+        : m_areas(areas), m_rule(rule)
+    {
+    }
 
     /// Structures in an order in which each stands behind those it is made of.
     QVector<std::shared_ptr<const StructureType>> readStructures(const JsonNode& list);
@@ -43,6 +46,7 @@ private:
     void checkArea(const JsonNode& node, const Variable& variable) const;
 
     QVector<MemoryArea> m_areas;
+    SharedMemoryRule m_rule; ///< For variables of scopes.
     QHash<QString, Structure> m_structures;
     QVector<std::shared_ptr<const StructureType>> m_finished;
     QStringList m_underWay; ///< Structures being read, the outermost first.

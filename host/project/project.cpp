@@ -186,7 +186,7 @@ private:
     QVector<CyclicLabel> m_labels;
 };
 
-Project readProject(const JsonNode& root)
+Project readProject(const JsonNode& root, SharedMemoryRule rule)
 {
     Project project;
     root.checkKeys(
@@ -203,7 +203,7 @@ Project readProject(const JsonNode& root)
     if (root.has("settings"))
         readSettings(root.member("settings"), &project.settings);
     project.areas = readAreas(root.member("areas"));
-    DeclarationReader declarations(project.areas);
+    DeclarationReader declarations(project.areas, rule);
     if (root.has("structures"))
         project.structures = declarations.readStructures(root.member("structures"));
     if (root.errors()->isEmpty())
@@ -215,7 +215,7 @@ Project readProject(const JsonNode& root)
 
 } // namespace
 
-std::optional<Project> loadProject(const QString& path, QString* error)
+std::optional<Project> loadProject(const QString& path, QString* error, SharedMemoryRule rule)
 {
     QFile file(path);
     if (QFileInfo(path).isDir()) {
@@ -236,10 +236,11 @@ std::optional<Project> loadProject(const QString& path, QString* error)
         *error = QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString());
         return {};
     }
-    return parseProject(json, path, error);
+    return parseProject(json, path, error, rule);
 }
 
-std::optional<Project> parseProject(const QByteArray& json, const QString& name, QString* error)
+std::optional<Project> parseProject(const QByteArray& json, const QString& name, QString* error,
+                                    SharedMemoryRule rule)
 {
     if (json.size() > kLargestFile) {
         *error = tooLarge(name);
@@ -261,7 +262,7 @@ std::optional<Project> parseProject(const QByteArray& json, const QString& name,
     DocumentErrors errors(name);
     const QJsonValue root =
         document.isObject() ? QJsonValue(document.object()) : QJsonValue(document.array());
-    const Project project = readProject(JsonNode(root, QString(), &errors));
+    const Project project = readProject(JsonNode(root, QString(), &errors), rule);
     if (!errors.isEmpty()) {
         *error = errors.first();
         return {};

@@ -100,13 +100,18 @@ struct Project {
     QVector<CyclicLabel> cyclic;
 };
 
+/// Whether variables of scopes may share memory without being marked as overlays.
+enum class SharedMemoryRule { Refused, Allowed };
+
 /// Reads and checks the project file at `path`. On failure returns nothing and sets `error` to one
 /// line that names the file, the path in the document (`/scopes/0/variables/3/type`), what was
 /// found and what was expected.
-std::optional<Project> loadProject(const QString& path, QString* error);
+std::optional<Project> loadProject(const QString& path, QString* error,
+                                   SharedMemoryRule rule = SharedMemoryRule::Refused);
 
 /// As loadProject() from bytes; `name` stands for the file in errors.
-std::optional<Project> parseProject(const QByteArray& json, const QString& name, QString* error);
+std::optional<Project> parseProject(const QByteArray& json, const QString& name, QString* error,
+                                    SharedMemoryRule rule = SharedMemoryRule::Refused);
 
 } // namespace plc
 

@@ -89,6 +89,58 @@ TEST_F(OptionsTest, PlanTakesTheProjectAsItsArgumentAndTheNetworkAsOptions)
     EXPECT_EQ(complaint({"plan", "a.json", "--trace"}), "--trace is no option of plc plan");
 }
 
+TEST_F(OptionsTest, ImportNeedsNoProject)
+{
+    const std::optional<Options> options =
+        parse({"import", "a.st", "b.st", "-o", "c.json", "--area", "1", "--base", "2:100",
+               "--align", "8", "--scope", "GVL", "--name", "Line"});
+    ASSERT_TRUE(options) << error.toStdString();
+    EXPECT_EQ(options->command, Command::Import);
+    EXPECT_EQ(options->arguments, (QStringList{"a.st", "b.st"}));
+    EXPECT_EQ(options->import.output, "c.json");
+    EXPECT_EQ(options->import.name, "Line");
+    EXPECT_EQ(options->import.places.defaultArea, 1);
+    EXPECT_EQ(options->import.places.base->area, 2);
+    EXPECT_EQ(options->import.places.base->offset, 100);
+    EXPECT_EQ(options->import.places.alignment, 8);
+    EXPECT_EQ(options->import.places.globalScope, "GVL");
+    for (const char* base : {"1", "1:", ":1", "1:2:3", "-1:0", "1:-1", "65536:0", "a:b"})
+        EXPECT_EQ(complaint({"import", "a.st", "--base", base}),
+                  QStringLiteral("--base takes AREA:OFFSET such as 1:2000, not \"%1\"")
+                      .arg(QLatin1String(base)));
+    EXPECT_EQ(complaint({"import", "a.st", "--merge", "b", "--name", "c"}),
+              "--merge keeps the project's name; leave out --name");
+    EXPECT_EQ(complaint({"read", "-p", "a", "A.x", "--base", "1:2"}),
+              "--base is no option of plc read");
+}
+
+TEST_F(OptionsTest, SymbolsHasOneFormAtATime)
+{
+    const std::optional<Options> options =
+        parse({"symbols", "-p", "a", "--tree", "--depth", "2", "x"});
+    ASSERT_TRUE(options) << error.toStdString();
+    EXPECT_TRUE(options->symbols.tree);
+    EXPECT_EQ(options->symbols.depth, 2);
+    EXPECT_EQ(parse({"symbols", "-p", "a", "--check", "--gap", "8"})->symbols.gap, 8);
+    EXPECT_EQ(complaint({"symbols", "-p", "a", "--depth", "2"}), "--depth goes with --tree");
+    EXPECT_EQ(complaint({"symbols", "-p", "a", "--gap", "2"}), "--gap goes with --check");
+    EXPECT_EQ(complaint({"symbols", "-p", "a", "--tree", "--check"}),
+              "--tree and --check are two different lists; give one");
+    EXPECT_EQ(complaint({"symbols", "-p", "a", "--tree", "--csv"}),
+              "--csv is for the plain list; leave out --tree, --check");
+    EXPECT_EQ(complaint({"symbols", "-p", "a", "--check", "x"}),
+              "--check takes all of the project; leave out the pattern");
+    EXPECT_EQ(complaint({"symbols", "-p", "a", "--json", "--csv"}),
+              "--csv and --json are two different forms; give one");
+}
+
+TEST_F(OptionsTest, AFileOfLabelsTakesThePlaceOfLabels)
+{
+    EXPECT_EQ(parse({"read", "-p", "a", "--labels", "b.csv"})->labelFile, "b.csv");
+    EXPECT_EQ(complaint({"write", "-p", "a", "A.x=1", "--labels", "b.csv"}),
+              "--labels is no option of plc write");
+}
+
 TEST_F(OptionsTest, WithoutOptionsRunGoesOnAtItsUsualPace)
 {
     const std::optional<Options> options = parse({"run", "-p", "a"});
@@ -105,12 +157,11 @@ TEST_F(OptionsTest, WrongUsageIsExplained)
 {
     EXPECT_EQ(
         complaint({}),
-        "a command is expected: run, watch, log, read, write, resolve, symbols, plan, "
+        "a command is expected: run, watch, log, read, write, resolve, symbols, import, plan, "
         "diagnose, stats (plc --help tells more)");
-    EXPECT_EQ(
-        complaint({"raed", "-p", "a"}),
-        "\"raed\" is no command (did you mean \"read\"?); there are run, watch, log, read, "
-        "write, resolve, symbols, plan, diagnose, stats");
+    EXPECT_EQ(complaint({"raed", "-p", "a"}),
+              "\"raed\" is no command (did you mean \"read\"?); there are run, watch, log, read, "
+              "write, resolve, symbols, import, plan, diagnose, stats");
     EXPECT_EQ(complaint({"read", "-p", "a"}), "plc read takes at least one label");
     EXPECT_EQ(complaint({"write", "-p", "a"}), "plc write takes at least one LABEL=VALUE");
     EXPECT_EQ(complaint({"symbols", "-p", "a", "x", "y"}), "plc symbols takes at most one pattern");

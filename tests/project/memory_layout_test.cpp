@@ -189,5 +189,62 @@ TEST(IecTypes, CodesAndSizesAreThoseOfTheDriver)
     EXPECT_EQ(nullptr, findIecType(QString()));
 }
 
+/// "first/second@byte" for each.
+std::vector<std::string> texts(const QVector<SharedMemory>& list)
+{
+    std::vector<std::string> texts;
+    for (const SharedMemory& shared : list)
+        texts.push_back(std::to_string(shared.first) + "/" + std::to_string(shared.second) + "@" +
+                        std::to_string(shared.byte));
+    return texts;
+}
+
+Variable inArea(int area, Variable variable)
+{
+    variable.area = area;
+    return variable;
+}
+
+TEST(CoveredVariables, LieOverWhatBeginsBeforeThemOrIsLarger)
+{
+    // A bit and a byte in a word; a value that reaches into the next one; another area.
+    EXPECT_EQ((std::vector<std::string>{"2/1@10", "2/0@11", "3/4@22"}),
+              texts(coveredVariables({variable("BYTE", 11), variable("BIT", 168),
+                                      variable("WORD", 10), variable("REAL", 20),
+                                      variable("REAL", 22), inArea(1, variable("REAL", 20))})));
+    EXPECT_TRUE(coveredVariables({variable("WORD", 10), variable("WORD", 12)}).isEmpty());
+}
+
+TEST(AllSharedMemory, HasEveryTwoVariables)
+{
+    Variable overlay = variable("DWORD", 10);
+    overlay.overlay = true;
+    const QVector<Variable> variables{overlay, variable("WORD", 10), variable("WORD", 12),
+                                      variable("BYTE", 13), variable("BYTE", 14)};
+    EXPECT_EQ((std::vector<std::string>{"0/1@10", "0/2@12", "0/3@13", "2/3@13"}),
+              texts(allSharedMemory(variables, 10)));
+    EXPECT_EQ((std::vector<std::string>{"0/1@10", "0/2@12"}), texts(allSharedMemory(variables, 2)));
+}
+
+TEST(AllSharedMemory, HasTwoVariablesOnceHoweverManyBitsTheyShare)
+{
+    EXPECT_EQ((std::vector<std::string>{"0/1@10"}),
+              texts(allSharedMemory({variable("WORD", 10), variable("BIT", 160, {{0, 15}})}, 10)));
+}
+
+TEST(MemoryGaps, LieBeforeBetweenAndBehindVariables)
+{
+    const QVector<MemoryArea> areas{{0, 20}, {1, 8}, {2, 4}};
+    const QVector<Variable> variables{variable("REAL", 2), variable("WORD", 10),
+                                      variable("DWORD", 8), inArea(1, variable("LREAL", 0)),
+                                      variable("BIT", 16 * 14)};
+    std::vector<std::string> gaps;
+    for (const MemoryGap& gap : memoryGaps(variables, areas, 1))
+        gaps.push_back(std::to_string(gap.area) + ":" + std::to_string(gap.first) + "-" +
+                       std::to_string(gap.end));
+    EXPECT_EQ((std::vector<std::string>{"0:0-2", "0:6-8", "0:12-15", "0:16-20", "2:0-4"}), gaps);
+    EXPECT_EQ(2, memoryGaps(variables, areas, 4).size());
+}
+
 } // namespace
 } // namespace plc

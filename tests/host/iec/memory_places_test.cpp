@@ -59,7 +59,7 @@ TEST(MemoryPlaces, OtherTypesBeginWithAByte)
                             "single BOOL or BIT begins inside of a byte"));
     EXPECT_THAT(importVariables("a AT %MB12 : BIT;").notes,
                 ElementsAre("1:17: error: found \"%MB12\" for a BIT, expected an address with a "
-                            "bit, such as %MX12.3"));
+                            "bit, such as %MX12.3, or for up to 16 bits one of a word"));
 }
 
 TEST(MemoryPlaces, ABitArrayStaysInItsByte)
@@ -67,6 +67,13 @@ TEST(MemoryPlaces, ABitArrayStaysInItsByte)
     EXPECT_EQ("BIT[1..3] 0:205", importVariables("a AT %MX12.5 : ARRAY[1..3] OF BIT;").place("a"));
     EXPECT_THAT(importVariables("a AT %MX12.5 : ARRAY[1..4] OF BIT;").notes,
                 ElementsAre("1:17: error: found 4 bits from bit 5 on, expected bits of one byte"));
+}
+
+TEST(MemoryPlaces, ABitArrayMayBeAWord)
+{
+    EXPECT_EQ("BIT[0..15] 1:64", importVariables("a AT %MW1.2 : ARRAY[0..15] OF BIT;").place("a"));
+    EXPECT_THAT(importVariables("a AT %MW1.2 : ARRAY[0..16] OF BIT;").notes,
+                ElementsAre(HasSubstr("found \"%MW1.2\" for a BIT")));
 }
 
 TEST(MemoryPlaces, VariablesWithoutAnAddressAreLeftOutAndCounted)

@@ -223,8 +223,8 @@ TEST(Types, TextsOfAnArrayLie255BytesApart)
                 HasSubstr("found texts of 256 bytes with the terminating zero"));
     EXPECT_THAT(importVariables("v AT %MB0 : ARRAY[1..3] OF STRING(19);").notes,
                 ElementsAre("1:24: warning: the elements of a text array are taken to lie 255 "
-                            "bytes apart, while one of these has 20; check the addresses, or "
-                            "declare STRING(254)"));
+                            "bytes apart, while one of these has 20; compare with the addresses in "
+                            "the controller"));
 }
 
 TEST(Types, NestingHasAnEnd)

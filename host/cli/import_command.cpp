@@ -1,0 +1,160 @@
+#include "host/cli/import_command.h"
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QSaveFile>
+
+#include <cstdio>
+
+#include "host/cli/console.h"
+#include "host/cli/progress.h"
+#include "host/project/project_document.h"
+
+namespace plc {
+namespace {
+
+constexpr qint64 kLargestFile = 32 * 1024 * 1024;
+/// Of a kind that says the same of many variables.
+constexpr int kShownWarnings = 20;
+
+std::optional<QByteArray> readFile(const QString& path, QString* error)
+{
+    QFile file(path);
+    if (QFileInfo(path).isDir()) {
+        *error = QStringLiteral("%1: is a folder, expected a file").arg(path);
+        return {};
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        *error = QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString());
+        return {};
+    }
+    const QByteArray bytes = file.read(kLargestFile + 1);
+    if (bytes.size() > kLargestFile) {
+        *error = QStringLiteral("%1: the file has more than %2 MiB; import its parts")
+                     .arg(path)
+                     .arg(kLargestFile / 1024 / 1024);
+        return {};
+    }
+    return bytes;
+}
+
+std::optional<QVector<iec::SourceFile>> readSources(const QStringList& paths, QString* error)
+{
+    QVector<iec::SourceFile> sources;
+    for (const QString& path : paths) {
+        const std::optional<QByteArray> bytes = readFile(path, error);
+        if (!bytes)
+            return {};
+        sources.append({path, iec::decodeSource(*bytes)});
+    }
+    return sources;
+}
+
+iec::ImportResult importSources(const QVector<iec::SourceFile>& sources,
+                                const iec::ImportOptions& options, iec::Diagnostics* diagnostics)
+{
+    qint64 characters = 0;
+    for (const iec::SourceFile& source : sources)
+        characters += source.text.size();
+    QElapsedTimer clock;
+    clock.start();
+    Progress progress(QStringLiteral("importing"), QStringLiteral("characters"), characters, 0);
+    return iec::importDeclarations(sources, options, diagnostics,
+                                   [&](qint64 done) { progress.advance(done, clock.elapsed()); });
+}
+
+void showDiagnostics(const QVector<iec::SourceFile>& sources, const iec::Diagnostics& diagnostics)
+{
+    int warnings = 0;
+    for (const iec::Diagnostic& diagnostic : diagnostics.list()) {
+        const bool isWarning = diagnostic.severity == iec::Diagnostic::Warning;
+        if (isWarning && ++warnings > kShownWarnings)
+            continue;
+        printError(iec::diagnosticText(sources, diagnostic));
+    }
+    if (warnings > kShownWarnings)
+        complain(QStringLiteral("%1 more warnings").arg(warnings - kShownWarnings));
+}
+
+/// The project that the symbols belong into, or a new one. Returns nothing and sets `error` when it
+/// is no good project.
+std::optional<QJsonObject> documentFor(const Options& options, const Project& symbols,
+                                       QString* error)
+{
+    const QString merged = options.import.merged;
+    if (merged.isEmpty()) {
+        const QString name = options.import.name.isEmpty()
+                                 ? QFileInfo(options.arguments.first()).completeBaseName()
+                                 : options.import.name;
+        return projectDocument(name.isEmpty() ? QStringLiteral("Imported") : name, symbols);
+    }
+    const std::optional<QByteArray> json = readFile(merged, error);
+    if (!json || !parseProject(*json, merged, error))
+        return {};
+    QJsonObject document = QJsonDocument::fromJson(*json).object();
+    mergeSymbols(symbols, &document);
+    return document;
+}
+
+bool write(const QByteArray& text, const QString& path, QString* error)
+{
+    if (path.isEmpty()) {
+        const bool isWritten =
+            std::fwrite(text.constData(), 1, size_t(text.size()), stdout) == size_t(text.size());
+        *error = QStringLiteral("the standard output does not take the project");
+        return std::fflush(stdout) == 0 && isWritten;
+    }
+    // Whole or not at all: it may be the project that is merged into.
+    QSaveFile file(path);
+    const bool isWritten =
+        file.open(QIODevice::WriteOnly) && file.write(text) == qint64(text.size()) && file.commit();
+    *error = QStringLiteral("%1: cannot be written: %2").arg(path, file.errorString());
+    return isWritten;
+}
+
+QString counted(int number, const char* thing)
+{
+    return QStringLiteral("%1 %2%3").arg(number).arg(QLatin1String(thing),
+                                                     number == 1 ? QString() : QStringLiteral("s"));
+}
+
+int failed(const QString& error)
+{
+    complain(error);
+    return kExitUsage;
+}
+
+} // namespace
+
+int importSymbols(const Options& options)
+{
+    QString error;
+    const std::optional<QVector<iec::SourceFile>> sources = readSources(options.arguments, &error);
+    if (!sources)
+        return failed(error);
+    iec::Diagnostics diagnostics;
+    const iec::ImportResult result = importSources(*sources, options.import.places, &diagnostics);
+    showDiagnostics(*sources, diagnostics);
+    if (diagnostics.errorCount() > 0)
+        return failed(QStringLiteral("%1; nothing was written")
+                          .arg(counted(diagnostics.errorCount(), "error")));
+    if (result.variables == 0)
+        return failed(QStringLiteral("no variable has an address, %1 left out; nothing was written")
+                          .arg(result.leftOut));
+    const std::optional<QJsonObject> document = documentFor(options, result.project, &error);
+    if (!document)
+        return failed(error);
+    const QByteArray text = documentText(*document);
+    const QString name = options.import.output.isEmpty() ? QStringLiteral("the imported project")
+                                                         : options.import.output;
+    if (!parseProject(text, name, &error) || !write(text, options.import.output, &error))
+        return failed(error);
+    complain(QStringLiteral("%1 imported, %2 left out")
+                 .arg(counted(result.variables, "variable"))
+                 .arg(result.leftOut));
+    return kExitDone;
+}
+
+} // namespace plc
