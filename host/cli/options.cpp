@@ -58,7 +58,7 @@ Options for run, watch, log, stats, read, write and diagnose:
   --timeout MS         time for the connection and for each whole reply
   --trace              print every frame with its meaning on the standard error
   --capture FILE       keep what is sent and received in FILE, for Wireshark (pcapng)
-Options for run, watch, log, read and resolve:
+Options for run, watch, log, stats, read and resolve:
   --labels FILE        also the labels in the first column of this CSV file
 Options for read and symbols:
   --csv                print comma-separated values, with a line of names first
