@@ -206,15 +206,17 @@ TEST(DataImageRanges, BytesTouchedTwiceCountOnce)
 TEST(DataImageRanges, CountsOfZeroOrLessDoNothing)
 {
     DataImage image;
-    uchar byte = 77;
+    std::vector<uchar> bytes(64, 77);
+    // Compilers that look into the calls would warn of copies that are never made.
+    uchar* volatile nowhere = nullptr;
     for (int count : {0, -1, -2147483647 - 1}) {
-        image.write(7, 100, &byte, count);
-        image.read(7, 100, &byte, count);
-        image.write(7, 100, nullptr, count);
-        image.read(7, 100, nullptr, count);
+        image.write(7, 100, bytes.data(), count);
+        image.read(7, 100, bytes.data(), count);
+        image.write(7, 100, nowhere, count);
+        image.read(7, 100, nowhere, count);
     }
     EXPECT_TRUE(image.isEmpty());
-    EXPECT_EQ(77, byte);
+    EXPECT_EQ(std::vector<uchar>(64, 77), bytes);
 }
 
 TEST(DataImageRanges, CrossPages)

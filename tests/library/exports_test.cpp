@@ -107,6 +107,8 @@ TEST(Exports, QtCoreIsTheOnlyQtLibraryNeeded)
                                      line.find("libgcc_s") != std::string::npos ||
                                      line.find("libm.so") != std::string::npos ||
                                      line.find("libc.so") != std::string::npos ||
+                                     // On ARM the guard of the stack is the loader's.
+                                     line.find("[ld-linux") != std::string::npos ||
                                      line.find("san.so") != std::string::npos
                                : line.find("Core.so") != std::string::npos;
         EXPECT_TRUE(known) << line;
