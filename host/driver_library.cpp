@@ -10,6 +10,7 @@ namespace {
 
 // With its version: the plain name is there only where hosts are developed.
 const char kFileName[] = PLC_DRIVER_FILE;
+const char kArchitecture[] = PLC_LIBRARY_ARCHITECTURE;
 
 /// Resolves names one after the other and remembers those that are missing.
 class Resolver {
@@ -59,12 +60,10 @@ QStringList libraryFolders(const QString& programFolder)
         return QDir::cleanPath(programFolder + QStringLiteral("/../") + QLatin1String(name));
     };
     QStringList folders = {QDir::cleanPath(programFolder), beside("lib")};
-    // Debian installs libraries in a folder named after the architecture.
-    const QDir lib(beside("lib"));
-    const QStringList architectures =
-        lib.entryList({QStringLiteral("*-linux-gnu*")}, QDir::Dirs | QDir::NoDotAndDotDot);
-    for (const QString& architecture : architectures)
-        folders.append(lib.filePath(architecture));
+    // Debian installs libraries in a folder named after the architecture. There may be some for
+    // other ones beside it, which this program cannot load.
+    if (*kArchitecture != '\0')
+        folders.append(QDir(beside("lib")).filePath(QLatin1String(kArchitecture)));
     folders.append(beside("driver"));
     return folders;
 }
@@ -75,7 +74,9 @@ std::optional<DriverFunctions> loadDriver(const QString& path, QString* error)
 {
     QLibrary library(path);
     if (!library.load()) {
-        *error = QStringLiteral("cannot load the driver library %1: %2")
+        *error = QStringLiteral(
+                     "cannot load the driver library %1: %2; give another one with "
+                     "--driver or in PLC_DRIVER, built for the Qt of this program")
                      .arg(path, library.errorString());
         return std::nullopt;
     }

@@ -29,7 +29,9 @@ QString refusalText(const TransferOutcome& outcome)
                        .arg(outcome.result)
                        .arg(resultText(outcome.result));
     if (outcome.status > 0) {
-        text += QStringLiteral("; the PLC's status is %1, so it may not have this address")
+        text += QStringLiteral(
+                    "; the PLC's status is %1, so it may not have this address: compare "
+                    "it with the PLC's program")
                     .arg(outcome.status);
     }
     return text;

@@ -166,8 +166,8 @@ bool Runtime::prepareRequest()
 {
     switchOffWhereIdle();
     m_writes.handOver(m_driver);
-    const TransferOutcome refused =
-        TransferOutcome::notSent(QStringLiteral("the driver does not take it"));
+    const TransferOutcome refused = TransferOutcome::notSent(
+        QStringLiteral("the driver does not take it; read fewer values at a time"));
     // Whoever is told of a refused read may queue another one.
     for (;;) {
         const QVector<OneShotRead> reads = m_reads.handOver(m_driver, m_settings.localDeviceNo);

@@ -247,6 +247,9 @@ void Session::takeReply(qint64 now)
     m_observer->requestAnswered(m_request, answer, reply, now);
     if (answer.kind == Answer::LoginRefused)
         loseLink(QStringLiteral("the PLC refused the login"), now);
+    else if (answer.kind == Answer::Abandoned && m_request.content.isLogin())
+        // With it the driver has dropped the batch that waited behind it, which no frame named.
+        loseLink(QStringLiteral("the login failed: result %1").arg(answer.result), now);
     else if (surplus > 0)
         loseLink(QStringLiteral("the PLC sent %1 bytes behind its reply").arg(surplus), now);
     else

@@ -15,18 +15,10 @@ QString typeText(const DataPoint& point)
     return isText(*point.type) ? QStringLiteral("%1(%2)").arg(name).arg(point.stringLength) : name;
 }
 
-QString placeText(const DataPoint& point)
-{
-    return QStringLiteral("area %1 %2 %3")
-        .arg(point.area)
-        .arg(isBit(*point.type) ? QStringLiteral("bit") : QStringLiteral("address"))
-        .arg(point.address);
-}
-
 /// "LABEL: TYPE, area 3 address 10, in rpm, Description"
 QString describe(const QString& label, const DataPoint& point)
 {
-    QString line = QStringLiteral("%1: %2, %3").arg(label, typeText(point), placeText(point));
+    QString line = QStringLiteral("%1: %2, %3").arg(label, typeText(point), addressText(point));
     if (!point.unit.isEmpty())
         line += QStringLiteral(", in ") + point.unit;
     return point.description.isEmpty() ? line : line + QStringLiteral(", ") + point.description;

@@ -101,6 +101,16 @@ bool LinkCommand::readCyclically()
     return true;
 }
 
+void LinkCommand::complainOfLoss(LinkState state, const QString& reason, int retryDelay) const
+{
+    // Without another attempt it was closed from here.
+    if (state == LinkState::Down && retryDelay >= 0 && !m_isFinished) {
+        complain(QStringLiteral("no link to %1: %2; plc diagnose tells where it fails and what to "
+                                "try")
+                     .arg(peer(), reason));
+    }
+}
+
 void LinkCommand::finish(ExitCode code)
 {
     if (m_isFinished)

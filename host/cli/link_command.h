@@ -51,6 +51,9 @@ protected:
     /// The user wants an end.
     virtual void interrupted() = 0;
 
+    /// For commands that end with the link: says which PLC is away, why, and what to do.
+    void complainOfLoss(LinkState state, const QString& reason, int retryDelay) const;
+
     /// Ends the event loop from its next turn on.
     void finish(ExitCode code);
     bool isFinished() const { return m_isFinished; }

@@ -33,6 +33,7 @@ void OnceCommand::interrupted()
 void OnceCommand::linkChanged(LinkState state, const QString& reason, int retryDelay)
 {
     LinkCommand::linkChanged(state, reason, retryDelay);
+    complainOfLoss(state, reason, retryDelay);
     if (state == LinkState::Down)
         report(TransferOutcome::lost(reason));
 }

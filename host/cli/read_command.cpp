@@ -29,6 +29,12 @@ void ReadCommand::interrupted()
     finish(kExitRefused);
 }
 
+void ReadCommand::linkChanged(LinkState state, const QString& reason, int retryDelay)
+{
+    LinkCommand::linkChanged(state, reason, retryDelay);
+    complainOfLoss(state, reason, retryDelay);
+}
+
 void ReadCommand::ask(int index)
 {
     runtime().readOnce(m_items[index].point, link().now(),

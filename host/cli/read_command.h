@@ -24,6 +24,7 @@ private:
 
     bool prepare() override;
     void interrupted() override;
+    void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
 
     void ask(int index);
     void settled(int index, const TransferOutcome& outcome, const QByteArray& bytes);

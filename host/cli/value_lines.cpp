@@ -12,6 +12,16 @@ QString valueLine(const DataPoint& point, const QString& value)
     return line + unitText(point);
 }
 
+QString addressText(const DataPoint& point)
+{
+    const QString place =
+        QStringLiteral("area %1 %2 %3")
+            .arg(point.area)
+            .arg(isBit(*point.type) ? QStringLiteral("bit") : QStringLiteral("address"))
+            .arg(point.address);
+    return point.station == 0 ? place : place + QStringLiteral(" of station %1").arg(point.station);
+}
+
 QString unitText(const DataPoint& point)
 {
     // A duration names its units itself.
@@ -70,7 +80,11 @@ QString JsonLine::text() const
 QString writeLine(const Assignment& assignment, const TransferOutcome& outcome)
 {
     const QString value = pointText(assignment.point, assignment.values);
-    return QStringLiteral("%1: %2").arg(valueLine(assignment.point, value), outcomeText(outcome));
+    const QString line = valueLine(assignment.point, value);
+    if (outcome.isDone())
+        return QStringLiteral("%1: %2").arg(line, outcomeText(outcome));
+    return QStringLiteral("%1 (%2): %3")
+        .arg(line, addressText(assignment.point), outcomeText(outcome));
 }
 
 void addWrite(const Assignment& assignment, const TransferOutcome& outcome, JsonLine* line)
@@ -92,7 +106,8 @@ void printRead(const DataPoint& point, const QByteArray& bytes, const TransferOu
     } else if (outcome.isDone()) {
         print(valueLine(point, pointText(point, values)));
     } else {
-        complain(QStringLiteral("%1: %2").arg(point.text, outcomeText(outcome)));
+        complain(QStringLiteral("%1 (%2): %3")
+                     .arg(point.text, addressText(point), outcomeText(outcome)));
     }
 }
 

@@ -13,6 +13,9 @@ namespace plc {
 /// `LABEL = VALUE UNIT`
 QString valueLine(const DataPoint& point, const QString& value);
 
+/// "area 3 address 10", and the station where it is not 0.
+QString addressText(const DataPoint& point);
+
 /// The unit to be put behind a value, with a blank before it, or nothing.
 QString unitText(const DataPoint& point);
 
@@ -36,7 +39,7 @@ private:
     QStringList m_members;
 };
 
-/// `LABEL = VALUE UNIT: OUTCOME`
+/// `LABEL = VALUE UNIT: OUTCOME`, with the place in the PLC where it failed.
 QString writeLine(const Assignment& assignment, const TransferOutcome& outcome);
 
 /// Adds what became of a write.

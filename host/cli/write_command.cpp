@@ -34,6 +34,12 @@ void WriteCommand::interrupted()
     link().stop();
 }
 
+void WriteCommand::linkChanged(LinkState state, const QString& reason, int retryDelay)
+{
+    LinkCommand::linkChanged(state, reason, retryDelay);
+    complainOfLoss(state, reason, retryDelay);
+}
+
 void WriteCommand::settled(const Assignment& assignment, const TransferOutcome& outcome)
 {
     if (options().json) {

@@ -16,6 +16,7 @@ public:
 private:
     bool prepare() override;
     void interrupted() override;
+    void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
     void settled(const Assignment& assignment, const TransferOutcome& outcome);
 
     int m_open = 0; ///< Writes that are not settled.

@@ -94,8 +94,59 @@ TEST_F(CommandLine, ExitCodeIs1WhenNobodyListens)
     usePort(1);
     const Outcome outcome = run("read", {QStringLiteral("MAIN.speed")});
     EXPECT_EQ(1, outcome.exitCode);
-    EXPECT_TRUE(outcome.errors.contains(QStringLiteral("MAIN.speed")))
-        << testing::PrintToString(outcome);
+    EXPECT_EQ(
+        "plc: no link to 127.0.0.1:1: Connection refused; plc diagnose tells where it fails "
+        "and what to try\n"
+        "plc: MAIN.speed (area 3 address 10): not sent: Connection refused\n",
+        outcome.errors.toStdString());
+}
+
+TEST_F(CommandLine, AFailedWriteSaysWhatWhereAndWhy)
+{
+    EXPECT_EQ("", simulator().command(QStringLiteral("fail-writes on")));
+    const Outcome outcome = run("write", {QStringLiteral("MAIN.speed=5")});
+    EXPECT_EQ(1, outcome.exitCode);
+    EXPECT_TRUE(outcome.lines.isEmpty());
+    EXPECT_EQ(
+        "plc: MAIN.speed = 5 (area 3 address 10): refused: result 12, the reply is no good "
+        "answer: its length or its status is wrong; the PLC's status is 64, so it may not "
+        "have this address: compare it with the PLC's program\n",
+        outcome.errors.toStdString());
+}
+
+TEST_F(CommandLine, WithJsonEveryLineOfEveryCommandIsAnObject)
+{
+    const struct {
+        const char* command;
+        QStringList arguments;
+        QStringList members; ///< That each line has, or the last one of many.
+    } kCommands[] = {
+        {"read", {"MAIN.speed", "MAIN.tab[1]*4"}, {"label", "type", "value", "outcome"}},
+        {"write", {"MAIN.speed=5"}, {"label", "type", "value", "outcome"}},
+        {"run", {"--once"}, {"label", "type", "value", "outcome"}},
+        {"run", {"--for", "0.3"}, {"time", "event"}},
+        {"stats", {"--for", "0.3"}, {"requests", "roundTrip", "failures", "linkLosses"}},
+        {"diagnose", {}, {"step", "outcome", "time", "text"}},
+        {"resolve", {"MAIN.speed"}, {"label", "type", "code", "area", "address"}},
+        {"symbols", {}, {"label", "type", "code", "area", "address"}},
+        {"plan", {}, {"plan", "maxReadBytes", "requests", "scanTime"}}};
+    for (const auto& command : kCommands) {
+        if (qstrcmp(command.command, "resolve") == 0)
+            useNoPort(); // neither it nor what comes behind it connects
+        const Outcome outcome =
+            run(command.command, QStringList{QStringLiteral("--json")} + command.arguments);
+        EXPECT_EQ(0, outcome.exitCode) << command.command << testing::PrintToString(outcome);
+        EXPECT_FALSE(outcome.lines.isEmpty()) << command.command;
+        for (const QString& line : outcome.lines) {
+            QJsonParseError error;
+            const QJsonDocument document = QJsonDocument::fromJson(line.toUtf8(), &error);
+            ASSERT_EQ(QJsonParseError::NoError, error.error) << line.toStdString();
+            for (const QString& member : command.members) {
+                EXPECT_TRUE(document.object().contains(member))
+                    << member.toStdString() << " is not in " << line.toStdString();
+            }
+        }
+    }
 }
 
 struct Misuse {

@@ -78,12 +78,20 @@ TEST_F(FindDriverTest, NearestFileWins)
 {
     const QString inBuildTree = put("driver/" PLC_DRIVER_FILE);
     EXPECT_EQ(found(), inBuildTree);
-    const QString ofArchitecture = put("lib/x86_64-linux-gnu/" PLC_DRIVER_FILE);
+    const QString ofArchitecture = put("lib/" PLC_LIBRARY_ARCHITECTURE "/" PLC_DRIVER_FILE);
     EXPECT_EQ(found(), ofArchitecture);
     const QString installed = put("lib/" PLC_DRIVER_FILE);
     EXPECT_EQ(found(), installed);
     const QString besideProgram = put("bin/" PLC_DRIVER_FILE);
     EXPECT_EQ(found(), besideProgram);
+}
+
+TEST_F(FindDriverTest, LibrariesOfOtherArchitecturesAreLeftAlone)
+{
+    put("lib/aaa-linux-gnu/" PLC_DRIVER_FILE);
+    EXPECT_EQ(found(), "");
+    const QString own = put("lib/" PLC_LIBRARY_ARCHITECTURE "/" PLC_DRIVER_FILE);
+    EXPECT_EQ(found(), own);
 }
 
 TEST_F(FindDriverTest, NothingFoundNamesThePlacesAndWhatToDo)

@@ -54,7 +54,7 @@ TEST_F(LineTest, OutcomeOfAWriteNamesLabelAndValue)
     EXPECT_EQ(writeLine(assignment("Main.speed=5"), TransferOutcome()), "Main.speed = 5 rpm: done");
     EXPECT_EQ(
         writeLine(assignment("Main.speed=5"), TransferOutcome::notSent(QStringLiteral("off"))),
-        "Main.speed = 5 rpm: not sent: off");
+        "Main.speed = 5 rpm (area 1 address 4): not sent: off");
 }
 
 TEST_F(LineTest, JsonKeepsTheOrderOfItsMembers)

@@ -32,7 +32,8 @@ TEST(OutcomeText, SaysWhatIsKnown)
     EXPECT_EQ(outcomeText(TransferOutcome()), "done");
     EXPECT_EQ(outcomeText({TransferOutcome::Refused, 12, 5, QString()}),
               "refused: result 12, the reply is no good answer: its length or its status is wrong; "
-              "the PLC's status is 5, so it may not have this address");
+              "the PLC's status is 5, so it may not have this address: compare it with the PLC's "
+              "program");
     EXPECT_EQ(outcomeText({TransferOutcome::Refused, 72, 0, QString()}),
               "refused: result 72, the reply has another size than expected");
     EXPECT_EQ(outcomeText(TransferOutcome::lost(QStringLiteral("no reply within 1000 ms"))),

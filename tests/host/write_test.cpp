@@ -448,6 +448,56 @@ TEST_F(WriteTest, StoppingSettlesEverything)
     EXPECT_EQ(writes[1].outcome.kind, TransferOutcome::NotSent);
 }
 
+/// Calls with a reply until the driver gives the request up, whatever the PLC has answered; 0:
+/// never.
+int repliesUntilGivenUp = 0;
+
+RW_VAR* judge(QByteArray* reply, int received)
+{
+    if (received == 0 || --repliesUntilGivenUp != 0)
+        return builtDriver().dataCom(reply, received);
+    QByteArray nothing;
+    RW_VAR* outcome = builtDriver().dataCom(&nothing, 0);
+    while (outcome->result == 0)
+        outcome = builtDriver().dataCom(&nothing, 0);
+    return outcome;
+}
+
+class AbandonedLogin : public HostTest {
+protected:
+    AbandonedLogin()
+    {
+        driver.dataCom = &judge;
+        runtime.reset();
+        runtime = std::make_unique<Runtime>(driver, project, 0, this);
+    }
+
+    DriverFunctions driver = builtDriver();
+};
+
+TEST_F(AbandonedLogin, SettlesEveryWriteThatWaitedBehindItOnce)
+{
+    session().start(now);
+    session().connected(now);
+    actions();
+    write("Main.speed", "1");
+    write("Main.count", "2");
+    ASSERT_EQ(int(uchar(request()[6])), 0x01);
+    repliesUntilGivenUp = 2; // the first one records the size
+    answer(identificationReply());
+    ASSERT_EQ(writes.size(), 2u);
+    for (const Settled& settled : writes)
+        EXPECT_FALSE(settled.outcome.isDone());
+    EXPECT_EQ(actions(), "X");
+    EXPECT_EQ(linkEvents.back().reason, "the login failed: result 71");
+    // Nothing of them is carried out later.
+    passTime(linkEvents.back().retryDelay);
+    EXPECT_EQ(actions(), "C");
+    session().connected(now);
+    EXPECT_EQ(actions(), "");
+    EXPECT_EQ(writes.size(), 2u);
+}
+
 } // namespace
 } // namespace test
 } // namespace plc
