@@ -107,7 +107,7 @@ TEST_F(Import, TheDemoPlantIsWhatItsDeclarationsSay)
     };
     const QStringList expected =
         symbols(QStringLiteral(PLC_SOURCE_DIR "/simulator/demo/plant.json"));
-    EXPECT_GT(expected.size(), 80);
+    ASSERT_EQ(1 + 77, expected.size()) << "the names of the columns, and each value once";
     EXPECT_EQ(expected, symbols(projectPath()));
 }
 
