@@ -16,9 +16,6 @@ constexpr int kAccepted = 1;
 constexpr int kRemoteAccepted = 100;
 constexpr int kLoginRefused = 201;
 
-/// Of a good reply to a read: header, status, number of entries, and one block of one byte.
-constexpr int kSmallestReadReply = 14;
-
 Answer::Kind answerKind(int result)
 {
     switch (result) {
@@ -232,6 +229,7 @@ void Session::takeReply(qint64 now)
     const int surplus = m_collector.surplus();
     const QString misfit = misfitReason(reply);
     m_previousReply = reply;
+    m_previousService = m_request.content.service;
     if (!misfit.isEmpty()) {
         const Answer answer{Answer::Misfit, 0, replyStatus(reply)};
         m_observer->requestAnswered(m_request, answer, reply, now);
@@ -257,23 +255,26 @@ void Session::takeReply(qint64 now)
 }
 
 /// Why a good reply cannot be the one to this request; empty if it can. The size of a reply to a
-/// read is known beforehand, and nothing else tells it from a reply to another read. Replies to
-/// writes carry next to nothing. The two replies of a login differ.
-QString Session::misfitReason(const QByteArray& reply) const
+/// read is known beforehand, and nothing else tells it from a reply to another read. What a PLC
+/// sends to a write is for the PLC to choose, but it is no second copy of the values just read.
+QString Session::misfitReason(const QByteArray& reply)
 {
     if (replyStatus(reply) != 0)
         return QString();
-    const int size = int(reply.size());
     const RequestContent& content = m_request.content;
-    if (content.service == Service::Read && size != readReplySize(content.entries)) {
+    const bool isSecondCopy = reply == m_previousReply;
+    if (content.service == Service::Read && reply.size() != readReplySize(content.entries)) {
         return QStringLiteral("a reply of %1 bytes answers a read whose data take %2")
-            .arg(size)
+            .arg(reply.size())
             .arg(readReplySize(content.entries));
     }
-    if (content.service == Service::Write && size >= kSmallestReadReply)
-        return QStringLiteral("a reply of %1 bytes answers a write").arg(size);
-    if (content.service == Service::File && reply == m_previousReply)
+    if (content.service == Service::Write && isSecondCopy && m_previousService == Service::Read)
+        return QStringLiteral("the PLC sent its reply to a read twice");
+    // A PLC may well answer both frames of a login alike; it then does so at every login.
+    if (content.service == Service::File && isSecondCopy && !m_loginWasAlike) {
+        m_loginWasAlike = true;
         return QStringLiteral("the PLC sent its first reply to the login twice");
+    }
     return QString();
 }
 

@@ -117,7 +117,7 @@ private:
     void requestNext(qint64 now);
     void send(const Protocol& request, qint64 now);
     void takeReply(qint64 now);
-    QString misfitReason(const QByteArray& reply) const;
+    QString misfitReason(const QByteArray& reply);
     Answer handOver(QByteArray reply);
     void noteAccepted(qint64 now);
     void noteAbandoned(qint64 now);
@@ -144,7 +144,9 @@ private:
     qint64 m_sentAt = 0;
     bool m_sizeIsOpen = false; ///< The driver has not been told the size of the reply yet.
     ReplyCollector m_collector;
-    QByteArray m_previousReply; ///< On this connection.
+    QByteArray m_previousReply;                   ///< On this connection.
+    Service m_previousService = Service::Unknown; ///< What it answered.
+    bool m_loginWasAlike = false;                 ///< Both replies of a login were the same once.
     int m_abandonedInARow = 0;
 
     int m_cyclicEntries = 0;

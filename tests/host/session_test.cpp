@@ -150,6 +150,40 @@ TEST_F(SessionTest, SecondCopyOfAReadsReplyDoesNotAcknowledgeAWrite)
     EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::LinkLost);
 }
 
+TEST_F(SessionTest, AcknowledgementOfAnyOtherContentIsTaken)
+{
+    cycle({"Main.speed"});
+    connect();
+    logIn();
+    request();
+    write("Main.count", "7");
+    answer(readReply({hex("00 01")}));
+    ASSERT_EQ(int(uchar(request()[6])), 0x3C);
+    answer(readReply({hex("00 02")}));
+    EXPECT_EQ(answers.back().kind, Answer::Accepted);
+    ASSERT_EQ(writes.size(), 1u);
+    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::Done);
+}
+
+TEST_F(SessionTest, PlcThatAnswersBothLoginFramesAlikeIsTakenTheSecondTime)
+{
+    cycle({"Main.speed"});
+    connect();
+    request();
+    answer(fileReply());
+    request();
+    answer(fileReply());
+    EXPECT_EQ(lastLinkEvent().reason, "the PLC sent its first reply to the login twice");
+    passTime(500);
+    session().connected(now);
+    request();
+    answer(fileReply());
+    request();
+    answer(fileReply());
+    EXPECT_EQ(answers.back().kind, Answer::Accepted);
+    EXPECT_EQ(int(uchar(request()[6])), 0x2E);
+}
+
 TEST_F(SessionTest, SecondCopyOfTheFirstLoginReplyIsNotTheSecondReply)
 {
     cycle({"Main.speed"});
