@@ -170,16 +170,18 @@ TEST_F(SessionTest, PlcThatAnswersBothLoginFramesAlikeIsTakenTheSecondTime)
     cycle({"Main.speed"});
     connect();
     request();
-    answer(fileReply());
+    answer(identificationReply());
     request();
-    answer(fileReply());
+    answer(identificationReply());
     EXPECT_EQ(lastLinkEvent().reason, "the PLC sent its first reply to the login twice");
+    ASSERT_EQ(actions(), "X");
     passTime(500);
+    ASSERT_EQ(actions(), "C");
     session().connected(now);
     request();
-    answer(fileReply());
+    answer(identificationReply());
     request();
-    answer(fileReply());
+    answer(identificationReply());
     EXPECT_EQ(answers.back().kind, Answer::Accepted);
     EXPECT_EQ(int(uchar(request()[6])), 0x2E);
 }
