@@ -88,8 +88,7 @@ TEST_F(Watching, ARefusedWriteIsShownWithItsReason)
     ASSERT_TRUE(plc->waitForText("R.second"));
     EXPECT_EQ("", simulator().command(QStringLiteral("fail-writes on")));
     plc->type("w7\ry");
-    EXPECT_TRUE(plc->waitForText(": refused: result 12"))
-        << plc->screen().text().toStdString();
+    EXPECT_TRUE(plc->waitForText(": refused: result 12")) << plc->screen().text().toStdString();
     EXPECT_EQ("00 05", peek(1, 0, 2));
 }
 
