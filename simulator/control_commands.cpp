@@ -22,6 +22,14 @@ QString error(const QString& text)
     return QStringLiteral("error: ") + text;
 }
 
+QString outsideText(int area, int address, qint64 count)
+{
+    return QStringLiteral("%1 bytes from address %2 on do not lie within an area %3 of the project")
+        .arg(count)
+        .arg(address)
+        .arg(area);
+}
+
 std::optional<int> wholeNumber(const QString& text, int minimum, int maximum, QString* answer)
 {
     bool converted = false;
@@ -154,7 +162,7 @@ QString ControlCommands::peek(const QStringList& arguments)
     if (!area || !address || !count)
         return answer;
     if (!m_memory->contains(*area, quint64(*address), quint64(*count)))
-        return error(QStringLiteral("not within an area"));
+        return error(outsideText(*area, *address, *count));
     m_settings->prepareMemory();
     return ok(QString::fromLatin1(m_memory->read(*area, quint32(*address), *count).toHex(' ')));
 }
@@ -170,7 +178,7 @@ QString ControlCommands::poke(const QStringList& arguments)
     if (!bytes)
         return error(QStringLiteral("%1 are not hex bytes").arg(quoted(arguments[2])));
     if (!m_memory->contains(*area, quint64(*address), quint64(bytes->size())))
-        return error(QStringLiteral("not within an area"));
+        return error(outsideText(*area, *address, bytes->size()));
     m_settings->prepareMemory();
     m_memory->write(*area, quint32(*address), *bytes);
     return ok();

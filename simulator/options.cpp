@@ -138,7 +138,7 @@ std::optional<Options> readOptions(const QStringList& arguments, QString* error)
     QCommandLineParser parser;
     addOptions(&parser);
     if (!parser.parse(arguments)) {
-        *error = parser.errorText();
+        *error = parser.errorText() + QStringLiteral(" --help lists the options.");
         return {};
     }
     Options options;

@@ -514,7 +514,7 @@ std::optional<Options> readOptions(const QStringList& arguments, QString* error)
                                description.hasValue ? QStringLiteral("value") : QString()));
     }
     if (!parser.parse(arguments)) {
-        *error = parser.errorText();
+        *error = parser.errorText() + QStringLiteral(" --help lists the options.");
         return {};
     }
     error->clear();

@@ -40,6 +40,11 @@ TEST_F(OptionsTest, CommandAndItsArgumentsStandAnywhereAmongTheOptions)
     EXPECT_FALSE(options->trace);
 }
 
+TEST_F(OptionsTest, UnknownOptionIsNamedAndSentToTheHelp)
+{
+    EXPECT_EQ(complaint({"read", "--bogus"}), "Unknown option 'bogus'. --help lists the options.");
+}
+
 TEST_F(OptionsTest, ProjectComesFromTheEnvironmentUnlessItIsGiven)
 {
     EXPECT_EQ(complaint({"run"}), "no project file; give it with --project or in PLC_PROJECT");

@@ -49,9 +49,12 @@ TEST_F(ControlCommandsTest, SayWhatIsWrong)
     EXPECT_EQ("error: scope \"MAIN\" has no \"sped\" (did you mean \"speed\"?)",
               command("get MAIN.sped"));
     EXPECT_EQ("error: \"x\" is no value of type INT", command("set MAIN.speed x"));
-    EXPECT_EQ("error: not within an area", command("peek 1 999 2"));
-    EXPECT_EQ("error: not within an area", command("peek 3 0 1"));
-    EXPECT_EQ("error: not within an area", command("poke 1 1000 00"));
+    EXPECT_EQ("error: 2 bytes from address 999 on do not lie within an area 1 of the project",
+              command("peek 1 999 2"));
+    EXPECT_EQ("error: 1 bytes from address 0 on do not lie within an area 3 of the project",
+              command("peek 3 0 1"));
+    EXPECT_EQ("error: 1 bytes from address 1000 on do not lie within an area 1 of the project",
+              command("poke 1 1000 00"));
     EXPECT_EQ("error: \"0\" are not hex bytes", command("poke 1 0 0"));
     EXPECT_EQ("error: \"0x\" are not hex bytes", command("poke 1 0 0x"));
     EXPECT_EQ("error: \"-1\" is not a whole number from 0 to 65535", command("peek -1 0 1"));

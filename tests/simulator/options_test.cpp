@@ -70,6 +70,7 @@ TEST_F(OptionsTest, AllAreUnderstood)
 TEST_F(OptionsTest, WrongOnesAreNamed)
 {
     EXPECT_EQ("expected one project file; --help tells more", errorOf("--quiet"));
+    EXPECT_EQ("Unknown option 'bogus'. --help lists the options.", errorOf("p.json --bogus"));
     EXPECT_EQ("expected one project file; --help tells more", errorOf("a.json b.json"));
     EXPECT_EQ("--port: \"65536\" is not a whole number from 0 to 65535",
               errorOf("p.json --port 65536"));
