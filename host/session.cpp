@@ -1,5 +1,7 @@
 #include "host/session.h"
 
+#include <algorithm>
+
 #include "host/transfer_queue.h"
 
 namespace plc {
@@ -228,8 +230,7 @@ void Session::takeReply(qint64 now)
     const QByteArray reply = m_collector.frame();
     const int surplus = m_collector.surplus();
     const QString misfit = misfitReason(reply);
-    m_previousReply = reply;
-    m_previousService = m_request.content.service;
+    m_lastReplies[m_request.content.service] = reply;
     if (!misfit.isEmpty()) {
         const Answer answer{Answer::Misfit, 0, replyStatus(reply)};
         m_observer->requestAnswered(m_request, answer, reply, now);
@@ -256,26 +257,34 @@ void Session::takeReply(qint64 now)
 
 /// Why a good reply cannot be the one to this request; empty if it can. The size of a reply to a
 /// read is known beforehand, and nothing else tells it from a reply to another read. What a PLC
-/// sends to a write is for the PLC to choose, but it is no second copy of the values just read.
+/// sends to a write is for the PLC to choose, but it is no second copy of what it sent to a login
+/// or a read.
 QString Session::misfitReason(const QByteArray& reply)
 {
     if (replyStatus(reply) != 0)
         return QString();
     const RequestContent& content = m_request.content;
-    const bool isSecondCopy = reply == m_previousReply;
     if (content.service == Service::Read && reply.size() != readReplySize(content.entries)) {
         return QStringLiteral("a reply of %1 bytes answers a read whose data take %2")
             .arg(reply.size())
             .arg(readReplySize(content.entries));
     }
-    if (content.service == Service::Write && isSecondCopy && m_previousService == Service::Read)
-        return QStringLiteral("the PLC sent its reply to a read twice");
+    if (content.service == Service::Write && isSecondCopy(reply))
+        return QStringLiteral("the PLC sent its reply to a login or a read twice");
     // A PLC may well answer both frames of a login alike; it then does so at every login.
-    if (content.service == Service::File && isSecondCopy && !m_loginWasAlike) {
+    if (content.service == Service::File && isSecondCopy(reply) && !m_loginWasAlike) {
         m_loginWasAlike = true;
         return QStringLiteral("the PLC sent its first reply to the login twice");
     }
     return QString();
+}
+
+/// Whether the last reply to a request of another service was the same.
+bool Session::isSecondCopy(const QByteArray& reply) const
+{
+    return std::any_of(m_lastReplies.begin(), m_lastReplies.end(), [&](const auto& last) {
+        return last.first != m_request.content.service && last.second == reply;
+    });
 }
 
 Answer Session::handOver(QByteArray reply)
@@ -337,7 +346,7 @@ void Session::close(State next)
 {
     m_state = next;
     m_collector.clear();
-    m_previousReply.clear();
+    m_lastReplies.clear();
     m_abandonedInARow = 0;
     m_actions.append({SessionAction::Close, QByteArray()});
     giveUpEverything();

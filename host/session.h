@@ -5,6 +5,8 @@
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
+#include <map>
+
 #include "host/backoff.h"
 #include "host/driver_library.h"
 #include "host/frame_entries.h"
@@ -118,6 +120,7 @@ private:
     void send(const Protocol& request, qint64 now);
     void takeReply(qint64 now);
     QString misfitReason(const QByteArray& reply);
+    bool isSecondCopy(const QByteArray& reply) const;
     Answer handOver(QByteArray reply);
     void noteAccepted(qint64 now);
     void noteAbandoned(qint64 now);
@@ -144,9 +147,8 @@ private:
     qint64 m_sentAt = 0;
     bool m_sizeIsOpen = false; ///< The driver has not been told the size of the reply yet.
     ReplyCollector m_collector;
-    QByteArray m_previousReply;                   ///< On this connection.
-    Service m_previousService = Service::Unknown; ///< What it answered.
-    bool m_loginWasAlike = false;                 ///< Both replies of a login were the same once.
+    std::map<Service, QByteArray> m_lastReplies; ///< To each service on this connection.
+    bool m_loginWasAlike = false;                ///< Both replies of a login were the same once.
     int m_abandonedInARow = 0;
 
     int m_cyclicEntries = 0;

@@ -150,6 +150,22 @@ TEST_F(SessionTest, SecondCopyOfAReadsReplyDoesNotAcknowledgeAWrite)
     EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::LinkLost);
 }
 
+TEST_F(SessionTest, SecondCopyOfALoginReplyDoesNotAcknowledgeAWrite)
+{
+    cycle({"Main.speed"});
+    connect();
+    logIn();
+    request();
+    write("Main.count", "7");
+    answer(readReply({hex("00 01")}));
+    ASSERT_EQ(int(uchar(request()[6])), 0x3C);
+    answer(identificationReply());
+    EXPECT_EQ(answers.back().kind, Answer::Misfit);
+    EXPECT_EQ(lastLinkEvent().reason, "the PLC sent its reply to a login or a read twice");
+    ASSERT_EQ(writes.size(), 1u);
+    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::LinkLost);
+}
+
 TEST_F(SessionTest, AcknowledgementOfAnyOtherContentIsTaken)
 {
     cycle({"Main.speed"});
