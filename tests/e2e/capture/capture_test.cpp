@@ -136,7 +136,9 @@ TEST_F(Capture, HoldsBothConnectionsWhenThePlcWasAwayInBetween)
     ASSERT_FALSE(host->waitForLine({QStringLiteral("\"value\":9,")}).isEmpty());
     host->send(QStringLiteral("quit"));
     EXPECT_EQ(0, host->exitCode());
-    EXPECT_THAT(connections(), ElementsAre(AnyOf(Row{kClosed}, Row{kReset}), Row{kClosed}));
+    // A connection that ends while a reply is on its way is reset: nobody is left to read it.
+    const auto ended = AnyOf(Row{kClosed}, Row{kReset});
+    EXPECT_THAT(connections(), ElementsAre(ended, ended));
     // Each logged in by itself.
     EXPECT_THAT(rows({"tcp.stream"}, filter("codesys_block.service == 0x01 && "
                                             "codesys_block.reply == 0")),
