@@ -134,47 +134,46 @@ TEST_F(SessionTest, ReplyOfAnotherSizeNeverReachesTheDriver)
     EXPECT_EQ(lastLinkEvent().reason, "a reply of 17 bytes answers a read whose data take 15");
 }
 
-TEST_F(SessionTest, SecondCopyOfAReadsReplyDoesNotAcknowledgeAWrite)
+class AcknowledgementTest : public SessionTest {
+protected:
+    /// A write goes out after the reply to a read, whose value was 1.
+    void sendWriteBehindARead()
+    {
+        cycle({"Main.speed"});
+        connect();
+        logIn();
+        request();
+        write("Main.count", "7");
+        answer(readReply({hex("00 01")}));
+        ASSERT_EQ(int(uchar(request()[6])), 0x3C);
+    }
+    void expectLinkLost()
+    {
+        EXPECT_EQ(answers.back().kind, Answer::Misfit);
+        EXPECT_EQ(actions(), "X");
+        ASSERT_EQ(writes.size(), 1u);
+        EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::LinkLost);
+    }
+};
+
+TEST_F(AcknowledgementTest, SecondCopyOfAReadsReplyDoesNotAcknowledgeAWrite)
 {
-    cycle({"Main.speed"});
-    connect();
-    logIn();
-    request();
-    write("Main.count", "7");
+    sendWriteBehindARead();
     answer(readReply({hex("00 01")}));
-    ASSERT_EQ(int(uchar(request()[6])), 0x3C);
-    answer(readReply({hex("00 01")}));
-    EXPECT_EQ(answers.back().kind, Answer::Misfit);
-    EXPECT_EQ(actions(), "X");
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::LinkLost);
+    expectLinkLost();
 }
 
-TEST_F(SessionTest, SecondCopyOfALoginReplyDoesNotAcknowledgeAWrite)
+TEST_F(AcknowledgementTest, SecondCopyOfALoginReplyDoesNotAcknowledgeAWrite)
 {
-    cycle({"Main.speed"});
-    connect();
-    logIn();
-    request();
-    write("Main.count", "7");
-    answer(readReply({hex("00 01")}));
-    ASSERT_EQ(int(uchar(request()[6])), 0x3C);
+    sendWriteBehindARead();
     answer(identificationReply());
-    EXPECT_EQ(answers.back().kind, Answer::Misfit);
+    expectLinkLost();
     EXPECT_EQ(lastLinkEvent().reason, "the PLC sent its reply to a login or a read twice");
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::LinkLost);
 }
 
-TEST_F(SessionTest, AcknowledgementOfAnyOtherContentIsTaken)
+TEST_F(AcknowledgementTest, AcknowledgementOfAnyOtherContentIsTaken)
 {
-    cycle({"Main.speed"});
-    connect();
-    logIn();
-    request();
-    write("Main.count", "7");
-    answer(readReply({hex("00 01")}));
-    ASSERT_EQ(int(uchar(request()[6])), 0x3C);
+    sendWriteBehindARead();
     answer(readReply({hex("00 02")}));
     EXPECT_EQ(answers.back().kind, Answer::Accepted);
     ASSERT_EQ(writes.size(), 1u);

@@ -125,9 +125,11 @@ TEST_F(Capture, NamesTheProgram)
 TEST_F(Capture, HoldsBothConnectionsWhenThePlcWasAwayInBetween)
 {
     startSimulator();
+    // The long cycle leaves the host idle when it is told to quit: a connection that ends while a
+    // reply is on its way is reset.
     const std::unique_ptr<LineProcess> host = start(
         "run", captured({QStringLiteral("--json"), QStringLiteral("--interval"),
-                         QStringLiteral("20"), QStringLiteral("--cycle"), QStringLiteral("20")}));
+                         QStringLiteral("20"), QStringLiteral("--cycle"), QStringLiteral("5000")}));
     ASSERT_FALSE(host->waitForLine({QStringLiteral("\"value\":0,")}).isEmpty());
     EXPECT_EQ("", simulator().command(QStringLiteral("offline")));
     ASSERT_FALSE(host->waitForLine({QStringLiteral("\"state\":\"down\"")}).isEmpty());
@@ -136,9 +138,7 @@ TEST_F(Capture, HoldsBothConnectionsWhenThePlcWasAwayInBetween)
     ASSERT_FALSE(host->waitForLine({QStringLiteral("\"value\":9,")}).isEmpty());
     host->send(QStringLiteral("quit"));
     EXPECT_EQ(0, host->exitCode());
-    // A connection that ends while a reply is on its way is reset: nobody is left to read it.
-    const auto ended = AnyOf(Row{kClosed}, Row{kReset});
-    EXPECT_THAT(connections(), ElementsAre(ended, ended));
+    EXPECT_THAT(connections(), ElementsAre(AnyOf(Row{kClosed}, Row{kReset}), Row{kClosed}));
     // Each logged in by itself.
     EXPECT_THAT(rows({"tcp.stream"}, filter("codesys_block.service == 0x01 && "
                                             "codesys_block.reply == 0")),
