@@ -23,6 +23,12 @@ if(PLC_SANITIZE)
   target_compile_options(plc_options INTERFACE
     -fsanitize=${PLC_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(plc_options INTERFACE -fsanitize=${PLC_SANITIZE})
+  if(PLC_SANITIZE MATCHES "integer")
+    # Unsigned arithmetic that wraps and values that lose bits, which the headers of Qt and of the
+    # standard library do on purpose.
+    target_compile_options(plc_options INTERFACE
+      -fsanitize-ignorelist=${CMAKE_CURRENT_LIST_DIR}/system-headers.ignorelist)
+  endif()
 endif()
 if(PLC_COVERAGE)
   # Threads count too.

@@ -7,6 +7,8 @@
 
 #include <cstring>
 
+#include "hash_spread.h"
+
 namespace plc {
 
 /// PLC memory as last read or written: a map from 64-bit keys (memory area index in the high half,
@@ -86,8 +88,7 @@ private:
     /// The slot that holds the page, or the free one where it belongs.
     Slot& slotOf(quint64 pageKey) const
     {
-        const quint64 kSpread = Q_UINT64_C(0x9E3779B97F4A7C15); // 2^64 / golden ratio
-        quint32 i = quint32(pageKey * kSpread >> 32) & m_mask;
+        quint32 i = quint32(spread(pageKey) >> 32) & m_mask;
         while (m_table[i].page && m_table[i].pageKey != pageKey)
             i = (i + 1) & m_mask;
         return m_table[i];

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "hash_spread.h"
 #include "symbols/label_text.h"
 
 namespace plc {
@@ -12,7 +13,6 @@ namespace plc {
 /// Spreads the characters of a name over 32 bits.
 inline quint32 hashName(const LabelText& name)
 {
-    const quint64 kSpread = Q_UINT64_C(0x9E3779B97F4A7C15); // 2^64 / golden ratio
     const int kCharactersAWord = int(sizeof(quint64) / sizeof(QChar));
 
     quint64 hash = quint64(name.size);
@@ -20,14 +20,13 @@ inline quint32 hashName(const LabelText& name)
     for (; i + kCharactersAWord <= name.size; i += kCharactersAWord) {
         quint64 word;
         std::memcpy(&word, name.text + i, sizeof word);
-        hash = (hash ^ word) * kSpread;
+        hash = spread(hash ^ word);
         hash ^= hash >> 32;
     }
     quint64 rest = 0;
     for (; i < name.size; ++i)
         rest = rest << 16 | name.text[i].unicode();
-    hash = (hash ^ rest) * kSpread;
-    return quint32(hash >> 32);
+    return quint32(spread(hash ^ rest) >> 32);
 }
 
 /// Values by name, found in constant time. Of values with equal names the first that was inserted
@@ -88,39 +87,43 @@ public:
 
 private:
     static const int kCacheLine = 64;
-    /// What is left of a cache line; at least a pointer.
-    static const int kNameSize = kCacheLine - 2 * int(sizeof(quint32)) - int(sizeof(Value));
 
-    struct alignas(kCacheLine) Slot {
+    struct alignas(const QChar*) SlotHead {
         quint32 hash = 0;
         qint32 size = kFree;
         Value value = Value();
-        uchar name[kNameSize]; ///< The characters, or where they are if that is too many.
+    };
+
+    struct alignas(kCacheLine) Slot : SlotHead {
+        using SlotHead::hash;
+        using SlotHead::size;
+        using SlotHead::value;
+
+        /// What the head leaves of a cache line.
+        static const int kNameCapacity = (kCacheLine - int(sizeof(SlotHead))) / int(sizeof(QChar));
+        union {
+            ushort characters[kNameCapacity];
+            const QChar* place; ///< Where the characters are if they are too many.
+        };
 
         bool isTaken() const { return size != kFree; }
-        bool isShort() const { return size <= kNameSize / int(sizeof(QChar)); }
-        const QChar* text() const
-        {
-            const QChar* place;
-            std::memcpy(&place, name, sizeof place);
-            return place;
-        }
+        bool isShort() const { return size <= kNameCapacity; }
         void take(const LabelText& newName, quint32 newHash, const Value& newValue)
         {
             hash = newHash;
             size = newName.size;
             value = newValue;
             if (isShort())
-                std::memcpy(name, newName.text, size_t(size) * sizeof(QChar));
+                std::memcpy(characters, newName.text, size_t(size) * sizeof(QChar));
             else
-                std::memcpy(name, &newName.text, sizeof newName.text);
+                place = newName.text;
         }
         bool isNamed(const LabelText& other, quint32 otherHash) const
         {
             if (hash != otherHash || size != other.size)
                 return false;
-            const void* const own = isShort() ? static_cast<const void*>(name) : text();
-            return std::memcmp(own, other.text, size_t(size) * sizeof(QChar)) == 0;
+            const void* const name = isShort() ? static_cast<const void*>(characters) : place;
+            return std::memcmp(name, other.text, size_t(size) * sizeof(QChar)) == 0;
         }
     };
 
@@ -160,6 +163,7 @@ private:
 
     void resize(int slotCount)
     {
+        static_assert(sizeof(Slot) == kCacheLine, "a search touches one cache line a slot");
         QVector<Slot> old(slotCount);
         old.swap(m_slots);
         m_table = m_slots.data();

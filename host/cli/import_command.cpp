@@ -15,7 +15,7 @@
 namespace plc {
 namespace {
 
-constexpr qint64 kLargestFile = 32 * 1024 * 1024;
+constexpr qint64 kLargestFile = qint64(32) * 1024 * 1024;
 /// Of a kind that says the same of many variables.
 constexpr int kShownWarnings = 20;
 

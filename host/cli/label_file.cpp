@@ -11,7 +11,7 @@
 namespace plc {
 namespace {
 
-constexpr qint64 kLargestFile = 32 * 1024 * 1024;
+constexpr qint64 kLargestFile = qint64(32) * 1024 * 1024;
 
 /// What is wrong with a label, or nothing. Patterns are looked at when they are expanded.
 QString problemOf(const QString& text, const LabelFinder& labels)

@@ -39,7 +39,7 @@ QString timeText(double seconds)
     constexpr double kLongest = 1000 * 60 * 60;
     if (seconds >= kLongest)
         return QStringLiteral("more than 1000 h");
-    const int whole = int(seconds + 0.5);
+    const int whole = qRound(seconds);
     if (whole < 60)
         return QStringLiteral("%1 s").arg(whole);
     if (whole < 60 * 60)

@@ -24,7 +24,7 @@ WatchView::WatchView(const QString& title, const QString& peer,
                      const WatchState::Check& check)
     : TerminalView(peer, carryOut), m_title(title), m_state(check)
 {
-    resized();
+    m_state.setPage(watchPage(height()));
 }
 
 /// Every value that was read counts, not only those that a screen shows.
