@@ -16,6 +16,10 @@ inline qint32 advanced(qint32 address, qint64 offset)
 {
     return toInt32(address + offset);
 }
+inline quint32 advanced(quint32 address, qint64 offset)
+{
+    return quint32(quint64(address + offset));
+}
 
 } // namespace plc
 

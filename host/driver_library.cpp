@@ -94,7 +94,7 @@ QString findDriver(const QString& requested, const QString& programFolder, QStri
 {
     if (!requested.isEmpty())
         return requested;
-    const QString fromEnvironment = qEnvironmentVariable("PLC_DRIVER");
+    QString fromEnvironment = qEnvironmentVariable("PLC_DRIVER");
     if (!fromEnvironment.isEmpty())
         return fromEnvironment;
     const QStringList folders = libraryFolders(programFolder);

@@ -12,8 +12,12 @@ struct Unit {
     quint64 milliseconds;
 };
 
-const Unit kUnits[] = {
-    {"d", 24 * 60 * 60 * 1000}, {"h", 60 * 60 * 1000}, {"m", 60 * 1000}, {"s", 1000}, {"ms", 1}};
+constexpr quint64 kSecond = 1000; // ms
+constexpr quint64 kMinute = 60 * kSecond;
+constexpr quint64 kHour = 60 * kMinute;
+constexpr quint64 kDay = 24 * kHour;
+
+const Unit kUnits[] = {{"d", kDay}, {"h", kHour}, {"m", kMinute}, {"s", kSecond}, {"ms", 1}};
 
 /// Reads durations from the left to the right.
 class DurationReader {

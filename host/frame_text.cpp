@@ -55,7 +55,7 @@ QString serviceText(Service service)
 
 QString judgementText(const Answer& answer)
 {
-    const QString result =
+    QString result =
         QStringLiteral("result %1, %2").arg(answer.result).arg(resultText(answer.result));
     switch (answer.kind) {
         case Answer::Accepted:

@@ -128,8 +128,10 @@ std::optional<Value> parseWhole(const IecType& type, const QString& text, QStrin
     const quint64 limit = number.isNegative ? largest / 2 + 1 : largest / 2;
     if (form == IntegerForm::TooLarge || number.magnitude > limit)
         return outOfRange(type, text, error);
-    const quint64 bits = number.isNegative ? 0 - number.magnitude : number.magnitude;
-    return Value(qint64(bits));
+    if (number.isNegative && number.magnitude > 0)
+        return Value(-qint64(number.magnitude - 1) -
+                     1); // the least one has no positive counterpart
+    return Value(qint64(number.magnitude));
 }
 
 std::optional<Value> parseBoolean(const IecType& type, const QString& text, QString* error)

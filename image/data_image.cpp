@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "wrapped_int.h"
+
 namespace plc {
 
 namespace {
@@ -94,7 +96,7 @@ void DataImage::readByPages(quint32 areaIndex, quint32 address, uchar* bytes, in
         m_size += page.create(index, step);
         std::memcpy(bytes, page.bytes + index, size_t(step));
         bytes += step;
-        address += quint32(step);
+        address = advanced(address, step);
         count -= step;
     }
 }
@@ -109,7 +111,7 @@ void DataImage::writeByPages(quint32 areaIndex, quint32 address, const uchar* by
         m_size += page.create(index, step);
         std::memcpy(page.bytes + index, bytes, size_t(step));
         bytes += step;
-        address += quint32(step);
+        address = advanced(address, step);
         count -= step;
     }
 }

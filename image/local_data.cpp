@@ -4,6 +4,7 @@
 #include "frames/frame_layer.h"
 #include "result_codes.h"
 #include "symbols/type_codes.h"
+#include "wrapped_int.h"
 
 namespace {
 
@@ -51,7 +52,7 @@ void writeBit(quint32 areaIndex, quint32 bitAddress, bool on)
 void writeBits(const RW_VAR& var)
 {
     for (int i = 0; i < var.length; ++i)
-        writeBit(quint32(var.areaIndex), quint32(var.address) + quint32(i),
+        writeBit(quint32(var.areaIndex), plc::advanced(quint32(var.address), i),
                  i < int(var.data.size()) && var.data.at(i) != 0);
 }
 

@@ -6,6 +6,7 @@
 #include "image/local_data.h"
 #include "symbols/label_resolution.h"
 #include "symbols/type_codes.h"
+#include "wrapped_int.h"
 
 namespace {
 
@@ -68,7 +69,7 @@ void readBits(const ControlInformationM& place, uchar* bits, int count)
 {
     const quint32 area = quint32(place.areaIndex);
     for (int i = 0; i < count; ++i) {
-        const plc::BitPlace bit(quint32(place.address) + quint32(i));
+        const plc::BitPlace bit(plc::advanced(quint32(place.address), i));
         uchar word[kRegisterBytes];
         PLC_driver.localImage.read(area, bit.highByte, word, kRegisterBytes);
         bits[i] = uchar((word[0] << 8 | word[1]) >> bit.bit & 1);

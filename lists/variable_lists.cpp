@@ -85,7 +85,7 @@ void replaceQueuedPieces(QList<RW_VAR>& list, const RW_VAR& record, const QByteA
     QSet<quint32> replaced;
     for (int i = kFirstReplaceable; i < int(list.size()); ++i) {
         const RW_VAR& queued = list.at(i);
-        const quint32 offset = quint32(queued.address) - quint32(record.address);
+        const quint32 offset = quint32(plc::advanced(queued.address, -qint64(record.address)));
         const bool isPiece = queued.station == record.station && offset >= quint32(position) &&
                              offset < quint32(bytes.size()) &&
                              (offset - quint32(position)) % quint32(pieceSize) == 0 &&

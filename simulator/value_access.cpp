@@ -46,8 +46,8 @@ void storeBits(PlcMemory* memory, const LabelTarget& place, quint64 bits)
 
 qint64 asSigned(quint64 bits, int size)
 {
-    const int unused = 64 - 8 * size;
-    return qint64(bits << unused) >> unused;
+    const quint64 sign = Q_UINT64_C(1) << (8 * size - 1);
+    return qint64(bits & sign ? bits | ~(sign - 1) : bits);
 }
 
 double realFromBits(quint64 bits, int size)

@@ -119,7 +119,7 @@ int linearIndexOf(const LabelText& subscript, int dimCount, const QList<int>& bo
             return plc::kBadSubscript;
         // No check of the upper bound, and a dimension counts upper - lower elements, not one more:
         // hosts' symbol files are laid out for both.
-        index = index * quint32(upper - lower) + quint32(value - lower);
+        index = quint32(quint64(index) * quint32(upper - lower) + quint32(value - lower));
         start = end + 1;
     }
     linearIndex = index;

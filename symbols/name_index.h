@@ -164,13 +164,15 @@ private:
     void resize(int slotCount)
     {
         static_assert(sizeof(Slot) == kCacheLine, "a search touches one cache line a slot");
-        QVector<Slot> old(slotCount);
-        old.swap(m_slots);
+        const Slot* const oldTable = m_table;
+        const quint32 oldMask = m_mask;
+        QVector<Slot> exchanged(slotCount);
+        exchanged.swap(m_slots); // from here on it keeps the old ones
         m_table = m_slots.data();
         m_mask = quint32(slotCount) - 1;
-        for (int i = 0; i < int(old.size()); ++i) {
-            if (old.at(i).isTaken())
-                freeSlotOf(old.at(i).hash) = old.at(i);
+        for (quint32 i = 0; i <= oldMask; ++i) {
+            if (oldTable[i].isTaken())
+                freeSlotOf(oldTable[i].hash) = oldTable[i];
         }
     }
 

@@ -87,7 +87,7 @@ QString takeUnit(QString* description)
     const int start = int(description->lastIndexOf(QLatin1Char('[')));
     if (start < 0 || !description->endsWith(QLatin1Char(']')))
         return {};
-    const QString unit = description->mid(start + 1, description->size() - start - 2);
+    QString unit = description->mid(start + 1, description->size() - start - 2);
     const bool isUnit = !unit.isEmpty() && unit.size() <= kLongestUnit &&
                         !unit.contains(QLatin1Char(' ')) && !unit.contains(QLatin1String("..")) &&
                         !unit.contains(QLatin1Char(','));

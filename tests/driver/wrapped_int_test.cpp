@@ -33,6 +33,8 @@ TEST(Advanced, GoesOnAtZeroBehindTheLastAddress)
     EXPECT_EQ(advanced(INT_MAX, 1), INT_MIN);
     EXPECT_EQ(advanced(0x20, qint64(1) << 32), 0x20);
     EXPECT_EQ(advanced(0x20, -0x21), -1);
+    EXPECT_EQ(advanced(0xFFFFFFFFu, 1), 0u);
+    EXPECT_EQ(advanced(0u, -1), 0xFFFFFFFFu);
 }
 
 } // namespace

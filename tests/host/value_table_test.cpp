@@ -43,7 +43,7 @@ TEST(Freshness, AgreesWithAClockForEachByte)
     std::fill(std::begin(times), std::end(times), Freshness::kNever);
     quint32 random = 12345;
     for (int now = 1; now <= 2000; ++now) {
-        random = random * 1664525u + 1013904223u;
+        random = quint32(random * Q_UINT64_C(1664525) + 1013904223);
         const int start = int(random >> 8 & 31) - 8;
         const int end = start + int(random >> 16 & 15);
         freshness.cover(start, end, now);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "support/random.h"
+#include "wrapped_int.h"
 
 namespace plc {
 namespace test {
@@ -265,13 +266,13 @@ TEST(DataImageRanges, LongRangeGoesOnAtZeroAfterTheLastAddress)
     DataImage image;
     const int count = 200000;
     const Bytes bytes = counting(count);
-    image.write(0xFFFFFFFF, 0u - 100000u, bytes.data(), count);
+    image.write(0xFFFFFFFF, 0xFFFFFFFF - 99999, bytes.data(), count);
     EXPECT_EQ(count, image.size());
     EXPECT_EQ(bytes[99999], image.value(DataImage::key(0xFFFFFFFF, 0xFFFFFFFF)));
     EXPECT_EQ(bytes[100000], image.value(DataImage::key(0xFFFFFFFF, 0)));
     EXPECT_FALSE(image.contains(DataImage::key(0, 0)));
     Bytes out(count);
-    image.read(0xFFFFFFFF, 0u - 100000u, out.data(), count);
+    image.read(0xFFFFFFFF, 0xFFFFFFFF - 99999, out.data(), count);
     EXPECT_TRUE(bytes == out);
 }
 
@@ -334,11 +335,11 @@ private:
             case 0:
                 return m_random.bits();
             case 1:
-                return 0u - quint32(m_random.below(3000));
+                return advanced(0u, -m_random.below(3000));
             case 2:
-                return quint32(m_random.below(200)) * 4096 + quint32(m_random.between(-2, 2));
+                return advanced(quint32(m_random.below(200)) * 4096, m_random.between(-2, 2));
             case 3:
-                return 0x80000000u + quint32(m_random.between(-2000, 2000));
+                return advanced(0x80000000u, m_random.between(-2000, 2000));
             default:
                 return quint32(m_random.below(20000));
         }
@@ -388,7 +389,7 @@ private:
             data.push_back(uchar(m_random.bits()));
         m_image.write(inArea, from, data.data(), bytes);
         for (int i = 0; i < bytes; ++i)
-            m_plain[DataImage::key(inArea, from + quint32(i))] = data[size_t(i)];
+            m_plain[DataImage::key(inArea, advanced(from, i))] = data[size_t(i)];
         ASSERT_EQ(qint64(m_plain.size()), m_image.size());
     }
 
@@ -401,7 +402,7 @@ private:
         m_image.read(inArea, from, out.data(), bytes);
         Bytes expected;
         for (int i = 0; i < bytes; ++i)
-            expected.push_back(plainTouch(DataImage::key(inArea, from + quint32(i))));
+            expected.push_back(plainTouch(DataImage::key(inArea, advanced(from, i))));
         expected.push_back(0xEE);
         ASSERT_TRUE(expected == out) << "area " << inArea << ", from " << from << ", " << bytes;
         ASSERT_EQ(qint64(m_plain.size()), m_image.size());

@@ -6,6 +6,7 @@
 #include "support/driver_fixture.h"
 #include "support/lock_check.h"
 #include "support/random.h"
+#include "wrapped_int.h"
 
 namespace plc {
 namespace test {
@@ -40,7 +41,7 @@ std::string image(int address, int count, int area = kArea)
 {
     std::string text;
     for (int i = 0; i < count; ++i) {
-        const int place = int(quint32(address) + quint32(i));
+        const int place = advanced(address, i);
         const QByteArray pair =
             QByteArray::number(byteAt(place, area), 16).rightJustified(2, '0').toUpper();
         text += (i ? " " : "") + (exists(place, area) ? pair.toStdString() : std::string(".."));
@@ -784,7 +785,7 @@ TEST_F(ImageWrite, RandomBitRunsEqualBitsWrittenOneByOne)
             data.append(char(uchar(random.oneIn(2) ? random.bits() : 0)));
         write(13, address, length, data);
         for (int i = 0; i < length; ++i) {
-            const quint32 bit = quint32(address) + quint32(i);
+            const quint32 bit = advanced(quint32(address), i);
             uchar& high = plain[DataImage::key(kArea, bit >> 4)];
             uchar& low = plain[DataImage::key(kArea, (bit >> 4) + 1)];
             uchar& byte = (bit & 15) >= 8 ? high : low;

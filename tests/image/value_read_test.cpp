@@ -5,6 +5,7 @@
 #include "support/lock_check.h"
 #include "support/random.h"
 #include "support/symbol_fixture.h"
+#include "wrapped_int.h"
 
 namespace plc {
 namespace test {
@@ -58,7 +59,7 @@ protected:
         const QByteArray data = hex(bytes);
         for (int i = 0; i < int(data.size()); ++i) {
             PLC_driver.localImage.insert(
-                DataImage::key(quint32(area), quint32(address) + quint32(i)), uchar(data.at(i)));
+                DataImage::key(quint32(area), advanced(quint32(address), i)), uchar(data.at(i)));
         }
     }
 
@@ -361,7 +362,7 @@ public:
             case 1: {
                 QByteArray out(qMax(count, 0), '\0');
                 for (int i = 0; i < count; ++i)
-                    out[i] = at(address + quint32(i)) != 0 ? 1 : 0;
+                    out[i] = at(advanced(address, i)) != 0 ? 1 : 0;
                 return out;
             }
             case 2:
@@ -369,7 +370,7 @@ public:
             case 15: {
                 QByteArray out(qMax(2 * count, 0), '\0');
                 for (int i = 0; i < count; ++i)
-                    out[i] = at(address + quint32(i));
+                    out[i] = at(advanced(address, i));
                 return out;
             }
             case 3:
@@ -390,7 +391,7 @@ public:
             case 13: {
                 QByteArray out(qMax(count, 0), '\0');
                 for (int i = 0; i < count; ++i) {
-                    const quint32 bit = address + quint32(i);
+                    const quint32 bit = advanced(address, i);
                     const int high = uchar(at(bit >> 4));
                     const int low = uchar(at((bit >> 4) + 1));
                     out[i] = char((high << 8 | low) >> (bit & 15) & 1);
@@ -410,7 +411,7 @@ private:
         QByteArray out(qMax(elements * width, 0), '\0');
         for (int k = 0; k < elements; ++k) {
             for (int j = 0; j < width; ++j)
-                out[width * k + j] = at(address + quint32(width * k + width - 1 - j));
+                out[width * k + j] = at(advanced(address, width * k + width - 1 - j));
         }
         return out;
     }

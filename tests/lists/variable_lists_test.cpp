@@ -6,6 +6,7 @@
 #include "support/random.h"
 #include "support/record_checks.h"
 #include "support/symbol_fixture.h"
+#include "wrapped_int.h"
 
 namespace plc {
 namespace test {
@@ -295,7 +296,7 @@ protected:
             record.data = value.mid(position, pieceSize);
             record.length = int(record.data.size());
             AddListWriteVar(&record, 0);
-            record.address = int(quint32(record.address) + quint32(record.length));
+            record.address = advanced(record.address, record.length);
         }
     }
 };

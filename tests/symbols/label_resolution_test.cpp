@@ -6,6 +6,7 @@
 
 #include "support/random.h"
 #include "support/symbol_fixture.h"
+#include "wrapped_int.h"
 
 namespace plc {
 namespace test {
@@ -1007,7 +1008,7 @@ TEST_F(NumberBase, SubscriptsConvertAsQtConvertsThem)
             unsigned int index = 0;
             const int result = get_label_address_array_memory_index(text, 1, bounds, index);
             ASSERT_EQ(converts ? 0 : 3, result) << text.toStdString() << " in base " << base;
-            const quint32 expected = converts ? quint32(value) + 0x80000000u : 0;
+            const quint32 expected = converts ? quint32(value) ^ 0x80000000u : 0;
             ASSERT_EQ(expected, index) << text.toStdString();
         }
     }
@@ -1066,8 +1067,8 @@ private:
         for (int d = 0; d <= count - 2; ++d) {
             quint32 stride = 1;
             for (int later = d + 1; later < count; ++later)
-                stride *= extents.at(later);
-            linear += distances.at(d) * stride;
+                stride = quint32(quint64(stride) * extents.at(later));
+            linear = quint32(quint64(distances.at(d)) * stride + linear);
         }
         return 0;
     }
@@ -1095,9 +1096,9 @@ private:
         }
     }
 
-    static void advance(Resolution& out, quint32 distance)
+    static void advance(Resolution& out, qint64 distance)
     {
-        out.address = qint32(quint32(out.address) + distance);
+        out.address = advanced(out.address, distance);
     }
 
     static int walk(const Label_Type_Info& record, const QStringList& parts, int position,
@@ -1130,11 +1131,11 @@ private:
         if (code == 12) {
             if (record.typeDef.isEmpty())
                 return 1;
-            advance(out, quint32(record.typeDef.at(0).offset) * linear);
+            advance(out, record.typeDef.at(0).offset * qint64(linear));
             return walk(record.typeDef.at(0), parts, position + 1, out);
         }
         out.dataType = code;
-        advance(out, linear * quint32(elementSize(code)));
+        advance(out, qint64(linear) * elementSize(code));
         return result;
     }
 
