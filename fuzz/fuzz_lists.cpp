@@ -12,6 +12,8 @@ using plc::fuzz::GuardedMemory;
 using plc::fuzz::require;
 
 const int kMostCalls = 40;
+/// Entries to fold at a time: each may need 65,536 reads, and the list has to fit the memory.
+const int kMostFolded = 4;
 
 class ListCalls {
 public:
@@ -133,8 +135,12 @@ private:
         QList<RW_VAR> list;
         const int maxLen = m_input.number();
         WhetherGroup(m_input.number(), maxLen, &var, &list);
+        while (list.size() > kMostFolded)
+            list.removeLast();
         Bubble_Sort(&list);
         BitVarReCreat(&list, m_input.flag() ? maxLen : m_input.number());
+        if (PLC_driver.readList.size() > plc::kPieceLimit)
+            PLC_driver.readList.clear();
     }
 
     void transaction()
