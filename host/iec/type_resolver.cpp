@@ -329,7 +329,7 @@ std::shared_ptr<const StructureType> TypeResolver::layOut(const TypeSpec& type,
         fail(type.position, QStringLiteral("structure %1 has no members").arg(quoted(name)));
         return nullptr;
     }
-    const std::shared_ptr<const StructureType> structure = layout.finished(description);
+    std::shared_ptr<const StructureType> structure = layout.finished(description);
     m_alignments.insert(structure.get(), layout.alignment());
     m_nesting.insert(structure.get(), layout.nesting() + 1);
     m_structures.append(structure);
