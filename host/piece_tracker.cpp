@@ -53,7 +53,7 @@ QVector<int> PieceTracker::requestAccepted()
 
 QVector<int> PieceTracker::requestAbandoned()
 {
-    const QVector<int> tags = tagsOnWire();
+    QVector<int> tags = tagsOnWire();
     for (int tag : tags)
         remove(tag);
     return tags;

@@ -73,7 +73,7 @@ QStringList splitArguments(const QString& text, int count)
 std::optional<QByteArray> hexBytes(const QString& text)
 {
     const QByteArray digits = text.toLatin1().replace(" ", "");
-    const QByteArray bytes = QByteArray::fromHex(digits);
+    QByteArray bytes = QByteArray::fromHex(digits);
     if (bytes.isEmpty() || bytes.toHex() != digits.toLower())
         return {};
     return bytes;

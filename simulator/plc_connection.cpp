@@ -82,7 +82,7 @@ ReplyDelivery PlcConnection::answer(const QByteArray& request)
         ++m_settings->refused;
     const Service service = Service(quint8(request[kServicePosition]));
     const bool isData = service == Service::ReadVariables || service == Service::WriteVariables;
-    const ReplyDelivery delivery =
+    ReplyDelivery delivery =
         isData ? m_settings->faults->dataReply(reply) : m_settings->faults->loginReply(reply);
     if (m_settings->trace)
         m_settings->trace(m_peer, '<', delivery.bytes);

@@ -30,7 +30,7 @@ std::optional<QByteArray> readFile(const QString& path, QString* error)
         *error = QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString());
         return {};
     }
-    const QByteArray bytes = file.read(kLargestFile + 1);
+    QByteArray bytes = file.read(kLargestFile + 1);
     if (bytes.size() > kLargestFile) {
         *error = QStringLiteral("%1: the file has more than %2 MiB; import its parts")
                      .arg(path)

@@ -19,7 +19,7 @@ constexpr qint64 kHighestBound = kHighestOffset - 1;
 
 QString readName(const JsonNode& node)
 {
-    const QString name = node.text();
+    QString name = node.text();
     if (!isLabelName(name)) {
         node.failExpecting(
             QStringLiteral("a name without . [ ] , = quotes, blanks or control characters"));
@@ -269,7 +269,7 @@ Variable DeclarationReader::readMember(const JsonNode& node)
 {
     node.checkKeys({QStringLiteral("name"), QStringLiteral("type"), QStringLiteral("offset")},
                    kVariableKeys);
-    const Variable member = readVariable(node);
+    Variable member = readVariable(node);
     if (member.type != nullptr && isBit(*member.type)) {
         node.member("type").fail(
             QStringLiteral("found \"BIT\"; members have byte offsets, use BOOL or a WORD"));

@@ -262,7 +262,7 @@ std::optional<Project> parseProject(const QByteArray& json, const QString& name,
     DocumentErrors errors(name);
     const QJsonValue root =
         document.isObject() ? QJsonValue(document.object()) : QJsonValue(document.array());
-    const Project project = readProject(JsonNode(root, QString(), &errors), rule);
+    Project project = readProject(JsonNode(root, QString(), &errors), rule);
     if (!errors.isEmpty()) {
         *error = errors.first();
         return {};
