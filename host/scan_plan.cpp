@@ -175,8 +175,11 @@ QVector<int> ScanPlanner::candidates() const
         sizes.append(kRequestBudget / entries - 1);
     for (int size = kSmallestEntry; size < sizes.last(); size *= 2)
         sizes.append(size);
-    for (double size = kShortestLongEntry; size < kLongestEntry; size *= kStep)
-        sizes.append(int(size));
+    double longSize = kShortestLongEntry;
+    while (longSize < kLongestEntry) {
+        sizes.append(int(longSize));
+        longSize *= kStep;
+    }
     for (const Span& span : coverage(m_points, true)) {
         if (span.size() <= kLongestEntry)
             sizes.append(int(span.size()));

@@ -94,7 +94,7 @@ protected:
     /// Moves it to those under way.
     Transfer start()
     {
-        const Transfer transfer = m_waiting.front();
+        Transfer transfer = m_waiting.front();
         m_waiting.pop_front();
         m_pieces.add(transfer.tag, transfer.pieces);
         m_underWay.emplace(transfer.tag, transfer);

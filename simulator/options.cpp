@@ -9,7 +9,7 @@
 namespace plc {
 namespace {
 
-constexpr qint64 kMostMemory = 256 * 1024 * 1024;
+constexpr qint64 kMostMemory = qint64(256) * 1024 * 1024;
 constexpr int kLongestDelay = 24 * 60 * 60 * 1000; // ms
 constexpr int kHighestNumber = 1000000000;
 constexpr int kMostClients = 1000;

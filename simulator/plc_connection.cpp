@@ -8,7 +8,7 @@ namespace {
 
 constexpr int kReceiveBufferSize = 128 * 1024;
 /// A client that sends without reading replies is not served beyond this.
-constexpr qint64 kMostUnsentBytes = 1024 * 1024;
+constexpr qint64 kMostUnsentBytes = qint64(1024) * 1024;
 constexpr int kMostJoinedReplies = 16;
 constexpr int kPauseBetweenPieces = 1; // ms
 

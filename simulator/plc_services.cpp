@@ -25,7 +25,7 @@ constexpr char kBlockStart = 0;
 QByteArray frameReply(Status status, const QByteArray& data)
 {
     QByteArray reply(2, char(kFrameMark));
-    appendBigEndian(&reply, quint64(kReplyStatusSize + data.size()), 4);
+    appendBigEndian(&reply, kReplyStatusSize + quint64(data.size()), 4);
     appendBigEndian(&reply, quint64(status), kReplyStatusSize);
     return reply + data;
 }

@@ -25,7 +25,7 @@ struct Occupied {
 };
 
 /// A BIT array longer than this meets itself in the byte that its words share.
-constexpr qint64 kLongestBitArray = 3 * kBitsPerWord;
+constexpr qint64 kLongestBitArray = qint64(3) * kBitsPerWord;
 
 void appendOccupied(const Variable& variable, int owner, std::vector<Occupied>* occupied)
 {
@@ -77,6 +77,7 @@ qint64 elementStride(const Variable& variable)
 {
     if (variable.structure)
         return variable.structure->size;
+    Q_ASSERT(variable.type);
     if (isText(*variable.type))
         return kTextElementStride;
     return isBit(*variable.type) ? 1 : variable.type->size;

@@ -17,7 +17,7 @@
 namespace plc {
 namespace {
 
-constexpr qint64 kLargestFile = 32 * 1024 * 1024;
+constexpr qint64 kLargestFile = qint64(32) * 1024 * 1024;
 constexpr int kMostCyclicLabels = 100000;
 constexpr qint64 kLargestArea = std::numeric_limits<qint32>::max();
 constexpr int kHighestPort = 65535;

@@ -1,5 +1,7 @@
 #include "model/driver_model.h"
 
+#include <algorithm>
+
 namespace plc {
 namespace model {
 
@@ -120,14 +122,11 @@ void DriverModel::fillReadBatch(const std::vector<Variable>& list)
 
 bool DriverModel::serveCyclicReads(Variable& head)
 {
-    std::size_t moves = 0;
-    while (moves < readList.size() && isOff(readList.front())) {
-        readList.push_back(Variable(readList.front()));
-        readList.erase(readList.begin());
-        ++moves;
-    }
-    if (moves == readList.size())
+    const auto served = std::find_if(readList.begin(), readList.end(),
+                                     [this](const Variable& var) { return !isOff(var); });
+    if (served == readList.end())
         return false;
+    std::rotate(readList.begin(), served, readList.end());
     head = readList.front();
     readList.front().result = -1;
     batch.push_back(head);
