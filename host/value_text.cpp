@@ -128,9 +128,9 @@ std::optional<Value> parseWhole(const IecType& type, const QString& text, QStrin
     const quint64 limit = number.isNegative ? largest / 2 + 1 : largest / 2;
     if (form == IntegerForm::TooLarge || number.magnitude > limit)
         return outOfRange(type, text, error);
+    // The least number has no positive counterpart.
     if (number.isNegative && number.magnitude > 0)
-        return Value(-qint64(number.magnitude - 1) -
-                     1); // the least one has no positive counterpart
+        return Value(-qint64(number.magnitude - 1) - 1);
     return Value(qint64(number.magnitude));
 }
 
