@@ -1,0 +1,1 @@
+// Belongs to the precompiled headers of the tests; see CMakeLists.txt.
