@@ -4,15 +4,18 @@
 include(CMakePackageConfigHelpers)
 
 set(plc_data_dir ${CMAKE_INSTALL_DATADIR}/plc-driver)
-set(plc_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/PlcDriver)
+# Every name carries the Qt major version: installations for several Qts go to one prefix.
+set(plc_cmake_package PlcDriverQt${PLC_QT_MAJOR})
+set(plc_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/${plc_cmake_package})
+set(plc_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/${PLC_DRIVER_NAME})
 
 # Hosts compile the public header, whose records have member initialisers.
 target_compile_features(plc_driver INTERFACE cxx_std_${PLC_LIBRARY_STANDARD})
 set_target_properties(plc_qt_core PROPERTIES EXPORT_NAME qt_core)
 
-install(TARGETS plc_driver plc_qt_core EXPORT PlcDriverTargets
+install(TARGETS plc_driver plc_qt_core EXPORT ${plc_cmake_package}Targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
-  PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+  PUBLIC_HEADER DESTINATION ${plc_include_dir} COMPONENT development)
 
 # The CMake package. Hosts share Qt's value types with the driver: it asks for the same Qt.
 if(PLC_QT_MAJOR EQUAL 4)
@@ -22,15 +25,16 @@ else()
   set(plc_qt_dependency "find_dependency(Qt${PLC_QT_MAJOR} ${plc_qt_built_with} COMPONENTS Core)")
 endif()
 configure_package_config_file(
-  ${CMAKE_CURRENT_LIST_DIR}/PlcDriverConfig.cmake.in PlcDriverConfig.cmake
+  ${CMAKE_CURRENT_LIST_DIR}/PlcDriverConfig.cmake.in ${plc_cmake_package}Config.cmake
   INSTALL_DESTINATION ${plc_package_dir}
   NO_SET_AND_CHECK_MACRO)
-write_basic_package_version_file(PlcDriverConfigVersion.cmake COMPATIBILITY SameMajorVersion)
-install(EXPORT PlcDriverTargets NAMESPACE PlcDriver::
+write_basic_package_version_file(${plc_cmake_package}ConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(EXPORT ${plc_cmake_package}Targets NAMESPACE PlcDriver::
   DESTINATION ${plc_package_dir} COMPONENT development)
 install(FILES
-  ${PROJECT_BINARY_DIR}/PlcDriverConfig.cmake
-  ${PROJECT_BINARY_DIR}/PlcDriverConfigVersion.cmake
+  ${PROJECT_BINARY_DIR}/${plc_cmake_package}Config.cmake
+  ${PROJECT_BINARY_DIR}/${plc_cmake_package}ConfigVersion.cmake
   DESTINATION ${plc_package_dir} COMPONENT development)
 
 # The pkg-config file finds the prefix from its own place, so that an installation can be moved.
@@ -43,13 +47,14 @@ if(PLC_QT_MAJOR EQUAL 4)
 else()
   set(plc_pkg_config_requires "Qt${PLC_QT_MAJOR}Core >= ${plc_qt_built_with}")
 endif()
-configure_file(${CMAKE_CURRENT_LIST_DIR}/plc_driver.pc.in plc_driver.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/plc_driver.pc
+configure_file(${CMAKE_CURRENT_LIST_DIR}/plc_driver.pc.in ${PLC_DRIVER_NAME}.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/${PLC_DRIVER_NAME}.pc
   DESTINATION ${plc_pkg_config_dir} COMPONENT development)
 
+# In the folders of the sources, so that the links between the documents lead somewhere.
 install(FILES CHANGELOG.md README.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development OPTIONAL)
-install(DIRECTORY docs/
+install(DIRECTORY docs
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development
   FILES_MATCHING
   PATTERN man EXCLUDE

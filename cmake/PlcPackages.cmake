@@ -5,8 +5,9 @@ set(PLC_PACKAGE_CONTACT "PLC driver maintainers <maintainers@plc-driver.invalid>
   "Name and address of who builds the packages")
 set(PLC_PACKAGE_REVISION 1 CACHE STRING "Debian revision of the packages")
 
-set(plc_runtime_package libplc-driver${PROJECT_VERSION_MAJOR})
-set(plc_development_package libplc-driver-dev)
+# The package of a library goes by its SONAME.
+set(plc_runtime_package libplc-driver-qt${PLC_QT_MAJOR}-${PROJECT_VERSION_MAJOR})
+set(plc_development_package libplc-driver-qt${PLC_QT_MAJOR}-dev)
 set(plc_tools_package plc-tools)
 
 set(CPACK_GENERATOR DEB)
@@ -41,7 +42,7 @@ that loads it does.")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${plc_runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "PLC communication driver
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "PLC communication driver for Qt ${PLC_QT_MAJOR}
 ${plc_about}")
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
@@ -49,7 +50,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${plc_development_package})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "PLC communication driver (development files)
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "PLC communication driver for Qt ${PLC_QT_MAJOR} (development files)
 ${plc_about}
 
 This package holds the header, the CMake package, the pkg-config file and the

@@ -1,4 +1,5 @@
-# Chooses the Qt major version and provides the targets plc_qt_core and plc_qt_network.
+# Chooses the Qt major version and provides the targets plc_qt_core and plc_qt_network, and the name
+# of the driver library for this Qt, PLC_DRIVER_NAME.
 #
 # PLC_QT_MAJOR: 5 or 6, found as installed (5 preferred where both are); or 4, for hosts that still
 # use Qt 4.8, with PLC_QT4_INCLUDE_DIR (the folder that holds QtCore/) and PLC_QT4_CORE_LIBRARY
@@ -53,3 +54,7 @@ else()
   set(PLC_LIBRARY_STANDARD 11)
 endif()
 set(PLC_TOOLS_STANDARD 17)
+
+# Under its name a library is installed, linked and loaded. Host and driver share Qt's value types:
+# the libraries for several Qts stand side by side, and none is taken for another.
+set(PLC_DRIVER_NAME plc_driver_qt${PLC_QT_MAJOR})

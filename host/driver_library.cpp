@@ -1,9 +1,12 @@
 #include "host/driver_library.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QLibrary>
 #include <QtCore/QStringList>
+
+#include "host/library_qt.h"
 
 namespace plc {
 namespace {
@@ -68,16 +71,75 @@ QStringList libraryFolders(const QString& programFolder)
     return folders;
 }
 
+QString whatToGive()
+{
+    return QStringLiteral("give the one for Qt %1, %2, with --driver or in PLC_DRIVER")
+        .arg(QT_VERSION_MAJOR)
+        .arg(QLatin1String(kFileName));
+}
+
+/// Why the library at `path` must not be loaded into this program; empty when it may be. Host and
+/// driver hand Qt's values to each other: with another Qt these are read wrongly, and the loading
+/// alone brings a second Qt into the process. So the file is asked, before any of it is loaded.
+QString reasonNotToLoad(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QStringLiteral("cannot load the driver library %1: %2; %3")
+            .arg(path, file.errorString(), whatToGive());
+    const std::optional<QStringList> libraries = neededLibraries(&file);
+    if (!libraries)
+        return QStringLiteral(
+                   "cannot load the driver library %1: it is no shared library for "
+                   "this program, or it is damaged; %2")
+            .arg(path, whatToGive());
+    const std::optional<int> qt = qtMajorAmong(*libraries);
+    if (!qt)
+        return QStringLiteral(
+                   "cannot tell for which Qt %1 was built: it is linked with no Qt Core "
+                   "library, or with several; %2")
+            .arg(path, whatToGive());
+    if (*qt != QT_VERSION_MAJOR)
+        return QStringLiteral(
+                   "the driver library %1 was built for Qt %2, and this program uses "
+                   "Qt %3; %4")
+            .arg(path)
+            .arg(*qt)
+            .arg(QT_VERSION_MAJOR)
+            .arg(whatToGive());
+    return QString();
+}
+
+/// The libraries for another Qt in these folders, where none for this one is.
+QStringList librariesForOtherQts(const QStringList& folders)
+{
+    const QString name = QLatin1String(kFileName);
+    const QString thisQt = QStringLiteral("_qt%1.").arg(QT_VERSION_MAJOR);
+    QStringList found;
+    for (const QString& folder : folders) {
+        for (const int other : {4, 5, 6}) {
+            QString otherName = name;
+            otherName.replace(thisQt, QStringLiteral("_qt%1.").arg(other));
+            const QFileInfo file(QDir(folder), otherName);
+            if (otherName != name && file.exists())
+                found.append(file.absoluteFilePath());
+        }
+    }
+    return found;
+}
+
 } // namespace
 
 std::optional<DriverFunctions> loadDriver(const QString& path, QString* error)
 {
-    QLibrary library(path);
+    *error = reasonNotToLoad(path);
+    if (!error->isEmpty())
+        return std::nullopt;
+    // The whole path: of a bare name the loader would look for a file elsewhere.
+    QLibrary library(QFileInfo(path).absoluteFilePath());
     if (!library.load()) {
-        *error = QStringLiteral(
-                     "cannot load the driver library %1: %2; give another one with "
-                     "--driver or in PLC_DRIVER, built for the Qt of this program")
-                     .arg(path, library.errorString());
+        *error = QStringLiteral("cannot load the driver library %1: %2; %3")
+                     .arg(path, library.errorString(), whatToGive());
         return std::nullopt;
     }
     Resolver resolver(&library);
@@ -105,6 +167,10 @@ QString findDriver(const QString& requested, const QString& programFolder, QStri
     }
     *error = QStringLiteral("%1 is in none of %2; give its path with --driver or in PLC_DRIVER")
                  .arg(QString::fromLatin1(kFileName), folders.join(QStringLiteral(", ")));
+    const QStringList others = librariesForOtherQts(folders);
+    if (!others.isEmpty())
+        *error += QStringLiteral(". This program uses Qt %1 and cannot use %2")
+                      .arg(QString::number(QT_VERSION_MAJOR), others.join(QStringLiteral(", ")));
     return QString();
 }
 

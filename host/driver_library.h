@@ -30,7 +30,8 @@ struct DriverFunctions {
     decltype(&::SetRegisterData) setRegisterData = nullptr;
 };
 
-/// Loads the driver library at `path`, which then stays loaded until the process ends. On failure
+/// Loads the driver library in the file `path`, which then stays loaded until the process ends.
+/// Nothing of a library that was built for another Qt than this program is loaded or run. On failure
 /// returns nothing and sets `error`.
 std::optional<DriverFunctions> loadDriver(const QString& path, QString* error);
 

@@ -14,7 +14,12 @@ struct Driver {
     decltype(&DataCom) dataCom = nullptr;
 };
 
-/// Loads the library at `path`. On failure returns false and sets `error`.
+/// Major version of the Qt that a library was built for: its file names Qt's Core library among
+/// those that are loaded with it. 0 when it names none, or several. The file is read, not loaded.
+int qtMajorOf(const QString& path);
+
+/// Loads the library at `path` if it was built for the Qt of this program. On failure returns false
+/// and sets `error`.
 bool loadDriver(const QString& path, Driver* driver, QString* error);
 
 } // namespace example

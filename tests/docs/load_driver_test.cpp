@@ -24,3 +24,22 @@ TEST(LoadDriverExample, NamesWhatIsMissing)
     EXPECT_FALSE(example::loadDriver(QStringLiteral("/no/such/library"), &driver, &error));
     EXPECT_TRUE(error.contains(QStringLiteral("/no/such/library"))) << error.toStdString();
 }
+
+TEST(LoadDriverExample, TellsTheQtOfALibraryWithoutLoadingIt)
+{
+    EXPECT_EQ(example::qtMajorOf(QStringLiteral(PLC_LIBRARY)), QT_VERSION_MAJOR);
+    EXPECT_EQ(example::qtMajorOf(QStringLiteral(PLC_OTHER_QT_LIBRARY)), PLC_OTHER_QT);
+    EXPECT_EQ(example::qtMajorOf(QStringLiteral(PLC_SOURCE_DIR "/docs/examples/tank.json")), 0);
+    EXPECT_EQ(example::qtMajorOf(QStringLiteral("/no/such/library")), 0);
+}
+
+TEST(LoadDriverExample, RefusesALibraryForAnotherQt)
+{
+    example::Driver driver;
+    QString error;
+    EXPECT_FALSE(example::loadDriver(QStringLiteral(PLC_OTHER_QT_LIBRARY), &driver, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("was built for Qt %1; the driver for Qt %2 is needed")
+                                   .arg(PLC_OTHER_QT)
+                                   .arg(QT_VERSION_MAJOR)))
+        << error.toStdString();
+}

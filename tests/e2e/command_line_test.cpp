@@ -196,6 +196,22 @@ TEST_F(CommandLine, AMissingProjectFileHasExitCode2)
     EXPECT_EQ(2, run("read", {QStringLiteral("MAIN.speed")}).exitCode);
 }
 
+TEST_F(CommandLine, ADriverForAnotherQtIsRefusedBeforeItRuns)
+{
+    LineProcess process(QStringLiteral(PLC_HOST),
+                        {QStringLiteral("resolve"), QStringLiteral("--project"), projectPath(),
+                         QStringLiteral("--driver"), QStringLiteral(PLC_OTHER_QT_LIBRARY),
+                         QStringLiteral("MAIN.speed")});
+    EXPECT_EQ(2, process.exitCode()) << "the library ends with 99 whoever loads it";
+    const QString errors = process.errors();
+    EXPECT_TRUE(
+        errors.contains(QStringLiteral("was built for Qt %1, and this program uses Qt %2; give "
+                                       "the one for Qt %2, libplc_driver_qt%2.so.1,")
+                            .arg(PLC_OTHER_QT)
+                            .arg(QT_VERSION_MAJOR)))
+        << errors.toStdString();
+}
+
 TEST_F(CommandLine, RunEndsAfterItsTimeWithASummary)
 {
     const Outcome outcome =

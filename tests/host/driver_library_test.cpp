@@ -3,6 +3,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
+#include <QtCore/QTemporaryFile>
 
 #include "tests/host/host_fixture.h"
 
@@ -28,16 +29,50 @@ TEST(DriverLibrary, MissingFileIsNamed)
         ::testing::StartsWith("cannot load the driver library /nowhere/libplc_driver.so: "));
 }
 
+TEST(DriverLibrary, LibraryForAnotherQtIsRefusedBeforeAnythingOfItRuns)
+{
+    QString error;
+    EXPECT_FALSE(loadDriver(QStringLiteral(PLC_OTHER_QT_LIBRARY), &error));
+    const std::string own = std::to_string(QT_VERSION_MAJOR);
+    EXPECT_EQ(error.toStdString(), "the driver library " PLC_OTHER_QT_LIBRARY " was built for Qt " +
+                                       std::to_string(PLC_OTHER_QT) +
+                                       ", and this program uses Qt " + own +
+                                       "; give the one for Qt " + own + ", libplc_driver_qt" + own +
+                                       ".so.1, with --driver or in PLC_DRIVER");
+}
+
+TEST(DriverLibrary, LibraryThatTellsNoQtIsRefused)
+{
+    QString error;
+    EXPECT_FALSE(loadDriver(QStringLiteral(PLC_LIBRARY_WITHOUT_QT), &error));
+    EXPECT_THAT(error.toStdString(),
+                ::testing::StartsWith("cannot tell for which Qt " PLC_LIBRARY_WITHOUT_QT
+                                      " was built: it is linked with no Qt Core library"));
+}
+
+TEST(DriverLibrary, FileThatIsNoLibraryIsRefused)
+{
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    file.write("{}");
+    file.close();
+    QString error;
+    EXPECT_FALSE(loadDriver(file.fileName(), &error));
+    EXPECT_THAT(error.toStdString(),
+                ::testing::AllOf(::testing::HasSubstr(file.fileName().toStdString()),
+                                 ::testing::HasSubstr("it is no shared library for this program")));
+}
+
 TEST(DriverLibrary, MissingEntryPointsAreNamed)
 {
     QString error;
-    EXPECT_FALSE(loadDriver(QStringLiteral("libm.so.6"), &error));
-    EXPECT_THAT(
-        error.toStdString(),
-        ::testing::AllOf(::testing::StartsWith(
-                             "libm.so.6 is no PLC driver of this interface: it lacks SetComInfo, "
-                             "RegistCallBackFuncIntf, FlashLocalRegister"),
-                         ::testing::EndsWith("GetRegisterData, SetRegisterData")));
+    EXPECT_FALSE(loadDriver(QStringLiteral(PLC_QT_NETWORK), &error));
+    EXPECT_THAT(error.toStdString(),
+                ::testing::AllOf(
+                    ::testing::StartsWith(
+                        PLC_QT_NETWORK " is no PLC driver of this interface: it lacks SetComInfo, "
+                                       "RegistCallBackFuncIntf, FlashLocalRegister"),
+                    ::testing::EndsWith("GetRegisterData, SetRegisterData")));
 }
 
 /// A made-up installation.
@@ -100,6 +135,16 @@ TEST_F(FindDriverTest, NothingFoundNamesThePlacesAndWhatToDo)
     EXPECT_THAT(error.toStdString(),
                 ::testing::AllOf(::testing::HasSubstr("/bin"), ::testing::HasSubstr("/driver"),
                                  ::testing::HasSubstr("--driver or in PLC_DRIVER")));
+}
+
+TEST_F(FindDriverTest, LibraryForAnotherQtIsNotTakenButNamed)
+{
+    const QString other =
+        put(qPrintable(QStringLiteral("lib/libplc_driver_qt%1.so.1").arg(PLC_OTHER_QT)));
+    EXPECT_EQ(found(), "");
+    EXPECT_THAT(error.toStdString(),
+                ::testing::EndsWith("This program uses Qt " + std::to_string(QT_VERSION_MAJOR) +
+                                    " and cannot use " + other.toStdString()));
 }
 
 } // namespace

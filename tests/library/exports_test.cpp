@@ -83,10 +83,13 @@ TEST(Exports, HostEntryPointsAndDataHavePlainNames)
         EXPECT_NE(("\n" + symbols).find("\n" + std::string(name)), std::string::npos) << name;
 }
 
-TEST(Exports, LibraryNamesItsInterfaceVersion)
+TEST(Exports, LibraryNamesItsQtAndItsInterfaceVersion)
 {
     const std::string dynamic = outputOf("readelf --dynamic --wide " PLC_LIBRARY);
-    EXPECT_NE(dynamic.find("Library soname: [libplc_driver.so.1]"), std::string::npos) << dynamic;
+    EXPECT_NE(dynamic.find("Library soname: [libplc_driver_qt" PLC_LIBRARY_QT ".so.1]"),
+              std::string::npos)
+        << dynamic;
+    EXPECT_NE(dynamic.find("Core.so." PLC_LIBRARY_QT "]"), std::string::npos) << dynamic;
 }
 
 TEST(Exports, SymbolsAreBoundInsideTheLibrary)

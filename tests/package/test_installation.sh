@@ -31,6 +31,7 @@ configure_host() {
     shift
     rm -rf "$folder"
     cmake -G Ninja -S "$consumer" -B "$folder" -DCMAKE_PREFIX_PATH="$installation" \
+        -DTINY_HOST_DRIVER_QT="$QT_MAJOR" \
         -DCMAKE_BUILD_TYPE="$BUILD_TYPE" -DCMAKE_CXX_COMPILER="$CXX" \
         -DCMAKE_CXX_COMPILER_LAUNCHER="$LAUNCHER" "$@" 2>&1
 }
@@ -49,19 +50,48 @@ installs() {
         fail "these files name the source or build folder"
 }
 
-LibraryCarriesItsVersion() {
-    local folder=$installation/$LIBRARY_DIR
-    expect_equal "development link" "libplc_driver.so.$VERSION_MAJOR" \
-        "$(readlink "$folder/libplc_driver.so")"
-    expect_equal "SONAME link" "libplc_driver.so.$VERSION" \
-        "$(readlink "$folder/libplc_driver.so.$VERSION_MAJOR")"
-    expect_equal "SONAME" "libplc_driver.so.$VERSION_MAJOR" \
-        "$(readelf --dynamic --wide "$folder/libplc_driver.so" |
+LibraryCarriesItsVersionAndItsQt() {
+    local folder=$installation/$LIBRARY_DIR name=libplc_driver_qt$QT_MAJOR.so
+    expect_equal "development link" "$name.$VERSION_MAJOR" "$(readlink "$folder/$name")"
+    expect_equal "SONAME link" "$name.$VERSION" "$(readlink "$folder/$name.$VERSION_MAJOR")"
+    expect_equal "SONAME" "$name.$VERSION_MAJOR" \
+        "$(readelf --dynamic --wide "$folder/$name" |
             sed --quiet 's/.*(SONAME).*\[\(.*\)\]/\1/p')"
     expect_equal "run path" "" \
-        "$(readelf --dynamic --wide "$folder/libplc_driver.so" |
+        "$(readelf --dynamic --wide "$folder/$name" |
             grep --regexp RPATH --regexp RUNPATH || true)"
-    cmp "$SOURCE_DIR/driver/plc_driver.h" "$installation/$INCLUDE_DIR/plc_driver.h"
+    cmp "$SOURCE_DIR/driver/plc_driver.h" \
+        "$installation/$INCLUDE_DIR/plc_driver_qt$QT_MAJOR/plc_driver.h"
+}
+
+LibrariesForSeveralQtsFitIntoOnePrefix() {
+    local prefix=$WORK_DIR/library-alone component file
+    rm -rf "$prefix"
+    for component in runtime development; do
+        cmake --install "$BUILD_DIR" --prefix "$prefix" --component $component >/dev/null
+    done
+    while read -r file; do
+        [[ ${file,,} == *qt$QT_MAJOR* ]] || fail "$file may belong to any Qt"
+    done < <(cd "$prefix" && find . ! -type d)
+}
+
+# links_of FILE: the targets of its links to other files, without the headings in them
+links_of() {
+    awk '/^```/ { code = !code } !code' "$1" | tr '\n' ' ' |
+        grep --only-matching --perl-regexp '\]\(\K[^)#]+(?=[^)]*\))' |
+        grep --invert-match --regexp '^https\?:' || true
+}
+
+EveryLinkOfTheDocumentsLeadsSomewhere() {
+    local document target links=0
+    while read -r document; do
+        while read -r target; do
+            links=$((links + 1))
+            [ -e "$(dirname "$document")/$target" ] ||
+                fail "${document#"$installation/"} has a link to $target, which is not installed"
+        done < <(links_of "$document")
+    done < <(find "$installation" -name '*.md')
+    [ "$links" -gt 40 ] || fail "only $links links were found"
 }
 
 CMakeHostBuildsAndRuns() {
@@ -82,17 +112,17 @@ CMakeHostOfAnotherQtIsRefused() {
     pkg-config --exists "Qt${other}Core" || skip "Qt $other is not installed"
     output=$(configure_host other-qt -DTINY_HOST_QT_MAJOR="$other") &&
         fail "a host on Qt $other may link a driver built with Qt $QT_MAJOR"
-    [[ $output == *"Build the driver with"*-DPLC_QT_MAJOR=$other* ]] || fail "$output"
+    [[ $output == *"PlcDriverQt$other"*-DPLC_QT_MAJOR=$other* ]] || fail "$output"
 }
 
 PkgConfigHostBuildsAndRuns() {
-    local folder=$WORK_DIR/pkg-config-host flags
+    local folder=$WORK_DIR/pkg-config-host name=plc_driver_qt$QT_MAJOR flags
     rm -rf "$folder"
     mkdir "$folder"
     export PKG_CONFIG_PATH=$installation/$LIBRARY_DIR/pkgconfig
-    expect_equal "version" "$VERSION" "$(pkg-config --modversion plc_driver)"
-    expect_equal "Qt" "$QT_MAJOR" "$(pkg-config --variable=qt_major plc_driver)"
-    read -ra flags <<<"$(pkg-config --cflags --libs plc_driver)"
+    expect_equal "version" "$VERSION" "$(pkg-config --modversion "$name")"
+    expect_equal "Qt" "$QT_MAJOR" "$(pkg-config --variable=qt_major "$name")"
+    read -ra flags <<<"$(pkg-config --cflags --libs "$name")"
     # Qt's headers refuse code that is not position independent.
     "$CXX" -Wall -Wextra -Werror -fPIC "$consumer/main.cpp" -o "$folder/tiny-host" "${flags[@]}"
     expect_host_output "$(LD_LIBRARY_PATH=$installation/$LIBRARY_DIR "$folder/tiny-host")"
@@ -150,9 +180,10 @@ ToolsWorkTogether() {
 
 ChangelogBeginsWithTheVersion() {
     local heading
-    heading=$(grep --max-count=1 '^## ' "$SOURCE_DIR/CHANGELOG.md")
+    heading=$(grep '^## ' "$SOURCE_DIR/CHANGELOG.md" | grep --invert-match --line-regexp \
+        --max-count=1 '## Unreleased')
     [[ $heading =~ ^"## $VERSION ("[0-9]{4}-[0-9]{2}-[0-9]{2}")"$ ]] ||
-        fail "CHANGELOG.md begins with '$heading'; expected '## $VERSION (date)'"
+        fail "the first release in CHANGELOG.md is '$heading'; expected '## $VERSION (date)'"
 }
 
 "$1"
