@@ -13,9 +13,12 @@
  * ReCreatReadVarList(), EnCommStation(), EnableEthernet(), GetRegisterData()
  * and SetRegisterData() may be called from any thread. AddListReadVar() and
  * PassVarName_2() take no lock: the first must not run beside the
- * communication thread, the second beside anything that resolves labels. All
- * other calls belong to the set-up, before traffic starts. The callbacks run
- * inside DataCom() and must not call the list or value functions.
+ * communication thread or beside ReCreatReadVarList(), the second beside
+ * anything that resolves labels. DataCom() stores a remote reply (see
+ * RW_VAR::aux12) without a lock: where there are such, values are read and
+ * written on the communication thread alone. All other calls belong to the
+ * set-up, before traffic starts. The callbacks run inside DataCom() and call
+ * none of the driver's functions, ComCommunication() included.
  *
  * Layouts: members stand in the order that host and driver agree on; neither
  * order nor types may change. Every pointer stays owned by the side that
@@ -55,7 +58,7 @@ struct RW_VAR {
     int dataType = 0;
     /** Start address in bytes within the area (in bits for type code 13). */
     int address = 0;
-    /** PLC station number. */
+    /** PLC station number; no frame carries it. It only filters what is asked for. */
     int station = 0;
     /** Bytes to read or write (bits for type code 13, one data byte each). */
     int length = 0;
@@ -136,7 +139,12 @@ struct ComInfo {
     qint32 localDeviceNo = 0;
     /** Word 16: 2: writes are queued to the PLC; anything else: image only. Set by the host. */
     qint32 writeMode = 0;
-    /** Word 17: 1 after a full pass or when there is nothing to send, 0 after a final failure. */
+    /**
+     * Word 17: 1 after a full pass or when there is nothing to send, 0 after a
+     * final failure and after ReCreatReadVarList(). It belongs to one thread,
+     * the communication thread: a host that looks at it calls
+     * ReCreatReadVarList() there, too.
+     */
     qint32 scanDone = 0;
     /** Word 18: first argument of the result callback. Set by the host. */
     qint32 hostTag = 0;
@@ -191,7 +199,8 @@ struct HostVarItem {
 
 /**
  * Outcome of a queued write or one-shot read, once for all pieces of one
- * (@p category, @p aux1). Called inside DataCom() with the list lock held.
+ * (@p category, @p aux1). Called inside DataCom() with the list lock held;
+ * calls none of the driver's functions.
  *
  * @param hostTag  ComInfo::hostTag
  * @param category RW_VAR::category of the request
@@ -201,7 +210,8 @@ struct HostVarItem {
 typedef void (*PlcResultCallback)(int hostTag, int category, int aux1, int status);
 
 /**
- * Final failure of a transaction. Called inside DataCom() with the list lock held.
+ * Final failure of a transaction. Called inside DataCom() with the list lock
+ * held; calls none of the driver's functions.
  *
  * @param list     an empty list, owned by the driver
  * @param category RW_VAR::category of the failed variable
@@ -277,7 +287,8 @@ PLC_DRIVER_EXPORT void PassVarName_2(QList<Label_Type_Info>* list);
 PLC_DRIVER_EXPORT int PLCAddressChangeIntef(int reserved, QString label);
 
 /**
- * Appends @p var to the cyclic read list as it is. Takes no lock.
+ * Appends @p var to the cyclic read list as it is. Takes no lock: never beside
+ * the communication thread or ReCreatReadVarList().
  *
  * @param var copied into the list
  * @return entries in the list afterwards; 0 for null

@@ -1,5 +1,6 @@
 #include "load_driver.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QLibrary>
 
@@ -49,6 +50,16 @@ bool loadDriver(const QString& path, Driver* driver, QString* error)
     if (!complete)
         *error = library.errorString();
     return complete;
+}
+
+bool loadCopy(const QString& path, const QString& folder, int plc, Driver* driver, QString* error)
+{
+    const QString copy = QDir(folder).filePath(QStringLiteral("plc_driver_%1.so").arg(plc));
+    if (!QFile::copy(path, copy)) { // which never replaces a file
+        *error = QStringLiteral("cannot copy %1 to %2").arg(path, copy);
+        return false;
+    }
+    return loadDriver(copy, driver, error);
 }
 
 } // namespace example

@@ -22,6 +22,9 @@ int qtMajorOf(const QString& path);
 /// and sets `error`.
 bool loadDriver(const QString& path, Driver* driver, QString* error);
 
+/// Loads a copy of the library for the PLC of this number, made in `folder`: an object of its own.
+bool loadCopy(const QString& path, const QString& folder, int plc, Driver* driver, QString* error);
+
 } // namespace example
 
 #endif

@@ -51,17 +51,17 @@ Exchange exchange(QTcpSocket& socket, ComInfo& settings, int timeout)
     }
 }
 
-bool giveUpTransaction()
+bool giveUpTransaction(ComInfo& settings)
 {
     if (!ComCommunication())
         return false;
+    settings.retryCount = settings.retryLimit; // the next failure is the final one
     QByteArray nothing;
-    while (DataCom(&nothing, 0)->result == 0) {
-    }
+    DataCom(&nothing, 0);
     return true;
 }
 
-void giveUpEverything(const ComInfo& settings)
+void giveUpEverything(ComInfo& settings)
 {
     const int kNoHostRequest = -1; // aux1 of cyclic reads
     bool loginIsForgotten = false;
@@ -72,7 +72,7 @@ void giveUpEverything(const ComInfo& settings)
         const Protocol* request = ComCommunication();
         const bool isCyclic = !request || request->var.aux1 == kNoHostRequest;
         cyclicTurns = isCyclic ? cyclicTurns + 1 : 0;
-        loginIsForgotten = giveUpTransaction() || loginIsForgotten;
+        loginIsForgotten = giveUpTransaction(settings) || loginIsForgotten;
     }
     if (loginIsForgotten)
         return;
@@ -83,7 +83,7 @@ void giveUpEverything(const ComInfo& settings)
     read.station = -1; // cannot be switched off
     read.length = 1;
     AddListOnceReadVar(&read, 1);
-    giveUpTransaction();
+    giveUpTransaction(settings);
 }
 
 } // namespace example

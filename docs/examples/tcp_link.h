@@ -16,11 +16,11 @@ bool receiveFrame(QTcpSocket& socket, int timeout, QByteArray* frame);
 Exchange exchange(QTcpSocket& socket, ComInfo& settings, int timeout);
 
 /// Gives up the transaction under way, or the next one. False when there was none.
-bool giveUpTransaction();
+bool giveUpTransaction(ComInfo& settings);
 
 /// After the connection was closed: gives up all writes and one-shot reads, so that none is carried
 /// out when the PLC is back, and makes the driver forget the login.
-void giveUpEverything(const ComInfo& settings);
+void giveUpEverything(ComInfo& settings);
 
 } // namespace example
 

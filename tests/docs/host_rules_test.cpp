@@ -1,5 +1,8 @@
 // What docs/host-guide.md tells hosts to mind, rule by rule.
 
+#include <limits>
+
+#include "docs/examples/entry_points.h"
 #include "frames/checksums.h"
 #include "support/driver_fixture.h"
 
@@ -27,6 +30,43 @@ protected:
     {
         const QByteArray frame = ComCommunication()->frame;
         return frame.at(11);
+    }
+
+    /// Addresses of the entries of a read request.
+    static std::vector<int> addressesIn(const QByteArray& frame)
+    {
+        std::vector<int> addresses;
+        for (int i = 0; i < frame.at(11); ++i)
+            addresses.push_back(uchar(frame.at(16 + 10 * i)) << 8 | uchar(frame.at(17 + 10 * i)));
+        return addresses;
+    }
+
+    void readCyclically(int address, int length)
+    {
+        RW_VAR read = makeVar(3, address, length);
+        read.aux1 = -1;
+        AddListReadVar(&read);
+    }
+
+    void cancelTransaction()
+    {
+        settings.retryCount = settings.retryLimit;
+        QByteArray nothing;
+        EXPECT_NE(DataCom(&nothing, 0)->result, 0);
+    }
+
+    /// Bytes of MAIN.name, a text at address 300 of area 3.
+    static QByteArray text(int registers)
+    {
+        QByteArray value;
+        GetRegisterData(QStringLiteral("MAIN.name"), 0, 0, 0, &value, registers);
+        return value;
+    }
+
+    void writeText(const QByteArray& bytes, int registers, int tag = 5)
+    {
+        QByteArray value = bytes;
+        SetRegisterData(QStringLiteral("MAIN.name"), 0, QString(), 0, &value, registers, 1, tag);
     }
 };
 
@@ -246,6 +286,274 @@ TEST_F(HostRules, ScanDoneCountsWrites)
         deliver(writeReply());
     }
     EXPECT_EQ(settings.scanDone, 1);
+}
+
+TEST_F(HostRules, AbandonedBatchDropsAPieceOfAFollowerAndTheRestIsSentAndReportedAsDone)
+{
+    // The head takes 12 of the budget of 999, the first piece 510, the second would take 610.
+    submit(makeWrite(3, 10, word(1), 1, 100));
+    submit(makeWrite(3, 1000, QByteArray(500, 'a'), 1, 200));
+    submit(makeWrite(3, 1500, QByteArray(600, 'b'), 1, 200));
+    ASSERT_EQ(entriesOfNextRequest(), 2);
+    EXPECT_EQ(deliver(refusedReply())->result, 12);
+    EXPECT_THAT(resultCalls, ::testing::ElementsAre(ResultCall{77, 1, 100, 2}));
+
+    ASSERT_EQ(PLC_driver.writeList.size(), 1);
+    EXPECT_EQ(PLC_driver.writeList.at(0).address, 1500);
+    logIn();
+    EXPECT_EQ(entriesOfNextRequest(), 1);
+    deliver(writeReply());
+    EXPECT_EQ(resultCalls.back(), (ResultCall{77, 1, 200, 1})) << "without its beginning";
+}
+
+TEST_F(HostRules, AbandonedBatchTakesTheFurtherPiecesOfItsHeadAlong)
+{
+    submit(makeWrite(3, 1000, QByteArray(900, 'a'), 1, 100));
+    submit(makeWrite(3, 1900, QByteArray(900, 'b'), 1, 100));
+    submit(makeWrite(3, 10, word(1), 1, 200));
+    ASSERT_EQ(entriesOfNextRequest(), 1);
+    deliver(refusedReply());
+    ASSERT_EQ(PLC_driver.writeList.size(), 1);
+    EXPECT_EQ(PLC_driver.writeList.at(0).aux1, 200);
+}
+
+TEST_F(HostRules, AbandonedCyclicBatchLosesNothing)
+{
+    readCyclically(10, 2);
+    readCyclically(20, 2);
+    ComCommunication();
+    deliver(refusedReply());
+    EXPECT_EQ(PLC_driver.readList.size(), 2);
+}
+
+TEST_F(HostRules, BitRecordOfSeveralBitsStatesNoLengthForItsBytes)
+{
+    RW_VAR bits = makeWrite(5, 17, hex("01 00 01"), 1, 1);
+    bits.dataType = 13;
+    submit(bits);
+    EXPECT_EQ(ComCommunication()->frame.mid(12, 13), hex("0005 00000011 00000000 010001"));
+}
+
+TEST_F(HostRules, StationOfAMergedEntryIsThatOfItsFirstVariable)
+{
+    settings.multiStation = 1;
+    example::handOverSymbols();
+    QList<HostVarItem> items;
+    for (int station : {1, 2}) { // MAIN.table[0,1] and [0,2], at 100 and 102 of area 3
+        HostVarItem item;
+        item.station = quint8(station);
+        item.label = QStringLiteral("MAIN.table[0,%1]").arg(station);
+        item.count = 1;
+        items << item;
+    }
+    ASSERT_EQ(ReCreatReadVarList(&items), 1);
+    EnCommStation(2, 0);
+    EXPECT_EQ(ComCommunication()->frame.mid(12, 10), hex("0003 00000064 00000004"))
+        << "the variable of the switched-off station is read";
+    deliver(readReply({hex("00 01 00 02")}));
+    EnCommStation(-1, 1);
+    EnCommStation(1, 0);
+    EXPECT_EQ(ComCommunication(), nullptr) << "the variable of station 2 is not";
+}
+
+TEST_F(HostRules, StationsShareAnAddress)
+{
+    settings.multiStation = 1;
+    RW_VAR ofStation1 = makeVar(3, 10, 2), ofStation2 = makeVar(3, 10, 2);
+    ofStation1.station = 1;
+    ofStation2.station = 2;
+    AddListReadVar(&ofStation1);
+    AddListReadVar(&ofStation2);
+    EXPECT_EQ(ComCommunication()->frame.mid(12, 20), hex("0003 0000000A 00000002").repeated(2));
+    deliver(readReply({word(1), word(2)}));
+    EXPECT_EQ(PLC_driver.localImage.value(plc::DataImage::key(3, 11)), 2);
+}
+
+TEST_F(HostRules, TextOfOddSizeIsWrittenWholeByABufferBeyondItsRegisters)
+{
+    settings.writeMode = 2;
+    example::handOverSymbols();
+    const QByteArray odd(41, 'x');
+    writeText(odd, 20);
+    ASSERT_EQ(PLC_driver.writeList.size(), 1);
+    EXPECT_EQ(PLC_driver.writeList.at(0).data, odd);
+    ComCommunication();
+    deliver(writeReply());
+    writeText(odd, 21);
+    EXPECT_EQ(PLC_driver.writeList.at(0).data, odd + '\0') << "the neighbour's first byte";
+}
+
+TEST_F(HostRules, TextOfOddSizeIsReadOnceWithTheByteBehindIt)
+{
+    example::handOverSymbols();
+    RW_VAR read;
+    read.label = QStringLiteral("MAIN.name");
+    read.length = 21;
+    AddListOnceReadVar(&read, 0);
+    EXPECT_EQ(PLC_driver.onceReadList.at(0).length, 42);
+    EXPECT_EQ(text(21).size(), 42);
+}
+
+TEST_F(HostRules, CallbacksFindTheListsLockedAndTheQueueEmpty)
+{
+    static bool wouldWaitForEver = false;
+    RegistCallBackFuncIntf(
+        [](int, int, int, int) {
+            const bool isFree = PLC_driver.listMutex.tryLock();
+            if (isFree)
+                PLC_driver.listMutex.unlock();
+            wouldWaitForEver = !isFree && PLC_driver.requestQueue.isEmpty();
+        },
+        nullptr);
+    submit(makeWrite(3, 10, word(1), 1, 1));
+    ComCommunication();
+    deliver(writeReply());
+    EXPECT_TRUE(wouldWaitForEver) << "ComCommunication() takes the lock when the queue is empty";
+}
+
+TEST_F(HostRules, NextCyclicRequestIsThereHoweverSoonItIsAskedFor)
+{
+    readCyclically(10, 2);
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_NE(ComCommunication(), nullptr);
+        EXPECT_EQ(ComCommunication(), ComCommunication()) << "one request at a time";
+        deliver(readReply({word(i)}));
+    }
+}
+
+TEST_F(HostRules, RequestGoesOnFromTheLastEntriesToTheFirst)
+{
+    // Three entries, of which two fit a request: 401 + 401 <= 999 < 3 * 401.
+    for (const int address : {1000, 2000, 3000})
+        readCyclically(address, 400);
+    const QByteArray block(400, '\0');
+    settings.scanDone = 0;
+    EXPECT_THAT(addressesIn(ComCommunication()->frame), ::testing::ElementsAre(1000, 2000));
+    deliver(readReply({block, block}));
+    EXPECT_THAT(addressesIn(ComCommunication()->frame), ::testing::ElementsAre(3000, 1000));
+    deliver(readReply({block, block}));
+    EXPECT_EQ(settings.scanDone, 0) << "though all entries were asked for";
+}
+
+TEST_F(HostRules, ValueAcrossACutIsMadeOfTwoReplies)
+{
+    settings.maxReadBytes = 600;
+    example::handOverSymbols();
+    HostVarItem item;
+    item.label = QStringLiteral("MAIN.name");
+    item.count = 1100; // bytes: entries of 600 and 500, which do not fit one request
+    QList<HostVarItem> items{item};
+    ASSERT_EQ(ReCreatReadVarList(&items), 2);
+    ComCommunication();
+    deliver(readReply({QByteArray(600, 'a')}));
+    ComCommunication();
+    deliver(readReply({QByteArray(500, 'b')}));
+    EXPECT_EQ(text(550), QByteArray(600, 'a') + QByteArray(500, 'b'));
+}
+
+TEST_F(HostRules, EntryOfTheHostIsNeitherCutNorMerged)
+{
+    settings.maxReadBytes = 10;
+    readCyclically(100, 998);
+    readCyclically(1098, 2);
+    EXPECT_EQ(ComCommunication()->frame.mid(8, 14), hex("00000001 0003 00000064 000003E6"));
+}
+
+TEST_F(HostRules, MaxReadBytes1ReadsEachVariableWhole)
+{
+    settings.maxReadBytes = 1;
+    example::handOverSymbols();
+    ASSERT_EQ(example::readCyclically({QStringLiteral("MAIN.table[0,1]"),
+                                       QStringLiteral("MAIN.table[0,2]"),
+                                       QStringLiteral("MAIN.pumps[2].flow")}),
+              3);
+    EXPECT_EQ(ComCommunication()->frame.mid(12, 30), hex("0003 00000064 00000002"
+                                                         "0003 00000066 00000002"
+                                                         "0003 000000D4 00000004"));
+}
+
+TEST_F(HostRules, OneShotReadWithAppendIsNotCut)
+{
+    settings.maxReadBytes = 10;
+    RW_VAR read = makeVar(3, 300, 41);
+    AddListOnceReadVar(&read, 1);
+    EXPECT_EQ(ComCommunication()->frame.mid(8, 14), hex("00000001 0003 0000012C 00000029"));
+}
+
+TEST_F(HostRules, WriteOfSeveralPiecesEndsAtTheRefusedOneWhichTheImageShows)
+{
+    settings.writeMode = 2;
+    example::handOverSymbols();
+    writeText(QByteArray(2400, 'x'), 1200);
+    ASSERT_EQ(PLC_driver.writeList.size(), 3) << "1000, 1000 and 400 bytes";
+    ComCommunication();
+    EXPECT_EQ(deliver(writeReply())->result, 1);
+    EXPECT_TRUE(resultCalls.empty());
+    ComCommunication();
+    EXPECT_EQ(deliver(refusedReply())->result, 12);
+    EXPECT_THAT(resultCalls, ::testing::ElementsAre(ResultCall{77, 1, 5, 2}));
+    EXPECT_TRUE(PLC_driver.writeList.isEmpty());
+    EXPECT_EQ(text(1200), QByteArray(2000, 'x') + QByteArray(400, '\0'))
+        << "1000 bytes of it are not in the PLC";
+}
+
+TEST_F(HostRules, NinetyBitsFitARequest)
+{
+    for (int i = 0; i < 100; ++i) {
+        RW_VAR bit = makeWrite(5, i, hex("01"), 1, 1);
+        bit.dataType = 13;
+        submit(bit);
+    }
+    EXPECT_EQ(entriesOfNextRequest(), 90) << "999 / (1 + 10)";
+}
+
+TEST_F(HostRules, OneEmptyReplyGivesUpWithRetryCountAtItsLimit)
+{
+    settings.retryLimit = std::numeric_limits<int>::max();
+    submit(makeWrite(3, 10, word(1), 1, 1));
+    ComCommunication();
+    cancelTransaction();
+    EXPECT_EQ(PLC_driver.loggedIn, 0);
+    EXPECT_EQ(settings.retryCount, 0);
+}
+
+TEST_F(HostRules, ValuesSymbolsAndStationsOutliveASession)
+{
+    example::handOverSymbols();
+    ASSERT_EQ(example::readCyclically({QStringLiteral("MAIN.name")}), 1);
+    ComCommunication();
+    deliver(readReply({hex("41")}));
+    EnCommStation(7, 0);
+    ComCommunication();
+    cancelTransaction();
+    QList<HostVarItem> none;
+    EXPECT_EQ(ReCreatReadVarList(&none), 0);
+    EXPECT_EQ(ComCommunication(), nullptr);
+
+    EXPECT_EQ(text(1), hex("41 00"));
+    EXPECT_EQ(PLCAddressChangeIntef(0, QStringLiteral("MAIN.name")), 300);
+    EXPECT_TRUE(PLC_driver.disabledStations.contains(7));
+    EXPECT_EQ(PLC_driver.failed, 1);
+}
+
+TEST_F(HostRules, StateAfterAnAbandonedTransactionEndsWithTheNextGoodReply)
+{
+    settings.writeMode = 2;
+    example::handOverSymbols();
+    readCyclically(10, 2);
+    ComCommunication();
+    cancelTransaction();
+    writeText("AB", 1);
+    EXPECT_EQ(text(1), hex("41 42")) << "at once";
+    ComCommunication();
+    deliver(plc::test::identificationReply());
+    deliver(plc::test::fileReply());
+    EXPECT_EQ(PLC_driver.failed, 1) << "the login does not end it";
+    ComCommunication();
+    deliver(writeReply());
+    EXPECT_EQ(PLC_driver.failed, 0);
+    writeText("CD", 1);
+    EXPECT_EQ(text(1), hex("41 42")) << "not before its request is built";
 }
 
 TEST(StandAloneHelpers, GiveTheDocumentedResults)

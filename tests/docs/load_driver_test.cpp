@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QtCore/QTemporaryDir>
+
 TEST(LoadDriverExample, FindsTheEntryPoints)
 {
     example::Driver driver;
@@ -42,4 +44,22 @@ TEST(LoadDriverExample, RefusesALibraryForAnotherQt)
                                    .arg(PLC_OTHER_QT)
                                    .arg(QT_VERSION_MAJOR)))
         << error.toStdString();
+}
+
+TEST(LoadDriverExample, LoadsACopyForEachPlc)
+{
+    const QTemporaryDir folder;
+    const QString library = QStringLiteral(PLC_LIBRARY);
+    example::Driver first, second;
+    QString error;
+    ASSERT_TRUE(example::loadCopy(library, folder.path(), 1, &first, &error))
+        << error.toStdString();
+    ASSERT_TRUE(example::loadCopy(library, folder.path(), 2, &second, &error))
+        << error.toStdString();
+    EXPECT_NE(first.comCommunication, second.comCommunication);
+    EXPECT_NE(first.dataCom(nullptr, 0), second.dataCom(nullptr, 0));
+
+    example::Driver third;
+    EXPECT_FALSE(example::loadCopy(library, folder.path(), 2, &third, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("cannot copy"))) << error.toStdString();
 }

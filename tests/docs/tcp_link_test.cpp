@@ -2,6 +2,8 @@
 
 #include <QtCore/QProcess>
 
+#include <limits>
+
 #include "support/driver_fixture.h"
 
 using example::Exchange;
@@ -163,7 +165,7 @@ TEST_F(TcpLinkExample, ReportsARefusedLogin)
 
 TEST_F(TcpLinkExample, HasNothingToGiveUpWhenNothingIsToBeSent)
 {
-    EXPECT_FALSE(example::giveUpTransaction());
+    EXPECT_FALSE(example::giveUpTransaction(settings));
 }
 
 TEST_F(TcpLinkExample, GivesUpAllWritesAndReadsAndForgetsTheLogin)
@@ -184,6 +186,36 @@ TEST_F(TcpLinkExample, GivesUpAllWritesAndReadsAndForgetsTheLogin)
     EXPECT_EQ(PLC_driver.readList.size(), 1);
     EXPECT_EQ(PLC_driver.loggedIn, 0);
     EXPECT_EQ(resultCalls.size(), size_t(2 * kRequests));
+}
+
+TEST_F(TcpLinkExample, GivesUpAtOnceWhateverTheRetryLimitIs)
+{
+    const int kHighest = std::numeric_limits<int>::max();
+    const int kTries[] = {0, 2, kHighest};
+    for (const int limit : kTries) {
+        plc::test::logIn();
+        settings.retryLimit = limit;
+        settings.retryCount = 0;
+        RW_VAR write = makeWrite(1, 10, hex("04 B0"), 1, limit);
+        AddListWriteVar(&write, 0);
+        EXPECT_TRUE(example::giveUpTransaction(settings));
+        EXPECT_TRUE(PLC_driver.writeList.isEmpty()) << limit;
+        EXPECT_EQ(PLC_driver.loggedIn, 0) << limit;
+        EXPECT_EQ(settings.retryCount, 0) << limit;
+    }
+}
+
+TEST_F(TcpLinkExample, GivesUpARequestWhoseReplySizeIsKnownAtOnce)
+{
+    plc::test::logIn();
+    settings.retryLimit = std::numeric_limits<int>::max();
+    RW_VAR write = makeWrite(1, 10, hex("04 B0"), 1, 7);
+    AddListWriteVar(&write, 0);
+    ComCommunication();
+    EXPECT_EQ(plc::test::deliver(plc::test::refusedReply())->result, 0);
+    ASSERT_EQ(ComCommunication()->replyLength, 8);
+    EXPECT_TRUE(example::giveUpTransaction(settings));
+    EXPECT_EQ(PLC_driver.loggedIn, 0);
 }
 
 TEST_F(TcpLinkExample, ForgetsTheLoginWithNothingToSend)

@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
+#include <memory>
 
 #include "loaded_driver.h"
 
@@ -233,4 +237,75 @@ TEST(Loading, TwoCopiesServeTwoPlcsSideBySide)
         EXPECT_EQ(idle.getRegisterData(QStringLiteral("MAIN.speed"), 0, 0, 0, &value, 1), 0);
     }
     std::filesystem::remove(copy);
+}
+
+TEST(Loading, LinksToALoadedFileGiveItsObject)
+{
+    const std::string file = copyOfLibrary("plc_linked");
+    const std::string symbolic = file + ".symbolic";
+    const std::string hard = file + ".hard";
+    std::filesystem::create_symlink(file, symbolic);
+    std::filesystem::create_hard_link(file, hard);
+    {
+        LoadedDriver driver(file);
+        EXPECT_EQ(LoadedDriver(symbolic).symbol("PLC_driver"), driver.symbol("PLC_driver"));
+        EXPECT_EQ(LoadedDriver(hard).symbol("PLC_driver"), driver.symbol("PLC_driver"));
+    }
+    for (const std::string& path : {file, symbolic, hard})
+        std::filesystem::remove(path);
+}
+
+TEST(Loading, NewFileUnderTheNameOfALoadedOneGivesTheLoadedObject)
+{
+    const std::string path = copyOfLibrary("plc_named");
+    {
+        LoadedDriver driver(path);
+        std::filesystem::remove(path); // it stays in use
+        EXPECT_EQ(driver.queryFinishFlag(), 1);
+        ASSERT_EQ(copyOfLibrary("plc_named"), path);
+        EXPECT_EQ(LoadedDriver(path).symbol("PLC_driver"), driver.symbol("PLC_driver"));
+    }
+    std::filesystem::remove(path);
+}
+
+namespace {
+
+/// A copy of the library in memory, without a name in any folder.
+class CopyInMemory {
+public:
+    CopyInMemory() : m_descriptor(memfd_create("driver", 0))
+    {
+        std::ifstream file(PLC_LIBRARY, std::ios::binary);
+        const std::string content(std::istreambuf_iterator<char>(file), {});
+        EXPECT_EQ(write(m_descriptor, content.data(), content.size()), ssize_t(content.size()));
+    }
+    ~CopyInMemory() { close(m_descriptor); }
+    CopyInMemory(const CopyInMemory&) = delete;
+    CopyInMemory& operator=(const CopyInMemory&) = delete;
+
+    std::string path() const { return "/proc/self/fd/" + std::to_string(m_descriptor); }
+
+private:
+    int m_descriptor;
+};
+
+} // namespace
+
+TEST(Loading, CopiesBehindOpenDescriptorsAreObjectsOfTheirOwn)
+{
+    const CopyInMemory first, second;
+    LoadedDriver one(first.path());
+    LoadedDriver other(second.path());
+    EXPECT_NE(one.symbol("PLC_driver"), other.symbol("PLC_driver"));
+}
+
+TEST(Loading, DescriptorThatWasClosedIsTakenForTheLoadedFileWhenItsNumberComesBack)
+{
+    auto first = std::make_unique<CopyInMemory>();
+    const std::string path = first->path();
+    LoadedDriver one(path);
+    first.reset();
+    const CopyInMemory second;
+    ASSERT_EQ(second.path(), path);
+    EXPECT_EQ(LoadedDriver(second.path()).symbol("PLC_driver"), one.symbol("PLC_driver"));
 }
