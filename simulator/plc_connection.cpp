@@ -6,9 +6,12 @@
 namespace plc {
 namespace {
 
+/// Of the socket, and as much again of the parser.
 constexpr int kReceiveBufferSize = 128 * 1024;
-/// A client that sends without reading replies is not served beyond this.
-constexpr qint64 kMostUnsentBytes = qint64(1024) * 1024;
+/// What waits for a client that does not read: it is served only while its longest reply, sent
+/// twice, still fits in.
+constexpr qint64 kMostUnsentBytes = qint64(896) * 1024;
+constexpr qint64 kLongestDelivery = 2 * (kFrameHeaderSize + qint64(kLargestPayload));
 constexpr int kMostJoinedReplies = 16;
 constexpr int kPauseBetweenPieces = 1; // ms
 
@@ -47,14 +50,15 @@ void PlcConnection::receive()
 /// Serves what can be served now; returns whether more may follow at once.
 bool PlcConnection::serveNext()
 {
-    if (m_sending || m_silent || m_socket->state() != QAbstractSocket::ConnectedState ||
-        m_socket->bytesToWrite() > kMostUnsentBytes)
-        return false;
     ReplyDelivery joined;
+    if (m_sending || m_silent || m_socket->state() != QAbstractSocket::ConnectedState ||
+        !hasRoomFor(joined))
+        return false;
     int served = 0;
     QByteArray request;
     FrameParser::Outcome outcome = FrameParser::Outcome::Complete;
-    while (served < (m_settings->join ? kMostJoinedReplies : 1) && !joined.silence) {
+    while (served < (m_settings->join ? kMostJoinedReplies : 1) && !joined.silence &&
+           hasRoomFor(joined)) {
         outcome = m_parser.take(&request);
         if (outcome != FrameParser::Outcome::Complete)
             break;
@@ -69,6 +73,18 @@ bool PlcConnection::serveNext()
     else if (outcome != FrameParser::Outcome::NeedMore)
         refuseStream(outcome);
     return served > 0;
+}
+
+/// Whether one more reply may wait behind those that are `joined` already.
+bool PlcConnection::hasRoomFor(const ReplyDelivery& joined) const
+{
+    return m_socket->bytesToWrite() + joined.bytes.size() + kLongestDelivery <= kMostUnsentBytes;
+}
+
+qint64 PlcConnection::keptBytes() const
+{
+    return m_parser.bufferedBytes() + m_socket->bytesAvailable() + m_unsent.size() +
+           m_socket->bytesToWrite();
 }
 
 ReplyDelivery PlcConnection::answer(const QByteArray& request)
@@ -121,9 +137,14 @@ void PlcConnection::sendPieceAfter(int milliseconds)
 void PlcConnection::sendPiece()
 {
     const int fragment = m_settings->fragment;
-    const int size = fragment > 0 ? qMin(fragment, int(m_unsent.size())) : int(m_unsent.size());
-    const QByteArray piece = m_unsent.left(size);
-    m_unsent.remove(0, size);
+    QByteArray piece;
+    if (fragment > 0 && fragment < int(m_unsent.size())) {
+        piece = m_unsent.left(fragment);
+        m_unsent.remove(0, fragment);
+    } else {
+        // Handed on without a second copy of what may be long.
+        piece.swap(m_unsent);
+    }
     m_sending = !m_unsent.isEmpty();
     m_socket->write(piece);
     m_socket->flush();

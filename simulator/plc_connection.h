@@ -41,9 +41,13 @@ public:
 
     void close() { m_socket->abort(); }
 
+    /// Bytes of requests and replies that wait here for the client or because of it.
+    qint64 keptBytes() const;
+
 private:
     void receive();
     bool serveNext();
+    bool hasRoomFor(const ReplyDelivery& joined) const;
     ReplyDelivery answer(const QByteArray& request);
     void refuseStream(FrameParser::Outcome outcome);
     void deliver(const ReplyDelivery& delivery);

@@ -57,6 +57,14 @@ void PlcServer::disconnectClients()
         connection->close();
 }
 
+qint64 PlcServer::keptBytes() const
+{
+    qint64 bytes = 0;
+    for (const PlcConnection* connection : m_connections)
+        bytes += connection->keptBytes();
+    return bytes;
+}
+
 void PlcServer::accept()
 {
     while (QTcpSocket* socket = m_listener.nextPendingConnection()) {

@@ -38,6 +38,8 @@ public:
     /// Breaks all connections.
     void disconnectClients();
     int clients() const { return int(m_connections.size()); }
+    /// Bytes that wait for all clients or because of them.
+    qint64 keptBytes() const;
 
 private:
     void accept();

@@ -199,6 +199,61 @@ TEST_F(PlcServerTest, DoesNotServeAheadOfAClientThatReadsNoReplies)
     })) << received;
 }
 
+/// Sends so many requests for the largest reply, of which the client reads none, and returns the
+/// most that the simulator kept meanwhile.
+qint64 mostKeptFor(int requests, Client* client, const PlcServer& server,
+                   const ConnectionSettings& settings)
+{
+    client->socket().setReadBufferSize(1024);
+    // 65 entries of 1000 bytes: a reply of 65,077 bytes to a request of 668.
+    QByteArray entries = bytes("2e 00 00 00 00 41");
+    for (int entry = 0; entry < 65; ++entry)
+        entries += bytes("00 01 00 00 00 00 00 00 03 e8");
+    const QByteArray request = client->request(entries.toHex().constData());
+    for (int i = 0; i < requests; ++i)
+        client->socket().write(request);
+    Client other(server.port());
+    qint64 most = 0;
+    qint64 before = -1;
+    while (before + 1 != settings.requests) {
+        before = settings.requests;
+        other.exchange(bytes(test::kIdentification));
+        most = std::max(most, server.keptBytes());
+    }
+    return most;
+}
+
+constexpr qint64 kPromisedMemory = 1200000;
+
+TEST_F(PlcServerTest, KeepsNoMoreThanPromisedOfJoinedRepliesThatNobodyReads)
+{
+    Client client(m_server.port());
+    client.logIn();
+    m_settings.join = true;
+    const qint64 kept = mostKeptFor(1000, &client, m_server, m_settings);
+    EXPECT_LT(kept, kPromisedMemory);
+    EXPECT_GT(kept, 65077) << "something waits";
+    client.socket().setReadBufferSize(0);
+    qint64 received = 0;
+    EXPECT_TRUE(waitUntil([&] {
+        received += client.socket().readAll().size();
+        return received == qint64(1000) * 65077;
+    })) << received;
+}
+
+TEST_F(PlcServerTest, KeepsNoMoreThanPromisedOfJoinedRepliesThatComeLateAndTwice)
+{
+    Client client(m_server.port());
+    client.logIn();
+    m_settings.join = true;
+    m_faults.delayReply(1, 3600000);
+    for (int reply = 1; reply <= 16; ++reply)
+        m_faults.duplicateReply(reply);
+    const qint64 kept = mostKeptFor(100, &client, m_server, m_settings);
+    EXPECT_LT(kept, kPromisedMemory);
+    EXPECT_GT(kept, 2 * 65077) << "a reply waits, twice";
+}
+
 TEST_F(PlcServerTest, SendsRepliesInPieces)
 {
     m_settings.fragment = 1;
