@@ -256,7 +256,7 @@ std::optional<Project> parseProject(const QByteArray& json, const QString& name,
     if (const std::optional<RepeatedKey> repeated = findRepeatedKey(json)) {
         *error = QStringLiteral("%1: %2: key %3 stands twice in one object")
                      .arg(name, position(json, repeated->offset),
-                          quoted(QString::fromUtf8(repeated->name)));
+                          quoted(repeated->name));
         return {};
     }
     DocumentErrors errors(name);

@@ -1,5 +1,7 @@
 #include "host/project/repeated_key.h"
 
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
 #include <QtCore/QSet>
 
 #include <vector>
@@ -24,11 +26,20 @@ bool isFollowedByColon(const QByteArray& json, int position)
     return position < int(json.size()) && json[position] == ':';
 }
 
+/// The key that stands between these quotes. Escapes are read by whoever reads the document too, so
+/// that keys are alike here when they are alike there.
+QString decoded(const QByteArray& text)
+{
+    if (!text.contains('\\'))
+        return QString::fromUtf8(text);
+    return QJsonDocument::fromJson("[\"" + text + "\"]").array().at(0).toString();
+}
+
 } // namespace
 
 std::optional<RepeatedKey> findRepeatedKey(const QByteArray& json)
 {
-    std::vector<QSet<QByteArray>> openObjects;
+    std::vector<QSet<QString>> openObjects;
     int position = 0;
     while (position < int(json.size())) {
         const char character = json[position];
@@ -38,11 +49,11 @@ std::optional<RepeatedKey> findRepeatedKey(const QByteArray& json)
             openObjects.pop_back();
         } else if (character == '"') {
             const int end = behindText(json, position);
-            const QByteArray text = json.mid(position + 1, end - position - 2);
             if (isFollowedByColon(json, end) && !openObjects.empty()) {
-                if (openObjects.back().contains(text))
-                    return RepeatedKey{text, position};
-                openObjects.back().insert(text);
+                const QString key = decoded(json.mid(position + 1, end - position - 2));
+                if (openObjects.back().contains(key))
+                    return RepeatedKey{key, position};
+                openObjects.back().insert(key);
             }
             position = end;
             continue;

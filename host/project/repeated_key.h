@@ -2,6 +2,7 @@
 #define PLC_HOST_PROJECT_REPEATED_KEY_H
 
 #include <QtCore/QByteArray>
+#include <QtCore/QString>
 
 #include <optional>
 
@@ -9,8 +10,8 @@ namespace plc {
 
 /// A key that stands for the second time in its object.
 struct RepeatedKey {
-    QByteArray name; ///< As it stands in the text.
-    int offset;      ///< Of its opening quote.
+    QString name; ///< As it is read: "speed" for "spee\u0064" too.
+    int offset;   ///< Of its opening quote.
 };
 
 /// Finds the first repeated key of well-formed JSON. QJsonDocument keeps the last one of several
