@@ -1,6 +1,7 @@
 #include "host/data_point.h"
 
 #include "host/project/nearest_name.h"
+#include "host/project/value_limits.h"
 
 namespace plc {
 
@@ -42,6 +43,11 @@ std::optional<DataPoint> DataPointFinder::find(const QString& label, int element
                      .arg(label)
                      .arg(elements)
                      .arg(target->elements);
+        return {};
+    }
+    reason = valueLimitError(*target->variable, elements, m_settings.maxReadBytes);
+    if (!reason.isEmpty()) {
+        *error = QStringLiteral("%1*%2: %3").arg(label).arg(elements).arg(reason);
         return {};
     }
     DataPoint point;

@@ -8,30 +8,40 @@
 namespace plc {
 namespace {
 
-/// Builds the nodes that match, and those above them.
-class TreeBuilder {
+class TreeWalk {
 public:
-    TreeBuilder(const QString& pattern, int depth)
-        : m_pattern(pattern), m_depth(depth > 0 ? depth : std::numeric_limits<int>::max())
+    TreeWalk(const QString& pattern, int depth, const std::function<void(const SymbolNode&)>& visit)
+        : m_pattern(pattern),
+          m_depth(depth > 0 ? depth : std::numeric_limits<int>::max()),
+          m_visit(visit)
     {
     }
 
-    /// Adds `node` with what these variables make of it, if any of it matches.
-    void add(SymbolNode node, const QVector<Variable>& variables, int level,
-             std::vector<SymbolNode>* nodes) const
+    void walkScopes(const QVector<ScopeDefinition>& scopes) const
     {
-        for (const Variable& variable : variables)
-            addVariable(variable, node, level + 1, &node.children);
-        if (node.children.empty() && !matchesPattern(node.label, m_pattern))
-            return;
-        if (level >= m_depth)
-            node.children.clear();
-        nodes->push_back(node);
+        QVector<int> wanted;
+        for (int i = 0; i < int(scopes.size()); ++i) {
+            if (isWanted(scopeNode(scopes[i]), scopes[i].variables))
+                wanted.append(i);
+        }
+        for (const int i : wanted) {
+            SymbolNode node = scopeNode(scopes[i]);
+            node.isLast = i == wanted.last();
+            m_visit(node);
+            walkMembers(node, scopes[i].variables);
+        }
     }
 
 private:
-    void addVariable(const Variable& variable, const SymbolNode& parent, int level,
-                     std::vector<SymbolNode>* nodes) const
+    static SymbolNode scopeNode(const ScopeDefinition& scope)
+    {
+        SymbolNode node;
+        node.name = scope.name;
+        node.label = scope.name;
+        return node;
+    }
+
+    static SymbolNode nodeOf(const Variable& variable, const SymbolNode& parent)
     {
         SymbolNode node;
         node.name = variable.name + boundsText(variable);
@@ -39,27 +49,55 @@ private:
         node.variable = &variable;
         node.area = parent.variable == nullptr ? variable.area : parent.area;
         node.address = parent.address + variable.offset;
-        add(node, variable.structure ? variable.structure->members : QVector<Variable>(), level,
-            nodes);
+        node.level = parent.level + 1;
+        return node;
+    }
+
+    static QVector<Variable> membersOf(const Variable& variable)
+    {
+        return variable.structure ? variable.structure->members : QVector<Variable>();
+    }
+
+    /// Whether the node matches or something in it does.
+    bool isWanted(const SymbolNode& node, const QVector<Variable>& members) const
+    {
+        if (matchesPattern(node.label, m_pattern))
+            return true;
+        for (const Variable& member : members) {
+            if (isWanted(nodeOf(member, node), membersOf(member)))
+                return true;
+        }
+        return false;
+    }
+
+    void walkMembers(const SymbolNode& parent, const QVector<Variable>& members) const
+    {
+        if (parent.level >= m_depth)
+            return;
+        QVector<int> wanted;
+        for (int i = 0; i < int(members.size()); ++i) {
+            if (isWanted(nodeOf(members[i], parent), membersOf(members[i])))
+                wanted.append(i);
+        }
+        for (const int i : wanted) {
+            SymbolNode node = nodeOf(members[i], parent);
+            node.isLast = i == wanted.last();
+            m_visit(node);
+            walkMembers(node, membersOf(members[i]));
+        }
     }
 
     const QString& m_pattern;
     const int m_depth;
+    const std::function<void(const SymbolNode&)>& m_visit;
 };
 
 } // namespace
 
-std::vector<SymbolNode> symbolTree(const Project& project, const QString& pattern, int depth)
+void walkSymbolTree(const Project& project, const QString& pattern, int depth,
+                    const std::function<void(const SymbolNode&)>& visit)
 {
-    const TreeBuilder builder(pattern, depth);
-    std::vector<SymbolNode> scopes;
-    for (const ScopeDefinition& scope : project.scopes) {
-        SymbolNode node;
-        node.name = scope.name;
-        node.label = scope.name;
-        builder.add(node, scope.variables, 1, &scopes);
-    }
-    return scopes;
+    TreeWalk(pattern, depth, visit).walkScopes(project.scopes);
 }
 
 QString typeName(const Variable& variable)

@@ -3,26 +3,29 @@
 
 #include <QtCore/QString>
 
-#include <vector>
+#include <functional>
 
 #include "host/project/project.h"
 
 namespace plc {
 
-/// A scope, a variable or a member, with what it is made of. An array stands for its elements: the
+/// A scope, a variable or a member. An array stands for its elements: the
 /// address is that of the first one.
 struct SymbolNode {
     QString name;                       ///< With declared bounds: tank[1..6]
     QString label;                      ///< All from the scope on: Plant.tank[1..6].level
     const Variable* variable = nullptr; ///< Null for a scope.
     int area = 0;
-    qint64 address = 0; ///< In bytes; in bits for BIT.
-    std::vector<SymbolNode> children;
+    qint64 address = 0;  ///< In bytes; in bits for BIT.
+    int level = 1;       ///< 1 for a scope, 2 for a variable, 3 for its members, and so on.
+    bool isLast = false; ///< No more of this level come in what it is part of.
 };
 
-/// The scopes of the project that match `pattern` (see matchesPattern()) or have something in them
-/// that does, with these; `depth` levels of them, or all if it is 0.
-std::vector<SymbolNode> symbolTree(const Project& project, const QString& pattern, int depth);
+/// Visits the scopes of the project that match `pattern` (see matchesPattern()) or have something
+/// in them that does, each before these; `depth` levels of them, or all if it is 0. Nodes are made
+/// one at a time: structures of structures have far more of them than declarations.
+void walkSymbolTree(const Project& project, const QString& pattern, int depth,
+                    const std::function<void(const SymbolNode&)>& visit);
 
 /// "REAL", "STRING(19)" or the name of the structure.
 QString typeName(const Variable& variable);

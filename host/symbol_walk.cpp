@@ -21,22 +21,6 @@ QString firstSubscripts(const Variable& variable)
     return bracketed(texts);
 }
 
-void append(const QVector<Variable>& variables, const SymbolEntry& parent,
-            QVector<SymbolEntry>* entries)
-{
-    for (const Variable& variable : variables) {
-        SymbolEntry entry;
-        entry.pattern = parent.pattern + QLatin1Char('.') + variable.name + boundsText(variable);
-        entry.firstLabel =
-            parent.firstLabel + QLatin1Char('.') + variable.name + firstSubscripts(variable);
-        entry.variable = &variable;
-        if (variable.structure)
-            append(variable.structure->members, entry, entries);
-        else
-            entries->append(entry);
-    }
-}
-
 } // namespace
 
 QString boundsText(const Variable& variable)
@@ -47,12 +31,34 @@ QString boundsText(const Variable& variable)
     return bracketed(texts);
 }
 
-QVector<SymbolEntry> symbolEntries(const Project& project)
+bool SymbolEntries::Iterator::enterNextScope()
 {
-    QVector<SymbolEntry> entries;
-    for (const ScopeDefinition& scope : project.scopes)
-        append(scope.variables, SymbolEntry{scope.name, scope.name, nullptr}, &entries);
-    return entries;
+    if (m_nextScope >= int(m_project->scopes.size()))
+        return false;
+    const ScopeDefinition& scope = m_project->scopes[m_nextScope++];
+    m_levels.push_back({&scope.variables, 0, scope.name, scope.name});
+    return true;
+}
+
+void SymbolEntries::Iterator::findNext()
+{
+    m_entry.variable = nullptr;
+    while (!m_levels.empty() || enterNextScope()) {
+        Level& level = m_levels.back();
+        if (level.next >= int(level.variables->size())) {
+            m_levels.pop_back();
+            continue;
+        }
+        const Variable& variable = level.variables->at(level.next++);
+        const QString name = QLatin1Char('.') + variable.name;
+        m_entry.pattern = level.pattern + name + boundsText(variable);
+        m_entry.firstLabel = level.firstLabel + name + firstSubscripts(variable);
+        if (!variable.structure) {
+            m_entry.variable = &variable;
+            return;
+        }
+        m_levels.push_back({&variable.structure->members, 0, m_entry.pattern, m_entry.firstLabel});
+    }
 }
 
 bool matchesPattern(const QString& text, const QString& pattern)

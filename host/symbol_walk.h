@@ -4,6 +4,9 @@
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
+#include <iterator>
+#include <vector>
+
 #include "host/project/project.h"
 
 namespace plc {
@@ -15,8 +18,66 @@ struct SymbolEntry {
     const Variable* variable = nullptr;
 };
 
+/// The entries of a project, which must outlive this unchanged. They are made one at a time:
+/// structures of structures have far more of them than declarations.
+class SymbolEntries {
+public:
+    class Iterator {
+    public:
+        using iterator_category = std::input_iterator_tag;
+        using value_type = SymbolEntry;
+        using difference_type = std::ptrdiff_t;
+        using pointer = const SymbolEntry*;
+        using reference = const SymbolEntry&;
+
+        /// The end.
+        Iterator() = default;
+        explicit Iterator(const Project& project) : m_project(&project) { findNext(); }
+
+        reference operator*() const { return m_entry; }
+        pointer operator->() const { return &m_entry; }
+        Iterator& operator++()
+        {
+            findNext();
+            return *this;
+        }
+        bool operator!=(const Iterator& other) const
+        {
+            return m_entry.variable != other.m_entry.variable;
+        }
+
+    private:
+        /// A scope or a structure, part of the way through.
+        struct Level {
+            const QVector<Variable>* variables;
+            int next;
+            QString pattern;
+            QString firstLabel;
+        };
+
+        void findNext();
+        bool enterNextScope();
+
+        const Project* m_project = nullptr;
+        int m_nextScope = 0;
+        std::vector<Level> m_levels; ///< The outermost first.
+        SymbolEntry m_entry;         ///< Without a variable at the end.
+    };
+
+    explicit SymbolEntries(const Project& project) : m_project(project) {}
+
+    Iterator begin() const { return Iterator(m_project); }
+    Iterator end() const { return {}; }
+
+private:
+    const Project& m_project;
+};
+
 /// All of them, in the order of their declaration, structures taken apart.
-QVector<SymbolEntry> symbolEntries(const Project& project);
+inline SymbolEntries symbolEntries(const Project& project)
+{
+    return SymbolEntries(project);
+}
 
 /// The declared bounds as a label has them, "[1..6]"; nothing for what is no array.
 QString boundsText(const Variable& variable);

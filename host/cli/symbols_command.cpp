@@ -45,10 +45,10 @@ QString nodeText(const SymbolNode& node)
                                           : text + QStringLiteral(", ") + variable.description;
 }
 
-QString nodeJson(const SymbolNode& node, int level)
+QString nodeJson(const SymbolNode& node)
 {
     JsonLine line;
-    line.add("level", qint64(level));
+    line.add("level", qint64(node.level));
     line.add("label", node.label);
     if (node.variable == nullptr)
         return line.text();
@@ -68,24 +68,27 @@ QString nodeJson(const SymbolNode& node, int level)
     return line.text();
 }
 
-void printNodesJson(const std::vector<SymbolNode>& nodes, int level)
-{
-    for (const SymbolNode& node : nodes) {
-        print(nodeJson(node, level));
-        printNodesJson(node.children, level + 1);
+/// Draws the branches before the nodes as they come.
+class TreePrinter {
+public:
+    void add(const SymbolNode& node)
+    {
+        // A scope stands at the root, and what it is made of one level below without an indent.
+        if (node.level == 1) {
+            m_indents = QStringList{QString()};
+            print(nodeText(node));
+            return;
+        }
+        m_indents = m_indents.mid(0, node.level - 1);
+        print(m_indents.last() + (node.isLast ? QStringLiteral("└─ ") : QStringLiteral("├─ ")) +
+              nodeText(node));
+        m_indents.append(m_indents.last() +
+                         (node.isLast ? QStringLiteral("   ") : QStringLiteral("│  ")));
     }
-}
 
-/// `indent` stands before the lines of all these nodes.
-void printNodes(const std::vector<SymbolNode>& nodes, const QString& indent)
-{
-    for (const SymbolNode& node : nodes) {
-        const bool isLast = &node == &nodes.back();
-        print(indent + (isLast ? QStringLiteral("└─ ") : QStringLiteral("├─ ")) + nodeText(node));
-        printNodes(node.children,
-                   indent + (isLast ? QStringLiteral("   ") : QStringLiteral("│  ")));
-    }
-}
+private:
+    QStringList m_indents; ///< Before the nodes of level 2, 3 and so on.
+};
 
 /// All variables of a project, with their labels.
 struct PlacedVariables {
@@ -167,16 +170,14 @@ int printOverlaps(const PlacedVariables& all, bool json)
 int showTree(const CommandContext& context)
 {
     const Options& options = context.options;
-    const std::vector<SymbolNode> scopes =
-        symbolTree(context.project, options.arguments.value(0), options.symbols.depth);
-    if (options.json) {
-        printNodesJson(scopes, 1);
-        return kExitDone;
-    }
-    for (const SymbolNode& scope : scopes) {
-        print(nodeText(scope));
-        printNodes(scope.children, QString());
-    }
+    TreePrinter printer;
+    walkSymbolTree(context.project, options.arguments.value(0), options.symbols.depth,
+                   [&](const SymbolNode& node) {
+                       if (options.json)
+                           print(nodeJson(node));
+                       else
+                           printer.add(node);
+                   });
     return kExitDone;
 }
 

@@ -8,6 +8,7 @@
 #include "host/project/memory_layout.h"
 #include "host/project/nearest_name.h"
 #include "host/project/signal_reader.h"
+#include "host/project/value_limits.h"
 
 namespace plc {
 namespace {
@@ -16,6 +17,9 @@ constexpr qint64 kHighestOffset = std::numeric_limits<qint32>::max();
 constexpr qint64 kLowestBound = std::numeric_limits<qint32>::min();
 // The driver is told the bound behind the last element, which must be a 32-bit number too.
 constexpr qint64 kHighestBound = kHighestOffset - 1;
+
+/// Counts of values go no further, however often structures multiply.
+constexpr qint64 kMostCounted = Q_INT64_C(1000000000000000);
 
 QString readName(const JsonNode& node)
 {
@@ -148,10 +152,10 @@ QVector<std::shared_ptr<const StructureType>> DeclarationReader::readStructures(
         if (findIecType(name) != nullptr)
             nameNode.fail(QStringLiteral("%1 is the name of an IEC type").arg(quoted(name)));
         order.append(name);
-        m_structures.insert(name, {node, nullptr, 0});
+        m_structures.insert(name, {node, nullptr, 0, 0});
     }
     for (const QString& name : order) {
-        if (list.errors()->isEmpty() && !m_structures.value(name, {list, {}, 0}).type)
+        if (list.errors()->isEmpty() && !m_structures.value(name, {list, {}, 0, 0}).type)
             readStructure(name);
     }
     return m_finished;
@@ -193,7 +197,10 @@ void DeclarationReader::readStructure(const QString& name)
     }
     checkNothingShared(list, type->members, paths, labels);
     m_underWay.removeLast();
-    m_structures.insert(name, {node, type, m_deepestMember + 1});
+    qint64 values = 0;
+    for (const Variable& member : type->members)
+        values = std::min(values + countValues(member), kMostCounted);
+    m_structures.insert(name, {node, type, m_deepestMember + 1, values});
     m_deepestMember = outerDeepest;
     m_finished.append(type);
 }
@@ -234,6 +241,7 @@ QVector<ScopeDefinition> DeclarationReader::readScopes(const JsonNode& list)
         checkUnique(node.member("name"), &names);
         if (!list.errors()->isEmpty())
             return {};
+        checkCount(scope, node);
         for (int index = 0; index < int(scope.variables.size()); ++index) {
             all.append(scope.variables[index]);
             paths.append(QStringLiteral("%1/variables/%2").arg(node.path()).arg(index));
@@ -244,6 +252,34 @@ QVector<ScopeDefinition> DeclarationReader::readScopes(const JsonNode& list)
     if (m_rule == SharedMemoryRule::Refused)
         checkNothingShared(list, all, paths, labels);
     return scopes;
+}
+
+/// 1 for a value of an elementary type and for an array of them.
+qint64 DeclarationReader::countValues(const Variable& variable) const
+{
+    return variable.structure ? m_structures.constFind(variable.structure->name)->values : 1;
+}
+
+/// A few lines can declare more values than can ever be listed, each structure holding several of
+/// the one before.
+void DeclarationReader::checkCount(const ScopeDefinition& scope, const JsonNode& node)
+{
+    for (int index = 0; index < int(scope.variables.size()); ++index) {
+        const Variable& variable = scope.variables[index];
+        const qint64 count = countValues(variable);
+        m_values = std::min(m_values + count, kMostCounted);
+        if (m_values <= kMostDeclaredValues)
+            continue;
+        node.errors()->report(
+            QStringLiteral("%1/variables/%2").arg(node.path()).arg(index),
+            QStringLiteral("%1.%2 stands for %3%4 values, its structures taken apart, and the "
+                           "project with it for more than the %5 that it may have")
+                .arg(scope.name, variable.name,
+                     count == kMostCounted ? QStringLiteral("at least ") : QString())
+                .arg(count)
+                .arg(kMostDeclaredValues));
+        return;
+    }
 }
 
 ScopeDefinition DeclarationReader::readScope(const JsonNode& node)

@@ -34,6 +34,7 @@ private:
         JsonNode node;
         std::shared_ptr<const StructureType> type;
         int nesting = 0;
+        qint64 values = 0; ///< Of an elementary type, all structures taken apart.
     };
 
     void readStructure(const QString& name);
@@ -44,6 +45,8 @@ private:
     Variable readVariable(const JsonNode& node);
     void readType(const JsonNode& node, Variable* variable);
     void checkArea(const JsonNode& node, const Variable& variable) const;
+    qint64 countValues(const Variable& variable) const;
+    void checkCount(const ScopeDefinition& scope, const JsonNode& node);
 
     QVector<MemoryArea> m_areas;
     SharedMemoryRule m_rule; ///< For variables of scopes.
@@ -51,6 +54,7 @@ private:
     QVector<std::shared_ptr<const StructureType>> m_finished;
     QStringList m_underWay; ///< Structures being read, the outermost first.
     int m_deepestMember = 0;
+    qint64 m_values = 0; ///< Of the scopes read so far.
 };
 
 } // namespace plc

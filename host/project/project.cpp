@@ -13,6 +13,7 @@
 #include "host/project/label_lookup.h"
 #include "host/project/nearest_name.h"
 #include "host/project/repeated_key.h"
+#include "host/project/value_limits.h"
 
 namespace plc {
 namespace {
@@ -119,7 +120,9 @@ QVector<MemoryArea> readAreas(const JsonNode& list)
 class CyclicReader {
 public:
     explicit CyclicReader(const Project& project)
-        : m_finder(project), m_multiStation(project.settings.multiStation)
+        : m_finder(project),
+          m_multiStation(project.settings.multiStation),
+          m_maxReadBytes(project.settings.maxReadBytes)
     {
     }
 
@@ -169,10 +172,14 @@ private:
             error = QStringLiteral("%1 elements from here, but the array ends after %2")
                         .arg(form.elements)
                         .arg(target->elements);
+        } else if (target) {
+            error = valueLimitError(*target->variable, form.elements, m_maxReadBytes);
         }
         std::optional<QStringList> labels;
         if (error.isEmpty())
             labels = expandPattern(*parts, kMostCyclicLabels - int(m_labels.size()), &error);
+        if (labels && !hasRoomFor(*target->variable, form.elements, labels->size(), &error))
+            labels.reset();
         if (!labels) {
             node.fail(QStringLiteral("label %1: %2").arg(quoted(label), error));
             return;
@@ -181,9 +188,33 @@ private:
             m_labels.append({each, form.elements, form.station});
     }
 
+    /// Adds so many values to those before them. Returns false and sets `error` when all together
+    /// are too large.
+    bool hasRoomFor(const Variable& variable, qint64 elements, qint64 values, QString* error)
+    {
+        m_bytes += values * bufferBytes(variable, elements);
+        m_pieces += values * transferPieces(variable, elements, m_maxReadBytes);
+        if (m_bytes > kMostCyclicBytes) {
+            *error = QStringLiteral("the cyclic values up to here have %1 bytes, and may have %2")
+                         .arg(m_bytes)
+                         .arg(kMostCyclicBytes);
+        } else if (m_pieces > kMostCyclicPieces) {
+            *error = QStringLiteral(
+                         "the cyclic values up to here fall into %1 pieces of at most "
+                         "%2 bytes (maxReadBytes), and may fall into %3")
+                         .arg(m_pieces)
+                         .arg(m_maxReadBytes)
+                         .arg(kMostCyclicPieces);
+        }
+        return error->isEmpty();
+    }
+
     LabelFinder m_finder;
     bool m_multiStation;
+    int m_maxReadBytes;
     QVector<CyclicLabel> m_labels;
+    qint64 m_bytes = 0;
+    qint64 m_pieces = 0;
 };
 
 Project readProject(const JsonNode& root, SharedMemoryRule rule)
@@ -255,8 +286,7 @@ std::optional<Project> parseProject(const QByteArray& json, const QString& name,
     }
     if (const std::optional<RepeatedKey> repeated = findRepeatedKey(json)) {
         *error = QStringLiteral("%1: %2: key %3 stands twice in one object")
-                     .arg(name, position(json, repeated->offset),
-                          quoted(repeated->name));
+                     .arg(name, position(json, repeated->offset), quoted(repeated->name));
         return {};
     }
     DocumentErrors errors(name);

@@ -99,19 +99,71 @@ TEST(DataPointFinder, DriverWithOtherSymbolsIsNoticed)
               "driver must be given this project's symbols");
 }
 
+TEST(DataPointFinder, SliceThatTheDriverWouldNotReadIsRefused)
+{
+    Project project = testProject();
+    Variable bytes;
+    bytes.name = QStringLiteral("bytes");
+    bytes.type = findIecType(QStringLiteral("BYTE"));
+    bytes.dimensions = {{0, 2147483646}};
+    project.scopes = {{QStringLiteral("Large"), {bytes}}};
+    const DataPointFinder points(project, builtDriver());
+    const auto complaint = [&points](const char* text) {
+        QString error;
+        EXPECT_FALSE(points.find(QString::fromLatin1(text), &error));
+        return error.toStdString();
+    };
+    // The driver's buffer has two bytes for each BYTE.
+    EXPECT_EQ(complaint("Large.bytes[0]*8388609"),
+              "Large.bytes[0]*8388609: 8388609 elements are 16777218 bytes as the driver reads "
+              "them; one value has at most 16777216 (16 MiB)");
+    EXPECT_THAT(complaint("Large.bytes[0]*2147483647"),
+                ::testing::HasSubstr("at most 16777216 (16 MiB)"));
+    // One less would do, and is looked for in the driver, which has no symbols here.
+    EXPECT_THAT(complaint("Large.bytes[0]*8388608"), ::testing::HasSubstr("address -1"));
+}
+
 TEST(SymbolWalk, TakesStructuresApartAndKeepsBounds)
 {
     const Project project = testProject();
-    const QVector<SymbolEntry> entries = symbolEntries(project);
+    QVector<SymbolEntry> entries;
     QStringList patterns;
-    for (const SymbolEntry& entry : entries)
+    for (const SymbolEntry& entry : symbolEntries(project)) {
+        entries.append(entry);
         patterns.append(entry.pattern);
+    }
     EXPECT_EQ(patterns.value(0), "Io.start");
     EXPECT_TRUE(patterns.contains(QStringLiteral("Main.table[0..3,1..5]")));
     const int axis = int(patterns.indexOf(QStringLiteral("Main.axis[1..4].speed")));
     ASSERT_GE(axis, 0);
     EXPECT_EQ(entries[axis].firstLabel, "Main.axis[1].speed");
     EXPECT_STREQ(entries[axis].variable->type->name, "INT");
+}
+
+TEST(SymbolWalk, GoesOnBehindStructuresAndEmptyScopes)
+{
+    const auto patterns = [](const Project& symbols) {
+        QStringList found;
+        for (const SymbolEntry& entry : symbolEntries(symbols))
+            found.append(entry.pattern);
+        return found.join(QLatin1Char(' ')).toStdString();
+    };
+    const auto named = [](const char* name) {
+        Variable variable;
+        variable.name = QString::fromLatin1(name);
+        return variable;
+    };
+    auto structure = std::make_shared<StructureType>();
+    structure->members = {named("x"), named("y")};
+    Variable part = named("part");
+    part.structure = structure;
+    Project project;
+    EXPECT_EQ(patterns(project), "");
+    project.scopes = {{QStringLiteral("None"), {}},
+                      {QStringLiteral("A"), {named("a"), part, named("b")}},
+                      {QStringLiteral("None2"), {}},
+                      {QStringLiteral("B"), {part}}};
+    EXPECT_EQ(patterns(project), "A.a A.part.x A.part.y A.b B.part.x B.part.y");
 }
 
 TEST(SymbolWalk, PatternsMatchAnywhereUnlessTheyHaveWildcards)

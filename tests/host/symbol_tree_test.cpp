@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "host/project/iec_types.h"
 #include "tests/project/project_text.h"
 
 namespace plc {
@@ -27,19 +28,14 @@ protected:
     std::vector<std::string> lines(const char* pattern = "", int depth = 0)
     {
         std::vector<std::string> lines;
-        append(symbolTree(project, QLatin1String(pattern), depth), "", &lines);
+        walkSymbolTree(project, QLatin1String(pattern), depth, [&lines](const SymbolNode& node) {
+            lines.push_back(
+                std::string(size_t(2 * (node.level - 1)), ' ') + node.label.toStdString() +
+                (node.variable == nullptr
+                     ? ""
+                     : " " + std::to_string(node.area) + ":" + std::to_string(node.address)));
+        });
         return lines;
-    }
-    static void append(const std::vector<SymbolNode>& nodes, const std::string& indent,
-                       std::vector<std::string>* lines)
-    {
-        for (const SymbolNode& node : nodes) {
-            lines->push_back(indent + node.label.toStdString() +
-                             (node.variable == nullptr ? ""
-                                                       : " " + std::to_string(node.area) + ":" +
-                                                             std::to_string(node.address)));
-            append(node.children, indent + "  ", lines);
-        }
     }
 
     Project project = goodProject(projectText(kVariables, kStructures));
@@ -70,6 +66,45 @@ TEST_F(SymbolTree, ShowsWhatMatchesAndWhatItIsPartOf)
     EXPECT_THAT(lines("lam"), ElementsAre("MAIN", "  MAIN.lamp 2:35"));
     EXPECT_THAT(lines("*.speed", 2), ElementsAre("MAIN", "  MAIN.pump[1..3] 1:100"));
     EXPECT_THAT(lines("none"), IsEmpty());
+}
+
+TEST_F(SymbolTree, TellsTheLastOfWhatIsShown)
+{
+    std::vector<std::string> last;
+    walkSymbolTree(project, QStringLiteral("M*o*"), 0, [&last](const SymbolNode& node) {
+        if (node.isLast)
+            last.push_back(node.label.toStdString());
+    });
+    // Of the pump flow matches too, of the scope neither lamp nor text.
+    EXPECT_THAT(last, ElementsAre("MAIN", "MAIN.pump[1..3]", "MAIN.pump[1..3].motors[0..1]",
+                                  "MAIN.pump[1..3].motors[0..1].speed"));
+}
+
+TEST_F(SymbolTree, ShowsTheFirstLevelsOfStructuresThatMultiply)
+{
+    // 50^16 values: nobody waits for a walk through all of them.
+    Project large;
+    auto inner = std::make_shared<StructureType>();
+    inner->name = QStringLiteral("S1");
+    Variable value;
+    value.type = findIecType(QStringLiteral("BYTE"));
+    value.name = QStringLiteral("value");
+    inner->members = QVector<Variable>(50, value);
+    for (int level = 2; level <= 16; ++level) {
+        Variable member;
+        member.name = QStringLiteral("member");
+        member.structure = inner;
+        inner = std::make_shared<StructureType>();
+        inner->name = QStringLiteral("S%1").arg(level);
+        inner->members = QVector<Variable>(50, member);
+    }
+    Variable top;
+    top.name = QStringLiteral("top");
+    top.structure = inner;
+    large.scopes.append({QStringLiteral("G"), {top}});
+    int nodes = 0;
+    walkSymbolTree(large, QString(), 3, [&nodes](const SymbolNode&) { ++nodes; });
+    EXPECT_EQ(1 + 1 + 50, nodes);
 }
 
 TEST_F(SymbolTree, NamesTypes)

@@ -342,6 +342,25 @@ TEST(ProjectErrors, RepeatedKeyIsFoundByItsPlace)
                       " \"name\": \"\\\"\", \"name\" : \"b\"}"));
 }
 
+TEST(ProjectErrors, KeySpeltWithEscapesIsTheSameKey)
+{
+    EXPECT_EQ("line 1, column 48: key \"name\" stands twice in one object",
+              errorOf(R"({"name": "a", "areas": [], "scopes": [],       "n\u0061me": "b"})"));
+    EXPECT_EQ("line 1, column 25: key \"a/\\u0009\\\\\" stands twice in one object",
+              errorOf(R"({"a\/\t\\": "a",        "a/\u0009\u005C": "b"})"));
+    // Above the first plane an escape has two halves; the other spelling is four bytes of UTF-8.
+    EXPECT_NE(std::string::npos,
+              errorOf("{\"\\ud83d\\ude00\": 1, \"\xf0\x9f\x98\x80\": 2}").find("stands twice"));
+}
+
+TEST(ProjectErrors, KeysWhoseEscapesDifferAreNoRepetition)
+{
+    EXPECT_EQ("key \"name\" is missing",
+              errorOf(R"({"areas": [], "scopes": [], "description": "\u0061"})"));
+    EXPECT_EQ(std::string::npos,
+              errorOf(R"({"\u0061": 1, "\u0062": 2, "\\u0061": 3})").find("twice"));
+}
+
 TEST(ProjectErrors, EqualKeysOfDifferentObjectsAreNoRepetition)
 {
     EXPECT_EQ("", errorOf(R"({"name": "name", "areas": [{"index": 1, "size": 1},
@@ -365,6 +384,122 @@ TEST(ProjectErrors, VariablesOfDifferentScopesAreCompared)
                       [{"name": "a", "type": "INT", "area": 0, "offset": 0}]},
                   {"name": "B", "variables":
                       [{"name": "b", "type": "INT", "area": 0, "offset": 1}]}]})"));
+}
+
+/// The error of a project with an array in an area of 2 GB and a slice of it.
+std::string sliceError(const char* type, const char* elements, int maxReadBytes = 65528)
+{
+    return errorOf(QByteArray(R"({"name": "n", "settings": {"maxReadBytes": )") +
+                   QByteArray::number(maxReadBytes) +
+                   R"(}, "areas": [{"index": 1, "size": 2147483647}], "scopes": [{"name": "A",
+                       "variables": [{"name": "v", "area": 1, "offset": 0,
+                       "array": [[0, 8400000]], )" +
+                   type + R"(}]}],
+                       "cyclic": [{"label": "A.v[0]", "elements": )" +
+                   elements + "}]}");
+}
+
+TEST(ProjectErrors, SlicesOfMoreThan16MebibytesAreRefused)
+{
+    EXPECT_EQ("", sliceError(R"("type": "DINT")", "4194304"));
+    EXPECT_EQ(
+        "/cyclic/0/label: label \"A.v[0]\": 4194305 elements are 16777220 bytes as the driver "
+        "reads them; one value has at most 16777216 (16 MiB)",
+        sliceError(R"("type": "DINT")", "4194305"));
+    // The driver's buffer has a register for each byte, and a byte for each truth value.
+    EXPECT_EQ("", sliceError(R"("type": "USINT")", "8388608"));
+    EXPECT_NE("", sliceError(R"("type": "USINT")", "8388609"));
+    EXPECT_EQ("", sliceError(R"("type": "BOOL")", "8400001"));
+    // 65793 texts: 65792 x 255 + 11 bytes, one more for a whole register.
+    EXPECT_EQ("", sliceError(R"("type": "STRING", "length": 10)", "65793"));
+    EXPECT_EQ(
+        "/cyclic/0/label: label \"A.v[0]\": 65794 elements are 16777226 bytes as the driver "
+        "reads them; one value has at most 16777216 (16 MiB)",
+        sliceError(R"("type": "STRING", "length": 10)", "65794"));
+}
+
+TEST(ProjectErrors, SlicesOfMoreThan65536PiecesAreRefused)
+{
+    EXPECT_EQ("", sliceError(R"("type": "BYTE")", "6553600", 100));
+    EXPECT_EQ(
+        "/cyclic/0/label: label \"A.v[0]\": 6553601 elements fall into 65537 pieces of at "
+        "most 100 bytes (maxReadBytes); one value has at most 65536 pieces",
+        sliceError(R"("type": "BYTE")", "6553601", 100));
+}
+
+TEST(ProjectErrors, NumbersOfElementsBeyondTheArrayAreRefused)
+{
+    EXPECT_EQ(
+        "/cyclic/0/label: label \"A.v[0]\": 2147483646 elements from here, but the array ends "
+        "after 8400001",
+        sliceError(R"("type": "BYTE")", "2147483646"));
+}
+
+/// The error of a project with these slices of an array of 16 MiB, each {first, elements}.
+std::string slicesError(const std::vector<std::pair<int, int>>& slices, int maxReadBytes)
+{
+    QByteArray cyclic;
+    for (const auto& slice : slices) {
+        cyclic += (cyclic.isEmpty() ? "" : ", ") + QByteArray(R"({"label": "A.v[)") +
+                  QByteArray::number(slice.first) + R"(]", "elements": )" +
+                  QByteArray::number(slice.second) + "}";
+    }
+    return errorOf(R"({"name": "n", "settings": {"maxReadBytes": )" +
+                   QByteArray::number(maxReadBytes) +
+                   R"(}, "areas": [{"index": 1, "size": 16777216}], "scopes": [{"name": "A",
+                       "variables": [{"name": "v", "area": 1, "offset": 0, "type": "DINT",
+                       "array": [[0, 4194303]]}]}], "cyclic": [)" +
+                   cyclic + "]}");
+}
+
+TEST(ProjectErrors, CyclicValuesTogetherHaveALimit)
+{
+    std::vector<std::pair<int, int>> slices(16, {0, 4194304});
+    EXPECT_EQ("", slicesError(slices, 65528));
+    slices.push_back({5, 1});
+    EXPECT_EQ(
+        "/cyclic/16/label: label \"A.v[5]\": the cyclic values up to here have 268435460 "
+        "bytes, and may have 268435456",
+        slicesError(slices, 65528));
+    // Slices of 65,536 pieces: the sixteenth ends at 1,048,576.
+    slices.assign(16, {0, 65536});
+    EXPECT_EQ(
+        "/cyclic/15/label: label \"A.v[0]\": the cyclic values up to here fall into 1048576 "
+        "pieces of at most 4 bytes (maxReadBytes), and may fall into 1000000",
+        slicesError(slices, 4));
+}
+
+TEST(ProjectErrors, StructuresThatMultiplyAreRefused)
+{
+    // Ten members each: S6 stands for a million values, S16 for 10^16.
+    QByteArray structures;
+    for (int level = 1; level <= 16; ++level) {
+        structures += (level == 1 ? "" : ", ") + QByteArray(R"({"name": "S)") +
+                      QByteArray::number(level) + R"(", "size": 1, "members": [)";
+        for (int member = 0; member < 10; ++member) {
+            structures +=
+                (member == 0 ? "" : ", ") + QByteArray(R"({"name": "m)") +
+                QByteArray::number(member) + R"(", "offset": 0, "overlay": true, "type": ")" +
+                (level == 1 ? QByteArray("BYTE") : "S" + QByteArray::number(level - 1)) + R"("})";
+        }
+        structures += "]}";
+    }
+    const auto variable = [](const char* name, const char* type, const char* more = "") {
+        return QByteArray(R"({"name": ")") + name +
+               R"(", "area": 1, "offset": 0, "overlay": true, )" + R"("type": ")" + type + "\"" +
+               more + "}";
+    };
+    EXPECT_EQ("",
+              errorOf(projectText(variable("a", "S6", R"(, "array": [[1, 1000]])"), structures)));
+    EXPECT_EQ(
+        "/scopes/0/variables/1: MAIN.b stands for 1 values, its structures taken apart, and "
+        "the project with it for more than the 1000000 that it may have",
+        errorOf(projectText(variable("a", "S6") + "," + variable("b", "BYTE"), structures)));
+    EXPECT_EQ(
+        "/scopes/0/variables/0: MAIN.a stands for at least 1000000000000000 values, its "
+        "structures taken apart, and the project with it for more than the 1000000 that it "
+        "may have",
+        errorOf(projectText(variable("a", "S16"), structures)));
 }
 
 TEST(ProjectErrors, RangesStandForAtMost100000Labels)

@@ -1,0 +1,64 @@
+#include "host/project/value_limits.h"
+
+#include "host/project/iec_types.h"
+#include "host/project/memory_layout.h"
+
+namespace plc {
+namespace {
+
+constexpr int kRegisterSize = 2;
+constexpr int kBitsPerWord = 16;
+constexpr qint64 kBytesPerMebibyte = qint64(1024) * 1024;
+
+} // namespace
+
+qint64 transferBytes(const Variable& variable, qint64 elements)
+{
+    if (isBit(*variable.type)) {
+        const qint64 bits = variable.offset % kBitsPerWord + elements;
+        return (bits + kBitsPerWord - 1) / kBitsPerWord * kRegisterSize;
+    }
+    if (!isText(*variable.type))
+        return elements * variable.type->size;
+    const qint64 bytes = (elements - 1) * kTextElementStride + elementSize(variable);
+    return bytes + bytes % kRegisterSize;
+}
+
+qint64 bufferBytes(const Variable& variable, qint64 elements)
+{
+    const bool isFlag = variable.type->format == ValueFormat::Boolean;
+    return qMax(transferBytes(variable, elements),
+                elements * (isFlag || isText(*variable.type) ? 1 : kRegisterSize));
+}
+
+qint64 transferPieces(const Variable& variable, qint64 elements, int maxReadBytes)
+{
+    return (transferBytes(variable, elements) + maxReadBytes - 1) / maxReadBytes;
+}
+
+QString valueLimitError(const Variable& variable, qint64 elements, int maxReadBytes)
+{
+    const qint64 bytes = bufferBytes(variable, elements);
+    if (bytes > kMostBytesOfValue) {
+        return QStringLiteral(
+                   "%1 elements are %2 bytes as the driver reads them; one value has at "
+                   "most %3 (%4 MiB)")
+            .arg(elements)
+            .arg(bytes)
+            .arg(kMostBytesOfValue)
+            .arg(kMostBytesOfValue / kBytesPerMebibyte);
+    }
+    const qint64 pieces = transferPieces(variable, elements, maxReadBytes);
+    if (pieces > kMostPiecesOfValue) {
+        return QStringLiteral(
+                   "%1 elements fall into %2 pieces of at most %3 bytes (maxReadBytes); "
+                   "one value has at most %4 pieces")
+            .arg(elements)
+            .arg(pieces)
+            .arg(maxReadBytes)
+            .arg(kMostPiecesOfValue);
+    }
+    return {};
+}
+
+} // namespace plc
