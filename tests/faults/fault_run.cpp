@@ -38,7 +38,7 @@ Project projectOf(const HostSettings& settings)
 {
     QString error;
     const std::optional<Project> project =
-        parseProject(projectJson(settings), QStringLiteral("project"), &error);
+        parseProject(projectJson(settings, kArrays), QStringLiteral("project"), &error);
     if (!project)
         ADD_FAILURE() << error.toStdString();
     return project.value_or(Project());
@@ -55,7 +55,7 @@ FaultRun::FaultRun(const DriverFunctions& driver, std::uint32_t seed)
     const QString projectFile = m_folder.filePath(QStringLiteral("project.json"));
     QFile file(projectFile);
     EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(projectJson(m_settings));
+    file.write(projectJson(m_settings, kArrays));
     file.close();
     m_plc = std::make_unique<SimulatedPlc>(projectFile);
     FaultTimes times;

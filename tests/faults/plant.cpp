@@ -1,5 +1,6 @@
 #include "faults/plant.h"
 
+#include <QtCore/QMap>
 #include <QtCore/QStringList>
 
 #include "faults/frames.h"
@@ -36,6 +37,7 @@ PlannedWrite wordWrite(int index, int number)
     return {element(kWords, index),
             {Value(quint64(number))},
             {{kWords.area, address, false, bigEndianBytes(quint32(number), 2)}},
+            2,
             true};
 }
 
@@ -46,6 +48,7 @@ PlannedWrite longWrite(int index, int number)
     return {element(kLongs, index),
             {Value(quint64(value))},
             {{kLongs.area, address, false, bigEndianBytes(value, 4)}},
+            4,
             true};
 }
 
@@ -54,6 +57,7 @@ PlannedWrite bitWrite(int index, bool isSet)
     return {element(kBits, index),
             {Value(isSet)},
             {{kBits.area, quint32(index), true, QByteArray(1, isSet ? '\1' : '\0')}},
+            1,
             false};
 }
 
@@ -61,7 +65,7 @@ PlannedWrite blockWrite(int number)
 {
     const QByteArray word = bigEndianBytes(quint32(number), 2);
     PlannedWrite write{
-        wholeArray(kBlock), QVector<Value>(kBlock.elements, Value(quint64(number))), {}, true};
+        wholeArray(kBlock), QVector<Value>(kBlock.elements, Value(quint64(number))), {}, 2, true};
     for (int at = 0; at < memorySize(kBlock); at += kMostBytesOfPiece) {
         const int size = qMin(kMostBytesOfPiece, memorySize(kBlock) - at);
         write.pieces.append({kBlock.area, quint32(kBlock.address + at), false,
@@ -80,11 +84,31 @@ const QVector<Array> kArrays{{"a", Array::Word, 1, 0, 300},
                              kBits,
                              kBlock};
 
-QByteArray projectJson(const HostSettings& settings)
+const QVector<Array> kStampedArrays{{"a", Array::Word, 1, 0, 300},
+                                    {"b", Array::Word, 1, 600, 300},
+                                    {"c", Array::Long, 1, 1200, 3},
+                                    {"d", Array::Long, 1, 1212, 1},
+                                    {"e", Array::Word, 1, 1218, 96},
+                                    {"f", Array::Word, 1, 1790, 2},
+                                    {"g", Array::Long, 1, 1796, 2},
+                                    kWords,
+                                    kLongs,
+                                    kBits,
+                                    kBlock,
+                                    {"head", Array::Word, 4, 0, 1},
+                                    {"full", Array::Word, 4, 2, 450},
+                                    {"tail", Array::Long, 4, 902, 1},
+                                    {"r0", Array::Word, 5, 0, 1},
+                                    {"r1", Array::Word, 5, 2, 1},
+                                    {"r2", Array::Word, 5, 4, 1},
+                                    {"r3", Array::Word, 5, 6, 1}};
+
+QByteArray projectJson(const HostSettings& settings, const QVector<Array>& arrays)
 {
     static const char* const kTypeNames[] = {"BIT", "UINT", "UDINT"};
-    QStringList variables, cyclic;
-    for (const Array& array : kArrays) {
+    QStringList variables, cyclic, areas;
+    QMap<int, int> sizes;
+    for (const Array& array : arrays) {
         const int offset = array.type == Array::Bit ? 16 * array.address : array.address;
         variables += QStringLiteral(
                          "{'name':'%1','type':'%2','area':%3,'offset':%4,"
@@ -96,22 +120,25 @@ QByteArray projectJson(const HostSettings& settings)
         cyclic += QStringLiteral("{'label':'F.%1[0]','elements':%2}")
                       .arg(QLatin1String(array.name))
                       .arg(array.elements);
+        sizes[array.area] = qMax(sizes.value(array.area), array.address + memorySize(array));
     }
-    const QString json = QStringLiteral(
-                             "{'name':'Faults','settings':{'maxReadBytes':%1,'retryLimit':%2,"
-                             "'connectTimeout':%3,'replyTimeout':%4,'reconnectDelay':%5,"
-                             "'reconnectDelayLimit':%6,'staleAfter':60000},")
-                             .arg(settings.maxReadBytes)
-                             .arg(settings.retryLimit)
-                             .arg(settings.connectTimeout)
-                             .arg(settings.replyTimeout)
-                             .arg(settings.reconnectDelay)
-                             .arg(settings.reconnectDelayLimit) +
-                         QStringLiteral(
-                             "'areas':[{'index':1,'size':3000},{'index':2,'size':8},"
-                             "{'index':3,'size':1200}],'scopes':[{'name':'F','variables':[%1]}],"
-                             "'cyclic':[%2]}")
-                             .arg(variables.join(QLatin1Char(',')), cyclic.join(QLatin1Char(',')));
+    for (auto size = sizes.cbegin(); size != sizes.cend(); ++size)
+        areas += QStringLiteral("{'index':%1,'size':%2}").arg(size.key()).arg(size.value());
+    const QString json =
+        QStringLiteral(
+            "{'name':'Faults','settings':{'maxReadBytes':%1,'retryLimit':%2,"
+            "'connectTimeout':%3,'replyTimeout':%4,'reconnectDelay':%5,"
+            "'reconnectDelayLimit':%6,'staleAfter':%7},")
+            .arg(settings.maxReadBytes)
+            .arg(settings.retryLimit)
+            .arg(settings.connectTimeout)
+            .arg(settings.replyTimeout)
+            .arg(settings.reconnectDelay)
+            .arg(settings.reconnectDelayLimit)
+            .arg(settings.staleAfter) +
+        QStringLiteral("'areas':[%1],'scopes':[{'name':'F','variables':[%2]}],'cyclic':[%3]}")
+            .arg(areas.join(QLatin1Char(',')), variables.join(QLatin1Char(',')),
+                 cyclic.join(QLatin1Char(',')));
     return json.toUtf8().replace('\'', '"');
 }
 
@@ -145,6 +172,20 @@ QVector<Value> expectedValues(const Array& array, const QByteArray& memory)
             values.append(Value(quint64(bigEndian(memory, 4 * i, 4))));
     }
     return values;
+}
+
+QByteArray memoryOf(const Array& array, const QVector<Value>& values)
+{
+    QByteArray memory;
+    quint32 bits = 0;
+    for (int i = 0; i < values.size(); ++i) {
+        if (array.type == Array::Bit)
+            bits |= quint32(std::get<bool>(values[i])) << i;
+        else
+            memory += bigEndianBytes(quint32(std::get<quint64>(values[i])),
+                                     array.type == Array::Word ? 2 : 4);
+    }
+    return array.type == Array::Bit ? bigEndianBytes(bits, 2) : memory;
 }
 
 PlannedWrite anyWrite(test::Random* random, int number)

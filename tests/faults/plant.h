@@ -19,11 +19,8 @@ struct HostSettings {
     int replyTimeout = 80;
     int reconnectDelay = 5;
     int reconnectDelayLimit = 40;
+    int staleAfter = 60000;
 };
-
-/// The project file of the plant that all runs use. Its cyclic values take several requests, some
-/// of which ask for equally many bytes.
-QByteArray projectJson(const HostSettings& settings);
 
 /// An array of the plant and where its first element lies in the PLC's memory, by hand.
 struct Array {
@@ -33,7 +30,15 @@ struct Array {
     int address; ///< In bytes.
     int elements;
 };
+/// Of the plant behind a faulty wire. Its values take several requests, some of which ask for
+/// equally many bytes.
 extern const QVector<Array> kArrays;
+/// Of the plant whose memory is another one in each reply: values on both sides of every place
+/// where a merged range may be cut, as large as one request carries and larger.
+extern const QVector<Array> kStampedArrays;
+
+/// The project file of a plant with these arrays, all of which are read cyclically.
+QByteArray projectJson(const HostSettings& settings, const QVector<Array>& arrays);
 
 /// All elements of an array as the host names them.
 QString wholeArray(const Array& array);
@@ -41,6 +46,8 @@ QString wholeArray(const Array& array);
 QVector<Value> expectedValues(const Array& array, const QByteArray& memory);
 /// Bytes of PLC memory that an array takes.
 int memorySize(const Array& array);
+/// The same as the PLC's bytes, the other way round than expectedValues().
+QByteArray memoryOf(const Array& array, const QVector<Value>& values);
 
 /// Part of a value that a write request carries.
 struct WritePiece {
@@ -55,11 +62,12 @@ struct PlannedWrite {
     QString target; ///< As the host names it.
     QVector<Value> values;
     QVector<WritePiece> pieces;
+    int elementSize = 0; ///< In bytes; of a bit, which has one byte of data, 1.
     /// Nothing else in the run writes these bytes.
     bool isUnmistakable = false;
 };
 
-/// Any write; `number` marks its value.
+/// Any write to an array that both plants have; `number` marks its value.
 PlannedWrite anyWrite(test::Random* random, int number);
 /// Writes to each kind of place, with values marked by the numbers from `number` on.
 QVector<PlannedWrite> writesOfEachKind(int number);

@@ -2,7 +2,9 @@
 #define PLC_TESTS_FAULTS_RUN_OPTIONS_H
 
 #include <cstdint>
+#include <numeric>
 #include <string>
+#include <vector>
 
 namespace plc {
 namespace faults {
@@ -11,13 +13,39 @@ namespace faults {
 struct RunOptions {
     std::uint32_t runs = 30;
     std::uint32_t firstSeed = 1;
-    std::string program; ///< As it was called.
+    bool isStamped = false; ///< Whether the runs with a stamped plant are made, too.
+    std::string program;    ///< As it was called.
 };
 
 inline RunOptions& runOptions()
 {
     static RunOptions options;
     return options;
+}
+
+/// The seeds of these runs.
+inline std::vector<std::uint32_t> seedsOfRuns()
+{
+    std::vector<std::uint32_t> seeds(runOptions().runs);
+    std::iota(seeds.begin(), seeds.end(), runOptions().firstSeed);
+    return seeds;
+}
+
+/// The seeds of the runs with a stamped plant.
+inline std::vector<std::uint32_t> seedsOfStampedRuns()
+{
+    return runOptions().isStamped ? seedsOfRuns() : std::vector<std::uint32_t>();
+}
+
+/// The seeds of those among them that are also made with programs, which take seconds each.
+inline std::vector<std::uint32_t> seedsOfProcesses()
+{
+    constexpr std::uint32_t kRunsForEach = 100;
+    if (!runOptions().isStamped)
+        return {};
+    std::vector<std::uint32_t> seeds((runOptions().runs + kRunsForEach - 1) / kRunsForEach);
+    std::iota(seeds.begin(), seeds.end(), runOptions().firstSeed);
+    return seeds;
 }
 
 } // namespace faults

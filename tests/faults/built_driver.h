@@ -1,0 +1,29 @@
+#ifndef PLC_TESTS_FAULTS_BUILT_DRIVER_H
+#define PLC_TESTS_FAULTS_BUILT_DRIVER_H
+
+#include <gtest/gtest.h>
+
+#include "host/driver_library.h"
+
+namespace plc {
+namespace faults {
+
+/// The library that was built with the tests. Loaded once: the driver of a host stays for as long
+/// as the host runs.
+inline const DriverFunctions& builtDriver()
+{
+    static const DriverFunctions functions = [] {
+        QString error;
+        const std::optional<DriverFunctions> loaded =
+            loadDriver(QStringLiteral(PLC_LIBRARY), &error);
+        if (!loaded)
+            ADD_FAILURE() << error.toStdString();
+        return loaded.value_or(DriverFunctions());
+    }();
+    return functions;
+}
+
+} // namespace faults
+} // namespace plc
+
+#endif
