@@ -57,6 +57,8 @@ This package holds the header, the CMake package, the pkg-config file and the
 documents.")
 if(PLC_QT_MAJOR EQUAL 6)
   set(plc_qt_development_package qt6-base-dev)
+elseif(PLC_QT_MAJOR EQUAL 4)
+  set(plc_qt_development_package libqt4-dev)
 else()
   set(plc_qt_development_package qtbase5-dev)
 endif()

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 namespace plc {
@@ -48,9 +49,12 @@ bool isOfThisProgramsKind(const Header& header)
 std::optional<quint64> placeOf(const std::vector<Segment>& segments, quint64 address)
 {
     for (const Segment& segment : segments) {
-        if (segment.p_type == PT_LOAD && address >= segment.p_vaddr &&
-            address - segment.p_vaddr < segment.p_filesz)
-            return address - segment.p_vaddr + segment.p_offset;
+        if (segment.p_type != PT_LOAD || address < segment.p_vaddr)
+            continue;
+        const quint64 inside = address - segment.p_vaddr;
+        if (inside < segment.p_filesz &&
+            segment.p_offset <= std::numeric_limits<quint64>::max() - inside)
+            return segment.p_offset + inside;
     }
     return std::nullopt;
 }
