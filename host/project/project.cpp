@@ -178,7 +178,8 @@ private:
         std::optional<QStringList> labels;
         if (error.isEmpty())
             labels = expandPattern(*parts, kMostCyclicLabels - int(m_labels.size()), &error);
-        if (labels && !hasRoomFor(*target->variable, form.elements, labels->size(), &error))
+        if (target && labels &&
+            !hasRoomFor(*target->variable, form.elements, labels->size(), &error))
             labels.reset();
         if (!labels) {
             node.fail(QStringLiteral("label %1: %2").arg(quoted(label), error));
