@@ -13,6 +13,8 @@ bool receiveFrame(QTcpSocket& socket, int timeout, QByteArray* frame)
     while (frame->size() < size) {
         if (socket.bytesAvailable() == 0 && !socket.waitForReadyRead(int(deadline.remainingTime())))
             return false;
+        if (deadline.hasExpired())
+            return false; // it came, but too late: this process may have been stopped
         *frame += socket.read(size - frame->size());
         if (frame->size() >= kHeaderSize)
             size = kHeaderSize + (uchar(frame->at(4)) << 8 | uchar(frame->at(5)));

@@ -126,6 +126,17 @@ TEST_F(TcpLinkExample, TakesRepliesInSingleBytes)
     EXPECT_EQ(level(), hex("05 DC"));
 }
 
+TEST_F(TcpLinkExample, TakesNoReplyThatWaitedBeyondItsDeadline)
+{
+    const Simulator simulator({});
+    readLevel();
+    connectTo(simulator);
+    socket.write(ComCommunication()->frame);
+    ASSERT_TRUE(socket.waitForReadyRead(kPatience));
+    QByteArray frame;
+    EXPECT_FALSE(example::receiveFrame(socket, 0, &frame));
+}
+
 TEST_F(TcpLinkExample, RecoversFromAReplyThatNeverComes)
 {
     expectRecovery({QStringLiteral("--drop-replies"), QStringLiteral("1")});
