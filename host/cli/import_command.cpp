@@ -10,15 +10,13 @@
 
 #include "host/cli/console.h"
 #include "host/cli/progress.h"
+#include "host/iec/file_format.h"
 #include "host/project/project_document.h"
 
 namespace plc {
 namespace {
 
 constexpr qint64 kLargestFile = qint64(32) * 1024 * 1024;
-/// Of a kind that says the same of many variables.
-constexpr int kShownWarnings = 20;
-
 std::optional<QByteArray> readFile(const QString& path, QString* error)
 {
     QFile file(path);
@@ -47,6 +45,11 @@ std::optional<QVector<iec::SourceFile>> readSources(const QStringList& paths, QS
         const std::optional<QByteArray> bytes = readFile(path, error);
         if (!bytes)
             return {};
+        const QString foreign = iec::foreignFormat(*bytes);
+        if (!foreign.isEmpty()) {
+            *error = QStringLiteral("%1: is %2").arg(path, foreign);
+            return {};
+        }
         sources.append({path, iec::decodeSource(*bytes)});
     }
     return sources;
@@ -63,19 +66,6 @@ iec::ImportResult importSources(const QVector<iec::SourceFile>& sources,
     Progress progress(QStringLiteral("importing"), QStringLiteral("characters"), characters, 0);
     return iec::importDeclarations(sources, options, diagnostics,
                                    [&](qint64 done) { progress.advance(done, clock.elapsed()); });
-}
-
-void showDiagnostics(const QVector<iec::SourceFile>& sources, const iec::Diagnostics& diagnostics)
-{
-    int warnings = 0;
-    for (const iec::Diagnostic& diagnostic : diagnostics.list()) {
-        const bool isWarning = diagnostic.severity == iec::Diagnostic::Warning;
-        if (isWarning && ++warnings > kShownWarnings)
-            continue;
-        printError(iec::diagnosticText(sources, diagnostic));
-    }
-    if (warnings > kShownWarnings)
-        complain(QStringLiteral("%1 more warnings").arg(warnings - kShownWarnings));
 }
 
 /// The project that the symbols belong into, or a new one. Returns nothing and sets `error` when it
@@ -136,7 +126,9 @@ int importSymbols(const Options& options)
         return failed(error);
     iec::Diagnostics diagnostics;
     const iec::ImportResult result = importSources(*sources, options.import.places, &diagnostics);
-    showDiagnostics(*sources, diagnostics);
+    for (const QString& text :
+         iec::diagnosticTexts(*sources, diagnostics, options.import.allWarnings))
+        printError(text);
     if (diagnostics.errorCount() > 0)
         return failed(QStringLiteral("%1; nothing was written")
                           .arg(counted(diagnostics.errorCount(), "error")));

@@ -75,6 +75,7 @@ Options for import:
   --base AREA:OFFSET   place variables without an address one behind the other from here
   --align N            values lie at multiples of their size or of N: 1, 2, 4 or 8 (4)
   --scope NAME         scope of the global variables; without one, labels begin with the dot
+  --all-warnings       show each variable that is left out, and not only the first 20
 Options for run, watch, log and stats:
   --for SECONDS        end after this time
   --cycle MS           time from one pass over all values to the next, at least (100)
@@ -167,7 +168,7 @@ const OptionDescription kOptions[] = {
     {"gap", true, kForSymbols},        {"merge", true, kForImport},
     {"name", true, kForImport},        {"area", true, kForImport},
     {"base", true, kForImport},        {"align", true, kForImport},
-    {"scope", true, kForImport}};
+    {"scope", true, kForImport},       {"all-warnings", false, kForImport}};
 
 bool isFor(Command command, Use use)
 {
@@ -441,6 +442,7 @@ ImportOptions readImportValues(OptionReader* reader)
     import.places.base = readBase(reader);
     import.places.alignment = reader->integer("align", 1, 8, import.places.alignment);
     import.places.globalScope = reader->text("scope");
+    import.allWarnings = reader->has("all-warnings");
     return import;
 }
 

@@ -49,6 +49,7 @@ struct ImportOptions {
     QString output; ///< Empty: the standard output.
     QString merged; ///< The project that the symbols are put into; empty: a new one.
     QString name;   ///< Of a new project; empty: that of the first file.
+    bool allWarnings = false;
 };
 
 /// Whether the log's file is a database, by its suffix, and not CSV.

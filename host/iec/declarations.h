@@ -1,7 +1,10 @@
 #ifndef PLC_HOST_IEC_DECLARATIONS_H
 #define PLC_HOST_IEC_DECLARATIONS_H
 
+#include <QtCore/QSet>
+
 #include <memory>
+#include <optional>
 
 #include "host/iec/token.h"
 
@@ -48,6 +51,7 @@ struct TypeSpec {
     std::shared_ptr<const TypeSpec> element; ///< Array
     QVector<Declaration> members;            ///< Structure, Union
     QVector<Enumerator> enumerators;
+    std::optional<int> packAlignment; ///< Structure, Union: the largest within, where it is set.
 };
 
 struct TypeDefinition {
@@ -68,6 +72,7 @@ struct Declarations {
     QVector<TypeDefinition> types;
     Scope globals;
     QVector<Scope> programs;
+    QSet<QString> functionBlocks; ///< Names, in lower case.
 };
 
 } // namespace iec

@@ -97,13 +97,27 @@ private:
         return true;
     }
 
-    void leaveOut(const Declaration& declaration, const QString& why)
+    void leaveOut(const Declaration& declaration, WarningKind kind, const QString& why)
     {
         ++m_result.leftOut;
         m_diagnostics->warning(
-            declaration.position,
+            declaration.position, kind,
             QStringLiteral("%1 is left out: %2").arg(quoted(declaration.name), why));
     }
+
+    /// Instances of function blocks, mostly.
+    void leaveOutUnknown(const Declaration& declaration)
+    {
+        const QString why = m_types.unknownText(*declaration.type);
+        if (m_options.base) {
+            leaveOut(declaration, WarningKind::UnknownSize,
+                     why + QStringLiteral(". Its size is not known, and what is placed behind it "
+                                          "may lie elsewhere in the controller"));
+        } else {
+            leaveOut(declaration, WarningKind::FunctionBlock, why);
+        }
+    }
+
     bool fail(const Position& position, const QString& text)
     {
         m_diagnostics->error(position, text);
@@ -120,9 +134,14 @@ private:
         // Constants are for the compiler; they need no memory.
         if (declaration.isConstant)
             return false;
+        if (!m_types.isKnown(*declaration.type)) {
+            leaveOutUnknown(declaration);
+            return false;
+        }
         if (!m_options.base) {
-            leaveOut(declaration, QStringLiteral("it has no address; give it one with AT, or let "
-                                                 "--base AREA:OFFSET place it"));
+            leaveOut(declaration, WarningKind::NoAddress,
+                     QStringLiteral("it has no address; give it one with AT, or let --base "
+                                    "AREA:OFFSET place it"));
             return false;
         }
         return placeNext(declaration, scope, variable);
@@ -147,12 +166,14 @@ private:
                                             .arg(quoted(token.text), expected));
         }
         if (address->place == DirectAddress::Process) {
-            leaveOut(declaration, QStringLiteral("inputs and outputs lie in no memory area; copy "
-                                                 "it to a variable at a %M address"));
+            leaveOut(declaration, WarningKind::ProcessAddress,
+                     QStringLiteral("inputs and outputs lie in no memory area; copy "
+                                    "it to a variable at a %M address"));
             return false;
         }
         if (address->place == DirectAddress::Open) {
-            leaveOut(declaration, QStringLiteral("its address is left to the controller"));
+            leaveOut(declaration, WarningKind::OpenAddress,
+                     QStringLiteral("its address is left to the controller"));
             return false;
         }
         if (!resolve(declaration, scope, variable))
@@ -218,13 +239,6 @@ private:
 
     bool placeNext(const Declaration& declaration, const QString& scope, Variable* variable)
     {
-        // Instances of function blocks, mostly.
-        if (!m_types.isKnown(*declaration.type)) {
-            leaveOut(declaration, QStringLiteral("its type %1 is not declared in these files, and "
-                                                 "its size not known")
-                                      .arg(quoted(declaration.type->name)));
-            return false;
-        }
         if (!resolve(declaration, scope, variable))
             return false;
         if (variable->type != nullptr && isBit(*variable->type))
@@ -265,7 +279,7 @@ private:
                                      where + QStringLiteral("; choose another --base"));
                 continue;
             }
-            m_diagnostics->warning(covered.position,
+            m_diagnostics->warning(covered.position, WarningKind::Overlay,
                                    where + QStringLiteral("; it is marked as an overlay"));
             m_result.project.scopes[covered.scope].variables[covered.variable].overlay = true;
         }

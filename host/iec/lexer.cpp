@@ -134,7 +134,10 @@ bool Lexer::skipBlock(const char* opening, const char* closing, bool nests, Toke
             advance(1);
         }
     }
-    addComment(start.line, nests ? m_text.mid(contents, m_at - size - contents) : QString(), token);
+    const QString inside = m_text.mid(contents, m_at - size - contents);
+    addComment(start.line, nests ? inside : QString(), token);
+    if (!nests)
+        token->pragmas.append({start, inside});
     return true;
 }
 

@@ -1,6 +1,7 @@
 #include "host/iec/parser.h"
 
 #include "host/iec/description.h"
+#include "host/iec/pragma.h"
 #include "host/project/nearest_name.h"
 
 namespace plc {
@@ -20,8 +21,7 @@ struct SkippedUnit {
     const char* keyword;
     const char* end;
 };
-const SkippedUnit kSkippedUnits[] = {{"FUNCTION_BLOCK", "END_FUNCTION_BLOCK"},
-                                     {"FUNCTION", "END_FUNCTION"},
+const SkippedUnit kSkippedUnits[] = {{"FUNCTION", "END_FUNCTION"},
                                      {"ACTION", "END_ACTION"},
                                      {"INTERFACE", "END_INTERFACE"},
                                      {"VAR_CONFIG", "END_VAR"},
@@ -29,6 +29,10 @@ const SkippedUnit kSkippedUnits[] = {{"FUNCTION_BLOCK", "END_FUNCTION_BLOCK"},
 
 const char* const kKeptSections[] = {"VAR", "VAR_INPUT", "VAR_OUTPUT", "VAR_STAT"};
 const char* const kSkippedSections[] = {"VAR_IN_OUT", "VAR_TEMP", "VAR_EXTERNAL", "VAR_INST"};
+
+/// Between FUNCTION_BLOCK and its name.
+const char* const kModifiers[] = {"ABSTRACT", "FINAL",     "PUBLIC",
+                                  "PRIVATE",  "PROTECTED", "INTERNAL"};
 
 const char* const kQualifiers[] = {"RETAIN",  "PERSISTENT", "NON_RETAIN", "PUBLIC",
                                    "PRIVATE", "PROTECTED",  "INTERNAL"};
@@ -80,6 +84,7 @@ bool Parser::atAny(const char* const (&keywords)[count]) const
 
 Token Parser::take()
 {
+    readPragmas(false);
     Token taken = m_token;
     m_token = m_isAbandoned ? Token() : m_lexer.next();
     return taken;
@@ -113,20 +118,92 @@ bool Parser::skipParentheses()
 
 void Parser::skipPast(const char* keyword)
 {
-    const Token first = take();
+    m_isSkipping = true;
+    skipFrom(take(), keyword);
+}
+
+/// `first` is where it began, and taken already.
+void Parser::skipFrom(const Token& first, const char* keyword)
+{
+    m_isSkipping = true;
     while (!atEnd() && !at(keyword))
         take();
     if (atEnd() && !m_isAbandoned) {
-        m_diagnostics->warning(first.position, QStringLiteral("%1 has no %2; the rest of the file "
-                                                              "was skipped")
-                                                   .arg(first.text, QLatin1String(keyword)));
+        m_diagnostics->warning(first.position, WarningKind::SkippedPart,
+                               QStringLiteral("%1 has no %2; the rest of the file was skipped")
+                                   .arg(first.text, QLatin1String(keyword)));
     }
     take();
+    m_isSkipping = false;
+}
+
+/// Only its name counts: for those who look for its instances.
+void Parser::skipFunctionBlock()
+{
+    m_isSkipping = true;
+    const Token first = take();
+    while (atAny(kModifiers))
+        take();
+    if (m_token.kind == Token::Name)
+        m_declarations->functionBlocks.insert(m_token.text.toLower());
+    skipFrom(first, "END_FUNCTION_BLOCK");
+}
+
+// Pragmas
+
+/// Those before the next token. What they say of the layout is kept for the structure that comes,
+/// if this is a place for it.
+void Parser::readPragmas(bool isClaimed)
+{
+    const QVector<Pragma> pragmas = m_isSkipping ? QVector<Pragma>() : m_token.pragmas;
+    m_token.pragmas.clear();
+    for (const Pragma& pragma : pragmas) {
+        const PragmaMeaning meaning = meaningOf(pragma);
+        const std::optional<int> alignment = packAlignment(meaning.value);
+        if (meaning.kind == PragmaMeaning::Conditional) {
+            warnOfPragma(pragma, QStringLiteral("conditions are not looked at: what stands behind "
+                                                "{IF} and {ELSE} is all read"));
+        } else if (meaning.kind == PragmaMeaning::Unknown) {
+            warnOfPragma(pragma, QStringLiteral("this pragma is not known and skipped; by its name "
+                                                "it may change addresses"));
+        } else if (meaning.kind == PragmaMeaning::PackMode && !alignment) {
+            warnOfPragma(pragma, QStringLiteral("found the pack_mode %1, expected 0, 1, 2, 4 or 8; "
+                                                "it is skipped, and addresses may differ")
+                                     .arg(quoted(meaning.value)));
+        } else if (meaning.kind == PragmaMeaning::PackMode) {
+            std::optional<Pack> before = m_pack;
+            m_pack = Pack{*alignment, pragma};
+            if (!isClaimed)
+                m_pack.swap(before);
+            if (before)
+                warnOfUselessPack(before->pragma);
+        }
+    }
+}
+
+/// No structure came for it.
+void Parser::dropPack()
+{
+    if (m_pack)
+        warnOfUselessPack(m_pack->pragma);
+    m_pack.reset();
+}
+
+void Parser::warnOfUselessPack(const Pragma& pragma)
+{
+    warnOfPragma(pragma,
+                 QStringLiteral("this pack_mode stands before no structure and is skipped"));
+}
+
+void Parser::warnOfPragma(const Pragma& pragma, const QString& text)
+{
+    m_diagnostics->warning(pragma.position, WarningKind::Layout, text);
 }
 
 /// Skips the rest of a declaration.
 void Parser::recover()
 {
+    m_pack.reset();
     while (!atEnd() && !at(";") && !atAny(kDeclarationLimits))
         take();
     skip(";");
@@ -158,6 +235,8 @@ void Parser::parseUnit()
         if (at(unit.keyword))
             return skipPast(unit.end);
     }
+    if (at("FUNCTION_BLOCK"))
+        return skipFunctionBlock();
     if (at("TYPE"))
         return parseTypes();
     if (at("VAR_GLOBAL"))
@@ -201,13 +280,16 @@ void Parser::parseProgram()
     scope.position = name.position;
     parseProgramSections(&scope);
     m_declarations->programs.append(scope);
+    m_isSkipping = true;
     while (!atEnd() && !at("END_PROGRAM") && !atAny(kUnitKeywords)) {
         if (m_token.kind == Token::Broken && m_token.text.endsWith(QLatin1String("comment")))
             fail(QStringLiteral("END_PROGRAM"));
         take();
     }
-    if (!skip("END_PROGRAM") && !m_isAbandoned) {
-        m_diagnostics->warning(name.position,
+    const bool isEnded = skip("END_PROGRAM");
+    m_isSkipping = false;
+    if (!isEnded && !m_isAbandoned) {
+        m_diagnostics->warning(name.position, WarningKind::SkippedPart,
                                QStringLiteral("program %1 has no END_PROGRAM").arg(name.text));
     }
 }
@@ -247,7 +329,10 @@ void Parser::parseVariables(QVector<Declaration>* variables)
 
 void Parser::parseTypes()
 {
+    claimPragmas();
+    const std::optional<Pack> ofSection = m_pack;
     const Token section = take();
+    const int typesBefore = int(m_declarations->types.size());
     while (!at("END_TYPE")) {
         if (atEnd() || m_diagnostics->isFull() || atAny(kUnitKeywords)) {
             fail(QStringLiteral("a type or END_TYPE for the TYPE of line %1")
@@ -262,10 +347,15 @@ void Parser::parseTypes()
             take();
     }
     take();
+    if (ofSection && int(m_declarations->types.size()) > typesBefore + 1) {
+        warnOfPragma(ofSection->pragma, QStringLiteral("this pack_mode stands before TYPE and "
+                                                       "counts for its first type alone"));
+    }
 }
 
 bool Parser::parseTypeDefinition()
 {
+    claimPragmas();
     const Token name = m_token;
     TypeDefinition definition;
     if (name.kind != Token::Name)
@@ -283,6 +373,7 @@ bool Parser::parseTypeDefinition()
     Expression initial;
     if (!type || (at(":=") && !parseInitial(false, &initial)))
         return false;
+    dropPack();
     if (type->kind == TypeSpec::Structure)
         type->name = extended;
     // Programming systems leave the semicolon out behind END_STRUCT.
@@ -301,6 +392,7 @@ bool Parser::parseDeclaration(bool isConstant, QVector<Declaration>* list)
 {
     if (m_progressed)
         m_progressed(m_lexer.offset());
+    claimPragmas();
     const Token first = m_token;
     QVector<Declaration> declarations;
     if (!parseNames(&declarations) || !parseAddress(&declarations))
@@ -313,6 +405,7 @@ bool Parser::parseDeclaration(bool isConstant, QVector<Declaration>* list)
     Expression initial;
     if (!type)
         return false;
+    dropPack();
     if (at(":=") && !parseInitial(isConstant, &initial))
         return false;
     if (!at(";"))
@@ -463,6 +556,10 @@ bool Parser::parseArray(TypeSpec* type)
 
 bool Parser::parseMembers(TypeSpec* type)
 {
+    claimPragmas();
+    if (m_pack)
+        type->packAlignment = m_pack->alignment;
+    m_pack.reset();
     const Token opening = take();
     const bool isUnion = opening.is("UNION");
     const char* const end = isUnion ? "END_UNION" : "END_STRUCT";

@@ -52,6 +52,13 @@ private:
     bool parsePointer(TypeSpec* type);
     bool parseExpression(const char* expected, Expression* expression);
 
+    // Pragmas.
+    void readPragmas(bool isClaimed);
+    void claimPragmas() { readPragmas(true); }
+    void dropPack();
+    void warnOfUselessPack(const Pragma& pragma);
+    void warnOfPragma(const Pragma& pragma, const QString& text);
+
     // Tokens.
     bool at(const char* keywordOrSymbol) const { return m_token.is(keywordOrSymbol); }
     bool atEnd() const { return m_token.kind == Token::End; }
@@ -62,6 +69,8 @@ private:
     bool expect(const char* keywordOrSymbol);
     bool skipParentheses();
     void skipPast(const char* keyword);
+    void skipFrom(const Token& first, const char* keyword);
+    void skipFunctionBlock();
     void recover();
     bool fail(const QString& expected);
     void abandon(const QString& text);
@@ -71,6 +80,13 @@ private:
     Diagnostics* m_diagnostics;
     Progressed m_progressed;
     Token m_token; ///< The next one.
+    /// Of a pack_mode that has not come to its structure yet.
+    struct Pack {
+        int alignment;
+        Pragma pragma;
+    };
+    std::optional<Pack> m_pack;
+    bool m_isSkipping = false; ///< What no variable comes from.
     int m_depth = 0;
     bool m_isAbandoned = false;
 };

@@ -17,6 +17,12 @@ struct Comment {
     QString text;
 };
 
+/// {attribute 'pack_mode' := '1'}
+struct Pragma {
+    Position position;
+    QString text; ///< Between the braces.
+};
+
 struct Token {
     enum Kind {
         End,
@@ -32,6 +38,7 @@ struct Token {
     QString text; ///< As it stands in the file.
     Position position;
     QVector<Comment> comments; ///< Between the token before and this one.
+    QVector<Pragma> pragmas;   ///< The same.
 
     bool is(const char* keywordOrSymbol) const
     {

@@ -18,6 +18,13 @@ constexpr int kUsualTextLength = 80;
 /// Names of types that stand for others, one behind the other.
 constexpr int kMostAliases = 30;
 
+constexpr int kHighestAlignment = 8;
+
+/// Of IEC 61131-3 and of what all programming systems bring along.
+const char* const kStandardFunctionBlocks[] = {"TON",  "TOF", "TP",     "CTU",    "CTD",
+                                               "CTUD", "SR",  "R_TRIG", "F_TRIG", "RS",
+                                               "SEMA", "RTC", "BLINK"};
+
 constexpr qint64 kHighestOffset = std::numeric_limits<qint32>::max();
 constexpr qint64 kLowestBound = std::numeric_limits<qint32>::min();
 constexpr qint64 kHighestBound = kHighestOffset - 1;
@@ -25,6 +32,15 @@ constexpr qint64 kHighestBound = kHighestOffset - 1;
 qint64 roundUp(qint64 number, int step)
 {
     return (number + step - 1) / step * step;
+}
+
+bool isStandardFunctionBlock(const QString& name)
+{
+    for (const char* block : kStandardFunctionBlocks) {
+        if (name.compare(QLatin1String(block), Qt::CaseInsensitive) == 0)
+            return true;
+    }
+    return false;
 }
 
 /// Bytes from the first to the last one of a variable.
@@ -44,12 +60,18 @@ bool hasUnit(const Variable& variable)
 /// A structure that grows member by member.
 class TypeResolver::Layout {
 public:
-    Layout(const QString& name, bool isUnion) : m_isUnion(isUnion) { m_structure.name = name; }
+    /// Nothing in it lies at multiples of more than `largestAlignment`.
+    Layout(const QString& name, bool isUnion, int largestAlignment)
+        : m_isUnion(isUnion), m_largestAlignment(largestAlignment)
+    {
+        m_structure.name = name;
+    }
 
     QString name() const { return m_structure.name; }
     bool isEmpty() const { return m_structure.members.isEmpty(); }
     bool has(const QString& member) const { return m_names.contains(member.toLower()); }
     int alignment() const { return m_alignment; }
+    int largestAlignment() const { return m_largestAlignment; }
     int nesting() const { return m_nesting; }
     qint64 size() const { return roundUp(qMax(m_end, m_largestEnd), m_alignment); }
 
@@ -61,7 +83,7 @@ public:
             m_names.insert(member.name.toLower());
         m_end = base.size;
         m_largestEnd = base.size;
-        m_alignment = alignment;
+        m_alignment = qMin(alignment, m_largestAlignment);
         m_nesting = nesting;
     }
     void append(Variable member, int alignment, int nesting)
@@ -88,6 +110,7 @@ private:
     StructureType m_structure;
     QSet<QString> m_names;
     const bool m_isUnion;
+    const int m_largestAlignment;
     qint64 m_end = 0;        ///< Of the last member.
     qint64 m_largestEnd = 0; ///< Of what reading a member touches.
     int m_alignment = 1;
@@ -96,7 +119,10 @@ private:
 
 TypeResolver::TypeResolver(const Declarations& declarations, Constants* constants, int alignment,
                            Diagnostics* diagnostics)
-    : m_constants(constants), m_alignment(alignment), m_diagnostics(diagnostics)
+    : m_constants(constants),
+      m_alignment(alignment),
+      m_diagnostics(diagnostics),
+      m_functionBlocks(declarations.functionBlocks)
 {
     for (const TypeDefinition& type : declarations.types) {
         const QString key = type.name.toLower();
@@ -136,6 +162,23 @@ bool TypeResolver::isKnown(const TypeSpec& type) const
            m_types.contains(type.name.toLower());
 }
 
+QString TypeResolver::unknownText(const TypeSpec& type) const
+{
+    if (type.kind == TypeSpec::Array)
+        return unknownText(*type.element);
+    const QString name = quoted(type.name);
+    const QString advice =
+        QStringLiteral("; give those that you need variables of their own at %M addresses");
+    if (m_functionBlocks.contains(type.name.toLower()))
+        return name + QStringLiteral(" is a function block, whose members are not read") + advice;
+    if (isStandardFunctionBlock(type.name)) {
+        return name + QStringLiteral(" is a standard function block, whose members are not known") +
+               advice;
+    }
+    return QStringLiteral("its type %1 is not declared in these files; import its declaration too")
+        .arg(name);
+}
+
 bool TypeResolver::resolve(const TypeSpec& type, const QString& scope, const QString& name,
                            Variable* variable)
 {
@@ -166,6 +209,8 @@ bool TypeResolver::resolveNamed(const TypeSpec& type, Variable* variable)
     const QString key = type.name.toLower();
     if (m_types.contains(key))
         return resolveDefined(key, type, variable);
+    if (m_functionBlocks.contains(key) || isStandardFunctionBlock(type.name))
+        return fail(type.position, unknownText(type));
     return fail(type.position,
                 QStringLiteral("found %1, expected an elementary type or one that these files "
                                "declare%2")
@@ -305,7 +350,7 @@ bool TypeResolver::checkArray(const TypeSpec& type, const Variable& variable)
     }
     if (elementSize(variable) < kTextElementStride) {
         m_diagnostics->warning(
-            type.position,
+            type.position, WarningKind::Layout,
             QStringLiteral("the elements of a text array are taken to lie %1 bytes apart, while "
                            "one of these has %2; compare with the addresses in the controller")
                 .arg(kTextElementStride)
@@ -318,7 +363,7 @@ std::shared_ptr<const StructureType> TypeResolver::layOut(const TypeSpec& type,
                                                           const QString& scope, const QString& name,
                                                           const QString& description)
 {
-    Layout layout(name, type.kind == TypeSpec::Union);
+    Layout layout(name, type.kind == TypeSpec::Union, type.packAlignment.value_or(m_alignment));
     if (!type.name.isEmpty() && !extendBase(type, &layout))
         return nullptr;
     for (const Declaration& member : type.members) {
@@ -358,7 +403,8 @@ bool TypeResolver::appendMember(const Declaration& declaration, const QString& s
                     QStringLiteral("found BIT; members have byte offsets, use BOOL or a WORD"));
     if (hasUnit(member))
         member.unit = takeUnit(&member.description);
-    layout->append(member, alignmentOf(member), m_nesting.value(member.structure.get()));
+    layout->append(member, alignmentWithin(member, layout->largestAlignment()),
+                   m_nesting.value(member.structure.get()));
     if (layout->size() > kHighestOffset) {
         return fail(declaration.position, QStringLiteral("structure %1 has more than %2 bytes")
                                               .arg(structure)
@@ -402,13 +448,19 @@ QString TypeResolver::freeName(const QString& name)
 
 int TypeResolver::alignmentOf(const Variable& variable) const
 {
+    return alignmentWithin(variable, variable.structure ? kHighestAlignment : m_alignment);
+}
+
+/// Structures keep the layout that they have of their own, wherever they lie.
+int TypeResolver::alignmentWithin(const Variable& variable, int largest) const
+{
     if (variable.structure)
-        return m_alignments.value(variable.structure.get());
+        return qMin(m_alignments.value(variable.structure.get()), largest);
     if (isBit(*variable.type))
         return 2;
     if (isText(*variable.type))
-        return variable.type->format == ValueFormat::WideText ? qMin(2, m_alignment) : 1;
-    return qMin(variable.type->size, m_alignment);
+        return variable.type->format == ValueFormat::WideText ? qMin(2, largest) : 1;
+    return qMin(variable.type->size, largest);
 }
 
 } // namespace iec

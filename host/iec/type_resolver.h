@@ -18,7 +18,8 @@ bool hasUnit(const Variable& variable);
 
 /// Makes types of a project out of declared ones: looks names up, works bounds out and lays
 /// structures out in memory. Each type of `n` bytes lies at a multiple of `n`, or of `alignment` if
-/// that is less; texts, arrays and structures at that of what they are made of.
+/// that is less; texts, arrays and structures at that of what they are made of. In a structure with
+/// a pack_mode, that takes the place of `alignment`.
 class TypeResolver {
 public:
     /// All of these must outlive the resolver.
@@ -33,6 +34,9 @@ public:
 
     /// Whether the type, or what the array is of, is one of these files or an elementary one.
     bool isKnown(const TypeSpec& type) const;
+
+    /// What a type that is not known is, or what an array is of, and what to do.
+    QString unknownText(const TypeSpec& type) const;
 
     /// What the place of a resolved variable must be a multiple of.
     int alignmentOf(const Variable& variable) const;
@@ -62,13 +66,15 @@ private:
     bool appendMember(const Declaration& declaration, const QString& scope, Layout* layout);
     bool extendBase(const TypeSpec& type, Layout* layout);
     QString freeName(const QString& name);
+    int alignmentWithin(const Variable& variable, int largest) const;
     bool fail(const Position& position, const QString& text);
     QStringList typeNames() const;
 
     Constants* m_constants;
     const int m_alignment;
     Diagnostics* m_diagnostics;
-    QHash<QString, Entry> m_types; ///< By names in lower case.
+    QSet<QString> m_functionBlocks; ///< Names, in lower case.
+    QHash<QString, Entry> m_types;  ///< By names in lower case.
     QVector<std::shared_ptr<const StructureType>> m_structures;
     QSet<QString> m_freeNames;     ///< Given to structures without a name; in lower case.
     QHash<QString, int> m_numbers; ///< Put behind such a name last.

@@ -150,12 +150,19 @@ TEST_F(Import, MistakesHaveExitCode2)
 {
     write("empty.st", "");
     write("good.st", "VAR_GLOBAL a AT %MW0 : INT; END_VAR");
+    write("plant.xml",
+          "<?xml version=\"1.0\"?><project xmlns=\"http://www.plcopen.org/xml/tc6\"/>");
+    write("plant.zip", "PK\x03\x04");
     const QString import = QStringLiteral("import");
     const QString good = path("good.st");
     const QVector<QPair<QStringList, QString>> mistakes{
         {{import}, QStringLiteral("plc import takes at least one file")},
         {{import, path("none.st")}, QStringLiteral("none.st: cannot be read: ")},
         {{import, folder.path()}, QStringLiteral("is a folder, expected a file")},
+        {{import, good, path("plant.xml")},
+         QStringLiteral("plant.xml: is a project in PLCopen XML; export the declarations as "
+                        "structured text")},
+        {{import, path("plant.zip")}, QStringLiteral("plant.zip: is a ZIP archive")},
         {{import, path("empty.st")}, QStringLiteral("no variable has an address")},
         {{import, good, QStringLiteral("--base"), QStringLiteral("5")},
          QStringLiteral("--base takes AREA:OFFSET such as 1:2000, not \"5\"")},
@@ -174,6 +181,45 @@ TEST_F(Import, MistakesHaveExitCode2)
         EXPECT_TRUE(outcome.errors.contains(mistake.second)) << testing::PrintToString(outcome);
         EXPECT_TRUE(outcome.lines.isEmpty());
     }
+}
+
+TEST_F(Import, PackedStructuresAreReadWhereTheyLie)
+{
+    write("line.st", R"({attribute 'pack_mode' := '1'}
+TYPE Dense : STRUCT open : BOOL; level : REAL; END_STRUCT END_TYPE
+VAR_GLOBAL tank AT %MB1.0 : ARRAY[1..2] OF Dense; END_VAR
+)");
+    const Outcome imported =
+        plc({QStringLiteral("import"), path("line.st"), QStringLiteral("-o"), projectPath()});
+    ASSERT_EQ(0, imported.exitCode) << testing::PrintToString(imported);
+    startSimulator();
+    // The second tank begins at byte 5, its level behind one byte.
+    poke(1, 5, "0142280000");
+    const Outcome values = run("read", {QStringLiteral(".tank[2].level")});
+    EXPECT_EQ(QStringList{QStringLiteral(".tank[2].level = 42")}, values.lines)
+        << testing::PrintToString(values);
+}
+
+TEST_F(Import, WhatIsLeftOutIsCountedAndWhatChangesTheMeaningIsShown)
+{
+    QByteArray text = "VAR_GLOBAL\n";
+    for (int i = 0; i < 25; ++i)
+        text += "v" + QByteArray::number(i) + " : INT;\n";
+    text += "word AT %MW0 : WORD; low AT %MB1 : BYTE;\nEND_VAR\n";
+    write("line.st", text);
+    const QStringList arguments{QStringLiteral("import"), path("line.st"), QStringLiteral("-o"),
+                                projectPath()};
+    const QString overlay = QStringLiteral("\"low\" shares byte 1 of area 0 with \"word\"");
+    const QString last = QStringLiteral("\"v24\" is left out");
+    const Outcome outcome = plc(arguments);
+    EXPECT_TRUE(outcome.errors.contains(overlay)) << outcome.errors.toStdString();
+    EXPECT_FALSE(outcome.errors.contains(last)) << outcome.errors.toStdString();
+    EXPECT_TRUE(outcome.errors.contains(
+        QStringLiteral("5 more left out without an address; --all-warnings shows each")))
+        << outcome.errors.toStdString();
+    const Outcome all = plc(arguments + QStringList{QStringLiteral("--all-warnings")});
+    EXPECT_TRUE(all.errors.contains(overlay) && all.errors.contains(last))
+        << all.errors.toStdString();
 }
 
 TEST_F(Import, PlacesVariablesFromABaseOnTheStandardOutput)

@@ -98,12 +98,13 @@ TEST_F(OptionsTest, ImportNeedsNoProject)
 {
     const std::optional<Options> options =
         parse({"import", "a.st", "b.st", "-o", "c.json", "--area", "1", "--base", "2:100",
-               "--align", "8", "--scope", "GVL", "--name", "Line"});
+               "--align", "8", "--scope", "GVL", "--name", "Line", "--all-warnings"});
     ASSERT_TRUE(options) << error.toStdString();
     EXPECT_EQ(options->command, Command::Import);
     EXPECT_EQ(options->arguments, (QStringList{"a.st", "b.st"}));
     EXPECT_EQ(options->import.output, "c.json");
     EXPECT_EQ(options->import.name, "Line");
+    EXPECT_TRUE(options->import.allWarnings);
     EXPECT_EQ(options->import.places.defaultArea, 1);
     EXPECT_EQ(options->import.places.base->area, 2);
     EXPECT_EQ(options->import.places.base->offset, 100);

@@ -82,13 +82,33 @@ TEST(MemoryPlaces, VariablesWithoutAnAddressAreLeftOutAndCounted)
         importVariables("a : INT; b AT %MW1 : INT; timer : TON; c AT %IW5 : INT; d AT %M* : INT;");
     EXPECT_EQ(1, imported.result.variables);
     EXPECT_EQ(4, imported.result.leftOut);
-    EXPECT_THAT(imported.notes,
-                ElementsAre("1:12: warning: \"a\" is left out: it has no address; give it one with "
-                            "AT, or let --base AREA:OFFSET place it",
-                            HasSubstr("\"timer\" is left out: it has no address"),
-                            HasSubstr("\"c\" is left out: inputs and outputs lie in no memory "
-                                      "area"),
-                            HasSubstr("\"d\" is left out: its address is left to the controller")));
+    EXPECT_THAT(
+        imported.notes,
+        ElementsAre("1:12: warning: \"a\" is left out: it has no address; give it one with "
+                    "AT, or let --base AREA:OFFSET place it",
+                    HasSubstr("\"timer\" is left out: \"TON\" is a standard function block"),
+                    HasSubstr("\"c\" is left out: inputs and outputs lie in no memory "
+                              "area"),
+                    HasSubstr("\"d\" is left out: its address is left to the controller")));
+}
+
+TEST(MemoryPlaces, FunctionBlocksAreNamedAsSuch)
+{
+    const Imported imported = importVariables(
+        "a : Pump; b : ARRAY[1..3] OF r_trig; c : Missing; d AT %MB0 : INT;",
+        "FUNCTION_BLOCK PUBLIC FINAL Pump EXTENDS Base VAR x : INT; END_VAR END_FUNCTION_BLOCK");
+    EXPECT_THAT(
+        imported.notes,
+        ElementsAre(HasSubstr("\"a\" is left out: \"Pump\" is a function block, whose members are "
+                              "not read; give those that you need variables of their own at %M "
+                              "addresses"),
+                    HasSubstr("\"b\" is left out: \"r_trig\" is a standard function block"),
+                    HasSubstr("\"c\" is left out: its type \"Missing\" is not declared in these "
+                              "files; import its declaration too")));
+    EXPECT_EQ(3, imported.result.leftOut);
+    EXPECT_THAT(
+        importVariables("a AT %MB0 : T;", "TYPE T : STRUCT t : TON; END_STRUCT END_TYPE").notes,
+        ElementsAre(HasSubstr("error: \"TON\" is a standard function block")));
 }
 
 TEST(MemoryPlaces, ConstantsNeedNone)
@@ -116,8 +136,11 @@ TEST(MemoryPlaces, ABasePlacesThemOneBehindTheOther)
     EXPECT_EQ("INT 0:0", imported.place("g"));
     EXPECT_EQ("BYTE 2:124", imported.place("h"));
     EXPECT_THAT(imported.notes,
-                ElementsAre(HasSubstr("\"fb\" is left out: its type \"TON\" is not declared in "
-                                      "these files, and its size not known")));
+                ElementsAre(HasSubstr("\"fb\" is left out: \"TON\" is a standard function block, "
+                                      "whose members are not known; give those that you need "
+                                      "variables of their own at %M addresses. Its size is not "
+                                      "known, and what is placed behind it may lie elsewhere in "
+                                      "the controller")));
 }
 
 TEST(MemoryPlaces, ABaseMustNotCoverAddresses)
