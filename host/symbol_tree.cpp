@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "host/label_pattern.h"
 #include "host/project/iec_types.h"
 #include "host/symbol_walk.h"
 
@@ -11,7 +12,7 @@ namespace {
 class TreeWalk {
 public:
     TreeWalk(const QString& pattern, int depth, const std::function<void(const SymbolNode&)>& visit)
-        : m_pattern(pattern),
+        : m_pattern(pattern, LabelPattern::Place::Inside),
           m_depth(depth > 0 ? depth : std::numeric_limits<int>::max()),
           m_visit(visit)
     {
@@ -61,7 +62,7 @@ private:
     /// Whether the node matches or something in it does.
     bool isWanted(const SymbolNode& node, const QVector<Variable>& members) const
     {
-        if (matchesPattern(node.label, m_pattern))
+        if (m_pattern.matches(node.label))
             return true;
         for (const Variable& member : members) {
             if (isWanted(nodeOf(member, node), membersOf(member)))
@@ -87,7 +88,7 @@ private:
         }
     }
 
-    const QString& m_pattern;
+    const LabelPattern m_pattern;
     const int m_depth;
     const std::function<void(const SymbolNode&)>& m_visit;
 };

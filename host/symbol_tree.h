@@ -21,7 +21,7 @@ struct SymbolNode {
     bool isLast = false; ///< No more of this level come in what it is part of.
 };
 
-/// Visits the scopes of the project that match `pattern` (see matchesPattern()) or have something
+/// Visits the scopes of the project that match `pattern` anywhere in their labels or have something
 /// in them that does, each before these; `depth` levels of them, or all if it is 0. Nodes are made
 /// one at a time: structures of structures have far more of them than declarations.
 void walkSymbolTree(const Project& project, const QString& pattern, int depth,

@@ -1,6 +1,5 @@
 #include "host/symbol_walk.h"
 
-#include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 
 namespace plc {
@@ -59,20 +58,6 @@ void SymbolEntries::Iterator::findNext()
         }
         m_levels.push_back({&variable.structure->members, 0, m_entry.pattern, m_entry.firstLabel});
     }
-}
-
-bool matchesPattern(const QString& text, const QString& pattern)
-{
-    const bool hasWildcard =
-        pattern.contains(QLatin1Char('*')) || pattern.contains(QLatin1Char('?'));
-    if (!hasWildcard)
-        return text.contains(pattern, Qt::CaseInsensitive);
-    QString expression = QRegularExpression::escape(pattern);
-    expression.replace(QStringLiteral("\\*"), QStringLiteral(".*"));
-    expression.replace(QStringLiteral("\\?"), QStringLiteral("."));
-    const QRegularExpression matcher(QRegularExpression::anchoredPattern(expression),
-                                     QRegularExpression::CaseInsensitiveOption);
-    return matcher.match(text).hasMatch();
 }
 
 } // namespace plc

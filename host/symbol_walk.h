@@ -82,10 +82,6 @@ inline SymbolEntries symbolEntries(const Project& project)
 /// The declared bounds as a label has them, "[1..6]"; nothing for what is no array.
 QString boundsText(const Variable& variable);
 
-/// Whether `text` matches `pattern`, in which * stands for any characters and ? for one; a pattern
-/// without either is to be found anywhere. Letter case does not count.
-bool matchesPattern(const QString& text, const QString& pattern);
-
 } // namespace plc
 
 #endif

@@ -2,6 +2,7 @@
 
 #include "host/cli/value_lines.h"
 #include "host/csv.h"
+#include "host/label_pattern.h"
 #include "host/project/memory_layout.h"
 #include "host/project/symbol_list.h"
 #include "host/symbol_walk.h"
@@ -95,13 +96,13 @@ int resolveLabels(const CommandContext& context)
 int listSymbols(const CommandContext& context)
 {
     const DataPointFinder points = finderFor(context);
-    const QString pattern = context.options.arguments.value(0);
+    const LabelPattern pattern(context.options.arguments.value(0), LabelPattern::Place::Inside);
     if (context.options.csv)
         printRow({QStringLiteral("label"), QStringLiteral("type"), QStringLiteral("area"),
                   QStringLiteral("address"), QStringLiteral("size"), QStringLiteral("unit"),
                   QStringLiteral("description")});
     for (const SymbolEntry& entry : symbolEntries(context.project)) {
-        if (!matchesPattern(entry.pattern, pattern))
+        if (!pattern.matches(entry.pattern))
             continue;
         QString error;
         const std::optional<DataPoint> point = points.find(entry.firstLabel, &error);

@@ -2,9 +2,10 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QRegularExpression>
 
 #include "host/csv.h"
+#include "host/label_expansion.h"
+#include "host/label_pattern.h"
 #include "host/project/label_lookup.h"
 #include "host/project/nearest_name.h"
 
@@ -23,11 +24,10 @@ QString problemOf(const QString& text, const LabelFinder& labels)
                    "%1 ends within its subscripts; a label with a comma stands in "
                    "quotes: \"Plant.table[1,2]\"")
             .arg(quoted(text));
-    static const QRegularExpression count(QStringLiteral("\\*\\d+$"));
-    QString label = text;
-    label.remove(count);
-    if (label.contains(QLatin1Char('*')) || label.contains(QLatin1Char('?')))
+    const bool isCount = isElementCount(text, labels);
+    if (hasWildcard(text) && !isCount)
         return {};
+    const QString label = isCount ? text.left(text.indexOf(QLatin1Char('*'))) : text;
     QString error;
     const std::optional<QVector<LabelPart>> parts = parseLabel(label, &error);
     if (!parts || !labels.find(*parts, &error))

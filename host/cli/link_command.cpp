@@ -69,9 +69,10 @@ QVector<DataPoint> LinkCommand::findPoints() const
             complain(error);
         return point.has_value();
     };
+    LabelExpander expander(project());
     for (const QString& text : options().arguments) {
         QString error;
-        const std::optional<QStringList> labels = expandLabel(project(), text, &error);
+        const std::optional<QStringList> labels = expander.expand(text, &error);
         if (!labels) {
             complain(error);
             return {};

@@ -4,7 +4,7 @@
 #include <numeric>
 #include <utility>
 
-#include "host/symbol_walk.h"
+#include "host/label_pattern.h"
 
 namespace plc {
 namespace {
@@ -129,9 +129,10 @@ void WatchState::setPage(int lines)
 /// or change do not carry it away.
 void WatchState::arrange()
 {
+    const LabelPattern pattern(m_filter, LabelPattern::Place::Inside);
     m_shown.clear();
     for (int i = 0; i < int(m_rows.size()); ++i) {
-        if (m_filter.isEmpty() || matchesPattern(m_rows[i].label, m_filter))
+        if (m_filter.isEmpty() || pattern.matches(m_rows[i].label))
             m_shown.append(i);
     }
     const auto isFirst = [this](int left, int right) {

@@ -166,16 +166,6 @@ TEST(SymbolWalk, GoesOnBehindStructuresAndEmptyScopes)
     EXPECT_EQ(patterns(project), "A.a A.part.x A.part.y A.b B.part.x B.part.y");
 }
 
-TEST(SymbolWalk, PatternsMatchAnywhereUnlessTheyHaveWildcards)
-{
-    const QString text = QStringLiteral("Main.axis[1..4].speed");
-    for (const char* pattern : {"", "axis", "SPEED", "[1..4]", "main.*", "*.speed", "*axis[1..4]*",
-                                "Main.axis[?..4].speed"})
-        EXPECT_TRUE(matchesPattern(text, QString::fromLatin1(pattern))) << pattern;
-    for (const char* pattern : {"axes", "axis*", "*.spee", "?.speed", "Mainxaxis"})
-        EXPECT_FALSE(matchesPattern(text, QString::fromLatin1(pattern))) << pattern;
-}
-
 } // namespace
 } // namespace test
 } // namespace plc

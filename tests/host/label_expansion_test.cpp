@@ -11,12 +11,28 @@ protected:
     std::string expanded(const char* text)
     {
         QString error;
+        const std::optional<QStringList> labels = expander.expand(QString::fromUtf8(text), &error);
+        return labels ? labels->join(QLatin1Char(' ')).toStdString() : error.toStdString();
+    }
+
+    /// The same in a project of variables with numbers in their names.
+    static std::string numbered(const char* text)
+    {
+        QString error;
+        const std::optional<Project> project = parseProject(R"({
+            "name": "Numbered", "areas": [{"index": 1, "size": 64}],
+            "scopes": [{"name": "N", "variables": [
+              {"name": "v1", "type": "INT", "area": 1, "offset": 0},
+              {"name": "v2", "type": "INT", "area": 1, "offset": 2},
+              {"name": "v11", "type": "INT", "area": 1, "offset": 4}]}]})",
+                                                            QStringLiteral("numbered"), &error);
         const std::optional<QStringList> labels =
-            expandLabel(project, QString::fromUtf8(text), &error);
+            LabelExpander(*project).expand(QString::fromUtf8(text), &error);
         return labels ? labels->join(QLatin1Char(' ')).toStdString() : error.toStdString();
     }
 
     const Project project = testProject();
+    LabelExpander expander{project};
 };
 
 TEST_F(LabelExpansionTest, ALabelStandsForItself)
@@ -29,6 +45,18 @@ TEST_F(LabelExpansionTest, ALabelStandsForItself)
 TEST_F(LabelExpansionTest, ElementsOfAnArrayStayTogether)
 {
     EXPECT_EQ(expanded("Main.bytes[0]*5"), "Main.bytes[0]*5");
+}
+
+TEST_F(LabelExpansionTest, ANumberBehindAStarCountsElementsOnlyBehindALabel)
+{
+    EXPECT_EQ(expanded("Main.t*,5]"),
+              "Main.table[0,5] Main.table[1,5] Main.table[2,5] Main.table[3,5]");
+    EXPECT_EQ(expanded("Big.t*1"), "Big.t*1") << "to be explained by its lookup";
+    EXPECT_EQ(expanded("Main.table[1,1]*1"), "Main.table[1,1]*1");
+    EXPECT_EQ(numbered("*1"), "N.v1 N.v11");
+    EXPECT_EQ(numbered("N.v*1"), "N.v1 N.v11");
+    EXPECT_EQ(numbered("N.v1*1"), "N.v1*1") << "one element of N.v1";
+    EXPECT_EQ(numbered("N.v?*1"), "N.v11");
 }
 
 TEST_F(LabelExpansionTest, WildcardsStandForAllThatMatch)

@@ -52,6 +52,12 @@ TEST_F(LabelFile, TakesWhatTheCommandLineTakes)
               (QStringList{"Big.block[0]*600", "Big.block[0..3]", "Main.*"}));
 }
 
+TEST_F(LabelFile, APatternMayEndInANumber)
+{
+    EXPECT_EQ(labelsOf("*1\nMain.table[*5]\nMain.s*1\n"),
+              (QStringList{"*1", "Main.table[*5]", "Main.s*1"}));
+}
+
 TEST_F(LabelFile, ALabelThatIsUnknownIsShownWithItsLine)
 {
     EXPECT_EQ(labelsOf("Main.speed\n\nMain.sped\n").first(),
