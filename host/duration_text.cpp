@@ -36,26 +36,41 @@ public:
     }
     bool atEnd() const { return m_position == int(m_text.size()); }
 
-    /// A number with at most one point.
+    /// A number with at most one point, without the single underscores between its digits.
     QString number()
     {
-        const int start = m_position;
-        while (!atEnd() && (isDigit() || m_text[m_position] == QLatin1Char('.')))
+        QString number;
+        while (!atEnd() && (isDigit(m_position) || is('.') || isBetweenDigits())) {
+            if (!is('_'))
+                number += m_text[m_position];
             ++m_position;
-        return m_text.mid(start, m_position - start);
+        }
+        return number;
     }
     QString unit()
     {
         const int start = m_position;
-        while (!atEnd() && !isDigit())
+        while (!atEnd() && !isDigit(m_position) && !is('_'))
             ++m_position;
         return m_text.mid(start, m_position - start);
     }
+    /// A single underscore between a unit and the next number.
+    void skipUnderscore()
+    {
+        if (!atEnd() && is('_') && isDigit(m_position + 1))
+            ++m_position;
+    }
 
 private:
-    bool isDigit() const
+    bool is(char character) const { return m_text[m_position] == QLatin1Char(character); }
+    bool isDigit(int position) const
     {
-        return m_text[m_position] >= QLatin1Char('0') && m_text[m_position] <= QLatin1Char('9');
+        return position >= 0 && position < int(m_text.size()) &&
+               m_text[position] >= QLatin1Char('0') && m_text[position] <= QLatin1Char('9');
+    }
+    bool isBetweenDigits() const
+    {
+        return is('_') && isDigit(m_position - 1) && isDigit(m_position + 1);
     }
 
     const QString m_text;
@@ -147,6 +162,7 @@ std::optional<quint64> parseDuration(const QString& text)
             return {};
         total += *part;
         lastUnit = index;
+        reader.skipUnderscore();
         hadFraction = number.contains(QLatin1Char('.'));
     }
     return total;

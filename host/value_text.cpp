@@ -17,10 +17,26 @@ constexpr Real kLargestPlain = sizeof(Real) == sizeof(float) ? Real(1e7) : Real(
 template <typename Real>
 constexpr Real kSmallestPlain = Real(1e-4);
 
-/// The fewest digits that read back as the same number.
+/// What is before a literal of this type to say which one it is.
+template <typename Real>
+const QLatin1String kTypePrefix(sizeof(Real) == sizeof(float) ? "REAL#" : "LREAL#");
+
+/// "nan", "inf" or "-inf", perhaps with the sign of a NaN.
+template <typename Real>
+QString plainText(Real value)
+{
+    char buffer[64];
+    const std::to_chars_result result = std::to_chars(buffer, buffer + sizeof(buffer), value);
+    return QString::fromLatin1(buffer, int(result.ptr - buffer));
+}
+
+/// The fewest digits that read back as the same number; what is no number with its type, without
+/// which it is not taken.
 template <typename Real>
 QString realText(Real value)
 {
+    if (!std::isfinite(value))
+        return kTypePrefix<Real> + plainText(value);
     const Real magnitude = std::fabs(value);
     const bool isPlain = magnitude == Real(0) ||
                          (magnitude >= kSmallestPlain<Real> && magnitude < kLargestPlain<Real>);
@@ -149,7 +165,8 @@ std::optional<Value> parseBoolean(const IecType& type, const QString& text, QStr
 template <typename Real>
 std::optional<Value> parseReal(const IecType& type, const QString& text, QString* error)
 {
-    QByteArray bytes = text.toUtf8();
+    const bool hasType = text.startsWith(kTypePrefix<Real>, Qt::CaseInsensitive);
+    QByteArray bytes = (hasType ? text.mid(kTypePrefix<Real>.size()) : text).toLatin1();
     if (bytes.startsWith('+'))
         bytes.remove(0, 1);
     Real value = 0;
@@ -163,6 +180,12 @@ std::optional<Value> parseReal(const IecType& type, const QString& text, QString
     if (result.ec != std::errc()) {
         *error = QStringLiteral("%1 cannot be held by %2: too large or too near to 0")
                      .arg(text, QLatin1String(type.name));
+        return {};
+    }
+    // A name that was not replaced or a spreadsheet's empty cell reads like this.
+    if (!hasType && !std::isfinite(value)) {
+        *error = QStringLiteral("%1 is no number; write %2%3 if it is meant")
+                     .arg(quoted(text), kTypePrefix<Real>, plainText(value));
         return {};
     }
     return Value(value);
@@ -228,8 +251,7 @@ private:
     template <typename Real>
     static QString real(Real value)
     {
-        const QString text = realText(value);
-        return std::isfinite(value) ? text : jsonText(text);
+        return std::isfinite(value) ? realText(value) : jsonText(plainText(value));
     }
 };
 

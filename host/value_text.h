@@ -15,7 +15,7 @@ namespace plc {
 using Value = std::variant<bool, qint64, quint64, float, double, QString>;
 
 /// The value as IEC 61131-3 writes it, which parseValue() takes back: TRUE, -5, 16#00FF, 1.5,
-/// T#1m30s, 'text', "wide text".
+/// T#1m30s, 'text', "wide text", REAL#nan, LREAL#-inf.
 QString valueText(const IecType& type, const Value& value);
 
 /// The value as JSON has it: bit strings and TIME (in milliseconds) as numbers, all digits of
@@ -27,7 +27,8 @@ QString jsonText(const QString& text);
 
 /// Reads a value as users write it. Integers may have a base (16#FF, 8#17, 2#1010, 0xFF) and single
 /// underscores between digits; texts may stand without quotes. `stringLength` is the capacity of a
-/// text. On failure returns nothing and sets `error`, which begins with what was found.
+/// text. REAL and LREAL may have their type before them (REAL#1.5); nan and inf must have it. On
+/// failure returns nothing and sets `error`, which begins with what was found.
 std::optional<Value> parseValue(const IecType& type, int stringLength, const QString& text,
                                 QString* error);
 

@@ -72,8 +72,12 @@ TEST(ValueText, IsReadAndShownInTheWayOfItsType)
                         {"REAL", "1e-5", "1e-05"},
                         {"REAL", "-3.4028235e38", "-3.4028235e+38"},
                         {"REAL", "-0", "-0"},
-                        {"REAL", "inf", "inf"},
-                        {"REAL", "nan", "nan"},
+                        {"REAL", "REAL#inf", "REAL#inf"},
+                        {"REAL", "real#-INF", "REAL#-inf"},
+                        {"REAL", "REAL#nan", "REAL#nan"},
+                        {"REAL", "REAL#+1.5", "1.5"},
+                        {"LREAL", "LREAL#infinity", "LREAL#inf"},
+                        {"LREAL", "LREAL#NaN", "LREAL#nan"},
                         {"LREAL", "0.1", "0.1"},
                         {"LREAL", "9007199254740993", "9.007199254740992e+15"},
                         {"LREAL", "123456789012345", "123456789012345"},
@@ -82,6 +86,7 @@ TEST(ValueText, IsReadAndShownInTheWayOfItsType)
                         {"TIME", "time#90s", "T#1m30s"},
                         {"TIME", "t#49d17h2m47s295ms", "T#49d17h2m47s295ms"},
                         {"TIME", "T#0ms", "T#0s"},
+                        {"TIME", "T#1s_500ms", "T#1s500ms"},
                         {"STRING", "pump", "'pump'"},
                         {"STRING", "'it$'s $$5'", "'it$'s $$5'"},
                         {"STRING", "", "''"},
@@ -92,6 +97,24 @@ TEST(ValueText, IsReadAndShownInTheWayOfItsType)
     for (const Row& row : rows)
         EXPECT_EQ(reread(row.typeName, row.text), QString::fromUtf8(row.shown))
             << row.typeName << ' ' << row.text;
+}
+
+TEST(ValueText, WhatIsNoNumberIsTakenOnlyWithItsType)
+{
+    for (const char* text : {"nan", "NaN", "inf", "-inf", "Infinity", "+INF", "-nan", "nan(1)"}) {
+        EXPECT_THAT(reread("REAL", text).toStdString(), ::testing::HasSubstr("write REAL#"))
+            << text;
+        EXPECT_THAT(reread("LREAL", text).toStdString(), ::testing::HasSubstr("write LREAL#"))
+            << text;
+    }
+    EXPECT_EQ(reread("REAL", "-inf"),
+              "error: \"-inf\" is no number; write REAL#-inf if it is meant");
+    EXPECT_THAT(reread("REAL", "LREAL#nan").toStdString(),
+                ::testing::HasSubstr("is no number such as"));
+    EXPECT_THAT(reread("LREAL", "REAL#nan").toStdString(),
+                ::testing::HasSubstr("is no number such as"));
+    EXPECT_THAT(reread("REAL", "REAL#").toStdString(),
+                ::testing::HasSubstr("is no number such as"));
 }
 
 TEST(ValueText, OutOfRangeOrForeignIsRefusedWithTheReason)
@@ -192,15 +215,41 @@ TEST(ValueJson, KeepsAllDigitsAndStaysJson)
 TEST(DurationText, IsWholeMillisecondsOrNothing)
 {
     EXPECT_EQ(parseDuration(QStringLiteral("T#1.5s")), 1500u);
+    EXPECT_EQ(parseDuration(QStringLiteral("T#1s_500ms")), 1500u);
+    EXPECT_EQ(parseDuration(QStringLiteral("T#1d_2h_3m_4s_5ms")), 93784005u);
+    EXPECT_EQ(parseDuration(QStringLiteral("T#1_000ms")), 1000u);
+    EXPECT_EQ(parseDuration(QStringLiteral("T#1h_0.5s")), 3600500u);
     EXPECT_EQ(parseDuration(QStringLiteral("T#0.5m")), 30000u);
     EXPECT_EQ(parseDuration(QStringLiteral("T#0.00005m")), 3u);
     EXPECT_EQ(parseDuration(QStringLiteral("T#1h0.5s")), 3600500u);
     EXPECT_EQ(parseDuration(QStringLiteral("T#1.000000000000s")), 1000u);
     EXPECT_EQ(parseDuration(QStringLiteral("T#213503982334d14h25m51s615ms")),
               18446744073709551615ULL);
-    for (const char* text : {"", "T#", "T#5", "T#s", "1s", "T#1s1m", "T#1s1s", "T#1.5s1ms",
-                             "T#1.2.3s", "T#0.0001s", "T#-1s", "T#1 s", "T#1.s", "T#.5s", "T#1x",
-                             "T#213503982334d14h25m51s616ms", "T#99999999999999999999ms"}) {
+    for (const char* text : {"",
+                             "T#",
+                             "T#5",
+                             "T#s",
+                             "1s",
+                             "T#1s1m",
+                             "T#1s1s",
+                             "T#1.5s1ms",
+                             "T#1.2.3s",
+                             "T#1s_",
+                             "T#_1s",
+                             "T#1s__5ms",
+                             "T#1_s",
+                             "T#1__0s",
+                             "T#1s_ms",
+                             "T#1._5s",
+                             "T#1_.5s",
+                             "T#0.0001s",
+                             "T#-1s",
+                             "T#1 s",
+                             "T#1.s",
+                             "T#.5s",
+                             "T#1x",
+                             "T#213503982334d14h25m51s616ms",
+                             "T#99999999999999999999ms"}) {
         EXPECT_FALSE(parseDuration(QString::fromLatin1(text))) << text;
     }
 }
