@@ -1,18 +1,12 @@
 #include "host/cli/line_view.h"
 
-#include <QtCore/QDateTime>
-
 #include "host/cli/console.h"
+#include "host/cli/time_text.h"
 #include "host/cli/value_lines.h"
 #include "host/value_codec.h"
 
 namespace plc {
 namespace {
-
-QString wallClock()
-{
-    return QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzz"));
-}
 
 JsonLine event(const char* kind)
 {

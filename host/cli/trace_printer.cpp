@@ -1,9 +1,8 @@
 #include "host/cli/trace_printer.h"
 
-#include <QtCore/QTime>
-
 #include <cstdio>
 
+#include "host/cli/time_text.h"
 #include "host/frame_text.h"
 
 namespace plc {
@@ -11,8 +10,7 @@ namespace {
 
 void printTrace(const QString& what)
 {
-    const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz"));
-    std::fprintf(stderr, "%s %s\n", qUtf8Printable(time), qUtf8Printable(what));
+    std::fprintf(stderr, "%s %s\n", qUtf8Printable(wallClock()), qUtf8Printable(what));
 }
 
 void printFrame(char direction, const QByteArray& frame, const QString& meaning)
