@@ -15,8 +15,9 @@ bool isForeignTerminal()
 
 } // namespace
 
-LineInput::LineInput(std::function<void(const QString&)> handle)
-    : m_handle(std::move(handle)), m_notifier(STDIN_FILENO, QSocketNotifier::Read)
+LineInput::LineInput(LineSplitter::Handle handle, LineSplitter::Refuse refuse)
+    : m_lines(kLongestInputLine, std::move(handle), std::move(refuse)),
+      m_notifier(STDIN_FILENO, QSocketNotifier::Read)
 {
     QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this] { read(); });
 }
@@ -29,16 +30,10 @@ void LineInput::read()
     const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof(buffer));
     if (count <= 0) {
         m_notifier.setEnabled(false);
-        if (!m_pending.isEmpty())
-            m_handle(QString::fromUtf8(std::exchange(m_pending, QByteArray())));
+        m_lines.finish();
         return;
     }
-    m_pending.append(buffer, int(count));
-    for (int end = int(m_pending.indexOf('\n')); end >= 0; end = int(m_pending.indexOf('\n'))) {
-        const QString line = QString::fromUtf8(m_pending.left(end));
-        m_pending.remove(0, end + 1);
-        m_handle(line);
-    }
+    m_lines.feed(QByteArray(buffer, int(count)));
 }
 
 } // namespace plc

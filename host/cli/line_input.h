@@ -1,25 +1,26 @@
 #ifndef PLC_HOST_CLI_LINE_INPUT_H
 #define PLC_HOST_CLI_LINE_INPUT_H
 
-#include <QtCore/QByteArray>
 #include <QtCore/QSocketNotifier>
-#include <QtCore/QString>
 
-#include <functional>
+#include "host/cli/line_splitter.h"
 
 namespace plc {
 
-/// Lines from the standard input, as they come, until it ends.
+/// Bytes of the longest line: a write of a hundred thousand numbers is shorter.
+constexpr int kLongestInputLine = 1024 * 1024;
+
+/// Lines from the standard input, as they come, until it ends. `refuse` is called for each that is
+/// too long.
 class LineInput {
 public:
-    explicit LineInput(std::function<void(const QString&)> handle);
+    LineInput(LineSplitter::Handle handle, LineSplitter::Refuse refuse);
 
 private:
     void read();
 
-    std::function<void(const QString&)> m_handle;
+    LineSplitter m_lines;
     QSocketNotifier m_notifier;
-    QByteArray m_pending;
 };
 
 } // namespace plc

@@ -24,7 +24,10 @@ void RunCommand::startView()
         return;
     }
     m_view = lineView();
-    m_input = std::make_unique<LineInput>(carryOutLine);
+    m_input = std::make_unique<LineInput>(carryOutLine, [this] {
+        m_view->message(QStringLiteral("a line of more than %1 KiB is left out, to its end")
+                            .arg(kLongestInputLine / 1024));
+    });
 }
 
 std::unique_ptr<RunView> RunCommand::screenView(const CarryOut& carryOut)
