@@ -64,6 +64,11 @@ QString outcomeText(const TransferOutcome& outcome)
     return QString();
 }
 
+QString readOnlyText()
+{
+    return QStringLiteral("the project is read-only, by its setting readOnly or by --read-only");
+}
+
 QString outcomeWord(TransferOutcome::Kind kind)
 {
     switch (kind) {

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/project/symbol_list.h"
+#include "host/result_text.h"
 #include "host/value_codec.h"
 #include "host/value_layout.h"
 
@@ -52,6 +53,7 @@ Runtime::Runtime(const DriverFunctions& driver, const Project& project, int cycl
       m_listener(listener),
       m_settings(driverSettings(project.settings)),
       m_staleAfter(project.settings.staleAfter),
+      m_isReadOnly(project.settings.readOnly),
       m_symbols(symbolList(project)),
       m_points(project, driver),
       m_session(driver, &m_settings, sessionTimes(project.settings, cycleTime), this)
@@ -88,7 +90,8 @@ void Runtime::write(const DataPoint& point, const QVector<Value>& values, qint64
     write.buffer = encodeValues(point, values);
     write.pieces = writePieces(point, write.buffer.wireBytes);
     write.settled = std::move(settled);
-    const QString reason = obstacle(point.station, int(write.pieces.size()));
+    const QString reason =
+        m_isReadOnly ? readOnlyText() : obstacle(point.station, int(write.pieces.size()));
     if (!reason.isEmpty()) {
         settle({write}, TransferOutcome::notSent(reason));
         return;

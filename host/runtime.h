@@ -87,6 +87,7 @@ private:
     RuntimeListener* const m_listener;
     ComInfo m_settings;
     const int m_staleAfter;
+    const bool m_isReadOnly;
     QList<Label_Type_Info> m_symbols;
     DataPointFinder m_points;
     ValueTable m_values;

@@ -1,5 +1,7 @@
 #include "host/cli/console.h"
 
+#include <QtCore/QFileInfo>
+
 #include <cstdio>
 
 #include "host/cli/style.h"
@@ -30,6 +32,11 @@ void printRow(const QStringList& fields)
 void printError(const QString& line)
 {
     writeLine(stderr, line);
+}
+
+bool mayReplace(const QString& path, bool force)
+{
+    return force || !QFileInfo(path).isFile();
 }
 
 void complain(const QString& line)

@@ -25,6 +25,10 @@ void printError(const QString& line);
 /// One line on the standard error, behind the program's name.
 void complain(const QString& line);
 
+/// Whether a file may be written at this place: there is none, or it is a device or a pipe, or
+/// `force` is set.
+bool mayReplace(const QString& path, bool force);
+
 } // namespace plc
 
 #endif

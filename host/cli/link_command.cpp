@@ -40,6 +40,10 @@ bool LinkCommand::startCapture()
     const QString path = options().captureFile;
     if (path.isEmpty())
         return true;
+    if (!mayReplace(path, options().force)) {
+        complain(QStringLiteral("%1 exists; --force replaces it by the capture").arg(path));
+        return false;
+    }
     QString error;
     const QString application = QStringLiteral("plc ") + QCoreApplication::applicationVersion();
     if (!m_capture.create(path, application, &error)) {

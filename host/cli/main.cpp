@@ -25,6 +25,7 @@ void applyOverrides(const Options& options, Project* project)
         project->address = options.address;
     if (options.port != 0)
         project->port = quint16(options.port);
+    project->settings.readOnly = project->settings.readOnly || options.readOnly;
     if (options.timeout != 0) {
         project->settings.connectTimeout = options.timeout;
         project->settings.replyTimeout = options.timeout;

@@ -3,6 +3,7 @@
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 
+#include <cmath>
 #include <limits>
 
 #include "host/duration_text.h"
@@ -18,7 +19,7 @@ constexpr int kLongestTime = 24 * 60 * 60 * 1000;       // ms
 constexpr qint64 kLongestPeriod = 366LL * kLongestTime; // ms
 const QLatin1String kCsvSuffix(".csv");
 constexpr int kHighestNumber = std::numeric_limits<int>::max();
-constexpr double kLongestRun = double(std::numeric_limits<int>::max()) / 1000; // s
+constexpr double kLongestRun = std::numeric_limits<int>::max(); // ms
 
 constexpr double kLongestRoundTrip = 60 * 1000; // ms
 constexpr double kSlowestNetwork = 0.001;       // Mbit/s
@@ -44,7 +45,9 @@ A label is SCOPE.VARIABLE with subscripts and members as declared, such as
 Plant.tank[3].level. LABEL*N stands for N elements of an array from that one on;
 their values are written as 1,2,3. To run, watch, log and read, a label may also be
 a pattern with * and ?, or have a range: 'Plant.tank*.level', Plant.tank[1..3].level.
-Values: TRUE, -5, 16#FF, 1.5, T#1m30s, 'text' (the quotes may be left out).
+Values: TRUE, -5, 16#FF, 1.5, T#1m30s, 'text' (the quotes may be left out); what is
+no number only as REAL#nan, REAL#inf and LREAL#-inf.
+A DURATION is 500ms, 10s or 1m30s; a number alone is ms, and seconds for --for.
 
 Options for all commands:
   -p, --project FILE   project file; else what PLC_PROJECT names
@@ -55,9 +58,11 @@ Options for all commands:
 Options for run, watch, log, stats, read, write and diagnose:
   --address HOST       connect there and not to the project's address
   --port N             the same for the port
-  --timeout MS         time for the connection and for each whole reply
+  --timeout DURATION   time for the connection and for each whole reply
+  --read-only          refuse every write, as the project's setting readOnly does
   --trace              print every frame with its meaning on the standard error
   --capture FILE       keep what is sent and received in FILE, for Wireshark (pcapng)
+  --force              replace the file of --capture or of --export if it exists
 Options for run, watch, log, stats, read and resolve:
   --labels FILE        also the labels in the first column of this CSV file
 Options for read and symbols:
@@ -77,22 +82,22 @@ Options for import:
   --scope NAME         scope of the global variables; without one, labels begin with the dot
   --all-warnings       show each variable that is left out, and not only the first 20
 Options for run, watch, log and stats:
-  --for SECONDS        end after this time
-  --cycle MS           time from one pass over all values to the next, at least (100)
+  --for DURATION       end after this time
+  --cycle DURATION     time from one pass over all values to the next, at least (100ms)
   --station-off N      begin with station N switched off; may be given again
 Options for run and watch:
-  --interval MS        time between two screens (200) or prints (1000; watch: each change)
+  --interval DURATION  time between two screens (200ms) or prints (1s; watch: each change)
 Options for run:
   --once               print each value once and end
 Options for log:
   -o, --output FILE    .csv, or a database: .sqlite, .sqlite3, .db; it goes on if it exists
-  --every DURATION     all values at this interval, such as 500ms, 10s, 1m30s, and not changes
+  --every DURATION     all values at this interval and not changes
   --rotate-size SIZE   go on in a new CSV file before one has more bytes: 500k, 64M, 2G
   --rotate-every DURATION  the same after this time: 1h, 1d
   --keep N             rotated files that stay; the oldest go (all)
   --export FILE        turn this database into the CSV file --output; needs no project
 Options for plan:
-  --rtt MS             round-trip time to the PLC and back (1)
+  --rtt DURATION       round-trip time to the PLC and back (1ms)
   --mbit N             speed of the network in Mbit/s (100)
 
 While it runs, plc run takes these lines from its standard input:
@@ -156,6 +161,7 @@ const OptionDescription kOptions[] = {
     {"v version", false, kForAll},     {"address", true, kForLink},
     {"port", true, kForLink},          {"timeout", true, kForLink},
     {"trace", false, kForLink},        {"capture", true, kForLink},
+    {"read-only", false, kForLink},    {"force", false, kForLink},
     {"for", true, kForCyclic},         {"once", false, kForRun},
     {"cycle", true, kForCyclic},       {"interval", true, kForViews},
     {"station-off", true, kForCyclic}, {"rtt", true, kForPlan},
@@ -213,6 +219,38 @@ QStringList namesOf(const OptionDescription& description)
 const QString kSizeUnits = QStringLiteral("kmg");
 constexpr int kBitsOfSizeUnit = 10;
 
+/// Which durations an option takes.
+struct DurationRange {
+    double plain; ///< ms of a number without a unit; 0: it needs one.
+    double lowest;
+    double highest;
+};
+
+constexpr double kMillisecond = 1;
+constexpr double kSecond = 1000; // ms
+constexpr double kNoPlainNumber = 0;
+
+/// Milliseconds; nothing if it is no duration.
+std::optional<double> durationOf(const QString& text, double plain)
+{
+    if (const std::optional<quint64> whole = parseDuration(QStringLiteral("T#") + text))
+        return double(*whole);
+    const bool hasUnit = text.endsWith(QLatin1String("ms"), Qt::CaseInsensitive);
+    bool ok = false;
+    const double number = (hasUnit ? text.chopped(2) : text).toDouble(&ok);
+    const double unit = hasUnit ? kMillisecond : plain;
+    return ok && unit > 0 ? std::optional<double>(number * unit) : std::nullopt;
+}
+
+/// What a number without a unit means.
+QString plainText(double plain)
+{
+    if (plain == kNoPlainNumber)
+        return QString();
+    return plain == kSecond ? QStringLiteral(" or a number of seconds")
+                            : QStringLiteral(" or a number of ms");
+}
+
 /// Takes values out of the parsed command line and keeps the first complaint.
 class OptionReader {
 public:
@@ -260,31 +298,27 @@ public:
                      .arg(quoted(text(name))));
         return otherwise;
     }
-    int seconds(const char* name)
+    /// Milliseconds of a duration such as 500ms, 10s or 1m30s, or of a number of `plain` ms, which
+    /// may have a fraction; `otherwise` if it is not given.
+    double duration(const char* name, const DurationRange& range, double otherwise)
     {
         if (!has(name))
-            return 0;
-        bool ok = false;
-        const double number = text(name).toDouble(&ok);
-        if (ok && number > 0 && number <= kLongestRun)
-            return qMax(1, int(number * 1000));
-        complain(QStringLiteral("--%1 takes a number of seconds above 0, not %2")
-                     .arg(QString::fromLatin1(name), quoted(text(name))));
-        return 0;
+            return otherwise;
+        const QString written = text(name);
+        const std::optional<double> duration = durationOf(written, range.plain);
+        if (duration && *duration >= range.lowest && *duration <= range.highest)
+            return *duration;
+        complain(QStringLiteral("--%1 takes a duration such as 500ms, 10s or 1m30s%2, from %3 to "
+                                "%4, not %5")
+                     .arg(QString::fromLatin1(name), plainText(range.plain),
+                          durationText(quint64(std::ceil(range.lowest))).mid(2),
+                          durationText(quint64(range.highest)).mid(2), quoted(written)));
+        return otherwise;
     }
-    /// Milliseconds of a duration such as 1m30s; 0 if it is not given.
-    qint64 duration(const char* name, qint64 longest)
+    /// The same in whole milliseconds, of which a fraction counts as one.
+    int milliseconds(const char* name, const DurationRange& range, int otherwise)
     {
-        if (!has(name))
-            return 0;
-        const std::optional<quint64> time = parseDuration(QStringLiteral("T#") + text(name));
-        if (time && *time > 0 && *time <= quint64(longest))
-            return qint64(*time);
-        complain(QStringLiteral("--%1 takes a duration such as 500ms, 10s, 1m30s or 1h, up to %2, "
-                                "not %3")
-                     .arg(QString::fromLatin1(name), durationText(quint64(longest)).mid(2),
-                          quoted(text(name))));
-        return 0;
+        return int(std::ceil(duration(name, range, otherwise)));
     }
     /// Bytes of a size such as 64M; 0 if it is not given.
     qint64 size(const char* name)
@@ -307,6 +341,8 @@ public:
         if (m_error->isEmpty())
             *m_error = text;
     }
+
+    QStringList texts(const char* name) const { return m_parser.values(QString::fromLatin1(name)); }
 
 private:
     const QCommandLineParser& m_parser;
@@ -349,9 +385,10 @@ LogOptions readLogValues(OptionReader* reader)
     LogOptions log;
     log.output = reader->text("output");
     log.exported = reader->text("export");
-    log.every = int(reader->duration("every", kLongestTime));
+    log.every = reader->milliseconds("every", {kNoPlainNumber, 1, kLongestTime}, 0);
     log.rotateSize = reader->size("rotate-size");
-    log.rotateEvery = reader->duration("rotate-every", kLongestPeriod);
+    log.rotateEvery =
+        qint64(reader->duration("rotate-every", {kNoPlainNumber, 1, double(kLongestPeriod)}, 0));
     log.keep = reader->integer("keep", 1, std::numeric_limits<int>::max(), 0);
     return log;
 }
@@ -460,6 +497,29 @@ void checkImport(const ImportOptions& import, OptionReader* reader)
                              .arg(quoted(scope)));
 }
 
+/// An empty value is a variable of a script that was never set, and not what is used without the
+/// option.
+void checkEmptyValues(OptionReader* reader)
+{
+    for (const OptionDescription& option : kOptions) {
+        const QByteArray name = namesOf(option).last().toLatin1();
+        const QStringList texts = reader->texts(name.constData());
+        for (const QString& text : texts) {
+            if (option.hasValue && text.trimmed().isEmpty())
+                reader->complain(QStringLiteral("--%1 has an empty value; give one, or leave the "
+                                                "option out")
+                                     .arg(QString::fromLatin1(name)));
+        }
+    }
+}
+
+/// What could be replaced.
+void checkForce(const Options& options, OptionReader* reader)
+{
+    if (options.force && options.captureFile.isEmpty() && options.log.exported.isEmpty())
+        reader->complain(QStringLiteral("--force goes with --capture or --export"));
+}
+
 Options readValues(OptionReader* reader)
 {
     Options options;
@@ -468,20 +528,25 @@ Options readValues(OptionReader* reader)
     options.driverFile = reader->text("driver");
     options.address = reader->text("address");
     options.port = reader->integer("port", 1, kHighestPort, 0);
-    options.timeout = reader->integer("timeout", 1, kLongestTime, 0);
+    options.timeout = reader->milliseconds("timeout", {kMillisecond, 1, kLongestTime}, 0);
     options.json = reader->has("json");
     options.trace = reader->has("trace");
     options.captureFile = reader->text("capture");
+    options.readOnly = reader->has("read-only");
+    options.force = reader->has("force");
     options.once = reader->has("once");
-    options.duration = reader->seconds("for");
-    options.interval = reader->integer("interval", 1, kLongestTime, options.interval);
-    options.cycleTime = reader->integer("cycle", 0, kLongestTime, options.cycleTime);
+    options.duration = reader->milliseconds("for", {kSecond, 1, kLongestRun}, 0);
+    options.interval =
+        reader->milliseconds("interval", {kMillisecond, 1, kLongestTime}, options.interval);
+    options.cycleTime =
+        reader->milliseconds("cycle", {kMillisecond, 0, kLongestTime}, options.cycleTime);
     options.csv = reader->has("csv");
     options.labelFile = reader->text("labels");
     options.log = readLogValues(reader);
     options.symbols = readSymbolsValues(reader);
     options.import = readImportValues(reader);
-    options.roundTrip = reader->number("rtt", 0, kLongestRoundTrip, options.roundTrip);
+    options.roundTrip =
+        reader->duration("rtt", {kMillisecond, 0, kLongestRoundTrip}, options.roundTrip);
     options.bandwidth = reader->number("mbit", kSlowestNetwork, kFastestNetwork, options.bandwidth);
     options.stationsOff = reader->integers("station-off", 0, kHighestStation);
     return options;
@@ -521,6 +586,7 @@ std::optional<Options> readOptions(const QStringList& arguments, QString* error)
     }
     error->clear();
     OptionReader reader(parser, error);
+    checkEmptyValues(&reader);
     Options options = readValues(&reader);
     options.information = informationText(reader);
     if (!options.information.isEmpty())
@@ -547,6 +613,7 @@ std::optional<Options> readOptions(const QStringList& arguments, QString* error)
             checkSymbols(options, &reader);
         if (options.command == Command::Import)
             checkImport(options.import, &reader);
+        checkForce(options, &reader);
         if (options.csv && options.json)
             reader.complain(QStringLiteral("--csv and --json are two different forms; give one"));
         const bool needsProject =

@@ -68,7 +68,9 @@ struct Options {
     bool csv = false;
     QString labelFile; ///< CSV with further arguments; empty: none.
     bool trace = false;
-    QString captureFile; ///< Empty: none.
+    QString captureFile;   ///< Empty: none.
+    bool readOnly = false; ///< Whatever the project says.
+    bool force = false;    ///< Files that exist are replaced.
     bool once = false;
     int duration = 0;    ///< ms; 0: without end.
     int interval = 0;    ///< ms; 0: as suits the kind of output.

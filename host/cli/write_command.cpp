@@ -8,6 +8,10 @@ namespace plc {
 
 bool WriteCommand::prepare()
 {
+    if (project().settings.readOnly) {
+        complain(readOnlyText() + QStringLiteral("; nothing was sent"));
+        return false;
+    }
     QVector<Assignment> assignments;
     for (const QString& text : options().arguments) {
         QString error;

@@ -78,7 +78,7 @@ const NumberSetting kNumberSettings[] = {
 
 void readSettings(const JsonNode& node, ProjectSettings* settings)
 {
-    QStringList keys{QStringLiteral("multiStation")};
+    QStringList keys{QStringLiteral("multiStation"), QStringLiteral("readOnly")};
     for (const NumberSetting& setting : kNumberSettings)
         keys.append(QString::fromLatin1(setting.key));
     node.checkKeys({}, keys);
@@ -90,6 +90,8 @@ void readSettings(const JsonNode& node, ProjectSettings* settings)
     }
     if (node.has("multiStation"))
         settings->multiStation = node.member("multiStation").boolean();
+    if (node.has("readOnly"))
+        settings->readOnly = node.member("readOnly").boolean();
     if (settings->reconnectDelayLimit < settings->reconnectDelay) {
         node.fail(QStringLiteral("found a reconnectDelayLimit of %1 ms, expected at least the "
                                  "reconnectDelay of %2 ms")

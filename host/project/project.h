@@ -79,6 +79,7 @@ struct ProjectSettings {
     int reconnectDelay = 500;  ///< ms after the first failure; doubled up to reconnectDelayLimit
     int reconnectDelayLimit = 10000; ///< ms
     int staleAfter = 3000;           ///< ms after which a value is shown as stale
+    bool readOnly = false;           ///< nothing is ever written
 };
 
 /// A cyclically read value: a label, and for an array slice the elements from that label on.

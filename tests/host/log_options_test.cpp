@@ -61,10 +61,10 @@ TEST_F(LogOptionsTest, DurationsHaveUnits)
     EXPECT_EQ(log({"-o", "a.csv", "--every", "1m30s"}).every, 90000);
     EXPECT_EQ(log({"-o", "a.csv", "--every", "1d"}).every, 86400000);
     EXPECT_EQ(log({"-o", "a.csv", "--rotate-every", "30d"}).rotateEvery, 2592000000);
-    for (const char* wrong : {"10", "0s", "-1s", "2d", "soon", ""}) {
+    for (const char* wrong : {"10", "0s", "-1s", "2d", "soon", "nan", "1e99ms"}) {
         EXPECT_EQ(complaint({"-o", "a.csv", "--every", wrong}),
-                  QStringLiteral("--every takes a duration such as 500ms, 10s, 1m30s or 1h, up to "
-                                 "1d, not \"%1\"")
+                  QStringLiteral("--every takes a duration such as 500ms, 10s or 1m30s, from 1ms "
+                                 "to 1d, not \"%1\"")
                       .arg(QLatin1String(wrong)));
     }
 }

@@ -87,7 +87,8 @@ TEST_F(OptionsTest, PlanTakesTheProjectAsItsArgumentAndTheNetworkAsOptions)
     EXPECT_EQ(complaint({"plan"}), "no project file; give it with --project or in PLC_PROJECT");
     EXPECT_EQ(complaint({"plan", "a.json", "b.json"}), "plc plan takes at most one project file");
     EXPECT_EQ(complaint({"plan", "a.json", "--rtt", "far"}),
-              "--rtt takes a number from 0 to 60000, not \"far\"");
+              "--rtt takes a duration such as 500ms, 10s or 1m30s or a number of ms, from 0s to "
+              "1m, not \"far\"");
     EXPECT_EQ(complaint({"plan", "a.json", "--mbit", "0"}),
               "--mbit takes a number from 0.001 to 100000, not \"0\"");
     EXPECT_EQ(complaint({"run", "-p", "a", "--rtt", "1"}), "--rtt is no option of plc run");
@@ -147,6 +148,58 @@ TEST_F(OptionsTest, AFileOfLabelsTakesThePlaceOfLabels)
               "--labels is no option of plc write");
 }
 
+TEST_F(OptionsTest, AllTimesAreWrittenAlike)
+{
+    const std::optional<Options> options = parse({"run", "-p", "a", "--for", "1m30s", "--cycle",
+                                                  "20ms", "--interval", "0.5s", "--timeout", "2s"});
+    ASSERT_TRUE(options) << error.toStdString();
+    EXPECT_EQ(options->duration, 90000);
+    EXPECT_EQ(options->cycleTime, 20);
+    EXPECT_EQ(options->interval, 500);
+    EXPECT_EQ(options->timeout, 2000);
+    EXPECT_EQ(parse({"plan", "a.json", "--rtt", "0.25ms"})->roundTrip, 0.25);
+    EXPECT_EQ(parse({"plan", "a.json", "--rtt", "1s"})->roundTrip, 1000);
+    EXPECT_EQ(parse({"run", "-p", "a", "--for", "1d"})->duration, 86400000);
+    EXPECT_EQ(parse({"run", "-p", "a", "--cycle", "0"})->cycleTime, 0);
+    EXPECT_EQ(parse({"run", "-p", "a", "--for", "0.0001"})->duration, 1) << "not for ever";
+}
+
+TEST_F(OptionsTest, AnEmptyValueIsNoValue)
+{
+    for (const char* option : {"--address", "--project", "--driver", "--capture", "--labels",
+                               "--timeout", "--for", "--port", "--station-off", "--interval"}) {
+        for (const char* value : {"", " "}) {
+            EXPECT_EQ(complaint({"run", "-p", "a", option, value}),
+                      QStringLiteral("%1 has an empty value; give one, or leave the option out")
+                          .arg(QLatin1String(option)));
+        }
+    }
+    for (const char* option : {"--output", "--merge", "--name", "--scope", "--base"})
+        EXPECT_THAT(complaint({"import", "a.st", option, ""}).toStdString(),
+                    ::testing::HasSubstr("has an empty value"));
+    for (const char* option : {"--output", "--export", "--every", "--rotate-size"})
+        EXPECT_THAT(complaint({"log", "-p", "a", option, ""}).toStdString(),
+                    ::testing::HasSubstr("has an empty value"));
+}
+
+TEST_F(OptionsTest, ForceGoesWithAFileThatItReplaces)
+{
+    EXPECT_TRUE(parse({"read", "-p", "a", "A.x", "--capture", "b", "--force"})->force);
+    EXPECT_TRUE(parse({"log", "--export", "a.db", "-o", "b.csv", "--force"})->force);
+    EXPECT_EQ(complaint({"read", "-p", "a", "A.x", "--force"}),
+              "--force goes with --capture or --export");
+    EXPECT_EQ(complaint({"import", "a.st", "--force"}), "--force is no option of plc import");
+}
+
+TEST_F(OptionsTest, ReadOnlyIsForAllThatConnect)
+{
+    EXPECT_FALSE(parse({"write", "-p", "a", "A.x=1"})->readOnly);
+    for (const char* command : {"run", "watch", "write", "stats"})
+        EXPECT_TRUE(parse({command, "-p", "a", "A.x=1", "--read-only"})->readOnly) << command;
+    EXPECT_EQ(complaint({"resolve", "-p", "a", "A.x", "--read-only"}),
+              "--read-only is no option of plc resolve");
+}
+
 TEST_F(OptionsTest, WithoutOptionsRunGoesOnAtItsUsualPace)
 {
     const std::optional<Options> options = parse({"run", "-p", "a"});
@@ -175,10 +228,12 @@ TEST_F(OptionsTest, WrongUsageIsExplained)
               "--port takes a number from 1 to 65535, not \"65536\"");
     EXPECT_EQ(complaint({"run", "-p", "a", "--port", "x"}),
               "--port takes a number from 1 to 65535, not \"x\"");
-    EXPECT_EQ(complaint({"run", "-p", "a", "--for", "0"}),
-              "--for takes a number of seconds above 0, not \"0\"");
-    EXPECT_EQ(complaint({"run", "-p", "a", "--for", "nan"}),
-              "--for takes a number of seconds above 0, not \"nan\"");
+    for (const char* wrong : {"0", "0s", "nan", "-1", "3000000000", "1x", "T#1s"}) {
+        EXPECT_EQ(complaint({"run", "-p", "a", "--for", wrong}),
+                  QStringLiteral("--for takes a duration such as 500ms, 10s or 1m30s or a number "
+                                 "of seconds, from 1ms to 24d20h31m23s647ms, not \"%1\"")
+                      .arg(QLatin1String(wrong)));
+    }
     EXPECT_THAT(complaint({"run", "-p", "a", "--fro", "3"}).toStdString(),
                 ::testing::HasSubstr("fro"));
     EXPECT_FALSE(complaint({"run", "-p"}).isEmpty());

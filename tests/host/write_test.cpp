@@ -35,6 +35,25 @@ TEST_F(WriteTest, GoesOutAndIsDoneWhenThePlcSaysSo)
     EXPECT_TRUE(writes[0].outcome.isDone());
 }
 
+TEST_F(WriteTest, InAReadOnlyProjectEndsAtOnceUnsent)
+{
+    Project readOnly = project;
+    readOnly.settings.readOnly = true;
+    runtime.reset();
+    runtime = std::make_unique<Runtime>(builtDriver(), readOnly, 0, this);
+    connect();
+    write("Main.speed", "1");
+    ASSERT_EQ(writes.size(), 1u);
+    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::NotSent);
+    EXPECT_EQ(writes[0].outcome.reason,
+              "the project is read-only, by its setting readOnly or by --read-only");
+    readOnce("Main.speed");
+    logIn();
+    ASSERT_EQ(parseRequest(request()).entries.size(), 1) << "reads go on";
+    EXPECT_EQ(parseRequest(request()).service, Service::Read);
+    runtime.reset();
+}
+
 TEST_F(WriteTest, QueuedBeforeTheFirstConnectionWaitsForIt)
 {
     write("Main.speed", "1");

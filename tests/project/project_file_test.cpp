@@ -24,6 +24,7 @@ TEST(ProjectFile, GivesDefaultsForWhatIsLeftOut)
     EXPECT_EQ(500, project.settings.reconnectDelay);
     EXPECT_EQ(10000, project.settings.reconnectDelayLimit);
     EXPECT_EQ(3000, project.settings.staleAfter);
+    EXPECT_FALSE(project.settings.readOnly);
     EXPECT_FALSE(project.settings.multiStation);
     EXPECT_TRUE(project.cyclic.isEmpty());
 }
@@ -35,7 +36,8 @@ TEST(ProjectFile, ReadsPlcAndSettings)
         "plc": {"address": "plc.example", "port": 65535},
         "settings": {"maxReadBytes": 65528, "defaultStation": 255, "multiStation": true,
                      "retryLimit": 0, "connectTimeout": 1, "replyTimeout": 2,
-                     "reconnectDelay": 3, "reconnectDelayLimit": 4, "staleAfter": 5},
+                     "reconnectDelay": 3, "reconnectDelayLimit": 4, "staleAfter": 5,
+                     "readOnly": true},
         "areas": [{"index": 65535, "size": 2147483647, "description": "all"}], "scopes": []})");
     EXPECT_EQ("Mixer", project.name.toStdString());
     EXPECT_EQ("plc.example", project.address.toStdString());
@@ -49,6 +51,7 @@ TEST(ProjectFile, ReadsPlcAndSettings)
     EXPECT_EQ(3, project.settings.reconnectDelay);
     EXPECT_EQ(4, project.settings.reconnectDelayLimit);
     EXPECT_EQ(5, project.settings.staleAfter);
+    EXPECT_TRUE(project.settings.readOnly);
     ASSERT_EQ(1, project.areas.size());
     EXPECT_EQ(65535, project.areas[0].index);
     EXPECT_EQ(2147483647, project.areas[0].size);

@@ -137,6 +137,7 @@ TEST_F(Schema, DefaultsOfTheSettingsAreThoseOfTheLoader)
     EXPECT_EQ(defaults.reconnectDelay, defaultOf("reconnectDelay").toInt());
     EXPECT_EQ(defaults.reconnectDelayLimit, defaultOf("reconnectDelayLimit").toInt());
     EXPECT_EQ(defaults.staleAfter, defaultOf("staleAfter").toInt());
+    EXPECT_EQ(defaults.readOnly, defaultOf("readOnly").toBool(true));
 }
 
 } // namespace
