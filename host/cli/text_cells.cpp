@@ -75,6 +75,19 @@ QString textOf(const QVector<uint>& characters)
     return text;
 }
 
+/// Number of the first characters that go into a line of this width: at least one.
+int charactersInLine(const QVector<uint>& characters, int width)
+{
+    int count = 0;
+    int cells = 0;
+    for (; count < int(characters.size()); ++count) {
+        cells += cellsOfCharacter(characters[count]);
+        if (cells > width && count > 0)
+            break;
+    }
+    return count;
+}
+
 QString blanks(int count)
 {
     return QString(qMax(0, count), QLatin1Char(' '));
@@ -114,6 +127,24 @@ QString fittedTail(const QString& text, int width)
 QString fittedRight(const QString& text, int width)
 {
     return fitted(blanks(width - cellsOf(text)) + text, width);
+}
+
+QStringList wrapped(const QString& text, int width, Wrap wrap)
+{
+    QStringList lines;
+    QVector<uint> rest = shownCharacters(text);
+    do {
+        int count = charactersInLine(rest, width);
+        int skipped = 0;
+        if (wrap == Wrap::AtBlanks && count < int(rest.size())) {
+            const int blank = int(rest.lastIndexOf(uint(' '), count));
+            count = blank > 0 ? blank : count;
+            skipped = blank > 0 ? 1 : 0;
+        }
+        lines.append(textOf(rest.mid(0, count)));
+        rest = rest.mid(count + skipped);
+    } while (!rest.isEmpty());
+    return lines;
 }
 
 QByteArray asciiCells(const QString& text)

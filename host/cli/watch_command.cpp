@@ -1,16 +1,25 @@
 #include "host/cli/watch_command.h"
 
 #include "host/cli/line_view.h"
+#include "host/cli/value_lines.h"
 #include "host/cli/watch_view.h"
+#include "host/result_text.h"
+#include "host/value_codec.h"
 
 namespace plc {
 
 std::unique_ptr<RunView> WatchCommand::screenView(const CarryOut& carryOut)
 {
     const WatchState::Check check = [this](const QString& assignment) {
-        return whyNotWritable(assignment);
+        return this->check(assignment);
     };
-    return std::make_unique<WatchView>(project().name, peer(), carryOut, check);
+    const bool isReadOnly = project().settings.readOnly;
+    const QString title =
+        isReadOnly ? project().name + QStringLiteral(" (read-only)") : project().name;
+    auto view = std::make_unique<WatchView>(title, peer(), carryOut, check);
+    if (isReadOnly)
+        view->refuseWrites(readOnlyText());
+    return view;
 }
 
 std::unique_ptr<RunView> WatchCommand::lineView()
@@ -19,10 +28,15 @@ std::unique_ptr<RunView> WatchCommand::lineView()
     return std::make_unique<LineView>(peer(), options().json, everyChange);
 }
 
-QString WatchCommand::whyNotWritable(const QString& assignment)
+WatchState::Checked WatchCommand::check(const QString& text)
 {
-    QString error;
-    return parseAssignment(runtime().points(), assignment, &error) ? QString() : error;
+    WatchState::Checked checked;
+    const std::optional<Assignment> assignment =
+        parseAssignment(runtime().points(), text, &checked.obstacle);
+    if (assignment)
+        checked.value =
+            pointText(assignment->point, assignment->values) + unitText(assignment->point);
+    return checked;
 }
 
 } // namespace plc

@@ -2,6 +2,7 @@
 #define PLC_HOST_CLI_WATCH_COMMAND_H
 
 #include "host/cli/run_command.h"
+#include "host/cli/watch_state.h"
 
 namespace plc {
 
@@ -15,7 +16,7 @@ private:
     std::unique_ptr<RunView> screenView(const CarryOut& carryOut) override;
     std::unique_ptr<RunView> lineView() override;
 
-    QString whyNotWritable(const QString& assignment);
+    WatchState::Checked check(const QString& assignment);
 };
 
 } // namespace plc

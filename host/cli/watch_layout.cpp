@@ -1,5 +1,8 @@
 #include "host/cli/watch_layout.h"
 
+#include <algorithm>
+
+#include "host/cli/label_column.h"
 #include "host/cli/text_cells.h"
 #include "host/cli/value_history.h"
 
@@ -8,11 +11,12 @@ namespace {
 
 const char kKeys[] = "?:help  w:write  p:pause  s:sort  /:filter  r:reset  q:end";
 
-constexpr int kLinesAround = 5;      ///< Title, arrangement, heading, message and keys.
-constexpr int kFewLinesAround = 2;   ///< Heading, and message or keys.
-constexpr int kHeightForAround = 10; ///< Lower terminals have few lines around the table.
-constexpr int kMostMessageLines = 3;
-constexpr int kMarkWidth = 2; ///< Selected, and changed or stale.
+constexpr int kLinesAround = 5;        ///< Title, arrangement, heading, message and keys.
+constexpr int kFewLinesAround = 2;     ///< Heading, and message or keys.
+constexpr int kHeightForAround = 10;   ///< Lower terminals have few lines around the table.
+constexpr int kFewestMessageLines = 3; ///< That a message may take, however low the terminal is.
+constexpr int kPartForMessage = 3;     ///< A high one has this part of its lines for it.
+constexpr int kMarkWidth = 2;          ///< Selected, and changed or stale.
 constexpr int kAgeWidth = 8;
 constexpr int kRangeWidth = 10; ///< Of MIN and of MAX, with a blank before each.
 constexpr int kShortTrend = 10;
@@ -96,13 +100,14 @@ QString headingLine(const Columns& columns, int width, const Style& style)
     return style.apply(Emphasis::Heading, fitted(text, width));
 }
 
-QString rowLine(const WatchRow& row, bool isSelected, const Columns& columns, int width,
-                const Style& style)
+/// `shortLabel` fits into its column.
+QString rowLine(const WatchRow& row, const QString& shortLabel, bool isSelected,
+                const Columns& columns, int width, const Style& style)
 {
     const bool hasChanged = row.sinceChange && *row.sinceChange < kChangeShown;
     const QChar mark = QLatin1Char(row.isStale ? '!' : hasChanged ? '*' : ' ');
-    const QString label = QString(QLatin1Char(isSelected ? '>' : ' ')) + mark +
-                          fittedTail(row.label, columns.label - 1) + QLatin1Char(' ');
+    const QString label =
+        QString(QLatin1Char(isSelected ? '>' : ' ')) + mark + shortLabel + QLatin1Char(' ');
     const QString value = fitted(row.value, columns.value);
     const QString trend =
         sparkline(row.trend.mid(qMax(0, int(row.trend.size()) - columns.trend + 1)));
@@ -143,25 +148,43 @@ QString arrangementLine(const WatchState& state, int width, const Style& style)
                        fitted(QStringLiteral("PAUSED, ") + tableText(state), width));
 }
 
-/// What is being typed, or what the keys do.
-QString keysLine(const WatchState& state, int width)
+/// Cells of a line at the bottom: in the last cell of the last line some terminals scroll.
+int bottomWidth(int width)
+{
+    return qMax(1, width - 1);
+}
+
+/// What is being typed or asked, in up to `height` lines; what the keys do if it is nothing.
+QStringList promptLines(const WatchState& state, int width, int height)
 {
     const QString prompt = state.prompt();
-    // In the last cell of the last line some terminals scroll.
-    return prompt.isEmpty() ? fitted(QString::fromLatin1(kKeys), width - 1)
-                            : fittedTail(prompt, width - 1);
+    if (prompt.isEmpty())
+        return {fitted(QString::fromLatin1(kKeys), width - 1)};
+    const int most = qMax(1, height);
+    QStringList lines = wrapped(prompt, bottomWidth(width), Wrap::Anywhere);
+    if (int(lines.size()) > most) {
+        lines = lines.mid(int(lines.size()) - most);
+        lines.first().replace(0, 1, QChar(0x2026));
+    }
+    for (QString& line : lines)
+        line = fitted(line, width - 1);
+    return lines;
 }
 
 QStringList tableLines(const WatchState& state, const Columns& columns, int lines, int width,
                        const Style& style)
 {
+    QStringList labels;
+    for (int i = state.firstLine(); i < qMin(state.count(), state.firstLine() + lines); ++i)
+        labels.append(state.row(i).label);
+    labels = labelColumn(labels, columns.label - 1);
     QStringList table;
     for (int i = 0; i < lines; ++i) {
         const int position = state.firstLine() + i;
-        table.append(
-            position < state.count()
-                ? rowLine(state.row(position), position == state.selected(), columns, width, style)
-                : QString());
+        table.append(i < int(labels.size())
+                         ? rowLine(state.row(position), labels[i], position == state.selected(),
+                                   columns, width, style)
+                         : QString());
     }
     return table;
 }
@@ -176,18 +199,16 @@ QStringList helpLines(const WatchState& state, int lines, int width)
 }
 
 /// The message in as many lines as it takes, up to a few: what to do stands at its end.
-QStringList messageLines(const QString& message, int width)
+QStringList messageLines(const QString& message, int width, int height)
 {
-    QStringList lines;
-    QString rest = message;
-    while (lines.size() + 1 < kMostMessageLines && cellsOf(rest) > width) {
-        int end = int(rest.lastIndexOf(QLatin1Char(' '), width));
-        if (end < 1)
-            break;
-        lines.append(fitted(rest.left(end), width));
-        rest = rest.mid(end + 1);
+    const int most = qMax(kFewestMessageLines, height / kPartForMessage);
+    QStringList lines = wrapped(message, qMax(1, width), Wrap::AtBlanks);
+    if (int(lines.size()) > most) {
+        const QStringList rest = lines.mid(most - 1);
+        lines = lines.mid(0, most - 1) << rest.join(QLatin1Char(' '));
     }
-    lines.append(fitted(rest, width));
+    for (QString& line : lines)
+        line = fitted(line, width);
     return lines;
 }
 
@@ -203,15 +224,28 @@ int watchTrendSeconds(int width)
     return qMax(0, trendWidth(width) - 1);
 }
 
+bool showsWhole(const QString& question, int width, int height)
+{
+    const QStringList lines = wrapped(question, bottomWidth(width), Wrap::Anywhere);
+    const auto fits = [width](const QString& line) { return cellsOf(line) <= width - 1; };
+    return int(lines.size()) <= height && std::all_of(lines.begin(), lines.end(), fits);
+}
+
 QStringList layOutWatch(const WatchFrame& frame, const WatchState& state, int width, int height,
                         const Style& style)
 {
-    const int page = watchPage(height);
     const bool isLow = height < kHeightForAround;
+    const bool isTyping = !state.prompt().isEmpty();
     const Columns columns = columnsFor(state, width);
-    const QStringList message = messageLines(frame.message, width);
-    // A long message hides the last lines of the table.
-    const int lines = isLow ? page : qMax(0, page - int(message.size()) + 1);
+    QStringList below;
+    if (!isLow || !frame.message.isEmpty())
+        below = messageLines(frame.message, width, height);
+    if (!isLow || isTyping || below.isEmpty())
+        below += promptLines(state, width, height);
+    else
+        below = QStringList{fitted(frame.message, width - 1)};
+    // What is told and asked hides the last lines of the table.
+    const int lines = qMax(0, watchPage(height) + (isLow ? 1 : 2) - int(below.size()));
     QStringList screen;
     if (!isLow)
         screen << titleLine(frame, width, style) << arrangementLine(state, width, style);
@@ -222,10 +256,7 @@ QStringList layOutWatch(const WatchFrame& frame, const WatchState& state, int wi
         screen.append(headingLine(columns, width, style));
         screen += tableLines(state, columns, lines, width, style);
     }
-    if (!isLow)
-        screen += message;
-    const bool showsMessage = isLow && !frame.message.isEmpty() && state.prompt().isEmpty();
-    screen.append(showsMessage ? fitted(frame.message, width - 1) : keysLine(state, width));
+    screen += below;
     return screen.mid(qMax(0, int(screen.size()) - height));
 }
 

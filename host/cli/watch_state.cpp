@@ -88,12 +88,30 @@ bool precedes(WatchState::Order order, const WatchRow& left, const WatchRow& rig
     return false;
 }
 
+/// Where `label` stands in the rows, there first; -1 if it does not.
+int rowOf(const QString& label, int likely, const QVector<WatchRow>& rows)
+{
+    if (likely >= 0 && likely < int(rows.size()) && rows[likely].label == label)
+        return likely;
+    const auto found = std::find_if(rows.begin(), rows.end(),
+                                    [&label](const WatchRow& row) { return row.label == label; });
+    return found == rows.end() ? -1 : int(found - rows.begin());
+}
+
+bool haveSameLabels(const QVector<WatchRow>& left, const QVector<WatchRow>& right)
+{
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](const WatchRow& a, const WatchRow& b) { return a.label == b.label; });
+}
+
+const char kNothingWritten[] = "nothing was written";
+
 } // namespace
 
 QStringList watchHelp()
 {
     return {
-        QStringLiteral("Up, Down, k, j      select a value"),
+        QStringLiteral("Up, Down, k, j      select a value, which stays selected where it moves"),
         QStringLiteral("PgUp, PgDn          a page up or down"),
         QStringLiteral("Home, End           the first or the last value"),
         QStringLiteral("w, Enter            write a value to the selected label"),
@@ -113,28 +131,47 @@ QStringList watchHelp()
 
 void WatchState::update(const QVector<WatchRow>& rows)
 {
-    if (m_isPaused)
-        return;
-    m_rows = rows;
-    arrange();
+    m_latest = rows;
+    if (!m_isPaused)
+        takeRows();
 }
 
 void WatchState::setPage(int lines)
 {
     m_page = qMax(1, lines);
-    select(m_selected);
+    keepInSight();
 }
 
-/// Sorts and filters. The selection stays where it is on the screen: rows that come and go by age
-/// or change do not carry it away.
-void WatchState::arrange()
+void WatchState::takeRows()
+{
+    const bool areSame = haveSameLabels(m_rows, m_latest);
+    m_rows = m_latest;
+    if (!areSame) {
+        if (m_selectedLabel.isEmpty() && !m_rows.isEmpty())
+            m_selectedLabel = m_rows.first().label;
+        m_selectedRow = rowOf(m_selectedLabel, m_selectedRow, m_rows);
+        applyFilter();
+    } else if (m_order != Order::AsNamed && m_order != Order::ByLabel) {
+        arrange();
+    }
+}
+
+void WatchState::applyFilter()
 {
     const LabelPattern pattern(m_filter, LabelPattern::Place::Inside);
-    m_shown.clear();
+    m_passing.clear();
     for (int i = 0; i < int(m_rows.size()); ++i) {
-        if (m_filter.isEmpty() || pattern.matches(m_rows[i].label))
-            m_shown.append(i);
+        if (m_filter.isEmpty() || (++m_comparisons, pattern.matches(m_rows[i].label)))
+            m_passing.append(i);
     }
+    arrange();
+}
+
+/// Sorts what passes the filter. The selected label stays selected wherever it goes: what is
+/// written next is what the user has chosen.
+void WatchState::arrange()
+{
+    m_shown = m_passing;
     const auto isFirst = [this](int left, int right) {
         return precedes(m_order, m_rows[m_isReversed ? right : left],
                         m_rows[m_isReversed ? left : right]);
@@ -143,15 +180,31 @@ void WatchState::arrange()
         std::reverse(m_shown.begin(), m_shown.end());
     else
         std::stable_sort(m_shown.begin(), m_shown.end(), isFirst);
-    select(m_selected);
+    m_selected = int(m_shown.indexOf(m_selectedRow));
+    keepInSight();
+}
+
+void WatchState::keepInSight()
+{
+    if (m_selected >= 0)
+        m_firstLine = qBound(m_selected - m_page + 1, m_firstLine, m_selected);
+    m_firstLine = qBound(0, m_firstLine, qMax(0, count() - m_page));
 }
 
 void WatchState::select(int position)
 {
-    m_selected = qBound(0, position, qMax(0, count() - 1));
-    const int last = qMax(0, count() - m_page);
-    m_firstLine = qBound(m_selected - m_page + 1, m_firstLine, m_selected);
-    m_firstLine = qBound(0, m_firstLine, last);
+    if (m_shown.isEmpty())
+        return;
+    m_selected = qBound(0, position, count() - 1);
+    m_selectedRow = m_shown[m_selected];
+    m_selectedLabel = m_rows[m_selectedRow].label;
+    keepInSight();
+}
+
+/// Where nothing is selected, the first value in sight is.
+void WatchState::move(int lines)
+{
+    select(m_selected < 0 ? m_firstLine : m_selected + lines);
 }
 
 WatchState::Action WatchState::press(const Key& key)
@@ -178,16 +231,16 @@ WatchState::Action WatchState::pressInTable(const Key& key)
 {
     switch (key.name) {
         case Key::Up:
-            select(m_selected - 1);
+            move(-1);
             break;
         case Key::Down:
-            select(m_selected + 1);
+            move(1);
             break;
         case Key::PageUp:
-            select(m_selected - m_page);
+            move(-m_page);
             break;
         case Key::PageDown:
-            select(m_selected + m_page);
+            move(m_page);
             break;
         case Key::Home:
             select(0);
@@ -200,7 +253,7 @@ WatchState::Action WatchState::pressInTable(const Key& key)
             break;
         case Key::Escape:
             m_filter.clear();
-            arrange();
+            applyFilter();
             break;
         case Key::Character:
             return pressCharacter(key.text[0]);
@@ -218,10 +271,10 @@ WatchState::Action WatchState::pressCharacter(QChar character)
         case 'r':
             return {Action::ForgetRanges, QString()};
         case 'k':
-            select(m_selected - 1);
+            move(-1);
             break;
         case 'j':
-            select(m_selected + 1);
+            move(1);
             break;
         case 'w':
             beginValue();
@@ -229,6 +282,8 @@ WatchState::Action WatchState::pressCharacter(QChar character)
         case 'p':
         case ' ':
             m_isPaused = !m_isPaused;
+            if (!m_isPaused)
+                takeRows();
             break;
         case 's':
             m_order = Order((int(m_order) + 1) % kOrders);
@@ -270,40 +325,94 @@ void WatchState::pressInFilter(const Key& key)
 {
     if (typeKey(key, &m_typed))
         m_mode = Mode::InTable;
-    m_filter = key.name == Key::Escape ? QString() : m_typed;
-    arrange();
+    const QString filter = key.name == Key::Escape ? QString() : m_typed;
+    if (filter == m_filter)
+        return;
+    m_filter = filter;
+    applyFilter();
 }
 
 void WatchState::beginValue()
 {
-    if (m_shown.isEmpty())
+    if (!m_writeRefusal.isEmpty()) {
+        m_message = m_writeRefusal;
         return;
+    }
+    if (m_selected < 0) {
+        m_message = QStringLiteral("nothing is selected: %1")
+                        .arg(m_shown.isEmpty()
+                                 ? QStringLiteral("no label passes the filter")
+                                 : QStringLiteral("%1 does not pass the filter; Up and Down select "
+                                                  "another label")
+                                       .arg(m_selectedLabel));
+        return;
+    }
     m_mode = Mode::TypingValue;
-    m_label = row(m_selected).label;
+    m_label = m_selectedLabel;
+    m_row = m_selectedRow;
     m_typed.clear();
 }
 
+/// A value that cannot be written stays in the prompt, to be mended there.
 void WatchState::pressInValue(const Key& key)
 {
     if (!typeKey(key, &m_typed))
         return;
-    m_mode = Mode::InTable;
     if (key.name == Key::Escape || m_typed.trimmed().isEmpty()) {
-        m_message = QStringLiteral("nothing was written");
+        m_mode = Mode::InTable;
+        m_message = QLatin1String(kNothingWritten);
         return;
     }
-    m_message = m_check(m_label + QLatin1Char('=') + m_typed);
+    const Checked checked = m_check(m_label + QLatin1Char('=') + m_typed);
+    m_value = checked.value;
+    m_message = checked.obstacle;
     if (m_message.isEmpty())
+        confirm();
+}
+
+/// Nobody confirms what is not all in sight.
+void WatchState::confirm()
+{
+    if (m_fits(question())) {
         m_mode = Mode::Confirming;
+        return;
+    }
+    m_mode = Mode::TypingValue;
+    m_message = QStringLiteral(
+        "nothing was written: the terminal is too small for the label, its value "
+        "and the new one; make it larger and press Enter, or use plc write");
 }
 
 WatchState::Action WatchState::pressInConfirmation(const Key& key)
 {
+    const bool isYes = key.name == Key::Character && key.text.toLower() == QLatin1String("y");
+    if (!isYes) {
+        m_mode = Mode::InTable;
+        m_message = QLatin1String(kNothingWritten);
+        return {};
+    }
+    // The terminal may have become smaller, or the value longer, since it was asked.
+    confirm();
+    if (m_mode != Mode::Confirming)
+        return {};
     m_mode = Mode::InTable;
-    if (key.name == Key::Character && key.text.toLower() == QLatin1String("y"))
-        return {Action::Write, m_label + QLatin1Char('=') + m_typed};
-    m_message = QStringLiteral("nothing was written");
-    return {};
+    return {Action::Write, m_label + QLatin1Char('=') + m_typed};
+}
+
+/// What the PLC has at the place that is to be written, as far as it is known.
+QString WatchState::lastValue() const
+{
+    const int row = rowOf(m_label, m_row, m_latest);
+    if (row < 0 || !m_latest[row].age)
+        return QStringLiteral("never read");
+    return m_latest[row].isStale ? QStringLiteral("last %1, stale").arg(m_latest[row].value)
+                                 : QStringLiteral("now %1").arg(m_latest[row].value);
+}
+
+QString WatchState::question() const
+{
+    return QStringLiteral("write %1 = %2 (%3)? y: yes, any other key: no")
+        .arg(m_label, m_value, lastValue());
 }
 
 QString WatchState::orderText() const
@@ -321,9 +430,9 @@ QString WatchState::prompt() const
         case Mode::TypingFilter:
             return QStringLiteral("/%1_").arg(m_typed);
         case Mode::TypingValue:
-            return QStringLiteral("write %1 = %2_").arg(m_label, m_typed);
+            return QStringLiteral("write %1 (%2) = %3_").arg(m_label, lastValue(), m_typed);
         case Mode::Confirming:
-            return QStringLiteral("write %1 = %2? y: yes, any other key: no").arg(m_label, m_typed);
+            return question();
     }
     return QString();
 }

@@ -22,9 +22,16 @@ QString limitText(const DataPoint& point, const std::optional<Value>& limit)
 WatchView::WatchView(const QString& title, const QString& peer,
                      const std::function<void(const QString&)>& carryOut,
                      const WatchState::Check& check)
-    : TerminalView(peer, carryOut), m_title(title), m_state(check)
+    : TerminalView(peer, carryOut), m_title(title), m_state(check, [this](const QString& question) {
+          return showsWhole(question, width(), height());
+      })
 {
     m_state.setPage(watchPage(height()));
+}
+
+void WatchView::refuseWrites(const QString& reason)
+{
+    m_state.refuseWrites(reason);
 }
 
 /// Every value that was read counts, not only those that a screen shows.

@@ -18,6 +18,9 @@ public:
     WatchView(const QString& title, const QString& peer,
               const std::function<void(const QString&)>& carryOut, const WatchState::Check& check);
 
+    /// From now on nothing can be written, for this reason.
+    void refuseWrites(const QString& reason);
+
     void valuesRead(const Runtime& runtime, qint64 now) override;
     void refresh(const Runtime& runtime, qint64 now) override;
 

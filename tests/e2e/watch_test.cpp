@@ -75,11 +75,50 @@ TEST_F(Watching, WritesTheSelectedValueAndShowsWhatThePlcSays)
     plc->type("\x1b[B");
     ASSERT_TRUE(plc->waitForText("> R.second"));
     plc->type("w258\r");
-    ASSERT_TRUE(plc->waitForText("write R.second = 258? y: yes"));
+    ASSERT_TRUE(plc->waitForText("write R.second = 258 (now 0)? y: yes"));
     EXPECT_EQ("00 00", peek(1, 2, 2)) << "not confirmed yet";
     plc->type("y");
     ASSERT_TRUE(plc->waitForText("write R.second = 258: done"));
     EXPECT_EQ("01 02", peek(1, 2, 2));
+}
+
+TEST_F(Watching, AWriteGoesToTheLabelThatWasChosenHoweverTheRowsMove)
+{
+    const std::unique_ptr<TerminalProcess> plc = watch();
+    ASSERT_TRUE(plc->waitForText(">*R.first") || plc->waitForText("> R.first"));
+    plc->type("ssS"); // by value, the highest first
+    ASSERT_TRUE(plc->waitForText("by value reversed"));
+    poke(1, 2, "0009");
+    ASSERT_TRUE(plc->waitFor([](const Screen& screen) {
+        return shows(screen, 3, "R.second 9") && shows(screen, 4, "> R.first 5");
+    })) << plc->screen().text().toStdString();
+    plc->type("w7x\r");
+    ASSERT_TRUE(plc->waitForText("\"7x\" is no whole number"));
+    ASSERT_TRUE(plc->waitForText("write R.first (now 5 rpm) = 7x_")) << "to be mended";
+    plc->type("\x7f\ry");
+    ASSERT_TRUE(plc->waitForText("write R.first = 7 rpm: done"));
+    EXPECT_EQ("00 07 00 09", peek(1, 0, 4));
+}
+
+TEST_F(Watching, TheQuestionIsWholeOnANarrowTerminal)
+{
+    const std::unique_ptr<TerminalProcess> plc = watch();
+    ASSERT_TRUE(plc->waitForText("R.first"));
+    plc->resize(20, 8);
+    ASSERT_TRUE(plc->waitFor([](const Screen& screen) { return shows(screen, 0, "LABEL VALUE"); }));
+    plc->type("w258\r");
+    // "write R.first = 258 rpm (now 5 rpm)? y: yes, any other key: no" in lines of 19
+    ASSERT_TRUE(plc->waitFor([](const Screen& screen) {
+        return screen.line(4) == QLatin1String("write R.first = 258") &&
+               screen.line(5) == QLatin1String(" rpm (now 5 rpm)? y") &&
+               screen.line(6) == QLatin1String(": yes, any other ke") && shows(screen, 7, "y: no");
+    })) << plc->screen().text().toStdString();
+    plc->resize(10, 3);
+    ASSERT_TRUE(plc->waitFor([](const Screen& screen) { return shows(screen, 2, "y: no"); }));
+    plc->type("y");
+    ASSERT_TRUE(plc->waitFor([](const Screen& screen) { return shows(screen, 2, "_"); }))
+        << plc->screen().text().toStdString();
+    EXPECT_EQ("00 05", peek(1, 0, 2)) << "what is not all in sight is not confirmed";
 }
 
 TEST_F(Watching, ARefusedWriteIsShownWithItsReason)

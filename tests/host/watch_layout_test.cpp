@@ -9,6 +9,7 @@ namespace {
 
 const Style kPlain(Style::Plain);
 const Style kColoured(Style::Coloured);
+constexpr int kConfirmWidth = 20; ///< Of the terminals in which questions are asked here.
 
 WatchRow row(const QString& label)
 {
@@ -26,7 +27,11 @@ WatchRow row(const QString& label)
 
 WatchState stateOf(const QVector<WatchRow>& rows, int height)
 {
-    WatchState state([](const QString&) { return QString(); });
+    WatchState state(
+        [](const QString& assignment) -> WatchState::Checked {
+            return {QString(), assignment.section(QLatin1Char('='), 1)};
+        },
+        [height](const QString& question) { return showsWhole(question, kConfirmWidth, height); });
     state.setPage(watchPage(height));
     state.update(rows);
     return state;
@@ -203,19 +208,84 @@ TEST(WatchLayout, ALongMessageTakesLinesOfTheTable)
     told.message = QStringLiteral("one two three four five six seven");
     const QStringList lines = layOutWatch(told, stateOf(rows(30), 24), 12, 24, kPlain);
     ASSERT_EQ(lines.size(), 24);
-    EXPECT_TRUE(lines[19].startsWith(QStringLiteral(" "))) << "the table's last";
-    EXPECT_EQ(lines[20], "one two     ");
-    EXPECT_EQ(lines[21], "three four  ");
-    EXPECT_EQ(lines[22], QString::fromUtf8("five six se…"));
+    EXPECT_TRUE(lines[18].startsWith(QStringLiteral(" "))) << "the table's last";
+    EXPECT_EQ(lines[19], "one two     ");
+    EXPECT_EQ(lines[20], "three four  ");
+    EXPECT_EQ(lines[21], "five six    ");
+    EXPECT_EQ(lines[22], "seven       ");
 }
 
-TEST(WatchLayout, OfALongPromptTheEndIsShown)
+TEST(WatchLayout, AMessageThatIsTooLongIsCutOffAtItsEnd)
+{
+    WatchFrame told = frame();
+    told.message = QStringLiteral("one two three four five six seven");
+    const QStringList lines = layOutWatch(told, stateOf(rows(30), 11), 12, 11, kPlain);
+    EXPECT_EQ(lines[7], "one two     ");
+    EXPECT_EQ(lines[8], "three four  ");
+    EXPECT_EQ(lines[9], QString::fromUtf8("five six se…"));
+}
+
+TEST(WatchLayout, AQuestionIsShownWholeOnANarrowTerminal)
+{
+    WatchRow narrow = row(QStringLiteral("Plant.pasteuriser.heatExchanger.outlet.temperature"));
+    WatchState state = stateOf({narrow}, 24);
+    press(&state, "w-1234.5678");
+    state.press({Key::Enter, QString()});
+    ASSERT_EQ(state.mode(), WatchState::Mode::Confirming);
+    const QStringList lines = layOutWatch(frame(), state, kConfirmWidth, 24, kPlain);
+    // 112 characters in lines of 19: the last cell of the screen stays empty.
+    EXPECT_EQ(lines.mid(18).join(QString()).trimmed(),
+              "write Plant.pasteuriser.heatExchanger.outlet.temperature = -1234.5678 (now 12.5 %)? "
+              "y: yes, any other key: no");
+    EXPECT_EQ(lines[17].trimmed(), "written");
+    EXPECT_TRUE(lines[3].startsWith(QLatin1Char('>'))) << "the table still has its first lines";
+}
+
+TEST(WatchLayout, AQuestionThatTheTerminalCannotShowIsNotAsked)
+{
+    EXPECT_TRUE(showsWhole(QString(38, QLatin1Char('x')), 20, 2));
+    EXPECT_FALSE(showsWhole(QString(39, QLatin1Char('x')), 20, 2));
+    EXPECT_FALSE(showsWhole(QString(39, QLatin1Char('x')), 1, 100));
+    EXPECT_FALSE(showsWhole(QString::fromUtf8("液"), 2, 5)) << "two cells, of which one is left";
+    WatchState state = stateOf({row(QString(100, QLatin1Char('x')))}, 5);
+    press(&state, "w1");
+    state.press({Key::Enter, QString()});
+    EXPECT_EQ(state.mode(), WatchState::Mode::TypingValue);
+}
+
+TEST(WatchLayout, OnALowTerminalTheReasonStandsAboveTheValueToBeMended)
+{
+    WatchState state = stateOf(rows(3), 5);
+    press(&state, "wx");
+    WatchFrame told = frame();
+    told.message = QStringLiteral("no number");
+    const QStringList lines = layOutWatch(told, state, 60, 5, kPlain);
+    EXPECT_EQ(lines[3].trimmed(), "no number");
+    EXPECT_EQ(lines[4].trimmed(), "write Plant.tank[0].level (now 12.5 %) = x_");
+}
+
+TEST(WatchLayout, LongLabelsOnTheScreenDiffer)
+{
+    const WatchState state = stateOf({row(QStringLiteral("Plant.tank[1].outlet.valve.speed")),
+                                      row(QStringLiteral("Plant.tank[2].outlet.valve.speed"))},
+                                     24);
+    const QStringList lines = layOutWatch(frame(), state, 44, 24, kPlain);
+    EXPECT_TRUE(lines[3].contains(QStringLiteral("[1"))) << lines[3].toStdString();
+    EXPECT_TRUE(lines[4].contains(QStringLiteral("[2"))) << lines[4].toStdString();
+}
+
+TEST(WatchLayout, ALongPromptTakesLinesOfTheTableAndItsEndIsAlwaysShown)
 {
     WatchState state = stateOf({row(QString(70, QLatin1Char('x')))}, 24);
     press(&state, "w12345678901234");
-    const QStringList lines = layOutWatch(frame(), state, 40, 24, kPlain);
-    EXPECT_TRUE(lines[23].endsWith(QStringLiteral("x = 12345678901234_")))
-        << lines[23].toStdString();
+    // "write ", the label, " (now 12.5 %) = 12345678901234_": 107 characters in lines of 39.
+    QStringList lines = layOutWatch(frame(), state, 40, 24, kPlain);
+    EXPECT_EQ(lines[21].left(8), "write xx");
+    EXPECT_EQ(lines[23].trimmed(), "now 12.5 %) = 12345678901234_");
+    state.setPage(watchPage(2));
+    lines = layOutWatch(frame(), state, 40, 2, kPlain);
+    EXPECT_EQ(lines[0].left(8), QString::fromUtf8("…xxxxxxx"));
+    EXPECT_EQ(lines[1].trimmed(), "now 12.5 %) = 12345678901234_");
 }
 
 } // namespace

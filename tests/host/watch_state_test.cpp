@@ -55,10 +55,12 @@ protected:
 
     QString obstacle;
     QString checked;
-    WatchState state{[this](const QString& assignment) {
-        checked = assignment;
-        return obstacle;
-    }};
+    bool fits = true;
+    WatchState state{[this](const QString& assignment) -> WatchState::Checked {
+                         checked = assignment;
+                         return {obstacle, assignment.section(QLatin1Char('='), 1).trimmed()};
+                     },
+                     [this](const QString&) { return fits; }};
 };
 
 TEST_F(WatchStateTest, BeginsInTheOrderInWhichTheLabelsWereNamed)
@@ -138,6 +140,9 @@ TEST_F(WatchStateTest, TheFilterTakesWildcardsAndEscapeGivesItUp)
     type("/*.m?de");
     EXPECT_EQ(shown(), "pump.mode");
     press(Key::Escape);
+    type("/nk*lev");
+    EXPECT_EQ(shown(), "tank.level") << "anywhere in the label, as without a star";
+    press(Key::Escape);
     EXPECT_EQ(state.filter(), "");
     EXPECT_EQ(shown(), "tank.level pump.mode");
 }
@@ -155,8 +160,95 @@ TEST_F(WatchStateTest, AFilterThatNothingPassesLeavesNothingToSelect)
     press(Key::Down);
     press(Key::PageDown);
     press(Key::End);
-    EXPECT_EQ(state.selected(), 0);
+    EXPECT_EQ(state.selected(), -1);
     EXPECT_EQ(state.firstLine(), 0);
+    EXPECT_EQ(type("w").kind, WatchState::Action::None);
+    EXPECT_EQ(state.takeMessage(), "nothing is selected: no label passes the filter");
+    press(Key::Escape);
+    EXPECT_EQ(state.selected(), 2) << "still the label that was chosen";
+}
+
+TEST_F(WatchStateTest, TheSelectionFollowsItsLabelWhenValuesAreSorted)
+{
+    state.update({row("a", 1), row("b", 2), row("c", 3)});
+    press(Key::Down);
+    type("ss");
+    state.update({row("a", 5), row("b", 4), row("c", 3)});
+    EXPECT_EQ(shown(), "c b a");
+    EXPECT_EQ(state.selected(), 1);
+    state.update({row("a", 1), row("b", 9), row("c", 3)});
+    EXPECT_EQ(shown(), "a c b");
+    EXPECT_EQ(state.selected(), 2);
+    type("S");
+    EXPECT_EQ(state.selected(), 0);
+    type("w1");
+    press(Key::Enter);
+    EXPECT_EQ(type("y").assignment, "b=1");
+}
+
+TEST_F(WatchStateTest, TheSelectedLabelStaysInSightWhereverItIsSorted)
+{
+    fill(20);
+    state.setPage(5);
+    type("ssS");
+    EXPECT_EQ(state.selected(), 19);
+    EXPECT_EQ(state.firstLine(), 15);
+}
+
+TEST_F(WatchStateTest, NothingIsWrittenWhileTheFilterHidesTheSelectedLabel)
+{
+    state.update({row("tank.a", 1), row("pump.a", 2), row("pump.b", 3)});
+    type("/pump");
+    EXPECT_EQ(state.selected(), -1);
+    press(Key::Enter);
+    EXPECT_EQ(type("w").kind, WatchState::Action::None);
+    EXPECT_EQ(state.mode(), WatchState::Mode::InTable);
+    EXPECT_EQ(state.takeMessage(),
+              "nothing is selected: tank.a does not pass the filter; Up and Down select another "
+              "label");
+    state.update({row("tank.a", 1), row("pump.a", 2), row("pump.b", 3)});
+    EXPECT_EQ(state.selected(), -1);
+    press(Key::Down);
+    EXPECT_EQ(state.selected(), 0) << "the first in sight";
+    type("w7");
+    press(Key::Enter);
+    EXPECT_EQ(type("y").assignment, "pump.a=7");
+    press(Key::Escape);
+    EXPECT_EQ(state.selected(), 1) << "pump.a among all";
+}
+
+TEST_F(WatchStateTest, TheHiddenLabelIsSelectedAgainWhenTheFilterGoes)
+{
+    state.update({row("a", 1), row("b", 2)});
+    press(Key::Down);
+    type("/a");
+    EXPECT_EQ(state.selected(), -1);
+    press(Key::Escape);
+    EXPECT_EQ(state.selected(), 1);
+}
+
+TEST_F(WatchStateTest, TheSameLabelTwiceIsSelectedWhereItWasChosen)
+{
+    state.update({row("a", 1), row("a", 1)});
+    press(Key::Down);
+    state.update({row("a", 2), row("a", 2)});
+    EXPECT_EQ(state.selected(), 1);
+}
+
+TEST_F(WatchStateTest, LabelsAreComparedOnlyWhenTheyOrTheFilterChange)
+{
+    fill(1000);
+    EXPECT_EQ(state.comparisons(), 0u);
+    type("/v1");
+    EXPECT_EQ(state.comparisons(), 2000u) << "once for each character typed";
+    press(Key::Enter);
+    for (int i = 0; i < 100; ++i)
+        fill(1000);
+    type("sS");
+    press(Key::Down);
+    EXPECT_EQ(state.comparisons(), 2000u);
+    fill(1001);
+    EXPECT_EQ(state.comparisons(), 3001u);
 }
 
 TEST_F(WatchStateTest, TheScreenFollowsTheSelection)
@@ -204,15 +296,15 @@ TEST_F(WatchStateTest, AWriteIsCheckedConfirmedAndThenAskedFor)
     state.update({row("a", 1), row("b", 2)});
     press(Key::Down);
     type("w");
-    EXPECT_EQ(state.prompt(), "write b = _");
+    EXPECT_EQ(state.prompt(), "write b (now 2) = _");
     type("4q2");
     press(Key::Backspace);
     press(Key::Backspace);
     type("2");
-    EXPECT_EQ(state.prompt(), "write b = 42_");
+    EXPECT_EQ(state.prompt(), "write b (now 2) = 42_");
     EXPECT_EQ(press(Key::Enter).kind, WatchState::Action::None);
     EXPECT_EQ(checked, "b=42");
-    EXPECT_EQ(state.prompt(), "write b = 42? y: yes, any other key: no");
+    EXPECT_EQ(state.prompt(), "write b = 42 (now 2)? y: yes, any other key: no");
     const WatchState::Action action = type("y");
     EXPECT_EQ(action.kind, WatchState::Action::Write);
     EXPECT_EQ(action.assignment, "b=42");
@@ -235,15 +327,87 @@ TEST_F(WatchStateTest, AnyOtherKeyThanYesWritesNothing)
     EXPECT_EQ(type("n").kind, WatchState::Action::None);
 }
 
-TEST_F(WatchStateTest, AValueThatCannotBeWrittenIsExplained)
+TEST_F(WatchStateTest, AValueThatCannotBeWrittenIsExplainedAndCanBeMended)
 {
     fill(1);
-    obstacle = QStringLiteral("v0: \"x\" is no whole number");
-    type("wx");
+    obstacle = QStringLiteral("v0: \"4x\" is no whole number");
+    type("w4x");
     press(Key::Enter);
-    EXPECT_EQ(state.mode(), WatchState::Mode::InTable);
     EXPECT_EQ(state.takeMessage(), obstacle);
     EXPECT_EQ(state.takeMessage(), "") << "told once";
+    EXPECT_EQ(state.prompt(), "write v0 (now 0) = 4x_");
+    press(Key::Backspace);
+    obstacle.clear();
+    press(Key::Enter);
+    EXPECT_EQ(state.mode(), WatchState::Mode::Confirming);
+    EXPECT_EQ(type("y").assignment, "v0=4");
+}
+
+TEST_F(WatchStateTest, TheQuestionHasTheValueAsItWillBeAndAsItIs)
+{
+    state.update({row("a", 1), textRow("b", "?")});
+    type("w 5 ");
+    press(Key::Enter);
+    state.update({row("a", 7), textRow("b", "?")});
+    EXPECT_EQ(state.prompt(), "write a = 5 (now 7)? y: yes, any other key: no");
+    WatchRow stale = row("a", 7);
+    stale.isStale = true;
+    state.update({stale, textRow("b", "?")});
+    EXPECT_EQ(state.prompt(), "write a = 5 (last 7, stale)? y: yes, any other key: no");
+    press(Key::Escape);
+    press(Key::Down);
+    type("w5");
+    press(Key::Enter);
+    EXPECT_EQ(state.prompt(), "write b = 5 (never read)? y: yes, any other key: no");
+}
+
+TEST_F(WatchStateTest, TheQuestionHasThePresentValueAlsoWhileTheTableIsHeldStill)
+{
+    state.update({row("a", 1)});
+    type("p");
+    state.update({row("a", 8)});
+    EXPECT_EQ(state.row(0).number, 1.0);
+    type("w5");
+    press(Key::Enter);
+    EXPECT_EQ(state.prompt(), "write a = 5 (now 8)? y: yes, any other key: no");
+}
+
+TEST_F(WatchStateTest, AQuestionThatIsNotAllInSightIsNotAsked)
+{
+    fill(1);
+    fits = false;
+    type("w5");
+    press(Key::Enter);
+    EXPECT_EQ(state.mode(), WatchState::Mode::TypingValue);
+    EXPECT_THAT(state.takeMessage().toStdString(),
+                ::testing::HasSubstr("nothing was written: the terminal is too small"));
+    EXPECT_EQ(type("y").kind, WatchState::Action::None);
+    EXPECT_EQ(state.prompt(), "write v0 (now 0) = 5y_");
+}
+
+TEST_F(WatchStateTest, AQuestionThatIsNoLongerAllInSightIsNotConfirmed)
+{
+    fill(1);
+    type("w5");
+    press(Key::Enter);
+    fits = false;
+    EXPECT_EQ(type("y").kind, WatchState::Action::None);
+    EXPECT_EQ(state.mode(), WatchState::Mode::TypingValue);
+    fits = true;
+    press(Key::Enter);
+    EXPECT_EQ(type("y").assignment, "v0=5");
+}
+
+TEST_F(WatchStateTest, WhereWritesAreRefusedNoValueIsAskedFor)
+{
+    fill(1);
+    state.refuseWrites(QStringLiteral("read-only"));
+    type("w5");
+    EXPECT_EQ(state.mode(), WatchState::Mode::InTable);
+    press(Key::Enter);
+    EXPECT_EQ(state.mode(), WatchState::Mode::InTable);
+    EXPECT_EQ(state.takeMessage(), "read-only");
+    EXPECT_EQ(checked, "");
 }
 
 TEST_F(WatchStateTest, NoValueOrEscapeWritesNothing)
@@ -265,7 +429,7 @@ TEST_F(WatchStateTest, TheLabelBeingWrittenStaysWhenTheRowsMove)
     type("ssw7");
     state.update({row("a", 3), row("b", 2)});
     EXPECT_EQ(shown(), "b a");
-    EXPECT_EQ(state.prompt(), "write a = 7_");
+    EXPECT_EQ(state.prompt(), "write a (now 3) = 7_");
     press(Key::Enter);
     EXPECT_EQ(type("y").assignment, "a=7");
 }
