@@ -33,7 +33,8 @@ const char kHelp[] = R"(plc exchanges data with a PLC through the driver library
   plc read LABEL...          read these once
   plc write LABEL=VALUE...   write these and report what the PLC said to each
   plc resolve LABEL...       show type, area and address of these
-  plc symbols [PATTERN]      list the project's variables; PATTERN may have * and ?
+  plc symbols [PATTERN]      list the project's variables; PATTERN, which may have
+                             * and ?, is found anywhere in their labels
   plc import FILE...         make a project of declarations in structured text (IEC 61131-3)
   plc stats [LABEL...]       read them like run and tell how the link fares: requests, round
                              trips, retries, failures
