@@ -152,11 +152,6 @@ void LogCommand::ended()
 
 int exportDatabase(const Options& options)
 {
-    if (!mayReplace(options.log.output, options.force)) {
-        complain(
-            QStringLiteral("%1 exists; --force replaces it by the export").arg(options.log.output));
-        return kExitUsage;
-    }
     QElapsedTimer clock;
     clock.start();
     QString error;

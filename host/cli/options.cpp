@@ -63,7 +63,7 @@ Options for run, watch, log, stats, read, write and diagnose:
   --read-only          refuse every write, as the project's setting readOnly does
   --trace              print every frame with its meaning on the standard error
   --capture FILE       keep what is sent and received in FILE, for Wireshark (pcapng)
-  --force              replace the file of --capture or of --export if it exists
+  --force              replace the file of --capture if it exists
 Options for run, watch, log, stats, read and resolve:
   --labels FILE        also the labels in the first column of this CSV file
 Options for read and symbols:
@@ -227,6 +227,8 @@ struct DurationRange {
     double highest;
 };
 
+/// Of times that must not be 0, which is without end to some of them.
+constexpr double kAboveZero = std::numeric_limits<double>::min();
 constexpr double kMillisecond = 1;
 constexpr double kSecond = 1000; // ms
 constexpr double kNoPlainNumber = 0;
@@ -386,10 +388,10 @@ LogOptions readLogValues(OptionReader* reader)
     LogOptions log;
     log.output = reader->text("output");
     log.exported = reader->text("export");
-    log.every = reader->milliseconds("every", {kNoPlainNumber, 1, kLongestTime}, 0);
+    log.every = reader->milliseconds("every", {kNoPlainNumber, kAboveZero, kLongestTime}, 0);
     log.rotateSize = reader->size("rotate-size");
-    log.rotateEvery =
-        qint64(reader->duration("rotate-every", {kNoPlainNumber, 1, double(kLongestPeriod)}, 0));
+    log.rotateEvery = qint64(std::ceil(
+        reader->duration("rotate-every", {kNoPlainNumber, kAboveZero, double(kLongestPeriod)}, 0)));
     log.keep = reader->integer("keep", 1, std::numeric_limits<int>::max(), 0);
     return log;
 }
@@ -514,13 +516,6 @@ void checkEmptyValues(OptionReader* reader)
     }
 }
 
-/// What could be replaced.
-void checkForce(const Options& options, OptionReader* reader)
-{
-    if (options.force && options.captureFile.isEmpty() && options.log.exported.isEmpty())
-        reader->complain(QStringLiteral("--force goes with --capture or --export"));
-}
-
 Options readValues(OptionReader* reader)
 {
     Options options;
@@ -529,16 +524,16 @@ Options readValues(OptionReader* reader)
     options.driverFile = reader->text("driver");
     options.address = reader->text("address");
     options.port = reader->integer("port", 1, kHighestPort, 0);
-    options.timeout = reader->milliseconds("timeout", {kMillisecond, 1, kLongestTime}, 0);
+    options.timeout = reader->milliseconds("timeout", {kMillisecond, kAboveZero, kLongestTime}, 0);
     options.json = reader->has("json");
     options.trace = reader->has("trace");
     options.captureFile = reader->text("capture");
     options.readOnly = reader->has("read-only");
     options.force = reader->has("force");
     options.once = reader->has("once");
-    options.duration = reader->milliseconds("for", {kSecond, 1, kLongestRun}, 0);
-    options.interval =
-        reader->milliseconds("interval", {kMillisecond, 1, kLongestTime}, options.interval);
+    options.duration = reader->milliseconds("for", {kSecond, kAboveZero, kLongestRun}, 0);
+    options.interval = reader->milliseconds("interval", {kMillisecond, kAboveZero, kLongestTime},
+                                            options.interval);
     options.cycleTime =
         reader->milliseconds("cycle", {kMillisecond, 0, kLongestTime}, options.cycleTime);
     options.csv = reader->has("csv");
@@ -614,7 +609,8 @@ std::optional<Options> readOptions(const QStringList& arguments, QString* error)
             checkSymbols(options, &reader);
         if (options.command == Command::Import)
             checkImport(options.import, &reader);
-        checkForce(options, &reader);
+        if (options.force && options.captureFile.isEmpty())
+            reader.complain(QStringLiteral("--force goes with --capture"));
         if (options.csv && options.json)
             reader.complain(QStringLiteral("--csv and --json are two different forms; give one"));
         const bool needsProject =

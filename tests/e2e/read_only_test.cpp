@@ -71,12 +71,13 @@ TEST_F(ReadOnly, WatchAsksForNoValue)
                         100, 24, {QStringLiteral("LC_ALL=C.UTF-8"), QStringLiteral("TERM=xterm")});
     ASSERT_TRUE(plc.waitForText("R.first"));
     EXPECT_TRUE(plc.screen().text().contains(QStringLiteral("Dairy (read-only)")));
-    plc.type("w7\ry");
+    plc.type("w");
     EXPECT_TRUE(plc.waitForText("the project is read-only")) << plc.screen().text().toStdString();
+    plc.type("7\ry");
     poke(1, 0, "0009");
     EXPECT_TRUE(plc.waitFor([](const Screen& screen) {
         return screen.line(3).simplified().contains(QStringLiteral("R.first 9"));
-    })) << "the keys behind it did nothing";
+    })) << plc.screen().text().toStdString();
 }
 
 } // namespace

@@ -61,24 +61,6 @@ TEST_F(Usage, ACaptureReplacesAFileOnlyWhenToldSo)
         << "nothing is lost there";
 }
 
-TEST_F(Usage, AnExportReplacesALogOnlyWhenToldSo)
-{
-    const QString database = path("log.sqlite");
-    const QString file = path("log.csv");
-    ASSERT_EQ(0, run("log", {QStringLiteral("-o"), database, QStringLiteral("--for"),
-                             QStringLiteral("500ms")})
-                     .exitCode);
-    fill(file, "time,label,value,state\n");
-    const QStringList exporting{QStringLiteral("--export"), database, QStringLiteral("-o"), file};
-    const Outcome outcome = run("log", exporting);
-    EXPECT_EQ(2, outcome.exitCode);
-    EXPECT_TRUE(outcome.errors.contains(QStringLiteral("exists; --force replaces it")))
-        << outcome.errors.toStdString();
-    EXPECT_EQ("time,label,value,state\n", content(file));
-    EXPECT_EQ(0, run("log", exporting + QStringList{QStringLiteral("--force")}).exitCode);
-    EXPECT_TRUE(content(file).contains("R.second"));
-}
-
 TEST_F(Usage, AnEmptyAddressIsNotTheProjects)
 {
     const Outcome outcome =
@@ -104,7 +86,7 @@ TEST_F(Usage, WhatIsNoNumberIsWrittenOnlyWhenItIsMeant)
     EXPECT_EQ(2, outcome.exitCode);
     EXPECT_TRUE(outcome.errors.contains(QStringLiteral("write REAL#nan if it is meant")));
     write({QStringLiteral("R.first=REAL#-inf")});
-    EXPECT_EQ("FF 80 00 00", peek(1, 0, 4));
+    EXPECT_EQ("ff 80 00 00", peek(1, 0, 4));
     EXPECT_EQ("REAL#-inf", readText(QStringLiteral("R.first")));
 }
 

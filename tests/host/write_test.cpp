@@ -49,8 +49,7 @@ TEST_F(WriteTest, InAReadOnlyProjectEndsAtOnceUnsent)
               "the project is read-only, by its setting readOnly or by --read-only");
     readOnce("Main.speed");
     logIn();
-    ASSERT_EQ(parseRequest(request()).entries.size(), 1) << "reads go on";
-    EXPECT_EQ(parseRequest(request()).service, Service::Read);
+    EXPECT_EQ(parseRequest(request()).service, Service::Read) << "reads go on";
     runtime.reset();
 }
 
