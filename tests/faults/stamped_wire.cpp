@@ -8,7 +8,7 @@ namespace plc {
 namespace faults {
 namespace {
 
-constexpr int kReplyChances = 5;
+constexpr int kReplyChances = 10;
 /// A copy may come this many round trips after the reply that it is a copy of.
 constexpr int kFarthestReplay = 12;
 
@@ -150,7 +150,8 @@ void StampedWire::deliver(const Frame& reply, Fault fault, qint64 now)
         case Fault::Close:
             if (m_random->oneIn(2))
                 push({reply}, inTime);
-            m_closesAt = inTime;
+            m_closesAt = m_pieces.empty() ? inTime : qMax(inTime, m_pieces.back().at);
+            m_isStalled = true;
             break;
         case Fault::RubbishBehind:
             push({reply}, inTime);
@@ -168,14 +169,17 @@ void StampedWire::replayLater(const Frame& frame, qint64 now)
     m_replays.push_back({now + m_turnaround + delay, frame});
 }
 
-/// As a rule one that has the size of this one, which is the harder to tell apart.
+/// As a rule one that is hard to tell from this one: of its size, or to a write one to a read.
 const StampedWire::Frame& StampedWire::earlierReply(const Frame& likeThis)
 {
     if (m_earlier.empty())
         return likeThis;
     QVector<int> alike;
     for (int i = 0; i < int(m_earlier.size()); ++i) {
-        if (m_earlier[std::size_t(i)].bytes.size() == likeThis.bytes.size())
+        const Frame& earlier = m_earlier[std::size_t(i)];
+        const bool isWrite = likeThis.service == kWriteService;
+        if (isWrite ? earlier.service != kWriteService
+                    : earlier.bytes.size() == likeThis.bytes.size())
             alike.append(i);
     }
     if (!alike.isEmpty() && !m_random->oneIn(4))
@@ -218,9 +222,24 @@ void StampedWire::startReplays(qint64 now)
                  .arg(replay->frame.request)
                  .arg(QString::number(replay->frame.service, 16)),
              now);
-        push({replay->frame}, now);
+        pushInFront(replay->frame, now);
         replay = m_replays.erase(replay);
     }
+}
+
+/// Overtakes what is on its way, if no frame is in the middle of it.
+void StampedWire::pushInFront(const Frame& frame, qint64 now)
+{
+    int taken = m_taken;
+    auto next = m_frames.begin();
+    while (next != m_frames.end() && taken >= int(next->bytes.size()))
+        taken -= int((next++)->bytes.size());
+    if (taken > 0) {
+        push({frame}, now);
+        return;
+    }
+    m_frames.insert(next, frame);
+    m_pieces.push_front({now, frame.bytes});
 }
 
 qint64 StampedWire::nextEvent() const

@@ -81,6 +81,7 @@ private:
     void deliver(const Frame& reply, Fault fault, qint64 now);
     void replayLater(const Frame& frame, qint64 now);
     void push(const QVector<Frame>& frames, qint64 at, bool inPieces = false);
+    void pushInFront(const Frame& frame, qint64 now);
     void pushBytes(const QByteArray& bytes, qint64 at);
     const Frame& earlierReply(const Frame& likeThis);
     void startReplays(qint64 now);
@@ -92,7 +93,7 @@ private:
     int m_faultsLeft;
 
     bool m_isOpen = false;
-    bool m_isStalled = false; ///< Half a reply was all that came.
+    bool m_isStalled = false; ///< Nothing more comes.
     int m_connection = 0;
     qint64 m_closesAt = -1;
     int m_requests = 0;           ///< On this connection.

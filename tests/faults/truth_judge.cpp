@@ -151,6 +151,11 @@ QString TruthJudge::judgeWrite(const PlannedWrite& write, const ToldWrite& told)
                        facts;
             break;
         case ToldWrite::LinkLost:
+            if (told.elementsTaken > takenInOrder && write.isUnmistakable)
+                return write.target +
+                       QStringLiteral(" is told to be broken off, its first %1 elements taken")
+                           .arg(told.elementsTaken) +
+                       facts;
             break;
     }
     return QString();

@@ -21,7 +21,9 @@ struct ToldValue {
 /// How a host told that a write ended.
 struct ToldWrite {
     enum Outcome { Done, Refused, LinkLost, NotSent } outcome = Done;
-    int elementsTaken = -1; ///< Of one that was refused; -1 where the host does not tell.
+    /// Of one that was refused these and no others; of one that was broken off at least these. -1
+    /// where the host does not tell.
+    int elementsTaken = -1;
     qint64 begunAt = 0;
 };
 

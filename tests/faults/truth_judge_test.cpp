@@ -172,6 +172,8 @@ TEST_F(Judge, SeesAWriteToldToBeDoneThatThePlcRefusedInTheMiddle)
     EXPECT_THAT(ofWrite(write, ToldWrite::Refused, 0), Not(IsEmpty()));
     EXPECT_THAT(ofWrite(write, ToldWrite::Refused, 600), Not(IsEmpty()));
     EXPECT_THAT(ofWrite(write, ToldWrite::NotSent), Not(IsEmpty()));
+    EXPECT_THAT(ofWrite(write, ToldWrite::LinkLost, 0), IsEmpty());
+    EXPECT_THAT(ofWrite(write, ToldWrite::LinkLost, 501), Not(IsEmpty()));
     m_plc.refuseWrites({});
     m_plc.answer(writeRequest(3, 1000, write.pieces[1].data), 30);
     EXPECT_THAT(ofWrite(write, ToldWrite::Done), IsEmpty());
