@@ -63,8 +63,8 @@ public:
     quint8 plcInfo1 = 0;               ///< Byte 25 of the second login reply; ends every request.
     quint8 plcInfo2 = 0;               ///< Byte 24 of the second login reply; ends every request.
     RW_VAR batch[plc::kBatchCapacity]; ///< The current batch; entry 0 is its head.
-    QHash<QString, Label_Type_Info> symbolTable; ///< Top-level records by name.
-    plc::DataImage localImage;                   ///< PLC memory as last read or written.
+    plc::SymbolTable symbolTable;      ///< Top-level records by name.
+    plc::DataImage localImage;         ///< PLC memory as last read or written.
     plc::SymbolIndex symbolIndex; ///< Finds the variables of `symbolTable`; follows its filling.
 
 private:

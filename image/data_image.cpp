@@ -8,8 +8,6 @@ namespace plc {
 
 namespace {
 
-const int kSmallestTable = 16;
-
 int countBits(quint64 word)
 {
     int bits = 0;
@@ -64,25 +62,20 @@ uchar& DataImage::operator[](quint64 key)
 QList<quint64> DataImage::keys() const
 {
     QList<quint64> keys;
-    for (int i = 0; i < int(m_slots.size()); ++i) {
-        const Slot& slot = m_slots.at(i);
-        for (int index = 0; slot.page && index < kPageSize; ++index) {
-            const quint64 key = slot.pageKey << kPageBits | quint64(index);
-            if (contains(key))
-                keys.append(key);
+    m_pages.forEach([&](const Slot& slot) {
+        for (int index = 0; index < kPageSize; ++index) {
+            if (slot.page->contains(index))
+                keys.append(slot.pageKey << kPageBits | quint64(index));
         }
-    }
+    });
     std::sort(keys.begin(), keys.end());
     return keys;
 }
 
 void DataImage::clear()
 {
-    for (int i = 0; i < int(m_slots.size()); ++i)
-        delete m_slots.at(i).page;
-    m_slots.clear();
-    useTable(emptyTable(), 1);
-    m_pageCount = 0;
+    m_pages.forEach([](const Slot& slot) { delete slot.page; });
+    m_pages.clear();
     m_size = 0;
 }
 
@@ -121,37 +114,12 @@ DataImage::Page& DataImage::pageOf(quint64 pageKey)
     Page* page = findPage(pageKey);
     if (!page) {
         page = new Page();
-        insertPage(pageKey, page);
+        m_pages.insert(pageKey, [=](Slot& slot, quint32) {
+            slot.pageKey = pageKey;
+            slot.page = page;
+        });
     }
     return *page;
-}
-
-void DataImage::insertPage(quint64 pageKey, Page* page)
-{
-    // A quarter of the slots stays free, so that a search ends soon.
-    if (4 * (m_pageCount + 1) > 3 * int(m_slots.size()))
-        grow();
-    Slot& slot = slotOf(pageKey);
-    slot.pageKey = pageKey;
-    slot.page = page;
-    ++m_pageCount;
-}
-
-void DataImage::grow()
-{
-    QVector<Slot> old(qMax(kSmallestTable, 2 * int(m_slots.size())));
-    old.swap(m_slots);
-    useTable(m_slots.data(), int(m_slots.size()));
-    for (int i = 0; i < int(old.size()); ++i) {
-        if (old.at(i).page)
-            slotOf(old.at(i).pageKey) = old.at(i);
-    }
-}
-
-void DataImage::useTable(Slot* table, int slotCount)
-{
-    m_table = table;
-    m_mask = quint32(slotCount) - 1;
 }
 
 } // namespace plc

@@ -2,12 +2,12 @@
 #define PLC_IMAGE_DATA_IMAGE_H
 
 #include <QtCore/QList>
-#include <QtCore/QVector>
 #include <QtCore/QtGlobal>
 
 #include <cstring>
 
-#include "hash_spread.h"
+#include "hash_table.h"
+#include "keyed_hash.h"
 
 namespace plc {
 
@@ -19,7 +19,7 @@ namespace plc {
 /// until it is written, and never disappears but by clear(). Not thread-safe by itself.
 class DataImage {
 public:
-    DataImage() : m_table(emptyTable()) {}
+    explicit DataImage(const KeyedHash& hash = KeyedHash()) : m_pages(hash) {}
     ~DataImage();
 
     static quint64 key(quint32 areaIndex, quint32 address)
@@ -41,6 +41,8 @@ public:
     /// The keys of all bytes that exist, ascending.
     QList<quint64> keys() const;
     void clear();
+    /// How many slots of its table a search for the byte's page looks at.
+    int searchLength(quint64 key) const { return m_pages.searchLength(key >> kPageBits); }
 
     /// Copies `count` bytes from `address` on into `bytes` and creates those that do not exist.
     /// Addresses go on at 0 after 0xFFFFFFFF. A `count` of 0 or less does nothing.
@@ -71,29 +73,30 @@ private:
         quint64 exists[kPageSize / kWordBits];
         uchar bytes[kPageSize];
 
+        bool contains(int index) const
+        {
+            return (exists[index / kWordBits] >> index % kWordBits & 1) != 0;
+        }
         int create(int first, int count);
     };
     struct Slot {
+        typedef quint64 Key;
+        /// Pages are much larger than slots: room for short searches costs little.
+        static const int kMostTakenEighths = 6;
+
         quint64 pageKey = 0;
         Page* page = nullptr; ///< Null: the slot is free.
+
+        bool isTaken() const { return page != nullptr; }
+        bool holds(quint64 key, quint32) const { return pageKey == key; }
+        quint32 hashBy(const KeyedHash& hash) const { return hash(pageKey); }
     };
 
-    /// The table of an image without pages; never written.
-    static Slot* emptyTable()
+    Page* findPage(quint64 pageKey) const
     {
-        static Slot freeSlot;
-        return &freeSlot;
+        const Slot* const slot = m_pages.find(pageKey);
+        return slot ? slot->page : nullptr;
     }
-
-    /// The slot that holds the page, or the free one where it belongs.
-    Slot& slotOf(quint64 pageKey) const
-    {
-        quint32 i = quint32(spread(pageKey) >> 32) & m_mask;
-        while (m_table[i].page && m_table[i].pageKey != pageKey)
-            i = (i + 1) & m_mask;
-        return m_table[i];
-    }
-    Page* findPage(quint64 pageKey) const { return slotOf(pageKey).page; }
 
     /// `count` ones from bit `first` on; `count` is 1 to 64 - `first`.
     static quint64 ones(int first, int count)
@@ -144,16 +147,10 @@ private:
     void readByPages(quint32 areaIndex, quint32 address, uchar* bytes, int count);
     void writeByPages(quint32 areaIndex, quint32 address, const uchar* bytes, int count);
     Page& pageOf(quint64 pageKey);
-    void insertPage(quint64 pageKey, Page* page);
-    void grow();
-    void useTable(Slot* table, int slotCount);
 
     Q_DISABLE_COPY(DataImage)
 
-    QVector<Slot> m_slots; ///< Open addressing; a power of two, or empty.
-    Slot* m_table;         ///< The slots, or the empty table: what a search needs, at hand.
-    quint32 m_mask = 0;    ///< Number of slots in the table, less one.
-    int m_pageCount = 0;
+    HashTable<Slot, KeyedHash> m_pages;
     qint64 m_size = 0;
 };
 

@@ -209,17 +209,28 @@ bool isScalar(const plc::SymbolIndex::Variable& variable)
            plc::typeInfo(code).elementSize != 0;
 }
 
-/// Resolves against the variable that the first two parts name. `parts` are all of them, or null
-/// for a label that ends there and has no subscript.
-int resolve(const LabelPart& scopePart, const LabelPart& variablePart, const LabelParts* parts,
-            ControlInformationM& info)
+/// Walks from the variable that the second part names. `parts` are all of them, or null for a label
+/// that ends there and has no subscript.
+int walkFromVariable(const Label_Type_Info& record, const LabelPart& scopePart,
+                     const LabelPart& variablePart, const LabelParts* parts,
+                     ControlInformationM& info)
 {
-    const plc::SymbolIndex::Scope* scope = PLC_driver.symbolIndex.findScope(scopePart.name);
-    if (!scope)
-        return plc::kNoScope;
-    if (!scope->hasType())
+    if (parts)
+        return walk(&record, *parts, 1, info);
+    LabelParts plain;
+    plain.append(scopePart);
+    plain.append(variablePart);
+    return walk(&record, plain, 1, info);
+}
+
+/// Resolves by the index of the scope.
+int resolveByIndex(const plc::SymbolIndex::Scope& scope, const LabelPart& scopePart,
+                   const LabelPart& variablePart, const LabelParts* parts,
+                   ControlInformationM& info)
+{
+    if (!scope.hasType())
         return plc::kScopeWithoutType;
-    const plc::SymbolIndex::Variable* variable = scope->findVariable(variablePart.name);
+    const plc::SymbolIndex::Variable* variable = scope.findVariable(variablePart.name);
     if (!variable)
         return plc::kNoElement;
     if (!variable->hasArea)
@@ -231,12 +242,42 @@ int resolve(const LabelPart& scopePart, const LabelPart& variablePart, const Lab
         info.dataType = quint8(variable->typeFlags & kTypeCodeMask);
         return variablePart.hasSubscript ? plc::kNoElement : plc::kResolved;
     }
-    if (parts)
-        return walk(&scope->recordOf(*variable), *parts, 1, info);
-    LabelParts plain;
-    plain.append(scopePart);
-    plain.append(variablePart);
-    return walk(&scope->recordOf(*variable), plain, 1, info);
+    return walkFromVariable(scope.recordOf(*variable), scopePart, variablePart, parts, info);
+}
+
+/// Resolves by the record that the table holds of the scope.
+int resolveByRecord(const Label_Type_Info& scope, const LabelPart& scopePart,
+                    const LabelPart& variablePart, const LabelParts* parts,
+                    ControlInformationM& info)
+{
+    if (scope.typeDef.isEmpty())
+        return plc::kScopeWithoutType;
+    const Label_Type_Info* variable = findMember(scope.typeDef.at(0), variablePart.name);
+    if (!variable)
+        return plc::kNoElement;
+    if (variable->areaInfo.isEmpty())
+        return plc::kVariableWithoutArea;
+    info.areaIndex = variable->areaInfo.at(0);
+    info.address = variable->offset;
+    return walkFromVariable(*variable, scopePart, variablePart, parts, info);
+}
+
+/// Resolves against the variable that the first two parts name; for `parts` see walkFromVariable().
+int resolve(const LabelPart& scopePart, const LabelPart& variablePart, const LabelParts* parts,
+            ControlInformationM& info)
+{
+    const plc::SymbolTable& table = PLC_driver.symbolTable;
+    const plc::SymbolIndex& index = PLC_driver.symbolIndex;
+    const plc::SymbolIndex::Scope* scope = index.findScope(scopePart.name);
+    if (!index.belongsTo(table)) {
+        // Host code has changed the table: only what its records share with the index still holds.
+        const plc::SymbolTable::const_iterator found = table.constFind(scopePart.name.toString());
+        if (found == table.constEnd())
+            return plc::kNoScope;
+        if (!scope || !scope->belongsTo(found.value()))
+            return resolveByRecord(found.value(), scopePart, variablePart, parts, info);
+    }
+    return scope ? resolveByIndex(*scope, scopePart, variablePart, parts, info) : plc::kNoScope;
 }
 
 } // namespace

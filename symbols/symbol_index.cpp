@@ -30,13 +30,30 @@ void SymbolIndex::Scope::assign(const Label_Type_Info& record)
     m_variables.reserve(count);
     for (int i = 0; i < count; ++i) {
         const Label_Type_Info& variable = definition.members.at(i);
-        m_variables.insert(LabelText(variable.name), indexed(variable, i));
+        m_variables.insert(variable.name, indexed(variable, i));
     }
 }
 
 SymbolIndex::~SymbolIndex()
 {
-    qDeleteAll(m_scopes);
+    clear();
+}
+
+void SymbolIndex::insertInto(SymbolTable& table, const QList<Label_Type_Info>& records)
+{
+    // Whoever changed the table may still hold references into it, through which a later change
+    // would not be seen. An empty table has nothing to refer to.
+    m_isWhole = belongsTo(table) || table.isEmpty();
+    if (table.isEmpty())
+        clear();
+    m_table = SymbolTable(); // else the table would be copied before it is filled
+    for (int i = 0; i < int(records.size()); ++i) {
+        const Label_Type_Info& record = records.at(i);
+        table.insert(record.name, record);
+        insert(record);
+    }
+    if (m_isWhole)
+        m_table = table;
 }
 
 void SymbolIndex::insert(const Label_Type_Info& record)
@@ -46,9 +63,16 @@ void SymbolIndex::insert(const Label_Type_Info& record)
     if (!scope) {
         scope = new Scope(record.name);
         m_scopes.append(scope);
-        m_scopesByName.insert(LabelText(scope->m_name), scope);
+        m_scopesByName.insert(scope->m_name, scope);
     }
     scope->assign(record);
+}
+
+void SymbolIndex::clear()
+{
+    qDeleteAll(m_scopes);
+    m_scopes.clear();
+    m_scopesByName.clear();
 }
 
 } // namespace plc

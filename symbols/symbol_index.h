@@ -1,14 +1,22 @@
 #ifndef PLC_SYMBOLS_SYMBOL_INDEX_H
 #define PLC_SYMBOLS_SYMBOL_INDEX_H
 
+#include <QtCore/QHash>
+#include <QtCore/QVector>
+
 #include "plc_driver.h"
 #include "symbols/name_index.h"
 
 namespace plc {
 
+/// The host's top-level records by name.
+typedef QHash<QString, Label_Type_Info> SymbolTable;
+
 /// Finds the variables of the scopes in the symbol table.
 ///
-/// Made when the symbol list is handed in: insert() follows each record that goes into the table.
+/// The table is the truth, and code inside the process may change it. The index therefore shares
+/// the table's data: whatever changes the table, or a record in it, parts the two, and belongsTo()
+/// or Scope::belongsTo() tells so.
 class SymbolIndex {
 public:
     /// A variable of a scope: what most resolutions need of it, and where its record is.
@@ -26,6 +34,11 @@ public:
         explicit Scope(const QString& name) : m_name(name) {}
         /// Takes the variables of `record`, in place of those it had.
         void assign(const Label_Type_Info& record);
+        /// Whether the variables are still those of `record`.
+        bool belongsTo(const Label_Type_Info& record) const
+        {
+            return m_typeDef.isSharedWith(record.typeDef);
+        }
         /// False for a scope whose record has no `typeDef`.
         bool hasType() const { return !m_typeDef.isEmpty(); }
         /// The variable of this name among the first `memberCount`, or null.
@@ -49,6 +62,13 @@ public:
     SymbolIndex() = default;
     ~SymbolIndex();
 
+    /// Puts the records into `table`, which is always the same one, and follows it.
+    void insertInto(SymbolTable& table, const QList<Label_Type_Info>& records);
+    /// Whether the index finds what `table` holds and nothing else.
+    bool belongsTo(const SymbolTable& table) const
+    {
+        return m_isWhole && m_table.isSharedWith(table);
+    }
     /// Adds the scope `record`, or replaces the one of the same name.
     void insert(const Label_Type_Info& record);
     /// The scope of this name, or null.
@@ -59,10 +79,14 @@ public:
     }
 
 private:
+    void clear();
+
     Q_DISABLE_COPY(SymbolIndex)
 
     QVector<Scope*> m_scopes;
     NameIndex<Scope*> m_scopesByName;
+    SymbolTable m_table;   ///< Shares the data of the table as it was filled.
+    bool m_isWhole = true; ///< False from a foreign change of the table on, until it is empty.
 };
 
 } // namespace plc

@@ -289,6 +289,61 @@ TEST(DataImageRanges, SingleByteRangesEqualSingleBytes)
     }
 }
 
+// --- Addresses that somebody has chosen ---
+
+const int kManyPages = 2000;
+
+/// Slots that a search for one of the bytes looks at, on an average.
+double meanSearchLength(const std::vector<quint64>& keys, quint64 key)
+{
+    DataImage image{KeyedHash(key)};
+    for (quint64 place : keys)
+        image[place];
+    double sum = 0;
+    for (quint64 place : keys)
+        sum += image.searchLength(place);
+    return sum / double(keys.size());
+}
+
+std::vector<quint64> atDistance(quint64 distance)
+{
+    std::vector<quint64> keys;
+    for (int i = 0; i < kManyPages; ++i)
+        keys.push_back(quint64(i) * distance);
+    return keys;
+}
+
+TEST(ChosenAddresses, AtEqualDistancesAreOrdinary)
+{
+    for (int bits = 8; bits < 64 - 13; ++bits) {
+        EXPECT_LT(meanSearchLength(atDistance(quint64(1) << bits), 1), 4) << bits;
+        EXPECT_LT(meanSearchLength(atDistance((quint64(1) << bits) + 256), 2), 4) << bits;
+    }
+}
+
+TEST(ChosenAddresses, InAreasThatDifferInTheUpperBitsAreOrdinary)
+{
+    std::vector<quint64> keys;
+    for (quint32 i = 0; i < 4096; ++i)
+        keys.push_back(DataImage::key(i << 20, 0));
+    for (quint64 key = 1; key < 4; ++key)
+        EXPECT_LT(meanSearchLength(keys, key), 4) << key;
+}
+
+TEST(ChosenAddresses, ThatCrowdUnderOneKeyAreOrdinaryUnderAnother)
+{
+    const quint32 kSlots = 4096;
+    const KeyedHash known(1);
+    std::vector<quint64> keys;
+    for (quint64 page = 0; int(keys.size()) < kManyPages; ++page) {
+        if ((known(page) & (kSlots - 1)) < kSlots / 64)
+            keys.push_back(page << 8);
+    }
+    ASSERT_GT(meanSearchLength(keys, 1), 500);
+    for (quint64 key = 2; key < 10; ++key)
+        EXPECT_LT(meanSearchLength(keys, key), 4 * meanSearchLength(atDistance(256), key)) << key;
+}
+
 /// The image beside a plain map; both are changed alike.
 class Twins {
 public:

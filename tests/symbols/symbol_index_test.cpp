@@ -1,5 +1,7 @@
 #include "symbols/symbol_index.h"
 
+#include <QtCore/QMap>
+
 #include "support/random.h"
 #include "support/symbol_fixture.h"
 
@@ -184,8 +186,8 @@ TEST(NameTable, FirstOfEqualNamesStays)
 {
     const QString name = "a";
     NameIndex<int> names;
-    names.insert(LabelText(name), 1);
-    names.insert(LabelText(name), 2);
+    names.insert(name, 1);
+    names.insert(name, 2);
     EXPECT_EQ(1, valueOf(names, "a"));
 }
 
@@ -193,10 +195,10 @@ TEST(NameTable, ForgetsAllWhenCleared)
 {
     const QString name = "a";
     NameIndex<int> names;
-    names.insert(LabelText(name), 1);
+    names.insert(name, 1);
     names.clear();
     EXPECT_EQ(-1, valueOf(names, "a"));
-    names.insert(LabelText(name), 2);
+    names.insert(name, 2);
     EXPECT_EQ(2, valueOf(names, "a"));
 }
 
@@ -208,7 +210,7 @@ TEST(NameTable, HoldsAHundredThousandNames)
         texts.append(QString("Station%1.Motor%2").arg(i / 100).arg(i % 100));
     NameIndex<int> names;
     for (int i = 0; i < count; ++i)
-        names.insert(LabelText(texts.at(i)), i);
+        names.insert(texts.at(i), i);
     for (int i = 0; i < count; ++i)
         ASSERT_EQ(i, valueOf(names, texts.at(i)));
     EXPECT_EQ(-1, valueOf(names, "Station0.Motor100"));
@@ -224,7 +226,7 @@ TEST(NameTable, HoldsEveryNumberOfNames)
         if (count % 2)
             names.reserve(count);
         for (int i = 0; i < count; ++i)
-            names.insert(LabelText(texts.at(i)), i);
+            names.insert(texts.at(i), i);
         for (int i = 0; i < 200; ++i)
             ASSERT_EQ(i < count ? i : -1, valueOf(names, texts.at(i))) << count;
     }
@@ -232,7 +234,7 @@ TEST(NameTable, HoldsEveryNumberOfNames)
 
 TEST(NameTable, NamesOfEveryLengthAreTakenWhole)
 {
-    // Names that differ in the last character only; short ones are copied, long ones are not.
+    // Names that differ in the last character only; short ones are copied, long ones are shared.
     QList<QString> texts;
     for (int length = 1; length <= 100; ++length) {
         texts.append(QString(length - 1, 'n') + 'a');
@@ -240,7 +242,7 @@ TEST(NameTable, NamesOfEveryLengthAreTakenWhole)
     }
     NameIndex<int> names;
     for (int i = 0; i < texts.size(); ++i)
-        names.insert(LabelText(texts.at(i)), i);
+        names.insert(texts.at(i), i);
     for (int i = 0; i < texts.size(); ++i) {
         EXPECT_EQ(i, valueOf(names, texts.at(i)));
         EXPECT_EQ(-1, valueOf(names, texts.at(i) + 'a'));
@@ -252,7 +254,7 @@ TEST(NameTable, ShortNamesOutliveTheirText)
 {
     NameIndex<int> names;
     QString text = "Level";
-    names.insert(LabelText(text), 1);
+    names.insert(text, 1);
     text.replace(0, 1, "X");
     EXPECT_EQ(1, valueOf(names, "Level"));
     EXPECT_EQ(-1, valueOf(names, "Xevel"));
@@ -264,36 +266,139 @@ TEST(NameTable, ReservingKeepsWhatIsThere)
     NameIndex<int> names;
     names.reserve(0);
     EXPECT_EQ(-1, valueOf(names, "a"));
-    names.insert(LabelText(name), 1);
+    names.insert(name, 1);
     names.reserve(1000);
     EXPECT_EQ(1, valueOf(names, "a"));
     names.reserve(10);
     EXPECT_EQ(1, valueOf(names, "a"));
 }
 
+TEST(NameTable, LongNamesOutliveTheirText)
+{
+    NameIndex<int> names;
+    QString text(100, 'n');
+    names.insert(text, 1);
+    EXPECT_FALSE(text.isDetached()) << "the table holds no share of the name";
+    text[0] = 'x';
+    EXPECT_EQ(1, valueOf(names, QString(100, 'n')));
+    EXPECT_EQ(-1, valueOf(names, text));
+}
+
+TEST(NameTable, LongNamesAreLetGoWhenCleared)
+{
+    NameIndex<int> names;
+    const QString text(100, 'n');
+    names.insert(text, 1);
+    names.insert(text, 2);
+    names.clear();
+    EXPECT_TRUE(text.isDetached());
+}
+
+/// Sends every name to the same place.
+struct OneHashForAll {
+    quint32 operator()(const LabelText&) const { return 5; }
+};
+
 TEST(NameTable, NamesOfEqualHashAreKeptApart)
 {
-    // Of 400,000 names some 18 pairs are to be expected that share their 32-bit hash.
-    Random random(77);
-    QHash<quint32, QString> byHash;
-    QString one;
-    QString other;
-    for (int i = 0; i < 400000 && one.isEmpty(); ++i) {
-        const QString text = QString::number(quint64(random.bits()) << 32 | random.bits(), 36);
-        const quint32 hash = hashName(LabelText(text));
-        if (byHash.contains(hash) && byHash.value(hash) != text) {
-            one = byHash.value(hash);
-            other = text;
-        }
-        byHash.insert(hash, text);
+    // Of equal and of different sizes, copied and shared ones.
+    const QList<QString> texts = {"one",
+                                  "two",
+                                  "",
+                                  "three",
+                                  QString(100, 'a'),
+                                  QString(99, 'a') + 'b',
+                                  'b' + QString(99, 'a'),
+                                  QString(101, 'a')};
+    NameIndex<int, OneHashForAll> names;
+    for (int i = 0; i < int(texts.size()); ++i) {
+        EXPECT_EQ(nullptr, names.find(LabelText(texts.at(i)))) << i;
+        names.insert(texts.at(i), i);
     }
-    ASSERT_FALSE(one.isEmpty());
-    NameIndex<int> names;
-    names.insert(LabelText(one), 1);
-    EXPECT_EQ(-1, valueOf(names, other));
-    names.insert(LabelText(other), 2);
-    EXPECT_EQ(1, valueOf(names, one));
-    EXPECT_EQ(2, valueOf(names, other));
+    for (int i = 0; i < int(texts.size()); ++i) {
+        const int* const found = names.find(LabelText(texts.at(i)));
+        ASSERT_NE(nullptr, found) << i;
+        EXPECT_EQ(i, *found);
+    }
+    EXPECT_EQ(nullptr, names.find(LabelText(QString("six"))));
+}
+
+// --- Names that somebody has chosen ---
+
+const int kManyNames = 5000;
+
+/// Slots that a search for one of the names looks at, on an average.
+double meanSearchLength(const QList<QString>& texts, quint64 key)
+{
+    NameIndex<int> names{KeyedHash(key)};
+    for (int i = 0; i < int(texts.size()); ++i)
+        names.insert(texts.at(i), i);
+    double sum = 0;
+    for (int i = 0; i < int(texts.size()); ++i)
+        sum += names.searchLength(LabelText(texts.at(i)));
+    return sum / texts.size();
+}
+
+/// Names that `hash` crowds into a sixty-fourth of a table.
+template <typename Hash>
+QList<QString> crowded(Hash hash)
+{
+    const quint32 kSlots = 8192;
+    QList<QString> texts;
+    for (int i = 0; int(texts.size()) < kManyNames; ++i) {
+        const QString text = QString::number(i, 36);
+        if ((hash(LabelText(text)) & (kSlots - 1)) < kSlots / 64)
+            texts.append(text);
+    }
+    return texts;
+}
+
+QList<QString> ordinaryNames()
+{
+    QList<QString> texts;
+    for (int i = 0; i < kManyNames; ++i)
+        texts.append(QString("Station%1.Value").arg(i));
+    return texts;
+}
+
+TEST(ChosenNames, ThatCrowdUnderOneKeyAreOrdinaryUnderAnother)
+{
+    const QList<QString> chosen = crowded(KeyedHash(1));
+    ASSERT_GT(meanSearchLength(chosen, 1), 1000);
+    const QList<QString> ordinary = ordinaryNames();
+    for (quint64 key = 2; key < 10; ++key)
+        EXPECT_LT(meanSearchLength(chosen, key), 4 * meanSearchLength(ordinary, key)) << key;
+}
+
+/// A hash without a key, as anybody can compute it.
+quint32 multiplied(const LabelText& name)
+{
+    quint64 hash = quint64(name.size);
+    for (int i = 0; i < name.size; ++i)
+        hash = (hash ^ name.text[i].unicode()) * Q_UINT64_C(0x9E3779B97F4A7C15);
+    return quint32(hash >> 32);
+}
+
+TEST(ChosenNames, ThatCrowdUnderAKnownHashAreOrdinary)
+{
+    const QList<QString> chosen = crowded(multiplied);
+    for (quint64 key = 1; key < 5; ++key)
+        EXPECT_LT(meanSearchLength(chosen, key), 8) << key;
+}
+
+TEST(ChosenNames, OfAnyRegularityAreOrdinary)
+{
+    for (int size = 1; size <= 40; ++size) {
+        for (int place = 0; place < size; ++place) {
+            QList<QString> texts;
+            for (int i = 0; i < 200; ++i) {
+                QString text(size, 'n');
+                text[place] = QChar(1000 + 256 * i);
+                texts.append(text);
+            }
+            EXPECT_LT(meanSearchLength(texts, 3), 12) << size << ", " << place;
+        }
+    }
 }
 
 } // namespace

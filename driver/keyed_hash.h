@@ -1,0 +1,86 @@
+#ifndef PLC_DRIVER_KEYED_HASH_H
+#define PLC_DRIVER_KEYED_HASH_H
+
+#include <QtCore/QtGlobal>
+
+#include <cstring>
+
+#include "symbols/label_text.h"
+
+namespace plc {
+
+/// The 128 bits of a product, the upper half folded onto the lower.
+inline quint64 foldedProduct(quint64 a, quint64 b)
+{
+#ifdef __SIZEOF_INT128__
+    __extension__ typedef unsigned __int128 Product;
+    const Product product = Product(a) * b;
+    return quint64(product) ^ quint64(product >> 64);
+#else
+    const quint64 kLowHalf = 0xFFFFFFFFu;
+    const quint64 low = (a & kLowHalf) * (b & kLowHalf);
+    const quint64 middle = (a >> 32) * (b & kLowHalf) + (low >> 32);
+    const quint64 otherMiddle = (a & kLowHalf) * (b >> 32) + (middle & kLowHalf);
+    const quint64 high = (a >> 32) * (b >> 32) + (middle >> 32) + (otherMiddle >> 32);
+    return high ^ (otherMiddle << 32 | (low & kLowHalf));
+#endif
+}
+
+/// A number that differs from process to process and cannot be foreseen. Reads no file, no
+/// environment and no clock.
+quint64 processKey();
+
+/// Hash of numbers and names; every bit of it depends on all bits of both the input and the key.
+///
+/// Names and addresses come from symbol files. Whoever writes one knows this function, but not the
+/// key, and so cannot choose input that shares its places in a table.
+class KeyedHash {
+public:
+    explicit KeyedHash(quint64 key = processKey());
+
+    quint32 operator()(quint64 number) const
+    {
+        return finished(foldedProduct(m_start ^ number, m_step));
+    }
+
+    quint32 operator()(const LabelText& name) const
+    {
+        const QChar* text = name.text;
+        int left = name.size;
+        quint64 state = m_start ^ quint64(name.size);
+        for (; left >= 2 * kCharactersAWord; left -= 2 * kCharactersAWord) {
+            state = foldedProduct(state ^ wordAt(text), m_step ^ wordAt(text + kCharactersAWord));
+            text += 2 * kCharactersAWord;
+        }
+        quint64 first = 0;
+        quint64 last = 0;
+        if (left >= kCharactersAWord) {
+            first = wordAt(text);
+            last = wordAt(text + left - kCharactersAWord);
+        } else {
+            for (int i = 0; i < left; ++i)
+                first = first << 16 | text[i].unicode();
+        }
+        return finished(foldedProduct(state ^ first, m_step ^ last));
+    }
+
+private:
+    static const int kCharactersAWord = int(sizeof(quint64) / sizeof(QChar));
+
+    static quint64 wordAt(const QChar* text)
+    {
+        quint64 word;
+        std::memcpy(&word, text, sizeof word);
+        return word;
+    }
+    /// A second product: after one alone, numbers at equal distances still lie at equal distances.
+    quint32 finished(quint64 state) const { return quint32(foldedProduct(state, m_last)); }
+
+    quint64 m_start;
+    quint64 m_step;
+    quint64 m_last;
+};
+
+} // namespace plc
+
+#endif
