@@ -36,6 +36,23 @@
 /** Marks what the shared library exports; everything else is hidden in it. */
 #define PLC_DRIVER_EXPORT __attribute__((visibility("default")))
 
+/**
+ * Bytes that one value has at most: 16 MiB, far above any PLC memory area. What
+ * is larger is a mistake of the host and costs neither memory nor traffic:
+ * GetRegisterData() gives 0 and an empty buffer, SetRegisterData() stores and
+ * queues nothing and gives 0, the read lists get no entry. AddListWriteVar()
+ * takes its record as it is; the request then states the length without value
+ * bytes, and the image keeps the value that it has.
+ */
+const int PLC_LARGEST_VALUE = 16 * 1024 * 1024;
+
+/**
+ * Pieces that one variable falls into at most where it is cut: reads by
+ * ComInfo::maxReadBytes, queued writes into 1000 bytes or single bits. What would
+ * fall into more is refused like a value above PLC_LARGEST_VALUE.
+ */
+const int PLC_MOST_PIECES = 65536;
+
 /** One variable access: where, how much, for which host request, and the value bytes. */
 struct RW_VAR {
     /** Request category of the host; 1 to 11 shift the failure numbers by category + 1. */
@@ -315,14 +332,16 @@ PLC_DRIVER_EXPORT int AddListWriteVar(RW_VAR* var, int append);
  * @param append 1: append the record as it is; other values: convert, cut into
  *               pieces of ComInfo::maxReadBytes, and add what is not queued yet
  *               while the list holds fewer than 1024
- * @return entries in the list afterwards; 0 if the record was refused
+ * @return entries in the list afterwards; 0 if the record was refused, for
+ *         @ref PLC_LARGEST_VALUE and @ref PLC_MOST_PIECES as well
  */
 PLC_DRIVER_EXPORT int AddListOnceReadVar(RW_VAR* var, int append);
 
 /**
  * Replaces the cyclic read list by entries that cover @p vars: grouped by area,
  * sorted by address, merged up to ComInfo::maxReadBytes. What does not resolve
- * is skipped.
+ * and what is above a limit is skipped. The labels are resolved before the list
+ * is locked.
  *
  * @param vars the variables to read; left as they are
  * @return entries in the list afterwards
@@ -362,7 +381,8 @@ PLC_DRIVER_EXPORT RW_VAR* DataCom(QByteArray* reply, int received);
  * @param reserved3 not used
  * @param value     replaced by the value, least significant byte first
  * @param count     16-bit registers wanted (elements for type codes 1 and 13)
- * @return 1, or 0 with 2 × @p count zero bytes when the label does not resolve
+ * @return 1, or 0 with 2 × @p count zero bytes when the label does not resolve,
+ *         or 0 with an empty buffer above @ref PLC_LARGEST_VALUE
  */
 PLC_DRIVER_EXPORT int GetRegisterData(const QString& label, int reserved1, int reserved2,
                                       int reserved3, QByteArray* value, int count);
@@ -381,7 +401,7 @@ PLC_DRIVER_EXPORT int GetRegisterData(const QString& label, int reserved1, int r
  * @param category request category; see RW_VAR::category
  * @param aux1     operation tag of the host
  * @return 1 when the image was written; 0 when the write was queued, and 0 as
- *         well when the label does not resolve
+ *         well when the label does not resolve or the value is above a limit
  */
 PLC_DRIVER_EXPORT int SetRegisterData(const QString& label, int reserved, const QString& subLabel,
                                       int station, QByteArray* value, int count, int category,

@@ -7,22 +7,19 @@
 
 namespace {
 
-/// A frame beyond this is a mistake of the host. The wire states 16 bits of the length anyway, and
-/// no PLC takes such a frame.
-const int kLargestFrame = 16 * 1024 * 1024;
-
-/// Value bytes that each entry of the batch carries. A length that is negative, or too large for
-/// any frame, carries none.
+/// Value bytes that each entry of the batch carries, PLC_LARGEST_VALUE together. A length that is
+/// negative or larger carries none; the image does not take such a value either.
 struct ValueSizes {
     int bytes[plc::kBatchCapacity];
     int frameSize = plc::kRequestOverhead;
 
     explicit ValueSizes(int count)
     {
+        int left = PLC_LARGEST_VALUE;
         for (int i = 0; i < count; ++i) {
             const int length = PLC_driver.batch[i].length;
-            const bool fits = length > 0 && length <= kLargestFrame - frameSize;
-            bytes[i] = fits ? length : 0;
+            bytes[i] = length > 0 && length <= left ? length : 0;
+            left -= bytes[i];
             frameSize += plc::kEntryHeaderSize + bytes[i];
         }
     }

@@ -139,7 +139,7 @@ private:
             list.removeLast();
         Bubble_Sort(&list);
         BitVarReCreat(&list, m_input.flag() ? maxLen : m_input.number());
-        if (PLC_driver.readList.size() > plc::kPieceLimit)
+        if (PLC_driver.readList.size() > PLC_MOST_PIECES)
             PLC_driver.readList.clear();
     }
 

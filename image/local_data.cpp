@@ -139,7 +139,7 @@ int DealDataOfRemoteArea(QByteArray* reply, int received)
 
 void WriteDataToLocal(RW_VAR* var)
 {
-    if (!var || var->length <= 0 || var->length > plc::kLargestValue)
+    if (!var || var->length <= 0 || var->length > PLC_LARGEST_VALUE)
         return;
     QMutexLocker lock(&PLC_driver.dataMutex);
     if (var->dataType == plc::kBitCode)

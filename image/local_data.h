@@ -3,14 +3,6 @@
 
 #include "plc_driver.h"
 
-namespace plc {
-
-/// Largest value in bytes that the accessors and the image take at once, far above any PLC memory
-/// area. A larger one is a mistake of the host and is refused before memory is asked for it.
-const int kLargestValue = 16 * 1024 * 1024;
-
-} // namespace plc
-
 /// Image key of a byte, which exists afterwards. Takes no lock.
 PLC_DRIVER_EXPORT quint64 ExtendFindSameVar(const unsigned int& areaIndex,
                                             const unsigned int& address);

@@ -103,7 +103,7 @@ void readValue(const ControlInformationM& place, plc::TypeGroup group, int count
 /// Gives `value` this size, or empties it and returns false when no value is that large.
 bool resize(QByteArray& value, qint64 size)
 {
-    const bool acceptable = size <= plc::kLargestValue;
+    const bool acceptable = size <= PLC_LARGEST_VALUE;
     value.resize(acceptable ? int(size) : 0);
     return acceptable;
 }

@@ -81,10 +81,11 @@ bool linkHasFailed()
 void queueValue(RW_VAR& record, plc::TypeGroup group, const QByteArray& value, int count)
 {
     const qint64 size = convertedSize(group, value.size(), count);
-    if (size <= 0 || size > plc::kLargestValue)
+    const int pieceSize = group == plc::TypeGroup::Bit ? kBitPiece : kBytePiece;
+    if (size <= 0 || !plc::isWithinLimits(size, pieceSize))
         return;
     const QByteArray bytes = converted(group, value, int(size));
-    plc::queueWritePieces(record, bytes, group == plc::TypeGroup::Bit ? kBitPiece : kBytePiece);
+    plc::queueWritePieces(record, bytes, pieceSize);
     if (linkHasFailed()) {
         // The host sees the value while the link is down; otherwise the request shows it.
         record.length = int(size);
@@ -118,7 +119,7 @@ int SetRegisterData(const QString& label, int, const QString& subLabel, int stat
     record.areaIndex = place.areaIndex;
 
     if (settings->writeMode != kQueueWrites) {
-        if (count > plc::kLargestValue)
+        if (count > PLC_LARGEST_VALUE)
             return 0;
         record.data = *value;
         WriteDataToLocal(&record);

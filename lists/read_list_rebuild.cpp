@@ -45,6 +45,8 @@ public:
 
     void add(const Range& range)
     {
+        if (!isWithinLimits(range))
+            return;
         if (m_maxLen == kNoMerging)
             addWhole(range);
         else if (isEmpty() || range.address >= last().address + m_maxLen)
@@ -55,6 +57,13 @@ public:
 
 private:
     bool isEmpty() const { return m_folded.size() == m_first; }
+
+    /// Whether the variable may be read, wherever its neighbours stand.
+    bool isWithinLimits(const Range& range) const
+    {
+        return plc::isWithinLimits(range.length,
+                                   m_maxLen == kNoMerging ? PLC_LARGEST_VALUE : m_maxLen);
+    }
 
     struct Span {
         qint64 address;
@@ -80,18 +89,16 @@ private:
     void merge(const Range& range)
     {
         const qint64 span = qint64(range.address) + range.length - last().address;
-        if (span <= last().length || !plc::hasFewPieces(span, m_maxLen))
+        if (span <= last().length)
             return;
         const Range extended = m_folded.last();
-        m_folded.removeLast();
+        m_folded.pop_back();
         append(extended, span);
     }
 
     /// Appends `length` bytes from the address of `range` on, in pieces.
     void append(Range range, qint64 length)
     {
-        if (!plc::hasFewPieces(length, m_maxLen))
-            return;
         for (qint64 left = length; left > 0; left -= range.length) {
             range.length = qint32(qMin(left, qint64(m_maxLen)));
             m_folded.append(range);
@@ -157,35 +164,45 @@ QVector<Range> fold(const QVector<Range>& sorted, int maxLen)
     return folded;
 }
 
-} // namespace
-
-int ReCreatReadVarList(QList<HostVarItem>* vars)
+/// The cyclic reads that cover `items`. Resolves their labels; needs no lock.
+QList<RW_VAR> readsOf(const QList<HostVarItem>& items, const ComInfo& settings)
 {
-    QMutexLocker lock(&PLC_driver.listMutex);
-    ComInfo* settings = PLC_driver.settings;
-    if (!vars || !settings)
-        return 0;
-    QList<RW_VAR>& list = PLC_driver.readList;
-    list.clear();
-    if (vars->isEmpty())
-        return 0;
-    PLC_driver.cycleCount = 0;
-    settings->scanDone = 0;
-    if (settings->maxReadBytes <= 0)
-        return 0;
-
-    const QVector<Range> folded = fold(sortedRanges(*vars), settings->maxReadBytes);
-    list.reserve(int(folded.size()));
+    QList<RW_VAR> reads;
+    const QVector<Range> folded = fold(sortedRanges(items), settings.maxReadBytes);
+    reads.reserve(int(folded.size()));
     for (int i = 0; i < int(folded.size()); ++i) {
         const Range& range = folded.at(i);
-        RW_VAR read = cyclicRead(vars->at(range.source), *settings);
+        RW_VAR read = cyclicRead(items.at(range.source), settings);
         read.dataType = range.dataType;
         read.address = range.address;
         read.length = range.length;
         read.areaIndex = range.area;
-        list.append(read);
+        reads.append(read);
     }
-    return int(list.size());
+    return reads;
+}
+
+} // namespace
+
+int ReCreatReadVarList(QList<HostVarItem>* vars)
+{
+    ComInfo* const settings = PLC_driver.settings;
+    if (!vars || !settings)
+        return 0;
+    // The communication thread waits for the lock: what takes long comes before and behind it.
+    QList<RW_VAR> reads;
+    if (settings->maxReadBytes > 0)
+        reads = readsOf(*vars, *settings);
+    const int count = int(reads.size());
+
+    QMutexLocker lock(&PLC_driver.listMutex);
+    PLC_driver.readList.swap(reads);
+    if (!vars->isEmpty()) {
+        PLC_driver.cycleCount = 0;
+        settings->scanDone = 0;
+    }
+    lock.unlock();
+    return count; // the earlier entries are released here
 }
 
 void Bubble_Sort(QList<RW_VAR>* list)

@@ -105,9 +105,9 @@ void replaceQueuedPieces(QList<RW_VAR>& list, const RW_VAR& record, const QByteA
 
 namespace plc {
 
-bool hasFewPieces(qint64 length, int pieceSize)
+bool isWithinLimits(qint64 length, int pieceSize)
 {
-    return (length - 1) / pieceSize < kPieceLimit;
+    return length <= PLC_LARGEST_VALUE && (length - 1) / pieceSize < PLC_MOST_PIECES;
 }
 
 void queueWritePieces(const RW_VAR& record, const QByteArray& bytes, int pieceSize)
@@ -176,7 +176,7 @@ int AddListOnceReadVar(RW_VAR* var, int append)
     var->dataType = range.dataType;
     var->address = range.address;
     var->length = range.length;
-    if (settings->maxReadBytes <= 0)
+    if (settings->maxReadBytes <= 0 || !plc::isWithinLimits(var->length, settings->maxReadBytes))
         return 0;
 
     QMutexLocker lock(&PLC_driver.listMutex);
@@ -187,14 +187,12 @@ int AddListOnceReadVar(RW_VAR* var, int append)
 
 void WhetherGroup(int total, int maxLen, RW_VAR* var, QList<RW_VAR>* list)
 {
-    if (!var || !list || maxLen <= 0)
+    if (!var || !list || maxLen <= 0 || !plc::isWithinLimits(total, maxLen))
         return;
     if (total <= maxLen) {
         list->append(*var);
         return;
     }
-    if (!plc::hasFewPieces(total, maxLen))
-        return;
     const qint32 start = var->address;
     for (qint64 position = 0; position < total; position += maxLen) {
         var->address = plc::advanced(start, position);

@@ -8,12 +8,9 @@ namespace plc {
 /// Entries from which on the write list and the one-shot list take no new one.
 const int kListLimit = 1024;
 
-/// Pieces of one variable beyond which it is refused: a mistake in its count or in `maxReadBytes`
-/// must not fill the memory of the panel.
-const int kPieceLimit = 65536;
-
-/// Whether `length` bytes make at most kPieceLimit pieces of `pieceSize` bytes.
-bool hasFewPieces(qint64 length, int pieceSize);
+/// Whether a value of `length` bytes keeps to PLC_LARGEST_VALUE and its pieces of `pieceSize` bytes
+/// to PLC_MOST_PIECES: a mistake in a count or in `maxReadBytes` must not fill the panel's memory.
+bool isWithinLimits(qint64 length, int pieceSize);
 
 /// Queues the pieces of `bytes`, each at most `pieceSize` long, as AddListWriteVar() without append
 /// would one after the other. `record` says where the first goes and whose they are.

@@ -407,6 +407,25 @@ TEST_F(ReplyProcessing, LoginEndsWhenTheFrameCountIsReached)
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
 
+TEST_F(ReplyProcessing, LoginGoesOnWhileTheFrameCountIsNotReached)
+{
+    RW_VAR var;
+    handshake_data(&var);
+    settings.frameCount = 3;
+    deliver(identificationReply());
+    EXPECT_EQ(deliver(fileReply(0x34, 0x12))->result, 1);
+    EXPECT_EQ(settings.frameIndex, 2);
+    EXPECT_EQ(PLC_driver.loggedIn, 0);
+    settings.frameCount = 2;
+    handshake_data(&var);
+    deliver(identificationReply());
+    EXPECT_EQ(PLC_driver.loggedIn, 0) << "one answer of two";
+    EXPECT_EQ(PLC_driver.requestQueue.size(), 1);
+    deliver(fileReply(0x34, 0x12));
+    EXPECT_EQ(PLC_driver.loggedIn, 1);
+    EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
+}
+
 TEST_F(ReplyProcessing, LoginRepliesInPiecesAreWaitedFor)
 {
     RW_VAR var;
@@ -703,8 +722,35 @@ TEST_F(Exchange, LargestFrameIndexIsReducedToThirtyTwoBits)
     PLC_driver.writeList.append(tagged(0, 1, 1));
     issue();
     settings.frameIndex = INT_MAX;
+    settings.frameCount = INT_MAX;
     deliver(writeReply());
     EXPECT_EQ(settings.frameIndex, INT_MIN);
+    EXPECT_TRUE(PLC_driver.writeList.isEmpty()) << "2^31 answers are more than were due";
+    EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
+    EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 1, 1, 1}));
+}
+
+TEST_F(Exchange, TransactionOfNoFramesIsCompleteWithTheFirstAnswer)
+{
+    for (int frameCount : {0, -1, INT_MIN}) {
+        PLC_driver.writeList.append(tagged(0, 1, 1));
+        issue();
+        settings.frameCount = frameCount;
+        deliver(writeReply());
+        EXPECT_EQ(settings.frameIndex, 1) << frameCount;
+        EXPECT_TRUE(PLC_driver.writeList.isEmpty()) << frameCount;
+    }
+}
+
+TEST_F(Exchange, LastFrameIndexBelowTheFrameCountIsNotComplete)
+{
+    PLC_driver.writeList.append(tagged(0, 1, 1));
+    issue();
+    settings.frameIndex = INT_MAX - 2;
+    settings.frameCount = INT_MAX;
+    deliver(writeReply());
+    EXPECT_EQ(settings.frameIndex, INT_MAX - 1);
+    EXPECT_EQ(PLC_driver.writeList.size(), 1);
 }
 
 TEST_F(Exchange, ScanIsDoneAfterMoreTransactionsThanCyclicEntries)

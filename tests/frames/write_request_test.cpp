@@ -163,6 +163,34 @@ TEST_F(WriteRequest, LengthTooLargeForAnyFrameCarriesTheNumberAndNoValue)
                            "00 01 00 00"));
 }
 
+TEST_F(WriteRequest, LargestValueIsCarriedAndMirrored)
+{
+    RW_VAR entry = writeEntry(2, 0, PLC_LARGEST_VALUE, QByteArray(PLC_LARGEST_VALUE, 'x'));
+    fillBatch({entry, writeEntry(2, 0x20, 1, hex("77"))});
+    WriteRegister(&entry);
+    const QByteArray frame = PLC_driver.requestQueue.last().frame;
+    // 12 bytes in front, two entries of 10, the value, 4 bytes behind; nothing of the follower.
+    ASSERT_EQ(12 + 20 + PLC_LARGEST_VALUE + 4, int(frame.size()));
+    EXPECT_EQ(hex("00 02 00 00 00 00 01 00 00 00 78"), frame.mid(12, 11));
+    EXPECT_EQ(hex("78 00 02 00 00 00 20 00 00 00 01 00 01 00 00"), frame.right(15));
+    EXPECT_EQ(PLC_LARGEST_VALUE, PLC_driver.localImage.size());
+    EXPECT_EQ('x', imageByte(2, PLC_LARGEST_VALUE - 1));
+}
+
+TEST_F(WriteRequest, ValueThatIsNotCarriedIsNotMirrored)
+{
+    for (int dataType : {3, 13}) {
+        PLC_driver.localImage.clear();
+        PLC_driver.localImage.insert(DataImage::key(2, 0x10), 9);
+        RW_VAR entry = writeEntry(2, 0x10, PLC_LARGEST_VALUE + 1, hex("AB CD"), dataType);
+        fillBatch({entry});
+        WriteRegister(&entry);
+        EXPECT_EQ(26, PLC_driver.requestQueue.last().frameLength) << dataType;
+        EXPECT_EQ(1, PLC_driver.localImage.size()) << dataType;
+        EXPECT_EQ(9, imageByte(2, 0x10)) << dataType;
+    }
+}
+
 TEST_F(WriteRequest, NegativeLengthInABitWriteCarriesZero)
 {
     fillBatch({writeEntry(2, 0x10, -1, hex("AB CD"), 13)});

@@ -735,7 +735,7 @@ TEST_F(ImageWrite, BitAddressIsShiftedAsUnsigned)
 
 TEST_F(ImageWrite, LengthAboveTheLargestValueStoresNothing)
 {
-    for (int length : {kLargestValue + 1, INT_MAX}) {
+    for (int length : {PLC_LARGEST_VALUE + 1, INT_MAX}) {
         write(3, 100, length, hex("12 34"));
         write(13, 100, length, hex("12 34"));
         EXPECT_EQ(0, bytesInImage()) << length;
@@ -744,10 +744,10 @@ TEST_F(ImageWrite, LengthAboveTheLargestValueStoresNothing)
 
 TEST_F(ImageWrite, LargestValueIsStored)
 {
-    write(3, 100, kLargestValue, hex("12 34"));
-    EXPECT_EQ(kLargestValue, bytesInImage());
+    write(3, 100, PLC_LARGEST_VALUE, hex("12 34"));
+    EXPECT_EQ(PLC_LARGEST_VALUE, bytesInImage());
     EXPECT_EQ("12 34 00", image(100, 3));
-    EXPECT_TRUE(exists(100 + kLargestValue - 1));
+    EXPECT_TRUE(exists(100 + PLC_LARGEST_VALUE - 1));
 }
 
 TEST_F(ImageWrite, NullStoresNothing)

@@ -299,14 +299,14 @@ TEST_F(ValueRead, ValueAboveTheLargestIsRefused)
     const Row rows[] = {{1, 1}, {13, 1}, {2, 2}, {3, 2}, {10, 2}, {0, 2}, {5, 2}, {8, 2}};
     for (const Row& row : rows) {
         const QString label = QString("MAIN.code%1").arg(row.code);
-        const int largestCount = kLargestValue / row.bytesPerCount;
+        const int largestCount = PLC_LARGEST_VALUE / row.bytesPerCount;
         for (int count : {largestCount + 1, INT_MAX / 2, INT_MAX - 3, INT_MAX}) {
             const ReadResult out = read(label, count);
             EXPECT_EQ(0, out.result) << row.code << ", " << count;
             EXPECT_EQ(QByteArray(), out.value) << row.code << ", " << count;
         }
     }
-    for (int count : {kLargestValue / 2 + 1, INT_MAX}) {
+    for (int count : {PLC_LARGEST_VALUE / 2 + 1, INT_MAX}) {
         const ReadResult out = read("MAIN.nosuch", count);
         EXPECT_EQ(0, out.result);
         EXPECT_EQ(QByteArray(), out.value);
@@ -316,20 +316,20 @@ TEST_F(ValueRead, ValueAboveTheLargestIsRefused)
 
 TEST_F(ValueRead, LargestValueIsRead)
 {
-    put(kStart + kLargestValue - 2, "12 34");
-    const QByteArray words = value(3, kLargestValue / 2);
-    ASSERT_EQ(kLargestValue, int(words.size()));
+    put(kStart + PLC_LARGEST_VALUE - 2, "12 34");
+    const QByteArray words = value(3, PLC_LARGEST_VALUE / 2);
+    ASSERT_EQ(PLC_LARGEST_VALUE, int(words.size()));
     EXPECT_EQ(hex("34 12"), words.right(2));
-    const QByteArray flags = value(1, kLargestValue);
-    ASSERT_EQ(kLargestValue, int(flags.size()));
+    const QByteArray flags = value(1, PLC_LARGEST_VALUE);
+    ASSERT_EQ(PLC_LARGEST_VALUE, int(flags.size()));
     EXPECT_EQ(hex("00 01 01"), flags.right(3));
 }
 
 TEST_F(ValueRead, LargestZeroValueOfAnUnknownLabelIsGiven)
 {
-    const ReadResult out = read("MAIN.nosuch", kLargestValue / 2);
+    const ReadResult out = read("MAIN.nosuch", PLC_LARGEST_VALUE / 2);
     EXPECT_EQ(0, out.result);
-    EXPECT_EQ(QByteArray(kLargestValue, '\0'), out.value);
+    EXPECT_EQ(QByteArray(PLC_LARGEST_VALUE, '\0'), out.value);
 }
 
 TEST_F(ValueRead, LabelIsResolvedBeforeTheLockIsTaken)

@@ -388,32 +388,42 @@ TEST_F(QueuedWrite, ValueAboveTheLargestIsRefused)
     const Row rows[] = {{1, 1}, {13, 1}, {2, 1}, {3, 2}, {5, 2}, {8, 2}, {10, 2}};
     for (const Row& row : rows) {
         const QString label = QString("MAIN.code%1").arg(row.code);
-        const int largestCount = kLargestValue / row.bytesPerCount;
+        const int largestCount = PLC_LARGEST_VALUE / row.bytesPerCount;
         for (int count : {largestCount + 1, INT_MAX - 3, INT_MAX})
             EXPECT_EQ(0, write(label, hex("01 02"), count)) << row.code << ", " << count;
         EXPECT_TRUE(list().isEmpty()) << row.code;
         EXPECT_EQ(0, bytesInImage()) << row.code;
     }
-    EXPECT_EQ(0, write("MAIN.code1", QByteArray(kLargestValue + 1, 'x'), 1));
-    EXPECT_EQ(0, write("MAIN.code10", QByteArray(kLargestValue + 1, 'x'), 1));
+    EXPECT_EQ(0, write("MAIN.code1", QByteArray(PLC_LARGEST_VALUE + 1, 'x'), 1));
+    EXPECT_EQ(0, write("MAIN.code10", QByteArray(PLC_LARGEST_VALUE + 1, 'x'), 1));
     EXPECT_TRUE(list().isEmpty());
     EXPECT_EQ(0, bytesInImage());
 }
 
 TEST_F(QueuedWrite, LargestValueIsTaken)
 {
-    write("MAIN.code1", QByteArray(kLargestValue, 'x'), kLargestValue);
+    write("MAIN.code1", QByteArray(PLC_LARGEST_VALUE, 'x'), PLC_LARGEST_VALUE);
     EXPECT_EQ(1024, int(list().size()));
     EXPECT_EQ(1000 + 1023 * 1000, list().last().address);
 }
 
+TEST_F(QueuedWrite, MorePiecesThanTheLimitAreRefused)
+{
+    PLC_driver.failed = 1;
+    EXPECT_EQ(0, write("MAIN.bit", hex("01"), PLC_MOST_PIECES + 1));
+    EXPECT_EQ(0, write("MAIN.bit", QByteArray(PLC_MOST_PIECES + 1, '\1'), 1));
+    EXPECT_EQ(0, write("MAIN.bit", hex("01"), PLC_LARGEST_VALUE));
+    EXPECT_TRUE(list().isEmpty());
+    EXPECT_EQ(0, bytesInImage());
+}
+
 TEST_F(QueuedWrite, LargestRunOfBitsEndsAtOnceWhenTheListIsFull)
 {
-    EXPECT_EQ(0, write("MAIN.bit", hex("01"), kLargestValue));
+    EXPECT_EQ(0, write("MAIN.bit", hex("01"), PLC_MOST_PIECES));
     ASSERT_EQ(1024, int(list().size()));
     EXPECT_EQ(17 + 1023, list().last().address);
     // Once more, with the head's place to be queued again and all others to be replaced.
-    EXPECT_EQ(0, write("MAIN.bit", QByteArray(2000, '\1'), kLargestValue));
+    EXPECT_EQ(0, write("MAIN.bit", QByteArray(2000, '\1'), PLC_MOST_PIECES));
     ASSERT_EQ(1024, int(list().size()));
     EXPECT_EQ(hex("01"), list().at(0).data);
     EXPECT_EQ(hex("01"), list().last().data);
@@ -525,7 +535,7 @@ TEST_F(ImageOnlyWrite, NullBufferWritesNothing)
 TEST_F(ImageOnlyWrite, ValueAboveTheLargestIsRefused)
 {
     settings.writeMode = 0;
-    for (int count : {kLargestValue + 1, INT_MAX}) {
+    for (int count : {PLC_LARGEST_VALUE + 1, INT_MAX}) {
         EXPECT_EQ(0, write("MAIN.code3", hex("34 12"), count)) << count;
         EXPECT_EQ(0, write("MAIN.bit", hex("34 12"), count)) << count;
     }
@@ -535,10 +545,10 @@ TEST_F(ImageOnlyWrite, ValueAboveTheLargestIsRefused)
 TEST_F(ImageOnlyWrite, LargestValueIsStored)
 {
     settings.writeMode = 0;
-    EXPECT_EQ(1, write("MAIN.code3", hex("34 12"), kLargestValue));
-    EXPECT_EQ(kLargestValue, bytesInImage());
+    EXPECT_EQ(1, write("MAIN.code3", hex("34 12"), PLC_LARGEST_VALUE));
+    EXPECT_EQ(PLC_LARGEST_VALUE, bytesInImage());
     EXPECT_EQ(0x34, byteAt(1000));
-    EXPECT_TRUE(exists(1000 + kLargestValue - 1));
+    EXPECT_TRUE(exists(1000 + PLC_LARGEST_VALUE - 1));
 }
 
 TEST_F(ImageOnlyWrite, WhatIsWrittenInPlcOrderIsReadBackInHostOrder)

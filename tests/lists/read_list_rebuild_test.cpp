@@ -9,6 +9,7 @@
 #include "support/random.h"
 #include "support/record_checks.h"
 #include "support/symbol_fixture.h"
+#include "support/watched_text.h"
 
 namespace plc {
 namespace test {
@@ -272,20 +273,33 @@ TEST_F(Folding, LargestLimitMergesAllThatLiesInReach)
 TEST_F(Folding, EntryOfMorePiecesThanTheLimitIsRefused)
 {
     for (int maxLen : {2, 100}) {
-        const int longest = kPieceLimit * maxLen;
-        EXPECT_EQ(size_t(kPieceLimit), folded({{0, longest}}, maxLen).size()) << maxLen;
+        const int longest = PLC_MOST_PIECES * maxLen;
+        EXPECT_EQ(size_t(PLC_MOST_PIECES), folded({{0, longest}}, maxLen).size()) << maxLen;
         EXPECT_EQ(Places{}, folded({{0, longest + 1}}, maxLen)) << maxLen;
         EXPECT_EQ(Places{}, folded({{0, INT_MAX}}, maxLen)) << maxLen;
         EXPECT_EQ((Places{{50, 2}}), folded({{0, INT_MAX}, {50, 2}}, maxLen)) << maxLen;
     }
 }
 
-TEST_F(Folding, EntryThatWouldStretchTheLastOneBeyondTheLimitIsRefused)
+TEST_F(Folding, LimitsOfAnEntryDoNotDependOnItsNeighbours)
 {
     EXPECT_EQ((Places{{0, 2}, {10, 2}}), folded({{0, 2}, {1, INT_MAX}, {10, 2}}, 5));
-    const int longest = kPieceLimit * 5;
-    EXPECT_EQ(size_t(kPieceLimit), folded({{0, 2}, {1, longest - 1}}, 5).size());
-    EXPECT_EQ((Places{{0, 2}}), folded({{0, 2}, {1, longest}}, 5));
+    const int longest = PLC_MOST_PIECES * 5;
+    // The entry alone makes as many pieces as it may, with the one before it one more.
+    EXPECT_EQ(size_t(PLC_MOST_PIECES) + 1, folded({{0, 2}, {1, longest}}, 5).size());
+    EXPECT_EQ((Places{{0, 2}}), folded({{0, 2}, {1, longest + 1}}, 5));
+}
+
+TEST_F(Folding, EntryAboveTheLargestValueIsRefused)
+{
+    for (int maxLen : {1, 1000, INT_MAX}) {
+        EXPECT_EQ((Places{{0, 1}}),
+                  folded({{0, 1}, {0, PLC_LARGEST_VALUE + 1}, {0, INT_MAX}}, maxLen))
+            << maxLen;
+        EXPECT_EQ(Places{}, folded({{5, PLC_LARGEST_VALUE + 1}}, maxLen)) << maxLen;
+    }
+    EXPECT_EQ((Places{{0, PLC_LARGEST_VALUE}}), folded({{0, PLC_LARGEST_VALUE}}, 1));
+    EXPECT_EQ((Places{{0, PLC_LARGEST_VALUE}}), folded({{0, PLC_LARGEST_VALUE}}, INT_MAX));
 }
 
 TEST_F(Folding, GroupItselfIsNotChanged)
@@ -541,11 +555,11 @@ TEST_F(Rebuild, VariableWithoutLengthAddsNothing)
 
 TEST_F(Rebuild, HugeVariableIsSkippedAndTheOthersAreRead)
 {
-    settings.maxReadBytes = 2;
-    EXPECT_EQ((Places{{7, 1}}), rebuilt({item("MAIN.b0", INT_MAX), item("MAIN.b7", 1)}));
-    settings.maxReadBytes = 1;
-    EXPECT_EQ((Places{{0, INT_MAX}, {7, 1}}),
-              rebuilt({item("MAIN.b0", INT_MAX), item("MAIN.b7", 1)}));
+    for (int maxReadBytes : {1, 2, INT_MAX}) {
+        settings.maxReadBytes = maxReadBytes;
+        EXPECT_EQ((Places{{7, 1}}), rebuilt({item("MAIN.b0", INT_MAX), item("MAIN.b7", 1)}))
+            << maxReadBytes;
+    }
 }
 
 TEST_F(Rebuild, ReplacesTheWholeList)
@@ -596,6 +610,19 @@ TEST_F(Rebuild, LimitThatIsNotPositiveGivesNoEntries)
     }
 }
 
+TEST_F(Rebuild, WhatIsAboveALimitIsSkipped)
+{
+    settings.maxReadBytes = INT_MAX;
+    EXPECT_EQ(1, rebuild({item("MAIN.b3", PLC_LARGEST_VALUE)}));
+    EXPECT_EQ(PLC_LARGEST_VALUE, PLC_driver.readList.first().length);
+    EXPECT_EQ(0, rebuild({item("MAIN.b3", PLC_LARGEST_VALUE + 1)}));
+    EXPECT_EQ(0, rebuild({item("MAIN.b3", INT_MAX)}));
+    settings.maxReadBytes = 2;
+    EXPECT_EQ(PLC_MOST_PIECES, rebuild({item("MAIN.b3", 2 * PLC_MOST_PIECES)}));
+    EXPECT_EQ(0, rebuild({item("MAIN.b3", 2 * PLC_MOST_PIECES + 1)}));
+    EXPECT_EQ(1, rebuild({item("MAIN.b3", 2 * PLC_MOST_PIECES + 1), item("MAIN.b9", 1)}));
+}
+
 TEST_F(Rebuild, WithoutSettingsNothingIsBuilt)
 {
     SetComInfo(nullptr);
@@ -630,6 +657,20 @@ TEST_F(Rebuild, RunsUnderTheListLock)
 {
     EXPECT_TRUE(waitsFor(PLC_driver.listMutex, [] { rebuild({item("MAIN.b3", 1)}); }));
     EXPECT_TRUE(waitsFor(PLC_driver.listMutex, [] { rebuild({}); }));
+}
+
+TEST_F(Rebuild, ListsAreFreeWhileLabelsAreResolved)
+{
+    bool isFree = false;
+    const WatchedText label("MAIN.b3", [&] {
+        isFree = PLC_driver.listMutex.tryLock();
+        if (isFree)
+            PLC_driver.listMutex.unlock();
+    });
+    EXPECT_EQ(1, rebuild({item(label.text(), 1)}));
+    EXPECT_TRUE(label.wasRead());
+    EXPECT_TRUE(isFree);
+    PLC_driver.readList.clear(); // its entry shares the label
 }
 
 // --- Every group against the steps taken literally ---
@@ -780,7 +821,8 @@ TEST_F(RandomGroups, FoldAsTheStepsSayAtTheEndsOfTheAddresses)
         for (int i = random.between(1, 12); i > 0; --i) {
             const int step = random.below(qMin(300, INT_MAX - qMax(anchor, 1) + 1));
             const bool isLong = maxLen > 1000 && random.oneIn(3);
-            const int length = isLong ? random.between(1, INT_MAX) : random.between(-3, 120);
+            const int length =
+                isLong ? random.between(1, PLC_LARGEST_VALUE) : random.between(-3, 120);
             group.append(entry(anchor + step, length, QString::number(i)));
         }
         sortByExchange(group);

@@ -1,6 +1,7 @@
 #include "lists/variable_lists.h"
 
 #include <climits>
+#include <thread>
 
 #include "support/lock_check.h"
 #include "support/random.h"
@@ -167,6 +168,21 @@ TEST_F(WriteList, OtherMembersDoNotMakeAnotherPlace)
     var.length = 2;
     EXPECT_EQ(2, AddListWriteVar(&var, 0));
     expectEqualRecords(var, PLC_driver.writeList.at(1));
+}
+
+TEST_F(WriteList, EntryBehindOneOfLengthZeroIsReplaced)
+{
+    addWrite(1, 100);
+    RW_VAR empty = makeWrite(3, 100, QByteArray(), 1, 2);
+    ASSERT_EQ(2, AddListWriteVar(&empty, 0));
+    RW_VAR write = makeWrite(3, 100, hex("11 22"), 1, 3);
+    ASSERT_EQ(3, AddListWriteVar(&write, 0));
+    write = makeWrite(3, 100, hex("33 44"), 1, 4);
+    ASSERT_EQ(3, AddListWriteVar(&write, 0));
+    EXPECT_EQ(2, PLC_driver.writeList.at(1).aux1);
+    EXPECT_EQ(0, PLC_driver.writeList.at(1).length);
+    EXPECT_EQ(4, PLC_driver.writeList.at(2).aux1);
+    EXPECT_EQ(hex("33 44"), PLC_driver.writeList.at(2).data);
 }
 
 TEST_F(WriteList, AppendOfOneAppendsInAnyCase)
@@ -352,6 +368,38 @@ TEST_F(WritePieces, FullListTakesReplacementsOnly)
     EXPECT_EQ(hex("0F 10"), PLC_driver.writeList.at(1020).data);
     for (int i = 1021; i < 1024; ++i)
         EXPECT_EQ("x", PLC_driver.writeList.at(i).data) << i;
+}
+
+TEST_F(WritePieces, FullListKeepsEntriesOfLengthZeroAndReplacesThoseBehindThem)
+{
+    RW_VAR queued = fullRecord();
+    queued.length = 0;
+    queued.data.clear();
+    for (int i = 0; i < 1020; ++i) {
+        queued.address = 100000 + i;
+        AddListWriteVar(&queued, 1);
+    }
+    // Without bytes at the value's start, between its pieces and behind its end; then its pieces.
+    for (int address : {500, 502, 504}) {
+        queued.address = address;
+        AddListWriteVar(&queued, 1);
+    }
+    RW_VAR record = fullRecord();
+    record.address = 500;
+    record.length = 2;
+    AddListWriteVar(&record, 1);
+    record.address = 502;
+    AddListWriteVar(&record, 1);
+
+    record.address = 500;
+    queueWritePieces(record, QByteArray(4, 'x'), 2);
+    ASSERT_EQ(1025, int(PLC_driver.writeList.size()));
+    for (int i = 1020; i < 1023; ++i) {
+        EXPECT_EQ(0, PLC_driver.writeList.at(i).length) << i;
+        EXPECT_EQ(QByteArray(), PLC_driver.writeList.at(i).data) << i;
+    }
+    EXPECT_EQ("xx", PLC_driver.writeList.at(1023).data);
+    EXPECT_EQ("xx", PLC_driver.writeList.at(1024).data);
 }
 
 TEST_F(WritePieces, EqualWritesOneAfterTheOther)
@@ -700,18 +748,41 @@ TEST_F(OneShotList, RecordIsLeftAsTheWalkLeavesItAlsoWhenTheListIsFull)
 TEST_F(OneShotList, HugeLengthEndsAtOnceWhenTheListIsFull)
 {
     settings.maxReadBytes = 1;
-    RW_VAR var = request("MAIN.code1", INT_MAX);
+    RW_VAR var = request("MAIN.code1", PLC_MOST_PIECES);
     EXPECT_EQ(1024, AddListOnceReadVar(&var, 0));
     EXPECT_EQ(1000, PLC_driver.onceReadList.first().address);
     EXPECT_EQ(2023, PLC_driver.onceReadList.last().address);
     EXPECT_EQ(1, var.length);
-    // 1000 + 2147483647 = 2^32 - 2147482649
-    EXPECT_EQ(-2147482649, var.address);
+    EXPECT_EQ(66536, var.address); // 1000 + 65536
     settings.maxReadBytes = 2;
-    var = request("MAIN.code1", INT_MAX);
+    var = request("MAIN.code1", 2 * PLC_MOST_PIECES - 1);
     EXPECT_EQ(1024, AddListOnceReadVar(&var, 0));
     EXPECT_EQ(1, var.length);
-    EXPECT_EQ(-2147482649, var.address);
+    EXPECT_EQ(132071, var.address); // 1000 + 131071
+}
+
+TEST_F(OneShotList, MorePiecesThanTheLimitAreRefused)
+{
+    add("MAIN.code4", 1);
+    for (int maxReadBytes : {1, 2, 200}) {
+        settings.maxReadBytes = maxReadBytes;
+        RW_VAR var = request("MAIN.code1", PLC_MOST_PIECES * maxReadBytes + 1);
+        EXPECT_EQ(0, AddListOnceReadVar(&var, 0)) << maxReadBytes;
+        EXPECT_EQ(PLC_MOST_PIECES * maxReadBytes + 1, var.length);
+        EXPECT_EQ(1000, var.address);
+    }
+    EXPECT_EQ(1, int(PLC_driver.onceReadList.size()));
+}
+
+TEST_F(OneShotList, ValueAboveTheLargestIsRefused)
+{
+    add("MAIN.code4", 1);
+    settings.maxReadBytes = INT_MAX;
+    EXPECT_EQ(0, add("MAIN.code1", PLC_LARGEST_VALUE + 1));
+    EXPECT_EQ(0, add("MAIN.code1", INT_MAX));
+    EXPECT_EQ(0, add("MAIN.code3", PLC_LARGEST_VALUE / 2 + 1));
+    EXPECT_EQ(1, int(PLC_driver.onceReadList.size()));
+    EXPECT_EQ(2, add("MAIN.code3", PLC_LARGEST_VALUE / 2));
 }
 
 TEST_F(OneShotList, NoBytesAddNothingAndGiveTheCount)
@@ -758,8 +829,8 @@ TEST_F(OneShotList, PieceSizeThatIsNotPositiveAddsNothingButConvertsTheRecord)
 TEST_F(OneShotList, LargestPieceSizeLeavesTheVariableWhole)
 {
     settings.maxReadBytes = INT_MAX;
-    EXPECT_EQ(1, add("MAIN.code1", INT_MAX));
-    EXPECT_EQ((Places{{1000, INT_MAX}}), queued());
+    EXPECT_EQ(1, add("MAIN.code1", PLC_LARGEST_VALUE));
+    EXPECT_EQ((Places{{1000, PLC_LARGEST_VALUE}}), queued());
 }
 
 TEST_F(OneShotList, NullAddsNothing)
@@ -926,12 +997,24 @@ TEST_F(PieceCutting, AddressesAdvanceModuloTwoToThe32)
     EXPECT_EQ((Places{{-3, 2}, {-1, 2}, {1, 1}}), cut(5, 2, -3));
 }
 
-TEST_F(PieceCutting, LargestTotalIsCutWithoutOverflow)
+TEST_F(PieceCutting, LargestValueIsCut)
 {
-    // 2147483647 = 2 * 1073741823 + 1
-    EXPECT_EQ((Places{{1000, 1073741823}, {1073742823, 1073741823}, {-2147482650, 1}}),
-              cut(INT_MAX, 1073741823, 1000));
-    EXPECT_EQ((Places{{1000, 77}}), cut(INT_MAX, INT_MAX, 1000));
+    // 16777216 = 2 * 8388607 + 2
+    EXPECT_EQ((Places{{1000, 8388607}, {8389607, 8388607}, {16778214, 2}}),
+              cut(PLC_LARGEST_VALUE, 8388607, 1000));
+    EXPECT_EQ((Places{{1000, 77}}), cut(PLC_LARGEST_VALUE, INT_MAX, 1000));
+}
+
+TEST_F(PieceCutting, ValueAboveTheLargestIsRefused)
+{
+    for (int maxLen : {1000, PLC_LARGEST_VALUE, INT_MAX}) {
+        for (int total : {PLC_LARGEST_VALUE + 1, INT_MAX}) {
+            RW_VAR left;
+            EXPECT_EQ(Places{}, cut(total, maxLen, 1000, &left)) << total << ", " << maxLen;
+            EXPECT_EQ(1000, left.address);
+            EXPECT_EQ(77, left.length);
+        }
+    }
 }
 
 TEST_F(PieceCutting, PieceSizeThatIsNotPositiveAddsNothing)
@@ -948,10 +1031,11 @@ TEST_F(PieceCutting, PieceSizeThatIsNotPositiveAddsNothing)
 
 TEST_F(PieceCutting, MorePiecesThanTheLimitAreRefused)
 {
-    for (int maxLen : {1, 2, 1000}) {
-        EXPECT_EQ(size_t(kPieceLimit), cut(kPieceLimit * maxLen, maxLen, 1000).size()) << maxLen;
+    for (int maxLen : {1, 2, 255}) {
+        EXPECT_EQ(size_t(PLC_MOST_PIECES), cut(PLC_MOST_PIECES * maxLen, maxLen, 1000).size())
+            << maxLen;
         RW_VAR left;
-        EXPECT_EQ(Places{}, cut(kPieceLimit * maxLen + 1, maxLen, 1000, &left)) << maxLen;
+        EXPECT_EQ(Places{}, cut(PLC_MOST_PIECES * maxLen + 1, maxLen, 1000, &left)) << maxLen;
         EXPECT_EQ(Places{}, cut(INT_MAX, maxLen, 1000, &left)) << maxLen;
         EXPECT_EQ(1000, left.address);
         EXPECT_EQ(77, left.length);

@@ -14,7 +14,6 @@ const int kWriteOverhead = 10;
 const int kReadOverhead = 1;
 const int kTriesInARow = 5;
 const int kBitCode = 13;
-const int kEntryHeader = 10;
 /// Bytes of a request in front of and behind its payload as it is put together here.
 const int kHeaderAndTrailer = 8 + 4;
 
@@ -156,15 +155,15 @@ void DriverModel::queueRequest(const Bytes& frame, const Variable& var, int data
 void DriverModel::queueWrite(const Variable& head)
 {
     Bytes payload;
+    std::int64_t carried = 0;
     put(payload, std::int64_t(batch.size()), 4);
     for (const Variable& var : batch) {
         put(payload, var.areaIndex, 2);
         put(payload, var.address, 4);
         put(payload, batch[0].dataType == kBitCode ? 0 : var.length, 4);
-        const std::int64_t frameSize =
-            std::int64_t(payload.size()) + kHeaderAndTrailer - kEntryHeader;
-        if (var.length > kLargestFrame - frameSize)
+        if (carried + var.length > kLargestValue)
             continue;
+        carried += std::max(var.length, 0);
         for (std::int64_t i = 0; i < var.length; ++i)
             put(payload, i < std::int64_t(var.data.size()) ? var.data[std::size_t(i)] : 0, 1);
     }

@@ -127,6 +127,8 @@ int DriverModel::addOnce(Variable& var, int append)
     const int maxReadBytes = settings->word[kMaxReadBytes];
     if (!readRange(place, var.length, true, var) || maxReadBytes <= 0)
         return 0;
+    if (!isWithinLimits(var.length, maxReadBytes))
+        return 0;
     std::int64_t remaining = var.length;
     while (remaining > 0) {
         const std::int64_t chunk = std::min<std::int64_t>(maxReadBytes, remaining);
@@ -161,14 +163,12 @@ void DriverModel::sort(std::vector<Variable>& list)
 
 void DriverModel::cut(int total, int maxLen, Variable& var, std::vector<Variable>& list)
 {
-    if (maxLen <= 0)
+    if (maxLen <= 0 || !isWithinLimits(total, maxLen))
         return;
     if (total <= maxLen) {
         list.push_back(var);
         return;
     }
-    if (!hasFewPieces(total, maxLen))
-        return;
     const int rest = total % maxLen;
     const int pieces = total / maxLen + (rest != 0 ? 1 : 0);
     const std::int64_t start = var.address;
@@ -217,12 +217,19 @@ int DriverModel::rebuildReadList(const std::vector<HostItem>& items)
 /// Folds a sorted group into the cyclic list.
 void DriverModel::foldInto(const std::vector<Variable>& group, int maxLen)
 {
-    if (maxLen <= 0 || group.empty())
+    if (maxLen <= 0)
+        return;
+    std::vector<Variable> kept;
+    for (const Variable& entry : group) {
+        if (isWithinLimits(entry.length, maxLen == 1 ? kLargestValue : maxLen))
+            kept.push_back(entry);
+    }
+    if (kept.empty())
         return;
     if (maxLen == 1)
-        foldExact(group);
+        foldExact(kept);
     else
-        fold(group, maxLen);
+        fold(kept, maxLen);
 }
 
 /// Folds entries of equal address only and cuts none.
@@ -258,14 +265,12 @@ void DriverModel::fold(const std::vector<Variable>& group, int maxLen)
         std::int64_t remaining = entry.length;
         if (hasRange && entry.address < lastAddress + maxLen) {
             const std::int64_t end = std::int64_t(entry.address) + entry.length;
-            if (end <= lastEnd || !hasFewPieces(end - lastAddress, maxLen))
+            if (end <= lastEnd)
                 continue;
             piece = readList.back();
             readList.pop_back();
             remaining = end - lastAddress;
         }
-        if (!hasFewPieces(remaining, maxLen))
-            continue;
         while (remaining > 0) {
             piece.length = int(std::min<std::int64_t>(remaining, maxLen));
             readList.push_back(piece);

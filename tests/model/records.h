@@ -24,13 +24,12 @@ inline std::int32_t stored(std::int64_t exact)
 // the panel neither memory nor time.
 
 const std::int64_t kLargestValue = 16 * 1024 * 1024;
-const std::int64_t kLargestFrame = 16 * 1024 * 1024;
 const std::int64_t kMostPieces = 65536;
 
-/// Whether `length` bytes make few enough pieces.
-inline bool hasFewPieces(std::int64_t length, std::int64_t pieceSize)
+/// Whether a value of `length` bytes is small enough, and makes few enough pieces.
+inline bool isWithinLimits(std::int64_t length, std::int64_t pieceSize)
 {
-    return (length + pieceSize - 1) / pieceSize <= kMostPieces;
+    return length <= kLargestValue && (length + pieceSize - 1) / pieceSize <= kMostPieces;
 }
 
 /// One variable access, with the members of RW_VAR in their order.

@@ -191,6 +191,8 @@ int DriverModel::writeValue(const std::u16string& label, const std::u16string& s
     }
     const Bytes out = toPlcOrder(place.dataType, value, count);
     const std::size_t pieceSize = place.dataType == kBitCode ? 1 : 1000;
+    if (!isWithinLimits(std::int64_t(out.size()), std::int64_t(pieceSize)))
+        return 0;
     for (std::size_t position = 0; position < out.size(); position += pieceSize) {
         const std::size_t end = std::min(position + pieceSize, out.size());
         var.length = int(end - position);

@@ -214,6 +214,130 @@ TEST_F(SymbolTable, ResolvingChangesNoEntry)
     EXPECT_FALSE(PLC_driver.symbolTable.contains("OTHER"));
 }
 
+// --- A table that code inside the process has changed ---
+
+TEST_F(SymbolTable, ScopeThatWasInsertedIsFound)
+{
+    PLC_driver.symbolTable.insert("FIRST", scopeWithSpeedAt("FIRST", 30));
+    EXPECT_EQ(resolved(4, 30, 3), resolve("FIRST.speed"));
+    passSymbols({mainScope()});
+    PLC_driver.symbolTable.insert("OTHER", scopeWithSpeedAt("OTHER", 40));
+    EXPECT_EQ(resolved(4, 30, 3), resolve("FIRST.speed"));
+    EXPECT_EQ(resolved(4, 40, 3), resolve("OTHER.speed"));
+    EXPECT_EQ(resolved(4, 10, 3), resolve("MAIN.speed"));
+    EXPECT_EQ(kNoScope, resolve("SECOND.speed").result);
+    EXPECT_EQ(kNoElement, resolve("OTHER.nosuch").result);
+}
+
+TEST_F(SymbolTable, KeyCountsAndNotTheNameOfTheRecord)
+{
+    passSymbols({mainScope()});
+    PLC_driver.symbolTable.insert("KEY", scopeWithSpeedAt("MAIN", 40));
+    EXPECT_EQ(resolved(4, 40, 3), resolve("KEY.speed"));
+    EXPECT_EQ(resolved(4, 10, 3), resolve("MAIN.speed"));
+}
+
+TEST_F(SymbolTable, ScopeThatWasReplacedIsTheNewOne)
+{
+    passSymbols({mainScope(), scopeWithSpeedAt("OTHER", 20)});
+    PLC_driver.symbolTable.insert("MAIN", scopeWithSpeedAt("MAIN", 50));
+    EXPECT_EQ(resolved(4, 50, 3), resolve("MAIN.speed"));
+    EXPECT_EQ(kNoElement, resolve("MAIN.tab[0,1]").result);
+    EXPECT_EQ(resolved(4, 20, 3), resolve("OTHER.speed"));
+}
+
+TEST_F(SymbolTable, ScopeThatWasRemovedIsFoundNoMore)
+{
+    passSymbols({mainScope(), scopeWithSpeedAt("OTHER", 20)});
+    PLC_driver.symbolTable.remove("MAIN");
+    EXPECT_EQ(kNoScope, resolve("MAIN.speed").result);
+    EXPECT_EQ(resolved(4, 20, 3), resolve("OTHER.speed"));
+}
+
+TEST_F(SymbolTable, NothingIsFoundInATableThatWasCleared)
+{
+    passSymbols({mainScope()});
+    PLC_driver.symbolTable.clear();
+    EXPECT_EQ(kNoScope, resolve("MAIN.speed").result);
+    EXPECT_EQ(kNoScope, resolve("MAIN.rec[1].b").result);
+}
+
+TEST_F(SymbolTable, NothingOfAnEarlierTableIsFoundAfterItWasFilledAgain)
+{
+    passSymbols({mainScope()});
+    PLC_driver.symbolTable.insert("OTHER", scopeWithSpeedAt("OTHER", 20));
+    PLC_driver.symbolTable.clear();
+    passSymbols({scopeWithSpeedAt("NEW", 70)});
+    EXPECT_EQ(resolved(4, 70, 3), resolve("NEW.speed"));
+    EXPECT_EQ(kNoScope, resolve("MAIN.speed").result);
+    EXPECT_EQ(kNoScope, resolve("OTHER.speed").result);
+    EXPECT_TRUE(PLC_driver.symbolIndex.belongsTo(PLC_driver.symbolTable));
+}
+
+TEST_F(SymbolTable, RecordsThatWereChangedInPlaceAreSeen)
+{
+    passSymbols({mainScope(), scopeWithSpeedAt("OTHER", 20)});
+    ASSERT_EQ(resolved(7, 204, 3), resolve("MAIN.rec[1].b"));
+    PLC_driver.symbolTable["MAIN"].typeDef[0].members[0].offset = 11;
+    EXPECT_EQ(resolved(4, 11, 3), resolve("MAIN.speed"));
+    PLC_driver.symbolTable["MAIN"].typeDef[0].members[0].name = "level";
+    EXPECT_EQ(kNoElement, resolve("MAIN.speed").result);
+    EXPECT_EQ(resolved(4, 11, 3), resolve("MAIN.level"));
+    PLC_driver.symbolTable["MAIN"].typeDef[0].members[2].typeDef[0].members[1].offset = 8;
+    EXPECT_EQ(resolved(7, 208, 3), resolve("MAIN.rec[1].b"));
+    PLC_driver.symbolTable["MAIN"].typeDef[0].members[2].areaInfo.clear();
+    EXPECT_EQ(kVariableWithoutArea, resolve("MAIN.rec[1].b").result);
+    PLC_driver.symbolTable["MAIN"].typeDef[0].memberCount = 1;
+    EXPECT_EQ(kNoElement, resolve("MAIN.rec[1].b").result);
+    PLC_driver.symbolTable["MAIN"].typeDef.clear();
+    EXPECT_EQ(kScopeWithoutType, resolve("MAIN.level").result);
+    EXPECT_EQ(resolved(4, 20, 3), resolve("OTHER.speed"));
+}
+
+TEST_F(SymbolTable, LaterCallFillsATableThatWasChanged)
+{
+    passSymbols({mainScope(), scopeWithSpeedAt("OTHER", 20)});
+    PLC_driver.symbolTable["MAIN"].typeDef[0].members[0].offset = 11;
+    PLC_driver.symbolTable.remove("OTHER");
+    passSymbols({scopeWithSpeedAt("NEW", 70)});
+    EXPECT_EQ(resolved(4, 11, 3), resolve("MAIN.speed"));
+    EXPECT_EQ(resolved(4, 70, 3), resolve("NEW.speed"));
+    EXPECT_EQ(kNoScope, resolve("OTHER.speed").result);
+    passSymbols({mainScope()});
+    EXPECT_EQ(resolved(4, 10, 3), resolve("MAIN.speed"));
+    EXPECT_EQ(resolved(7, 204, 3), resolve("MAIN.rec[1].b"));
+}
+
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+// Qt 6 moves records when others are inserted.
+TEST_F(SymbolTable, ChangeThroughAReferenceFromBeforeALaterCallIsSeen)
+{
+    passSymbols({mainScope()});
+    Label_Type_Info& held = PLC_driver.symbolTable["MAIN"];
+    passSymbols({scopeWithSpeedAt("OTHER", 20)});
+    held.typeDef[0].members[0].offset = 11;
+    EXPECT_EQ(resolved(4, 11, 3), resolve("MAIN.speed"));
+    EXPECT_EQ(resolved(4, 20, 3), resolve("OTHER.speed"));
+}
+#endif
+
+TEST_F(SymbolTable, IndexBelongsToATableThatNobodyElseChanges)
+{
+    EXPECT_TRUE(PLC_driver.symbolIndex.belongsTo(PLC_driver.symbolTable));
+    passSymbols({mainScope()});
+    passSymbols({});
+    passSymbols({scopeWithSpeedAt("MAIN", 20), scopeWithSpeedAt("OTHER", 30)});
+    const plc::SymbolTable copy = PLC_driver.symbolTable;
+    EXPECT_EQ(2, int(copy.size()));
+    EXPECT_TRUE(PLC_driver.symbolIndex.belongsTo(PLC_driver.symbolTable));
+    passSymbols({scopeWithSpeedAt("MAIN", 40)});
+    EXPECT_TRUE(PLC_driver.symbolIndex.belongsTo(PLC_driver.symbolTable));
+    EXPECT_FALSE(PLC_driver.symbolIndex.belongsTo(copy));
+    EXPECT_EQ(resolved(4, 40, 3), resolve("MAIN.speed"));
+    PLC_driver.symbolTable.remove("OTHER");
+    EXPECT_FALSE(PLC_driver.symbolIndex.belongsTo(PLC_driver.symbolTable));
+}
+
 TEST_F(SymbolTable, ThousandScopesOfOneCallAreAllFound)
 {
     QList<Label_Type_Info> list;
