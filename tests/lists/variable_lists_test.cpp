@@ -375,6 +375,7 @@ TEST_F(WritePieces, FullListKeepsEntriesOfLengthZeroAndReplacesThoseBehindThem)
     RW_VAR queued = fullRecord();
     queued.length = 0;
     queued.data.clear();
+    queued.aux1 = 900;
     for (int i = 0; i < 1020; ++i) {
         queued.address = 100000 + i;
         AddListWriteVar(&queued, 1);
@@ -396,7 +397,7 @@ TEST_F(WritePieces, FullListKeepsEntriesOfLengthZeroAndReplacesThoseBehindThem)
     ASSERT_EQ(1025, int(PLC_driver.writeList.size()));
     for (int i = 1020; i < 1023; ++i) {
         EXPECT_EQ(0, PLC_driver.writeList.at(i).length) << i;
-        EXPECT_EQ(QByteArray(), PLC_driver.writeList.at(i).data) << i;
+        EXPECT_EQ(900, PLC_driver.writeList.at(i).aux1) << i;
     }
     EXPECT_EQ("xx", PLC_driver.writeList.at(1023).data);
     EXPECT_EQ("xx", PLC_driver.writeList.at(1024).data);
