@@ -1,5 +1,7 @@
 #include "host/csv.h"
 
+#include <QtCore/QRegularExpression>
+
 #include <algorithm>
 
 namespace plc {
@@ -11,11 +13,49 @@ const QLatin1Char kQuote('"');
 const QLatin1Char kLineFeed('\n');
 const QLatin1Char kCarriageReturn('\r');
 const QChar kByteOrderMark(0xFEFF);
+/// Before a field that a spreadsheet would take for a formula.
+const QLatin1Char kTextMark('\'');
+const QString kFormulaStarts = QStringLiteral("=+-@\t\r\n");
 
 bool needsQuotes(QChar character)
 {
     return character == kComma || character == kQuote || character == kLineFeed ||
            character == kCarriageReturn;
+}
+
+/// Digits with a sign, a point and an exponent as values have them; infinite ones and NaN, too.
+bool isNumber(const QString& field)
+{
+    static const QRegularExpression number(QRegularExpression::anchoredPattern(
+        QStringLiteral("[+-]?([0-9]+(\\.[0-9]+)?([eE][+-]?[0-9]+)?|inf|nan)")));
+    return number.match(field).hasMatch();
+}
+
+/// Position of the first character that is no mark.
+int behindMarks(const QString& field)
+{
+    int position = 0;
+    while (position < int(field.size()) && field[position] == kTextMark)
+        ++position;
+    return position;
+}
+
+/// Whether a spreadsheet would compute the field, were it not for marks before it.
+bool isFormula(const QString& field)
+{
+    const int start = behindMarks(field);
+    return start < int(field.size()) && kFormulaStarts.contains(field[start]);
+}
+
+/// A text that has such a mark itself gets one more, so that withoutMark() gives it back.
+QString withMark(const QString& field)
+{
+    return isFormula(field) && !isNumber(field) ? kTextMark + field : field;
+}
+
+QString withoutMark(const QString& field)
+{
+    return field.startsWith(kTextMark) && isFormula(field) ? field.mid(1) : field;
 }
 
 /// Goes through the text once, from the left to the right.
@@ -36,7 +76,7 @@ public:
             Record record;
             record.line = m_line;
             do {
-                record.fields.append(field());
+                record.fields.append(withoutMark(field()));
             } while (m_error.isEmpty() && skip(kComma));
             if (m_error.isEmpty() && !atEnd() && !skipLineEnd())
                 fail(m_line, QStringLiteral("found more behind a closing quote, expected a comma "
@@ -126,7 +166,7 @@ QString row(const QStringList& fields)
 {
     QStringList texts;
     for (const QString& field : fields)
-        texts.append(quotedField(field));
+        texts.append(quotedField(withMark(field)));
     // A single empty field would be an empty line.
     return fields == QStringList{QString()} ? QStringLiteral("\"\"") : texts.join(kComma);
 }

@@ -10,12 +10,14 @@
 namespace plc {
 namespace csv {
 
-// Comma-separated values as RFC 4180 has them.
+// Comma-separated values as RFC 4180 has them. Spreadsheets compute fields that begin with = + - @
+// or a blank such as a tab; those that are no numbers get an apostrophe before them, which parse()
+// takes away again.
 
 /// The field as it stands in a row: in quotes when it holds commas, quotes or line ends.
 QString quotedField(const QString& field);
 
-/// The fields as one row, without the line end.
+/// The fields as one row, without the line end, with marks before texts that look like formulas.
 QString row(const QStringList& fields);
 
 struct Record {

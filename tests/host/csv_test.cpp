@@ -36,6 +36,22 @@ TEST(CsvRow, PutsFieldsWithSeparatorsInQuotes)
     EXPECT_EQ("\"two\nlines\",\"a\rb\"", row({"two\nlines", "a\rb"}));
 }
 
+TEST(CsvRow, MarksTextsThatASpreadsheetWouldCompute)
+{
+    EXPECT_EQ("'=1+1,'+a,'-a,'@a", row({"=1+1", "+a", "-a", "@a"}));
+    EXPECT_EQ("'\ta,\"'\ra\",\"'\na\"", row({"\ta", "\ra", "\na"}));
+    EXPECT_EQ("\"'=A1,B1\"", row({"=A1,B1"}));
+    // Plain texts in quotes are none, but need a mark if they look like a marked one.
+    EXPECT_EQ("'a','',''=a',a=b", row({"'a'", "''", "'=a'", "a=b"}));
+}
+
+TEST(CsvRow, LeavesNumbersAsTheyAre)
+{
+    const QStringList numbers{"-5", "+5", "-1.5", "-1.5e-07", "+2e+20", "-2E300", "-inf", "-nan"};
+    EXPECT_EQ(numbers.join(",").toStdString(), row(numbers));
+    EXPECT_EQ("'-5+1,'-1.,'--5,'-e5,'-5 ", row({"-5+1", "-1.", "--5", "-e5", "-5 "}));
+}
+
 TEST(CsvRow, OfOneEmptyFieldIsNoEmptyLine)
 {
     EXPECT_EQ("\"\"", row({""}));
@@ -94,8 +110,21 @@ TEST(CsvParser, RefusesBrokenQuotesWithTheirLine)
 
 TEST(CsvParser, ReadsBackWhatRowsWrite)
 {
-    const QStringList fields{QString(), QStringLiteral(","), QStringLiteral("\"\""),
-                             QStringLiteral("a\r\nb"), QStringLiteral("\u00e4")};
+    const QStringList fields{QString(),
+                             QStringLiteral(","),
+                             QStringLiteral("\"\""),
+                             QStringLiteral("a\r\nb"),
+                             QStringLiteral("\u00e4"),
+                             QStringLiteral("=1+1"),
+                             QStringLiteral("'=1+1"),
+                             QStringLiteral("''-a"),
+                             QStringLiteral("'text'"),
+                             QStringLiteral("'"),
+                             QStringLiteral("-5"),
+                             QStringLiteral("'-5"),
+                             QStringLiteral("\ta"),
+                             QStringLiteral("'@"),
+                             QStringLiteral("@,\"")};
     QString error;
     const auto records = csv::parse(csv::row(fields), &error);
     ASSERT_TRUE(records) << error.toStdString();
