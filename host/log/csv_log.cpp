@@ -11,6 +11,7 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QRegularExpression>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -21,6 +22,8 @@ namespace {
 
 const char kStampFormat[] = "yyyyMMdd'T'HHmmsszzz'Z'";
 const char kStampPattern[] = "\\d{8}T\\d{9}Z";
+const char kNumberPattern[] = "\\.(?:(\\d{6,18})\\.)?";
+constexpr int kNumberDigits = 6; // at least
 constexpr mode_t kFileMode = 0644;
 constexpr qint64 kBlock = 65536;
 
@@ -80,50 +83,73 @@ NameParts nameParts(const QString& path)
     return {info.completeBaseName(), suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix};
 }
 
-QStringList rotatedFiles(const QString& path)
+/// A file that the log has left behind.
+struct RotatedFile {
+    qint64 number = 0; ///< 0: of a version that gave none.
+    QString name;      ///< With the time of its first record.
+};
+
+/// In the order in which they were made. The times in their names do not tell it: clocks are set
+/// back.
+QVector<RotatedFile> rotatedFiles(const QString& path)
 {
     const NameParts parts = nameParts(path);
     const QRegularExpression pattern(QRegularExpression::anchoredPattern(
-        QRegularExpression::escape(parts.stem) + QStringLiteral("\\.") +
+        QRegularExpression::escape(parts.stem) + QLatin1String(kNumberPattern) +
         QLatin1String(kStampPattern) + QRegularExpression::escape(parts.suffix)));
-    QStringList names = QFileInfo(path).dir().entryList(QDir::Files | QDir::Hidden, QDir::Name);
-    QStringList rotated;
-    for (const QString& name : names) {
-        if (pattern.match(name).hasMatch())
-            rotated.append(name);
+    QVector<RotatedFile> files;
+    for (const QString& name :
+         QFileInfo(path).dir().entryList(QDir::Files | QDir::Hidden, QDir::Name)) {
+        const QRegularExpressionMatch match = pattern.match(name);
+        if (match.hasMatch())
+            files.append({match.captured(1).toLongLong(), name});
     }
-    return rotated;
+    std::stable_sort(files.begin(), files.end(), [](const RotatedFile& a, const RotatedFile& b) {
+        return a.number < b.number;
+    });
+    return files;
+}
+
+qint64 nextNumber(const QString& path)
+{
+    const QVector<RotatedFile> files = rotatedFiles(path);
+    return files.isEmpty() ? 1 : files.last().number + 1;
 }
 
 /// The older files beyond the `keep` youngest go.
 bool removeOldest(const QString& path, int keep, QString* failed)
 {
-    const QStringList files = rotatedFiles(path);
+    const QVector<RotatedFile> files = rotatedFiles(path);
     const QDir folder = QFileInfo(path).dir();
     for (int i = 0; i + keep < int(files.size()); ++i) {
-        if (::unlink(QFile::encodeName(folder.filePath(files[i])).constData()) != 0) {
-            *failed = folder.filePath(files[i]);
+        *failed = folder.filePath(files[i].name);
+        if (::unlink(QFile::encodeName(*failed).constData()) != 0)
             return false;
-        }
     }
     return true;
 }
 
 } // namespace
 
-QString rotatedName(const QString& path, qint64 firstTime)
+QString rotatedName(const QString& path, qint64 number, qint64 firstTime)
 {
     const NameParts parts = nameParts(path);
     const QString stamp =
         QDateTime::fromMSecsSinceEpoch(firstTime, Qt::UTC).toString(QLatin1String(kStampFormat));
-    return QFileInfo(path).dir().filePath(parts.stem + QLatin1Char('.') + stamp + parts.suffix);
+    return QFileInfo(path).dir().filePath(QStringLiteral("%1.%2.%3%4")
+                                              .arg(parts.stem)
+                                              .arg(number, kNumberDigits, 10, QLatin1Char('0'))
+                                              .arg(stamp, parts.suffix));
 }
 
 std::unique_ptr<CsvLog> CsvLog::open(const QString& path, const LogRotation& rotation,
-                                     QString* error)
+                                     QString* error, bool* isMediumFailing)
 {
     std::unique_ptr<CsvLog> log(new CsvLog(path, rotation));
-    return log->openFile(error) ? std::move(log) : nullptr;
+    const bool isOpen = log->openFile(error);
+    if (isMediumFailing != nullptr)
+        *isMediumFailing = log->m_isMediumFailing;
+    return isOpen ? std::move(log) : nullptr;
 }
 
 CsvLog::~CsvLog()
@@ -212,7 +238,9 @@ bool CsvLog::mustRotate(const LogRecord& record, qint64 bytes) const
     if (m_firstTime < 0)
         return false;
     const bool isFull = m_rotation.size > 0 && m_size + bytes > m_rotation.size;
-    const bool isOld = m_rotation.period > 0 && record.time - m_firstTime >= m_rotation.period;
+    // A clock that was set back must not stop it until it has caught up.
+    const qint64 time = qAbs(record.time - m_firstTime);
+    const bool isOld = m_rotation.period > 0 && time >= m_rotation.period;
     return isFull || isOld;
 }
 
@@ -227,6 +255,7 @@ bool CsvLog::append(const QByteArray& bytes, QString* error)
             continue;
         if (count < 0) {
             fail(QStringLiteral("cannot be written"), error);
+            m_isMediumFailing = true;
             const int cut = ::ftruncate(m_file, off_t(m_size));
             static_cast<void>(cut); // it is tried again when the log goes on
             return false;
@@ -241,10 +270,7 @@ bool CsvLog::append(const QByteArray& bytes, QString* error)
 
 bool CsvLog::rotate(QString* error)
 {
-    qint64 stamp = m_firstTime;
-    while (QFileInfo::exists(rotatedName(m_path, stamp)))
-        ++stamp;
-    const QByteArray name = QFile::encodeName(rotatedName(m_path, stamp));
+    const QByteArray name = QFile::encodeName(rotatedName(m_path, nextNumber(m_path), m_firstTime));
     if (::rename(QFile::encodeName(m_path).constData(), name.constData()) != 0)
         return fail(QStringLiteral("cannot be renamed to ") + QFile::decodeName(name), error);
     ::close(m_file);

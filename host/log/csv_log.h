@@ -24,9 +24,10 @@ struct LogRotation {
 class CsvLog : public LogWriter {
 public:
     /// Begins a log, or goes on with it where the file exists. On failure returns null and sets
-    /// `error`; a file that is no log is left as it is.
+    /// `error`; a file that is no log is left as it is. `isMediumFailing`, unless null, tells
+    /// whether it was because nothing could be written, and not because of the path.
     static std::unique_ptr<CsvLog> open(const QString& path, const LogRotation& rotation,
-                                        QString* error);
+                                        QString* error, bool* isMediumFailing = nullptr);
     ~CsvLog() override;
     CsvLog(const CsvLog&) = delete;
     CsvLog& operator=(const CsvLog&) = delete;
@@ -54,11 +55,13 @@ private:
     qint64 m_size = 0;       ///< Bytes of whole lines in the file.
     qint64 m_firstTime = -1; ///< Of the file's first record; -1 while there is none.
     qint64 m_cutBytes = 0;
+    bool m_isMediumFailing = false;
 };
 
-/// The name that a file gets when the log goes on in a new one: the time of its first record before
-/// the suffix, "plant.20261121T060000123Z.csv".
-QString rotatedName(const QString& path, qint64 firstTime);
+/// The name that a file gets when the log goes on in a new one: the number that tells its place
+/// among them, counted from 1, and the time of its first record:
+/// "plant.000001.20261121T060000123Z.csv".
+QString rotatedName(const QString& path, qint64 number, qint64 firstTime);
 
 } // namespace plc
 

@@ -45,6 +45,15 @@ TEST_F(CsvLogTest, QuotesFieldsThatHoldCommasOrQuotes)
               "2026-11-21T06:00:00.000Z,P.wide,\"\"\"a\"\"\",fresh\n");
 }
 
+TEST_F(CsvLogTest, MarksTextsThatASpreadsheetWouldCompute)
+{
+    write(*open(), {record(0, "@S.a", "-5"), record(0, "-S.b", "'=1+1'")});
+    EXPECT_EQ(content(file),
+              "time,label,value,state\n"
+              "2026-11-21T06:00:00.000Z,'@S.a,-5,fresh\n"
+              "2026-11-21T06:00:00.000Z,'-S.b,''=1+1',fresh\n");
+}
+
 TEST_F(CsvLogTest, GoesOnWithAFileThatExists)
 {
     write(*open(), {record(0, "P.a", "1")});
@@ -115,8 +124,8 @@ TEST_F(CsvLogTest, GoesOnInANewFileBeforeOneGetsTooLarge)
     LogRotation rotation;
     rotation.size = 97;
     write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2"), record(2, "P.a", "3")});
-    EXPECT_EQ(names(), "a.20261121T060000000Z.csv a.csv");
-    EXPECT_EQ(content(path("a.20261121T060000000Z.csv")).size(), 97u);
+    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.csv");
+    EXPECT_EQ(content(path("a.000001.20261121T060000000Z.csv")).size(), 97u);
     EXPECT_EQ(content(file),
               "time,label,value,state\n"
               "2026-11-21T06:00:00.002Z,P.a,3,fresh\n");
@@ -128,7 +137,7 @@ TEST_F(CsvLogTest, TheSizeOfAnEarlierRunCounts)
     rotation.size = 97;
     write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2")});
     write(*open(rotation), {record(2, "P.a", "3")});
-    EXPECT_EQ(names(), "a.20261121T060000000Z.csv a.csv");
+    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.csv");
 }
 
 TEST_F(CsvLogTest, ARecordThatIsLargerThanAFileMayBeIsKeptAlone)
@@ -136,7 +145,7 @@ TEST_F(CsvLogTest, ARecordThatIsLargerThanAFileMayBeIsKeptAlone)
     LogRotation rotation;
     rotation.size = 1;
     write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2")});
-    EXPECT_EQ(names(), "a.20261121T060000000Z.csv a.csv");
+    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.csv");
     EXPECT_EQ(content(file),
               "time,label,value,state\n"
               "2026-11-21T06:00:00.001Z,P.a,2,fresh\n");
@@ -149,9 +158,9 @@ TEST_F(CsvLogTest, GoesOnInANewFileWhenThePeriodIsOver)
     write(*open(rotation), {record(0, "P.a", "1"), record(59999, "P.a", "2")});
     EXPECT_EQ(names(), "a.csv");
     write(*open(rotation), {record(60000, "P.a", "3"), record(119999, "P.a", "4")});
-    EXPECT_EQ(names(), "a.20261121T060000000Z.csv a.csv");
+    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.csv");
     write(*open(rotation), {record(120000, "P.a", "5")});
-    EXPECT_EQ(names(), "a.20261121T060000000Z.csv a.20261121T060100000Z.csv a.csv");
+    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.000002.20261121T060100000Z.csv a.csv");
 }
 
 TEST_F(CsvLogTest, TheOldestFilesGoAndOthersStay)
@@ -163,9 +172,10 @@ TEST_F(CsvLogTest, TheOldestFilesGoAndOthersStay)
     rotation.keep = 2;
     write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2"), record(2, "P.a", "3"),
                             record(3, "P.a", "4")});
-    EXPECT_EQ(names(),
-              "a.20200101.csv a.20261121T060000001Z.csv a.20261121T060000002Z.csv a.csv "
-              "ab.20200101T000000000Z.csv");
+    EXPECT_EQ(
+        names(),
+        "a.000002.20261121T060000001Z.csv a.000003.20261121T060000002Z.csv a.20200101.csv a.csv "
+        "ab.20200101T000000000Z.csv");
 }
 
 TEST_F(CsvLogTest, FilesThatBeginAtTheSameTimeDoNotReplaceEachOther)
@@ -173,7 +183,54 @@ TEST_F(CsvLogTest, FilesThatBeginAtTheSameTimeDoNotReplaceEachOther)
     LogRotation rotation;
     rotation.size = 1;
     write(*open(rotation), {record(0, "P.a", "1"), record(0, "P.b", "2"), record(0, "P.c", "3")});
-    EXPECT_EQ(names(), "a.20261121T060000000Z.csv a.20261121T060000001Z.csv a.csv");
+    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.000002.20261121T060000000Z.csv a.csv");
+}
+
+TEST_F(CsvLogTest, TheOldestFilesGoAlsoWhenTheClockWasSetBack)
+{
+    LogRotation rotation;
+    rotation.size = 1;
+    rotation.keep = 2;
+    // The third record comes a day before the others, as the fourth.
+    constexpr qint64 kDay = 86400000;
+    write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2"), record(-kDay, "P.a", "3"),
+                            record(1 - kDay, "P.a", "4")});
+    EXPECT_EQ(names(), "a.000002.20261121T060000001Z.csv a.000003.20261120T060000000Z.csv a.csv");
+}
+
+TEST_F(CsvLogTest, FilesWithoutANumberAreOlderThanThoseWithOne)
+{
+    put(path("a.20300101T000000000Z.csv"), "of an earlier version, its clock ahead");
+    put(path("a.20290101T000000000Z.csv"), "of an earlier version, its clock ahead");
+    LogRotation rotation;
+    rotation.size = 1;
+    rotation.keep = 2;
+    write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2")});
+    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.20300101T000000000Z.csv a.csv");
+    write(*open(rotation), {record(2, "P.a", "3")});
+    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.000002.20261121T060000001Z.csv a.csv");
+}
+
+TEST_F(CsvLogTest, NumbersAreComparedAsNumbers)
+{
+    put(path("a.999999.20261121T050000000Z.csv"), "");
+    LogRotation rotation;
+    rotation.size = 1;
+    rotation.keep = 1;
+    write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2")});
+    EXPECT_EQ(names(), "a.1000000.20261121T060000000Z.csv a.csv");
+    write(*open(rotation), {record(2, "P.a", "3")});
+    EXPECT_EQ(names(), "a.1000001.20261121T060000001Z.csv a.csv");
+}
+
+TEST_F(CsvLogTest, GoesOnInNewFilesAlsoWhenTheClockWasSetBack)
+{
+    LogRotation rotation;
+    rotation.period = 60000;
+    constexpr qint64 kDay = 86400000;
+    write(*open(rotation), {record(0, "P.a", "1"), record(-kDay, "P.a", "2"),
+                            record(59999 - kDay, "P.a", "3"), record(60000 - kDay, "P.a", "4")});
+    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.000002.20261120T060000000Z.csv a.csv");
 }
 
 TEST_F(CsvLogTest, AFileThatCannotBeCreatedIsNamedWithTheReason)
