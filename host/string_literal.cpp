@@ -1,5 +1,6 @@
 #include "host/string_literal.h"
 
+#include "host/output/visible_text.h"
 #include "host/project/nearest_name.h"
 
 namespace plc {
@@ -15,13 +16,8 @@ struct NamedEscape {
 const NamedEscape kNamedEscapes[] = {
     {'L', 0x0A}, {'N', 0x0A}, {'P', 0x0C}, {'R', 0x0D}, {'T', 0x09}};
 
-bool isControl(QChar character)
-{
-    return character.unicode() < 0x20 ||
-           (character.unicode() >= 0x7F && character.unicode() < 0xA0);
-}
-
-QString escaped(QChar character, QChar quote)
+/// As it stands in a literal; `isShown` is false for what would be lost on a screen.
+QString escaped(QChar character, QChar quote, bool isShown)
 {
     if (character == kEscape || character == quote)
         return QString(kEscape) + character;
@@ -29,7 +25,7 @@ QString escaped(QChar character, QChar quote)
         if (character.unicode() == escape.character)
             return QString(kEscape) + QLatin1Char(escape.letter);
     }
-    if (!isControl(character))
+    if (isShown)
         return QString(character);
     const int digits = quote == QLatin1Char('"') ? 4 : 2;
     return QString(kEscape) +
@@ -65,8 +61,10 @@ std::optional<QChar> unescaped(const QString& text, int* position, QChar quote)
 QString stringLiteral(const QString& text, QChar quote)
 {
     QString literal(quote);
-    for (const QChar character : text)
-        literal += escaped(character, quote);
+    for (int i = 0; i < int(text.size()); ++i) {
+        const bool isShown = !isObeyed(text[i].unicode()) && !isLoneSurrogate(text, i);
+        literal += escaped(text[i], quote, isShown);
+    }
     return literal + quote;
 }
 

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "host/duration_text.h"
+#include "host/output/visible_text.h"
 #include "host/project/nearest_name.h"
 #include "host/string_literal.h"
 
@@ -292,7 +293,7 @@ QString jsonText(const QString& text)
     for (const QChar character : text) {
         if (character == QLatin1Char('"') || character == QLatin1Char('\\'))
             json += QLatin1Char('\\') + QString(character);
-        else if (character.unicode() < 0x20 || character.isSurrogate())
+        else if (isObeyed(character.unicode()) || character.isSurrogate())
             json += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
         else
             json += character;

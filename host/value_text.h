@@ -22,7 +22,7 @@ QString valueText(const IecType& type, const Value& value);
 /// 64-bit integers, and infinities and NaN as strings.
 QString valueJson(const Value& value);
 
-/// `text` in double quotes with JSON's escapes.
+/// `text` in double quotes with JSON's escapes, also for what a terminal would obey.
 QString jsonText(const QString& text);
 
 /// Reads a value as users write it. Integers may have a base (16#FF, 8#17, 2#1010, 0xFF) and single

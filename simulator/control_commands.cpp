@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "host/output/visible_text.h"
 #include "host/project/nearest_name.h"
 #include "simulator/value_access.h"
 
@@ -12,14 +13,16 @@ constexpr int kLongestDelay = 24 * 60 * 60 * 1000; // ms
 constexpr int kHighestNumber = 1000000000;
 constexpr int kMostPeekedBytes = 4096;
 
+// An answer is one line, whatever a client has written into the memory.
+
 QString ok(const QString& text = QString())
 {
-    return text.isEmpty() ? QStringLiteral("ok") : QStringLiteral("ok ") + text;
+    return text.isEmpty() ? QStringLiteral("ok") : QStringLiteral("ok ") + visibleText(text);
 }
 
 QString error(const QString& text)
 {
-    return QStringLiteral("error: ") + text;
+    return QStringLiteral("error: ") + visibleText(text);
 }
 
 QString outsideText(int area, int address, qint64 count)

@@ -5,8 +5,11 @@
 
 #include <unistd.h>
 #include <csignal>
-#include <cstdio>
 
+#include <utility>
+
+#include "host/output/output_stream.h"
+#include "host/output/visible_text.h"
 #include "simulator/control_commands.h"
 #include "simulator/frame_text.h"
 #include "simulator/line_input.h"
@@ -18,13 +21,59 @@ namespace plc {
 namespace {
 
 constexpr int kExitDone = 0;
-constexpr int kExitCannotListen = 1;
+constexpr int kExitRefused = 1;
 constexpr int kExitWrongUse = 2;
 
-void print(FILE* stream, const QString& line)
+struct Console {
+    OutputStream output{STDOUT_FILENO};
+    OutputStream errors{STDERR_FILENO};
+    bool isLossTold = false;
+};
+
+Console& console()
 {
-    std::fprintf(stream, "%s\n", line.toUtf8().constData());
-    std::fflush(stream);
+    static Console theConsole;
+    return theConsole;
+}
+
+QByteArray lineBytes(const QString& line)
+{
+    return visibleText(line).toUtf8() + '\n';
+}
+
+void complain(const QString& line)
+{
+    console().errors.write(lineBytes(QStringLiteral("plc-simulator: ") + line));
+}
+
+/// That nobody hears the answers is told once; clients are served all the same.
+void tellLoss()
+{
+    if (!std::exchange(console().isLossTold, true))
+        complain(QStringLiteral("the standard output cannot be written: %1")
+                     .arg(console().output.error()));
+}
+
+void printError(const QString& line)
+{
+    console().errors.write(lineBytes(line));
+}
+
+/// The program's own text, perhaps of several lines.
+void print(const QString& text)
+{
+    for (const QString& line : text.split(QLatin1Char('\n'))) {
+        if (!console().output.write(lineBytes(line)))
+            tellLoss();
+    }
+}
+
+/// The code to end with, once all is written.
+int finish(int exitCode)
+{
+    if (!console().output.close())
+        tellLoss();
+    return console().isLossTold && exitCode == kExitDone ? kExitRefused : exitCode;
 }
 
 // A signal handler may do little more than write; the event loop reads the other end.
@@ -47,7 +96,6 @@ void quitOnStopSignals(QCoreApplication* application)
                      [] { QCoreApplication::quit(); });
     std::signal(SIGINT, requestStop);
     std::signal(SIGTERM, requestStop);
-    std::signal(SIGPIPE, SIG_IGN);
     // In the background of a terminal, reading commands fails instead of stopping the process.
     std::signal(SIGTTIN, SIG_IGN);
 }
@@ -55,10 +103,10 @@ void quitOnStopSignals(QCoreApplication* application)
 void traceFrame(const QString& peer, char direction, const QByteArray& frame)
 {
     const QString text = direction == '>' ? requestText(frame) : replyText(frame);
-    print(stderr, QStringLiteral("%1 %2 %3 [%4]")
-                      .arg(peer)
-                      .arg(QLatin1Char(direction))
-                      .arg(QString::fromLatin1(frame.toHex(' ')), text));
+    printError(QStringLiteral("%1 %2 %3 [%4]")
+                   .arg(peer)
+                   .arg(QLatin1Char(direction))
+                   .arg(QString::fromLatin1(frame.toHex(' ')), text));
 }
 
 /// The address as users write it behind a colon-separated port.
@@ -94,24 +142,24 @@ int serve(const Project& project, const Options& options, QCoreApplication* appl
     PlcServer server(&settings);
     server.setMostClients(options.mostClients);
     if (options.verbosity != Verbosity::Quiet)
-        server.setNotice([](const QString& text) { print(stderr, text); });
+        server.setNotice(printError);
     QString error;
     if (!server.listen(options.address, options.port.value_or(project.port), &error)) {
-        print(stderr, QStringLiteral("plc-simulator: ") + error);
-        return kExitCannotListen;
+        complain(error);
+        return kExitRefused;
     }
     ControlCommands commands(project, &memory, &server, &settings,
                              [] { QCoreApplication::quit(); });
     LineInput input(STDIN_FILENO, [&commands](const QByteArray& line) {
         const QString answer = commands.execute(QString::fromUtf8(line));
         if (!answer.isEmpty())
-            print(stdout, answer);
+            print(answer);
     });
     quitOnStopSignals(application);
-    print(stdout, QStringLiteral("listening on ") + endpoint(server));
+    print(QStringLiteral("listening on ") + endpoint(server));
     if (options.verbosity != Verbosity::Quiet)
-        print(stderr, QStringLiteral("simulating %1; type \"help\" for the commands, Ctrl-C ends")
-                          .arg(project.name));
+        printError(QStringLiteral("simulating %1; type \"help\" for the commands, Ctrl-C ends")
+                       .arg(project.name));
     return application->exec();
 }
 
@@ -120,16 +168,16 @@ int run(QCoreApplication* application)
     QString error;
     const std::optional<Options> options = readOptions(application->arguments(), &error);
     if (!options) {
-        print(stderr, QStringLiteral("plc-simulator: ") + error);
+        complain(error);
         return kExitWrongUse;
     }
     if (!options->information.isEmpty()) {
-        print(stdout, options->information);
+        print(options->information);
         return kExitDone;
     }
     const std::optional<Project> project = loadProject(options->projectFile, &error);
     if (!project || !checkSize(*project, &error)) {
-        print(stderr, QStringLiteral("plc-simulator: ") + error);
+        complain(error);
         return kExitWrongUse;
     }
     return serve(*project, *options, application);
@@ -140,8 +188,9 @@ int run(QCoreApplication* application)
 
 int main(int argc, char** argv)
 {
+    plc::secureStandardStreams();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("plc-simulator"));
     QCoreApplication::setApplicationVersion(QStringLiteral(PLC_VERSION));
-    return plc::run(&application);
+    return plc::finish(plc::run(&application));
 }

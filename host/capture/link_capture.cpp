@@ -12,14 +12,17 @@ std::chrono::nanoseconds sinceEpoch()
 
 bool LinkCapture::create(const QString& path, const QString& application, QString* error)
 {
-    m_file.setFileName(path);
-    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
-        *error = m_file.errorString();
-        return false;
+    m_path = path;
+    m_place = std::make_unique<FileReplacement>(path);
+    if (m_place->open(error)) {
+        m_file.open(m_place->descriptor(), QIODevice::WriteOnly | QIODevice::Unbuffered);
+        m_writer = std::make_unique<PcapngWriter>(&m_file, application);
+        *error = m_writer->error();
+        if (error->isEmpty() && m_place->commit(error))
+            return true;
     }
-    m_writer = std::make_unique<PcapngWriter>(&m_file, application);
-    *error = m_writer->error();
-    return error->isEmpty();
+    *error = m_place->reason().isEmpty() ? *error : m_place->reason();
+    return false;
 }
 
 void LinkCapture::connected(const TcpEndpoint& client, const TcpEndpoint& server)

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "host/capture/tcp_conversation.h"
+#include "host/output/file_replacement.h"
 
 namespace plc {
 
@@ -14,10 +15,12 @@ namespace plc {
 class LinkCapture {
 public:
     /// Creates the file, in place of one that is there; `application` names the program in it. On
-    /// failure returns false and sets `error`.
+    /// failure returns false and sets `error`; what was there stays.
     bool create(const QString& path, const QString& application, QString* error);
+    /// Whether a file could be made, though perhaps not written.
+    bool wasMade() const { return m_file.isOpen(); }
     bool isOn() const { return m_writer != nullptr; }
-    QString path() const { return m_file.fileName(); }
+    QString path() const { return m_path; }
     /// What went wrong while writing; empty while all could be written.
     QString error() const { return m_writer ? m_writer->error() : QString(); }
 
@@ -31,6 +34,8 @@ public:
     void abandoned() { m_conversation.reset(); }
 
 private:
+    QString m_path;
+    std::unique_ptr<FileReplacement> m_place; ///< Holds the descriptor.
     QFile m_file;
     std::unique_ptr<PcapngWriter> m_writer;
     std::unique_ptr<TcpConversation> m_conversation; ///< Null between connections.

@@ -1,5 +1,6 @@
 #include "host/capture/pcapng_writer.h"
 
+#include <QtCore/QFileDevice>
 #include <QtCore/QtEndian>
 
 namespace plc {
@@ -103,8 +104,30 @@ void PcapngWriter::writeBlock(quint32 type, const QByteArray& body)
     appendNumber(&block, length);
     block.append(body);
     appendNumber(&block, length);
-    if (m_device->write(block) != block.size())
-        m_error = m_device->errorString();
+    writeWhole(block);
+}
+
+/// A part that was written tells nothing of why the rest was not.
+void PcapngWriter::writeWhole(const QByteArray& block)
+{
+    qint64 done = 0;
+    while (done < block.size()) {
+        const qint64 count = m_device->write(block.constData() + done, block.size() - done);
+        if (count <= 0) {
+            m_error = m_device->errorString();
+            cutOff(done);
+            return;
+        }
+        done += count;
+    }
+}
+
+/// Takes a part of a block away, where the device is a file.
+void PcapngWriter::cutOff(qint64 bytes)
+{
+    auto* file = qobject_cast<QFileDevice*>(m_device);
+    if (file != nullptr && !file->isSequential() && bytes > 0)
+        file->resize(file->size() - bytes);
 }
 
 } // namespace plc

@@ -27,6 +27,8 @@ public:
 
 private:
     void writeBlock(quint32 type, const QByteArray& body);
+    void writeWhole(const QByteArray& block);
+    void cutOff(qint64 bytes);
 
     QIODevice* m_device;
     QString m_error;

@@ -1,37 +1,100 @@
 #include "host/cli/console.h"
 
+#include <unistd.h>
+
 #include <QtCore/QFileInfo>
 
-#include <cstdio>
+#include <utility>
 
-#include "host/cli/style.h"
 #include "host/csv.h"
+#include "host/output/output_stream.h"
+#include "host/output/visible_text.h"
 
 namespace plc {
 namespace {
 
-void writeLine(std::FILE* file, const QString& line)
+struct Console {
+    OutputStream output{STDOUT_FILENO};
+    OutputStream errors{STDERR_FILENO};
+    bool isLossTold = false;
+    std::function<void()> lossHandler;
+};
+
+Console& console()
 {
-    const QByteArray bytes = line.toUtf8() + '\n';
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), file);
-    std::fflush(file);
+    static Console theConsole;
+    return theConsole;
+}
+
+QByteArray lineBytes(const QString& line)
+{
+    return visibleText(line).toUtf8() + '\n';
+}
+
+QByteArray headedLine(const QString& styledHeading, const QString& rest)
+{
+    return styledHeading.toUtf8() + lineBytes(rest);
+}
+
+void tellLoss()
+{
+    Console& all = console();
+    if (std::exchange(all.isLossTold, true))
+        return;
+    complain(QStringLiteral("the standard output cannot be written: %1").arg(all.output.error()));
+    if (const std::function<void()> handle = std::exchange(all.lossHandler, nullptr))
+        handle();
 }
 
 } // namespace
 
 void print(const QString& line)
 {
-    writeLine(stdout, line);
+    printBytes(lineBytes(line));
+}
+
+void print(Emphasis emphasis, const QString& heading, const QString& rest)
+{
+    printBytes(headedLine(Style::ofOutput().apply(emphasis, visibleText(heading)), rest));
+}
+
+void printText(const QString& text)
+{
+    for (const QString& line : text.split(QLatin1Char('\n')))
+        print(line);
 }
 
 void printRow(const QStringList& fields)
 {
-    print(csv::row(fields));
+    QStringList shown;
+    for (const QString& field : fields)
+        shown.append(visibleText(field));
+    print(csv::row(shown));
+}
+
+void printOutcome(const QString& line)
+{
+    if (!printBytes(lineBytes(line)))
+        printError(line);
+}
+
+bool printBytes(const QByteArray& bytes)
+{
+    const bool isWritten = console().output.write(bytes);
+    if (!isWritten)
+        tellLoss();
+    return isWritten;
 }
 
 void printError(const QString& line)
 {
-    writeLine(stderr, line);
+    console().errors.write(lineBytes(line));
+}
+
+void printErrorText(const QString& text)
+{
+    for (const QString& line : text.split(QLatin1Char('\n')))
+        printError(line);
 }
 
 bool mayReplace(const QString& path, bool force)
@@ -41,8 +104,26 @@ bool mayReplace(const QString& path, bool force)
 
 void complain(const QString& line)
 {
-    writeLine(stderr, Style::ofErrors().apply(Emphasis::Failure, QStringLiteral("plc:")) +
-                          QLatin1Char(' ') + line);
+    console().errors.write(
+        headedLine(Style::ofErrors().apply(Emphasis::Failure, QStringLiteral("plc:")),
+                   QLatin1Char(' ') + line));
+}
+
+bool isOutputLost()
+{
+    return !console().output.error().isEmpty();
+}
+
+void whenOutputIsLost(std::function<void()> handle)
+{
+    console().lossHandler = std::move(handle);
+}
+
+int finishOutput(int exitCode)
+{
+    if (!console().output.close())
+        tellLoss();
+    return isOutputLost() && exitCode == kExitDone ? kExitRefused : exitCode;
 }
 
 } // namespace plc

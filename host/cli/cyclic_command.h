@@ -15,6 +15,7 @@ protected:
     bool prepare() override { return readCyclically(); }
     void begin() override;
     void interrupted() override { end(kExitDone); }
+    void outputLost() override { end(kExitRefused); }
     void requestAnswered(const SentRequest& request, const Answer& answer,
                          const QByteArray& reply) override;
 

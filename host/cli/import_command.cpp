@@ -4,13 +4,11 @@
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
-#include <QtCore/QSaveFile>
-
-#include <cstdio>
 
 #include "host/cli/console.h"
 #include "host/cli/progress.h"
 #include "host/iec/file_format.h"
+#include "host/output/file_replacement.h"
 #include "host/project/project_document.h"
 
 namespace plc {
@@ -88,20 +86,23 @@ std::optional<QJsonObject> documentFor(const Options& options, const Project& sy
     return document;
 }
 
-bool write(const QByteArray& text, const QString& path, QString* error)
+/// Returns the exit code, after complaining if it is not kExitDone.
+ExitCode write(const QByteArray& text, const QString& path)
 {
-    if (path.isEmpty()) {
-        const bool isWritten =
-            std::fwrite(text.constData(), 1, size_t(text.size()), stdout) == size_t(text.size());
-        *error = QStringLiteral("the standard output does not take the project");
-        return std::fflush(stdout) == 0 && isWritten;
-    }
+    if (path.isEmpty())
+        return printBytes(text) ? kExitDone : kExitRefused;
+    QString error;
     // Whole or not at all: it may be the project that is merged into.
-    QSaveFile file(path);
-    const bool isWritten =
-        file.open(QIODevice::WriteOnly) && file.write(text) == qint64(text.size()) && file.commit();
-    *error = QStringLiteral("%1: cannot be written: %2").arg(path, file.errorString());
-    return isWritten;
+    FileReplacement file(path);
+    if (!file.open(&error)) {
+        complain(error);
+        return kExitUsage;
+    }
+    file.write(text);
+    if (file.commit(&error))
+        return kExitDone;
+    complain(error);
+    return kExitRefused;
 }
 
 QString counted(int number, const char* thing)
@@ -128,7 +129,7 @@ int importSymbols(const Options& options)
     const iec::ImportResult result = importSources(*sources, options.import.places, &diagnostics);
     for (const QString& text :
          iec::diagnosticTexts(*sources, diagnostics, options.import.allWarnings))
-        printError(text);
+        printErrorText(text);
     if (diagnostics.errorCount() > 0)
         return failed(QStringLiteral("%1; nothing was written")
                           .arg(counted(diagnostics.errorCount(), "error")));
@@ -141,8 +142,11 @@ int importSymbols(const Options& options)
     const QByteArray text = documentText(*document);
     const QString name = options.import.output.isEmpty() ? QStringLiteral("the imported project")
                                                          : options.import.output;
-    if (!parseProject(text, name, &error) || !write(text, options.import.output, &error))
+    if (!parseProject(text, name, &error))
         return failed(error);
+    const ExitCode written = write(text, options.import.output);
+    if (written != kExitDone)
+        return written;
     complain(QStringLiteral("%1 imported, %2 left out")
                  .arg(counted(result.variables, "variable"))
                  .arg(result.leftOut));

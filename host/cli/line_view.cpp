@@ -38,9 +38,14 @@ QString staleText(const ValueTable& values, int row, qint64 now)
 
 } // namespace
 
+QString LineView::eventLine(const QString& text, const JsonLine& json) const
+{
+    return m_json ? json.text() : wallClock() + QLatin1Char(' ') + text;
+}
+
 void LineView::printEvent(const QString& text, const JsonLine& json) const
 {
-    print(m_json ? json.text() : QStringLiteral("%1 %2").arg(wallClock(), text));
+    print(eventLine(text, json));
 }
 
 void LineView::linkChanged(LinkState state, const QString& reason, int retryDelay)
@@ -59,7 +64,7 @@ void LineView::writeSettled(const Assignment& assignment, const TransferOutcome&
 {
     JsonLine json = event("write");
     addWrite(assignment, outcome, &json);
-    printEvent(QStringLiteral("write ") + writeLine(assignment, outcome), json);
+    printOutcome(eventLine(QStringLiteral("write ") + writeLine(assignment, outcome), json));
 }
 
 void LineView::message(const QString& text)

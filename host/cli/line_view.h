@@ -28,6 +28,7 @@ public:
 
 private:
     void printValue(const ValueTable& values, int row, qint64 now) const;
+    QString eventLine(const QString& text, const JsonLine& json) const;
     void printEvent(const QString& text, const JsonLine& json) const;
 
     const QString m_peer;

@@ -21,15 +21,18 @@ LinkCommand::LinkCommand(const CommandContext& context)
 int LinkCommand::execute()
 {
     if (!prepare() || !startCapture())
-        return kExitUsage;
+        return m_preparationCode;
     const SignalNotifier ends({SIGINT, SIGTERM, SIGHUP}, [this](int) { interrupted(); });
+    whenOutputIsLost([this] { QTimer::singleShot(0, &m_link, [this] { outputLost(); }); });
     begin();
-    const int code = QCoreApplication::exec();
+    int code = QCoreApplication::exec();
+    whenOutputIsLost(nullptr);
     m_isFinished = true;
     m_link.stop();
     if (!m_capture.error().isEmpty()) {
         complain(QStringLiteral("the capture %1 is incomplete: %2; what it has can be read")
                      .arg(m_capture.path(), m_capture.error()));
+        code = code == kExitDone ? kExitRefused : code;
     }
     return code;
 }
@@ -47,8 +50,10 @@ bool LinkCommand::startCapture()
     QString error;
     const QString application = QStringLiteral("plc ") + QCoreApplication::applicationVersion();
     if (!m_capture.create(path, application, &error)) {
+        if (m_capture.wasMade())
+            setPreparationCode(kExitRefused);
         complain(QStringLiteral("cannot write the capture %1: %2; give --capture a file in a "
-                                "folder that you may write to")
+                                "folder that you may write to and that has room")
                      .arg(path, error));
         return false;
     }

@@ -44,12 +44,16 @@ protected:
     bool readCyclically();
 
     /// Reads the arguments and queues what there is to do. Returns false after complaining about
-    /// wrong usage.
+    /// wrong usage, or about what else keeps the command from beginning.
     virtual bool prepare() = 0;
+    /// For the latter: what the program ends with if preparing fails.
+    void setPreparationCode(ExitCode code) { m_preparationCode = code; }
     /// All is prepared: starts the link, which is not used before.
     virtual void begin() { m_link.start(); }
     /// The user wants an end.
     virtual void interrupted() = 0;
+    /// Nothing can be shown any more; called from the event loop.
+    virtual void outputLost() {}
 
     /// For commands that end with the link: says which PLC is away, why, and what to do.
     void complainOfLoss(LinkState state, const QString& reason, int retryDelay) const;
@@ -71,6 +75,7 @@ private:
     LinkCapture m_capture;
     Runtime m_runtime;
     TcpLink m_link;
+    ExitCode m_preparationCode = kExitUsage;
     bool m_isFinished = false;
 };
 

@@ -3,8 +3,6 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QElapsedTimer>
 
-#include <csignal>
-
 #include "host/cli/progress.h"
 #include "host/cli/run_view.h"
 #include "host/cli/value_lines.h"
@@ -41,22 +39,24 @@ bool LogCommand::prepare()
 {
     if (!CyclicCommand::prepare())
         return false;
-    // A limit on the size of files is to be told like a full disk.
-    std::signal(SIGXFSZ, SIG_IGN);
     QString error;
-    m_writer = openWriter(&error);
-    if (!m_writer)
-        complain(error);
-    return m_writer != nullptr;
+    bool isMediumFailing = false;
+    m_writer = openWriter(&error, &isMediumFailing);
+    if (m_writer)
+        return true;
+    complain(error);
+    if (isMediumFailing)
+        setPreparationCode(kExitRefused);
+    return false;
 }
 
-std::unique_ptr<LogWriter> LogCommand::openWriter(QString* error) const
+std::unique_ptr<LogWriter> LogCommand::openWriter(QString* error, bool* isMediumFailing) const
 {
     const LogOptions& log = options().log;
     if (isDatabase(log.output))
-        return SqliteLog::open(log.output, error);
+        return SqliteLog::open(log.output, error, isMediumFailing);
     const LogRotation rotation{log.rotateSize, log.rotateEvery, log.keep};
-    std::unique_ptr<CsvLog> writer = CsvLog::open(log.output, rotation, error);
+    std::unique_ptr<CsvLog> writer = CsvLog::open(log.output, rotation, error, isMediumFailing);
     if (writer && writer->cutBytes() > 0) {
         complain(QStringLiteral("%1 ended in half a line, which was cut off: %2 bytes")
                      .arg(log.output)
@@ -85,38 +85,64 @@ void LogCommand::linkChanged(LinkState state, const QString& reason, int retryDe
 
 void LogCommand::requestSettled()
 {
-    collectChanges();
+    if (options().log.every > 0)
+        collectFirst();
+    else
+        collectChanges();
 }
 
 void LogCommand::collectChanges()
 {
     if (options().log.every > 0)
         return;
-    const qint64 time = QDateTime::currentMSecsSinceEpoch();
     for (int row : m_changes.take(runtime().values(), link().now()))
-        collect(row, time);
+        collect(row);
+}
+
+/// The log begins with the first values, not an interval behind them.
+void LogCommand::collectFirst()
+{
+    const ValueTable& values = runtime().values();
+    const bool isBeginning = m_hasBegun.isEmpty();
+    m_hasBegun.resize(values.size());
+    for (int row = 0; row < values.size(); ++row) {
+        if (m_hasBegun[row] || !values.wasRead(row))
+            continue;
+        m_hasBegun[row] = true;
+        collect(row);
+    }
+    if (isBeginning && m_hasBegun.contains(true))
+        m_sampling.start(options().log.every);
+    else if (isBeginning)
+        m_hasBegun.clear();
 }
 
 void LogCommand::collectAll()
 {
     const ValueTable& values = runtime().values();
     const qint64 now = link().now();
-    const qint64 time = QDateTime::currentMSecsSinceEpoch();
+    m_hasBegun.resize(values.size());
     for (int row = 0; row < values.size(); ++row) {
         // Nothing is known of a value that is not read yet, nor waited for too long.
-        if (values.wasRead(row) || values.isStale(row, now))
-            collect(row, time);
+        if (!values.wasRead(row) && !values.isStale(row, now))
+            continue;
+        m_hasBegun[row] = m_hasBegun[row] || values.wasRead(row);
+        collect(row);
     }
 }
 
-void LogCommand::collect(int row, qint64 time)
+/// A fresh record has the time of its value. That a value is stale is true of now.
+void LogCommand::collect(int row)
 {
     const ValueTable& values = runtime().values();
     const DataPoint& point = values.point(row);
+    const qint64 now = link().now();
     LogRecord record;
-    record.time = time;
+    record.time = QDateTime::currentMSecsSinceEpoch();
     record.label = point.text;
-    record.isStale = values.isStale(row, link().now());
+    record.isStale = values.isStale(row, now);
+    if (!record.isStale)
+        record.time -= values.age(row, now);
     if (values.wasRead(row)) {
         const QVector<Value> elements = decodeValues(point, values.bytes(row));
         record.value = pointText(point, elements);
@@ -155,6 +181,7 @@ int exportDatabase(const Options& options)
     QElapsedTimer clock;
     clock.start();
     QString error;
+    bool isMediumFailing = false;
     std::optional<Progress> progress;
     const auto show = [&](qint64 done, qint64 total) {
         if (!progress)
@@ -162,11 +189,11 @@ int exportDatabase(const Options& options)
         progress->advance(done, clock.elapsed());
     };
     const std::optional<qint64> records =
-        exportLog(options.log.exported, options.log.output, show, &error);
+        exportLog(options.log.exported, options.log.output, show, &error, &isMediumFailing);
     progress.reset();
     if (!records) {
         complain(error);
-        return kExitUsage;
+        return isMediumFailing ? kExitRefused : kExitUsage;
     }
     printResult(options, *records, clock.elapsed());
     return kExitDone;

@@ -26,14 +26,16 @@ private:
     void aboutToEnd() override { write(); }
     void ended() override;
 
-    std::unique_ptr<LogWriter> openWriter(QString* error) const;
+    std::unique_ptr<LogWriter> openWriter(QString* error, bool* isMediumFailing) const;
     void collectChanges();
+    void collectFirst();
     void collectAll();
-    void collect(int row, qint64 time);
+    void collect(int row);
     void write();
 
     std::unique_ptr<LogWriter> m_writer;
     ValueChanges m_changes;
+    QVector<bool> m_hasBegun;     ///< Rows that have a record, of those logged at an interval.
     QVector<LogRecord> m_records; ///< That are not written yet.
     qint64 m_written = 0;
     QTimer m_writing;

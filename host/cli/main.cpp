@@ -15,6 +15,7 @@
 #include "host/cli/symbols_command.h"
 #include "host/cli/watch_command.h"
 #include "host/cli/write_command.h"
+#include "host/output/output_stream.h"
 
 namespace plc {
 namespace {
@@ -75,7 +76,7 @@ int run(const QStringList& arguments)
     if (!options)
         return usageError(error);
     if (!options->information.isEmpty()) {
-        print(options->information);
+        printText(options->information);
         return kExitDone;
     }
     if (!options->log.exported.isEmpty())
@@ -106,8 +107,9 @@ int run(const QStringList& arguments)
 
 int main(int argc, char** argv)
 {
+    plc::secureStandardStreams();
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("plc"));
     QCoreApplication::setApplicationVersion(QStringLiteral(PLC_VERSION));
-    return plc::run(QCoreApplication::arguments());
+    return plc::finishOutput(plc::run(QCoreApplication::arguments()));
 }

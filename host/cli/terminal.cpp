@@ -3,7 +3,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include "host/cli/console.h"
 
 namespace plc {
 namespace {
@@ -11,12 +11,6 @@ namespace {
 const char kEnterScreen[] = "\x1b[?1049h\x1b[?25l\x1b[2J";
 const char kLeaveScreen[] = "\x1b[?25h\x1b[?1049l";
 const char kClearToEnd[] = "\x1b[K";
-
-void put(const QByteArray& bytes)
-{
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
-    std::fflush(stdout);
-}
 
 /// Keys belong to the job that the user works with.
 bool ownsKeys()
@@ -44,7 +38,7 @@ void Terminal::enter()
         modes.c_cc[VTIME] = 0;
         ::tcsetattr(STDIN_FILENO, TCSANOW, &modes);
     }
-    put(kEnterScreen);
+    printBytes(kEnterScreen);
     measure();
 }
 
@@ -53,7 +47,7 @@ void Terminal::leave()
     if (!m_isEntered)
         return;
     m_isEntered = false;
-    put(kLeaveScreen);
+    printBytes(kLeaveScreen);
     if (m_hasKeys)
         ::tcsetattr(STDIN_FILENO, TCSANOW, &m_savedModes);
 }
@@ -66,7 +60,7 @@ void Terminal::measure()
         m_height = size.ws_row;
     }
     m_shown.clear();
-    put("\x1b[2J");
+    printBytes("\x1b[2J");
 }
 
 void Terminal::show(const QStringList& lines)
@@ -80,7 +74,7 @@ void Terminal::show(const QStringList& lines)
         bytes += "\x1b[" + QByteArray::number(i + 1) + ";1H" + encoded(line) + kClearToEnd;
     }
     m_shown = lines;
-    put(bytes);
+    printBytes(bytes);
 }
 
 void Terminal::print(const QStringList& lines) const
@@ -88,7 +82,7 @@ void Terminal::print(const QStringList& lines) const
     QByteArray bytes;
     for (const QString& line : lines)
         bytes += encoded(line) + '\n';
-    put(bytes);
+    printBytes(bytes);
 }
 
 QByteArray Terminal::encoded(const QString& line) const

@@ -2,6 +2,8 @@
 
 #include <QtCore/QVector>
 
+#include "host/output/visible_text.h"
+
 namespace plc {
 namespace {
 
@@ -20,11 +22,6 @@ struct Range {
 const Range kWideCharacters[] = {
     {0x1100, 0x115F}, {0x2E80, 0xA4CF}, {0xAC00, 0xD7A3},   {0xF900, 0xFAFF},   {0xFE30, 0xFE6F},
     {0xFF00, 0xFF60}, {0xFFE0, 0xFFE6}, {0x1F300, 0x1F64F}, {0x1F900, 0x1F9FF}, {0x20000, 0x3FFFD}};
-
-bool isControl(uint character)
-{
-    return character < 0x20 || (character >= 0x7F && character < 0xA0);
-}
 
 int cellsOfCharacter(uint character)
 {
@@ -53,12 +50,7 @@ int cellsOf(const QVector<uint>& characters)
 
 QVector<uint> shownCharacters(const QString& text)
 {
-    QVector<uint> characters = text.toUcs4();
-    for (uint& character : characters) {
-        if (isControl(character))
-            character = '?';
-    }
-    return characters;
+    return visibleText(text).toUcs4();
 }
 
 QString textOf(const QVector<uint>& characters)

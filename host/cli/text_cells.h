@@ -13,7 +13,7 @@ namespace plc {
 int cellsOf(const QString& text);
 
 /// `text` in exactly `width` cells, its end cut off behind an ellipsis where it is too long.
-/// Control characters, which would move the cursor, become question marks.
+/// What would move the cursor or reorder the line is shown as visibleText() does.
 QString fitted(const QString& text, int width);
 
 /// As fitted(), with the beginning cut off: of labels the end tells more.

@@ -1,24 +1,26 @@
 #include "host/cli/trace_printer.h"
 
-#include <cstdio>
-
+#include "host/cli/console.h"
 #include "host/cli/time_text.h"
 #include "host/frame_text.h"
 
 namespace plc {
 namespace {
 
+constexpr int kIndent = 13; ///< Of what stands below the time.
+
 void printTrace(const QString& what)
 {
-    std::fprintf(stderr, "%s %s\n", qUtf8Printable(wallClock()), qUtf8Printable(what));
+    printError(wallClock() + QLatin1Char(' ') + what);
 }
 
 void printFrame(char direction, const QByteArray& frame, const QString& meaning)
 {
-    printTrace(QStringLiteral("%1 %2 bytes: %3\n             %4")
+    printTrace(QStringLiteral("%1 %2 bytes: %3")
                    .arg(QLatin1Char(direction))
                    .arg(frame.size())
-                   .arg(hexText(frame), meaning));
+                   .arg(hexText(frame)));
+    printError(QString(kIndent, QLatin1Char(' ')) + meaning);
 }
 
 } // namespace

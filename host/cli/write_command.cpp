@@ -49,9 +49,9 @@ void WriteCommand::settled(const Assignment& assignment, const TransferOutcome& 
     if (options().json) {
         JsonLine line;
         addWrite(assignment, outcome, &line);
-        print(line.text());
+        printOutcome(line.text());
     } else if (outcome.isDone()) {
-        print(writeLine(assignment, outcome));
+        printOutcome(writeLine(assignment, outcome));
     } else {
         complain(writeLine(assignment, outcome));
     }

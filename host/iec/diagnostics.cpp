@@ -2,6 +2,8 @@
 
 #include <map>
 
+#include "host/output/visible_text.h"
+
 namespace plc {
 namespace iec {
 namespace {
@@ -44,7 +46,7 @@ private:
 QString printable(QString text)
 {
     for (QChar& character : text) {
-        if (!character.isPrint())
+        if (!character.isPrint() || isObeyed(character.unicode()))
             character = QLatin1Char(' ');
     }
     return text;
@@ -52,12 +54,13 @@ QString printable(QString text)
 
 QString headText(const QVector<SourceFile>& files, const Diagnostic& diagnostic)
 {
-    return QStringLiteral("%1:%2: %3: %4")
-        .arg(placeText(files, diagnostic.position))
-        .arg(diagnostic.position.column)
-        .arg(diagnostic.severity == Diagnostic::Error ? QStringLiteral("error")
-                                                      : QStringLiteral("warning"),
-             diagnostic.text);
+    return visibleText(QStringLiteral("%1:%2: %3: %4")
+                           .arg(placeText(files, diagnostic.position))
+                           .arg(diagnostic.position.column)
+                           .arg(diagnostic.severity == Diagnostic::Error
+                                    ? QStringLiteral("error")
+                                    : QStringLiteral("warning"),
+                                diagnostic.text));
 }
 
 QString textWithLine(const QVector<SourceFile>& files, const Diagnostic& diagnostic,

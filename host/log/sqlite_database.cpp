@@ -55,6 +55,12 @@ QString SqliteDatabase::error() const
     return text;
 }
 
+bool SqliteDatabase::isMediumFailing() const
+{
+    const int result = ::sqlite3_errcode(m_handle);
+    return result == SQLITE_FULL || result == SQLITE_IOERR;
+}
+
 SqliteStatement::SqliteStatement(SqliteDatabase& database, const char* statement)
 {
     ::sqlite3_prepare_v2(database.handle(), statement, -1, &m_handle, nullptr);

@@ -28,6 +28,8 @@ public:
     std::optional<qint64> number(const char* query);
 
     QString error() const;
+    /// Whether the last call failed because the disk is full or does not work.
+    bool isMediumFailing() const;
     sqlite3* handle() const { return m_handle; }
 
 private:

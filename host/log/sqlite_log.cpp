@@ -78,16 +78,18 @@ bool openLogDatabase(const QString& path, SqliteDatabase* database, QString* err
     return isOurs.has_value();
 }
 
-std::unique_ptr<SqliteLog> SqliteLog::open(const QString& path, QString* error)
+std::unique_ptr<SqliteLog> SqliteLog::open(const QString& path, QString* error,
+                                           bool* isMediumFailing)
 {
     std::unique_ptr<SqliteLog> log(new SqliteLog);
-    if (!openOrBegin(path, &log->m_database, error))
-        return nullptr;
-    if (!log->prepare()) {
+    bool isOpen = openOrBegin(path, &log->m_database, error);
+    if (isOpen && !log->prepare()) {
         *error = log->m_database.error();
-        return nullptr;
+        isOpen = false;
     }
-    return log;
+    if (isMediumFailing != nullptr)
+        *isMediumFailing = !isOpen && log->m_database.isMediumFailing();
+    return isOpen ? std::move(log) : nullptr;
 }
 
 bool SqliteLog::prepare()

@@ -20,8 +20,10 @@ namespace plc {
 class SqliteLog : public LogWriter {
 public:
     /// Begins a log, or goes on with it where the file exists. On failure returns null and sets
-    /// `error`; a database that is no log is left as it is.
-    static std::unique_ptr<SqliteLog> open(const QString& path, QString* error);
+    /// `error`; a database that is no log is left as it is. `isMediumFailing`, unless null, tells
+    /// whether it was because nothing could be written, and not because of the path.
+    static std::unique_ptr<SqliteLog> open(const QString& path, QString* error,
+                                           bool* isMediumFailing = nullptr);
 
     bool write(const QVector<LogRecord>& records, QString* error) override;
 

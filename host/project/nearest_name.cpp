@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "host/output/visible_text.h"
+
 namespace plc {
 namespace {
 
@@ -69,7 +71,7 @@ QString quoted(const QString& text)
     for (const QChar character : text.left(kLongestQuotedText)) {
         if (character == QLatin1Char('"') || character == QLatin1Char('\\'))
             result += QLatin1Char('\\');
-        if (character.isPrint())
+        if (character.isPrint() && !isObeyed(character.unicode()))
             result += character;
         else
             result +=

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "host/output/visible_text.h"
 #include "host/project/iec_types.h"
 
 namespace plc {
@@ -241,7 +242,8 @@ private:
     void writeScalar(const QJsonValue& value)
     {
         const QByteArray list = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
-        m_text += list.mid(1, list.size() - 2);
+        // Escapes of JSON, which read back as what they stand for.
+        m_text += visibleText(QString::fromUtf8(list.mid(1, list.size() - 2))).toUtf8();
     }
 
     QByteArray m_text;

@@ -48,8 +48,13 @@ TEST(TextCells, MarksOverCharactersTakeNone)
 
 TEST(TextCells, ControlCharactersDoNotReachTheTerminal)
 {
-    EXPECT_EQ(fitted(text("a\x1b[2J\n"), 7), "a?[2J? ");
-    EXPECT_EQ(fitted(QString(QChar(0x9B)), 1), "?");
+    EXPECT_EQ(fitted(text("a\x1b[2J\n"), 17), "a\\u001b[2J\\u000a ");
+    EXPECT_EQ(fitted(QString(QChar(0x9B)), 7), "\\u009b ");
+    EXPECT_EQ(fitted(text("\xE2\x80\xAE"
+                          "12"),
+                     9),
+              "\\u202e12 ");
+    EXPECT_EQ(cellsOf(QString(QChar(0x202E))), 6);
 }
 
 TEST(TextCells, AsciiHasAStandInForEachCell)
