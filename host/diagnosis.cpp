@@ -128,10 +128,11 @@ ExchangeFailure failureOfReply(const Answer& answer, const QByteArray& reply)
 
 Finding findNameFailure(const QString& host, const QString& reason)
 {
-    return finding(QStringLiteral("%1 has no address: %2").arg(host, reason),
-                   {"no name server that this computer asks knows the name",
-                    "check how the name is written, or give the PLC's IP address with --address or "
-                    "as \"address\" in the project"});
+    return finding(
+        QStringLiteral("%1 has no address: %2").arg(host, reason),
+        {"no name server that this computer asks knows the name, or none of them answers",
+         "check how the name is written, or give the PLC's IP address with --address or "
+         "as \"address\" in the project"});
 }
 
 Finding findConnectionFailure(const QString& host, int port, QAbstractSocket::SocketError error,

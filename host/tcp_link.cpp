@@ -59,22 +59,59 @@ void TcpLink::act(const SessionAction& action)
 void TcpLink::open()
 {
     close();
-    m_socket = std::make_unique<QTcpSocket>();
-    m_socket->setProxy(QNetworkProxy::NoProxy);
+    m_isWanted = true;
     m_lastError = QAbstractSocket::UnknownSocketError;
     m_lastReceived.clear();
+    m_addresses.clear();
+    const QHostAddress address(m_host);
+    if (!address.isNull()) {
+        m_addresses.append(address);
+        connectToNext();
+    } else if (!m_lookup) { // One that an earlier attempt began may still be under way.
+        m_lookup = std::make_unique<NameLookup>(
+            m_host, [this](const NameAddresses& found) { takeAddresses(found); });
+    }
+}
+
+void TcpLink::takeAddresses(const NameAddresses& found)
+{
+    m_lookup.reset();
+    if (!m_isWanted)
+        return;
+    m_addresses = found.addresses;
+    if (!m_addresses.isEmpty())
+        connectToNext();
+    else
+        handleError(QAbstractSocket::HostNotFoundError, found.error);
+}
+
+void TcpLink::connectToNext()
+{
+    dropSocket();
+    m_socket = std::make_unique<QTcpSocket>();
+    m_socket->setProxy(QNetworkProxy::NoProxy);
     connect(m_socket.get(), &QTcpSocket::connected, this, &TcpLink::handleConnected);
     connect(m_socket.get(), &QTcpSocket::readyRead, this, &TcpLink::receive);
-    connect(m_socket.get(), &QTcpSocket::errorOccurred, this, [this] {
-        m_lastError = m_socket->error();
-        m_session->disconnected(m_socket->errorString(), now());
-        pump();
-    });
-    m_socket->connectToHost(m_host, m_port);
+    connect(m_socket.get(), &QTcpSocket::errorOccurred, this,
+            [this] { handleError(m_socket->error(), m_socket->errorString()); });
+    m_socket->connectToHost(m_addresses.takeFirst(), m_port);
+}
+
+void TcpLink::handleError(QAbstractSocket::SocketError error, const QString& reason)
+{
+    m_lastError = error;
+    if (!m_addresses.isEmpty()) { // Of a name that stands for several; emptied when one answers.
+        connectToNext();
+        return;
+    }
+    m_session->disconnected(reason, now());
+    pump();
 }
 
 void TcpLink::handleConnected()
 {
+    m_addresses.clear();
+    m_lastError = QAbstractSocket::UnknownSocketError;
     // Requests and replies are small and alternate; waiting to fill a segment only delays them.
     m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     if (m_capture != nullptr) {
@@ -110,13 +147,19 @@ void TcpLink::receive()
 
 void TcpLink::close()
 {
+    m_isWanted = false;
+    if (m_socket && m_end)
+        captureEnd();
+    dropSocket();
+    m_end.reset();
+}
+
+void TcpLink::dropSocket()
+{
     if (!m_socket)
         return;
     m_socket->disconnect(this);
-    if (m_end)
-        captureEnd();
     m_socket->abort();
-    m_end.reset();
     // It may be the one whose signal is being handled.
     m_socket.release()->deleteLater();
 }

@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "host/capture/link_capture.h"
+#include "host/name_lookup.h"
 #include "host/session.h"
 #include "host/socket_end.h"
 
@@ -43,7 +44,11 @@ public:
 private:
     void act(const SessionAction& action);
     void open();
+    void takeAddresses(const NameAddresses& found);
+    void connectToNext();
     void handleConnected();
+    void handleError(QAbstractSocket::SocketError error, const QString& reason);
+    void dropSocket();
     void send(const QByteArray& bytes);
     void receive();
     void close();
@@ -56,6 +61,9 @@ private:
     QElapsedTimer m_clock;
     QTimer m_timer;
     /// A new one for each connection, so that nothing of an earlier one is ever read.
+    std::unique_ptr<NameLookup> m_lookup; ///< While it is under way.
+    bool m_isWanted = false;              ///< A connection is, or is to be made.
+    QVector<QHostAddress> m_addresses;    ///< Still to be tried.
     std::unique_ptr<QTcpSocket> m_socket;
     QAbstractSocket::SocketError m_lastError = QAbstractSocket::UnknownSocketError;
     QByteArray m_lastReceived;

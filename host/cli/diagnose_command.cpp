@@ -14,22 +14,21 @@ constexpr int kExactTimeDecimals = 3;
 constexpr int kIndent = 8;
 constexpr int kTextWidth = 80;
 
-/// `text` in lines of its own, each indented, behind a heading.
-QString paragraph(const QString& heading, const QString& text)
+/// Prints `text` in lines of its own, each indented, behind a heading.
+void printParagraph(const QString& heading, const QString& text)
 {
     const QString indent(kIndent + int(heading.size()) + 1, QLatin1Char(' '));
-    QString lines;
     QString line = QString(kIndent, QLatin1Char(' ')) + heading;
     for (const QString& word : text.split(QLatin1Char(' '))) {
         if (int(line.size()) + 1 + int(word.size()) > kTextWidth &&
             int(line.size()) > int(indent.size())) {
-            lines += line + QLatin1Char('\n');
+            print(line);
             line = indent + word;
         } else {
             line += QLatin1Char(' ') + word;
         }
     }
-    return lines + line;
+    print(line);
 }
 
 } // namespace
@@ -77,8 +76,21 @@ void DiagnoseCommand::begin()
         connectToPlc();
         return;
     }
-    QHostInfo::lookupHost(project().address, &m_receiver,
-                          [this](const QHostInfo& information) { takeAddress(information); });
+    lookUpName();
+}
+
+/// Silent name servers are given the time for a connection.
+void DiagnoseCommand::lookUpName()
+{
+    const int timeout = project().settings.connectTimeout;
+    m_patience.setSingleShot(true);
+    QObject::connect(&m_patience, &QTimer::timeout, &m_patience, [this, timeout] {
+        fail(findNameFailure(project().address,
+                             QStringLiteral("no name server answered within %1 ms").arg(timeout)));
+    });
+    m_patience.start(timeout);
+    m_lookup = std::make_unique<NameLookup>(
+        project().address, [this](const NameAddresses& found) { takeAddresses(found); });
 }
 
 void DiagnoseCommand::interrupted()
@@ -87,16 +99,17 @@ void DiagnoseCommand::interrupted()
     finish(kExitRefused);
 }
 
-void DiagnoseCommand::takeAddress(const QHostInfo& information)
+void DiagnoseCommand::takeAddresses(const NameAddresses& found)
 {
+    m_patience.stop();
     if (isFinished())
         return;
-    if (information.addresses().isEmpty()) {
-        fail(findNameFailure(project().address, information.errorString()));
+    if (found.addresses.isEmpty()) {
+        fail(findNameFailure(project().address, found.error));
         return;
     }
     QStringList addresses;
-    for (const QHostAddress& address : information.addresses())
+    for (const QHostAddress& address : found.addresses)
         addresses.append(address.toString());
     pass(QStringLiteral("%1 is %2").arg(project().address, addresses.join(QStringLiteral(", "))),
          Step::Connection);
@@ -272,15 +285,12 @@ void DiagnoseCommand::printStep(bool hasPassed, const QString& text, const Findi
     }
     const QString outcome =
         (hasPassed ? QStringLiteral("ok") : QStringLiteral("FAILED")).leftJustified(kIndent);
-    print(QStringLiteral("%1%2%3 ms  %4")
-              .arg(m_style.apply(hasPassed ? Emphasis::Success : Emphasis::Failure, outcome))
-              .arg(name, -14)
-              .arg(time, 9, 'f', kTimeDecimals)
-              .arg(text));
+    print(hasPassed ? Emphasis::Success : Emphasis::Failure, outcome,
+          QStringLiteral("%1%2 ms  ").arg(name, -14).arg(time, 9, 'f', kTimeDecimals) + text);
     if (finding == nullptr)
         return;
-    print(paragraph(QStringLiteral("means"), finding->meaning));
-    print(paragraph(QStringLiteral("try  "), finding->advice));
+    printParagraph(QStringLiteral("means"), finding->meaning);
+    printParagraph(QStringLiteral("try  "), finding->advice);
 }
 
 } // namespace plc

@@ -3,10 +3,11 @@
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QMap>
-#include <QtNetwork/QHostInfo>
+#include <QtCore/QTimer>
+
+#include <memory>
 
 #include "host/cli/link_command.h"
-#include "host/cli/style.h"
 #include "host/diagnosis.h"
 
 namespace plc {
@@ -29,7 +30,8 @@ private:
                          const QByteArray& reply) override;
 
     bool findAreas();
-    void takeAddress(const QHostInfo& information);
+    void lookUpName();
+    void takeAddresses(const NameAddresses& found);
     void connectToPlc();
     void takeLoginReply(const SentRequest& request, const Answer& answer);
     /// Reads the next label, and the first variable of its area before it if that is still to do.
@@ -53,8 +55,8 @@ private:
     void fail(const Finding& finding);
     void printStep(bool hasPassed, const QString& text, const Finding* finding);
 
-    const Style m_style = Style::ofOutput();
-    QObject m_receiver; ///< Of the name's address.
+    std::unique_ptr<NameLookup> m_lookup;
+    QTimer m_patience; ///< With name servers.
     QVector<DataPoint> m_labels;
     QMap<int, DataPoint> m_firstOfArea; ///< The variable at the lowest address of each area.
     QVector<int> m_readableAreas;
