@@ -109,7 +109,8 @@ On a terminal it shows the values in place: arrows and PgUp/PgDn scroll, ":"
 begins one of the lines above, q ends. Otherwise it prints values that changed,
 with their age, and all that happens to the link, line by line.
 
-Exit codes: 0 done; 1 the PLC or the link refused; 2 wrong usage or project file.)";
+Exit codes: 0 done; 1 the PLC or the link refused, or output could not be written;
+2 wrong usage or project file.)";
 
 struct CommandName {
     const char* name;

@@ -157,8 +157,9 @@ TEST_F(FullDiskOfALink, ACaptureThatCannotBeginLeavesTheOldOne)
 {
     put("a.pcapng", "earlier session");
     const std::string before = names();
-    const Ending ending = runWithin(
-        20, linked("read", {QStringLiteral("R.a"), QStringLiteral("--capture"), path("a.pcapng")}));
+    const Ending ending =
+        runWithin(20, linked("read", {QStringLiteral("R.a"), QStringLiteral("--capture"),
+                                      path("a.pcapng"), QStringLiteral("--force")}));
     expectTold(ending, "cannot write the capture ");
     EXPECT_EQ("", ending.output.toStdString());
     EXPECT_EQ("earlier session", content("a.pcapng"));

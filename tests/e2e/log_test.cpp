@@ -4,6 +4,7 @@
 #include <unistd.h>
 #include <csignal>
 
+#include <QtCore/QDateTime>
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 
@@ -173,6 +174,41 @@ TEST_F(Logging, AtAnIntervalValuesAreLoggedWhetherTheyChangeOrNot)
     const QList<QByteArray> all = lines(file);
     for (int i = 1; i < int(all.size()); ++i)
         EXPECT_EQ(",R.a,1,fresh", all[i].mid(24).toStdString());
+}
+
+TEST_F(Logging, AtAnIntervalTheLogBeginsWithTheFirstValues)
+{
+    const QString file = path(QStringLiteral("a.csv"));
+    const std::unique_ptr<LineProcess> plc =
+        log(file, {QStringLiteral("R.a"), QStringLiteral("R.table[1]*3"), QStringLiteral("--every"),
+                   QStringLiteral("1h")});
+    ASSERT_TRUE(waitForLines(file, 3));
+    end(*plc, SIGINT);
+    const QList<QByteArray> all = lines(file);
+    ASSERT_EQ(3, all.size()) << content(file).toStdString();
+    EXPECT_EQ(",R.a,1,fresh", all[1].mid(24).toStdString());
+    EXPECT_EQ(",R.table[1]*3,\"[0, 0, 0]\",fresh", all[2].mid(24).toStdString());
+}
+
+TEST_F(Logging, AFreshRecordHasTheTimeOfItsValueAndNotOfTheInterval)
+{
+    // Read once, and still fresh at the intervals behind it.
+    writeProject(QByteArray(kProject).replace("300", "3600000"));
+    const QString file = path(QStringLiteral("a.csv"));
+    const std::unique_ptr<LineProcess> plc = start(
+        "log", {QStringLiteral("--output"), file, QStringLiteral("--cycle"),
+                QStringLiteral("3600000"), QStringLiteral("--every"), QStringLiteral("400ms")});
+    ASSERT_TRUE(waitForLines(file, 4));
+    end(*plc, SIGINT);
+    const QList<QByteArray> all = lines(file);
+    const auto time = [&all](int line) {
+        return QDateTime::fromString(QString::fromUtf8(all[line].left(24)), Qt::ISODateWithMs);
+    };
+    for (int i = 2; i < 4; ++i) {
+        EXPECT_TRUE(all[i].endsWith(",R.a,1,fresh")) << all[i].toStdString();
+        // Far less than an interval: clocks are read to the millisecond.
+        EXPECT_LT(qAbs(time(1).msecsTo(time(i))), 100) << content(file).toStdString();
+    }
 }
 
 TEST_F(Logging, KilledItLeavesWholeLinesAndGoesOnInTheSameFile)
