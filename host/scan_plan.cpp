@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
+#include "host/project/value_limits.h"
 #include "host/value_layout.h"
 
 namespace plc {
@@ -187,7 +188,25 @@ QVector<int> ScanPlanner::candidates() const
     sizes.append(kLongestEntry);
     std::sort(sizes.begin(), sizes.end());
     sizes.erase(std::unique(sizes.begin(), sizes.end()), sizes.end());
+    sizes.erase(std::remove_if(sizes.begin(), sizes.end(),
+                               [this](int size) { return !hasFewPieces(size); }),
+                sizes.end());
     return sizes;
+}
+
+/// Whether a project may have this setting: of a value that falls into too many pieces the driver
+/// reads nothing, which takes no time and is no plan.
+bool ScanPlanner::hasFewPieces(int maxReadBytes) const
+{
+    qint64 all = 0;
+    for (const DataPoint& point : m_points) {
+        const qint64 size = plc::valueBytes(point).size;
+        const qint64 pieces = (size + maxReadBytes - 1) / maxReadBytes;
+        all += pieces;
+        if (pieces > kMostPiecesOfValue || all > kMostCyclicPieces)
+            return false;
+    }
+    return true;
 }
 
 } // namespace plc

@@ -61,6 +61,7 @@ public:
 
 private:
     QVector<int> candidates() const;
+    bool hasFewPieces(int maxReadBytes) const;
     void answer(int replySize);
 
     const DriverFunctions& m_driver;

@@ -69,6 +69,25 @@ TEST_F(ScanPlanTest, WithoutMergingThereIsNoGapButAnEntryForEachValue)
     EXPECT_EQ(plan.gapBytes, 0);
 }
 
+TEST_F(ScanPlanTest, ASettingWithWhichTheDriverReadsNothingIsNotTheBest)
+{
+    Variable block;
+    block.name = QStringLiteral("block");
+    block.type = findIecType(QStringLiteral("DINT"));
+    block.area = 7;
+    block.dimensions = {{0, 99999}};
+    project.settings.maxReadBytes = 1000;
+    project.scopes = {{QStringLiteral("Huge"), {block}}};
+    symbols = symbolList(project);
+    builtDriver().passVarName2(&symbols);
+    // 400,000 bytes: more than 65,536 pieces of 6 bytes or less.
+    ScanPlanner planner = this->planner({"Huge.block[0]*100000"});
+    const ScanPlan best = planner.best({1, 100}, planner.plan(1000));
+    EXPECT_GE(best.maxReadBytes, 7);
+    EXPECT_EQ(best.memoryBytes, 400000);
+    EXPECT_GT(best.requests, 6);
+}
+
 TEST_F(ScanPlanTest, LongValuesTakeAsManyRequestsAsTheirEntriesFill)
 {
     // 2400 bytes.
