@@ -1,9 +1,13 @@
 #include "host/data_point.h"
 
+#include "driver/plc_driver.h"
 #include "host/project/nearest_name.h"
 #include "host/project/value_limits.h"
 
 namespace plc {
+
+static_assert(kMostBytesOfValue == PLC_LARGEST_VALUE && kMostPiecesOfValue == PLC_MOST_PIECES,
+              "projects are checked against the limits of the driver");
 
 std::optional<DataPoint> DataPointFinder::find(const QString& text, QString* error) const
 {

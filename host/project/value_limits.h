@@ -5,7 +5,8 @@
 
 namespace plc {
 
-/// What the driver reads or writes as one value at most; beyond it gives an empty buffer.
+/// What the driver reads or writes as one value at most; beyond it gives an empty buffer. These two
+/// are told by its header too, which the simulator, a reader of projects as well, does not know.
 constexpr qint64 kMostBytesOfValue = qint64(16) * 1024 * 1024;
 /// Pieces of `maxReadBytes` bytes that a value may fall into; of more the driver reads none.
 constexpr qint64 kMostPiecesOfValue = 65536;
