@@ -30,9 +30,15 @@ void RunCommand::startView()
     });
 }
 
+QString RunCommand::title() const
+{
+    return project().settings.readOnly ? project().name + QStringLiteral(" (read-only)")
+                                       : project().name;
+}
+
 std::unique_ptr<RunView> RunCommand::screenView(const CarryOut& carryOut)
 {
-    return std::make_unique<ScreenView>(project().name, peer(), carryOut);
+    return std::make_unique<ScreenView>(title(), peer(), carryOut);
 }
 
 std::unique_ptr<RunView> RunCommand::lineView()

@@ -21,6 +21,9 @@ public:
 protected:
     using CarryOut = std::function<void(const QString&)>;
 
+    /// Name of the project, and that it is read-only where it is.
+    QString title() const;
+
     /// The view for a terminal, and for all else. `carryOut` takes the user's commands.
     virtual std::unique_ptr<RunView> screenView(const CarryOut& carryOut);
     virtual std::unique_ptr<RunView> lineView();

@@ -1,5 +1,6 @@
 #include "host/cli/screen_layout.h"
 
+#include "host/cli/label_column.h"
 #include "host/cli/text_cells.h"
 
 namespace plc {
@@ -20,13 +21,24 @@ int linesForRows(int height)
     return qMax(0, height - kLinesAround);
 }
 
-/// Label, value, age and rate in exactly `width` characters.
-QString rowText(const ScreenRow& row, int width)
+/// What values of this width leave for label and value.
+int labelAndValueWidth(int width)
 {
-    const int rest = qMax(0, width - kAgeWidth - kRateWidth);
-    const int labelWidth = rest / 2;
-    const QString text = fitted(row.label, labelWidth - 1) + QLatin1Char(' ') +
-                         fitted(row.value, rest - labelWidth) + row.age.rightJustified(kAgeWidth) +
+    return qMax(0, width - kAgeWidth - kRateWidth);
+}
+
+/// Cells of a label in a row of this width.
+int labelWidth(int width)
+{
+    return labelAndValueWidth(width) / 2 - 1;
+}
+
+/// Label, which fits already, value, age and rate in exactly `width` characters.
+QString rowText(const ScreenRow& row, const QString& shortLabel, int width)
+{
+    const int valueWidth = labelAndValueWidth(width) - labelWidth(width) - 1;
+    const QString text = fitted(shortLabel, labelWidth(width)) + QLatin1Char(' ') +
+                         fitted(row.value, valueWidth) + row.age.rightJustified(kAgeWidth) +
                          row.rate.rightJustified(kRateWidth);
     return fitted(text, width);
 }
@@ -41,12 +53,23 @@ QString headingLine(int width, const Style& style)
     const int columns = columnsOnScreen(width);
     QString line;
     for (int column = 0; column < columns; ++column)
-        line += fitted(rowText(heading, width / columns - 1), width / columns);
+        line += fitted(rowText(heading, heading.label, width / columns - 1), width / columns);
     return style.apply(Emphasis::Heading, fitted(line, width));
 }
 
-QString rowsLine(const ScreenContent& content, int width, int lines, int firstRow, int line,
-                 const Style& style)
+/// The labels in sight, so that they can be told apart.
+QStringList shownLabels(const ScreenContent& content, int width, int lines, int firstRow)
+{
+    const int columns = columnsOnScreen(width);
+    QStringList labels;
+    for (const ScreenRow& row : content.rows.mid(firstRow, columns * lines))
+        labels.append(row.label);
+    return labelColumn(labels, labelWidth(width / columns - 1));
+}
+
+/// `labels` are those in sight, in their order.
+QString rowsLine(const ScreenContent& content, const QStringList& labels, int width, int lines,
+                 int firstRow, int line, const Style& style)
 {
     const int columns = columnsOnScreen(width);
     QString text;
@@ -55,7 +78,7 @@ QString rowsLine(const ScreenContent& content, int width, int lines, int firstRo
         if (index >= int(content.rows.size()))
             break;
         const ScreenRow& row = content.rows[index];
-        const QString cell = rowText(row, width / columns - 1);
+        const QString cell = rowText(row, labels[index - firstRow], width / columns - 1);
         text += row.isStale ? style.apply(Emphasis::Failure, cell) : cell;
         text += QLatin1Char(' ');
     }
@@ -85,12 +108,13 @@ QStringList layOutScreen(const ScreenContent& content, int width, int height, in
 {
     const int lines = linesForRows(height);
     const QString position = positionText(content, rowsOnScreen(width, height), firstRow);
+    const QStringList labels = shownLabels(content, width, lines, firstRow);
     QStringList screen;
     screen.append(fitted(content.title, width));
     screen.append(fitted(QStringLiteral("%1, %2").arg(content.status, position), width));
     screen.append(headingLine(width, style));
     for (int line = 0; line < lines; ++line)
-        screen.append(rowsLine(content, width, lines, firstRow, line, style));
+        screen.append(rowsLine(content, labels, width, lines, firstRow, line, style));
     screen.append(fitted(content.message, width));
     // In the last cell of the last line some terminals scroll.
     screen.append(fitted(content.prompt, width - 1));

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "host/cli/text_cells.h"
+
 namespace plc {
 namespace {
 
@@ -95,8 +97,10 @@ QStringList ScreenView::layOut() const
 {
     ScreenContent content = m_content;
     content.message = lastMessage();
-    content.prompt =
-        m_isTyping ? QLatin1Char(':') + m_typed + QLatin1Char('_') : QString::fromLatin1(kKeys);
+    // Of what is being typed the end must be in sight.
+    content.prompt = m_isTyping
+                         ? fittedTail(QLatin1Char(':') + m_typed + QLatin1Char('_'), width() - 1)
+                         : QString::fromLatin1(kKeys);
     return layOutScreen(content, width(), height(), m_firstRow, style());
 }
 

@@ -13,11 +13,8 @@ std::unique_ptr<RunView> WatchCommand::screenView(const CarryOut& carryOut)
     const WatchState::Check check = [this](const QString& assignment) {
         return this->check(assignment);
     };
-    const bool isReadOnly = project().settings.readOnly;
-    const QString title =
-        isReadOnly ? project().name + QStringLiteral(" (read-only)") : project().name;
-    auto view = std::make_unique<WatchView>(title, peer(), carryOut, check);
-    if (isReadOnly)
+    auto view = std::make_unique<WatchView>(title(), peer(), carryOut, check);
+    if (project().settings.readOnly)
         view->refuseWrites(readOnlyText());
     return view;
 }
@@ -33,9 +30,10 @@ WatchState::Checked WatchCommand::check(const QString& text)
     WatchState::Checked checked;
     const std::optional<Assignment> assignment =
         parseAssignment(runtime().points(), text, &checked.obstacle);
-    if (assignment)
-        checked.value =
-            pointText(assignment->point, assignment->values) + unitText(assignment->point);
+    if (!assignment)
+        return checked;
+    checked.value = pointText(assignment->point, assignment->values);
+    checked.unit = unitText(assignment->point);
     return checked;
 }
 

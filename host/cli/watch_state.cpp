@@ -363,9 +363,8 @@ void WatchState::pressInValue(const Key& key)
         m_message = QLatin1String(kNothingWritten);
         return;
     }
-    const Checked checked = m_check(m_label + QLatin1Char('=') + m_typed);
-    m_value = checked.value;
-    m_message = checked.obstacle;
+    m_checked = m_check(m_label + QLatin1Char('=') + m_typed);
+    m_message = m_checked.obstacle;
     if (m_message.isEmpty())
         confirm();
 }
@@ -396,7 +395,8 @@ WatchState::Action WatchState::pressInConfirmation(const Key& key)
     if (m_mode != Mode::Confirming)
         return {};
     m_mode = Mode::InTable;
-    return {Action::Write, m_label + QLatin1Char('=') + m_typed};
+    // What was confirmed, and not what was typed: blanks around it may mean something or nothing.
+    return {Action::Write, m_label + QLatin1Char('=') + m_checked.value};
 }
 
 /// What the PLC has at the place that is to be written, as far as it is known.
@@ -412,7 +412,7 @@ QString WatchState::lastValue() const
 QString WatchState::question() const
 {
     return QStringLiteral("write %1 = %2 (%3)? y: yes, any other key: no")
-        .arg(m_label, m_value, lastValue());
+        .arg(m_label, m_checked.value + m_checked.unit, lastValue());
 }
 
 QString WatchState::orderText() const

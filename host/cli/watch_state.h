@@ -47,7 +47,8 @@ public:
     /// What LABEL=VALUE would write.
     struct Checked {
         QString obstacle; ///< Why it cannot be written; empty if it can.
-        QString value;    ///< As it would be written, with its unit.
+        QString value;    ///< As it would be written, in a form that is taken again.
+        QString unit;     ///< With a blank before it, or empty.
     };
     using Check = std::function<Checked(const QString& assignment)>;
     /// Whether all of a question can be shown at a time.
@@ -125,7 +126,7 @@ private:
     QString m_label; ///< Of the value being written.
     int m_row = -1;  ///< The same.
     QString m_typed;
-    QString m_value; ///< What m_typed means.
+    Checked m_checked; ///< What m_typed means.
     QString m_message;
 };
 

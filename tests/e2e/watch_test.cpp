@@ -14,7 +14,8 @@ const char kProject[] = R"({
   'scopes': [{'name': 'R', 'variables': [
     {'name': 'first', 'type': 'INT', 'area': 1, 'offset': 0, 'unit': 'rpm'},
     {'name': 'second', 'type': 'INT', 'area': 1, 'offset': 2},
-    {'name': 'table', 'type': 'INT', 'area': 1, 'offset': 20, 'array': [[1, 3]]}]}]
+    {'name': 'table', 'type': 'INT', 'area': 1, 'offset': 20, 'array': [[1, 3]]},
+    {'name': 'text', 'type': 'STRING', 'length': 9, 'area': 1, 'offset': 40}]}]
 })";
 
 class Watching : public Plant {
@@ -57,7 +58,7 @@ TEST_F(Watching, ShowsValuesWithTrendAndRangeAsTheyChange)
         return shows(screen, 3, "R.first 5 rpm");
     })) << plc->screen().text().toStdString();
     EXPECT_TRUE(shows(plc->screen(), 0, "Watched: connected to 127.0.0.1:"));
-    EXPECT_TRUE(shows(plc->screen(), 1, "5 values, as named"));
+    EXPECT_TRUE(shows(plc->screen(), 1, "6 values, as named"));
     EXPECT_TRUE(shows(plc->screen(), 7, "R.table[3] 0"));
     poke(1, 0, "FFFD");
     EXPECT_TRUE(plc->waitFor([](const Screen& screen) {
@@ -90,7 +91,7 @@ TEST_F(Watching, AWriteGoesToTheLabelThatWasChosenHoweverTheRowsMove)
     ASSERT_TRUE(plc->waitForText("by value reversed"));
     poke(1, 2, "0009");
     ASSERT_TRUE(plc->waitFor([](const Screen& screen) {
-        return shows(screen, 3, "R.second 9") && shows(screen, 4, "> R.first 5");
+        return shows(screen, 4, "R.second 9") && shows(screen, 5, "> R.first 5");
     })) << plc->screen().text().toStdString();
     plc->type("w7x\r");
     ASSERT_TRUE(plc->waitForText("\"7x\" is no whole number"));
@@ -98,6 +99,19 @@ TEST_F(Watching, AWriteGoesToTheLabelThatWasChosenHoweverTheRowsMove)
     plc->type("\x7f\ry");
     ASSERT_TRUE(plc->waitForText("write R.first = 7 rpm: done"));
     EXPECT_EQ("00 07 00 09", peek(1, 0, 4));
+}
+
+TEST_F(Watching, BlanksOfATextThatWasConfirmedAreWritten)
+{
+    const std::unique_ptr<TerminalProcess> plc = watch();
+    ASSERT_TRUE(plc->waitForText("R.text"));
+    plc->type("\x1b[F"); // the last label
+    ASSERT_TRUE(plc->waitForText("> R.text"));
+    plc->type("w ab \r");
+    ASSERT_TRUE(plc->waitForText("write R.text = ' ab ' (now '')? y: yes"));
+    plc->type("y");
+    ASSERT_TRUE(plc->waitForText("write R.text = ' ab ': done"));
+    EXPECT_EQ("20 61 62 20 00", peek(1, 40, 5));
 }
 
 TEST_F(Watching, TheQuestionIsWholeOnANarrowTerminal)

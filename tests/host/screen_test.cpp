@@ -130,12 +130,25 @@ TEST(ScreenLayout, StaleRowsAreRed)
     EXPECT_TRUE(lines[4].contains(QStringLiteral("\x1b[0m")));
 }
 
-TEST(ScreenLayout, LongTextsEndWithAnEllipsis)
+TEST(ScreenLayout, OfALongLabelTheEndIsShownAndOfALongValueTheBeginning)
 {
     ScreenContent screen = content(1);
     screen.rows[0].label = QString(200, QLatin1Char('x'));
+    screen.rows[0].value = QString(200, QLatin1Char('7'));
     const QString line = layOutScreen(screen, 60, 10, 0, kColoured)[3];
-    EXPECT_EQ(line.indexOf(QChar(0x2026)), 19);
+    EXPECT_TRUE(line.startsWith(QString::fromUtf8("…xxxxxxxxxxxxxxxxxxx 7777")))
+        << line.toStdString();
+    EXPECT_EQ(line.lastIndexOf(QChar(0x2026)), 41);
+}
+
+TEST(ScreenLayout, LongLabelsInSightDiffer)
+{
+    ScreenContent screen = content(2);
+    screen.rows[0].label = QStringLiteral("Plant.tank[1].outlet.valve.speed");
+    screen.rows[1].label = QStringLiteral("Plant.tank[2].outlet.valve.speed");
+    const QStringList lines = layOutScreen(screen, 60, 10, 0, kColoured);
+    EXPECT_TRUE(lines[3].contains(QStringLiteral("[1"))) << lines[3].toStdString();
+    EXPECT_TRUE(lines[4].contains(QStringLiteral("[2"))) << lines[4].toStdString();
 }
 
 } // namespace

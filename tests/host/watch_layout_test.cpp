@@ -29,7 +29,7 @@ WatchState stateOf(const QVector<WatchRow>& rows, int height)
 {
     WatchState state(
         [](const QString& assignment) -> WatchState::Checked {
-            return {QString(), assignment.section(QLatin1Char('='), 1)};
+            return {QString(), assignment.section(QLatin1Char('='), 1), QString()};
         },
         [height](const QString& question) { return showsWhole(question, kConfirmWidth, height); });
     state.setPage(watchPage(height));

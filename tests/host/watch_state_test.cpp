@@ -55,10 +55,11 @@ protected:
 
     QString obstacle;
     QString checked;
+    QString unit;
     bool fits = true;
     WatchState state{[this](const QString& assignment) -> WatchState::Checked {
                          checked = assignment;
-                         return {obstacle, assignment.section(QLatin1Char('='), 1).trimmed()};
+                         return {obstacle, assignment.section(QLatin1Char('='), 1).trimmed(), unit};
                      },
                      [this](const QString&) { return fits; }};
 };
@@ -359,6 +360,16 @@ TEST_F(WatchStateTest, TheQuestionHasTheValueAsItWillBeAndAsItIs)
     type("w5");
     press(Key::Enter);
     EXPECT_EQ(state.prompt(), "write b = 5 (never read)? y: yes, any other key: no");
+}
+
+TEST_F(WatchStateTest, WhatIsWrittenIsWhatWasConfirmed)
+{
+    fill(1);
+    unit = QStringLiteral(" rpm");
+    type("w 5 ");
+    press(Key::Enter);
+    EXPECT_EQ(state.prompt(), "write v0 = 5 rpm (now 0)? y: yes, any other key: no");
+    EXPECT_EQ(type("y").assignment, "v0=5") << "neither the blanks nor the unit";
 }
 
 TEST_F(WatchStateTest, TheQuestionHasThePresentValueAlsoWhileTheTableIsHeldStill)
