@@ -77,8 +77,8 @@ public:
     int searchLength(const Key& key) const
     {
         const quint32 hash = m_hash(key);
-        const quint32 end = quint32(&slotOf(key, hash) - m_table);
-        return int(((end - hash) & m_mask) + 1);
+        const qint64 distance = (&slotOf(key, hash) - m_table) - qint64(hash & m_mask);
+        return int(distance < 0 ? distance + m_mask + 1 : distance) + 1;
     }
 
 private:

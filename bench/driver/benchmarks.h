@@ -12,6 +12,7 @@ void registerCycleBenchmarks();
 void registerRebuildBenchmarks();
 void registerOneShotBenchmarks();
 void registerImageMemoryBenchmarks();
+void registerChosenInputBenchmarks();
 
 /// Whether the baseline does the same work as the driver; says what differs.
 bool baselineAgrees();

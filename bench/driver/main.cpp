@@ -23,6 +23,7 @@ int main(int argc, char** argv)
     registerRebuildBenchmarks();
     registerOneShotBenchmarks();
     registerImageMemoryBenchmarks();
+    registerChosenInputBenchmarks();
     benchmark::AddCustomContext("qt_version", qVersion());
     benchmark::RunSpecifiedBenchmarks();
     Shared::drop();

@@ -375,8 +375,8 @@ quint32 multiplied(const LabelText& name)
 {
     quint64 hash = quint64(name.size);
     for (int i = 0; i < name.size; ++i)
-        hash = (hash ^ name.text[i].unicode()) * Q_UINT64_C(0x9E3779B97F4A7C15);
-    return quint32(hash >> 32);
+        hash = foldedProduct(hash ^ name.text[i].unicode(), Q_UINT64_C(0x9E3779B97F4A7C15));
+    return quint32(hash);
 }
 
 TEST(ChosenNames, ThatCrowdUnderAKnownHashAreOrdinary)
