@@ -9,6 +9,15 @@ namespace plc {
 namespace test {
 namespace {
 
+/// The map of the driver while these stations are switched off.
+QMap<int, int> off(std::initializer_list<int> stations)
+{
+    QMap<int, int> map;
+    for (int station : stations)
+        map.insert(station, 0);
+    return map;
+}
+
 struct EntryPoint {
     const char* name;
     void (*call)(int station, int enable);
@@ -37,7 +46,7 @@ TEST_P(StationSwitch, SwitchesOneStationOffAndNoOther)
     EXPECT_EQ(Ethernetcontains(4), 0);
     EXPECT_EQ(Ethernetcontains(6), 0);
     EXPECT_EQ(Ethernetcontains(0), 0);
-    EXPECT_EQ(PLC_driver.disabledStations, (QMap<int, int>{{5, 0}}));
+    EXPECT_EQ(PLC_driver.disabledStations, off({5}));
 }
 
 TEST_P(StationSwitch, StationZeroAndTheLargestAreStationsLikeOthers)
@@ -72,7 +81,7 @@ TEST_P(StationSwitch, OnForAStationThatIsOnChangesNothing)
 {
     switchStation(3, 0);
     switchStation(5, 1);
-    EXPECT_EQ(PLC_driver.disabledStations, (QMap<int, int>{{3, 0}}));
+    EXPECT_EQ(PLC_driver.disabledStations, off({3}));
 }
 
 TEST_P(StationSwitch, OnLeavesTheOthersOff)
@@ -104,7 +113,7 @@ TEST_P(StationSwitch, OtherValuesOfEnableChangeNothing)
     for (int enable : {2, -1, 100, INT_MAX, INT_MIN}) {
         switchStation(3, enable);
         switchStation(5, enable);
-        EXPECT_EQ(PLC_driver.disabledStations, (QMap<int, int>{{3, 0}})) << "enable " << enable;
+        EXPECT_EQ(PLC_driver.disabledStations, off({3})) << "enable " << enable;
     }
 }
 
@@ -122,7 +131,7 @@ TEST_P(StationSwitch, ThreadsMaySwitchAndAskAtOnce)
         });
     for (std::thread& thread : threads)
         thread.join();
-    EXPECT_EQ(PLC_driver.disabledStations, (QMap<int, int>{{0, 0}, {1, 0}, {2, 0}, {3, 0}}));
+    EXPECT_EQ(PLC_driver.disabledStations, off({0, 1, 2, 3}));
 }
 
 INSTANTIATE_TEST_SUITE_P(BothNames, StationSwitch,

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "loaded_driver.h"
+#include "support/qt_differences.h"
 
 namespace {
 

@@ -9,14 +9,10 @@
 #include <cstdlib>
 #include <cstring>
 
-#include <QtCore/QtGlobal>
-
 #include "model/run_options.h"
+#include "support/qt_differences.h"
 
 namespace {
-
-/// Qt warns of the odd number bases that broken symbol lists hold.
-void ignoreMessage(QtMsgType, const QMessageLogContext&, const QString&) {}
 
 bool takeNumber(const char* option, const char* value, std::uint32_t& number)
 {
@@ -54,7 +50,8 @@ int main(int argc, char** argv)
     }
     argc = kept;
     argv[argc] = nullptr;
-    qInstallMessageHandler(ignoreMessage);
+    // It warns of the odd number bases that broken symbol lists hold.
+    plc::test::silenceQt();
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

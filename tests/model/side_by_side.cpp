@@ -413,7 +413,7 @@ namespace {
 
 void show(std::ostream& out, const QByteArray& text)
 {
-    out << text.toStdString();
+    out << text.constData();
 }
 
 template <typename Number>
@@ -424,7 +424,11 @@ void show(std::ostream& out, const Number& number)
 
 std::string hexOf(const QByteArray& bytes)
 {
-    return bytes.left(64).toHex(' ').toStdString() + (bytes.size() > 64 ? " ..." : "");
+    const int kShown = 64;
+    std::string text;
+    for (int i = 0; i < qMin(kShown, int(bytes.size())); ++i)
+        text += (i ? " " : "") + std::string(bytes.mid(i, 1).toHex().constData());
+    return text + (bytes.size() > kShown ? " ..." : "");
 }
 
 std::string textOf(const RW_VAR& var)

@@ -231,7 +231,10 @@ std::u16string SymbolGenerator::subscript(const Symbol& symbol, bool isSound)
         if (!isSound)
             value = m_random.between(-3, 12);
         const bool isBase = base >= 2 && base <= 36;
-        out += (k == 0 ? u"" : u",") + QString::number(value, isBase ? base : 10).toStdU16String();
+        const QString number = QString::number(value, isBase ? base : 10);
+        out += k == 0 ? u"" : u",";
+        for (int i = 0; i < int(number.size()); ++i)
+            out += char16_t(number.at(i).unicode());
     }
     out += u']';
     return out;

@@ -18,7 +18,12 @@
 // How GoogleTest shows bytes in a failure message.
 inline void PrintTo(const QByteArray& bytes, std::ostream* out)
 {
-    *out << '"' << bytes.toHex(' ').toUpper().toStdString() << "\" (" << bytes.size() << " bytes)";
+    const char* separator = "\"";
+    for (int i = 0; i < int(bytes.size()); ++i) {
+        *out << separator << bytes.mid(i, 1).toHex().toUpper().constData();
+        separator = " ";
+    }
+    *out << "\" (" << bytes.size() << " bytes)";
 }
 
 inline void PrintTo(const QString& text, std::ostream* out)
