@@ -223,4 +223,13 @@ Finding findLabelFailure(const QString& label, int area, const ExchangeFailure& 
                 .arg(area)};
 }
 
+Finding findRefusedLabel(const QString& label, const QString& place, int status)
+{
+    return {QStringLiteral("%1 (%2): refused with %3").arg(label, place, statusText(status)),
+            QStringLiteral("the PLC does not give this address: its area may end before, or the "
+                           "project may be for another program"),
+            QStringLiteral("compare the offset of %1 (plc resolve shows it) with the PLC's program")
+                .arg(label)};
+}
+
 } // namespace plc

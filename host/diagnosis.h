@@ -54,6 +54,8 @@ Finding findLoginFailure(Service service, const ExchangeFailure& failure);
 Finding findAreaFailure(int area, const ExchangeFailure& failure, const QVector<int>& readable);
 /// A label could not be read although another variable of its area could.
 Finding findLabelFailure(const QString& label, int area, const ExchangeFailure& failure);
+/// A label among others that were read together is refused; `place` says where it lies.
+Finding findRefusedLabel(const QString& label, const QString& place, int status);
 
 } // namespace plc
 

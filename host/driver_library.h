@@ -31,8 +31,8 @@ struct DriverFunctions {
 };
 
 /// Loads the driver library in the file `path`, which then stays loaded until the process ends.
-/// Nothing of a library that was built for another Qt than this program is loaded or run. On failure
-/// returns nothing and sets `error`.
+/// Nothing of a library that was built for another Qt than this program is loaded or run. On
+/// failure returns nothing and sets `error`.
 std::optional<DriverFunctions> loadDriver(const QString& path, QString* error);
 
 /// Where the library is: `requested` if it is not empty, else what the environment variable

@@ -60,6 +60,8 @@ QString judgementText(const Answer& answer)
     switch (answer.kind) {
         case Answer::Accepted:
             return QStringLiteral("accepted");
+        case Answer::Refused:
+            return QStringLiteral("refused");
         case Answer::Retried:
             return QStringLiteral("not accepted, sent again");
         case Answer::Abandoned:

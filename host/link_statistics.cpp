@@ -19,6 +19,9 @@ void LinkStatistics::requestAnswered(const SentRequest& request, const Answer& a
             if (request.content.service == Service::File)
                 ++m_logins;
             break;
+        case Answer::Refused:
+            ++m_refusals[answer.status];
+            break;
         case Answer::Retried:
             ++m_retries;
             break;

@@ -28,6 +28,8 @@ public:
     quint64 logins() const { return m_logins; }
     quint64 reconnects() const { return m_connections == 0 ? 0 : m_connections - 1; }
     const LatencyHistogram& roundTrips() const { return m_roundTrips; }
+    /// How often the PLC refused a read, by the status in its reply; -1: without one.
+    const QMap<int, quint64>& refusals() const { return m_refusals; }
     /// How often a request was given up, by the number that DataCom() gave.
     const QMap<int, quint64>& failures() const { return m_failures; }
     const QMap<QString, quint64>& lossReasons() const { return m_lossReasons; }
@@ -43,6 +45,7 @@ private:
     bool m_isAwaiting = false;
     qint64 m_sentAt = 0;
     LatencyHistogram m_roundTrips;
+    QMap<int, quint64> m_refusals;
     QMap<int, quint64> m_failures;
     QMap<QString, quint64> m_lossReasons;
 };

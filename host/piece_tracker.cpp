@@ -18,9 +18,22 @@ bool PieceTracker::contains(int tag) const
 
 void PieceTracker::remove(int tag)
 {
+    m_accepted.erase(tag);
     m_pieces.erase(std::remove_if(m_pieces.begin(), m_pieces.end(),
                                   [tag](const Piece& piece) { return piece.tag == tag; }),
                    m_pieces.end());
+}
+
+void PieceTracker::clear()
+{
+    m_pieces.clear();
+    m_accepted.clear();
+}
+
+int PieceTracker::accepted(int tag) const
+{
+    const auto found = m_accepted.find(tag);
+    return found == m_accepted.end() ? 0 : found->second;
 }
 
 QVector<int> PieceTracker::requestSent(const QVector<FrameEntry>& entries)
@@ -40,6 +53,10 @@ QVector<int> PieceTracker::requestSent(const QVector<FrameEntry>& entries)
 QVector<int> PieceTracker::requestAccepted()
 {
     const QVector<int> tags = tagsOnWire();
+    for (const Piece& piece : std::as_const(m_pieces)) {
+        if (piece.onWire)
+            m_accepted[piece.tag] += int(piece.entry.length);
+    }
     m_pieces.erase(std::remove_if(m_pieces.begin(), m_pieces.end(),
                                   [](const Piece& piece) { return piece.onWire; }),
                    m_pieces.end());
@@ -53,10 +70,7 @@ QVector<int> PieceTracker::requestAccepted()
 
 QVector<int> PieceTracker::requestAbandoned()
 {
-    QVector<int> tags = tagsOnWire();
-    for (int tag : tags)
-        remove(tag);
-    return tags;
+    return tagsOnWire();
 }
 
 QVector<int> PieceTracker::tagsOnWire() const

@@ -3,6 +3,8 @@
 
 #include <QtCore/QVector>
 
+#include <map>
+
 #include "host/frame_entries.h"
 
 namespace plc {
@@ -16,14 +18,16 @@ public:
     bool contains(int tag) const;
     int pieceCount() const { return int(m_pieces.size()); }
     void remove(int tag);
-    void clear() { m_pieces.clear(); }
+    void clear();
+    /// What was accepted of a transfer: lengths of its pieces.
+    int accepted(int tag) const;
 
     /// A request with these entries goes out, for the first time or again. Returns the transfers of
     /// which it carries a piece.
     QVector<int> requestSent(const QVector<FrameEntry>& entries);
     /// It was accepted. Returns the transfers whose last piece it carried.
     QVector<int> requestAccepted();
-    /// It was given up. Returns the transfers of which it carried a piece.
+    /// It was given up. Returns the transfers of which it carried a piece; to be removed.
     QVector<int> requestAbandoned();
 
 private:
@@ -36,6 +40,7 @@ private:
     QVector<int> tagsOnWire() const;
 
     QVector<Piece> m_pieces;
+    std::map<int, int> m_accepted; ///< Of transfers that have further pieces.
 };
 
 } // namespace plc

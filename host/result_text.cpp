@@ -23,18 +23,32 @@ const ResultMeaning kMeanings[] = {
     {200, 200, "the driver has no settings, or cannot tell what happened"},
     {201, 201, "the PLC refused the login"}};
 
-QString refusalText(const TransferOutcome& outcome)
+QString writeRefusalText(const TransferOutcome& outcome)
 {
     QString text = QStringLiteral("refused: result %1, %2")
                        .arg(outcome.result)
                        .arg(resultText(outcome.result));
     if (outcome.status > 0) {
         text += QStringLiteral(
-                    "; the PLC's status is %1, so it may not have this address: compare "
-                    "it with the PLC's program")
-                    .arg(outcome.status);
+                    "; the PLC's %1: it may not have this address; compare it with the "
+                    "PLC's program")
+                    .arg(statusText(outcome.status));
     }
     return text;
+}
+
+/// What the PLC took of a write before it ended.
+QString takenText(const DataPoint& point, const TransferOutcome& outcome)
+{
+    if (outcome.taken == 0)
+        return QString();
+    const QString amount =
+        isText(*point.type)
+            ? QStringLiteral("%1 bytes").arg(outcome.taken)
+            : QStringLiteral("%1 of %2 elements").arg(outcome.taken).arg(point.elements);
+    return outcome.kind == TransferOutcome::LinkLost
+               ? QStringLiteral("; the first %1 were taken").arg(amount)
+               : QStringLiteral("; the first %1 were taken before").arg(amount);
 }
 
 } // namespace
@@ -48,16 +62,43 @@ QString resultText(int result)
     return QStringLiteral("unknown to this host");
 }
 
-QString outcomeText(const TransferOutcome& outcome)
+QString statusText(int status)
+{
+    if (status < 0)
+        return QStringLiteral("no status");
+    return QStringLiteral("status 0x%1")
+        .arg(QString::number(status, 16).toUpper(), 4, QLatin1Char('0'));
+}
+
+QString writeOutcomeText(const DataPoint& point, const TransferOutcome& outcome)
 {
     switch (outcome.kind) {
         case TransferOutcome::Done:
             return QStringLiteral("done");
         case TransferOutcome::Refused:
-            return refusalText(outcome);
+            return writeRefusalText(outcome) + takenText(point, outcome);
         case TransferOutcome::LinkLost:
             return QStringLiteral("not known: %1; the PLC may or may not have carried it out")
-                .arg(outcome.reason);
+                       .arg(outcome.reason) +
+                   takenText(point, outcome);
+        case TransferOutcome::NotSent:
+            return QStringLiteral("not sent: %1").arg(outcome.reason);
+    }
+    return QString();
+}
+
+QString readOutcomeText(const TransferOutcome& outcome)
+{
+    switch (outcome.kind) {
+        case TransferOutcome::Done:
+            return QStringLiteral("done");
+        case TransferOutcome::Refused:
+            return QStringLiteral(
+                       "refused with %1: the PLC does not give this address; compare it "
+                       "with the PLC's program")
+                .arg(statusText(outcome.status));
+        case TransferOutcome::LinkLost:
+            return QStringLiteral("not read: %1").arg(outcome.reason);
         case TransferOutcome::NotSent:
             return QStringLiteral("not sent: %1").arg(outcome.reason);
     }

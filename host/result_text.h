@@ -3,6 +3,7 @@
 
 #include <QtCore/QString>
 
+#include "host/data_point.h"
 #include "host/transfer_outcome.h"
 
 namespace plc {
@@ -10,8 +11,15 @@ namespace plc {
 /// What a result number of DataCom() means, in words.
 QString resultText(int result);
 
-/// How a write or read ended and what to do about it, in words: "done", "refused by the PLC …".
-QString outcomeText(const TransferOutcome& outcome);
+/// "status 0x0031"; "no status" for -1.
+QString statusText(int status);
+
+/// How a write ended and what to do about it, in words: "done", "refused: …". Of a write that the
+/// PLC took in part, how much.
+QString writeOutcomeText(const DataPoint& point, const TransferOutcome& outcome);
+
+/// The same of a read.
+QString readOutcomeText(const TransferOutcome& outcome);
 
 /// Why nothing can be written where the project is read-only.
 QString readOnlyText();

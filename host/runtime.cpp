@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/project/symbol_list.h"
+#include "host/read_limits.h"
 #include "host/result_text.h"
 #include "host/value_codec.h"
 #include "host/value_layout.h"
@@ -12,8 +13,14 @@ namespace {
 
 /// ComInfo::writeMode that sends writes to the PLC.
 constexpr int kQueueWrites = 2;
+/// `append` of AddListOnceReadVar().
+constexpr int kAppend = 1;
 /// Status that the driver's callback gives for what it carried out.
 constexpr int kReportDone = 1;
+
+/// Times that a read is asked for alone, or with others, before its refusal is believed. A PLC that
+/// is busy for a moment refuses once.
+constexpr int kMostReadRetries = 2;
 
 /// The driver's callback has no argument for its receiver.
 Runtime* receiverOfReports = nullptr;
@@ -45,6 +52,37 @@ TransferOutcome outcomeOfLoss(bool wasSent, const QString& reason)
     return wasSent ? TransferOutcome::lost(reason) : TransferOutcome::notSent(reason);
 }
 
+/// Where the bytes of an entry lie; those of a bit in the word that its number names.
+FrameEntry placeOf(FrameEntry entry)
+{
+    constexpr quint32 kBitsPerWord = 16;
+    if (entry.isBit)
+        entry.address /= kBitsPerWord;
+    return entry;
+}
+
+int readRetries(const ProjectSettings& project)
+{
+    return qMin(project.retryLimit, kMostReadRetries);
+}
+
+/// A read whose reply no acknowledgement of this connection had the size of.
+RW_VAR inStepRead(FrameEntry place, const Session& session, const ComInfo& settings)
+{
+    place.length = 1;
+    while (session.hasAcknowledged(readReplySize({place})))
+        ++place.length;
+
+    RW_VAR read;
+    read.category = kInStepCategory;
+    read.deviceNo = settings.localDeviceNo;
+    read.station = kStationAlwaysOn;
+    read.areaIndex = place.area;
+    read.address = int(place.address);
+    read.length = int(place.length);
+    return read;
+}
+
 } // namespace
 
 Runtime::Runtime(const DriverFunctions& driver, const Project& project, int cycleTime,
@@ -56,6 +94,8 @@ Runtime::Runtime(const DriverFunctions& driver, const Project& project, int cycl
       m_isReadOnly(project.settings.readOnly),
       m_symbols(symbolList(project)),
       m_points(project, driver),
+      m_reads(kOneShotCategory, m_settings.maxReadBytes, readRetries(project.settings)),
+      m_cyclic(driver, m_settings, kProbeCategory, readRetries(project.settings)),
       m_session(driver, &m_settings, sessionTimes(project.settings, cycleTime), this)
 {
     receiverOfReports = this;
@@ -73,12 +113,9 @@ Runtime::~Runtime()
 
 void Runtime::readCyclically(const QVector<DataPoint>& points, qint64 now)
 {
-    QList<HostVarItem> items;
-    for (const DataPoint& point : points)
-        items.append(cyclicItem(point));
-    m_session.setCyclicEntries(m_driver.reCreatReadVarList(&items));
-    m_values = ValueTable(points, m_staleAfter, now,
-                          [this](const DataPoint& point) { return fetch(point); });
+    m_cyclic.start(points);
+    m_session.setCyclicEntries(m_cyclic.entries());
+    m_values = ValueTable(points, m_staleAfter, longestEntry(m_settings.maxReadBytes), now);
 }
 
 void Runtime::write(const DataPoint& point, const QVector<Value>& values, qint64 now,
@@ -90,8 +127,15 @@ void Runtime::write(const DataPoint& point, const QVector<Value>& values, qint64
     write.buffer = encodeValues(point, values);
     write.pieces = writePieces(point, write.buffer.wireBytes);
     write.settled = std::move(settled);
-    const QString reason =
-        m_isReadOnly ? readOnlyText() : obstacle(point.station, int(write.pieces.size()));
+    ++m_openWrites;
+    QString reason = m_isReadOnly ? readOnlyText() : obstacle(point.station);
+    if (reason.isEmpty() && write.pieces.size() > kDriverListLimit) {
+        reason = QStringLiteral(
+                     "it takes %1 entries and the driver queues %2 at most; write fewer "
+                     "elements at a time")
+                     .arg(write.pieces.size())
+                     .arg(kDriverListLimit);
+    }
     if (!reason.isEmpty()) {
         settle({write}, TransferOutcome::notSent(reason));
         return;
@@ -105,9 +149,8 @@ void Runtime::readOnce(const DataPoint& point, qint64 now, ReadSettled settled)
     OneShotRead read;
     read.tag = ++m_lastTag;
     read.point = point;
-    read.pieces = oneShotPieces(point, m_settings.maxReadBytes);
     read.settled = std::move(settled);
-    const QString reason = obstacle(point.station, int(read.pieces.size()));
+    const QString reason = obstacle(point.station);
     if (!reason.isEmpty()) {
         settle({read}, TransferOutcome::notSent(reason));
         return;
@@ -119,6 +162,8 @@ void Runtime::readOnce(const DataPoint& point, qint64 now, ReadSettled settled)
 void Runtime::switchStation(int station, bool on, qint64 now)
 {
     m_stationsGoingOff.remove(station);
+    m_cyclic.switchStation(station, on);
+    m_session.setCyclicEntries(m_cyclic.entries());
     if (on) {
         m_stationsOff.remove(station);
         m_driver.enCommStation(station, 1);
@@ -140,7 +185,8 @@ void Runtime::switchOffWhereIdle()
 {
     const QSet<int> stations = m_stationsGoingOff;
     for (int station : stations) {
-        if (m_writes.hasUnderWay(station) || m_reads.hasUnderWay(station))
+        if (m_writes.hasUnderWay(station) || m_reads.hasUnderWay(station) ||
+            m_cyclic.probes().hasUnderWay(station))
             continue;
         m_driver.enCommStation(station, 0);
         m_stationsGoingOff.remove(station);
@@ -148,78 +194,175 @@ void Runtime::switchOffWhereIdle()
     }
 }
 
-/// Why a transfer of so many pieces cannot even be queued; empty if it can.
-QString Runtime::obstacle(int station, int pieces) const
+/// Why a transfer cannot even be queued; empty if it can.
+QString Runtime::obstacle(int station) const
 {
     if (!m_linkDownReason.isEmpty())
         return QStringLiteral("the link is down: %1").arg(m_linkDownReason);
-    if (m_stationsOff.contains(station) || m_stationsGoingOff.contains(station))
+    if (isStationOff(station))
         return QStringLiteral("station %1 is switched off").arg(station);
-    if (pieces > kDriverListLimit) {
-        return QStringLiteral(
-                   "it takes %1 entries and the driver queues %2 at most; move fewer "
-                   "elements at a time")
-            .arg(pieces)
-            .arg(kDriverListLimit);
-    }
     return QString();
 }
 
-bool Runtime::prepareRequest()
+bool Runtime::prepareRequest(qint64 now, bool passIsDue)
 {
     switchOffWhereIdle();
-    m_writes.handOver(m_driver);
-    const TransferOutcome refused = TransferOutcome::notSent(
-        QStringLiteral("the driver does not take it; read fewer values at a time"));
-    // Whoever is told of a refused read may queue another one.
-    for (;;) {
-        const QVector<OneShotRead> reads = m_reads.handOver(m_driver, m_settings.localDeviceNo);
-        if (reads.isEmpty())
-            break;
-        settle(reads, refused);
+    // What went out now might get the reply that is still due to the doubted write.
+    if (m_isInDoubt) {
+        askWhetherInStep(passIsDue);
+        return true;
     }
-    return m_writes.hasUnderWay() || m_reads.hasUnderWay();
+    m_writes.handOver(m_driver);
+    handOverReads(now, passIsDue);
+    return m_writes.hasUnderWay() || m_reads.hasUnderWay() || m_cyclic.probes().hasUnderWay();
+}
+
+/// The driver has the entries of one request at a time: of the host's reads, or of a probe. A probe
+/// never goes before a cyclic read that is due and waited for another probe.
+void Runtime::handOverReads(qint64 now, bool passIsDue)
+{
+    const bool mayProbe = !passIsDue || !m_lastWasProbe || m_cyclic.entries() == 0;
+    if (!m_cyclic.probes().hasUnderWay())
+        m_reads.handOver(m_driver, m_settings.localDeviceNo);
+    if (!m_reads.hasUnderWay() && mayProbe)
+        m_cyclic.probe(now);
+}
+
+/// Has something read whose reply no acknowledgement can be mistaken for. A cyclic read that goes
+/// out anyway does as well.
+void Runtime::askWhetherInStep(bool passIsDue)
+{
+    if (passIsDue && m_cyclic.entries() > 0 && m_stationsOff.isEmpty() &&
+        !m_cyclicReadsProveNothing)
+        return;
+    if (std::exchange(m_asksWhetherInStep, true))
+        return;
+    RW_VAR read = inStepRead(m_readable, m_session, m_settings);
+    m_driver.addListOnceReadVar(&read, kAppend);
 }
 
 void Runtime::requestSent(const SentRequest& request)
 {
     ++m_counters.requests;
-    if (request.content.service == Service::Write)
+    const int entries = int(request.content.entries.size());
+    if (request.content.service == Service::Write) {
         m_writes.requestSent(request.content.entries);
-    else if (request.category == kOneShotCategory && request.content.service == Service::Read)
-        m_reads.requestSent(request.content.entries);
+        if (m_readable.length == 0)
+            m_readable = placeOf(request.content.entries.first());
+    } else if (request.content.service == Service::Read && request.category == kOneShotCategory) {
+        m_reads.requestSent(entries);
+    } else if (request.content.service == Service::Read && request.category == kProbeCategory) {
+        m_cyclic.probeSent(entries);
+    } else if (request.content.service == Service::Read && request.category == kCyclicCategory) {
+        m_cyclic.requestSent(request.content.entries);
+    }
+    if (request.content.service == Service::Read)
+        m_lastWasProbe = request.category == kProbeCategory;
     m_listener->requestSent(request);
 }
 
 void Runtime::requestAnswered(const SentRequest& request, const Answer& answer,
                               const QByteArray& reply, qint64 now)
 {
-    const bool isAccepted = answer.kind == Answer::Accepted;
-    ++(isAccepted ? m_counters.accepted : m_counters.refused);
+    ++(answer.kind == Answer::Accepted ? m_counters.accepted : m_counters.refused);
     m_requestRate.count(now);
     m_listener->requestAnswered(request, answer, reply);
-    if (isAccepted && request.content.service == Service::Read)
-        m_values.replyAccepted(request.content.entries, now);
-    if (isAccepted || answer.kind == Answer::Abandoned) {
-        settleRequest(request, answer);
+    if (answer.isInStep)
+        settleDoubted();
+    if (answer.mayBeCopy)
+        m_isInDoubt = true;
+    if (request.content.service == Service::Read)
+        settleReadRequest(request, answer, reply, now);
+    else if (request.content.service == Service::Write)
+        settleWriteRequest(answer);
+    if (answer.kind == Answer::Accepted || answer.kind == Answer::Abandoned)
         settleReports(answer);
-    }
+    m_session.setCyclicEntries(m_cyclic.entries());
     m_listener->requestSettled();
 }
 
-void Runtime::settleRequest(const SentRequest& request, const Answer& answer)
+void Runtime::settleWriteRequest(const Answer& answer)
 {
+    QVector<Write> settled;
+    if (answer.kind == Answer::Accepted)
+        settled = m_writes.requestAccepted();
+    else if (answer.kind == Answer::Abandoned)
+        settled = m_writes.requestAbandoned();
+    if (!m_isInDoubt) {
+        settle(settled, transferOutcome(answer));
+        return;
+    }
+    for (const Write& write : std::as_const(settled))
+        m_doubted.append({write, transferOutcome(answer)});
+}
+
+void Runtime::settleReadRequest(const SentRequest& request, const Answer& answer,
+                                const QByteArray& reply, qint64 now)
+{
+    const QVector<FrameEntry>& entries = request.content.entries;
+    if (answer.kind != Answer::Accepted && answer.kind != Answer::Refused)
+        return;
     const bool isAccepted = answer.kind == Answer::Accepted;
-    const TransferOutcome outcome = transferOutcome(answer);
-    if (request.content.service == Service::Write) {
-        settle(isAccepted ? m_writes.requestAccepted() : m_writes.requestAbandoned(), outcome);
-    } else if (request.category == kOneShotCategory && request.content.service == Service::Read) {
-        settle(isAccepted ? m_reads.requestAccepted() : m_reads.requestAbandoned(), outcome);
+    const QVector<QByteArray> blocks =
+        isAccepted ? readReplyBlocks(reply, entries) : QVector<QByteArray>();
+    // Of the read that shows whether replies fit, only the size counts.
+    if (isAccepted && request.category != kInStepCategory)
+        showValues(request, blocks, now);
+    if (request.category == kInStepCategory)
+        m_asksWhetherInStep = false;
+    if (request.category == kOneShotCategory) {
+        const std::vector<SettledRead> settled =
+            isAccepted ? m_reads.requestAccepted(blocks, request.sentAt)
+                       : m_reads.requestRefused(int(entries.size()));
+        for (const SettledRead& read : settled)
+            read.read.settled(transferOutcome(answer), read.bytes);
+    } else {
+        settleCyclicRequest(request, answer, blocks, now);
     }
 }
 
+void Runtime::settleCyclicRequest(const SentRequest& request, const Answer& answer,
+                                  const QVector<QByteArray>& blocks, qint64 now)
+{
+    const QVector<FrameEntry>& entries = request.content.entries;
+    const bool isAccepted = answer.kind == Answer::Accepted;
+    if (request.category == kCyclicCategory) {
+        m_cyclicReadsProveNothing = m_isInDoubt;
+        if (!isAccepted)
+            m_cyclic.requestRefused(entries);
+    } else if (request.category == kProbeCategory && isAccepted) {
+        m_cyclic.probeAccepted(blocks, request.sentAt);
+    } else if (request.category == kProbeCategory) {
+        for (int row : m_cyclic.probeRefused(int(entries.size()), now)) {
+            const bool wasKnown = m_values.isRefused(row);
+            m_values.refused(row, answer.status);
+            if (!wasKnown)
+                m_listener->valueRefused(row);
+        }
+    }
+}
+
+void Runtime::showValues(const SentRequest& request, const QVector<QByteArray>& blocks, qint64 now)
+{
+    if (!request.content.entries.isEmpty())
+        m_readable = request.content.entries.first();
+    for (int row : m_values.replyAccepted(request.content.entries, blocks, request.sentAt, now))
+        m_listener->valueGivenAgain(row);
+}
+
+/// The replies fit their requests: each write got its own.
+void Runtime::settleDoubted()
+{
+    m_isInDoubt = false;
+    m_cyclicReadsProveNothing = false;
+    const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
+    for (const DoubtedWrite& settled : doubted)
+        settle({settled.write}, settled.outcome);
+}
+
 /// The driver's own reports settle what the frames have not: a login that is abandoned takes the
-/// head of the batch with it that it was to precede.
+/// head of the batch with it that it was to precede. Reads are settled by the frames alone: of a
+/// refused one the driver only knows that it is over.
 void Runtime::settleReports(const Answer& answer)
 {
     const QVector<Report> reports = std::exchange(m_reports, {});
@@ -229,15 +372,15 @@ void Runtime::settleReports(const Answer& answer)
             report.status == kReportDone ? TransferOutcome::Done : TransferOutcome::Refused;
         if (report.category == kWriteCategory)
             settle(m_writes.take(report.tag), outcome);
-        else if (report.category == kOneShotCategory)
-            settle(m_reads.take(report.tag), outcome);
     }
 }
 
 void Runtime::linkChanged(LinkState state, const QString& reason, int retryDelay)
 {
-    if (state == LinkState::Up)
+    if (state == LinkState::Up) {
         m_linkDownReason.clear();
+        m_cyclic.linkUp();
+    }
     if (state == LinkState::Down) {
         if (retryDelay >= 0)
             ++m_counters.linkLosses;
@@ -245,12 +388,26 @@ void Runtime::linkChanged(LinkState state, const QString& reason, int retryDelay
         m_reports.clear();
     }
     m_listener->linkChanged(state, reason, retryDelay);
-    if (state != LinkState::Down)
-        return;
+    if (state == LinkState::Down)
+        giveUpTransfers(reason);
+}
+
+void Runtime::giveUpTransfers(const QString& reason)
+{
+    m_isInDoubt = false;
+    m_asksWhetherInStep = false;
+    m_cyclicReadsProveNothing = false;
+    m_readable = FrameEntry();
+    const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
+    for (const DoubtedWrite& unsure : doubted)
+        settle({unsure.write}, TransferOutcome::lost(reason));
     for (const Write& write : m_writes.takeAll())
         settle({write}, outcomeOfLoss(write.wasSent, reason));
     for (const OneShotRead& read : m_reads.takeAll())
         settle({read}, outcomeOfLoss(read.wasSent, reason));
+    m_cyclic.linkDown();
+    m_values.linkLost();
+    m_session.setCyclicEntries(m_cyclic.entries());
     switchOffWhereIdle();
 }
 
@@ -259,23 +416,21 @@ void Runtime::noteReport(int, int category, int tag, int status)
     receiverOfReports->m_reports.append({category, tag, status});
 }
 
-void Runtime::settle(const QVector<Write>& writes, const TransferOutcome& outcome) const
+void Runtime::settle(const QVector<Write>& writes, const TransferOutcome& outcome)
 {
-    for (const Write& write : writes)
-        write.settled(outcome);
+    for (const Write& write : writes) {
+        --m_openWrites;
+        TransferOutcome itsOutcome = outcome;
+        if (!outcome.isDone())
+            itsOutcome.taken = write.accepted / qMax(1, write.point.type->size);
+        write.settled(itsOutcome);
+    }
 }
 
-void Runtime::settle(const QVector<OneShotRead>& reads, const TransferOutcome& outcome) const
+void Runtime::settle(const std::vector<OneShotRead>& reads, const TransferOutcome& outcome)
 {
     for (const OneShotRead& read : reads)
-        read.settled(outcome, outcome.isDone() ? fetch(read.point) : QByteArray());
-}
-
-QByteArray Runtime::fetch(const DataPoint& point) const
-{
-    QByteArray bytes;
-    m_driver.getRegisterData(point.label, 0, 0, 0, &bytes, readCount(point));
-    return bytes;
+        read.settled(outcome, QByteArray());
 }
 
 } // namespace plc

@@ -5,6 +5,7 @@
 #include <QtCore/QSet>
 #include <QtCore/QVector>
 
+#include "host/cyclic_reads.h"
 #include "host/data_point.h"
 #include "host/driver_library.h"
 #include "host/project/project.h"
@@ -27,6 +28,10 @@ public:
                                  const QByteArray& reply) = 0;
     /// The values of the answered request are in the table, and its transfers are settled.
     virtual void requestSettled() {}
+    /// The PLC refuses to give this cyclic value, alone as well, for the first time; or gives it
+    /// again after that.
+    virtual void valueRefused(int row) { Q_UNUSED(row) }
+    virtual void valueGivenAgain(int row) { Q_UNUSED(row) }
 };
 
 /// What was exchanged since the start.
@@ -61,13 +66,21 @@ public:
     void write(const DataPoint& point, const QVector<Value>& values, qint64 now,
                WriteSettled settled);
     void readOnce(const DataPoint& point, qint64 now, ReadSettled settled);
+    /// Writes that are not settled.
+    int openWrites() const { return m_openWrites; }
 
     /// Switches a station off or on. Writes that wait for a station going off end unsent; what the
     /// driver already has is carried out first.
     void switchStation(int station, bool on, qint64 now);
+    /// Whether nothing is asked of the station any more.
+    bool isStationOff(int station) const
+    {
+        return m_stationsOff.contains(station) || m_stationsGoingOff.contains(station);
+    }
 
 private:
-    bool prepareRequest() override;
+    bool prepareRequest(qint64 now, bool passIsDue) override;
+    qint64 preparesAt() const override { return m_cyclic.retryAt(); }
     void requestSent(const SentRequest& request) override;
     void requestAnswered(const SentRequest& request, const Answer& answer, const QByteArray& reply,
                          qint64 now) override;
@@ -75,13 +88,21 @@ private:
 
     static void noteReport(int hostTag, int category, int tag, int status);
 
-    QString obstacle(int station, int pieces) const;
+    QString obstacle(int station) const;
     void switchOffWhereIdle();
-    void settleRequest(const SentRequest& request, const Answer& answer);
+    void handOverReads(qint64 now, bool passIsDue);
+    void askWhetherInStep(bool passIsDue);
+    void settleWriteRequest(const Answer& answer);
+    void settleReadRequest(const SentRequest& request, const Answer& answer,
+                           const QByteArray& reply, qint64 now);
+    void settleCyclicRequest(const SentRequest& request, const Answer& answer,
+                             const QVector<QByteArray>& blocks, qint64 now);
+    void showValues(const SentRequest& request, const QVector<QByteArray>& blocks, qint64 now);
     void settleReports(const Answer& answer);
-    void settle(const QVector<Write>& writes, const TransferOutcome& outcome) const;
-    void settle(const QVector<OneShotRead>& reads, const TransferOutcome& outcome) const;
-    QByteArray fetch(const DataPoint& point) const;
+    void settleDoubted();
+    void giveUpTransfers(const QString& reason);
+    void settle(const QVector<Write>& writes, const TransferOutcome& outcome);
+    static void settle(const std::vector<OneShotRead>& reads, const TransferOutcome& outcome);
 
     const DriverFunctions& m_driver;
     RuntimeListener* const m_listener;
@@ -93,6 +114,19 @@ private:
     ValueTable m_values;
     WriteTracker m_writes;
     ReadTracker m_reads;
+    CyclicReads m_cyclic;
+    int m_openWrites = 0;
+    /// Writes whose outcome is told once it is sure that the reply was their own.
+    struct DoubtedWrite {
+        Write write;
+        TransferOutcome outcome;
+    };
+    QVector<DoubtedWrite> m_doubted;
+    bool m_isInDoubt = false;
+    bool m_asksWhetherInStep = false;       ///< The driver has the read that shows it.
+    bool m_cyclicReadsProveNothing = false; ///< Their replies have the size of the doubted one.
+    bool m_lastWasProbe = false;
+    FrameEntry m_readable; ///< A place that the PLC gave, or at least took.
     int m_lastTag = 0;
     QString
         m_linkDownReason; ///< Why the PLC is away; empty while it is not, or is not known to be.

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <tuple>
 
+#include "host/cyclic_reads.h"
 #include "host/project/value_limits.h"
+#include "host/read_limits.h"
 #include "host/value_layout.h"
 
 namespace plc {
@@ -17,10 +19,6 @@ constexpr int kLoginReplySize = kFrameHeaderSize + 200;
 
 /// The driver merges nothing.
 constexpr int kSmallestEntry = 1;
-/// What the entries of a read request may add up to, each counted with one byte more, and how many
-/// there may be.
-constexpr int kRequestBudget = 999;
-constexpr int kMostEntries = 99;
 /// An entry takes a reply of its own from this size on; larger ones are tried in steps.
 constexpr int kShortestLongEntry = 1000;
 constexpr double kStep = 1.1;
@@ -97,8 +95,6 @@ ScanPlanner::ScanPlanner(const DriverFunctions& driver, const ProjectSettings& p
                          const QVector<DataPoint>& points)
     : m_driver(driver), m_points(points), m_settings(driverSettings(project))
 {
-    for (const DataPoint& point : points)
-        m_items.append(cyclicItem(point));
     for (const Span& span : coverage(points, false))
         m_valueBytes += span.size();
     m_driver.setComInfo(&m_settings);
@@ -106,9 +102,14 @@ ScanPlanner::ScanPlanner(const DriverFunctions& driver, const ProjectSettings& p
 
 ScanPlanner::~ScanPlanner()
 {
+    clearList();
+    m_driver.setComInfo(nullptr);
+}
+
+void ScanPlanner::clearList()
+{
     QList<HostVarItem> nothing;
     m_driver.reCreatReadVarList(&nothing);
-    m_driver.setComInfo(nullptr);
 }
 
 ScanPlan ScanPlanner::plan(int maxReadBytes)
@@ -116,7 +117,14 @@ ScanPlan ScanPlanner::plan(int maxReadBytes)
     ScanPlan plan;
     plan.maxReadBytes = maxReadBytes;
     m_settings.maxReadBytes = maxReadBytes;
-    plan.entries = m_driver.reCreatReadVarList(&m_items);
+    clearList();
+    QVector<ScanValue> values;
+    for (const DataPoint& point : m_points)
+        values.append(scanValue(int(values.size()), point, maxReadBytes));
+    for (const ScanEntry& entry : layOutScan(values, maxReadBytes)) {
+        RW_VAR record = cyclicRecord(entry, m_points[entry.rows.first()].label, m_settings);
+        plan.entries = m_driver.addListReadVar(&record);
+    }
     for (int entries = 0; entries < plan.entries;) {
         const Protocol* next = m_driver.comCommunication();
         const RequestContent request = parseRequest(next->frame);
@@ -172,8 +180,8 @@ ScanPlan ScanPlanner::best(const NetworkModel& network, const ScanPlan& asItIs,
 QVector<int> ScanPlanner::candidates() const
 {
     QVector<int> sizes;
-    for (int entries = 1; entries <= kMostEntries; ++entries)
-        sizes.append(kRequestBudget / entries - 1);
+    for (int entries = 1; entries <= kMostReadEntries; ++entries)
+        sizes.append(kReadRequestBudget / entries - kReadEntryOverhead);
     for (int size = kSmallestEntry; size < sizes.last(); size *= 2)
         sizes.append(size);
     double longSize = kShortestLongEntry;

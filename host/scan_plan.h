@@ -8,6 +8,7 @@
 #include "host/data_point.h"
 #include "host/driver_library.h"
 #include "host/project/project.h"
+#include "host/scan_layout.h"
 
 namespace plc {
 
@@ -37,8 +38,9 @@ double scanTime(const ScanPlan& plan, const NetworkModel& network);
 /// Share of the memory bytes that are gap, 0 to 1.
 double gapShare(const ScanPlan& plan);
 
-/// Plans scans with the driver itself: hands it the values and answers its requests with zeros. The
-/// driver library serves one planner or one runtime at a time.
+/// Plans scans with the layout that a runtime uses and with the driver itself: hands it the entries
+/// and answers its requests with zeros. The driver library serves one planner or one runtime at a
+/// time.
 class ScanPlanner {
 public:
     /// The driver must have the symbols of the project. It must outlive the planner.
@@ -62,11 +64,11 @@ public:
 private:
     QVector<int> candidates() const;
     bool hasFewPieces(int maxReadBytes) const;
+    void clearList();
     void answer(int replySize);
 
     const DriverFunctions& m_driver;
     const QVector<DataPoint> m_points;
-    QList<HostVarItem> m_items;
     ComInfo m_settings;
     qint64 m_valueBytes = 0;
 };

@@ -1,6 +1,7 @@
 #include "host/session.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/transfer_queue.h"
 
@@ -9,8 +10,6 @@ namespace {
 
 /// Marks the read that is queued only to be given up.
 constexpr int kForgetLoginCategory = 3;
-/// No station can be switched off under this number.
-constexpr int kStationAlwaysOn = -1;
 
 /// Numbers of DataCom().
 constexpr int kNotFinished = 0;
@@ -31,6 +30,24 @@ Answer::Kind answerKind(int result)
         default:
             return Answer::Abandoned;
     }
+}
+
+/// Good, and without a single block: the driver takes it for the end of any read and stores
+/// nothing.
+QByteArray emptyReply()
+{
+    return QByteArray::fromHex("BBBB000000020000");
+}
+
+bool isLoginService(Service service)
+{
+    return service == Service::Identification || service == Service::File;
+}
+
+/// The earlier of two times, of which -1 is never.
+qint64 earlier(qint64 a, qint64 b)
+{
+    return a < 0 || b < 0 ? qMax(a, b) : qMin(a, b);
 }
 
 /// Sets a flag for as long as it lives.
@@ -81,7 +98,6 @@ void Session::connected(qint64 now)
     m_state = State::Ready;
     m_entriesOfPass = 0;
     m_nextPassAt = now;
-    m_patienceUntil = now;
     m_observer->linkChanged(LinkState::Up, QString(), -1);
     requestNext(now);
 }
@@ -104,7 +120,10 @@ void Session::received(const QByteArray& bytes, qint64 now)
     if (m_state != State::AwaitingReply)
         return;
     m_collector.append(bytes);
-    if (!m_collector.mayBeFrame()) {
+    // The clock counts when the bytes are looked at: whatever held them up, they come too late.
+    if (now >= m_deadline) {
+        loseLink(lateReason(), now);
+    } else if (!m_collector.mayBeFrame()) {
         loseLink(QStringLiteral("what answers does not speak the block protocol: its reply begins "
                                 "with %1, not with BB BB")
                      .arg(m_collector.beginning()),
@@ -131,12 +150,7 @@ void Session::tick(qint64 now)
             requestNext(now);
             break;
         case State::AwaitingReply:
-            loseLink(m_collector.size() == 0
-                         ? QStringLiteral("no reply within %1 ms").arg(m_times.replyTimeout)
-                         : QStringLiteral("only %1 bytes of a reply within %2 ms")
-                               .arg(m_collector.size())
-                               .arg(m_times.replyTimeout),
-                     now);
+            loseLink(lateReason(), now);
             break;
         case State::Stopped:
             break;
@@ -164,7 +178,7 @@ qint64 Session::nextDeadline() const
         case State::Stopped:
             return -1;
         case State::Ready:
-            return m_idle ? -1 : qMax(m_nextPassAt, m_patienceUntil);
+            return earlier(m_idle ? -1 : m_nextPassAt, m_observer->preparesAt());
         case State::Waiting:
         case State::Connecting:
         case State::AwaitingReply:
@@ -200,8 +214,8 @@ void Session::requestNext(qint64 now)
 {
     m_state = State::Ready;
     m_idle = false;
-    const bool isUrgent = m_observer->prepareRequest();
-    if (now < m_patienceUntil || (now < m_nextPassAt && !isUrgent))
+    const bool isUrgent = m_observer->prepareRequest(now, now >= m_nextPassAt);
+    if (now < m_nextPassAt && !isUrgent)
         return;
     Protocol* request = m_driver.comCommunication();
     // A null may only mean that writes or one-shot reads had their turns; it gives them new ones.
@@ -215,11 +229,10 @@ void Session::requestNext(qint64 now)
 
 void Session::send(const Protocol& request, qint64 now)
 {
-    m_request = {request.frame, parseRequest(request.frame), request.var.category};
+    m_request = {request.frame, parseRequest(request.frame), request.var.category, now};
     m_sizeIsOpen = request.replyLength == -1;
     m_collector.clear();
     m_state = State::AwaitingReply;
-    m_sentAt = now;
     m_deadline = now + m_times.replyTimeout;
     m_actions.append({SessionAction::Send, m_request.frame});
     m_observer->requestSent(m_request);
@@ -228,55 +241,73 @@ void Session::send(const Protocol& request, qint64 now)
 void Session::takeReply(qint64 now)
 {
     const QByteArray reply = m_collector.frame();
-    const int surplus = m_collector.surplus();
     const QString misfit = misfitReason(reply);
     m_lastReplies[m_request.content.service] = reply;
     if (!misfit.isEmpty()) {
-        const Answer answer{Answer::Misfit, 0, replyStatus(reply)};
+        const Answer answer{Answer::Misfit, 0, replyStatus(reply), false, false};
         m_observer->requestAnswered(m_request, answer, reply, now);
         loseLink(misfit, now);
         return;
     }
-    const Answer answer = handOver(reply);
+    const Answer answer = judge(reply);
     m_state = State::Ready;
     if (answer.kind == Answer::Accepted)
         noteAccepted(now);
-    else if (answer.kind == Answer::Abandoned)
-        noteAbandoned(now);
+    else if (answer.kind == Answer::Refused)
+        countPass(now);
     m_observer->requestAnswered(m_request, answer, reply, now);
     if (answer.kind == Answer::LoginRefused)
         loseLink(QStringLiteral("the PLC refused the login"), now);
     else if (answer.kind == Answer::Abandoned && m_request.content.isLogin())
         // With it the driver has dropped the batch that waited behind it, which no frame named.
         loseLink(QStringLiteral("the login failed: result %1").arg(answer.result), now);
-    else if (surplus > 0)
-        loseLink(QStringLiteral("the PLC sent %1 bytes behind its reply").arg(surplus), now);
     else
         requestNext(now);
 }
 
-/// Why a good reply cannot be the one to this request; empty if it can. The size of a reply to a
+/// Why a reply cannot be the one to this request; empty if it can. The size of a good reply to a
 /// read is known beforehand, and nothing else tells it from a reply to another read. What a PLC
 /// sends to a write is for the PLC to choose, but it is no second copy of what it sent to a login
 /// or a read.
 QString Session::misfitReason(const QByteArray& reply)
 {
-    if (replyStatus(reply) != 0)
-        return QString();
     const RequestContent& content = m_request.content;
+    // Which of the two is the reply, and which the stray one, nobody can tell.
+    if (m_collector.surplus() > 0) {
+        return QStringLiteral("the PLC sent %1 bytes behind its reply").arg(m_collector.surplus());
+    }
+    if (replyStatus(reply) != 0) {
+        if (content.service == Service::Read && m_isWriteDoubted)
+            return QStringLiteral("a refusal may be that of the write before this read");
+        return QString();
+    }
     if (content.service == Service::Read && reply.size() != readReplySize(content.entries)) {
         return QStringLiteral("a reply of %1 bytes answers a read whose data take %2")
             .arg(reply.size())
             .arg(readReplySize(content.entries));
     }
+    if (content.service == Service::Read && isLoginCopy(reply))
+        return QStringLiteral("the PLC sent its reply to a login twice");
     if (content.service == Service::Write && isSecondCopy(reply))
         return QStringLiteral("the PLC sent its reply to a login or a read twice");
-    // A PLC may well answer both frames of a login alike; it then does so at every login.
-    if (content.service == Service::File && isSecondCopy(reply) && !m_loginWasAlike) {
-        m_loginWasAlike = true;
-        return QStringLiteral("the PLC sent its first reply to the login twice");
+    if (content.service == Service::File) {
+        // A PLC may well answer both frames of a login alike; it then does so at every login.
+        const bool wasAlike = std::exchange(m_loginWasAlike, isSecondCopy(reply));
+        if (m_loginWasAlike && !wasAlike)
+            return QStringLiteral("the PLC sent its first reply to the login twice");
     }
     return QString();
+}
+
+QString Session::lateReason() const
+{
+    if (m_collector.size() == 0)
+        return QStringLiteral("no reply within %1 ms").arg(m_times.replyTimeout);
+    if (m_collector.isComplete())
+        return QStringLiteral("the reply came later than within %1 ms").arg(m_times.replyTimeout);
+    return QStringLiteral("only %1 bytes of a reply within %2 ms")
+        .arg(m_collector.size())
+        .arg(m_times.replyTimeout);
 }
 
 /// Whether the last reply to a request of another service was the same.
@@ -285,6 +316,46 @@ bool Session::isSecondCopy(const QByteArray& reply) const
     return std::any_of(m_lastReplies.begin(), m_lastReplies.end(), [&](const auto& last) {
         return last.first != m_request.content.service && last.second == reply;
     });
+}
+
+bool Session::isLoginCopy(const QByteArray& reply) const
+{
+    return std::any_of(m_lastReplies.begin(), m_lastReplies.end(), [&reply](const auto& last) {
+        return isLoginService(last.first) && last.second == reply;
+    });
+}
+
+/// Has the driver judge the reply. One that refuses a read is not shown to it.
+Answer Session::judge(const QByteArray& reply)
+{
+    const bool isRefusedRead =
+        m_request.content.service == Service::Read && replyStatus(reply) != 0;
+    Answer answer = handOver(isRefusedRead ? emptyReply() : reply);
+    if (isRefusedRead)
+        answer = {Answer::Refused, 0, replyStatus(reply), false, false};
+    noteSize(reply, &answer);
+    return answer;
+}
+
+/// A write's reply of a size that was seen before may be a copy. A good reply to another request,
+/// of a size that no write's reply had, is none that was left over from a write.
+void Session::noteSize(const QByteArray& reply, Answer* answer)
+{
+    const int size = int(reply.size());
+    const bool isNew = !m_replySizes.contains(size);
+    m_replySizes.insert(size);
+    if (m_request.content.service == Service::Write) {
+        answer->mayBeCopy = !isNew || !m_isInStep;
+        m_isInStep = !answer->mayBeCopy;
+        m_isWriteDoubted = answer->mayBeCopy;
+        m_writeReplySizes.insert(size);
+    } else if (m_request.content.service == Service::File && m_loginWasAlike) {
+        m_isInStep = false;
+    } else if (answer->kind == Answer::Accepted && !m_writeReplySizes.contains(size)) {
+        m_isInStep = true;
+        m_isWriteDoubted = false;
+    }
+    answer->isInStep = m_isInStep;
 }
 
 Answer Session::handOver(QByteArray reply)
@@ -307,15 +378,6 @@ void Session::noteAccepted(qint64 now)
     if (m_request.content.isLogin())
         return;
     m_backoff.reset();
-    m_abandonedInARow = 0;
-    countPass(now);
-}
-
-/// One refused request among others costs no time; a PLC that refuses everything is not flooded.
-void Session::noteAbandoned(qint64 now)
-{
-    if (++m_abandonedInARow > 1)
-        m_patienceUntil = now + m_backoff.next();
     countPass(now);
 }
 
@@ -324,7 +386,7 @@ void Session::countPass(qint64 now)
     if (m_request.category != kCyclicCategory || m_request.content.service != Service::Read)
         return;
     if (m_entriesOfPass == 0)
-        m_passStart = m_sentAt;
+        m_passStart = m_request.sentAt;
     m_entriesOfPass += int(m_request.content.entries.size());
     if (m_entriesOfPass < m_cyclicEntries)
         return;
@@ -347,7 +409,10 @@ void Session::close(State next)
     m_state = next;
     m_collector.clear();
     m_lastReplies.clear();
-    m_abandonedInARow = 0;
+    m_replySizes.clear();
+    m_writeReplySizes.clear();
+    m_isInStep = true;
+    m_isWriteDoubted = false;
     m_actions.append({SessionAction::Close, QByteArray()});
     giveUpEverything();
 }

@@ -2,6 +2,7 @@
 #define PLC_HOST_SESSION_H
 
 #include <QtCore/QByteArray>
+#include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
@@ -38,21 +39,28 @@ struct SessionAction {
 struct SentRequest {
     QByteArray frame;
     RequestContent content;
-    int category = 0; ///< RW_VAR::category of the variable at its head.
+    int category = 0;  ///< RW_VAR::category of the variable at its head.
+    qint64 sentAt = 0; ///< Milliseconds, as all times here.
 };
 
 /// How the driver judged a reply.
 struct Answer {
     enum Kind {
         Accepted,
+        Refused,   ///< A read that the PLC does not carry out.
         Retried,   ///< Not accepted; the request goes out again.
         Abandoned, ///< Not accepted, for the last time.
         LoginRefused,
         Misfit ///< No reply to this request, and so not shown to the driver; the link is lost.
     };
     Kind kind = Accepted;
-    int result = 0;  ///< Of DataCom().
+    int result = 0;  ///< Of DataCom(); 0 when it was not asked.
     int status = -1; ///< In the reply; -1 when it has none.
+    /// The reply to a write may as well be a second copy of an earlier reply of this connection. A
+    /// later answer that is inStep proves that it was none.
+    bool mayBeCopy = false;
+    /// This reply cannot be one that is left over from a write, so none is left over.
+    bool isInStep = false;
 };
 
 enum class LinkState { Down, Connecting, Up };
@@ -63,9 +71,11 @@ class SessionObserver {
 public:
     virtual ~SessionObserver() = default;
 
-    /// The driver is about to be asked for a request. Returns whether something in its lists should
-    /// not wait for the next pass of cyclic reads.
-    virtual bool prepareRequest() = 0;
+    /// The driver is about to be asked for a request. `passIsDue` says whether cyclic reads may go
+    /// out now. Returns whether something in the driver's lists should not wait for them.
+    virtual bool prepareRequest(qint64 now, bool passIsDue) = 0;
+    /// When prepareRequest() wants to be called at the latest; -1: no matter when.
+    virtual qint64 preparesAt() const = 0;
     virtual void requestSent(const SentRequest& request) = 0;
     virtual void requestAnswered(const SentRequest& request, const Answer& answer,
                                  const QByteArray& reply, qint64 now) = 0;
@@ -77,11 +87,21 @@ public:
 /// The conversation between the driver and one PLC, without socket and clock: events come in with
 /// the time, actions go out.
 ///
-/// The protocol has no transaction number. What ties a reply to its request is that the request is
-/// the only one on the connection, that a good reply to a read has the size that the request asks
-/// for, and that one to a write has none worth mentioning. Whenever that tie is in doubt (no whole
-/// reply in time, bytes that nobody asked for, a reply of another size) the connection is closed
-/// and never used again.
+/// The protocol has no transaction number. What ties a reply to its request:
+///
+/// 1. The request is the only one on the connection, and its reply was there, and looked at, before
+///    its time was over.
+/// 2. A good reply to a read has the size that the request asks for, and is no copy of a reply to
+///    the login.
+/// 3. Nothing follows a reply before the next request.
+/// 4. A reply to a write has no size that is known beforehand. When it has the size of an earlier
+///    reply of the connection it may be a copy of that one; see Answer::mayBeCopy.
+///
+/// Whenever that tie is in doubt the connection is closed and never used again.
+///
+/// A read that the PLC refuses is at an end with that: the driver is told that it is done and has
+/// brought nothing, so that it keeps its login and goes on with the next request. A refused write
+/// is handed to the driver, which repeats it as often as its settings say.
 class Session {
 public:
     /// `settings` is the record that the driver was given; all must outlive the session.
@@ -111,6 +131,8 @@ public:
     void setCyclicEntries(int count) { m_cyclicEntries = count; }
     /// Passes in which every entry was asked for, whether the PLC gave it or not.
     int passes() const { return m_passes; }
+    /// Whether a reply to a write of this connection had this size.
+    bool hasAcknowledged(int replySize) const { return m_writeReplySizes.contains(replySize); }
 
 private:
     enum class State { Stopped, Waiting, Connecting, Ready, AwaitingReply };
@@ -120,10 +142,13 @@ private:
     void send(const Protocol& request, qint64 now);
     void takeReply(qint64 now);
     QString misfitReason(const QByteArray& reply);
+    QString lateReason() const;
     bool isSecondCopy(const QByteArray& reply) const;
+    bool isLoginCopy(const QByteArray& reply) const;
+    Answer judge(const QByteArray& reply);
+    void noteSize(const QByteArray& reply, Answer* answer);
     Answer handOver(QByteArray reply);
     void noteAccepted(qint64 now);
-    void noteAbandoned(qint64 now);
     void countPass(qint64 now);
     void loseLink(const QString& reason, qint64 now);
     void close(State next);
@@ -144,19 +169,20 @@ private:
     QVector<SessionAction> m_actions;
 
     SentRequest m_request;
-    qint64 m_sentAt = 0;
     bool m_sizeIsOpen = false; ///< The driver has not been told the size of the reply yet.
     ReplyCollector m_collector;
     std::map<Service, QByteArray> m_lastReplies; ///< To each service on this connection.
-    bool m_loginWasAlike = false;                ///< Both replies of a login were the same once.
-    int m_abandonedInARow = 0;
+    QSet<int> m_replySizes;                      ///< Of all replies on this connection.
+    QSet<int> m_writeReplySizes;                 ///< Of those to writes.
+    bool m_isInStep = true;                      ///< No reply can be left over on this connection.
+    bool m_isWriteDoubted = false; ///< Because the reply to a write may have been a copy.
+    bool m_loginWasAlike = false;  ///< Both replies of the login before this one were the same.
 
     int m_cyclicEntries = 0;
     int m_entriesOfPass = 0; ///< Asked for so far.
     int m_passes = 0;
     qint64 m_passStart = 0;
-    qint64 m_nextPassAt = 0;    ///< Until then only what is urgent is sent.
-    qint64 m_patienceUntil = 0; ///< Until then nothing is sent: the PLC keeps refusing.
+    qint64 m_nextPassAt = 0; ///< Until then only what is urgent is sent.
 };
 
 } // namespace plc

@@ -23,11 +23,14 @@ struct TransferOutcome {
     int result = 0;  ///< What DataCom() gave; 0 where it was not asked.
     int status = -1; ///< Status in the PLC's reply; -1 where there was none.
     QString reason;  ///< Why, for LinkLost and NotSent.
+    /// Of a write of several requests that is not done: elements that the PLC took before, from the
+    /// first on; of a text its bytes. After LinkLost it may have taken more.
+    int taken = 0;
 
     bool isDone() const { return kind == Done; }
 
-    static TransferOutcome lost(const QString& reason) { return {LinkLost, 0, -1, reason}; }
-    static TransferOutcome notSent(const QString& reason) { return {NotSent, 0, -1, reason}; }
+    static TransferOutcome lost(const QString& reason) { return {LinkLost, 0, -1, reason, 0}; }
+    static TransferOutcome notSent(const QString& reason) { return {NotSent, 0, -1, reason, 0}; }
 };
 
 /// Outcome of the transfers in a request that was answered for good.
@@ -35,7 +38,7 @@ inline TransferOutcome transferOutcome(const Answer& answer)
 {
     const bool isAccepted = answer.kind == Answer::Accepted;
     return {isAccepted ? TransferOutcome::Done : TransferOutcome::Refused, answer.result,
-            answer.status, QString()};
+            answer.status, QString(), 0};
 }
 
 } // namespace plc

@@ -18,13 +18,21 @@ namespace plc {
 constexpr int kCyclicCategory = 0;
 constexpr int kWriteCategory = 1;
 constexpr int kOneShotCategory = 2;
+/// 3 marks what a session queues only to give it up.
+/// Reads that look for refused values, and those that show whether replies fit their requests.
+constexpr int kProbeCategory = 4;
+constexpr int kInStepCategory = 5;
+
+/// No station can be switched off under this number.
+constexpr int kStationAlwaysOn = -1;
 
 /// Entries that the driver's write list and one-shot list take; it drops further ones silently.
 constexpr int kDriverListLimit = 1024;
 
 /// Transfers that wait for the driver and transfers that it has. Which request settles which of
 /// them is told from the frames. `Transfer` has a `tag`, the `point` that it moves, the `pieces`
-/// that the driver cuts it into, and `wasSent`.
+/// that the driver cuts it into, `wasSent`, and `accepted`, the lengths of the pieces that the PLC
+/// took.
 template <typename Transfer>
 class TransferQueue {
 public:
@@ -56,7 +64,8 @@ public:
         const auto found = m_underWay.find(tag);
         if (found == m_underWay.end())
             return {};
-        const QVector<Transfer> transfers{found->second};
+        QVector<Transfer> transfers{found->second};
+        transfers.first().accepted = m_pieces.accepted(tag);
         m_underWay.erase(found);
         m_pieces.remove(tag);
         return transfers;
@@ -79,8 +88,10 @@ public:
     QVector<Transfer> takeAll()
     {
         QVector<Transfer> transfers;
-        for (const auto& entry : m_underWay)
+        for (const auto& entry : m_underWay) {
             transfers.append(entry.second);
+            transfers.last().accepted = m_pieces.accepted(entry.first);
+        }
         std::copy(m_waiting.begin(), m_waiting.end(), std::back_inserter(transfers));
         m_underWay.clear();
         m_waiting.clear();

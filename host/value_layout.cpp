@@ -1,6 +1,7 @@
 #include "host/value_layout.h"
 
 #include "host/project/memory_layout.h"
+#include "host/read_limits.h"
 
 namespace plc {
 namespace {
@@ -20,43 +21,12 @@ int textBytes(const DataPoint& point)
     return bytes + bytes % kRegisterSize;
 }
 
-int registersPerElement(const IecType& type)
-{
-    return qMax(1, type.size / kRegisterSize);
-}
-
 int bitWords(const DataPoint& point)
 {
     return (point.address % kBitsPerWord + point.elements + kBitsPerWord - 1) / kBitsPerWord;
 }
 
 } // namespace
-
-int readCount(const DataPoint& point)
-{
-    if (isText(*point.type))
-        return textBytes(point) / kRegisterSize;
-    return point.elements * registersPerElement(*point.type);
-}
-
-int cyclicCount(const DataPoint& point)
-{
-    return isText(*point.type) ? textBytes(point) : readCount(point);
-}
-
-HostVarItem cyclicItem(const DataPoint& point)
-{
-    HostVarItem item;
-    item.station = quint8(point.station);
-    item.label = point.label;
-    item.count = cyclicCount(point);
-    return item;
-}
-
-int oneShotCount(const DataPoint& point)
-{
-    return readCount(point);
-}
 
 ByteRange valueBytes(const DataPoint& point)
 {
@@ -75,19 +45,30 @@ ByteRange valueBytes(const DataPoint& point)
     return range;
 }
 
+quint32 elementBytes(const DataPoint& point)
+{
+    if (isText(*point.type))
+        return point.elements > 1 ? quint32(kTextElementStride) : 1;
+    return quint32(qMax(1, point.type->size));
+}
+
+quint32 pieceBytes(const DataPoint& point, int maxReadBytes)
+{
+    const quint32 element = elementBytes(point);
+    return qMax<quint32>(1, quint32(maxReadBytes) / element) * element;
+}
+
 QVector<FrameEntry> oneShotPieces(const DataPoint& point, int maxReadBytes)
 {
     const ByteRange bytes = valueBytes(point);
-    quint32 address = bytes.start;
-    int remaining = isBit(*point.type) ? bitWords(point) * kRegisterSize : int(bytes.size);
+    const bool isWhole = qint64(bytes.size) <= longestEntry(maxReadBytes);
+    const quint32 pieceSize = isWhole ? bytes.size : pieceBytes(point, maxReadBytes);
     QVector<FrameEntry> pieces;
-    while (remaining > 0) {
+    for (quint32 done = 0; done < bytes.size; done += pieceSize) {
         FrameEntry piece;
         piece.area = quint16(point.area);
-        piece.address = address;
-        piece.length = quint32(qMin(remaining, maxReadBytes));
-        address += piece.length;
-        remaining -= int(piece.length);
+        piece.address = bytes.start + done;
+        piece.length = qMin(pieceSize, bytes.size - done);
         pieces.append(piece);
     }
     return pieces;

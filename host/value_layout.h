@@ -8,16 +8,6 @@
 
 namespace plc {
 
-// How much the driver is told to move for a data point. Its entry points count in different units,
-// by the type code:
-//
-//   type                  reading and writing   cyclic list          one-shot list
-//   BOOL, BYTE, SINT, BIT elements              elements             elements
-//   INT, UINT, WORD       registers             registers            registers
-//   four bytes            2 registers each      2 each               2 each
-//   eight bytes           4 registers each      4 each               4 each
-//   STRING, WSTRING       registers             bytes                registers
-
 /// A run of bytes in PLC memory.
 struct ByteRange {
     int area = 0;
@@ -27,22 +17,19 @@ struct ByteRange {
     quint32 end() const { return start + size; }
 };
 
-/// `count` of GetRegisterData().
-int readCount(const DataPoint& point);
-
-/// `HostVarItem::count` for the cyclic read list.
-int cyclicCount(const DataPoint& point);
-
-/// The data point as ReCreatReadVarList() takes it.
-HostVarItem cyclicItem(const DataPoint& point);
-
-/// `RW_VAR::length` for AddListOnceReadVar().
-int oneShotCount(const DataPoint& point);
-
 /// The bytes that make up the value; of bits the 16-bit words that hold them.
 ByteRange valueBytes(const DataPoint& point);
 
-/// The ranges that a one-shot read asks the PLC for, in the order in which the driver queues them.
+/// Bytes from one element to the next, which are never cut: a text, a number, a word of bits. One
+/// for a text alone, which may be longer than any entry.
+quint32 elementBytes(const DataPoint& point);
+
+/// Bytes of the pieces that a value longer than longestEntry() is read in: whole elements of at
+/// most `maxReadBytes`, but one at least.
+quint32 pieceBytes(const DataPoint& point, int maxReadBytes);
+
+/// The ranges that a read of the value alone asks the PLC for: one for all of it, or, of a value
+/// longer than longestEntry(), pieces of pieceBytes().
 QVector<FrameEntry> oneShotPieces(const DataPoint& point, int maxReadBytes);
 
 /// The ranges that the driver cuts a write of `byteCount` bytes (elements of BIT) into.

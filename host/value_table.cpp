@@ -4,10 +4,13 @@
 #include <numeric>
 #include <utility>
 
+#include "host/value_memory.h"
+
 namespace plc {
 
-ValueTable::ValueTable(const QVector<DataPoint>& points, int staleAfter, qint64 since, Fetch fetch)
-    : m_staleAfter(staleAfter), m_since(since), m_fetch(std::move(fetch))
+ValueTable::ValueTable(const QVector<DataPoint>& points, int staleAfter, int longestWhole,
+                       qint64 since)
+    : m_longestWhole(quint32(longestWhole)), m_staleAfter(staleAfter), m_since(since)
 {
     m_rows.reserve(size_t(points.size()));
     for (const DataPoint& point : points) {
@@ -23,9 +26,13 @@ ValueTable::ValueTable(const QVector<DataPoint>& points, int staleAfter, qint64 
     });
 }
 
-void ValueTable::replyAccepted(const QVector<FrameEntry>& entries, qint64 now)
+QVector<int> ValueTable::replyAccepted(const QVector<FrameEntry>& entries,
+                                       const QVector<QByteArray>& blocks, qint64 sentAt, qint64 now)
 {
-    for (const FrameEntry& entry : entries) {
+    QVector<int> rows;
+    ++m_replies;
+    for (int i = 0; i < int(entries.size()); ++i) {
+        const FrameEntry& entry = entries[i];
         const qint64 first = qint64(entry.address) - m_largest;
         const auto start =
             std::lower_bound(m_byPlace.begin(), m_byPlace.end(), std::pair(int(entry.area), first),
@@ -38,26 +45,75 @@ void ValueTable::replyAccepted(const QVector<FrameEntry>& entries, qint64 now)
             if (row.range.area != entry.area ||
                 qint64(row.range.start) >= qint64(entry.address) + entry.length)
                 break;
-            cover(&row, entry, now);
+            const bool wasRefused = row.refusal.has_value();
+            if (!cover(&row, entry, blocks[i], sentAt))
+                continue;
+            row.rate.count(now);
+            if (wasRefused)
+                rows.append(*next);
         }
     }
+    return rows;
 }
 
-void ValueTable::cover(Row* row, const FrameEntry& entry, qint64 now)
+void ValueTable::linkLost()
 {
-    const qint64 start = qint64(entry.address) - row->range.start;
-    if (!row->freshness.cover(start, start + entry.length, now))
-        return;
-    const qint64 oldest = row->freshness.oldest();
-    if (oldest == Freshness::kNever || (oldest == row->readAt && oldest != now))
-        return;
-    const QByteArray bytes = m_fetch(row->point);
+    for (Row& row : m_rows)
+        row.parts.reset();
+}
+
+/// Returns whether the value is whole with this entry and was shown.
+bool ValueTable::cover(Row* row, const FrameEntry& entry, const QByteArray& block, qint64 sentAt)
+{
+    const qint64 offset = qint64(row->range.start) - entry.address;
+    if (offset + row->range.size <= 0)
+        return false;
+    if (offset >= 0 && offset + row->range.size <= block.size()) {
+        show(row, block.mid(int(offset), int(row->range.size)), sentAt);
+        return true;
+    }
+    return addPart(row, -offset, block, sentAt);
+}
+
+bool ValueTable::addPart(Row* row, qint64 start, const QByteArray& block, qint64 sentAt)
+{
+    // What an earlier reply gave of a value that fits into one is worth nothing.
+    const bool isPieced = row->range.size > m_longestWhole;
+    if (!row->parts || (!isPieced && row->replyOfParts != m_replies))
+        row->parts.emplace(row->range.size);
+    row->replyOfParts = m_replies;
+    if (isPieced)
+        addElements(row, start, block, sentAt);
+    else
+        row->parts->add(start, block, sentAt);
+    if (!row->parts->isComplete())
+        return false;
+    show(row, row->parts->bytes(), row->parts->oldest());
+    return true;
+}
+
+/// The elements that lie whole in the block: each is from one reply.
+void ValueTable::addElements(Row* row, qint64 start, const QByteArray& block, qint64 sentAt)
+{
+    const qint64 element = elementBytes(row->point);
+    const qint64 size = row->range.size;
+    const qint64 from = (qMax<qint64>(0, start) + element - 1) / element * element;
+    const qint64 end = start + block.size();
+    const qint64 to = end >= size ? size : end / element * element;
+    if (from < to)
+        row->parts->add(from, block.mid(int(from - start), int(to - from)), sentAt);
+}
+
+void ValueTable::show(Row* row, const QByteArray& memory, qint64 sentAt)
+{
+    const QByteArray bytes = valueOfMemory(row->point, memory);
     if (row->reads > 0 && bytes != row->bytes)
         ++row->changes;
     row->bytes = bytes;
-    row->readAt = oldest;
+    row->readAt = sentAt;
     ++row->reads;
-    row->rate.count(now);
+    row->refusal.reset();
+    row->parts.reset();
 }
 
 } // namespace plc

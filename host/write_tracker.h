@@ -20,6 +20,7 @@ struct Write {
     QVector<FrameEntry> pieces;
     WriteSettled settled;
     bool wasSent = false; ///< A request has carried a piece of it.
+    int accepted = 0;     ///< Bytes (elements of BIT) that the PLC took.
 };
 
 /// Holds writes back until the driver can carry them out unharmed.

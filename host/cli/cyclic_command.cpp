@@ -22,12 +22,27 @@ bool CyclicCommand::wasServed()
 
 void CyclicCommand::end(ExitCode code)
 {
-    if (isFinished())
+    if (isFinished() || m_end)
         return;
+    m_end = code;
+    settled();
+}
+
+void CyclicCommand::settled()
+{
+    if (m_end && !hasOpenTransfers())
+        endNow();
+}
+
+void CyclicCommand::endNow()
+{
+    if (isFinished() || m_isClosing)
+        return;
+    m_isClosing = true;
     aboutToEnd();
     link().stop();
     ended();
-    finish(code);
+    finish(hasFailed() ? kExitRefused : *m_end);
 }
 
 void CyclicCommand::requestAnswered(const SentRequest& request, const Answer& answer,

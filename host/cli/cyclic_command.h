@@ -3,6 +3,8 @@
 
 #include <QtCore/QTimer>
 
+#include <optional>
+
 #include "host/cli/link_command.h"
 
 namespace plc {
@@ -14,21 +16,32 @@ protected:
 
     bool prepare() override { return readCyclically(); }
     void begin() override;
-    void interrupted() override { end(kExitDone); }
-    void outputLost() override { end(kExitRefused); }
+    /// The second time it ends at once.
+    void interrupted() override { m_end ? endNow() : end(kExitDone); }
+    void outputLost() override { m_end ? endNow() : end(kExitRefused); }
     void requestAnswered(const SentRequest& request, const Answer& answer,
                          const QByteArray& reply) override;
 
-    /// What is under way is still settled before the link is closed.
+    /// Ends as soon as nothing waits for an outcome any more. Closing the link settles what is
+    /// under way.
     void end(ExitCode code);
+    bool isEnding() const { return m_end.has_value(); }
+    /// To be called when something was settled.
+    void settled();
+    virtual bool hasOpenTransfers() { return false; }
+    /// Whether something that the user wanted was not done.
+    virtual bool hasFailed() const { return false; }
     /// Called by end() before the link is closed, and behind it.
     virtual void aboutToEnd() = 0;
     virtual void ended() = 0;
 
 private:
     bool wasServed();
+    void endNow();
 
     QTimer m_duration;
+    std::optional<ExitCode> m_end; ///< What to end with, once it is to end.
+    bool m_isClosing = false;
     bool m_hasRead = false; ///< The PLC answered a request of ours with success.
 };
 

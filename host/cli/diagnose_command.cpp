@@ -1,5 +1,7 @@
 #include "host/cli/diagnose_command.h"
 
+#include <algorithm>
+
 #include "host/cli/value_lines.h"
 #include "host/result_text.h"
 #include "host/symbol_walk.h"
@@ -41,8 +43,10 @@ bool DiagnoseCommand::prepare()
         m_labels.append(m_firstOfArea.first());
     else
         m_labels = findPoints();
-    if (options().arguments.isEmpty() && !m_labels.isEmpty())
+    if (options().arguments.isEmpty() && m_labels.size() > 1) {
+        m_cyclic = m_labels.mid(1);
         m_labels.resize(1);
+    }
     return !m_labels.isEmpty();
 }
 
@@ -153,7 +157,8 @@ void DiagnoseCommand::requestAnswered(const SentRequest& request, const Answer& 
     LinkCommand::requestAnswered(request, answer, reply);
     if (isFinished())
         return;
-    if (answer.kind != Answer::Accepted && answer.kind != Answer::Retried)
+    if (answer.kind != Answer::Accepted && answer.kind != Answer::Retried &&
+        answer.kind != Answer::Refused)
         m_failure = failureOfReply(answer, reply);
     if (isLoggingIn())
         takeLoginReply(request, answer);
@@ -174,11 +179,16 @@ void DiagnoseCommand::takeLoginReply(const SentRequest& request, const Answer& a
 void DiagnoseCommand::readNext()
 {
     if (m_labels.isEmpty()) {
-        finish(kExitDone);
+        m_step = Step::Label;
+        readCyclic();
         return;
     }
     const int area = m_labels.first().area;
-    if (m_readableAreas.contains(area))
+    const bool isReadable = m_readableAreas.contains(area);
+    // The first read waits for the login.
+    if (!isLoggingIn())
+        m_step = isReadable ? Step::Label : Step::Area;
+    if (isReadable)
         readLabel(m_labels.takeFirst());
     else
         readArea(area);
@@ -187,69 +197,118 @@ void DiagnoseCommand::readNext()
 void DiagnoseCommand::readArea(int area)
 {
     const DataPoint point = m_firstOfArea.value(area);
-    runtime().readOnce(
-        point, link().now(),
-        [this, area, point](const TransferOutcome& outcome, const QByteArray&) {
-            if (isFinished())
-                return;
-            if (outcome.isDone()) {
-                m_readableAreas.append(area);
-                pass(QStringLiteral("area %1 can be read (%2)").arg(area).arg(point.text),
-                     Step::Label);
-                readNext();
-            } else if (outcome.kind == TransferOutcome::Refused) {
-                probeOthers(area, readFailure(outcome));
-            } else {
-                fail(findAreaFailure(area, readFailure(outcome), {}));
-            }
-        });
+    read(point, [this, area, point](const TransferOutcome& outcome, const QByteArray&) {
+        if (outcome.isDone()) {
+            m_readableAreas.append(area);
+            pass(QStringLiteral("area %1 can be read (%2)").arg(area).arg(point.text), Step::Label);
+            readNext();
+        } else if (outcome.kind == TransferOutcome::Refused) {
+            m_others = m_firstOfArea;
+            m_others.remove(area);
+            probeOthers(area, readFailure(outcome));
+        } else {
+            fail(findAreaFailure(area, readFailure(outcome), {}));
+        }
+    });
 }
 
 void DiagnoseCommand::probeOthers(int area, const ExchangeFailure& failure)
 {
-    m_firstOfArea.remove(area);
-    if (m_firstOfArea.isEmpty()) {
-        fail(findAreaFailure(area, failure, m_readableAreas));
+    if (m_others.isEmpty()) {
+        report(findAreaFailure(area, failure, m_readableAreas));
+        skipArea(area);
+        readNext();
         return;
     }
-    const DataPoint point = m_firstOfArea.take(m_firstOfArea.firstKey());
-    runtime().readOnce(
-        point, link().now(),
-        [this, area, failure, point](const TransferOutcome& outcome, const QByteArray&) {
-            if (isFinished())
-                return;
-            if (outcome.isDone())
-                m_readableAreas.append(point.area);
-            probeOthers(area, failure);
-        });
+    const DataPoint point = m_others.take(m_others.firstKey());
+    read(point, [this, area, failure, point](const TransferOutcome& outcome, const QByteArray&) {
+        if (outcome.isDone() && !m_readableAreas.contains(point.area))
+            m_readableAreas.append(point.area);
+        probeOthers(area, failure);
+    });
+}
+
+void DiagnoseCommand::skipArea(int area)
+{
+    const auto isThere = [area](const DataPoint& point) { return point.area == area; };
+    m_labels.erase(std::remove_if(m_labels.begin(), m_labels.end(), isThere), m_labels.end());
 }
 
 void DiagnoseCommand::readLabel(const DataPoint& point)
 {
+    read(point, [this, point](const TransferOutcome& outcome, const QByteArray& bytes) {
+        if (outcome.isDone()) {
+            pass(valueLine(point, pointText(point, decodeValues(point, bytes))), Step::Label);
+        } else if (outcome.kind == TransferOutcome::Refused) {
+            report(findLabelFailure(point.text, point.area, readFailure(outcome)));
+        } else {
+            fail(findLabelFailure(point.text, point.area, readFailure(outcome)));
+            return;
+        }
+        readNext();
+    });
+}
+
+/// All at once; the runtime groups them and finds out which are refused.
+void DiagnoseCommand::readCyclic()
+{
+    m_openCyclic = int(m_cyclic.size());
+    if (m_openCyclic == 0)
+        finish(m_hasFailed ? kExitRefused : kExitDone);
+    const QVector<DataPoint> points = m_cyclic;
+    for (const DataPoint& point : points) {
+        read(point, [this, point](const TransferOutcome& outcome, const QByteArray&) {
+            takeCyclic(point, outcome);
+        });
+    }
+}
+
+void DiagnoseCommand::takeCyclic(const DataPoint& point, const TransferOutcome& outcome)
+{
+    const bool isRefused = outcome.kind == TransferOutcome::Refused;
+    if (!outcome.isDone() && !isRefused) {
+        fail(findLabelFailure(point.text, point.area, readFailure(outcome)));
+        return;
+    }
+    if (isRefused) {
+        ++m_refusedCyclic;
+        report(findRefusedLabel(point.text, addressText(point), outcome.status));
+    }
+    if (--m_openCyclic > 0)
+        return;
+    const QString total = QString::number(m_cyclic.size());
+    if (m_refusedCyclic == 0) {
+        pass(QStringLiteral("the other %1 cyclic labels can be read").arg(total), Step::Label);
+    } else {
+        pass(QStringLiteral("of the other %1 cyclic labels %2 can be read, %3 are refused")
+                 .arg(total)
+                 .arg(m_cyclic.size() - m_refusedCyclic)
+                 .arg(m_refusedCyclic),
+             Step::Label);
+    }
+    finish(m_hasFailed ? kExitRefused : kExitDone);
+}
+
+void DiagnoseCommand::read(const DataPoint& point, const ReadSettled& settled)
+{
     runtime().readOnce(point, link().now(),
-                       [this, point](const TransferOutcome& outcome, const QByteArray& bytes) {
-                           if (isFinished())
-                               return;
-                           if (!outcome.isDone()) {
-                               fail(findLabelFailure(point.text, point.area, readFailure(outcome)));
-                               return;
-                           }
-                           pass(
-                               valueLine(point, pointText(point, decodeValues(point, bytes))),
-                               m_labels.isEmpty() || m_readableAreas.contains(m_labels.first().area)
-                                   ? Step::Label
-                                   : Step::Area);
-                           readNext();
+                       [this, settled](const TransferOutcome& outcome, const QByteArray& bytes) {
+                           if (!isFinished())
+                               settled(outcome, bytes);
                        });
 }
 
 ExchangeFailure DiagnoseCommand::readFailure(const TransferOutcome& outcome) const
 {
+    ExchangeFailure failure;
+    failure.status = outcome.status;
+    failure.kind = ExchangeFailure::Refused;
+    if (outcome.kind == TransferOutcome::Refused)
+        return failure;
     if (m_failure)
         return *m_failure;
-    ExchangeFailure failure;
     failure.kind = ExchangeFailure::LinkBroken;
-    failure.reason = outcomeText(outcome);
+    failure.reason = readOutcomeText(outcome);
     return failure;
 }
 
@@ -260,9 +319,16 @@ void DiagnoseCommand::pass(const QString& text, Step next)
     m_stepTime.restart();
 }
 
+void DiagnoseCommand::report(const Finding& finding)
+{
+    m_hasFailed = true;
+    printStep(false, finding.happened, &finding);
+    m_stepTime.restart();
+}
+
 void DiagnoseCommand::fail(const Finding& finding)
 {
-    printStep(false, finding.happened, &finding);
+    report(finding);
     finish(kExitRefused);
 }
 

@@ -13,7 +13,8 @@
 namespace plc {
 
 /// `plc diagnose`: goes step by step from the PLC's name to values, and explains the first step
-/// that fails.
+/// that fails. Of the values that the project reads cyclically all are tried, and each that the PLC
+/// refuses is told.
 class DiagnoseCommand : public LinkCommand {
 public:
     explicit DiagnoseCommand(const CommandContext& context) : LinkCommand(context) {}
@@ -38,6 +39,11 @@ private:
     void readNext();
     void readArea(int area);
     void readLabel(const DataPoint& point);
+    void readCyclic();
+    void takeCyclic(const DataPoint& point, const TransferOutcome& outcome);
+    /// Reads a label; nothing is told any more when the command is at its end.
+    void read(const DataPoint& point, const ReadSettled& settled);
+    void skipArea(int area);
     /// Tries all other areas and explains then why `area` could not be read.
     void probeOthers(int area, const ExchangeFailure& failure);
     /// What became of the read that was settled with this outcome.
@@ -52,13 +58,20 @@ private:
         return m_step == Step::Identification ? Service::Identification : Service::File;
     }
     void pass(const QString& text, Step next);
+    /// Tells of a failure that the next steps do not depend on.
+    void report(const Finding& finding);
     void fail(const Finding& finding);
     void printStep(bool hasPassed, const QString& text, const Finding* finding);
 
     std::unique_ptr<NameLookup> m_lookup;
-    QTimer m_patience; ///< With name servers.
-    QVector<DataPoint> m_labels;
+    QTimer m_patience;           ///< With name servers.
+    QVector<DataPoint> m_labels; ///< To be read one by one.
+    QVector<DataPoint> m_cyclic; ///< Further cyclic labels, read together.
+    int m_openCyclic = 0;
+    int m_refusedCyclic = 0;
+    bool m_hasFailed = false;
     QMap<int, DataPoint> m_firstOfArea; ///< The variable at the lowest address of each area.
+    QMap<int, DataPoint> m_others;      ///< Those that are still to be tried beside a failed area.
     QVector<int> m_readableAreas;
     Step m_step = Step::Name;
     QElapsedTimer m_stepTime;

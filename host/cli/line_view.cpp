@@ -8,10 +8,10 @@
 namespace plc {
 namespace {
 
-JsonLine event(const char* kind)
+JsonLine event(const char* kind, const QString& time = wallClock())
 {
     JsonLine line;
-    line.add("time", wallClock());
+    line.add("time", time);
     line.add("event", QString::fromLatin1(kind));
     return line;
 }
@@ -31,6 +31,8 @@ QString stateWord(LinkState state)
 
 QString staleText(const ValueTable& values, int row, qint64 now)
 {
+    if (values.isRefused(row))
+        return QStringLiteral(" (refused by the PLC)");
     if (!values.wasRead(row))
         return QStringLiteral(" (stale, never read)");
     return QStringLiteral(" (stale, %1 s old)").arg(double(values.age(row, now)) / 1000, 0, 'f', 1);
@@ -38,14 +40,14 @@ QString staleText(const ValueTable& values, int row, qint64 now)
 
 } // namespace
 
-QString LineView::eventLine(const QString& text, const JsonLine& json) const
+QString LineView::eventLine(const QString& text, const JsonLine& json, const QString& time) const
 {
-    return m_json ? json.text() : wallClock() + QLatin1Char(' ') + text;
+    return m_json ? json.text() : time + QLatin1Char(' ') + text;
 }
 
 void LineView::printEvent(const QString& text, const JsonLine& json) const
 {
-    print(eventLine(text, json));
+    print(eventLine(text, json, wallClock()));
 }
 
 void LineView::linkChanged(LinkState state, const QString& reason, int retryDelay)
@@ -64,7 +66,19 @@ void LineView::writeSettled(const Assignment& assignment, const TransferOutcome&
 {
     JsonLine json = event("write");
     addWrite(assignment, outcome, &json);
-    printOutcome(eventLine(QStringLiteral("write ") + writeLine(assignment, outcome), json));
+    printOutcome(
+        eventLine(QStringLiteral("write ") + writeLine(assignment, outcome), json, wallClock()));
+}
+
+void LineView::valueRefused(const DataPoint& point, int status)
+{
+    JsonLine json = event("refused");
+    json.addPoint(point);
+    json.add("area", qint64(point.area));
+    json.add("address", qint64(point.address));
+    json.add("status", qint64(status));
+    json.add("text", refusedValueText(point, status));
+    printEvent(refusedValueText(point, status), json);
 }
 
 void LineView::message(const QString& text)
@@ -83,27 +97,33 @@ void LineView::valuesRead(const Runtime& runtime, qint64 now)
 void LineView::refresh(const Runtime& runtime, qint64 now)
 {
     const ValueTable& values = runtime.values();
+    // Printing may take its time where nobody reads; the ages are those of this moment.
+    const QString time = wallClock();
     for (int row : m_changes.take(values, now))
-        printValue(values, row, now);
+        printValue(values, row, now, time);
 }
 
-void LineView::printValue(const ValueTable& values, int row, qint64 now) const
+void LineView::printValue(const ValueTable& values, int row, qint64 now, const QString& time) const
 {
     const DataPoint& point = values.point(row);
     const bool wasRead = values.wasRead(row);
     const bool isStale = values.isStale(row, now);
     const QVector<Value> elements = decodeValues(point, values.bytes(row));
-    JsonLine json = event("value");
+    JsonLine json = event("value", time);
     json.addPoint(point);
     json.addJson("value", wasRead ? pointJson(point, elements) : QStringLiteral("null"));
     json.addJson("age", wasRead ? QString::number(values.age(row, now)) : QStringLiteral("null"));
     json.addFlag("stale", isStale);
+    if (values.isRefused(row))
+        json.addFlag("refused", true);
+    if (values.isPieced(row))
+        json.addFlag("pieced", true);
     json.add("rate", values.readsPerSecond(row, now), 1);
     json.add("reads", qint64(values.reads(row)));
     json.add("changes", qint64(values.changes(row)));
     const QString text =
         valueLine(point, wasRead ? pointText(point, elements) : QStringLiteral("?"));
-    printEvent(isStale ? text + staleText(values, row, now) : text, json);
+    print(eventLine(isStale ? text + staleText(values, row, now) : text, json, time));
 }
 
 void LineView::end(const Runtime& runtime, qint64 now)

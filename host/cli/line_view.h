@@ -20,6 +20,7 @@ public:
 
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
     void writeSettled(const Assignment& assignment, const TransferOutcome& outcome) override;
+    void valueRefused(const DataPoint& point, int status) override;
     void message(const QString& text) override;
     void valuesRead(const Runtime& runtime, qint64 now) override;
     void refresh(const Runtime& runtime, qint64 now) override;
@@ -27,8 +28,8 @@ public:
     int usualInterval() const override { return 1000; }
 
 private:
-    void printValue(const ValueTable& values, int row, qint64 now) const;
-    QString eventLine(const QString& text, const JsonLine& json) const;
+    void printValue(const ValueTable& values, int row, qint64 now, const QString& time) const;
+    QString eventLine(const QString& text, const JsonLine& json, const QString& time) const;
     void printEvent(const QString& text, const JsonLine& json) const;
 
     const QString m_peer;

@@ -91,6 +91,23 @@ void LogCommand::requestSettled()
         collectChanges();
 }
 
+/// Told at once, and part of the log: what is missing in it, and why.
+void LogCommand::valueRefused(int row)
+{
+    const ValueTable& values = runtime().values();
+    complain(refusedValueText(values.point(row), values.refusalStatus(row)));
+    LogRecord record;
+    record.time = QDateTime::currentMSecsSinceEpoch();
+    record.label = values.point(row).text;
+    record.isStale = true;
+    m_records.append(record);
+}
+
+void LogCommand::valueGivenAgain(int row)
+{
+    complain(QStringLiteral("the PLC gives %1 again").arg(runtime().values().point(row).text));
+}
+
 void LogCommand::collectChanges()
 {
     if (options().log.every > 0)

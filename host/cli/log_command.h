@@ -23,6 +23,8 @@ private:
     void begin() override;
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
     void requestSettled() override;
+    void valueRefused(int row) override;
+    void valueGivenAgain(int row) override;
     void aboutToEnd() override { write(); }
     void ended() override;
 

@@ -3,14 +3,6 @@
 #include "host/cli/value_lines.h"
 
 namespace plc {
-namespace {
-
-/// Passes after which a value that the PLC still does not give is given up. A refusal may have come
-/// from a neighbour in the same request, which differs from pass to pass.
-constexpr int kPasses = 2;
-
-} // namespace
-
 bool OnceCommand::prepare()
 {
     if (!readCyclically())
@@ -25,6 +17,15 @@ bool OnceCommand::prepare()
     return true;
 }
 
+void OnceCommand::begin()
+{
+    // Of stations that are switched off the PLC is asked nothing.
+    if (isComplete())
+        report(TransferOutcome());
+    else
+        LinkCommand::begin();
+}
+
 void OnceCommand::interrupted()
 {
     report(TransferOutcome::notSent(QStringLiteral("interrupted")));
@@ -34,29 +35,37 @@ void OnceCommand::linkChanged(LinkState state, const QString& reason, int retryD
 {
     LinkCommand::linkChanged(state, reason, retryDelay);
     complainOfLoss(state, reason, retryDelay);
-    if (state == LinkState::Down)
-        report(TransferOutcome::lost(reason));
-}
-
-void OnceCommand::requestAnswered(const SentRequest& request, const Answer& answer,
-                                  const QByteArray& reply)
-{
-    LinkCommand::requestAnswered(request, answer, reply);
-    if (answer.kind == Answer::Abandoned)
-        m_refusal = transferOutcome(answer);
+    if (state != LinkState::Down)
+        return;
+    const bool wasSent = runtime().counters().requests > 0;
+    report(wasSent ? TransferOutcome::lost(reason) : TransferOutcome::notSent(reason));
 }
 
 void OnceCommand::requestSettled()
 {
-    if (allRead() || runtime().session().passes() >= kPasses)
-        report(m_refusal);
+    if (isComplete())
+        report(TransferOutcome());
 }
 
-bool OnceCommand::allRead()
+TransferOutcome OnceCommand::outcome(int row, const TransferOutcome& missing)
+{
+    const ValueTable& values = runtime().values();
+    const int station = values.point(row).station;
+    if (values.wasRead(row))
+        return TransferOutcome();
+    if (values.isRefused(row))
+        return {TransferOutcome::Refused, 0, values.refusalStatus(row), QString(), 0};
+    if (runtime().isStationOff(station))
+        return TransferOutcome::notSent(QStringLiteral("station %1 is switched off").arg(station));
+    return missing;
+}
+
+bool OnceCommand::isComplete()
 {
     const ValueTable& values = runtime().values();
     for (int row = 0; row < values.size(); ++row) {
-        if (!values.wasRead(row))
+        if (!values.wasRead(row) && !values.isRefused(row) &&
+            !runtime().isStationOff(values.point(row).station))
             return false;
     }
     return true;
@@ -67,11 +76,13 @@ void OnceCommand::report(const TransferOutcome& missing)
     if (isFinished())
         return;
     const ValueTable& values = runtime().values();
+    bool allDone = true;
     for (int row = 0; row < values.size(); ++row) {
-        printRead(values.point(row), values.bytes(row),
-                  values.wasRead(row) ? TransferOutcome() : missing, options().json);
+        const TransferOutcome itsOutcome = outcome(row, missing);
+        printRead(values.point(row), values.bytes(row), itsOutcome, options().json);
+        allDone = allDone && itsOutcome.isDone();
     }
-    finish(allRead() ? kExitDone : kExitRefused);
+    finish(allDone ? kExitDone : kExitRefused);
 }
 
 } // namespace plc

@@ -15,19 +15,19 @@ public:
 
 private:
     bool prepare() override;
+    void begin() override;
     void interrupted() override;
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
-    void requestAnswered(const SentRequest& request, const Answer& answer,
-                         const QByteArray& reply) override;
-
     void requestSettled() override;
 
-    bool allRead();
+    /// How the read of a row ended; `missing` where it has not.
+    TransferOutcome outcome(int row, const TransferOutcome& missing);
+    /// Whether nothing more will come: all values were read, refused, or are not asked for.
+    bool isComplete();
     /// Prints the values, and of those that are missing that they are.
     void report(const TransferOutcome& missing);
 
     QTimer m_patience;
-    TransferOutcome m_refusal; ///< What the PLC said when it last gave a request no values.
 };
 
 } // namespace plc

@@ -9,18 +9,16 @@ namespace plc {
 bool ReadCommand::prepare()
 {
     const QVector<DataPoint> points = findPoints();
-    for (const DataPoint& point : points) {
-        Item item;
-        item.point = point;
-        item.wasAskedAlone = points.size() == 1;
-        m_items.append(item);
-    }
-    if (m_items.isEmpty())
-        return false;
+    for (const DataPoint& point : points)
+        m_items.append({point, TransferOutcome(), QByteArray()});
     m_open = int(m_items.size());
-    for (int i = 0; i < int(m_items.size()); ++i)
-        ask(i);
-    return true;
+    for (int i = 0; i < int(points.size()); ++i) {
+        runtime().readOnce(points[i], link().now(),
+                           [this, i](const TransferOutcome& outcome, const QByteArray& bytes) {
+                               settled(i, outcome, bytes);
+                           });
+    }
+    return !m_items.isEmpty();
 }
 
 void ReadCommand::interrupted()
@@ -35,14 +33,6 @@ void ReadCommand::linkChanged(LinkState state, const QString& reason, int retryD
     complainOfLoss(state, reason, retryDelay);
 }
 
-void ReadCommand::ask(int index)
-{
-    runtime().readOnce(m_items[index].point, link().now(),
-                       [this, index](const TransferOutcome& outcome, const QByteArray& bytes) {
-                           settled(index, outcome, bytes);
-                       });
-}
-
 void ReadCommand::settled(int index, const TransferOutcome& outcome, const QByteArray& bytes)
 {
     if (isFinished())
@@ -50,18 +40,8 @@ void ReadCommand::settled(int index, const TransferOutcome& outcome, const QByte
     Item& item = m_items[index];
     item.outcome = outcome;
     item.bytes = bytes;
-    if (outcome.kind == TransferOutcome::Refused && !item.wasAskedAlone) {
-        item.wasAskedAlone = true;
-        m_askAlone.append(index);
-    }
-    if (--m_open > 0)
-        return;
-    if (m_askAlone.isEmpty()) {
+    if (--m_open == 0)
         report();
-    } else {
-        m_open = 1;
-        ask(m_askAlone.takeFirst());
-    }
 }
 
 QStringList ReadCommand::csvFields(const Item& item)
@@ -69,7 +49,7 @@ QStringList ReadCommand::csvFields(const Item& item)
     const DataPoint& point = item.point;
     return {point.text, QString::fromLatin1(point.type->name),
             item.outcome.isDone() ? pointText(point, decodeValues(point, item.bytes)) : QString(),
-            point.unit, outcomeText(item.outcome)};
+            point.unit, readOutcomeText(item.outcome)};
 }
 
 void ReadCommand::report()

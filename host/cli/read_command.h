@@ -7,9 +7,7 @@
 
 namespace plc {
 
-/// `plc read`: reads labels once, all together. Where the PLC refuses the request that carried some
-/// of them, these are asked for once more, one by one, so that one wrong address does not hide the
-/// other values, and a refusal that has passed none.
+/// `plc read`: reads labels once, all together.
 class ReadCommand : public LinkCommand {
 public:
     explicit ReadCommand(const CommandContext& context) : LinkCommand(context) {}
@@ -17,7 +15,6 @@ public:
 private:
     struct Item {
         DataPoint point;
-        bool wasAskedAlone = false;
         TransferOutcome outcome;
         QByteArray bytes;
     };
@@ -26,14 +23,12 @@ private:
     void interrupted() override;
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
 
-    void ask(int index);
     void settled(int index, const TransferOutcome& outcome, const QByteArray& bytes);
     void report();
     static QStringList csvFields(const Item& item);
 
     QVector<Item> m_items;
-    int m_open = 0;          ///< Items that are asked for.
-    QVector<int> m_askAlone; ///< Items to be asked for once more.
+    int m_open = 0; ///< Items that are not settled.
 };
 
 } // namespace plc

@@ -75,8 +75,22 @@ void RunCommand::requestAnswered(const SentRequest& request, const Answer& answe
         m_view->message(QStringLiteral("refused: ") + replyText(request, reply, answer));
 }
 
+void RunCommand::valueRefused(int row)
+{
+    const ValueTable& values = runtime().values();
+    m_view->valueRefused(values.point(row), values.refusalStatus(row));
+}
+
+void RunCommand::valueGivenAgain(int row)
+{
+    m_view->message(
+        QStringLiteral("the PLC gives %1 again").arg(runtime().values().point(row).text));
+}
+
 void RunCommand::carryOut(const QString& line)
 {
+    if (isEnding())
+        return;
     const QString text = line.trimmed();
     const QString name = text.section(QLatin1Char(' '), 0, 0);
     const QString rest = text.section(QLatin1Char(' '), 1).trimmed();
@@ -98,12 +112,15 @@ void RunCommand::write(const QString& text)
     QString error;
     const std::optional<Assignment> assignment = parseAssignment(runtime().points(), text, &error);
     if (!assignment) {
+        m_hasFailed = true;
         m_view->message(error);
         return;
     }
     runtime().write(assignment->point, assignment->values, link().now(),
                     [this, assignment](const TransferOutcome& outcome) {
+                        m_hasFailed = m_hasFailed || !outcome.isDone();
                         m_view->writeSettled(*assignment, outcome);
+                        settled();
                     });
     link().pump();
 }

@@ -34,6 +34,10 @@ private:
     void requestAnswered(const SentRequest& request, const Answer& answer,
                          const QByteArray& reply) override;
     void requestSettled() override;
+    void valueRefused(int row) override;
+    void valueGivenAgain(int row) override;
+    bool hasOpenTransfers() override { return runtime().openWrites() > 0; }
+    bool hasFailed() const override { return m_hasFailed; }
     void aboutToEnd() override;
     void ended() override;
 
@@ -45,6 +49,7 @@ private:
 
     std::unique_ptr<RunView> m_view;
     std::unique_ptr<LineInput> m_input;
+    bool m_hasFailed = false; ///< A write that was asked for was not done.
     QTimer m_refresh;
 };
 

@@ -1,5 +1,8 @@
 #include "host/cli/run_view.h"
 
+#include "host/cli/value_lines.h"
+#include "host/result_text.h"
+
 namespace plc {
 
 QString linkText(LinkState state, const QString& peer, const QString& reason, int retryDelay)
@@ -17,6 +20,14 @@ QString linkText(LinkState state, const QString& peer, const QString& reason, in
     return QStringLiteral("link to %1 lost: %2; next attempt in %3 ms")
         .arg(peer, reason)
         .arg(retryDelay);
+}
+
+QString refusedValueText(const DataPoint& point, int status)
+{
+    return QStringLiteral(
+               "the PLC refuses %1 (%2) with %3: it does not give this address; all "
+               "others are read, this one is tried now and then")
+        .arg(point.text, addressText(point), statusText(status));
 }
 
 QString summaryText(const TrafficCounters& counters, qint64 duration)

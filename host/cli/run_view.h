@@ -13,6 +13,8 @@ public:
 
     virtual void linkChanged(LinkState state, const QString& reason, int retryDelay) = 0;
     virtual void writeSettled(const Assignment& assignment, const TransferOutcome& outcome) = 0;
+    /// The PLC does not give this value.
+    virtual void valueRefused(const DataPoint& point, int status) = 0;
     /// Something for the user, such as the answer to a command.
     virtual void message(const QString& text) = 0;
     /// Some values were read; refresh() need not be called for each time.
@@ -27,6 +29,9 @@ public:
 
 /// "connected to HOST:PORT" and the like.
 QString linkText(LinkState state, const QString& peer, const QString& reason, int retryDelay);
+
+/// "the PLC refuses Plant.x (area 1 address 10) with status 0x0031 …"
+QString refusedValueText(const DataPoint& point, int status);
 
 /// "1200 requests, 1199 accepted, 1 refused, link lost 0 times, in 10.0 s"
 QString summaryText(const TrafficCounters& counters, qint64 duration);

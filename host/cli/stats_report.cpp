@@ -89,6 +89,17 @@ QString failuresJson(const QMap<int, quint64>& failures)
     return arrayJson(elements);
 }
 
+QString refusalsJson(const QMap<int, quint64>& refusals)
+{
+    QStringList elements;
+    for (auto refusal = refusals.constBegin(); refusal != refusals.constEnd(); ++refusal) {
+        JsonLine line;
+        line.add("status", qint64(refusal.key()));
+        elements.append(line.add("count", qint64(refusal.value())).text());
+    }
+    return arrayJson(elements);
+}
+
 QString lossesJson(const QMap<QString, quint64>& reasons)
 {
     QStringList elements;
@@ -120,6 +131,11 @@ QStringList statsLines(const StatsReport& report)
         countedWithRate("  received", report.bytesReceived, report),
         roundTripLine(link.roundTrips()),
     };
+    const QMap<int, quint64>& refusals = link.refusals();
+    for (auto refusal = refusals.constBegin(); refusal != refusals.constEnd(); ++refusal) {
+        lines.append(counted("refused", refusal.value()) + QStringLiteral(" x reads with ") +
+                     statusText(refusal.key()));
+    }
     const QMap<int, quint64>& failures = link.failures();
     for (auto failure = failures.constBegin(); failure != failures.constEnd(); ++failure) {
         lines.append(
@@ -149,6 +165,7 @@ QString statsJson(const StatsReport& report)
     line.add("bytesSent", qint64(report.bytesSent));
     line.add("bytesReceived", qint64(report.bytesReceived));
     line.addJson("roundTrip", roundTripJson(link.roundTrips()));
+    line.addJson("refusals", refusalsJson(link.refusals()));
     line.addJson("failures", failuresJson(link.failures()));
     line.addJson("linkLosses", lossesJson(link.lossReasons()));
     return line.text();

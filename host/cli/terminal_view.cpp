@@ -42,6 +42,11 @@ void TerminalView::writeSettled(const Assignment& assignment, const TransferOutc
     message(QStringLiteral("write ") + writeLine(assignment, outcome));
 }
 
+void TerminalView::valueRefused(const DataPoint& point, int status)
+{
+    message(refusedValueText(point, status));
+}
+
 void TerminalView::message(const QString& text)
 {
     m_message = text;

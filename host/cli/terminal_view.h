@@ -22,6 +22,7 @@ public:
 
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
     void writeSettled(const Assignment& assignment, const TransferOutcome& outcome) override;
+    void valueRefused(const DataPoint& point, int status) override;
     void message(const QString& text) override;
     void end(const Runtime& runtime, qint64 now) override;
     int usualInterval() const override { return 200; }

@@ -64,11 +64,13 @@ JsonLine& JsonLine::addPoint(const DataPoint& point)
     return *this;
 }
 
-JsonLine& JsonLine::addOutcome(const TransferOutcome& outcome)
+JsonLine& JsonLine::addOutcome(const TransferOutcome& outcome, const QString& text)
 {
     add("outcome", outcomeWord(outcome.kind));
     if (!outcome.isDone())
-        add("error", outcomeText(outcome));
+        add("error", text);
+    if (outcome.status > 0)
+        add("status", qint64(outcome.status));
     return *this;
 }
 
@@ -81,17 +83,19 @@ QString writeLine(const Assignment& assignment, const TransferOutcome& outcome)
 {
     const QString value = pointText(assignment.point, assignment.values);
     const QString line = valueLine(assignment.point, value);
+    const QString text = writeOutcomeText(assignment.point, outcome);
     if (outcome.isDone())
-        return QStringLiteral("%1: %2").arg(line, outcomeText(outcome));
-    return QStringLiteral("%1 (%2): %3")
-        .arg(line, addressText(assignment.point), outcomeText(outcome));
+        return QStringLiteral("%1: %2").arg(line, text);
+    return QStringLiteral("%1 (%2): %3").arg(line, addressText(assignment.point), text);
 }
 
 void addWrite(const Assignment& assignment, const TransferOutcome& outcome, JsonLine* line)
 {
     line->addPoint(assignment.point);
     line->addJson("value", pointJson(assignment.point, assignment.values));
-    line->addOutcome(outcome);
+    line->addOutcome(outcome, writeOutcomeText(assignment.point, outcome));
+    if (outcome.taken > 0)
+        line->add("taken", qint64(outcome.taken));
 }
 
 void printRead(const DataPoint& point, const QByteArray& bytes, const TransferOutcome& outcome,
@@ -102,12 +106,12 @@ void printRead(const DataPoint& point, const QByteArray& bytes, const TransferOu
         JsonLine line;
         line.addPoint(point);
         line.addJson("value", outcome.isDone() ? pointJson(point, values) : QStringLiteral("null"));
-        print(line.addOutcome(outcome).text());
+        print(line.addOutcome(outcome, readOutcomeText(outcome)).text());
     } else if (outcome.isDone()) {
         print(valueLine(point, pointText(point, values)));
     } else {
         complain(QStringLiteral("%1 (%2): %3")
-                     .arg(point.text, addressText(point), outcomeText(outcome)));
+                     .arg(point.text, addressText(point), readOutcomeText(outcome)));
     }
 }
 

@@ -31,7 +31,7 @@ public:
     /// Label, type and, where there is one, the unit.
     JsonLine& addPoint(const DataPoint& point);
     /// Outcome, and for a failure its text.
-    JsonLine& addOutcome(const TransferOutcome& outcome);
+    JsonLine& addOutcome(const TransferOutcome& outcome, const QString& text);
 
     QString text() const;
 

@@ -109,8 +109,8 @@ TEST_F(CommandLine, AFailedWriteSaysWhatWhereAndWhy)
     EXPECT_TRUE(outcome.lines.isEmpty());
     EXPECT_EQ(
         "plc: MAIN.speed = 5 (area 3 address 10): refused: result 12, the reply is no good "
-        "answer: its length or its status is wrong; the PLC's status is 64, so it may not "
-        "have this address: compare it with the PLC's program\n",
+        "answer: its length or its status is wrong; the PLC's status 0x0040: it may not "
+        "have this address; compare it with the PLC's program\n",
         outcome.errors.toStdString());
 }
 

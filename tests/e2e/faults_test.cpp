@@ -130,7 +130,7 @@ TEST_F(Faults, AReadThatThePlcRefusesIsRetriedAsOftenAsConfigured)
     const int before = status("requests");
     const Outcome outcome = run("read", {QStringLiteral("F.v0[0]")});
     EXPECT_EQ(1, outcome.exitCode);
-    EXPECT_TRUE(outcome.errors.contains(QStringLiteral("status is 49")))
+    EXPECT_TRUE(outcome.errors.contains(QStringLiteral("status 0x0031")))
         << outcome.errors.toStdString();
     // Two of the login, the read, and two retries.
     EXPECT_EQ(5, status("requests") - before);

@@ -85,25 +85,20 @@ TEST_F(Stats, MeasureTheRoundTrip)
     EXPECT_LE(time("max"), number("duration"));
 }
 
-TEST_F(Stats, CountRefusedRequestsByTheirResultWithItsMeaning)
+TEST_F(Stats, CountRefusedReadsByTheStatusOfThePlc)
 {
     startSimulator();
     writeProject(QByteArray(kProject)
                      .replace("'size': 64", "'size': 640")
                      .replace("'offset': 12", "'offset': 600"));
     measure({QStringLiteral("MAIN.beside")}, 1);
-    ASSERT_EQ(1, list("failures").size());
-    const QJsonObject failure = list("failures").first().toObject();
-    EXPECT_EQ(11, failure.value(QLatin1String("result")).toInt());
-    EXPECT_TRUE(failure.value(QLatin1String("meaning"))
-                    .toString()
-                    .contains(QStringLiteral("its length or its status is wrong")));
-    const int givenUp = failure.value(QLatin1String("count")).toInt();
-    EXPECT_GE(givenUp, 1);
-    // Each is tried three times; the last one may not have been given up yet.
-    EXPECT_GE(number("refused"), 3 * givenUp);
-    EXPECT_GE(number("retries"), 2 * givenUp);
-    EXPECT_EQ(number("refused"), number("retries") + givenUp);
+    ASSERT_EQ(1, list("refusals").size());
+    const QJsonObject refusal = list("refusals").first().toObject();
+    EXPECT_EQ(0x31, refusal.value(QLatin1String("status")).toInt());
+    // Asked for three times; the next attempt comes ten seconds later.
+    EXPECT_EQ(3, refusal.value(QLatin1String("count")).toInt());
+    EXPECT_EQ(3, number("refused"));
+    EXPECT_EQ(0, list("failures").size());
     EXPECT_EQ(0, number("values"));
 }
 

@@ -128,8 +128,7 @@ TEST_F(FileReplacementTest, WritesIntoWhatIsNoFileOnADisk)
 TEST_F(FileReplacementTest, NamesWhatCannotBeAFile)
 {
     EXPECT_FALSE(FileReplacement(path("nowhere/a")).open(&error));
-    EXPECT_EQ(path("nowhere/a") +
-                  QStringLiteral(": cannot be written: No such file or directory"),
+    EXPECT_EQ(path("nowhere/a") + QStringLiteral(": cannot be written: No such file or directory"),
               error);
     EXPECT_FALSE(FileReplacement(QStringLiteral("/")).open(&error));
     EXPECT_EQ("/: cannot be written: Is a directory", error.toStdString());

@@ -236,6 +236,22 @@ protected:
     }
 
     void answer(const QByteArray& reply) { session().received(reply, now); }
+    /// Gives zeros to the read that has just gone out.
+    void answerWithZeros()
+    {
+        const RequestContent content = parseRequest(request());
+        ASSERT_EQ(content.service, Service::Read);
+        QByteArray payload(6, '\0');
+        for (const FrameEntry& entry : content.entries)
+            payload += QByteArray(1 + int(entry.length), '\0');
+        answer(frameOf(payload));
+    }
+    /// Acknowledges a write as an earlier one was: a read then shows that it was no second copy.
+    void acknowledgeAgain()
+    {
+        answer(writeReply());
+        answerWithZeros();
+    }
     void passTime(qint64 milliseconds)
     {
         now += milliseconds;
@@ -283,6 +299,14 @@ protected:
     {
         linkEvents.push_back({state, reason, retryDelay});
     }
+    void valueRefused(int row) override
+    {
+        refusedValues.push_back(runtime->values().point(row).text.toStdString());
+    }
+    void valueGivenAgain(int row) override
+    {
+        valuesGivenAgain.push_back(runtime->values().point(row).text.toStdString());
+    }
     void requestSent(const SentRequest&) override {}
     void requestAnswered(const SentRequest&, const Answer& judgement, const QByteArray&) override
     {
@@ -295,6 +319,8 @@ protected:
     QByteArray sent;
     std::vector<LinkEvent> linkEvents;
     std::vector<Answer> answers;
+    std::vector<std::string> refusedValues;
+    std::vector<std::string> valuesGivenAgain;
     std::vector<Settled> writes;
     std::vector<Settled> reads;
 };

@@ -42,13 +42,19 @@ TEST(PieceTracker, RequestSettlesAllThatItCarries)
     EXPECT_EQ(tracker.pieceCount(), 1);
 }
 
-TEST(PieceTracker, AbandonedRequestTakesAllPiecesOfItsTransfers)
+TEST(PieceTracker, AbandonedRequestTellsItsTransfersAndWhatWasTakenOfThem)
 {
     PieceTracker tracker;
     tracker.add(1, {piece(1, 0, 1000), piece(1, 1000, 1000)});
     tracker.add(2, {piece(1, 5000, 2)});
     tracker.requestSent({piece(1, 0, 1000)});
+    tracker.requestAccepted();
+    tracker.requestSent({piece(1, 1000, 1000)});
     EXPECT_EQ(tracker.requestAbandoned(), QVector<int>{1});
+    EXPECT_EQ(tracker.accepted(1), 1000);
+    EXPECT_EQ(tracker.accepted(2), 0);
+    tracker.remove(1);
+    EXPECT_EQ(tracker.accepted(1), 0);
     EXPECT_EQ(tracker.pieceCount(), 1);
 }
 

@@ -41,14 +41,33 @@ TEST_F(OneShotReadTest, AllReadsOfARequestAreSettledByItsReply)
 TEST_F(OneShotReadTest, LongOneIsSettledByItsLastPiece)
 {
     connect();
-    readOnce("Big.block[0]*125");
+    readOnce("Big.block[0]*250");
     logIn();
-    // 500 bytes at 200 a piece, of which 4 fit into the 999 bytes of one request.
-    ASSERT_EQ(entries().size(), 3);
-    answer(readReply({QByteArray(200, '\x01'), QByteArray(200, '\x02'), QByteArray(100, '\x03')}));
+    // 1000 bytes at 200 a piece, of which 4 fit into the 999 bytes of one request.
+    ASSERT_EQ(entries().size(), 4);
+    const QByteArray block(200, '\x01');
+    answer(readReply({block, block, block, block}));
+    EXPECT_TRUE(reads.empty());
+    ASSERT_EQ(entries().size(), 1);
+    answer(readReply({QByteArray(200, '\x02')}));
     ASSERT_EQ(reads.size(), 1u);
-    EXPECT_EQ(reads[0].bytes,
-              QByteArray(200, '\x01') + QByteArray(200, '\x02') + QByteArray(100, '\x03'));
+    EXPECT_EQ(reads[0].bytes, QByteArray(800, '\x01') + QByteArray(200, '\x02'));
+    EXPECT_EQ(actions(), "");
+}
+
+TEST_F(OneShotReadTest, ValueThatFitsIntoARequestComesInOneEntryWhateverTheSettingIs)
+{
+    connect();
+    readOnce("Big.block[0]*249");
+    logIn();
+    // 996 bytes; maxReadBytes is 200.
+    const QVector<FrameEntry> sentEntries = entries();
+    ASSERT_EQ(sentEntries.size(), 1);
+    EXPECT_EQ(sentEntries[0].address, 1000u);
+    EXPECT_EQ(sentEntries[0].length, 996u);
+    answer(readReply({QByteArray(996, '\x07')}));
+    ASSERT_EQ(reads.size(), 1u);
+    EXPECT_EQ(reads[0].bytes, QByteArray(996, '\x07'));
 }
 
 TEST_F(OneShotReadTest, LongOneOverSeveralRequestsWaitsForTheLast)
@@ -66,24 +85,77 @@ TEST_F(OneShotReadTest, LongOneOverSeveralRequestsWaitsForTheLast)
     EXPECT_EQ(reads[0].bytes, QByteArray(1200, '\x07'));
 }
 
-TEST_F(OneShotReadTest, RefusedRequestFailsAllItsReads)
+TEST_F(OneShotReadTest, RefusedAloneIsAskedForOnceMoreTwiceAndThenRefused)
+{
+    connect();
+    readOnce("Main.speed");
+    logIn();
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(entries().size(), 1);
+        EXPECT_TRUE(reads.empty());
+        answer(refusal());
+    }
+    ASSERT_EQ(reads.size(), 1u);
+    EXPECT_EQ(reads[0].outcome.kind, TransferOutcome::Refused);
+    EXPECT_EQ(reads[0].outcome.status, 5);
+    EXPECT_TRUE(reads[0].bytes.isEmpty());
+    // The driver keeps its login.
+    readOnce("Main.count");
+    const QVector<FrameEntry> sentEntries = entries();
+    ASSERT_EQ(sentEntries.size(), 1);
+    EXPECT_EQ(sentEntries[0].address, 6u);
+}
+
+TEST_F(OneShotReadTest, RefusedOneIsFoundByHalvesAndAllOthersAreRead)
+{
+    connect();
+    std::vector<std::string> labels;
+    for (int i = 0; i < 10; ++i)
+        labels.push_back("Big.block[" + std::to_string(i) + "]");
+    for (const std::string& label : labels)
+        readOnce(label.c_str());
+    logIn();
+    const quint32 wrong = 1000 + 4 * 6;
+    int requests = 0;
+    while (actions() == "S") {
+        ++requests;
+        QByteArray payload(6, '\0');
+        bool isRefused = false;
+        for (const FrameEntry& entry : parseRequest(sent).entries) {
+            isRefused = isRefused || entry.address == wrong;
+            payload += QByteArray(1, '\0') + QByteArray(3, '\0') + char(entry.address - 1000);
+        }
+        answer(isRefused ? refusal() : frameOf(payload));
+    }
+    ASSERT_EQ(reads.size(), 10u);
+    for (const Settled& read : reads) {
+        const int index = read.label.mid(10, 1).toInt();
+        if (index == 6) {
+            EXPECT_EQ(read.outcome.kind, TransferOutcome::Refused);
+            continue;
+        }
+        EXPECT_TRUE(read.outcome.isDone()) << index;
+        EXPECT_EQ(read.bytes, QByteArray(1, char(4 * index)) + QByteArray(3, '\0'));
+    }
+    // 10 refused; 0-4 read, 5-9 refused; 5-6 refused, 5 read, 6 refused alone, 7-9 read.
+    EXPECT_EQ(requests, 7);
+}
+
+TEST_F(OneShotReadTest, RefusalThatHasPassedHidesNothing)
 {
     connect();
     readOnce("Main.speed");
     readOnce("Main.count");
     logIn();
-    for (int i = 0; i < 3; ++i) {
-        ASSERT_EQ(actions(), "S");
-        answer(refusal());
-    }
+    ASSERT_EQ(entries().size(), 2);
+    answer(refusal());
+    ASSERT_EQ(entries().size(), 1);
+    answer(readReply({hex("00 01")}));
+    ASSERT_EQ(entries().size(), 1);
+    answer(readReply({hex("00 02")}));
     ASSERT_EQ(reads.size(), 2u);
-    for (const Settled& read : reads) {
-        EXPECT_EQ(read.outcome.kind, TransferOutcome::Refused);
-        // 10 for a reply that is no good answer, and 3 for a one-shot read.
-        EXPECT_EQ(read.outcome.result, 13);
-        EXPECT_EQ(read.outcome.status, 5);
-        EXPECT_TRUE(read.bytes.isEmpty());
-    }
+    EXPECT_EQ(reads[0].bytes, hex("01 00"));
+    EXPECT_EQ(reads[1].bytes, hex("02 00"));
 }
 
 TEST_F(OneShotReadTest, LostLinkSettlesThem)
@@ -142,15 +214,14 @@ TEST_F(CyclicReadTest, NeighboursComeInOneEntry)
     cycle({"Main.speed", "Main.flag", "Main.real"});
     connect();
     logIn();
+    // The gap of 3 bytes costs less than an entry of its own, that of 14 bytes more.
     const QVector<FrameEntry> entries = parseRequest(request()).entries;
-    ASSERT_EQ(entries.size(), 1);
+    ASSERT_EQ(entries.size(), 2);
     EXPECT_EQ(entries[0].address, 0u);
-    EXPECT_EQ(entries[0].length, 24u);
-    QByteArray memory(24, '\0');
-    memory[0] = 1;
-    memory.replace(4, 2, hex("FF FE"));
-    memory.replace(20, 4, hex("3F C0 00 00"));
-    answer(readReply({memory}));
+    EXPECT_EQ(entries[0].length, 6u);
+    EXPECT_EQ(entries[1].address, 20u);
+    EXPECT_EQ(entries[1].length, 4u);
+    answer(readReply({hex("01 00 00 00 FF FE"), hex("3F C0 00 00")}));
     EXPECT_EQ(shown("Main.speed"), "-2");
     EXPECT_EQ(shown("Main.flag"), "TRUE");
     EXPECT_EQ(shown("Main.real"), "1.5");
@@ -171,12 +242,12 @@ TEST_F(CyclicReadTest, ValueOfTwoRequestsIsAsOldAsTheOlderPart)
         answer(reply);
     }
     ASSERT_TRUE(runtime->values().wasRead(0));
-    // The first part came at 1010, the last at 1030.
-    EXPECT_EQ(runtime->values().age(0, now), 20);
+    // The first part was asked for at 1000, the last came at 1030.
+    EXPECT_EQ(runtime->values().age(0, now), 30);
     EXPECT_EQ(runtime->values().reads(0), 1u);
     now += 10;
     answer(reply);
-    EXPECT_EQ(runtime->values().age(0, now), 20);
+    EXPECT_EQ(runtime->values().age(0, now), 40) << "shown again when the pass is whole";
 }
 
 TEST_F(CyclicReadTest, ValuesGrowStaleWhileThePlcIsAwayAndFreshAfterwards)
@@ -219,6 +290,29 @@ TEST_F(CyclicReadTest, RefusedReadMakesNothingFresh)
     EXPECT_FALSE(runtime->values().wasRead(0));
 }
 
+TEST_F(CyclicReadTest, ValueIsNeverCutBetweenTwoRequests)
+{
+    // 20 values of 84 bytes, which maxReadBytes of 200 would cut; 11 fit into one request.
+    QVector<DataPoint> points;
+    for (int i = 0; i < 20; ++i)
+        points.append(point(qPrintable(QStringLiteral("Big.block[%1]*21").arg(21 * i))));
+    runtime->readCyclically(points, now);
+    connect();
+    logIn();
+    for (int round = 1; round < 50; ++round) {
+        const RequestContent content = parseRequest(request());
+        QByteArray payload(6, '\0');
+        for (const FrameEntry& entry : content.entries)
+            payload += QByteArray(1 + int(entry.length), char(round));
+        answer(frameOf(payload));
+        for (int row = 0; row < 20; ++row) {
+            const QByteArray bytes = runtime->values().bytes(row);
+            EXPECT_EQ(bytes, QByteArray(bytes.size(), bytes.isEmpty() ? '\0' : bytes[0])) << round;
+            ASSERT_TRUE(round <= 2 || bytes.size() == 84) << row;
+        }
+    }
+}
+
 TEST_F(CyclicReadTest, BitsAreReadWithTheirWords)
 {
     cycle({"Io.start", "Io.lamp[0]*20"});
@@ -228,8 +322,8 @@ TEST_F(CyclicReadTest, BitsAreReadWithTheirWords)
     const QVector<FrameEntry> entries = parseRequest(request()).entries;
     ASSERT_EQ(entries.size(), 1);
     EXPECT_EQ(entries[0].address, 0u);
-    EXPECT_EQ(entries[0].length, 6u);
-    answer(readReply({hex("00 08 80 01 0A 00")}));
+    EXPECT_EQ(entries[0].length, 5u);
+    answer(readReply({hex("00 08 80 01 0A")}));
     EXPECT_EQ(shown("Io.start"), "TRUE");
     EXPECT_EQ(shown("Io.lamp[0]*20"),
               "[TRUE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, "
@@ -288,7 +382,7 @@ TEST_F(StationTest, WritesUnderWayAreCarriedOutBeforeItGoesOff)
     EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::NotSent);
     answer(refusal());
     ASSERT_EQ(actions(), "S") << "the retry belongs to it";
-    answer(writeReply());
+    acknowledgeAgain();
     ASSERT_EQ(writes.size(), 2u);
     EXPECT_TRUE(writes[1].outcome.isDone());
     EXPECT_EQ(actions(), "");

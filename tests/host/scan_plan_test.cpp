@@ -169,7 +169,7 @@ TEST_F(ScanPlanTest, GapsAreNotReadWhereThatSavesNothing)
 {
     ScanPlanner planner = this->planner({"Big.same", "Big.far"});
     const ScanPlan asItIs = planner.plan(16000);
-    EXPECT_EQ(asItIs.entries, 1);
+    EXPECT_EQ(asItIs.entries, 2);
     const ScanPlan best = planner.best({10, 100}, asItIs);
     EXPECT_EQ(best.requests, 1);
     EXPECT_EQ(best.entries, 2);
@@ -244,7 +244,7 @@ TEST_F(ScanOfRuntimeTest, SendsWhatIsPlanned)
     EXPECT_EQ(plan.requests, requests);
     EXPECT_EQ(plan.bytesSent, bytesSent);
     EXPECT_EQ(plan.bytesReceived, bytesReceived);
-    EXPECT_GT(requests, 2);
+    EXPECT_EQ(requests, 2);
 }
 
 } // namespace

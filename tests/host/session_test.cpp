@@ -81,12 +81,12 @@ TEST_F(SessionTest, ReplyMayBeCutInTwoAtAnyByte)
     }
 }
 
-TEST_F(SessionTest, TwoFramesAtOnceGiveTheFirstAndEndTheConnection)
+TEST_F(SessionTest, TwoFramesAtOnceGiveNeitherAndEndTheConnection)
 {
     connectAndLogIn();
     answer(readReply({hex("12 34")}) + readReply({hex("55 55")}));
     EXPECT_EQ(actions(), "X");
-    EXPECT_EQ(shown("Main.speed"), "4660");
+    EXPECT_EQ(shown("Main.speed"), "unread") << "nobody knows which of them is the reply";
     EXPECT_EQ(lastLinkEvent().state, LinkState::Down);
     EXPECT_EQ(lastLinkEvent().reason, "the PLC sent 15 bytes behind its reply");
     reconnect(500);
@@ -98,7 +98,7 @@ TEST_F(SessionTest, HalfAFrameBehindTheReplyEndsTheConnectionToo)
     connectAndLogIn();
     answer(readReply({hex("12 34")}) + hex("BB BB 00"));
     EXPECT_EQ(actions(), "X");
-    EXPECT_EQ(shown("Main.speed"), "4660");
+    EXPECT_EQ(shown("Main.speed"), "unread");
 }
 
 TEST_F(SessionTest, BytesThatNobodyAskedForEndTheConnection)
@@ -171,13 +171,69 @@ TEST_F(AcknowledgementTest, SecondCopyOfALoginReplyDoesNotAcknowledgeAWrite)
     EXPECT_EQ(lastLinkEvent().reason, "the PLC sent its reply to a login or a read twice");
 }
 
-TEST_F(AcknowledgementTest, AcknowledgementOfAnyOtherContentIsTaken)
+TEST_F(AcknowledgementTest, OfASizeThatWasSeenBeforeIsBelievedOnceAReplyOfAnotherSizeFits)
 {
     sendWriteBehindARead();
+    // As long as the replies to the reads, so that the next of them proves nothing.
     answer(readReply({hex("00 02")}));
     EXPECT_EQ(answers.back().kind, Answer::Accepted);
+    EXPECT_TRUE(writes.empty());
+    EXPECT_EQ(request(), hex(kReadSpeed));
+    answer(readReply({hex("00 02")}));
+    EXPECT_TRUE(writes.empty());
+    const QVector<FrameEntry> entries = parseRequest(request()).entries;
+    ASSERT_EQ(entries.size(), 1);
+    EXPECT_EQ(entries[0].address, 4u);
+    EXPECT_EQ(entries[0].length, 1u);
+    answer(readReply({hex("00")}));
     ASSERT_EQ(writes.size(), 1u);
     EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::Done);
+}
+
+TEST_F(AcknowledgementTest, CopyOfAnEarlierAcknowledgementIsFoundByTheNextReply)
+{
+    sendWriteBehindARead();
+    answer(writeReply());
+    ASSERT_EQ(writes.size(), 1u) << "no reply of this size came before";
+    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::Done);
+    ASSERT_EQ(actions(), "S");
+    write("Main.count", "2");
+    answer(readReply({hex("00 01")}));
+    ASSERT_EQ(int(uchar(request()[6])), 0x3C);
+    // The copy comes in place of the reply; the PLC refuses the write, and its refusal comes next.
+    answer(writeReply());
+    EXPECT_EQ(writes.size(), 1u);
+    ASSERT_EQ(request(), hex(kReadSpeed));
+    answer(refusal());
+    EXPECT_EQ(actions(), "X");
+    EXPECT_EQ(lastLinkEvent().reason, "a refusal may be that of the write before this read");
+    ASSERT_EQ(writes.size(), 2u);
+    EXPECT_EQ(writes[1].outcome.kind, TransferOutcome::LinkLost);
+}
+
+TEST_F(AcknowledgementTest, BytesBehindItMakeItDoubtful)
+{
+    sendWriteBehindARead();
+    answer(writeReply() + refusal());
+    expectLinkLost();
+    EXPECT_EQ(lastLinkEvent().reason, "the PLC sent 8 bytes behind its reply");
+}
+
+TEST_F(AcknowledgementTest, NothingElseIsWrittenWhileOneIsDoubted)
+{
+    sendWriteBehindARead();
+    answer(writeReply());
+    ASSERT_EQ(actions(), "S");
+    write("Main.count", "2");
+    answer(readReply({hex("00 01")}));
+    ASSERT_EQ(actions(), "S");
+    write("Main.word", "16#0003");
+    readOnce("Main.long");
+    answer(writeReply());
+    ASSERT_EQ(request(), hex(kReadSpeed));
+    answer(readReply({hex("00 01")}));
+    EXPECT_EQ(writes.size(), 2u);
+    ASSERT_EQ(int(uchar(request()[6])), 0x3C);
 }
 
 TEST_F(SessionTest, PlcThatAnswersBothLoginFramesAlikeIsTakenTheSecondTime)
@@ -387,18 +443,31 @@ TEST_F(SessionTest, AcceptedReadShortensTheWaitingTime)
     EXPECT_EQ(lastLinkEvent().retryDelay, 500);
 }
 
-TEST_F(SessionTest, RefusedRequestIsSentAgainOnTheSameConnection)
+TEST_F(SessionTest, RefusedReadEndsWithItsRefusalAndKeepsTheLogin)
 {
     connectAndLogIn();
     answer(refusal());
-    EXPECT_EQ(answers.back().kind, Answer::Retried);
+    EXPECT_EQ(answers.back().kind, Answer::Refused);
     EXPECT_EQ(answers.back().status, 5);
     EXPECT_EQ(request(), hex(kReadSpeed));
-    answer(refusal());
-    EXPECT_EQ(request(), hex(kReadSpeed));
+    answer(readReply({hex("12 34")}));
+    EXPECT_EQ(shown("Main.speed"), "4660");
+}
+
+TEST_F(SessionTest, RefusedWriteIsSentAgainAsOftenAsTheSettingSays)
+{
+    connectAndLogIn();
+    write("Main.count", "1");
+    answer(readReply({hex("00 01")}));
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_EQ(int(uchar(request()[6])), 0x3C);
+        answer(refusal());
+        EXPECT_EQ(answers.back().kind, Answer::Retried);
+    }
+    ASSERT_EQ(int(uchar(request()[6])), 0x3C);
     answer(refusal());
     EXPECT_EQ(answers.back().kind, Answer::Abandoned);
-    EXPECT_EQ(answers.back().result, 11);
+    EXPECT_EQ(answers.back().result, 12);
     // The driver logs in anew, on the connection as it is.
     logIn();
     EXPECT_EQ(request(), hex(kReadSpeed));
@@ -407,12 +476,15 @@ TEST_F(SessionTest, RefusedRequestIsSentAgainOnTheSameConnection)
 TEST_F(SessionTest, ReplyToARetryOfAnotherSizeLeavesTheStreamWhole)
 {
     connectAndLogIn();
+    write("Main.count", "1");
+    answer(readReply({hex("00 01")}));
+    ASSERT_EQ(actions(), "S");
     answer(refusal());
     ASSERT_EQ(actions(), "S");
-    // The driver now expects 8 bytes, as many as the refusal had, and turns these 15 down.
-    answer(readReply({hex("12 34")}));
+    // The driver now expects 8 bytes, as many as the refusal had, and turns these 9 down.
+    answer(hex("BB BB 00 00 00 03 00 00 00"));
     EXPECT_EQ(answers.back().kind, Answer::Retried);
-    EXPECT_EQ(request(), hex(kReadSpeed));
+    ASSERT_EQ(int(uchar(request()[6])), 0x3C);
     answer(refusal());
     EXPECT_EQ(answers.back().kind, Answer::Abandoned);
     logIn();
@@ -421,45 +493,111 @@ TEST_F(SessionTest, ReplyToARetryOfAnotherSizeLeavesTheStreamWhole)
     EXPECT_EQ(shown("Main.speed"), "4660");
 }
 
-TEST_F(SessionTest, PlcThatRefusesEverythingIsAskedLessAndLess)
+TEST_F(SessionTest, PlcThatRefusesEverythingIsAskedNowAndThen)
 {
     connectAndLogIn();
-    for (int delay : {0, 500, 1000, 2000, 4000, 4000}) {
-        for (int i = 0; i < 2; ++i) {
-            answer(refusal());
-            ASSERT_EQ(actions(), "S");
-        }
+    for (int i = 0; i < 2; ++i) {
         answer(refusal());
-        ASSERT_EQ(answers.back().kind, Answer::Abandoned);
-        if (delay > 0) {
-            ASSERT_EQ(actions(), "");
-            passTime(delay - 1);
-            ASSERT_EQ(actions(), "") << delay;
-            passTime(1);
-        }
-        logIn();
         ASSERT_EQ(request(), hex(kReadSpeed));
     }
+    answer(refusal());
+    EXPECT_EQ(refusedValues, std::vector<std::string>{"Main.speed"});
+    for (int i = 0; i < 5; ++i) {
+        ASSERT_EQ(actions(), "");
+        passTime(9999);
+        ASSERT_EQ(actions(), "");
+        passTime(1);
+        ASSERT_EQ(request(), hex(kReadSpeed));
+        answer(refusal());
+    }
+    EXPECT_EQ(refusedValues.size(), 1u) << "told once";
+    passTime(10000);
+    ASSERT_EQ(request(), hex(kReadSpeed));
+    answer(readReply({hex("12 34")}));
+    EXPECT_EQ(valuesGivenAgain, std::vector<std::string>{"Main.speed"});
+    EXPECT_EQ(shown("Main.speed"), "4660");
+    EXPECT_EQ(request(), hex(kReadSpeed)) << "read at full rate again";
 }
 
-TEST_F(SessionTest, FailuresDoNotAddUpOverDays)
+TEST_F(SessionTest, ReplyThatIsLookedAtTooLateIsNone)
 {
     connectAndLogIn();
-    const qint64 day = 24 * 60 * 60 * 1000;
+    // The process was stopped: the reply is there, the deadline is over, and no timer came first.
+    now += 6000;
+    answer(readReply({hex("12 34")}));
+    EXPECT_EQ(actions(), "X");
+    EXPECT_EQ(lastLinkEvent().reason, "the reply came later than within 1000 ms");
+    EXPECT_EQ(shown("Main.speed"), "unread");
+}
+
+TEST_F(SessionTest, ValueIsAsOldAsItsRequest)
+{
+    connectAndLogIn();
+    now += 900;
+    answer(readReply({hex("12 34")}));
+    EXPECT_EQ(shown("Main.speed"), "4660");
+    EXPECT_EQ(runtime->values().age(0, now), 900);
+}
+
+TEST_F(SessionTest, CopyOfALoginReplyIsNoValue)
+{
+    // 24 bytes of data make a reply of 37 bytes, as long as this reply to the file request.
+    cycle({"Main.table[0,1]*12"});
+    connect();
+    request();
+    answer(identificationReply());
+    request();
+    const QByteArray login = frameOf(QByteArray(6, '\0') + QByteArray(25, '\x12'));
+    answer(login);
+    const QVector<FrameEntry> entries = parseRequest(request()).entries;
+    ASSERT_EQ(login.size(), readReplySize(entries));
+    answer(login);
+    EXPECT_EQ(actions(), "X");
+    EXPECT_EQ(lastLinkEvent().reason, "the PLC sent its reply to a login twice");
+    EXPECT_EQ(shown("Main.table[0,1]*12"), "unread");
+}
+
+TEST_F(SessionTest, LoginThatIsAnsweredAlikeIsDoubtedEachTimeAfterOneThatWasNot)
+{
+    connect();
+    request();
+    answer(identificationReply());
+    request();
+    answer(identificationReply());
+    ASSERT_EQ(actions(), "X");
+    // This PLC answers the frames differently after all.
+    reconnect(500);
+    ASSERT_EQ(actions(), "S");
+    passTime(1000);
+    ASSERT_EQ(actions(), "X");
+    passTime(1000);
+    ASSERT_EQ(actions(), "C");
+    session().connected(now);
+    request();
+    answer(identificationReply());
+    request();
+    answer(identificationReply());
+    EXPECT_EQ(lastLinkEvent().reason, "the PLC sent its first reply to the login twice");
+    EXPECT_EQ(actions(), "X");
+}
+
+TEST_F(SessionTest, FailuresDoNotAddUp)
+{
+    connectAndLogIn();
     for (int i = 0; i < 100; ++i) {
-        // One refused write a day is retried once, and is never the one too many.
+        // One refused write among others is retried once, and is never the one too many.
         write("Main.count", "1");
         answer(readReply({hex("00 01")}));
         ASSERT_EQ(actions(), "S");
         ASSERT_EQ(int(uchar(sent[6])), 0x3C);
         answer(refusal());
-        ASSERT_EQ(answers.back().kind, Answer::Retried) << "day " << i;
+        ASSERT_EQ(answers.back().kind, Answer::Retried) << i;
         ASSERT_EQ(actions(), "S");
         answer(writeReply());
         ASSERT_EQ(answers.back().kind, Answer::Accepted);
         ASSERT_EQ(actions(), "S");
-        now += day;
     }
+    answer(readReply({hex("00 01")}));
     EXPECT_EQ(writes.size(), 100u);
 }
 

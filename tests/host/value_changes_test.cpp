@@ -11,13 +11,7 @@ constexpr int kStaleAfter = 3000;
 /// A table of two numbers, whose bytes the test sets.
 class ValueChangesTest : public HostTest {
 protected:
-    ValueChangesTest()
-        : values({point("Main.speed"), point("Main.count")}, kStaleAfter, 0,
-                 [this](const DataPoint& which) {
-                     return which.text == QLatin1String("Main.speed") ? speed : count;
-                 })
-    {
-    }
+    ValueChangesTest() : values({point("Main.speed"), point("Main.count")}, kStaleAfter, 998, 0) {}
 
     void readBoth(qint64 time)
     {
@@ -26,12 +20,12 @@ protected:
         entry.area = 1;
         entry.address = 4;
         entry.length = 4;
-        values.replyAccepted({entry}, time);
+        values.replyAccepted({entry}, {speed + count}, time, time);
     }
     QVector<int> take(qint64 time) { return changes.take(values, time); }
 
-    QByteArray speed = hex("01 00");
-    QByteArray count = hex("02 00");
+    QByteArray speed = hex("00 01");
+    QByteArray count = hex("00 02");
     ValueTable values;
     ValueChanges changes;
 };
@@ -53,7 +47,7 @@ TEST_F(ValueChangesTest, AChangedValueIsNew)
 {
     readBoth(10);
     take(10);
-    count = hex("03 00");
+    count = hex("00 03");
     readBoth(20);
     EXPECT_EQ(take(20), QVector<int>{1});
 }

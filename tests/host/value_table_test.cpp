@@ -133,16 +133,20 @@ protected:
         result.length = quint32(length);
         return result;
     }
-    ValueTable table(const QVector<DataPoint>& points)
+    static ValueTable table(const QVector<DataPoint>& points)
     {
-        return ValueTable(points, 3000, 0, [this](const DataPoint& point) {
-            ++fetches;
-            return memory.value(point.label);
-        });
+        return ValueTable(points, 3000, 998, 0);
     }
-
-    QHash<QString, QByteArray> memory;
-    int fetches = 0;
+    /// A reply to a request that was sent at `sentAt`, with these data in its entries.
+    static QVector<int> read(ValueTable* values, const QVector<FrameEntry>& entries,
+                             const QVector<QByteArray>& blocks, qint64 sentAt)
+    {
+        return values->replyAccepted(entries, blocks, sentAt, sentAt + 5);
+    }
+    static void read(ValueTable* values, const FrameEntry& entry, qint64 sentAt)
+    {
+        read(values, {entry}, {QByteArray(int(entry.length), '\0')}, sentAt);
+    }
 };
 
 TEST_F(ValueTableTest, EntryReachesExactlyTheValuesThatItCovers)
@@ -151,31 +155,86 @@ TEST_F(ValueTableTest, EntryReachesExactlyTheValuesThatItCovers)
         table({number("far", 1, 100), number("before", 1, 8), number("first", 1, 10),
                number("last", 1, 18), number("behind", 1, 20), number("elsewhere", 2, 10),
                number("partly", 1, 9)});
-    values.replyAccepted({entry(1, 10, 10)}, 50);
+    read(&values, entry(1, 10, 10), 50);
     for (int row = 0; row < values.size(); ++row) {
         const QString label = values.point(row).label;
         EXPECT_EQ(values.wasRead(row),
                   label == QLatin1String("first") || label == QLatin1String("last"))
             << label.toStdString();
     }
-    EXPECT_EQ(fetches, 2);
+}
+
+TEST_F(ValueTableTest, BytesAreThoseAtItsPlaceInTheBlockMostSignificantFirst)
+{
+    ValueTable values = table({number("a", 1, 12)});
+    read(&values, {entry(1, 0, 2), entry(1, 10, 6)}, {hex("11 22"), hex("00 01 FF FE 02 03")}, 50);
+    EXPECT_EQ(values.bytes(0), hex("FE FF"));
+}
+
+TEST_F(ValueTableTest, HalvesFromTwoRepliesAreNoValue)
+{
+    ValueTable values = table({number("a", 1, 10)});
+    read(&values, {entry(1, 10, 1)}, {hex("01")}, 50);
+    read(&values, {entry(1, 11, 1)}, {hex("02")}, 60);
+    read(&values, {entry(1, 10, 1)}, {hex("03")}, 70);
+    EXPECT_FALSE(values.wasRead(0));
+}
+
+TEST_F(ValueTableTest, HalvesFromOneReplyAreAValue)
+{
+    ValueTable values = table({number("a", 1, 10)});
+    read(&values, {entry(1, 10, 1), entry(1, 11, 1)}, {hex("12"), hex("34")}, 50);
+    ASSERT_TRUE(values.wasRead(0));
+    EXPECT_EQ(values.bytes(0), hex("34 12"));
 }
 
 TEST_F(ValueTableTest, LargeValueIsFoundFarBehindItsStart)
 {
-    ValueTable values = table({number("large", 1, 0, 500), number("small", 1, 900)});
-    values.replyAccepted({entry(1, 0, 200), entry(1, 200, 200)}, 50);
+    ValueTable values = table({number("large", 1, 0, 600), number("small", 1, 1100)});
+    EXPECT_TRUE(values.isPieced(0));
+    EXPECT_FALSE(values.isPieced(1));
+    read(&values, {entry(1, 0, 200), entry(1, 200, 200)},
+         {QByteArray(200, '\0'), QByteArray(200, '\0')}, 50);
     EXPECT_FALSE(values.wasRead(0));
-    values.replyAccepted({entry(1, 400, 600)}, 60);
+    read(&values, entry(1, 400, 800), 60);
     ASSERT_TRUE(values.wasRead(0));
     EXPECT_EQ(values.age(0, 60), 10);
     EXPECT_TRUE(values.wasRead(1));
 }
 
+TEST_F(ValueTableTest, LongValueHoldsNoPartOfAnEarlierPass)
+{
+    ValueTable values = table({number("long", 1, 0, 600)});
+    const auto pass = [&values](char first, char second, qint64 time) {
+        read(&values, {entry(1, 0, 600)}, {QByteArray(600, first)}, time);
+        const QByteArray shown = values.bytes(0);
+        read(&values, {entry(1, 600, 600)}, {QByteArray(600, second)}, time + 10);
+        return shown;
+    };
+    EXPECT_EQ(pass('\1', '\1', 100), QByteArray());
+    EXPECT_EQ(values.bytes(0), QByteArray(1200, '\1'));
+    EXPECT_EQ(pass('\2', '\3', 200), QByteArray(1200, '\1')) << "half of a pass is not shown";
+    EXPECT_EQ(values.bytes(0), QByteArray(600, '\2') + QByteArray(600, '\3'));
+    EXPECT_EQ(values.age(0, 210), 10);
+    EXPECT_EQ(values.reads(0), 2u);
+}
+
+TEST_F(ValueTableTest, LongValueIsBegunAnewWhenTheLinkWasLost)
+{
+    ValueTable values = table({number("long", 1, 0, 600)});
+    read(&values, entry(1, 0, 600), 100);
+    values.linkLost();
+    read(&values, entry(1, 600, 600), 200);
+    EXPECT_FALSE(values.wasRead(0));
+    read(&values, entry(1, 0, 600), 300);
+    ASSERT_TRUE(values.wasRead(0));
+    EXPECT_EQ(values.age(0, 300), 100);
+}
+
 TEST_F(ValueTableTest, SamePlaceTwiceIsTwoValues)
 {
     ValueTable values = table({number("a", 1, 10), number("b", 1, 10)});
-    values.replyAccepted({entry(1, 10, 2)}, 50);
+    read(&values, entry(1, 10, 2), 50);
     EXPECT_TRUE(values.wasRead(0));
     EXPECT_TRUE(values.wasRead(1));
 }
@@ -183,29 +242,42 @@ TEST_F(ValueTableTest, SamePlaceTwiceIsTwoValues)
 TEST_F(ValueTableTest, CountsReadsAndChanges)
 {
     ValueTable values = table({number("a", 1, 10)});
-    memory[QStringLiteral("a")] = hex("01 00");
-    values.replyAccepted({entry(1, 10, 2)}, 10);
-    values.replyAccepted({entry(1, 10, 2)}, 20);
+    read(&values, {entry(1, 10, 2)}, {hex("00 01")}, 10);
+    read(&values, {entry(1, 10, 2)}, {hex("00 01")}, 20);
     EXPECT_EQ(values.reads(0), 2u);
     EXPECT_EQ(values.changes(0), 0u) << "the first value is no change";
-    memory[QStringLiteral("a")] = hex("02 00");
-    EXPECT_EQ(values.bytes(0), hex("01 00")) << "not read yet";
-    values.replyAccepted({entry(1, 10, 2)}, 30);
+    EXPECT_EQ(values.bytes(0), hex("01 00"));
+    read(&values, {entry(1, 10, 2)}, {hex("00 02")}, 30);
     EXPECT_EQ(values.bytes(0), hex("02 00"));
     EXPECT_EQ(values.reads(0), 3u);
     EXPECT_EQ(values.changes(0), 1u);
 }
 
-TEST_F(ValueTableTest, AgeAndStalenessFollowTheClock)
+TEST_F(ValueTableTest, AgeCountsFromTheRequest)
 {
     ValueTable values = table({number("a", 1, 10)});
-    values.replyAccepted({entry(1, 10, 2)}, 500);
-    EXPECT_EQ(values.age(0, 500), 0);
+    values.replyAccepted({entry(1, 10, 2)}, {hex("00 01")}, 500, 900);
+    EXPECT_EQ(values.age(0, 900), 400);
     EXPECT_EQ(values.age(0, 3500), 3000);
     EXPECT_FALSE(values.isStale(0, 3500));
     EXPECT_TRUE(values.isStale(0, 3501));
-    values.replyAccepted({entry(1, 10, 2)}, 4000);
+    read(&values, entry(1, 10, 2), 4000);
     EXPECT_FALSE(values.isStale(0, 4000));
+}
+
+TEST_F(ValueTableTest, RefusedValueIsStaleUntilThePlcGivesItAgain)
+{
+    ValueTable values = table({number("a", 1, 10), number("b", 1, 12)});
+    read(&values, entry(1, 10, 4), 100);
+    values.refused(0, 0x31);
+    EXPECT_TRUE(values.isRefused(0));
+    EXPECT_EQ(values.refusalStatus(0), 0x31);
+    EXPECT_TRUE(values.isStale(0, 100));
+    EXPECT_FALSE(values.isStale(1, 100));
+    EXPECT_EQ(read(&values, {entry(1, 10, 4)}, {hex("00 01 00 02")}, 200), QVector<int>{0})
+        << "of the two, the one that had been refused";
+    EXPECT_FALSE(values.isRefused(0));
+    EXPECT_FALSE(values.isStale(0, 200));
 }
 
 } // namespace

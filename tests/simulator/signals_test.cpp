@@ -263,26 +263,6 @@ TEST_F(SignalsTest, EveryElementCounts)
     EXPECT_EQ(41, countSignalValues(m_project));
 }
 
-TEST(CountSignalValues, OfStructuresThatHoldOneAnotherManyTimesIsKnownAtOnce)
-{
-    QByteArray structures = R"({"name": "S0", "size": 1, "members": [
-        {"name": "m", "type": "BYTE", "offset": 0, "signal": {"kind": "constant", "value": 1}}]})";
-    for (int level = 1; level < 16; ++level) {
-        structures +=
-            R"(, {"name": "S)" + QByteArray::number(level) + R"(", "size": 1, "members": [)";
-        for (int member = 0; member < 30; ++member) {
-            structures += QByteArray(member == 0 ? "" : ",") + R"({"name": "m)" +
-                          QByteArray::number(member) + R"(", "overlay": true, "offset": 0,
-                          "type": "S)" +
-                          QByteArray::number(level - 1) + R"("})";
-        }
-        structures += "]}";
-    }
-    const Project project = test::goodProject(
-        test::projectText(R"({"name": "v", "type": "S15", "area": 1, "offset": 0})", structures));
-    EXPECT_GT(countSignalValues(project), kMostSignalValues);
-}
-
 TEST(CountSignalValues, OfAHugeProjectIsKnownWithoutWalkingIt)
 {
     const Project project = test::goodProject(
