@@ -109,16 +109,29 @@ void CyclicReads::suspect(const QVector<int>& rows, int refusals)
 
 void CyclicReads::probe(qint64 now)
 {
-    if (m_probes.isEmpty() && !m_refused.isEmpty() && now >= m_retryAt) {
-        m_retryAt = now + qMax(kShortestRetryPause, kRetryInterval / int(m_refused.size()));
-        suspect({m_refused.takeFirst()}, m_mostRefusals);
+    const qint64 retryAt = this->retryAt();
+    if (retryAt >= 0 && now >= retryAt) {
+        const QVector<int> rows = refusedRows();
+        m_retryAt = now + qMax(kShortestRetryPause, kRetryInterval / int(rows.size()));
+        m_refused.removeOne(rows.first());
+        suspect({rows.first()}, m_mostRefusals);
     }
     m_probes.handOver(m_driver, m_settings.localDeviceNo);
 }
 
 qint64 CyclicReads::retryAt() const
 {
-    return m_refused.isEmpty() || !m_probes.isEmpty() ? -1 : m_retryAt;
+    return refusedRows().isEmpty() || !m_probes.isEmpty() ? -1 : m_retryAt;
+}
+
+QVector<int> CyclicReads::refusedRows() const
+{
+    QVector<int> rows;
+    for (int row : m_refused) {
+        if (!m_stationsOff.contains(m_rows[size_t(row)].value.station))
+            rows.append(row);
+    }
+    return rows;
 }
 
 QVector<int> CyclicReads::probeAccepted(const QVector<QByteArray>& blocks, qint64 sentAt)
@@ -167,7 +180,9 @@ void CyclicReads::endSearchIfDone()
 
 void CyclicReads::linkUp()
 {
-    const QVector<int> rows = std::exchange(m_refused, {});
+    const QVector<int> rows = refusedRows();
+    for (int row : rows)
+        m_refused.removeOne(row);
     if (!rows.isEmpty())
         suspect(rows, 0);
 }

@@ -77,6 +77,9 @@ private:
     };
 
     void suspect(const QVector<int>& rows, int refusals);
+    /// Those that the PLC may be asked for: the driver drops what is meant for a station that is
+    /// off.
+    QVector<int> refusedRows() const;
     void endSearchIfDone();
     void list();
     void rotateBehindLast();

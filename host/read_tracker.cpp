@@ -58,8 +58,13 @@ bool ReadTracker::isEmpty() const
 
 bool ReadTracker::hasUnderWay(int station) const
 {
-    return std::any_of(m_batch.begin(), m_batch.end(),
-                       [station](const Job& job) { return job.read.point.station == station; });
+    const auto isOfStation = [station](const Job& job) {
+        return job.read.point.station == station;
+    };
+    const auto hasAny = [&isOfStation](const Group& group) {
+        return std::any_of(group.begin(), group.end(), isOfStation);
+    };
+    return hasAny(m_batch) || std::any_of(m_suspects.begin(), m_suspects.end(), hasAny);
 }
 
 void ReadTracker::handOver(const DriverFunctions& driver, int localDeviceNo)

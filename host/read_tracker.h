@@ -53,6 +53,8 @@ public:
     int category() const { return m_category; }
     /// Whether the driver has entries of it.
     bool hasUnderWay() const { return !m_batch.empty(); }
+    /// Whether reads of the station were begun and are not settled, because the driver has them or
+    /// they are to be asked for once more.
     bool hasUnderWay(int station) const;
 
     /// Hands the driver the next request's worth of entries, unless it has some that were sent.

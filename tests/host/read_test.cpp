@@ -388,6 +388,40 @@ TEST_F(StationTest, WritesUnderWayAreCarriedOutBeforeItGoesOff)
     EXPECT_EQ(actions(), "");
 }
 
+TEST_F(StationTest, ReadsThatWereBegunAreSettledBeforeItGoesOff)
+{
+    readOnce("Big.block[0]*300");
+    readOnce("Main.count");
+    answerWithZeros();
+    // Four of six pieces.
+    ASSERT_EQ(parseRequest(request()).entries.size(), 4);
+    runtime->switchStation(0, false, now);
+    ASSERT_EQ(reads.size(), 1u);
+    EXPECT_EQ(reads[0].outcome.kind, TransferOutcome::NotSent);
+    const QByteArray block(200, '\0');
+    answer(readReply({block, block, block, block}));
+    ASSERT_EQ(parseRequest(request()).entries.size(), 2);
+    answer(readReply({block, block}));
+    ASSERT_EQ(reads.size(), 2u);
+    EXPECT_TRUE(reads[1].outcome.isDone());
+    EXPECT_EQ(actions(), "");
+}
+
+TEST_F(StationTest, ReadThatIsRefusedMeanwhileIsSettledBeforeItGoesOff)
+{
+    readOnce("Main.count");
+    answerWithZeros();
+    ASSERT_EQ(parseRequest(request()).entries.size(), 1);
+    runtime->switchStation(0, false, now);
+    answer(refusal());
+    // It is asked for once more.
+    ASSERT_EQ(actions(), "S");
+    answer(readReply({hex("00 02")}));
+    ASSERT_EQ(reads.size(), 1u);
+    EXPECT_TRUE(reads[0].outcome.isDone());
+    EXPECT_EQ(actions(), "");
+}
+
 TEST_F(StationTest, OtherStationsAreNotTouched)
 {
     ASSERT_EQ(actions(), "S");
