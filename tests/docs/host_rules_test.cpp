@@ -275,6 +275,32 @@ TEST_F(HostRules, GoodReadReplyWithTooFewBytesIsAccepted)
     EXPECT_FALSE(PLC_driver.localImage.contains(plc::DataImage::key(3, 20)));
 }
 
+TEST_F(HostRules, GoodReplyWithoutDataEndsARefusedReadAndKeepsTheLogin)
+{
+    readCyclically(10, 2);
+    ComCommunication();
+    EXPECT_EQ(deliver(readReply({word(0x0708)}))->result, 1);
+    readCyclically(20, 2);
+    ComCommunication();
+    EXPECT_EQ(deliver(hex("BB BB 00 00 00 02 00 00"))->result, 1);
+    EXPECT_EQ(settings.retryCount, 0);
+    EXPECT_TRUE(PLC_driver.localImage.contains(plc::DataImage::key(3, 10)));
+    EXPECT_FALSE(PLC_driver.localImage.contains(plc::DataImage::key(3, 20)));
+    EXPECT_EQ(addressesIn(ComCommunication()->frame), (std::vector<int>{10, 20}));
+}
+
+TEST_F(HostRules, OneShotReadThatEndsWithoutDataIsReportedAsDone)
+{
+    RW_VAR read = makeVar(3, 20, 2);
+    read.category = 2;
+    read.aux1 = 100;
+    AddListOnceReadVar(&read, 1);
+    ComCommunication();
+    EXPECT_EQ(deliver(hex("BB BB 00 00 00 02 00 00"))->result, 1);
+    EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
+    EXPECT_THAT(resultCalls, ::testing::ElementsAre(ResultCall{77, 2, 100, 1}));
+}
+
 TEST_F(HostRules, ScanDoneCountsWrites)
 {
     RW_VAR read = makeVar(3, 10, 2);
