@@ -37,9 +37,9 @@ const char kHelp[] = R"(plc exchanges data with a PLC through the driver library
                              * and ?, is found anywhere in their labels
   plc import FILE...         make a project of declarations in structured text (IEC 61131-3)
   plc stats [LABEL...]       read them like run and tell how the link fares: requests, round
-                             trips, retries, failures
-  plc diagnose [LABEL...]    go step by step from the PLC's name to these values, and explain
-                             the first step that fails
+                             trips, retries, refusals, failures
+  plc diagnose [LABEL...]    go step by step from the PLC's name to these values, explain the
+                             step that fails, and name labels that the PLC refuses
   plc plan [PROJECT]         show what a scan of the cyclic labels takes, and the best setting
 
 A label is SCOPE.VARIABLE with subscripts and members as declared, such as
@@ -104,13 +104,13 @@ Options for plan:
 While it runs, plc run takes these lines from its standard input:
   write LABEL=VALUE    write a value; its outcome is printed
   station N off|on     switch a station off or on
-  quit                 end
+  quit                 end, when the writes before it have their outcomes
 On a terminal it shows the values in place: arrows and PgUp/PgDn scroll, ":"
 begins one of the lines above, q ends. Otherwise it prints values that changed,
 with their age, and all that happens to the link, line by line.
 
-Exit codes: 0 done; 1 the PLC or the link refused, or output could not be written;
-2 wrong usage or project file.)";
+Exit codes: 0 done; 1 the PLC refused, the link failed, a write was not done, or output
+could not be written; 2 wrong usage or project file.)";
 
 struct CommandName {
     const char* name;
