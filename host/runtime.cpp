@@ -213,7 +213,10 @@ bool Runtime::prepareRequest(qint64 now, bool passIsDue)
         return true;
     }
     m_writes.handOver(m_driver);
-    handOverReads(now, passIsDue);
+    // The driver sends writes first. A read that it had besides would go out together with the one
+    // that shows whether replies fit, and its refusal would be taken for that of the write.
+    if (!m_writes.hasUnderWay())
+        handOverReads(now, passIsDue);
     return m_writes.hasUnderWay() || m_reads.hasUnderWay() || m_cyclic.probes().hasUnderWay();
 }
 

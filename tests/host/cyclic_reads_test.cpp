@@ -55,7 +55,8 @@ protected:
     void requestSent(const SentRequest& request) override { m_category = request.category; }
 
     /// Answers the request that has gone out; false if there is none. What it was is added to
-    /// `story`: C for a cyclic one, P for a probe, in lower case if it is refused.
+    /// `story`: C for a cyclic one, P for a probe, in lower case if it is refused, W for a write, I
+    /// for the read that shows that replies fit.
     bool serve()
     {
         const std::string done = actions();
@@ -63,6 +64,11 @@ protected:
             return false;
         EXPECT_EQ(done, "S");
         lastEntries = parseRequest(sent).entries;
+        if (m_category == kWriteCategory) {
+            story += 'W';
+            answer(writeReply());
+            return true;
+        }
         bool isRefused = false;
         QByteArray payload(6, '\0');
         for (const FrameEntry& entry : lastEntries) {
@@ -72,8 +78,10 @@ protected:
             payload +=
                 QByteArray(1, '\0') + QByteArray(int(entry.length), char(story.size() % 100));
         }
-        const bool isProbe = m_category == kProbeCategory;
-        story += isProbe ? (isRefused ? 'p' : 'P') : (isRefused ? 'c' : 'C');
+        const char kind = m_category == kProbeCategory    ? 'P'
+                          : m_category == kInStepCategory ? 'I'
+                                                          : 'C';
+        story += isRefused ? char(kind + 'a' - 'A') : kind;
         answer(isRefused ? refusal() : frameOf(payload));
         return true;
     }
@@ -337,6 +345,23 @@ TEST_F(RefusedReads, TwoHundredAmongTwoThousandAreAllFound)
     story.clear();
     serve(19);
     EXPECT_EQ(story, std::string(19, 'C'));
+}
+
+TEST_F(RefusedReads, DoNotShareARequestThatShowsWhetherAWriteWasDone)
+{
+    for (int i = 0; i < 4; ++i)
+        refusedBytes.insert(quint32(20 * i));
+    begin(scattered(4));
+    serve(1);
+    write("Main.count", "1");
+    write("Main.count", "2");
+    // The acknowledgements have the size of the refusals before them, so each is doubted until a
+    // read of another size is answered.
+    serve(5);
+    EXPECT_EQ(story, "cpWIWI");
+    ASSERT_EQ(writes.size(), 2u);
+    EXPECT_TRUE(writes[0].outcome.isDone());
+    EXPECT_TRUE(writes[1].outcome.isDone());
 }
 
 TEST_F(RefusedReads, NeverGoOutTwiceBetweenTwoReadsOfOthers)
