@@ -30,8 +30,9 @@ void CyclicCommand::end(ExitCode code)
 
 void CyclicCommand::settled()
 {
+    // What settled the last one may still be told; the link is closed behind that.
     if (m_end && !hasOpenTransfers())
-        endNow();
+        QTimer::singleShot(0, &m_duration, [this] { endNow(); });
 }
 
 void CyclicCommand::endNow()
