@@ -1,0 +1,146 @@
+// What is shown is so: values that are whole, and reads and writes whose outcomes are told as they
+// were.
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QThread>
+
+#include <csignal>
+
+#include "tests/e2e/plant.h"
+
+namespace plc {
+namespace test {
+namespace {
+
+/// The words of a label's values in a run's output: "LABEL = VALUE ...".
+QStringList valuesOf(const QStringList& lines, const char* label)
+{
+    QStringList values;
+    for (const QString& line : lines) {
+        const QJsonObject object = parseJson(line);
+        if (object.value(QLatin1String("event")).toString() == QLatin1String("value") &&
+            object.value(QLatin1String("label")).toString() == QLatin1String(label) &&
+            !object.value(QLatin1String("value")).isNull())
+            values.append(object.value(QLatin1String("value")).toVariant().toString());
+    }
+    return values;
+}
+
+class ShownValues : public Plant {
+protected:
+    void useDemo()
+    {
+        QFile demo(QStringLiteral(PLC_SOURCE_DIR "/simulator/demo/plant.json"));
+        ASSERT_TRUE(demo.open(QIODevice::ReadOnly));
+        writeProject(demo.readAll());
+        startSimulator();
+    }
+    /// Has the PLC change these places again and again while `run` reads at its full rate; each
+    /// place has either the first or the second bytes. Returns the lines of the run.
+    QStringList runWhileChanging(const QStringList& first, const QStringList& second)
+    {
+        const std::unique_ptr<LineProcess> host =
+            start("run", {QStringLiteral("--json"), QStringLiteral("--interval"),
+                          QStringLiteral("1"), QStringLiteral("--cycle"), QStringLiteral("0"),
+                          QStringLiteral("--for"), QStringLiteral("1500ms")});
+        for (int i = 0; host->isRunning(); ++i) {
+            for (const QString& place : i % 2 == 0 ? second : first)
+                EXPECT_EQ("", simulator().command(QStringLiteral("poke ") + place));
+        }
+        EXPECT_EQ(0, host->exitCode()) << host->errors().toStdString();
+        return host->restOfOutput();
+    }
+    static void expectBoth(const QStringList& shown, const QString& a, const QString& b)
+    {
+        EXPECT_TRUE(shown.contains(a));
+        EXPECT_TRUE(shown.contains(b));
+        for (const QString& value : shown)
+            EXPECT_TRUE(value == a || value == b) << value.toStdString();
+    }
+};
+
+TEST_F(ShownValues, OfTheDemoPlantAreNeverHalvesOfTwoReplies)
+{
+    useDemo();
+    // The serial number, 8 bytes around the 1,000th of area 1, and the note, 80 bytes of area 2.
+    const QString first(QStringLiteral("11").repeated(8));
+    const QString second(QStringLiteral("22").repeated(8));
+    const QStringList before{QStringLiteral("1 996 ") + first,
+                             QStringLiteral("2 468 ") + QStringLiteral("41").repeated(60)};
+    const QStringList after{QStringLiteral("1 996 ") + second,
+                            QStringLiteral("2 468 ") + QStringLiteral("42").repeated(60)};
+    for (const QString& place : before)
+        ASSERT_EQ("", simulator().command(QStringLiteral("poke ") + place));
+    const QStringList lines = runWhileChanging(before, after);
+    // 16#1111111111111111 and 16#2222222222222222.
+    expectBoth(valuesOf(lines, "Totals.serial"), QStringLiteral("1229782938247303441"),
+               QStringLiteral("2459565876494606882"));
+    expectBoth(valuesOf(lines, "Recipes.note"), QString(60, QLatin1Char('A')),
+               QString(60, QLatin1Char('B')));
+}
+
+TEST_F(ShownValues, AreWholeHoweverSmallTheEntriesAre)
+{
+    // A text of 30 bytes, and 400 bytes of numbers: none is cut by the setting of 7.
+    writeProject(R"({'name': 'Whole', 'settings': {'maxReadBytes': 7},
+      'areas': [{'index': 1, 'size': 1000}],
+      'scopes': [{'name': 'W', 'variables': [
+        {'name': 'text', 'type': 'STRING', 'length': 30, 'area': 1, 'offset': 0},
+        {'name': 'table', 'type': 'INT', 'area': 1, 'offset': 100, 'array': [[1, 200]]}]}],
+      'cyclic': ['W.text', {'label': 'W.table[1]', 'elements': 200}]})");
+    startSimulator();
+    const QStringList first{QStringLiteral("1 0 ") + QStringLiteral("41").repeated(30),
+                            QStringLiteral("1 100 ") + QStringLiteral("0001").repeated(200)};
+    const QStringList second{QStringLiteral("1 0 ") + QStringLiteral("42").repeated(30),
+                             QStringLiteral("1 100 ") + QStringLiteral("0002").repeated(200)};
+    for (const QString& place : first)
+        ASSERT_EQ("", simulator().command(QStringLiteral("poke ") + place));
+    const int before = status("requests");
+    EXPECT_EQ("'" + std::string(30, 'A') + "'", readText(QStringLiteral("W.text")));
+    EXPECT_EQ(3, status("requests") - before) << "the login and one request";
+    const QStringList lines = runWhileChanging(first, second);
+    expectBoth(valuesOf(lines, "W.text"), QString(30, QLatin1Char('A')),
+               QString(30, QLatin1Char('B')));
+    for (const QString& line : lines) {
+        const QJsonObject object = parseJson(line);
+        const QVariantList elements = object.value(QLatin1String("value")).toVariant().toList();
+        for (const QVariant& element : elements)
+            ASSERT_EQ(elements.first(), element) << line.toStdString();
+    }
+}
+
+TEST_F(ShownValues, AreNotFreshAfterTheProgramStoodStill)
+{
+    writeProject(R"({'name': 'Stopped',
+      'settings': {'replyTimeout': 300, 'staleAfter': 600, 'reconnectDelay': 100},
+      'areas': [{'index': 1, 'size': 100}],
+      'scopes': [{'name': 'S', 'variables': [
+        {'name': 'a', 'type': 'INT', 'area': 1, 'offset': 0}]}], 'cyclic': ['S.a']})");
+    startSimulator();
+    const std::unique_ptr<LineProcess> host =
+        start("run", {QStringLiteral("--json"), QStringLiteral("--interval"), QStringLiteral("1")});
+    ASSERT_FALSE(host->waitForLine({QStringLiteral("\"value\":0,")}).isEmpty());
+    // The reply to the request under way comes while nobody looks at it.
+    EXPECT_EQ("", simulator().command(QStringLiteral("delay 100")));
+    QThread::msleep(250);
+    ASSERT_EQ(0, kill(pid_t(host->pid()), SIGSTOP));
+    QThread::msleep(900);
+    poke(1, 0, "0007");
+    ASSERT_EQ(0, kill(pid_t(host->pid()), SIGCONT));
+    for (;;) {
+        const QString line = host->nextLine();
+        ASSERT_FALSE(line.isEmpty());
+        const QJsonObject object = parseJson(line);
+        if (object.value(QLatin1String("event")).toString() != QLatin1String("value"))
+            continue;
+        const bool isStale = object.value(QLatin1String("stale")).toBool();
+        const int value = object.value(QLatin1String("value")).toInt();
+        EXPECT_TRUE(isStale || value == 7) << line.toStdString();
+        if (value == 7)
+            break;
+    }
+}
+
+} // namespace
+} // namespace test
+} // namespace plc
