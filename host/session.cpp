@@ -39,6 +39,9 @@ QByteArray emptyReply()
     return QByteArray::fromHex("BBBB000000020000");
 }
 
+/// What is kept of replies that an acknowledgement is compared with.
+constexpr int kMostComparedBytes = 256 * 1024;
+
 bool isLoginService(Service service)
 {
     return service == Service::Identification || service == Service::File;
@@ -288,8 +291,8 @@ QString Session::misfitReason(const QByteArray& reply)
     }
     if (content.service == Service::Read && isLoginCopy(reply))
         return QStringLiteral("the PLC sent its reply to a login twice");
-    if (content.service == Service::Write && isSecondCopy(reply))
-        return QStringLiteral("the PLC sent its reply to a login or a read twice");
+    if (content.service == Service::Write)
+        return acknowledgementMisfit(reply);
     if (content.service == Service::File) {
         // A PLC may well answer both frames of a login alike; it then does so at every login.
         const bool wasAlike = std::exchange(m_loginWasAlike, isSecondCopy(reply));
@@ -297,6 +300,27 @@ QString Session::misfitReason(const QByteArray& reply)
             return QStringLiteral("the PLC sent its first reply to the login twice");
     }
     return QString();
+}
+
+QString Session::acknowledgementMisfit(const QByteArray& reply)
+{
+    const int size = int(reply.size());
+    if (!m_goodReplySizes.contains(size))
+        return QString();
+    if (isSecondCopy(reply) || m_compared.contains(reply))
+        return QStringLiteral("the PLC sent its reply to a login or a read twice");
+    if (m_comparedSizes.contains(size) && m_comparedBytes <= kMostComparedBytes)
+        return QString();
+    m_comparedSizes.insert(size);
+    return QStringLiteral("the PLC's reply to a write is as long as one to a login or a read");
+}
+
+void Session::keepForComparison(const QByteArray& reply)
+{
+    if (!m_comparedSizes.contains(int(reply.size())) || m_comparedBytes > kMostComparedBytes)
+        return;
+    m_compared.insert(reply);
+    m_comparedBytes += int(reply.size());
 }
 
 QString Session::lateReason() const
@@ -349,7 +373,14 @@ void Session::noteSize(const QByteArray& reply, Answer* answer)
         m_isInStep = !answer->mayBeCopy;
         m_isWriteDoubted = answer->mayBeCopy;
         m_writeReplySizes.insert(size);
-    } else if (m_request.content.service == Service::File && m_loginWasAlike) {
+        answer->isInStep = m_isInStep;
+        return;
+    }
+    if (answer->kind == Answer::Accepted) {
+        m_goodReplySizes.insert(size);
+        keepForComparison(reply);
+    }
+    if (m_request.content.service == Service::File && m_loginWasAlike) {
         m_isInStep = false;
     } else if (answer->kind == Answer::Accepted && !m_writeReplySizes.contains(size)) {
         m_isInStep = true;
@@ -411,6 +442,9 @@ void Session::close(State next)
     m_lastReplies.clear();
     m_replySizes.clear();
     m_writeReplySizes.clear();
+    m_goodReplySizes.clear();
+    m_compared.clear();
+    m_comparedBytes = 0;
     m_isInStep = true;
     m_isWriteDoubted = false;
     m_actions.append({SessionAction::Close, QByteArray()});

@@ -95,7 +95,9 @@ public:
 ///    the login.
 /// 3. Nothing follows a reply before the next request.
 /// 4. A reply to a write has no size that is known beforehand. When it has the size of an earlier
-///    reply of the connection it may be a copy of that one; see Answer::mayBeCopy.
+///    reply of the connection it may be a copy of that one; see Answer::mayBeCopy. It never is one
+///    of a good reply to a read or to the login: the first time that an acknowledgement is as long
+///    as such a reply, it is not believed; from then on those replies are kept to be compared.
 ///
 /// Whenever that tie is in doubt the connection is closed and never used again.
 ///
@@ -145,6 +147,8 @@ private:
     QString lateReason() const;
     bool isSecondCopy(const QByteArray& reply) const;
     bool isLoginCopy(const QByteArray& reply) const;
+    QString acknowledgementMisfit(const QByteArray& reply);
+    void keepForComparison(const QByteArray& reply);
     Answer judge(const QByteArray& reply);
     void noteSize(const QByteArray& reply, Answer* answer);
     Answer handOver(QByteArray reply);
@@ -174,7 +178,12 @@ private:
     std::map<Service, QByteArray> m_lastReplies; ///< To each service on this connection.
     QSet<int> m_replySizes;                      ///< Of all replies on this connection.
     QSet<int> m_writeReplySizes;                 ///< Of those to writes.
-    bool m_isInStep = true;                      ///< No reply can be left over on this connection.
+    QSet<int> m_goodReplySizes;                  ///< Of good replies to the login and to reads.
+    /// Sizes of acknowledgements that may be those of other replies, on any connection.
+    QSet<int> m_comparedSizes;
+    QSet<QByteArray> m_compared; ///< Good replies of such a size on this connection.
+    int m_comparedBytes = 0;
+    bool m_isInStep = true;        ///< No reply can be left over on this connection.
     bool m_isWriteDoubted = false; ///< Because the reply to a write may have been a copy.
     bool m_loginWasAlike = false;  ///< Both replies of the login before this one were the same.
 

@@ -171,23 +171,55 @@ TEST_F(AcknowledgementTest, SecondCopyOfALoginReplyDoesNotAcknowledgeAWrite)
     EXPECT_EQ(lastLinkEvent().reason, "the PLC sent its reply to a login or a read twice");
 }
 
-TEST_F(AcknowledgementTest, OfASizeThatWasSeenBeforeIsBelievedOnceAReplyOfAnotherSizeFits)
+TEST_F(AcknowledgementTest, AsLongAsTheReplyToAReadIsNotBelievedTheFirstTime)
 {
     sendWriteBehindARead();
-    // As long as the replies to the reads, so that the next of them proves nothing.
     answer(readReply({hex("00 02")}));
-    EXPECT_EQ(answers.back().kind, Answer::Accepted);
-    EXPECT_TRUE(writes.empty());
-    EXPECT_EQ(request(), hex(kReadSpeed));
+    expectLinkLost();
+    EXPECT_EQ("the PLC's reply to a write is as long as one to a login or a read",
+              lastLinkEvent().reason);
+    // From now on it is compared with all that the PLC has sent, and no copy of it.
+    reconnect(500);
+    ASSERT_EQ(hex(kReadSpeed), request());
+    answer(readReply({hex("00 01")}));
+    ASSERT_EQ(hex(kReadSpeed), request());
+    write("Main.count", "2");
+    answer(readReply({hex("00 03")}));
+    ASSERT_EQ(0x3C, int(uchar(request()[6])));
     answer(readReply({hex("00 02")}));
-    EXPECT_TRUE(writes.empty());
+    EXPECT_EQ(1u, writes.size());
+    // A cyclic read has a reply of the same size, which proves nothing.
+    ASSERT_EQ(hex(kReadSpeed), request());
+    answer(readReply({hex("00 03")}));
+    EXPECT_EQ(1u, writes.size());
     const QVector<FrameEntry> entries = parseRequest(request()).entries;
-    ASSERT_EQ(entries.size(), 1);
-    EXPECT_EQ(entries[0].address, 4u);
-    EXPECT_EQ(entries[0].length, 1u);
+    ASSERT_EQ(1, entries.size());
+    EXPECT_EQ(4u, entries[0].address);
+    EXPECT_EQ(1u, entries[0].length);
     answer(readReply({hex("00")}));
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::Done);
+    ASSERT_EQ(2u, writes.size());
+    EXPECT_EQ(TransferOutcome::Done, writes[1].outcome.kind);
+}
+
+TEST_F(AcknowledgementTest, CopyOfAnyEarlierReplyToAReadIsNone)
+{
+    sendWriteBehindARead();
+    answer(readReply({hex("00 02")}));
+    expectLinkLost();
+    reconnect(500);
+    for (const char* value : {"00 01", "00 02", "00 03"}) {
+        ASSERT_EQ(hex(kReadSpeed), request());
+        answer(readReply({hex(value)}));
+    }
+    ASSERT_EQ(hex(kReadSpeed), request());
+    write("Main.count", "2");
+    answer(readReply({hex("00 04")}));
+    ASSERT_EQ(0x3C, int(uchar(request()[6])));
+    answer(readReply({hex("00 02")}));
+    EXPECT_EQ("X", actions());
+    EXPECT_EQ("the PLC sent its reply to a login or a read twice", lastLinkEvent().reason);
+    ASSERT_EQ(2u, writes.size());
+    EXPECT_EQ(TransferOutcome::LinkLost, writes[1].outcome.kind);
 }
 
 TEST_F(AcknowledgementTest, CopyOfAnEarlierAcknowledgementIsFoundByTheNextReply)
