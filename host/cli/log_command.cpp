@@ -91,16 +91,13 @@ void LogCommand::requestSettled()
         collectChanges();
 }
 
-/// Told at once, and part of the log: what is missing in it, and why.
+/// Told at once, and part of the log. Between two samples it is a record of its own.
 void LogCommand::valueRefused(int row)
 {
     const ValueTable& values = runtime().values();
     complain(refusedValueText(values.point(row), values.refusalStatus(row)));
-    LogRecord record;
-    record.time = QDateTime::currentMSecsSinceEpoch();
-    record.label = values.point(row).text;
-    record.isStale = true;
-    m_records.append(record);
+    if (options().log.every > 0)
+        collect(row);
 }
 
 void LogCommand::valueGivenAgain(int row)
@@ -157,8 +154,11 @@ void LogCommand::collect(int row)
     LogRecord record;
     record.time = QDateTime::currentMSecsSinceEpoch();
     record.label = point.text;
-    record.isStale = values.isStale(row, now);
-    if (!record.isStale)
+    if (values.isRefused(row))
+        record.state = LogState::Refused;
+    else if (values.isStale(row, now))
+        record.state = LogState::Stale;
+    else
         record.time -= values.age(row, now);
     if (values.wasRead(row)) {
         const QVector<Value> elements = decodeValues(point, values.bytes(row));

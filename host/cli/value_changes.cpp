@@ -11,9 +11,11 @@ QVector<int> ValueChanges::take(const ValueTable& values, qint64 now)
         if (!values.wasRead(row) && !isStale)
             continue;
         Told& told = m_told[row];
-        if (told.wasTold && told.isStale == isStale && told.bytes == values.bytes(row))
+        const bool isRefused = values.isRefused(row);
+        if (told.wasTold && told.isStale == isStale && told.isRefused == isRefused &&
+            told.bytes == values.bytes(row))
             continue;
-        told = {true, isStale, values.bytes(row)};
+        told = {true, isStale, isRefused, values.bytes(row)};
         rows.append(row);
     }
     return rows;

@@ -9,7 +9,7 @@
 namespace plc {
 
 /// Tells which values of a table there is something new of: they were read for the first time, have
-/// changed, became stale, or are fresh again.
+/// changed, became stale, were refused, or are fresh again.
 class ValueChanges {
 public:
     /// The rows with news since the last call, in their order.
@@ -20,6 +20,7 @@ private:
     struct Told {
         bool wasTold = false;
         bool isStale = false;
+        bool isRefused = false;
         QByteArray bytes;
     };
 

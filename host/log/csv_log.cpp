@@ -41,7 +41,7 @@ QByteArray headerLine()
 QByteArray recordLine(const LogRecord& record)
 {
     return lineOf(
-        {logTimeText(record.time), record.label, record.value, logStateWord(record.isStale)});
+        {logTimeText(record.time), record.label, record.value, logStateWord(record.state)});
 }
 
 QString systemError()

@@ -15,9 +15,17 @@ std::optional<qint64> parseLogTime(const QString& text)
     return time.isValid() ? std::optional<qint64>(time.toMSecsSinceEpoch()) : std::nullopt;
 }
 
-QString logStateWord(bool isStale)
+QString logStateWord(LogState state)
 {
-    return isStale ? QStringLiteral("stale") : QStringLiteral("fresh");
+    switch (state) {
+        case LogState::Fresh:
+            return QStringLiteral("fresh");
+        case LogState::Stale:
+            return QStringLiteral("stale");
+        case LogState::Refused:
+            break;
+    }
+    return QStringLiteral("refused");
 }
 
 QStringList logColumns()

@@ -6,6 +6,8 @@ namespace {
 /// "plcl": tells a log from other databases.
 constexpr qint64 kApplicationId = 0x706c636c;
 
+constexpr qint64 kVersionWithRefusals = 2;
+
 // Times are texts: SQLite's own functions take them, they sort, and CSV has them alike.
 const char kSchema[] = R"(
     BEGIN IMMEDIATE;
@@ -18,7 +20,7 @@ const char kSchema[] = R"(
         label INTEGER NOT NULL REFERENCES label(id),
         value TEXT NOT NULL,
         number REAL,
-        state TEXT NOT NULL CHECK(state IN ('fresh', 'stale')));
+        state TEXT NOT NULL CHECK(state IN ('fresh', 'stale', 'refused')));
     CREATE INDEX sample_by_label ON sample(label, time);
     CREATE VIEW log AS
         SELECT sample.time AS time, label.name AS label, sample.value AS value,
@@ -26,7 +28,7 @@ const char kSchema[] = R"(
         FROM sample JOIN label ON label.id = sample.label
         ORDER BY sample.id;
     PRAGMA application_id = 0x706c636c;
-    PRAGMA user_version = 1;
+    PRAGMA user_version = 2;
     COMMIT)";
 
 // Readers do not disturb the writer, and each transaction is on the disk when it has ended.
@@ -92,8 +94,15 @@ std::unique_ptr<SqliteLog> SqliteLog::open(const QString& path, QString* error,
     return isOpen ? std::move(log) : nullptr;
 }
 
+/// Logs of the first version have no word for what is refused.
+LogState SqliteLog::knownState(LogState state) const
+{
+    return state == LogState::Refused && m_version < kVersionWithRefusals ? LogState::Stale : state;
+}
+
 bool SqliteLog::prepare()
 {
+    m_version = m_database.number("PRAGMA user_version").value_or(0);
     const auto statement = [this](const char* text) {
         return std::make_unique<SqliteStatement>(m_database, text);
     };
@@ -127,7 +136,7 @@ bool SqliteLog::insert(const QVector<LogRecord>& records)
             .bind(1, label)
             .bind(2, record.value)
             .bind(3, record.number)
-            .bind(4, logStateWord(record.isStale));
+            .bind(4, logStateWord(knownState(record.state)));
         if (m_insertSample->step() != SqliteStatement::Done)
             return false;
     }

@@ -31,11 +31,13 @@ private:
     SqliteLog() = default;
 
     bool prepare();
+    LogState knownState(LogState state) const;
     bool insert(const QVector<LogRecord>& records);
     /// Returns -1 on failure.
     qint64 labelId(const QString& label);
 
     SqliteDatabase m_database;
+    qint64 m_version = 0; ///< Of the tables.
     std::unique_ptr<SqliteStatement> m_insertLabel;
     std::unique_ptr<SqliteStatement> m_findLabel;
     std::unique_ptr<SqliteStatement> m_insertSample;

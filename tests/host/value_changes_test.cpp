@@ -43,6 +43,16 @@ TEST_F(ValueChangesTest, TheFirstReadIsNewAndTheSameAgainIsNot)
     EXPECT_EQ(take(20), QVector<int>());
 }
 
+TEST_F(ValueChangesTest, ARefusedValueIsNewAlsoWhereItWasStale)
+{
+    readBoth(10);
+    take(10);
+    EXPECT_EQ((QVector<int>{0, 1}), take(10 + kStaleAfter + 1));
+    values.refused(1, 0x31);
+    EXPECT_EQ(QVector<int>{1}, take(10 + kStaleAfter + 2));
+    EXPECT_EQ(QVector<int>(), take(10 + kStaleAfter + 3));
+}
+
 TEST_F(ValueChangesTest, AChangedValueIsNew)
 {
     readBoth(10);

@@ -28,7 +28,7 @@ protected:
 TEST_F(CsvLogTest, BeginsWithTheNamesOfTheColumnsAndHasALineForEachRecord)
 {
     LogRecord stale = record(61001, "P.text", "'x'");
-    stale.isStale = true;
+    stale.state = LogState::Stale;
     write(*open(), {record(0, "P.level", "12.5"), stale});
     EXPECT_EQ(content(file),
               "time,label,value,state\n"

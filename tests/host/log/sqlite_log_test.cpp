@@ -54,7 +54,7 @@ TEST_F(SqliteLogTest, HoldsTimeLabelValueNumberAndState)
     LogRecord number = record(0, "P.level", "16#0C");
     number.number = 12;
     LogRecord text = record(1, "P.text", "'x'");
-    text.isStale = true;
+    text.state = LogState::Stale;
     write(*open(), {number, text});
     EXPECT_EQ(rows("SELECT time || '|' || label || '|' || value || '|' || "
                    "ifnull(number, 'null') || '|' || state FROM log"),
@@ -62,6 +62,32 @@ TEST_F(SqliteLogTest, HoldsTimeLabelValueNumberAndState)
               "2026-11-21T06:00:00.001Z|P.text|'x'|null|stale\n");
     EXPECT_EQ(rows("SELECT julianday(time) - julianday('2026-11-21 06:00:00') FROM log LIMIT 1"),
               "0.0\n");
+}
+
+TEST_F(SqliteLogTest, TellsWhatThePlcRefuses)
+{
+    LogRecord refused = record(0, "P.level", "");
+    refused.state = LogState::Refused;
+    write(*open(), {refused});
+    EXPECT_EQ("P.level||refused\n", rows("SELECT label || '|' || value || '|' || state FROM log"));
+}
+
+TEST_F(SqliteLogTest, OfTheFirstVersionCallsStaleWhatIsRefused)
+{
+    execute(R"(
+        CREATE TABLE label(id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE);
+        CREATE TABLE sample(id INTEGER PRIMARY KEY, time TEXT NOT NULL,
+            label INTEGER NOT NULL REFERENCES label(id), value TEXT NOT NULL, number REAL,
+            state TEXT NOT NULL CHECK(state IN ('fresh', 'stale')));
+        CREATE VIEW log AS SELECT sample.time AS time, label.name AS label, sample.value AS value,
+            sample.number AS number, sample.state AS state
+            FROM sample JOIN label ON label.id = sample.label ORDER BY sample.id;
+        PRAGMA application_id = 0x706c636c;
+        PRAGMA user_version = 1)");
+    LogRecord refused = record(0, "P.level", "");
+    refused.state = LogState::Refused;
+    write(*open(), {refused});
+    EXPECT_EQ("P.level||stale\n", rows("SELECT label || '|' || value || '|' || state FROM log"));
 }
 
 TEST_F(SqliteLogTest, EachLabelIsKeptOnceOverSeveralRuns)
@@ -144,7 +170,7 @@ TEST_F(SqliteLogTest, WhenTheDiskIsFullTheRecordsOfThatWriteAreLeftOutAltogether
 TEST_F(SqliteLogTest, ExportsToCsvInTheOrderOfTheLog)
 {
     LogRecord stale = record(5, "P.a", "[1, 2]");
-    stale.isStale = true;
+    stale.state = LogState::Stale;
     write(*open(), {record(7, "P.b", "1"), stale});
     qint64 told = 0;
     qint64 total = 0;
