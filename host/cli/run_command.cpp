@@ -25,6 +25,7 @@ void RunCommand::startView()
     }
     m_view = lineView();
     m_input = std::make_unique<LineInput>(carryOutLine, [this] {
+        m_hasFailed = true;
         m_view->message(QStringLiteral("a line of more than %1 KiB is left out, to its end")
                             .arg(kLongestInputLine / 1024));
     });

@@ -1,8 +1,7 @@
-// test_faults [--runs COUNT] [--seed NUMBER] [--stamped] [GoogleTest options]
+// test_faults [--runs COUNT] [--seed NUMBER] [GoogleTest options]
 //
 //   --runs  runs to make, each with a seed of its own from 1 on; 30 unless given
 //   --seed  the only seed to run; with --runs the first one
-//   --stamped  runs with a plant whose memory is another one in each reply, too
 
 #include <gtest/gtest.h>
 
@@ -38,10 +37,6 @@ int main(int argc, char** argv)
     bool hasSeed = false;
     int kept = 1;
     for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--stamped") == 0) {
-            options.isStamped = true;
-            continue;
-        }
         const bool isRuns = std::strcmp(argv[i], "--runs") == 0;
         const bool isSeed = std::strcmp(argv[i], "--seed") == 0;
         if (!isRuns && !isSeed) {

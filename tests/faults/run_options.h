@@ -13,8 +13,7 @@ namespace faults {
 struct RunOptions {
     std::uint32_t runs = 30;
     std::uint32_t firstSeed = 1;
-    bool isStamped = false; ///< Whether the runs with a stamped plant are made, too.
-    std::string program;    ///< As it was called.
+    std::string program; ///< As it was called.
 };
 
 inline RunOptions& runOptions()
@@ -31,18 +30,10 @@ inline std::vector<std::uint32_t> seedsOfRuns()
     return seeds;
 }
 
-/// The seeds of the runs with a stamped plant.
-inline std::vector<std::uint32_t> seedsOfStampedRuns()
-{
-    return runOptions().isStamped ? seedsOfRuns() : std::vector<std::uint32_t>();
-}
-
 /// The seeds of those among them that are also made with programs, which take seconds each.
 inline std::vector<std::uint32_t> seedsOfProcesses()
 {
     constexpr std::uint32_t kRunsForEach = 100;
-    if (!runOptions().isStamped)
-        return {};
     std::vector<std::uint32_t> seeds((runOptions().runs + kRunsForEach - 1) / kRunsForEach);
     std::iota(seeds.begin(), seeds.end(), runOptions().firstSeed);
     return seeds;

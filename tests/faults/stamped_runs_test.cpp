@@ -26,7 +26,7 @@ TEST_P(StampedPlant, AllThatTheHostTellsWasSo)
 }
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(StampedPlant);
-INSTANTIATE_TEST_SUITE_P(Seed, StampedPlant, ::testing::ValuesIn(seedsOfStampedRuns()),
+INSTANTIATE_TEST_SUITE_P(Seed, StampedPlant, ::testing::ValuesIn(seedsOfRuns()),
                          ::testing::PrintToStringParamName());
 
 } // namespace
