@@ -336,7 +336,7 @@ double meanSearchLength(const QList<QString>& texts, quint64 key)
     double sum = 0;
     for (int i = 0; i < int(texts.size()); ++i)
         sum += names.searchLength(LabelText(texts.at(i)));
-    return sum / texts.size();
+    return sum / int(texts.size());
 }
 
 /// Names that `hash` crowds into a sixty-fourth of a table.
