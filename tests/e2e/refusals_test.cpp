@@ -178,12 +178,13 @@ TEST_F(NobodyListens, StationThatIsOffIsNotWaitedFor)
 TEST_F(Refusals, ReadThatIsLostIsNeverSaidToBeCarriedOut)
 {
     begin();
-    EXPECT_EQ("", simulator().command(QStringLiteral("drop 1")));
     for (const char* command : {"run", "read"}) {
+        EXPECT_EQ("", simulator().command(QStringLiteral("drop 1")));
         const Outcome outcome =
             run(command, command == std::string("run") ? QStringList{QStringLiteral("--once")}
                                                        : QStringList{QStringLiteral("G.v0")});
         const QString all = outcome.lines.join(QLatin1Char('\n')) + outcome.errors;
+        EXPECT_TRUE(all.contains(QStringLiteral("not read: no reply"))) << all.toStdString();
         EXPECT_FALSE(all.contains(QStringLiteral("carried out"))) << all.toStdString();
     }
 }
