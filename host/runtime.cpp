@@ -170,10 +170,12 @@ void Runtime::switchStation(int station, bool on, qint64 now)
         m_session.wake(now);
         return;
     }
-    const TransferOutcome outcome =
-        TransferOutcome::notSent(QStringLiteral("station %1 is switched off").arg(station));
-    settle(m_writes.takeWaiting(station), outcome);
-    settle(m_reads.takeWaiting(station), outcome);
+    // Of those that wait some were refused before, together with others.
+    const QString reason = QStringLiteral("station %1 is switched off").arg(station);
+    for (const Write& write : m_writes.takeWaiting(station))
+        settle({write}, outcomeOfLoss(write.wasSent, reason));
+    for (const OneShotRead& read : m_reads.takeWaiting(station))
+        settle({read}, outcomeOfLoss(read.wasSent, reason));
     if (!m_stationsOff.contains(station))
         m_stationsGoingOff.insert(station);
     switchOffWhereIdle();
@@ -291,12 +293,19 @@ void Runtime::settleWriteRequest(const Answer& answer)
         settled = m_writes.requestAccepted();
     else if (answer.kind == Answer::Abandoned)
         settled = m_writes.requestAbandoned();
-    if (!m_isInDoubt) {
-        settle(settled, transferOutcome(answer));
-        return;
-    }
-    for (const Write& write : std::as_const(settled))
-        m_doubted.append({write, transferOutcome(answer)});
+    if (m_isInDoubt)
+        m_doubted.append({settled, transferOutcome(answer)});
+    else
+        settleRequest(settled, transferOutcome(answer));
+}
+
+/// One write that the PLC refuses takes the others of its request with it; these are tried again.
+void Runtime::settleRequest(const QVector<Write>& writes, const TransferOutcome& outcome)
+{
+    if (outcome.kind == TransferOutcome::Refused && writes.size() > 1)
+        m_writes.tryAlone(writes);
+    else
+        settle(writes, outcome);
 }
 
 void Runtime::settleReadRequest(const SentRequest& request, const Answer& answer,
@@ -358,9 +367,9 @@ void Runtime::settleDoubted()
 {
     m_isInDoubt = false;
     m_cyclicReadsProveNothing = false;
-    const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
-    for (const DoubtedWrite& settled : doubted)
-        settle({settled.write}, settled.outcome);
+    const QVector<DoubtedWrites> doubted = std::exchange(m_doubted, {});
+    for (const DoubtedWrites& settled : doubted)
+        settleRequest(settled.writes, settled.outcome);
 }
 
 /// The driver's own reports settle what the frames have not: a login that is abandoned takes the
@@ -401,9 +410,9 @@ void Runtime::giveUpTransfers(const QString& reason)
     m_asksWhetherInStep = false;
     m_cyclicReadsProveNothing = false;
     m_readable = FrameEntry();
-    const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
-    for (const DoubtedWrite& unsure : doubted)
-        settle({unsure.write}, TransferOutcome::lost(reason));
+    const QVector<DoubtedWrites> doubted = std::exchange(m_doubted, {});
+    for (const DoubtedWrites& unsure : doubted)
+        settle(unsure.writes, TransferOutcome::lost(reason));
     for (const Write& write : m_writes.takeAll())
         settle({write}, outcomeOfLoss(write.wasSent, reason));
     for (const OneShotRead& read : m_reads.takeAll())
