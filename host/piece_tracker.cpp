@@ -1,8 +1,18 @@
 #include "host/piece_tracker.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace plc {
+namespace {
+
+int lengthOf(const std::map<int, int>& lengths, int tag)
+{
+    const auto found = lengths.find(tag);
+    return found == lengths.end() ? 0 : found->second;
+}
+
+} // namespace
 
 void PieceTracker::add(int tag, const QVector<FrameEntry>& pieces)
 {
@@ -19,6 +29,7 @@ bool PieceTracker::contains(int tag) const
 void PieceTracker::remove(int tag)
 {
     m_accepted.erase(tag);
+    m_confirmed.erase(tag);
     m_pieces.erase(std::remove_if(m_pieces.begin(), m_pieces.end(),
                                   [tag](const Piece& piece) { return piece.tag == tag; }),
                    m_pieces.end());
@@ -28,12 +39,17 @@ void PieceTracker::clear()
 {
     m_pieces.clear();
     m_accepted.clear();
+    m_confirmed.clear();
 }
 
 int PieceTracker::accepted(int tag) const
 {
-    const auto found = m_accepted.find(tag);
-    return found == m_accepted.end() ? 0 : found->second;
+    return lengthOf(m_accepted, tag);
+}
+
+int PieceTracker::confirmed(int tag) const
+{
+    return lengthOf(m_confirmed, tag);
 }
 
 QVector<int> PieceTracker::requestSent(const QVector<FrameEntry>& entries)

@@ -21,6 +21,10 @@ public:
     void clear();
     /// What was accepted of a transfer: lengths of its pieces.
     int accepted(int tag) const;
+    /// The same, as far as it was confirmed.
+    int confirmed(int tag) const;
+    /// All that was accepted is sure.
+    void confirm() { m_confirmed = m_accepted; }
 
     /// A request with these entries goes out, for the first time or again. Returns the transfers of
     /// which it carries a piece.
@@ -41,6 +45,7 @@ private:
 
     QVector<Piece> m_pieces;
     std::map<int, int> m_accepted; ///< Of transfers that have further pieces.
+    std::map<int, int> m_confirmed;
 };
 
 } // namespace plc

@@ -293,10 +293,12 @@ void Runtime::settleWriteRequest(const Answer& answer)
         settled = m_writes.requestAccepted();
     else if (answer.kind == Answer::Abandoned)
         settled = m_writes.requestAbandoned();
-    if (m_isInDoubt)
+    if (m_isInDoubt) {
         m_doubted.append({settled, transferOutcome(answer)});
-    else
-        settleRequest(settled, transferOutcome(answer));
+        return;
+    }
+    m_writes.confirmAccepted();
+    settleRequest(settled, transferOutcome(answer));
 }
 
 /// One write that the PLC refuses takes the others of its request with it; these are tried again.
@@ -320,7 +322,8 @@ void Runtime::settleReadRequest(const SentRequest& request, const Answer& answer
     // Of the read that shows whether replies fit, only the size counts.
     if (isAccepted && request.category != kInStepCategory)
         showValues(request, blocks, now);
-    if (request.category == kInStepCategory)
+    // It may have gone along with another one-shot read.
+    if (request.category != kCyclicCategory)
         m_asksWhetherInStep = false;
     if (request.category == kOneShotCategory) {
         const std::vector<SettledRead> settled =
@@ -367,6 +370,7 @@ void Runtime::settleDoubted()
 {
     m_isInDoubt = false;
     m_cyclicReadsProveNothing = false;
+    m_writes.confirmAccepted();
     const QVector<DoubtedWrites> doubted = std::exchange(m_doubted, {});
     for (const DoubtedWrites& settled : doubted)
         settleRequest(settled.writes, settled.outcome);
@@ -433,8 +437,10 @@ void Runtime::settle(const QVector<Write>& writes, const TransferOutcome& outcom
     for (const Write& write : writes) {
         --m_openWrites;
         TransferOutcome itsOutcome = outcome;
+        const bool isSure = outcome.kind != TransferOutcome::LinkLost;
+        const int taken = isSure ? write.accepted : write.confirmed;
         if (!outcome.isDone())
-            itsOutcome.taken = write.accepted / qMax(1, write.point.type->size);
+            itsOutcome.taken = taken / qMax(1, write.point.type->size);
         write.settled(itsOutcome);
     }
 }

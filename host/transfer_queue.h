@@ -32,7 +32,7 @@ constexpr int kDriverListLimit = 1024;
 /// Transfers that wait for the driver and transfers that it has. Which request settles which of
 /// them is told from the frames. `Transfer` has a `tag`, the `point` that it moves, the `pieces`
 /// that the driver cuts it into, `wasSent`, and `accepted`, the lengths of the pieces that the PLC
-/// took.
+/// took, and `confirmed`, those of them of which that is sure.
 template <typename Transfer>
 class TransferQueue {
 public:
@@ -58,6 +58,9 @@ public:
     QVector<Transfer> requestAccepted() { return takeAll(m_pieces.requestAccepted()); }
     QVector<Transfer> requestAbandoned() { return takeAll(m_pieces.requestAbandoned()); }
 
+    /// All acknowledgements so far were those of their requests.
+    void confirmAccepted() { m_pieces.confirm(); }
+
     /// Takes out the transfer of this tag if it is under way.
     QVector<Transfer> take(int tag)
     {
@@ -66,6 +69,7 @@ public:
             return {};
         QVector<Transfer> transfers{found->second};
         transfers.first().accepted = m_pieces.accepted(tag);
+        transfers.first().confirmed = m_pieces.confirmed(tag);
         m_underWay.erase(found);
         m_pieces.remove(tag);
         return transfers;
@@ -91,6 +95,7 @@ public:
         for (const auto& entry : m_underWay) {
             transfers.append(entry.second);
             transfers.last().accepted = m_pieces.accepted(entry.first);
+            transfers.last().confirmed = m_pieces.confirmed(entry.first);
         }
         std::copy(m_waiting.begin(), m_waiting.end(), std::back_inserter(transfers));
         m_underWay.clear();

@@ -21,6 +21,7 @@ struct Write {
     WriteSettled settled;
     bool wasSent = false;   ///< A request has carried a piece of it.
     int accepted = 0;       ///< Bytes (elements of BIT) that the PLC took.
+    int confirmed = 0;      ///< The part of it that is sure.
     bool goesAlone = false; ///< The PLC refused a request that it shared.
 };
 

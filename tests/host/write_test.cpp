@@ -199,6 +199,23 @@ TEST_F(WriteTest, LongOneThatIsLostTellsWhatWasTakenBefore)
     EXPECT_EQ(writes[0].outcome.taken, 250);
 }
 
+TEST_F(WriteTest, LongOneThatIsLostDoesNotCountWhatIsDoubted)
+{
+    QByteArray numbers = "1";
+    for (int i = 2; i <= 600; ++i)
+        numbers += ',' + QByteArray::number(i);
+    connectAndLogInFor("Big.block[0]*600", numbers.constData());
+    ASSERT_EQ("S", actions());
+    answer(writeReply());
+    ASSERT_EQ("S", actions());
+    answer(writeReply()); // perhaps a copy of the first one
+    ASSERT_EQ("S", actions());
+    passTime(1000);
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::LinkLost, writes[0].outcome.kind);
+    EXPECT_EQ(250, writes[0].outcome.taken);
+}
+
 TEST_F(WriteTest, LongOneGoesAlone)
 {
     QByteArray numbers = "1";
