@@ -217,9 +217,10 @@ bool Runtime::prepareRequest(qint64 now, bool passIsDue)
     m_writes.handOver(m_driver);
     // The driver sends writes first. A read that it had besides would go out together with the one
     // that shows whether replies fit, and its refusal would be taken for that of the write.
-    if (!m_writes.hasUnderWay())
+    if (!m_writes.hasUnderWay() && !m_asksWhetherInStep)
         handOverReads(now, passIsDue);
-    return m_writes.hasUnderWay() || m_reads.hasUnderWay() || m_cyclic.probes().hasUnderWay();
+    return m_writes.hasUnderWay() || m_asksWhetherInStep || m_reads.hasUnderWay() ||
+           m_cyclic.probes().hasUnderWay();
 }
 
 /// The driver has the entries of one request at a time: of the host's reads, or of a probe. A probe

@@ -125,6 +125,32 @@ TEST_F(WriteTest, OneThatIsRefusedDoesNotKeepItsNeighboursFromThePlc)
     EXPECT_EQ(0, writes[1].outcome.taken);
 }
 
+TEST_F(WriteTest, ReadThatFollowsItsLoginSharesNoRequestWithTheOneThatIsNoLongerNeeded)
+{
+    connectAndLogInFor("Main.speed", "1");
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ("S", actions());
+        answer(refusal());
+    }
+    // The login shows that the refusal was the write's own, before the read that was to show it.
+    request();
+    answer(identificationReply());
+    ASSERT_EQ(1u, writes.size());
+    readOnce("Main.count");
+    request();
+    answer(fileReply());
+    QVector<FrameEntry> sentEntries = entries();
+    ASSERT_EQ(1, sentEntries.size());
+    EXPECT_EQ(1u, sentEntries[0].length);
+    answer(readReply({hex("99")}));
+    sentEntries = entries();
+    ASSERT_EQ(1, sentEntries.size());
+    EXPECT_EQ(6u, sentEntries[0].address);
+    answer(readReply({hex("00 07")}));
+    ASSERT_EQ(1u, reads.size());
+    EXPECT_EQ(hex("07 00"), reads[0].bytes);
+}
+
 TEST_F(WriteTest, RetryThatIsAcceptedIsDone)
 {
     connectAndLogInFor("Main.speed", "1");
