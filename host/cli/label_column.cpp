@@ -94,7 +94,7 @@ QStringList distinct(const QStringList& labels, int width)
         form.tail = width - 1;
         const int leastTail = context == 0 ? 0 : width / 3;
         while (form.tail >= leastTail) {
-            const QStringList texts = shortened(labels, form);
+            QStringList texts = shortened(labels, form);
             const std::optional<int> difference = nextDifference(labels, texts);
             if (!difference && widest(texts) <= width)
                 return texts;

@@ -44,7 +44,8 @@ std::string image(int address, int count, int area = kArea)
         const int place = advanced(address, i);
         const QByteArray pair =
             QByteArray::number(byteAt(place, area), 16).rightJustified(2, '0').toUpper();
-        text += (i ? " " : "") + (exists(place, area) ? std::string(pair.constData()) : std::string(".."));
+        text += (i ? " " : "") +
+                (exists(place, area) ? std::string(pair.constData()) : std::string(".."));
     }
     return text;
 }
