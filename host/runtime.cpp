@@ -170,12 +170,10 @@ void Runtime::switchStation(int station, bool on, qint64 now)
         m_session.wake(now);
         return;
     }
-    // Of those that wait some were refused before, together with others.
-    const QString reason = QStringLiteral("station %1 is switched off").arg(station);
-    for (const Write& write : m_writes.takeWaiting(station))
-        settle({write}, outcomeOfLoss(write.wasSent, reason));
-    for (const OneShotRead& read : m_reads.takeWaiting(station))
-        settle({read}, outcomeOfLoss(read.wasSent, reason));
+    const TransferOutcome outcome =
+        TransferOutcome::notSent(QStringLiteral("station %1 is switched off").arg(station));
+    settle(m_writes.takeWaiting(station), outcome);
+    settle(m_reads.takeWaiting(station), outcome);
     if (!m_stationsOff.contains(station))
         m_stationsGoingOff.insert(station);
     switchOffWhereIdle();
@@ -295,20 +293,12 @@ void Runtime::settleWriteRequest(const Answer& answer)
     else if (answer.kind == Answer::Abandoned)
         settled = m_writes.requestAbandoned();
     if (m_isInDoubt) {
-        m_doubted.append({settled, transferOutcome(answer)});
+        for (const Write& write : std::as_const(settled))
+            m_doubted.append({write, transferOutcome(answer)});
         return;
     }
     m_writes.confirmAccepted();
-    settleRequest(settled, transferOutcome(answer));
-}
-
-/// One write that the PLC refuses takes the others of its request with it; these are tried again.
-void Runtime::settleRequest(const QVector<Write>& writes, const TransferOutcome& outcome)
-{
-    if (outcome.kind == TransferOutcome::Refused && writes.size() > 1)
-        m_writes.tryAlone(writes);
-    else
-        settle(writes, outcome);
+    settle(settled, transferOutcome(answer));
 }
 
 void Runtime::settleReadRequest(const SentRequest& request, const Answer& answer,
@@ -372,9 +362,9 @@ void Runtime::settleDoubted()
     m_isInDoubt = false;
     m_cyclicReadsProveNothing = false;
     m_writes.confirmAccepted();
-    const QVector<DoubtedWrites> doubted = std::exchange(m_doubted, {});
-    for (const DoubtedWrites& settled : doubted)
-        settleRequest(settled.writes, settled.outcome);
+    const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
+    for (const DoubtedWrite& settled : doubted)
+        settle({settled.write}, settled.outcome);
 }
 
 /// The driver's own reports settle what the frames have not: a login that is abandoned takes the
@@ -415,9 +405,9 @@ void Runtime::giveUpTransfers(const QString& reason)
     m_asksWhetherInStep = false;
     m_cyclicReadsProveNothing = false;
     m_readable = FrameEntry();
-    const QVector<DoubtedWrites> doubted = std::exchange(m_doubted, {});
-    for (const DoubtedWrites& unsure : doubted)
-        settle(unsure.writes, TransferOutcome::lost(reason));
+    const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
+    for (const DoubtedWrite& unsure : doubted)
+        settle({unsure.write}, TransferOutcome::lost(reason));
     for (const Write& write : m_writes.takeAll())
         settle({write}, outcomeOfLoss(write.wasSent, reason));
     for (const OneShotRead& read : m_reads.takeAll())

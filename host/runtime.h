@@ -93,7 +93,6 @@ private:
     void handOverReads(qint64 now, bool passIsDue);
     void askWhetherInStep(bool passIsDue);
     void settleWriteRequest(const Answer& answer);
-    void settleRequest(const QVector<Write>& writes, const TransferOutcome& outcome);
     void settleReadRequest(const SentRequest& request, const Answer& answer,
                            const QByteArray& reply, qint64 now);
     void settleCyclicRequest(const SentRequest& request, const Answer& answer,
@@ -118,11 +117,11 @@ private:
     CyclicReads m_cyclic;
     int m_openWrites = 0;
     /// Writes whose outcome is told once it is sure that the reply was their own.
-    struct DoubtedWrites {
-        QVector<Write> writes; ///< Of one request.
+    struct DoubtedWrite {
+        Write write;
         TransferOutcome outcome;
     };
-    QVector<DoubtedWrites> m_doubted;
+    QVector<DoubtedWrite> m_doubted;
     bool m_isInDoubt = false;
     bool m_asksWhetherInStep = false;       ///< The driver has the read that shows it.
     bool m_cyclicReadsProveNothing = false; ///< Their replies have the size of the doubted one.

@@ -105,11 +105,6 @@ public:
     }
 
 protected:
-    /// Takes transfers that go before all that wait, in their order.
-    void addFirst(const QVector<Transfer>& transfers)
-    {
-        m_waiting.insert(m_waiting.begin(), transfers.begin(), transfers.end());
-    }
     /// The transfer that waits longest; null when none does.
     const Transfer* nextWaiting() const { return m_waiting.empty() ? nullptr : &m_waiting.front(); }
     /// Moves it to those under way.

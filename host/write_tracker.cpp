@@ -34,20 +34,12 @@ void WriteTracker::handOver(const DriverFunctions& driver)
     }
 }
 
-void WriteTracker::tryAlone(const QVector<Write>& writes)
-{
-    QVector<Write> alone = writes;
-    for (Write& write : alone)
-        write.goesAlone = true;
-    addFirst(alone);
-}
-
 bool WriteTracker::mayGo(const Write& write) const
 {
     if (!hasUnderWay())
         return true;
     const Write& other = underWay().begin()->second;
-    if (isSplit(write) || isSplit(other) || write.goesAlone || other.goesAlone)
+    if (isSplit(write) || isSplit(other))
         return false;
     const FrameEntry& piece = write.pieces.first();
     return piece.isBit == other.pieces.first().isBit && piecesUnderWay() < kDriverListLimit &&

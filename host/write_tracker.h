@@ -19,10 +19,9 @@ struct Write {
     WriteBuffer buffer;
     QVector<FrameEntry> pieces;
     WriteSettled settled;
-    bool wasSent = false;   ///< A request has carried a piece of it.
-    int accepted = 0;       ///< Bytes (elements of BIT) that the PLC took.
-    int confirmed = 0;      ///< The part of it that is sure.
-    bool goesAlone = false; ///< The PLC refused a request that it shared.
+    bool wasSent = false; ///< A request has carried a piece of it.
+    int accepted = 0;     ///< Bytes (elements of BIT) that the PLC took.
+    int confirmed = 0;    ///< The part of it that is sure.
 };
 
 /// Holds writes back until the driver can carry them out unharmed.
@@ -33,8 +32,6 @@ struct Write {
 /// - Behind a bit the driver would state no length for any other write of the same request, and
 ///   behind another write it would write a bit as a byte to the address that its number makes; so
 ///   bits never share the driver's list with other writes.
-/// - The PLC refuses a request as a whole; so each write of a refused request goes once more,
-/// alone.
 /// - After a failure the driver forgets the further pieces of the first write of a request only; so
 ///   a write of several pieces goes alone.
 ///
@@ -43,9 +40,6 @@ class WriteTracker : public TransferQueue<Write> {
 public:
     /// Hands the driver all writes that may go now.
     void handOver(const DriverFunctions& driver);
-    /// Takes back writes of which the PLC refused the request that they shared; they go before all
-    /// that wait.
-    void tryAlone(const QVector<Write>& writes);
 
 private:
     bool mayGo(const Write& write) const;

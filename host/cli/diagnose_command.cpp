@@ -280,9 +280,10 @@ void DiagnoseCommand::takeCyclic(const DataPoint& point, const TransferOutcome& 
     if (m_refusedCyclic == 0) {
         pass(QStringLiteral("the other %1 cyclic labels can be read").arg(total), Step::Label);
     } else {
-        pass(QStringLiteral("%1 of the other %2 cyclic labels can be read")
+        pass(QStringLiteral("of the other %1 cyclic labels %2 can be read, %3 are refused")
+                 .arg(total)
                  .arg(m_cyclic.size() - m_refusedCyclic)
-                 .arg(total),
+                 .arg(m_refusedCyclic),
              Step::Label);
     }
     finish(m_hasFailed ? kExitRefused : kExitDone);
