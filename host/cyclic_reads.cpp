@@ -1,8 +1,7 @@
 #include "host/cyclic_reads.h"
 
-#include <QtCore/QSet>
-
 #include <algorithm>
+#include <iterator>
 #include <tuple>
 
 namespace plc {
@@ -111,41 +110,41 @@ void CyclicReads::probe(qint64 now)
 {
     const qint64 retryAt = this->retryAt();
     if (retryAt >= 0 && now >= retryAt) {
-        const QVector<int> rows = refusedRows();
-        m_retryAt = now + qMax(kShortestRetryPause, kRetryInterval / int(rows.size()));
-        m_refused.removeOne(rows.first());
-        suspect({rows.first()}, m_mostRefusals);
+        const auto tried = std::count_if(m_refused.constBegin(), m_refused.constEnd(),
+                                         [this](int row) { return !isStationOff(row); });
+        m_retryAt = now + qMax(kShortestRetryPause, kRetryInterval / int(tried));
+        suspect({m_refused.takeAt(int(nextRefused() - m_refused.constBegin()))}, m_mostRefusals);
     }
     m_probes.handOver(m_driver, m_settings.localDeviceNo);
 }
 
 qint64 CyclicReads::retryAt() const
 {
-    return refusedRows().isEmpty() || !m_probes.isEmpty() ? -1 : m_retryAt;
+    return m_probes.isEmpty() && nextRefused() != m_refused.constEnd() ? m_retryAt : -1;
 }
 
-QVector<int> CyclicReads::refusedRows() const
+/// The driver drops what is meant for a station that is off.
+bool CyclicReads::isStationOff(int row) const
 {
-    QVector<int> rows;
-    for (int row : m_refused) {
-        if (!m_stationsOff.contains(m_rows[size_t(row)].value.station))
-            rows.append(row);
-    }
-    return rows;
+    return m_stationsOff.contains(m_rows[size_t(row)].value.station);
 }
 
-QVector<int> CyclicReads::probeAccepted(const QVector<QByteArray>& blocks, qint64 sentAt)
+/// The first that the PLC may be asked for; nearly always the first of all.
+QVector<int>::const_iterator CyclicReads::nextRefused() const
 {
-    QVector<int> rows;
+    return std::find_if(m_refused.constBegin(), m_refused.constEnd(),
+                        [this](int row) { return !isStationOff(row); });
+}
+
+void CyclicReads::probeAccepted(const QVector<QByteArray>& blocks, qint64 sentAt)
+{
     for (const SettledRead& settled : m_probes.requestAccepted(blocks, sentAt)) {
-        rows.append(settled.read.tag);
         m_rows[size_t(settled.read.tag)].state = State::Good;
+        ++m_waitingGood;
     }
-    m_waitingGood += int(rows.size());
     if (m_waitingGood >= kMostWaitingGood)
         list();
     endSearchIfDone();
-    return rows;
 }
 
 QVector<int> CyclicReads::probeRefused(int entries, qint64 now)
@@ -180,9 +179,11 @@ void CyclicReads::endSearchIfDone()
 
 void CyclicReads::linkUp()
 {
-    const QVector<int> rows = refusedRows();
-    for (int row : rows)
-        m_refused.removeOne(row);
+    const auto first = std::stable_partition(m_refused.begin(), m_refused.end(),
+                                             [this](int row) { return isStationOff(row); });
+    QVector<int> rows;
+    std::copy(first, m_refused.end(), std::back_inserter(rows));
+    m_refused.erase(first, m_refused.end());
     if (!rows.isEmpty())
         suspect(rows, 0);
 }
@@ -227,7 +228,7 @@ void CyclicReads::list()
     for (Row& row : m_rows) {
         if (row.state == State::Good)
             row.state = State::Listed;
-        if (row.state == State::Listed && !m_stationsOff.contains(row.value.station))
+        if (row.state == State::Listed && !isStationOff(row.value.row))
             values.append(row.value);
     }
     m_waitingGood = 0;

@@ -58,8 +58,7 @@ public:
     /// When the next probe of a refused value is due; -1: none.
     qint64 retryAt() const;
     void probeSent(int entries) { m_probes.requestSent(entries); }
-    /// Returns the rows that the PLC gave.
-    QVector<int> probeAccepted(const QVector<QByteArray>& blocks, qint64 sentAt);
+    void probeAccepted(const QVector<QByteArray>& blocks, qint64 sentAt);
     /// Returns the rows that are refused now.
     QVector<int> probeRefused(int entries, qint64 now);
 
@@ -77,9 +76,8 @@ private:
     };
 
     void suspect(const QVector<int>& rows, int refusals);
-    /// Those that the PLC may be asked for: the driver drops what is meant for a station that is
-    /// off.
-    QVector<int> refusedRows() const;
+    bool isStationOff(int row) const;
+    QVector<int>::const_iterator nextRefused() const;
     void endSearchIfDone();
     void list();
     void rotateBehindLast();

@@ -4,12 +4,11 @@
 #include <iterator>
 
 #include "host/read_limits.h"
+#include "host/request_records.h"
 #include "host/value_memory.h"
 
 namespace plc {
 namespace {
-
-constexpr int kAppend = 1;
 
 RW_VAR entryRecord(const OneShotRead& read, const FrameEntry& piece, int category, int deviceNo)
 {
@@ -94,7 +93,7 @@ void ReadTracker::handPieces(const Job& job, const DriverFunctions& driver, int 
             return;
         m_budget.add(job.pieces[i].length);
         RW_VAR var = entryRecord(job.read, job.pieces[i], m_category, localDeviceNo);
-        driver.addListOnceReadVar(&var, kAppend);
+        driver.addListOnceReadVar(&var, kAppendRecord);
         ++m_piecesHanded;
     }
 }
@@ -140,7 +139,8 @@ std::vector<SettledRead> ReadTracker::requestAccepted(const QVector<QByteArray>&
 {
     std::vector<SettledRead> settled;
     for (const QByteArray& block : blocks) {
-        if (m_batch.empty())
+        // Behind them another read may have gone along.
+        if (m_piecesHanded == 0)
             break;
         --m_piecesHanded;
         Job& job = m_batch.front();

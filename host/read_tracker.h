@@ -50,7 +50,6 @@ public:
     void addSuspects(const std::vector<OneShotRead>& reads);
 
     bool isEmpty() const;
-    int category() const { return m_category; }
     /// Whether the driver has entries of it.
     bool hasUnderWay() const { return !m_batch.empty(); }
     /// Whether reads of the station were begun and are not settled, because the driver has them or

@@ -4,6 +4,7 @@
 
 #include "host/project/symbol_list.h"
 #include "host/read_limits.h"
+#include "host/request_records.h"
 #include "host/result_text.h"
 #include "host/value_codec.h"
 #include "host/value_layout.h"
@@ -13,8 +14,9 @@ namespace {
 
 /// ComInfo::writeMode that sends writes to the PLC.
 constexpr int kQueueWrites = 2;
-/// `append` of AddListOnceReadVar().
-constexpr int kAppend = 1;
+/// Requests with writes in a row, as many as the driver itself lets go before it gives reads a
+/// turn.
+constexpr int kWriteRequestsInARow = 5;
 /// Status that the driver's callback gives for what it carried out.
 constexpr int kReportDone = 1;
 
@@ -170,10 +172,11 @@ void Runtime::switchStation(int station, bool on, qint64 now)
         m_session.wake(now);
         return;
     }
-    const TransferOutcome outcome =
-        TransferOutcome::notSent(QStringLiteral("station %1 is switched off").arg(station));
-    settle(m_writes.takeWaiting(station), outcome);
-    settle(m_reads.takeWaiting(station), outcome);
+    const QString reason = QStringLiteral("station %1 is switched off").arg(station);
+    settle(m_writes.takeWaiting(station), TransferOutcome::notSent(reason));
+    // Some may have been asked for, and refused together with others.
+    for (const OneShotRead& read : m_reads.takeWaiting(station))
+        settle({read}, outcomeOfLoss(read.wasSent, reason));
     if (!m_stationsOff.contains(station))
         m_stationsGoingOff.insert(station);
     switchOffWhereIdle();
@@ -212,13 +215,19 @@ bool Runtime::prepareRequest(qint64 now, bool passIsDue)
         askWhetherInStep(passIsDue);
         return true;
     }
-    m_writes.handOver(m_driver);
+    if (m_writesInARow < kWriteRequestsInARow || !hasWaitingReads())
+        m_writes.handOver(m_driver);
     // The driver sends writes first. A read that it had besides would go out together with the one
     // that shows whether replies fit, and its refusal would be taken for that of the write.
     if (!m_writes.hasUnderWay() && !m_asksWhetherInStep)
         handOverReads(now, passIsDue);
     return m_writes.hasUnderWay() || m_asksWhetherInStep || m_reads.hasUnderWay() ||
            m_cyclic.probes().hasUnderWay();
+}
+
+bool Runtime::hasWaitingReads() const
+{
+    return !m_reads.isEmpty() || !m_cyclic.probes().isEmpty();
 }
 
 /// The driver has the entries of one request at a time: of the host's reads, or of a probe. A probe
@@ -242,7 +251,7 @@ void Runtime::askWhetherInStep(bool passIsDue)
     if (std::exchange(m_asksWhetherInStep, true))
         return;
     RW_VAR read = inStepRead(m_readable, m_session, m_settings);
-    m_driver.addListOnceReadVar(&read, kAppend);
+    m_driver.addListOnceReadVar(&read, kAppendRecord);
 }
 
 void Runtime::requestSent(const SentRequest& request)
@@ -250,12 +259,15 @@ void Runtime::requestSent(const SentRequest& request)
     ++m_counters.requests;
     const int entries = int(request.content.entries.size());
     if (request.content.service == Service::Write) {
+        ++m_writesInARow;
         m_writes.requestSent(request.content.entries);
         if (m_readable.length == 0)
             m_readable = placeOf(request.content.entries.first());
     } else if (request.content.service == Service::Read && request.category == kOneShotCategory) {
+        m_writesInARow = 0;
         m_reads.requestSent(entries);
     } else if (request.content.service == Service::Read && request.category == kProbeCategory) {
+        m_writesInARow = 0;
         m_cyclic.probeSent(entries);
     } else if (request.content.service == Service::Read && request.category == kCyclicCategory) {
         m_cyclic.requestSent(request.content.entries);

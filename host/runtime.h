@@ -90,6 +90,7 @@ private:
 
     QString obstacle(int station) const;
     void switchOffWhereIdle();
+    bool hasWaitingReads() const;
     void handOverReads(qint64 now, bool passIsDue);
     void askWhetherInStep(bool passIsDue);
     void settleWriteRequest(const Answer& answer);
@@ -126,7 +127,8 @@ private:
     bool m_asksWhetherInStep = false;       ///< The driver has the read that shows it.
     bool m_cyclicReadsProveNothing = false; ///< Their replies have the size of the doubted one.
     bool m_lastWasProbe = false;
-    FrameEntry m_readable; ///< A place that the PLC gave, or at least took.
+    int m_writesInARow = 0; ///< Requests since the last one-shot read.
+    FrameEntry m_readable;  ///< A place that the PLC gave, or at least took.
     int m_lastTag = 0;
     QString
         m_linkDownReason; ///< Why the PLC is away; empty while it is not, or is not known to be.

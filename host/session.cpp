@@ -3,13 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/transfer_queue.h"
+#include "host/request_records.h"
 
 namespace plc {
 namespace {
-
-/// Marks the read that is queued only to be given up.
-constexpr int kForgetLoginCategory = 3;
 
 /// Numbers of DataCom().
 constexpr int kNotFinished = 0;
@@ -317,7 +314,8 @@ QString Session::acknowledgementMisfit(const QByteArray& reply)
 
 void Session::keepForComparison(const QByteArray& reply)
 {
-    if (!m_comparedSizes.contains(int(reply.size())) || m_comparedBytes > kMostComparedBytes)
+    if (!m_comparedSizes.contains(int(reply.size())) || m_comparedBytes > kMostComparedBytes ||
+        m_compared.contains(reply))
         return;
     m_compared.insert(reply);
     m_comparedBytes += int(reply.size());
@@ -491,7 +489,7 @@ void Session::forgetLogin()
     read.deviceNo = m_settings->localDeviceNo;
     read.station = kStationAlwaysOn;
     read.length = 1;
-    m_driver.addListOnceReadVar(&read, 1);
+    m_driver.addListOnceReadVar(&read, kAppendRecord);
     if (m_driver.comCommunication() != nullptr)
         giveUpRequest();
 }

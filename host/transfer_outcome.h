@@ -29,6 +29,8 @@ struct TransferOutcome {
 
     bool isDone() const { return kind == Done; }
 
+    /// Of a read that the PLC did not carry out.
+    static TransferOutcome refused(int status) { return {Refused, 0, status, QString(), 0}; }
     static TransferOutcome lost(const QString& reason) { return {LinkLost, 0, -1, reason, 0}; }
     static TransferOutcome notSent(const QString& reason) { return {NotSent, 0, -1, reason, 0}; }
 };

@@ -117,30 +117,27 @@ void LogCommand::collectChanges()
 void LogCommand::collectFirst()
 {
     const ValueTable& values = runtime().values();
-    const bool isBeginning = m_hasBegun.isEmpty();
+    if (m_begun == values.size())
+        return;
     m_hasBegun.resize(values.size());
     for (int row = 0; row < values.size(); ++row) {
         if (m_hasBegun[row] || !values.wasRead(row))
             continue;
         m_hasBegun[row] = true;
+        if (m_begun++ == 0)
+            m_sampling.start(options().log.every);
         collect(row);
     }
-    if (isBeginning && m_hasBegun.contains(true))
-        m_sampling.start(options().log.every);
-    else if (isBeginning)
-        m_hasBegun.clear();
 }
 
 void LogCommand::collectAll()
 {
     const ValueTable& values = runtime().values();
     const qint64 now = link().now();
-    m_hasBegun.resize(values.size());
     for (int row = 0; row < values.size(); ++row) {
         // Nothing is known of a value that is not read yet, nor waited for too long.
         if (!values.wasRead(row) && !values.isStale(row, now))
             continue;
-        m_hasBegun[row] = m_hasBegun[row] || values.wasRead(row);
         collect(row);
     }
 }

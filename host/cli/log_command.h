@@ -38,6 +38,7 @@ private:
     std::unique_ptr<LogWriter> m_writer;
     ValueChanges m_changes;
     QVector<bool> m_hasBegun;     ///< Rows that have a record, of those logged at an interval.
+    int m_begun = 0;              ///< How many they are.
     QVector<LogRecord> m_records; ///< That are not written yet.
     qint64 m_written = 0;
     QTimer m_writing;

@@ -54,7 +54,7 @@ TransferOutcome OnceCommand::outcome(int row, const TransferOutcome& missing)
     if (values.wasRead(row))
         return TransferOutcome();
     if (values.isRefused(row))
-        return {TransferOutcome::Refused, 0, values.refusalStatus(row), QString(), 0};
+        return TransferOutcome::refused(values.refusalStatus(row));
     if (runtime().isStationOff(station))
         return TransferOutcome::notSent(QStringLiteral("station %1 is switched off").arg(station));
     return missing;
@@ -63,12 +63,13 @@ TransferOutcome OnceCommand::outcome(int row, const TransferOutcome& missing)
 bool OnceCommand::isComplete()
 {
     const ValueTable& values = runtime().values();
-    for (int row = 0; row < values.size(); ++row) {
-        if (!values.wasRead(row) && !values.isRefused(row) &&
-            !runtime().isStationOff(values.point(row).station))
-            return false;
-    }
-    return true;
+    const auto isOpen = [&](int row) {
+        return !values.wasRead(row) && !values.isRefused(row) &&
+               !runtime().isStationOff(values.point(row).station);
+    };
+    while (m_settledRows < values.size() && !isOpen(m_settledRows))
+        ++m_settledRows;
+    return m_settledRows == values.size();
 }
 
 void OnceCommand::report(const TransferOutcome& missing)

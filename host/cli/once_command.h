@@ -28,6 +28,7 @@ private:
     void report(const TransferOutcome& missing);
 
     QTimer m_patience;
+    int m_settledRows = 0; ///< From the first on.
 };
 
 } // namespace plc

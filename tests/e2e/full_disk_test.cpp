@@ -1,10 +1,9 @@
 // What stays on a disk that gets full. A limit on the size of files is met like one: by a write in
 // the middle of what a command has to write.
 
-#include <QtCore/QDir>
-
 #include "tests/e2e/plant.h"
 #include "tests/e2e/spawned_process.h"
+#include "tests/support/test_folder.h"
 
 namespace plc {
 namespace test {
@@ -29,24 +28,11 @@ protected:
         put("a.st", "VAR_GLOBAL a AT %MW10 : INT; END_VAR\n");
     }
 
-    QDir folder() const { return QDir(projectPath().section(QLatin1Char('/'), 0, -2)); }
-    QString path(const char* name) const { return folder().filePath(QLatin1String(name)); }
-    void put(const char* name, const char* text) const
-    {
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
-    }
-    std::string content(const char* name) const
-    {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
-        return file.readAll().toStdString();
-    }
-    std::string names() const
-    {
-        return folder().entryList(QDir::Files, QDir::Name).join(QLatin1Char(' ')).toStdString();
-    }
+    TestFolder folder() const { return TestFolder(projectPath().section(QLatin1Char('/'), 0, -2)); }
+    QString path(const char* name) const { return folder().path(name); }
+    void put(const char* name, const char* text) const { folder().put(path(name), text); }
+    std::string content(const char* name) const { return folder().content(path(name)); }
+    std::string names() const { return folder().names(); }
     Ending runWithin(rlim_t bytes, const QStringList& arguments) const
     {
         Surroundings surroundings;

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "faults/built_driver.h"
 #include "faults/fault_run.h"
 #include "faults/run_options.h"
+#include "support/built_driver.h"
 
 namespace plc {
 namespace faults {
@@ -14,7 +14,7 @@ class FaultyWire : public ::testing::TestWithParam<std::uint32_t> {};
 
 TEST_P(FaultyWire, HostComesBackAndNoWriteIsMisreported)
 {
-    FaultRun run(builtDriver(), GetParam());
+    FaultRun run(test::builtDriver(), GetParam());
     run.run();
     if (HasFailure()) {
         GTEST_FAIL() << "Repeat it with: " << runOptions().program << " --seed " << GetParam()

@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "faults/built_driver.h"
 #include "faults/run_options.h"
 #include "faults/stamped_run.h"
+#include "support/built_driver.h"
 
 namespace plc {
 namespace faults {
@@ -15,7 +15,7 @@ class StampedPlant : public ::testing::TestWithParam<std::uint32_t> {};
 
 TEST_P(StampedPlant, AllThatTheHostTellsWasSo)
 {
-    StampedRun run(builtDriver(), GetParam());
+    StampedRun run(test::builtDriver(), GetParam());
     run.run();
     EXPECT_GT(run.judgedValues(), 0u);
     if (HasFailure()) {

@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "host/transfer_queue.h"
+#include "host/request_records.h"
 #include "tests/host/host_fixture.h"
 
 namespace plc {

@@ -11,32 +11,18 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
+#include "tests/support/test_folder.h"
+
 namespace plc {
 namespace test {
 namespace {
 
 class FileReplacementTest : public ::testing::Test {
 protected:
-    QString path(const char* name) const { return m_folder.filePath(QString::fromLatin1(name)); }
-    void put(const char* name, const char* text) const
-    {
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
-    }
-    std::string content(const char* name) const
-    {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
-        return file.readAll().toStdString();
-    }
-    std::string names() const
-    {
-        return QDir(m_folder.path())
-            .entryList(QDir::Files | QDir::Hidden, QDir::Name)
-            .join(QLatin1Char(' '))
-            .toStdString();
-    }
+    QString path(const char* name) const { return m_files.path(name); }
+    void put(const char* name, const char* text) const { m_files.put(path(name), text); }
+    std::string content(const char* name) const { return m_files.content(path(name)); }
+    std::string names() const { return m_files.names(); }
     bool replace(const char* name, const QByteArray& bytes)
     {
         FileReplacement file(path(name));
@@ -47,6 +33,7 @@ protected:
 
 private:
     QTemporaryDir m_folder;
+    TestFolder m_files{m_folder.path()};
 };
 
 TEST_F(FileReplacementTest, PutsTheNewFileInThePlaceOfTheOldOne)

@@ -8,10 +8,10 @@
 #include <ostream>
 #include <vector>
 
-#include "host/driver_library.h"
 #include "host/project/project.h"
 #include "host/runtime.h"
 #include "host/value_codec.h"
+#include "tests/support/built_driver.h"
 
 // How GoogleTest shows Qt values in a failure message.
 inline void PrintTo(const QByteArray& bytes, std::ostream* out)
@@ -76,20 +76,6 @@ inline QByteArray writeReply()
 inline QByteArray refusal()
 {
     return hex("BB BB 00 00 00 02 00 05");
-}
-
-/// The driver library that was built with the tests.
-inline const DriverFunctions& builtDriver()
-{
-    static const DriverFunctions functions = [] {
-        QString error;
-        const std::optional<DriverFunctions> loaded =
-            loadDriver(QStringLiteral(PLC_LIBRARY), &error);
-        if (!loaded)
-            ADD_FAILURE() << error.toStdString();
-        return loaded.value_or(DriverFunctions());
-    }();
-    return functions;
 }
 
 /// A project with a variable of every type, in area 1 from address 0 on, and larger ones in area 2.

@@ -222,6 +222,25 @@ TEST_F(AcknowledgementTest, CopyOfAnyEarlierReplyToAReadIsNone)
     EXPECT_EQ(TransferOutcome::LinkLost, writes[1].outcome.kind);
 }
 
+TEST_F(AcknowledgementTest, ReplyThatComesAgainAndAgainIsKeptOnce)
+{
+    sendWriteBehindARead();
+    answer(readReply({hex("00 02")}));
+    expectLinkLost();
+    reconnect(500);
+    // 20,000 times 15 bytes are more than what is kept of replies.
+    for (int i = 0; i < 20000; ++i) {
+        actions();
+        answer(readReply({hex("00 01")}));
+    }
+    ASSERT_EQ(hex(kReadSpeed), request());
+    write("Main.count", "2");
+    answer(readReply({hex("00 01")}));
+    ASSERT_EQ(0x3C, int(uchar(request()[6])));
+    answer(readReply({hex("00 02")}));
+    EXPECT_EQ(Answer::Accepted, answers.back().kind) << lastLinkEvent().reason.toStdString();
+}
+
 TEST_F(AcknowledgementTest, CopyOfAnEarlierAcknowledgementIsFoundByTheNextReply)
 {
     sendWriteBehindARead();

@@ -62,6 +62,17 @@ protected:
         EXPECT_TRUE(values) << error.toStdString();
         return values.value_or(QVector<Value>());
     }
+    /// Reads the value out of a memory that goes on with `filler` behind it.
+    void readFrom(const TypeRow& row, char filler)
+    {
+        readOnce(row.label);
+        if (reads.empty())
+            logIn();
+        const RequestContent content = parseRequest(request());
+        ASSERT_EQ(1, content.entries.size()) << row.label;
+        const int length = int(content.entries[0].length);
+        answer(readReply({(row.wire + QByteArray(length, filler)).left(length)}));
+    }
     QString complaint(const char* label, const char* text)
     {
         QString error;
@@ -103,48 +114,30 @@ TEST_F(ValueCodecTest, EveryTypeGoesToThePlcMostSignificantByteFirst)
 
 TEST_F(ValueCodecTest, EveryTypeIsReadAsItWasWritten)
 {
-    bool isFirst = true;
     for (const TypeRow& row : typeTable()) {
         const DataPoint target = point(row.label);
-        readOnce(row.label);
-        if (isFirst)
-            logIn();
-        isFirst = false;
-        const RequestContent content = parseRequest(request());
-        ASSERT_EQ(content.entries.size(), 1) << row.label;
-        QByteArray memory = row.wire;
-        memory.append(QByteArray(int(content.entries[0].length), '\0'));
-        answer(readReply({memory.left(int(content.entries[0].length))}));
+        readFrom(row, '\0');
         ASSERT_FALSE(reads.empty());
-        EXPECT_EQ(pointText(target, decodeValues(target, reads.back().bytes)),
-                  QString::fromUtf8(row.value))
+        EXPECT_EQ(QString::fromUtf8(row.value),
+                  pointText(target, decodeValues(target, reads.back().bytes)))
             << row.label;
     }
-    EXPECT_EQ(reads.size(), typeTable().size());
+    EXPECT_EQ(typeTable().size(), reads.size());
 }
 
 /// The library converts a value from its image, the host from the reply: both must say the same.
 TEST_F(ValueCodecTest, ValueOfAReplyIsWhatTheDriverGives)
 {
-    bool isFirst = true;
     std::vector<TypeRow> rows = typeTable();
     rows.push_back({"Io.lamp[0]*20", "", 20, hex("80 01 0A"), 20, 0});
     for (const TypeRow& row : rows) {
-        const DataPoint target = point(row.label);
-        readOnce(row.label);
-        if (isFirst)
-            logIn();
-        isFirst = false;
-        const RequestContent content = parseRequest(request());
-        QByteArray memory = row.wire;
-        memory.append(QByteArray(int(content.entries[0].length), '\x5A'));
-        memory.truncate(int(content.entries[0].length));
-        answer(readReply({memory}));
+        readFrom(row, '\x5A');
         ASSERT_FALSE(reads.empty());
         QByteArray given;
-        builtDriver().getRegisterData(target.label, 0, 0, 0, &given, row.readCount);
+        builtDriver().getRegisterData(point(row.label).label, 0, 0, 0, &given, row.readCount);
         EXPECT_EQ(given, reads.back().bytes) << row.label;
     }
+    EXPECT_EQ(rows.size(), reads.size());
 }
 
 TEST_F(ValueCodecTest, BitsHaveAByteEachInTheHostAndWordsInThePlc)

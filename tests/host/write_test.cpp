@@ -476,6 +476,29 @@ TEST_F(WriteTest, MoreThanTheDriverQueuesAreAllCarriedOut)
     EXPECT_EQ(requests, 26);
 }
 
+TEST_F(WriteTest, ReadsGetTheirTurnBesideWritesWithoutEnd)
+{
+    connectAndLogInFor("Main.count", "0");
+    readOnce("Main.speed");
+    int writeRequests = 0;
+    for (int i = 0; i < 100 && reads.empty(); ++i) {
+        // Another write waits whenever one goes out.
+        write("Main.count", "1");
+        const RequestContent content = parseRequest(request());
+        if (content.service == Service::Write) {
+            ++writeRequests;
+            answer(writeReply());
+        } else {
+            answer(readReply({QByteArray(int(content.entries[0].length), '\5')}));
+        }
+    }
+    ASSERT_EQ(1u, reads.size());
+    EXPECT_EQ(hex("05 05"), reads[0].bytes);
+    // Five in a row, and what the driver has already: one, since all go to the same place.
+    EXPECT_GE(6, writeRequests);
+    EXPECT_LE(5, writeRequests);
+}
+
 TEST_F(WriteTest, OfMorePiecesThanTheDriverQueuesIsNotBegun)
 {
     DataPoint target = point("Io.lamp[0]");

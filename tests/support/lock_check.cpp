@@ -4,12 +4,11 @@
 
 #include "support/lock_check.h"
 
-#include <dlfcn.h>
-
 #include <condition_variable>
-#include <cstdlib>
 #include <mutex>
 #include <thread>
+
+#include "support/qt_function.h"
 
 namespace {
 
@@ -33,15 +32,6 @@ void aboutToWait(const void* mutex)
     watch.changed.notify_all();
 }
 
-template <typename Function>
-Function inQt(const char* name)
-{
-    void* const function = dlsym(RTLD_NEXT, name);
-    if (!function)
-        std::abort();
-    return reinterpret_cast<Function>(function);
-}
-
 } // namespace
 
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
@@ -50,7 +40,7 @@ extern "C" __attribute__((visibility("default"))) void lockWatched(QMutex* mutex
     "_ZN6QMutex4lockEv");
 void lockWatched(QMutex* mutex)
 {
-    static const auto lock = inQt<void (*)(QMutex*)>("_ZN6QMutex4lockEv");
+    static const auto lock = plc::test::inQt<void (*)(QMutex*)>("_ZN6QMutex4lockEv");
     if (mutex->tryLock())
         return;
     aboutToWait(mutex);
@@ -64,7 +54,8 @@ extern "C" __attribute__((visibility("default"))) void lockWatched(QBasicMutex* 
     __asm__("_ZN11QBasicMutex12lockInternalEv");
 void lockWatched(QBasicMutex* mutex) noexcept
 {
-    static const auto lock = inQt<void (*)(QBasicMutex*)>("_ZN11QBasicMutex12lockInternalEv");
+    static const auto lock =
+        plc::test::inQt<void (*)(QBasicMutex*)>("_ZN11QBasicMutex12lockInternalEv");
     aboutToWait(mutex);
     lock(mutex);
 }

@@ -20,23 +20,9 @@
 
 #ifdef PLC_THREAD_SANITIZER
 
-#include <dlfcn.h>
 #include <sanitizer/tsan_interface.h>
 
-#include <cstdlib>
-
-namespace {
-
-template <typename Function>
-Function inQt(const char* name)
-{
-    void* const function = dlsym(RTLD_NEXT, name);
-    if (!function)
-        std::abort();
-    return reinterpret_cast<Function>(function);
-}
-
-} // namespace
+#include "support/qt_function.h"
 
 extern "C" {
 
@@ -55,7 +41,7 @@ const char* __tsan_default_suppressions()
 void lockAnnotated(QMutex* mutex) noexcept __asm__("_ZN6QMutex4lockEv");
 void lockAnnotated(QMutex* mutex) noexcept
 {
-    static const auto lock = inQt<void (*)(QMutex*)>("_ZN6QMutex4lockEv");
+    static const auto lock = plc::test::inQt<void (*)(QMutex*)>("_ZN6QMutex4lockEv");
     lock(mutex);
     __tsan_acquire(mutex);
 }
@@ -63,7 +49,7 @@ void lockAnnotated(QMutex* mutex) noexcept
 bool tryLockAnnotated(QMutex* mutex, int timeout) noexcept __asm__("_ZN6QMutex7tryLockEi");
 bool tryLockAnnotated(QMutex* mutex, int timeout) noexcept
 {
-    static const auto tryLock = inQt<bool (*)(QMutex*, int)>("_ZN6QMutex7tryLockEi");
+    static const auto tryLock = plc::test::inQt<bool (*)(QMutex*, int)>("_ZN6QMutex7tryLockEi");
     const bool isLocked = tryLock(mutex, timeout);
     if (isLocked)
         __tsan_acquire(mutex);
@@ -73,7 +59,7 @@ bool tryLockAnnotated(QMutex* mutex, int timeout) noexcept
 void unlockAnnotated(QMutex* mutex) noexcept __asm__("_ZN6QMutex6unlockEv");
 void unlockAnnotated(QMutex* mutex) noexcept
 {
-    static const auto unlock = inQt<void (*)(QMutex*)>("_ZN6QMutex6unlockEv");
+    static const auto unlock = plc::test::inQt<void (*)(QMutex*)>("_ZN6QMutex6unlockEv");
     __tsan_release(mutex);
     unlock(mutex);
 }
@@ -83,7 +69,8 @@ void unlockAnnotated(QMutex* mutex) noexcept
 void lockAnnotated(QBasicMutex* mutex) noexcept __asm__("_ZN11QBasicMutex12lockInternalEv");
 void lockAnnotated(QBasicMutex* mutex) noexcept
 {
-    static const auto lock = inQt<void (*)(QBasicMutex*)>("_ZN11QBasicMutex12lockInternalEv");
+    static const auto lock =
+        plc::test::inQt<void (*)(QBasicMutex*)>("_ZN11QBasicMutex12lockInternalEv");
     lock(mutex);
     __tsan_acquire(mutex);
 }
@@ -91,7 +78,8 @@ void lockAnnotated(QBasicMutex* mutex) noexcept
 void unlockAnnotated(QBasicMutex* mutex) noexcept __asm__("_ZN11QBasicMutex14unlockInternalEv");
 void unlockAnnotated(QBasicMutex* mutex) noexcept
 {
-    static const auto unlock = inQt<void (*)(QBasicMutex*)>("_ZN11QBasicMutex14unlockInternalEv");
+    static const auto unlock =
+        plc::test::inQt<void (*)(QBasicMutex*)>("_ZN11QBasicMutex14unlockInternalEv");
     __tsan_release(mutex);
     unlock(mutex);
 }

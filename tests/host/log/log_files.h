@@ -4,11 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QtCore/QDir>
-#include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
 #include "host/log/log_writer.h"
+#include "tests/support/test_folder.h"
 
 namespace plc {
 namespace test {
@@ -19,28 +18,10 @@ constexpr qint64 kStart = (20778LL * 86400 + 6 * 3600) * 1000;
 /// Logs in a folder of their own.
 class LogFiles : public ::testing::Test {
 protected:
-    QString path(const char* name) const { return m_folder.filePath(QString::fromLatin1(name)); }
-
-    std::string content(const QString& file) const
-    {
-        QFile opened(file);
-        EXPECT_TRUE(opened.open(QIODevice::ReadOnly)) << file.toStdString();
-        return opened.readAll().toStdString();
-    }
-    void put(const QString& file, const char* text) const
-    {
-        QFile opened(file);
-        ASSERT_TRUE(opened.open(QIODevice::WriteOnly | QIODevice::Append));
-        opened.write(text);
-    }
-    /// Names of the files in the folder, in the order of the alphabet, separated by blanks.
-    std::string names() const
-    {
-        return QDir(m_folder.path())
-            .entryList(QDir::Files, QDir::Name)
-            .join(QLatin1Char(' '))
-            .toStdString();
-    }
+    QString path(const char* name) const { return m_files.path(name); }
+    std::string content(const QString& file) const { return m_files.content(file); }
+    void put(const QString& file, const char* text) const { m_files.append(file, text); }
+    std::string names() const { return m_files.names(); }
 
     /// A fresh value so many ms behind kStart.
     static LogRecord record(qint64 time, const char* label, const char* value)
@@ -56,6 +37,7 @@ protected:
 
 private:
     QTemporaryDir m_folder;
+    TestFolder m_files{m_folder.path()};
 };
 
 } // namespace test

@@ -1,12 +1,12 @@
-#ifndef PLC_TESTS_FAULTS_BUILT_DRIVER_H
-#define PLC_TESTS_FAULTS_BUILT_DRIVER_H
+#ifndef PLC_TESTS_SUPPORT_BUILT_DRIVER_H
+#define PLC_TESTS_SUPPORT_BUILT_DRIVER_H
 
 #include <gtest/gtest.h>
 
 #include "host/driver_library.h"
 
 namespace plc {
-namespace faults {
+namespace test {
 
 /// The library that was built with the tests. Loaded once: the driver of a host stays for as long
 /// as the host runs.
@@ -23,7 +23,7 @@ inline const DriverFunctions& builtDriver()
     return functions;
 }
 
-} // namespace faults
+} // namespace test
 } // namespace plc
 
 #endif
