@@ -1,3 +1,3 @@
-#include "Communication_Protocol.h"
+#include "driver/Communication_Protocol.h"
 
 Communication_Protocol PLC_driver;

@@ -5,8 +5,8 @@
 #include <QtCore/QMap>
 #include <QtCore/QMutex>
 
+#include "driver/plc_driver.h"
 #include "image/data_image.h"
-#include "plc_driver.h"
 #include "symbols/symbol_index.h"
 
 namespace plc {

@@ -1,4 +1,4 @@
-#include "keyed_hash.h"
+#include "driver/keyed_hash.h"
 
 #ifdef __linux__
 #include <sys/auxv.h>

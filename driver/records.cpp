@@ -1,4 +1,4 @@
-#include "records.h"
+#include "driver/records.h"
 
 void passRetValue(const RW_VAR& src, RW_VAR& dst)
 {

@@ -1,7 +1,7 @@
 #ifndef PLC_DRIVER_RECORDS_H
 #define PLC_DRIVER_RECORDS_H
 
-#include "plc_driver.h"
+#include "driver/plc_driver.h"
 
 /// Copies all members of `src` but its value bytes into `dst` and empties `dst.data`: the reply
 /// record must never show the bytes of an earlier request.

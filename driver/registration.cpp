@@ -1,4 +1,4 @@
-#include "Communication_Protocol.h"
+#include "driver/Communication_Protocol.h"
 
 void* LB = nullptr;
 void* LW = nullptr;

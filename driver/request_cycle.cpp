@@ -1,8 +1,8 @@
-#include "Communication_Protocol.h"
+#include "driver/Communication_Protocol.h"
+#include "driver/stations.h"
 #include "frames/handshake.h"
 #include "frames/read_request.h"
 #include "frames/write_request.h"
-#include "stations.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
-#include "result_codes.h"
+#include "driver/result_codes.h"
 
-#include "Communication_Protocol.h"
-#include "wrapped_int.h"
+#include "driver/Communication_Protocol.h"
+#include "driver/wrapped_int.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #ifndef PLC_DRIVER_RESULT_CODES_H
 #define PLC_DRIVER_RESULT_CODES_H
 
-#include "plc_driver.h"
+#include "driver/plc_driver.h"
 
 namespace plc {
 

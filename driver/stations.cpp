@@ -1,6 +1,6 @@
-#include "stations.h"
+#include "driver/stations.h"
 
-#include "Communication_Protocol.h"
+#include "driver/Communication_Protocol.h"
 
 void EnCommStation(int station, int enable)
 {

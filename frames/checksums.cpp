@@ -1,4 +1,4 @@
-#include "checksums.h"
+#include "frames/checksums.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #ifndef PLC_FRAMES_CHECKSUMS_H
 #define PLC_FRAMES_CHECKSUMS_H
 
-#include "plc_driver.h"
+#include "driver/plc_driver.h"
 
 // Stand-alone helpers for hosts; no frame of this driver uses them. A null `data` counts as no
 // bytes.

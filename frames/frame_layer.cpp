@@ -1,6 +1,6 @@
-#include "frame_layer.h"
+#include "frames/frame_layer.h"
 
-#include "Communication_Protocol.h"
+#include "driver/Communication_Protocol.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #ifndef PLC_FRAMES_FRAME_LAYER_H
 #define PLC_FRAMES_FRAME_LAYER_H
 
+#include "driver/plc_driver.h"
 #include "frames/big_endian.h"
-#include "plc_driver.h"
 
 namespace plc {
 

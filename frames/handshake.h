@@ -1,7 +1,7 @@
 #ifndef PLC_FRAMES_HANDSHAKE_H
 #define PLC_FRAMES_HANDSHAKE_H
 
-#include "plc_driver.h"
+#include "driver/plc_driver.h"
 
 namespace plc {
 

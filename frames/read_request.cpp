@@ -1,7 +1,7 @@
-#include "read_request.h"
+#include "frames/read_request.h"
 
-#include "Communication_Protocol.h"
-#include "frame_layer.h"
+#include "driver/Communication_Protocol.h"
+#include "frames/frame_layer.h"
 
 namespace {
 

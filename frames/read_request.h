@@ -1,7 +1,7 @@
 #ifndef PLC_FRAMES_READ_REQUEST_H
 #define PLC_FRAMES_READ_REQUEST_H
 
-#include "plc_driver.h"
+#include "driver/plc_driver.h"
 
 /// Queues one read request for the current batch; `var` is the variable that it serves.
 PLC_DRIVER_EXPORT void ReadRegister(RW_VAR* var);

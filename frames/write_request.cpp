@@ -1,7 +1,7 @@
-#include "write_request.h"
+#include "frames/write_request.h"
 
-#include "Communication_Protocol.h"
-#include "frame_layer.h"
+#include "driver/Communication_Protocol.h"
+#include "frames/frame_layer.h"
 #include "image/local_data.h"
 #include "symbols/type_codes.h"
 

@@ -1,7 +1,7 @@
 #ifndef PLC_FRAMES_WRITE_REQUEST_H
 #define PLC_FRAMES_WRITE_REQUEST_H
 
-#include "plc_driver.h"
+#include "driver/plc_driver.h"
 
 /// Queues one write request for the current batch and, unless the link has failed, shows the value
 /// of `var` in the image at once.

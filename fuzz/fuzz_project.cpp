@@ -3,106 +3,109 @@
 #include <QtCore/QSet>
 
 #include "fuzz_host.h"
-#include "host/project/iec_types.h"
-#include "host/project/label_lookup.h"
-#include "host/project/memory_layout.h"
-#include "host/project/project.h"
-#include "host/project/symbol_list.h"
+#include "host/points/symbol_list.h"
+#include "project/label_lookup.h"
+#include "project/memory_layout.h"
+#include "project/project.h"
+#include "values/iec_types.h"
 
 namespace {
 
-using plc::ArrayDimension;
-using plc::Project;
-using plc::Variable;
 using plc::fuzz::FuzzHost;
 using plc::fuzz::GuardedMemory;
 using plc::fuzz::require;
+using plc::project::ArrayDimension;
+using plc::project::Project;
+using plc::project::Variable;
 
 /// Labels tried of one project; structures within structures have many.
 const int kMostLabels = 200;
 
 class ProjectCheck {
 public:
-    explicit ProjectCheck(const Project& project) : m_project(project), m_finder(project) {}
+    explicit ProjectCheck(const project::Project& project) : m_project(project), m_finder(project)
+    {
+    }
 
     void run()
     {
-        QList<Label_Type_Info> symbols = plc::symbolList(m_project);
+        QList<Label_Type_Info> symbols = plc::host::symbolList(m_project);
         require(symbols.size() == m_project.scopes.size(), "each scope has a symbol");
         PassVarName_2(&symbols);
-        for (const plc::ScopeDefinition& scope : m_project.scopes) {
-            for (const Variable& variable : scope.variables)
+        for (const plc::project::ScopeDefinition& scope : m_project.scopes) {
+            for (const project::Variable& variable : scope.variables)
                 checkVariable(scope.name + QLatin1Char('.') + variable.name, variable);
         }
-        for (const plc::CyclicLabel& cyclic : m_project.cyclic)
+        for (const plc::project::CyclicLabel& cyclic : m_project.cyclic)
             checkCyclic(cyclic);
     }
 
 private:
     /// The first and the last element of the variable or member.
-    void checkVariable(const QString& label, const Variable& variable)
+    void checkVariable(const QString& label, const project::Variable& variable)
     {
-        checkElement(label + subscripts(variable, &ArrayDimension::lower), variable);
+        checkElement(label + subscripts(variable, &project::ArrayDimension::lower), variable);
         if (!variable.dimensions.isEmpty())
-            checkElement(label + subscripts(variable, &ArrayDimension::upper), variable);
+            checkElement(label + subscripts(variable, &project::ArrayDimension::upper), variable);
     }
 
-    void checkElement(const QString& label, const Variable& variable)
+    void checkElement(const QString& label, const project::Variable& variable)
     {
         if (variable.structure) {
-            for (const Variable& member : variable.structure->members)
+            for (const project::Variable& member : variable.structure->members)
                 checkVariable(label + QLatin1Char('.') + member.name, member);
             return;
         }
         if (++m_labels > kMostLabels)
             return;
-        const std::optional<plc::LabelTarget> target = find(label);
+        const std::optional<plc::project::LabelTarget> target = find(label);
         require(target.has_value(), "what is declared is found");
         require(PLCAddressChangeIntef(0, label) == int(target->address),
                 "the driver finds a value where the project puts it");
     }
 
-    void checkCyclic(const plc::CyclicLabel& cyclic)
+    void checkCyclic(const plc::project::CyclicLabel& cyclic)
     {
-        const std::optional<plc::LabelTarget> target = find(cyclic.label);
+        const std::optional<plc::project::LabelTarget> target = find(cyclic.label);
         require(target.has_value(), "a cyclic label is found");
         require(cyclic.elements >= 1 && cyclic.elements <= target->elements,
                 "a cyclic slice lies within its array");
     }
 
-    std::optional<plc::LabelTarget> find(const QString& label)
+    std::optional<plc::project::LabelTarget> find(const QString& label)
     {
         QString error;
-        const std::optional<plc::LabelTarget> target = m_finder.find(label, &error);
+        const std::optional<plc::project::LabelTarget> target = m_finder.find(label, &error);
         if (target)
             require(isWithinArea(*target), "what is found lies within its area");
         return target;
     }
 
-    bool isWithinArea(const plc::LabelTarget& target) const
+    bool isWithinArea(const plc::project::LabelTarget& target) const
     {
-        const qint64 address = target.variable->type->code == plc::kBitTypeCode
-                                   ? plc::bitPlace(target.address).byte
+        const qint64 address = target.variable->type->code == plc::values::kBitTypeCode
+                                   ? plc::project::bitPlace(target.address).byte
                                    : target.address;
-        for (const plc::MemoryArea& area : m_project.areas) {
+        for (const plc::project::MemoryArea& area : m_project.areas) {
             if (area.index == target.area)
                 return address >= 0 && address < area.size;
         }
         return m_project.areas.isEmpty();
     }
 
-    static QString subscripts(const Variable& variable, int ArrayDimension::*bound)
+    static QString subscripts(const project::Variable& variable,
+                              int project::ArrayDimension::*bound)
     {
         QStringList numbers;
-        for (const ArrayDimension& dimension : variable.dimensions)
+        for (const project::ArrayDimension& dimension : variable.dimensions)
             numbers.append(QString::number(dimension.*bound));
         return numbers.isEmpty()
                    ? QString()
                    : QLatin1Char('[') + numbers.join(QLatin1Char(',')) + QLatin1Char(']');
     }
 
-    const Project& m_project;
-    const plc::LabelFinder m_finder;
+    const project::Project& m_project;
+    const plc::project::LabelFinder m_finder;
     int m_labels = 0;
 };
 
@@ -114,8 +117,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QByteArray json =
         memory.bytes(QByteArray::fromRawData(reinterpret_cast<const char*>(data), int(size)));
     QString error;
-    const std::optional<Project> project =
-        plc::parseProject(json, QStringLiteral("fuzz.json"), &error);
+    const std::optional<project::Project> project =
+        plc::project::parseProject(json, QStringLiteral("fuzz.json"), &error);
     if (project) {
         FuzzHost host;
         ProjectCheck(*project).run();

@@ -9,18 +9,18 @@
 
 namespace {
 
-using plc::FrameParser;
-using plc::Status;
 using plc::fuzz::FuzzInput;
 using plc::fuzz::GuardedMemory;
 using plc::fuzz::require;
+using plc::simulator::FrameParser;
+using plc::simulator::Status;
 
 const int kMostSteps = 40;
 const int kArea = 1;
 const int kOtherArea = 7;
 const int kAreaSize = 300;
 
-QVector<plc::MemoryArea> areas()
+QVector<plc::project::MemoryArea> areas()
 {
     return {{kArea, kAreaSize}, {kOtherArea, kAreaSize}};
 }
@@ -105,15 +105,15 @@ private:
     /// The frames of the stream when it comes in pieces of this size.
     QList<QByteArray> framesOf(const QByteArray& stream, int pieceSize)
     {
-        FrameParser parser;
+        simulator::FrameParser parser;
         QList<QByteArray> frames;
-        FrameParser::Outcome outcome = FrameParser::Outcome::NeedMore;
+        simulator::FrameParser::Outcome outcome = simulator::FrameParser::Outcome::NeedMore;
         for (int at = 0; at < int(stream.size()); at += pieceSize) {
             parser.append(m_memory.bytes(stream.mid(at, pieceSize)));
             QByteArray frame;
-            while ((outcome = parser.take(&frame)) == FrameParser::Outcome::Complete)
+            while ((outcome = parser.take(&frame)) == simulator::FrameParser::Outcome::Complete)
                 frames.append(frame);
-            if (outcome != FrameParser::Outcome::NeedMore)
+            if (outcome != simulator::FrameParser::Outcome::NeedMore)
                 break;
         }
         return frames;
@@ -128,7 +128,8 @@ private:
         const QByteArray reply = m_services.reply(request, &m_session);
         require(reply.size() >= 8 && reply.startsWith("\xBB\xBB"), "a reply is a frame");
         require(frameOf(reply.mid(6)) == reply, "the header of a reply tells its size");
-        if (plc::replyStatus(reply) != Status::Good || quint8(frame[6]) != 0x3C)
+        if (plc::simulator::replyStatus(reply) != simulator::Status::Good ||
+            quint8(frame[6]) != 0x3C)
             require(contents() == before, "only a good write changes the memory");
     }
 
@@ -152,9 +153,9 @@ private:
 
     FuzzInput& m_input;
     GuardedMemory m_memory;
-    plc::PlcMemory m_plc{areas()};
-    plc::PlcServices m_services{&m_plc, "fuzz"};
-    plc::Session m_session;
+    plc::simulator::PlcMemory m_plc{areas()};
+    plc::simulator::PlcServices m_services{&m_plc, "fuzz"};
+    plc::simulator::Session m_session;
 };
 
 } // namespace

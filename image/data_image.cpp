@@ -1,8 +1,8 @@
-#include "data_image.h"
+#include "image/data_image.h"
 
 #include <algorithm>
 
-#include "wrapped_int.h"
+#include "driver/wrapped_int.h"
 
 namespace plc {
 

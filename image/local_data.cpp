@@ -1,10 +1,10 @@
-#include "local_data.h"
+#include "image/local_data.h"
 
-#include "Communication_Protocol.h"
+#include "driver/Communication_Protocol.h"
+#include "driver/result_codes.h"
+#include "driver/wrapped_int.h"
 #include "frames/frame_layer.h"
-#include "result_codes.h"
 #include "symbols/type_codes.h"
-#include "wrapped_int.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #ifndef PLC_IMAGE_LOCAL_DATA_H
 #define PLC_IMAGE_LOCAL_DATA_H
 
-#include "plc_driver.h"
+#include "driver/plc_driver.h"
 
 /// Image key of a byte, which exists afterwards. Takes no lock.
 PLC_DRIVER_EXPORT quint64 ExtendFindSameVar(const unsigned int& areaIndex,

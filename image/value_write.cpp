@@ -1,9 +1,9 @@
-#include "Communication_Protocol.h"
+#include "driver/Communication_Protocol.h"
+#include "driver/wrapped_int.h"
 #include "image/local_data.h"
 #include "lists/variable_lists.h"
 #include "symbols/label_resolution.h"
 #include "symbols/type_codes.h"
-#include "wrapped_int.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
-#include "length_conversion.h"
+#include "lists/length_conversion.h"
 
+#include "driver/wrapped_int.h"
 #include "symbols/type_codes.h"
-#include "wrapped_int.h"
 
 namespace plc {
 

@@ -1,14 +1,14 @@
-#include "read_list_rebuild.h"
+#include "lists/read_list_rebuild.h"
 
 #include <QtCore/QVector>
 
 #include <algorithm>
 
-#include "Communication_Protocol.h"
-#include "length_conversion.h"
+#include "driver/Communication_Protocol.h"
+#include "driver/wrapped_int.h"
+#include "lists/length_conversion.h"
+#include "lists/variable_lists.h"
 #include "symbols/label_resolution.h"
-#include "variable_lists.h"
-#include "wrapped_int.h"
 
 namespace {
 

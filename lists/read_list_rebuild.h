@@ -1,7 +1,7 @@
 #ifndef PLC_LISTS_READ_LIST_REBUILD_H
 #define PLC_LISTS_READ_LIST_REBUILD_H
 
-#include "plc_driver.h"
+#include "driver/plc_driver.h"
 
 /// Sorts `list` ascending by address; entries of equal address keep their order.
 PLC_DRIVER_EXPORT void Bubble_Sort(QList<RW_VAR>* list);

@@ -1,10 +1,10 @@
-#include "variable_lists.h"
+#include "lists/variable_lists.h"
 
 #include <QtCore/QSet>
 
-#include "Communication_Protocol.h"
-#include "length_conversion.h"
-#include "wrapped_int.h"
+#include "driver/Communication_Protocol.h"
+#include "driver/wrapped_int.h"
+#include "lists/length_conversion.h"
 
 namespace {
 

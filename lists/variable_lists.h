@@ -1,7 +1,7 @@
 #ifndef PLC_LISTS_VARIABLE_LISTS_H
 #define PLC_LISTS_VARIABLE_LISTS_H
 
-#include "plc_driver.h"
+#include "driver/plc_driver.h"
 
 namespace plc {
 

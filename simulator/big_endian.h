@@ -3,7 +3,7 @@
 
 #include <QtCore/QByteArray>
 
-namespace plc {
+namespace plc::simulator {
 
 /// Appends the low `width` bytes of `number`, most significant first.
 inline void appendBigEndian(QByteArray* bytes, quint64 number, int width)
@@ -21,6 +21,6 @@ inline quint64 bigEndianAt(const QByteArray& bytes, int position, int width)
     return number;
 }
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

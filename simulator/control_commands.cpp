@@ -2,11 +2,11 @@
 
 #include <optional>
 
-#include "host/output/visible_text.h"
-#include "host/project/nearest_name.h"
 #include "simulator/value_access.h"
+#include "values/nearest_name.h"
+#include "values/visible_text.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 constexpr int kLongestDelay = 24 * 60 * 60 * 1000; // ms
@@ -17,12 +17,13 @@ constexpr int kMostPeekedBytes = 4096;
 
 QString ok(const QString& text = QString())
 {
-    return text.isEmpty() ? QStringLiteral("ok") : QStringLiteral("ok ") + visibleText(text);
+    return text.isEmpty() ? QStringLiteral("ok")
+                          : QStringLiteral("ok ") + values::visibleText(text);
 }
 
 QString error(const QString& text)
 {
-    return QStringLiteral("error: ") + visibleText(text);
+    return QStringLiteral("error: ") + values::visibleText(text);
 }
 
 QString outsideText(int area, int address, qint64 count)
@@ -40,7 +41,7 @@ std::optional<int> wholeNumber(const QString& text, int minimum, int maximum, QS
     if (converted && number >= minimum && number <= maximum)
         return number;
     *answer = error(QStringLiteral("%1 is not a whole number from %2 to %3")
-                        .arg(quoted(text))
+                        .arg(values::quoted(text))
                         .arg(minimum)
                         .arg(maximum));
     return {};
@@ -52,7 +53,7 @@ std::optional<bool> onOrOff(const QString& text, QString* answer)
         return true;
     if (text == QLatin1String("off"))
         return false;
-    *answer = error(QStringLiteral("%1 is neither \"on\" nor \"off\"").arg(quoted(text)));
+    *answer = error(QStringLiteral("%1 is neither \"on\" nor \"off\"").arg(values::quoted(text)));
     return {};
 }
 
@@ -106,8 +107,9 @@ const ControlCommands::Command ControlCommands::kCommands[] = {
     {"stop", "ends the simulator", 0, &ControlCommands::stop},
     {nullptr, nullptr, 0, nullptr}};
 
-ControlCommands::ControlCommands(const Project& project, PlcMemory* memory, PlcServer* server,
-                                 ConnectionSettings* settings, std::function<void()> stop)
+ControlCommands::ControlCommands(const project::Project& project, PlcMemory* memory,
+                                 PlcServer* server, ConnectionSettings* settings,
+                                 std::function<void()> stop)
     : m_finder(project),
       m_memory(memory),
       m_server(server),
@@ -133,13 +135,13 @@ QString ControlCommands::execute(const QString& line)
         return (this->*command->run)(arguments);
     }
     return error(QStringLiteral("unknown command %1%2; \"help\" lists all")
-                     .arg(quoted(words[0]), nearestNameHint(words[0], names)));
+                     .arg(values::quoted(words[0]), values::nearestNameHint(words[0], names)));
 }
 
 QString ControlCommands::get(const QStringList& arguments)
 {
     QString problem;
-    const std::optional<LabelTarget> place = m_finder.find(arguments[0], &problem);
+    const std::optional<project::LabelTarget> place = m_finder.find(arguments[0], &problem);
     if (!place)
         return error(problem);
     m_settings->prepareMemory();
@@ -149,7 +151,7 @@ QString ControlCommands::get(const QStringList& arguments)
 QString ControlCommands::set(const QStringList& arguments)
 {
     QString problem;
-    const std::optional<LabelTarget> place = m_finder.find(arguments[0], &problem);
+    const std::optional<project::LabelTarget> place = m_finder.find(arguments[0], &problem);
     if (!place)
         return error(problem);
     m_settings->prepareMemory();
@@ -159,7 +161,7 @@ QString ControlCommands::set(const QStringList& arguments)
 QString ControlCommands::peek(const QStringList& arguments)
 {
     QString answer;
-    const auto area = wholeNumber(arguments[0], 0, kHighestAreaIndex, &answer);
+    const auto area = wholeNumber(arguments[0], 0, project::kHighestAreaIndex, &answer);
     const auto address = wholeNumber(arguments[1], 0, kHighestNumber, &answer);
     const auto count = wholeNumber(arguments[2], 1, kMostPeekedBytes, &answer);
     if (!area || !address || !count)
@@ -173,13 +175,13 @@ QString ControlCommands::peek(const QStringList& arguments)
 QString ControlCommands::poke(const QStringList& arguments)
 {
     QString answer;
-    const auto area = wholeNumber(arguments[0], 0, kHighestAreaIndex, &answer);
+    const auto area = wholeNumber(arguments[0], 0, project::kHighestAreaIndex, &answer);
     const auto address = wholeNumber(arguments[1], 0, kHighestNumber, &answer);
     if (!area || !address)
         return answer;
     const std::optional<QByteArray> bytes = hexBytes(arguments[2]);
     if (!bytes)
-        return error(QStringLiteral("%1 are not hex bytes").arg(quoted(arguments[2])));
+        return error(QStringLiteral("%1 are not hex bytes").arg(values::quoted(arguments[2])));
     if (!m_memory->contains(*area, quint64(*address), quint64(bytes->size())))
         return error(outsideText(*area, *address, bytes->size()));
     m_settings->prepareMemory();
@@ -305,4 +307,4 @@ QString ControlCommands::stop(const QStringList&)
     return ok();
 }
 
-} // namespace plc
+} // namespace plc::simulator

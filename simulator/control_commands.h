@@ -6,17 +6,17 @@
 
 #include <functional>
 
-#include "host/project/label_lookup.h"
+#include "project/label_lookup.h"
 #include "simulator/plc_memory.h"
 #include "simulator/plc_server.h"
 
-namespace plc {
+namespace plc::simulator {
 
 /// Commands that steer a running simulator, one a line. Every answer begins with "ok" or "error:".
 class ControlCommands {
 public:
     /// All must outlive it; `stop` ends the simulator.
-    ControlCommands(const Project& project, PlcMemory* memory, PlcServer* server,
+    ControlCommands(const project::Project& project, PlcMemory* memory, PlcServer* server,
                     ConnectionSettings* settings, std::function<void()> stop);
 
     /// Carries out one line and returns the answer, which has no line end; empty for an empty line.
@@ -51,13 +51,13 @@ private:
     QString help(const QStringList& arguments);
     QString stop(const QStringList& arguments);
 
-    LabelFinder m_finder;
+    project::LabelFinder m_finder;
     PlcMemory* m_memory;
     PlcServer* m_server;
     ConnectionSettings* m_settings;
     std::function<void()> m_stop;
 };
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

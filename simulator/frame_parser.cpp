@@ -3,7 +3,7 @@
 #include "simulator/big_endian.h"
 #include "simulator/wire.h"
 
-namespace plc {
+namespace plc::simulator {
 
 void FrameParser::append(const QByteArray& bytes)
 {
@@ -32,4 +32,4 @@ FrameParser::Outcome FrameParser::take(QByteArray* frame)
     return Outcome::Complete;
 }
 
-} // namespace plc
+} // namespace plc::simulator

@@ -3,7 +3,7 @@
 
 #include <QtCore/QByteArray>
 
-namespace plc {
+namespace plc::simulator {
 
 /// Cuts a stream of bytes, arriving in any pieces, into frames.
 class FrameParser {
@@ -27,6 +27,6 @@ private:
     int m_taken = 0; ///< Bytes at the front that belong to frames taken out.
 };
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

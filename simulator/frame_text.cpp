@@ -3,7 +3,7 @@
 #include "simulator/big_endian.h"
 #include "simulator/plc_services.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 QString withEntryCount(const char* what, const QByteArray& request)
@@ -42,4 +42,4 @@ QString replyText(const QByteArray& reply)
     return QString::fromLatin1(statusName(replyStatus(reply)));
 }
 
-} // namespace plc
+} // namespace plc::simulator

@@ -4,7 +4,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
-namespace plc {
+namespace plc::simulator {
 
 /// What a request asks for, in a few words.
 QString requestText(const QByteArray& request);
@@ -12,6 +12,6 @@ QString requestText(const QByteArray& request);
 /// What a reply says, in a few words; replies may be cut short or lost.
 QString replyText(const QByteArray& reply);
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 constexpr int kLongestLine = 64 * 1024;
@@ -36,4 +36,4 @@ void LineInput::readMore()
     m_unfinished.remove(0, start);
 }
 
-} // namespace plc
+} // namespace plc::simulator

@@ -7,7 +7,7 @@
 
 #include <functional>
 
-namespace plc {
+namespace plc::simulator {
 
 /// Hands over the lines that arrive on a file descriptor while the event loop runs.
 class LineInput : public QObject {
@@ -23,6 +23,6 @@ private:
     QByteArray m_unfinished;
 };
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

@@ -8,16 +8,16 @@
 
 #include <utility>
 
-#include "host/output/output_stream.h"
-#include "host/output/visible_text.h"
 #include "simulator/control_commands.h"
 #include "simulator/frame_text.h"
 #include "simulator/line_input.h"
 #include "simulator/options.h"
 #include "simulator/plc_server.h"
 #include "simulator/signals.h"
+#include "streams/output_stream.h"
+#include "values/visible_text.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 constexpr int kExitDone = 0;
@@ -25,8 +25,8 @@ constexpr int kExitRefused = 1;
 constexpr int kExitWrongUse = 2;
 
 struct Console {
-    OutputStream output{STDOUT_FILENO};
-    OutputStream errors{STDERR_FILENO};
+    streams::OutputStream output{STDOUT_FILENO};
+    streams::OutputStream errors{STDERR_FILENO};
     bool isLossTold = false;
 };
 
@@ -38,7 +38,7 @@ Console& console()
 
 QByteArray lineBytes(const QString& line)
 {
-    return visibleText(line).toUtf8() + '\n';
+    return values::visibleText(line).toUtf8() + '\n';
 }
 
 void complain(const QString& line)
@@ -119,7 +119,7 @@ QString endpoint(const PlcServer& server)
         .arg(server.port());
 }
 
-int serve(const Project& project, const Options& options, QCoreApplication* application)
+int serve(const project::Project& project, const Options& options, QCoreApplication* application)
 {
     PlcMemory memory(project.areas);
     Signals signalValues(project, &memory, options.seed);
@@ -175,7 +175,8 @@ int run(QCoreApplication* application)
         print(options->information);
         return kExitDone;
     }
-    const std::optional<Project> project = loadProject(options->projectFile, &error);
+    const std::optional<project::Project> project =
+        project::loadProject(options->projectFile, &error);
     if (!project || !checkSize(*project, &error)) {
         complain(error);
         return kExitWrongUse;
@@ -184,13 +185,13 @@ int run(QCoreApplication* application)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::simulator
 
 int main(int argc, char** argv)
 {
-    plc::secureStandardStreams();
+    plc::streams::secureStandardStreams();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("plc-simulator"));
     QCoreApplication::setApplicationVersion(QStringLiteral(PLC_VERSION));
-    return plc::finish(plc::run(&application));
+    return plc::simulator::finish(plc::simulator::run(&application));
 }

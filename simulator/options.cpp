@@ -3,10 +3,10 @@
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 
-#include "host/project/nearest_name.h"
 #include "simulator/signals.h"
+#include "values/nearest_name.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 constexpr qint64 kMostMemory = qint64(256) * 1024 * 1024;
@@ -72,7 +72,7 @@ public:
         if (converted && value >= minimum && value <= maximum)
             return value;
         fail(QStringLiteral("--%1: %2 is not a whole number from %3 to %4")
-                 .arg(QLatin1String(name), quoted(digits))
+                 .arg(QLatin1String(name), values::quoted(digits))
                  .arg(minimum)
                  .arg(maximum));
         return minimum;
@@ -111,7 +111,7 @@ void readListening(OptionValues* values, Options* options)
 {
     if (values->has("listen") && !options->address.setAddress(values->text("listen")))
         values->fail(QStringLiteral("--listen: %1 is not an IP address")
-                         .arg(quoted(values->text("listen"))));
+                         .arg(values::quoted(values->text("listen"))));
     if (values->has("port"))
         options->port = quint16(values->number("port", 0, 65535, 0));
     options->mostClients = int(values->number("max-clients", 1, kMostClients, 256));
@@ -161,10 +161,10 @@ std::optional<Options> readOptions(const QStringList& arguments, QString* error)
     return error->isEmpty() ? std::optional<Options>(options) : std::nullopt;
 }
 
-bool checkSize(const Project& project, QString* error)
+bool checkSize(const project::Project& project, QString* error)
 {
     qint64 memory = 0;
-    for (const MemoryArea& area : project.areas)
+    for (const project::MemoryArea& area : project.areas)
         memory += area.size;
     if (memory > kMostMemory) {
         *error =
@@ -180,4 +180,4 @@ bool checkSize(const Project& project, QString* error)
     return false;
 }
 
-} // namespace plc
+} // namespace plc::simulator

@@ -7,10 +7,10 @@
 
 #include <optional>
 
-#include "host/project/project.h"
+#include "project/project.h"
 #include "simulator/reply_faults.h"
 
-namespace plc {
+namespace plc::simulator {
 
 enum class Verbosity { Quiet, Normal, Verbose };
 
@@ -36,8 +36,8 @@ struct Options {
 std::optional<Options> readOptions(const QStringList& arguments, QString* error);
 
 /// Whether the project is small enough to be simulated; sets `error` if not.
-bool checkSize(const Project& project, QString* error);
+bool checkSize(const project::Project& project, QString* error);
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

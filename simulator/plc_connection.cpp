@@ -3,7 +3,7 @@
 #include <QtCore/QTimer>
 #include <QtNetwork/QHostAddress>
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 /// Of the socket, and as much again of the parser.
@@ -152,4 +152,4 @@ void PlcConnection::sendPiece()
         sendPieceAfter(kPauseBetweenPieces);
 }
 
-} // namespace plc
+} // namespace plc::simulator

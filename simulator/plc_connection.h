@@ -10,7 +10,7 @@
 #include "simulator/plc_services.h"
 #include "simulator/reply_faults.h"
 
-namespace plc {
+namespace plc::simulator {
 
 /// What all connections of a server share.
 struct ConnectionSettings {
@@ -64,6 +64,6 @@ private:
     bool m_silent = false;
 };
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 struct BytePlace {
@@ -20,9 +20,9 @@ BytePlace placeOf(quint32 bitAddress)
 
 } // namespace
 
-PlcMemory::PlcMemory(const QVector<MemoryArea>& areas)
+PlcMemory::PlcMemory(const QVector<project::MemoryArea>& areas)
 {
-    for (const MemoryArea& area : areas)
+    for (const project::MemoryArea& area : areas)
         m_areas.emplace(area.index, QByteArray(area.size, '\0'));
 }
 
@@ -64,4 +64,4 @@ void PlcMemory::writeBit(int area, quint32 bitAddress, bool value)
     bytes[int(place.address)] = char(value ? old | place.mask : old & ~place.mask);
 }
 
-} // namespace plc
+} // namespace plc::simulator

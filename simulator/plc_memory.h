@@ -6,14 +6,14 @@
 
 #include <map>
 
-#include "host/project/project.h"
+#include "project/project.h"
 
-namespace plc {
+namespace plc::simulator {
 
 /// The memory areas of the PLC. Access outside them is the caller's to avoid, by contains().
 class PlcMemory {
 public:
-    explicit PlcMemory(const QVector<MemoryArea>& areas);
+    explicit PlcMemory(const QVector<project::MemoryArea>& areas);
 
     bool hasArea(int area) const { return m_areas.count(area) != 0; }
     bool contains(int area, quint64 address, quint64 length) const;
@@ -29,6 +29,6 @@ private:
     std::map<int, QByteArray> m_areas;
 };
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

@@ -2,7 +2,7 @@
 
 #include <QtCore/QTimer>
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 constexpr int kPauseAfterFailedAccept = 100; // ms
@@ -106,4 +106,4 @@ Session PlcServer::newSession()
     return session;
 }
 
-} // namespace plc
+} // namespace plc::simulator

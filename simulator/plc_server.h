@@ -10,7 +10,7 @@
 
 #include "simulator/plc_connection.h"
 
-namespace plc {
+namespace plc::simulator {
 
 /// Listens for clients and serves each in a PlcConnection.
 class PlcServer : public QObject {
@@ -57,6 +57,6 @@ private:
     QSet<PlcConnection*> m_connections;
 };
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

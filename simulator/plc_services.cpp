@@ -3,7 +3,7 @@
 #include "simulator/big_endian.h"
 #include "simulator/request_entries.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 const QByteArray kIdentificationParameters = QByteArray::fromHex("000002000000060000000000");
@@ -167,4 +167,4 @@ Status replyStatus(const QByteArray& reply)
     return Status(quint16(bigEndianAt(reply, kReplyStatusPosition, kReplyStatusSize)));
 }
 
-} // namespace plc
+} // namespace plc::simulator

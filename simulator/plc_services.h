@@ -6,7 +6,7 @@
 #include "simulator/plc_memory.h"
 #include "simulator/wire.h"
 
-namespace plc {
+namespace plc::simulator {
 
 /// Entries of one request at most.
 constexpr quint32 kMostEntries = 150;
@@ -51,6 +51,6 @@ private:
 /// Status of a reply frame.
 Status replyStatus(const QByteArray& reply);
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

@@ -1,6 +1,6 @@
 #include "simulator/reply_faults.h"
 
-namespace plc {
+namespace plc::simulator {
 
 ReplyDelivery ReplyFaults::dataReply(const QByteArray& reply)
 {
@@ -23,4 +23,4 @@ ReplyDelivery ReplyFaults::dataReply(const QByteArray& reply)
     return delivery;
 }
 
-} // namespace plc
+} // namespace plc::simulator

@@ -5,7 +5,7 @@
 
 #include <map>
 
-namespace plc {
+namespace plc::simulator {
 
 /// What happens to one reply on its way out.
 struct ReplyDelivery {
@@ -48,6 +48,6 @@ private:
     std::map<qint64, Fault> m_planned; ///< By the number of the reply.
 };
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

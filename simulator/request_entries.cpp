@@ -3,7 +3,7 @@
 #include "simulator/big_endian.h"
 #include "simulator/plc_services.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 constexpr int kTrailerSize = 4;
@@ -113,4 +113,4 @@ Status parseWriteRequest(const QByteArray& request, const Session& session,
     return parseTrailer(&cursor, session);
 }
 
-} // namespace plc
+} // namespace plc::simulator

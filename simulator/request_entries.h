@@ -6,7 +6,7 @@
 
 #include "simulator/wire.h"
 
-namespace plc {
+namespace plc::simulator {
 
 struct Session;
 
@@ -33,6 +33,6 @@ Status parseReadRequest(const QByteArray& request, const Session& session,
 Status parseWriteRequest(const QByteArray& request, const Session& session,
                          QVector<WriteEntry>* entries);
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

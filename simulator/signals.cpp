@@ -4,11 +4,11 @@
 
 #include <cmath>
 
-#include "host/project/memory_layout.h"
-#include "host/project/signal_kinds.h"
+#include "project/memory_layout.h"
+#include "project/signal_kinds.h"
 #include "simulator/value_access.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 constexpr double kTwoPi = 6.283185307179586;
@@ -20,20 +20,20 @@ qint64 limited(qint64 count)
     return qMin(count, kMostSignalValues + 1);
 }
 
-qint64 countIn(const Variable& variable, const SignalCounts& counts)
+qint64 countIn(const project::Variable& variable, const SignalCounts& counts)
 {
     const qint64 each = variable.structure ? counts.value(variable.structure.get())
                                            : qint64(variable.signal ? 1 : 0);
-    return each == 0 ? 0 : limited(each * elementCount(variable));
+    return each == 0 ? 0 : limited(each * project::elementCount(variable));
 }
 
 /// Structures may hold one another many times over: each is counted once.
-SignalCounts countInStructures(const Project& project)
+SignalCounts countInStructures(const project::Project& project)
 {
     SignalCounts counts;
     for (const auto& structure : project.structures) {
         qint64 count = 0;
-        for (const Variable& member : structure->members)
+        for (const project::Variable& member : structure->members)
             count = limited(count + countIn(member, counts));
         counts.insert(structure.get(), count);
     }
@@ -57,46 +57,46 @@ double wrapped(double value, double from, double to, double step)
 
 } // namespace
 
-qint64 countSignalValues(const Project& project)
+qint64 countSignalValues(const project::Project& project)
 {
     const SignalCounts counts = countInStructures(project);
     qint64 count = 0;
-    for (const ScopeDefinition& scope : project.scopes) {
-        for (const Variable& variable : scope.variables)
+    for (const project::ScopeDefinition& scope : project.scopes) {
+        for (const project::Variable& variable : scope.variables)
             count = limited(count + countIn(variable, counts));
     }
     return count;
 }
 
-Signals::Parameters::Parameters(const Signal& signal)
+Signals::Parameters::Parameters(const project::Signal& signal)
     : kind(signal.kind == QLatin1String("ramp")      ? Kind::Ramp
            : signal.kind == QLatin1String("sine")    ? Kind::Sine
            : signal.kind == QLatin1String("square")  ? Kind::Square
            : signal.kind == QLatin1String("counter") ? Kind::Counter
                                                      : Kind::Walk),
-      from(signalParameter(signal, "from")),
-      to(signalParameter(signal, "to")),
-      mean(signalParameter(signal, "mean")),
-      amplitude(signalParameter(signal, "amplitude")),
-      low(signalParameter(signal, "low")),
-      high(signalParameter(signal, "high")),
-      duty(signalParameter(signal, "duty")),
-      minimum(signalParameter(signal, "minimum")),
-      maximum(signalParameter(signal, "maximum")),
-      step(signalParameter(signal, "step")),
-      period(signalParameter(signal, "period")),
-      interval(signalParameter(signal, "interval")),
-      phase(signalParameter(signal, "phase")),
-      spread(signalParameter(signal, "spread"))
+      from(project::signalParameter(signal, "from")),
+      to(project::signalParameter(signal, "to")),
+      mean(project::signalParameter(signal, "mean")),
+      amplitude(project::signalParameter(signal, "amplitude")),
+      low(project::signalParameter(signal, "low")),
+      high(project::signalParameter(signal, "high")),
+      duty(project::signalParameter(signal, "duty")),
+      minimum(project::signalParameter(signal, "minimum")),
+      maximum(project::signalParameter(signal, "maximum")),
+      step(project::signalParameter(signal, "step")),
+      period(project::signalParameter(signal, "period")),
+      interval(project::signalParameter(signal, "interval")),
+      phase(project::signalParameter(signal, "phase")),
+      spread(project::signalParameter(signal, "spread"))
 {
 }
 
-Signals::Signals(const Project& project, PlcMemory* memory, quint32 seed)
+Signals::Signals(const project::Project& project, PlcMemory* memory, quint32 seed)
     : m_memory(memory), m_random(seed), m_structureCounts(countInStructures(project))
 {
-    for (const ScopeDefinition& scope : project.scopes) {
-        for (const Variable& variable : scope.variables) {
-            LabelTarget area;
+    for (const project::ScopeDefinition& scope : project.scopes) {
+        for (const project::Variable& variable : scope.variables) {
+            project::LabelTarget area;
             area.area = variable.area;
             m_ordinals.clear();
             addVariable(variable, area);
@@ -106,29 +106,29 @@ Signals::Signals(const Project& project, PlcMemory* memory, quint32 seed)
         storeStart(&value);
 }
 
-void Signals::addVariable(const Variable& variable, const LabelTarget& container)
+void Signals::addVariable(const project::Variable& variable, const project::LabelTarget& container)
 {
     if (countIn(variable, m_structureCounts) == 0)
         return;
-    LabelTarget place = container;
+    project::LabelTarget place = container;
     place.variable = &variable;
     place.address += variable.offset;
-    for (qint64 index = 0; index < elementCount(variable); ++index) {
+    for (qint64 index = 0; index < project::elementCount(variable); ++index) {
         if (variable.structure) {
-            for (const Variable& member : variable.structure->members)
+            for (const project::Variable& member : variable.structure->members)
                 addVariable(member, place);
         } else {
             addElement(variable, place);
         }
-        place.address += elementStride(variable);
+        place.address += project::elementStride(variable);
     }
 }
 
-void Signals::addElement(const Variable& variable, const LabelTarget& place)
+void Signals::addElement(const project::Variable& variable, const project::LabelTarget& place)
 {
     const qint64 ordinal = m_ordinals[&variable]++;
-    const Signal& signal = *variable.signal;
-    if (signal.kind == QLatin1String(kConstantSignal)) {
+    const project::Signal& signal = *variable.signal;
+    if (signal.kind == QLatin1String(project::kConstantSignal)) {
         storeConstant(variable, place, ordinal);
         return;
     }
@@ -137,7 +137,8 @@ void Signals::addElement(const Variable& variable, const LabelTarget& place)
                         parameters->second.phase + double(ordinal) * parameters->second.spread});
 }
 
-void Signals::storeConstant(const Variable& variable, const LabelTarget& place, qint64 ordinal)
+void Signals::storeConstant(const project::Variable& variable, const project::LabelTarget& place,
+                            qint64 ordinal)
 {
     QJsonValue value = variable.signal->parameters.value(QLatin1String("value"));
     if (value.isArray()) {
@@ -220,4 +221,4 @@ double Signals::randomFromMinusOneToOne()
     return double(m_random()) / double(std::mt19937::max()) * 2.0 - 1.0;
 }
 
-} // namespace plc
+} // namespace plc::simulator

@@ -7,20 +7,20 @@
 #include <random>
 #include <vector>
 
-#include "host/project/label_lookup.h"
+#include "project/label_lookup.h"
 #include "simulator/plc_memory.h"
 
-namespace plc {
+namespace plc::simulator {
 
 /// Values that one simulator lets live at most.
 constexpr qint64 kMostSignalValues = 100000;
 
 /// Values with a signal in one element of each structure.
-using SignalCounts = QHash<const StructureType*, qint64>;
+using SignalCounts = QHash<const project::StructureType*, qint64>;
 
 /// Values of the project that have a signal; every element of an array and every instance of a
 /// structure counts.
-qint64 countSignalValues(const Project& project);
+qint64 countSignalValues(const project::Project& project);
 
 /// Lets the values of a project live. Ramps, sines and squares follow the time alone; counters and
 /// walks go on from what is in the memory, so that they go on from what a client wrote. Constants
@@ -28,7 +28,7 @@ qint64 countSignalValues(const Project& project);
 class Signals {
 public:
     /// Both must outlive it. Equal seeds give equal walks.
-    Signals(const Project& project, PlcMemory* memory, quint32 seed);
+    Signals(const project::Project& project, PlcMemory* memory, quint32 seed);
 
     /// Moves on to `milliseconds` after the start; going back changes nothing.
     void advance(qint64 milliseconds);
@@ -38,7 +38,7 @@ private:
 
     /// The parameters of one signal, by their names in the project file; of another kind: 0.
     struct Parameters {
-        explicit Parameters(const Signal& signal);
+        explicit Parameters(const project::Signal& signal);
 
         Kind kind;
         double from, to, mean, amplitude, low, high, duty, minimum, maximum, step;
@@ -47,14 +47,15 @@ private:
 
     struct LiveValue {
         const Parameters* parameters;
-        LabelTarget place;
+        project::LabelTarget place;
         double shift;     ///< Periods ahead of the time.
         qint64 steps = 0; ///< Intervals that a counter or walk has behind it.
     };
 
-    void addVariable(const Variable& variable, const LabelTarget& container);
-    void addElement(const Variable& variable, const LabelTarget& place);
-    void storeConstant(const Variable& variable, const LabelTarget& place, qint64 ordinal);
+    void addVariable(const project::Variable& variable, const project::LabelTarget& container);
+    void addElement(const project::Variable& variable, const project::LabelTarget& place);
+    void storeConstant(const project::Variable& variable, const project::LabelTarget& place,
+                       qint64 ordinal);
     void storeStart(LiveValue* value);
     void moveTo(double seconds, LiveValue* value);
     void step(const LiveValue& value, qint64 count);
@@ -63,12 +64,13 @@ private:
     PlcMemory* m_memory;
     std::mt19937 m_random;
     SignalCounts m_structureCounts;
-    std::map<const Variable*, Parameters> m_parameters; ///< By declaration.
+    std::map<const project::Variable*, Parameters> m_parameters; ///< By declaration.
     std::vector<LiveValue> m_values;
-    QHash<const Variable*, qint64> m_ordinals; ///< Elements met so far in one scope variable.
+    QHash<const project::Variable*, qint64>
+        m_ordinals; ///< Elements met so far in one scope variable.
     qint64 m_now = 0;
 };
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

@@ -5,12 +5,12 @@
 #include <limits>
 #include <optional>
 
-#include "host/project/iec_types.h"
-#include "host/project/memory_layout.h"
-#include "host/project/nearest_name.h"
+#include "project/memory_layout.h"
 #include "simulator/big_endian.h"
+#include "values/iec_types.h"
+#include "values/nearest_name.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 constexpr double kTwoTo63 = 9223372036854775808.0;
@@ -25,17 +25,17 @@ To sameBits(From from)
     return to;
 }
 
-quint64 loadBits(const PlcMemory& memory, const LabelTarget& place)
+quint64 loadBits(const PlcMemory& memory, const project::LabelTarget& place)
 {
-    if (isBit(*place.variable->type))
+    if (values::isBit(*place.variable->type))
         return memory.readBit(place.area, quint32(place.address)) ? 1 : 0;
     const int size = place.variable->type->size;
     return bigEndianAt(memory.read(place.area, quint32(place.address), size), 0, size);
 }
 
-void storeBits(PlcMemory* memory, const LabelTarget& place, quint64 bits)
+void storeBits(PlcMemory* memory, const project::LabelTarget& place, quint64 bits)
 {
-    if (isBit(*place.variable->type)) {
+    if (values::isBit(*place.variable->type)) {
         memory->writeBit(place.area, quint32(place.address), bits != 0);
         return;
     }
@@ -72,9 +72,9 @@ quint64 integerBits(double whole, bool isSigned)
 }
 
 /// A number as entered: decimal, or with a base in front as in 16#ff.
-std::optional<quint64> parseInteger(const QString& text, const IecType& type)
+std::optional<quint64> parseInteger(const QString& text, const values::IecType& type)
 {
-    const bool isSigned = type.format == ValueFormat::Signed;
+    const bool isSigned = type.format == values::ValueFormat::Signed;
     const int baseEnd = int(text.indexOf(QLatin1Char('#')));
     const int base = baseEnd < 0 ? 10 : text.left(baseEnd).toInt();
     if (base != 2 && base != 8 && base != 10 && base != 16)
@@ -93,9 +93,9 @@ std::optional<quint64> parseInteger(const QString& text, const IecType& type)
     return converted ? std::optional<quint64>(bits) : std::nullopt;
 }
 
-std::optional<quint64> parseBits(const QString& text, const IecType& type)
+std::optional<quint64> parseBits(const QString& text, const values::IecType& type)
 {
-    if (type.format == ValueFormat::Boolean) {
+    if (type.format == values::ValueFormat::Boolean) {
         const QString lower = text.toLower();
         if (lower == QLatin1String("true") || lower == QLatin1String("1"))
             return quint64(1);
@@ -103,37 +103,37 @@ std::optional<quint64> parseBits(const QString& text, const IecType& type)
             return quint64(0);
         return {};
     }
-    if (type.format != ValueFormat::Real)
+    if (type.format != values::ValueFormat::Real)
         return parseInteger(text, type);
     bool converted = false;
     const double number = text.toDouble(&converted);
-    const IecRange range = iecRange(type);
+    const values::IecRange range = values::iecRange(type);
     if (!converted || !(number >= range.lowest && number <= range.highest))
         return {};
     return realToBits(number, type.size);
 }
 
 /// The bytes of a text, filled up with zeros; nothing if it does not fit.
-std::optional<QByteArray> textBytes(const QString& text, const Variable& variable)
+std::optional<QByteArray> textBytes(const QString& text, const project::Variable& variable)
 {
     if (text.size() > variable.stringLength)
         return {};
-    const bool isWide = variable.type->format == ValueFormat::WideText;
+    const bool isWide = variable.type->format == values::ValueFormat::WideText;
     QByteArray bytes;
     for (const QChar character : text) {
         if (!isWide && character.unicode() > 0xff)
             return {};
         appendBigEndian(&bytes, character.unicode(), isWide ? kWideCharacterSize : 1);
     }
-    return bytes.leftJustified(int(elementSize(variable)), '\0');
+    return bytes.leftJustified(int(project::elementSize(variable)), '\0');
 }
 
-QString textAt(const PlcMemory& memory, const LabelTarget& place)
+QString textAt(const PlcMemory& memory, const project::LabelTarget& place)
 {
-    const bool isWide = place.variable->type->format == ValueFormat::WideText;
+    const bool isWide = place.variable->type->format == values::ValueFormat::WideText;
     const int width = isWide ? kWideCharacterSize : 1;
     const QByteArray bytes =
-        memory.read(place.area, quint32(place.address), int(elementSize(*place.variable)));
+        memory.read(place.area, quint32(place.address), int(project::elementSize(*place.variable)));
     QString text;
     for (int position = 0; position + width <= int(bytes.size()); position += width) {
         const quint16 character = quint16(bigEndianAt(bytes, position, width));
@@ -146,56 +146,57 @@ QString textAt(const PlcMemory& memory, const LabelTarget& place)
 
 } // namespace
 
-double loadNumber(const PlcMemory& memory, const LabelTarget& place)
+double loadNumber(const PlcMemory& memory, const project::LabelTarget& place)
 {
-    const IecType& type = *place.variable->type;
+    const values::IecType& type = *place.variable->type;
     const quint64 bits = loadBits(memory, place);
-    if (type.format == ValueFormat::Real)
+    if (type.format == values::ValueFormat::Real)
         return realFromBits(bits, type.size);
-    if (type.format == ValueFormat::Signed)
+    if (type.format == values::ValueFormat::Signed)
         return double(asSigned(bits, type.size));
     return double(bits);
 }
 
-void storeNumber(PlcMemory* memory, const LabelTarget& place, double number)
+void storeNumber(PlcMemory* memory, const project::LabelTarget& place, double number)
 {
-    const IecType& type = *place.variable->type;
-    if (type.format == ValueFormat::Boolean) {
+    const values::IecType& type = *place.variable->type;
+    if (type.format == values::ValueFormat::Boolean) {
         storeBits(memory, place, number >= 0.5 ? 1 : 0);
         return;
     }
-    const IecRange range = iecRange(type);
+    const values::IecRange range = values::iecRange(type);
     const double limited = std::isnan(number) ? 0.0 : qBound(range.lowest, number, range.highest);
     storeBits(memory, place,
-              type.format == ValueFormat::Real
+              type.format == values::ValueFormat::Real
                   ? realToBits(limited, type.size)
-                  : integerBits(std::round(limited), type.format == ValueFormat::Signed));
+                  : integerBits(std::round(limited), type.format == values::ValueFormat::Signed));
 }
 
-QString loadText(const PlcMemory& memory, const LabelTarget& place)
+QString loadText(const PlcMemory& memory, const project::LabelTarget& place)
 {
-    const IecType& type = *place.variable->type;
-    if (isText(type))
+    const values::IecType& type = *place.variable->type;
+    if (values::isText(type))
         return textAt(memory, place);
     const quint64 bits = loadBits(memory, place);
     switch (type.format) {
-        case ValueFormat::Boolean:
+        case values::ValueFormat::Boolean:
             return bits != 0 ? QStringLiteral("true") : QStringLiteral("false");
-        case ValueFormat::Signed:
+        case values::ValueFormat::Signed:
             return QString::number(asSigned(bits, type.size));
-        case ValueFormat::Hexadecimal:
+        case values::ValueFormat::Hexadecimal:
             return QStringLiteral("16#%1").arg(bits, 2 * type.size, 16, QLatin1Char('0'));
-        case ValueFormat::Real:
+        case values::ValueFormat::Real:
             return QString::number(realFromBits(bits, type.size), 'g', type.size == 4 ? 7 : 15);
         default:
             return QString::number(bits);
     }
 }
 
-bool storeText(PlcMemory* memory, const LabelTarget& place, const QString& text, QString* error)
+bool storeText(PlcMemory* memory, const project::LabelTarget& place, const QString& text,
+               QString* error)
 {
-    const Variable& variable = *place.variable;
-    if (isText(*variable.type)) {
+    const project::Variable& variable = *place.variable;
+    if (values::isText(*variable.type)) {
         const std::optional<QByteArray> bytes = textBytes(text, variable);
         if (bytes) {
             memory->write(place.area, quint32(place.address), *bytes);
@@ -205,11 +206,12 @@ bool storeText(PlcMemory* memory, const LabelTarget& place, const QString& text,
         storeBits(memory, place, *bits);
         return true;
     }
-    *error = QStringLiteral("%1 is no value of type %2%3")
-                 .arg(quoted(text), QLatin1String(variable.type->name),
-                      isText(*variable.type) ? QStringLiteral("(%1)").arg(variable.stringLength)
-                                             : QString());
+    *error =
+        QStringLiteral("%1 is no value of type %2%3")
+            .arg(values::quoted(text), QLatin1String(variable.type->name),
+                 values::isText(*variable.type) ? QStringLiteral("(%1)").arg(variable.stringLength)
+                                                : QString());
     return false;
 }
 
-} // namespace plc
+} // namespace plc::simulator

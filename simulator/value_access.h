@@ -3,24 +3,25 @@
 
 #include <QtCore/QString>
 
-#include "host/project/label_lookup.h"
+#include "project/label_lookup.h"
 #include "simulator/plc_memory.h"
 
-namespace plc {
+namespace plc::simulator {
 
 /// The number at `place`, which must not be a text; 64-bit integers as near as a double comes.
-double loadNumber(const PlcMemory& memory, const LabelTarget& place);
+double loadNumber(const PlcMemory& memory, const project::LabelTarget& place);
 
 /// Stores the number of the type's range that is nearest to `number`. A truth value is true from
 /// one half on.
-void storeNumber(PlcMemory* memory, const LabelTarget& place, double number);
+void storeNumber(PlcMemory* memory, const project::LabelTarget& place, double number);
 
 /// The value at `place` as users read it.
-QString loadText(const PlcMemory& memory, const LabelTarget& place);
+QString loadText(const PlcMemory& memory, const project::LabelTarget& place);
 
 /// Stores what a user entered. Returns false and sets `error` if it is no value of the type.
-bool storeText(PlcMemory* memory, const LabelTarget& place, const QString& text, QString* error);
+bool storeText(PlcMemory* memory, const project::LabelTarget& place, const QString& text,
+               QString* error);
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

@@ -1,6 +1,6 @@
 #include "simulator/wire.h"
 
-namespace plc {
+namespace plc::simulator {
 
 const char* statusName(Status status)
 {
@@ -35,4 +35,4 @@ const char* statusName(Status status)
     return "unknown status";
 }
 
-} // namespace plc
+} // namespace plc::simulator

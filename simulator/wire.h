@@ -3,7 +3,7 @@
 
 #include <QtCore/QtGlobal>
 
-namespace plc {
+namespace plc::simulator {
 
 // Every frame begins BB BB and the number of bytes that follow those six. A request goes on with
 // its service and a zero byte, a reply with its status; all numbers are big-endian.
@@ -43,6 +43,6 @@ enum class Status : quint16 {
 /// Name of a status for traces and messages.
 const char* statusName(Status status);
 
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

@@ -1,6 +1,6 @@
-#include "address_conversion.h"
+#include "symbols/address_conversion.h"
 
-#include "label_resolution.h"
+#include "symbols/label_resolution.h"
 
 int PLCAddressChangeIntef(int reserved, QString label)
 {

@@ -1,7 +1,7 @@
 #ifndef PLC_SYMBOLS_ADDRESS_CONVERSION_H
 #define PLC_SYMBOLS_ADDRESS_CONVERSION_H
 
-#include "plc_driver.h"
+#include "driver/plc_driver.h"
 
 /// Address of `label` within its area, or -1. The first argument is not used.
 PLC_DRIVER_EXPORT int StringAddressToInt(int reserved, QString label);

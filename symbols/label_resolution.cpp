@@ -1,11 +1,11 @@
-#include "label_resolution.h"
+#include "symbols/label_resolution.h"
 
 #include <QtCore/QVarLengthArray>
 
-#include "Communication_Protocol.h"
-#include "label_text.h"
-#include "type_codes.h"
-#include "wrapped_int.h"
+#include "driver/Communication_Protocol.h"
+#include "driver/wrapped_int.h"
+#include "symbols/label_text.h"
+#include "symbols/type_codes.h"
 
 namespace {
 

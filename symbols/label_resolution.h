@@ -1,7 +1,7 @@
 #ifndef PLC_SYMBOLS_LABEL_RESOLUTION_H
 #define PLC_SYMBOLS_LABEL_RESOLUTION_H
 
-#include "plc_driver.h"
+#include "driver/plc_driver.h"
 
 /// Where a label leads. Valid only when the resolution returned 0: failing walks leave some members
 /// written.

@@ -6,8 +6,8 @@
 
 #include <cstring>
 
-#include "hash_table.h"
-#include "keyed_hash.h"
+#include "driver/hash_table.h"
+#include "driver/keyed_hash.h"
 #include "symbols/label_text.h"
 
 namespace plc {

@@ -1,4 +1,4 @@
-#include "symbol_index.h"
+#include "symbols/symbol_index.h"
 
 #include <QtCore/QtAlgorithms>
 

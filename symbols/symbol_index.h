@@ -4,7 +4,7 @@
 #include <QtCore/QHash>
 #include <QtCore/QVector>
 
-#include "plc_driver.h"
+#include "driver/plc_driver.h"
 #include "symbols/name_index.h"
 
 namespace plc {

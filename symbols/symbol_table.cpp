@@ -1,4 +1,4 @@
-#include "Communication_Protocol.h"
+#include "driver/Communication_Protocol.h"
 
 void PassVarName_2(QList<Label_Type_Info>* list)
 {

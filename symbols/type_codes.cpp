@@ -1,4 +1,4 @@
-#include "type_codes.h"
+#include "symbols/type_codes.h"
 
 namespace plc {
 

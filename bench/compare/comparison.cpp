@@ -86,19 +86,19 @@ private:
     std::map<std::pair<Server, int>, quint16> m_ports;
 };
 
-Project plantProject()
+project::Project plantProject()
 {
     QString error;
-    const std::optional<Project> project =
-        parseProject(projectJson(), QStringLiteral("the plant"), &error);
+    const std::optional<project::Project> project =
+        project::parseProject(projectJson(), QStringLiteral("the plant"), &error);
     if (!project)
         giveUp(error);
     return *project;
 }
 
-std::map<Peer, std::unique_ptr<Client>> makeClients(const DriverFunctions& driver)
+std::map<Peer, std::unique_ptr<Client>> makeClients(const host::DriverFunctions& driver)
 {
-    const Project plant = plantProject();
+    const project::Project plant = plantProject();
     std::map<Peer, std::unique_ptr<Client>> clients;
     const auto addHost = [&](Peer peer, const HostSettings& settings) {
         clients[peer] = std::make_unique<HostClient>(driver, plant, settings);
@@ -133,10 +133,11 @@ Peer hostFor(Work work)
     return work == Work::Clusters ? Peer::HostShortEntries : Peer::Host;
 }
 
-DriverFunctions loadBuiltDriver()
+host::DriverFunctions loadBuiltDriver()
 {
     QString error;
-    const std::optional<DriverFunctions> driver = loadDriver(QStringLiteral(PLC_LIBRARY), &error);
+    const std::optional<host::DriverFunctions> driver =
+        host::loadDriver(QStringLiteral(PLC_LIBRARY), &error);
     if (!driver)
         giveUp(error);
     return *driver;
@@ -223,7 +224,7 @@ QString nameOf(Peer peer)
 std::vector<Result> compare(const ComparisonOptions& options)
 {
     const Testbed testbed(options.delays);
-    const DriverFunctions driver = loadBuiltDriver();
+    const host::DriverFunctions driver = loadBuiltDriver();
     const std::map<Peer, std::unique_ptr<Client>> clients = makeClients(driver);
     std::vector<Result> results;
     for (Work work : options.works) {

@@ -3,18 +3,18 @@
 #include <QtCore/QEventLoop>
 #include <QtCore/QtEndian>
 
-#include "host/runtime.h"
-#include "host/tcp_link.h"
-#include "host/value_codec.h"
+#include "host/points/value_codec.h"
+#include "host/runtime/runtime.h"
+#include "host/tcp/tcp_link.h"
 #include "registers.h"
 
 namespace plc {
 namespace bench {
 namespace {
 
-Project projectWith(const Project& plant, int maxReadBytes)
+project::Project projectWith(const project::Project& plant, int maxReadBytes)
 {
-    Project project = plant;
+    project::Project project = plant;
     project.settings.maxReadBytes = maxReadBytes;
     project.settings.connectTimeout = kAnswerTimeout;
     project.settings.replyTimeout = kAnswerTimeout;
@@ -39,10 +39,10 @@ QStringList labelsOf(Work work, bool labelsEach)
 }
 
 /// Does a work over a link of its own.
-class Worker : private RuntimeListener {
+class Worker : private host::RuntimeListener {
 public:
-    Worker(Work work, const DriverFunctions& driver, const Project& project, bool labelsEach,
-           Recorder* recorder)
+    Worker(Work work, const host::DriverFunctions& driver, const project::Project& project,
+           bool labelsEach, Recorder* recorder)
         : m_work(work),
           m_recorder(recorder),
           m_runtime(driver, project, 0, this),
@@ -50,7 +50,7 @@ public:
     {
         for (const QString& label : labelsOf(work, labelsEach)) {
             QString error;
-            const std::optional<DataPoint> point = m_runtime.points().find(label, &error);
+            const std::optional<host::DataPoint> point = m_runtime.points().find(label, &error);
             if (!point)
                 giveUp(error);
             m_points.append(*point);
@@ -60,7 +60,8 @@ public:
     void run()
     {
         // Also when nothing is read: the driver still has what the last worker read.
-        m_runtime.readCyclically(isRead(m_work) ? m_points : QVector<DataPoint>(), m_link.now());
+        m_runtime.readCyclically(isRead(m_work) ? m_points : QVector<host::DataPoint>(),
+                                 m_link.now());
         if (m_work == Work::Writes)
             write(m_points.first(), [this] { beginWrites(); });
         else if (m_work == Work::ReadBacks)
@@ -80,12 +81,12 @@ private:
 
     // Cyclic reads. The first pass is preparation.
 
-    int valuesInReply(const SentRequest& request) const
+    int valuesInReply(const host::SentRequest& request) const
     {
         if (m_work == Work::Clusters)
             return int(request.content.entries.size()) * valuesInCluster();
         int bytes = 0;
-        for (const FrameEntry& entry : request.content.entries)
+        for (const host::FrameEntry& entry : request.content.entries)
             bytes += int(entry.length);
         return bytes / int(sizeof(quint16));
     }
@@ -109,7 +110,7 @@ private:
     /// Gives the application the values in its own terms, as the other clients do.
     void takeTable()
     {
-        const ValueTable& table = m_runtime.values();
+        const host::ValueTable& table = m_runtime.values();
         m_values.words.clear();
         m_values.numbers.clear();
         for (int row = 0; row < table.size(); ++row) {
@@ -126,9 +127,9 @@ private:
         m_values.words.resize(before + size_t(count));
         qFromLittleEndian<quint16>(bytes.constData(), count, m_values.words.data() + before);
     }
-    void takeNumber(const ValueTable& table, int row)
+    void takeNumber(const host::ValueTable& table, int row)
     {
-        const Value value = decodeValues(table.point(row), table.bytes(row)).first();
+        const values::Value value = host::decodeValues(table.point(row), table.bytes(row)).first();
         m_values.numbers.push_back(std::visit(
             [](const auto& number) {
                 if constexpr (std::is_arithmetic_v<std::decay_t<decltype(number)>>)
@@ -141,10 +142,10 @@ private:
     // Writes.
 
     template <typename Done>
-    void write(const DataPoint& point, Done done)
+    void write(const host::DataPoint& point, Done done)
     {
         m_runtime.write(point, {qint64(m_written)}, m_link.now(),
-                        [point, done](const TransferOutcome& outcome) {
+                        [point, done](const host::TransferOutcome& outcome) {
                             if (!outcome.isDone())
                                 giveUp(QStringLiteral("%1: %2").arg(point.text, outcome.reason));
                             done();
@@ -160,7 +161,7 @@ private:
     {
         m_open = int(m_points.size());
         ++m_written;
-        for (const DataPoint& point : m_points)
+        for (const host::DataPoint& point : m_points)
             write(point, [this] { noteWritten(); });
     }
     void noteWritten()
@@ -184,15 +185,14 @@ private:
     void startReadBack()
     {
         ++m_written;
-        const DataPoint& point = m_points.first();
+        const host::DataPoint& point = m_points.first();
         write(point, [this, point] {
             m_runtime.readOnce(point, m_link.now(),
-                               [this](const TransferOutcome& outcome, const QByteArray& bytes) {
-                                   takeReadBack(outcome, bytes);
-                               });
+                               [this](const host::TransferOutcome& outcome,
+                                      const QByteArray& bytes) { takeReadBack(outcome, bytes); });
         });
     }
-    void takeReadBack(const TransferOutcome& outcome, const QByteArray& bytes)
+    void takeReadBack(const host::TransferOutcome& outcome, const QByteArray& bytes)
     {
         if (!outcome.isDone() || qFromLittleEndian<qint16>(bytes.constData()) != m_written)
             giveUp(QStringLiteral("plc: another value was read back than was written"));
@@ -203,20 +203,20 @@ private:
             startReadBack();
     }
 
-    void linkChanged(LinkState state, const QString& reason, int) override
+    void linkChanged(host::LinkState state, const QString& reason, int) override
     {
-        if (state == LinkState::Down && !m_hasEnded)
+        if (state == host::LinkState::Down && !m_hasEnded)
             giveUp(QStringLiteral("plc: the link was lost: %1").arg(reason));
     }
-    void requestSent(const SentRequest&) override { m_recorder->requestSent(); }
-    void requestAnswered(const SentRequest& request, const Answer& answer,
+    void requestSent(const host::SentRequest&) override { m_recorder->requestSent(); }
+    void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
                          const QByteArray&) override
     {
-        if (answer.kind != Answer::Accepted)
+        if (answer.kind != host::Answer::Accepted)
             giveUp(QStringLiteral("plc: the simulator refused a request with status %1")
                        .arg(answer.status));
         const bool isCyclic =
-            request.category == kCyclicCategory && request.content.service == Service::Read;
+            request.category == kCyclicCategory && request.content.service == host::Service::Read;
         m_valuesInReply = isCyclic ? valuesInReply(request) : 0;
     }
     void requestSettled() override
@@ -227,10 +227,10 @@ private:
 
     const Work m_work;
     Recorder* const m_recorder;
-    Runtime m_runtime;
-    TcpLink m_link;
+    host::Runtime m_runtime;
+    host::TcpLink m_link;
     QEventLoop m_loop;
-    QVector<DataPoint> m_points;
+    QVector<host::DataPoint> m_points;
     bool m_hasEnded = false;
     bool m_hasBegun = false;
     int m_valuesInReply = 0;
@@ -242,7 +242,7 @@ private:
 
 } // namespace
 
-HostClient::HostClient(const DriverFunctions& driver, const Project& plant,
+HostClient::HostClient(const host::DriverFunctions& driver, const project::Project& plant,
                        const HostSettings& settings)
     : m_driver(driver), m_project(projectWith(plant, settings.maxReadBytes)), m_settings(settings)
 {

@@ -2,8 +2,8 @@
 #define PLC_BENCH_COMPARE_HOST_CLIENT_H
 
 #include "client.h"
-#include "host/driver_library.h"
-#include "host/project/project.h"
+#include "host/driver/driver_library.h"
+#include "project/project.h"
 
 namespace plc {
 namespace bench {
@@ -19,13 +19,14 @@ struct HostSettings {
 class HostClient : public Client {
 public:
     /// The driver must outlive the client.
-    HostClient(const DriverFunctions& driver, const Project& plant, const HostSettings& settings);
+    HostClient(const host::DriverFunctions& driver, const project::Project& plant,
+               const HostSettings& settings);
 
     void measure(Work work, quint16 port, Recorder* recorder) override;
 
 private:
-    const DriverFunctions& m_driver;
-    Project m_project;
+    const host::DriverFunctions& m_driver;
+    project::Project m_project;
     const HostSettings m_settings;
 };
 

@@ -3,10 +3,10 @@
 
 #include <QtCore/QJsonArray>
 
-#include "host/output/visible_text.h"
 #include "tests/e2e/command_table.h"
 #include "tests/e2e/plant.h"
 #include "tests/e2e/terminal_process.h"
+#include "values/visible_text.h"
 
 namespace plc {
 namespace test {
@@ -44,7 +44,8 @@ QString obeyedParts(const QByteArray& output)
     for (int i = 0; i < int(text.size()); ++i) {
         const QChar unit = text[i];
         const bool isLineEnd = unit == QLatin1Char('\n');
-        if ((isObeyed(unit.unicode()) && !isLineEnd) || unit == QChar(QChar::ReplacementCharacter))
+        if ((values::isObeyed(unit.unicode()) && !isLineEnd) ||
+            unit == QChar(QChar::ReplacementCharacter))
             found += QStringLiteral("U+%1 ").arg(uint(unit.unicode()), 4, 16, QLatin1Char('0'));
     }
     return found;

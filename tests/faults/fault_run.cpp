@@ -7,7 +7,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QTimer>
 
-#include "host/value_codec.h"
+#include "host/points/value_codec.h"
 
 namespace plc {
 namespace faults {
@@ -34,19 +34,19 @@ HostSettings settingsOf(test::Random* random)
     return settings;
 }
 
-Project projectOf(const HostSettings& settings)
+project::Project projectOf(const HostSettings& settings)
 {
     QString error;
-    const std::optional<Project> project =
-        parseProject(projectJson(settings, kArrays), QStringLiteral("project"), &error);
+    const std::optional<project::Project> project =
+        project::parseProject(projectJson(settings, kArrays), QStringLiteral("project"), &error);
     if (!project)
         ADD_FAILURE() << error.toStdString();
-    return project.value_or(Project());
+    return project.value_or(project::Project());
 }
 
 } // namespace
 
-FaultRun::FaultRun(const DriverFunctions& driver, std::uint32_t seed)
+FaultRun::FaultRun(const host::DriverFunctions& driver, std::uint32_t seed)
     : m_random(seed),
       m_settings(settingsOf(&m_random)),
       m_plan(&m_random, m_random.between(kFewestFaults, kMostFaults)),
@@ -64,9 +64,9 @@ FaultRun::FaultRun(const DriverFunctions& driver, std::uint32_t seed)
     times.deafness = m_settings.reconnectDelayLimit;
     m_proxy = std::make_unique<FaultyProxy>(m_plc->port(), &m_plan, times);
     const int cycleTime = m_random.oneIn(2) ? 0 : 5;
-    m_runtime = std::make_unique<Runtime>(driver, m_project, cycleTime, this);
-    m_link = std::make_unique<TcpLink>(&m_runtime->session(), QStringLiteral("127.0.0.1"),
-                                       m_proxy->port());
+    m_runtime = std::make_unique<host::Runtime>(driver, m_project, cycleTime, this);
+    m_link = std::make_unique<host::TcpLink>(&m_runtime->session(), QStringLiteral("127.0.0.1"),
+                                             m_proxy->port());
     m_clock.start();
 }
 
@@ -77,10 +77,11 @@ void FaultRun::run()
     QTimer heartbeat;
     heartbeat.start(kTurnsAtLeastEvery);
     fillMemory();
-    QVector<DataPoint> points;
+    QVector<host::DataPoint> points;
     for (const Array& array : kArrays) {
         QString error;
-        const std::optional<DataPoint> point = m_runtime->points().find(wholeArray(array), &error);
+        const std::optional<host::DataPoint> point =
+            m_runtime->points().find(wholeArray(array), &error);
         ASSERT_TRUE(point) << error.toStdString();
         points.append(*point);
     }
@@ -138,14 +139,15 @@ void FaultRun::annoy()
 void FaultRun::write(const PlannedWrite& plan)
 {
     QString error;
-    const std::optional<DataPoint> point = m_runtime->points().find(plan.target, &error);
+    const std::optional<host::DataPoint> point = m_runtime->points().find(plan.target, &error);
     ASSERT_TRUE(point) << error.toStdString();
-    m_attempts.push_back({plan, 0, TransferOutcome::NotSent});
+    m_attempts.push_back({plan, 0, host::TransferOutcome::NotSent});
     Attempt* const attempt = &m_attempts.back();
-    m_runtime->write(*point, plan.values, m_link->now(), [attempt](const TransferOutcome& outcome) {
-        ++attempt->outcomes;
-        attempt->kind = outcome.kind;
-    });
+    m_runtime->write(*point, plan.values, m_link->now(),
+                     [attempt](const host::TransferOutcome& outcome) {
+                         ++attempt->outcomes;
+                         attempt->kind = outcome.kind;
+                     });
     m_link->pump();
 }
 
@@ -153,11 +155,13 @@ void FaultRun::readOnce()
 {
     const Array& array = kArrays.at(m_random.below(int(kArrays.size())));
     QString error;
-    const std::optional<DataPoint> point = m_runtime->points().find(wholeArray(array), &error);
+    const std::optional<host::DataPoint> point =
+        m_runtime->points().find(wholeArray(array), &error);
     ASSERT_TRUE(point) << error.toStdString();
     ++m_readsBegun;
-    m_runtime->readOnce(*point, m_link->now(),
-                        [this](const TransferOutcome&, const QByteArray&) { ++m_readsSettled; });
+    m_runtime->readOnce(
+        *point, m_link->now(),
+        [this](const host::TransferOutcome&, const QByteArray&) { ++m_readsSettled; });
     m_link->pump();
 }
 
@@ -182,7 +186,7 @@ void FaultRun::writeUndisturbed()
     for (int round = 0; round < kRoundsOfUndisturbedWrites; ++round) {
         // A copy of a reply that is still about may have cost one more connection.
         if (!until("the link is up", [this] {
-                return m_runtime->session().linkState() == LinkState::Up && showsMemory();
+                return m_runtime->session().linkState() == host::LinkState::Up && showsMemory();
             }))
             return;
         const std::size_t first = m_attempts.size();
@@ -194,7 +198,7 @@ void FaultRun::writeUndisturbed()
             return;
         bool areDone = true;
         for (std::size_t i = first; i < m_attempts.size(); ++i)
-            areDone = areDone && m_attempts[i].kind == TransferOutcome::Done;
+            areDone = areDone && m_attempts[i].kind == host::TransferOutcome::Done;
         if (areDone) {
             until("the host shows what it has written", [this] { return showsMemory(); });
             return;
@@ -228,12 +232,12 @@ bool FaultRun::isSettled() const
 
 bool FaultRun::showsMemory()
 {
-    const ValueTable& values = m_runtime->values();
+    const host::ValueTable& values = m_runtime->values();
     for (int row = 0; row < values.size(); ++row) {
         const Array& array = kArrays.at(row);
         const QByteArray memory = m_plc->peek(array.area, array.address, memorySize(array));
-        if (!values.wasRead(row) ||
-            decodeValues(values.point(row), values.bytes(row)) != expectedValues(array, memory))
+        if (!values.wasRead(row) || host::decodeValues(values.point(row), values.bytes(row)) !=
+                                        expectedValues(array, memory))
             return false;
     }
     return true;
@@ -289,12 +293,12 @@ void FaultRun::checkRecord() const
         EXPECT_EQ(attempt.outcomes, 1) << target << " has not exactly one outcome";
         for (const WritePiece& piece : attempt.plan.pieces) {
             const std::string value = target + " = " + piece.data.left(4).toHex().toStdString();
-            if (attempt.kind == TransferOutcome::Done) {
+            if (attempt.kind == host::TransferOutcome::Done) {
                 EXPECT_GT(recorded(piece, true), 0) << value << " is said to be done";
             }
             if (!attempt.plan.isUnmistakable)
                 continue;
-            if (attempt.kind == TransferOutcome::NotSent) {
+            if (attempt.kind == host::TransferOutcome::NotSent) {
                 EXPECT_EQ(recorded(piece, false), 0) << value << " is said not to have been sent";
             }
             EXPECT_LE(recorded(piece, false), 1 + m_settings.retryLimit)
@@ -315,7 +319,7 @@ int FaultRun::recorded(const WritePiece& piece, bool takenOnly) const
     return count;
 }
 
-void FaultRun::linkChanged(LinkState state, const QString&, int retryDelay)
+void FaultRun::linkChanged(host::LinkState state, const QString&, int retryDelay)
 {
     if (m_sentAt >= 0)
         checkDuration("giving a request up", m_sentAt, m_settings.replyTimeout);
@@ -325,20 +329,20 @@ void FaultRun::linkChanged(LinkState state, const QString&, int retryDelay)
     m_sentAt = -1;
     m_linkStateSince = m_clock.elapsed();
     m_linkStateLimit = -1;
-    if (state == LinkState::Down)
+    if (state == host::LinkState::Down)
         m_linkStateLimit = retryDelay;
-    if (state == LinkState::Connecting)
+    if (state == host::LinkState::Connecting)
         m_linkStateLimit = m_settings.connectTimeout;
     EXPECT_LE(retryDelay, m_settings.reconnectDelayLimit);
 }
 
-void FaultRun::requestSent(const SentRequest&)
+void FaultRun::requestSent(const host::SentRequest&)
 {
     EXPECT_EQ(m_sentAt, -1) << "two requests at a time";
     m_sentAt = m_clock.elapsed();
 }
 
-void FaultRun::requestAnswered(const SentRequest&, const Answer&, const QByteArray&)
+void FaultRun::requestAnswered(const host::SentRequest&, const host::Answer&, const QByteArray&)
 {
     checkDuration("an answer", m_sentAt, m_settings.replyTimeout);
     m_sentAt = -1;

@@ -12,8 +12,8 @@
 #include "faults/faulty_proxy.h"
 #include "faults/plant.h"
 #include "faults/simulated_plc.h"
-#include "host/runtime.h"
-#include "host/tcp_link.h"
+#include "host/runtime/runtime.h"
+#include "host/tcp/tcp_link.h"
 #include "support/random.h"
 
 namespace plc {
@@ -21,9 +21,9 @@ namespace faults {
 
 /// A host that reads and writes a simulated PLC over a wire on which things go wrong for a while,
 /// all as a seed says. Its checks are GoogleTest expectations.
-class FaultRun : public RuntimeListener {
+class FaultRun : public host::RuntimeListener {
 public:
-    FaultRun(const DriverFunctions& driver, std::uint32_t seed);
+    FaultRun(const host::DriverFunctions& driver, std::uint32_t seed);
     ~FaultRun() override;
 
     void run();
@@ -36,7 +36,7 @@ private:
     struct Attempt {
         PlannedWrite plan;
         int outcomes = 0;
-        TransferOutcome::Kind kind = TransferOutcome::NotSent;
+        host::TransferOutcome::Kind kind = host::TransferOutcome::NotSent;
     };
 
     void exchangeUnderFaults();
@@ -62,9 +62,9 @@ private:
     void checkRecord() const;
     int recorded(const WritePiece& piece, bool takenOnly) const;
 
-    void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
-    void requestSent(const SentRequest& request) override;
-    void requestAnswered(const SentRequest& request, const Answer& answer,
+    void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
+    void requestSent(const host::SentRequest& request) override;
+    void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
                          const QByteArray& reply) override;
 
     test::Random m_random;
@@ -73,9 +73,9 @@ private:
     std::unique_ptr<SimulatedPlc> m_plc;
     FaultPlan m_plan;
     std::unique_ptr<FaultyProxy> m_proxy;
-    Project m_project;
-    std::unique_ptr<Runtime> m_runtime;
-    std::unique_ptr<TcpLink> m_link;
+    project::Project m_project;
+    std::unique_ptr<host::Runtime> m_runtime;
+    std::unique_ptr<host::TcpLink> m_link;
 
     QElapsedTimer m_clock;
     qint64 m_lastTurn = 0;

@@ -35,7 +35,7 @@ PlannedWrite wordWrite(int index, int number)
 {
     const quint32 address = quint32(kWords.address + 2 * index);
     return {element(kWords, index),
-            {Value(quint64(number))},
+            {values::Value(quint64(number))},
             {{kWords.area, address, false, bigEndianBytes(quint32(number), 2)}},
             2,
             true};
@@ -46,7 +46,7 @@ PlannedWrite longWrite(int index, int number)
     const quint32 value = 0xA0000000u + quint32(number);
     const quint32 address = quint32(kLongs.address + 4 * index);
     return {element(kLongs, index),
-            {Value(quint64(value))},
+            {values::Value(quint64(value))},
             {{kLongs.area, address, false, bigEndianBytes(value, 4)}},
             4,
             true};
@@ -55,7 +55,7 @@ PlannedWrite longWrite(int index, int number)
 PlannedWrite bitWrite(int index, bool isSet)
 {
     return {element(kBits, index),
-            {Value(isSet)},
+            {values::Value(isSet)},
             {{kBits.area, quint32(index), true, QByteArray(1, isSet ? '\1' : '\0')}},
             1,
             false};
@@ -64,8 +64,11 @@ PlannedWrite bitWrite(int index, bool isSet)
 PlannedWrite blockWrite(int number)
 {
     const QByteArray word = bigEndianBytes(quint32(number), 2);
-    PlannedWrite write{
-        wholeArray(kBlock), QVector<Value>(kBlock.elements, Value(quint64(number))), {}, 2, true};
+    PlannedWrite write{wholeArray(kBlock),
+                       QVector<values::Value>(kBlock.elements, values::Value(quint64(number))),
+                       {},
+                       2,
+                       true};
     for (int at = 0; at < memorySize(kBlock); at += kMostBytesOfPiece) {
         const int size = qMin(kMostBytesOfPiece, memorySize(kBlock) - at);
         write.pieces.append({kBlock.area, quint32(kBlock.address + at), false,
@@ -160,21 +163,21 @@ int memorySize(const Array& array)
     return 4 * array.elements;
 }
 
-QVector<Value> expectedValues(const Array& array, const QByteArray& memory)
+QVector<values::Value> expectedValues(const Array& array, const QByteArray& memory)
 {
-    QVector<Value> values;
+    QVector<values::Value> values;
     for (int i = 0; i < array.elements; ++i) {
         if (array.type == Array::Bit)
-            values.append(Value((bigEndian(memory, 0, 2) >> i & 1) != 0));
+            values.append(values::Value((bigEndian(memory, 0, 2) >> i & 1) != 0));
         else if (array.type == Array::Word)
-            values.append(Value(quint64(bigEndian(memory, 2 * i, 2))));
+            values.append(values::Value(quint64(bigEndian(memory, 2 * i, 2))));
         else
-            values.append(Value(quint64(bigEndian(memory, 4 * i, 4))));
+            values.append(values::Value(quint64(bigEndian(memory, 4 * i, 4))));
     }
     return values;
 }
 
-QByteArray memoryOf(const Array& array, const QVector<Value>& values)
+QByteArray memoryOf(const Array& array, const QVector<values::Value>& values)
 {
     QByteArray memory;
     quint32 bits = 0;

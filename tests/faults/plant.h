@@ -5,8 +5,8 @@
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
-#include "host/value_text.h"
 #include "support/random.h"
+#include "values/value_text.h"
 
 namespace plc {
 namespace faults {
@@ -43,11 +43,11 @@ QByteArray projectJson(const HostSettings& settings, const QVector<Array>& array
 /// All elements of an array as the host names them.
 QString wholeArray(const Array& array);
 /// What the host has to show of an array when the PLC's memory from its address on is this.
-QVector<Value> expectedValues(const Array& array, const QByteArray& memory);
+QVector<values::Value> expectedValues(const Array& array, const QByteArray& memory);
 /// Bytes of PLC memory that an array takes.
 int memorySize(const Array& array);
 /// The same as the PLC's bytes, the other way round than expectedValues().
-QByteArray memoryOf(const Array& array, const QVector<Value>& values);
+QByteArray memoryOf(const Array& array, const QVector<values::Value>& values);
 
 /// Part of a value that a write request carries.
 struct WritePiece {
@@ -60,7 +60,7 @@ struct WritePiece {
 /// A write to try: what the host is told, and what has to reach the PLC.
 struct PlannedWrite {
     QString target; ///< As the host names it.
-    QVector<Value> values;
+    QVector<values::Value> values;
     QVector<WritePiece> pieces;
     int elementSize = 0; ///< In bytes; of a bit, which has one byte of data, 1.
     /// Nothing else in the run writes these bytes.

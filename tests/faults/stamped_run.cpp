@@ -6,7 +6,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "host/value_codec.h"
+#include "host/points/value_codec.h"
 
 namespace plc {
 namespace faults {
@@ -38,14 +38,14 @@ HostSettings settingsOf(test::Random* random)
     return settings;
 }
 
-Project projectOf(const HostSettings& settings)
+project::Project projectOf(const HostSettings& settings)
 {
     QString error;
-    const std::optional<Project> project =
-        parseProject(projectJson(settings, kStampedArrays), QStringLiteral("project"), &error);
+    const std::optional<project::Project> project = project::parseProject(
+        projectJson(settings, kStampedArrays), QStringLiteral("project"), &error);
     if (!project)
         ADD_FAILURE() << error.toStdString();
-    return project.value_or(Project());
+    return project.value_or(project::Project());
 }
 
 /// Sizes of login replies that a read of the plant may ask for as well.
@@ -75,16 +75,16 @@ struct TakenElements<Outcome, std::void_t<decltype(std::declval<Outcome>().taken
     static int of(const Outcome& outcome) { return outcome.taken; }
 };
 
-ToldWrite::Outcome toldOutcome(TransferOutcome::Kind kind)
+ToldWrite::Outcome toldOutcome(host::TransferOutcome::Kind kind)
 {
     switch (kind) {
-        case TransferOutcome::Done:
+        case host::TransferOutcome::Done:
             return ToldWrite::Done;
-        case TransferOutcome::Refused:
+        case host::TransferOutcome::Refused:
             return ToldWrite::Refused;
-        case TransferOutcome::LinkLost:
+        case host::TransferOutcome::LinkLost:
             return ToldWrite::LinkLost;
-        case TransferOutcome::NotSent:
+        case host::TransferOutcome::NotSent:
             break;
     }
     return ToldWrite::NotSent;
@@ -92,7 +92,7 @@ ToldWrite::Outcome toldOutcome(TransferOutcome::Kind kind)
 
 } // namespace
 
-StampedRun::StampedRun(const DriverFunctions& driver, std::uint32_t seed)
+StampedRun::StampedRun(const host::DriverFunctions& driver, std::uint32_t seed)
     : m_random(seed),
       m_settings(settingsOf(&m_random)),
       m_project(projectOf(m_settings)),
@@ -103,7 +103,7 @@ StampedRun::StampedRun(const DriverFunctions& driver, std::uint32_t seed)
       m_judge(&m_plc.record())
 {
     const int cycleTime = m_random.oneIn(2) ? 0 : m_random.between(1, 50);
-    m_runtime = std::make_unique<Runtime>(driver, m_project, cycleTime, this);
+    m_runtime = std::make_unique<host::Runtime>(driver, m_project, cycleTime, this);
     m_rows.resize(int(kStampedArrays.size()));
 }
 
@@ -111,7 +111,7 @@ StampedRun::~StampedRun() = default;
 
 void StampedRun::run()
 {
-    QVector<DataPoint> points;
+    QVector<host::DataPoint> points;
     for (const Array& array : kStampedArrays)
         points.append(point(wholeArray(array)));
     m_runtime->readCyclically(points, m_now);
@@ -193,7 +193,7 @@ void StampedRun::readAroundRefusals()
 void StampedRun::writeUndisturbed()
 {
     if (!until("the link is up", 5000,
-               [this] { return m_runtime->session().linkState() == LinkState::Up; }))
+               [this] { return m_runtime->session().linkState() == host::LinkState::Up; }))
         return;
     const std::size_t first = m_attempts.size();
     for (const PlannedWrite& plan : writesOfEachKind(m_lastNumber + 1))
@@ -275,29 +275,29 @@ void StampedRun::receive()
 void StampedRun::carryOut()
 {
     for (;;) {
-        const QVector<SessionAction> actions = m_runtime->session().takeActions();
+        const QVector<host::SessionAction> actions = m_runtime->session().takeActions();
         if (actions.isEmpty())
             return;
-        for (const SessionAction& action : actions)
+        for (const host::SessionAction& action : actions)
             act(action);
     }
 }
 
-void StampedRun::act(const SessionAction& action)
+void StampedRun::act(const host::SessionAction& action)
 {
     switch (action.kind) {
-        case SessionAction::Connect:
+        case host::SessionAction::Connect:
             m_connectsAt = m_now + 1;
             if (m_wire.strikes(8)) {
                 m_wire.note(QStringLiteral("no connection"), m_now);
                 m_connectsAt = -1;
             }
             break;
-        case SessionAction::Send:
+        case host::SessionAction::Send:
             m_sentAt = m_now;
             m_wire.send(action.bytes, m_now);
             break;
-        case SessionAction::Close:
+        case host::SessionAction::Close:
             m_connectsAt = -1;
             m_wire.close();
             break;
@@ -356,24 +356,24 @@ void StampedRun::refuseSomething()
     m_wire.note(QStringLiteral("refused are now:") + text, m_now);
 }
 
-DataPoint StampedRun::point(const QString& text)
+host::DataPoint StampedRun::point(const QString& text)
 {
     QString error;
-    const std::optional<DataPoint> found = m_runtime->points().find(text, &error);
+    const std::optional<host::DataPoint> found = m_runtime->points().find(text, &error);
     EXPECT_TRUE(found) << error.toStdString();
-    return found.value_or(DataPoint());
+    return found.value_or(host::DataPoint());
 }
 
 void StampedRun::write(const PlannedWrite& plan)
 {
     m_attempts.push_back({plan, {ToldWrite::NotSent, -1, m_now}, 0, false});
     Attempt* const attempt = &m_attempts.back();
-    m_runtime->write(point(plan.target), plan.values, m_now,
-                     [attempt](const TransferOutcome& outcome) {
-                         ++attempt->outcomes;
-                         attempt->told.outcome = toldOutcome(outcome.kind);
-                         attempt->told.elementsTaken = TakenElements<TransferOutcome>::of(outcome);
-                     });
+    m_runtime->write(
+        point(plan.target), plan.values, m_now, [attempt](const host::TransferOutcome& outcome) {
+            ++attempt->outcomes;
+            attempt->told.outcome = toldOutcome(outcome.kind);
+            attempt->told.elementsTaken = TakenElements<host::TransferOutcome>::of(outcome);
+        });
     carryOut();
 }
 
@@ -382,14 +382,16 @@ void StampedRun::readOnce()
     const Array& array = kStampedArrays.at(m_random.below(int(kStampedArrays.size())));
     m_oneShots.push_back({array, m_now, 0});
     OneShot* const read = &m_oneShots.back();
-    const DataPoint place = point(wholeArray(array));
+    const host::DataPoint place = point(wholeArray(array));
     m_runtime->readOnce(
-        place, m_now, [this, read, place](const TransferOutcome& outcome, const QByteArray& bytes) {
+        place, m_now,
+        [this, read, place](const host::TransferOutcome& outcome, const QByteArray& bytes) {
             ++read->outcomes;
             if (!outcome.isDone())
                 return;
             ++m_judgedValues;
-            const QString lie = judge({read->array, decodeValues(place, bytes), read->begunAt});
+            const QString lie =
+                judge({read->array, host::decodeValues(place, bytes), read->begunAt});
             if (!lie.isEmpty())
                 report(QStringLiteral("read once, ") + lie.section(QLatin1Char(':'), 0, 0),
                        QStringLiteral("read once, ") + lie);
@@ -399,14 +401,14 @@ void StampedRun::readOnce()
 
 void StampedRun::judgeValues()
 {
-    const ValueTable& values = m_runtime->values();
+    const host::ValueTable& values = m_runtime->values();
     for (int row = 0; row < values.size(); ++row)
         judgeRow(row);
 }
 
 void StampedRun::judgeRow(int index)
 {
-    const ValueTable& values = m_runtime->values();
+    const host::ValueTable& values = m_runtime->values();
     if (!values.wasRead(index))
         return;
     Row& row = m_rows[index];
@@ -419,8 +421,8 @@ void StampedRun::judgeRow(int index)
         return;
     row = {values.bytes(index), m_now - age};
     ++m_judgedValues;
-    const QString lie =
-        judge({kStampedArrays[index], decodeValues(values.point(index), row.bytes), row.readAt});
+    const QString lie = judge(
+        {kStampedArrays[index], host::decodeValues(values.point(index), row.bytes), row.readAt});
     if (!lie.isEmpty())
         report(lie.section(QLatin1Char(':'), 0, 0), lie);
 }
@@ -464,7 +466,7 @@ bool StampedRun::isSettled() const
 
 bool StampedRun::isFresh(const Array& array, qint64 since) const
 {
-    const ValueTable& values = m_runtime->values();
+    const host::ValueTable& values = m_runtime->values();
     for (int row = 0; row < values.size(); ++row) {
         if (QLatin1String(kStampedArrays[row].name) == QLatin1String(array.name))
             return values.wasRead(row) && m_now - values.age(row, m_now) >= since;
@@ -472,10 +474,11 @@ bool StampedRun::isFresh(const Array& array, qint64 since) const
     return false;
 }
 
-void StampedRun::requestAnswered(const SentRequest&, const Answer& answer, const QByteArray&)
+void StampedRun::requestAnswered(const host::SentRequest&, const host::Answer& answer,
+                                 const QByteArray&)
 {
     ++m_replies;
-    if (answer.kind == Answer::Accepted && m_now > m_sentAt + m_settings.replyTimeout)
+    if (answer.kind == host::Answer::Accepted && m_now > m_sentAt + m_settings.replyTimeout)
         report(QStringLiteral("late"),
                QStringLiteral("late: a reply was taken %1 ms after its request")
                    .arg(m_now - m_sentAt));

@@ -12,7 +12,7 @@
 #include "faults/stamped_plc.h"
 #include "faults/stamped_wire.h"
 #include "faults/truth_judge.h"
-#include "host/runtime.h"
+#include "host/runtime/runtime.h"
 #include "support/random.h"
 
 namespace plc {
@@ -21,9 +21,9 @@ namespace faults {
 /// A host and a stamped PLC without sockets and with a clock of their own, on which things go wrong
 /// for a while as a seed says. All that the host tells is judged at each step. Its checks are
 /// GoogleTest expectations.
-class StampedRun : public RuntimeListener {
+class StampedRun : public host::RuntimeListener {
 public:
-    StampedRun(const DriverFunctions& driver, std::uint32_t seed);
+    StampedRun(const host::DriverFunctions& driver, std::uint32_t seed);
     ~StampedRun() override;
 
     void run();
@@ -63,13 +63,13 @@ private:
     void receive();
     void tick();
     void carryOut();
-    void act(const SessionAction& action);
+    void act(const host::SessionAction& action);
 
     void startTransfer();
     void refuseSomething();
     void write(const PlannedWrite& plan);
     void readOnce();
-    DataPoint point(const QString& text);
+    host::DataPoint point(const QString& text);
 
     void judgeValues();
     void judgeRow(int row);
@@ -80,19 +80,19 @@ private:
     bool isSettled() const;
     bool isFresh(const Array& array, qint64 since) const;
 
-    void linkChanged(LinkState, const QString&, int) override {}
-    void requestSent(const SentRequest&) override {}
-    void requestAnswered(const SentRequest& request, const Answer& answer,
+    void linkChanged(host::LinkState, const QString&, int) override {}
+    void requestSent(const host::SentRequest&) override {}
+    void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
                          const QByteArray& reply) override;
 
     test::Random m_random;
     HostSettings m_settings;
-    Project m_project;
+    project::Project m_project;
     StampedPlc m_plc;
     int m_turnaround;
     StampedWire m_wire;
     TruthJudge m_judge;
-    std::unique_ptr<Runtime> m_runtime;
+    std::unique_ptr<host::Runtime> m_runtime;
 
     qint64 m_now = 1000;
     qint64 m_connectsAt = -1;

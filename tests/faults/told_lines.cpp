@@ -21,7 +21,7 @@ std::optional<Array> arrayOf(const QString& label)
     return found == kStampedArrays.end() ? std::nullopt : std::optional<Array>(*found);
 }
 
-Value valueOf(const Array& array, const QJsonValue& json)
+values::Value valueOf(const Array& array, const QJsonValue& json)
 {
     if (array.type == Array::Bit)
         return json.toBool();

@@ -13,7 +13,7 @@ namespace faults {
 /// A value as a host told it.
 struct ToldValue {
     Array array;
-    QVector<Value> values;
+    QVector<values::Value> values;
     /// From when it is, as the host tells by its age, in the time of the PLC's record.
     qint64 readAt = 0;
 };

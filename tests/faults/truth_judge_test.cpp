@@ -46,7 +46,7 @@ PlannedWrite largeWrite()
 {
     const QByteArray word = QByteArray::fromHex("1234");
     return {QStringLiteral("large"),
-            QVector<Value>(600, Value(quint64(0x1234))),
+            QVector<values::Value>(600, values::Value(quint64(0x1234))),
             {{3, 0, false, word.repeated(500)}, {3, 1000, false, word.repeated(100)}},
             2,
             true};

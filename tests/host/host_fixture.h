@@ -8,24 +8,18 @@
 #include <ostream>
 #include <vector>
 
-#include "host/project/project.h"
-#include "host/runtime.h"
-#include "host/value_codec.h"
+#include "host/points/value_codec.h"
+#include "host/runtime/runtime.h"
+#include "project/project.h"
+#include "tests/project/test_project.h"
 #include "tests/support/built_driver.h"
+#include "tests/support/qt_printers.h"
 
-// How GoogleTest shows Qt values in a failure message.
-inline void PrintTo(const QByteArray& bytes, std::ostream* out)
-{
-    *out << '"' << bytes.toHex(' ').toUpper().toStdString() << "\" (" << bytes.size() << " bytes)";
-}
-
-inline void PrintTo(const QString& text, std::ostream* out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
-
-namespace plc {
+namespace plc::host {
 namespace test {
+
+using plc::test::builtDriver;
+using project::test::testProject;
 
 /// Bytes from hexadecimal pairs; blanks do not count.
 inline QByteArray hex(const char* text)
@@ -78,60 +72,6 @@ inline QByteArray refusal()
     return hex("BB BB 00 00 00 02 00 05");
 }
 
-/// A project with a variable of every type, in area 1 from address 0 on, and larger ones in area 2.
-inline Project testProject()
-{
-    const char json[] = R"({
-      "name": "Test",
-      "plc": {"address": "127.0.0.1", "port": 1200},
-      "settings": {"maxReadBytes": 200, "retryLimit": 2, "connectTimeout": 3000,
-                   "replyTimeout": 1000, "reconnectDelay": 500, "reconnectDelayLimit": 4000,
-                   "staleAfter": 3000},
-      "areas": [{"index": 0, "size": 256}, {"index": 1, "size": 1024}, {"index": 2, "size": 16384}],
-      "structures": [{"name": "Axis", "size": 8, "members": [
-        {"name": "position", "type": "DINT", "offset": 0},
-        {"name": "speed", "type": "INT", "offset": 4}]}],
-      "scopes": [
-        {"name": "Io", "variables": [
-          {"name": "start", "type": "BIT", "area": 0, "offset": 3},
-          {"name": "lamp", "type": "BIT", "area": 0, "offset": 32, "array": [[0, 19]]}]},
-        {"name": "Main", "variables": [
-          {"name": "flag", "type": "BOOL", "area": 1, "offset": 0},
-          {"name": "byte", "type": "BYTE", "area": 1, "offset": 1},
-          {"name": "small", "type": "SINT", "area": 1, "offset": 2},
-          {"name": "usmall", "type": "USINT", "area": 1, "offset": 3},
-          {"name": "speed", "type": "INT", "area": 1, "offset": 4, "unit": "rpm"},
-          {"name": "count", "type": "UINT", "area": 1, "offset": 6},
-          {"name": "word", "type": "WORD", "area": 1, "offset": 8},
-          {"name": "long", "type": "DINT", "area": 1, "offset": 12},
-          {"name": "ulong", "type": "UDINT", "area": 1, "offset": 16},
-          {"name": "real", "type": "REAL", "area": 1, "offset": 20},
-          {"name": "dword", "type": "DWORD", "area": 1, "offset": 24},
-          {"name": "time", "type": "TIME", "area": 1, "offset": 28},
-          {"name": "lreal", "type": "LREAL", "area": 1, "offset": 32},
-          {"name": "lint", "type": "LINT", "area": 1, "offset": 40},
-          {"name": "ulint", "type": "ULINT", "area": 1, "offset": 48},
-          {"name": "lword", "type": "LWORD", "area": 1, "offset": 56},
-          {"name": "text", "type": "STRING", "length": 10, "area": 1, "offset": 64},
-          {"name": "wide", "type": "WSTRING", "length": 10, "area": 1, "offset": 76},
-          {"name": "table", "type": "INT", "area": 1, "offset": 100, "array": [[0, 3], [1, 5]]},
-          {"name": "axis", "type": "Axis", "area": 1, "offset": 200, "array": [[1, 4]]},
-          {"name": "bytes", "type": "BYTE", "area": 1, "offset": 300, "array": [[0, 9]]}]},
-        {"name": "Big", "variables": [
-          {"name": "same", "type": "INT", "area": 2, "offset": 4},
-          {"name": "block", "type": "DINT", "area": 2, "offset": 1000, "array": [[0, 599]]},
-          {"name": "texts", "type": "STRING", "length": 10, "area": 2, "offset": 8000,
-           "array": [[0, 3]]},
-          {"name": "far", "type": "INT", "area": 2, "offset": 16000}]}],
-      "cyclic": ["Main.speed"]})";
-    QString error;
-    const std::optional<Project> project =
-        parseProject(QByteArray(json), QStringLiteral("test project"), &error);
-    if (!project)
-        ADD_FAILURE() << error.toStdString();
-    return project.value_or(Project());
-}
-
 /// A runtime with the real driver, a clock that the test moves, and a PLC that the test plays.
 class HostTest : public ::testing::Test, public RuntimeListener {
 protected:
@@ -175,7 +115,7 @@ protected:
     {
         const DataPoint target = point(label);
         QString error;
-        const std::optional<QVector<Value>> values =
+        const std::optional<QVector<values::Value>> values =
             parsePoint(target, QString::fromUtf8(value), &error);
         ASSERT_TRUE(values) << error.toStdString();
         runtime->write(target, *values, now, [this, target](const TransferOutcome& outcome) {
@@ -299,7 +239,7 @@ protected:
         answers.push_back(judgement);
     }
 
-    Project project;
+    project::Project project;
     qint64 now = 1000;
     std::unique_ptr<Runtime> runtime;
     QByteArray sent;
@@ -312,6 +252,6 @@ protected:
 };
 
 } // namespace test
-} // namespace plc
+} // namespace plc::host
 
 #endif

@@ -5,8 +5,8 @@
 #include <map>
 #include <vector>
 
+#include "driver/wrapped_int.h"
 #include "support/random.h"
-#include "wrapped_int.h"
 
 namespace plc {
 namespace test {

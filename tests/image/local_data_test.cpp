@@ -3,10 +3,10 @@
 #include <climits>
 #include <map>
 
+#include "driver/wrapped_int.h"
 #include "support/driver_fixture.h"
 #include "support/lock_check.h"
 #include "support/random.h"
-#include "wrapped_int.h"
 
 namespace plc {
 namespace test {

@@ -1,11 +1,11 @@
 #include <climits>
 #include <map>
 
+#include "driver/wrapped_int.h"
 #include "image/local_data.h"
 #include "support/lock_check.h"
 #include "support/random.h"
 #include "support/symbol_fixture.h"
-#include "wrapped_int.h"
 
 namespace plc {
 namespace test {

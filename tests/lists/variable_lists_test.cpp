@@ -3,11 +3,11 @@
 #include <climits>
 #include <thread>
 
+#include "driver/wrapped_int.h"
 #include "support/lock_check.h"
 #include "support/random.h"
 #include "support/record_checks.h"
 #include "support/symbol_fixture.h"
-#include "wrapped_int.h"
 
 namespace plc {
 namespace test {

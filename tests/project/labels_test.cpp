@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "host/project/iec_types.h"
-#include "host/project/label_lookup.h"
-#include "host/project/nearest_name.h"
+#include "project/label_lookup.h"
 #include "tests/project/project_text.h"
+#include "values/iec_types.h"
+#include "values/nearest_name.h"
 
-namespace plc {
+namespace plc::project {
 namespace {
 
 class Labels : public testing::Test {
@@ -135,17 +135,17 @@ TEST(NearestName, PrefersTheFewestChangesAndIgnoresCase)
 {
     const QStringList names{QStringLiteral("level"), QStringLiteral("lever"),
                             QStringLiteral("INT")};
-    EXPECT_EQ("level", nearestName(QStringLiteral("levl"), names).toStdString());
-    EXPECT_EQ("INT", nearestName(QStringLiteral("int"), names).toStdString());
-    EXPECT_EQ("", nearestName(QStringLiteral("temperature"), names).toStdString());
-    EXPECT_EQ("", nearestName(QString(100000, QLatin1Char('l')), names).toStdString());
+    EXPECT_EQ("level", values::nearestName(QStringLiteral("levl"), names).toStdString());
+    EXPECT_EQ("INT", values::nearestName(QStringLiteral("int"), names).toStdString());
+    EXPECT_EQ("", values::nearestName(QStringLiteral("temperature"), names).toStdString());
+    EXPECT_EQ("", values::nearestName(QString(100000, QLatin1Char('l')), names).toStdString());
 }
 
 TEST(Quoted, KeepsOnLineAndShort)
 {
-    EXPECT_EQ("\"a\\\"b\\\\\\u001b\"", quoted(QStringLiteral("a\"b\\\x1b")).toStdString());
-    EXPECT_EQ(62 + 1, quoted(QString(1000, QLatin1Char('x'))).size());
+    EXPECT_EQ("\"a\\\"b\\\\\\u001b\"", values::quoted(QStringLiteral("a\"b\\\x1b")).toStdString());
+    EXPECT_EQ(62 + 1, values::quoted(QString(1000, QLatin1Char('x'))).size());
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::project

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "host/project/iec_types.h"
-#include "host/project/memory_layout.h"
+#include "project/memory_layout.h"
 #include "tests/support/random.h"
+#include "values/iec_types.h"
 
-namespace plc {
+namespace plc::project {
 namespace {
 
 Variable variable(const char* type, qint32 offset, const QVector<ArrayDimension>& dimensions = {},
@@ -12,7 +12,7 @@ Variable variable(const char* type, qint32 offset, const QVector<ArrayDimension>
 {
     Variable result;
     result.name = QStringLiteral("v");
-    result.type = findIecType(QLatin1String(type));
+    result.type = values::findIecType(QLatin1String(type));
     result.offset = offset;
     result.dimensions = dimensions;
     result.stringLength = length;
@@ -123,7 +123,7 @@ TEST(MemoryLayout, FindsTheTwoThatShareAByteWhateverTheOrder)
 
 TEST(MemoryLayout, AgreesWithMarkingEveryBitByItself)
 {
-    test::Random random(20);
+    plc::test::Random random(20);
     const char* const types[] = {"BOOL", "INT", "DINT", "LREAL", "BIT"};
     int sharing = 0;
     for (int round = 0; round < 500; ++round) {
@@ -155,7 +155,9 @@ TEST(MemoryLayout, AgreesWithMarkingEveryBitByItself)
 
 TEST(IecTypes, RangesAreThoseOfTheType)
 {
-    const auto range = [](const char* name) { return iecRange(*findIecType(QLatin1String(name))); };
+    const auto range = [](const char* name) {
+        return values::iecRange(*values::findIecType(QLatin1String(name)));
+    };
     EXPECT_EQ(-128.0, range("SINT").lowest);
     EXPECT_EQ(127.0, range("SINT").highest);
     EXPECT_EQ(0.0, range("UINT").lowest);
@@ -180,13 +182,13 @@ TEST(IecTypes, CodesAndSizesAreThoseOfTheDriver)
                     {"LREAL", 8, 8},   {"LINT", 9, 8},     {"ULINT", 9, 8},  {"LWORD", 9, 8},
                     {"STRING", 10, 0}, {"WSTRING", 11, 0}, {"BIT", 13, 0}};
     for (const auto& type : expected) {
-        const IecType* found = findIecType(QLatin1String(type.name));
+        const values::IecType* found = values::findIecType(QLatin1String(type.name));
         ASSERT_NE(nullptr, found) << type.name;
         EXPECT_EQ(type.code, found->code) << type.name;
         EXPECT_EQ(type.size, found->size) << type.name;
     }
-    EXPECT_EQ(nullptr, findIecType(QStringLiteral("bool")));
-    EXPECT_EQ(nullptr, findIecType(QString()));
+    EXPECT_EQ(nullptr, values::findIecType(QStringLiteral("bool")));
+    EXPECT_EQ(nullptr, values::findIecType(QString()));
 }
 
 /// "first/second@byte" for each.
@@ -247,4 +249,4 @@ TEST(MemoryGaps, LieBeforeBetweenAndBehindVariables)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::project

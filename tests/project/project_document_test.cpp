@@ -1,4 +1,4 @@
-#include "host/project/project_document.h"
+#include "project/project_document.h"
 
 #include <gmock/gmock.h>
 
@@ -8,7 +8,7 @@
 
 #include "tests/project/project_text.h"
 
-namespace plc {
+namespace plc::project {
 namespace test {
 namespace {
 
@@ -129,4 +129,4 @@ TEST(MergedDocument, IsTheSameAfterTheSecondTime)
 
 } // namespace
 } // namespace test
-} // namespace plc
+} // namespace plc::project

@@ -4,7 +4,7 @@
 
 #include "tests/project/project_text.h"
 
-namespace plc {
+namespace plc::project {
 namespace {
 
 using test::errorOf;
@@ -515,4 +515,4 @@ TEST(ProjectErrors, RangesStandForAtMost100000Labels)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::project

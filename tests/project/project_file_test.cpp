@@ -3,10 +3,10 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
-#include "host/project/iec_types.h"
 #include "tests/project/project_text.h"
+#include "values/iec_types.h"
 
-namespace plc {
+namespace plc::project {
 namespace {
 
 using test::goodProject;
@@ -245,9 +245,9 @@ TEST(DemoPlant, ReadsAtLeast150LabelsInThreeAreas)
         }
     }
     EXPECT_EQ(3, areas.size());
-    for (const IecType* type = iecTypes(); type->name != nullptr; ++type)
+    for (const values::IecType* type = values::iecTypes(); type->name != nullptr; ++type)
         EXPECT_TRUE(types.contains(QLatin1String(type->name))) << type->name;
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::project

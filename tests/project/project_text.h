@@ -5,9 +5,9 @@
 
 #include <QtCore/QByteArray>
 
-#include "host/project/project.h"
+#include "project/project.h"
 
-namespace plc {
+namespace plc::project {
 namespace test {
 
 /// A project document with these structures and variables of the scope MAIN; area 1 has 1000 bytes,
@@ -46,6 +46,6 @@ inline Project goodProject(const QByteArray& json)
 }
 
 } // namespace test
-} // namespace plc
+} // namespace plc::project
 
 #endif

@@ -6,13 +6,13 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QSet>
 
-#include "host/project/iec_types.h"
-#include "host/project/signal_kinds.h"
+#include "project/signal_kinds.h"
 #include "tests/project/project_text.h"
+#include "values/iec_types.h"
 
 // The schema is for editors; the loader does not read it. These keep the two together.
 
-namespace plc {
+namespace plc::project {
 namespace {
 
 using Names = QSet<QString>;
@@ -85,7 +85,7 @@ TEST_F(Schema, KnowsTheKeysOfTheLoader)
 TEST_F(Schema, KnowsTheTypes)
 {
     Names types;
-    for (const IecType* type = iecTypes(); type->name != nullptr; ++type)
+    for (const values::IecType* type = values::iecTypes(); type->name != nullptr; ++type)
         types.insert(QString::fromLatin1(type->name));
     EXPECT_EQ(types, names(at(m_schema, "$defs/type")
                                .value(QLatin1String("anyOf"))
@@ -141,4 +141,4 @@ TEST_F(Schema, DefaultsOfTheSettingsAreThoseOfTheLoader)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::project

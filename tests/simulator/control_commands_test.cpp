@@ -3,7 +3,7 @@
 #include "simulator/frame_text.h"
 #include "tests/simulator/running_simulator.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 using test::bytes;
@@ -148,4 +148,4 @@ TEST(FrameText, TellsWhatFramesAreAbout)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::simulator

@@ -7,7 +7,7 @@
 
 #include "simulator/plc_services.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace test {
 
 /// Bytes from hexadecimal digits; blanks may stand between them.
@@ -46,6 +46,6 @@ inline QByteArray framed(const QByteArray& payload)
 }
 
 } // namespace test
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

@@ -4,7 +4,7 @@
 #include "tests/simulator/frame_bytes.h"
 #include "tests/support/random.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 using test::bytes;
@@ -93,7 +93,7 @@ TEST(FrameParser, TakesTheLargestFrame)
 
 TEST(FrameParser, GoesOnOrRefusesWhateverArrives)
 {
-    test::Random random(7);
+    plc::test::Random random(7);
     for (int round = 0; round < 2000; ++round) {
         FrameParser parser;
         Outcome last = Outcome::NeedMore;
@@ -114,4 +114,4 @@ TEST(FrameParser, GoesOnOrRefusesWhateverArrives)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::simulator

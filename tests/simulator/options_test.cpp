@@ -5,7 +5,7 @@
 #include "simulator/options.h"
 #include "tests/project/project_text.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 class OptionsTest : public testing::Test {
@@ -97,7 +97,7 @@ TEST_F(OptionsTest, HelpAndVersionNeedNoProject)
 TEST_F(OptionsTest, ProjectsThatNeedTooMuchAreRefused)
 {
     const auto ofSize = [](int size) {
-        Project project;
+        project::Project project;
         project.areas = {{1, size}, {2, 1}};
         return project;
     };
@@ -105,7 +105,7 @@ TEST_F(OptionsTest, ProjectsThatNeedTooMuchAreRefused)
     EXPECT_FALSE(checkSize(ofSize(256 * 1024 * 1024), &m_error));
     EXPECT_EQ("the areas of the project have 268435457 bytes; at most 268435456 can be simulated",
               m_error.toStdString());
-    const Project signalled = test::goodProject(
+    const project::Project signalled = project::test::goodProject(
         R"({"name": "n", "areas": [{"index": 0, "size": 100001}], "scopes": [{"name": "M",
             "variables": [{"name": "v", "type": "BYTE", "area": 0, "offset": 0,
                            "array": [[1, 100001]],
@@ -115,4 +115,4 @@ TEST_F(OptionsTest, ProjectsThatNeedTooMuchAreRefused)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::simulator

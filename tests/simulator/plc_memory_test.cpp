@@ -3,7 +3,7 @@
 #include "simulator/plc_memory.h"
 #include "tests/simulator/frame_bytes.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 using test::bytes;
@@ -84,4 +84,4 @@ TEST(PlcMemory, TheWordOfABitMustLieInTheArea)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::simulator

@@ -7,7 +7,7 @@
 #include "tests/simulator/running_simulator.h"
 #include "tests/support/random.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 using test::bytes;
@@ -370,7 +370,7 @@ TEST_F(PlcServerTest, SaysWhyItCannotListen)
 
 TEST_F(PlcServerTest, SurvivesRandomStreams)
 {
-    test::Random random(99);
+    plc::test::Random random(99);
     for (int round = 0; round < 300; ++round) {
         Client client(m_server.port());
         QByteArray stream;
@@ -404,4 +404,4 @@ TEST_F(PlcServerTest, TracesEveryFrame)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::simulator

@@ -4,7 +4,7 @@
 #include "tests/simulator/frame_bytes.h"
 #include "tests/support/random.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 using test::bytes;
@@ -299,7 +299,7 @@ TEST_F(PlcServicesTest, TruncatedRequestsAreRefusedAtEveryByteAndStoreNothing)
 
 TEST_F(PlcServicesTest, RandomRequestsGetAWholeReply)
 {
-    test::Random random(42);
+    plc::test::Random random(42);
     const char services[] = {0x01, 0x2e, 0x31, 0x3c, 0x55};
     int good = 0;
     for (int round = 0; round < 20000; ++round) {
@@ -333,4 +333,4 @@ TEST_F(PlcServicesTest, RandomRequestsGetAWholeReply)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::simulator

@@ -9,7 +9,7 @@
 
 #include "tests/simulator/running_simulator.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 constexpr int kPatience = 20000; // ms
@@ -158,4 +158,4 @@ TEST_F(Program, TellsItsVersion)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::simulator

@@ -2,7 +2,7 @@
 
 #include "simulator/reply_faults.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 const QByteArray kReply("0123456789a");
@@ -74,4 +74,4 @@ TEST(ReplyFaults, DelaysAddUp)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::simulator

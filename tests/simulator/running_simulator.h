@@ -12,7 +12,7 @@
 #include "tests/project/project_text.h"
 #include "tests/simulator/frame_bytes.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace test {
 
 /// Lets events happen until `condition` holds; fails after ten seconds.
@@ -115,7 +115,7 @@ protected:
     char m_program[5] = "test";
     char* m_arguments[2] = {m_program, nullptr};
     QCoreApplication m_application{m_argumentCount, m_arguments};
-    const Project m_project = goodProject(projectText(
+    const project::Project m_project = project::test::goodProject(project::test::projectText(
         R"({"name": "speed", "type": "INT", "area": 1, "offset": 16},
            {"name": "lamp", "type": "BIT", "area": 1, "offset": 515, "array": [[0, 3]]},
            {"name": "title", "type": "STRING", "area": 2, "offset": 0, "length": 20})"));
@@ -131,6 +131,6 @@ protected:
 };
 
 } // namespace test
-} // namespace plc
+} // namespace plc::simulator
 
 #endif

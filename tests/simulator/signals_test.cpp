@@ -6,7 +6,7 @@
 #include "simulator/value_access.h"
 #include "tests/project/project_text.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 /// A project whose values live.
@@ -14,7 +14,7 @@ class SignalsTest : public testing::Test {
 protected:
     void load(const QByteArray& variables, const QByteArray& structures = "", quint32 seed = 1)
     {
-        m_project = test::goodProject(test::projectText(variables, structures));
+        m_project = project::test::goodProject(project::test::projectText(variables, structures));
         m_memory = std::make_unique<PlcMemory>(m_project.areas);
         m_signals = std::make_unique<Signals>(m_project, m_memory.get(), seed);
     }
@@ -39,17 +39,17 @@ protected:
 
     void advance(qint64 milliseconds) { m_signals->advance(milliseconds); }
 
-    Project m_project;
+    project::Project m_project;
     std::unique_ptr<PlcMemory> m_memory;
     std::unique_ptr<Signals> m_signals;
 
 private:
-    LabelTarget find(const char* label) const
+    project::LabelTarget find(const char* label) const
     {
         QString error;
-        const auto target = LabelFinder(m_project).find(QString::fromUtf8(label), &error);
+        const auto target = project::LabelFinder(m_project).find(QString::fromUtf8(label), &error);
         EXPECT_TRUE(target) << error.toStdString();
-        return target.value_or(LabelTarget());
+        return target.value_or(project::LabelTarget());
     }
 };
 
@@ -265,7 +265,7 @@ TEST_F(SignalsTest, EveryElementCounts)
 
 TEST(CountSignalValues, OfAHugeProjectIsKnownWithoutWalkingIt)
 {
-    const Project project = test::goodProject(
+    const project::Project project = project::test::goodProject(
         R"({"name": "n", "areas": [{"index": 0, "size": 2147483647}], "scopes": [{"name": "M",
             "variables": [{"name": "v", "type": "BYTE", "area": 0, "offset": 0,
                            "array": [[1, 2147483646]],
@@ -274,4 +274,4 @@ TEST(CountSignalValues, OfAHugeProjectIsKnownWithoutWalkingIt)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::simulator

@@ -3,11 +3,11 @@
 #include <cmath>
 #include <limits>
 
-#include "host/project/iec_types.h"
 #include "simulator/value_access.h"
 #include "tests/simulator/frame_bytes.h"
+#include "values/iec_types.h"
 
-namespace plc {
+namespace plc::simulator {
 namespace {
 
 using test::bytes;
@@ -15,14 +15,14 @@ using test::hex;
 
 class ValueAccess : public testing::Test {
 protected:
-    LabelTarget place(const char* type, int length = 0)
+    project::LabelTarget place(const char* type, int length = 0)
     {
-        m_variable.type = findIecType(QLatin1String(type));
+        m_variable.type = values::findIecType(QLatin1String(type));
         m_variable.stringLength = length;
-        LabelTarget target;
+        project::LabelTarget target;
         target.variable = &m_variable;
         target.area = 1;
-        target.address = isBit(*m_variable.type) ? 4 * 16 + 3 : 4;
+        target.address = values::isBit(*m_variable.type) ? 4 * 16 + 3 : 4;
         return target;
     }
 
@@ -52,7 +52,7 @@ protected:
         return hex(m_memory.read(1, 4, size));
     }
 
-    Variable m_variable;
+    project::Variable m_variable;
     PlcMemory m_memory{{{1, 40}}};
 };
 
@@ -159,4 +159,4 @@ TEST_F(ValueAccess, NumbersComeBackAsStored)
 }
 
 } // namespace
-} // namespace plc
+} // namespace plc::simulator

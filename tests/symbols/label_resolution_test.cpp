@@ -4,9 +4,9 @@
 
 #include <climits>
 
+#include "driver/wrapped_int.h"
 #include "support/random.h"
 #include "support/symbol_fixture.h"
-#include "wrapped_int.h"
 
 namespace plc {
 namespace test {

@@ -8,7 +8,7 @@ namespace {
 constexpr std::chrono::nanoseconds kStart = std::chrono::seconds(1750000000);
 constexpr std::chrono::nanoseconds kPacketDistance = std::chrono::milliseconds(1);
 
-TcpEndpoint endpoint(const char* address, quint16 port)
+capture::TcpEndpoint endpoint(const char* address, quint16 port)
 {
     return {QHostAddress(QString::fromLatin1(address)), port};
 }
@@ -42,12 +42,12 @@ CaptureFile& CaptureFile::server(const char* hex)
 
 CaptureFile& CaptureFile::client(const QByteArray& bytes)
 {
-    return send(TcpConversation::Client, bytes);
+    return send(capture::TcpConversation::Client, bytes);
 }
 
 CaptureFile& CaptureFile::server(const QByteArray& bytes)
 {
-    return send(TcpConversation::Server, bytes);
+    return send(capture::TcpConversation::Server, bytes);
 }
 
 CaptureFile& CaptureFile::login()
@@ -72,17 +72,17 @@ CaptureFile& CaptureFile::open()
 
 CaptureFile& CaptureFile::close()
 {
-    m_current->close(TcpConversation::Client, m_time);
+    m_current->close(capture::TcpConversation::Client, m_time);
     return *this;
 }
 
 CaptureFile& CaptureFile::reset()
 {
-    m_current->reset(TcpConversation::Server, m_time);
+    m_current->reset(capture::TcpConversation::Server, m_time);
     return *this;
 }
 
-CaptureFile& CaptureFile::send(TcpConversation::Side from, const QByteArray& bytes)
+CaptureFile& CaptureFile::send(capture::TcpConversation::Side from, const QByteArray& bytes)
 {
     m_current->send(from, bytes, m_time);
     m_time += kPacketDistance;

@@ -6,7 +6,7 @@
 #include <QtCore/QStringList>
 #include <QtCore/QTemporaryDir>
 
-#include "host/capture/tcp_conversation.h"
+#include "capture/tcp_conversation.h"
 #include "tests/wireshark/dissection.h"
 
 namespace plc {
@@ -43,14 +43,14 @@ public:
     void useFirstConnection() { m_current = &m_first; }
 
 private:
-    CaptureFile& send(TcpConversation::Side from, const QByteArray& bytes);
+    CaptureFile& send(capture::TcpConversation::Side from, const QByteArray& bytes);
 
     QTemporaryDir m_folder;
     QFile m_file;
-    PcapngWriter m_writer;
-    TcpConversation m_first;
-    TcpConversation m_second;
-    TcpConversation* m_current = &m_first;
+    capture::PcapngWriter m_writer;
+    capture::TcpConversation m_first;
+    capture::TcpConversation m_second;
+    capture::TcpConversation* m_current = &m_first;
     std::chrono::nanoseconds m_time;
 };
 

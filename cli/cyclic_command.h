@@ -1,0 +1,50 @@
+#ifndef PLC_CLI_CYCLIC_COMMAND_H
+#define PLC_CLI_CYCLIC_COMMAND_H
+
+#include <QtCore/QTimer>
+
+#include <optional>
+
+#include "cli/link_command.h"
+
+namespace plc::cli {
+
+/// A command that reads values again and again until its time is over or the user ends it.
+class CyclicCommand : public LinkCommand {
+protected:
+    explicit CyclicCommand(const CommandContext& context) : LinkCommand(context) {}
+
+    bool prepare() override { return readCyclically(); }
+    void begin() override;
+    /// The second time it ends at once.
+    void interrupted() override { m_end ? endNow() : end(kExitDone); }
+    void outputLost() override { m_end ? endNow() : end(kExitRefused); }
+    void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
+                         const QByteArray& reply) override;
+
+    /// Ends as soon as nothing waits for an outcome any more. Closing the link settles what is
+    /// under way.
+    void end(ExitCode code);
+    bool isEnding() const { return m_end.has_value(); }
+    /// To be called when something was settled.
+    void settled();
+    virtual bool hasOpenTransfers() { return false; }
+    /// Whether something that the user wanted was not done.
+    virtual bool hasFailed() const { return false; }
+    /// Called by end() before the link is closed, and behind it.
+    virtual void aboutToEnd() = 0;
+    virtual void ended() = 0;
+
+private:
+    bool wasServed();
+    void endNow();
+
+    QTimer m_duration;
+    std::optional<ExitCode> m_end; ///< What to end with, once it is to end.
+    bool m_isClosing = false;
+    bool m_hasRead = false; ///< The PLC answered a request of ours with success.
+};
+
+} // namespace plc::cli
+
+#endif

@@ -1,0 +1,89 @@
+#include "cli/label_file.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+#include "project/label_expansion.h"
+#include "project/label_lookup.h"
+#include "project/label_pattern.h"
+#include "values/csv.h"
+#include "values/nearest_name.h"
+
+namespace plc::cli {
+namespace {
+
+constexpr qint64 kLargestFile = qint64(32) * 1024 * 1024;
+
+/// What is wrong with a label, or nothing. Patterns are looked at when they are expanded.
+QString problemOf(const QString& text, const project::LabelFinder& labels)
+{
+    // RFC 4180 wants quotes around what has a comma, and a subscript that lost its second half
+    // shows that they are missing.
+    if (text.count(QLatin1Char('[')) > text.count(QLatin1Char(']')))
+        return QStringLiteral(
+                   "%1 ends within its subscripts; a label with a comma stands in "
+                   "quotes: \"Plant.table[1,2]\"")
+            .arg(values::quoted(text));
+    const bool isCount = project::isElementCount(text, labels);
+    if (project::hasWildcard(text) && !isCount)
+        return {};
+    const QString label = isCount ? text.left(text.indexOf(QLatin1Char('*'))) : text;
+    QString error;
+    const std::optional<QVector<project::LabelPart>> parts = project::parseLabel(label, &error);
+    if (!parts || !labels.find(*parts, &error))
+        return QStringLiteral("label %1: %2").arg(values::quoted(label), error);
+    return {};
+}
+
+} // namespace
+
+bool appendLabels(const QString& path, const project::Project& project, QStringList* labels,
+                  QString* error)
+{
+    QFile file(path);
+    if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly)) {
+        *error = QStringLiteral("%1: cannot be read: %2; --labels takes a CSV file")
+                     .arg(path, QFileInfo(path).isDir() ? QStringLiteral("it is a folder")
+                                                        : file.errorString());
+        return false;
+    }
+    const QByteArray bytes = file.read(kLargestFile + 1);
+    if (bytes.size() > kLargestFile) {
+        *error = QStringLiteral("%1: the file has more than %2 MiB; a list of labels has less")
+                     .arg(path)
+                     .arg(kLargestFile / 1024 / 1024);
+        return false;
+    }
+    QString reason;
+    const std::optional<QVector<values::csv::Record>> records =
+        values::csv::parse(QString::fromUtf8(bytes), &reason);
+    if (!records) {
+        *error = QStringLiteral("%1: %2").arg(path, reason);
+        return false;
+    }
+    const project::LabelFinder finder(project);
+    int found = 0;
+    for (const values::csv::Record& record : *records) {
+        const QString label = record.fields.first().trimmed();
+        const bool isHeader = &record == &records->first() &&
+                              label.compare(QLatin1String("label"), Qt::CaseInsensitive) == 0;
+        if (isHeader)
+            continue;
+        const QString problem = label.isEmpty() ? QStringLiteral(
+                                                      "the first column is empty, "
+                                                      "expected a label")
+                                                : problemOf(label, finder);
+        if (!problem.isEmpty()) {
+            *error = QStringLiteral("%1: line %2: %3").arg(path).arg(record.line).arg(problem);
+            return false;
+        }
+        labels->append(label);
+        ++found;
+    }
+    if (found == 0)
+        *error =
+            QStringLiteral("%1: has no labels; expected one a line, in the first column").arg(path);
+    return found > 0;
+}
+
+} // namespace plc::cli

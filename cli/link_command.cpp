@@ -1,0 +1,148 @@
+#include "cli/link_command.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QTimer>
+
+#include <algorithm>
+#include <csignal>
+
+#include "project/label_expansion.h"
+
+namespace plc::cli {
+
+LinkCommand::LinkCommand(const CommandContext& context)
+    : m_context(context),
+      m_trace(context.options.trace),
+      m_runtime(context.driver, context.project, context.options.cycleTime, this),
+      m_link(&m_runtime.session(), context.project.address, context.project.port)
+{
+}
+
+int LinkCommand::execute()
+{
+    if (!prepare() || !startCapture())
+        return m_preparationCode;
+    const SignalNotifier ends({SIGINT, SIGTERM, SIGHUP}, [this](int) { interrupted(); });
+    whenOutputIsLost([this] { QTimer::singleShot(0, &m_link, [this] { outputLost(); }); });
+    begin();
+    int code = QCoreApplication::exec();
+    whenOutputIsLost(nullptr);
+    m_isFinished = true;
+    m_link.stop();
+    if (!m_capture.error().isEmpty()) {
+        complain(QStringLiteral("the capture %1 is incomplete: %2; what it has can be read")
+                     .arg(m_capture.path(), m_capture.error()));
+        code = code == kExitDone ? kExitRefused : code;
+    }
+    return code;
+}
+
+/// Returns false after complaining when the capture that the user wants cannot be written.
+bool LinkCommand::startCapture()
+{
+    const QString path = options().captureFile;
+    if (path.isEmpty())
+        return true;
+    if (!mayReplace(path, options().force)) {
+        complain(QStringLiteral("%1 exists; --force replaces it by the capture").arg(path));
+        return false;
+    }
+    QString error;
+    const QString application = QStringLiteral("plc ") + QCoreApplication::applicationVersion();
+    if (!m_capture.create(path, application, &error)) {
+        if (m_capture.wasMade())
+            setPreparationCode(kExitRefused);
+        complain(QStringLiteral("cannot write the capture %1: %2; give --capture a file in a "
+                                "folder that you may write to and that has room")
+                     .arg(path, error));
+        return false;
+    }
+    m_link.keepIn(&m_capture);
+    return true;
+}
+
+QString LinkCommand::peer() const
+{
+    return QStringLiteral("%1:%2").arg(project().address).arg(project().port);
+}
+
+QVector<host::DataPoint> LinkCommand::findPoints() const
+{
+    QVector<host::DataPoint> points;
+    const auto add = [this, &points](const auto& label) {
+        QString error;
+        const std::optional<host::DataPoint> point = m_runtime.points().find(label, &error);
+        if (point)
+            points.append(*point);
+        else
+            complain(error);
+        return point.has_value();
+    };
+    project::LabelExpander expander(project());
+    for (const QString& text : options().arguments) {
+        QString error;
+        const std::optional<QStringList> labels = expander.expand(text, &error);
+        if (!labels) {
+            complain(error);
+            return {};
+        }
+        if (!std::all_of(labels->begin(), labels->end(), add))
+            return {};
+    }
+    if (!points.isEmpty())
+        return points;
+    for (const project::CyclicLabel& label : project().cyclic) {
+        if (!add(label))
+            return {};
+    }
+    if (points.isEmpty())
+        complain(QStringLiteral("the project has no cyclic labels; name the labels to read"));
+    return points;
+}
+
+bool LinkCommand::readCyclically()
+{
+    const QVector<host::DataPoint> points = findPoints();
+    if (points.isEmpty())
+        return false;
+    m_runtime.readCyclically(points, m_link.now());
+    for (int station : options().stationsOff)
+        m_runtime.switchStation(station, false, m_link.now());
+    return true;
+}
+
+void LinkCommand::complainOfLoss(host::LinkState state, const QString& reason, int retryDelay) const
+{
+    // Without another attempt it was closed from here.
+    if (state == host::LinkState::Down && retryDelay >= 0 && !m_isFinished) {
+        complain(QStringLiteral("no link to %1: %2; plc diagnose tells where it fails and what to "
+                                "try")
+                     .arg(peer(), reason));
+    }
+}
+
+void LinkCommand::finish(ExitCode code)
+{
+    if (m_isFinished)
+        return;
+    m_isFinished = true;
+    QTimer::singleShot(0, [code] { QCoreApplication::exit(code); });
+}
+
+void LinkCommand::requestSent(const host::SentRequest& request)
+{
+    m_trace.request(request);
+}
+
+void LinkCommand::requestAnswered(const host::SentRequest& request, const host::Answer& answer,
+                                  const QByteArray& reply)
+{
+    m_trace.reply(request, answer, reply);
+}
+
+void LinkCommand::linkChanged(host::LinkState state, const QString& reason, int)
+{
+    m_trace.link(state, reason);
+}
+
+} // namespace plc::cli

@@ -1,0 +1,84 @@
+#ifndef PLC_CLI_LINK_COMMAND_H
+#define PLC_CLI_LINK_COMMAND_H
+
+#include "cli/console.h"
+#include "cli/options.h"
+#include "cli/signal_notifier.h"
+#include "cli/trace_printer.h"
+#include "host/runtime/runtime.h"
+#include "host/tcp/tcp_link.h"
+
+namespace plc::cli {
+
+/// What all commands work with.
+struct CommandContext {
+    Options options;
+    project::Project project;
+    host::DriverFunctions driver;
+};
+
+/// A command that talks to the PLC: holds the runtime and the link and runs the event loop.
+class LinkCommand : protected host::RuntimeListener {
+public:
+    /// Runs the command to its end. Returns the exit code.
+    int execute();
+
+protected:
+    /// `context` must outlive the command.
+    explicit LinkCommand(const CommandContext& context);
+    ~LinkCommand() override = default;
+
+    const Options& options() const { return m_context.options; }
+    const project::Project& project() const { return m_context.project; }
+    host::Runtime& runtime() { return m_runtime; }
+    host::TcpLink& link() { return m_link; }
+    /// "HOST:PORT"
+    QString peer() const;
+
+    /// The data points that the arguments name; without arguments the project's cyclic ones.
+    /// Returns nothing after complaining when one is wrong or there are none.
+    QVector<host::DataPoint> findPoints() const;
+
+    /// Has findPoints() read again and again, but for the stations that begin switched off. Returns
+    /// false after complaining when there are none.
+    bool readCyclically();
+
+    /// Reads the arguments and queues what there is to do. Returns false after complaining about
+    /// wrong usage, or about what else keeps the command from beginning.
+    virtual bool prepare() = 0;
+    /// For the latter: what the program ends with if preparing fails.
+    void setPreparationCode(ExitCode code) { m_preparationCode = code; }
+    /// All is prepared: starts the link, which is not used before.
+    virtual void begin() { m_link.start(); }
+    /// The user wants an end.
+    virtual void interrupted() = 0;
+    /// Nothing can be shown any more; called from the event loop.
+    virtual void outputLost() {}
+
+    /// For commands that end with the link: says which PLC is away, why, and what to do.
+    void complainOfLoss(host::LinkState state, const QString& reason, int retryDelay) const;
+
+    /// Ends the event loop from its next turn on.
+    void finish(ExitCode code);
+    bool isFinished() const { return m_isFinished; }
+
+    void requestSent(const host::SentRequest& request) override;
+    void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
+                         const QByteArray& reply) override;
+    void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
+
+private:
+    bool startCapture();
+
+    const CommandContext& m_context;
+    const TracePrinter m_trace;
+    capture::LinkCapture m_capture;
+    host::Runtime m_runtime;
+    host::TcpLink m_link;
+    ExitCode m_preparationCode = kExitUsage;
+    bool m_isFinished = false;
+};
+
+} // namespace plc::cli
+
+#endif

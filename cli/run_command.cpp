@@ -1,0 +1,143 @@
+#include "cli/run_command.h"
+
+#include "cli/line_view.h"
+#include "cli/screen_view.h"
+#include "host/report/frame_text.h"
+#include "values/nearest_name.h"
+
+namespace plc::cli {
+
+void RunCommand::begin()
+{
+    startView();
+    QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh,
+                     [this] { m_view->refresh(runtime(), link().now()); });
+    m_refresh.start(options().interval > 0 ? options().interval : m_view->usualInterval());
+    CyclicCommand::begin();
+}
+
+void RunCommand::startView()
+{
+    const CarryOut carryOutLine = [this](const QString& line) { carryOut(line); };
+    if (!options().json && TerminalView::isPossible()) {
+        m_view = screenView(carryOutLine);
+        return;
+    }
+    m_view = lineView();
+    m_input = std::make_unique<LineInput>(carryOutLine, [this] {
+        m_hasFailed = true;
+        m_view->message(QStringLiteral("a line of more than %1 KiB is left out, to its end")
+                            .arg(kLongestInputLine / 1024));
+    });
+}
+
+QString RunCommand::title() const
+{
+    return project().settings.readOnly ? project().name + QStringLiteral(" (read-only)")
+                                       : project().name;
+}
+
+std::unique_ptr<RunView> RunCommand::screenView(const CarryOut& carryOut)
+{
+    return std::make_unique<ScreenView>(title(), peer(), carryOut);
+}
+
+std::unique_ptr<RunView> RunCommand::lineView()
+{
+    return std::make_unique<LineView>(peer(), options().json, false);
+}
+
+void RunCommand::aboutToEnd()
+{
+    m_view->refresh(runtime(), link().now());
+}
+
+void RunCommand::ended()
+{
+    m_view->end(runtime(), link().now());
+}
+
+void RunCommand::requestSettled()
+{
+    m_view->valuesRead(runtime(), link().now());
+}
+
+void RunCommand::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
+{
+    LinkCommand::linkChanged(state, reason, retryDelay);
+    m_view->linkChanged(state, reason, retryDelay);
+}
+
+void RunCommand::requestAnswered(const host::SentRequest& request, const host::Answer& answer,
+                                 const QByteArray& reply)
+{
+    CyclicCommand::requestAnswered(request, answer, reply);
+    if (answer.kind == host::Answer::Abandoned)
+        m_view->message(QStringLiteral("refused: ") + host::replyText(request, reply, answer));
+}
+
+void RunCommand::valueRefused(int row)
+{
+    const host::ValueTable& values = runtime().values();
+    m_view->valueRefused(values.point(row), values.refusalStatus(row));
+}
+
+void RunCommand::valueGivenAgain(int row)
+{
+    m_view->message(
+        QStringLiteral("the PLC gives %1 again").arg(runtime().values().point(row).text));
+}
+
+void RunCommand::carryOut(const QString& line)
+{
+    if (isEnding())
+        return;
+    const QString text = line.trimmed();
+    const QString name = text.section(QLatin1Char(' '), 0, 0);
+    const QString rest = text.section(QLatin1Char(' '), 1).trimmed();
+    if (name == QLatin1String("write"))
+        write(rest);
+    else if (name == QLatin1String("station"))
+        switchStation(rest.section(QLatin1Char(' '), 0, 0),
+                      rest.section(QLatin1Char(' '), 1).trimmed());
+    else if (name == QLatin1String("quit"))
+        end(kExitDone);
+    else if (!name.isEmpty())
+        m_view->message(QStringLiteral("%1 is no command; there are write LABEL=VALUE, "
+                                       "station N off|on, quit")
+                            .arg(values::quoted(name)));
+}
+
+void RunCommand::write(const QString& text)
+{
+    QString error;
+    const std::optional<Assignment> assignment = parseAssignment(runtime().points(), text, &error);
+    if (!assignment) {
+        m_hasFailed = true;
+        m_view->message(error);
+        return;
+    }
+    runtime().write(assignment->point, assignment->values, link().now(),
+                    [this, assignment](const host::TransferOutcome& outcome) {
+                        m_hasFailed = m_hasFailed || !outcome.isDone();
+                        m_view->writeSettled(*assignment, outcome);
+                        settled();
+                    });
+    link().pump();
+}
+
+void RunCommand::switchStation(const QString& station, const QString& state)
+{
+    bool ok = false;
+    const int number = station.toInt(&ok, 10);
+    const bool on = state == QLatin1String("on");
+    if (!ok || number < 0 || (!on && state != QLatin1String("off"))) {
+        m_view->message(QStringLiteral("station N off or station N on is expected"));
+        return;
+    }
+    runtime().switchStation(number, on, link().now());
+    link().pump();
+    m_view->message(QStringLiteral("station %1 is switched %2").arg(number).arg(state));
+}
+
+} // namespace plc::cli

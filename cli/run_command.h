@@ -1,0 +1,58 @@
+#ifndef PLC_CLI_RUN_COMMAND_H
+#define PLC_CLI_RUN_COMMAND_H
+
+#include <QtCore/QTimer>
+
+#include <functional>
+#include <memory>
+
+#include "cli/cyclic_command.h"
+#include "cli/line_input.h"
+#include "cli/run_view.h"
+
+namespace plc::cli {
+
+/// `plc run`: keeps reading the cyclic values and shows them; writes and switches stations by
+/// commands while it runs.
+class RunCommand : public CyclicCommand {
+public:
+    explicit RunCommand(const CommandContext& context) : CyclicCommand(context) {}
+
+protected:
+    using CarryOut = std::function<void(const QString&)>;
+
+    /// Name of the project, and that it is read-only where it is.
+    QString title() const;
+
+    /// The view for a terminal, and for all else. `carryOut` takes the user's commands.
+    virtual std::unique_ptr<RunView> screenView(const CarryOut& carryOut);
+    virtual std::unique_ptr<RunView> lineView();
+
+private:
+    void begin() override;
+    void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
+    void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
+                         const QByteArray& reply) override;
+    void requestSettled() override;
+    void valueRefused(int row) override;
+    void valueGivenAgain(int row) override;
+    bool hasOpenTransfers() override { return runtime().openWrites() > 0; }
+    bool hasFailed() const override { return m_hasFailed; }
+    void aboutToEnd() override;
+    void ended() override;
+
+    void startView();
+    /// Carries out one line of input.
+    void carryOut(const QString& line);
+    void write(const QString& assignment);
+    void switchStation(const QString& station, const QString& state);
+
+    std::unique_ptr<RunView> m_view;
+    std::unique_ptr<LineInput> m_input;
+    bool m_hasFailed = false; ///< A write that was asked for was not done.
+    QTimer m_refresh;
+};
+
+} // namespace plc::cli
+
+#endif

@@ -1,0 +1,70 @@
+#include "cli/stats_command.h"
+
+namespace plc::cli {
+
+void StatsCommand::begin()
+{
+    m_clock.start();
+    if (!options().json && StatsView::isPossible()) {
+        m_view = std::make_unique<StatsView>(project().name, peer(),
+                                             [this](const QString&) { interrupted(); });
+        QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh, [this] { refresh(); });
+        m_refresh.start(m_view->usualInterval());
+    }
+    CyclicCommand::begin();
+}
+
+void StatsCommand::ended()
+{
+    if (m_view) {
+        refresh();
+        m_view->end(runtime(), m_clock.elapsed());
+    } else if (options().json) {
+        print(statsJson(report()));
+    } else {
+        print(QStringLiteral("%1 at %2").arg(project().name, peer()));
+        for (const QString& line : statsLines(report()))
+            print(line);
+    }
+}
+
+void StatsCommand::requestSent(const host::SentRequest& request)
+{
+    CyclicCommand::requestSent(request);
+    m_statistics.requestSent(m_clock.nsecsElapsed());
+}
+
+void StatsCommand::requestAnswered(const host::SentRequest& request, const host::Answer& answer,
+                                   const QByteArray& reply)
+{
+    m_statistics.requestAnswered(request, answer, m_clock.nsecsElapsed());
+    CyclicCommand::requestAnswered(request, answer, reply);
+}
+
+void StatsCommand::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
+{
+    CyclicCommand::linkChanged(state, reason, retryDelay);
+    m_statistics.linkChanged(state, reason, retryDelay);
+    if (m_view)
+        m_view->linkChanged(state, reason, retryDelay);
+}
+
+StatsReport StatsCommand::report()
+{
+    StatsReport report;
+    report.link = m_statistics;
+    report.bytesSent = link().bytesSent();
+    report.bytesReceived = link().bytesReceived();
+    const host::ValueTable& values = runtime().values();
+    for (int row = 0; row < values.size(); ++row)
+        report.values += values.reads(row);
+    report.duration = m_clock.elapsed();
+    return report;
+}
+
+void StatsCommand::refresh()
+{
+    m_view->show(report(), runtime(), m_clock.elapsed());
+}
+
+} // namespace plc::cli

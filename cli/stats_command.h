@@ -1,0 +1,39 @@
+#ifndef PLC_CLI_STATS_COMMAND_H
+#define PLC_CLI_STATS_COMMAND_H
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QTimer>
+
+#include <memory>
+
+#include "cli/cyclic_command.h"
+#include "cli/stats_view.h"
+
+namespace plc::cli {
+
+/// `plc stats`: keeps reading the cyclic values and tells how the link fares.
+class StatsCommand : public CyclicCommand {
+public:
+    explicit StatsCommand(const CommandContext& context) : CyclicCommand(context) {}
+
+private:
+    void begin() override;
+    void aboutToEnd() override {}
+    void ended() override;
+    void requestSent(const host::SentRequest& request) override;
+    void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
+                         const QByteArray& reply) override;
+    void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
+
+    StatsReport report();
+    void refresh();
+
+    host::LinkStatistics m_statistics;
+    QElapsedTimer m_clock;
+    std::unique_ptr<StatsView> m_view; ///< Null where there is no terminal.
+    QTimer m_refresh;
+};
+
+} // namespace plc::cli
+
+#endif

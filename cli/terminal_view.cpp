@@ -1,0 +1,116 @@
+#include "cli/terminal_view.h"
+
+#include <unistd.h>
+#include <csignal>
+
+#include <algorithm>
+#include <utility>
+
+#include "cli/value_lines.h"
+#include "host/points/value_codec.h"
+
+namespace plc::cli {
+namespace {
+
+bool isBlank(const QString& line)
+{
+    return line.trimmed().isEmpty();
+}
+
+} // namespace
+
+TerminalView::TerminalView(const QString& peer, std::function<void(const QString&)> carryOut)
+    : m_peer(peer),
+      m_carryOut(std::move(carryOut)),
+      m_signals({SIGWINCH, SIGTSTP}, [this](int number) { handleSignal(number); })
+{
+    if (!m_terminal.hasKeys())
+        return;
+    m_keyboard = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(m_keyboard.get(), &QSocketNotifier::activated, m_keyboard.get(),
+                     [this] { readKeyboard(); });
+}
+
+void TerminalView::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
+{
+    m_linkState = state;
+    m_linkText = linkText(state, m_peer, reason, retryDelay);
+}
+
+void TerminalView::writeSettled(const Assignment& assignment, const host::TransferOutcome& outcome)
+{
+    message(QStringLiteral("write ") + writeLine(assignment, outcome));
+}
+
+void TerminalView::valueRefused(const host::DataPoint& point, int status)
+{
+    message(refusedValueText(point, status));
+}
+
+void TerminalView::message(const QString& text)
+{
+    m_message = text;
+    draw();
+}
+
+QString TerminalView::linkStatus(const host::Runtime& runtime, qint64 now) const
+{
+    return QStringLiteral("%1, %2 requests/s")
+        .arg(m_linkText)
+        .arg(runtime.requestsPerSecond(now), 0, 'f', 1);
+}
+
+void TerminalView::end(const host::Runtime& runtime, qint64 now)
+{
+    QStringList lines = layOut();
+    m_isEnded = true;
+    if (m_keyboard)
+        m_keyboard->setEnabled(false);
+    m_terminal.leave();
+    // The last screen stays in sight; its prompt makes room for the summary.
+    lines.removeLast();
+    lines.erase(std::remove_if(lines.begin(), lines.end(), isBlank), lines.end());
+    m_terminal.print(lines << summaryText(runtime.counters(), now));
+}
+
+void TerminalView::readKeyboard()
+{
+    char buffer[256];
+    const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof(buffer));
+    if (count <= 0) {
+        m_keyboard->setEnabled(false);
+        return;
+    }
+    for (const Key& key : readKeys(QByteArray(buffer, int(count))))
+        press(key);
+    draw();
+}
+
+void TerminalView::handleSignal(int number)
+{
+    if (number == SIGTSTP) {
+        m_terminal.leave();
+        ::raise(SIGSTOP);
+        m_terminal.enter();
+    } else {
+        m_terminal.measure();
+    }
+    resized();
+    draw();
+}
+
+void TerminalView::draw()
+{
+    if (!m_isEnded)
+        m_terminal.show(layOut());
+}
+
+QString shownValue(const host::ValueTable& values, int row)
+{
+    if (!values.wasRead(row))
+        return QStringLiteral("?");
+    const host::DataPoint& point = values.point(row);
+    return host::pointText(point, host::decodeValues(point, values.bytes(row))) + unitText(point);
+}
+
+} // namespace plc::cli

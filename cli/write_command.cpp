@@ -1,0 +1,64 @@
+#include "cli/write_command.h"
+
+#include "cli/value_lines.h"
+#include "host/points/value_codec.h"
+#include "host/transfers/result_text.h"
+
+namespace plc::cli {
+
+bool WriteCommand::prepare()
+{
+    if (project().settings.readOnly) {
+        complain(host::readOnlyText() + QStringLiteral("; nothing was sent"));
+        return false;
+    }
+    QVector<Assignment> assignments;
+    for (const QString& text : options().arguments) {
+        QString error;
+        const std::optional<Assignment> assignment =
+            parseAssignment(runtime().points(), text, &error);
+        if (!assignment) {
+            complain(error);
+            return false;
+        }
+        assignments.append(*assignment);
+    }
+    m_open = int(assignments.size());
+    for (const Assignment& assignment : assignments) {
+        runtime().write(assignment.point, assignment.values, link().now(),
+                        [this, assignment](const host::TransferOutcome& outcome) {
+                            settled(assignment, outcome);
+                        });
+    }
+    return true;
+}
+
+/// The end of the link settles what is still open.
+void WriteCommand::interrupted()
+{
+    link().stop();
+}
+
+void WriteCommand::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
+{
+    LinkCommand::linkChanged(state, reason, retryDelay);
+    complainOfLoss(state, reason, retryDelay);
+}
+
+void WriteCommand::settled(const Assignment& assignment, const host::TransferOutcome& outcome)
+{
+    if (options().json) {
+        JsonLine line;
+        addWrite(assignment, outcome, &line);
+        printOutcome(line.text());
+    } else if (outcome.isDone()) {
+        printOutcome(writeLine(assignment, outcome));
+    } else {
+        complain(writeLine(assignment, outcome));
+    }
+    m_allDone = m_allDone && outcome.isDone();
+    if (--m_open == 0)
+        finish(m_allDone ? kExitDone : kExitRefused);
+}
+
+} // namespace plc::cli

@@ -1,0 +1,82 @@
+#include "host/points/data_point.h"
+
+#include "driver/plc_driver.h"
+#include "project/value_limits.h"
+#include "values/nearest_name.h"
+
+namespace plc::host {
+
+static_assert(project::kMostBytesOfValue == PLC_LARGEST_VALUE &&
+                  project::kMostPiecesOfValue == PLC_MOST_PIECES,
+              "projects are checked against the limits of the driver");
+
+std::optional<DataPoint> DataPointFinder::find(const QString& text, QString* error) const
+{
+    const int star = int(text.lastIndexOf(QLatin1Char('*')));
+    if (star < 0)
+        return find(text, 1, error);
+    const QString number = text.mid(star + 1);
+    bool ok = false;
+    const int elements = number.toInt(&ok, 10);
+    if (!ok || elements < 1) {
+        *error = QStringLiteral("%1: a number of elements is expected behind the *, not %2")
+                     .arg(text, values::quoted(number));
+        return {};
+    }
+    return find(text.left(star), elements, error);
+}
+
+std::optional<DataPoint> DataPointFinder::find(const project::CyclicLabel& cyclic,
+                                               QString* error) const
+{
+    std::optional<DataPoint> point = find(cyclic.label, cyclic.elements, error);
+    if (point && m_settings.multiStation)
+        point->station = cyclic.station;
+    return point;
+}
+
+std::optional<DataPoint> DataPointFinder::find(const QString& label, int elements,
+                                               QString* error) const
+{
+    QString reason;
+    const std::optional<project::LabelTarget> target = m_labels.find(label, &reason);
+    if (!target) {
+        *error = QStringLiteral("%1: %2").arg(label, reason);
+        return {};
+    }
+    if (elements > target->elements) {
+        *error = QStringLiteral("%1*%2: only %3 element(s) of the array are left from there on")
+                     .arg(label)
+                     .arg(elements)
+                     .arg(target->elements);
+        return {};
+    }
+    reason = project::valueLimitError(*target->variable, elements, m_settings.maxReadBytes);
+    if (!reason.isEmpty()) {
+        *error = QStringLiteral("%1*%2: %3").arg(label).arg(elements).arg(reason);
+        return {};
+    }
+    DataPoint point;
+    point.text = elements == 1 ? label : QStringLiteral("%1*%2").arg(label).arg(elements);
+    point.label = label;
+    point.type = target->variable->type;
+    point.stringLength = target->variable->stringLength;
+    point.elements = elements;
+    point.area = target->area;
+    point.address = m_driver.plcAddressChangeIntef(0, label);
+    point.station = m_settings.defaultStation;
+    point.unit = target->variable->unit;
+    point.description = target->variable->description;
+    if (qint64(point.address) != target->address) {
+        *error = QStringLiteral(
+                     "%1: the driver finds it at address %2, the project at %3; the "
+                     "driver must be given this project's symbols")
+                     .arg(label)
+                     .arg(point.address)
+                     .arg(target->address);
+        return {};
+    }
+    return point;
+}
+
+} // namespace plc::host

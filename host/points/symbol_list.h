@@ -1,0 +1,16 @@
+#ifndef PLC_HOST_POINTS_SYMBOL_LIST_H
+#define PLC_HOST_POINTS_SYMBOL_LIST_H
+
+#include <QtCore/QList>
+
+#include "driver/plc_driver.h"
+#include "project/project.h"
+
+namespace plc::host {
+
+/// The symbols of the project as PassVarName_2() takes them, one record for each scope.
+QList<Label_Type_Info> symbolList(const project::Project& project);
+
+} // namespace plc::host
+
+#endif

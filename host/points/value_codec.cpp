@@ -1,0 +1,203 @@
+#include "host/points/value_codec.h"
+
+#include <cstring>
+
+#include "project/memory_layout.h"
+
+namespace plc::host {
+namespace {
+
+/// Little-endian number of `size` bytes; bytes past the end of the buffer count as 0.
+quint64 readNumber(const QByteArray& buffer, int offset, int size)
+{
+    quint64 number = 0;
+    for (int i = size - 1; i >= 0; --i) {
+        const int position = offset + i;
+        number = number << 8 | (position < int(buffer.size()) ? quint8(buffer[position]) : 0u);
+    }
+    return number;
+}
+
+void appendNumber(quint64 number, int size, QByteArray* buffer)
+{
+    for (int i = 0; i < size; ++i)
+        buffer->append(char(quint8(number >> (8 * i))));
+}
+
+template <typename To, typename From>
+To sameBits(From from)
+{
+    static_assert(sizeof(To) == sizeof(From), "the bits are taken as they are");
+    To to;
+    std::memcpy(&to, &from, sizeof(to));
+    return to;
+}
+
+qint64 signExtended(quint64 bits, int size)
+{
+    const int unused = 64 - 8 * size;
+    return qint64(bits << unused) >> unused;
+}
+
+/// Characters up to the terminating zero; of a wide text most significant byte first.
+QString readText(const DataPoint& point, const QByteArray& buffer, int offset)
+{
+    const bool isWide = point.type->format == values::ValueFormat::WideText;
+    const int width = isWide ? 2 : 1;
+    QString text;
+    for (int i = 0; i < point.stringLength; ++i) {
+        const int position = offset + i * width;
+        if (position + width > int(buffer.size()))
+            break;
+        ushort character = quint8(buffer[position]);
+        if (isWide)
+            character = ushort(character << 8 | quint8(buffer[position + 1]));
+        if (character == 0)
+            break;
+        text += QChar(character);
+    }
+    return text;
+}
+
+values::Value readElement(const DataPoint& point, const QByteArray& buffer, int index)
+{
+    const values::IecType& type = *point.type;
+    if (values::isText(type))
+        return readText(point, buffer, index * project::kTextElementStride);
+    const int size = qMax(1, type.size);
+    const quint64 bits = readNumber(buffer, index * size, size);
+    switch (type.format) {
+        case values::ValueFormat::Boolean:
+            return bits != 0;
+        case values::ValueFormat::Signed:
+            return signExtended(bits, size);
+        case values::ValueFormat::Real:
+            if (size == int(sizeof(float)))
+                return sameBits<float>(quint32(bits));
+            return sameBits<double>(bits);
+        default:
+            return bits;
+    }
+}
+
+/// The bits of a number, whatever its kind.
+struct NumberBits {
+    quint64 operator()(bool value) const { return value ? 1 : 0; }
+    quint64 operator()(qint64 value) const { return quint64(value); }
+    quint64 operator()(quint64 value) const { return value; }
+    quint64 operator()(float value) const { return sameBits<quint32>(value); }
+    quint64 operator()(double value) const { return sameBits<quint64>(value); }
+    quint64 operator()(const QString&) const { return 0; }
+};
+
+/// The characters and the zero that ends them, which alone are sent: what lies behind it in the
+/// PLC's memory is not looked at.
+WriteBuffer encodeText(const DataPoint& point, const QString& text)
+{
+    const bool isWide = point.type->format == values::ValueFormat::WideText;
+    WriteBuffer buffer;
+    for (int i = 0; i <= int(text.size()); ++i) {
+        const ushort character = i < int(text.size()) ? text[i].unicode() : ushort(0);
+        if (isWide)
+            buffer.bytes.append(char(quint8(character >> 8)));
+        buffer.bytes.append(char(quint8(character & 0xFF)));
+    }
+    // The driver sends the whole buffer however small the count is. Rounded up, the count would
+    // send a byte more, which may belong to another variable.
+    buffer.count = int(buffer.bytes.size()) / 2;
+    buffer.wireBytes = int(buffer.bytes.size());
+    return buffer;
+}
+
+WriteBuffer encodeNumbers(const DataPoint& point, const QVector<values::Value>& values)
+{
+    const values::IecType& type = *point.type;
+    const bool isFlag = type.format == values::ValueFormat::Boolean;
+    const int size = qMax(1, type.size);
+    // Types of one byte take a register of two for each element; BOOL and BIT do not.
+    const int width = isFlag ? 1 : qMax(2, size);
+    WriteBuffer buffer;
+    for (const values::Value& value : values)
+        appendNumber(std::visit(NumberBits(), value), width, &buffer.bytes);
+    buffer.count = int(values.size()) * (isFlag ? 1 : width / 2);
+    buffer.wireBytes = int(values.size()) * size;
+    return buffer;
+}
+
+QString joined(const QStringList& texts, int elements)
+{
+    const QString text = texts.join(QStringLiteral(", "));
+    return elements == 1 ? text : QLatin1Char('[') + text + QLatin1Char(']');
+}
+
+} // namespace
+
+QVector<values::Value> decodeValues(const DataPoint& point, const QByteArray& buffer)
+{
+    QVector<values::Value> values;
+    values.reserve(point.elements);
+    for (int i = 0; i < point.elements; ++i)
+        values.append(readElement(point, buffer, i));
+    return values;
+}
+
+WriteBuffer encodeValues(const DataPoint& point, const QVector<values::Value>& values)
+{
+    if (values::isText(*point.type))
+        return encodeText(point, std::get<QString>(values.first()));
+    return encodeNumbers(point, values);
+}
+
+QString pointText(const DataPoint& point, const QVector<values::Value>& values)
+{
+    QStringList texts;
+    for (const values::Value& value : values)
+        texts.append(values::valueText(*point.type, value));
+    return joined(texts, point.elements);
+}
+
+QString pointJson(const DataPoint& point, const QVector<values::Value>& values)
+{
+    QStringList texts;
+    for (const values::Value& value : values)
+        texts.append(values::valueJson(value));
+    return joined(texts, point.elements);
+}
+
+std::optional<QVector<values::Value>> parsePoint(const DataPoint& point, const QString& text,
+                                                 QString* error)
+{
+    QString reason;
+    QStringList pieces{text};
+    if (point.elements > 1) {
+        if (values::isText(*point.type)) {
+            *error = QStringLiteral("%1: texts are written one by one, each by its own label")
+                         .arg(point.text);
+            return {};
+        }
+        QString list = text.trimmed();
+        if (list.startsWith(QLatin1Char('[')) && list.endsWith(QLatin1Char(']')))
+            list = list.mid(1, int(list.size()) - 2);
+        pieces = list.split(QLatin1Char(','));
+    }
+    if (pieces.size() != point.elements) {
+        *error = QStringLiteral("%1: %2 values are expected, separated by commas, not %3")
+                     .arg(point.text)
+                     .arg(point.elements)
+                     .arg(pieces.size());
+        return {};
+    }
+    QVector<values::Value> values;
+    for (const QString& piece : pieces) {
+        const std::optional<values::Value> value =
+            values::parseValue(*point.type, point.stringLength, piece, &reason);
+        if (!value) {
+            *error = QStringLiteral("%1: %2").arg(point.text, reason);
+            return {};
+        }
+        values.append(*value);
+    }
+    return values;
+}
+
+} // namespace plc::host

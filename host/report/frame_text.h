@@ -1,0 +1,21 @@
+#ifndef PLC_HOST_REPORT_FRAME_TEXT_H
+#define PLC_HOST_REPORT_FRAME_TEXT_H
+
+#include <QtCore/QString>
+
+#include "host/link/session.h"
+
+namespace plc::host {
+
+/// What a request says: "read 2 entries: area 3 address 10 length 2, ...".
+QString requestText(const SentRequest& request);
+
+/// What a reply to this request says and how the driver judged it.
+QString replyText(const SentRequest& request, const QByteArray& reply, const Answer& answer);
+
+/// Bytes as hexadecimal pairs.
+QString hexText(const QByteArray& bytes);
+
+} // namespace plc::host
+
+#endif

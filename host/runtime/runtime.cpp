@@ -1,0 +1,457 @@
+#include "host/runtime/runtime.h"
+
+#include <utility>
+
+#include "host/points/symbol_list.h"
+#include "host/points/value_codec.h"
+#include "host/points/value_layout.h"
+#include "host/driver/request_records.h"
+#include "host/transfers/result_text.h"
+#include "host/wire/read_limits.h"
+
+namespace plc::host {
+namespace {
+
+/// ComInfo::writeMode that sends writes to the PLC.
+constexpr int kQueueWrites = 2;
+/// Requests with writes in a row, as many as the driver itself lets go before it gives reads a
+/// turn.
+constexpr int kWriteRequestsInARow = 5;
+/// Status that the driver's callback gives for what it carried out.
+constexpr int kReportDone = 1;
+
+/// Times that a read is asked for alone, or with others, before its refusal is believed. A PLC that
+/// is busy for a moment refuses once.
+constexpr int kMostReadRetries = 2;
+
+/// The driver's callback has no argument for its receiver.
+Runtime* receiverOfReports = nullptr;
+
+ComInfo driverSettings(const project::ProjectSettings& project)
+{
+    ComInfo settings;
+    settings.maxReadBytes = project.maxReadBytes;
+    settings.defaultStation = project.defaultStation;
+    settings.retryLimit = project.retryLimit;
+    settings.multiStation = project.multiStation ? 1 : 0;
+    settings.writeMode = kQueueWrites;
+    return settings;
+}
+
+SessionTimes sessionTimes(const project::ProjectSettings& project, int cycleTime)
+{
+    SessionTimes times;
+    times.connectTimeout = project.connectTimeout;
+    times.replyTimeout = project.replyTimeout;
+    times.reconnectDelay = project.reconnectDelay;
+    times.reconnectDelayLimit = project.reconnectDelayLimit;
+    times.cycleTime = cycleTime;
+    return times;
+}
+
+TransferOutcome outcomeOfLoss(bool wasSent, const QString& reason)
+{
+    return wasSent ? TransferOutcome::lost(reason) : TransferOutcome::notSent(reason);
+}
+
+/// Where the bytes of an entry lie; those of a bit in the word that its number names.
+FrameEntry placeOf(FrameEntry entry)
+{
+    constexpr quint32 kBitsPerWord = 16;
+    if (entry.isBit)
+        entry.address /= kBitsPerWord;
+    return entry;
+}
+
+int readRetries(const project::ProjectSettings& project)
+{
+    return qMin(project.retryLimit, kMostReadRetries);
+}
+
+/// A read whose reply no acknowledgement of this connection had the size of.
+RW_VAR inStepRead(FrameEntry place, const Session& session, const ComInfo& settings)
+{
+    place.length = 1;
+    while (session.hasAcknowledged(readReplySize({place})))
+        ++place.length;
+
+    RW_VAR read;
+    read.category = kInStepCategory;
+    read.deviceNo = settings.localDeviceNo;
+    read.station = kStationAlwaysOn;
+    read.areaIndex = place.area;
+    read.address = int(place.address);
+    read.length = int(place.length);
+    return read;
+}
+
+} // namespace
+
+Runtime::Runtime(const DriverFunctions& driver, const project::Project& project, int cycleTime,
+                 RuntimeListener* listener)
+    : m_driver(driver),
+      m_listener(listener),
+      m_settings(driverSettings(project.settings)),
+      m_staleAfter(project.settings.staleAfter),
+      m_isReadOnly(project.settings.readOnly),
+      m_symbols(symbolList(project)),
+      m_points(project, driver),
+      m_reads(kOneShotCategory, m_settings.maxReadBytes, readRetries(project.settings)),
+      m_cyclic(driver, m_settings, kProbeCategory, readRetries(project.settings)),
+      m_session(driver, &m_settings, sessionTimes(project.settings, cycleTime), this)
+{
+    receiverOfReports = this;
+    m_driver.setComInfo(&m_settings);
+    m_driver.registCallBackFuncIntf(&Runtime::noteReport, nullptr);
+    m_driver.passVarName2(&m_symbols);
+}
+
+Runtime::~Runtime()
+{
+    m_driver.registCallBackFuncIntf(nullptr, nullptr);
+    m_driver.setComInfo(nullptr);
+    receiverOfReports = nullptr;
+}
+
+void Runtime::readCyclically(const QVector<DataPoint>& points, qint64 now)
+{
+    m_cyclic.start(points);
+    m_session.setCyclicEntries(m_cyclic.entries());
+    m_values = ValueTable(points, m_staleAfter, longestEntry(m_settings.maxReadBytes), now);
+}
+
+void Runtime::write(const DataPoint& point, const QVector<values::Value>& values, qint64 now,
+                    WriteSettled settled)
+{
+    Write write;
+    write.tag = ++m_lastTag;
+    write.point = point;
+    write.buffer = encodeValues(point, values);
+    write.pieces = writePieces(point, write.buffer.wireBytes);
+    write.settled = std::move(settled);
+    ++m_openWrites;
+    QString reason = m_isReadOnly ? readOnlyText() : obstacle(point.station);
+    if (reason.isEmpty() && write.pieces.size() > kDriverListLimit) {
+        reason = QStringLiteral(
+                     "it takes %1 entries and the driver queues %2 at most; write fewer "
+                     "elements at a time")
+                     .arg(write.pieces.size())
+                     .arg(kDriverListLimit);
+    }
+    if (!reason.isEmpty()) {
+        settle({write}, TransferOutcome::notSent(reason));
+        return;
+    }
+    m_writes.add(write);
+    m_session.wake(now);
+}
+
+void Runtime::readOnce(const DataPoint& point, qint64 now, ReadSettled settled)
+{
+    OneShotRead read;
+    read.tag = ++m_lastTag;
+    read.point = point;
+    read.settled = std::move(settled);
+    const QString reason = obstacle(point.station);
+    if (!reason.isEmpty()) {
+        settle({read}, TransferOutcome::notSent(reason));
+        return;
+    }
+    m_reads.add(read);
+    m_session.wake(now);
+}
+
+void Runtime::switchStation(int station, bool on, qint64 now)
+{
+    m_stationsGoingOff.remove(station);
+    m_cyclic.switchStation(station, on);
+    m_session.setCyclicEntries(m_cyclic.entries());
+    if (on) {
+        m_stationsOff.remove(station);
+        m_driver.enCommStation(station, 1);
+        m_session.wake(now);
+        return;
+    }
+    const QString reason = QStringLiteral("station %1 is switched off").arg(station);
+    settle(m_writes.takeWaiting(station), TransferOutcome::notSent(reason));
+    // Some may have been asked for, and refused together with others.
+    for (const OneShotRead& read : m_reads.takeWaiting(station))
+        settle({read}, outcomeOfLoss(read.wasSent, reason));
+    if (!m_stationsOff.contains(station))
+        m_stationsGoingOff.insert(station);
+    switchOffWhereIdle();
+}
+
+/// Writes and one-shot reads of a station that is off are dropped by the driver without a word, so
+/// it goes off when none is left.
+void Runtime::switchOffWhereIdle()
+{
+    const QSet<int> stations = m_stationsGoingOff;
+    for (int station : stations) {
+        if (m_writes.hasUnderWay(station) || m_reads.hasUnderWay(station) ||
+            m_cyclic.probes().hasUnderWay(station))
+            continue;
+        m_driver.enCommStation(station, 0);
+        m_stationsGoingOff.remove(station);
+        m_stationsOff.insert(station);
+    }
+}
+
+/// Why a transfer cannot even be queued; empty if it can.
+QString Runtime::obstacle(int station) const
+{
+    if (!m_linkDownReason.isEmpty())
+        return QStringLiteral("the link is down: %1").arg(m_linkDownReason);
+    if (isStationOff(station))
+        return QStringLiteral("station %1 is switched off").arg(station);
+    return QString();
+}
+
+bool Runtime::prepareRequest(qint64 now, bool passIsDue)
+{
+    switchOffWhereIdle();
+    // What went out now might get the reply that is still due to the doubted write.
+    if (m_isInDoubt) {
+        askWhetherInStep(passIsDue);
+        return true;
+    }
+    if (m_writesInARow < kWriteRequestsInARow || !hasWaitingReads())
+        m_writes.handOver(m_driver);
+    // The driver sends writes first. A read that it had besides would go out together with the one
+    // that shows whether replies fit, and its refusal would be taken for that of the write.
+    if (!m_writes.hasUnderWay() && !m_asksWhetherInStep)
+        handOverReads(now, passIsDue);
+    return m_writes.hasUnderWay() || m_asksWhetherInStep || m_reads.hasUnderWay() ||
+           m_cyclic.probes().hasUnderWay();
+}
+
+bool Runtime::hasWaitingReads() const
+{
+    return !m_reads.isEmpty() || !m_cyclic.probes().isEmpty();
+}
+
+/// The driver has the entries of one request at a time: of the host's reads, or of a probe. A probe
+/// never goes before a cyclic read that is due and waited for another probe.
+void Runtime::handOverReads(qint64 now, bool passIsDue)
+{
+    const bool mayProbe = !passIsDue || !m_lastWasProbe || m_cyclic.entries() == 0;
+    if (!m_cyclic.probes().hasUnderWay())
+        m_reads.handOver(m_driver, m_settings.localDeviceNo);
+    if (!m_reads.hasUnderWay() && mayProbe)
+        m_cyclic.probe(now);
+}
+
+/// Has something read whose reply no acknowledgement can be mistaken for. A cyclic read that goes
+/// out anyway does as well.
+void Runtime::askWhetherInStep(bool passIsDue)
+{
+    if (passIsDue && m_cyclic.entries() > 0 && m_stationsOff.isEmpty() &&
+        !m_cyclicReadsProveNothing)
+        return;
+    if (std::exchange(m_asksWhetherInStep, true))
+        return;
+    RW_VAR read = inStepRead(m_readable, m_session, m_settings);
+    m_driver.addListOnceReadVar(&read, kAppendRecord);
+}
+
+void Runtime::requestSent(const SentRequest& request)
+{
+    ++m_counters.requests;
+    const int entries = int(request.content.entries.size());
+    if (request.content.service == Service::Write) {
+        ++m_writesInARow;
+        m_writes.requestSent(request.content.entries);
+        if (m_readable.length == 0)
+            m_readable = placeOf(request.content.entries.first());
+    } else if (request.content.service == Service::Read && request.category == kOneShotCategory) {
+        m_writesInARow = 0;
+        m_reads.requestSent(entries);
+    } else if (request.content.service == Service::Read && request.category == kProbeCategory) {
+        m_writesInARow = 0;
+        m_cyclic.probeSent(entries);
+    } else if (request.content.service == Service::Read && request.category == kCyclicCategory) {
+        m_cyclic.requestSent(request.content.entries);
+    }
+    if (request.content.service == Service::Read)
+        m_lastWasProbe = request.category == kProbeCategory;
+    m_listener->requestSent(request);
+}
+
+void Runtime::requestAnswered(const SentRequest& request, const Answer& answer,
+                              const QByteArray& reply, qint64 now)
+{
+    ++(answer.kind == Answer::Accepted ? m_counters.accepted : m_counters.refused);
+    m_requestRate.count(now);
+    m_listener->requestAnswered(request, answer, reply);
+    if (answer.isInStep)
+        settleDoubted();
+    if (answer.mayBeCopy)
+        m_isInDoubt = true;
+    if (request.content.service == Service::Read)
+        settleReadRequest(request, answer, reply, now);
+    else if (request.content.service == Service::Write)
+        settleWriteRequest(answer);
+    if (answer.kind == Answer::Accepted || answer.kind == Answer::Abandoned)
+        settleReports(answer);
+    m_session.setCyclicEntries(m_cyclic.entries());
+    m_listener->requestSettled();
+}
+
+void Runtime::settleWriteRequest(const Answer& answer)
+{
+    QVector<Write> settled;
+    if (answer.kind == Answer::Accepted)
+        settled = m_writes.requestAccepted();
+    else if (answer.kind == Answer::Abandoned)
+        settled = m_writes.requestAbandoned();
+    if (m_isInDoubt) {
+        for (const Write& write : std::as_const(settled))
+            m_doubted.append({write, transferOutcome(answer)});
+        return;
+    }
+    m_writes.confirmAccepted();
+    settle(settled, transferOutcome(answer));
+}
+
+void Runtime::settleReadRequest(const SentRequest& request, const Answer& answer,
+                                const QByteArray& reply, qint64 now)
+{
+    const QVector<FrameEntry>& entries = request.content.entries;
+    if (answer.kind != Answer::Accepted && answer.kind != Answer::Refused)
+        return;
+    const bool isAccepted = answer.kind == Answer::Accepted;
+    const QVector<QByteArray> blocks =
+        isAccepted ? readReplyBlocks(reply, entries) : QVector<QByteArray>();
+    // Of the read that shows whether replies fit, only the size counts.
+    if (isAccepted && request.category != kInStepCategory)
+        showValues(request, blocks, now);
+    // It may have gone along with another one-shot read.
+    if (request.category != kCyclicCategory)
+        m_asksWhetherInStep = false;
+    if (request.category == kOneShotCategory) {
+        const std::vector<SettledRead> settled =
+            isAccepted ? m_reads.requestAccepted(blocks, request.sentAt)
+                       : m_reads.requestRefused(int(entries.size()));
+        for (const SettledRead& read : settled)
+            read.read.settled(transferOutcome(answer), read.bytes);
+    } else {
+        settleCyclicRequest(request, answer, blocks, now);
+    }
+}
+
+void Runtime::settleCyclicRequest(const SentRequest& request, const Answer& answer,
+                                  const QVector<QByteArray>& blocks, qint64 now)
+{
+    const QVector<FrameEntry>& entries = request.content.entries;
+    const bool isAccepted = answer.kind == Answer::Accepted;
+    if (request.category == kCyclicCategory) {
+        m_cyclicReadsProveNothing = m_isInDoubt;
+        if (!isAccepted)
+            m_cyclic.requestRefused(entries);
+    } else if (request.category == kProbeCategory && isAccepted) {
+        m_cyclic.probeAccepted(blocks, request.sentAt);
+    } else if (request.category == kProbeCategory) {
+        for (int row : m_cyclic.probeRefused(int(entries.size()), now)) {
+            const bool wasKnown = m_values.isRefused(row);
+            m_values.refused(row, answer.status);
+            if (!wasKnown)
+                m_listener->valueRefused(row);
+        }
+    }
+}
+
+void Runtime::showValues(const SentRequest& request, const QVector<QByteArray>& blocks, qint64 now)
+{
+    if (!request.content.entries.isEmpty())
+        m_readable = request.content.entries.first();
+    for (int row : m_values.replyAccepted(request.content.entries, blocks, request.sentAt, now))
+        m_listener->valueGivenAgain(row);
+}
+
+/// The replies fit their requests: each write got its own.
+void Runtime::settleDoubted()
+{
+    m_isInDoubt = false;
+    m_cyclicReadsProveNothing = false;
+    m_writes.confirmAccepted();
+    const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
+    for (const DoubtedWrite& settled : doubted)
+        settle({settled.write}, settled.outcome);
+}
+
+/// The driver's own reports settle what the frames have not: a login that is abandoned takes the
+/// head of the batch with it that it was to precede. Reads are settled by the frames alone: of a
+/// refused one the driver only knows that it is over.
+void Runtime::settleReports(const Answer& answer)
+{
+    const QVector<Report> reports = std::exchange(m_reports, {});
+    for (const Report& report : reports) {
+        TransferOutcome outcome = transferOutcome(answer);
+        outcome.kind =
+            report.status == kReportDone ? TransferOutcome::Done : TransferOutcome::Refused;
+        if (report.category == kWriteCategory)
+            settle(m_writes.take(report.tag), outcome);
+    }
+}
+
+void Runtime::linkChanged(LinkState state, const QString& reason, int retryDelay)
+{
+    if (state == LinkState::Up) {
+        m_linkDownReason.clear();
+        m_cyclic.linkUp();
+    }
+    if (state == LinkState::Down) {
+        if (retryDelay >= 0)
+            ++m_counters.linkLosses;
+        m_linkDownReason = reason;
+        m_reports.clear();
+    }
+    m_listener->linkChanged(state, reason, retryDelay);
+    if (state == LinkState::Down)
+        giveUpTransfers(reason);
+}
+
+void Runtime::giveUpTransfers(const QString& reason)
+{
+    m_isInDoubt = false;
+    m_asksWhetherInStep = false;
+    m_cyclicReadsProveNothing = false;
+    m_readable = FrameEntry();
+    const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
+    for (const DoubtedWrite& unsure : doubted)
+        settle({unsure.write}, TransferOutcome::lost(reason));
+    for (const Write& write : m_writes.takeAll())
+        settle({write}, outcomeOfLoss(write.wasSent, reason));
+    for (const OneShotRead& read : m_reads.takeAll())
+        settle({read}, outcomeOfLoss(read.wasSent, reason));
+    m_cyclic.linkDown();
+    m_values.linkLost();
+    m_session.setCyclicEntries(m_cyclic.entries());
+    switchOffWhereIdle();
+}
+
+void Runtime::noteReport(int, int category, int tag, int status)
+{
+    receiverOfReports->m_reports.append({category, tag, status});
+}
+
+void Runtime::settle(const QVector<Write>& writes, const TransferOutcome& outcome)
+{
+    for (const Write& write : writes) {
+        --m_openWrites;
+        TransferOutcome itsOutcome = outcome;
+        const bool isSure = outcome.kind != TransferOutcome::LinkLost;
+        const int taken = isSure ? write.accepted : write.confirmed;
+        if (!outcome.isDone())
+            itsOutcome.taken = taken / qMax(1, write.point.type->size);
+        write.settled(itsOutcome);
+    }
+}
+
+void Runtime::settle(const std::vector<OneShotRead>& reads, const TransferOutcome& outcome)
+{
+    for (const OneShotRead& read : reads)
+        read.settled(outcome, QByteArray());
+}
+
+} // namespace plc::host

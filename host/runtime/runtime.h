@@ -1,0 +1,152 @@
+#ifndef PLC_HOST_RUNTIME_RUNTIME_H
+#define PLC_HOST_RUNTIME_RUNTIME_H
+
+#include <QtCore/QMap>
+#include <QtCore/QSet>
+#include <QtCore/QVector>
+
+#include "host/driver/driver_library.h"
+#include "host/link/session.h"
+#include "host/points/data_point.h"
+#include "host/runtime/cyclic_reads.h"
+#include "host/runtime/value_table.h"
+#include "host/transfers/read_tracker.h"
+#include "host/transfers/transfer_outcome.h"
+#include "host/transfers/write_tracker.h"
+#include "project/project.h"
+
+namespace plc::host {
+
+/// What a runtime tells. Called from inside its events; may queue further writes and reads.
+class RuntimeListener {
+public:
+    virtual ~RuntimeListener() = default;
+
+    virtual void linkChanged(LinkState state, const QString& reason, int retryDelay) = 0;
+    virtual void requestSent(const SentRequest& request) = 0;
+    virtual void requestAnswered(const SentRequest& request, const Answer& answer,
+                                 const QByteArray& reply) = 0;
+    /// The values of the answered request are in the table, and its transfers are settled.
+    virtual void requestSettled() {}
+    /// The PLC refuses to give this cyclic value, alone as well, for the first time; or gives it
+    /// again after that.
+    virtual void valueRefused(int row) { Q_UNUSED(row) }
+    virtual void valueGivenAgain(int row) { Q_UNUSED(row) }
+};
+
+/// What was exchanged since the start.
+struct TrafficCounters {
+    quint64 requests = 0;
+    quint64 accepted = 0;
+    quint64 refused = 0; ///< Replies that were not accepted.
+    quint64 linkLosses = 0;
+};
+
+/// A host around the driver: sets it up for a project, reads the cyclic values into a table,
+/// carries out writes and one-shot reads and tells how each ended. Time comes in as an argument,
+/// bytes go in and out through session(). The driver library serves one runtime at a time.
+class Runtime : private SessionObserver {
+public:
+    /// All must outlive the runtime. `cycleTime` is SessionTimes::cycleTime.
+    Runtime(const DriverFunctions& driver, const project::Project& project, int cycleTime,
+            RuntimeListener* listener);
+    ~Runtime() override;
+
+    Session& session() { return m_session; }
+    const DataPointFinder& points() const { return m_points; }
+    const ValueTable& values() const { return m_values; }
+    const TrafficCounters& counters() const { return m_counters; }
+    double requestsPerSecond(qint64 now) const { return m_requestRate.perSecond(now); }
+
+    /// Replaces the cyclically read values.
+    void readCyclically(const QVector<DataPoint>& points, qint64 now);
+
+    /// Queue a write or a one-shot read. It is settled exactly once; at once if the link is down or
+    /// the station off.
+    void write(const DataPoint& point, const QVector<values::Value>& values, qint64 now,
+               WriteSettled settled);
+    void readOnce(const DataPoint& point, qint64 now, ReadSettled settled);
+    /// Writes that are not settled.
+    int openWrites() const { return m_openWrites; }
+
+    /// Switches a station off or on. Writes that wait for a station going off end unsent; what the
+    /// driver already has is carried out first.
+    void switchStation(int station, bool on, qint64 now);
+    /// Whether nothing is asked of the station any more.
+    bool isStationOff(int station) const
+    {
+        return m_stationsOff.contains(station) || m_stationsGoingOff.contains(station);
+    }
+
+private:
+    bool prepareRequest(qint64 now, bool passIsDue) override;
+    qint64 preparesAt() const override { return m_cyclic.retryAt(); }
+    void requestSent(const SentRequest& request) override;
+    void requestAnswered(const SentRequest& request, const Answer& answer, const QByteArray& reply,
+                         qint64 now) override;
+    void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
+
+    static void noteReport(int hostTag, int category, int tag, int status);
+
+    QString obstacle(int station) const;
+    void switchOffWhereIdle();
+    bool hasWaitingReads() const;
+    void handOverReads(qint64 now, bool passIsDue);
+    void askWhetherInStep(bool passIsDue);
+    void settleWriteRequest(const Answer& answer);
+    void settleReadRequest(const SentRequest& request, const Answer& answer,
+                           const QByteArray& reply, qint64 now);
+    void settleCyclicRequest(const SentRequest& request, const Answer& answer,
+                             const QVector<QByteArray>& blocks, qint64 now);
+    void showValues(const SentRequest& request, const QVector<QByteArray>& blocks, qint64 now);
+    void settleReports(const Answer& answer);
+    void settleDoubted();
+    void giveUpTransfers(const QString& reason);
+    void settle(const QVector<Write>& writes, const TransferOutcome& outcome);
+    static void settle(const std::vector<OneShotRead>& reads, const TransferOutcome& outcome);
+
+    const DriverFunctions& m_driver;
+    RuntimeListener* const m_listener;
+    ComInfo m_settings;
+    const int m_staleAfter;
+    const bool m_isReadOnly;
+    QList<Label_Type_Info> m_symbols;
+    DataPointFinder m_points;
+    ValueTable m_values;
+    WriteTracker m_writes;
+    ReadTracker m_reads;
+    CyclicReads m_cyclic;
+    int m_openWrites = 0;
+    /// Writes whose outcome is told once it is sure that the reply was their own.
+    struct DoubtedWrite {
+        Write write;
+        TransferOutcome outcome;
+    };
+    QVector<DoubtedWrite> m_doubted;
+    bool m_isInDoubt = false;
+    bool m_asksWhetherInStep = false;       ///< The driver has the read that shows it.
+    bool m_cyclicReadsProveNothing = false; ///< Their replies have the size of the doubted one.
+    bool m_lastWasProbe = false;
+    int m_writesInARow = 0; ///< Requests since the last one-shot read.
+    FrameEntry m_readable;  ///< A place that the PLC gave, or at least took.
+    int m_lastTag = 0;
+    QString
+        m_linkDownReason; ///< Why the PLC is away; empty while it is not, or is not known to be.
+    /// Stations that are off, and those that go off when the driver has nothing more for them.
+    QSet<int> m_stationsOff;
+    QSet<int> m_stationsGoingOff;
+    /// What the driver's callback told since it was last called.
+    struct Report {
+        int category;
+        int tag;
+        int status;
+    };
+    QVector<Report> m_reports;
+    TrafficCounters m_counters;
+    RateMeter m_requestRate;
+    Session m_session;
+};
+
+} // namespace plc::host
+
+#endif

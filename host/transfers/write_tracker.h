@@ -1,0 +1,87 @@
+#ifndef PLC_HOST_TRANSFERS_WRITE_TRACKER_H
+#define PLC_HOST_TRANSFERS_WRITE_TRACKER_H
+
+#include <QtCore/QVector>
+
+#include <deque>
+#include <functional>
+#include <map>
+
+#include "host/driver/driver_library.h"
+#include "host/points/value_codec.h"
+#include "host/transfers/piece_tracker.h"
+#include "host/transfers/transfer_outcome.h"
+
+namespace plc::host {
+
+/// Entries that the driver's write list takes; it drops further ones silently.
+constexpr int kDriverListLimit = 1024;
+
+/// Called once, when the write is settled.
+using WriteSettled = std::function<void(const TransferOutcome&)>;
+
+struct Write {
+    int tag = 0;
+    DataPoint point;
+    WriteBuffer buffer;
+    QVector<FrameEntry> pieces; ///< That the driver cuts it into.
+    WriteSettled settled;
+    bool wasSent = false; ///< A request has carried a piece of it.
+    int accepted = 0;     ///< Bytes (elements of BIT) that the PLC took.
+    int confirmed = 0;    ///< The part of it that is sure.
+};
+
+/// Writes that wait for the driver and writes that it has. Which request settles which of them is
+/// told from the frames. Holds writes back until the driver can carry them out unharmed:
+///
+/// - The driver replaces a queued write by one of the same station, address and length, even while
+///   the first is under way and whatever the areas are; so no write goes to a place while another
+///   one to it is unsettled.
+/// - Behind a bit the driver would state no length for any other write of the same request, and
+///   behind another write it would write a bit as a byte to the address that its number makes; so
+///   bits never share the driver's list with other writes.
+/// - After a failure the driver forgets the further pieces of the first write of a request only; so
+///   a write of several pieces goes alone.
+///
+/// Writes keep their order.
+class WriteTracker {
+public:
+    /// Takes a write, which waits until it is handed over. Tags ascend.
+    void add(const Write& write) { m_waiting.push_back(write); }
+
+    bool hasUnderWay() const { return !m_underWay.empty(); }
+    bool hasUnderWay(int station) const;
+
+    /// Hands the driver all writes that may go now.
+    void handOver(const DriverFunctions& driver);
+
+    /// A request with these entries goes out, for the first time or again.
+    void requestSent(const QVector<FrameEntry>& entries);
+    /// It was accepted, or given up. Returns the writes that are settled by it.
+    QVector<Write> requestAccepted() { return takeAll(m_pieces.requestAccepted()); }
+    QVector<Write> requestAbandoned() { return takeAll(m_pieces.requestAbandoned()); }
+    /// All acknowledgements so far were those of their requests.
+    void confirmAccepted() { m_pieces.confirm(); }
+
+    /// Takes out the write of this tag if it is under way.
+    QVector<Write> take(int tag);
+    /// Takes out all writes that wait for this station.
+    QVector<Write> takeWaiting(int station);
+    /// Takes out everything.
+    QVector<Write> takeAll();
+
+private:
+    bool mayGo(const Write& write) const;
+    bool collides(const FrameEntry& piece) const;
+    Write start();
+    Write withProgress(Write write) const;
+    QVector<Write> takeAll(const QVector<int>& tags);
+
+    std::deque<Write> m_waiting;
+    std::map<int, Write> m_underWay;
+    PieceTracker m_pieces;
+};
+
+} // namespace plc::host
+
+#endif

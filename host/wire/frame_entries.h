@@ -1,0 +1,66 @@
+#ifndef PLC_HOST_WIRE_FRAME_ENTRIES_H
+#define PLC_HOST_WIRE_FRAME_ENTRIES_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QVector>
+
+namespace plc::host {
+
+/// Every frame begins with the magic 0xBB 0xBB and a payload length of four bytes, of which the low
+/// two count.
+constexpr int kFrameHeaderSize = 6;
+constexpr char kFrameMagic[] = "\xBB\xBB";
+
+enum class Service : quint8 {
+    Unknown = 0,
+    Identification = 0x01,
+    Read = 0x2E,
+    File = 0x31,
+    Write = 0x3C
+};
+
+/// One range of PLC memory that a request reads or writes.
+struct FrameEntry {
+    quint16 area = 0;
+    /// Counts bytes; bits in an entry that writes a bit.
+    quint32 address = 0;
+    quint32 length = 0;
+    bool isBit = false;
+    QByteArray data; ///< What a write carries.
+
+    bool samePlace(const FrameEntry& other) const
+    {
+        return area == other.area && address == other.address && length == other.length &&
+               isBit == other.isBit;
+    }
+};
+
+/// What a request frame asks for, read from its bytes.
+struct RequestContent {
+    Service service = Service::Unknown;
+    QVector<FrameEntry> entries;
+    bool wellFormed = false;
+
+    bool isLogin() const { return service == Service::Identification || service == Service::File; }
+};
+
+/// Whether a frame can begin with these bytes; they may be too few to tell.
+bool mayBeginFrame(const QByteArray& bytes);
+
+/// Size of the frame that begins with these bytes, or -1 while its header is incomplete.
+int statedFrameSize(const QByteArray& bytes);
+
+RequestContent parseRequest(const QByteArray& frame);
+
+/// Status of a reply: 0 good; -1 when it has none.
+int replyStatus(const QByteArray& reply);
+
+/// Size of a good reply to a read of these entries.
+int readReplySize(const QVector<FrameEntry>& entries);
+
+/// Data blocks of a good reply to a read of these entries; missing ones are empty.
+QVector<QByteArray> readReplyBlocks(const QByteArray& reply, const QVector<FrameEntry>& entries);
+
+} // namespace plc::host
+
+#endif

@@ -1,0 +1,71 @@
+#include "log/log_export.h"
+
+#include <QtCore/QFileInfo>
+
+#include "log/log_record.h"
+#include "log/sqlite_log.h"
+#include "streams/file_replacement.h"
+#include "values/csv.h"
+
+namespace plc::log {
+namespace {
+
+bool writeRow(streams::FileReplacement* file, const QStringList& fields)
+{
+    return file->write(values::csv::row(fields).toUtf8() + '\n');
+}
+
+/// Returns the number of records written, also after a failure of either side.
+qint64 writeRows(SqliteStatement* rows, SqliteStatement::Step* last, streams::FileReplacement* file,
+                 qint64 total, const ExportProgress& progress)
+{
+    qint64 done = 0;
+    while ((*last = rows->step()) == SqliteStatement::Row) {
+        if (!writeRow(file, {rows->text(0), rows->text(1), rows->text(2), rows->text(3)}))
+            break;
+        progress(++done, total);
+    }
+    return done;
+}
+
+} // namespace
+
+std::optional<qint64> exportLog(const QString& databasePath, const QString& csvPath,
+                                const ExportProgress& progress, QString* error,
+                                bool* isMediumFailing)
+{
+    bool ignored = false;
+    if (isMediumFailing == nullptr)
+        isMediumFailing = &ignored;
+    SqliteDatabase database;
+    const auto databaseFailed = [&]() -> std::optional<qint64> {
+        *error = database.error();
+        *isMediumFailing = database.isMediumFailing();
+        return {};
+    };
+    *isMediumFailing = false;
+    if (!openLogDatabase(databasePath, &database, error)) {
+        *isMediumFailing = database.isMediumFailing();
+        return {};
+    }
+    if (QFileInfo::exists(csvPath)) {
+        *error = QStringLiteral("%1 exists; remove it or name another file").arg(csvPath);
+        return {};
+    }
+    const std::optional<qint64> total = database.number("SELECT count(*) FROM sample");
+    SqliteStatement rows(database, "SELECT time, label, value, state FROM log");
+    if (!total || !rows.isPrepared())
+        return databaseFailed();
+    streams::FileReplacement file(csvPath);
+    if (!file.open(error))
+        return {};
+    writeRow(&file, logColumns());
+    SqliteStatement::Step last = SqliteStatement::Done;
+    const qint64 done = writeRows(&rows, &last, &file, *total, progress);
+    if (last == SqliteStatement::Failed)
+        return databaseFailed();
+    *isMediumFailing = !file.commit(error);
+    return *isMediumFailing ? std::nullopt : std::optional<qint64>(done);
+}
+
+} // namespace plc::log

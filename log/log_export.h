@@ -1,0 +1,23 @@
+#ifndef PLC_LOG_LOG_EXPORT_H
+#define PLC_LOG_LOG_EXPORT_H
+
+#include <QtCore/QString>
+
+#include <functional>
+#include <optional>
+
+namespace plc::log {
+
+/// Told of the records that are done and of how many there are.
+using ExportProgress = std::function<void(qint64 done, qint64 total)>;
+
+/// Writes the log in a database to a new CSV file, which appears when it is complete. Returns the
+/// number of records; on failure nothing, and sets `error`, and `isMediumFailing` (unless null) to
+/// whether it was because a disk is full or does not work, and not because of the paths.
+std::optional<qint64> exportLog(const QString& databasePath, const QString& csvPath,
+                                const ExportProgress& progress, QString* error,
+                                bool* isMediumFailing = nullptr);
+
+} // namespace plc::log
+
+#endif

@@ -1,0 +1,37 @@
+#include "log/log_record.h"
+
+#include <QtCore/QDateTime>
+
+namespace plc::log {
+
+QString logTimeText(qint64 time)
+{
+    return QDateTime::fromMSecsSinceEpoch(time, Qt::UTC).toString(Qt::ISODateWithMs);
+}
+
+std::optional<qint64> parseLogTime(const QString& text)
+{
+    const QDateTime time = QDateTime::fromString(text, Qt::ISODateWithMs);
+    return time.isValid() ? std::optional<qint64>(time.toMSecsSinceEpoch()) : std::nullopt;
+}
+
+QString logStateWord(LogState state)
+{
+    switch (state) {
+        case LogState::Fresh:
+            return QStringLiteral("fresh");
+        case LogState::Stale:
+            return QStringLiteral("stale");
+        case LogState::Refused:
+            break;
+    }
+    return QStringLiteral("refused");
+}
+
+QStringList logColumns()
+{
+    return {QStringLiteral("time"), QStringLiteral("label"), QStringLiteral("value"),
+            QStringLiteral("state")};
+}
+
+} // namespace plc::log

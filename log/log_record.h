@@ -1,0 +1,40 @@
+#ifndef PLC_LOG_LOG_RECORD_H
+#define PLC_LOG_LOG_RECORD_H
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <optional>
+
+namespace plc::log {
+
+enum class LogState {
+    Fresh,
+    Stale,  ///< Too old to be relied on, or never read.
+    Refused ///< The PLC does not give it.
+};
+
+/// One value at one time, as it goes into a log.
+struct LogRecord {
+    qint64 time = 0; ///< Milliseconds since 1970-01-01T00:00:00Z.
+    QString label;
+    QString value;                ///< As `plc read` shows it; empty when it was never read.
+    std::optional<double> number; ///< The value, where it is a single number.
+    LogState state = LogState::Fresh;
+};
+
+/// "2026-11-21T06:00:00.123Z"
+QString logTimeText(qint64 time);
+
+/// The time that logTimeText() wrote; nothing if it is none.
+std::optional<qint64> parseLogTime(const QString& text);
+
+/// "fresh", "stale" or "refused"
+QString logStateWord(LogState state);
+
+/// Names of the columns of a log in CSV.
+QStringList logColumns();
+
+} // namespace plc::log
+
+#endif

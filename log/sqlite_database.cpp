@@ -1,0 +1,117 @@
+#include "log/sqlite_database.h"
+
+#include <sqlite3.h>
+
+#include <QtCore/QFile>
+
+#include <cstring>
+
+namespace plc::log {
+namespace {
+
+/// Others that have the database open hold it for moments only.
+constexpr int kBusyTimeout = 1000; // ms
+
+} // namespace
+
+SqliteDatabase::~SqliteDatabase()
+{
+    ::sqlite3_close(m_handle);
+}
+
+bool SqliteDatabase::open(const QString& path, bool create)
+{
+    m_path = path;
+    const int flags = SQLITE_OPEN_READWRITE | (create ? SQLITE_OPEN_CREATE : 0);
+    const QByteArray name = QFile::encodeName(path);
+    if (::sqlite3_open_v2(name.constData(), &m_handle, flags, nullptr) != SQLITE_OK)
+        return false;
+    ::sqlite3_busy_timeout(m_handle, kBusyTimeout);
+    return true;
+}
+
+bool SqliteDatabase::execute(const char* statements)
+{
+    return ::sqlite3_exec(m_handle, statements, nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+std::optional<qint64> SqliteDatabase::number(const char* query)
+{
+    SqliteStatement statement(*this, query);
+    if (!statement.isPrepared() || statement.step() != SqliteStatement::Row)
+        return {};
+    return statement.number(0);
+}
+
+QString SqliteDatabase::error() const
+{
+    QString text =
+        QStringLiteral("%1: %2").arg(m_path, QString::fromUtf8(::sqlite3_errmsg(m_handle)));
+    const int reason = ::sqlite3_system_errno(m_handle);
+    const int result = ::sqlite3_errcode(m_handle);
+    const bool isOfSystem = result == SQLITE_CANTOPEN || result == SQLITE_IOERR;
+    if (isOfSystem && reason != 0)
+        text += QStringLiteral(" (%1)").arg(QString::fromLocal8Bit(std::strerror(reason)));
+    return text;
+}
+
+bool SqliteDatabase::isMediumFailing() const
+{
+    const int result = ::sqlite3_errcode(m_handle);
+    return result == SQLITE_FULL || result == SQLITE_IOERR;
+}
+
+SqliteStatement::SqliteStatement(SqliteDatabase& database, const char* statement)
+{
+    ::sqlite3_prepare_v2(database.handle(), statement, -1, &m_handle, nullptr);
+}
+
+SqliteStatement::~SqliteStatement()
+{
+    ::sqlite3_finalize(m_handle);
+}
+
+SqliteStatement& SqliteStatement::bind(int parameter, const QString& text)
+{
+    const QByteArray bytes = text.toUtf8();
+    ::sqlite3_bind_text(m_handle, parameter + 1, bytes.constData(), int(bytes.size()),
+                        SQLITE_TRANSIENT);
+    return *this;
+}
+
+SqliteStatement& SqliteStatement::bind(int parameter, qint64 number)
+{
+    ::sqlite3_bind_int64(m_handle, parameter + 1, number);
+    return *this;
+}
+
+SqliteStatement& SqliteStatement::bind(int parameter, const std::optional<double>& number)
+{
+    if (number)
+        ::sqlite3_bind_double(m_handle, parameter + 1, *number);
+    else
+        ::sqlite3_bind_null(m_handle, parameter + 1);
+    return *this;
+}
+
+SqliteStatement::Step SqliteStatement::step()
+{
+    const int result = ::sqlite3_step(m_handle);
+    if (result == SQLITE_ROW)
+        return Row;
+    ::sqlite3_reset(m_handle);
+    return result == SQLITE_DONE ? Done : Failed;
+}
+
+QString SqliteStatement::text(int column) const
+{
+    const auto* bytes = reinterpret_cast<const char*>(::sqlite3_column_text(m_handle, column));
+    return QString::fromUtf8(bytes, ::sqlite3_column_bytes(m_handle, column));
+}
+
+qint64 SqliteStatement::number(int column) const
+{
+    return ::sqlite3_column_int64(m_handle, column);
+}
+
+} // namespace plc::log

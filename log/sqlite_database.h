@@ -1,0 +1,67 @@
+#ifndef PLC_LOG_SQLITE_DATABASE_H
+#define PLC_LOG_SQLITE_DATABASE_H
+
+#include <QtCore/QString>
+
+#include <memory>
+#include <optional>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace plc::log {
+
+/// An SQLite database in a file. Each call that fails returns false and leaves its reason in
+/// error(), which begins with the file's name.
+class SqliteDatabase {
+public:
+    SqliteDatabase() = default;
+    ~SqliteDatabase();
+    SqliteDatabase(const SqliteDatabase&) = delete;
+    SqliteDatabase& operator=(const SqliteDatabase&) = delete;
+
+    /// Creates the file if `create` and it does not exist.
+    bool open(const QString& path, bool create);
+    /// Carries out statements that give no rows.
+    bool execute(const char* statements);
+    /// The number in the first column of the first row.
+    std::optional<qint64> number(const char* query);
+
+    QString error() const;
+    /// Whether the last call failed because the disk is full or does not work.
+    bool isMediumFailing() const;
+    sqlite3* handle() const { return m_handle; }
+
+private:
+    QString m_path;
+    sqlite3* m_handle = nullptr;
+};
+
+/// A prepared statement, whose parameters and columns count from 0.
+class SqliteStatement {
+public:
+    SqliteStatement(SqliteDatabase& database, const char* statement);
+    ~SqliteStatement();
+    SqliteStatement(const SqliteStatement&) = delete;
+    SqliteStatement& operator=(const SqliteStatement&) = delete;
+
+    bool isPrepared() const { return m_handle != nullptr; }
+
+    SqliteStatement& bind(int parameter, const QString& text);
+    SqliteStatement& bind(int parameter, qint64 number);
+    SqliteStatement& bind(int parameter, const std::optional<double>& number);
+
+    enum Step { Row, Done, Failed };
+    /// Goes on to the next row, or to the end, behind which the statement is ready to run again.
+    Step step();
+
+    QString text(int column) const;
+    qint64 number(int column) const;
+
+private:
+    sqlite3_stmt* m_handle = nullptr;
+};
+
+} // namespace plc::log
+
+#endif

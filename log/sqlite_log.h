@@ -1,0 +1,52 @@
+#ifndef PLC_LOG_SQLITE_LOG_H
+#define PLC_LOG_SQLITE_LOG_H
+
+#include <QtCore/QHash>
+
+#include <memory>
+
+#include "log/log_writer.h"
+#include "log/sqlite_database.h"
+
+namespace plc::log {
+
+/// A log in an SQLite database:
+///
+///   label(id, name)
+///   sample(time, label, value, number, state)   label: its id; number: the value, or null
+///   log                                         a view: time, label, value, number, state
+///
+/// Each write() is one transaction, so that a program that is killed leaves all of it or nothing.
+class SqliteLog : public LogWriter {
+public:
+    /// Begins a log, or goes on with it where the file exists. On failure returns null and sets
+    /// `error`; a database that is no log is left as it is. `isMediumFailing`, unless null, tells
+    /// whether it was because nothing could be written, and not because of the path.
+    static std::unique_ptr<SqliteLog> open(const QString& path, QString* error,
+                                           bool* isMediumFailing = nullptr);
+
+    bool write(const QVector<LogRecord>& records, QString* error) override;
+
+private:
+    SqliteLog() = default;
+
+    bool prepare();
+    LogState knownState(LogState state) const;
+    bool insert(const QVector<LogRecord>& records);
+    /// Returns -1 on failure.
+    qint64 labelId(const QString& label);
+
+    SqliteDatabase m_database;
+    qint64 m_version = 0; ///< Of the tables.
+    std::unique_ptr<SqliteStatement> m_insertLabel;
+    std::unique_ptr<SqliteStatement> m_findLabel;
+    std::unique_ptr<SqliteStatement> m_insertSample;
+    QHash<QString, qint64> m_labelIds; ///< Of this program's run.
+};
+
+/// Opens a database that holds a log. On failure returns false and sets `error`.
+bool openLogDatabase(const QString& path, SqliteDatabase* database, QString* error);
+
+} // namespace plc::log
+
+#endif

@@ -1,0 +1,38 @@
+#ifndef PLC_PROJECT_LABEL_EXPANSION_H
+#define PLC_PROJECT_LABEL_EXPANSION_H
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <optional>
+
+#include "project/label_lookup.h"
+
+namespace plc::project {
+
+/// Finds the labels that arguments of the command line stand for.
+class LabelExpander {
+public:
+    /// The project must outlive the expander unchanged.
+    explicit LabelExpander(const Project& project) : m_project(project) {}
+
+    /// The labels of the project that match `text`, in which * stands for any characters and ? for
+    /// one (`Plant.tank*.level`); those with the subscripts of a range (`Plant.tank[1..3].level`);
+    /// else `text` itself, which may be `LABEL*N`. On failure returns nothing and sets `error`.
+    std::optional<QStringList> expand(const QString& text, QString* error);
+
+private:
+    bool isElementCount(const QString& text);
+    std::optional<QStringList> matching(const QString& pattern, QString* error);
+
+    const Project& m_project;
+    std::optional<LabelFinder> m_labels;
+};
+
+/// Whether `text` is `LABEL*N`, N elements of an array from a label on. Behind what is no label of
+/// its own, the star stands for any characters: `*1` and `Plant.v*1` are patterns.
+bool isElementCount(const QString& text, const LabelFinder& labels);
+
+} // namespace plc::project
+
+#endif

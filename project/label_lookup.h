@@ -1,0 +1,45 @@
+#ifndef PLC_PROJECT_LABEL_LOOKUP_H
+#define PLC_PROJECT_LABEL_LOOKUP_H
+
+#include <QtCore/QHash>
+#include <QtCore/QString>
+
+#include <optional>
+
+#include "project/label_syntax.h"
+#include "project/project.h"
+
+namespace plc::project {
+
+/// What a label leads to.
+struct LabelTarget {
+    /// The variable or member named last; its `type` is set. Owned by the project.
+    const Variable* variable = nullptr;
+    int area = 0;
+    qint64 address = 0;  ///< Bytes within the area; bits for BIT.
+    qint64 elements = 1; ///< Elements of the array named last, from this one to its end.
+};
+
+/// Follows labels through the declarations of a project, which must outlive it unchanged.
+class LabelFinder {
+public:
+    explicit LabelFinder(const Project& project);
+
+    /// Returns nothing and sets `error` if the label does not lead to a value; subscripts out of
+    /// bounds are refused.
+    std::optional<LabelTarget> find(const QString& label, QString* error) const;
+
+    /// As above for a label already taken apart; of a range the first number counts.
+    std::optional<LabelTarget> find(const QVector<LabelPart>& parts, QString* error) const;
+
+private:
+    using VariablesByName = QHash<QString, const Variable*>;
+
+    const Variable* findVariable(const QVector<LabelPart>& parts, QString* error) const;
+
+    QHash<QString, VariablesByName> m_scopes;
+};
+
+} // namespace plc::project
+
+#endif

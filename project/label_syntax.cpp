@@ -1,0 +1,173 @@
+#include "project/label_syntax.h"
+
+#include "values/nearest_name.h"
+
+namespace plc::project {
+namespace {
+
+const QLatin1String kRangeSign("..");
+
+/// A decimal number with nothing around it.
+std::optional<qint64> parseSubscript(const QString& text)
+{
+    const int firstDigit = text.startsWith(QLatin1Char('-')) ? 1 : 0;
+    for (int position = firstDigit; position < int(text.size()); ++position) {
+        if (text[position] < QLatin1Char('0') || text[position] > QLatin1Char('9'))
+            return {};
+    }
+    bool converted = false;
+    const int number = text.toInt(&converted);
+    return converted ? std::optional<qint64>(number) : std::nullopt;
+}
+
+std::optional<SubscriptRange> parseRange(const QString& text)
+{
+    const int sign = int(text.indexOf(kRangeSign));
+    if (sign < 0) {
+        const std::optional<qint64> number = parseSubscript(text);
+        return number ? std::optional<SubscriptRange>({*number, *number}) : std::nullopt;
+    }
+    const std::optional<qint64> from = parseSubscript(text.left(sign));
+    const std::optional<qint64> to = parseSubscript(text.mid(sign + 2));
+    if (!from || !to || *from > *to)
+        return {};
+    return SubscriptRange{*from, *to};
+}
+
+std::optional<LabelPart> parsePart(const QString& text, QString* error)
+{
+    LabelPart part;
+    const int bracket = int(text.indexOf(QLatin1Char('[')));
+    part.name = text.left(bracket);
+    if (part.name.contains(QLatin1Char(']'))) {
+        *error = QStringLiteral("\"]\" without \"[\" before it");
+        return {};
+    }
+    if (bracket < 0)
+        return part;
+    if (int(text.indexOf(QLatin1Char(']'))) != int(text.size()) - 1) {
+        *error = QStringLiteral(
+                     "%1: subscripts stand in one pair of brackets at the end, as in "
+                     "table[1,2]")
+                     .arg(values::quoted(text));
+        return {};
+    }
+    const QString inside = text.mid(bracket + 1, text.size() - bracket - 2);
+    for (const QString& piece : inside.split(QLatin1Char(','))) {
+        const std::optional<SubscriptRange> range = parseRange(piece);
+        if (!range) {
+            *error =
+                QStringLiteral("subscript %1 is not a whole number").arg(values::quoted(piece));
+            return {};
+        }
+        part.subscripts.append(*range);
+    }
+    return part;
+}
+
+/// Splits at the dots that do not stand between brackets.
+QStringList splitParts(const QString& label)
+{
+    QStringList parts;
+    int start = 0;
+    bool insideBrackets = false;
+    for (int position = 0; position < int(label.size()); ++position) {
+        const QChar character = label[position];
+        if (character == QLatin1Char('['))
+            insideBrackets = true;
+        else if (character == QLatin1Char(']'))
+            insideBrackets = false;
+        else if (character == QLatin1Char('.') && !insideBrackets) {
+            parts.append(label.mid(start, position - start));
+            start = position + 1;
+        }
+    }
+    parts.append(label.mid(start));
+    return parts;
+}
+
+/// Every text of `heads` followed by the subscripts of `part`, in order.
+QStringList withSubscripts(const QStringList& heads, const LabelPart& part)
+{
+    QStringList labels = heads;
+    for (int d = 0; d < int(part.subscripts.size()); ++d) {
+        QStringList longer;
+        const QLatin1Char separator(d == 0 ? '[' : ',');
+        for (const QString& head : labels) {
+            for (qint64 n = part.subscripts[d].from; n <= part.subscripts[d].to; ++n)
+                longer.append(head + separator + QString::number(n));
+        }
+        labels = longer;
+    }
+    if (!part.subscripts.isEmpty()) {
+        for (QString& label : labels)
+            label += QLatin1Char(']');
+    }
+    return labels;
+}
+
+} // namespace
+
+std::optional<QVector<LabelPart>> parseLabel(const QString& label, QString* error)
+{
+    QVector<LabelPart> parts;
+    for (const QString& text : splitParts(label)) {
+        const std::optional<LabelPart> part = parsePart(text, error);
+        if (!part)
+            return {};
+        parts.append(*part);
+    }
+    if (parts.size() < 2) {
+        *error = QStringLiteral("expected Scope.variable");
+        return {};
+    }
+    if (!parts.first().subscripts.isEmpty()) {
+        *error = QStringLiteral("a scope has no subscripts");
+        return {};
+    }
+    return parts;
+}
+
+bool isPattern(const QVector<LabelPart>& parts)
+{
+    for (const LabelPart& part : parts) {
+        for (const SubscriptRange& range : part.subscripts) {
+            if (range.from != range.to)
+                return true;
+        }
+    }
+    return false;
+}
+
+std::optional<QStringList> expandPattern(const QVector<LabelPart>& parts, int limit, QString* error)
+{
+    qint64 count = 1;
+    for (const LabelPart& part : parts) {
+        for (const SubscriptRange& range : part.subscripts) {
+            count *= range.to - range.from + 1;
+            if (count > limit) {
+                *error = QStringLiteral("stands for more than %1 labels").arg(limit);
+                return {};
+            }
+        }
+    }
+    QStringList labels{QString()};
+    for (int index = 0; index < int(parts.size()); ++index) {
+        for (QString& label : labels)
+            label += (index == 0 ? QString() : QStringLiteral(".")) + parts[index].name;
+        labels = withSubscripts(labels, parts[index]);
+    }
+    return labels;
+}
+
+bool isLabelName(const QString& name)
+{
+    static const QString separators = QStringLiteral(".[],=\"");
+    for (const QChar character : name) {
+        if (separators.contains(character) || character.isSpace() || !character.isPrint())
+            return false;
+    }
+    return !name.isEmpty();
+}
+
+} // namespace plc::project

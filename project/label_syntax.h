@@ -1,0 +1,42 @@
+#ifndef PLC_PROJECT_LABEL_SYNTAX_H
+#define PLC_PROJECT_LABEL_SYNTAX_H
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+#include <QtCore/QVector>
+
+#include <optional>
+
+namespace plc::project {
+
+/// One subscript, or in a pattern a range of them; both ends inclusive.
+struct SubscriptRange {
+    qint64 from = 0;
+    qint64 to = 0;
+};
+
+/// One dot-separated part of a label: `tank[3]` or, in a pattern, `tank[1..6]`.
+struct LabelPart {
+    QString name;
+    QVector<SubscriptRange> subscripts;
+};
+
+/// Takes a label or a pattern apart: `Scope.variable[1,2].member`. Returns nothing and sets `error`
+/// if it does not have that form.
+std::optional<QVector<LabelPart>> parseLabel(const QString& label, QString* error);
+
+/// Whether a subscript stands for more than one number.
+bool isPattern(const QVector<LabelPart>& parts);
+
+/// The labels that a pattern stands for, the last range running fastest. Returns nothing and sets
+/// `error` if they are more than `limit`.
+std::optional<QStringList> expandPattern(const QVector<LabelPart>& parts, int limit,
+                                         QString* error);
+
+/// Whether `name` can stand in a label: not empty, nothing that labels or command lines use as a
+/// separator, no blanks and no control characters.
+bool isLabelName(const QString& name);
+
+} // namespace plc::project
+
+#endif

@@ -1,0 +1,71 @@
+#ifndef PLC_PROJECT_MEMORY_LAYOUT_H
+#define PLC_PROJECT_MEMORY_LAYOUT_H
+
+#include <QtCore/QVector>
+
+#include <optional>
+
+#include "project/project.h"
+
+namespace plc::project {
+
+/// Distance in bytes of the elements of a STRING or WSTRING array.
+constexpr int kTextElementStride = 255;
+
+/// Bytes that one element occupies: a text its characters and the terminating zero, a BIT none of
+/// its own.
+qint64 elementSize(const Variable& variable);
+
+/// Distance of one array element to the next in bytes; in bits for BIT.
+qint64 elementStride(const Variable& variable);
+
+/// Elements of all dimensions together; 1 for what is no array.
+qint64 elementCount(const Variable& variable);
+
+/// Elements that lie before the one with these subscripts, one for each dimension and within its
+/// bounds.
+qint64 elementIndex(const QVector<ArrayDimension>& dimensions, const QVector<qint64>& subscripts);
+
+/// One past the last byte that reading the variable touches. Bits travel in whole 16-bit words,
+/// arrays of texts in whole 16-bit registers.
+qint64 transferEnd(const Variable& variable);
+
+/// Bit `offset & 15` of the 16-bit word whose high byte is at `offset >> 4` and whose low byte is
+/// behind it: neighbouring words share a byte.
+struct BitPlace {
+    qint64 byte;
+    int bit;
+};
+BitPlace bitPlace(qint64 offset);
+
+/// Two of `variables` that share memory, or the same one twice when its own elements do. Variables
+/// marked as overlay are left out.
+struct SharedMemory {
+    int first;
+    int second;
+    qint64 byte;
+};
+std::optional<SharedMemory> findSharedMemory(const QVector<Variable>& variables);
+
+/// The variables that lie over others, each once: `second` over `first`, which begins before it or
+/// is the larger one. Without the second ones nothing is shared. Overlays are left out.
+QVector<SharedMemory> coveredVariables(const QVector<Variable>& variables);
+
+/// Every two different variables that share memory, overlays too, in the order of memory; at most
+/// `limit` of them.
+QVector<SharedMemory> allSharedMemory(const QVector<Variable>& variables, int limit);
+
+/// Bytes of an area that no variable holds.
+struct MemoryGap {
+    int area;
+    qint64 first;
+    qint64 end;
+};
+
+/// The gaps of at least `smallest` bytes, the ends of the areas too, in the order of memory.
+QVector<MemoryGap> memoryGaps(const QVector<Variable>& variables, const QVector<MemoryArea>& areas,
+                              qint64 smallest);
+
+} // namespace plc::project
+
+#endif

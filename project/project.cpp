@@ -1,0 +1,306 @@
+#include "project/project.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QSet>
+
+#include <limits>
+
+#include "project/declaration_reader.h"
+#include "project/json_node.h"
+#include "project/label_lookup.h"
+#include "project/repeated_key.h"
+#include "project/value_limits.h"
+#include "values/nearest_name.h"
+
+namespace plc::project {
+namespace {
+
+constexpr qint64 kLargestFile = qint64(32) * 1024 * 1024;
+constexpr int kMostCyclicLabels = 100000;
+constexpr qint64 kLargestArea = std::numeric_limits<qint32>::max();
+constexpr int kHighestPort = 65535;
+constexpr int kHighestStation = 255;
+constexpr int kMostRetries = 100;
+constexpr int kLongestTime = 24 * 60 * 60 * 1000; // ms
+// A reply carries at most 65535 bytes behind its length field: status, entry count and the leading
+// byte of the one block come first.
+constexpr int kMostReadBytes = 65535 - 2 - 4 - 1;
+
+QString tooLarge(const QString& name)
+{
+    return QStringLiteral("%1: the file has more than %2 MiB; a project file has less")
+        .arg(name)
+        .arg(kLargestFile / 1024 / 1024);
+}
+
+/// Line and column, both from 1, of the byte at `offset`.
+QString position(const QByteArray& json, int offset)
+{
+    const QByteArray before = json.left(offset);
+    const int line = int(before.count('\n')) + 1;
+    const QByteArray lineStart = before.mid(before.lastIndexOf('\n') + 1);
+    return QStringLiteral("line %1, column %2")
+        .arg(line)
+        .arg(QString::fromUtf8(lineStart).size() + 1);
+}
+
+void readPlc(const JsonNode& node, Project* project)
+{
+    node.checkKeys({}, {QStringLiteral("address"), QStringLiteral("port")});
+    if (node.has("address")) {
+        project->address = node.member("address").text();
+        if (project->address.trimmed().isEmpty())
+            node.member("address").failExpecting(QStringLiteral("a host name or an IP address"));
+    }
+    if (node.has("port"))
+        project->port = quint16(node.member("port").integer(0, kHighestPort));
+}
+
+struct NumberSetting {
+    const char* key;
+    int ProjectSettings::*field;
+    int minimum;
+    int maximum;
+};
+
+const NumberSetting kNumberSettings[] = {
+    {"maxReadBytes", &ProjectSettings::maxReadBytes, 1, kMostReadBytes},
+    {"defaultStation", &ProjectSettings::defaultStation, 0, kHighestStation},
+    {"retryLimit", &ProjectSettings::retryLimit, 0, kMostRetries},
+    {"connectTimeout", &ProjectSettings::connectTimeout, 1, kLongestTime},
+    {"replyTimeout", &ProjectSettings::replyTimeout, 1, kLongestTime},
+    {"reconnectDelay", &ProjectSettings::reconnectDelay, 1, kLongestTime},
+    {"reconnectDelayLimit", &ProjectSettings::reconnectDelayLimit, 1, kLongestTime},
+    {"staleAfter", &ProjectSettings::staleAfter, 1, kLongestTime}};
+
+void readSettings(const JsonNode& node, ProjectSettings* settings)
+{
+    QStringList keys{QStringLiteral("multiStation"), QStringLiteral("readOnly")};
+    for (const NumberSetting& setting : kNumberSettings)
+        keys.append(QString::fromLatin1(setting.key));
+    node.checkKeys({}, keys);
+    for (const NumberSetting& setting : kNumberSettings) {
+        if (node.has(setting.key)) {
+            settings->*setting.field =
+                int(node.member(setting.key).integer(setting.minimum, setting.maximum));
+        }
+    }
+    if (node.has("multiStation"))
+        settings->multiStation = node.member("multiStation").boolean();
+    if (node.has("readOnly"))
+        settings->readOnly = node.member("readOnly").boolean();
+    if (settings->reconnectDelayLimit < settings->reconnectDelay) {
+        node.fail(QStringLiteral("found a reconnectDelayLimit of %1 ms, expected at least the "
+                                 "reconnectDelay of %2 ms")
+                      .arg(settings->reconnectDelayLimit)
+                      .arg(settings->reconnectDelay));
+    }
+}
+
+QVector<MemoryArea> readAreas(const JsonNode& list)
+{
+    QVector<MemoryArea> areas;
+    QSet<int> indexes;
+    for (const JsonNode& node : list.elements()) {
+        node.checkKeys({QStringLiteral("index"), QStringLiteral("size")},
+                       {QStringLiteral("description")});
+        MemoryArea area;
+        area.index = int(node.member("index").integer(0, kHighestAreaIndex));
+        area.size = qint32(node.member("size").integer(1, kLargestArea));
+        if (indexes.contains(area.index))
+            node.member("index").fail(QStringLiteral("area %1 is declared twice").arg(area.index));
+        indexes.insert(area.index);
+        areas.append(area);
+    }
+    return areas;
+}
+
+/// Reads the cyclic labels of a project whose scopes are read already.
+class CyclicReader {
+public:
+    explicit CyclicReader(const Project& project)
+        : m_finder(project),
+          m_multiStation(project.settings.multiStation),
+          m_maxReadBytes(project.settings.maxReadBytes)
+    {
+    }
+
+    QVector<CyclicLabel> read(const JsonNode& list)
+    {
+        for (const JsonNode& node : list.elements()) {
+            if (!node.errors()->isEmpty())
+                return {};
+            if (node.value().isString())
+                readLabel(node, {});
+            else
+                readObject(node);
+        }
+        return m_labels;
+    }
+
+private:
+    void readObject(const JsonNode& node)
+    {
+        if (!node.value().isObject()) {
+            node.failExpecting(QStringLiteral("a label or an object with the key \"label\""));
+            return;
+        }
+        node.checkKeys({QStringLiteral("label")},
+                       {QStringLiteral("elements"), QStringLiteral("station")});
+        CyclicLabel form;
+        if (node.has("elements"))
+            form.elements = int(node.member("elements").integer(1, kLargestArea));
+        if (node.has("station")) {
+            form.station = int(node.member("station").integer(0, kHighestStation));
+            if (!m_multiStation) {
+                node.member("station").fail(QStringLiteral(
+                    "a station of its own needs \"multiStation\": true in the settings"));
+            }
+        }
+        readLabel(node.member("label"), form);
+    }
+
+    void readLabel(const JsonNode& node, const CyclicLabel& form)
+    {
+        const QString label = node.text();
+        QString error;
+        const std::optional<QVector<LabelPart>> parts = parseLabel(label, &error);
+        const std::optional<LabelTarget> target =
+            parts ? m_finder.find(*parts, &error) : std::nullopt;
+        if (target && form.elements > target->elements) {
+            error = QStringLiteral("%1 elements from here, but the array ends after %2")
+                        .arg(form.elements)
+                        .arg(target->elements);
+        } else if (target) {
+            error = valueLimitError(*target->variable, form.elements, m_maxReadBytes);
+        }
+        std::optional<QStringList> labels;
+        if (error.isEmpty())
+            labels = expandPattern(*parts, kMostCyclicLabels - int(m_labels.size()), &error);
+        if (target && labels &&
+            !hasRoomFor(*target->variable, form.elements, labels->size(), &error))
+            labels.reset();
+        if (!labels) {
+            node.fail(QStringLiteral("label %1: %2").arg(values::quoted(label), error));
+            return;
+        }
+        for (const QString& each : *labels)
+            m_labels.append({each, form.elements, form.station});
+    }
+
+    /// Adds so many values to those before them. Returns false and sets `error` when all together
+    /// are too large.
+    bool hasRoomFor(const Variable& variable, qint64 elements, qint64 values, QString* error)
+    {
+        m_bytes += values * bufferBytes(variable, elements);
+        m_pieces += values * transferPieces(variable, elements, m_maxReadBytes);
+        if (m_bytes > kMostCyclicBytes) {
+            *error = QStringLiteral("the cyclic values up to here have %1 bytes, and may have %2")
+                         .arg(m_bytes)
+                         .arg(kMostCyclicBytes);
+        } else if (m_pieces > kMostCyclicPieces) {
+            *error = QStringLiteral(
+                         "the cyclic values up to here fall into %1 pieces of at most "
+                         "%2 bytes (maxReadBytes), and may fall into %3")
+                         .arg(m_pieces)
+                         .arg(m_maxReadBytes)
+                         .arg(kMostCyclicPieces);
+        }
+        return error->isEmpty();
+    }
+
+    LabelFinder m_finder;
+    bool m_multiStation;
+    int m_maxReadBytes;
+    QVector<CyclicLabel> m_labels;
+    qint64 m_bytes = 0;
+    qint64 m_pieces = 0;
+};
+
+Project readProject(const JsonNode& root, SharedMemoryRule rule)
+{
+    Project project;
+    root.checkKeys(
+        {QStringLiteral("name"), QStringLiteral("areas"), QStringLiteral("scopes")},
+        {QStringLiteral("$schema"), QStringLiteral("description"), QStringLiteral("plc"),
+         QStringLiteral("settings"), QStringLiteral("structures"), QStringLiteral("cyclic")});
+    if (!root.errors()->isEmpty())
+        return project;
+    project.name = root.member("name").text();
+    if (project.name.trimmed().isEmpty())
+        root.member("name").failExpecting(QStringLiteral("a name"));
+    if (root.has("plc"))
+        readPlc(root.member("plc"), &project);
+    if (root.has("settings"))
+        readSettings(root.member("settings"), &project.settings);
+    project.areas = readAreas(root.member("areas"));
+    DeclarationReader declarations(project.areas, rule);
+    if (root.has("structures"))
+        project.structures = declarations.readStructures(root.member("structures"));
+    if (root.errors()->isEmpty())
+        project.scopes = declarations.readScopes(root.member("scopes"));
+    if (root.errors()->isEmpty() && root.has("cyclic"))
+        project.cyclic = CyclicReader(project).read(root.member("cyclic"));
+    return project;
+}
+
+} // namespace
+
+std::optional<Project> loadProject(const QString& path, QString* error, SharedMemoryRule rule)
+{
+    QFile file(path);
+    if (QFileInfo(path).isDir()) {
+        *error = QStringLiteral("%1: is a folder, expected a project file").arg(path);
+        return {};
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        *error = QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString());
+        return {};
+    }
+    if (file.size() > kLargestFile) {
+        *error = tooLarge(path);
+        return {};
+    }
+    // Pipes and devices tell no size beforehand.
+    const QByteArray json = file.read(kLargestFile + 1);
+    if (file.error() != QFileDevice::NoError) {
+        *error = QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString());
+        return {};
+    }
+    return parseProject(json, path, error, rule);
+}
+
+std::optional<Project> parseProject(const QByteArray& json, const QString& name, QString* error,
+                                    SharedMemoryRule rule)
+{
+    if (json.size() > kLargestFile) {
+        *error = tooLarge(name);
+        return {};
+    }
+    QJsonParseError syntax;
+    const QJsonDocument document = QJsonDocument::fromJson(json, &syntax);
+    if (syntax.error != QJsonParseError::NoError) {
+        *error = QStringLiteral("%1: %2: not JSON: %3")
+                     .arg(name, position(json, syntax.offset), syntax.errorString());
+        return {};
+    }
+    if (const std::optional<RepeatedKey> repeated = findRepeatedKey(json)) {
+        *error = QStringLiteral("%1: %2: key %3 stands twice in one object")
+                     .arg(name, position(json, repeated->offset), values::quoted(repeated->name));
+        return {};
+    }
+    DocumentErrors errors(name);
+    const QJsonValue root =
+        document.isObject() ? QJsonValue(document.object()) : QJsonValue(document.array());
+    Project project = readProject(JsonNode(root, QString(), &errors), rule);
+    if (!errors.isEmpty()) {
+        *error = errors.first();
+        return {};
+    }
+    return project;
+}
+
+} // namespace plc::project

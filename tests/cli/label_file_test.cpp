@@ -1,0 +1,102 @@
+#include "cli/label_file.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+
+#include "tests/project/test_project.h"
+
+namespace plc::cli {
+namespace test {
+
+using project::test::testProject;
+namespace {
+
+class LabelFile : public ::testing::Test {
+protected:
+    /// The labels that the file gives, or the error behind its path.
+    QStringList labelsOf(const QByteArray& text)
+    {
+        const QString path = folder.filePath(QStringLiteral("labels.csv"));
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        file.close();
+        QStringList labels{QStringLiteral("first")};
+        QString error;
+        if (appendLabels(path, testProject(), &labels, &error)) {
+            EXPECT_EQ("first", labels.takeFirst());
+            return labels;
+        }
+        EXPECT_TRUE(error.startsWith(path + QStringLiteral(": "))) << error.toStdString();
+        return {error.mid(path.size() + 2)};
+    }
+
+    QTemporaryDir folder;
+};
+
+TEST_F(LabelFile, HasALabelALineInTheFirstColumn)
+{
+    EXPECT_EQ(labelsOf("Main.speed\nMain.count\n"), (QStringList{"Main.speed", "Main.count"}));
+    EXPECT_EQ(labelsOf("Main.speed,INT,\"rpm, fast\"\r\n\r\n Main.count ,x"),
+              (QStringList{"Main.speed", "Main.count"}));
+}
+
+TEST_F(LabelFile, MayNameItsColumnsFirst)
+{
+    EXPECT_EQ(labelsOf("Label,type\nMain.speed,INT\n"), (QStringList{"Main.speed"}));
+    EXPECT_EQ(labelsOf("Main.speed\nlabel\n").first(),
+              "line 2: label \"label\": expected Scope.variable");
+}
+
+TEST_F(LabelFile, TakesWhatTheCommandLineTakes)
+{
+    EXPECT_EQ(labelsOf("Big.block[0]*600\nBig.block[0..3]\nMain.*\n"),
+              (QStringList{"Big.block[0]*600", "Big.block[0..3]", "Main.*"}));
+}
+
+TEST_F(LabelFile, APatternMayEndInANumber)
+{
+    EXPECT_EQ(labelsOf("*1\nMain.table[*5]\nMain.s*1\n"),
+              (QStringList{"*1", "Main.table[*5]", "Main.s*1"}));
+}
+
+TEST_F(LabelFile, ALabelThatIsUnknownIsShownWithItsLine)
+{
+    EXPECT_EQ(labelsOf("Main.speed\n\nMain.sped\n").first(),
+              "line 3: label \"Main.sped\": scope \"Main\" has no \"sped\" (did you mean "
+              "\"speed\"?)");
+    EXPECT_EQ(labelsOf("Main.speed\n,x\n").first(),
+              "line 2: the first column is empty, expected a label");
+}
+
+TEST_F(LabelFile, ALabelWithACommaNeedsQuotes)
+{
+    EXPECT_EQ(labelsOf("Main.speed\nMain.table[1,2]\n").first(),
+              "line 2: \"Main.table[1\" ends within its subscripts; a label with a comma stands in "
+              "quotes: \"Plant.table[1,2]\"");
+}
+
+TEST_F(LabelFile, BrokenQuotesAreShownWithTheirLine)
+{
+    EXPECT_TRUE(
+        labelsOf("Main.speed\n\"Main.count\n")
+            .first()
+            .startsWith(QStringLiteral("line 2: found the end of the file in a field in quotes")));
+}
+
+TEST_F(LabelFile, WithoutLabelsIsRefused)
+{
+    EXPECT_EQ(labelsOf("label\n").first(),
+              "has no labels; expected one a line, in the first column");
+    QStringList labels;
+    QString error;
+    EXPECT_FALSE(
+        appendLabels(folder.filePath(QStringLiteral("none.csv")), testProject(), &labels, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("cannot be read"))) << error.toStdString();
+    EXPECT_FALSE(appendLabels(folder.path(), testProject(), &labels, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("it is a folder"))) << error.toStdString();
+}
+
+} // namespace
+} // namespace test
+} // namespace plc::cli

@@ -1,0 +1,86 @@
+#include "cli/value_changes.h"
+
+#include "tests/host/host_fixture.h"
+
+namespace plc::cli {
+namespace test {
+
+using host::test::hex;
+using host::test::HostTest;
+namespace {
+
+constexpr int kStaleAfter = 3000;
+
+/// A table of two numbers, whose bytes the test sets.
+class ValueChangesTest : public HostTest {
+protected:
+    ValueChangesTest() : values({point("Main.speed"), point("Main.count")}, kStaleAfter, 998, 0) {}
+
+    void readBoth(qint64 time)
+    {
+        // Main.speed and Main.count lie at bytes 4 to 7 of area 1.
+        host::FrameEntry entry;
+        entry.area = 1;
+        entry.address = 4;
+        entry.length = 4;
+        values.replyAccepted({entry}, {speed + count}, time, time);
+    }
+    QVector<int> take(qint64 time) { return changes.take(values, time); }
+
+    QByteArray speed = hex("00 01");
+    QByteArray count = hex("00 02");
+    host::ValueTable values;
+    ValueChanges changes;
+};
+
+TEST_F(ValueChangesTest, ThereIsNothingBeforeTheFirstRead)
+{
+    EXPECT_EQ(take(0), QVector<int>());
+}
+
+TEST_F(ValueChangesTest, TheFirstReadIsNewAndTheSameAgainIsNot)
+{
+    readBoth(10);
+    EXPECT_EQ(take(10), (QVector<int>{0, 1}));
+    readBoth(20);
+    EXPECT_EQ(take(20), QVector<int>());
+}
+
+TEST_F(ValueChangesTest, ARefusedValueIsNewAlsoWhereItWasStale)
+{
+    readBoth(10);
+    take(10);
+    EXPECT_EQ((QVector<int>{0, 1}), take(10 + kStaleAfter + 1));
+    values.refused(1, 0x31);
+    EXPECT_EQ(QVector<int>{1}, take(10 + kStaleAfter + 2));
+    EXPECT_EQ(QVector<int>(), take(10 + kStaleAfter + 3));
+}
+
+TEST_F(ValueChangesTest, AChangedValueIsNew)
+{
+    readBoth(10);
+    take(10);
+    count = hex("00 03");
+    readBoth(20);
+    EXPECT_EQ(take(20), QVector<int>{1});
+}
+
+TEST_F(ValueChangesTest, StaleAndFreshAgainAreNewOnceEach)
+{
+    readBoth(10);
+    take(10);
+    EXPECT_EQ(take(10 + kStaleAfter), QVector<int>());
+    EXPECT_EQ(take(11 + kStaleAfter), (QVector<int>{0, 1}));
+    EXPECT_EQ(take(12 + kStaleAfter), QVector<int>());
+    readBoth(4000);
+    EXPECT_EQ(take(4000), (QVector<int>{0, 1}));
+}
+
+TEST_F(ValueChangesTest, AValueNeverReadIsToldWhenItIsWaitedForTooLong)
+{
+    EXPECT_EQ(take(kStaleAfter + 1), (QVector<int>{0, 1}));
+}
+
+} // namespace
+} // namespace test
+} // namespace plc::cli

@@ -1,0 +1,94 @@
+#include "host/report/link_statistics.h"
+
+#include <gtest/gtest.h>
+
+namespace plc::host {
+namespace test {
+namespace {
+
+SentRequest requestOf(Service service)
+{
+    SentRequest request;
+    request.content.service = service;
+    return request;
+}
+
+class LinkStatisticsTest : public ::testing::Test {
+protected:
+    void exchange(Service service, Answer::Kind kind, int result, qint64 time)
+    {
+        statistics.requestSent(now);
+        now += time;
+        statistics.requestAnswered(requestOf(service), {kind, result, 0}, now);
+    }
+    void lose(const QString& reason) { statistics.linkChanged(LinkState::Down, reason, 500); }
+
+    LinkStatistics statistics;
+    qint64 now = 1000;
+};
+
+TEST_F(LinkStatisticsTest, CountsRequestsByWhatBecameOfThem)
+{
+    statistics.linkChanged(LinkState::Up, QString(), -1);
+    exchange(Service::Identification, Answer::Accepted, 1, 10);
+    exchange(Service::File, Answer::Accepted, 1, 20);
+    exchange(Service::Read, Answer::Retried, 0, 30);
+    exchange(Service::Read, Answer::Abandoned, 11, 40);
+    exchange(Service::Read, Answer::Misfit, 0, 50);
+    EXPECT_EQ(statistics.requests(), 5u);
+    EXPECT_EQ(statistics.accepted(), 2u);
+    EXPECT_EQ(statistics.refused(), 3u);
+    EXPECT_EQ(statistics.retries(), 1u);
+    EXPECT_EQ(statistics.logins(), 1u);
+    EXPECT_EQ(statistics.unanswered(), 0u);
+    EXPECT_EQ(statistics.failures(), (QMap<int, quint64>{{11, 1}}));
+    EXPECT_EQ(statistics.roundTrips().count(), 5u);
+    EXPECT_EQ(statistics.roundTrips().percentile(0.5), 30);
+    EXPECT_EQ(statistics.roundTrips().longest(), 50);
+}
+
+TEST_F(LinkStatisticsTest, CountsFailuresByTheirNumbers)
+{
+    exchange(Service::Identification, Answer::LoginRefused, 201, 1);
+    exchange(Service::Write, Answer::Abandoned, 12, 1);
+    exchange(Service::Write, Answer::Abandoned, 12, 1);
+    EXPECT_EQ(statistics.failures(), (QMap<int, quint64>{{12, 2}, {201, 1}}));
+    EXPECT_EQ(statistics.logins(), 0u);
+}
+
+TEST_F(LinkStatisticsTest, CountsTheReasonsOfLossesAndRequestsLeftWithoutAReply)
+{
+    EXPECT_EQ(statistics.reconnects(), 0u);
+    lose(QStringLiteral("refused"));
+    statistics.linkChanged(LinkState::Up, QString(), -1);
+    EXPECT_EQ(statistics.reconnects(), 0u);
+    statistics.requestSent(now);
+    lose(QStringLiteral("no reply"));
+    statistics.linkChanged(LinkState::Up, QString(), -1);
+    exchange(Service::Read, Answer::Accepted, 1, 5);
+    lose(QStringLiteral("refused"));
+    EXPECT_EQ(statistics.reconnects(), 1u);
+    EXPECT_EQ(statistics.unanswered(), 1u);
+    EXPECT_EQ(statistics.lossReasons(), (QMap<QString, quint64>{{QStringLiteral("no reply"), 1},
+                                                                {QStringLiteral("refused"), 2}}));
+}
+
+TEST_F(LinkStatisticsTest, DoesNotTakeTheEndForALoss)
+{
+    statistics.requestSent(now);
+    statistics.linkChanged(LinkState::Down, QStringLiteral("stopped"), -1);
+    EXPECT_EQ(statistics.unanswered(), 0u);
+    EXPECT_TRUE(statistics.lossReasons().isEmpty());
+}
+
+TEST_F(LinkStatisticsTest, DoesNotGrowWithTheNumberOfReasons)
+{
+    for (int i = 0; i < 1000; ++i)
+        lose(QStringLiteral("only %1 bytes").arg(i));
+    EXPECT_EQ(statistics.lossReasons().size(), LinkStatistics::kMostReasons + 1);
+    EXPECT_EQ(statistics.lossReasons().value(QStringLiteral("other reasons")), 980u);
+}
+
+} // namespace
+} // namespace test
+} // namespace plc::host

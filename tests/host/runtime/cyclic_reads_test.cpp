@@ -1,0 +1,384 @@
+#include "host/runtime/cyclic_reads.h"
+
+#include <set>
+
+#include "host/driver/request_records.h"
+#include "tests/host/host_fixture.h"
+
+namespace plc::host {
+namespace test {
+namespace {
+
+/// A PLC that refuses each read that touches certain bytes, and gives every other byte the number
+/// of the reply. Time passes only where a test says so: whatever goes out in between, went without
+/// a pause.
+class RefusedReads : public HostTest {
+protected:
+    /// An INT of area 2.
+    DataPoint valueAt(int address)
+    {
+        DataPoint value = m_pattern;
+        value.address = address;
+        value.text = QStringLiteral("v%1").arg(address);
+        return value;
+    }
+    DataPoint bytesAt(int address, int count)
+    {
+        DataPoint value = valueAt(address);
+        value.type = values::findIecType(QStringLiteral("BYTE"));
+        value.elements = count;
+        return value;
+    }
+    /// So many INTs, too far apart to share an entry.
+    QVector<DataPoint> scattered(int count)
+    {
+        QVector<DataPoint> points;
+        for (int i = 0; i < count; ++i)
+            points.append(valueAt(20 * i));
+        return points;
+    }
+    /// Twelve values of 200 bytes, of which four fill a request.
+    QVector<DataPoint> threeRequests()
+    {
+        QVector<DataPoint> points;
+        for (int i = 0; i < 12; ++i)
+            points.append(bytesAt(1000 * i, 200));
+        return points;
+    }
+    void begin(const QVector<DataPoint>& points)
+    {
+        runtime->readCyclically(points, now);
+        connect();
+        logIn();
+    }
+
+    void requestSent(const SentRequest& request) override { m_category = request.category; }
+
+    /// Answers the request that has gone out; false if there is none. What it was is added to
+    /// `story`: C for a cyclic one, P for a probe, in lower case if it is refused, W for a write, I
+    /// for the read that shows that replies fit.
+    bool serve()
+    {
+        const std::string done = actions();
+        if (done.empty())
+            return false;
+        EXPECT_EQ(done, "S");
+        lastEntries = parseRequest(sent).entries;
+        if (m_category == kWriteCategory) {
+            story += 'W';
+            answer(writeReply());
+            return true;
+        }
+        bool isRefused = false;
+        QByteArray payload(6, '\0');
+        for (const FrameEntry& entry : lastEntries) {
+            const auto found = refusedBytes.lower_bound(entry.address);
+            isRefused =
+                isRefused || (found != refusedBytes.end() && *found < entry.address + entry.length);
+            payload +=
+                QByteArray(1, '\0') + QByteArray(int(entry.length), char(story.size() % 100));
+        }
+        const char kind = m_category == kProbeCategory    ? 'P'
+                          : m_category == kInStepCategory ? 'I'
+                                                          : 'C';
+        story += isRefused ? char(kind + 'a' - 'A') : kind;
+        answer(isRefused ? refusal() : frameOf(payload));
+        return true;
+    }
+    void serve(int count)
+    {
+        for (int i = 0; i < count; ++i)
+            ASSERT_TRUE(serve()) << story;
+    }
+    /// Serves for so many milliseconds, one request every ten where there are any.
+    void serveFor(int milliseconds)
+    {
+        for (int i = 0; i < milliseconds; i += 10) {
+            passTime(10);
+            serve();
+        }
+    }
+    int requestsWith(char kind) const { return int(std::count(story.begin(), story.end(), kind)); }
+    int probes() const { return requestsWith('P') + requestsWith('p'); }
+    bool isAsked(int address) const
+    {
+        return std::any_of(lastEntries.begin(), lastEntries.end(), [address](const FrameEntry& e) {
+            return int(e.address) <= address && address < int(e.address + e.length);
+        });
+    }
+
+    std::set<quint32> refusedBytes;
+    std::string story;
+    QVector<FrameEntry> lastEntries;
+
+private:
+    DataPoint m_pattern = point("Big.far");
+    int m_category = 0;
+};
+
+TEST_F(RefusedReads, AreFoundByProbesBetweenTheReadsOfAllOthers)
+{
+    refusedBytes = {5007};
+    begin(threeRequests());
+    // Rows 0-3; 4-7 refused; 4, 5 refused; 8-11; 4; 0-3; 5 refused for the third time; 8-11; 6, 7.
+    serve(9);
+    EXPECT_EQ(story, "CcpCPCpCP");
+    EXPECT_EQ(refusedValues, std::vector<std::string>{"v5000"});
+    EXPECT_TRUE(runtime->values().isRefused(5));
+    EXPECT_EQ(runtime->values().refusalStatus(5), 5);
+    for (int row = 0; row < 12; ++row)
+        EXPECT_EQ(runtime->values().wasRead(row), row != 5) << row;
+    // From now on three requests read the eleven others, and nothing else goes out.
+    serve(30);
+    EXPECT_EQ(story.substr(9), std::string(30, 'C'));
+    for (int row = 0; row < 12; ++row)
+        EXPECT_GE(runtime->values().reads(row), row == 5 ? 0u : 10u) << row;
+    EXPECT_EQ(runtime->values().reads(5), 0u);
+}
+
+TEST_F(RefusedReads, AreTriedAloneAfterTenSecondsAndReadOnceThePlcGivesThem)
+{
+    refusedBytes = {5007};
+    begin(threeRequests());
+    serve(7);
+    ASSERT_EQ(refusedValues.size(), 1u);
+    const int tried = probes();
+    serveFor(9990);
+    EXPECT_EQ(probes(), tried + 1) << "the rest of the search";
+    serveFor(20);
+    ASSERT_EQ(probes(), tried + 2);
+    serveFor(9900);
+    EXPECT_EQ(probes(), tried + 2);
+    EXPECT_EQ(refusedValues.size(), 1u) << "told once";
+    refusedBytes.clear();
+    serveFor(200);
+    EXPECT_EQ(probes(), tried + 3);
+    EXPECT_EQ(valuesGivenAgain, std::vector<std::string>{"v5000"});
+    EXPECT_FALSE(runtime->values().isRefused(5));
+    const quint64 readBefore = runtime->values().reads(5);
+    serve(30);
+    EXPECT_EQ(probes(), tried + 3);
+    EXPECT_GE(runtime->values().reads(5), readBefore + 9) << "listed again";
+}
+
+class RefusedAmongMany : public RefusedReads, public ::testing::WithParamInterface<int> {};
+
+TEST_P(RefusedAmongMany, IsFoundByHalves)
+{
+    refusedBytes = {quint32(20 * GetParam())};
+    begin(scattered(99));
+    int requests = 0;
+    while (refusedValues.empty() && requests < 1000) {
+        ASSERT_TRUE(serve());
+        ++requests;
+    }
+    // Seven times half of 99 is one, and the other half is asked for before at the worst.
+    EXPECT_LE(probes(), 14);
+    serve(30);
+    EXPECT_LE(probes(), 14);
+    EXPECT_EQ(requestsWith('c'), 1);
+    for (int row = 0; row < 99; ++row)
+        EXPECT_EQ(runtime->values().wasRead(row), row != GetParam()) << row;
+}
+
+INSTANTIATE_TEST_SUITE_P(Places, RefusedAmongMany, ::testing::Values(0, 1, 48, 49, 50, 97, 98));
+
+TEST_F(RefusedReads, GapBetweenGoodValuesIsReadNoMore)
+{
+    refusedBytes = {4};
+    begin({valueAt(0), valueAt(8)});
+    serve(3);
+    EXPECT_EQ(story, "cPP");
+    serve(10);
+    EXPECT_EQ(story, "cPP" + std::string(10, 'C'));
+    ASSERT_EQ(lastEntries.size(), 2);
+    EXPECT_TRUE(isAsked(0) && isAsked(1) && isAsked(8) && isAsked(9));
+    for (int address = 2; address < 8; ++address)
+        EXPECT_FALSE(isAsked(address)) << address;
+    EXPECT_TRUE(refusedValues.empty());
+}
+
+TEST_F(RefusedReads, PlcThatRefusesAllIsAskedNowAndThen)
+{
+    for (int i = 0; i < 3; ++i)
+        refusedBytes.insert(quint32(20 * i));
+    begin(scattered(3));
+    while (serve())
+        ASSERT_LT(story.size(), 30u);
+    EXPECT_EQ(refusedValues.size(), 3u);
+    const int before = int(story.size());
+    serveFor(60000);
+    // The first after 10 s; then a third of 10 s from one to the next, here in steps of 10 ms:
+    // 10,000 + 14 * 3,340 = 56,760.
+    EXPECT_EQ(int(story.size()) - before, 15);
+    EXPECT_EQ(refusedValues.size(), 3u);
+}
+
+TEST_F(RefusedReads, SearchBeginsAnewWhenTheLinkWasLostMeanwhile)
+{
+    refusedBytes = {5007};
+    begin(threeRequests());
+    serve(3);
+    ASSERT_EQ(story, "Ccp");
+    ASSERT_EQ(actions(), "S");
+    passTime(1000);
+    ASSERT_EQ(actions(), "X");
+    reconnect(500);
+    serve(30);
+    EXPECT_EQ(refusedValues, std::vector<std::string>{"v5000"});
+    for (int row = 0; row < 12; ++row)
+        EXPECT_EQ(runtime->values().wasRead(row), row != 5) << row;
+    EXPECT_EQ(story.substr(story.size() - 10), std::string(10, 'C'));
+}
+
+TEST_F(RefusedReads, AreAskedForAtOnceWhenTheLinkIsUpAgain)
+{
+    refusedBytes = {5007};
+    begin(threeRequests());
+    serve(9);
+    ASSERT_EQ(refusedValues.size(), 1u);
+    ASSERT_EQ(actions(), "S");
+    passTime(1000);
+    ASSERT_EQ(actions(), "X");
+    reconnect(500);
+    serve(20);
+    EXPECT_EQ(refusedValues.size(), 1u) << "still refused: not told again";
+    ASSERT_EQ(actions(), "S");
+    passTime(1000);
+    ASSERT_EQ(actions(), "X");
+    // It has another program now.
+    refusedBytes.clear();
+    reconnect(500);
+    serve(6);
+    EXPECT_EQ(valuesGivenAgain, std::vector<std::string>{"v5000"});
+}
+
+TEST_F(RefusedReads, OfAStationThatGoesOffAreAskedForNoMore)
+{
+    QVector<DataPoint> points = threeRequests();
+    for (int i = 4; i < 8; ++i)
+        points[i].station = 7;
+    refusedBytes = {5007};
+    begin(points);
+    // Station 7 comes last: rows 0-3, 8-11, 4-7.
+    serve(3);
+    ASSERT_EQ(story, "CCc");
+    runtime->switchStation(7, false, now);
+    // What was begun comes to its end: 4, 5; 4; 5, each in its turn with a read of others.
+    serve(6);
+    EXPECT_EQ(story, "CCcpCPCpC");
+    const int tried = probes();
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_TRUE(serve());
+        EXPECT_FALSE(isAsked(4000) || isAsked(5000) || isAsked(6000) || isAsked(7000)) << story;
+    }
+    EXPECT_EQ(probes(), tried);
+    EXPECT_GE(runtime->values().reads(0), 10u);
+    runtime->switchStation(7, true, now);
+    serve(20);
+    EXPECT_EQ(refusedValues, std::vector<std::string>{"v5000"});
+    for (int row = 0; row < 12; ++row)
+        EXPECT_EQ(runtime->values().wasRead(row), row != 5) << row;
+}
+
+TEST_F(RefusedReads, OfAStationThatIsOffAreNotTriedAndDoNotKeepOthersWaiting)
+{
+    QVector<DataPoint> points = threeRequests();
+    points[5].station = 7;
+    refusedBytes = {2007, 5007};
+    begin(points);
+    serve(40);
+    ASSERT_EQ(refusedValues.size(), 2u);
+    runtime->switchStation(7, false, now);
+    const int tried = probes();
+    // Only the other one is tried, every ten seconds.
+    serveFor(35000);
+    EXPECT_EQ(probes(), tried + 3);
+    ASSERT_EQ(actions(), "S");
+    passTime(1000);
+    ASSERT_EQ(actions(), "X");
+    reconnect(500);
+    serve(20);
+    readOnce("Main.speed");
+    serve(2);
+    EXPECT_EQ(reads.size(), 1u);
+    refusedBytes.clear();
+    serveFor(15000);
+    EXPECT_EQ(valuesGivenAgain, std::vector<std::string>{"v2000"});
+    runtime->switchStation(7, true, now);
+    serveFor(15000);
+    EXPECT_EQ(valuesGivenAgain, (std::vector<std::string>{"v2000", "v5000"}));
+}
+
+TEST_F(RefusedReads, LongValueThatIsRefusedInItsSecondPartIsNeverShown)
+{
+    // 1,200 bytes in pieces of 200, of which four fit into a request; and one value behind it.
+    refusedBytes = {1100};
+    begin({bytesAt(0, 1200), valueAt(5000)});
+    for (int i = 0; i < 40 && refusedValues.empty(); ++i)
+        ASSERT_TRUE(serve());
+    EXPECT_EQ(refusedValues, std::vector<std::string>{"v0"});
+    EXPECT_FALSE(runtime->values().wasRead(0));
+    serve(10);
+    EXPECT_FALSE(isAsked(0));
+    EXPECT_TRUE(isAsked(5000));
+    EXPECT_GE(runtime->values().reads(1), 8u);
+}
+
+TEST_F(RefusedReads, TwoHundredAmongTwoThousandAreAllFound)
+{
+    const QVector<DataPoint> points = scattered(2000);
+    for (int i = 5; i < 2000; i += 10)
+        refusedBytes.insert(quint32(20 * i));
+    begin(points);
+    for (int i = 0; i < 10000 && refusedValues.size() < 200; ++i)
+        ASSERT_TRUE(serve());
+    serve(200);
+    EXPECT_EQ(refusedValues.size(), 200u);
+    EXPECT_EQ(std::set<std::string>(refusedValues.begin(), refusedValues.end()).size(), 200u);
+    for (int row = 0; row < 2000; ++row)
+        ASSERT_EQ(runtime->values().wasRead(row), row % 10 != 5) << row;
+    // 21 requests with ten each: four halvings from 99 to groups of about one each, two probes for
+    // each group.
+    EXPECT_LE(probes(), 21 * 2 * 10 * (4 + 1));
+    // 1,800 entries, 99 to a request.
+    story.clear();
+    serve(19);
+    EXPECT_EQ(story, std::string(19, 'C'));
+}
+
+TEST_F(RefusedReads, DoNotShareARequestThatShowsWhetherAWriteWasDone)
+{
+    for (int i = 0; i < 4; ++i)
+        refusedBytes.insert(quint32(20 * i));
+    begin(scattered(4));
+    serve(1);
+    write("Main.count", "1");
+    write("Main.count", "2");
+    // The acknowledgements have the size of the refusals before them, so each is doubted until a
+    // read of another size is answered.
+    serve(5);
+    EXPECT_EQ(story, "cpWIWI");
+    ASSERT_EQ(writes.size(), 2u);
+    EXPECT_TRUE(writes[0].outcome.isDone());
+    EXPECT_TRUE(writes[1].outcome.isDone());
+}
+
+TEST_F(RefusedReads, NeverGoOutTwiceBetweenTwoReadsOfOthers)
+{
+    for (int i : {5, 30, 31, 50, 71})
+        refusedBytes.insert(quint32(1000 * i));
+    QVector<DataPoint> points;
+    for (int i = 0; i < 80; ++i)
+        points.append(bytesAt(1000 * i, 200));
+    begin(points);
+    serve(200);
+    EXPECT_EQ(refusedValues.size(), 5u);
+    std::string kinds = story;
+    std::transform(kinds.begin(), kinds.end(), kinds.begin(), ::toupper);
+    EXPECT_EQ(kinds.find("PP"), std::string::npos) << story;
+}
+
+} // namespace
+} // namespace test
+} // namespace plc::host

@@ -1,0 +1,95 @@
+#include "host/transfers/piece_tracker.h"
+
+#include "tests/host/host_fixture.h"
+
+namespace plc::host {
+namespace test {
+namespace {
+
+FrameEntry piece(int area, quint32 address, quint32 length, bool isBit = false)
+{
+    FrameEntry entry;
+    entry.area = quint16(area);
+    entry.address = address;
+    entry.length = length;
+    entry.isBit = isBit;
+    return entry;
+}
+
+TEST(PieceTracker, TransferIsSettledByItsLastPiece)
+{
+    PieceTracker tracker;
+    tracker.add(1, {piece(1, 0, 1000), piece(1, 1000, 1000), piece(1, 2000, 5)});
+    EXPECT_EQ(tracker.requestSent({piece(1, 0, 1000)}), QVector<int>{1});
+    EXPECT_TRUE(tracker.requestAccepted().isEmpty());
+    tracker.requestSent({piece(1, 1000, 1000)});
+    EXPECT_TRUE(tracker.requestAccepted().isEmpty());
+    EXPECT_TRUE(tracker.contains(1));
+    tracker.requestSent({piece(1, 2000, 5)});
+    EXPECT_EQ(tracker.requestAccepted(), QVector<int>{1});
+    EXPECT_FALSE(tracker.contains(1));
+}
+
+TEST(PieceTracker, RequestSettlesAllThatItCarries)
+{
+    PieceTracker tracker;
+    tracker.add(1, {piece(1, 0, 2)});
+    tracker.add(2, {piece(1, 2, 2)});
+    tracker.add(3, {piece(1, 4, 2)});
+    tracker.requestSent({piece(1, 0, 2), piece(1, 4, 2)});
+    EXPECT_EQ(tracker.requestAccepted(), (QVector<int>{1, 3}));
+    EXPECT_TRUE(tracker.contains(2));
+    EXPECT_EQ(tracker.pieceCount(), 1);
+}
+
+TEST(PieceTracker, AbandonedRequestTellsItsTransfersAndWhatWasTakenOfThem)
+{
+    PieceTracker tracker;
+    tracker.add(1, {piece(1, 0, 1000), piece(1, 1000, 1000)});
+    tracker.add(2, {piece(1, 5000, 2)});
+    tracker.requestSent({piece(1, 0, 1000)});
+    tracker.requestAccepted();
+    tracker.requestSent({piece(1, 1000, 1000)});
+    EXPECT_EQ(tracker.requestAbandoned(), QVector<int>{1});
+    EXPECT_EQ(tracker.accepted(1), 1000);
+    EXPECT_EQ(tracker.accepted(2), 0);
+    tracker.remove(1);
+    EXPECT_EQ(tracker.accepted(1), 0);
+    EXPECT_EQ(tracker.pieceCount(), 1);
+}
+
+TEST(PieceTracker, SameRequestSentAgainCarriesTheSame)
+{
+    PieceTracker tracker;
+    tracker.add(1, {piece(1, 0, 2)});
+    tracker.add(2, {piece(1, 0, 2)});
+    EXPECT_EQ(tracker.requestSent({piece(1, 0, 2)}), QVector<int>{1});
+    EXPECT_EQ(tracker.requestSent({piece(1, 0, 2)}), QVector<int>{1});
+    EXPECT_EQ(tracker.requestAccepted(), QVector<int>{1});
+    EXPECT_EQ(tracker.requestSent({piece(1, 0, 2)}), QVector<int>{2});
+}
+
+TEST(PieceTracker, PlaceMustAgreeInEverything)
+{
+    PieceTracker tracker;
+    tracker.add(1, {piece(1, 8, 1)});
+    for (const FrameEntry& other :
+         {piece(2, 8, 1), piece(1, 9, 1), piece(1, 8, 2), piece(1, 8, 1, true)})
+        EXPECT_TRUE(tracker.requestSent({other}).isEmpty());
+    EXPECT_TRUE(tracker.requestAccepted().isEmpty());
+    EXPECT_TRUE(tracker.contains(1));
+}
+
+TEST(PieceTracker, AnswerWithoutItsRequestSettlesNothing)
+{
+    PieceTracker tracker;
+    tracker.add(1, {piece(1, 0, 2)});
+    EXPECT_TRUE(tracker.requestAccepted().isEmpty());
+    EXPECT_TRUE(tracker.requestAbandoned().isEmpty());
+    tracker.remove(1);
+    EXPECT_EQ(tracker.pieceCount(), 0);
+}
+
+} // namespace
+} // namespace test
+} // namespace plc::host

@@ -1,0 +1,161 @@
+#include "host/wire/frame_entries.h"
+
+#include "host/wire/reply_collector.h"
+#include "tests/host/host_fixture.h"
+
+namespace plc::host {
+namespace test {
+namespace {
+
+const char kTwoReads[] =
+    "BB BB 00 00 00 1E 2E 00 00 00 00 02"
+    "00 01 00 00 00 20 00 00 00 04"
+    "FF FE 80 00 00 10 00 00 01 02"
+    "00 01 12 34";
+const char kTwoWrites[] =
+    "BB BB 00 00 00 21 3C 00 00 00 00 02"
+    "00 02 00 00 00 10 00 00 00 02 AB CD"
+    "00 03 00 00 00 14 00 00 00 01 7F"
+    "00 01 00 00";
+const char kTwoBits[] =
+    "BB BB 00 00 00 20 3C 00 00 00 00 02"
+    "00 00 00 00 00 11 00 00 00 00 01"
+    "00 00 00 00 00 12 00 00 00 00 00"
+    "00 01 00 00";
+
+TEST(RequestFrame, ReadStatesItsEntries)
+{
+    const RequestContent content = parseRequest(hex(kTwoReads));
+    EXPECT_EQ(content.service, Service::Read);
+    EXPECT_TRUE(content.wellFormed);
+    EXPECT_FALSE(content.isLogin());
+    ASSERT_EQ(content.entries.size(), 2);
+    EXPECT_EQ(content.entries[0].area, 1);
+    EXPECT_EQ(content.entries[0].address, 0x20u);
+    EXPECT_EQ(content.entries[0].length, 4u);
+    EXPECT_EQ(content.entries[1].area, 0xFFFE);
+    EXPECT_EQ(content.entries[1].address, 0x80000010u);
+    EXPECT_EQ(content.entries[1].length, 0x102u);
+}
+
+TEST(RequestFrame, WriteCarriesTheDataOfItsEntries)
+{
+    const RequestContent content = parseRequest(hex(kTwoWrites));
+    EXPECT_EQ(content.service, Service::Write);
+    EXPECT_TRUE(content.wellFormed);
+    ASSERT_EQ(content.entries.size(), 2);
+    EXPECT_EQ(content.entries[0].data, hex("AB CD"));
+    EXPECT_EQ(content.entries[1].area, 3);
+    EXPECT_EQ(content.entries[1].data, hex("7F"));
+    EXPECT_FALSE(content.entries[0].isBit);
+}
+
+TEST(RequestFrame, WriteOfBitsStatesNoLengthButCarriesAByteForEach)
+{
+    const RequestContent content = parseRequest(hex(kTwoBits));
+    EXPECT_TRUE(content.wellFormed);
+    ASSERT_EQ(content.entries.size(), 2);
+    for (const FrameEntry& entry : content.entries) {
+        EXPECT_TRUE(entry.isBit);
+        EXPECT_EQ(entry.length, 1u);
+    }
+    EXPECT_EQ(content.entries[0].address, 17u);
+    EXPECT_EQ(content.entries[0].data, hex("01"));
+    EXPECT_EQ(content.entries[1].address, 18u);
+    EXPECT_EQ(content.entries[1].data, hex("00"));
+}
+
+TEST(RequestFrame, LoginFramesAreKnown)
+{
+    EXPECT_TRUE(
+        parseRequest(hex("BB BB 00 00 00 0E 01 00 00 00 02 00 00 00 06 00 00 00 00 00")).isLogin());
+    EXPECT_TRUE(
+        parseRequest(hex("BB BB 00 00 00 11 31 00 00 0D 44 4F 57 4E 4C 4F 41 44 2E 53 44 42 00"))
+            .isLogin());
+}
+
+TEST(RequestFrame, UnknownServiceHasNoEntries)
+{
+    const RequestContent content = parseRequest(hex("BB BB 00 00 00 02 77 00"));
+    EXPECT_EQ(content.service, Service::Unknown);
+    EXPECT_FALSE(content.wellFormed);
+    EXPECT_TRUE(content.entries.isEmpty());
+}
+
+TEST(RequestFrame, CutAnywhereIsMalformedAndHasOnlyWholeEntries)
+{
+    for (const char* text : {kTwoReads, kTwoWrites, kTwoBits}) {
+        const QByteArray frame = hex(text);
+        for (int size = 0; size < frame.size(); ++size) {
+            const RequestContent content = parseRequest(frame.left(size));
+            EXPECT_FALSE(content.wellFormed) << text << " cut to " << size;
+            EXPECT_LE(content.entries.size(), 2);
+        }
+    }
+    EXPECT_EQ(parseRequest(hex(kTwoReads).left(31)).entries.size(), 1);
+}
+
+TEST(RequestFrame, CountAndLengthsBeyondTheFrameAreNotBelieved)
+{
+    EXPECT_TRUE(
+        parseRequest(hex("BB BB 00 00 00 0A 2E 00 FF FF FF FF 00 01 00 00")).entries.isEmpty());
+    const RequestContent content = parseRequest(
+        hex("BB BB 00 00 00 14 3C 00 00 00 00 01 00 01 00 00 00 00 FF FF FF FF 00 01 00 00"));
+    EXPECT_FALSE(content.wellFormed);
+    EXPECT_TRUE(content.entries.isEmpty());
+}
+
+TEST(FrameSize, IsStatedInTheLowHalfOfTheLength)
+{
+    EXPECT_EQ(statedFrameSize(hex("BB BB 00 00 00")), -1);
+    EXPECT_EQ(statedFrameSize(hex("BB BB 00 00 00 00")), 6);
+    EXPECT_EQ(statedFrameSize(hex("BB BB 12 34 01 02 55")), 6 + 0x102);
+    EXPECT_EQ(statedFrameSize(hex("BB BB 00 00 FF FF")), 6 + 0xFFFF);
+}
+
+TEST(ReplyFrame, StatusNeedsBothItsBytes)
+{
+    EXPECT_EQ(replyStatus(hex("BB BB 00 00 00 00")), -1);
+    EXPECT_EQ(replyStatus(hex("BB BB 00 00 00 01 00")), -1);
+    EXPECT_EQ(replyStatus(hex("BB BB 00 00 00 02 01 02")), 0x102);
+}
+
+TEST(ReplyFrame, SizeOfAGoodReadIsKnownBeforehand)
+{
+    const QVector<FrameEntry> entries = parseRequest(hex(kTwoReads)).entries;
+    EXPECT_EQ(readReplySize(entries), 12 + 1 + 4 + 1 + 0x102);
+    EXPECT_EQ(readReplySize({}), 12);
+}
+
+TEST(ReplyFrame, BlocksStandBehindALeadingByteEach)
+{
+    FrameEntry two;
+    two.length = 2;
+    FrameEntry one;
+    one.length = 1;
+    const QByteArray reply = hex("BB BB 00 00 00 0B 00 00 00 00 00 00 EE 12 34 EE 56");
+    EXPECT_EQ(readReplyBlocks(reply, {two, one}), (QVector<QByteArray>{hex("12 34"), hex("56")}));
+    EXPECT_EQ(readReplyBlocks(reply.left(16), {two, one}),
+              (QVector<QByteArray>{hex("12 34"), QByteArray()}));
+}
+
+TEST(ReplyCollector, KnowsTheEndAndWhatIsBehindIt)
+{
+    ReplyCollector collector;
+    EXPECT_FALSE(collector.isComplete());
+    collector.append(hex("BB BB 00 00 00"));
+    EXPECT_FALSE(collector.isComplete());
+    collector.append(hex("02"));
+    EXPECT_FALSE(collector.isComplete());
+    collector.append(hex("00 05 99"));
+    ASSERT_TRUE(collector.isComplete());
+    EXPECT_EQ(collector.frame(), hex("BB BB 00 00 00 02 00 05"));
+    EXPECT_EQ(collector.surplus(), 1);
+    collector.clear();
+    EXPECT_FALSE(collector.isComplete());
+    EXPECT_EQ(collector.size(), 0);
+}
+
+} // namespace
+} // namespace test
+} // namespace plc::host

@@ -1,0 +1,92 @@
+#include "project/label_expansion.h"
+
+#include "tests/project/test_project.h"
+
+namespace plc::project {
+namespace test {
+
+namespace {
+
+class LabelExpansionTest : public ::testing::Test {
+protected:
+    std::string expanded(const char* text)
+    {
+        QString error;
+        const std::optional<QStringList> labels = expander.expand(QString::fromUtf8(text), &error);
+        return labels ? labels->join(QLatin1Char(' ')).toStdString() : error.toStdString();
+    }
+
+    /// The same in a project of variables with numbers in their names.
+    static std::string numbered(const char* text)
+    {
+        QString error;
+        const std::optional<Project> project = parseProject(R"({
+            "name": "Numbered", "areas": [{"index": 1, "size": 64}],
+            "scopes": [{"name": "N", "variables": [
+              {"name": "v1", "type": "INT", "area": 1, "offset": 0},
+              {"name": "v2", "type": "INT", "area": 1, "offset": 2},
+              {"name": "v11", "type": "INT", "area": 1, "offset": 4}]}]})",
+                                                            QStringLiteral("numbered"), &error);
+        const std::optional<QStringList> labels =
+            LabelExpander(*project).expand(QString::fromUtf8(text), &error);
+        return labels ? labels->join(QLatin1Char(' ')).toStdString() : error.toStdString();
+    }
+
+    const Project project = testProject();
+    LabelExpander expander{project};
+};
+
+TEST_F(LabelExpansionTest, ALabelStandsForItself)
+{
+    EXPECT_EQ(expanded("Main.speed"), "Main.speed");
+    EXPECT_EQ(expanded("Main.axis[2].speed"), "Main.axis[2].speed");
+    EXPECT_EQ(expanded("no label at all"), "no label at all");
+}
+
+TEST_F(LabelExpansionTest, ElementsOfAnArrayStayTogether)
+{
+    EXPECT_EQ(expanded("Main.bytes[0]*5"), "Main.bytes[0]*5");
+}
+
+TEST_F(LabelExpansionTest, ANumberBehindAStarCountsElementsOnlyBehindALabel)
+{
+    EXPECT_EQ(expanded("Main.t*,5]"),
+              "Main.table[0,5] Main.table[1,5] Main.table[2,5] Main.table[3,5]");
+    EXPECT_EQ(expanded("Big.t*1"), "Big.t*1") << "to be explained by its lookup";
+    EXPECT_EQ(expanded("Main.table[1,1]*1"), "Main.table[1,1]*1");
+    EXPECT_EQ(numbered("*1"), "N.v1 N.v11");
+    EXPECT_EQ(numbered("N.v*1"), "N.v1 N.v11");
+    EXPECT_EQ(numbered("N.v1*1"), "N.v1*1") << "one element of N.v1";
+    EXPECT_EQ(numbered("N.v?*1"), "N.v11");
+}
+
+TEST_F(LabelExpansionTest, WildcardsStandForAllThatMatch)
+{
+    EXPECT_EQ(expanded("Main.axis*.speed"),
+              "Main.axis[1].speed Main.axis[2].speed Main.axis[3].speed Main.axis[4].speed");
+    EXPECT_EQ(expanded("main.?long"), "Main.ulong");
+    EXPECT_EQ(expanded("*.table[0,?]"),
+              "Main.table[0,1] Main.table[0,2] Main.table[0,3] Main.table[0,4] Main.table[0,5]");
+}
+
+TEST_F(LabelExpansionTest, RangesStandForEachOfTheirNumbers)
+{
+    EXPECT_EQ(expanded("Main.axis[2..3].speed"), "Main.axis[2].speed Main.axis[3].speed");
+    EXPECT_EQ(expanded("Main.table[0..1,4..5]"),
+              "Main.table[0,4] Main.table[0,5] Main.table[1,4] Main.table[1,5]");
+}
+
+TEST_F(LabelExpansionTest, WhatMatchesNothingIsExplained)
+{
+    EXPECT_EQ(expanded("Main.tank*"),
+              "Main.tank*: no label of the project matches; plc symbols lists them");
+}
+
+TEST_F(LabelExpansionTest, TooManyAreRefused)
+{
+    EXPECT_THAT(expanded("Main.table[0..100000,1]"), ::testing::HasSubstr("10000"));
+}
+
+} // namespace
+} // namespace test
+} // namespace plc::project

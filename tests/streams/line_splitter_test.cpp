@@ -1,0 +1,57 @@
+#include "streams/line_splitter.h"
+
+#include <QtCore/QStringList>
+
+#include "tests/support/qt_printers.h"
+
+namespace plc::streams {
+namespace test {
+namespace {
+
+class LineSplitterTest : public ::testing::Test {
+protected:
+    QStringList lines;
+    int refused = 0;
+    LineSplitter splitter{8, [this](const QString& line) { lines.append(line); },
+                          [this] { ++refused; }};
+};
+
+TEST_F(LineSplitterTest, GivesLinesHoweverTheyCome)
+{
+    splitter.feed("on");
+    splitter.feed("e\ntwo\n\nth");
+    EXPECT_EQ(lines, (QStringList{"one", "two", ""}));
+    splitter.feed("ree");
+    splitter.finish();
+    splitter.finish();
+    EXPECT_EQ(lines, (QStringList{"one", "two", "", "three"}));
+    EXPECT_EQ(refused, 0);
+}
+
+TEST_F(LineSplitterTest, ALineThatIsTooLongIsLeftOutToItsEnd)
+{
+    splitter.feed("12345678\n123456789\nnext\n");
+    EXPECT_EQ(lines, (QStringList{"12345678", "next"}));
+    EXPECT_EQ(refused, 1);
+    for (int i = 0; i < 100; ++i) {
+        splitter.feed("abcde");
+        ASSERT_LE(splitter.pending(), 8);
+    }
+    EXPECT_EQ(refused, 2) << "told once, before the line has ended";
+    splitter.feed("rest\nlast");
+    splitter.finish();
+    EXPECT_EQ(lines, (QStringList{"12345678", "next", "last"}));
+    EXPECT_EQ(refused, 2);
+}
+
+TEST_F(LineSplitterTest, TheEndOfTheInputEndsALineThatIsTooLong)
+{
+    splitter.feed("0123456789");
+    splitter.finish();
+    EXPECT_TRUE(lines.isEmpty());
+    EXPECT_EQ(refused, 1);
+}
+
+} // namespace
+} // namespace test
+} // namespace plc::streams

@@ -1,0 +1,20 @@
+#ifndef PLC_VALUES_STRING_LITERAL_H
+#define PLC_VALUES_STRING_LITERAL_H
+
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace plc::values {
+
+/// `text` between quotes (' for STRING, " for WSTRING) with the $ escapes of IEC 61131-3.
+QString stringLiteral(const QString& text, QChar quote);
+
+/// The text that a literal in either kind of quotes stands for, or `literal` itself when it does
+/// not begin with a quote. Nothing, and `error` set, for a literal that is not closed or has a bad
+/// escape.
+std::optional<QString> parseStringLiteral(const QString& literal, QString* error);
+
+} // namespace plc::values
+
+#endif
