@@ -29,7 +29,7 @@ public:
     bool hasValue() const { return m_content.index() == 0; }
     explicit operator bool() const { return hasValue(); }
 
-    /// Only while there is a value; anything else ends the program.
+    /// Only while there is a value; else std::bad_variant_access is thrown.
     const T& operator*() const& { return std::get<0>(m_content); }
     T& operator*() & { return std::get<0>(m_content); }
     T&& operator*() && { return std::get<0>(std::move(m_content)); }
