@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <vector>
 
 #include "host/wire/read_limits.h"
 
@@ -111,7 +112,7 @@ private:
     bool m_mayBridge = true;
 };
 
-Scan scanOf(const QVector<ScanValue>& sorted, int maxReadBytes, int largestGap)
+Scan scanOf(const std::vector<ScanValue>& sorted, int maxReadBytes, int largestGap)
 {
     ScanBuilder builder(maxReadBytes, largestGap);
     for (const ScanValue& value : sorted)
@@ -128,7 +129,7 @@ ScanValue scanValue(int row, const DataPoint& point, int maxReadBytes)
 
 QVector<ScanEntry> layOutScan(const QVector<ScanValue>& values, int maxReadBytes)
 {
-    QVector<ScanValue> sorted = values;
+    std::vector<ScanValue> sorted(values.begin(), values.end());
     std::sort(sorted.begin(), sorted.end(), isBefore);
     Scan best = scanOf(sorted, maxReadBytes, kEntryBytes);
     for (int gap = 2 * kEntryBytes; gap / 2 < maxReadBytes && best.requests > 1; gap *= 2) {
