@@ -11,8 +11,8 @@
 
 namespace plc {
 
-/// Entries that a batch can hold, and so the most entries of one request.
-const int kBatchCapacity = 150;
+/// Entries that a batch can hold.
+const int kBatchCapacity = PLC_MOST_WRITE_ENTRIES;
 
 /// `result` of the head of the cyclic list from its issue until it is settled.
 const int kIssued = -1;

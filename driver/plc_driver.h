@@ -36,6 +36,121 @@
 /** Marks what the shared library exports; everything else is hidden in it. */
 #define PLC_DRIVER_EXPORT __attribute__((visibility("default")))
 
+/** @name Results of DataCom()
+ * RW_VAR::result of the record that it returns. The six failures that name a cause are told as base
+ * + shift: RW_VAR::category of the batch's head + 1 for the categories from
+ * @ref PLC_FIRST_SHIFTING_CATEGORY to @ref PLC_LAST_SHIFTING_CATEGORY, else 1. */
+/**@{*/
+/** More bytes are due, or the request is sent once more. */
+const int PLC_RESULT_NOT_FINISHED = 0;
+/** Accepted (local area), or nothing waited, or the size of the reply was noted. */
+const int PLC_RESULT_ACCEPTED = 1;
+/** Accepted, from the remote area. */
+const int PLC_RESULT_REMOTE_ACCEPTED = 100;
+/** Abandoned: no bytes came for a request whose reply size was open. Never shifted. */
+const int PLC_RESULT_NO_BYTES = 41;
+/** Abandoned: empty or no whole frame in reply to a repeated request. Never shifted. */
+const int PLC_RESULT_FRAME_LENGTH_WRONG = 71;
+/** There is no settings record. */
+const int PLC_RESULT_NO_SETTINGS = 200;
+/** The PLC refused the login. */
+const int PLC_RESULT_LOGIN_REFUSED = 201;
+/** Base: refused (status not 0) or malformed, local area. */
+const int PLC_RESULT_REFUSED_BASE = 10;
+/** Base: nothing received, local area. */
+const int PLC_RESULT_NOTHING_RECEIVED_BASE = 40;
+/** Base: number of bytes other than expected, local area. */
+const int PLC_RESULT_LENGTH_WRONG_BASE = 70;
+/** Base: refused or malformed, remote area. */
+const int PLC_RESULT_REMOTE_REFUSED_BASE = 110;
+/** Base: nothing received, remote area. */
+const int PLC_RESULT_REMOTE_NOTHING_RECEIVED_BASE = 140;
+/** Base: number of bytes other than expected, remote area. */
+const int PLC_RESULT_REMOTE_LENGTH_WRONG_BASE = 170;
+/** First category that shifts a base by more than 1. */
+const int PLC_FIRST_SHIFTING_CATEGORY = 1;
+/** Last category that shifts a base by more than 1. */
+const int PLC_LAST_SHIFTING_CATEGORY = 11;
+/**@}*/
+
+/** @name Arguments of the callbacks */
+/**@{*/
+/** `status` of @ref PlcResultCallback: carried out. */
+const int PLC_STATUS_DONE = 1;
+/** `status` of @ref PlcResultCallback: given up. */
+const int PLC_STATUS_FAILED = 2;
+/** `mode` of @ref PlcFailureCallback, always. */
+const int PLC_FAILURE_MODE = 1;
+/**@}*/
+
+/** @name Values of settings and arguments
+ * Where only one number has a meaning of its own, every other number means the same as the one that
+ * is named beside it. */
+/**@{*/
+/** ComInfo::writeMode: SetRegisterData() changes the image only. */
+const int PLC_WRITE_MODE_IMAGE = 0;
+/** ComInfo::writeMode: SetRegisterData() queues writes to the PLC. */
+const int PLC_WRITE_MODE_QUEUE = 2;
+/** `append` of AddListWriteVar() and AddListOnceReadVar(): only what is not queued yet. */
+const int PLC_APPEND_NEW = 0;
+/** `append` of AddListWriteVar() and AddListOnceReadVar(): in any case, as it is. */
+const int PLC_APPEND_ALWAYS = 1;
+/** `enable` of EnCommStation(): off. */
+const int PLC_STATION_OFF = 0;
+/** `enable` of EnCommStation(): on. */
+const int PLC_STATION_ON = 1;
+/** `station` of EnCommStation(): all stations on. No station is switched off under it. */
+const int PLC_ALL_STATIONS = -1;
+/** Protocol::replyLength: the reply's own length field decides. */
+const int PLC_REPLY_LENGTH_OPEN = -1;
+/**@}*/
+
+/** @name Kinds of requests
+ * What a host writes into its own records, and finds in those that the driver makes. */
+/**@{*/
+/** RW_VAR::aux1 of cyclic reads: they belong to no host request. */
+const int PLC_NO_HOST_REQUEST = -1;
+/** RW_VAR::aux2 of reads: the reply's data is stored. */
+const int PLC_REPLY_STORED = 0;
+/** RW_VAR::aux2 of writes: the reply is only acknowledged. */
+const int PLC_REPLY_ACKNOWLEDGED = 1;
+/** RW_VAR::aux12 of remote requests whose replies are stored. */
+const int PLC_REMOTE_STORED = -1;
+/**@}*/
+
+/** @name Type codes
+ * RW_VAR::dataType, and bits 0 to 7 of Label_Type_Info::typeFlags. The names are those of the IEC
+ * 61131-3 type that hosts mostly use a code for; size and layout are what counts. */
+/**@{*/
+const int PLC_TYPE_BOOL = 1;       /**< 1 byte, zero or not. */
+const int PLC_TYPE_BYTE = 2;       /**< 1 byte. */
+const int PLC_TYPE_INT = 3;        /**< 2 bytes. */
+const int PLC_TYPE_UINT = 4;       /**< 2 bytes. */
+const int PLC_TYPE_DINT = 5;       /**< 4 bytes. */
+const int PLC_TYPE_UDINT = 6;      /**< 4 bytes. */
+const int PLC_TYPE_REAL = 7;       /**< 4 bytes. */
+const int PLC_TYPE_LREAL = 8;      /**< 8 bytes. */
+const int PLC_TYPE_LWORD = 9;      /**< 8 bytes; LINT and ULINT as well. */
+const int PLC_TYPE_STRING = 10;    /**< Bytes whose order is kept. */
+const int PLC_TYPE_WSTRING = 11;   /**< Bytes whose order is kept. */
+const int PLC_TYPE_STRUCTURE = 12; /**< As large as its definition says. */
+const int PLC_TYPE_BIT = 13;       /**< 1 bit; addresses count bits. */
+const int PLC_TYPE_SINT = 14;      /**< 1 byte. */
+const int PLC_TYPE_USINT = 15;     /**< 1 byte. */
+const int PLC_TYPE_WORD = 16;      /**< 2 bytes; what bits are read as. */
+const int PLC_TYPE_DWORD = 17;     /**< 4 bytes; TIME as well. */
+/** Bits of Label_Type_Info::typeFlags that hold the type code. */
+const int PLC_TYPE_CODE_MASK = 0x00FF;
+/** Bit of Label_Type_Info::typeFlags: an array. */
+const int PLC_TYPE_ARRAY = 0x0100;
+/** Bit of Label_Type_Info::typeFlags: a structure definition. */
+const int PLC_TYPE_STRUCTURE_DEFINITION = 0x0200;
+/** Bytes from one element of an array of strings to the next. */
+const int PLC_STRING_DISTANCE = 255;
+/**@}*/
+
+/** @name Limits */
+/**@{*/
 /**
  * Bytes that one value has at most: 16 MiB, far above any PLC memory area. What
  * is larger is a mistake of the host and costs neither memory nor traffic:
@@ -48,10 +163,32 @@ const int PLC_LARGEST_VALUE = 16 * 1024 * 1024;
 
 /**
  * Pieces that one variable falls into at most where it is cut: reads by
- * ComInfo::maxReadBytes, queued writes into 1000 bytes or single bits. What would
+ * ComInfo::maxReadBytes, queued writes into @ref PLC_WRITE_PIECE bytes or single bits. What would
  * fall into more is refused like a value above PLC_LARGEST_VALUE.
  */
 const int PLC_MOST_PIECES = 65536;
+
+/** Bytes of one piece of a write that SetRegisterData() queues, at most. */
+const int PLC_WRITE_PIECE = 1000;
+
+/** Entries from which on the write list and the one-shot list take no new one; PLC_APPEND_ALWAYS
+ * does not ask. */
+const int PLC_LIST_LIMIT = 1024;
+
+/** Most entries of one write request. */
+const int PLC_MOST_WRITE_ENTRIES = 150;
+/** Most entries of one read request. */
+const int PLC_MOST_READ_ENTRIES = 99;
+/** What the lengths of a request's entries add up to at most, each with its overhead, if it has
+ * more than one entry. */
+const int PLC_REQUEST_BUDGET = 999;
+/** What an entry of a write request counts beside its length. */
+const int PLC_WRITE_ENTRY_OVERHEAD = 10;
+/** What an entry of a read request counts beside its length. */
+const int PLC_READ_ENTRY_OVERHEAD = 1;
+/** Write requests in a row, and one-shot reads in a row, before the other lists get their turn. */
+const int PLC_REQUESTS_IN_A_ROW = 5;
+/**@}*/
 
 /** One variable access: where, how much, for which host request, and the value bytes. */
 struct RW_VAR {
@@ -59,7 +196,8 @@ struct RW_VAR {
     int category = 0;
     /** Operation tag of the host; with @ref category it identifies one host request. */
     int aux1 = 0;
-    /** 0: reply data is stored in the image; anything else: it is only acknowledged. */
+    /** @ref PLC_REPLY_STORED: reply data is stored in the image; anything else: it is only
+     * acknowledged. */
     int aux2 = 0;
     /** Copy of ComInfo::remoteMode; carried, not tested. */
     int aux3 = 0;
@@ -71,7 +209,7 @@ struct RW_VAR {
     QString label;
     /** Second label of the host; carried. */
     QString subLabel;
-    /** Type code 1 to 17; 13 is a bit, whose address counts bits. */
+    /** Type code, @ref PLC_TYPE_BOOL to @ref PLC_TYPE_DWORD. */
     int dataType = 0;
     /** Start address in bytes within the area (in bits for type code 13). */
     int address = 0;
@@ -79,7 +217,8 @@ struct RW_VAR {
     int station = 0;
     /** Bytes to read or write (bits for type code 13, one data byte each). */
     int length = 0;
-    /** Remote marker: other than -1, the remote reply handler stores nothing. */
+    /** Remote marker: other than @ref PLC_REMOTE_STORED, the remote reply handler stores nothing.
+     */
     int aux12 = 0;
     /** Memory area index; its low 16 bits are sent. */
     int areaIndex = 0;
@@ -93,7 +232,7 @@ struct Protocol {
     QByteArray frame;
     /** Size of @ref frame in bytes. */
     int frameLength = 0;
-    /** Expected reply size in bytes; -1: the reply's own length field decides. */
+    /** Expected reply size in bytes, or @ref PLC_REPLY_LENGTH_OPEN. */
     int replyLength = 0;
     /** Position in the reply of the first data block. */
     int dataOffset = 0;
@@ -154,7 +293,8 @@ struct ComInfo {
     qint32 remoteMode = 0;
     /** Word 15: device number whose replies belong to the local area. Set by the host. */
     qint32 localDeviceNo = 0;
-    /** Word 16: 2: writes are queued to the PLC; anything else: image only. Set by the host. */
+    /** Word 16: @ref PLC_WRITE_MODE_QUEUE: writes are queued to the PLC; anything else: image only.
+     * Set by the host. */
     qint32 writeMode = 0;
     /**
      * Word 17: 1 after a full pass or when there is nothing to send, 0 after a
@@ -222,7 +362,7 @@ struct HostVarItem {
  * @param hostTag  ComInfo::hostTag
  * @param category RW_VAR::category of the request
  * @param aux1     RW_VAR::aux1 of the request
- * @param status   1 done, 2 failed
+ * @param status   @ref PLC_STATUS_DONE or @ref PLC_STATUS_FAILED
  */
 typedef void (*PlcResultCallback)(int hostTag, int category, int aux1, int status);
 
@@ -232,7 +372,7 @@ typedef void (*PlcResultCallback)(int hostTag, int category, int aux1, int statu
  *
  * @param list     an empty list, owned by the driver
  * @param category RW_VAR::category of the failed variable
- * @param mode     always 1
+ * @param mode     @ref PLC_FAILURE_MODE
  */
 typedef void (*PlcFailureCallback)(QList<RW_VAR>* list, int category, int mode);
 
@@ -274,7 +414,7 @@ PLC_DRIVER_EXPORT int QueryFinishFlag();
  * skipped.
  *
  * @param station station number; negative: all stations on, whatever @p enable
- * @param enable  0 off, 1 on, other values change nothing
+ * @param enable  @ref PLC_STATION_OFF, @ref PLC_STATION_ON; other values change nothing
  */
 PLC_DRIVER_EXPORT void EnCommStation(int station, int enable);
 
@@ -316,9 +456,9 @@ PLC_DRIVER_EXPORT int AddListReadVar(RW_VAR* var);
  * Queues a write: address, length and data as they are to be sent.
  *
  * @param var    copied into the list
- * @param append 1: append in any case; other values: an entry of the same
+ * @param append @ref PLC_APPEND_ALWAYS: append in any case; other values: an entry of the same
  *               station, address and length behind the head is replaced, and a
- *               new one is dropped once the list holds 1024
+ *               new one is dropped once the list holds @ref PLC_LIST_LIMIT
  * @return entries in the list afterwards; 0 for null
  */
 PLC_DRIVER_EXPORT int AddListWriteVar(RW_VAR* var, int append);
@@ -327,11 +467,11 @@ PLC_DRIVER_EXPORT int AddListWriteVar(RW_VAR* var, int append);
  * Queues a one-shot read.
  *
  * @param var    on entry `length` is a count in the host's units; unless
- *               @p append is 1 the label is resolved, the record is converted,
+ *               @p append is @ref PLC_APPEND_ALWAYS the label is resolved, the record is converted,
  *               and it is left as its last piece with the address behind it
- * @param append 1: append the record as it is; other values: convert, cut into
- *               pieces of ComInfo::maxReadBytes, and add what is not queued yet
- *               while the list holds fewer than 1024
+ * @param append @ref PLC_APPEND_ALWAYS: append the record as it is; other values: convert, cut
+ *               into pieces of ComInfo::maxReadBytes, and add what is not queued yet
+ *               while the list holds fewer than @ref PLC_LIST_LIMIT
  * @return entries in the list afterwards; 0 if the record was refused, for
  *         @ref PLC_LARGEST_VALUE and @ref PLC_MOST_PIECES as well
  */
@@ -360,15 +500,15 @@ PLC_DRIVER_EXPORT Protocol* ComCommunication();
 /**
  * Takes the reply to the request that ComCommunication() returned last.
  *
- * While Protocol::replyLength is -1 the call that sees a complete frame records
- * its size and returns 1; the reply is handed over once more to be consumed.
+ * While Protocol::replyLength is @ref PLC_REPLY_LENGTH_OPEN the call that sees a complete frame
+ * records its size and returns 1; the reply is handed over once more to be consumed.
  *
  * @param reply    bytes received so far; empty or null: nothing arrived in time
  * @param received number of bytes received
  * @return the driver's reply record, valid until the next call. Its `result`:
- *         1 or 100 accepted (local or remote area); 0 not finished, more bytes
- *         or a retry are due; 201 login refused; 200 no settings record; 41, 71
- *         and other numbers: the transaction was abandoned
+ *         @ref PLC_RESULT_ACCEPTED, @ref PLC_RESULT_REMOTE_ACCEPTED,
+ *         @ref PLC_RESULT_NOT_FINISHED, @ref PLC_RESULT_LOGIN_REFUSED or
+ *         @ref PLC_RESULT_NO_SETTINGS; any other number: the transaction was abandoned
  */
 PLC_DRIVER_EXPORT RW_VAR* DataCom(QByteArray* reply, int received);
 
@@ -388,7 +528,7 @@ PLC_DRIVER_EXPORT int GetRegisterData(const QString& label, int reserved1, int r
                                       int reserved3, QByteArray* value, int count);
 
 /**
- * Writes a value: into the image only, or (ComInfo::writeMode 2) converted to
+ * Writes a value: into the image only, or (@ref PLC_WRITE_MODE_QUEUE) converted to
  * the PLC's byte order and queued. The outcome of a queued write comes through
  * the result callback with @p category and @p aux1.
  *

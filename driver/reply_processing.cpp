@@ -8,9 +8,6 @@
 
 namespace {
 
-enum CallbackStatus { kDone = 1, kFailed = 2 };
-const int kFailureMode = 1;
-
 bool isSameRequest(const RW_VAR& a, const RW_VAR& b)
 {
     return a.category == b.category && a.aux1 == b.aux1;
@@ -36,7 +33,7 @@ void announceHead(const QList<RW_VAR>& list, bool localOnly)
         return;
     const RW_VAR& head = list.at(0);
     PLC_driver.resultCallback(PLC_driver.settings->hostTag, head.category, head.aux1,
-                              PLC_driver.failed ? kFailed : kDone);
+                              PLC_driver.failed ? PLC_STATUS_FAILED : PLC_STATUS_DONE);
 }
 
 /// The batch's entries behind its head follow it directly.
@@ -132,7 +129,7 @@ void abandonTransaction(bool remote)
     settleLists(remote);
     if (PLC_driver.failureCallback) {
         QList<RW_VAR> none;
-        PLC_driver.failureCallback(&none, PLC_driver.reply.category, kFailureMode);
+        PLC_driver.failureCallback(&none, PLC_driver.reply.category, PLC_FAILURE_MODE);
     }
     if (PLC_driver.lastKind == plc::kWrite)
         purge(PLC_driver.writeList);
@@ -148,7 +145,7 @@ int fail(int code, bool remote)
     const qint64 failures = qint64(settings.retryCount) + 1;
     settings.retryCount = plc::toInt32(failures);
     if (failures <= settings.retryLimit)
-        return plc::kNotFinished;
+        return PLC_RESULT_NOT_FINISHED;
     abandonTransaction(remote);
     return code;
 }
@@ -192,7 +189,7 @@ int advanceLogin(QByteArray* reply)
 {
     if (handshake_data_check(reply) != plc::kLoginGood) {
         PLC_driver.requestQueue.clear();
-        return plc::kLoginRefused;
+        return PLC_RESULT_LOGIN_REFUSED;
     }
     if (countAnsweredFrame()) {
         PLC_driver.requestQueue.clear();
@@ -200,7 +197,7 @@ int advanceLogin(QByteArray* reply)
     } else {
         PLC_driver.requestQueue.removeFirst();
     }
-    return plc::kAccepted;
+    return PLC_RESULT_ACCEPTED;
 }
 
 /// Judges the reply to the request at the head of the queue. Returns the outcome for the host.
@@ -208,22 +205,22 @@ int processReply(QByteArray* reply, int received)
 {
     Protocol& request = PLC_driver.requestQueue.first();
     const bool wholeFrame = infinite_length_data_reception(reply) == 0;
-    if (request.replyLength == plc::kVariableLength) {
+    if (request.replyLength == PLC_REPLY_LENGTH_OPEN) {
         if (wholeFrame) {
             request.replyLength = int(reply->size());
-            return plc::kAccepted;
+            return PLC_RESULT_ACCEPTED;
         }
-        return reply->isEmpty() ? fail(plc::kNoBytesArrived, false) : plc::kNotFinished;
+        return reply->isEmpty() ? fail(PLC_RESULT_NO_BYTES, false) : PLC_RESULT_NOT_FINISHED;
     }
     if (request.replyLength > 0 && !wholeFrame)
-        return fail(plc::kFrameLengthWrong, false);
+        return fail(PLC_RESULT_FRAME_LENGTH_WRONG, false);
     if (!PLC_driver.loggedIn)
         return advanceLogin(reply);
 
     const bool remote = request.var.deviceNo != PLC_driver.settings->localDeviceNo;
     const int code =
         remote ? DealDataOfRemoteArea(reply, received) : DealDataOfLocalArea(reply, received);
-    if (code != plc::kAccepted && code != plc::kRemoteAccepted)
+    if (code != PLC_RESULT_ACCEPTED && code != PLC_RESULT_REMOTE_ACCEPTED)
         return fail(code, remote);
     acceptReply(remote);
     return code;
@@ -233,11 +230,11 @@ int processReply(QByteArray* reply, int received)
 
 RW_VAR* DataCom(QByteArray* reply, int received)
 {
-    int result = plc::kAccepted;
+    int result = PLC_RESULT_ACCEPTED;
     if (!PLC_driver.requestQueue.isEmpty()) {
         QByteArray nothing;
         result = PLC_driver.settings ? processReply(reply ? reply : &nothing, received)
-                                     : plc::kNotClassified;
+                                     : PLC_RESULT_NO_SETTINGS;
     }
     PLC_driver.reply.result = result;
     return &PLC_driver.reply;

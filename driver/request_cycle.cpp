@@ -6,17 +6,12 @@
 
 namespace {
 
-/// What the entries of a batch may add up to, each counted with its overhead.
-const int kBatchBudget = 999;
-/// Batches of one kind in a row before the other lists get their turn.
-const int kBatchesInARow = 5;
-
 struct BatchRule {
     int entryOverhead;
     int capacity;
 };
-const BatchRule kWriteRule = {10, plc::kBatchCapacity};
-const BatchRule kReadRule = {1, 99};
+const BatchRule kWriteRule = {PLC_WRITE_ENTRY_OVERHEAD, PLC_MOST_WRITE_ENTRIES};
+const BatchRule kReadRule = {PLC_READ_ENTRY_OVERHEAD, PLC_MOST_READ_ENTRIES};
 
 void addToBatch(const RW_VAR& entry)
 {
@@ -30,7 +25,7 @@ void addFollowers(const QList<RW_VAR>& list, const BatchRule& rule)
     qint64 total = qint64(list.at(0).length) + rule.entryOverhead;
     for (int i = 1; i < int(list.size()) && PLC_driver.batchCount < rule.capacity; ++i) {
         total += qint64(list.at(i).length) + rule.entryOverhead;
-        if (total > kBatchBudget)
+        if (total > PLC_REQUEST_BUDGET)
             return;
         addToBatch(list.at(i));
     }
@@ -46,7 +41,7 @@ void dropSwitchedOffHeads(QList<RW_VAR>& list)
 bool issueBatch(QList<RW_VAR>& list, int& batchesInARow, const BatchRule& rule, plc::BatchKind kind,
                 void (*build)(RW_VAR*), void (*buildRemote)(RW_VAR*), RW_VAR& served)
 {
-    if (list.isEmpty() || batchesInARow >= kBatchesInARow)
+    if (list.isEmpty() || batchesInARow >= PLC_REQUESTS_IN_A_ROW)
         return false;
     dropSwitchedOffHeads(list);
     if (list.isEmpty())

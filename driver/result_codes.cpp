@@ -12,20 +12,23 @@ struct HostNumber {
 
 // By plc::ReplyOutcome.
 const HostNumber kHostNumbers[] = {
-    {plc::kAccepted, false},       {10, true},  {40, true},  {70, true},
-    {plc::kRemoteAccepted, false}, {110, true}, {140, true}, {170, true},
+    {PLC_RESULT_ACCEPTED, false},
+    {PLC_RESULT_REFUSED_BASE, true},
+    {PLC_RESULT_NOTHING_RECEIVED_BASE, true},
+    {PLC_RESULT_LENGTH_WRONG_BASE, true},
+    {PLC_RESULT_REMOTE_ACCEPTED, false},
+    {PLC_RESULT_REMOTE_REFUSED_BASE, true},
+    {PLC_RESULT_REMOTE_NOTHING_RECEIVED_BASE, true},
+    {PLC_RESULT_REMOTE_LENGTH_WRONG_BASE, true},
 };
 const int kOutcomeCount = int(sizeof kHostNumbers / sizeof kHostNumbers[0]);
-
-const int kFirstShiftingCategory = 1;
-const int kLastShiftingCategory = 11;
 
 } // namespace
 
 int GetDriverReturnValue(int code)
 {
     if (code < 0 || code >= kOutcomeCount)
-        return plc::kNotClassified;
+        return PLC_RESULT_NO_SETTINGS;
     const HostNumber& number = kHostNumbers[code];
     return number.shifted ? SwitchErrorReturn(number.base) : number.base;
 }
@@ -35,7 +38,7 @@ int SwitchErrorReturn(int base)
     int shift = 1;
     if (!PLC_driver.requestQueue.isEmpty()) {
         const int category = PLC_driver.requestQueue.at(0).var.category;
-        if (category >= kFirstShiftingCategory && category <= kLastShiftingCategory)
+        if (category >= PLC_FIRST_SHIFTING_CATEGORY && category <= PLC_LAST_SHIFTING_CATEGORY)
             shift = category + 1;
     }
     return plc::toInt32(qint64(base) + shift);

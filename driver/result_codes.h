@@ -17,21 +17,10 @@ enum ReplyOutcome {
     kRemoteWrongLength = 7
 };
 
-/// Numbers in RW_VAR::result of the reply record that are not shifted by a category.
-enum HostResult {
-    kNotFinished = 0,
-    kAccepted = 1,
-    kNoBytesArrived = 41,
-    kFrameLengthWrong = 71,
-    kRemoteAccepted = 100,
-    kNotClassified = 200,
-    kLoginRefused = 201
-};
-
 } // namespace plc
 
-/// Host number of a plc::ReplyOutcome; 200 for any other code. Failures are shifted by the category
-/// of the request at the head of the queue.
+/// Host number of a plc::ReplyOutcome; PLC_RESULT_NO_SETTINGS for any other code. Failures are
+/// shifted by the category of the request at the head of the queue.
 PLC_DRIVER_EXPORT int GetDriverReturnValue(int code);
 
 /// `base` plus the shift of the request at the head of the queue: its category + 1 for categories 1

@@ -4,16 +4,13 @@
 
 void EnCommStation(int station, int enable)
 {
-    const int kOff = 0;
-    const int kOn = 1;
-
     QMutexLocker lock(&PLC_driver.stationMutex);
     QMap<int, int>& off = PLC_driver.disabledStations;
     if (station < 0)
         off.clear();
-    else if (enable == kOff && !off.contains(station))
+    else if (enable == PLC_STATION_OFF && !off.contains(station))
         off.insert(station, 0);
-    else if (enable == kOn)
+    else if (enable == PLC_STATION_ON)
         off.remove(station);
 }
 

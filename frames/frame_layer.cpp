@@ -43,7 +43,7 @@ void queueRequest(const QByteArray& frame, int dataOffset, int minReplyLength, c
     Protocol request;
     request.frame = frame;
     request.frameLength = int(frame.size());
-    request.replyLength = kVariableLength;
+    request.replyLength = PLC_REPLY_LENGTH_OPEN;
     request.dataOffset = dataOffset;
     request.minReplyLength = minReplyLength;
     request.var = var;
@@ -73,5 +73,5 @@ int CheckGetData(const QByteArray* reply, int)
         return kInvalid;
     if (PLC_driver.requestQueue.isEmpty())
         return kInvalid;
-    return PLC_driver.requestQueue.at(0).var.aux2 == 0 ? kValidToStore : kValid;
+    return PLC_driver.requestQueue.at(0).var.aux2 == PLC_REPLY_STORED ? kValidToStore : kValid;
 }

@@ -22,9 +22,6 @@ const int kRequestOverhead = 16;
 /// Area index, address and length of one entry.
 const int kEntryHeaderSize = 10;
 
-/// Protocol::replyLength of a request whose reply states its own length.
-const int kVariableLength = -1;
-
 /// Payload length that the header of a reply states: its low 16 bits, which is all that counts.
 /// 0 for a reply without a whole header.
 int statedPayloadLength(const QByteArray& reply);

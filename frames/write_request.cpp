@@ -3,7 +3,6 @@
 #include "driver/Communication_Protocol.h"
 #include "frames/frame_layer.h"
 #include "image/local_data.h"
-#include "symbols/type_codes.h"
 
 namespace {
 
@@ -43,7 +42,7 @@ void WriteAnalog(RW_VAR* var)
     const int count = plc::batchSize();
     const ValueSizes sizes(count);
     // The head alone decides: behind a bit, every entry states length 0, whatever its type.
-    const bool bits = PLC_driver.batch[0].dataType == plc::kBitCode;
+    const bool bits = PLC_driver.batch[0].dataType == PLC_TYPE_BIT;
 
     plc::FrameWriter frame(sizes.frameSize);
     plc::writeRequestStart(frame, plc::kWriteService, count);

@@ -161,8 +161,8 @@ private:
     {
         if (m_isOverfull)
             return;
-        require(PLC_driver.writeList.size() <= plc::kListLimit, "the write list is bounded");
-        require(PLC_driver.onceReadList.size() <= plc::kListLimit, "the one-shot list is bounded");
+        require(PLC_driver.writeList.size() <= PLC_LIST_LIMIT, "the write list is bounded");
+        require(PLC_driver.onceReadList.size() <= PLC_LIST_LIMIT, "the one-shot list is bounded");
     }
 
     FuzzInput& m_input;

@@ -10,7 +10,6 @@ namespace {
 
 /// Begins each data block of a read reply; not stored.
 const int kBlockLeadSize = 1;
-const int kStoresRemoteData = -1;
 
 /// What CheckGetData() answers for a good reply.
 enum DataCheck { kValidToStore = 1, kValid = 2 };
@@ -18,13 +17,13 @@ enum DataCheck { kValidToStore = 1, kValid = 2 };
 /// Bytes expected in reply to the request at the head of the queue.
 int expectedLength()
 {
-    return PLC_driver.requestQueue.isEmpty() ? plc::kVariableLength
+    return PLC_driver.requestQueue.isEmpty() ? PLC_REPLY_LENGTH_OPEN
                                              : PLC_driver.requestQueue.at(0).replyLength;
 }
 
 bool isUnexpected(int received, int expected)
 {
-    return expected != received && expected != plc::kVariableLength;
+    return expected != received && expected != PLC_REPLY_LENGTH_OPEN;
 }
 
 void writeBytes(const RW_VAR& var)
@@ -88,7 +87,7 @@ int judgeRemote(QByteArray* reply, int received)
     const int check = CheckGetData(reply, int(reply->size()));
     if (check != kValidToStore && check != kValid)
         return plc::kRemoteCheckFailed;
-    if (PLC_driver.requestQueue.at(0).var.aux12 != kStoresRemoteData)
+    if (PLC_driver.requestQueue.at(0).var.aux12 != PLC_REMOTE_STORED)
         return plc::kRemoteGood;
     // Stored without the lock, and also when the request only asked for an acknowledgement: hosts
     // that serve a remote area read it on the communication thread.
@@ -142,7 +141,7 @@ void WriteDataToLocal(RW_VAR* var)
     if (!var || var->length <= 0 || var->length > PLC_LARGEST_VALUE)
         return;
     QMutexLocker lock(&PLC_driver.dataMutex);
-    if (var->dataType == plc::kBitCode)
+    if (var->dataType == PLC_TYPE_BIT)
         writeBits(*var);
     else
         writeBytes(*var);

@@ -9,14 +9,8 @@ namespace {
 
 const int kRegisterBytes = 2;
 
-/// ComInfo::writeMode that queues writes to the PLC.
-const int kQueueWrites = 2;
-/// RW_VAR::aux2 of a write: its reply is acknowledged, not stored.
-const int kAcknowledgeOnly = 1;
-
 /// A bit is written by a record of its own: one data byte, at its bit address.
 const int kBitPiece = 1;
-const int kBytePiece = 1000;
 
 qint64 roundedUp(qint64 size, int width)
 {
@@ -81,7 +75,7 @@ bool linkHasFailed()
 void queueValue(RW_VAR& record, plc::TypeGroup group, const QByteArray& value, int count)
 {
     const qint64 size = convertedSize(group, value.size(), count);
-    const int pieceSize = group == plc::TypeGroup::Bit ? kBitPiece : kBytePiece;
+    const int pieceSize = group == plc::TypeGroup::Bit ? kBitPiece : PLC_WRITE_PIECE;
     if (size <= 0 || !plc::isWithinLimits(size, pieceSize))
         return;
     const QByteArray bytes = converted(group, value, int(size));
@@ -107,7 +101,7 @@ int SetRegisterData(const QString& label, int, const QString& subLabel, int stat
     RW_VAR record;
     record.category = category;
     record.aux1 = aux1;
-    record.aux2 = kAcknowledgeOnly;
+    record.aux2 = PLC_REPLY_ACKNOWLEDGED;
     record.aux3 = settings->remoteMode;
     record.deviceNo = settings->localDeviceNo;
     record.label = label;
@@ -118,7 +112,7 @@ int SetRegisterData(const QString& label, int, const QString& subLabel, int stat
     record.length = count;
     record.areaIndex = place.areaIndex;
 
-    if (settings->writeMode != kQueueWrites) {
+    if (settings->writeMode != PLC_WRITE_MODE_QUEUE) {
         if (count > PLC_LARGEST_VALUE)
             return 0;
         record.data = *value;

@@ -44,7 +44,7 @@ bool toReadRange(const ControlInformationM& place, qint32 count, TextCount textC
             break;
         case TypeGroup::Bit:
             length = (place.address % kWordBits + length + kWordBits - 1) / kWordBits * kWordBytes;
-            range.dataType = kBitWordCode;
+            range.dataType = PLC_TYPE_WORD;
             range.address = place.address / kWordBits;
             break;
     }

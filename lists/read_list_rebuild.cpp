@@ -15,9 +15,6 @@ namespace {
 /// `maxLen` that folds equal addresses only and cuts nothing.
 const int kNoMerging = 1;
 
-/// `aux1` of cyclic reads: they belong to no host request.
-const int kNoHostRequest = -1;
-
 /// How far the loading of symbols goes ahead of their use: some memory latencies.
 const int kLabelsAhead = 16;
 
@@ -121,7 +118,7 @@ Range rangeOf(const RW_VAR& entry, int source)
 RW_VAR cyclicRead(const HostVarItem& item, const ComInfo& settings)
 {
     RW_VAR read;
-    read.aux1 = kNoHostRequest;
+    read.aux1 = PLC_NO_HOST_REQUEST;
     read.aux3 = settings.remoteMode;
     read.deviceNo = settings.localDeviceNo;
     read.label = item.label;

@@ -8,8 +8,6 @@
 
 namespace {
 
-const int kAppend = 1;
-
 /// The head of the write list may be under way: it is never replaced.
 const int kFirstReplaceable = 1;
 
@@ -55,7 +53,7 @@ void queueWrite(QList<RW_VAR>& list, const RW_VAR& write)
             return;
         }
     }
-    if (list.size() < plc::kListLimit)
+    if (list.size() < PLC_LIST_LIMIT)
         list.append(write);
 }
 
@@ -66,7 +64,7 @@ void addReadPieces(QList<RW_VAR>& list, RW_VAR& var, qint32 pieceSize)
     const qint64 total = var.length;
     const qint32 start = var.address;
     // A full list takes nothing more: the rest of a huge length is not walked.
-    for (qint64 position = 0; position < total && list.size() < plc::kListLimit;
+    for (qint64 position = 0; position < total && list.size() < PLC_LIST_LIMIT;
          position += pieceSize) {
         var.address = plc::advanced(start, position);
         var.length = qint32(pieceLength(total, position, pieceSize));
@@ -116,7 +114,7 @@ void queueWritePieces(const RW_VAR& record, const QByteArray& bytes, int pieceSi
     QMutexLocker lock(&PLC_driver.listMutex);
     QList<RW_VAR>& list = PLC_driver.writeList;
     int position = 0;
-    for (; position < total && list.size() < kListLimit; position += pieceSize) {
+    for (; position < total && list.size() < PLC_LIST_LIMIT; position += pieceSize) {
         RW_VAR piece = record;
         piece.address = advanced(record.address, position);
         piece.length = int(pieceLength(total, position, pieceSize));
@@ -143,7 +141,7 @@ int AddListWriteVar(RW_VAR* var, int append)
         return 0;
     QMutexLocker lock(&PLC_driver.listMutex);
     QList<RW_VAR>& list = PLC_driver.writeList;
-    if (append == kAppend)
+    if (append == PLC_APPEND_ALWAYS)
         list.append(*var);
     else
         queueWrite(list, *var);
@@ -156,7 +154,7 @@ int AddListOnceReadVar(RW_VAR* var, int append)
     if (!var || !settings)
         return 0;
     QList<RW_VAR>& list = PLC_driver.onceReadList;
-    if (append == kAppend) {
+    if (append == PLC_APPEND_ALWAYS) {
         QMutexLocker lock(&PLC_driver.listMutex);
         list.append(*var);
         return int(list.size());

@@ -5,9 +5,6 @@
 
 namespace plc {
 
-/// Entries from which on the write list and the one-shot list take no new one.
-const int kListLimit = 1024;
-
 /// Whether a value of `length` bytes keeps to PLC_LARGEST_VALUE and its pieces of `pieceSize` bytes
 /// to PLC_MOST_PIECES: a mistake in a count or in `maxReadBytes` must not fill the panel's memory.
 bool isWithinLimits(qint64 length, int pieceSize);

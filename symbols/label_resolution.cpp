@@ -11,10 +11,6 @@ namespace {
 
 using plc::LabelText;
 
-const quint16 kTypeCodeMask = 0x00FF;
-const quint16 kArrayFlag = 0x0100;
-const quint16 kStructureFlag = 0x0200;
-
 const int kLargestBase = 36;
 
 /// Cuts a subscript off `part`. The part is taken to end with "]": the character before its end
@@ -167,13 +163,13 @@ int walk(const Label_Type_Info* record, const LabelParts& parts, int index,
         const LabelPart& part = parts[index];
         quint32 element = 0;
         int result = part.hasSubscript ? plc::kNoElement : plc::kResolved;
-        if (record->typeFlags & kArrayFlag) {
+        if (record->typeFlags & PLC_TYPE_ARRAY) {
             result = linearIndexOf(part.subscript, record->dimCount, record->arrayBounds, element);
             if (result != plc::kResolved)
                 return result;
         }
 
-        if (record->typeFlags & kStructureFlag) {
+        if (record->typeFlags & PLC_TYPE_STRUCTURE_DEFINITION) {
             // The member applies the subscript of the same part.
             record = findMember(*record, part.name);
             if (!record)
@@ -182,8 +178,8 @@ int walk(const Label_Type_Info* record, const LabelParts& parts, int index,
             continue;
         }
 
-        const quint8 code = quint8(record->typeFlags & kTypeCodeMask);
-        if (code == plc::kStructureCode) {
+        const quint8 code = quint8(record->typeFlags & PLC_TYPE_CODE_MASK);
+        if (code == PLC_TYPE_STRUCTURE) {
             if (record->typeDef.isEmpty())
                 return plc::kNoElement;
             record = &record->typeDef.at(0);
@@ -204,8 +200,8 @@ int walk(const Label_Type_Info* record, const LabelParts& parts, int index,
 /// A variable that is neither an array nor structured: all that the walk would find is at hand.
 bool isScalar(const plc::SymbolIndex::Variable& variable)
 {
-    const quint8 code = quint8(variable.typeFlags & kTypeCodeMask);
-    return !(variable.typeFlags & (kArrayFlag | kStructureFlag)) &&
+    const quint8 code = quint8(variable.typeFlags & PLC_TYPE_CODE_MASK);
+    return !(variable.typeFlags & (PLC_TYPE_ARRAY | PLC_TYPE_STRUCTURE_DEFINITION)) &&
            plc::typeInfo(code).elementSize != 0;
 }
 
@@ -239,7 +235,7 @@ int resolveByIndex(const plc::SymbolIndex::Scope& scope, const LabelPart& scopeP
     info.areaIndex = variable->areaIndex;
     info.address = variable->address;
     if (isScalar(*variable)) {
-        info.dataType = quint8(variable->typeFlags & kTypeCodeMask);
+        info.dataType = quint8(variable->typeFlags & PLC_TYPE_CODE_MASK);
         return variablePart.hasSubscript ? plc::kNoElement : plc::kResolved;
     }
     return walkFromVariable(scope.recordOf(*variable), scopePart, variablePart, parts, info);

@@ -6,24 +6,24 @@ namespace {
 
 // By type code.
 const TypeInfo kTypes[] = {
-    {TypeGroup::None, 0},       // 0
-    {TypeGroup::Flag, 1},       // 1
-    {TypeGroup::Byte, 1},       // 2
-    {TypeGroup::Word, 2},       // 3
-    {TypeGroup::Word, 2},       // 4
-    {TypeGroup::DoubleWord, 4}, // 5
-    {TypeGroup::DoubleWord, 4}, // 6
-    {TypeGroup::DoubleWord, 4}, // 7
-    {TypeGroup::QuadWord, 8},   // 8
-    {TypeGroup::QuadWord, 8},   // 9
-    {TypeGroup::Text, 255},     // 10
-    {TypeGroup::Text, 255},     // 11
-    {TypeGroup::Structure, 0},  // 12: the size stands in the structure definition
-    {TypeGroup::Bit, 1},        // 13
-    {TypeGroup::Byte, 1},       // 14
-    {TypeGroup::Byte, 1},       // 15
-    {TypeGroup::Word, 2},       // 16
-    {TypeGroup::DoubleWord, 4}, // 17
+    {TypeGroup::None, 0},                   // no type
+    {TypeGroup::Flag, 1},                   // PLC_TYPE_BOOL
+    {TypeGroup::Byte, 1},                   // PLC_TYPE_BYTE
+    {TypeGroup::Word, 2},                   // PLC_TYPE_INT
+    {TypeGroup::Word, 2},                   // PLC_TYPE_UINT
+    {TypeGroup::DoubleWord, 4},             // PLC_TYPE_DINT
+    {TypeGroup::DoubleWord, 4},             // PLC_TYPE_UDINT
+    {TypeGroup::DoubleWord, 4},             // PLC_TYPE_REAL
+    {TypeGroup::QuadWord, 8},               // PLC_TYPE_LREAL
+    {TypeGroup::QuadWord, 8},               // PLC_TYPE_LWORD
+    {TypeGroup::Text, PLC_STRING_DISTANCE}, // PLC_TYPE_STRING
+    {TypeGroup::Text, PLC_STRING_DISTANCE}, // PLC_TYPE_WSTRING
+    {TypeGroup::Structure, 0},  // PLC_TYPE_STRUCTURE: the size stands in the structure definition
+    {TypeGroup::Bit, 1},        // PLC_TYPE_BIT
+    {TypeGroup::Byte, 1},       // PLC_TYPE_SINT
+    {TypeGroup::Byte, 1},       // PLC_TYPE_USINT
+    {TypeGroup::Word, 2},       // PLC_TYPE_WORD
+    {TypeGroup::DoubleWord, 4}, // PLC_TYPE_DWORD
 };
 const int kTypeCount = int(sizeof kTypes / sizeof kTypes[0]);
 

@@ -1,7 +1,7 @@
 #ifndef PLC_SYMBOLS_TYPE_CODES_H
 #define PLC_SYMBOLS_TYPE_CODES_H
 
-#include <QtCore/QtGlobal>
+#include "driver/plc_driver.h"
 
 namespace plc {
 
@@ -22,11 +22,6 @@ struct TypeInfo {
     TypeGroup group;
     quint8 elementSize; ///< Bytes between elements of an array; 0: elements have no size.
 };
-
-const quint8 kStructureCode = 12;
-const quint8 kBitCode = 13;
-/// Type of the 16-bit words that bits are read as.
-const quint8 kBitWordCode = 16;
 
 /// What is known of a type code; group None for codes that name no type.
 TypeInfo typeInfo(quint8 code);

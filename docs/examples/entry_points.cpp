@@ -6,15 +6,6 @@
 
 namespace example {
 
-const int kUnsignedWord = 4;
-const int kReal = 7;
-const int kByte = 2;
-const int kText = 10;
-const int kBit = 13;
-const int kStructured = 12;
-const int kArray = 0x100;
-const int kStructure = 0x200;
-
 Label_Type_Info symbol(const char* name, int typeFlags, int offset)
 {
     Label_Type_Info record;
@@ -35,22 +26,23 @@ QList<Label_Type_Info> plantSymbols()
 {
     // UINT at bytes 10 and 11 of area 3; STRING from byte 300; bit 35 of area 5.
     Label_Type_Info variables;
-    variables.members << variable("speed", kUnsignedWord, 10, 3) << variable("name", kText, 300, 3)
-                      << variable("running", kBit, 35, 5);
+    variables.members << variable("speed", PLC_TYPE_UINT, 10, 3)
+                      << variable("name", PLC_TYPE_STRING, 300, 3)
+                      << variable("running", PLC_TYPE_BIT, 35, 5);
 
     // ARRAY [0..3, 1..5] OF UINT. Upper bounds are handed over one higher: the driver takes
     // upper - lower for the number of elements.
-    Label_Type_Info table = variable("table", kUnsignedWord | kArray, 100, 3);
+    Label_Type_Info table = variable("table", PLC_TYPE_UINT | PLC_TYPE_ARRAY, 100, 3);
     table.dimCount = 2;
     table.arrayBounds << 10 << 0 << 3 + 1 << 1 << 5 + 1;
     variables.members << table;
 
     // ARRAY [1..8] OF a structure of 12 bytes: REAL flow at 0, BYTE state at 4.
-    Label_Type_Info pump = symbol("Pump", kStructure, 12);
-    pump.members << symbol("flow", kReal, 0) << symbol("state", kByte, 4);
+    Label_Type_Info pump = symbol("Pump", PLC_TYPE_STRUCTURE_DEFINITION, 12);
+    pump.members << symbol("flow", PLC_TYPE_REAL, 0) << symbol("state", PLC_TYPE_BYTE, 4);
     pump.memberCount = quint32(pump.members.size());
 
-    Label_Type_Info pumps = variable("pumps", kStructured | kArray, 200, 3);
+    Label_Type_Info pumps = variable("pumps", PLC_TYPE_STRUCTURE | PLC_TYPE_ARRAY, 200, 3);
     pumps.dimCount = 1;
     pumps.arrayBounds << 10 << 1 << 8 + 1;
     pumps.typeDef << pump;
@@ -66,10 +58,10 @@ ComInfo settings; // lives as long as the driver uses it
 
 void handOverSettings()
 {
-    settings.maxReadBytes = 200; // bytes of one read entry at most
-    settings.retryLimit = 2;     // a third failed reply abandons the transaction
-    settings.writeMode = 2;      // writes go to the PLC
-    settings.hostTag = 77;       // comes back in the result callback
+    settings.maxReadBytes = 200;               // bytes of one read entry at most
+    settings.retryLimit = 2;                   // a third failed reply abandons the transaction
+    settings.writeMode = PLC_WRITE_MODE_QUEUE; // writes go to the PLC
+    settings.hostTag = 77;                     // comes back in the result callback
     SetComInfo(&settings);
 }
 
@@ -78,8 +70,7 @@ bool transactionWasAbandoned = false;
 
 void onResult(int /*hostTag*/, int category, int aux1, int status)
 {
-    const int kDone = 1;
-    finished.insert(qMakePair(category, aux1), status == kDone);
+    finished.insert(qMakePair(category, aux1), status == PLC_STATUS_DONE);
 }
 
 void onFailure(QList<RW_VAR>* /*list*/, int /*category*/, int /*mode*/)
@@ -123,7 +114,7 @@ int readCyclically(const QStringList& labels)
 int readRangeCyclically(int area, int address, int bytes)
 {
     RW_VAR read;
-    read.aux1 = -1;
+    read.aux1 = PLC_NO_HOST_REQUEST;
     read.deviceNo = settings.localDeviceNo;
     read.station = settings.defaultStation;
     read.areaIndex = area;
@@ -139,11 +130,11 @@ int readOnce(const QString& label, int count, int tag)
     RW_VAR read;
     read.category = kScreenCategory;
     read.aux1 = tag;
-    read.aux2 = 0; // store the reply's data in the image
+    read.aux2 = PLC_REPLY_STORED; // in the image
     read.deviceNo = settings.localDeviceNo;
     read.label = label;
     read.length = count; // in registers; the driver makes bytes of it
-    return AddListOnceReadVar(&read, 0);
+    return AddListOnceReadVar(&read, PLC_APPEND_NEW);
 }
 
 int writeRange(int area, int address, const QByteArray& bytes, int tag)
@@ -151,14 +142,14 @@ int writeRange(int area, int address, const QByteArray& bytes, int tag)
     RW_VAR write;
     write.category = kScreenCategory;
     write.aux1 = tag;
-    write.aux2 = 1; // the reply is an acknowledgement, not data
+    write.aux2 = PLC_REPLY_ACKNOWLEDGED; // it holds no data
     write.deviceNo = settings.localDeviceNo;
     write.station = settings.defaultStation;
     write.areaIndex = area;
     write.address = address;
     write.length = int(bytes.size());
     write.data = bytes; // most significant byte first
-    return AddListWriteVar(&write, 0);
+    return AddListWriteVar(&write, PLC_APPEND_NEW);
 }
 
 void** handOverMemories(void* bits, void* words, void* indexed)
@@ -173,13 +164,12 @@ bool isFinished()
 
 void switchAllStationsOn()
 {
-    const int kAllStations = -1;
-    EnableEthernet(kAllStations, 1);
+    EnableEthernet(PLC_ALL_STATIONS, PLC_STATION_ON);
 }
 
 void switchStation(int station, bool on)
 {
-    EnCommStation(station, on ? 1 : 0);
+    EnCommStation(station, on ? PLC_STATION_ON : PLC_STATION_OFF);
 }
 
 quint16 speed()

@@ -11,7 +11,7 @@ int main(int argc, char** argv)
 
     Label_Type_Info level, variables, scope; // TANK.level: UINT at byte 10 of area 1
     level.name = QStringLiteral("level");
-    level.typeFlags = 4;
+    level.typeFlags = PLC_TYPE_UINT;
     level.offset = 10;
     level.areaInfo << 1;
     variables.members << level;
@@ -36,8 +36,8 @@ int main(int argc, char** argv)
             if (!plc.waitForReadyRead(2000))
                 return 1;
             reply += plc.readAll();
-        } while (DataCom(&reply, int(reply.size()))->result == 0); // 0: more bytes are due
-        if (DataCom(&reply, int(reply.size()))->result != 1)
+        } while (DataCom(&reply, int(reply.size()))->result == PLC_RESULT_NOT_FINISHED);
+        if (DataCom(&reply, int(reply.size()))->result != PLC_RESULT_ACCEPTED)
             return 1;
     }
 

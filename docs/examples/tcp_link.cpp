@@ -29,24 +29,24 @@ Exchange exchange(QTcpSocket& socket, ComInfo& settings, int timeout)
         return Exchange::Idle;
     if (socket.waitForReadyRead(0))
         return Exchange::LinkLost; // bytes that nobody asked for
-    const bool sizeIsOpen = request->replyLength == -1;
+    const bool sizeIsOpen = request->replyLength == PLC_REPLY_LENGTH_OPEN;
     socket.write(request->frame);
 
     QByteArray reply;
     if (!receiveFrame(socket, timeout, &reply))
         return Exchange::LinkLost;
     const RW_VAR* outcome = DataCom(&reply, int(reply.size()));
-    if (sizeIsOpen && outcome->result == 1)
+    if (sizeIsOpen && outcome->result == PLC_RESULT_ACCEPTED)
         outcome = DataCom(&reply, int(reply.size())); // the first call noted the size only
 
     switch (outcome->result) {
-        case 1:
-        case 100:
+        case PLC_RESULT_ACCEPTED:
+        case PLC_RESULT_REMOTE_ACCEPTED:
             settings.retryCount = 0; // failures of days ago do not count
             return Exchange::Done;
-        case 0:
+        case PLC_RESULT_NOT_FINISHED:
             return Exchange::Repeat;
-        case 201:
+        case PLC_RESULT_LOGIN_REFUSED:
             return Exchange::LoginRefused;
         default:
             return Exchange::Abandoned;
@@ -65,14 +65,13 @@ bool giveUpTransaction(ComInfo& settings)
 
 void giveUpEverything(ComInfo& settings)
 {
-    const int kNoHostRequest = -1; // aux1 of cyclic reads
     bool loginIsForgotten = false;
     int cyclicTurns = 0;
     // After five turns at most the others wait for one cyclic read, or for one null: two of these
     // in a row mean that nothing else is left.
     while (cyclicTurns < 2) {
         const Protocol* request = ComCommunication();
-        const bool isCyclic = !request || request->var.aux1 == kNoHostRequest;
+        const bool isCyclic = !request || request->var.aux1 == PLC_NO_HOST_REQUEST;
         cyclicTurns = isCyclic ? cyclicTurns + 1 : 0;
         loginIsForgotten = giveUpTransaction(settings) || loginIsForgotten;
     }
@@ -80,11 +79,11 @@ void giveUpEverything(ComInfo& settings)
         return;
 
     RW_VAR read; // for the purpose; never sent
-    read.aux2 = 1;
+    read.aux2 = PLC_REPLY_ACKNOWLEDGED;
     read.deviceNo = settings.localDeviceNo;
-    read.station = -1; // cannot be switched off
+    read.station = PLC_ALL_STATIONS; // cannot be switched off
     read.length = 1;
-    AddListOnceReadVar(&read, 1);
+    AddListOnceReadVar(&read, PLC_APPEND_ALWAYS);
     giveUpTransaction(settings);
 }
 

@@ -163,6 +163,28 @@ TEST(HostGuide, DescribesEveryEntryPointInTheSameForm)
     EXPECT_EQ(entryPoints, 16);
 }
 
+TEST(HostGuide, NamesEveryNumberOfTheHeaderWithItsValue)
+{
+    const QRegularExpression constant(QStringLiteral("^const int (PLC_\\w+) = ([^;]+);"));
+    const QRegularExpression row(QStringLiteral("^\\| `(PLC_\\w+)` \\| ([^|]+) \\|"));
+    QStringList inHeader;
+    QStringList inGuide;
+    for (const QString& line : linesOf(QStringLiteral("driver/plc_driver.h"))) {
+        const QRegularExpressionMatch match = constant.match(line);
+        if (match.hasMatch())
+            inHeader << match.captured(1) + QStringLiteral(" = ") + match.captured(2);
+    }
+    for (const QString& line : linesOf(QStringLiteral("docs/host-guide.md"))) {
+        const QRegularExpressionMatch match = row.match(line);
+        if (match.hasMatch())
+            inGuide << match.captured(1) + QStringLiteral(" = ") + match.captured(2);
+    }
+    inHeader.sort();
+    inGuide.sort();
+    EXPECT_GT(inHeader.size(), 50);
+    EXPECT_EQ(inHeader, inGuide);
+}
+
 TEST(HostGuide, DescribesEveryMemberOfEveryRecord)
 {
     const QString guide = linesOf(QStringLiteral("docs/host-guide.md")).join(QLatin1Char('\n'));
