@@ -73,7 +73,7 @@ host::DataPointFinder finderFor(const CommandContext& context)
 {
     QList<Label_Type_Info> symbols = host::symbolList(context.project);
     context.driver.passVarName2(&symbols);
-    return host::DataPointFinder(context.project, context.driver);
+    return host::DataPointFinder(context.project, context.runtimeSettings(), context.driver);
 }
 
 } // namespace

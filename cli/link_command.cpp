@@ -13,7 +13,7 @@ namespace plc::cli {
 LinkCommand::LinkCommand(const CommandContext& context)
     : m_context(context),
       m_trace(context.options.trace),
-      m_runtime(context.driver, context.project, context.options.cycleTime, this),
+      m_runtime(context.driver, context.runtimeSettings(), context.project, this),
       m_link(&m_runtime.session(), context.project.address, context.project.port)
 {
 }
@@ -69,9 +69,8 @@ QString LinkCommand::peer() const
 QVector<host::DataPoint> LinkCommand::findPoints() const
 {
     QVector<host::DataPoint> points;
-    const auto add = [this, &points](const auto& label) {
-        QString error;
-        const std::optional<host::DataPoint> point = m_runtime.points().find(label, &error);
+    QString error;
+    const auto add = [&points, &error](const std::optional<host::DataPoint>& point) {
         if (point)
             points.append(*point);
         else
@@ -80,19 +79,21 @@ QVector<host::DataPoint> LinkCommand::findPoints() const
     };
     project::LabelExpander expander(project());
     for (const QString& text : options().arguments) {
-        QString error;
         const std::optional<QStringList> labels = expander.expand(text, &error);
         if (!labels) {
             complain(error);
             return {};
         }
-        if (!std::all_of(labels->begin(), labels->end(), add))
+        const auto addLabel = [&](const QString& label) {
+            return add(m_runtime.points().find(label, &error));
+        };
+        if (!std::all_of(labels->begin(), labels->end(), addLabel))
             return {};
     }
     if (!points.isEmpty())
         return points;
     for (const project::CyclicLabel& label : project().cyclic) {
-        if (!add(label))
+        if (!add(m_runtime.points().find(label.label, label.elements, label.station, &error)))
             return {};
     }
     if (points.isEmpty())

@@ -3,6 +3,7 @@
 
 #include "cli/console.h"
 #include "cli/options.h"
+#include "cli/runtime_settings.h"
 #include "cli/signal_notifier.h"
 #include "cli/trace_printer.h"
 #include "host/runtime/runtime.h"
@@ -15,6 +16,11 @@ struct CommandContext {
     Options options;
     project::Project project;
     host::DriverFunctions driver;
+
+    host::RuntimeSettings runtimeSettings() const
+    {
+        return cli::runtimeSettings(project.settings, options.cycleTime);
+    }
 };
 
 /// A command that talks to the PLC: holds the runtime and the link and runs the event loop.

@@ -19,11 +19,12 @@ QVector<host::DataPoint> cyclicPoints(const CommandContext& context)
 {
     QList<Label_Type_Info> symbols = host::symbolList(context.project);
     context.driver.passVarName2(&symbols);
-    const host::DataPointFinder finder(context.project, context.driver);
+    const host::DataPointFinder finder(context.project, context.runtimeSettings(), context.driver);
     QVector<host::DataPoint> points;
     for (const project::CyclicLabel& label : context.project.cyclic) {
         QString error;
-        const std::optional<host::DataPoint> point = finder.find(label, &error);
+        const std::optional<host::DataPoint> point =
+            finder.find(label.label, label.elements, label.station, &error);
         if (!point) {
             complain(error);
             return {};
@@ -107,7 +108,7 @@ int planScan(const CommandContext& context)
     if (points.isEmpty())
         return kExitUsage;
     const host::NetworkModel network{context.options.roundTrip, context.options.bandwidth};
-    host::ScanPlanner planner(context.driver, context.project.settings, points);
+    host::ScanPlanner planner(context.driver, context.runtimeSettings(), points);
     const host::ScanPlan asItIs = planner.plan(context.project.settings.maxReadBytes);
     const host::ScanPlan best = bestPlan(network, asItIs, &planner);
     if (context.options.json) {

@@ -1,5 +1,7 @@
 #include "iec/importer.h"
 
+#include <QtCore/QMap>
+
 #include <algorithm>
 #include <limits>
 #include <tuple>

@@ -344,7 +344,8 @@ Variable DeclarationReader::readVariable(const JsonNode& node)
         return variable;
     checkTextFits(node, variable);
     if (node.has("signal"))
-        variable.signal = readSignal(node.member("signal"), variable);
+        variable.signal =
+            std::make_shared<const Signal>(readSignal(node.member("signal"), variable));
     return variable;
 }
 

@@ -55,7 +55,7 @@ bool LabelExpander::isElementCount(const QString& text)
     if (beforeCount(text).isEmpty())
         return false;
     if (!m_labels)
-        m_labels.emplace(m_project);
+        m_labels.emplace(m_symbols);
     return plc::project::isElementCount(text, *m_labels);
 }
 
@@ -63,7 +63,7 @@ std::optional<QStringList> LabelExpander::matching(const QString& text, QString*
 {
     const LabelPattern pattern(text, LabelPattern::Place::Whole);
     QStringList matching;
-    for (const SymbolEntry& entry : symbolEntries(m_project)) {
+    for (const SymbolEntry& entry : symbolEntries(m_symbols)) {
         const std::optional<QStringList> labels = labelsOf(entry, kMostElements, error);
         if (!labels)
             return {};

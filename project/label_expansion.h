@@ -14,7 +14,7 @@ namespace plc::project {
 class LabelExpander {
 public:
     /// The project must outlive the expander unchanged.
-    explicit LabelExpander(const Project& project) : m_project(project) {}
+    explicit LabelExpander(const Symbols& symbols) : m_symbols(symbols) {}
 
     /// The labels of the project that match `text`, in which * stands for any characters and ? for
     /// one (`Plant.tank*.level`); those with the subscripts of a range (`Plant.tank[1..3].level`);
@@ -25,7 +25,7 @@ private:
     bool isElementCount(const QString& text);
     std::optional<QStringList> matching(const QString& pattern, QString* error);
 
-    const Project& m_project;
+    const Symbols& m_symbols;
     std::optional<LabelFinder> m_labels;
 };
 

@@ -68,9 +68,9 @@ bool enterElement(const Variable& variable, const LabelPart& part, LabelTarget* 
 
 } // namespace
 
-LabelFinder::LabelFinder(const Project& project)
+LabelFinder::LabelFinder(const Symbols& symbols)
 {
-    for (const ScopeDefinition& scope : project.scopes) {
+    for (const ScopeDefinition& scope : symbols.scopes) {
         VariablesByName& variables = m_scopes[scope.name];
         for (const Variable& variable : scope.variables)
             variables.insert(variable.name, &variable);

@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "project/label_syntax.h"
-#include "project/project.h"
+#include "project/symbols.h"
 
 namespace plc::project {
 
@@ -23,7 +23,7 @@ struct LabelTarget {
 /// Follows labels through the declarations of a project, which must outlive it unchanged.
 class LabelFinder {
 public:
-    explicit LabelFinder(const Project& project);
+    explicit LabelFinder(const Symbols& symbols);
 
     /// Returns nothing and sets `error` if the label does not lead to a value; subscripts out of
     /// bounds are refused.

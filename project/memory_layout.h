@@ -5,7 +5,7 @@
 
 #include <optional>
 
-#include "project/project.h"
+#include "project/symbols.h"
 
 namespace plc::project {
 

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "project/project.h"
+#include "project/signal.h"
 
 namespace plc::project {
 namespace {

@@ -6,7 +6,7 @@
 
 namespace plc::project {
 
-struct Signal;
+struct Signal; // project/signal.h
 
 /// One numeric parameter of a signal kind.
 struct SignalParameter {

@@ -2,7 +2,8 @@
 #define PLC_PROJECT_SIGNAL_READER_H
 
 #include "project/json_node.h"
-#include "project/project.h"
+#include "project/signal.h"
+#include "project/symbols.h"
 
 namespace plc::project {
 

@@ -95,10 +95,10 @@ private:
 
 } // namespace
 
-void walkSymbolTree(const Project& project, const QString& pattern, int depth,
+void walkSymbolTree(const Symbols& symbols, const QString& pattern, int depth,
                     const std::function<void(const SymbolNode&)>& visit)
 {
-    TreeWalk(pattern, depth, visit).walkScopes(project.scopes);
+    TreeWalk(pattern, depth, visit).walkScopes(symbols.scopes);
 }
 
 QString typeName(const Variable& variable)

@@ -5,7 +5,7 @@
 
 #include <functional>
 
-#include "project/project.h"
+#include "project/symbols.h"
 
 namespace plc::project {
 
@@ -24,7 +24,7 @@ struct SymbolNode {
 /// Visits the scopes of the project that match `pattern` anywhere in their labels or have something
 /// in them that does, each before these; `depth` levels of them, or all if it is 0. Nodes are made
 /// one at a time: structures of structures have far more of them than declarations.
-void walkSymbolTree(const Project& project, const QString& pattern, int depth,
+void walkSymbolTree(const Symbols& symbols, const QString& pattern, int depth,
                     const std::function<void(const SymbolNode&)>& visit);
 
 /// "REAL", "STRING(19)" or the name of the structure.

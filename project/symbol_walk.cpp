@@ -32,9 +32,9 @@ QString boundsText(const Variable& variable)
 
 bool SymbolEntries::Iterator::enterNextScope()
 {
-    if (m_nextScope >= int(m_project->scopes.size()))
+    if (m_nextScope >= int(m_symbols->scopes.size()))
         return false;
-    const ScopeDefinition& scope = m_project->scopes[m_nextScope++];
+    const ScopeDefinition& scope = m_symbols->scopes[m_nextScope++];
     m_levels.push_back({&scope.variables, 0, scope.name, scope.name});
     return true;
 }

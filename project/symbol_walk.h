@@ -7,7 +7,7 @@
 #include <iterator>
 #include <vector>
 
-#include "project/project.h"
+#include "project/symbols.h"
 
 namespace plc::project {
 
@@ -32,7 +32,7 @@ public:
 
         /// The end.
         Iterator() = default;
-        explicit Iterator(const Project& project) : m_project(&project) { findNext(); }
+        explicit Iterator(const Symbols& symbols) : m_symbols(&symbols) { findNext(); }
 
         reference operator*() const { return m_entry; }
         pointer operator->() const { return &m_entry; }
@@ -58,25 +58,25 @@ public:
         void findNext();
         bool enterNextScope();
 
-        const Project* m_project = nullptr;
+        const Symbols* m_symbols = nullptr;
         int m_nextScope = 0;
         std::vector<Level> m_levels; ///< The outermost first.
         SymbolEntry m_entry;         ///< Without a variable at the end.
     };
 
-    explicit SymbolEntries(const Project& project) : m_project(project) {}
+    explicit SymbolEntries(const Symbols& symbols) : m_symbols(symbols) {}
 
-    Iterator begin() const { return Iterator(m_project); }
+    Iterator begin() const { return Iterator(m_symbols); }
     Iterator end() const { return {}; }
 
 private:
-    const Project& m_project;
+    const Symbols& m_symbols;
 };
 
 /// All of them, in the order of their declaration, structures taken apart.
-inline SymbolEntries symbolEntries(const Project& project)
+inline SymbolEntries symbolEntries(const Symbols& symbols)
 {
-    return SymbolEntries(project);
+    return SymbolEntries(symbols);
 }
 
 /// The declared bounds as a label has them, "[1..6]"; nothing for what is no array.

@@ -1,7 +1,7 @@
 #ifndef PLC_PROJECT_VALUE_LIMITS_H
 #define PLC_PROJECT_VALUE_LIMITS_H
 
-#include "project/project.h"
+#include "project/symbols.h"
 
 namespace plc::project {
 

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "project/memory_layout.h"
+#include "project/signal.h"
 #include "project/signal_kinds.h"
 #include "simulator/value_access.h"
 

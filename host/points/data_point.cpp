@@ -26,12 +26,12 @@ std::optional<DataPoint> DataPointFinder::find(const QString& text, QString* err
     return find(text.left(star), elements, error);
 }
 
-std::optional<DataPoint> DataPointFinder::find(const project::CyclicLabel& cyclic,
+std::optional<DataPoint> DataPointFinder::find(const QString& label, int elements, int station,
                                                QString* error) const
 {
-    std::optional<DataPoint> point = find(cyclic.label, cyclic.elements, error);
+    std::optional<DataPoint> point = find(label, elements, error);
     if (point && m_settings.multiStation)
-        point->station = cyclic.station;
+        point->station = station;
     return point;
 }
 

@@ -7,7 +7,7 @@
 
 #include "host/driver/driver_library.h"
 #include "project/label_lookup.h"
-#include "project/project.h"
+#include "project/symbols.h"
 #include "values/iec_types.h"
 
 namespace plc::host {
@@ -27,25 +27,35 @@ struct DataPoint {
     QString description;
 };
 
-/// Finds the data points of a project. The project tells the type and whether a label makes sense
-/// at all; the address comes from the driver, which reads and writes by its own arithmetic.
+/// What of a host's settings data points depend on.
+struct PointSettings {
+    int maxReadBytes = 200; ///< Bytes of one entry of a read at most; above 0.
+    int defaultStation = 0; ///< Of all values, but where `multiStation` is set.
+    bool multiStation = false;
+};
+
+/// Finds the data points of a program. Its symbols tell the type and whether a label makes sense at
+/// all; the address comes from the driver, which reads and writes by its own arithmetic.
 class DataPointFinder {
 public:
-    /// The driver must have the project's symbols. Both must outlive the finder.
-    DataPointFinder(const project::Project& project, const DriverFunctions& driver)
-        : m_settings(project.settings), m_labels(project), m_driver(driver)
+    /// The driver must have the same symbols. Both must outlive the finder.
+    DataPointFinder(const project::Symbols& symbols, const PointSettings& settings,
+                    const DriverFunctions& driver)
+        : m_settings(settings), m_labels(symbols), m_driver(driver)
     {
     }
 
     /// `text` is a label, or "LABEL*N" for N elements of an array from that label on. On failure
     /// returns nothing and sets `error`.
     std::optional<DataPoint> find(const QString& text, QString* error) const;
-    std::optional<DataPoint> find(const project::CyclicLabel& cyclic, QString* error) const;
+    /// `elements` from a label on. `station` counts only where there are several.
+    std::optional<DataPoint> find(const QString& label, int elements, int station,
+                                  QString* error) const;
 
 private:
     std::optional<DataPoint> find(const QString& label, int elements, QString* error) const;
 
-    const project::ProjectSettings& m_settings;
+    const PointSettings m_settings;
     project::LabelFinder m_labels;
     const DriverFunctions& m_driver;
 };

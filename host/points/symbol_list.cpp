@@ -56,13 +56,13 @@ Label_Type_Info record(const project::StructureType& structure, const StructureR
 
 } // namespace
 
-QList<Label_Type_Info> symbolList(const project::Project& project)
+QList<Label_Type_Info> symbolList(const project::Symbols& source)
 {
     StructureRecords structures;
-    for (const std::shared_ptr<const project::StructureType>& structure : project.structures)
+    for (const std::shared_ptr<const project::StructureType>& structure : source.structures)
         structures.insert(structure.get(), record(*structure, structures));
     QList<Label_Type_Info> symbols;
-    for (const project::ScopeDefinition& scope : project.scopes) {
+    for (const project::ScopeDefinition& scope : source.scopes) {
         Label_Type_Info variables;
         for (const project::Variable& variable : scope.variables) {
             Label_Type_Info info = record(variable, structures);

@@ -4,12 +4,12 @@
 #include <QtCore/QList>
 
 #include "driver/plc_driver.h"
-#include "project/project.h"
+#include "project/symbols.h"
 
 namespace plc::host {
 
 /// The symbols of the project as PassVarName_2() takes them, one record for each scope.
-QList<Label_Type_Info> symbolList(const project::Project& project);
+QList<Label_Type_Info> symbolList(const project::Symbols& source);
 
 } // namespace plc::host
 

@@ -70,12 +70,12 @@ QVector<Span> coverage(const QVector<DataPoint>& points, bool acrossGaps)
     return spans;
 }
 
-ComInfo driverSettings(const project::ProjectSettings& project)
+ComInfo driverSettings(const RuntimeSettings& settings)
 {
-    ComInfo settings;
-    settings.defaultStation = project.defaultStation;
-    settings.multiStation = project.multiStation ? 1 : 0;
-    return settings;
+    ComInfo info;
+    info.defaultStation = settings.defaultStation;
+    info.multiStation = settings.multiStation ? 1 : 0;
+    return info;
 }
 
 } // namespace
@@ -91,9 +91,9 @@ double gapShare(const ScanPlan& plan)
     return plan.memoryBytes == 0 ? 0 : double(plan.gapBytes) / double(plan.memoryBytes);
 }
 
-ScanPlanner::ScanPlanner(const DriverFunctions& driver, const project::ProjectSettings& project,
+ScanPlanner::ScanPlanner(const DriverFunctions& driver, const RuntimeSettings& settings,
                          const QVector<DataPoint>& points)
-    : m_driver(driver), m_points(points), m_settings(driverSettings(project))
+    : m_driver(driver), m_points(points), m_settings(driverSettings(settings))
 {
     for (const Span& span : coverage(points, false))
         m_valueBytes += span.size();

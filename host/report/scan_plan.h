@@ -7,8 +7,8 @@
 
 #include "host/driver/driver_library.h"
 #include "host/points/data_point.h"
+#include "host/runtime/runtime_settings.h"
 #include "host/runtime/scan_layout.h"
-#include "project/project.h"
 
 namespace plc::host {
 
@@ -43,8 +43,8 @@ double gapShare(const ScanPlan& plan);
 /// time.
 class ScanPlanner {
 public:
-    /// The driver must have the symbols of the project. It must outlive the planner.
-    ScanPlanner(const DriverFunctions& driver, const project::ProjectSettings& project,
+    /// The driver must have the symbols of the values. It must outlive the planner.
+    ScanPlanner(const DriverFunctions& driver, const RuntimeSettings& settings,
                 const QVector<DataPoint>& points);
     ~ScanPlanner();
     ScanPlanner(const ScanPlanner&) = delete;

@@ -2,10 +2,10 @@
 
 #include <utility>
 
+#include "host/driver/request_records.h"
 #include "host/points/symbol_list.h"
 #include "host/points/value_codec.h"
 #include "host/points/value_layout.h"
-#include "host/driver/request_records.h"
 #include "host/transfers/result_text.h"
 #include "host/wire/read_limits.h"
 
@@ -27,26 +27,15 @@ constexpr int kMostReadRetries = 2;
 /// The driver's callback has no argument for its receiver.
 Runtime* receiverOfReports = nullptr;
 
-ComInfo driverSettings(const project::ProjectSettings& project)
+ComInfo driverSettings(const RuntimeSettings& settings)
 {
-    ComInfo settings;
-    settings.maxReadBytes = project.maxReadBytes;
-    settings.defaultStation = project.defaultStation;
-    settings.retryLimit = project.retryLimit;
-    settings.multiStation = project.multiStation ? 1 : 0;
-    settings.writeMode = kQueueWrites;
-    return settings;
-}
-
-SessionTimes sessionTimes(const project::ProjectSettings& project, int cycleTime)
-{
-    SessionTimes times;
-    times.connectTimeout = project.connectTimeout;
-    times.replyTimeout = project.replyTimeout;
-    times.reconnectDelay = project.reconnectDelay;
-    times.reconnectDelayLimit = project.reconnectDelayLimit;
-    times.cycleTime = cycleTime;
-    return times;
+    ComInfo info;
+    info.maxReadBytes = settings.maxReadBytes;
+    info.defaultStation = settings.defaultStation;
+    info.retryLimit = settings.retryLimit;
+    info.multiStation = settings.multiStation ? 1 : 0;
+    info.writeMode = kQueueWrites;
+    return info;
 }
 
 TransferOutcome outcomeOfLoss(bool wasSent, const QString& reason)
@@ -63,9 +52,9 @@ FrameEntry placeOf(FrameEntry entry)
     return entry;
 }
 
-int readRetries(const project::ProjectSettings& project)
+int readRetries(const RuntimeSettings& settings)
 {
-    return qMin(project.retryLimit, kMostReadRetries);
+    return qMin(settings.retryLimit, kMostReadRetries);
 }
 
 /// A read whose reply no acknowledgement of this connection had the size of.
@@ -87,18 +76,18 @@ RW_VAR inStepRead(FrameEntry place, const Session& session, const ComInfo& setti
 
 } // namespace
 
-Runtime::Runtime(const DriverFunctions& driver, const project::Project& project, int cycleTime,
-                 RuntimeListener* listener)
+Runtime::Runtime(const DriverFunctions& driver, const RuntimeSettings& settings,
+                 const project::Symbols& symbols, RuntimeListener* listener)
     : m_driver(driver),
       m_listener(listener),
-      m_settings(driverSettings(project.settings)),
-      m_staleAfter(project.settings.staleAfter),
-      m_isReadOnly(project.settings.readOnly),
-      m_symbols(symbolList(project)),
-      m_points(project, driver),
-      m_reads(kOneShotCategory, m_settings.maxReadBytes, readRetries(project.settings)),
-      m_cyclic(driver, m_settings, kProbeCategory, readRetries(project.settings)),
-      m_session(driver, &m_settings, sessionTimes(project.settings, cycleTime), this)
+      m_settings(driverSettings(settings)),
+      m_staleAfter(settings.staleAfter),
+      m_isReadOnly(settings.readOnly),
+      m_symbols(symbolList(symbols)),
+      m_points(symbols, settings, driver),
+      m_reads(kOneShotCategory, m_settings.maxReadBytes, readRetries(settings)),
+      m_cyclic(driver, m_settings, kProbeCategory, readRetries(settings)),
+      m_session(driver, &m_settings, settings.times, this)
 {
     receiverOfReports = this;
     m_driver.setComInfo(&m_settings);

@@ -9,11 +9,12 @@
 #include "host/link/session.h"
 #include "host/points/data_point.h"
 #include "host/runtime/cyclic_reads.h"
+#include "host/runtime/runtime_settings.h"
 #include "host/runtime/value_table.h"
 #include "host/transfers/read_tracker.h"
 #include "host/transfers/transfer_outcome.h"
 #include "host/transfers/write_tracker.h"
-#include "project/project.h"
+#include "project/symbols.h"
 
 namespace plc::host {
 
@@ -42,14 +43,14 @@ struct TrafficCounters {
     quint64 linkLosses = 0;
 };
 
-/// A host around the driver: sets it up for a project, reads the cyclic values into a table,
+/// A host around the driver: sets it up for a PLC, reads the cyclic values into a table,
 /// carries out writes and one-shot reads and tells how each ended. Time comes in as an argument,
 /// bytes go in and out through session(). The driver library serves one runtime at a time.
 class Runtime : private SessionObserver {
 public:
-    /// All must outlive the runtime. `cycleTime` is SessionTimes::cycleTime.
-    Runtime(const DriverFunctions& driver, const project::Project& project, int cycleTime,
-            RuntimeListener* listener);
+    /// `driver`, `symbols` and `listener` must outlive the runtime.
+    Runtime(const DriverFunctions& driver, const RuntimeSettings& settings,
+            const project::Symbols& symbols, RuntimeListener* listener);
     ~Runtime() override;
 
     Session& session() { return m_session; }

@@ -14,6 +14,7 @@
 #include "faults/simulated_plc.h"
 #include "host/runtime/runtime.h"
 #include "host/tcp/tcp_link.h"
+#include "project/project.h"
 #include "support/random.h"
 
 namespace plc {

@@ -13,6 +13,7 @@
 #include "faults/stamped_wire.h"
 #include "faults/truth_judge.h"
 #include "host/runtime/runtime.h"
+#include "project/project.h"
 #include "support/random.h"
 
 namespace plc {

@@ -8,6 +8,7 @@
 #include <ostream>
 #include <vector>
 
+#include "cli/runtime_settings.h"
 #include "host/points/value_codec.h"
 #include "host/runtime/runtime.h"
 #include "project/project.h"
@@ -77,8 +78,13 @@ class HostTest : public ::testing::Test, public RuntimeListener {
 protected:
     explicit HostTest(int cycleTime = 0)
         : project(testProject()),
-          runtime(std::make_unique<Runtime>(builtDriver(), project, cycleTime, this))
+          runtime(std::make_unique<Runtime>(builtDriver(), settings(cycleTime), project, this))
     {
+    }
+
+    RuntimeSettings settings(int cycleTime = 0) const
+    {
+        return cli::runtimeSettings(project.settings, cycleTime);
     }
 
     struct LinkEvent {

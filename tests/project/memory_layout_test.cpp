@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <QtCore/QSet>
+
 #include "project/memory_layout.h"
 #include "tests/support/random.h"
 #include "values/iec_types.h"

@@ -3,6 +3,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
+#include "project/signal.h"
 #include "tests/project/project_text.h"
 #include "values/iec_types.h"
 

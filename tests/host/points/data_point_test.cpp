@@ -78,20 +78,20 @@ TEST_F(DataPointTest, WrongLabelsAreExplained)
 
 TEST_F(DataPointTest, CyclicLabelKeepsItsStationWhereThereAreSeveral)
 {
-    project::CyclicLabel cyclic;
-    cyclic.label = QStringLiteral("Main.speed");
-    cyclic.station = 9;
+    const QString label = QStringLiteral("Main.speed");
     QString error;
-    EXPECT_EQ(runtime->points().find(cyclic, &error)->station, 0);
-    project.settings.multiStation = true;
-    EXPECT_EQ(runtime->points().find(cyclic, &error)->station, 9);
+    EXPECT_EQ(runtime->points().find(label, 1, 9, &error)->station, 0);
+    PointSettings several;
+    several.multiStation = true;
+    const DataPointFinder points(project, several, builtDriver());
+    EXPECT_EQ(points.find(label, 1, 9, &error)->station, 9);
 }
 
 TEST(DataPointFinder, DriverWithOtherSymbolsIsNoticed)
 {
     project::Project project = testProject();
     project.scopes[0].name = QStringLiteral("Unknown");
-    const DataPointFinder points(project, builtDriver());
+    const DataPointFinder points(project, PointSettings(), builtDriver());
     QString error;
     EXPECT_FALSE(points.find(QStringLiteral("Unknown.start"), &error));
     EXPECT_EQ(error,
@@ -107,7 +107,7 @@ TEST(DataPointFinder, SliceThatTheDriverWouldNotReadIsRefused)
     bytes.type = values::findIecType(QStringLiteral("BYTE"));
     bytes.dimensions = {{0, 2147483646}};
     project.scopes = {{QStringLiteral("Large"), {bytes}}};
-    const DataPointFinder points(project, builtDriver());
+    const DataPointFinder points(project, PointSettings(), builtDriver());
     const auto complaint = [&points](const char* text) {
         QString error;
         EXPECT_FALSE(points.find(QString::fromLatin1(text), &error));

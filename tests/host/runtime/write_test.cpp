@@ -37,10 +37,10 @@ TEST_F(WriteTest, GoesOutAndIsDoneWhenThePlcSaysSo)
 
 TEST_F(WriteTest, InAReadOnlyProjectEndsAtOnceUnsent)
 {
-    project::Project readOnly = project;
-    readOnly.settings.readOnly = true;
+    RuntimeSettings readOnly = settings();
+    readOnly.readOnly = true;
     runtime.reset();
-    runtime = std::make_unique<Runtime>(builtDriver(), readOnly, 0, this);
+    runtime = std::make_unique<Runtime>(builtDriver(), readOnly, project, this);
     connect();
     write("Main.speed", "1");
     ASSERT_EQ(writes.size(), 1u);
@@ -581,7 +581,7 @@ protected:
     {
         driver.dataCom = &judge;
         runtime.reset();
-        runtime = std::make_unique<Runtime>(driver, project, 0, this);
+        runtime = std::make_unique<Runtime>(driver, settings(), project, this);
     }
 
     DriverFunctions driver = builtDriver();
