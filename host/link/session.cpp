@@ -36,6 +36,12 @@ QByteArray emptyReply()
     return QByteArray::fromHex("BBBB000000020000");
 }
 
+/// Reads in a row that the PLC refuses before the login is doubted: a search by halves for one
+/// refused value among a hundred seldom meets as many.
+constexpr int kRefusedBeforeLogin = 4;
+/// As many more in a row, and it is doubted again.
+constexpr int kRefusedBetweenLogins = 64;
+
 /// What is kept of replies that an acknowledgement is compared with.
 constexpr int kMostComparedBytes = 256 * 1024;
 
@@ -244,7 +250,9 @@ void Session::takeReply(qint64 now)
     const QString misfit = misfitReason(reply);
     m_lastReplies[m_request.content.service] = reply;
     if (!misfit.isEmpty()) {
-        const Answer answer{Answer::Misfit, 0, replyStatus(reply), false, false};
+        Answer answer;
+        answer.kind = Answer::Misfit;
+        answer.status = replyStatus(reply);
         m_observer->requestAnswered(m_request, answer, reply, now);
         loseLink(misfit, now);
         return;
@@ -350,13 +358,36 @@ bool Session::isLoginCopy(const QByteArray& reply) const
 /// Has the driver judge the reply. One that refuses a read is not shown to it.
 Answer Session::judge(const QByteArray& reply)
 {
-    const bool isRefusedRead =
-        m_request.content.service == Service::Read && replyStatus(reply) != 0;
-    Answer answer = handOver(isRefusedRead ? emptyReply() : reply);
-    if (isRefusedRead)
-        answer = {Answer::Refused, 0, replyStatus(reply), false, false};
+    const bool isRead = m_request.content.service == Service::Read;
+    const int status = replyStatus(reply);
+    Answer answer = isRead && status != 0 ? endRefusedRead(status) : handOver(reply);
+    if (isRead && answer.kind == Answer::Accepted) {
+        m_hasGivenReads = true;
+        m_refusedInARow = 0;
+    }
     noteSize(reply, &answer);
     return answer;
+}
+
+Answer Session::endRefusedRead(int status)
+{
+    ++m_refusedInARow;
+    Answer answer;
+    answer.kind = Answer::Refused;
+    answer.status = status;
+    answer.isLoginDoubted = isLoginDoubted();
+    // The driver forgets its login with a request that is given up.
+    if (answer.isLoginDoubted)
+        giveUpRequest();
+    else
+        handOver(emptyReply());
+    return answer;
+}
+
+bool Session::isLoginDoubted() const
+{
+    const int first = m_hasGivenReads ? kRefusedBeforeLogin : 1;
+    return m_refusedInARow >= first && (m_refusedInARow - first) % kRefusedBetweenLogins == 0;
 }
 
 /// A write's reply of a size that was seen before may be a copy. A good reply to another request,
@@ -445,6 +476,8 @@ void Session::close(State next)
     m_comparedBytes = 0;
     m_isInStep = true;
     m_isWriteDoubted = false;
+    m_hasGivenReads = false;
+    m_refusedInARow = 0;
     m_actions.append({SessionAction::Close, QByteArray()});
     giveUpEverything();
 }

@@ -61,6 +61,9 @@ struct Answer {
     bool mayBeCopy = false;
     /// This reply cannot be one that is left over from a write, so none is left over.
     bool isInStep = false;
+    /// Of a refused read: the login may be what the PLC refuses. The driver logs in anew, and
+    /// whatever is refused should be asked for once more.
+    bool isLoginDoubted = false;
 };
 
 enum class LinkState { Down, Connecting, Up };
@@ -104,6 +107,12 @@ public:
 /// A read that the PLC refuses is at an end with that: the driver is told that it is done and has
 /// brought nothing, so that it keeps its login and goes on with the next request. A refused write
 /// is handed to the driver, which repeats it as often as its settings say.
+///
+/// A PLC refuses everything when the login was damaged on its way, or when it has another program
+/// since. So the driver logs in anew, on the same connection, when a read is refused
+///
+/// 1. before any was given since the connection was made, or
+/// 2. with several before it in a row; if all go on being refused, again after many more.
 class Session {
 public:
     /// `settings` is the record that the driver was given; all must outlive the session.
@@ -150,6 +159,8 @@ private:
     QString acknowledgementMisfit(const QByteArray& reply);
     void keepForComparison(const QByteArray& reply);
     Answer judge(const QByteArray& reply);
+    Answer endRefusedRead(int status);
+    bool isLoginDoubted() const;
     void noteSize(const QByteArray& reply, Answer* answer);
     Answer handOver(QByteArray reply);
     void noteAccepted(qint64 now);
@@ -186,6 +197,8 @@ private:
     bool m_isInStep = true;        ///< No reply can be left over on this connection.
     bool m_isWriteDoubted = false; ///< Because the reply to a write may have been a copy.
     bool m_loginWasAlike = false;  ///< Both replies of the login before this one were the same.
+    bool m_hasGivenReads = false;  ///< The PLC gave a read on this connection.
+    int m_refusedInARow = 0;       ///< Reads since the last one that was given.
 
     int m_cyclicEntries = 0;
     int m_entriesOfPass = 0; ///< Asked for so far.

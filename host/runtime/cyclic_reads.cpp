@@ -68,7 +68,7 @@ void CyclicReads::requestSent(const QVector<FrameEntry>& entries)
     m_lastRead = {entries.last().area, entries.last().address, entries.last().length};
 }
 
-void CyclicReads::requestRefused(const QVector<FrameEntry>& entries)
+void CyclicReads::requestRefused(const QVector<FrameEntry>& entries, bool isLoginDoubted)
 {
     QVector<int> rows;
     for (const ScanEntry& entry : m_entries) {
@@ -81,7 +81,7 @@ void CyclicReads::requestRefused(const QVector<FrameEntry>& entries)
     // A long value stands in several entries.
     std::sort(rows.begin(), rows.end());
     rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
-    suspect(rows, 1);
+    suspect(rows, isLoginDoubted ? 0 : 1);
     const auto isSuspected = [this](const ScanEntry& entry) {
         return m_rows[size_t(entry.rows.first())].state != State::Listed;
     };
@@ -147,10 +147,10 @@ void CyclicReads::probeAccepted(const QVector<QByteArray>& blocks, qint64 sentAt
     endSearchIfDone();
 }
 
-QVector<int> CyclicReads::probeRefused(int entries, qint64 now)
+QVector<int> CyclicReads::probeRefused(int entries, qint64 now, bool isLoginDoubted)
 {
     QVector<int> rows;
-    for (const SettledRead& settled : m_probes.requestRefused(entries)) {
+    for (const SettledRead& settled : m_probes.requestRefused(entries, isLoginDoubted)) {
         const int row = settled.read.tag;
         rows.append(row);
         m_rows[size_t(row)].state = State::Refused;

@@ -49,8 +49,8 @@ public:
     int entries() const { return int(m_entries.size()); }
     /// A cyclic request with these entries goes out.
     void requestSent(const QVector<FrameEntry>& entries);
-    /// It was refused.
-    void requestRefused(const QVector<FrameEntry>& entries);
+    /// It was refused, which says nothing of its values when the login is doubted.
+    void requestRefused(const QVector<FrameEntry>& entries, bool isLoginDoubted = false);
 
     const ReadTracker& probes() const { return m_probes; }
     /// Hands the driver the next probe, if there is one.
@@ -60,7 +60,7 @@ public:
     void probeSent(int entries) { m_probes.requestSent(entries); }
     void probeAccepted(const QVector<QByteArray>& blocks, qint64 sentAt);
     /// Returns the rows that are refused now.
-    QVector<int> probeRefused(int entries, qint64 now);
+    QVector<int> probeRefused(int entries, qint64 now, bool isLoginDoubted = false);
 
     void linkUp();
     void linkDown();

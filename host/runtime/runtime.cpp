@@ -204,10 +204,12 @@ bool Runtime::prepareRequest(qint64 now, bool passIsDue)
         askWhetherInStep(passIsDue);
         return true;
     }
-    if (m_writesInARow < kWriteRequestsInARow || !hasWaitingReads())
-        m_writes.handOver(m_driver);
     // The driver sends writes first. A read that it had besides would go out together with the one
-    // that shows whether replies fit, and its refusal would be taken for that of the write.
+    // that shows whether replies fit, and its refusal would be taken for that of the write. It has
+    // one that waits for a login.
+    const bool hasReads = m_reads.hasUnderWay() || m_cyclic.probes().hasUnderWay();
+    if (!hasReads && (m_writesInARow < kWriteRequestsInARow || !hasWaitingReads()))
+        m_writes.handOver(m_driver);
     if (!m_writes.hasUnderWay() && !m_asksWhetherInStep)
         handOverReads(now, passIsDue);
     return m_writes.hasUnderWay() || m_asksWhetherInStep || m_reads.hasUnderWay() ||
@@ -320,7 +322,7 @@ void Runtime::settleReadRequest(const SentRequest& request, const Answer& answer
     if (request.category == kOneShotCategory) {
         const std::vector<SettledRead> settled =
             isAccepted ? m_reads.requestAccepted(blocks, request.sentAt)
-                       : m_reads.requestRefused(int(entries.size()));
+                       : m_reads.requestRefused(int(entries.size()), answer.isLoginDoubted);
         for (const SettledRead& read : settled)
             read.read.settled(transferOutcome(answer), read.bytes);
     } else {
@@ -336,11 +338,11 @@ void Runtime::settleCyclicRequest(const SentRequest& request, const Answer& answ
     if (request.category == kCyclicCategory) {
         m_cyclicReadsProveNothing = m_isInDoubt;
         if (!isAccepted)
-            m_cyclic.requestRefused(entries);
+            m_cyclic.requestRefused(entries, answer.isLoginDoubted);
     } else if (request.category == kProbeCategory && isAccepted) {
         m_cyclic.probeAccepted(blocks, request.sentAt);
     } else if (request.category == kProbeCategory) {
-        for (int row : m_cyclic.probeRefused(int(entries.size()), now)) {
+        for (int row : m_cyclic.probeRefused(int(entries.size()), now, answer.isLoginDoubted)) {
             const bool wasKnown = m_values.isRefused(row);
             m_values.refused(row, answer.status);
             if (!wasKnown)

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include "host/points/value_memory.h"
 #include "host/driver/request_records.h"
+#include "host/points/value_memory.h"
 #include "host/wire/read_limits.h"
 
 namespace plc::host {
@@ -155,13 +155,13 @@ std::vector<SettledRead> ReadTracker::requestAccepted(const QVector<QByteArray>&
     return settled;
 }
 
-std::vector<SettledRead> ReadTracker::requestRefused(int entries)
+std::vector<SettledRead> ReadTracker::requestRefused(int entries, bool isLoginDoubted)
 {
     Group refused = takeJobs(entries);
     endBatchIfDone();
     for (Job& job : refused)
-        ++job.read.refusals;
-    if (refused.size() == 1 && refused.front().read.refusals > m_mostRefusals)
+        job.read.refusals += isLoginDoubted ? 0 : 1;
+    if (!isLoginDoubted && refused.size() == 1 && refused.front().read.refusals > m_mostRefusals)
         return {{refused.front().read, QByteArray()}};
     split(std::move(refused));
     return {};

@@ -63,8 +63,9 @@ public:
     /// It was accepted with these blocks; its request was sent at `sentAt`. Returns what is
     /// settled.
     std::vector<SettledRead> requestAccepted(const QVector<QByteArray>& blocks, qint64 sentAt);
-    /// The PLC refused it. Returns what is settled.
-    std::vector<SettledRead> requestRefused(int entries);
+    /// The PLC refused it, which says nothing of its reads when the login is doubted. Returns what
+    /// is settled.
+    std::vector<SettledRead> requestRefused(int entries, bool isLoginDoubted = false);
 
     /// Takes out everything, or all that waits for this station.
     std::vector<OneShotRead> takeAll();

@@ -497,7 +497,10 @@ TEST_F(SessionTest, AcceptedReadShortensTheWaitingTime)
 TEST_F(SessionTest, RefusedReadEndsWithItsRefusalAndKeepsTheLogin)
 {
     connectAndLogIn();
+    answer(readReply({hex("00 01")}));
+    ASSERT_EQ(request(), hex(kReadSpeed));
     answer(refusal());
+    EXPECT_FALSE(answers.back().isLoginDoubted);
     EXPECT_EQ(answers.back().kind, Answer::Refused);
     EXPECT_EQ(answers.back().status, 5);
     EXPECT_EQ(request(), hex(kReadSpeed));
@@ -544,9 +547,27 @@ TEST_F(SessionTest, ReplyToARetryOfAnotherSizeLeavesTheStreamWhole)
     EXPECT_EQ(shown("Main.speed"), "4660");
 }
 
+TEST_F(SessionTest, ReadThatIsRefusedBeforeAnyWasGivenIsFollowedByAnotherLogin)
+{
+    connectAndLogIn();
+    answer(refusal());
+    EXPECT_EQ(answers.back().kind, Answer::Refused);
+    EXPECT_TRUE(answers.back().isLoginDoubted);
+    logIn();
+    EXPECT_EQ(request(), hex(kReadSpeed));
+    // The new login is believed.
+    answer(refusal());
+    EXPECT_FALSE(answers.back().isLoginDoubted);
+    EXPECT_EQ(request(), hex(kReadSpeed));
+    EXPECT_EQ(session().linkState(), LinkState::Up);
+}
+
 TEST_F(SessionTest, PlcThatRefusesEverythingIsAskedNowAndThen)
 {
     connectAndLogIn();
+    answer(refusal());
+    logIn();
+    ASSERT_EQ(request(), hex(kReadSpeed));
     for (int i = 0; i < 2; ++i) {
         answer(refusal());
         ASSERT_EQ(request(), hex(kReadSpeed));

@@ -28,7 +28,8 @@ QByteArray demoPlant()
 bool isRead(const QByteArray& json)
 {
     QString error;
-    const std::optional<project::Project> project = project::parseProject(json, QStringLiteral("x.json"), &error);
+    const std::optional<project::Project> project =
+        project::parseProject(json, QStringLiteral("x.json"), &error);
     if (project) {
         const QList<Label_Type_Info> symbols = symbolList(*project);
         EXPECT_EQ(project->scopes.size(), symbols.size());

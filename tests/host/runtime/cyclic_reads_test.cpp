@@ -56,20 +56,27 @@ protected:
 
     /// Answers the request that has gone out; false if there is none. What it was is added to
     /// `story`: C for a cyclic one, P for a probe, in lower case if it is refused, W for a write, I
-    /// for the read that shows that replies fit.
+    /// for the read that shows that replies fit, L for each frame of a login.
     bool serve()
     {
         const std::string done = actions();
         if (done.empty())
             return false;
         EXPECT_EQ(done, "S");
-        lastEntries = parseRequest(sent).entries;
+        const RequestContent content = parseRequest(sent);
+        lastEntries = content.entries;
+        if (content.isLogin()) {
+            story += 'L';
+            ++loginFrames;
+            answer(content.service == Service::File ? fileReply() : identificationReply());
+            return true;
+        }
         if (m_category == kWriteCategory) {
             story += 'W';
             answer(writeReply());
             return true;
         }
-        bool isRefused = false;
+        bool isRefused = loginFrames < loginFramesNeeded;
         QByteArray payload(6, '\0');
         for (const FrameEntry& entry : lastEntries) {
             const auto found = refusedBytes.lower_bound(entry.address);
@@ -108,6 +115,8 @@ protected:
     }
 
     std::set<quint32> refusedBytes;
+    int loginFrames = 0;
+    int loginFramesNeeded = 0; ///< Until then everything is refused.
     std::string story;
     QVector<FrameEntry> lastEntries;
 
@@ -187,10 +196,10 @@ TEST_F(RefusedReads, GapBetweenGoodValuesIsReadNoMore)
 {
     refusedBytes = {4};
     begin({valueAt(0), valueAt(8)});
-    serve(3);
-    EXPECT_EQ(story, "cPP");
+    serve(5);
+    EXPECT_EQ(story, "cLLPP");
     serve(10);
-    EXPECT_EQ(story, "cPP" + std::string(10, 'C'));
+    EXPECT_EQ(story, "cLLPP" + std::string(10, 'C'));
     ASSERT_EQ(lastEntries.size(), 2);
     EXPECT_TRUE(isAsked(0) && isAsked(1) && isAsked(8) && isAsked(9));
     for (int address = 2; address < 8; ++address)
@@ -347,6 +356,46 @@ TEST_F(RefusedReads, TwoHundredAmongTwoThousandAreAllFound)
     EXPECT_EQ(story, std::string(19, 'C'));
 }
 
+TEST_F(RefusedReads, OfADamagedLoginAreGivenAfterAnother)
+{
+    loginFramesNeeded = 2; // the one that begin() answers is not counted
+    begin(scattered(4));
+    serve(8);
+    // All four refused; 0 and 1, 2 and 3 by probes.
+    EXPECT_EQ(story, "cLLPPCCC");
+    EXPECT_TRUE(refusedValues.empty());
+    for (int row = 0; row < 4; ++row)
+        EXPECT_TRUE(runtime->values().wasRead(row)) << row;
+}
+
+TEST_F(RefusedReads, OfAPlcWithANewProgramAreGivenAfterAnotherLogin)
+{
+    begin(scattered(16));
+    serve(3);
+    loginFramesNeeded = 2;
+    serve(4);
+    // 16, 8, 4 and 2 refused in a row.
+    EXPECT_EQ(story, "CCCcppp");
+    serve(12);
+    // The last two again, one by one; then the other halves.
+    EXPECT_EQ(story.substr(7), "LLPPPPPCCCCC");
+    EXPECT_TRUE(refusedValues.empty());
+}
+
+TEST_F(RefusedReads, OfASingleValueAreGivenAfterAnotherLoginWhenItIsTriedAgain)
+{
+    begin(scattered(1));
+    serve(1);
+    loginFramesNeeded = 2;
+    serve(3);
+    EXPECT_EQ(story, "Ccpp");
+    EXPECT_EQ(refusedValues, std::vector<std::string>{"v0"});
+    passTime(10000);
+    serve(5);
+    EXPECT_EQ(story.substr(4), "pLLPC");
+    EXPECT_FALSE(runtime->values().isRefused(0));
+}
+
 TEST_F(RefusedReads, DoNotShareARequestThatShowsWhetherAWriteWasDone)
 {
     for (int i = 0; i < 4; ++i)
@@ -356,9 +405,9 @@ TEST_F(RefusedReads, DoNotShareARequestThatShowsWhetherAWriteWasDone)
     write("Main.count", "1");
     write("Main.count", "2");
     // The acknowledgements have the size of the refusals before them, so each is doubted until a
-    // read of another size is answered.
-    serve(5);
-    EXPECT_EQ(story, "cpWIWI");
+    // read of another size is answered. The probe that waits for the login goes before them.
+    serve(7);
+    EXPECT_EQ(story, "cLLpWIWI");
     ASSERT_EQ(writes.size(), 2u);
     EXPECT_TRUE(writes[0].outcome.isDone());
     EXPECT_TRUE(writes[1].outcome.isDone());
