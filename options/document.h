@@ -1,0 +1,23 @@
+#ifndef PLC_OPTIONS_DOCUMENT_H
+#define PLC_OPTIONS_DOCUMENT_H
+
+#include <QtCore/QMap>
+
+#include "values/expected.h"
+
+namespace plc::options {
+
+/// The texts that stand for "@NAME@" in a template, each on a line of its own.
+using Sections = QMap<QString, QString>;
+
+/// `text` with each line that is only "@NAME@" replaced by that section. Every section must be
+/// used, and every such line must name one.
+Expected<QString> filledTemplate(const QString& text, const Sections& sections);
+
+/// The main function of a program that is called with a kind of document and the paths of a
+/// template and of the file to be made of it. Returns its exit code.
+int writeDocument(int argc, char** argv, const QMap<QString, Sections>& kinds);
+
+} // namespace plc::options
+
+#endif
