@@ -8,8 +8,8 @@ void CyclicCommand::begin()
     m_duration.setTimerType(Qt::PreciseTimer);
     QObject::connect(&m_duration, &QTimer::timeout, &m_duration,
                      [this] { end(wasServed() ? kExitDone : kExitRefused); });
-    if (options().duration > 0)
-        m_duration.start(options().duration);
+    if (m_options.duration > 0)
+        m_duration.start(m_options.duration);
     LinkCommand::begin();
 }
 

@@ -12,9 +12,12 @@ namespace plc::cli {
 /// A command that reads values again and again until its time is over or the user ends it.
 class CyclicCommand : public LinkCommand {
 protected:
-    explicit CyclicCommand(const CommandContext& context) : LinkCommand(context) {}
+    CyclicCommand(const CyclicOptions& options, const CommandContext& context)
+        : LinkCommand(options, context, options.cycleTime), m_options(options)
+    {
+    }
 
-    bool prepare() override { return readCyclically(); }
+    bool prepare() override { return readCyclically(m_options.stationsOff); }
     void begin() override;
     /// The second time it ends at once.
     void interrupted() override { m_end ? endNow() : end(kExitDone); }
@@ -39,6 +42,7 @@ private:
     bool wasServed();
     void endNow();
 
+    const CyclicOptions& m_options;
     QTimer m_duration;
     std::optional<ExitCode> m_end; ///< What to end with, once it is to end.
     bool m_isClosing = false;

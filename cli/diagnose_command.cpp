@@ -33,17 +33,33 @@ void printParagraph(const QString& heading, const QString& text)
     print(line);
 }
 
+int diagnose(const LinkOptions& options)
+{
+    return inContext(options, [&](const CommandContext& context) {
+        return DiagnoseCommand(options, context).execute();
+    });
+}
+
 } // namespace
+
+const Command kDiagnoseCommand = {
+    "diagnose",
+    {"[LABEL...]", 0, kAnyNumber, "any number of labels", kCompleteLabel},
+    "go step by step from the PLC's name to the values of these labels, explain the step that "
+    "fails, and name the labels that the PLC refuses",
+    {kLabelNote, kPatternNote, kDurationNote},
+    makeOptions<LinkOptions>,
+    execute<LinkOptions, diagnose>};
 
 bool DiagnoseCommand::prepare()
 {
     if (!findAreas())
         return false;
-    if (options().arguments.isEmpty() && project().cyclic.isEmpty())
+    if (arguments().isEmpty() && project().cyclic.isEmpty())
         m_labels.append(m_firstOfArea.first());
     else
         m_labels = findPoints();
-    if (options().arguments.isEmpty() && m_labels.size() > 1) {
+    if (arguments().isEmpty() && m_labels.size() > 1) {
         m_cyclic = m_labels.mid(1);
         m_labels.resize(1);
     }
@@ -73,7 +89,7 @@ bool DiagnoseCommand::findAreas()
 
 void DiagnoseCommand::begin()
 {
-    if (!options().json)
+    if (!m_options.json)
         print(QStringLiteral("%1 at %2").arg(project().name, peer()));
     m_stepTime.start();
     if (!QHostAddress(project().address).isNull()) {
@@ -344,7 +360,7 @@ void DiagnoseCommand::printStep(bool hasPassed, const QString& text, const host:
                                          "file request", "area",       "label"};
     const QString name = QString::fromLatin1(kNames[int(m_step)]);
     const double time = double(m_stepTime.nsecsElapsed()) / 1e6; // ms
-    if (options().json) {
+    if (m_options.json) {
         JsonLine line;
         line.add("step", name);
         line.add("outcome", hasPassed ? QStringLiteral("passed") : QStringLiteral("failed"));

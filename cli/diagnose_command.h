@@ -7,17 +7,23 @@
 
 #include <memory>
 
+#include "cli/command.h"
 #include "cli/link_command.h"
 #include "host/report/diagnosis.h"
 
 namespace plc::cli {
+
+extern const Command kDiagnoseCommand;
 
 /// `plc diagnose`: goes step by step from the PLC's name to values, and explains the first step
 /// that fails. Of the values that the project reads cyclically all are tried, and each that the PLC
 /// refuses is told.
 class DiagnoseCommand : public LinkCommand {
 public:
-    explicit DiagnoseCommand(const CommandContext& context) : LinkCommand(context) {}
+    DiagnoseCommand(const LinkOptions& options, const CommandContext& context)
+        : LinkCommand(options, context), m_options(options)
+    {
+    }
 
 private:
     enum class Step { Name, Connection, Identification, FileRequest, Area, Label };
@@ -63,6 +69,7 @@ private:
     void fail(const host::Finding& finding);
     void printStep(bool hasPassed, const QString& text, const host::Finding* finding);
 
+    const LinkOptions& m_options;
     std::unique_ptr<host::NameLookup> m_lookup;
     QTimer m_patience;                 ///< With name servers.
     QVector<host::DataPoint> m_labels; ///< To be read one by one.

@@ -5,49 +5,48 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
 
+#include "cli/command_context.h"
 #include "cli/console.h"
 #include "cli/progress.h"
 #include "iec/file_format.h"
+#include "options/readers.h"
+#include "project/label_syntax.h"
 #include "project/project_document.h"
 #include "streams/file_replacement.h"
+#include "values/nearest_name.h"
 
 namespace plc::cli {
 namespace {
 
 constexpr qint64 kLargestFile = qint64(32) * 1024 * 1024;
-std::optional<QByteArray> readFile(const QString& path, QString* error)
+constexpr int kHighestAlignment = 8;
+
+Expected<QByteArray> readFile(const QString& path)
 {
     QFile file(path);
-    if (QFileInfo(path).isDir()) {
-        *error = QStringLiteral("%1: is a folder, expected a file").arg(path);
-        return {};
-    }
-    if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString());
-        return {};
-    }
+    if (QFileInfo(path).isDir())
+        return Error{QStringLiteral("%1: is a folder, expected a file").arg(path)};
+    if (!file.open(QIODevice::ReadOnly))
+        return Error{QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString())};
     QByteArray bytes = file.read(kLargestFile + 1);
     if (bytes.size() > kLargestFile) {
-        *error = QStringLiteral("%1: the file has more than %2 MiB; import its parts")
-                     .arg(path)
-                     .arg(kLargestFile / 1024 / 1024);
-        return {};
+        return Error{QStringLiteral("%1: the file has more than %2 MiB; import its parts")
+                         .arg(path)
+                         .arg(kLargestFile / 1024 / 1024)};
     }
     return bytes;
 }
 
-std::optional<QVector<iec::SourceFile>> readSources(const QStringList& paths, QString* error)
+Expected<QVector<iec::SourceFile>> readSources(const QStringList& paths)
 {
     QVector<iec::SourceFile> sources;
     for (const QString& path : paths) {
-        const std::optional<QByteArray> bytes = readFile(path, error);
+        const Expected<QByteArray> bytes = readFile(path);
         if (!bytes)
-            return {};
+            return bytes.error();
         const QString foreign = iec::foreignFormat(*bytes);
-        if (!foreign.isEmpty()) {
-            *error = QStringLiteral("%1: is %2").arg(path, foreign);
-            return {};
-        }
+        if (!foreign.isEmpty())
+            return Error{QStringLiteral("%1: is %2").arg(path, foreign)};
         sources.append({path, iec::decodeSource(*bytes)});
     }
     return sources;
@@ -66,22 +65,23 @@ iec::ImportResult importSources(const QVector<iec::SourceFile>& sources,
                                    [&](qint64 done) { progress.advance(done, clock.elapsed()); });
 }
 
-/// The project that the symbols belong into, or a new one. Returns nothing and sets `error` when it
-/// is no good project.
-std::optional<QJsonObject> documentFor(const Options& options, const project::Project& symbols,
-                                       QString* error)
+/// The project that the symbols belong into, or a new one.
+Expected<QJsonObject> documentFor(const ImportOptions& options, const project::Project& symbols)
 {
-    const QString merged = options.import.merged;
+    const QString merged = options.merged;
     if (merged.isEmpty()) {
-        const QString name = options.import.name.isEmpty()
+        const QString name = options.name.isEmpty()
                                  ? QFileInfo(options.arguments.first()).completeBaseName()
-                                 : options.import.name;
+                                 : options.name;
         return project::projectDocument(name.isEmpty() ? QStringLiteral("Imported") : name,
                                         symbols);
     }
-    const std::optional<QByteArray> json = readFile(merged, error);
-    if (!json || !project::parseProject(*json, merged, error))
-        return {};
+    const Expected<QByteArray> json = readFile(merged);
+    if (!json)
+        return json.error();
+    QString error;
+    if (!project::parseProject(*json, merged, &error))
+        return Error{error};
     QJsonObject document = QJsonDocument::fromJson(*json).object();
     project::mergeSymbols(symbols, &document);
     return document;
@@ -112,46 +112,120 @@ QString counted(int number, const char* thing)
                                                      number == 1 ? QString() : QStringLiteral("s"));
 }
 
-int failed(const QString& error)
+int importSymbols(const ImportOptions& options)
 {
-    complain(error);
-    return kExitUsage;
-}
-
-} // namespace
-
-int importSymbols(const Options& options)
-{
-    QString error;
-    const std::optional<QVector<iec::SourceFile>> sources = readSources(options.arguments, &error);
+    const Expected<QVector<iec::SourceFile>> sources = readSources(options.arguments);
     if (!sources)
-        return failed(error);
+        return usageError(sources.error());
     iec::Diagnostics diagnostics;
-    const iec::ImportResult result = importSources(*sources, options.import.places, &diagnostics);
-    for (const QString& text :
-         iec::diagnosticTexts(*sources, diagnostics, options.import.allWarnings))
+    const iec::ImportResult result = importSources(*sources, options.places, &diagnostics);
+    for (const QString& text : iec::diagnosticTexts(*sources, diagnostics, options.allWarnings))
         printErrorText(text);
     if (diagnostics.errorCount() > 0)
-        return failed(QStringLiteral("%1; nothing was written")
-                          .arg(counted(diagnostics.errorCount(), "error")));
+        return usageError({QStringLiteral("%1; nothing was written")
+                               .arg(counted(diagnostics.errorCount(), "error"))});
     if (result.variables == 0)
-        return failed(QStringLiteral("no variable has an address, %1 left out; nothing was written")
-                          .arg(result.leftOut));
-    const std::optional<QJsonObject> document = documentFor(options, result.project, &error);
+        return usageError(
+            {QStringLiteral("no variable has an address, %1 left out; nothing was written")
+                 .arg(result.leftOut)});
+    const Expected<QJsonObject> document = documentFor(options, result.project);
     if (!document)
-        return failed(error);
+        return usageError(document.error());
     const QByteArray text = project::documentText(*document);
-    const QString name = options.import.output.isEmpty() ? QStringLiteral("the imported project")
-                                                         : options.import.output;
+    const QString name =
+        options.output.isEmpty() ? QStringLiteral("the imported project") : options.output;
+    QString error;
     if (!project::parseProject(text, name, &error))
-        return failed(error);
-    const ExitCode written = write(text, options.import.output);
+        return usageError({error});
+    const ExitCode written = write(text, options.output);
     if (written != kExitDone)
         return written;
     complain(QStringLiteral("%1 imported, %2 left out")
                  .arg(counted(result.variables, "variable"))
                  .arg(result.leftOut));
     return kExitDone;
+}
+
+/// AREA:OFFSET
+options::Reader place(std::optional<iec::MemoryPlace>* target)
+{
+    return [target](const options::Given& given) -> Expected<void> {
+        const QStringList parts = given.text().split(QLatin1Char(':'));
+        bool areaIsGood = false;
+        bool offsetIsGood = false;
+        iec::MemoryPlace base;
+        base.area = parts.first().toInt(&areaIsGood, 10);
+        base.offset = parts.last().toInt(&offsetIsGood, 10);
+        if (!areaIsGood || !offsetIsGood || parts.size() != 2 || base.area < 0 ||
+            base.area > project::kHighestAreaIndex || base.offset < 0) {
+            return Error{QStringLiteral("--%1 takes AREA:OFFSET such as 1:2000, not %2")
+                             .arg(given.name, values::quoted(given.text()))};
+        }
+        *target = base;
+        return {};
+    };
+}
+
+} // namespace
+
+const Command kImportCommand = {
+    "import",
+    {"FILE...", 1, kAnyNumber, "at least one file", options::kCompleteFile},
+    "make a project of declarations in structured text (IEC 61131-3)",
+    {},
+    makeOptions<ImportOptions>,
+    execute<ImportOptions, importSymbols>};
+
+options::Table ImportOptions::table()
+{
+    using namespace options;
+    return Table{
+               {"-o, --output FILE", "write the project there and not to the standard output",
+                text(&output), kCompleteFile,
+                "Write the project there and not to the standard output. A file that exists is "
+                "replaced, whole or not at all, as it is made anew whenever the declarations "
+                "change; what is added by hand stays with `--merge`."},
+               {"--merge FILE", "put the symbols into this project and keep everything else of it",
+                text(&merged), kCompleteProject},
+               {"--name NAME", "name of a new project; else that of the first file", text(&name),
+                kCompleteNothing, "Name of a new project; that of the first file if not given."},
+               {"--area N", "memory area of addresses such as %MW10, which name none (0)",
+                integer(&places.defaultArea, 0, project::kHighestAreaIndex), kCompleteNothing,
+                "Memory area of addresses such as %MW10, which name none; 0 if not given."},
+               {"--base AREA:OFFSET",
+                "place variables without an address one behind the other from here",
+                place(&places.base), kCompleteNothing,
+                "Place variables without an address one behind the other from this byte on."},
+               {"--align N", "values lie at multiples of their size or of N: 1, 2, 4 or 8 (4)",
+                integer(&places.alignment, 1, kHighestAlignment), kCompleteNothing,
+                "Values lie at multiples of their size, or of `N` if that is less: 1, 2, 4 or 8; 4 "
+                "if not given."},
+               {"--scope NAME",
+                "scope of the global variables; without one, labels begin with the dot",
+                text(&places.globalScope)},
+               {"--all-warnings", "show each variable that is left out, and not only the first 20",
+                flag(&allWarnings), kCompleteNothing,
+                "Show each variable that is left out; without it the first 20, and the number of "
+                "the others by reason. Warnings that change the meaning, such as overlays and "
+                "layouts, are always shown."},
+           } +
+           CommandOptions::table();
+}
+
+Expected<void> ImportOptions::check()
+{
+    const int alignment = places.alignment;
+    if ((alignment & (alignment - 1)) != 0)
+        return Error{QStringLiteral("--align takes 1, 2, 4 or 8, not %1").arg(alignment)};
+    if (!merged.isEmpty() && !name.isEmpty())
+        return Error{QStringLiteral("--merge keeps the project's name; leave out --name")};
+    const QString scope = places.globalScope;
+    if (!scope.isEmpty() && !project::isLabelName(scope)) {
+        return Error{QStringLiteral("--scope takes a name without . [ ] , = quotes and blanks, "
+                                    "not %1")
+                         .arg(values::quoted(scope))};
+    }
+    return {};
 }
 
 } // namespace plc::cli

@@ -1,13 +1,26 @@
 #ifndef PLC_CLI_IMPORT_COMMAND_H
 #define PLC_CLI_IMPORT_COMMAND_H
 
-#include "cli/options.h"
+#include "cli/command.h"
+#include "iec/importer.h"
 
 namespace plc::cli {
 
+struct ImportOptions : CommandOptions {
+    iec::ImportOptions places;
+    QString output; ///< Empty: the standard output.
+    QString merged; ///< The project that the symbols are put into; empty: a new one.
+    QString name;   ///< Of a new project; empty: that of the first file.
+    bool allWarnings = false;
+
+    options::Table table() override;
+    Expected<void> check() override;
+    bool needsProject() const override { return false; }
+};
+
 /// `plc import`: makes a project of declarations in structured text, or puts their symbols into
-/// one. Needs no PLC and no driver. Returns the exit code.
-int importSymbols(const Options& options);
+/// one. Needs neither project nor PLC nor driver.
+extern const Command kImportCommand;
 
 } // namespace plc::cli
 

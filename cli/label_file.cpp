@@ -35,55 +35,59 @@ QString problemOf(const QString& text, const project::LabelFinder& labels)
     return {};
 }
 
-} // namespace
-
-bool appendLabels(const QString& path, const project::Project& project, QStringList* labels,
-                  QString* error)
+Expected<QByteArray> readFile(const QString& path)
 {
     QFile file(path);
     if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("%1: cannot be read: %2; --labels takes a CSV file")
-                     .arg(path, QFileInfo(path).isDir() ? QStringLiteral("it is a folder")
-                                                        : file.errorString());
-        return false;
+        return Error{QStringLiteral("%1: cannot be read: %2; --labels takes a CSV file")
+                         .arg(path, QFileInfo(path).isDir() ? QStringLiteral("it is a folder")
+                                                            : file.errorString())};
     }
-    const QByteArray bytes = file.read(kLargestFile + 1);
+    QByteArray bytes = file.read(kLargestFile + 1);
     if (bytes.size() > kLargestFile) {
-        *error = QStringLiteral("%1: the file has more than %2 MiB; a list of labels has less")
-                     .arg(path)
-                     .arg(kLargestFile / 1024 / 1024);
-        return false;
+        return Error{QStringLiteral("%1: the file has more than %2 MiB; a list of labels has less")
+                         .arg(path)
+                         .arg(kLargestFile / 1024 / 1024)};
     }
+    return bytes;
+}
+
+bool isHeader(const QString& label)
+{
+    return label.compare(QLatin1String("label"), Qt::CaseInsensitive) == 0;
+}
+
+} // namespace
+
+Expected<QStringList> readLabels(const QString& path, const project::Project& project)
+{
+    const Expected<QByteArray> bytes = readFile(path);
+    if (!bytes)
+        return bytes.error();
     QString reason;
     const std::optional<QVector<values::csv::Record>> records =
-        values::csv::parse(QString::fromUtf8(bytes), &reason);
-    if (!records) {
-        *error = QStringLiteral("%1: %2").arg(path, reason);
-        return false;
-    }
+        values::csv::parse(QString::fromUtf8(*bytes), &reason);
+    if (!records)
+        return Error{QStringLiteral("%1: %2").arg(path, reason)};
     const project::LabelFinder finder(project);
-    int found = 0;
+    QStringList labels;
     for (const values::csv::Record& record : *records) {
         const QString label = record.fields.first().trimmed();
-        const bool isHeader = &record == &records->first() &&
-                              label.compare(QLatin1String("label"), Qt::CaseInsensitive) == 0;
-        if (isHeader)
+        if (&record == &records->first() && isHeader(label))
             continue;
-        const QString problem = label.isEmpty() ? QStringLiteral(
-                                                      "the first column is empty, "
-                                                      "expected a label")
-                                                : problemOf(label, finder);
+        const QString problem = label.isEmpty()
+                                    ? QStringLiteral("the first column is empty, expected a label")
+                                    : problemOf(label, finder);
         if (!problem.isEmpty()) {
-            *error = QStringLiteral("%1: line %2: %3").arg(path).arg(record.line).arg(problem);
-            return false;
+            return Error{QStringLiteral("%1: line %2: %3").arg(path).arg(record.line).arg(problem)};
         }
-        labels->append(label);
-        ++found;
+        labels.append(label);
     }
-    if (found == 0)
-        *error =
-            QStringLiteral("%1: has no labels; expected one a line, in the first column").arg(path);
-    return found > 0;
+    if (labels.isEmpty()) {
+        return Error{QStringLiteral("%1: has no labels; expected one a line, in the first column")
+                         .arg(path)};
+    }
+    return labels;
 }
 
 } // namespace plc::cli

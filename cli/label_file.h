@@ -4,15 +4,15 @@
 #include <QtCore/QStringList>
 
 #include "project/project.h"
+#include "values/expected.h"
 
 namespace plc::cli {
 
-/// Appends the labels of a CSV file, those in the first column, to `labels`; a first line that
-/// begins with "label" is taken for the names of the columns. Labels may be all that the command
-/// line takes. Returns false and sets `error` when the file cannot be read, has no label or one
-/// that the project does not know; the error then has the line.
-bool appendLabels(const QString& path, const project::Project& project, QStringList* labels,
-                  QString* error);
+/// The labels of a CSV file, those in the first column; a first line that begins with "label" is
+/// taken for the names of the columns. Labels may be all that the command line takes. A file that
+/// cannot be read, has no label or one that the project does not know is an error, which then has
+/// the line.
+Expected<QStringList> readLabels(const QString& path, const project::Project& project);
 
 } // namespace plc::cli
 

@@ -10,10 +10,11 @@
 
 namespace plc::cli {
 
-LinkCommand::LinkCommand(const CommandContext& context)
-    : m_context(context),
-      m_trace(context.options.trace),
-      m_runtime(context.driver, context.runtimeSettings(), context.project, this),
+LinkCommand::LinkCommand(const LinkOptions& options, const CommandContext& context, int cycleTime)
+    : m_options(options),
+      m_context(context),
+      m_trace(options.trace),
+      m_runtime(context.driver, context.runtimeSettings(cycleTime), context.project, this),
       m_link(&m_runtime.session(), context.project.address, context.project.port)
 {
 }
@@ -40,10 +41,10 @@ int LinkCommand::execute()
 /// Returns false after complaining when the capture that the user wants cannot be written.
 bool LinkCommand::startCapture()
 {
-    const QString path = options().captureFile;
+    const QString path = m_options.captureFile;
     if (path.isEmpty())
         return true;
-    if (!mayReplace(path, options().force)) {
+    if (!mayReplace(path, m_options.force)) {
         complain(QStringLiteral("%1 exists; --force replaces it by the capture").arg(path));
         return false;
     }
@@ -78,7 +79,7 @@ QVector<host::DataPoint> LinkCommand::findPoints() const
         return point.has_value();
     };
     project::LabelExpander expander(project());
-    for (const QString& text : options().arguments) {
+    for (const QString& text : arguments()) {
         const std::optional<QStringList> labels = expander.expand(text, &error);
         if (!labels) {
             complain(error);
@@ -101,13 +102,13 @@ QVector<host::DataPoint> LinkCommand::findPoints() const
     return points;
 }
 
-bool LinkCommand::readCyclically()
+bool LinkCommand::readCyclically(const QVector<int>& stationsOff)
 {
     const QVector<host::DataPoint> points = findPoints();
     if (points.isEmpty())
         return false;
     m_runtime.readCyclically(points, m_link.now());
-    for (int station : options().stationsOff)
+    for (int station : stationsOff)
         m_runtime.switchStation(station, false, m_link.now());
     return true;
 }

@@ -1,27 +1,14 @@
 #ifndef PLC_CLI_LINK_COMMAND_H
 #define PLC_CLI_LINK_COMMAND_H
 
+#include "cli/command_context.h"
 #include "cli/console.h"
-#include "cli/options.h"
-#include "cli/runtime_settings.h"
 #include "cli/signal_notifier.h"
 #include "cli/trace_printer.h"
 #include "host/runtime/runtime.h"
 #include "host/tcp/tcp_link.h"
 
 namespace plc::cli {
-
-/// What all commands work with.
-struct CommandContext {
-    Options options;
-    project::Project project;
-    host::DriverFunctions driver;
-
-    host::RuntimeSettings runtimeSettings() const
-    {
-        return cli::runtimeSettings(project.settings, options.cycleTime);
-    }
-};
 
 /// A command that talks to the PLC: holds the runtime and the link and runs the event loop.
 class LinkCommand : protected host::RuntimeListener {
@@ -30,11 +17,12 @@ public:
     int execute();
 
 protected:
-    /// `context` must outlive the command.
-    explicit LinkCommand(const CommandContext& context);
+    /// `options` and `context` must outlive the command. `cycleTime` is that of the session.
+    LinkCommand(const LinkOptions& options, const CommandContext& context,
+                int cycleTime = kUsualCycleTime);
     ~LinkCommand() override = default;
 
-    const Options& options() const { return m_context.options; }
+    const QStringList& arguments() const { return m_context.arguments; }
     const project::Project& project() const { return m_context.project; }
     host::Runtime& runtime() { return m_runtime; }
     host::TcpLink& link() { return m_link; }
@@ -47,7 +35,7 @@ protected:
 
     /// Has findPoints() read again and again, but for the stations that begin switched off. Returns
     /// false after complaining when there are none.
-    bool readCyclically();
+    bool readCyclically(const QVector<int>& stationsOff);
 
     /// Reads the arguments and queues what there is to do. Returns false after complaining about
     /// wrong usage, or about what else keeps the command from beginning.
@@ -76,6 +64,7 @@ protected:
 private:
     bool startCapture();
 
+    const LinkOptions& m_options;
     const CommandContext& m_context;
     const TracePrinter m_trace;
     capture::LinkCapture m_capture;

@@ -10,30 +10,161 @@
 #include "log/csv_log.h"
 #include "log/log_export.h"
 #include "log/sqlite_log.h"
+#include "options/readers.h"
+#include "values/nearest_name.h"
 #include "values/numeric_value.h"
 
 namespace plc::cli {
 namespace {
 
-constexpr int kWriteInterval = 1000; // ms
+constexpr int kWriteInterval = 1000;                    // ms
+constexpr qint64 kLongestPeriod = 366LL * kLongestTime; // ms
+const QLatin1String kCsvSuffix(".csv");
 
-void printResult(const Options& options, qint64 records, qint64 duration)
+Expected<void> checkExport(const LogOptions& options)
+{
+    if (!options.arguments.isEmpty())
+        return Error{QStringLiteral("--export takes the whole database; leave out the labels")};
+    if (isDatabase(options.output))
+        return Error{QStringLiteral("--export writes a .csv file, not %1")
+                         .arg(values::quoted(options.output))};
+    const struct {
+        bool isGiven;
+        const char* name;
+    } kOthers[] = {{options.every > 0, "every"},
+                   {options.rotateSize > 0, "rotate-size"},
+                   {options.rotateEvery > 0, "rotate-every"},
+                   {options.keep > 0, "keep"}};
+    for (const auto& other : kOthers) {
+        if (other.isGiven) {
+            return Error{
+                QStringLiteral("--%1 has no meaning with --export").arg(QLatin1String(other.name))};
+        }
+    }
+    return {};
+}
+
+void printResult(const LogOptions& options, qint64 records, qint64 duration)
 {
     const QString seconds = QString::number(double(duration) / 1000, 'f', 1);
     if (!options.json) {
-        print(QStringLiteral("%1: %2 records in %3 s")
-                  .arg(options.log.output)
-                  .arg(records)
-                  .arg(seconds));
+        print(
+            QStringLiteral("%1: %2 records in %3 s").arg(options.output).arg(records).arg(seconds));
         return;
     }
     JsonLine line;
-    line.add("output", options.log.output);
+    line.add("output", options.output);
     line.add("records", records);
     print(line.add("duration", duration).text());
 }
 
+/// Turns a log in a database into a CSV file. Needs no PLC. Returns the exit code.
+int exportDatabase(const LogOptions& options)
+{
+    QElapsedTimer clock;
+    clock.start();
+    QString error;
+    bool isMediumFailing = false;
+    std::optional<Progress> progress;
+    const auto show = [&](qint64 done, qint64 total) {
+        if (!progress)
+            progress.emplace(QStringLiteral("exporting"), QStringLiteral("records"), total, 0);
+        progress->advance(done, clock.elapsed());
+    };
+    const std::optional<qint64> records =
+        log::exportLog(options.exported, options.output, show, &error, &isMediumFailing);
+    progress.reset();
+    if (!records) {
+        complain(error);
+        return isMediumFailing ? kExitRefused : kExitUsage;
+    }
+    printResult(options, *records, clock.elapsed());
+    return kExitDone;
+}
+
+int logValues(const LogOptions& options)
+{
+    if (!options.exported.isEmpty())
+        return exportDatabase(options);
+    return inContext(options, [&](const CommandContext& context) {
+        return LogCommand(options, context).execute();
+    });
+}
+
 } // namespace
+
+const Command kLogCommand = {"log",
+                             {"[LABEL...]", 0, kAnyNumber, "any number of labels", kCompleteLabel},
+                             "keep the project's cyclic labels, or these, in a CSV file or an "
+                             "SQLite database: each change, or all at an interval",
+                             {kLabelNote, kPatternNote, kDurationNote},
+                             makeOptions<LogOptions>,
+                             execute<LogOptions, logValues>};
+
+options::Table LogOptions::table()
+{
+    using namespace options;
+    return Table{
+               {"-o, --output FILE",
+                ".csv, or a database: .sqlite, .sqlite3, .db; it goes on if it exists",
+                text(&output), kCompleteFile,
+                "The log: CSV if the name ends in `.csv`, an SQLite database if it ends in "
+                "`.sqlite`, `.sqlite3` or `.db`. A log that exists goes on."},
+               {"--every DURATION", "all values at this interval and not changes",
+                milliseconds(&every, {kNoPlainNumber, kAboveZero, kLongestTime}), kCompleteNothing,
+                "Log all values at this interval, whether they change or not, beginning with the "
+                "first that are read."},
+               {"--rotate-size SIZE",
+                "go on in a new CSV file before one has more bytes: 500k, 64M, 2G",
+                size(&rotateSize), kCompleteNothing,
+                "Go on in a new CSV file before one has more than `SIZE` bytes, such as `500k`, "
+                "`64M` or `2G`. The older file gets a number, which tells the order, and the time "
+                "of its first record into its name: `plant.000001.20261121T060000123Z.csv`."},
+               {"--rotate-every DURATION", "the same after this time: 1h, 1d",
+                milliseconds(&rotateEvery, {kNoPlainNumber, kAboveZero, double(kLongestPeriod)}),
+                kCompleteNothing,
+                "The same when the first record of the file is this old, such as `1h` or `1d`."},
+               {"--keep N", "rotated files that stay; the oldest go (all)",
+                integer(&keep, 1, std::numeric_limits<int>::max()), kCompleteNothing,
+                "Keep `N` of the older files, those with the highest numbers; all if not given."},
+               {"--export DATABASE",
+                "turn this database into the CSV file --output; needs no project", text(&exported),
+                kCompleteFile,
+                "Turn the log in a database into a new CSV file `--output`; one that exists is an "
+                "error. Needs neither a project nor a PLC."},
+           } +
+           CyclicOptions::table();
+}
+
+Expected<void> LogOptions::check()
+{
+    const bool rotates = rotateSize > 0 || rotateEvery > 0;
+    if (output.isEmpty())
+        return Error{QStringLiteral("plc log takes --output FILE, ending in .csv or .sqlite")};
+    if (!isDatabase(output) && !output.endsWith(kCsvSuffix, Qt::CaseInsensitive)) {
+        return Error{QStringLiteral("--output takes a file that ends in .csv, .sqlite, .sqlite3 "
+                                    "or .db, not %1")
+                         .arg(values::quoted(output))};
+    }
+    if (rotates && isDatabase(output))
+        return Error{QStringLiteral("--rotate-size and --rotate-every are for .csv files")};
+    if (keep > 0 && !rotates)
+        return Error{QStringLiteral("--keep goes with --rotate-size or --rotate-every")};
+    if (!exported.isEmpty()) {
+        if (const Expected<void> isGood = checkExport(*this); !isGood)
+            return isGood.error();
+    }
+    return CyclicOptions::check();
+}
+
+bool isDatabase(const QString& logFile)
+{
+    for (const char* suffix : {".sqlite", ".sqlite3", ".db"}) {
+        if (logFile.endsWith(QLatin1String(suffix), Qt::CaseInsensitive))
+            return true;
+    }
+    return false;
+}
 
 bool LogCommand::prepare()
 {
@@ -52,15 +183,14 @@ bool LogCommand::prepare()
 
 std::unique_ptr<log::LogWriter> LogCommand::openWriter(QString* error, bool* isMediumFailing) const
 {
-    const LogOptions& log = options().log;
-    if (isDatabase(log.output))
-        return log::SqliteLog::open(log.output, error, isMediumFailing);
-    const log::LogRotation rotation{log.rotateSize, log.rotateEvery, log.keep};
+    if (isDatabase(m_options.output))
+        return log::SqliteLog::open(m_options.output, error, isMediumFailing);
+    const log::LogRotation rotation{m_options.rotateSize, m_options.rotateEvery, m_options.keep};
     std::unique_ptr<log::CsvLog> writer =
-        log::CsvLog::open(log.output, rotation, error, isMediumFailing);
+        log::CsvLog::open(m_options.output, rotation, error, isMediumFailing);
     if (writer && writer->cutBytes() > 0) {
         complain(QStringLiteral("%1 ended in half a line, which was cut off: %2 bytes")
-                     .arg(log.output)
+                     .arg(m_options.output)
                      .arg(writer->cutBytes()));
     }
     return writer;
@@ -72,8 +202,8 @@ void LogCommand::begin()
     m_writing.start(kWriteInterval);
     QObject::connect(&m_sampling, &QTimer::timeout, &m_sampling, [this] { collectAll(); });
     m_sampling.setTimerType(Qt::PreciseTimer);
-    if (options().log.every > 0)
-        m_sampling.start(options().log.every);
+    if (m_options.every > 0)
+        m_sampling.start(m_options.every);
     CyclicCommand::begin();
 }
 
@@ -86,7 +216,7 @@ void LogCommand::linkChanged(host::LinkState state, const QString& reason, int r
 
 void LogCommand::requestSettled()
 {
-    if (options().log.every > 0)
+    if (m_options.every > 0)
         collectFirst();
     else
         collectChanges();
@@ -97,7 +227,7 @@ void LogCommand::valueRefused(int row)
 {
     const host::ValueTable& values = runtime().values();
     complain(refusedValueText(values.point(row), values.refusalStatus(row)));
-    if (options().log.every > 0)
+    if (m_options.every > 0)
         collect(row);
 }
 
@@ -108,7 +238,7 @@ void LogCommand::valueGivenAgain(int row)
 
 void LogCommand::collectChanges()
 {
-    if (options().log.every > 0)
+    if (m_options.every > 0)
         return;
     for (int row : m_changes.take(runtime().values(), link().now()))
         collect(row);
@@ -126,7 +256,7 @@ void LogCommand::collectFirst()
             continue;
         m_hasBegun[row] = true;
         if (m_begun++ == 0)
-            m_sampling.start(options().log.every);
+            m_sampling.start(m_options.every);
         collect(row);
     }
 }
@@ -188,30 +318,7 @@ void LogCommand::write()
 
 void LogCommand::ended()
 {
-    printResult(options(), m_written, link().now());
-}
-
-int exportDatabase(const Options& options)
-{
-    QElapsedTimer clock;
-    clock.start();
-    QString error;
-    bool isMediumFailing = false;
-    std::optional<Progress> progress;
-    const auto show = [&](qint64 done, qint64 total) {
-        if (!progress)
-            progress.emplace(QStringLiteral("exporting"), QStringLiteral("records"), total, 0);
-        progress->advance(done, clock.elapsed());
-    };
-    const std::optional<qint64> records =
-        log::exportLog(options.log.exported, options.log.output, show, &error, &isMediumFailing);
-    progress.reset();
-    if (!records) {
-        complain(error);
-        return isMediumFailing ? kExitRefused : kExitUsage;
-    }
-    printResult(options, *records, clock.elapsed());
-    return kExitDone;
+    printResult(m_options, m_written, link().now());
 }
 
 } // namespace plc::cli

@@ -6,17 +6,39 @@
 
 #include <memory>
 
+#include "cli/command.h"
 #include "cli/cyclic_command.h"
 #include "cli/value_changes.h"
 #include "log/log_writer.h"
 
 namespace plc::cli {
 
+struct LogOptions : CyclicOptions {
+    QString output;         ///< The log, or the CSV file of an export.
+    QString exported;       ///< The database to be exported; empty: values are logged.
+    int every = 0;          ///< ms from record to record; 0: changes.
+    qint64 rotateSize = 0;  ///< Bytes; 0: as large as it gets.
+    qint64 rotateEvery = 0; ///< ms; 0: without end.
+    int keep = 0;           ///< Older files; 0: all.
+
+    options::Table table() override;
+    Expected<void> check() override;
+    bool needsProject() const override { return exported.isEmpty(); }
+};
+
+/// Whether the log's file is a database, by its suffix, and not CSV.
+bool isDatabase(const QString& logFile);
+
+extern const Command kLogCommand;
+
 /// `plc log`: keeps values in a file, as they change or at an interval. What was read is written
 /// once a second.
 class LogCommand : public CyclicCommand {
 public:
-    explicit LogCommand(const CommandContext& context) : CyclicCommand(context) {}
+    LogCommand(const LogOptions& options, const CommandContext& context)
+        : CyclicCommand(options, context), m_options(options)
+    {
+    }
 
 private:
     bool prepare() override;
@@ -35,6 +57,7 @@ private:
     void collect(int row);
     void write();
 
+    const LogOptions& m_options;
     std::unique_ptr<log::LogWriter> m_writer;
     ValueChanges m_changes;
     QVector<bool> m_hasBegun;          ///< Rows that have a record, of those logged at an interval.
@@ -44,10 +67,6 @@ private:
     QTimer m_writing;
     QTimer m_sampling;
 };
-
-/// `plc log --export`: turns a log in a database into a CSV file. Needs no PLC. Returns the exit
-/// code.
-int exportDatabase(const Options& options);
 
 } // namespace plc::cli
 

@@ -3,17 +3,18 @@
 #include "cli/value_lines.h"
 
 namespace plc::cli {
+
 bool OnceCommand::prepare()
 {
-    if (!readCyclically())
+    if (!readCyclically(m_options.stationsOff))
         return false;
     m_patience.setSingleShot(true);
     QObject::connect(&m_patience, &QTimer::timeout, &m_patience, [this] {
         report(host::TransferOutcome::notSent(QStringLiteral("its turn did not come within %1 s")
-                                                  .arg(double(options().duration) / 1000)));
+                                                  .arg(double(m_options.duration) / 1000)));
     });
-    if (options().duration > 0)
-        m_patience.start(options().duration);
+    if (m_options.duration > 0)
+        m_patience.start(m_options.duration);
     return true;
 }
 
@@ -81,7 +82,7 @@ void OnceCommand::report(const host::TransferOutcome& missing)
     bool allDone = true;
     for (int row = 0; row < values.size(); ++row) {
         const host::TransferOutcome itsOutcome = outcome(row, missing);
-        printRead(values.point(row), values.bytes(row), itsOutcome, options().json);
+        printRead(values.point(row), values.bytes(row), itsOutcome, m_options.json);
         allDone = allDone && itsOutcome.isDone();
     }
     finish(allDone ? kExitDone : kExitRefused);

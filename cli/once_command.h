@@ -3,7 +3,7 @@
 
 #include <QtCore/QTimer>
 
-#include "cli/link_command.h"
+#include "cli/run_command.h"
 
 namespace plc::cli {
 
@@ -11,7 +11,10 @@ namespace plc::cli {
 /// again, until each was read once, and prints them.
 class OnceCommand : public LinkCommand {
 public:
-    explicit OnceCommand(const CommandContext& context) : LinkCommand(context) {}
+    OnceCommand(const RunOptions& options, const CommandContext& context)
+        : LinkCommand(options, context, options.cycleTime), m_options(options)
+    {
+    }
 
 private:
     bool prepare() override;
@@ -27,6 +30,7 @@ private:
     /// Prints the values, and of those that are missing that they are.
     void report(const host::TransferOutcome& missing);
 
+    const RunOptions& m_options;
     QTimer m_patience;
     int m_settledRows = 0; ///< From the first on.
 };

@@ -2,24 +2,28 @@
 
 #include <QtCore/QElapsedTimer>
 
+#include "cli/command_context.h"
+#include "cli/console.h"
+#include "cli/point_text.h"
 #include "cli/progress.h"
 #include "cli/value_lines.h"
-#include "host/points/symbol_list.h"
 #include "host/report/scan_plan.h"
+#include "options/readers.h"
 
 namespace plc::cli {
 namespace {
 
 constexpr int kTimeDecimals = 3;
 constexpr double kPercent = 100;
+constexpr double kLongestRoundTrip = 60 * 1000; // ms
+constexpr double kSlowestNetwork = 0.001;       // Mbit/s
+constexpr double kFastestNetwork = 100000;      // Mbit/s
 
 /// The project's cyclic values. Returns nothing after complaining when one is wrong or there are
 /// none.
 QVector<host::DataPoint> cyclicPoints(const CommandContext& context)
 {
-    QList<Label_Type_Info> symbols = host::symbolList(context.project);
-    context.driver.passVarName2(&symbols);
-    const host::DataPointFinder finder(context.project, context.runtimeSettings(), context.driver);
+    const host::DataPointFinder finder = finderFor(context);
     QVector<host::DataPoint> points;
     for (const project::CyclicLabel& label : context.project.cyclic) {
         QString error;
@@ -100,18 +104,16 @@ QString planJson(const char* kind, const host::ScanPlan& plan, const host::Netwo
     return line.text();
 }
 
-} // namespace
-
-int planScan(const CommandContext& context)
+int planScan(const PlanOptions& options, const CommandContext& context)
 {
     const QVector<host::DataPoint> points = cyclicPoints(context);
     if (points.isEmpty())
         return kExitUsage;
-    const host::NetworkModel network{context.options.roundTrip, context.options.bandwidth};
+    const host::NetworkModel network{options.roundTrip, options.bandwidth};
     host::ScanPlanner planner(context.driver, context.runtimeSettings(), points);
     const host::ScanPlan asItIs = planner.plan(context.project.settings.maxReadBytes);
     const host::ScanPlan best = bestPlan(network, asItIs, &planner);
-    if (context.options.json) {
+    if (options.json) {
         print(planJson("project", asItIs, network));
         print(planJson("best", best, network));
         return kExitDone;
@@ -124,6 +126,46 @@ int planScan(const CommandContext& context)
               .arg(network.bandwidth));
     printTable(asItIs, best, network);
     return kExitDone;
+}
+
+int plan(const PlanOptions& options)
+{
+    return inContext(options,
+                     [&](const CommandContext& context) { return planScan(options, context); });
+}
+
+} // namespace
+
+const Command kPlanCommand = {
+    "plan",
+    {"[PROJECT]", 0, 1, "at most one project file", options::kCompleteProject},
+    "show what one scan of the project's cyclic labels takes, and the setting that makes it "
+    "shortest",
+    {},
+    makeOptions<PlanOptions>,
+    execute<PlanOptions, plan>};
+
+options::Table PlanOptions::table()
+{
+    return options::Table{
+               {"--rtt DURATION", "round-trip time to the PLC and back (1ms)",
+                options::duration(&roundTrip, {options::kMillisecond, 0, kLongestRoundTrip}),
+                options::kCompleteNothing,
+                "Time of a round trip to the PLC and back, with the time that the PLC takes; 1ms "
+                "if not given."},
+               {"--mbit N", "speed of the network in Mbit/s (100)",
+                options::number(&bandwidth, kSlowestNetwork, kFastestNetwork),
+                options::kCompleteNothing, "Speed of the network in Mbit/s; 100 if not given."},
+           } +
+           CommandOptions::table();
+}
+
+/// The argument is another way to name the project.
+Expected<void> PlanOptions::check()
+{
+    if (!arguments.isEmpty())
+        projectFile = arguments.takeFirst();
+    return {};
 }
 
 } // namespace plc::cli

@@ -1,13 +1,21 @@
 #ifndef PLC_CLI_PLAN_COMMAND_H
 #define PLC_CLI_PLAN_COMMAND_H
 
-#include "cli/link_command.h"
+#include "cli/command.h"
 
 namespace plc::cli {
 
+struct PlanOptions : CommandOptions {
+    double roundTrip = 1;   ///< ms
+    double bandwidth = 100; ///< Mbit/s
+
+    options::Table table() override;
+    Expected<void> check() override;
+};
+
 /// `plc plan`: shows what a scan of the project's cyclic values takes, as it is and at its best.
-/// Needs no PLC. Returns the exit code.
-int planScan(const CommandContext& context);
+/// Needs no PLC.
+extern const Command kPlanCommand;
 
 } // namespace plc::cli
 

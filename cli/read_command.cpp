@@ -5,6 +5,33 @@
 #include "host/transfers/result_text.h"
 
 namespace plc::cli {
+namespace {
+
+int read(const ReadOptions& options)
+{
+    return inContext(options, [&](const CommandContext& context) {
+        return ReadCommand(options, context).execute();
+    });
+}
+
+} // namespace
+
+const Command kReadCommand = {"read",
+                              {"LABEL...", 1, kAnyNumber, "at least one label", kCompleteLabel},
+                              "read these labels once",
+                              {kLabelNote, kPatternNote, kDurationNote},
+                              makeOptions<ReadOptions>,
+                              execute<ReadOptions, read>};
+
+options::Table ReadOptions::table()
+{
+    return options::Table{labelFileOption(&labelFile), csvOption(&csv)} + LinkOptions::table();
+}
+
+Expected<void> ReadOptions::check()
+{
+    return csv && json ? csvAndJson() : LinkOptions::check();
+}
 
 bool ReadCommand::prepare()
 {
@@ -55,14 +82,14 @@ QStringList ReadCommand::csvFields(const Item& item)
 void ReadCommand::report()
 {
     bool allDone = true;
-    if (options().csv)
+    if (m_options.csv)
         printRow({QStringLiteral("label"), QStringLiteral("type"), QStringLiteral("value"),
                   QStringLiteral("unit"), QStringLiteral("outcome")});
     for (const Item& item : m_items) {
-        if (options().csv)
+        if (m_options.csv)
             printRow(csvFields(item));
         else
-            printRead(item.point, item.bytes, item.outcome, options().json);
+            printRead(item.point, item.bytes, item.outcome, m_options.json);
         allDone = allDone && item.outcome.isDone();
     }
     finish(allDone ? kExitDone : kExitRefused);

@@ -3,14 +3,29 @@
 
 #include <QtCore/QVector>
 
+#include "cli/command.h"
 #include "cli/link_command.h"
 
 namespace plc::cli {
 
+struct ReadOptions : LinkOptions {
+    QString labelFile; ///< CSV with further labels; empty: none.
+    bool csv = false;
+
+    options::Table table() override;
+    Expected<void> check() override;
+    QString fileOfArguments() const override { return labelFile; }
+};
+
+extern const Command kReadCommand;
+
 /// `plc read`: reads labels once, all together.
 class ReadCommand : public LinkCommand {
 public:
-    explicit ReadCommand(const CommandContext& context) : LinkCommand(context) {}
+    ReadCommand(const ReadOptions& options, const CommandContext& context)
+        : LinkCommand(options, context), m_options(options)
+    {
+    }
 
 private:
     struct Item {
@@ -27,6 +42,7 @@ private:
     void report();
     static QStringList csvFields(const Item& item);
 
+    const ReadOptions& m_options;
     QVector<Item> m_items;
     int m_open = 0; ///< Items that are not settled.
 };

@@ -1,25 +1,65 @@
 #include "cli/run_command.h"
 
 #include "cli/line_view.h"
+#include "cli/once_command.h"
 #include "cli/screen_view.h"
 #include "host/report/frame_text.h"
+#include "options/readers.h"
 #include "values/nearest_name.h"
 
 namespace plc::cli {
+namespace {
+
+const char kInputNote[] =
+    "While it runs, it takes these lines from its standard input:\n"
+    "  write LABEL=VALUE       write a value; its outcome is printed\n"
+    "  station N off|on        switch a station off or on\n"
+    "  quit                    end, when the writes before it have their outcomes\n"
+    "On a terminal it shows the values in place: arrows and PgUp/PgDn scroll, \":\"\n"
+    "begins one of the lines above, q ends. Otherwise it prints values that changed,\n"
+    "with their age, and all that happens to the link, line by line.";
+
+int run(const RunOptions& options)
+{
+    return inContext(options, [&](const CommandContext& context) {
+        return options.once ? OnceCommand(options, context).execute()
+                            : RunCommand(options, options.interval, context).execute();
+    });
+}
+
+} // namespace
+
+const Command kRunCommand = {
+    "run",
+    {"[LABEL...]", 0, kAnyNumber, "any number of labels", kCompleteLabel},
+    "read the project's cyclic labels, or these, again and again, and show them",
+    {kInputNote, kLabelNote, kPatternNote, kDurationNote},
+    makeOptions<RunOptions>,
+    execute<RunOptions, run>};
+
+options::Table RunOptions::table()
+{
+    return options::Table{
+               {"--once", "print each value once and end", options::flag(&once)},
+               intervalOption(&interval, "time between two screens (200ms) or two prints (1s)",
+                              "Time between two screens, 200ms if not given, or two prints, 1s if "
+                              "not given.")} +
+           CyclicOptions::table();
+}
 
 void RunCommand::begin()
 {
     startView();
     QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh,
                      [this] { m_view->refresh(runtime(), link().now()); });
-    m_refresh.start(options().interval > 0 ? options().interval : m_view->usualInterval());
+    m_refresh.start(m_interval > 0 ? m_interval : m_view->usualInterval());
     CyclicCommand::begin();
 }
 
 void RunCommand::startView()
 {
     const CarryOut carryOutLine = [this](const QString& line) { carryOut(line); };
-    if (!options().json && TerminalView::isPossible()) {
+    if (!m_options.json && TerminalView::isPossible()) {
         m_view = screenView(carryOutLine);
         return;
     }
@@ -44,7 +84,7 @@ std::unique_ptr<RunView> RunCommand::screenView(const CarryOut& carryOut)
 
 std::unique_ptr<RunView> RunCommand::lineView()
 {
-    return std::make_unique<LineView>(peer(), options().json, false);
+    return std::make_unique<LineView>(peer(), m_options.json, false);
 }
 
 void RunCommand::aboutToEnd()

@@ -6,17 +6,31 @@
 #include <functional>
 #include <memory>
 
+#include "cli/command.h"
 #include "cli/cyclic_command.h"
 #include "cli/line_input.h"
 #include "cli/run_view.h"
 
 namespace plc::cli {
 
+struct RunOptions : CyclicOptions {
+    int interval = 0; ///< ms; 0: as suits the kind of output.
+    bool once = false;
+
+    options::Table table() override;
+};
+
+extern const Command kRunCommand;
+
 /// `plc run`: keeps reading the cyclic values and shows them; writes and switches stations by
 /// commands while it runs.
 class RunCommand : public CyclicCommand {
 public:
-    explicit RunCommand(const CommandContext& context) : CyclicCommand(context) {}
+    /// `interval` as in RunOptions.
+    RunCommand(const CyclicOptions& options, int interval, const CommandContext& context)
+        : CyclicCommand(options, context), m_options(options), m_interval(interval)
+    {
+    }
 
 protected:
     using CarryOut = std::function<void(const QString&)>;
@@ -47,6 +61,8 @@ private:
     void write(const QString& assignment);
     void switchStation(const QString& station, const QString& state);
 
+    const CyclicOptions& m_options;
+    const int m_interval;
     std::unique_ptr<RunView> m_view;
     std::unique_ptr<LineInput> m_input;
     bool m_hasFailed = false; ///< A write that was asked for was not done.

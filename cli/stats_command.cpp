@@ -1,11 +1,30 @@
 #include "cli/stats_command.h"
 
 namespace plc::cli {
+namespace {
+
+int tellStatistics(const CyclicOptions& options)
+{
+    return inContext(options, [&](const CommandContext& context) {
+        return StatsCommand(options, context).execute();
+    });
+}
+
+} // namespace
+
+const Command kStatsCommand = {
+    "stats",
+    {"[LABEL...]", 0, kAnyNumber, "any number of labels", kCompleteLabel},
+    "read values as run does and tell how the link fares: requests, round trips, retries, "
+    "refusals, failures",
+    {kLabelNote, kPatternNote, kDurationNote},
+    makeOptions<CyclicOptions>,
+    execute<CyclicOptions, tellStatistics>};
 
 void StatsCommand::begin()
 {
     m_clock.start();
-    if (!options().json && StatsView::isPossible()) {
+    if (!m_options.json && StatsView::isPossible()) {
         m_view = std::make_unique<StatsView>(project().name, peer(),
                                              [this](const QString&) { interrupted(); });
         QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh, [this] { refresh(); });
@@ -19,7 +38,7 @@ void StatsCommand::ended()
     if (m_view) {
         refresh();
         m_view->end(runtime(), m_clock.elapsed());
-    } else if (options().json) {
+    } else if (m_options.json) {
         print(statsJson(report()));
     } else {
         print(QStringLiteral("%1 at %2").arg(project().name, peer()));

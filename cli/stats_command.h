@@ -6,15 +6,21 @@
 
 #include <memory>
 
+#include "cli/command.h"
 #include "cli/cyclic_command.h"
 #include "cli/stats_view.h"
 
 namespace plc::cli {
 
+extern const Command kStatsCommand;
+
 /// `plc stats`: keeps reading the cyclic values and tells how the link fares.
 class StatsCommand : public CyclicCommand {
 public:
-    explicit StatsCommand(const CommandContext& context) : CyclicCommand(context) {}
+    StatsCommand(const CyclicOptions& options, const CommandContext& context)
+        : CyclicCommand(options, context), m_options(options)
+    {
+    }
 
 private:
     void begin() override;
@@ -28,6 +34,7 @@ private:
     StatsReport report();
     void refresh();
 
+    const CyclicOptions& m_options;
     host::LinkStatistics m_statistics;
     QElapsedTimer m_clock;
     std::unique_ptr<StatsView> m_view; ///< Null where there is no terminal.

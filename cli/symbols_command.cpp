@@ -1,208 +1,127 @@
 #include "cli/symbols_command.h"
 
-#include "cli/value_lines.h"
+#include "cli/console.h"
+#include "cli/memory_check.h"
+#include "cli/point_text.h"
+#include "cli/symbol_tree_text.h"
+#include "options/readers.h"
+#include "project/label_pattern.h"
 #include "project/memory_layout.h"
-#include "project/symbol_tree.h"
+#include "project/symbol_walk.h"
+#include "values/csv.h"
 
 namespace plc::cli {
 namespace {
 
-constexpr int kMostOverlaps = 1000;
-
-bool isBitVariable(const project::Variable& variable)
-{
-    return variable.type != nullptr && values::isBit(*variable.type);
-}
-
-/// "6 × 104 bytes"; of bits their number.
+/// Bytes of all elements; nothing for a BIT, which has none of its own.
 QString sizeText(const project::Variable& variable)
 {
-    const qint64 count = project::elementCount(variable);
-    if (isBitVariable(variable))
-        return count == 1 ? QStringLiteral("1 bit") : QStringLiteral("%1 bits").arg(count);
-    const qint64 size = project::elementSize(variable);
-    const QString bytes =
-        size == 1 ? QStringLiteral("1 byte") : QStringLiteral("%1 bytes").arg(size);
-    return variable.dimensions.isEmpty() ? bytes : QStringLiteral("%1 × %2").arg(count).arg(bytes);
+    if (values::isBit(*variable.type))
+        return {};
+    return QString::number((project::elementCount(variable) - 1) *
+                               project::elementStride(variable) +
+                           project::elementSize(variable));
 }
 
-QString nodeText(const project::SymbolNode& node)
+QStringList csvFields(const project::SymbolEntry& entry, const host::DataPoint& point)
 {
-    if (node.variable == nullptr)
-        return node.name.isEmpty() ? QStringLiteral("(global variables)") : node.name;
-    const project::Variable& variable = *node.variable;
-    QString text =
-        QStringLiteral("%1: %2, %3, area %4 %5 %6")
-            .arg(node.name, project::typeName(variable), sizeText(variable))
-            .arg(node.area)
-            .arg(isBitVariable(variable) ? QStringLiteral("bit") : QStringLiteral("address"))
-            .arg(node.address);
-    if (!variable.unit.isEmpty())
-        text += QStringLiteral(", in ") + variable.unit;
-    if (variable.overlay)
-        text += QStringLiteral(", overlay");
-    return variable.description.isEmpty() ? text
-                                          : text + QStringLiteral(", ") + variable.description;
+    return {entry.pattern,
+            typeText(point),
+            QString::number(point.area),
+            QString::number(point.address),
+            sizeText(*entry.variable),
+            point.unit,
+            point.description};
 }
 
-QString nodeJson(const project::SymbolNode& node)
+int listSymbols(const SymbolsOptions& options, const CommandContext& context)
 {
-    JsonLine line;
-    line.add("level", qint64(node.level));
-    line.add("label", node.label);
-    if (node.variable == nullptr)
-        return line.text();
-    const project::Variable& variable = *node.variable;
-    line.add("type", project::typeName(variable));
-    line.add("elements", project::elementCount(variable));
-    if (!isBitVariable(variable))
-        line.add("size", project::elementSize(variable));
-    line.add("area", qint64(node.area));
-    line.add(isBitVariable(variable) ? "bit" : "address", node.address);
-    if (!variable.unit.isEmpty())
-        line.add("unit", variable.unit);
-    if (!variable.description.isEmpty())
-        line.add("description", variable.description);
-    if (variable.overlay)
-        line.addFlag("overlay", true);
-    return line.text();
-}
-
-/// Draws the branches before the nodes as they come.
-class TreePrinter {
-public:
-    void add(const project::SymbolNode& node)
-    {
-        // A scope stands at the root, and what it is made of one level below without an indent.
-        if (node.level == 1) {
-            m_indents = QStringList{QString()};
-            print(nodeText(node));
-            return;
+    const host::DataPointFinder points = finderFor(context);
+    const project::LabelPattern pattern(context.arguments.value(0),
+                                        project::LabelPattern::Place::Inside);
+    if (options.csv)
+        printRow({QStringLiteral("label"), QStringLiteral("type"), QStringLiteral("area"),
+                  QStringLiteral("address"), QStringLiteral("size"), QStringLiteral("unit"),
+                  QStringLiteral("description")});
+    for (const project::SymbolEntry& entry : project::symbolEntries(context.project)) {
+        if (!pattern.matches(entry.pattern))
+            continue;
+        QString error;
+        const std::optional<host::DataPoint> point = points.find(entry.firstLabel, &error);
+        if (!point) {
+            complain(error);
+            return kExitUsage;
         }
-        m_indents = m_indents.mid(0, node.level - 1);
-        print(m_indents.last() + (node.isLast ? QStringLiteral("└─ ") : QStringLiteral("├─ ")) +
-              nodeText(node));
-        m_indents.append(m_indents.last() +
-                         (node.isLast ? QStringLiteral("   ") : QStringLiteral("│  ")));
+        if (options.csv)
+            printRow(csvFields(entry, *point));
+        else
+            printPoint(entry.pattern, *point, options.json);
     }
-
-private:
-    QStringList m_indents; ///< Before the nodes of level 2, 3 and so on.
-};
-
-/// All variables of a project, with their labels.
-struct PlacedVariables {
-    QVector<project::Variable> variables;
-    QStringList labels;
-};
-
-PlacedVariables variablesOf(const project::Project& project)
-{
-    PlacedVariables all;
-    for (const project::ScopeDefinition& scope : project.scopes) {
-        for (const project::Variable& variable : scope.variables) {
-            all.variables.append(variable);
-            all.labels.append(scope.name + QLatin1Char('.') + variable.name);
-        }
-    }
-    return all;
+    return kExitDone;
 }
 
-QString overlapText(const PlacedVariables& all, const project::SharedMemory& shared, bool isWanted)
+int showSymbols(const SymbolsOptions& options)
 {
-    return QStringLiteral("area %1: %2 and %3 share byte %4%5")
-        .arg(all.variables[shared.first].area)
-        .arg(all.labels[shared.first], all.labels[shared.second])
-        .arg(shared.byte)
-        .arg(isWanted ? QStringLiteral(", as an overlay") : QString());
-}
-
-QString overlapJson(const PlacedVariables& all, const project::SharedMemory& shared, bool isWanted)
-{
-    JsonLine line;
-    line.add("found", QStringLiteral("overlap"));
-    line.add("area", qint64(all.variables[shared.first].area));
-    line.add("byte", shared.byte);
-    line.add("first", all.labels[shared.first]);
-    line.add("second", all.labels[shared.second]);
-    line.addFlag("overlay", isWanted);
-    return line.text();
-}
-
-QString gapText(const project::MemoryGap& gap)
-{
-    return QStringLiteral("area %1: %2 free from %3 to %4")
-        .arg(gap.area)
-        .arg(gap.end - gap.first == 1 ? QStringLiteral("1 byte")
-                                      : QStringLiteral("%1 bytes").arg(gap.end - gap.first))
-        .arg(gap.first)
-        .arg(gap.end - 1);
-}
-
-QString gapJson(const project::MemoryGap& gap)
-{
-    JsonLine line;
-    line.add("found", QStringLiteral("gap"));
-    line.add("area", qint64(gap.area));
-    line.add("first", gap.first);
-    line.add("bytes", gap.end - gap.first);
-    return line.text();
-}
-
-/// Returns how many overlaps nobody wants.
-int printOverlaps(const PlacedVariables& all, bool json)
-{
-    const QVector<project::SharedMemory> overlaps =
-        project::allSharedMemory(all.variables, kMostOverlaps);
-    int unwanted = 0;
-    for (const project::SharedMemory& shared : overlaps) {
-        const bool isWanted =
-            all.variables[shared.first].overlay || all.variables[shared.second].overlay;
-        print(json ? overlapJson(all, shared, isWanted) : overlapText(all, shared, isWanted));
-        unwanted += isWanted ? 0 : 1;
-    }
-    if (int(overlaps.size()) == kMostOverlaps)
-        complain(QStringLiteral("there may be more than these %1 overlaps").arg(kMostOverlaps));
-    return unwanted;
+    if (options.memoryCheck)
+        return checkMemory(options.projectFile, options.gap.value_or(1), options.json);
+    return inContext(options, [&](const CommandContext& context) {
+        if (!options.tree)
+            return listSymbols(options, context);
+        printTree(context.project, context.arguments.value(0), options.depth.value_or(0),
+                  options.json);
+        return int(kExitDone);
+    });
 }
 
 } // namespace
 
-int showTree(const CommandContext& context)
+const Command kSymbolsCommand = {
+    "symbols",
+    {"[PATTERN]", 0, 1, "at most one pattern", kCompleteLabel},
+    "list the project's variables; PATTERN, which may have * and ?, is found anywhere in their "
+    "labels",
+    {},
+    makeOptions<SymbolsOptions>,
+    execute<SymbolsOptions, showSymbols>};
+
+options::Table SymbolsOptions::table()
 {
-    const Options& options = context.options;
-    TreePrinter printer;
-    project::walkSymbolTree(context.project, options.arguments.value(0), options.symbols.depth,
-                            [&](const project::SymbolNode& node) {
-                                if (options.json)
-                                    print(nodeJson(node));
-                                else
-                                    printer.add(node);
-                            });
-    return kExitDone;
+    using namespace options;
+    constexpr int kHighestNumber = std::numeric_limits<int>::max();
+    return Table{
+               csvOption(&csv),
+               {"--tree", "show scopes, structures and members as a tree", flag(&tree),
+                kCompleteNothing,
+                "Show scopes, structures and members as a tree, with sizes and addresses."},
+               {"--depth N", "levels of the tree: 1 scopes, 2 variables, 3 members, and so on",
+                integer(&depth, 1, kHighestNumber), kCompleteNothing,
+                "Levels of the tree: 1 shows scopes, 2 variables, 3 members, and so on."},
+               {"--check", "list variables that share memory, and gaps between variables",
+                flag(&memoryCheck), kCompleteNothing,
+                "List variables that share memory, and gaps between variables. The exit status is "
+                "1 if two share memory and neither is marked as an overlay."},
+               {"--gap BYTES", "list gaps of at least so many bytes (1)",
+                integer(&gap, 1, kHighestNumber), kCompleteNothing,
+                "List gaps of at least so many bytes; 1 if not given."},
+           } +
+           CommandOptions::table();
 }
 
-int checkMemory(const Options& options)
+Expected<void> SymbolsOptions::check()
 {
-    QString error;
-    const std::optional<project::Project> project =
-        project::loadProject(options.projectFile, &error, project::SharedMemoryRule::Allowed);
-    if (!project) {
-        complain(error);
-        return kExitUsage;
-    }
-    const PlacedVariables all = variablesOf(*project);
-    const int unwanted = printOverlaps(all, options.json);
-    for (const project::MemoryGap& gap :
-         project::memoryGaps(all.variables, project->areas, options.symbols.gap))
-        print(options.json ? gapJson(gap) : gapText(gap));
-    if (unwanted == 0)
-        return kExitDone;
-    complain(QStringLiteral("variables share memory at %1; move one of each two, or mark the one "
-                            "that lies there on purpose with \"overlay\": true")
-                 .arg(unwanted == 1 ? QStringLiteral("1 place")
-                                    : QStringLiteral("%1 places").arg(unwanted)));
-    return kExitRefused;
+    if (depth && !tree)
+        return Error{QStringLiteral("--depth goes with --tree")};
+    if (gap && !memoryCheck)
+        return Error{QStringLiteral("--gap goes with --check")};
+    if (tree && memoryCheck)
+        return Error{QStringLiteral("--tree and --check are two different lists; give one")};
+    if (csv && (tree || memoryCheck))
+        return Error{QStringLiteral("--csv is for the plain list; leave out --tree, --check")};
+    if (memoryCheck && !arguments.isEmpty())
+        return Error{QStringLiteral("--check takes all of the project; leave out the pattern")};
+    if (csv && json)
+        return csvAndJson();
+    return {};
 }
 
 } // namespace plc::cli

@@ -1,18 +1,26 @@
 #ifndef PLC_CLI_SYMBOLS_COMMAND_H
 #define PLC_CLI_SYMBOLS_COMMAND_H
 
-#include "cli/link_command.h"
+#include <optional>
+
+#include "cli/command.h"
 
 namespace plc::cli {
 
-// What `plc symbols` shows besides the plain list. Both return the exit code.
+struct SymbolsOptions : CommandOptions {
+    bool csv = false;
+    bool tree = false;
+    std::optional<int> depth; ///< Levels of the tree; not given: all.
+    bool memoryCheck = false;
+    std::optional<int> gap; ///< Bytes of the smallest gap that is listed; not given: 1.
 
-/// `plc symbols --tree`: scopes, structures and members.
-int showTree(const CommandContext& context);
+    options::Table table() override;
+    Expected<void> check() override;
+};
 
-/// `plc symbols --check`: variables that share memory, and gaps. Reads the project itself, also one
-/// whose variables share memory without being marked as overlays.
-int checkMemory(const Options& options);
+/// `plc symbols`: lists the variables of the project, or shows them as a tree, or checks which of
+/// them share memory. Needs no PLC.
+extern const Command kSymbolsCommand;
 
 } // namespace plc::cli
 

@@ -5,6 +5,24 @@
 #include "host/transfers/result_text.h"
 
 namespace plc::cli {
+namespace {
+
+int write(const LinkOptions& options)
+{
+    return inContext(options, [&](const CommandContext& context) {
+        return WriteCommand(options, context).execute();
+    });
+}
+
+} // namespace
+
+const Command kWriteCommand = {
+    "write",
+    {"LABEL=VALUE...", 1, kAnyNumber, "at least one LABEL=VALUE", kCompleteLabel},
+    "write these values and report what the PLC said to each",
+    {kLabelNote, kValueNote, kDurationNote},
+    makeOptions<LinkOptions>,
+    execute<LinkOptions, write>};
 
 bool WriteCommand::prepare()
 {
@@ -13,7 +31,7 @@ bool WriteCommand::prepare()
         return false;
     }
     QVector<Assignment> assignments;
-    for (const QString& text : options().arguments) {
+    for (const QString& text : arguments()) {
         QString error;
         const std::optional<Assignment> assignment =
             parseAssignment(runtime().points(), text, &error);
@@ -47,7 +65,7 @@ void WriteCommand::linkChanged(host::LinkState state, const QString& reason, int
 
 void WriteCommand::settled(const Assignment& assignment, const host::TransferOutcome& outcome)
 {
-    if (options().json) {
+    if (m_options.json) {
         JsonLine line;
         addWrite(assignment, outcome, &line);
         printOutcome(line.text());

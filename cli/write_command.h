@@ -4,14 +4,20 @@
 #include <QtCore/QVector>
 
 #include "cli/assignment.h"
+#include "cli/command.h"
 #include "cli/link_command.h"
 
 namespace plc::cli {
 
+extern const Command kWriteCommand;
+
 /// `plc write`: writes values and reports what the PLC said to each of them.
 class WriteCommand : public LinkCommand {
 public:
-    explicit WriteCommand(const CommandContext& context) : LinkCommand(context) {}
+    WriteCommand(const LinkOptions& options, const CommandContext& context)
+        : LinkCommand(options, context), m_options(options)
+    {
+    }
 
 private:
     bool prepare() override;
@@ -19,6 +25,7 @@ private:
     void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
     void settled(const Assignment& assignment, const host::TransferOutcome& outcome);
 
+    const LinkOptions& m_options;
     int m_open = 0; ///< Writes that are not settled.
     bool m_allDone = true;
 };

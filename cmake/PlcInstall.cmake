@@ -64,8 +64,9 @@ if(PLC_BUILD_TOOLS)
   foreach(tool plc plc-simulator)
     if(TARGET ${tool})
       install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-      install(FILES docs/man/${tool}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
-      install(FILES tools/completion/${tool}
+      install(FILES ${PROJECT_BINARY_DIR}/docs/man/${tool}.1
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+      install(FILES ${PROJECT_BINARY_DIR}/tools/completion/${tool}
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
     endif()
   endforeach()

@@ -1,4 +1,3 @@
-#include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QSocketNotifier>
@@ -165,20 +164,24 @@ int serve(const project::Project& project, const Options& options, QCoreApplicat
 
 int run(QCoreApplication* application)
 {
-    QString error;
-    const std::optional<Options> options = readOptions(application->arguments(), &error);
+    const Expected<Options> options = readOptions(application->arguments());
     if (!options) {
-        complain(error);
+        complain(options.error().text);
         return kExitWrongUse;
     }
     if (!options->information.isEmpty()) {
         print(options->information);
         return kExitDone;
     }
+    QString error;
     const std::optional<project::Project> project =
         project::loadProject(options->projectFile, &error);
-    if (!project || !checkSize(*project, &error)) {
+    if (!project) {
         complain(error);
+        return kExitWrongUse;
+    }
+    if (const Expected<void> isSmall = checkSize(*project); !isSmall) {
+        complain(isSmall.error().text);
         return kExitWrongUse;
     }
     return serve(*project, *options, application);

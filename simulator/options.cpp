@@ -1,8 +1,10 @@
 #include "simulator/options.h"
 
-#include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 
+#include "options/command_line.h"
+#include "options/help_text.h"
+#include "options/readers.h"
 #include "simulator/signals.h"
 #include "values/nearest_name.h"
 
@@ -12,172 +14,166 @@ namespace {
 constexpr qint64 kMostMemory = qint64(256) * 1024 * 1024;
 constexpr int kLongestDelay = 24 * 60 * 60 * 1000; // ms
 constexpr int kHighestNumber = 1000000000;
+constexpr int kHighestPort = 65535;
+constexpr qint64 kHighestSeed = 0xffffffff;
 constexpr int kMostClients = 1000;
 
-QCommandLineOption option(const char* name, const char* description, const char* value = nullptr)
+const char kUsage[] =
+    "usage: plc-simulator [OPTION...] PROJECT\n"
+    "\n"
+    "Simulates the PLC of a project file: serves logins, reads and writes over TCP and\n"
+    "lets the values with a signal live. Reads commands from the standard input; \"help\"\n"
+    "lists them.\n"
+    "\n"
+    "Options:\n";
+
+options::Reader address(QHostAddress* target)
 {
-    return QCommandLineOption(QString::fromLatin1(name), QString::fromLatin1(description),
-                              value == nullptr ? QString() : QString::fromLatin1(value));
+    return [target](const options::Given& given) -> Expected<void> {
+        if (target->setAddress(given.text()))
+            return {};
+        return Error{QStringLiteral("--%1: %2 is not an IP address")
+                         .arg(given.name, values::quoted(given.text()))};
+    };
 }
 
-void addOptions(QCommandLineParser* parser)
+/// The number of a reply, and the milliseconds that it is late.
+options::Reader lateReply(ReplyFaults* faults)
 {
-    parser->setApplicationDescription(
-        QStringLiteral("Simulates the PLC of a project file: serves logins, reads and writes over "
-                       "TCP and lets the values with a signal live. Reads commands from the "
-                       "standard input; \"help\" lists them."));
-    parser->addPositionalArgument(QStringLiteral("PROJECT"), QStringLiteral("The project file."));
-    parser->addOptions({
-        option("listen", "Address to listen on, 127.0.0.1 if not given.", "address"),
-        option("port", "Port to listen on, the project's if not given; 0 picks a free one.",
-               "port"),
-        option("quiet", "Print nothing but the address."),
-        option("verbose", "Print every frame."),
-        option("seed", "Seed of the random walks, 1 if not given.", "number"),
-        option("max-clients", "Clients at the same time, 256 if not given.", "count"),
-        option("reply-delay", "Delay every reply.", "ms"),
-        option("fragment", "Send replies in pieces of so many bytes.", "bytes"),
-        option("join", "Send the replies to requests that arrive together in one piece."),
-        option("drop-replies", "Lose the first replies to reads and writes.", "count"),
-        option("late-reply", "Delay the Nth reply to a read or write.", "N:ms"),
-        option("half-reply", "Send half of the Nth such reply and nothing more.", "N"),
-        option("duplicate-reply", "Send the Nth such reply twice in one piece.", "N"),
-        option("refuse-login", "Refuse every login."),
-        option("fail-writes", "Refuse every write."),
-    });
-    parser->addHelpOption();
-    parser->addVersionOption();
-}
-
-/// Reads option values; keeps the first thing that is wrong.
-class OptionValues {
-public:
-    OptionValues(const QCommandLineParser& parser, QString* error)
-        : m_parser(parser), m_error(error)
-    {
-    }
-
-    bool has(const char* name) const { return m_parser.isSet(QLatin1String(name)); }
-    QString text(const char* name) const { return m_parser.value(QLatin1String(name)); }
-
-    qint64 number(const char* name, qint64 minimum, qint64 maximum, qint64 otherwise)
-    {
-        return has(name) ? number(name, text(name), minimum, maximum) : otherwise;
-    }
-
-    qint64 number(const char* name, const QString& digits, qint64 minimum, qint64 maximum)
-    {
-        bool converted = false;
-        const qint64 value = digits.toLongLong(&converted);
-        if (converted && value >= minimum && value <= maximum)
-            return value;
-        fail(QStringLiteral("--%1: %2 is not a whole number from %3 to %4")
-                 .arg(QLatin1String(name), values::quoted(digits))
-                 .arg(minimum)
-                 .arg(maximum));
-        return minimum;
-    }
-
-    void fail(const QString& text)
-    {
-        if (m_error->isEmpty())
-            *m_error = text;
-    }
-
-private:
-    const QCommandLineParser& m_parser;
-    QString* m_error;
-};
-
-void readFaults(OptionValues* values, ReplyFaults* faults)
-{
-    faults->setDelay(int(values->number("reply-delay", 0, kLongestDelay, 0)));
-    faults->dropNext(int(values->number("drop-replies", 0, kHighestNumber, 0)));
-    if (values->has("late-reply")) {
-        const QStringList parts = values->text("late-reply").split(QLatin1Char(':'));
+    return [faults](const options::Given& given) -> Expected<void> {
+        const QStringList parts = given.text().split(QLatin1Char(':'));
         if (parts.size() != 2)
-            values->fail(QStringLiteral("--late-reply: expected N:MS, as in 3:1500"));
-        const qint64 reply = values->number("late-reply", parts.value(0), 1, kHighestNumber);
-        const qint64 delay = values->number("late-reply", parts.value(1), 0, kLongestDelay);
-        faults->delayReply(int(reply), int(delay));
-    }
-    if (values->has("half-reply"))
-        faults->halveReply(int(values->number("half-reply", 1, kHighestNumber, 1)));
-    if (values->has("duplicate-reply"))
-        faults->duplicateReply(int(values->number("duplicate-reply", 1, kHighestNumber, 1)));
+            return Error{QStringLiteral("--%1: expected N:MS, as in 3:1500").arg(given.name)};
+        const Expected<qint64> reply =
+            options::parseInteger(given.name, parts.first(), 1, kHighestNumber);
+        if (!reply)
+            return reply.error();
+        const Expected<qint64> delay =
+            options::parseInteger(given.name, parts.last(), 0, kLongestDelay);
+        if (!delay)
+            return delay.error();
+        faults->delayReply(int(*reply), int(*delay));
+        return {};
+    };
 }
 
-void readListening(OptionValues* values, Options* options)
+/// Plans a fault of the given number.
+options::Reader fault(ReplyFaults* faults, void (ReplyFaults::*plan)(int), int lowest, int highest)
 {
-    if (values->has("listen") && !options->address.setAddress(values->text("listen")))
-        values->fail(QStringLiteral("--listen: %1 is not an IP address")
-                         .arg(values::quoted(values->text("listen"))));
-    if (values->has("port"))
-        options->port = quint16(values->number("port", 0, 65535, 0));
-    options->mostClients = int(values->number("max-clients", 1, kMostClients, 256));
+    return [=](const options::Given& given) -> Expected<void> {
+        const Expected<qint64> number =
+            options::parseInteger(given.name, given.text(), lowest, highest);
+        if (!number)
+            return number.error();
+        (faults->*plan)(int(*number));
+        return {};
+    };
 }
 
-void readBehaviour(OptionValues* values, Options* options)
+QString versionText()
 {
-    if (values->has("quiet"))
-        options->verbosity = Verbosity::Quiet;
-    else if (values->has("verbose"))
-        options->verbosity = Verbosity::Verbose;
-    options->seed = quint32(values->number("seed", 0, 0xffffffff, 1));
-    options->fragment = int(values->number("fragment", 0, kHighestNumber, 0));
-    options->join = values->has("join");
-    options->refuseLogin = values->has("refuse-login");
-    options->failWrites = values->has("fail-writes");
+    return QStringLiteral("plc-simulator ") + QCoreApplication::applicationVersion();
 }
 
 } // namespace
 
-std::optional<Options> readOptions(const QStringList& arguments, QString* error)
+options::Table Options::behaviourTable()
 {
-    error->clear();
-    QCommandLineParser parser;
-    addOptions(&parser);
-    if (!parser.parse(arguments)) {
-        *error = parser.errorText() + QStringLiteral(" --help lists the options.");
-        return {};
-    }
-    Options options;
-    if (parser.isSet(QStringLiteral("help"))) {
-        options.information = parser.helpText().trimmed();
-        return options;
-    }
-    if (parser.isSet(QStringLiteral("version"))) {
-        options.information =
-            QStringLiteral("plc-simulator ") + QCoreApplication::applicationVersion();
-        return options;
-    }
-    OptionValues values(parser, error);
-    if (parser.positionalArguments().size() != 1)
-        values.fail(QStringLiteral("expected one project file; --help tells more"));
-    options.projectFile = parser.positionalArguments().value(0);
-    readListening(&values, &options);
-    readBehaviour(&values, &options);
-    readFaults(&values, &options.faults);
-    return error->isEmpty() ? std::optional<Options>(options) : std::nullopt;
+    using namespace options;
+    return Table{
+               {"--listen ADDRESS", "IP address to listen on (127.0.0.1)",
+                simulator::address(&address), kCompleteNothing,
+                "IP address to listen on; 127.0.0.1 if not given."},
+               {"--port N", "port to listen on, the project's if not given; 0 picks a free one",
+                integer(&port, 0, kHighestPort), kCompleteNothing,
+                "Port to listen on; the project's if not given. 0 picks a free one."},
+               {"--quiet", "print nothing but the address", flag(&m_isQuiet)},
+               {"--verbose", "print every frame with its meaning", flag(&m_isVerbose)},
+               {"--seed N", "seed of the random walks (1)", integer(&seed, 0, kHighestSeed),
+                kCompleteNothing, "Seed of the random walks; 1 if not given."},
+               {"--max-clients N", "turn further clients away (256)",
+                integer(&mostClients, 1, kMostClients), kCompleteNothing,
+                "Turn further clients away; 256 if not given."},
+           } +
+           informationOptions(&m_wantsHelp, &m_wantsVersion);
 }
 
-bool checkSize(const project::Project& project, QString* error)
+options::Table Options::faultTable()
+{
+    using namespace options;
+    return {
+        {"--reply-delay MS", "delay every reply",
+         fault(&faults, &ReplyFaults::setDelay, 0, kLongestDelay), kCompleteNothing,
+         "Delay every reply, those to the login too."},
+        {"--fragment N", "send replies in pieces of N bytes", integer(&fragment, 0, kHighestNumber),
+         kCompleteNothing, "Send replies in pieces of `N` bytes, 1 ms apart."},
+        {"--join", "send the replies to requests that arrive together in one piece", flag(&join)},
+        {"--drop-replies N", "lose the first N replies",
+         fault(&faults, &ReplyFaults::dropNext, 0, kHighestNumber), kCompleteNothing,
+         "Lose the first `N` replies; the requests are carried out."},
+        {"--late-reply N:MS", "delay the reply of this number", lateReply(&faults),
+         kCompleteNothing, "Delay reply number `N`."},
+        {"--half-reply N", "send half of the reply of this number, and nothing more",
+         fault(&faults, &ReplyFaults::halveReply, 1, kHighestNumber), kCompleteNothing,
+         "Send half of reply number `N`, and nothing more on its connection."},
+        {"--duplicate-reply N", "send the reply of this number twice in one piece",
+         fault(&faults, &ReplyFaults::duplicateReply, 1, kHighestNumber), kCompleteNothing,
+         "Send reply number `N` twice in one piece."},
+        {"--refuse-login", "refuse every login", flag(&refuseLogin), kCompleteNothing,
+         "Answer logins with a status error."},
+        {"--fail-writes", "refuse every write", flag(&failWrites), kCompleteNothing,
+         "Answer writes with a status error."},
+    };
+}
+
+options::Table Options::table()
+{
+    return behaviourTable() + faultTable();
+}
+
+Expected<Options> readOptions(const QStringList& arguments)
+{
+    Options options;
+    const options::Table table = options.table();
+    const Expected<options::CommandLine> line = options::CommandLine::parse(arguments, table);
+    if (!line)
+        return line.error();
+    if (line->has(QStringLiteral("help"))) {
+        options.information = (QString::fromLatin1(kUsage) + options::helpText(table)).trimmed();
+        return options;
+    }
+    if (line->has(QStringLiteral("version"))) {
+        options.information = versionText();
+        return options;
+    }
+    if (line->arguments().size() != 1)
+        return Error{QStringLiteral("expected one project file; --help tells more")};
+    options.projectFile = line->arguments().first();
+    if (const Expected<void> isGood = line->read(table); !isGood)
+        return isGood.error();
+    if (options.m_isQuiet)
+        options.verbosity = Verbosity::Quiet;
+    else if (options.m_isVerbose)
+        options.verbosity = Verbosity::Verbose;
+    return options;
+}
+
+Expected<void> checkSize(const project::Project& project)
 {
     qint64 memory = 0;
     for (const project::MemoryArea& area : project.areas)
         memory += area.size;
     if (memory > kMostMemory) {
-        *error =
+        return Error{
             QStringLiteral("the areas of the project have %1 bytes; at most %2 can be simulated")
                 .arg(memory)
-                .arg(kMostMemory);
-    } else if (countSignalValues(project) > kMostSignalValues) {
-        *error = QStringLiteral("more than %1 values of the project have a signal")
-                     .arg(kMostSignalValues);
-    } else {
-        return true;
+                .arg(kMostMemory)};
     }
-    return false;
+    if (countSignalValues(project) > kMostSignalValues) {
+        return Error{QStringLiteral("more than %1 values of the project have a signal")
+                         .arg(kMostSignalValues)};
+    }
+    return {};
 }
 
 } // namespace plc::simulator

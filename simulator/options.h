@@ -7,6 +7,7 @@
 
 #include <optional>
 
+#include "options/option.h"
 #include "project/project.h"
 #include "simulator/reply_faults.h"
 
@@ -14,7 +15,7 @@ namespace plc::simulator {
 
 enum class Verbosity { Quiet, Normal, Verbose };
 
-/// The command line of the simulator.
+/// What the command line of the simulator may have.
 struct Options {
     QString projectFile;
     QHostAddress address = QHostAddress(QHostAddress::LocalHost);
@@ -29,14 +30,27 @@ struct Options {
     ReplyFaults faults;
     /// Help or version text: to be printed, and nothing else done.
     QString information;
+
+    /// Each option; the readers write into this object.
+    options::Table table();
+    /// Those that let it misbehave, and all others.
+    options::Table faultTable();
+    options::Table behaviourTable();
+
+private:
+    bool m_isQuiet = false;
+    bool m_isVerbose = false;
+    bool m_wantsHelp = false;
+    bool m_wantsVersion = false;
+
+    friend Expected<Options> readOptions(const QStringList& arguments);
 };
 
-/// Reads the command line, whose first element is the program. Returns nothing and sets `error` if
-/// it is wrong.
-std::optional<Options> readOptions(const QStringList& arguments, QString* error);
+/// Reads the command line, whose first element is the program.
+Expected<Options> readOptions(const QStringList& arguments);
 
-/// Whether the project is small enough to be simulated; sets `error` if not.
-bool checkSize(const project::Project& project, QString* error);
+/// Whether the project is small enough to be simulated.
+Expected<void> checkSize(const project::Project& project);
 
 } // namespace plc::simulator
 

@@ -21,12 +21,10 @@ protected:
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(text);
         file.close();
-        QStringList labels{QStringLiteral("first")};
-        QString error;
-        if (appendLabels(path, testProject(), &labels, &error)) {
-            EXPECT_EQ("first", labels.takeFirst());
-            return labels;
-        }
+        const Expected<QStringList> labels = readLabels(path, testProject());
+        if (labels)
+            return *labels;
+        const QString error = labels.error().text;
         EXPECT_TRUE(error.startsWith(path + QStringLiteral(": "))) << error.toStdString();
         return {error.mid(path.size() + 2)};
     }
@@ -88,13 +86,12 @@ TEST_F(LabelFile, WithoutLabelsIsRefused)
 {
     EXPECT_EQ(labelsOf("label\n").first(),
               "has no labels; expected one a line, in the first column");
-    QStringList labels;
-    QString error;
-    EXPECT_FALSE(
-        appendLabels(folder.filePath(QStringLiteral("none.csv")), testProject(), &labels, &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("cannot be read"))) << error.toStdString();
-    EXPECT_FALSE(appendLabels(folder.path(), testProject(), &labels, &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("it is a folder"))) << error.toStdString();
+    const auto errorOf = [](const QString& path) {
+        return readLabels(path, testProject()).error().text.toStdString();
+    };
+    EXPECT_THAT(errorOf(folder.filePath(QStringLiteral("none.csv"))),
+                ::testing::HasSubstr("cannot be read"));
+    EXPECT_THAT(errorOf(folder.path()), ::testing::HasSubstr("it is a folder"));
 }
 
 } // namespace

@@ -1,36 +1,23 @@
-#include "cli/options.h"
-
+#include "cli/log_command.h"
+#include "tests/cli/parsing.h"
 #include "tests/support/qt_printers.h"
 
 namespace plc::cli {
 namespace test {
 namespace {
 
-class LogOptionsTest : public ::testing::Test {
+class LogOptionsTest : public Parsing {
 protected:
     LogOptionsTest() { qputenv("PLC_PROJECT", "a.json"); }
 
-    std::optional<Options> parse(std::initializer_list<const char*> arguments)
+    static LogOptions log(const QStringList& arguments)
     {
-        QStringList list{QStringLiteral("plc"), QStringLiteral("log")};
-        for (const char* argument : arguments)
-            list.append(QString::fromUtf8(argument));
-        error.clear();
-        return readOptions(list, &error);
+        return optionsOf<LogOptions>(QStringList{QStringLiteral("log")} + arguments);
     }
-    LogOptions log(std::initializer_list<const char*> arguments)
+    static QString complaint(const QStringList& arguments)
     {
-        const std::optional<Options> options = parse(arguments);
-        EXPECT_TRUE(options) << error.toStdString();
-        return options ? options->log : LogOptions();
+        return Parsing::complaint(QStringList{QStringLiteral("log")} + arguments);
     }
-    QString complaint(std::initializer_list<const char*> arguments)
-    {
-        EXPECT_FALSE(parse(arguments));
-        return error;
-    }
-
-    QString error;
 };
 
 TEST_F(LogOptionsTest, LogsChangesToOneFileUnlessToldOtherwise)
@@ -41,7 +28,7 @@ TEST_F(LogOptionsTest, LogsChangesToOneFileUnlessToldOtherwise)
     EXPECT_EQ(options.rotateSize, 0);
     EXPECT_EQ(options.rotateEvery, 0);
     EXPECT_EQ(options.keep, 0);
-    EXPECT_EQ(parse({"-o", "a.csv", "A.x"})->arguments, QStringList{"A.x"});
+    EXPECT_EQ(log({"-o", "a.csv", "A.x"}).arguments, QStringList{"A.x"});
 }
 
 TEST_F(LogOptionsTest, TheNameDecidesOnTheKindOfFile)

@@ -1,43 +1,32 @@
-#include "cli/options.h"
-
+#include "cli/commands.h"
+#include "cli/import_command.h"
+#include "cli/plan_command.h"
+#include "cli/read_command.h"
+#include "cli/run_command.h"
+#include "cli/symbols_command.h"
+#include "cli/watch_command.h"
+#include "tests/cli/parsing.h"
 #include "tests/support/qt_printers.h"
 
 namespace plc::cli {
 namespace test {
 namespace {
 
-class OptionsTest : public ::testing::Test {
+class OptionsTest : public Parsing {
 protected:
     OptionsTest() { qunsetenv("PLC_PROJECT"); }
-
-    std::optional<Options> parse(std::initializer_list<const char*> arguments)
-    {
-        QStringList list{QStringLiteral("plc")};
-        for (const char* argument : arguments)
-            list.append(QString::fromUtf8(argument));
-        error.clear();
-        return readOptions(list, &error);
-    }
-    QString complaint(std::initializer_list<const char*> arguments)
-    {
-        EXPECT_FALSE(parse(arguments));
-        return error;
-    }
-
-    QString error;
 };
 
 TEST_F(OptionsTest, CommandAndItsArgumentsStandAnywhereAmongTheOptions)
 {
-    const std::optional<Options> options =
-        parse({"--json", "read", "-p", "a.json", "A.x", "--port", "99", "A.y"});
-    ASSERT_TRUE(options) << error.toStdString();
-    EXPECT_EQ(options->command, Command::Read);
-    EXPECT_EQ(options->arguments, (QStringList{"A.x", "A.y"}));
-    EXPECT_EQ(options->projectFile, "a.json");
-    EXPECT_EQ(options->port, 99);
-    EXPECT_TRUE(options->json);
-    EXPECT_FALSE(options->trace);
+    const QStringList line{"--json", "read", "-p", "a.json", "A.x", "--port", "99", "A.y"};
+    EXPECT_EQ(parse(line)->command, &kReadCommand);
+    const auto options = optionsOf<ReadOptions>(line);
+    EXPECT_EQ(options.arguments, (QStringList{"A.x", "A.y"}));
+    EXPECT_EQ(options.projectFile, "a.json");
+    EXPECT_EQ(options.port, 99);
+    EXPECT_TRUE(options.json);
+    EXPECT_FALSE(options.trace);
 }
 
 TEST_F(OptionsTest, UnknownOptionIsNamedAndSentToTheHelp)
@@ -49,24 +38,23 @@ TEST_F(OptionsTest, ProjectComesFromTheEnvironmentUnlessItIsGiven)
 {
     EXPECT_EQ(complaint({"run"}), "no project file; give it with --project or in PLC_PROJECT");
     qputenv("PLC_PROJECT", "/etc/plant.json");
-    EXPECT_EQ(parse({"run"})->projectFile, "/etc/plant.json");
-    EXPECT_EQ(parse({"run", "--project", "b.json"})->projectFile, "b.json");
+    EXPECT_EQ(optionsOf<RunOptions>({"run"}).projectFile, "/etc/plant.json");
+    EXPECT_EQ(optionsOf<RunOptions>({"run", "--project", "b.json"}).projectFile, "b.json");
 }
 
 TEST_F(OptionsTest, RunHasItsOwnOptions)
 {
-    const std::optional<Options> options = parse(
+    const auto options = optionsOf<RunOptions>(
         {"run", "-p", "a", "--for", "2.5", "--cycle", "0", "--interval", "50", "--station-off", "3",
          "--station-off", "4", "--address", "plc.local", "--timeout", "250", "--trace"});
-    ASSERT_TRUE(options) << error.toStdString();
-    EXPECT_EQ(options->duration, 2500);
-    EXPECT_EQ(options->cycleTime, 0);
-    EXPECT_EQ(options->interval, 50);
-    EXPECT_EQ(options->stationsOff, (QVector<int>{3, 4}));
-    EXPECT_EQ(options->address, "plc.local");
-    EXPECT_EQ(options->timeout, 250);
-    EXPECT_TRUE(options->trace);
-    EXPECT_FALSE(options->once);
+    EXPECT_EQ(options.duration, 2500);
+    EXPECT_EQ(options.cycleTime, 0);
+    EXPECT_EQ(options.interval, 50);
+    EXPECT_EQ(options.stationsOff, (QVector<int>{3, 4}));
+    EXPECT_EQ(options.address, "plc.local");
+    EXPECT_EQ(options.timeout, 250);
+    EXPECT_TRUE(options.trace);
+    EXPECT_FALSE(options.once);
     EXPECT_EQ(complaint({"read", "-p", "a", "A.x", "--for", "2"}),
               "--for is no option of plc read");
     EXPECT_EQ(complaint({"symbols", "-p", "a", "--trace"}), "--trace is no option of plc symbols");
@@ -74,16 +62,14 @@ TEST_F(OptionsTest, RunHasItsOwnOptions)
 
 TEST_F(OptionsTest, PlanTakesTheProjectAsItsArgumentAndTheNetworkAsOptions)
 {
-    const std::optional<Options> options =
-        parse({"plan", "a.json", "--rtt", "2.5", "--mbit", "10", "--json"});
-    ASSERT_TRUE(options) << error.toStdString();
-    EXPECT_EQ(options->command, Command::Plan);
-    EXPECT_EQ(options->projectFile, "a.json");
-    EXPECT_TRUE(options->arguments.isEmpty());
-    EXPECT_DOUBLE_EQ(options->roundTrip, 2.5);
-    EXPECT_DOUBLE_EQ(options->bandwidth, 10);
-    EXPECT_EQ(parse({"plan", "-p", "b.json"})->projectFile, "b.json");
-    EXPECT_EQ(parse({"plan", "-p", "b.json"})->roundTrip, 1);
+    const auto options =
+        optionsOf<PlanOptions>({"plan", "a.json", "--rtt", "2.5", "--mbit", "10", "--json"});
+    EXPECT_EQ(options.projectFile, "a.json");
+    EXPECT_TRUE(options.arguments.isEmpty());
+    EXPECT_DOUBLE_EQ(options.roundTrip, 2.5);
+    EXPECT_DOUBLE_EQ(options.bandwidth, 10);
+    EXPECT_EQ(optionsOf<PlanOptions>({"plan", "-p", "b.json"}).projectFile, "b.json");
+    EXPECT_EQ(optionsOf<PlanOptions>({"plan", "-p", "b.json"}).roundTrip, 1);
     EXPECT_EQ(complaint({"plan"}), "no project file; give it with --project or in PLC_PROJECT");
     EXPECT_EQ(complaint({"plan", "a.json", "b.json"}), "plc plan takes at most one project file");
     EXPECT_EQ(complaint({"plan", "a.json", "--rtt", "far"}),
@@ -97,20 +83,18 @@ TEST_F(OptionsTest, PlanTakesTheProjectAsItsArgumentAndTheNetworkAsOptions)
 
 TEST_F(OptionsTest, ImportNeedsNoProject)
 {
-    const std::optional<Options> options =
-        parse({"import", "a.st", "b.st", "-o", "c.json", "--area", "1", "--base", "2:100",
-               "--align", "8", "--scope", "GVL", "--name", "Line", "--all-warnings"});
-    ASSERT_TRUE(options) << error.toStdString();
-    EXPECT_EQ(options->command, Command::Import);
-    EXPECT_EQ(options->arguments, (QStringList{"a.st", "b.st"}));
-    EXPECT_EQ(options->import.output, "c.json");
-    EXPECT_EQ(options->import.name, "Line");
-    EXPECT_TRUE(options->import.allWarnings);
-    EXPECT_EQ(options->import.places.defaultArea, 1);
-    EXPECT_EQ(options->import.places.base->area, 2);
-    EXPECT_EQ(options->import.places.base->offset, 100);
-    EXPECT_EQ(options->import.places.alignment, 8);
-    EXPECT_EQ(options->import.places.globalScope, "GVL");
+    const auto options = optionsOf<ImportOptions>(
+        {"import", "a.st", "b.st", "-o", "c.json", "--area", "1", "--base", "2:100", "--align", "8",
+         "--scope", "GVL", "--name", "Line", "--all-warnings"});
+    EXPECT_EQ(options.arguments, (QStringList{"a.st", "b.st"}));
+    EXPECT_EQ(options.output, "c.json");
+    EXPECT_EQ(options.name, "Line");
+    EXPECT_TRUE(options.allWarnings);
+    EXPECT_EQ(options.places.defaultArea, 1);
+    EXPECT_EQ(options.places.base->area, 2);
+    EXPECT_EQ(options.places.base->offset, 100);
+    EXPECT_EQ(options.places.alignment, 8);
+    EXPECT_EQ(options.places.globalScope, "GVL");
     for (const char* base : {"1", "1:", ":1", "1:2:3", "-1:0", "1:-1", "65536:0", "a:b"})
         EXPECT_EQ(complaint({"import", "a.st", "--base", base}),
                   QStringLiteral("--base takes AREA:OFFSET such as 1:2000, not \"%1\"")
@@ -123,12 +107,11 @@ TEST_F(OptionsTest, ImportNeedsNoProject)
 
 TEST_F(OptionsTest, SymbolsHasOneFormAtATime)
 {
-    const std::optional<Options> options =
-        parse({"symbols", "-p", "a", "--tree", "--depth", "2", "x"});
-    ASSERT_TRUE(options) << error.toStdString();
-    EXPECT_TRUE(options->symbols.tree);
-    EXPECT_EQ(options->symbols.depth, 2);
-    EXPECT_EQ(parse({"symbols", "-p", "a", "--check", "--gap", "8"})->symbols.gap, 8);
+    const auto options =
+        optionsOf<SymbolsOptions>({"symbols", "-p", "a", "--tree", "--depth", "2", "x"});
+    EXPECT_TRUE(options.tree);
+    EXPECT_EQ(options.depth, 2);
+    EXPECT_EQ(optionsOf<SymbolsOptions>({"symbols", "-p", "a", "--check", "--gap", "8"}).gap, 8);
     EXPECT_EQ(complaint({"symbols", "-p", "a", "--depth", "2"}), "--depth goes with --tree");
     EXPECT_EQ(complaint({"symbols", "-p", "a", "--gap", "2"}), "--gap goes with --check");
     EXPECT_EQ(complaint({"symbols", "-p", "a", "--tree", "--check"}),
@@ -143,25 +126,25 @@ TEST_F(OptionsTest, SymbolsHasOneFormAtATime)
 
 TEST_F(OptionsTest, AFileOfLabelsTakesThePlaceOfLabels)
 {
-    EXPECT_EQ(parse({"read", "-p", "a", "--labels", "b.csv"})->labelFile, "b.csv");
+    EXPECT_EQ(optionsOf<ReadOptions>({"read", "-p", "a", "--labels", "b.csv"}).labelFile, "b.csv");
     EXPECT_EQ(complaint({"write", "-p", "a", "A.x=1", "--labels", "b.csv"}),
               "--labels is no option of plc write");
 }
 
 TEST_F(OptionsTest, AllTimesAreWrittenAlike)
 {
-    const std::optional<Options> options = parse({"run", "-p", "a", "--for", "1m30s", "--cycle",
-                                                  "20ms", "--interval", "0.5s", "--timeout", "2s"});
-    ASSERT_TRUE(options) << error.toStdString();
-    EXPECT_EQ(options->duration, 90000);
-    EXPECT_EQ(options->cycleTime, 20);
-    EXPECT_EQ(options->interval, 500);
-    EXPECT_EQ(options->timeout, 2000);
-    EXPECT_EQ(parse({"plan", "a.json", "--rtt", "0.25ms"})->roundTrip, 0.25);
-    EXPECT_EQ(parse({"plan", "a.json", "--rtt", "1s"})->roundTrip, 1000);
-    EXPECT_EQ(parse({"run", "-p", "a", "--for", "1d"})->duration, 86400000);
-    EXPECT_EQ(parse({"run", "-p", "a", "--cycle", "0"})->cycleTime, 0);
-    EXPECT_EQ(parse({"run", "-p", "a", "--for", "0.0001"})->duration, 1) << "not for ever";
+    const auto options = optionsOf<RunOptions>({"run", "-p", "a", "--for", "1m30s", "--cycle",
+                                                "20ms", "--interval", "0.5s", "--timeout", "2s"});
+    EXPECT_EQ(options.duration, 90000);
+    EXPECT_EQ(options.cycleTime, 20);
+    EXPECT_EQ(options.interval, 500);
+    EXPECT_EQ(options.timeout, 2000);
+    EXPECT_EQ(optionsOf<PlanOptions>({"plan", "a.json", "--rtt", "0.25ms"}).roundTrip, 0.25);
+    EXPECT_EQ(optionsOf<PlanOptions>({"plan", "a.json", "--rtt", "1s"}).roundTrip, 1000);
+    EXPECT_EQ(optionsOf<RunOptions>({"run", "-p", "a", "--for", "1d"}).duration, 86400000);
+    EXPECT_EQ(optionsOf<RunOptions>({"run", "-p", "a", "--cycle", "0"}).cycleTime, 0);
+    EXPECT_EQ(optionsOf<RunOptions>({"run", "-p", "a", "--for", "0.0001"}).duration, 1)
+        << "not for ever";
 }
 
 TEST_F(OptionsTest, AnEmptyValueIsNoValue)
@@ -184,30 +167,31 @@ TEST_F(OptionsTest, AnEmptyValueIsNoValue)
 
 TEST_F(OptionsTest, ForceGoesWithAFileThatItReplaces)
 {
-    EXPECT_TRUE(parse({"read", "-p", "a", "A.x", "--capture", "b", "--force"})->force);
+    EXPECT_TRUE(
+        optionsOf<ReadOptions>({"read", "-p", "a", "A.x", "--capture", "b", "--force"}).force);
     EXPECT_EQ(complaint({"read", "-p", "a", "A.x", "--force"}), "--force goes with --capture");
     EXPECT_EQ(complaint({"import", "a.st", "--force"}), "--force is no option of plc import");
 }
 
 TEST_F(OptionsTest, ReadOnlyIsForAllThatConnect)
 {
-    EXPECT_FALSE(parse({"write", "-p", "a", "A.x=1"})->readOnly);
+    EXPECT_FALSE(optionsOf<LinkOptions>({"write", "-p", "a", "A.x=1"}).readOnly);
     for (const char* command : {"run", "watch", "write", "stats"})
-        EXPECT_TRUE(parse({command, "-p", "a", "A.x=1", "--read-only"})->readOnly) << command;
+        EXPECT_TRUE(optionsOf<LinkOptions>({command, "-p", "a", "A.x=1", "--read-only"}).readOnly)
+            << command;
     EXPECT_EQ(complaint({"resolve", "-p", "a", "A.x", "--read-only"}),
               "--read-only is no option of plc resolve");
 }
 
 TEST_F(OptionsTest, WithoutOptionsRunGoesOnAtItsUsualPace)
 {
-    const std::optional<Options> options = parse({"run", "-p", "a"});
-    ASSERT_TRUE(options);
-    EXPECT_EQ(options->duration, 0);
-    EXPECT_EQ(options->interval, 0);
-    EXPECT_EQ(options->cycleTime, 100);
-    EXPECT_EQ(options->port, 0);
-    EXPECT_EQ(options->timeout, 0);
-    EXPECT_TRUE(options->stationsOff.isEmpty());
+    const auto options = optionsOf<RunOptions>({"run", "-p", "a"});
+    EXPECT_EQ(options.duration, 0);
+    EXPECT_EQ(options.interval, 0);
+    EXPECT_EQ(options.cycleTime, 100);
+    EXPECT_EQ(options.port, 0);
+    EXPECT_EQ(options.timeout, 0);
+    EXPECT_TRUE(options.stationsOff.isEmpty());
 }
 
 TEST_F(OptionsTest, WrongUsageIsExplained)
@@ -240,9 +224,9 @@ TEST_F(OptionsTest, WrongUsageIsExplained)
 TEST_F(OptionsTest, HelpNeedsNothingElse)
 {
     for (const char* option : {"-h", "--help"}) {
-        const std::optional<Options> options = parse({option});
-        ASSERT_TRUE(options);
-        EXPECT_THAT(options->information.toStdString(),
+        const Expected<Invocation> help = parse({option});
+        ASSERT_TRUE(help);
+        EXPECT_THAT(help->information.toStdString(),
                     ::testing::HasSubstr("plc write LABEL=VALUE..."));
     }
     EXPECT_FALSE(parse({"--version"})->information.isEmpty());

@@ -139,23 +139,33 @@ ToolsComeWithManualCompletionAndDemo() {
     expect_file share/plc-driver/wireshark/plc_block.lua
 }
 
-# options_in HELP; --help-all is Qt's own.
-options_in() {
-    grep --only-matching --regexp ' --[a-z-]*' <<<"$1" | grep --invert-match help-all |
-        sort --unique
+# options_in HELP
+options_in() { grep --only-matching --regexp ' --[a-z-]*' <<<"$1" | sort --unique; }
+
+# commands_in HELP
+commands_in() { sed --quiet 's/^  plc \([a-z]*\) .*/\1/p' <<<"$1"; }
+
+# help_of TOOL: its help, and that of each of its commands.
+help_of() {
+    local tool=$installation/bin/$1 help name
+    help=$("$tool" --help)
+    printf '%s\n' "$help"
+    for name in $(commands_in "$help"); do
+        "$tool" "$name" --help
+    done
 }
 
 ManualAndCompletionNameAllThatHelpNames() {
     local tool help manual completion name
     for tool in plc plc-simulator; do
-        help=$("$installation/bin/$tool" --help)
+        help=$(help_of "$tool")
         manual=$(<"$installation/share/man/man1/$tool.1")
         completion=$(<"$installation/share/bash-completion/completions/$tool")
         for name in $(options_in "$help"); do
             [[ $manual =~ (Fl|,)\ -${name#--}[^a-z-] ]] || fail "the manual of $tool lacks $name"
             [[ $completion =~ $name[^a-z-] ]] || fail "the completion of $tool lacks $name"
         done
-        for name in $(sed --quiet 's/^  plc \([a-z]*\) .*/\1/p' <<<"$help"); do
+        for name in $(commands_in "$help"); do
             [[ $manual == *"Cm $name"* ]] || fail "the manual of $tool lacks the command $name"
             [[ $completion =~ commands=\'[^\']*$name ]] ||
                 fail "the completion of $tool lacks the command $name"

@@ -10,20 +10,18 @@ namespace {
 
 class OptionsTest : public testing::Test {
 protected:
-    std::optional<Options> read(const char* arguments)
+    static Expected<Options> read(const char* arguments)
     {
         return readOptions((QStringLiteral("plc-simulator ") + QString::fromUtf8(arguments))
-                               .split(QLatin1Char(' ')),
-                           &m_error);
+                               .split(QLatin1Char(' ')));
     }
 
-    std::string errorOf(const char* arguments)
+    static std::string errorOf(const char* arguments)
     {
-        EXPECT_FALSE(read(arguments)) << arguments;
-        return m_error.toStdString();
+        const Expected<Options> options = read(arguments);
+        EXPECT_FALSE(options) << arguments;
+        return options ? std::string() : options.error().text.toStdString();
     }
-
-    QString m_error;
 
 private:
     int m_count = 1;
@@ -35,7 +33,7 @@ private:
 TEST_F(OptionsTest, ProjectFileAloneIsEnough)
 {
     const auto options = read("plant.json");
-    ASSERT_TRUE(options) << m_error.toStdString();
+    ASSERT_TRUE(options) << options.error().text.toStdString();
     EXPECT_EQ("plant.json", options->projectFile.toStdString());
     EXPECT_EQ("127.0.0.1", options->address.toString().toStdString());
     EXPECT_FALSE(options->port);
@@ -52,7 +50,7 @@ TEST_F(OptionsTest, AllAreUnderstood)
         "p.json --listen ::1 --port 0 --verbose --seed 4294967295 --max-clients 3 "
         "--reply-delay 20 --fragment 1 --join --drop-replies 1 --late-reply 2:300 "
         "--half-reply 4 --duplicate-reply 3 --refuse-login --fail-writes");
-    ASSERT_TRUE(options) << m_error.toStdString();
+    ASSERT_TRUE(options) << options.error().text.toStdString();
     EXPECT_EQ("::1", options->address.toString().toStdString());
     EXPECT_EQ(0, options->port.value_or(1));
     EXPECT_EQ(Verbosity::Verbose, options->verbosity);
@@ -72,16 +70,16 @@ TEST_F(OptionsTest, WrongOnesAreNamed)
     EXPECT_EQ("expected one project file; --help tells more", errorOf("--quiet"));
     EXPECT_EQ("Unknown option 'bogus'. --help lists the options.", errorOf("p.json --bogus"));
     EXPECT_EQ("expected one project file; --help tells more", errorOf("a.json b.json"));
-    EXPECT_EQ("--port: \"65536\" is not a whole number from 0 to 65535",
+    EXPECT_EQ("--port takes a number from 0 to 65535, not \"65536\"",
               errorOf("p.json --port 65536"));
-    EXPECT_EQ("--port: \"x\" is not a whole number from 0 to 65535", errorOf("p.json --port x"));
+    EXPECT_EQ("--port takes a number from 0 to 65535, not \"x\"", errorOf("p.json --port x"));
     EXPECT_EQ("--listen: \"localhost\" is not an IP address", errorOf("p.json --listen localhost"));
     EXPECT_EQ("--late-reply: expected N:MS, as in 3:1500", errorOf("p.json --late-reply 3"));
-    EXPECT_EQ("--late-reply: \"0\" is not a whole number from 1 to 1000000000",
+    EXPECT_EQ("--late-reply takes a number from 1 to 1000000000, not \"0\"",
               errorOf("p.json --late-reply 0:5"));
-    EXPECT_EQ("--half-reply: \"-1\" is not a whole number from 1 to 1000000000",
+    EXPECT_EQ("--half-reply takes a number from 1 to 1000000000, not \"-1\"",
               errorOf("p.json --half-reply=-1"));
-    EXPECT_EQ("--max-clients: \"0\" is not a whole number from 1 to 1000",
+    EXPECT_EQ("--max-clients takes a number from 1 to 1000, not \"0\"",
               errorOf("p.json --max-clients 0"));
     EXPECT_FALSE(errorOf("p.json --no-such-option").empty());
 }
@@ -101,17 +99,19 @@ TEST_F(OptionsTest, ProjectsThatNeedTooMuchAreRefused)
         project.areas = {{1, size}, {2, 1}};
         return project;
     };
-    EXPECT_TRUE(checkSize(ofSize(256 * 1024 * 1024 - 1), &m_error));
-    EXPECT_FALSE(checkSize(ofSize(256 * 1024 * 1024), &m_error));
+    const auto errorOfSize = [](const project::Project& project) {
+        const Expected<void> isSmall = checkSize(project);
+        return isSmall ? std::string() : isSmall.error().text.toStdString();
+    };
+    EXPECT_EQ("", errorOfSize(ofSize(256 * 1024 * 1024 - 1)));
     EXPECT_EQ("the areas of the project have 268435457 bytes; at most 268435456 can be simulated",
-              m_error.toStdString());
+              errorOfSize(ofSize(256 * 1024 * 1024)));
     const project::Project signalled = project::test::goodProject(
         R"({"name": "n", "areas": [{"index": 0, "size": 100001}], "scopes": [{"name": "M",
             "variables": [{"name": "v", "type": "BYTE", "area": 0, "offset": 0,
                            "array": [[1, 100001]],
                            "signal": {"kind": "constant", "value": 1}}]}]})");
-    EXPECT_FALSE(checkSize(signalled, &m_error));
-    EXPECT_EQ("more than 100000 values of the project have a signal", m_error.toStdString());
+    EXPECT_EQ("more than 100000 values of the project have a signal", errorOfSize(signalled));
 }
 
 } // namespace

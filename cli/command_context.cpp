@@ -1,0 +1,53 @@
+#include "cli/command_context.h"
+
+#include <QtCore/QCoreApplication>
+
+#include "cli/console.h"
+#include "cli/label_file.h"
+
+namespace plc::cli {
+namespace {
+
+Expected<CommandContext> openContext(const CommandOptions& options)
+{
+    QString error;
+    const std::optional<project::Project> project =
+        project::loadProject(options.projectFile, &error);
+    if (!project)
+        return Error{error};
+    CommandContext context{*project, {}, options.arguments};
+    const QString labelFile = options.fileOfArguments();
+    if (!labelFile.isEmpty()) {
+        const Expected<QStringList> labels = readLabels(labelFile, context.project);
+        if (!labels)
+            return labels.error();
+        context.arguments += *labels;
+    }
+    options.applyTo(&context.project);
+    const QString library =
+        host::findDriver(options.driverFile, QCoreApplication::applicationDirPath(), &error);
+    if (library.isEmpty())
+        return Error{error};
+    const std::optional<host::DriverFunctions> driver = host::loadDriver(library, &error);
+    if (!driver)
+        return Error{error};
+    context.driver = *driver;
+    return context;
+}
+
+} // namespace
+
+int inContext(const CommandOptions& options,
+              const std::function<int(const CommandContext& context)>& carryOut)
+{
+    const Expected<CommandContext> context = openContext(options);
+    return context ? carryOut(*context) : usageError(context.error());
+}
+
+int usageError(const Error& error)
+{
+    complain(error.text);
+    return kExitUsage;
+}
+
+} // namespace plc::cli

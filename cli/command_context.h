@@ -1,0 +1,34 @@
+#ifndef PLC_CLI_COMMAND_CONTEXT_H
+#define PLC_CLI_COMMAND_CONTEXT_H
+
+#include <functional>
+
+#include "cli/command_options.h"
+#include "cli/runtime_settings.h"
+#include "host/driver/driver_library.h"
+
+namespace plc::cli {
+
+/// What the commands with a project work with.
+struct CommandContext {
+    project::Project project; ///< With what the options put into it.
+    host::DriverFunctions driver;
+    QStringList arguments; ///< With those of the file that the options name.
+
+    host::RuntimeSettings runtimeSettings(int cycleTime = kUsualCycleTime) const
+    {
+        return cli::runtimeSettings(project.settings, cycleTime);
+    }
+};
+
+/// Loads the project and the driver and carries the command out with them. Returns the exit code,
+/// after complaining if something cannot be loaded.
+int inContext(const CommandOptions& options,
+              const std::function<int(const CommandContext& context)>& carryOut);
+
+/// Complains. Returns the exit code of wrong usage.
+int usageError(const Error& error);
+
+} // namespace plc::cli
+
+#endif

@@ -1,0 +1,46 @@
+#include "cli/resolve_command.h"
+
+#include "cli/console.h"
+#include "cli/point_text.h"
+
+namespace plc::cli {
+namespace {
+
+int resolveLabels(const ResolveOptions& options, const CommandContext& context)
+{
+    const host::DataPointFinder points = finderFor(context);
+    int code = kExitDone;
+    for (const QString& text : context.arguments) {
+        QString error;
+        const std::optional<host::DataPoint> point = points.find(text, &error);
+        if (point) {
+            printPoint(point->text, *point, options.json);
+        } else {
+            complain(error);
+            code = kExitUsage;
+        }
+    }
+    return code;
+}
+
+int resolve(const ResolveOptions& options)
+{
+    return inContext(
+        options, [&](const CommandContext& context) { return resolveLabels(options, context); });
+}
+
+} // namespace
+
+const Command kResolveCommand = {"resolve",
+                                 {"LABEL...", 1, kAnyNumber, "at least one label", kCompleteLabel},
+                                 "show type, area and address of these labels",
+                                 {kLabelNote},
+                                 makeOptions<ResolveOptions>,
+                                 execute<ResolveOptions, resolve>};
+
+options::Table ResolveOptions::table()
+{
+    return options::Table{labelFileOption(&labelFile)} + CommandOptions::table();
+}
+
+} // namespace plc::cli
