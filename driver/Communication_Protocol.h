@@ -7,6 +7,7 @@
 
 #include "driver/plc_driver.h"
 #include "image/data_image.h"
+#include "symbols/label_resolution.h"
 #include "symbols/symbol_index.h"
 
 namespace plc {
@@ -80,6 +81,12 @@ namespace plc {
 inline int batchSize()
 {
     return qBound(0, PLC_driver.batchCount, kBatchCapacity);
+}
+
+/// Resolves labels against the driver's symbols.
+inline LabelResolver labelResolver()
+{
+    return LabelResolver(PLC_driver.symbolTable, PLC_driver.symbolIndex);
 }
 
 } // namespace plc

@@ -1,10 +1,9 @@
+#include "base/wrapped_int.h"
 #include "driver/Communication_Protocol.h"
 #include "driver/records.h"
-#include "driver/result_codes.h"
-#include "driver/wrapped_int.h"
+#include "driver/reply_judging.h"
 #include "frames/frame_layer.h"
 #include "frames/handshake.h"
-#include "image/local_data.h"
 
 namespace {
 
@@ -204,7 +203,7 @@ int advanceLogin(QByteArray* reply)
 int processReply(QByteArray* reply, int received)
 {
     Protocol& request = PLC_driver.requestQueue.first();
-    const bool wholeFrame = infinite_length_data_reception(reply) == 0;
+    const bool wholeFrame = plc::isWholeFrame(*reply);
     if (request.replyLength == PLC_REPLY_LENGTH_OPEN) {
         if (wholeFrame) {
             request.replyLength = int(reply->size());

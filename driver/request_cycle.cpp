@@ -1,8 +1,6 @@
 #include "driver/Communication_Protocol.h"
+#include "driver/request_building.h"
 #include "driver/stations.h"
-#include "frames/handshake.h"
-#include "frames/read_request.h"
-#include "frames/write_request.h"
 
 namespace {
 

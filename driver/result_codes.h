@@ -3,22 +3,6 @@
 
 #include "driver/plc_driver.h"
 
-namespace plc {
-
-/// What the reply handlers find; GetDriverReturnValue() turns it into the host's number.
-enum ReplyOutcome {
-    kLocalGood = 0,
-    kLocalCheckFailed = 1,
-    kLocalNothingReceived = 2,
-    kLocalWrongLength = 3,
-    kRemoteGood = 4,
-    kRemoteCheckFailed = 5,
-    kRemoteNothingReceived = 6,
-    kRemoteWrongLength = 7
-};
-
-} // namespace plc
-
 /// Host number of a plc::ReplyOutcome; PLC_RESULT_NO_SETTINGS for any other code. Failures are
 /// shifted by the category of the request at the head of the queue.
 PLC_DRIVER_EXPORT int GetDriverReturnValue(int code);

@@ -22,29 +22,31 @@ const int kRequestOverhead = 16;
 /// Area index, address and length of one entry.
 const int kEntryHeaderSize = 10;
 
+/// Two bytes of the second login reply, which end every request from then on.
+struct PlcInfo {
+    quint8 info1; ///< Byte 25 of the reply.
+    quint8 info2; ///< Byte 24 of the reply.
+};
+
 /// Payload length that the header of a reply states: its low 16 bits, which is all that counts.
 /// 0 for a reply without a whole header.
 int statedPayloadLength(const QByteArray& reply);
+
+/// Whether `reply` holds exactly one whole frame.
+bool isWholeFrame(const QByteArray& reply);
+
+/// Whether `reply` is one whole frame whose status tells that the request was carried out.
+bool isGoodReply(const QByteArray& reply);
 
 /// Writes the header, the service and the entry count of a request into its whole frame.
 void writeRequestStart(FrameWriter& frame, quint8 service, int entries);
 
 /// The four bytes that end every read and write request.
-void writeTrailer(FrameWriter& frame);
-
-/// Appends a request to the queue; its reply states its own length.
-void queueRequest(const QByteArray& frame, int dataOffset, int minReplyLength, const RW_VAR& var);
-
-/// Notes in the settings record that `frames` replies are due, none of them answered.
-void expectReplies(int frames);
+void writeTrailer(FrameWriter& frame, PlcInfo info);
 
 } // namespace plc
 
 /// 0 when `reply` holds exactly one whole frame, else 8.
 PLC_DRIVER_EXPORT int infinite_length_data_reception(QByteArray* reply);
-
-/// Judges a read or write reply: 0 invalid, 1 valid with data to store, 2 valid with nothing to
-/// store (the `aux2` of the request at the head of the queue decides). `size` is not used.
-PLC_DRIVER_EXPORT int CheckGetData(const QByteArray* reply, int size);
 
 #endif

@@ -1,11 +1,11 @@
 #ifndef PLC_FRAMES_HANDSHAKE_H
 #define PLC_FRAMES_HANDSHAKE_H
 
-#include "driver/plc_driver.h"
+#include "frames/frame_layer.h"
 
 namespace plc {
 
-/// Outcomes of handshake_data_check().
+/// Outcomes of the login's replies.
 enum LoginCheck {
     kLoginGood = 0,
     kLoginNotExpected = 1,
@@ -14,13 +14,21 @@ enum LoginCheck {
     kFileRefused = 13
 };
 
+/// Requests of the login, and so its replies.
+const int kLoginFrames = 2;
+
+/// The first request of the login.
+QByteArray identificationRequest();
+
+/// The second request of the login.
+QByteArray fileRequest();
+
+/// Judges the reply to identificationRequest(), which has a whole header.
+LoginCheck checkIdentification(const QByteArray& reply);
+
+/// Judges the reply to fileRequest() and takes `info` from one that is good.
+LoginCheck checkFile(const QByteArray& reply, PlcInfo& info);
+
 } // namespace plc
-
-/// Queues the two login frames, each with a copy of `var`. Returns 0.
-PLC_DRIVER_EXPORT int handshake_data(RW_VAR* var);
-
-/// Judges the reply to the login frame at the head of the queue: 0 good, else a plc::LoginCheck.
-/// Captures `plcInfo1` and `plcInfo2` from the second reply.
-PLC_DRIVER_EXPORT int handshake_data_check(QByteArray* reply);
 
 #endif

@@ -1,13 +1,16 @@
 #ifndef PLC_FRAMES_READ_REQUEST_H
 #define PLC_FRAMES_READ_REQUEST_H
 
-#include "driver/plc_driver.h"
+#include "frames/frame_layer.h"
 
-/// Queues one read request for the current batch; `var` is the variable that it serves.
-PLC_DRIVER_EXPORT void ReadRegister(RW_VAR* var);
-PLC_DRIVER_EXPORT void ReadAnalog(RW_VAR* var);
+namespace plc {
 
-/// Does nothing: in remote mode no frames are built.
-PLC_DRIVER_EXPORT void Remote_ReadVar(RW_VAR* var);
+/// Where the first data block of a read reply begins.
+const int kReadReplyDataOffset = 12;
+
+/// The request that reads the `count` entries of `batch`.
+QByteArray readRequest(const RW_VAR* batch, int count, PlcInfo info);
+
+} // namespace plc
 
 #endif

@@ -1,16 +1,15 @@
 #ifndef PLC_FRAMES_WRITE_REQUEST_H
 #define PLC_FRAMES_WRITE_REQUEST_H
 
-#include "driver/plc_driver.h"
+#include "frames/frame_layer.h"
 
-/// Queues one write request for the current batch and, unless the link has failed, shows the value
-/// of `var` in the image at once.
-PLC_DRIVER_EXPORT void WriteRegister(RW_VAR* var);
+namespace plc {
 
-/// Queues one write request for the current batch; `var` is the variable that it serves.
-PLC_DRIVER_EXPORT void WriteAnalog(RW_VAR* var);
+/// The request that writes the `count` entries of `batch`, at least one. All of them together carry
+/// PLC_LARGEST_VALUE bytes at most; an entry whose length is negative or does not fit states it
+/// without value bytes.
+QByteArray writeRequest(const RW_VAR* batch, int count, PlcInfo info);
 
-/// Does nothing: in remote mode no frames are built.
-PLC_DRIVER_EXPORT void Remote_WriteVar(RW_VAR* var);
+} // namespace plc
 
 #endif

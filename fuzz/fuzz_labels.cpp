@@ -1,9 +1,9 @@
 // Labels against symbol tables that the same input builds, sound ones and ones that break what
 // hosts promise. Each label is resolved by the model of the tests as well.
 
+#include "driver/label_access.h"
 #include "fuzz_host.h"
 #include "model/label_model.h"
-#include "symbols/label_resolution.h"
 
 namespace {
 

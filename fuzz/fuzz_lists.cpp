@@ -1,5 +1,6 @@
 // List and value calls with any settings: lengths, counts and maxReadBytes from negative to huge.
 
+#include "driver/list_access.h"
 #include "fuzz_host.h"
 #include "lists/read_list_rebuild.h"
 #include "lists/variable_lists.h"

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "driver/wrapped_int.h"
+#include "base/wrapped_int.h"
 
 namespace plc {
 

@@ -6,17 +6,23 @@
 
 #include <cstring>
 
-#include "driver/hash_table.h"
-#include "driver/keyed_hash.h"
+#include "base/hash_table.h"
+#include "base/keyed_hash.h"
 
 namespace plc {
 
 /// PLC memory as last read or written: a map from 64-bit keys (memory area index in the high half,
 /// byte address in the low half) to bytes.
 ///
-/// Bytes lie in pages with a map of which of them exist, so that a dense area costs little more
-/// than its bytes, and ranges are copied page by page. A byte that was touched exists, with value 0
-/// until it is written, and never disappears but by clear(). Not thread-safe by itself.
+/// 1. A byte that was touched, reading included, exists from then on until clear(), with value 0
+///    until it is written. `m_size` counts the bytes that exist.
+/// 2. Bytes lie in pages of one area; each page has a map of which of its bytes exist. A dense area
+///    so costs little more than its bytes.
+/// 3. A byte of a page that does not exist is 0: ranges are copied without looking at the map.
+/// 4. A page belongs to one slot of the table, and is neither moved nor freed before clear():
+///    references to bytes stay valid.
+/// 5. Addresses go on at 0 after 0xFFFFFFFF, within their area.
+/// 6. Not thread-safe by itself: the driver holds `dataMutex` around it.
 class DataImage {
 public:
     explicit DataImage(const KeyedHash& hash = KeyedHash()) : m_pages(hash) {}

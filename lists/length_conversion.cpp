@@ -1,6 +1,6 @@
 #include "lists/length_conversion.h"
 
-#include "driver/wrapped_int.h"
+#include "base/wrapped_int.h"
 #include "symbols/type_codes.h"
 
 namespace plc {

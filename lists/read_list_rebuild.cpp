@@ -4,8 +4,7 @@
 
 #include <algorithm>
 
-#include "driver/Communication_Protocol.h"
-#include "driver/wrapped_int.h"
+#include "base/wrapped_int.h"
 #include "lists/length_conversion.h"
 #include "lists/variable_lists.h"
 #include "symbols/label_resolution.h"
@@ -128,16 +127,16 @@ RW_VAR cyclicRead(const HostVarItem& item, const ComInfo& settings)
 }
 
 /// The ranges of all items that can be read, by area and address; equal ones in the host's order.
-QVector<Range> sortedRanges(const QList<HostVarItem>& items)
+QVector<Range> sortedRanges(const QList<HostVarItem>& items, const plc::LabelResolver& resolver)
 {
     QVector<Range> ranges;
     ranges.reserve(int(items.size()));
     for (int i = 0; i < int(items.size()); ++i) {
         if (i + kLabelsAhead < int(items.size()))
-            plc::prefetchLabel(items.at(i + kLabelsAhead).label);
+            resolver.prefetch(items.at(i + kLabelsAhead).label);
         ControlInformationM place = ControlInformationM();
         plc::ReadRange read;
-        if (get_label_address_info(items.at(i).label, place) != plc::kResolved ||
+        if (resolver.resolve(items.at(i).label, place) != plc::kResolved ||
             !plc::toReadRange(place, items.at(i).count, plc::TextCount::Bytes, read))
             continue;
         const Range range = {place.areaIndex, read.address, read.length, read.dataType, i};
@@ -161,11 +160,17 @@ QVector<Range> fold(const QVector<Range>& sorted, int maxLen)
     return folded;
 }
 
-/// The cyclic reads that cover `items`. Resolves their labels; needs no lock.
-QList<RW_VAR> readsOf(const QList<HostVarItem>& items, const ComInfo& settings)
+} // namespace
+
+namespace plc {
+
+QList<RW_VAR> cyclicReads(const QList<HostVarItem>& items, const ComInfo& settings,
+                          const LabelResolver& resolver)
 {
     QList<RW_VAR> reads;
-    const QVector<Range> folded = fold(sortedRanges(items), settings.maxReadBytes);
+    if (settings.maxReadBytes <= 0)
+        return reads;
+    const QVector<Range> folded = fold(sortedRanges(items, resolver), settings.maxReadBytes);
     reads.reserve(int(folded.size()));
     for (int i = 0; i < int(folded.size()); ++i) {
         const Range& range = folded.at(i);
@@ -179,28 +184,25 @@ QList<RW_VAR> readsOf(const QList<HostVarItem>& items, const ComInfo& settings)
     return reads;
 }
 
-} // namespace
-
-int ReCreatReadVarList(QList<HostVarItem>* vars)
+QList<RW_VAR> foldedReads(const QList<RW_VAR>& sorted, int maxLen)
 {
-    ComInfo* const settings = PLC_driver.settings;
-    if (!vars || !settings)
-        return 0;
-    // The communication thread waits for the lock: what takes long comes before and behind it.
-    QList<RW_VAR> reads;
-    if (settings->maxReadBytes > 0)
-        reads = readsOf(*vars, *settings);
-    const int count = int(reads.size());
+    QVector<Range> folded;
+    RangeFolder folder(maxLen, folded);
+    for (int i = 0; i < int(sorted.size()); ++i)
+        folder.add(rangeOf(sorted.at(i), i));
 
-    QMutexLocker lock(&PLC_driver.listMutex);
-    PLC_driver.readList.swap(reads);
-    if (!vars->isEmpty()) {
-        PLC_driver.cycleCount = 0;
-        settings->scanDone = 0;
+    QList<RW_VAR> reads;
+    reads.reserve(int(folded.size()));
+    for (int i = 0; i < int(folded.size()); ++i) {
+        RW_VAR read = sorted.at(folded.at(i).source);
+        read.address = folded.at(i).address;
+        read.length = folded.at(i).length;
+        reads.append(read);
     }
-    lock.unlock();
-    return count; // the earlier entries are released here
+    return reads;
 }
+
+} // namespace plc
 
 void Bubble_Sort(QList<RW_VAR>* list)
 {
@@ -220,20 +222,4 @@ void Bubble_Sort(QList<RW_VAR>* list)
     for (int i = 0; i < int(ranges.size()); ++i)
         sorted.append(list->at(ranges.at(i).source));
     list->swap(sorted);
-}
-
-void BitVarReCreat(QList<RW_VAR>* list, int maxLen)
-{
-    if (!list || maxLen <= 0)
-        return;
-    QVector<Range> folded;
-    RangeFolder folder(maxLen, folded);
-    for (int i = 0; i < int(list->size()); ++i)
-        folder.add(rangeOf(list->at(i), i));
-    for (int i = 0; i < int(folded.size()); ++i) {
-        RW_VAR read = list->at(folded.at(i).source);
-        read.address = folded.at(i).address;
-        read.length = folded.at(i).length;
-        PLC_driver.readList.append(read);
-    }
 }

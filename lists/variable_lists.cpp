@@ -2,8 +2,7 @@
 
 #include <QtCore/QSet>
 
-#include "driver/Communication_Protocol.h"
-#include "driver/wrapped_int.h"
+#include "base/wrapped_int.h"
 #include "lists/length_conversion.h"
 
 namespace {
@@ -44,37 +43,6 @@ bool isListed(const QList<RW_VAR>& list, const RW_VAR& read)
     return false;
 }
 
-/// Adds a write in place of a queued one of the same range, or at the end while there is room.
-void queueWrite(QList<RW_VAR>& list, const RW_VAR& write)
-{
-    for (int i = kFirstReplaceable; i < int(list.size()); ++i) {
-        if (isSameRange(list.at(i), write)) {
-            list[i] = write;
-            return;
-        }
-    }
-    if (list.size() < PLC_LIST_LIMIT)
-        list.append(write);
-}
-
-/// Adds the pieces of `var` that are not listed yet and leaves `var` as its last piece with the
-/// address behind it.
-void addReadPieces(QList<RW_VAR>& list, RW_VAR& var, qint32 pieceSize)
-{
-    const qint64 total = var.length;
-    const qint32 start = var.address;
-    // A full list takes nothing more: the rest of a huge length is not walked.
-    for (qint64 position = 0; position < total && list.size() < PLC_LIST_LIMIT;
-         position += pieceSize) {
-        var.address = plc::advanced(start, position);
-        var.length = qint32(pieceLength(total, position, pieceSize));
-        if (!isListed(list, var))
-            list.append(var);
-    }
-    var.address = plc::advanced(start, total);
-    var.length = qint32(lastPieceLength(total, pieceSize));
-}
-
 /// Replaces those entries of a full write list that one of the pieces from `position` on would
 /// replace. Walks the list once, however many pieces there are.
 void replaceQueuedPieces(QList<RW_VAR>& list, const RW_VAR& record, const QByteArray& bytes,
@@ -108,11 +76,22 @@ bool isWithinLimits(qint64 length, int pieceSize)
     return length <= PLC_LARGEST_VALUE && (length - 1) / pieceSize < PLC_MOST_PIECES;
 }
 
-void queueWritePieces(const RW_VAR& record, const QByteArray& bytes, int pieceSize)
+void queueWrite(QList<RW_VAR>& list, const RW_VAR& write)
+{
+    for (int i = kFirstReplaceable; i < int(list.size()); ++i) {
+        if (isSameRange(list.at(i), write)) {
+            list[i] = write;
+            return;
+        }
+    }
+    if (list.size() < PLC_LIST_LIMIT)
+        list.append(write);
+}
+
+void queueWritePieces(QList<RW_VAR>& list, const RW_VAR& record, const QByteArray& bytes,
+                      int pieceSize)
 {
     const int total = int(bytes.size());
-    QMutexLocker lock(&PLC_driver.listMutex);
-    QList<RW_VAR>& list = PLC_driver.writeList;
     int position = 0;
     for (; position < total && list.size() < PLC_LIST_LIMIT; position += pieceSize) {
         RW_VAR piece = record;
@@ -125,63 +104,42 @@ void queueWritePieces(const RW_VAR& record, const QByteArray& bytes, int pieceSi
         replaceQueuedPieces(list, record, bytes, position, pieceSize);
 }
 
-} // namespace plc
-
-int AddListReadVar(RW_VAR* var)
+bool toOneShotRead(RW_VAR& var, const ComInfo& settings, const LabelResolver& resolver)
 {
-    if (!var)
-        return 0;
-    PLC_driver.readList.append(*var);
-    return int(PLC_driver.readList.size());
-}
-
-int AddListWriteVar(RW_VAR* var, int append)
-{
-    if (!var)
-        return 0;
-    QMutexLocker lock(&PLC_driver.listMutex);
-    QList<RW_VAR>& list = PLC_driver.writeList;
-    if (append == PLC_APPEND_ALWAYS)
-        list.append(*var);
-    else
-        queueWrite(list, *var);
-    return int(list.size());
-}
-
-int AddListOnceReadVar(RW_VAR* var, int append)
-{
-    const ComInfo* settings = PLC_driver.settings;
-    if (!var || !settings)
-        return 0;
-    QList<RW_VAR>& list = PLC_driver.onceReadList;
-    if (append == PLC_APPEND_ALWAYS) {
-        QMutexLocker lock(&PLC_driver.listMutex);
-        list.append(*var);
-        return int(list.size());
-    }
-
     ControlInformationM place = ControlInformationM();
-    if (get_label_address_info(var->label, place) != plc::kResolved)
-        return 0;
-    if (settings->multiStation == 0)
-        var->station = settings->defaultStation;
-    var->dataType = place.dataType;
-    var->address = place.address;
-    var->areaIndex = place.areaIndex;
-    plc::ReadRange range;
-    if (!plc::toReadRange(place, var->length, plc::TextCount::Registers, range))
-        return 0;
-    var->dataType = range.dataType;
-    var->address = range.address;
-    var->length = range.length;
-    if (settings->maxReadBytes <= 0 || !plc::isWithinLimits(var->length, settings->maxReadBytes))
-        return 0;
-
-    QMutexLocker lock(&PLC_driver.listMutex);
-    if (var->length > 0)
-        addReadPieces(list, *var, settings->maxReadBytes);
-    return int(list.size());
+    if (resolver.resolve(var.label, place) != kResolved)
+        return false;
+    if (settings.multiStation == 0)
+        var.station = settings.defaultStation;
+    var.dataType = place.dataType;
+    var.address = place.address;
+    var.areaIndex = place.areaIndex;
+    ReadRange range;
+    if (!toReadRange(place, var.length, TextCount::Registers, range))
+        return false;
+    var.dataType = range.dataType;
+    var.address = range.address;
+    var.length = range.length;
+    return settings.maxReadBytes > 0 && isWithinLimits(var.length, settings.maxReadBytes);
 }
+
+void addReadPieces(QList<RW_VAR>& list, RW_VAR& var, qint32 pieceSize)
+{
+    const qint64 total = var.length;
+    const qint32 start = var.address;
+    // A full list takes nothing more: the rest of a huge length is not walked.
+    for (qint64 position = 0; position < total && list.size() < PLC_LIST_LIMIT;
+         position += pieceSize) {
+        var.address = advanced(start, position);
+        var.length = qint32(pieceLength(total, position, pieceSize));
+        if (!isListed(list, var))
+            list.append(var);
+    }
+    var.address = advanced(start, total);
+    var.length = qint32(lastPieceLength(total, pieceSize));
+}
+
+} // namespace plc
 
 void WhetherGroup(int total, int maxLen, RW_VAR* var, QList<RW_VAR>* list)
 {

@@ -2,9 +2,8 @@
 
 #include <QtCore/QVarLengthArray>
 
-#include "driver/Communication_Protocol.h"
-#include "driver/wrapped_int.h"
-#include "symbols/label_text.h"
+#include "base/label_text.h"
+#include "base/wrapped_int.h"
 #include "symbols/type_codes.h"
 
 namespace {
@@ -259,11 +258,10 @@ int resolveByRecord(const Label_Type_Info& scope, const LabelPart& scopePart,
 }
 
 /// Resolves against the variable that the first two parts name; for `parts` see walkFromVariable().
-int resolve(const LabelPart& scopePart, const LabelPart& variablePart, const LabelParts* parts,
-            ControlInformationM& info)
+int resolveParts(const plc::SymbolTable& table, const plc::SymbolIndex& index,
+                 const LabelPart& scopePart, const LabelPart& variablePart, const LabelParts* parts,
+                 ControlInformationM& info)
 {
-    const plc::SymbolTable& table = PLC_driver.symbolTable;
-    const plc::SymbolIndex& index = PLC_driver.symbolIndex;
     const plc::SymbolIndex::Scope* scope = index.findScope(scopePart.name);
     if (!index.belongsTo(table)) {
         // Host code has changed the table: only what its records share with the index still holds.
@@ -278,13 +276,32 @@ int resolve(const LabelPart& scopePart, const LabelPart& variablePart, const Lab
 
 } // namespace
 
-void plc::prefetchLabel(const QString& label)
+namespace plc {
+
+int LabelResolver::resolve(const QString& label, ControlInformationM& place) const
+{
+    if (label.isEmpty())
+        return kEmptyLabel;
+    const LabelText text(label);
+    LabelPart scope;
+    LabelPart variable;
+    if (splitPlainLabel(text, scope.name, variable.name))
+        return resolveParts(m_table, m_index, scope, variable, nullptr, place);
+
+    LabelParts parts;
+    splitLabel(text, parts);
+    if (parts.size() < 2)
+        return kNoVariablePart;
+    return resolveParts(m_table, m_index, parts[0], parts[1], &parts, place);
+}
+
+void LabelResolver::prefetch(const QString& label) const
 {
     const LabelText text(label);
     const int dot = text.indexOf(QLatin1Char('.'));
     if (dot < 0)
         return;
-    const SymbolIndex::Scope* scope = PLC_driver.symbolIndex.findScope(text.mid(0, dot));
+    const SymbolIndex::Scope* scope = m_index.findScope(text.mid(0, dot));
     if (!scope)
         return;
     int end = dot + 1;
@@ -294,22 +311,7 @@ void plc::prefetchLabel(const QString& label)
     scope->prefetchVariable(text.mid(dot + 1, end - dot - 1));
 }
 
-int get_label_address_info(const QString& label, ControlInformationM& info)
-{
-    if (label.isEmpty())
-        return plc::kEmptyLabel;
-    const LabelText text(label);
-    LabelPart scope;
-    LabelPart variable;
-    if (splitPlainLabel(text, scope.name, variable.name))
-        return resolve(scope, variable, nullptr, info);
-
-    LabelParts parts;
-    splitLabel(text, parts);
-    if (parts.size() < 2)
-        return plc::kNoVariablePart;
-    return resolve(parts[0], parts[1], &parts, info);
-}
+} // namespace plc
 
 int get_label_address_1(const Label_Type_Info& record, const QStringList& parts, int index,
                         ControlInformationM& info)

@@ -2,6 +2,7 @@
 #define PLC_SYMBOLS_LABEL_RESOLUTION_H
 
 #include "driver/plc_driver.h"
+#include "symbols/symbol_index.h"
 
 /// Where a label leads. Valid only when the resolution returned 0: failing walks leave some members
 /// written.
@@ -26,14 +27,29 @@ enum ResolutionResult {
     kVariableWithoutArea = 12
 };
 
-/// Begins to load what the resolution of `label` will look at first. Large symbol tables lie in no
-/// cache; who resolves many labels need not wait for each.
-void prefetchLabel(const QString& label);
+/// Resolves labels against a symbol table. It only points at both parts, which belong to the
+/// caller: made for one label or for many, it costs nothing.
+class LabelResolver {
+public:
+    /// `index` follows `table`, see SymbolIndex::insertInto().
+    LabelResolver(const SymbolTable& table, const SymbolIndex& index)
+        : m_table(table), m_index(index)
+    {
+    }
+
+    /// Resolves `label` into `place`. Returns a ResolutionResult.
+    int resolve(const QString& label, ControlInformationM& place) const;
+
+    /// Begins to load what resolve() will look at first. Large symbol tables lie in no cache; who
+    /// resolves many labels need not wait for each.
+    void prefetch(const QString& label) const;
+
+private:
+    const SymbolTable& m_table;
+    const SymbolIndex& m_index;
+};
 
 } // namespace plc
-
-/// Resolves `label` against the symbol table into `info`. Returns a plc::ResolutionResult.
-PLC_DRIVER_EXPORT int get_label_address_info(const QString& label, ControlInformationM& info);
 
 /// Resolves the parts from `index` on against `record` and adds to the address in `info`. Returns a
 /// plc::ResolutionResult.

@@ -6,17 +6,22 @@
 
 #include <cstring>
 
-#include "driver/hash_table.h"
-#include "driver/keyed_hash.h"
-#include "symbols/label_text.h"
+#include "base/hash_table.h"
+#include "base/keyed_hash.h"
+#include "base/label_text.h"
 
 namespace plc {
 
-/// Values by name, found in constant time. Of values with equal names the first that was inserted
-/// stays.
+/// Values by name, found in constant time.
 ///
-/// Short names are copied into the table, so that all that a search needs lies together: one place
-/// in memory to wait for. Long names are shared with whoever inserts them, and so kept alive.
+/// 1. Of values with equal names the first that was inserted stays.
+/// 2. A slot fills one cache line and holds all that a search needs: one place in memory to wait
+/// for.
+/// 3. A name of up to Slot::kNameCapacity characters lies in its slot. A longer one is shared with
+///    whoever inserted it: `m_longNames` keeps it alive, and its slot points to its characters.
+/// 4. `size` of a slot is the length of its name, or `kFree`; `hash` is that of its name under the
+///    table's own hash function.
+/// 5. What find() returns stays where it is until the next insert(), reserve() or clear().
 template <typename Value, typename Hash = KeyedHash>
 class NameIndex {
 public:

@@ -18,6 +18,9 @@ enum class TypeGroup : quint8 {
     Bit ///< its address counts bits
 };
 
+/// Hosts count in 16-bit registers.
+const int kRegisterBytes = 2;
+
 struct TypeInfo {
     TypeGroup group;
     quint8 elementSize; ///< Bytes between elements of an array; 0: elements have no size.

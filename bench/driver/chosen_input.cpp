@@ -1,7 +1,7 @@
 #include <vector>
 
+#include "base/keyed_hash.h"
 #include "benchmarks.h"
-#include "driver/keyed_hash.h"
 #include "support/driver.h"
 #include "support/measure.h"
 #include "support/symbols.h"

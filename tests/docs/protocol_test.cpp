@@ -1,7 +1,7 @@
 #include <QtCore/QMap>
 #include <QtCore/QRegularExpression>
 
-#include "image/local_data.h"
+#include "driver/image_access.h"
 #include "markdown.h"
 #include "support/driver_fixture.h"
 

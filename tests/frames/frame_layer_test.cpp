@@ -2,6 +2,7 @@
 
 #include <climits>
 
+#include "driver/reply_judging.h"
 #include "support/driver_fixture.h"
 
 namespace plc {

@@ -2,6 +2,8 @@
 
 #include <climits>
 
+#include "driver/reply_judging.h"
+#include "driver/request_building.h"
 #include "support/driver_fixture.h"
 
 namespace plc {

@@ -2,6 +2,7 @@
 
 #include <climits>
 
+#include "driver/request_building.h"
 #include "support/driver_fixture.h"
 
 namespace plc {

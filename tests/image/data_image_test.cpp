@@ -5,7 +5,7 @@
 #include <map>
 #include <vector>
 
-#include "driver/wrapped_int.h"
+#include "base/wrapped_int.h"
 #include "support/random.h"
 
 namespace plc {

@@ -1,9 +1,11 @@
-#include "image/local_data.h"
+#include "driver/image_access.h"
 
 #include <climits>
 #include <map>
 
-#include "driver/wrapped_int.h"
+#include "base/wrapped_int.h"
+#include "driver/reply_judging.h"
+#include "driver/request_building.h"
 #include "support/driver_fixture.h"
 #include "support/lock_check.h"
 #include "support/random.h"

@@ -1,8 +1,8 @@
 #include <climits>
 #include <map>
 
-#include "driver/wrapped_int.h"
-#include "image/local_data.h"
+#include "base/wrapped_int.h"
+#include "driver/image_access.h"
 #include "support/lock_check.h"
 #include "support/random.h"
 #include "support/symbol_fixture.h"

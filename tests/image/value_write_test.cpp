@@ -1,6 +1,6 @@
 #include <climits>
 
-#include "image/local_data.h"
+#include "driver/image_access.h"
 #include "support/random.h"
 #include "support/record_checks.h"
 #include "support/symbol_fixture.h"

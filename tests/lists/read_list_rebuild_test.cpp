@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 
+#include "driver/list_access.h"
 #include "lists/variable_lists.h"
 #include "support/lock_check.h"
 #include "support/random.h"

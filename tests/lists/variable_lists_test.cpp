@@ -3,7 +3,7 @@
 #include <climits>
 #include <thread>
 
-#include "driver/wrapped_int.h"
+#include "base/wrapped_int.h"
 #include "support/lock_check.h"
 #include "support/random.h"
 #include "support/record_checks.h"
@@ -319,7 +319,7 @@ protected:
 
 TEST_F(WritePieces, LastPieceHoldsTheRest)
 {
-    queueWritePieces(fullRecord(), bytes(7), 3);
+    queueWritePieces(PLC_driver.writeList, fullRecord(), bytes(7), 3);
     ASSERT_EQ((Places{{10, 3}, {13, 3}, {16, 1}}), places(PLC_driver.writeList));
     EXPECT_EQ(hex("03 0A 11"), PLC_driver.writeList.at(0).data);
     EXPECT_EQ(hex("18 1F 26"), PLC_driver.writeList.at(1).data);
@@ -328,7 +328,7 @@ TEST_F(WritePieces, LastPieceHoldsTheRest)
 
 TEST_F(WritePieces, PiecesCarryTheOtherMembers)
 {
-    queueWritePieces(fullRecord(), bytes(4), 4);
+    queueWritePieces(PLC_driver.writeList, fullRecord(), bytes(4), 4);
     RW_VAR expected = fullRecord();
     expected.length = 4;
     expected.data = bytes(4);
@@ -338,14 +338,14 @@ TEST_F(WritePieces, PiecesCarryTheOtherMembers)
 
 TEST_F(WritePieces, NoBytesQueueNothing)
 {
-    queueWritePieces(fullRecord(), QByteArray(), 4);
+    queueWritePieces(PLC_driver.writeList, fullRecord(), QByteArray(), 4);
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
 }
 
 TEST_F(WritePieces, PiecesBehindTheHeadAreReplaced)
 {
-    queueWritePieces(fullRecord(), bytes(6), 2);
-    queueWritePieces(fullRecord(), QByteArray(6, 'x'), 2);
+    queueWritePieces(PLC_driver.writeList, fullRecord(), bytes(6), 2);
+    queueWritePieces(PLC_driver.writeList, fullRecord(), QByteArray(6, 'x'), 2);
     // The head's place is queued once more; the two behind it are replaced where they are.
     ASSERT_EQ((Places{{10, 2}, {12, 2}, {14, 2}, {10, 2}}), places(PLC_driver.writeList));
     EXPECT_EQ(bytes(2), PLC_driver.writeList.at(0).data);
@@ -363,7 +363,7 @@ TEST_F(WritePieces, FullListTakesReplacementsOnly)
     }
     RW_VAR record = fullRecord();
     record.address = 100000 + 2 * 1021;
-    queueWritePieces(record, QByteArray(10, 'x'), 1);
+    queueWritePieces(PLC_driver.writeList, record, QByteArray(10, 'x'), 1);
     ASSERT_EQ(1024, int(PLC_driver.writeList.size()));
     EXPECT_EQ(hex("0F 10"), PLC_driver.writeList.at(1020).data);
     for (int i = 1021; i < 1024; ++i)
@@ -393,7 +393,7 @@ TEST_F(WritePieces, FullListKeepsEntriesOfLengthZeroAndReplacesThoseBehindThem)
     AddListWriteVar(&record, 1);
 
     record.address = 500;
-    queueWritePieces(record, QByteArray(4, 'x'), 2);
+    queueWritePieces(PLC_driver.writeList, record, QByteArray(4, 'x'), 2);
     ASSERT_EQ(1025, int(PLC_driver.writeList.size()));
     for (int i = 1020; i < 1023; ++i) {
         EXPECT_EQ(0, PLC_driver.writeList.at(i).length) << i;
@@ -426,7 +426,7 @@ TEST_F(WritePieces, EqualWritesOneAfterTheOther)
         addOneByOne(record, value, pieceSize);
         const QList<RW_VAR> expected = PLC_driver.writeList;
         PLC_driver.writeList = start;
-        queueWritePieces(record, value, pieceSize);
+        queueWritePieces(PLC_driver.writeList, record, value, pieceSize);
         expectEqualLists(expected, PLC_driver.writeList);
         ASSERT_FALSE(HasFailure()) << "round " << round;
     }
@@ -441,7 +441,7 @@ TEST_F(WritePieces, PiecesOfAWrappedAddressEqualWritesOneAfterTheOther)
     EXPECT_EQ((Places{{INT_MAX - 4, 3}, {INT_MAX - 1, 3}, {INT_MIN + 1, 3}, {INT_MIN + 4, 3}}),
               places(expected));
     PLC_driver.writeList.clear();
-    queueWritePieces(record, bytes(12), 3);
+    queueWritePieces(PLC_driver.writeList, record, bytes(12), 3);
     expectEqualLists(expected, PLC_driver.writeList);
 }
 

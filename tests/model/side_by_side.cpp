@@ -6,10 +6,11 @@
 #include <new>
 #include <random>
 
+#include "driver/label_access.h"
+#include "driver/list_access.h"
 #include "lists/read_list_rebuild.h"
 #include "lists/variable_lists.h"
 #include "model/library_side.h"
-#include "symbols/label_resolution.h"
 
 namespace plc {
 namespace model {

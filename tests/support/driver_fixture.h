@@ -13,7 +13,7 @@
 
 #include "driver/Communication_Protocol.h"
 #include "driver/plc_driver.h"
-#include "frames/handshake.h"
+#include "driver/request_building.h"
 
 // How GoogleTest shows bytes in a failure message.
 inline void PrintTo(const QByteArray& bytes, std::ostream* out)

@@ -3,8 +3,8 @@
 
 #include <ostream>
 
+#include "driver/label_access.h"
 #include "support/driver_fixture.h"
-#include "symbols/label_resolution.h"
 
 namespace plc {
 namespace test {

@@ -1,4 +1,4 @@
-#include "symbols/address_conversion.h"
+#include "driver/label_access.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 
 #include <climits>
 
-#include "driver/wrapped_int.h"
+#include "base/wrapped_int.h"
 #include "support/random.h"
 #include "support/symbol_fixture.h"
 
@@ -1372,7 +1372,7 @@ TEST_F(RandomLabels, TextOfBracketsCommasAndDotsResolvesAsAPlainWalkerResolvesIt
         QString label = random.oneIn(2) ? "." : "MAIN.rec";
         for (int length = random.below(12); length > 0; --length)
             label += alphabet.at(random.below(int(alphabet.size())));
-        prefetchLabel(label); // whatever its text is, it changes nothing
+        labelResolver().prefetch(label); // whatever its text is, it changes nothing
         ASSERT_EQ(plain.resolve(label), resolve(label)) << label.toStdString();
     }
 }

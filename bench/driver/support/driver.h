@@ -1,9 +1,9 @@
 #ifndef PLC_BENCH_SUPPORT_DRIVER_H
 #define PLC_BENCH_SUPPORT_DRIVER_H
 
+#include "driver/image_access.h"
+#include "driver/label_access.h"
 #include "driver/plc_driver.h"
-#include "image/local_data.h"
-#include "symbols/label_resolution.h"
 
 namespace plc {
 namespace bench {

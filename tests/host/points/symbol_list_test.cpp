@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include "driver/Communication_Protocol.h"
+#include "driver/label_access.h"
 #include "host/points/symbol_list.h"
 #include "project/label_lookup.h"
 #include "project/memory_layout.h"
-#include "symbols/label_resolution.h"
 #include "tests/project/project_text.h"
 #include "values/iec_types.h"
 

@@ -1,4 +1,4 @@
-#include "driver/keyed_hash.h"
+#include "base/keyed_hash.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "driver/hash_table.h"
+#include "base/hash_table.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "driver/wrapped_int.h"
+#include "base/wrapped_int.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#ifndef PLC_SYMBOLS_LABEL_TEXT_H
-#define PLC_SYMBOLS_LABEL_TEXT_H
+#ifndef PLC_BASE_LABEL_TEXT_H
+#define PLC_BASE_LABEL_TEXT_H
 
 #include <QtCore/QString>
 

@@ -1,5 +1,5 @@
-#ifndef PLC_DRIVER_WRAPPED_INT_H
-#define PLC_DRIVER_WRAPPED_INT_H
+#ifndef PLC_BASE_WRAPPED_INT_H
+#define PLC_BASE_WRAPPED_INT_H
 
 #include <QtCore/QtGlobal>
 

@@ -1,5 +1,5 @@
-#ifndef PLC_DRIVER_HASH_TABLE_H
-#define PLC_DRIVER_HASH_TABLE_H
+#ifndef PLC_BASE_HASH_TABLE_H
+#define PLC_BASE_HASH_TABLE_H
 
 #include <QtCore/QVector>
 
