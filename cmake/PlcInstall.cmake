@@ -52,7 +52,7 @@ install(FILES ${PROJECT_BINARY_DIR}/${PLC_DRIVER_NAME}.pc
   DESTINATION ${plc_pkg_config_dir} COMPONENT development)
 
 # In the folders of the sources, so that the links between the documents lead somewhere.
-install(FILES CHANGELOG.md README.md
+install(FILES CHANGELOG.md CONTRIBUTING.md README.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development OPTIONAL)
 install(DIRECTORY docs
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development
