@@ -31,27 +31,29 @@ QString readName(const JsonNode& node)
     return name;
 }
 
-/// Reports the second of two equal names; `first` are the names with their paths.
-void checkUnique(const JsonNode& nameNode, QHash<QString, QString>* first)
+using NamesSoFar = QHash<QString, JsonValue>;
+
+/// Reports the second of two equal names.
+void checkUnique(const JsonNode& nameNode, const QString& name, NamesSoFar* names)
 {
-    const QString name = nameNode.value().toString();
-    if (first->contains(name)) {
-        nameNode.fail(QStringLiteral("the name %1 is taken by %2")
-                          .arg(values::quoted(name), first->value(name)));
+    const JsonValue first = names->value(name);
+    if (first.type() != JsonValue::Type::Missing) {
+        nameNode.fail(
+            QStringLiteral("the name %1 is taken by %2").arg(values::quoted(name), first.path()));
     }
-    first->insert(name, nameNode.path());
+    names->insert(name, nameNode.value());
 }
 
 ArrayDimension readDimension(const JsonNode& node)
 {
-    const QVector<JsonNode> bounds = node.elements();
+    const JsonNode::Elements bounds = node.elements();
     if (bounds.size() != 2) {
         node.fail(QStringLiteral("expected the lower and the upper bound, as in [1, 8]"));
         return {};
     }
     ArrayDimension dimension;
-    dimension.lower = int(bounds[0].integer(kLowestBound, kHighestBound));
-    dimension.upper = int(bounds[1].integer(kLowestBound, kHighestBound));
+    dimension.lower = int((*bounds.begin()).integer(kLowestBound, kHighestBound));
+    dimension.upper = int((*++bounds.begin()).integer(kLowestBound, kHighestBound));
     if (dimension.upper < dimension.lower) {
         node.fail(QStringLiteral("found the upper bound %1 below the lower bound %2")
                       .arg(dimension.upper)
@@ -64,14 +66,14 @@ ArrayDimension readDimension(const JsonNode& node)
 QVector<ArrayDimension> readArray(const JsonNode& node)
 {
     QVector<ArrayDimension> dimensions;
-    const QVector<JsonNode> list = node.elements();
+    const JsonNode::Elements list = node.elements();
     if (list.isEmpty() || list.size() > kMostDimensions) {
         node.fail(QStringLiteral("expected 1 to %1 dimensions, as in [[1, 8], [0, 3]]")
                       .arg(kMostDimensions));
         return dimensions;
     }
     qint64 count = 1;
-    for (const JsonNode& dimensionNode : list) {
+    for (const JsonNode dimensionNode : list) {
         const ArrayDimension dimension = readDimension(dimensionNode);
         count *= qint64(dimension.upper) - dimension.lower + 1;
         if (count > kHighestOffset) {
@@ -99,56 +101,88 @@ void checkTextFits(const JsonNode& node, const Variable& variable)
     }
 }
 
-void checkNothingShared(const JsonNode& list, const QVector<Variable>& variables,
-                        const QVector<QString>& paths, const QStringList& labels)
+/// Variables that must not share memory, the scopes or the structure that they are declared in, and
+/// the lists of the document that declare them.
+struct Declared {
+    std::vector<QVector<Variable>> variables;
+    std::vector<QString> owners;
+    std::vector<JsonNode> lists;
+
+    void append(const QString& owner, const QVector<Variable>& members, const JsonNode& list)
+    {
+        variables.push_back(members);
+        owners.push_back(owner);
+        lists.push_back(list);
+    }
+};
+
+/// One of them, counted through all lists.
+class DeclaredVariable {
+public:
+    DeclaredVariable(const Declared& declared, int number) : m_declared(declared), m_index(number)
+    {
+        for (; m_index >= int(declared.variables[m_list].size()); ++m_list)
+            m_index -= int(declared.variables[m_list].size());
+    }
+
+    QString path() const
+    {
+        return m_declared.lists[m_list].path() + QLatin1Char('/') + QString::number(m_index);
+    }
+    QString label() const { return m_declared.owners[m_list] + QLatin1Char('.') + variable().name; }
+    bool isBit() const { return variable().type != nullptr && values::isBit(*variable().type); }
+
+private:
+    const Variable& variable() const { return m_declared.variables[m_list][m_index]; }
+
+    const Declared& m_declared;
+    std::size_t m_list = 0;
+    int m_index;
+};
+
+void checkNothingShared(const Declared& declared, DocumentErrors* errors)
 {
     // Places are only as small as they should be where nothing was wrong so far.
-    if (!list.errors()->isEmpty())
+    if (!errors->isEmpty())
         return;
-    const std::optional<SharedMemory> shared = findSharedMemory(variables);
+    const std::optional<SharedMemory> shared = findSharedMemory(declared.variables);
     if (!shared)
         return;
+    const DeclaredVariable first(declared, shared->first);
+    const DeclaredVariable second(declared, shared->second);
     const QString rule = QStringLiteral(
         "; a bit counts in the 16-bit word whose high byte is at offset / 16 and whose low byte is "
         "behind it");
-    const auto isBitVariable = [&](int index) {
-        return variables[index].type != nullptr && values::isBit(*variables[index].type);
-    };
-    const bool anyBit = isBitVariable(shared->first) || isBitVariable(shared->second);
     if (shared->first == shared->second) {
-        list.errors()->report(paths[shared->first],
-                              QStringLiteral("elements of %1 share byte %2 of memory%3")
-                                  .arg(labels[shared->first])
-                                  .arg(shared->byte)
-                                  .arg(rule));
+        errors->report(first.path(), QStringLiteral("elements of %1 share byte %2 of memory%3")
+                                         .arg(first.label())
+                                         .arg(shared->byte)
+                                         .arg(rule));
         return;
     }
-    list.errors()->report(
-        paths[shared->second],
+    errors->report(
+        second.path(),
         QStringLiteral("%1 and %2 (%3) share byte %4 of memory; move one, or mark the one that "
                        "lies there on purpose with \"overlay\": true%5")
-            .arg(labels[shared->second], labels[shared->first], paths[shared->first])
+            .arg(second.label(), first.label(), first.path())
             .arg(shared->byte)
-            .arg(anyBit ? rule : QString()));
+            .arg(first.isBit() || second.isBit() ? rule : QString()));
 }
 
-const QStringList kVariableKeys = {QStringLiteral("array"),  QStringLiteral("length"),
-                                   QStringLiteral("unit"),   QStringLiteral("description"),
-                                   QStringLiteral("signal"), QStringLiteral("overlay")};
+const JsonKeys kVariableKeys = {"array", "length", "unit", "description", "signal", "overlay"};
 
 } // namespace
 
 QVector<std::shared_ptr<const StructureType>> DeclarationReader::readStructures(
     const JsonNode& list)
 {
-    QHash<QString, QString> names;
+    NamesSoFar names;
     QStringList order;
-    for (const JsonNode& node : list.elements()) {
-        node.checkKeys({QStringLiteral("name"), QStringLiteral("size"), QStringLiteral("members")},
-                       {QStringLiteral("description")});
+    for (const JsonNode node : list.elements()) {
+        node.checkKeys({"name", "size", "members"}, {"description"});
         const JsonNode nameNode = node.member("name");
         const QString name = readName(nameNode);
-        checkUnique(nameNode, &names);
+        checkUnique(nameNode, name, &names);
         if (values::findIecType(name) != nullptr)
             nameNode.fail(
                 QStringLiteral("%1 is the name of an IEC type").arg(values::quoted(name)));
@@ -173,16 +207,14 @@ void DeclarationReader::readStructure(const QString& name)
     type->size = qint32(node.member("size").integer(1, kHighestOffset));
     if (node.has("description"))
         type->description = node.member("description").text();
-    QHash<QString, QString> names;
-    QVector<QString> paths;
-    QStringList labels;
+    NamesSoFar names;
     const JsonNode list = node.member("members");
-    const QVector<JsonNode> members = list.elements();
+    const JsonNode::Elements members = list.elements();
     if (members.isEmpty())
         list.fail(QStringLiteral("expected at least one member"));
-    for (const JsonNode& memberNode : members) {
+    for (const JsonNode memberNode : members) {
         const Variable member = readMember(memberNode);
-        checkUnique(memberNode.member("name"), &names);
+        checkUnique(memberNode.member("name"), member.name, &names);
         if (!list.errors()->isEmpty())
             return;
         if (transferEnd(member) > type->size) {
@@ -193,10 +225,10 @@ void DeclarationReader::readStructure(const QString& name)
                                 .arg(type->size));
         }
         type->members.append(member);
-        paths.append(memberNode.path());
-        labels.append(name + QLatin1Char('.') + member.name);
     }
-    checkNothingShared(list, type->members, paths, labels);
+    Declared declared;
+    declared.append(name, type->members, list);
+    checkNothingShared(declared, list.errors());
     m_underWay.removeLast();
     qint64 values = 0;
     for (const Variable& member : type->members)
@@ -208,7 +240,7 @@ void DeclarationReader::readStructure(const QString& name)
 
 std::shared_ptr<const StructureType> DeclarationReader::useStructure(const JsonNode& typeNode)
 {
-    const QString name = typeNode.value().toString();
+    const QString name = typeNode.value().text();
     if (m_underWay.contains(name)) {
         const QStringList circle = m_underWay.mid(m_underWay.indexOf(name)) << name;
         typeNode.fail(QStringLiteral("structure %1 contains itself: %2")
@@ -233,25 +265,19 @@ std::shared_ptr<const StructureType> DeclarationReader::useStructure(const JsonN
 QVector<ScopeDefinition> DeclarationReader::readScopes(const JsonNode& list)
 {
     QVector<ScopeDefinition> scopes;
-    QHash<QString, QString> names;
-    QVector<Variable> all;
-    QVector<QString> paths;
-    QStringList labels;
-    for (const JsonNode& node : list.elements()) {
+    NamesSoFar names;
+    Declared declared;
+    for (const JsonNode node : list.elements()) {
         const ScopeDefinition scope = readScope(node);
-        checkUnique(node.member("name"), &names);
+        checkUnique(node.member("name"), scope.name, &names);
         if (!list.errors()->isEmpty())
             return {};
         checkCount(scope, node);
-        for (int index = 0; index < int(scope.variables.size()); ++index) {
-            all.append(scope.variables[index]);
-            paths.append(QStringLiteral("%1/variables/%2").arg(node.path()).arg(index));
-            labels.append(scope.name + QLatin1Char('.') + scope.variables[index].name);
-        }
+        declared.append(scope.name, scope.variables, node.member("variables"));
         scopes.append(scope);
     }
     if (m_rule == SharedMemoryRule::Refused)
-        checkNothingShared(list, all, paths, labels);
+        checkNothingShared(declared, list.errors());
     return scopes;
 }
 
@@ -285,17 +311,18 @@ void DeclarationReader::checkCount(const ScopeDefinition& scope, const JsonNode&
 
 ScopeDefinition DeclarationReader::readScope(const JsonNode& node)
 {
-    node.checkKeys({QStringLiteral("name"), QStringLiteral("variables")},
-                   {QStringLiteral("description")});
+    node.checkKeys({"name", "variables"}, {"description"});
     ScopeDefinition scope;
     scope.name = node.member("name").text();
     // Global variables have no scope name: their labels begin with the dot.
     if (!scope.name.isEmpty())
         readName(node.member("name"));
-    QHash<QString, QString> names;
-    for (const JsonNode& variableNode : node.member("variables").elements()) {
+    NamesSoFar names;
+    const JsonNode::Elements variables = node.member("variables").elements();
+    scope.variables.reserve(variables.size());
+    for (const JsonNode variableNode : variables) {
         scope.variables.append(readScopeVariable(variableNode));
-        checkUnique(variableNode.member("name"), &names);
+        checkUnique(variableNode.member("name"), scope.variables.last().name, &names);
         if (!node.errors()->isEmpty())
             break;
     }
@@ -304,8 +331,7 @@ ScopeDefinition DeclarationReader::readScope(const JsonNode& node)
 
 Variable DeclarationReader::readMember(const JsonNode& node)
 {
-    node.checkKeys({QStringLiteral("name"), QStringLiteral("type"), QStringLiteral("offset")},
-                   kVariableKeys);
+    node.checkKeys({"name", "type", "offset"}, kVariableKeys);
     Variable member = readVariable(node);
     if (member.type != nullptr && values::isBit(*member.type)) {
         node.member("type").fail(
@@ -316,9 +342,7 @@ Variable DeclarationReader::readMember(const JsonNode& node)
 
 Variable DeclarationReader::readScopeVariable(const JsonNode& node)
 {
-    node.checkKeys({QStringLiteral("name"), QStringLiteral("type"), QStringLiteral("area"),
-                    QStringLiteral("offset")},
-                   kVariableKeys);
+    node.checkKeys({"name", "type", "area", "offset"}, kVariableKeys);
     Variable variable = readVariable(node);
     variable.area = int(node.member("area").integer(0, kHighestAreaIndex));
     if (node.errors()->isEmpty())
@@ -334,9 +358,9 @@ Variable DeclarationReader::readVariable(const JsonNode& node)
     if (node.has("array"))
         variable.dimensions = readArray(node.member("array"));
     if (node.has("unit"))
-        variable.unit = node.member("unit").text();
+        variable.unit = m_texts.shared(node.member("unit").text());
     if (node.has("description"))
-        variable.description = node.member("description").text();
+        variable.description = m_texts.shared(node.member("description").text());
     if (node.has("overlay"))
         variable.overlay = node.member("overlay").boolean();
     readType(node, &variable);

@@ -2,6 +2,7 @@
 #define PLC_PROJECT_DECLARATION_READER_H
 
 #include <QtCore/QHash>
+#include <QtCore/QSet>
 #include <QtCore/QStringList>
 
 #include "project/json_node.h"
@@ -14,6 +15,15 @@ constexpr int kDeepestNesting = 16;
 
 constexpr int kMostDimensions = 8;
 constexpr int kLongestText = 32000; ///< Characters of a STRING or WSTRING.
+
+/// Gives texts of which many are equal, such as units, one place in memory.
+class TextPool {
+public:
+    QString shared(const QString& text) { return *m_texts.insert(text); }
+
+private:
+    QSet<QString> m_texts;
+};
 
 /// Reads and checks the structures and scopes of a project document.
 class DeclarationReader {
@@ -53,6 +63,7 @@ private:
     QHash<QString, Structure> m_structures;
     QVector<std::shared_ptr<const StructureType>> m_finished;
     QStringList m_underWay; ///< Structures being read, the outermost first.
+    TextPool m_texts;
     int m_deepestMember = 0;
     qint64 m_values = 0; ///< Of the scopes read so far.
 };

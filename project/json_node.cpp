@@ -1,8 +1,8 @@
 #include "project/json_node.h"
 
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonObject>
+#include <QtCore/QStringList>
 
+#include <algorithm>
 #include <cmath>
 
 #include "values/nearest_name.h"
@@ -10,13 +10,23 @@
 namespace plc::project {
 namespace {
 
-/// A key as it stands in a JSON pointer.
-QString pointerToken(QString key)
+bool contains(const JsonKeys& keys, std::string_view key)
 {
-    key.replace(QLatin1String("~"), QLatin1String("~0"));
-    key.replace(QLatin1String("/"), QLatin1String("~1"));
-    const QString printable = values::quoted(key);
-    return printable.mid(1, printable.size() - 2);
+    return std::any_of(keys.begin(), keys.end(), [key](const char* each) { return key == each; });
+}
+
+void reportUnknown(const JsonNode& node, const QString& key, const JsonKeys& required,
+                   const JsonKeys& optional)
+{
+    QStringList known;
+    for (const JsonKeys* keys : {&required, &optional}) {
+        for (const char* each : *keys)
+            known.append(QString::fromLatin1(each));
+    }
+    node.errors()->report(node.path() + QLatin1Char('/') + pointerToken(key),
+                          QStringLiteral("unknown key %1%2, expected one of %3")
+                              .arg(values::quoted(key), values::nearestNameHint(key, known),
+                                   known.join(QLatin1String(", "))));
 }
 
 } // namespace
@@ -31,81 +41,97 @@ void DocumentErrors::report(const QString& path, const QString& text)
     m_first += text;
 }
 
+QString JsonNode::path() const
+{
+    const QString path = m_place.path();
+    return m_missingKey == nullptr ? path
+                                   : path + QLatin1Char('/') + QString::fromLatin1(m_missingKey);
+}
+
+void JsonNode::fail(const QString& text) const
+{
+    if (m_errors->isEmpty())
+        m_errors->report(path(), text);
+}
+
 void JsonNode::failExpecting(const QString& expected) const
 {
     fail(QStringLiteral("found %1, expected %2").arg(shown(), expected));
 }
 
-void JsonNode::checkKeys(const QStringList& required, const QStringList& optional) const
+void JsonNode::checkKeys(const JsonKeys& required, const JsonKeys& optional) const
 {
-    if (!m_value.isObject()) {
+    const JsonValue object = value();
+    if (!object.isObject()) {
         failExpecting(QStringLiteral("an object"));
         return;
     }
-    const QStringList known = required + optional;
-    const QStringList keys = m_value.toObject().keys();
-    for (const QString& key : keys) {
-        if (known.contains(key))
-            continue;
-        m_errors->report(m_path + QLatin1Char('/') + pointerToken(key),
-                         QStringLiteral("unknown key %1%2, expected one of %3")
-                             .arg(values::quoted(key), values::nearestNameHint(key, known),
-                                  known.join(QLatin1String(", "))));
+    QStringList unknown;
+    const JsonValue end = object.end();
+    for (JsonValue key = object.first(); key != end; key = key.nextKey()) {
+        if (!contains(required, key.utf8()) && !contains(optional, key.utf8()))
+            unknown.append(key.text());
+    }
+    if (!unknown.isEmpty()) {
+        // Whichever comes first in the file: the same document, its lines in another order, is told
+        // the same.
+        reportUnknown(*this, *std::min_element(unknown.begin(), unknown.end()), required, optional);
         return;
     }
-    for (const QString& key : required) {
-        if (!keys.contains(key)) {
-            fail(QStringLiteral("key %1 is missing").arg(values::quoted(key)));
+    for (const char* key : required) {
+        if (!has(key)) {
+            fail(QStringLiteral("key %1 is missing").arg(values::quoted(QString::fromLatin1(key))));
             return;
         }
     }
 }
 
-bool JsonNode::has(const char* key) const
-{
-    return m_value.toObject().contains(QLatin1String(key));
-}
-
 JsonNode JsonNode::member(const char* key) const
 {
-    const QString name = QString::fromLatin1(key);
-    return {m_value.toObject().value(name), m_path + QLatin1Char('/') + name, m_errors};
+    const JsonValue found = value().member(key);
+    JsonNode node(found, m_errors);
+    if (found.type() == JsonValue::Type::Missing) {
+        node.m_place = m_place;
+        node.m_missingKey = key;
+    }
+    return node;
 }
 
-QVector<JsonNode> JsonNode::elements() const
+JsonNode::Elements JsonNode::elements() const
 {
-    QVector<JsonNode> nodes;
-    if (!m_value.isArray()) {
-        failExpecting(QStringLiteral("a list"));
-        return nodes;
-    }
-    const QJsonArray array = m_value.toArray();
-    nodes.reserve(array.size());
-    for (int index = 0; index < int(array.size()); ++index)
-        nodes.append(
-            {array.at(index), m_path + QLatin1Char('/') + QString::number(index), m_errors});
-    return nodes;
+    if (value().isList())
+        return {m_place, m_errors};
+    failExpecting(QStringLiteral("a list"));
+    return {JsonValue(), m_errors};
+}
+
+int JsonNode::Elements::size() const
+{
+    int size = 0;
+    for (Iterator each = begin(); each != end(); ++each)
+        ++size;
+    return size;
 }
 
 QString JsonNode::text() const
 {
-    if (!m_value.isString())
+    if (!value().isText())
         failExpecting(QStringLiteral("a text"));
-    return m_value.toString();
+    return value().text();
 }
 
 bool JsonNode::boolean() const
 {
-    if (!m_value.isBool())
+    if (value().type() != JsonValue::Type::Boolean)
         failExpecting(QStringLiteral("true or false"));
-    return m_value.toBool();
+    return value().boolean();
 }
 
 qint64 JsonNode::integer(qint64 minimum, qint64 maximum) const
 {
-    const double number = m_value.toDouble();
-    if (!m_value.isDouble() || number != std::floor(number) || number < double(minimum) ||
-        number > double(maximum)) {
+    const double number = value().number();
+    if (value().type() != JsonValue::Type::Number || number != std::floor(number) ||
+        number < double(minimum) || number > double(maximum)) {
         failExpecting(QStringLiteral("a whole number from %1 to %2").arg(minimum).arg(maximum));
         return minimum;
     }
@@ -114,27 +140,28 @@ qint64 JsonNode::integer(qint64 minimum, qint64 maximum) const
 
 double JsonNode::number() const
 {
-    if (!m_value.isDouble())
+    if (value().type() != JsonValue::Type::Number)
         failExpecting(QStringLiteral("a number"));
-    return m_value.toDouble();
+    return value().number();
 }
 
 QString JsonNode::shown() const
 {
-    switch (m_value.type()) {
-        case QJsonValue::Null:
+    const JsonValue shown = value();
+    switch (shown.type()) {
+        case JsonValue::Type::Null:
             return QStringLiteral("null");
-        case QJsonValue::Bool:
-            return m_value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
-        case QJsonValue::Double:
-            return QString::number(m_value.toDouble(), 'g', 15);
-        case QJsonValue::String:
-            return values::quoted(m_value.toString());
-        case QJsonValue::Array:
+        case JsonValue::Type::Boolean:
+            return shown.boolean() ? QStringLiteral("true") : QStringLiteral("false");
+        case JsonValue::Type::Number:
+            return QString::number(shown.number(), 'g', 15);
+        case JsonValue::Type::Text:
+            return values::quoted(shown.text());
+        case JsonValue::Type::List:
             return QStringLiteral("a list");
-        case QJsonValue::Object:
+        case JsonValue::Type::Object:
             return QStringLiteral("an object");
-        case QJsonValue::Undefined:
+        case JsonValue::Type::Missing:
             break;
     }
     return QStringLiteral("nothing");

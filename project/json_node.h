@@ -1,10 +1,11 @@
 #ifndef PLC_PROJECT_JSON_NODE_H
 #define PLC_PROJECT_JSON_NODE_H
 
-#include <QtCore/QJsonValue>
 #include <QtCore/QString>
-#include <QtCore/QStringList>
-#include <QtCore/QVector>
+
+#include <vector>
+
+#include "project/json_value.h"
 
 namespace plc::project {
 
@@ -24,29 +25,66 @@ private:
     QString m_first;
 };
 
-/// A value of a JSON document that knows its path. Every reader reports what does not fit and then
-/// returns a value that does.
+/// Names of keys as errors list them.
+using JsonKeys = std::vector<const char*>;
+
+/// A value of a JSON document with the place where errors go. Every reader reports what does not
+/// fit and then returns a value that does.
 class JsonNode {
 public:
-    JsonNode(const QJsonValue& value, const QString& path, DocumentErrors* errors)
-        : m_value(value), m_path(path), m_errors(errors)
-    {
-    }
+    JsonNode(const JsonValue& value, DocumentErrors* errors) : m_place(value), m_errors(errors) {}
 
-    const QJsonValue& value() const { return m_value; }
-    const QString& path() const { return m_path; }
+    /// Missing where the key is.
+    JsonValue value() const { return m_missingKey == nullptr ? m_place : JsonValue(); }
+    QString path() const;
     DocumentErrors* errors() const { return m_errors; }
 
-    void fail(const QString& text) const { m_errors->report(m_path, text); }
+    void fail(const QString& text) const;
     /// Reports that the value is not what is `expected`.
     void failExpecting(const QString& expected) const;
 
     /// Reports keys that are in neither list and keys of `required` that are missing.
-    void checkKeys(const QStringList& required, const QStringList& optional) const;
-    bool has(const char* key) const;
+    void checkKeys(const JsonKeys& required, const JsonKeys& optional) const;
+    bool has(const char* key) const
+    {
+        return value().member(key).type() != JsonValue::Type::Missing;
+    }
     JsonNode member(const char* key) const;
-    /// Elements of an array; none if it is not an array.
-    QVector<JsonNode> elements() const;
+
+    /// Elements of a list, one after the other.
+    class Elements {
+    public:
+        class Iterator {
+        public:
+            Iterator(const JsonValue& value, DocumentErrors* errors)
+                : m_value(value), m_errors(errors)
+            {
+            }
+            JsonNode operator*() const { return {m_value, m_errors}; }
+            Iterator& operator++()
+            {
+                m_value = m_value.next();
+                return *this;
+            }
+            bool operator!=(const Iterator& other) const { return m_value != other.m_value; }
+
+        private:
+            JsonValue m_value;
+            DocumentErrors* m_errors;
+        };
+
+        Elements(const JsonValue& list, DocumentErrors* errors) : m_list(list), m_errors(errors) {}
+        Iterator begin() const { return {m_list.first(), m_errors}; }
+        Iterator end() const { return {m_list.end(), m_errors}; }
+        bool isEmpty() const { return !(begin() != end()); }
+        int size() const;
+
+    private:
+        JsonValue m_list;
+        DocumentErrors* m_errors;
+    };
+    /// None if it is no list.
+    Elements elements() const;
 
     QString text() const;
     bool boolean() const;
@@ -57,8 +95,8 @@ public:
     QString shown() const;
 
 private:
-    QJsonValue m_value;
-    QString m_path;
+    JsonValue m_place;                  ///< Of what lacks the key, where it is missing.
+    const char* m_missingKey = nullptr; ///< Null: the value is there.
     DocumentErrors* m_errors;
 };
 

@@ -46,7 +46,15 @@ void appendOccupied(const Variable& variable, int owner, std::vector<Occupied>* 
 
 enum class Overlays { LeftOut, Included };
 
-/// In the order of memory; of those that begin at one place the largest first.
+/// Of those that begin at one place the largest comes first.
+void sortByPlace(std::vector<Occupied>* occupied)
+{
+    std::stable_sort(occupied->begin(), occupied->end(), [](const Occupied& a, const Occupied& b) {
+        return std::tie(a.area, a.first, b.end) < std::tie(b.area, b.first, a.end);
+    });
+}
+
+/// In the order of memory.
 std::vector<Occupied> occupiedMemory(const QVector<Variable>& variables, Overlays overlays)
 {
     std::vector<Occupied> occupied;
@@ -54,9 +62,7 @@ std::vector<Occupied> occupiedMemory(const QVector<Variable>& variables, Overlay
         if (overlays == Overlays::Included || !variables[index].overlay)
             appendOccupied(variables[index], index, &occupied);
     }
-    std::stable_sort(occupied.begin(), occupied.end(), [](const Occupied& a, const Occupied& b) {
-        return std::tie(a.area, a.first, b.end) < std::tie(b.area, b.first, a.end);
-    });
+    sortByPlace(&occupied);
     return occupied;
 }
 
@@ -125,7 +131,21 @@ BitPlace bitPlace(qint64 offset)
 
 std::optional<SharedMemory> findSharedMemory(const QVector<Variable>& variables)
 {
-    const std::vector<Occupied> occupied = occupiedMemory(variables, Overlays::LeftOut);
+    return findSharedMemory(std::vector<QVector<Variable>>{variables});
+}
+
+std::optional<SharedMemory> findSharedMemory(const std::vector<QVector<Variable>>& lists)
+{
+    std::vector<Occupied> occupied;
+    int owner = 0;
+    for (const QVector<Variable>& variables : lists) {
+        for (const Variable& variable : variables) {
+            if (!variable.overlay)
+                appendOccupied(variable, owner, &occupied);
+            ++owner;
+        }
+    }
+    sortByPlace(&occupied);
     const Occupied* reachesFarthest = nullptr;
     for (const Occupied& next : occupied) {
         if (reachesFarthest != nullptr && reachesFarthest->area == next.area &&

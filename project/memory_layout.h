@@ -4,6 +4,7 @@
 #include <QtCore/QVector>
 
 #include <optional>
+#include <vector>
 
 #include "project/symbols.h"
 
@@ -46,6 +47,9 @@ struct SharedMemory {
     qint64 byte;
 };
 std::optional<SharedMemory> findSharedMemory(const QVector<Variable>& variables);
+
+/// The same of variables that lie in several lists; `first` and `second` count through all of them.
+std::optional<SharedMemory> findSharedMemory(const std::vector<QVector<Variable>>& lists);
 
 /// The variables that lie over others, each once: `second` over `first`, which begins before it or
 /// is the larger one. Without the second ones nothing is shared. Overlays are left out.

@@ -2,17 +2,14 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
 #include <QtCore/QSet>
 
 #include <limits>
 
 #include "project/declaration_reader.h"
+#include "project/json_document.h"
 #include "project/json_node.h"
 #include "project/label_lookup.h"
-#include "project/repeated_key.h"
 #include "project/value_limits.h"
 #include "values/nearest_name.h"
 
@@ -37,20 +34,9 @@ QString tooLarge(const QString& name)
         .arg(kLargestFile / 1024 / 1024);
 }
 
-/// Line and column, both from 1, of the byte at `offset`.
-QString position(const QByteArray& json, int offset)
-{
-    const QByteArray before = json.left(offset);
-    const int line = int(before.count('\n')) + 1;
-    const QByteArray lineStart = before.mid(before.lastIndexOf('\n') + 1);
-    return QStringLiteral("line %1, column %2")
-        .arg(line)
-        .arg(QString::fromUtf8(lineStart).size() + 1);
-}
-
 void readPlc(const JsonNode& node, Project* project)
 {
-    node.checkKeys({}, {QStringLiteral("address"), QStringLiteral("port")});
+    node.checkKeys({}, {"address", "port"});
     if (node.has("address")) {
         project->address = node.member("address").text();
         if (project->address.trimmed().isEmpty())
@@ -79,9 +65,9 @@ const NumberSetting kNumberSettings[] = {
 
 void readSettings(const JsonNode& node, ProjectSettings* settings)
 {
-    QStringList keys{QStringLiteral("multiStation"), QStringLiteral("readOnly")};
+    JsonKeys keys{"multiStation", "readOnly"};
     for (const NumberSetting& setting : kNumberSettings)
-        keys.append(QString::fromLatin1(setting.key));
+        keys.push_back(setting.key);
     node.checkKeys({}, keys);
     for (const NumberSetting& setting : kNumberSettings) {
         if (node.has(setting.key)) {
@@ -105,9 +91,8 @@ QVector<MemoryArea> readAreas(const JsonNode& list)
 {
     QVector<MemoryArea> areas;
     QSet<int> indexes;
-    for (const JsonNode& node : list.elements()) {
-        node.checkKeys({QStringLiteral("index"), QStringLiteral("size")},
-                       {QStringLiteral("description")});
+    for (const JsonNode node : list.elements()) {
+        node.checkKeys({"index", "size"}, {"description"});
         MemoryArea area;
         area.index = int(node.member("index").integer(0, kHighestAreaIndex));
         area.size = qint32(node.member("size").integer(1, kLargestArea));
@@ -131,10 +116,10 @@ public:
 
     QVector<CyclicLabel> read(const JsonNode& list)
     {
-        for (const JsonNode& node : list.elements()) {
+        for (const JsonNode node : list.elements()) {
             if (!node.errors()->isEmpty())
                 return {};
-            if (node.value().isString())
+            if (node.value().isText())
                 readLabel(node, {});
             else
                 readObject(node);
@@ -149,8 +134,7 @@ private:
             node.failExpecting(QStringLiteral("a label or an object with the key \"label\""));
             return;
         }
-        node.checkKeys({QStringLiteral("label")},
-                       {QStringLiteral("elements"), QStringLiteral("station")});
+        node.checkKeys({"label"}, {"elements", "station"});
         CyclicLabel form;
         if (node.has("elements"))
             form.elements = int(node.member("elements").integer(1, kLargestArea));
@@ -224,10 +208,8 @@ private:
 Project readProject(const JsonNode& root, SharedMemoryRule rule)
 {
     Project project;
-    root.checkKeys(
-        {QStringLiteral("name"), QStringLiteral("areas"), QStringLiteral("scopes")},
-        {QStringLiteral("$schema"), QStringLiteral("description"), QStringLiteral("plc"),
-         QStringLiteral("settings"), QStringLiteral("structures"), QStringLiteral("cyclic")});
+    root.checkKeys({"name", "areas", "scopes"},
+                   {"$schema", "description", "plc", "settings", "structures", "cyclic"});
     if (!root.errors()->isEmpty())
         return project;
     project.name = root.member("name").text();
@@ -245,6 +227,27 @@ Project readProject(const JsonNode& root, SharedMemoryRule rule)
         project.scopes = declarations.readScopes(root.member("scopes"));
     if (root.errors()->isEmpty() && root.has("cyclic"))
         project.cyclic = CyclicReader(project).read(root.member("cyclic"));
+    return project;
+}
+
+std::optional<Project> parse(QByteArray json, const QString& name, QString* error,
+                             SharedMemoryRule rule)
+{
+    if (json.size() > kLargestFile) {
+        *error = tooLarge(name);
+        return {};
+    }
+    const Expected<JsonDocument> document = JsonDocument::parse(std::move(json));
+    if (!document) {
+        *error = QStringLiteral("%1: %2").arg(name, document.error().text);
+        return {};
+    }
+    DocumentErrors errors(name);
+    Project project = readProject(JsonNode(document->root(), &errors), rule);
+    if (!errors.isEmpty()) {
+        *error = errors.first();
+        return {};
+    }
     return project;
 }
 
@@ -266,42 +269,18 @@ std::optional<Project> loadProject(const QString& path, QString* error, SharedMe
         return {};
     }
     // Pipes and devices tell no size beforehand.
-    const QByteArray json = file.read(kLargestFile + 1);
+    QByteArray json = file.read(kLargestFile + 1);
     if (file.error() != QFileDevice::NoError) {
         *error = QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString());
         return {};
     }
-    return parseProject(json, path, error, rule);
+    return parse(std::move(json), path, error, rule);
 }
 
 std::optional<Project> parseProject(const QByteArray& json, const QString& name, QString* error,
                                     SharedMemoryRule rule)
 {
-    if (json.size() > kLargestFile) {
-        *error = tooLarge(name);
-        return {};
-    }
-    QJsonParseError syntax;
-    const QJsonDocument document = QJsonDocument::fromJson(json, &syntax);
-    if (syntax.error != QJsonParseError::NoError) {
-        *error = QStringLiteral("%1: %2: not JSON: %3")
-                     .arg(name, position(json, syntax.offset), syntax.errorString());
-        return {};
-    }
-    if (const std::optional<RepeatedKey> repeated = findRepeatedKey(json)) {
-        *error = QStringLiteral("%1: %2: key %3 stands twice in one object")
-                     .arg(name, position(json, repeated->offset), values::quoted(repeated->name));
-        return {};
-    }
-    DocumentErrors errors(name);
-    const QJsonValue root =
-        document.isObject() ? QJsonValue(document.object()) : QJsonValue(document.array());
-    Project project = readProject(JsonNode(root, QString(), &errors), rule);
-    if (!errors.isEmpty()) {
-        *error = errors.first();
-        return {};
-    }
-    return project;
+    return parse(json, name, error, rule);
 }
 
 } // namespace plc::project

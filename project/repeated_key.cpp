@@ -4,10 +4,26 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QSet>
 
+#include <algorithm>
+#include <string_view>
 #include <vector>
 
 namespace plc::project {
 namespace {
+
+/// Up to so many keys are compared with each other.
+constexpr std::size_t kFewKeys = 12;
+
+bool isRepeated(const std::vector<std::string_view>& keys, std::string_view key)
+{
+    return std::find(keys.begin(), keys.end(), key) != keys.end();
+}
+
+bool hasEqualNeighbours(std::vector<std::string_view>* keys)
+{
+    std::sort(keys->begin(), keys->end());
+    return std::adjacent_find(keys->begin(), keys->end()) != keys->end();
+}
 
 /// Position behind the text that begins with the quote at `start`.
 int behindText(const QByteArray& json, int start)
@@ -36,6 +52,32 @@ QString decoded(const QByteArray& text)
 }
 
 } // namespace
+
+bool hasRepeatedKey(const JsonValue& container)
+{
+    std::vector<JsonValue> waiting{container};
+    std::vector<std::string_view> keys;
+    while (!waiting.empty()) {
+        const JsonValue current = waiting.back();
+        waiting.pop_back();
+        const bool isObject = current.isObject();
+        const JsonValue end = current.end();
+        keys.clear();
+        for (JsonValue each = current.first(); each != end; each = each.next()) {
+            if (isObject) {
+                if (keys.size() < kFewKeys && isRepeated(keys, each.utf8()))
+                    return true;
+                keys.push_back(each.utf8());
+                each = each.next();
+            }
+            if (each.isObject() || each.isList())
+                waiting.push_back(each);
+        }
+        if (keys.size() > kFewKeys && hasEqualNeighbours(&keys))
+            return true;
+    }
+    return false;
+}
 
 std::optional<RepeatedKey> findRepeatedKey(const QByteArray& json)
 {

@@ -6,6 +6,8 @@
 
 #include <optional>
 
+#include "project/json_value.h"
+
 namespace plc::project {
 
 /// A key that stands for the second time in its object.
@@ -14,8 +16,10 @@ struct RepeatedKey {
     int offset;   ///< Of its opening quote.
 };
 
-/// Finds the first repeated key of well-formed JSON. QJsonDocument keeps the last one of several
-/// and says nothing, so that a value would be lost.
+/// Whether any object in the container has a key twice.
+bool hasRepeatedKey(const JsonValue& container);
+
+/// Finds the first repeated key of well-formed JSON by the text itself, to tell where it stands.
 std::optional<RepeatedKey> findRepeatedKey(const QByteArray& json);
 
 } // namespace plc::project

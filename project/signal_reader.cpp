@@ -1,5 +1,8 @@
 #include "project/signal_reader.h"
 
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonObject>
+
 #include <cmath>
 
 #include "project/signal_kinds.h"
@@ -44,25 +47,25 @@ void checkConstant(const JsonNode& node, const Variable& variable)
 
 void readConstant(const JsonNode& node, const Variable& variable)
 {
-    node.checkKeys({QStringLiteral("kind"), QStringLiteral("value")}, {});
+    node.checkKeys({"kind", "value"}, {});
     const JsonNode value = node.member("value");
-    if (!value.value().isArray()) {
+    if (!value.value().isList()) {
         checkConstant(value, variable);
         return;
     }
-    const QVector<JsonNode> list = value.elements();
+    const JsonNode::Elements list = value.elements();
     if (list.isEmpty())
         value.fail(QStringLiteral("expected at least one value"));
-    for (const JsonNode& element : list)
+    for (const JsonNode element : list)
         checkConstant(element, variable);
 }
 
 void readParameters(const JsonNode& node, const SignalKind& kind)
 {
-    QStringList required{QStringLiteral("kind")};
-    QStringList optional;
+    JsonKeys required{"kind"};
+    JsonKeys optional;
     for (const SignalParameter* known = kind.parameters; known->name != nullptr; ++known)
-        (known->required ? required : optional).append(QString::fromLatin1(known->name));
+        (known->required ? required : optional).push_back(known->name);
     node.checkKeys(required, optional);
     for (const SignalParameter* known = kind.parameters; known->name != nullptr; ++known) {
         if (!node.has(known->name))
@@ -80,11 +83,43 @@ void checkOrder(const JsonNode& node, const char* lower, const char* upper)
                                              .arg(values::quoted(QString::fromLatin1(lower))));
 }
 
+/// Of what the checks have let through: numbers, truth values and texts.
+QJsonValue plainValue(const JsonValue& value)
+{
+    switch (value.type()) {
+        case JsonValue::Type::Boolean:
+            return value.boolean();
+        case JsonValue::Type::Text:
+            return value.text();
+        default:
+            return value.number();
+    }
+}
+
+QJsonObject parametersOf(const JsonValue& signal)
+{
+    QJsonObject parameters;
+    const JsonValue end = signal.end();
+    for (JsonValue key = signal.first(); key != end; key = key.nextKey()) {
+        const JsonValue value = key.next();
+        if (!value.isList()) {
+            parameters.insert(key.text(), plainValue(value));
+            continue;
+        }
+        QJsonArray list;
+        const JsonValue listEnd = value.end();
+        for (JsonValue each = value.first(); each != listEnd; each = each.next())
+            list.append(plainValue(each));
+        parameters.insert(key.text(), list);
+    }
+    return parameters;
+}
+
 } // namespace
 
 Signal readSignal(const JsonNode& node, const Variable& variable)
 {
-    const QString kindName = node.value().toObject().value(QLatin1String("kind")).toString();
+    const QString kindName = node.value().member("kind").text();
     const SignalKind* kind = findSignalKind(kindName);
     if (variable.structure) {
         node.fail(QStringLiteral("a structure has no signal of its own; its members may have one"));
@@ -106,7 +141,7 @@ Signal readSignal(const JsonNode& node, const Variable& variable)
         else if (kindName == QLatin1String("walk"))
             checkOrder(node, "minimum", "maximum");
     }
-    return {kindName, node.value().toObject()};
+    return {kindName, parametersOf(node.value())};
 }
 
 } // namespace plc::project

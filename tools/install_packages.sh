@@ -22,4 +22,4 @@ install_packages() {
         apt-get install --yes --quiet=2 --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-build_packages=(cmake ninja-build g++ ccache libsqlite3-dev)
+build_packages=(cmake ninja-build g++ ccache libsimdjson-dev libsqlite3-dev)
