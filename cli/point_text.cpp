@@ -3,6 +3,7 @@
 #include "cli/console.h"
 #include "cli/value_lines.h"
 #include "host/points/symbol_list.h"
+#include "project/symbol_selection.h"
 
 namespace plc::cli {
 namespace {
@@ -47,11 +48,26 @@ void printPoint(const QString& label, const host::DataPoint& point, bool json)
     print(json ? describeJson(label, point) : describe(label, point));
 }
 
-host::DataPointFinder finderFor(const CommandContext& context)
+namespace {
+
+/// The driver gets no other symbols than these.
+host::DataPointFinder finderOf(const project::Symbols& known, const CommandContext& context)
 {
-    QList<Label_Type_Info> symbols = host::symbolList(context.project);
+    QList<Label_Type_Info> symbols = host::symbolList(known);
     context.driver.passVarName2(&symbols);
     return host::DataPointFinder(context.project, context.runtimeSettings(), context.driver);
+}
+
+} // namespace
+
+host::DataPointFinder finderFor(const CommandContext& context)
+{
+    return finderOf(context.project, context);
+}
+
+host::DataPointFinder finderFor(const CommandContext& context, const QStringList& labels)
+{
+    return finderOf(project::symbolsFor(labels, context.project), context);
 }
 
 } // namespace plc::cli

@@ -14,6 +14,8 @@ void printPoint(const QString& label, const host::DataPoint& point, bool json);
 
 /// Finds the project's labels, whose symbols it passes to the driver.
 host::DataPointFinder finderFor(const CommandContext& context);
+/// The same of these labels alone: of a large project few symbols are worth their memory.
+host::DataPointFinder finderFor(const CommandContext& context, const QStringList& labels);
 
 } // namespace plc::cli
 

@@ -8,7 +8,10 @@ namespace {
 
 int resolveLabels(const ResolveOptions& options, const CommandContext& context)
 {
-    const host::DataPointFinder points = finderFor(context);
+    QStringList labels;
+    for (const QString& text : context.arguments)
+        labels.append(text.left(text.lastIndexOf(QLatin1Char('*'))));
+    const host::DataPointFinder points = finderFor(context, labels);
     int code = kExitDone;
     for (const QString& text : context.arguments) {
         QString error;

@@ -23,9 +23,7 @@ const int kMostLabels = 200;
 
 class ProjectCheck {
 public:
-    explicit ProjectCheck(const project::Project& project) : m_project(project), m_finder(project)
-    {
-    }
+    explicit ProjectCheck(const Project& project) : m_project(project), m_finder(project) {}
 
     void run()
     {
@@ -33,7 +31,7 @@ public:
         require(symbols.size() == m_project.scopes.size(), "each scope has a symbol");
         PassVarName_2(&symbols);
         for (const plc::project::ScopeDefinition& scope : m_project.scopes) {
-            for (const project::Variable& variable : scope.variables)
+            for (const Variable& variable : scope.variables)
                 checkVariable(scope.name + QLatin1Char('.') + variable.name, variable);
         }
         for (const plc::project::CyclicLabel& cyclic : m_project.cyclic)
@@ -42,17 +40,18 @@ public:
 
 private:
     /// The first and the last element of the variable or member.
-    void checkVariable(const QString& label, const project::Variable& variable)
+    void checkVariable(const QString& label, const Variable& variable)
     {
-        checkElement(label + subscripts(variable, &project::ArrayDimension::lower), variable);
+        checkElement(label + subscripts(variable, &plc::project::ArrayDimension::lower), variable);
         if (!variable.dimensions.isEmpty())
-            checkElement(label + subscripts(variable, &project::ArrayDimension::upper), variable);
+            checkElement(label + subscripts(variable, &plc::project::ArrayDimension::upper),
+                         variable);
     }
 
-    void checkElement(const QString& label, const project::Variable& variable)
+    void checkElement(const QString& label, const Variable& variable)
     {
         if (variable.structure) {
-            for (const project::Variable& member : variable.structure->members)
+            for (const Variable& member : variable.structure->members)
                 checkVariable(label + QLatin1Char('.') + member.name, member);
             return;
         }
@@ -93,18 +92,17 @@ private:
         return m_project.areas.isEmpty();
     }
 
-    static QString subscripts(const project::Variable& variable,
-                              int project::ArrayDimension::*bound)
+    static QString subscripts(const Variable& variable, int ArrayDimension::*bound)
     {
         QStringList numbers;
-        for (const project::ArrayDimension& dimension : variable.dimensions)
+        for (const ArrayDimension& dimension : variable.dimensions)
             numbers.append(QString::number(dimension.*bound));
         return numbers.isEmpty()
                    ? QString()
                    : QLatin1Char('[') + numbers.join(QLatin1Char(',')) + QLatin1Char(']');
     }
 
-    const project::Project& m_project;
+    const Project& m_project;
     const plc::project::LabelFinder m_finder;
     int m_labels = 0;
 };
@@ -117,7 +115,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QByteArray json =
         memory.bytes(QByteArray::fromRawData(reinterpret_cast<const char*>(data), int(size)));
     QString error;
-    const std::optional<project::Project> project =
+    const std::optional<plc::project::Project> project =
         plc::project::parseProject(json, QStringLiteral("fuzz.json"), &error);
     if (project) {
         FuzzHost host;

@@ -169,7 +169,9 @@ void checkNothingShared(const Declared& declared, DocumentErrors* errors)
             .arg(first.isBit() || second.isBit() ? rule : QString()));
 }
 
-const JsonKeys kVariableKeys = {"array", "length", "unit", "description", "signal", "overlay"};
+const JsonKeys kMemberKeys = {"name", "type", "offset"};
+const JsonKeys kScopeVariableKeys = {"name", "type", "area", "offset"};
+const JsonKeys kOptionalKeys = {"array", "length", "unit", "description", "signal", "overlay"};
 
 } // namespace
 
@@ -331,7 +333,7 @@ ScopeDefinition DeclarationReader::readScope(const JsonNode& node)
 
 Variable DeclarationReader::readMember(const JsonNode& node)
 {
-    node.checkKeys({"name", "type", "offset"}, kVariableKeys);
+    node.checkKeys(kMemberKeys, kOptionalKeys);
     Variable member = readVariable(node);
     if (member.type != nullptr && values::isBit(*member.type)) {
         node.member("type").fail(
@@ -342,7 +344,7 @@ Variable DeclarationReader::readMember(const JsonNode& node)
 
 Variable DeclarationReader::readScopeVariable(const JsonNode& node)
 {
-    node.checkKeys({"name", "type", "area", "offset"}, kVariableKeys);
+    node.checkKeys(kScopeVariableKeys, kOptionalKeys);
     Variable variable = readVariable(node);
     variable.area = int(node.member("area").integer(0, kHighestAreaIndex));
     if (node.errors()->isEmpty())

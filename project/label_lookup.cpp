@@ -1,10 +1,14 @@
 #include "project/label_lookup.h"
 
+#include <algorithm>
+
 #include "project/memory_layout.h"
 #include "values/nearest_name.h"
 
 namespace plc::project {
 namespace {
+
+constexpr int kSearchesBeforeIndex = 4;
 
 QString notFound(const QString& where, const QString& name, const QStringList& known)
 {
@@ -68,13 +72,39 @@ bool enterElement(const Variable& variable, const LabelPart& part, LabelTarget* 
 
 } // namespace
 
+const Variable* LabelFinder::Scope::find(const QString& name) const
+{
+    if (m_searches >= kSearchesBeforeIndex)
+        return m_index.value(name);
+    if (++m_searches == kSearchesBeforeIndex)
+        makeIndex();
+    const auto found =
+        std::find_if(m_variables->begin(), m_variables->end(),
+                     [&name](const Variable& variable) { return variable.name == name; });
+    return found == m_variables->end() ? nullptr : &*found;
+}
+
+void LabelFinder::Scope::makeIndex() const
+{
+    m_index.reserve(m_variables->size());
+    for (const Variable& variable : *m_variables) {
+        if (!m_index.contains(variable.name))
+            m_index.insert(variable.name, &variable);
+    }
+}
+
+QStringList LabelFinder::Scope::names() const
+{
+    QStringList names;
+    for (const Variable& variable : *m_variables)
+        names.append(variable.name);
+    return names;
+}
+
 LabelFinder::LabelFinder(const Symbols& symbols)
 {
-    for (const ScopeDefinition& scope : symbols.scopes) {
-        VariablesByName& variables = m_scopes[scope.name];
-        for (const Variable& variable : scope.variables)
-            variables.insert(variable.name, &variable);
-    }
+    for (const ScopeDefinition& scope : symbols.scopes)
+        m_scopes.insert(scope.name, Scope(&scope.variables));
 }
 
 const Variable* LabelFinder::findVariable(const QVector<LabelPart>& parts, QString* error) const
@@ -84,10 +114,10 @@ const Variable* LabelFinder::findVariable(const QVector<LabelPart>& parts, QStri
         *error = notFound(QStringLiteral("the project"), parts[0].name, m_scopes.keys());
         return nullptr;
     }
-    const Variable* variable = scope->value(parts[1].name);
+    const Variable* variable = scope->find(parts[1].name);
     if (variable == nullptr) {
         *error = notFound(QStringLiteral("scope %1").arg(values::quoted(parts[0].name)),
-                          parts[1].name, scope->keys());
+                          parts[1].name, scope->names());
     }
     return variable;
 }

@@ -20,7 +20,9 @@ struct LabelTarget {
     qint64 elements = 1; ///< Elements of the array named last, from this one to its end.
 };
 
-/// Follows labels through the declarations of a project, which must outlive it unchanged.
+/// Follows labels through the declarations of a project, which must outlive it unchanged. A scope
+/// is searched from its first variable on until so many labels of it were asked for that an index
+/// pays: one thread at a time.
 class LabelFinder {
 public:
     explicit LabelFinder(const Symbols& symbols);
@@ -33,11 +35,24 @@ public:
     std::optional<LabelTarget> find(const QVector<LabelPart>& parts, QString* error) const;
 
 private:
-    using VariablesByName = QHash<QString, const Variable*>;
+    /// Of several variables of one name the first counts.
+    class Scope {
+    public:
+        explicit Scope(const QVector<Variable>* variables = nullptr) : m_variables(variables) {}
+        const Variable* find(const QString& name) const;
+        QStringList names() const;
+
+    private:
+        void makeIndex() const;
+
+        const QVector<Variable>* m_variables;
+        mutable int m_searches = 0;
+        mutable QHash<QString, const Variable*> m_index;
+    };
 
     const Variable* findVariable(const QVector<LabelPart>& parts, QString* error) const;
 
-    QHash<QString, VariablesByName> m_scopes;
+    QHash<QString, Scope> m_scopes;
 };
 
 } // namespace plc::project
