@@ -34,27 +34,36 @@ QString outsideText(int area, int address, qint64 count)
         .arg(area);
 }
 
-std::optional<int> wholeNumber(const QString& text, int minimum, int maximum, QString* answer)
+Expected<int> wholeNumber(const QString& text, int minimum, int maximum)
 {
     bool converted = false;
     const int number = text.toInt(&converted);
     if (converted && number >= minimum && number <= maximum)
         return number;
-    *answer = error(QStringLiteral("%1 is not a whole number from %2 to %3")
-                        .arg(values::quoted(text))
-                        .arg(minimum)
-                        .arg(maximum));
-    return {};
+    return Error{QStringLiteral("%1 is not a whole number from %2 to %3")
+                     .arg(values::quoted(text))
+                     .arg(minimum)
+                     .arg(maximum)};
 }
 
-std::optional<bool> onOrOff(const QString& text, QString* answer)
+/// Has `carryOut` take a number that is in its range. Returns the answer.
+QString withNumber(const QString& text, int minimum, int maximum,
+                   const std::function<void(int)>& carryOut)
 {
-    if (text == QLatin1String("on"))
-        return true;
-    if (text == QLatin1String("off"))
-        return false;
-    *answer = error(QStringLiteral("%1 is neither \"on\" nor \"off\"").arg(values::quoted(text)));
-    return {};
+    const Expected<int> number = wholeNumber(text, minimum, maximum);
+    if (!number)
+        return error(number.error().text);
+    carryOut(*number);
+    return ok();
+}
+
+/// The same for "on" and "off".
+QString withSwitch(const QString& text, const std::function<void(bool)>& carryOut)
+{
+    if (text != QLatin1String("on") && text != QLatin1String("off"))
+        return error(QStringLiteral("%1 is neither \"on\" nor \"off\"").arg(values::quoted(text)));
+    carryOut(text == QLatin1String("on"));
+    return ok();
 }
 
 /// Splits into at most `count` words, the last of which keeps its blanks.
@@ -124,7 +133,7 @@ QString ControlCommands::execute(const QString& line)
     if (words.isEmpty())
         return {};
     QStringList names;
-    for (const Command* command = kCommands; command->usage != nullptr; ++command) {
+    for (const Command* command = kCommands; command->usage; ++command) {
         const QString usage = QString::fromLatin1(command->usage);
         names.append(usage.section(QLatin1Char(' '), 0, 0));
         if (names.last() != words[0])
@@ -155,17 +164,19 @@ QString ControlCommands::set(const QStringList& arguments)
     if (!place)
         return error(problem);
     m_settings->prepareMemory();
-    return storeText(m_memory, *place, arguments[1], &problem) ? ok() : error(problem);
+    const Expected<void> isStored = storeText(m_memory, *place, arguments[1]);
+    return isStored ? ok() : error(isStored.error().text);
 }
 
 QString ControlCommands::peek(const QStringList& arguments)
 {
-    QString answer;
-    const auto area = wholeNumber(arguments[0], 0, project::kHighestAreaIndex, &answer);
-    const auto address = wholeNumber(arguments[1], 0, kHighestNumber, &answer);
-    const auto count = wholeNumber(arguments[2], 1, kMostPeekedBytes, &answer);
-    if (!area || !address || !count)
-        return answer;
+    const Expected<int> area = wholeNumber(arguments[0], 0, project::kHighestAreaIndex);
+    const Expected<int> address = wholeNumber(arguments[1], 0, kHighestNumber);
+    const Expected<int> count = wholeNumber(arguments[2], 1, kMostPeekedBytes);
+    for (const Expected<int>* number : {&count, &address, &area}) {
+        if (!*number)
+            return error(number->error().text);
+    }
     if (!m_memory->contains(*area, quint64(*address), quint64(*count)))
         return error(outsideText(*area, *address, *count));
     m_settings->prepareMemory();
@@ -174,11 +185,12 @@ QString ControlCommands::peek(const QStringList& arguments)
 
 QString ControlCommands::poke(const QStringList& arguments)
 {
-    QString answer;
-    const auto area = wholeNumber(arguments[0], 0, project::kHighestAreaIndex, &answer);
-    const auto address = wholeNumber(arguments[1], 0, kHighestNumber, &answer);
-    if (!area || !address)
-        return answer;
+    const Expected<int> area = wholeNumber(arguments[0], 0, project::kHighestAreaIndex);
+    const Expected<int> address = wholeNumber(arguments[1], 0, kHighestNumber);
+    for (const Expected<int>* number : {&address, &area}) {
+        if (!*number)
+            return error(number->error().text);
+    }
     const std::optional<QByteArray> bytes = hexBytes(arguments[2]);
     if (!bytes)
         return error(QStringLiteral("%1 are not hex bytes").arg(values::quoted(arguments[2])));
@@ -191,76 +203,58 @@ QString ControlCommands::poke(const QStringList& arguments)
 
 QString ControlCommands::delay(const QStringList& arguments)
 {
-    QString answer = ok();
-    if (const auto milliseconds = wholeNumber(arguments[0], 0, kLongestDelay, &answer))
-        m_settings->faults->setDelay(*milliseconds);
-    return answer;
+    return withNumber(arguments[0], 0, kLongestDelay,
+                      [this](int milliseconds) { m_settings->faults->setDelay(milliseconds); });
 }
 
 QString ControlCommands::fragment(const QStringList& arguments)
 {
-    QString answer = ok();
-    if (const auto bytes = wholeNumber(arguments[0], 0, kHighestNumber, &answer))
-        m_settings->fragment = *bytes;
-    return answer;
+    return withNumber(arguments[0], 0, kHighestNumber,
+                      [this](int bytes) { m_settings->fragment = bytes; });
 }
 
 QString ControlCommands::join(const QStringList& arguments)
 {
-    QString answer = ok();
-    if (const auto joined = onOrOff(arguments[0], &answer))
-        m_settings->join = *joined;
-    return answer;
+    return withSwitch(arguments[0], [this](bool isOn) { m_settings->join = isOn; });
 }
 
 QString ControlCommands::drop(const QStringList& arguments)
 {
-    QString answer = ok();
-    if (const auto count = wholeNumber(arguments[0], 0, kHighestNumber, &answer))
-        m_settings->faults->dropNext(*count);
-    return answer;
+    return withNumber(arguments[0], 0, kHighestNumber,
+                      [this](int count) { m_settings->faults->dropNext(count); });
 }
 
 QString ControlCommands::late(const QStringList& arguments)
 {
-    QString answer = ok();
-    const auto number = wholeNumber(arguments[0], 1, kHighestNumber, &answer);
-    const auto milliseconds = wholeNumber(arguments[1], 0, kLongestDelay, &answer);
-    if (number && milliseconds)
-        m_settings->faults->delayReply(*number, *milliseconds);
-    return answer;
+    const Expected<int> milliseconds = wholeNumber(arguments[1], 0, kLongestDelay);
+    if (!milliseconds)
+        return error(milliseconds.error().text);
+    return withNumber(arguments[0], 1, kHighestNumber,
+                      [&](int number) { m_settings->faults->delayReply(number, *milliseconds); });
 }
 
 QString ControlCommands::half(const QStringList& arguments)
 {
-    QString answer = ok();
-    if (const auto number = wholeNumber(arguments[0], 1, kHighestNumber, &answer))
-        m_settings->faults->halveReply(*number);
-    return answer;
+    return withNumber(arguments[0], 1, kHighestNumber,
+                      [this](int number) { m_settings->faults->halveReply(number); });
 }
 
 QString ControlCommands::duplicate(const QStringList& arguments)
 {
-    QString answer = ok();
-    if (const auto number = wholeNumber(arguments[0], 1, kHighestNumber, &answer))
-        m_settings->faults->duplicateReply(*number);
-    return answer;
+    return withNumber(arguments[0], 1, kHighestNumber,
+                      [this](int number) { m_settings->faults->duplicateReply(number); });
 }
 
 QString ControlCommands::refuseLogin(const QStringList& arguments)
 {
-    QString answer = ok();
-    if (const auto refused = onOrOff(arguments[0], &answer))
-        m_settings->services->setLoginRefused(*refused);
-    return answer;
+    return withSwitch(arguments[0],
+                      [this](bool isOn) { m_settings->services->setLoginRefused(isOn); });
 }
 
 QString ControlCommands::failWrites(const QStringList& arguments)
 {
-    QString answer = ok();
-    if (const auto refused = onOrOff(arguments[0], &answer))
-        m_settings->services->setWritesRefused(*refused);
-    return answer;
+    return withSwitch(arguments[0],
+                      [this](bool isOn) { m_settings->services->setWritesRefused(isOn); });
 }
 
 QString ControlCommands::disconnectClients(const QStringList&)
@@ -277,8 +271,8 @@ QString ControlCommands::offline(const QStringList&)
 
 QString ControlCommands::online(const QStringList&)
 {
-    QString problem;
-    return m_server->goOnline(&problem) ? ok() : error(problem);
+    const Expected<void> isOnline = m_server->goOnline();
+    return isOnline ? ok() : error(isOnline.error().text);
 }
 
 QString ControlCommands::status(const QStringList&)
@@ -293,7 +287,7 @@ QString ControlCommands::status(const QStringList&)
 QString ControlCommands::help(const QStringList&)
 {
     QString text = ok(QStringLiteral("the commands are"));
-    for (const Command* command = kCommands; command->usage != nullptr; ++command) {
+    for (const Command* command = kCommands; command->usage; ++command) {
         text += QStringLiteral("\n  %1  %2")
                     .arg(QLatin1String(command->usage), -24)
                     .arg(QLatin1String(command->purpose));

@@ -9,10 +9,10 @@
 
 #include "simulator/control_commands.h"
 #include "simulator/frame_text.h"
-#include "simulator/line_input.h"
 #include "simulator/options.h"
 #include "simulator/plc_server.h"
 #include "simulator/signals.h"
+#include "streams/line_input.h"
 #include "streams/output_stream.h"
 #include "values/visible_text.h"
 
@@ -142,18 +142,25 @@ int serve(const project::Project& project, const Options& options, QCoreApplicat
     server.setMostClients(options.mostClients);
     if (options.verbosity != Verbosity::Quiet)
         server.setNotice(printError);
-    QString error;
-    if (!server.listen(options.address, options.port.value_or(project.port), &error)) {
-        complain(error);
+    const Expected<void> listens =
+        server.listen(options.address, options.port.value_or(project.port));
+    if (!listens) {
+        complain(listens.error().text);
         return kExitRefused;
     }
     ControlCommands commands(project, &memory, &server, &settings,
                              [] { QCoreApplication::quit(); });
-    LineInput input(STDIN_FILENO, [&commands](const QByteArray& line) {
-        const QString answer = commands.execute(QString::fromUtf8(line));
-        if (!answer.isEmpty())
-            print(answer);
-    });
+    const streams::LineInput input(
+        STDIN_FILENO,
+        [&commands](const QString& line) {
+            const QString answer = commands.execute(line);
+            if (!answer.isEmpty())
+                print(answer);
+        },
+        [] {
+            print(QStringLiteral("error: a line of more than %1 KiB is left out, to its end")
+                      .arg(streams::kLongestInputLine / 1024));
+        });
     quitOnStopSignals(application);
     print(QStringLiteral("listening on ") + endpoint(server));
     if (options.verbosity != Verbosity::Quiet)

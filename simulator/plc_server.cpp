@@ -25,18 +25,17 @@ PlcServer::~PlcServer()
     goOffline();
 }
 
-bool PlcServer::listen(const QHostAddress& address, quint16 port, QString* error)
+Expected<void> PlcServer::listen(const QHostAddress& address, quint16 port)
 {
     if (!m_listener.listen(address, port)) {
-        *error = QStringLiteral("cannot listen on %1:%2: %3")
-                     .arg(address.toString())
-                     .arg(port)
-                     .arg(m_listener.errorString());
-        return false;
+        return Error{QStringLiteral("cannot listen on %1:%2: %3")
+                         .arg(address.toString())
+                         .arg(port)
+                         .arg(m_listener.errorString())};
     }
     m_address = m_listener.serverAddress();
     m_port = m_listener.serverPort();
-    return true;
+    return {};
 }
 
 void PlcServer::goOffline()
@@ -45,9 +44,9 @@ void PlcServer::goOffline()
     disconnectClients();
 }
 
-bool PlcServer::goOnline(QString* error)
+Expected<void> PlcServer::goOnline()
 {
-    return isOnline() || listen(m_address, m_port, error);
+    return isOnline() ? Expected<void>() : listen(m_address, m_port);
 }
 
 void PlcServer::disconnectClients()

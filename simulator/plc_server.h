@@ -25,14 +25,14 @@ public:
     void setNotice(std::function<void(const QString&)> notice) { m_notice = std::move(notice); }
 
     /// Begins to listen; port 0 picks a free one. Returns false and sets `error` if it cannot.
-    bool listen(const QHostAddress& address, quint16 port, QString* error);
+    Expected<void> listen(const QHostAddress& address, quint16 port);
     QHostAddress address() const { return m_address; }
     quint16 port() const { return m_port; }
 
     /// Breaks all connections and listens no more, as a PLC that is switched off.
     void goOffline();
     /// Listens again where it did before.
-    bool goOnline(QString* error);
+    Expected<void> goOnline();
     bool isOnline() const { return m_listener.isListening(); }
 
     /// Breaks all connections.

@@ -146,9 +146,8 @@ void Signals::storeConstant(const project::Variable& variable, const project::La
         const QJsonArray list = value.toArray();
         value = list.at(int(ordinal % list.size()));
     }
-    QString error;
     if (value.isString())
-        storeText(m_memory, place, value.toString(), &error);
+        storeValue(m_memory, place, value.toString());
     else if (value.isBool())
         storeNumber(m_memory, place, value.toBool() ? 1.0 : 0.0);
     else

@@ -8,7 +8,6 @@
 #include "project/memory_layout.h"
 #include "simulator/big_endian.h"
 #include "values/iec_types.h"
-#include "values/nearest_name.h"
 
 namespace plc::simulator {
 namespace {
@@ -71,62 +70,25 @@ quint64 integerBits(double whole, bool isSigned)
     return whole >= 2.0 * kTwoTo63 ? std::numeric_limits<quint64>::max() : quint64(whole);
 }
 
-/// A number as entered: decimal, or with a base in front as in 16#ff.
-std::optional<quint64> parseInteger(const QString& text, const values::IecType& type)
+/// The bytes of a text that fits, filled up with zeros.
+QByteArray textBytes(const QString& text, const project::Variable& variable)
 {
-    const bool isSigned = type.format == values::ValueFormat::Signed;
-    const int baseEnd = int(text.indexOf(QLatin1Char('#')));
-    const int base = baseEnd < 0 ? 10 : text.left(baseEnd).toInt();
-    if (base != 2 && base != 8 && base != 10 && base != 16)
-        return {};
-    const QString digits = text.mid(baseEnd + 1);
-    bool converted = false;
-    quint64 bits = 0;
-    if (isSigned) {
-        const qint64 number = digits.toLongLong(&converted, base);
-        bits = quint64(number);
-        converted = converted && asSigned(bits, type.size) == number;
-    } else {
-        bits = digits.toULongLong(&converted, base);
-        converted = converted && (type.size == 8 || bits >> (8 * type.size) == 0);
-    }
-    return converted ? std::optional<quint64>(bits) : std::nullopt;
-}
-
-std::optional<quint64> parseBits(const QString& text, const values::IecType& type)
-{
-    if (type.format == values::ValueFormat::Boolean) {
-        const QString lower = text.toLower();
-        if (lower == QLatin1String("true") || lower == QLatin1String("1"))
-            return quint64(1);
-        if (lower == QLatin1String("false") || lower == QLatin1String("0"))
-            return quint64(0);
-        return {};
-    }
-    if (type.format != values::ValueFormat::Real)
-        return parseInteger(text, type);
-    bool converted = false;
-    const double number = text.toDouble(&converted);
-    const values::IecRange range = values::iecRange(type);
-    if (!converted || !(number >= range.lowest && number <= range.highest))
-        return {};
-    return realToBits(number, type.size);
-}
-
-/// The bytes of a text, filled up with zeros; nothing if it does not fit.
-std::optional<QByteArray> textBytes(const QString& text, const project::Variable& variable)
-{
-    if (text.size() > variable.stringLength)
-        return {};
     const bool isWide = variable.type->format == values::ValueFormat::WideText;
     QByteArray bytes;
-    for (const QChar character : text) {
-        if (!isWide && character.unicode() > 0xff)
-            return {};
+    for (const QChar character : text)
         appendBigEndian(&bytes, character.unicode(), isWide ? kWideCharacterSize : 1);
-    }
     return bytes.leftJustified(int(project::elementSize(variable)), '\0');
 }
+
+/// The bits of a number of each kind.
+struct NumberBits {
+    quint64 operator()(bool value) const { return value ? 1 : 0; }
+    quint64 operator()(qint64 value) const { return quint64(value); }
+    quint64 operator()(quint64 value) const { return value; }
+    quint64 operator()(float value) const { return sameBits<quint32>(value); }
+    quint64 operator()(double value) const { return sameBits<quint64>(value); }
+    quint64 operator()(const QString&) const { return 0; }
+};
 
 QString textAt(const PlcMemory& memory, const project::LabelTarget& place)
 {
@@ -172,7 +134,7 @@ void storeNumber(PlcMemory* memory, const project::LabelTarget& place, double nu
                   : integerBits(std::round(limited), type.format == values::ValueFormat::Signed));
 }
 
-QString loadText(const PlcMemory& memory, const project::LabelTarget& place)
+values::Value loadValue(const PlcMemory& memory, const project::LabelTarget& place)
 {
     const values::IecType& type = *place.variable->type;
     if (values::isText(type))
@@ -180,38 +142,43 @@ QString loadText(const PlcMemory& memory, const project::LabelTarget& place)
     const quint64 bits = loadBits(memory, place);
     switch (type.format) {
         case values::ValueFormat::Boolean:
-            return bits != 0 ? QStringLiteral("true") : QStringLiteral("false");
+            return bits != 0;
         case values::ValueFormat::Signed:
-            return QString::number(asSigned(bits, type.size));
-        case values::ValueFormat::Hexadecimal:
-            return QStringLiteral("16#%1").arg(bits, 2 * type.size, 16, QLatin1Char('0'));
+            return asSigned(bits, type.size);
         case values::ValueFormat::Real:
-            return QString::number(realFromBits(bits, type.size), 'g', type.size == 4 ? 7 : 15);
+            if (type.size == int(sizeof(float)))
+                return sameBits<float>(quint32(bits));
+            return sameBits<double>(bits);
         default:
-            return QString::number(bits);
+            return bits;
     }
 }
 
-bool storeText(PlcMemory* memory, const project::LabelTarget& place, const QString& text,
-               QString* error)
+void storeValue(PlcMemory* memory, const project::LabelTarget& place, const values::Value& value)
 {
     const project::Variable& variable = *place.variable;
     if (values::isText(*variable.type)) {
-        const std::optional<QByteArray> bytes = textBytes(text, variable);
-        if (bytes) {
-            memory->write(place.area, quint32(place.address), *bytes);
-            return true;
-        }
-    } else if (const std::optional<quint64> bits = parseBits(text, *variable.type)) {
-        storeBits(memory, place, *bits);
-        return true;
+        memory->write(place.area, quint32(place.address),
+                      textBytes(std::get<QString>(value), variable));
+    } else {
+        storeBits(memory, place, std::visit(NumberBits(), value));
     }
-    *error =
-        QStringLiteral("%1 is no value of type %2%3")
-            .arg(values::quoted(text), QLatin1String(variable.type->name),
-                 values::isText(*variable.type) ? QStringLiteral("(%1)").arg(variable.stringLength)
-                                                : QString());
-    return false;
+}
+
+QString loadText(const PlcMemory& memory, const project::LabelTarget& place)
+{
+    return values::valueText(*place.variable->type, loadValue(memory, place));
+}
+
+Expected<void> storeText(PlcMemory* memory, const project::LabelTarget& place, const QString& text)
+{
+    QString error;
+    const std::optional<values::Value> value =
+        values::parseValue(*place.variable->type, place.variable->stringLength, text, &error);
+    if (!value)
+        return Error{error};
+    storeValue(memory, place, *value);
+    return {};
 }
 
 } // namespace plc::simulator

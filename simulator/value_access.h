@@ -1,10 +1,10 @@
 #ifndef PLC_SIMULATOR_VALUE_ACCESS_H
 #define PLC_SIMULATOR_VALUE_ACCESS_H
 
-#include <QtCore/QString>
-
 #include "project/label_lookup.h"
 #include "simulator/plc_memory.h"
+#include "values/expected.h"
+#include "values/value_text.h"
 
 namespace plc::simulator {
 
@@ -15,12 +15,16 @@ double loadNumber(const PlcMemory& memory, const project::LabelTarget& place);
 /// one half on.
 void storeNumber(PlcMemory* memory, const project::LabelTarget& place, double number);
 
-/// The value at `place` as users read it.
+values::Value loadValue(const PlcMemory& memory, const project::LabelTarget& place);
+
+/// Stores a value of the type at `place`; a text must fit.
+void storeValue(PlcMemory* memory, const project::LabelTarget& place, const values::Value& value);
+
+/// The value at `place` as users write it: TRUE, 16#00FF, T#1m30s, 'text'.
 QString loadText(const PlcMemory& memory, const project::LabelTarget& place);
 
-/// Stores what a user entered. Returns false and sets `error` if it is no value of the type.
-bool storeText(PlcMemory* memory, const project::LabelTarget& place, const QString& text,
-               QString* error);
+/// Stores what a user wrote, if it is a value of the type.
+Expected<void> storeText(PlcMemory* memory, const project::LabelTarget& place, const QString& text);
 
 } // namespace plc::simulator
 

@@ -17,9 +17,9 @@ TEST_F(ControlCommandsTest, GetAndSetValuesByLabel)
     EXPECT_EQ("ok", command("set MAIN.speed -2"));
     EXPECT_EQ("ff fe", hex(m_memory.read(1, 16, 2)));
     EXPECT_EQ("ok", command("set  MAIN.title   two words "));
-    EXPECT_EQ("ok two words", command("get MAIN.title"));
+    EXPECT_EQ("ok 'two words'", command("get MAIN.title"));
     EXPECT_EQ("ok", command("set MAIN.lamp[1] true"));
-    EXPECT_EQ("ok true", command("get MAIN.lamp[1]"));
+    EXPECT_EQ("ok TRUE", command("get MAIN.lamp[1]"));
 }
 
 TEST_F(ControlCommandsTest, PeekAndPokeBytes)
@@ -48,7 +48,7 @@ TEST_F(ControlCommandsTest, SayWhatIsWrong)
     EXPECT_EQ("error: expected: status", command("status now"));
     EXPECT_EQ("error: scope \"MAIN\" has no \"sped\" (did you mean \"speed\"?)",
               command("get MAIN.sped"));
-    EXPECT_EQ("error: \"x\" is no value of type INT", command("set MAIN.speed x"));
+    EXPECT_EQ("error: \"x\" is no whole number, which INT takes", command("set MAIN.speed x"));
     EXPECT_EQ("error: 2 bytes from address 999 on do not lie within an area 1 of the project",
               command("peek 1 999 2"));
     EXPECT_EQ("error: 1 bytes from address 0 on do not lie within an area 3 of the project",

@@ -349,9 +349,8 @@ TEST_F(PlcServerTest, GoesOfflineAndComesBackAtTheSamePort)
     QTcpSocket refused;
     refused.connectToHost(QHostAddress(QHostAddress::LocalHost), port);
     EXPECT_TRUE(waitUntil([&] { return refused.state() == QAbstractSocket::UnconnectedState; }));
-    QString error;
-    EXPECT_TRUE(m_server.goOnline(&error)) << error.toStdString();
-    EXPECT_TRUE(m_server.goOnline(&error));
+    EXPECT_TRUE(m_server.goOnline());
+    EXPECT_TRUE(m_server.goOnline()) << "once more";
     EXPECT_EQ(port, m_server.port());
     Client again(port);
     again.logIn();
@@ -361,8 +360,10 @@ TEST_F(PlcServerTest, GoesOfflineAndComesBackAtTheSamePort)
 TEST_F(PlcServerTest, SaysWhyItCannotListen)
 {
     PlcServer second(&m_settings);
-    QString error;
-    EXPECT_FALSE(second.listen(QHostAddress(QHostAddress::LocalHost), m_server.port(), &error));
+    const Expected<void> listens =
+        second.listen(QHostAddress(QHostAddress::LocalHost), m_server.port());
+    ASSERT_FALSE(listens);
+    const QString error = listens.error().text;
     EXPECT_EQ(0,
               error.indexOf(QStringLiteral("cannot listen on 127.0.0.1:%1: ").arg(m_server.port())))
         << error.toStdString();

@@ -72,7 +72,7 @@ TEST_F(Program, PrintsItsAddressAndObeysCommands)
 {
     const quint16 port = startDemo({QStringLiteral("--quiet")});
     EXPECT_NE(0, port);
-    EXPECT_EQ("ok Cream", command("get Plant.tank[3].name"));
+    EXPECT_EQ("ok 'Cream'", command("get Plant.tank[3].name"));
     EXPECT_EQ("ok", command("set Io.hornOn true"));
     EXPECT_EQ("ok 80 00", command("peek 0 6 2"));
     test::Client client(port);

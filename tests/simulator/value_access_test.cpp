@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cmath>
 #include <limits>
@@ -29,11 +29,12 @@ protected:
     /// Bytes that the text becomes, or the error.
     std::string stored(const char* type, const char* text, int size, int length = 0)
     {
-        QString error;
         m_memory.write(1, 0, QByteArray(40, '\x55'));
-        if (!storeText(&m_memory, place(type, length), QString::fromUtf8(text), &error)) {
+        const Expected<void> isStored =
+            storeText(&m_memory, place(type, length), QString::fromUtf8(text));
+        if (!isStored) {
             EXPECT_EQ(QByteArray(40, '\x55'), m_memory.read(1, 0, 40));
-            return error.toStdString();
+            return isStored.error().text.toStdString();
         }
         EXPECT_EQ(QByteArray(4, '\x55'), m_memory.read(1, 0, 4));
         EXPECT_EQ(QByteArray(36 - size, '\x55'), m_memory.read(1, quint32(4 + size), 36 - size));
@@ -69,61 +70,67 @@ TEST_F(ValueAccess, TextsBecomeBigEndianBytes)
     EXPECT_EQ("00 0a", stored("WORD", "2#1010", 2));
     EXPECT_EQ("ff ff ff ff", stored("DINT", "-1", 4));
     EXPECT_EQ("3f 80 00 00", stored("REAL", "1", 4));
-    EXPECT_EQ("00 00 05 dc", stored("TIME", "1500", 4));
+    EXPECT_EQ("00 00 05 dc", stored("TIME", "T#1500ms", 4));
+    EXPECT_EQ("00 01 5f 90", stored("TIME", "T#1m30s", 4));
     EXPECT_EQ("c0 04 00 00 00 00 00 00", stored("LREAL", "-2.5", 8));
     EXPECT_EQ("80 00 00 00 00 00 00 00", stored("LINT", "-9223372036854775808", 8));
     EXPECT_EQ("ff ff ff ff ff ff ff ff", stored("ULINT", "18446744073709551615", 8));
     EXPECT_EQ("41 e4 00 00", stored("STRING", "A\xc3\xa4", 4, 3));
     EXPECT_EQ("00 41 20 ac 00 00 00 00", stored("WSTRING", "A\xe2\x82\xac", 8, 3));
+    EXPECT_EQ("68 69 00 00", stored("STRING", "'hi'", 4, 3));
+    EXPECT_EQ("27 0a 00 00", stored("STRING", "'$'$N'", 4, 3));
+    EXPECT_EQ("7f c0 00 00", stored("REAL", "REAL#nan", 4));
 }
 
 TEST_F(ValueAccess, WhatIsNoValueOfTheTypeIsRefusedAndStoresNothing)
 {
-    EXPECT_EQ("\"2\" is no value of type BOOL", stored("BOOL", "2", 0));
-    EXPECT_EQ("\"128\" is no value of type SINT", stored("SINT", "128", 0));
-    EXPECT_EQ("\"-1\" is no value of type UINT", stored("UINT", "-1", 0));
-    EXPECT_EQ("\"65536\" is no value of type WORD", stored("WORD", "65536", 0));
-    EXPECT_EQ("\"7#1\" is no value of type WORD", stored("WORD", "7#1", 0));
-    EXPECT_EQ("\"1.5\" is no value of type INT", stored("INT", "1.5", 0));
-    EXPECT_EQ("\"\" is no value of type INT", stored("INT", "", 0));
-    EXPECT_EQ("\"18446744073709551616\" is no value of type ULINT",
-              stored("ULINT", "18446744073709551616", 0));
-    EXPECT_EQ("\"1e39\" is no value of type REAL", stored("REAL", "1e39", 0));
-    EXPECT_EQ("\"nan\" is no value of type LREAL", stored("LREAL", "nan", 0));
-    EXPECT_EQ("\"four\" is no value of type STRING(3)", stored("STRING", "four", 0, 3));
-    EXPECT_EQ("\"\xe2\x82\xac\" is no value of type STRING(3)",
-              stored("STRING", "\xe2\x82\xac", 0, 3));
+    const auto expectRefusal = [this](const char* type, const char* text, const char* part,
+                                      int length = 0) {
+        EXPECT_THAT(stored(type, text, 0, length), testing::HasSubstr(part)) << type;
+    };
+    expectRefusal("BOOL", "2", "\"2\" is no BOOL");
+    expectRefusal("SINT", "128", "128 is outside the range of SINT, -128 to 127");
+    expectRefusal("UINT", "-1", "-1 is outside the range of UINT, 0 to 65535");
+    expectRefusal("WORD", "65536", "65536 is outside the range of WORD, 16#0 to 16#FFFF");
+    expectRefusal("WORD", "7#1", "\"7#1\" is no whole number, which WORD takes");
+    expectRefusal("INT", "1.5", "\"1.5\" is no whole number, which INT takes");
+    expectRefusal("INT", "", "\"\" is no whole number, which INT takes");
+    expectRefusal("ULINT", "18446744073709551616", "is outside the range of ULINT");
+    expectRefusal("REAL", "1e39", "1e39 cannot be held by REAL");
+    expectRefusal("LREAL", "nan", "\"nan\" is no number; write LREAL#nan if it is meant");
+    expectRefusal("TIME", "1500", "\"1500\" is no duration such as T#1m30s");
+    expectRefusal("STRING", "four", "has 4 characters and the STRING has room for 3", 3);
+    expectRefusal("STRING", "\xe2\x82\xac", "which a STRING cannot hold", 3);
 }
 
 TEST_F(ValueAccess, BytesAreShownAsTheTypeHasThem)
 {
-    EXPECT_EQ("true", shown("BOOL", "05"));
+    EXPECT_EQ("TRUE", shown("BOOL", "05"));
     EXPECT_EQ("-2", shown("SINT", "fe"));
     EXPECT_EQ("254", shown("USINT", "fe"));
     EXPECT_EQ("-32768", shown("INT", "80 00"));
-    EXPECT_EQ("16#00ab", shown("WORD", "00 ab"));
+    EXPECT_EQ("16#00AB", shown("WORD", "00 ab"));
     EXPECT_EQ("4294967295", shown("UDINT", "ff ff ff ff"));
-    EXPECT_EQ("4294967295", shown("TIME", "ff ff ff ff"));
+    EXPECT_EQ("T#49d17h2m47s295ms", shown("TIME", "ff ff ff ff"));
     EXPECT_EQ("-0.1", shown("REAL", "bd cc cc cd"));
     EXPECT_EQ("-1", shown("LINT", "ff ff ff ff ff ff ff ff"));
     EXPECT_EQ("18446744073709551615", shown("ULINT", "ff ff ff ff ff ff ff ff"));
-    EXPECT_EQ("16#0123456789abcdef", shown("LWORD", "01 23 45 67 89 ab cd ef"));
-    EXPECT_EQ("A\xc3\xa4", shown("STRING", "41 e4 00 42", 3));
-    EXPECT_EQ("\xe2\x82\xac", shown("WSTRING", "20 ac 00 00 00 41 00 00", 3));
+    EXPECT_EQ("16#0123456789ABCDEF", shown("LWORD", "01 23 45 67 89 ab cd ef"));
+    EXPECT_EQ("'A\xc3\xa4'", shown("STRING", "41 e4 00 42", 3));
+    EXPECT_EQ("\"\xe2\x82\xac\"", shown("WSTRING", "20 ac 00 00 00 41 00 00", 3));
 }
 
 TEST_F(ValueAccess, TextWithoutEndIsReadToItsCapacity)
 {
-    EXPECT_EQ("ABCD", shown("STRING", "41 42 43 44 45", 3));
+    EXPECT_EQ("'ABCD'", shown("STRING", "41 42 43 44 45", 3));
 }
 
 TEST_F(ValueAccess, BitsChangeAlone)
 {
-    QString error;
     m_memory.write(1, 4, bytes("00 00"));
-    EXPECT_TRUE(storeText(&m_memory, place("BIT"), QStringLiteral("true"), &error));
+    EXPECT_TRUE(storeText(&m_memory, place("BIT"), QStringLiteral("true")));
     EXPECT_EQ("00 08", hex(m_memory.read(1, 4, 2)));
-    EXPECT_EQ("true", loadText(m_memory, place("BIT")).toStdString());
+    EXPECT_EQ("TRUE", loadText(m_memory, place("BIT")).toStdString());
     EXPECT_EQ(1.0, loadNumber(m_memory, place("BIT")));
 }
 
