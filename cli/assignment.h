@@ -4,9 +4,8 @@
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
-#include <optional>
-
 #include "host/points/data_point.h"
+#include "values/expected.h"
 #include "values/value_text.h"
 
 namespace plc::cli {
@@ -17,9 +16,8 @@ struct Assignment {
     QVector<values::Value> values;
 };
 
-/// Reads "LABEL=VALUE". On failure returns nothing and sets `error`.
-std::optional<Assignment> parseAssignment(const host::DataPointFinder& points, const QString& text,
-                                          QString* error);
+/// Reads "LABEL=VALUE".
+Expected<Assignment> parseAssignment(const host::DataPointFinder& points, const QString& text);
 
 } // namespace plc::cli
 

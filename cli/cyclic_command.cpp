@@ -4,20 +4,21 @@ namespace plc::cli {
 
 void CyclicCommand::begin()
 {
+    aboutToBegin();
     m_duration.setSingleShot(true);
     m_duration.setTimerType(Qt::PreciseTimer);
     QObject::connect(&m_duration, &QTimer::timeout, &m_duration,
                      [this] { end(wasServed() ? kExitDone : kExitRefused); });
     if (m_options.duration > 0)
         m_duration.start(m_options.duration);
-    LinkCommand::begin();
+    startLink();
 }
 
 /// Whether the PLC answered with success, or was not asked since all stations are off.
 bool CyclicCommand::wasServed()
 {
-    return m_hasRead || (runtime().session().linkState() == host::LinkState::Up &&
-                         runtime().counters().requests == 0);
+    return m_served.hasAny() || (runtime().session().linkState() == host::LinkState::Up &&
+                                 runtime().counters().requests == 0);
 }
 
 void CyclicCommand::end(ExitCode code)
@@ -46,12 +47,11 @@ void CyclicCommand::endNow()
     finish(hasFailed() ? kExitRefused : *m_end);
 }
 
-void CyclicCommand::requestAnswered(const host::SentRequest& request, const host::Answer& answer,
-                                    const QByteArray& reply)
+void CyclicCommand::ServedReads::requestAnswered(const host::SentRequest& request,
+                                                 const host::Answer& answer, const QByteArray&)
 {
-    LinkCommand::requestAnswered(request, answer, reply);
     if (answer.kind == host::Answer::Accepted && !request.content.isLogin())
-        m_hasRead = true;
+        m_hasAny = true;
 }
 
 } // namespace plc::cli

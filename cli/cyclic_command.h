@@ -15,16 +15,16 @@ protected:
     CyclicCommand(const CyclicOptions& options, const CommandContext& context)
         : LinkCommand(options, context, options.cycleTime), m_options(options)
     {
+        addObserver(&m_served);
     }
 
     bool prepare() override { return readCyclically(m_options.stationsOff); }
-    void begin() override;
+    void begin() final;
+    /// What there is to do before the link is started.
+    virtual void aboutToBegin() {}
     /// The second time it ends at once.
     void interrupted() override { m_end ? endNow() : end(kExitDone); }
     void outputLost() override { m_end ? endNow() : end(kExitRefused); }
-    void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
-                         const QByteArray& reply) override;
-
     /// Ends as soon as nothing waits for an outcome any more. Closing the link settles what is
     /// under way.
     void end(ExitCode code);
@@ -39,6 +39,17 @@ protected:
     virtual void ended() = 0;
 
 private:
+    /// Notes whether the PLC answered a request of ours with success.
+    class ServedReads : public LinkObserver {
+    public:
+        bool hasAny() const { return m_hasAny; }
+        void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
+                             const QByteArray& reply) override;
+
+    private:
+        bool m_hasAny = false;
+    };
+
     bool wasServed();
     void endNow();
 
@@ -46,7 +57,7 @@ private:
     QTimer m_duration;
     std::optional<ExitCode> m_end; ///< What to end with, once it is to end.
     bool m_isClosing = false;
-    bool m_hasRead = false; ///< The PLC answered a request of ours with success.
+    ServedReads m_served;
 };
 
 } // namespace plc::cli

@@ -140,12 +140,11 @@ void DiagnoseCommand::takeAddresses(const host::NameAddresses& found)
 
 void DiagnoseCommand::connectToPlc()
 {
-    LinkCommand::begin();
+    startLink();
 }
 
 void DiagnoseCommand::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
 {
-    LinkCommand::linkChanged(state, reason, retryDelay);
     if (isFinished())
         return;
     if (state == host::LinkState::Up && m_step == Step::Connection) {
@@ -164,16 +163,14 @@ void DiagnoseCommand::linkChanged(host::LinkState state, const QString& reason, 
     }
 }
 
-void DiagnoseCommand::requestSent(const host::SentRequest& request)
+void DiagnoseCommand::requestSent(const host::SentRequest&)
 {
-    LinkCommand::requestSent(request);
     m_failure.reset();
 }
 
 void DiagnoseCommand::requestAnswered(const host::SentRequest& request, const host::Answer& answer,
                                       const QByteArray& reply)
 {
-    LinkCommand::requestAnswered(request, answer, reply);
     if (isFinished())
         return;
     if (answer.kind != host::Answer::Accepted && answer.kind != host::Answer::Retried &&
@@ -366,7 +363,7 @@ void DiagnoseCommand::printStep(bool hasPassed, const QString& text, const host:
         line.add("outcome", hasPassed ? QStringLiteral("passed") : QStringLiteral("failed"));
         line.add("time", time, kExactTimeDecimals);
         line.add("text", text);
-        if (finding != nullptr)
+        if (finding)
             line.add("meaning", finding->meaning).add("advice", finding->advice);
         print(line.text());
         return;
@@ -375,7 +372,7 @@ void DiagnoseCommand::printStep(bool hasPassed, const QString& text, const host:
         (hasPassed ? QStringLiteral("ok") : QStringLiteral("FAILED")).leftJustified(kIndent);
     print(hasPassed ? Emphasis::Success : Emphasis::Failure, outcome,
           QStringLiteral("%1%2 ms  ").arg(name, -14).arg(time, 9, 'f', kTimeDecimals) + text);
-    if (finding == nullptr)
+    if (!finding)
         return;
     printParagraph(QStringLiteral("means"), finding->meaning);
     printParagraph(QStringLiteral("try  "), finding->advice);

@@ -13,16 +13,24 @@ namespace plc::cli {
 LinkCommand::LinkCommand(const LinkOptions& options, const CommandContext& context, int cycleTime)
     : m_options(options),
       m_context(context),
-      m_trace(options.trace),
-      m_runtime(context.driver, context.runtimeSettings(cycleTime), context.project, this),
+      m_runtime(context.driver, context.runtimeSettings(cycleTime), context.project, &m_observers),
       m_link(&m_runtime.session(), context.project.address, context.project.port)
 {
+    if (options.trace)
+        m_observers.add(&m_trace);
 }
 
 int LinkCommand::execute()
 {
-    if (!prepare() || !startCapture())
-        return m_preparationCode;
+    m_observers.add(this);
+    const int code = prepare() && startCapture() ? runEventLoop() : m_preparationCode;
+    // The runtime is destroyed behind those that a command added.
+    m_observers.clear();
+    return code;
+}
+
+int LinkCommand::runEventLoop()
+{
     const SignalNotifier ends({SIGINT, SIGTERM, SIGHUP}, [this](int) { interrupted(); });
     whenOutputIsLost([this] { QTimer::singleShot(0, &m_link, [this] { outputLost(); }); });
     begin();
@@ -129,22 +137,6 @@ void LinkCommand::finish(ExitCode code)
         return;
     m_isFinished = true;
     QTimer::singleShot(0, [code] { QCoreApplication::exit(code); });
-}
-
-void LinkCommand::requestSent(const host::SentRequest& request)
-{
-    m_trace.request(request);
-}
-
-void LinkCommand::requestAnswered(const host::SentRequest& request, const host::Answer& answer,
-                                  const QByteArray& reply)
-{
-    m_trace.reply(request, answer, reply);
-}
-
-void LinkCommand::linkChanged(host::LinkState state, const QString& reason, int)
-{
-    m_trace.link(state, reason);
 }
 
 } // namespace plc::cli

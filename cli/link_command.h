@@ -3,6 +3,7 @@
 
 #include "cli/command_context.h"
 #include "cli/console.h"
+#include "cli/link_observer.h"
 #include "cli/signal_notifier.h"
 #include "cli/trace_printer.h"
 #include "host/runtime/runtime.h"
@@ -11,7 +12,10 @@
 namespace plc::cli {
 
 /// A command that talks to the PLC: holds the runtime and the link and runs the event loop.
-class LinkCommand : protected host::RuntimeListener {
+///
+/// It is the last observer of its runtime. What others are to hear beside it is added in the
+/// constructors; no class between this one and a command overrides what an observer hears.
+class LinkCommand : protected LinkObserver {
 public:
     /// Runs the command to its end. Returns the exit code.
     int execute();
@@ -42,8 +46,11 @@ protected:
     virtual bool prepare() = 0;
     /// For the latter: what the program ends with if preparing fails.
     void setPreparationCode(ExitCode code) { m_preparationCode = code; }
-    /// All is prepared: starts the link, which is not used before.
-    virtual void begin() { m_link.start(); }
+    /// All is prepared; calls startLink(), before which the link is not used.
+    virtual void begin() { startLink(); }
+    void startLink() { m_link.start(); }
+    /// Has `observer` hear what the command hears, before it, until execute() is done.
+    void addObserver(host::RuntimeListener* observer) { m_observers.add(observer); }
     /// The user wants an end.
     virtual void interrupted() = 0;
     /// Nothing can be shown any more; called from the event loop.
@@ -56,17 +63,14 @@ protected:
     void finish(ExitCode code);
     bool isFinished() const { return m_isFinished; }
 
-    void requestSent(const host::SentRequest& request) override;
-    void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
-                         const QByteArray& reply) override;
-    void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
-
 private:
+    int runEventLoop();
     bool startCapture();
 
     const LinkOptions& m_options;
     const CommandContext& m_context;
-    const TracePrinter m_trace;
+    TracePrinter m_trace;
+    LinkObservers m_observers;
     capture::LinkCapture m_capture;
     host::Runtime m_runtime;
     host::TcpLink m_link;

@@ -168,7 +168,7 @@ bool isDatabase(const QString& logFile)
 
 bool LogCommand::prepare()
 {
-    if (!CyclicCommand::prepare())
+    if (!readCyclically(m_options.stationsOff))
         return false;
     QString error;
     bool isMediumFailing = false;
@@ -196,7 +196,7 @@ std::unique_ptr<log::LogWriter> LogCommand::openWriter(QString* error, bool* isM
     return writer;
 }
 
-void LogCommand::begin()
+void LogCommand::aboutToBegin()
 {
     QObject::connect(&m_writing, &QTimer::timeout, &m_writing, [this] { write(); });
     m_writing.start(kWriteInterval);
@@ -204,12 +204,10 @@ void LogCommand::begin()
     m_sampling.setTimerType(Qt::PreciseTimer);
     if (m_options.every > 0)
         m_sampling.start(m_options.every);
-    CyclicCommand::begin();
 }
 
 void LogCommand::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
 {
-    CyclicCommand::linkChanged(state, reason, retryDelay);
     if (state == host::LinkState::Down && retryDelay >= 0)
         complain(linkText(state, peer(), reason, retryDelay));
 }

@@ -42,7 +42,7 @@ public:
 
 private:
     bool prepare() override;
-    void begin() override;
+    void aboutToBegin() override;
     void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
     void requestSettled() override;
     void valueRefused(int row) override;

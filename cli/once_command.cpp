@@ -24,7 +24,7 @@ void OnceCommand::begin()
     if (isComplete())
         report(host::TransferOutcome());
     else
-        LinkCommand::begin();
+        startLink();
 }
 
 void OnceCommand::interrupted()
@@ -34,7 +34,6 @@ void OnceCommand::interrupted()
 
 void OnceCommand::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
 {
-    LinkCommand::linkChanged(state, reason, retryDelay);
     complainOfLoss(state, reason, retryDelay);
     if (state != host::LinkState::Down)
         return;

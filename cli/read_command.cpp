@@ -55,7 +55,6 @@ void ReadCommand::interrupted()
 
 void ReadCommand::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
 {
-    LinkCommand::linkChanged(state, reason, retryDelay);
     complainOfLoss(state, reason, retryDelay);
 }
 

@@ -1,5 +1,7 @@
 #include "cli/run_command.h"
 
+#include <unistd.h>
+
 #include "cli/line_view.h"
 #include "cli/once_command.h"
 #include "cli/screen_view.h"
@@ -19,11 +21,17 @@ const char kInputNote[] =
     "begins one of the lines above, q ends. Otherwise it prints values that changed,\n"
     "with their age, and all that happens to the link, line by line.";
 
+std::unique_ptr<RunView> makeScreen(const ScreenContext& context)
+{
+    return std::make_unique<ScreenView>(context.title, context.peer, context.carryOut);
+}
+
 int run(const RunOptions& options)
 {
+    const RunDisplay display{options.interval, makeScreen, false};
     return inContext(options, [&](const CommandContext& context) {
         return options.once ? OnceCommand(options, context).execute()
-                            : RunCommand(options, options.interval, context).execute();
+                            : RunCommand(options, display, context).execute();
     });
 }
 
@@ -47,27 +55,27 @@ options::Table RunOptions::table()
            CyclicOptions::table();
 }
 
-void RunCommand::begin()
+void RunCommand::aboutToBegin()
 {
     startView();
     QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh,
                      [this] { m_view->refresh(runtime(), link().now()); });
-    m_refresh.start(m_interval > 0 ? m_interval : m_view->usualInterval());
-    CyclicCommand::begin();
+    m_refresh.start(m_display.interval > 0 ? m_display.interval : m_view->usualInterval());
 }
 
 void RunCommand::startView()
 {
-    const CarryOut carryOutLine = [this](const QString& line) { carryOut(line); };
+    const auto carryOutLine = [this](const QString& line) { carryOut(line); };
     if (!m_options.json && TerminalView::isPossible()) {
-        m_view = screenView(carryOutLine);
+        m_view = m_display.makeScreen(
+            {title(), peer(), runtime().points(), project().settings.readOnly, carryOutLine});
         return;
     }
-    m_view = lineView();
-    m_input = std::make_unique<LineInput>(carryOutLine, [this] {
+    m_view = std::make_unique<LineView>(peer(), m_options.json, m_display.everyChange);
+    m_input = std::make_unique<streams::LineInput>(STDIN_FILENO, carryOutLine, [this] {
         m_hasFailed = true;
         m_view->message(QStringLiteral("a line of more than %1 KiB is left out, to its end")
-                            .arg(kLongestInputLine / 1024));
+                            .arg(streams::kLongestInputLine / 1024));
     });
 }
 
@@ -75,16 +83,6 @@ QString RunCommand::title() const
 {
     return project().settings.readOnly ? project().name + QStringLiteral(" (read-only)")
                                        : project().name;
-}
-
-std::unique_ptr<RunView> RunCommand::screenView(const CarryOut& carryOut)
-{
-    return std::make_unique<ScreenView>(title(), peer(), carryOut);
-}
-
-std::unique_ptr<RunView> RunCommand::lineView()
-{
-    return std::make_unique<LineView>(peer(), m_options.json, false);
 }
 
 void RunCommand::aboutToEnd()
@@ -104,14 +102,12 @@ void RunCommand::requestSettled()
 
 void RunCommand::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
 {
-    LinkCommand::linkChanged(state, reason, retryDelay);
     m_view->linkChanged(state, reason, retryDelay);
 }
 
 void RunCommand::requestAnswered(const host::SentRequest& request, const host::Answer& answer,
                                  const QByteArray& reply)
 {
-    CyclicCommand::requestAnswered(request, answer, reply);
     if (answer.kind == host::Answer::Abandoned)
         m_view->message(QStringLiteral("refused: ") + host::replyText(request, reply, answer));
 }
@@ -150,17 +146,17 @@ void RunCommand::carryOut(const QString& line)
 
 void RunCommand::write(const QString& text)
 {
-    QString error;
-    const std::optional<Assignment> assignment = parseAssignment(runtime().points(), text, &error);
-    if (!assignment) {
+    const Expected<Assignment> parsed = parseAssignment(runtime().points(), text);
+    if (!parsed) {
         m_hasFailed = true;
-        m_view->message(error);
+        m_view->message(parsed.error().text);
         return;
     }
-    runtime().write(assignment->point, assignment->values, link().now(),
+    const Assignment& assignment = *parsed;
+    runtime().write(assignment.point, assignment.values, link().now(),
                     [this, assignment](const host::TransferOutcome& outcome) {
                         m_hasFailed = m_hasFailed || !outcome.isDone();
-                        m_view->writeSettled(*assignment, outcome);
+                        m_view->writeSettled(assignment, outcome);
                         settled();
                     });
     link().pump();

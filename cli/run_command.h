@@ -8,8 +8,8 @@
 
 #include "cli/command.h"
 #include "cli/cyclic_command.h"
-#include "cli/line_input.h"
 #include "cli/run_view.h"
+#include "streams/line_input.h"
 
 namespace plc::cli {
 
@@ -22,28 +22,36 @@ struct RunOptions : CyclicOptions {
 
 extern const Command kRunCommand;
 
-/// `plc run`: keeps reading the cyclic values and shows them; writes and switches stations by
-/// commands while it runs.
+/// What a screen is made of.
+struct ScreenContext {
+    QString title;
+    QString peer;
+    const host::DataPointFinder& points;
+    bool isReadOnly;
+    /// Takes the user's commands.
+    std::function<void(const QString& line)> carryOut;
+};
+
+/// How the values are shown while they are read.
+struct RunDisplay {
+    int interval; ///< ms; 0: as suits the kind of output.
+    /// Where there is a terminal; elsewhere a LineView shows them.
+    std::function<std::unique_ptr<RunView>(const ScreenContext& context)> makeScreen;
+    bool everyChange; ///< That of the LineView.
+};
+
+/// `plc run` and `plc watch`: keeps reading the cyclic values and shows them; writes and switches
+/// stations by commands while it runs.
 class RunCommand : public CyclicCommand {
 public:
-    /// `interval` as in RunOptions.
-    RunCommand(const CyclicOptions& options, int interval, const CommandContext& context)
-        : CyclicCommand(options, context), m_options(options), m_interval(interval)
+    RunCommand(const CyclicOptions& options, const RunDisplay& display,
+               const CommandContext& context)
+        : CyclicCommand(options, context), m_options(options), m_display(display)
     {
     }
 
-protected:
-    using CarryOut = std::function<void(const QString&)>;
-
-    /// Name of the project, and that it is read-only where it is.
-    QString title() const;
-
-    /// The view for a terminal, and for all else. `carryOut` takes the user's commands.
-    virtual std::unique_ptr<RunView> screenView(const CarryOut& carryOut);
-    virtual std::unique_ptr<RunView> lineView();
-
 private:
-    void begin() override;
+    void aboutToBegin() override;
     void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
     void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
                          const QByteArray& reply) override;
@@ -55,6 +63,8 @@ private:
     void aboutToEnd() override;
     void ended() override;
 
+    /// Name of the project, and that it is read-only where it is.
+    QString title() const;
     void startView();
     /// Carries out one line of input.
     void carryOut(const QString& line);
@@ -62,9 +72,9 @@ private:
     void switchStation(const QString& station, const QString& state);
 
     const CyclicOptions& m_options;
-    const int m_interval;
+    const RunDisplay m_display;
     std::unique_ptr<RunView> m_view;
-    std::unique_ptr<LineInput> m_input;
+    std::unique_ptr<streams::LineInput> m_input;
     bool m_hasFailed = false; ///< A write that was asked for was not done.
     QTimer m_refresh;
 };

@@ -21,23 +21,22 @@ const Command kStatsCommand = {
     makeOptions<CyclicOptions>,
     execute<CyclicOptions, tellStatistics>};
 
-void StatsCommand::begin()
+void StatsCommand::aboutToBegin()
 {
-    m_clock.start();
+    m_counter.start();
     if (!m_options.json && StatsView::isPossible()) {
         m_view = std::make_unique<StatsView>(project().name, peer(),
                                              [this](const QString&) { interrupted(); });
         QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh, [this] { refresh(); });
         m_refresh.start(m_view->usualInterval());
     }
-    CyclicCommand::begin();
 }
 
 void StatsCommand::ended()
 {
     if (m_view) {
         refresh();
-        m_view->end(runtime(), m_clock.elapsed());
+        m_view->end(runtime(), m_counter.elapsed());
     } else if (m_options.json) {
         print(statsJson(report()));
     } else {
@@ -47,23 +46,25 @@ void StatsCommand::ended()
     }
 }
 
-void StatsCommand::requestSent(const host::SentRequest& request)
+void StatsCommand::Counter::linkChanged(host::LinkState state, const QString& reason,
+                                        int retryDelay)
 {
-    CyclicCommand::requestSent(request);
+    m_statistics.linkChanged(state, reason, retryDelay);
+}
+
+void StatsCommand::Counter::requestSent(const host::SentRequest&)
+{
     m_statistics.requestSent(m_clock.nsecsElapsed());
 }
 
-void StatsCommand::requestAnswered(const host::SentRequest& request, const host::Answer& answer,
-                                   const QByteArray& reply)
+void StatsCommand::Counter::requestAnswered(const host::SentRequest& request,
+                                            const host::Answer& answer, const QByteArray&)
 {
     m_statistics.requestAnswered(request, answer, m_clock.nsecsElapsed());
-    CyclicCommand::requestAnswered(request, answer, reply);
 }
 
 void StatsCommand::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
 {
-    CyclicCommand::linkChanged(state, reason, retryDelay);
-    m_statistics.linkChanged(state, reason, retryDelay);
     if (m_view)
         m_view->linkChanged(state, reason, retryDelay);
 }
@@ -71,19 +72,19 @@ void StatsCommand::linkChanged(host::LinkState state, const QString& reason, int
 StatsReport StatsCommand::report()
 {
     StatsReport report;
-    report.link = m_statistics;
+    report.link = m_counter.statistics();
     report.bytesSent = link().bytesSent();
     report.bytesReceived = link().bytesReceived();
     const host::ValueTable& values = runtime().values();
     for (int row = 0; row < values.size(); ++row)
         report.values += values.reads(row);
-    report.duration = m_clock.elapsed();
+    report.duration = m_counter.elapsed();
     return report;
 }
 
 void StatsCommand::refresh()
 {
-    m_view->show(report(), runtime(), m_clock.elapsed());
+    m_view->show(report(), runtime(), m_counter.elapsed());
 }
 
 } // namespace plc::cli

@@ -20,23 +20,37 @@ public:
     StatsCommand(const CyclicOptions& options, const CommandContext& context)
         : CyclicCommand(options, context), m_options(options)
     {
+        addObserver(&m_counter);
     }
 
 private:
-    void begin() override;
+    /// Counts what goes over the link.
+    class Counter : public LinkObserver {
+    public:
+        void start() { m_clock.start(); }
+        qint64 elapsed() const { return m_clock.elapsed(); }
+        const host::LinkStatistics& statistics() const { return m_statistics; }
+
+        void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
+        void requestSent(const host::SentRequest& request) override;
+        void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
+                             const QByteArray& reply) override;
+
+    private:
+        host::LinkStatistics m_statistics;
+        QElapsedTimer m_clock;
+    };
+
+    void aboutToBegin() override;
     void aboutToEnd() override {}
     void ended() override;
-    void requestSent(const host::SentRequest& request) override;
-    void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
-                         const QByteArray& reply) override;
     void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
 
     StatsReport report();
     void refresh();
 
     const CyclicOptions& m_options;
-    host::LinkStatistics m_statistics;
-    QElapsedTimer m_clock;
+    Counter m_counter;
     std::unique_ptr<StatsView> m_view; ///< Null where there is no terminal.
     QTimer m_refresh;
 };

@@ -10,7 +10,7 @@ namespace {
 
 bool isBitVariable(const project::Variable& variable)
 {
-    return variable.type != nullptr && values::isBit(*variable.type);
+    return variable.type && values::isBit(*variable.type);
 }
 
 /// "6 × 104 bytes"; of bits their number.
@@ -27,7 +27,7 @@ QString sizeText(const project::Variable& variable)
 
 QString nodeText(const project::SymbolNode& node)
 {
-    if (node.variable == nullptr)
+    if (!node.variable)
         return node.name.isEmpty() ? QStringLiteral("(global variables)") : node.name;
     const project::Variable& variable = *node.variable;
     QString text =
@@ -49,7 +49,7 @@ QString nodeJson(const project::SymbolNode& node)
     JsonLine line;
     line.add("level", qint64(node.level));
     line.add("label", node.label);
-    if (node.variable == nullptr)
+    if (!node.variable)
         return line.text();
     const project::Variable& variable = *node.variable;
     line.add("type", project::typeName(variable));

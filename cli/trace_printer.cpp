@@ -25,23 +25,8 @@ void printFrame(char direction, const QByteArray& frame, const QString& meaning)
 
 } // namespace
 
-void TracePrinter::request(const host::SentRequest& request) const
+void TracePrinter::linkChanged(host::LinkState state, const QString& reason, int)
 {
-    if (m_isOn)
-        printFrame('>', request.frame, host::requestText(request));
-}
-
-void TracePrinter::reply(const host::SentRequest& request, const host::Answer& answer,
-                         const QByteArray& reply) const
-{
-    if (m_isOn)
-        printFrame('<', reply, host::replyText(request, reply, answer));
-}
-
-void TracePrinter::link(host::LinkState state, const QString& reason) const
-{
-    if (!m_isOn)
-        return;
     switch (state) {
         case host::LinkState::Connecting:
             printTrace(QStringLiteral("- connecting"));
@@ -53,6 +38,17 @@ void TracePrinter::link(host::LinkState state, const QString& reason) const
             printTrace(QStringLiteral("- closed: ") + reason);
             break;
     }
+}
+
+void TracePrinter::requestSent(const host::SentRequest& request)
+{
+    printFrame('>', request.frame, host::requestText(request));
+}
+
+void TracePrinter::requestAnswered(const host::SentRequest& request, const host::Answer& answer,
+                                   const QByteArray& reply)
+{
+    printFrame('<', reply, host::replyText(request, reply, answer));
 }
 
 } // namespace plc::cli

@@ -1,23 +1,18 @@
 #ifndef PLC_CLI_TRACE_PRINTER_H
 #define PLC_CLI_TRACE_PRINTER_H
 
-#include "host/link/session.h"
+#include "cli/link_observer.h"
 
 namespace plc::cli {
 
 /// Prints frames on the standard error: the time, the direction (> to the PLC, < from it), the size
 /// and the bytes, and on a second line what they mean.
-class TracePrinter {
+class TracePrinter : public LinkObserver {
 public:
-    explicit TracePrinter(bool isOn) : m_isOn(isOn) {}
-
-    void request(const host::SentRequest& request) const;
-    void reply(const host::SentRequest& request, const host::Answer& answer,
-               const QByteArray& reply) const;
-    void link(host::LinkState state, const QString& reason) const;
-
-private:
-    const bool m_isOn;
+    void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
+    void requestSent(const host::SentRequest& request) override;
+    void requestAnswered(const host::SentRequest& request, const host::Answer& answer,
+                         const QByteArray& reply) override;
 };
 
 } // namespace plc::cli

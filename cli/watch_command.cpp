@@ -1,6 +1,6 @@
 #include "cli/watch_command.h"
 
-#include "cli/line_view.h"
+#include "cli/run_command.h"
 #include "cli/value_lines.h"
 #include "cli/watch_view.h"
 #include "host/points/value_codec.h"
@@ -13,10 +13,35 @@ const char kScreenNote[] =
     "On a terminal it shows a table, whose key ? lists the keys. Otherwise it prints\n"
     "a line with the time for each change.";
 
+WatchState::Checked check(const host::DataPointFinder& points, const QString& text)
+{
+    WatchState::Checked checked;
+    const Expected<Assignment> assignment = parseAssignment(points, text);
+    if (!assignment) {
+        checked.obstacle = assignment.error().text;
+        return checked;
+    }
+    checked.value = host::pointText(assignment->point, assignment->values);
+    checked.unit = unitText(assignment->point);
+    return checked;
+}
+
+std::unique_ptr<RunView> makeScreen(const ScreenContext& context)
+{
+    const host::DataPointFinder& points = context.points;
+    auto view = std::make_unique<WatchView>(
+        context.title, context.peer, context.carryOut,
+        [&points](const QString& assignment) { return check(points, assignment); });
+    if (context.isReadOnly)
+        view->refuseWrites(host::readOnlyText());
+    return view;
+}
+
 int watch(const WatchOptions& options)
 {
+    const RunDisplay display{options.interval, makeScreen, options.interval == 0};
     return inContext(options, [&](const CommandContext& context) {
-        return WatchCommand(options, context).execute();
+        return RunCommand(options, display, context).execute();
     });
 }
 
@@ -38,35 +63,6 @@ options::Table WatchOptions::table()
                "Time between two screens, 200ms if not given, or two prints; if not given, each "
                "change is printed.")} +
            CyclicOptions::table();
-}
-
-std::unique_ptr<RunView> WatchCommand::screenView(const CarryOut& carryOut)
-{
-    const WatchState::Check check = [this](const QString& assignment) {
-        return this->check(assignment);
-    };
-    auto view = std::make_unique<WatchView>(title(), peer(), carryOut, check);
-    if (project().settings.readOnly)
-        view->refuseWrites(host::readOnlyText());
-    return view;
-}
-
-std::unique_ptr<RunView> WatchCommand::lineView()
-{
-    const bool everyChange = m_options.interval == 0;
-    return std::make_unique<LineView>(peer(), m_options.json, everyChange);
-}
-
-WatchState::Checked WatchCommand::check(const QString& text)
-{
-    WatchState::Checked checked;
-    const std::optional<Assignment> assignment =
-        parseAssignment(runtime().points(), text, &checked.obstacle);
-    if (!assignment)
-        return checked;
-    checked.value = host::pointText(assignment->point, assignment->values);
-    checked.unit = unitText(assignment->point);
-    return checked;
 }
 
 } // namespace plc::cli

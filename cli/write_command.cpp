@@ -32,11 +32,9 @@ bool WriteCommand::prepare()
     }
     QVector<Assignment> assignments;
     for (const QString& text : arguments()) {
-        QString error;
-        const std::optional<Assignment> assignment =
-            parseAssignment(runtime().points(), text, &error);
+        const Expected<Assignment> assignment = parseAssignment(runtime().points(), text);
         if (!assignment) {
-            complain(error);
+            complain(assignment.error().text);
             return false;
         }
         assignments.append(*assignment);
@@ -59,7 +57,6 @@ void WriteCommand::interrupted()
 
 void WriteCommand::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
 {
-    LinkCommand::linkChanged(state, reason, retryDelay);
     complainOfLoss(state, reason, retryDelay);
 }
 

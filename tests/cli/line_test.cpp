@@ -13,17 +13,17 @@ class LineTest : public HostTest {
 protected:
     Assignment assignment(const char* text)
     {
-        QString error;
-        const std::optional<Assignment> parsed =
-            parseAssignment(runtime->points(), QString::fromUtf8(text), &error);
-        EXPECT_TRUE(parsed) << error.toStdString();
-        return parsed.value_or(Assignment());
+        const Expected<Assignment> parsed =
+            parseAssignment(runtime->points(), QString::fromUtf8(text));
+        EXPECT_TRUE(parsed) << parsed.error().text.toStdString();
+        return parsed.valueOr(Assignment());
     }
     QString complaint(const char* text)
     {
-        QString error;
-        EXPECT_FALSE(parseAssignment(runtime->points(), QString::fromUtf8(text), &error));
-        return error;
+        const Expected<Assignment> parsed =
+            parseAssignment(runtime->points(), QString::fromUtf8(text));
+        EXPECT_FALSE(parsed) << text;
+        return parsed ? QString() : parsed.error().text;
     }
 };
 
