@@ -17,12 +17,13 @@ constexpr double kLongestRun = std::numeric_limits<int>::max(); // ms
 options::Table CommandOptions::table()
 {
     return options::Table{
-               {"-p, --project FILE", "project file; else what PLC_PROJECT names",
+               {"-p, --project FILE", "project file; if not given, what PLC_PROJECT names",
                 options::text(&projectFile), options::kCompleteProject, "Project file."},
-               {"--driver FILE", "driver library; else what PLC_DRIVER names, else the nearest one",
+               {"--driver FILE",
+                "driver library; if not given, what PLC_DRIVER names, or else the nearest one",
                 options::text(&driverFile), options::kCompleteFile,
                 "Driver library, built for the Qt of this program."},
-               {"--json", "print one JSON object a line", options::flag(&json)},
+               {"--json", "print one JSON object per line", options::flag(&json)},
            } +
            options::informationOptions(&wantsHelp, &wantsVersion);
 }
@@ -30,10 +31,11 @@ options::Table CommandOptions::table()
 options::Table LinkOptions::table()
 {
     return options::Table{
-               {"--address HOST", "connect there and not to the project's address",
+               {"--address HOST", "connect to this host instead of the project's address",
                 options::text(&address), options::kCompleteHost},
-               {"--port N", "the same for the port", options::integer(&port, 1, kHighestPort)},
-               {"--timeout DURATION", "time for the connection and for each whole reply",
+               {"--port N", "connect to this port instead of the project's",
+                options::integer(&port, 1, kHighestPort)},
+               {"--timeout DURATION", "time limit for the connection and for each whole reply",
                 options::milliseconds(&timeout,
                                       {options::kMillisecond, options::kAboveZero, kLongestTime})},
                {"--read-only", "refuse every write, as the project's setting readOnly does",
@@ -44,13 +46,14 @@ options::Table LinkOptions::table()
                {"--trace", "print every frame with its meaning on the standard error",
                 options::flag(&trace), options::kCompleteNothing,
                 "Print every frame with its time and its meaning on the standard error output."},
-               {"--capture FILE", "keep what is sent and received in FILE, for Wireshark (pcapng)",
+               {"--capture FILE",
+                "record what is sent and received in FILE, for Wireshark (pcapng)",
                 options::text(&captureFile), options::kCompleteFile,
-                "Keep what is sent and received in `FILE`, a capture in the pcapng format that "
-                "Wireshark opens. The addresses, ports, bytes and times are those of the session; "
-                "the packets around them are made up. Each connection that was made is in it, from "
-                "its opening to the end that it took. A file that gets too large for the disk ends "
-                "with a whole packet, and the program with 1. A file that exists is an error."},
+                "Record what is sent and received in `FILE`, in the pcapng format that Wireshark "
+                "opens. The addresses, ports, bytes and times are those of the session; "
+                "the packets around them are made up. Each connection is in it from its opening to "
+                "its end, as it was. When the disk is full the file ends with a whole packet, and "
+                "the exit status is 1. A file that exists is an error."},
                {"--force", "replace the file of --capture if it exists", options::flag(&force),
                 options::kCompleteNothing, "Replace the file of `--capture` if it exists."},
            } +
@@ -85,22 +88,22 @@ options::Table CyclicOptions::table()
                 options::milliseconds(&duration,
                                       {options::kSecond, options::kAboveZero, kLongestRun})},
                {"--cycle DURATION",
-                "time from one pass over all values to the next, at least (100ms)",
+                "shortest time from one pass over all values to the next (100ms)",
                 options::milliseconds(&cycleTime, {options::kMillisecond, 0, kLongestTime}),
                 options::kCompleteNothing,
-                "Time from one pass over all values to the next, at least; 100ms if not given."},
-               {"--station-off N", "begin with station N switched off; may be given again",
+                "Shortest time from one pass over all values to the next; 100ms if not given."},
+               {"--station-off N", "start with station N switched off; may be repeated",
                 options::integers(&stationsOff, 0, kHighestStation), options::kCompleteNothing,
-                "Begin with station `N` switched off; may be given again."},
+                "Start with station `N` switched off; may be repeated."},
            } +
            LinkOptions::table();
 }
 
 options::Option labelFileOption(QString* labelFile)
 {
-    return {"--labels FILE", "also the labels in the first column of this CSV file",
+    return {"--labels FILE", "take further labels from the first column of this CSV file",
             options::text(labelFile), options::kCompleteCsvFile,
-            "Take also the labels in the first column of this CSV file. Its first line may name "
+            "Take further labels from the first column of this CSV file. Its first line may name "
             "the columns. A label with a comma stands in double quotes."};
 }
 
@@ -114,8 +117,7 @@ options::Option intervalOption(int* interval, const char* help, const char* manu
 
 options::Option csvOption(bool* csv)
 {
-    return {"--csv", "print comma-separated values, with a line of names first",
-            options::flag(csv)};
+    return {"--csv", "print comma-separated values with a header line", options::flag(csv)};
 }
 
 Error csvAndJson()

@@ -143,7 +143,7 @@ void DiagnoseCommand::connectToPlc()
     startLink();
 }
 
-void DiagnoseCommand::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
+void DiagnoseCommand::linkChanged(host::LinkState state, const QString& reason, int)
 {
     if (isFinished())
         return;

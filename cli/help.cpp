@@ -7,7 +7,7 @@
 namespace plc::cli {
 namespace {
 
-const char kExitCodes[] =
+constexpr char kExitCodes[] =
     "Exit codes: 0 done; 1 the PLC refused, the link failed, a write was not done, or\n"
     "output could not be written; 2 wrong usage or project file.";
 

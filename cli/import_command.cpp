@@ -180,22 +180,24 @@ options::Table ImportOptions::table()
 {
     using namespace options;
     return Table{
-               {"-o, --output FILE", "write the project there and not to the standard output",
-                text(&output), kCompleteFile,
-                "Write the project there and not to the standard output. A file that exists is "
-                "replaced, whole or not at all, as it is made anew whenever the declarations "
-                "change; what is added by hand stays with `--merge`."},
-               {"--merge FILE", "put the symbols into this project and keep everything else of it",
+               {"-o, --output FILE",
+                "write the project to this file instead of the standard output", text(&output),
+                kCompleteFile,
+                "Write the project to this file instead of the standard output. A file that exists "
+                "is replaced, whole or not at all, because it is made anew whenever the "
+                "declarations change; what was added by hand is kept with `--merge`."},
+               {"--merge FILE", "put the symbols into this project and keep everything else in it",
                 text(&merged), kCompleteProject},
-               {"--name NAME", "name of a new project; else that of the first file", text(&name),
-                kCompleteNothing, "Name of a new project; that of the first file if not given."},
+               {"--name NAME", "name of a new project; if not given, that of the first file",
+                text(&name), kCompleteNothing,
+                "Name of a new project; that of the first file if not given."},
                {"--area N", "memory area of addresses such as %MW10, which name none (0)",
                 integer(&places.defaultArea, 0, project::kHighestAreaIndex), kCompleteNothing,
                 "Memory area of addresses such as %MW10, which name none; 0 if not given."},
                {"--base AREA:OFFSET",
-                "place variables without an address one behind the other from here",
+                "place variables without an address one after another from here on",
                 place(&places.base), kCompleteNothing,
-                "Place variables without an address one behind the other from this byte on."},
+                "Place variables without an address one after another from this byte on."},
                {"--align N", "values lie at multiples of their size or of N: 1, 2, 4 or 8 (4)",
                 integer(&places.alignment, 1, kHighestAlignment), kCompleteNothing,
                 "Values lie at multiples of their size, or of `N` if that is less: 1, 2, 4 or 8; 4 "
@@ -203,10 +205,11 @@ options::Table ImportOptions::table()
                {"--scope NAME",
                 "scope of the global variables; without one, labels begin with the dot",
                 text(&places.globalScope)},
-               {"--all-warnings", "show each variable that is left out, and not only the first 20",
+               {"--all-warnings", "name every variable that is left out, not only the first 20",
                 flag(&allWarnings), kCompleteNothing,
-                "Show each variable that is left out; without it the first 20, and the number of "
-                "the others by reason. Warnings that change the meaning, such as overlays and "
+                "Name every variable that is left out; without this option, the first 20 are named "
+                "and the others counted by reason. Warnings that change the meaning, such as "
+                "overlays and "
                 "layouts, are always shown."},
            } +
            CommandOptions::table();

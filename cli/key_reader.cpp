@@ -10,10 +10,10 @@ struct KeySequence {
     Key::Name name;
 };
 
-const KeySequence kSequences[] = {{"[A", Key::Up},   {"[B", Key::Down},    {"OA", Key::Up},
-                                  {"OB", Key::Down}, {"[5~", Key::PageUp}, {"[6~", Key::PageDown},
-                                  {"[H", Key::Home}, {"[F", Key::End},     {"OH", Key::Home},
-                                  {"OF", Key::End},  {"[1~", Key::Home},   {"[4~", Key::End}};
+constexpr KeySequence kSequences[] = {
+    {"[A", Key::Up},      {"[B", Key::Down},      {"OA", Key::Up},    {"OB", Key::Down},
+    {"[5~", Key::PageUp}, {"[6~", Key::PageDown}, {"[H", Key::Home},  {"[F", Key::End},
+    {"OH", Key::Home},    {"OF", Key::End},       {"[1~", Key::Home}, {"[4~", Key::End}};
 
 /// Size of the escape sequence at `start`, without its escape byte: up to the byte that ends it.
 int sequenceSize(const QByteArray& bytes, int start)

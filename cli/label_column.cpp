@@ -10,9 +10,9 @@
 namespace plc::cli {
 namespace {
 
-const QChar kEllipsis(0x2026);
+constexpr QChar kEllipsis(0x2026);
 /// Characters that are shown before a difference, where there is room.
-const int kContexts[] = {8, 4, 2, 0};
+constexpr int kContexts[] = {8, 4, 2, 0};
 /// Labels are not shortened to less than this: there is nothing left to tell them apart by.
 constexpr int kLeastWidth = 4;
 

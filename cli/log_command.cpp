@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kWriteInterval = 1000;                    // ms
 constexpr qint64 kLongestPeriod = 366LL * kLongestTime; // ms
-const QLatin1String kCsvSuffix(".csv");
+constexpr QLatin1String kCsvSuffix(".csv");
 
 Expected<void> checkExport(const LogOptions& options)
 {
@@ -106,25 +106,27 @@ options::Table LogOptions::table()
     using namespace options;
     return Table{
                {"-o, --output FILE",
-                ".csv, or a database: .sqlite, .sqlite3, .db; it goes on if it exists",
+                "the log: .csv, or a database: .sqlite, .sqlite3, .db; one that exists is "
+                "continued",
                 text(&output), kCompleteFile,
                 "The log: CSV if the name ends in `.csv`, an SQLite database if it ends in "
-                "`.sqlite`, `.sqlite3` or `.db`. A log that exists goes on."},
-               {"--every DURATION", "all values at this interval and not changes",
+                "`.sqlite`, `.sqlite3` or `.db`. A log that exists is continued."},
+               {"--every DURATION", "log all values at this interval instead of changes",
                 milliseconds(&every, {kNoPlainNumber, kAboveZero, kLongestTime}), kCompleteNothing,
-                "Log all values at this interval, whether they change or not, beginning with the "
+                "Log all values at this interval, whether they change or not, starting with the "
                 "first that are read."},
                {"--rotate-size SIZE",
-                "go on in a new CSV file before one has more bytes: 500k, 64M, 2G",
+                "start a new CSV file before one grows beyond this size: 500k, 64M, 2G",
                 size(&rotateSize), kCompleteNothing,
-                "Go on in a new CSV file before one has more than `SIZE` bytes, such as `500k`, "
-                "`64M` or `2G`. The older file gets a number, which tells the order, and the time "
-                "of its first record into its name: `plant.000001.20261121T060000123Z.csv`."},
-               {"--rotate-every DURATION", "the same after this time: 1h, 1d",
+                "Start a new CSV file before one grows beyond `SIZE` bytes, such as `500k`, "
+                "`64M` or `2G`. The name of the older file gets a number, which tells the order, "
+                "and the time of its first record: `plant.000001.20261121T060000123Z.csv`."},
+               {"--rotate-every DURATION", "start a new CSV file after this time: 1h, 1d",
                 milliseconds(&rotateEvery, {kNoPlainNumber, kAboveZero, double(kLongestPeriod)}),
                 kCompleteNothing,
-                "The same when the first record of the file is this old, such as `1h` or `1d`."},
-               {"--keep N", "rotated files that stay; the oldest go (all)",
+                "Start a new CSV file when the first record of one is this old, such as `1h` or "
+                "`1d`."},
+               {"--keep N", "number of rotated files to keep; the oldest are removed (all)",
                 integer(&keep, 1, std::numeric_limits<int>::max()), kCompleteNothing,
                 "Keep `N` of the older files, those with the highest numbers; all if not given."},
                {"--export DATABASE",

@@ -19,7 +19,7 @@ constexpr qint64 kQuietStart = 500;   // ms
 constexpr qint64 kShowInterval = 100; // ms
 
 constexpr int kUsualWidth = 80;
-const char kClearLine[] = "\r\x1b[K";
+constexpr char kClearLine[] = "\r\x1b[K";
 
 /// Three digits that count: "7.5", "125", "1.25k", "12.5M"
 QString shortNumber(double number)

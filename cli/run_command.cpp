@@ -12,7 +12,7 @@
 namespace plc::cli {
 namespace {
 
-const char kInputNote[] =
+constexpr char kInputNote[] =
     "While it runs, it takes these lines from its standard input:\n"
     "  write LABEL=VALUE       write a value; its outcome is printed\n"
     "  station N off|on        switch a station off or on\n"

@@ -7,7 +7,8 @@
 namespace plc::cli {
 namespace {
 
-const char kKeys[] = "arrows, PgUp, PgDn: scroll   :write LABEL=VALUE   :station N off|on   q: end";
+constexpr char kKeys[] =
+    "arrows, PgUp, PgDn: scroll   :write LABEL=VALUE   :station N off|on   q: end";
 
 QString ageText(qint64 milliseconds)
 {

@@ -17,7 +17,7 @@ struct Percentile {
     double share;
 };
 
-const Percentile kPercentiles[] = {{"p50", 0.5}, {"p90", 0.9}, {"p99", 0.99}};
+constexpr Percentile kPercentiles[] = {{"p50", 0.5}, {"p90", 0.9}, {"p99", 0.99}};
 
 double milliseconds(qint64 nanoseconds)
 {

@@ -7,7 +7,7 @@
 namespace plc::cli {
 namespace {
 
-const char kOff[] = "\x1b[0m";
+constexpr char kOff[] = "\x1b[0m";
 
 struct Sequences {
     Emphasis emphasis;
@@ -15,7 +15,7 @@ struct Sequences {
     const char* monochrome;
 };
 
-const Sequences kSequences[] = {
+constexpr Sequences kSequences[] = {
     {Emphasis::Success, "\x1b[32m", ""},        {Emphasis::Warning, "\x1b[33m", "\x1b[1m"},
     {Emphasis::Failure, "\x1b[31m", "\x1b[1m"}, {Emphasis::Changed, "\x1b[1;33m", "\x1b[1m"},
     {Emphasis::Faint, "\x1b[2m", "\x1b[2m"},    {Emphasis::Strong, "\x1b[1m", "\x1b[1m"},

@@ -100,9 +100,9 @@ options::Table SymbolsOptions::table()
                 flag(&memoryCheck), kCompleteNothing,
                 "List variables that share memory, and gaps between variables. The exit status is "
                 "1 if two share memory and neither is marked as an overlay."},
-               {"--gap BYTES", "list gaps of at least so many bytes (1)",
+               {"--gap BYTES", "list gaps of at least this many bytes (1)",
                 integer(&gap, 1, kHighestNumber), kCompleteNothing,
-                "List gaps of at least so many bytes; 1 if not given."},
+                "List gaps of at least this many bytes; 1 if not given."},
            } +
            CommandOptions::table();
 }

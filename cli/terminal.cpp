@@ -8,9 +8,9 @@
 namespace plc::cli {
 namespace {
 
-const char kEnterScreen[] = "\x1b[?1049h\x1b[?25l\x1b[2J";
-const char kLeaveScreen[] = "\x1b[?25h\x1b[?1049l";
-const char kClearToEnd[] = "\x1b[K";
+constexpr char kEnterScreen[] = "\x1b[?1049h\x1b[?25l\x1b[2J";
+constexpr char kLeaveScreen[] = "\x1b[?25h\x1b[?1049l";
+constexpr char kClearToEnd[] = "\x1b[K";
 
 /// Keys belong to the job that the user works with.
 bool ownsKeys()

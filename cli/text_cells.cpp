@@ -7,10 +7,10 @@
 namespace plc::cli {
 namespace {
 
-const QChar kEllipsis(0x2026);
+constexpr QChar kEllipsis(0x2026);
 /// The blocks from one eighth to eight eighths, and what stands for them in ASCII.
 constexpr uint kLowestBlock = 0x2581;
-const char kAsciiBlocks[] = "_.:-=+*#";
+constexpr char kAsciiBlocks[] = "_.:-=+*#";
 constexpr uint kBlocks = sizeof(kAsciiBlocks) - 1;
 constexpr uint kFirstBeyondAscii = 0x80;
 
@@ -19,7 +19,7 @@ struct Range {
     uint last;
 };
 
-const Range kWideCharacters[] = {
+constexpr Range kWideCharacters[] = {
     {0x1100, 0x115F}, {0x2E80, 0xA4CF}, {0xAC00, 0xD7A3},   {0xF900, 0xFAFF},   {0xFE30, 0xFE6F},
     {0xFF00, 0xFF60}, {0xFFE0, 0xFFE6}, {0x1F300, 0x1F64F}, {0x1F900, 0x1F9FF}, {0x20000, 0x3FFFD}};
 

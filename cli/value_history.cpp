@@ -8,7 +8,7 @@ namespace plc::cli {
 namespace {
 
 constexpr qint64 kSecond = 1000; // ms
-const ushort kLowestBlock = 0x2581;
+constexpr ushort kLowestBlock = 0x2581;
 constexpr int kBlocks = 8;
 
 /// 0 to kBlocks - 1

@@ -9,7 +9,7 @@
 namespace plc::cli {
 namespace {
 
-const char kScreenNote[] =
+constexpr char kScreenNote[] =
     "On a terminal it shows a table, whose key ? lists the keys. Otherwise it prints\n"
     "a line with the time for each change.";
 

@@ -9,7 +9,7 @@
 namespace plc::cli {
 namespace {
 
-const char kKeys[] = "?:help  w:write  p:pause  s:sort  /:filter  r:reset  q:end";
+constexpr char kKeys[] = "?:help  w:write  p:pause  s:sort  /:filter  r:reset  q:end";
 
 constexpr int kLinesAround = 5;        ///< Title, arrangement, heading, message and keys.
 constexpr int kFewLinesAround = 2;     ///< Heading, and message or keys.

@@ -104,7 +104,7 @@ bool haveSameLabels(const QVector<WatchRow>& left, const QVector<WatchRow>& righ
                       [](const WatchRow& a, const WatchRow& b) { return a.label == b.label; });
 }
 
-const char kNothingWritten[] = "nothing was written";
+constexpr char kNothingWritten[] = "nothing was written";
 
 } // namespace
 

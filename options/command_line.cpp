@@ -71,7 +71,7 @@ Expected<void> CommandLine::read(const Table& table) const
 
 Table informationOptions(bool* wantsHelp, bool* wantsVersion)
 {
-    return {{"-h, --help", "print this", flag(wantsHelp), kCompleteNothing,
+    return {{"-h, --help", "print this help", flag(wantsHelp), kCompleteNothing,
              "Print how the program is used."},
             {"-v, --version", "print the version", flag(wantsVersion)}};
 }

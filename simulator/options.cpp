@@ -18,11 +18,11 @@ constexpr int kHighestPort = 65535;
 constexpr qint64 kHighestSeed = 0xffffffff;
 constexpr int kMostClients = 1000;
 
-const char kUsage[] =
+constexpr char kUsage[] =
     "usage: plc-simulator [OPTION...] PROJECT\n"
     "\n"
     "Simulates the PLC of a project file: serves logins, reads and writes over TCP and\n"
-    "lets the values with a signal live. Reads commands from the standard input; \"help\"\n"
+    "lets the values with a signal move. Reads commands from the standard input; \"help\"\n"
     "lists them.\n"
     "\n"
     "Options:\n";
@@ -91,9 +91,9 @@ options::Table Options::behaviourTable()
                {"--verbose", "print every frame with its meaning", flag(&m_isVerbose)},
                {"--seed N", "seed of the random walks (1)", integer(&seed, 0, kHighestSeed),
                 kCompleteNothing, "Seed of the random walks; 1 if not given."},
-               {"--max-clients N", "turn further clients away (256)",
+               {"--max-clients N", "most clients at the same time; others are turned away (256)",
                 integer(&mostClients, 1, kMostClients), kCompleteNothing,
-                "Turn further clients away; 256 if not given."},
+                "Most clients at the same time, 256 if not given; others are turned away."},
            } +
            informationOptions(&m_wantsHelp, &m_wantsVersion);
 }

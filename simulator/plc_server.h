@@ -9,6 +9,7 @@
 #include <functional>
 
 #include "simulator/plc_connection.h"
+#include "values/expected.h"
 
 namespace plc::simulator {
 
