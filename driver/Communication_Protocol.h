@@ -37,7 +37,7 @@ enum BatchKind {
 /// during set-up only.
 class Communication_Protocol {
 public:
-    Communication_Protocol() = default;
+    Communication_Protocol() : labels(symbolTable, symbolIndex) {}
 
     ComInfo* settings = nullptr; ///< Owned by the host; null until it is handed over.
     QList<RW_VAR> readList;  ///< Cyclic reads; the head is next, a settled batch goes to the end.
@@ -66,7 +66,8 @@ public:
     RW_VAR batch[plc::kBatchCapacity]; ///< The current batch; entry 0 is its head.
     plc::SymbolTable symbolTable;      ///< Top-level records by name.
     plc::DataImage localImage;         ///< PLC memory as last read or written.
-    plc::SymbolIndex symbolIndex; ///< Finds the variables of `symbolTable`; follows its filling.
+    plc::SymbolIndex symbolIndex;    ///< Finds the variables of `symbolTable`; follows its filling.
+    const plc::LabelResolver labels; ///< Resolves labels against these two.
 
 private:
     Q_DISABLE_COPY(Communication_Protocol)
@@ -81,12 +82,6 @@ namespace plc {
 inline int batchSize()
 {
     return qBound(0, PLC_driver.batchCount, kBatchCapacity);
-}
-
-/// Resolves labels against the driver's symbols.
-inline LabelResolver labelResolver()
-{
-    return LabelResolver(PLC_driver.symbolTable, PLC_driver.symbolIndex);
 }
 
 } // namespace plc

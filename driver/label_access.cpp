@@ -10,7 +10,7 @@ void PassVarName_2(QList<Label_Type_Info>* list)
 
 int get_label_address_info(const QString& label, ControlInformationM& info)
 {
-    return plc::labelResolver().resolve(label, info);
+    return PLC_driver.labels.resolve(label, info);
 }
 
 int PLCAddressChangeIntef(int reserved, QString label)
@@ -21,7 +21,7 @@ int PLCAddressChangeIntef(int reserved, QString label)
 int StringAddressToInt(int, QString label)
 {
     ControlInformationM place = ControlInformationM();
-    return plc::labelResolver().resolve(label, place) == plc::kResolved ? place.address : -1;
+    return PLC_driver.labels.resolve(label, place) == plc::kResolved ? place.address : -1;
 }
 
 int get_label_address_query(const QStringList&, int)

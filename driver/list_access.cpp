@@ -38,7 +38,7 @@ int AddListOnceReadVar(RW_VAR* var, int append)
         return 0;
     const bool appendAlways = append == PLC_APPEND_ALWAYS;
     // The label is resolved before the list is locked.
-    if (!appendAlways && !plc::toOneShotRead(*var, *settings, plc::labelResolver()))
+    if (!appendAlways && !plc::toOneShotRead(*var, *settings, PLC_driver.labels))
         return 0;
 
     QMutexLocker lock(&PLC_driver.listMutex);
@@ -56,7 +56,7 @@ int ReCreatReadVarList(QList<HostVarItem>* vars)
     if (!vars || !settings)
         return 0;
     // The communication thread waits for the lock: what takes long comes before and behind it.
-    QList<RW_VAR> reads = plc::cyclicReads(*vars, *settings, plc::labelResolver());
+    QList<RW_VAR> reads = plc::cyclicReads(*vars, *settings, PLC_driver.labels);
     const int count = int(reads.size());
 
     QMutexLocker lock(&PLC_driver.listMutex);

@@ -75,9 +75,9 @@ const int PLC_LAST_SHIFTING_CATEGORY = 11;
 
 /** @name Arguments of the callbacks */
 /**@{*/
-/** `status` of @ref PlcResultCallback: carried out. */
+/** `status` of PlcResultCallback: carried out. */
 const int PLC_STATUS_DONE = 1;
-/** `status` of @ref PlcResultCallback: given up. */
+/** `status` of PlcResultCallback: given up. */
 const int PLC_STATUS_FAILED = 2;
 /** `mode` of @ref PlcFailureCallback, always. */
 const int PLC_FAILURE_MODE = 1;
@@ -196,7 +196,7 @@ struct RW_VAR {
     int category = 0;
     /** Operation tag of the host; with @ref category it identifies one host request. */
     int aux1 = 0;
-    /** @ref PLC_REPLY_STORED: reply data is stored in the image; anything else: it is only
+    /** PLC_REPLY_STORED: reply data is stored in the image; anything else: it is only
      * acknowledged. */
     int aux2 = 0;
     /** Copy of ComInfo::remoteMode; carried, not tested. */
@@ -293,7 +293,7 @@ struct ComInfo {
     qint32 remoteMode = 0;
     /** Word 15: device number whose replies belong to the local area. Set by the host. */
     qint32 localDeviceNo = 0;
-    /** Word 16: @ref PLC_WRITE_MODE_QUEUE: writes are queued to the PLC; anything else: image only.
+    /** Word 16: PLC_WRITE_MODE_QUEUE: writes are queued to the PLC; anything else: image only.
      * Set by the host. */
     qint32 writeMode = 0;
     /**
@@ -456,7 +456,7 @@ PLC_DRIVER_EXPORT int AddListReadVar(RW_VAR* var);
  * Queues a write: address, length and data as they are to be sent.
  *
  * @param var    copied into the list
- * @param append @ref PLC_APPEND_ALWAYS: append in any case; other values: an entry of the same
+ * @param append PLC_APPEND_ALWAYS: append in any case; other values: an entry of the same
  *               station, address and length behind the head is replaced, and a
  *               new one is dropped once the list holds @ref PLC_LIST_LIMIT
  * @return entries in the list afterwards; 0 for null
@@ -469,7 +469,7 @@ PLC_DRIVER_EXPORT int AddListWriteVar(RW_VAR* var, int append);
  * @param var    on entry `length` is a count in the host's units; unless
  *               @p append is @ref PLC_APPEND_ALWAYS the label is resolved, the record is converted,
  *               and it is left as its last piece with the address behind it
- * @param append @ref PLC_APPEND_ALWAYS: append the record as it is; other values: convert, cut
+ * @param append PLC_APPEND_ALWAYS: append the record as it is; other values: convert, cut
  *               into pieces of ComInfo::maxReadBytes, and add what is not queued yet
  *               while the list holds fewer than @ref PLC_LIST_LIMIT
  * @return entries in the list afterwards; 0 if the record was refused, for

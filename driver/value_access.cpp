@@ -14,7 +14,8 @@ const int kBitPiece = 1;
 bool resize(QByteArray& value, qint64 size)
 {
     const bool acceptable = size <= PLC_LARGEST_VALUE;
-    value.resize(acceptable ? int(size) : 0);
+    if (size == 0 || size != value.size())
+        value.resize(acceptable ? int(size) : 0);
     return acceptable;
 }
 
@@ -47,7 +48,7 @@ int GetRegisterData(const QString& label, int, int, int, QByteArray* value, int 
     if (!value)
         return 0;
     ControlInformationM place = ControlInformationM();
-    if (plc::labelResolver().resolve(label, place) != plc::kResolved) {
+    if (PLC_driver.labels.resolve(label, place) != plc::kResolved) {
         resize(*value, plc::valueSize(plc::TypeGroup::None, count));
         value->fill('\0');
         return 0;
@@ -59,8 +60,7 @@ int GetRegisterData(const QString& label, int, int, int, QByteArray* value, int 
         return 1;
 
     QMutexLocker lock(&PLC_driver.dataMutex);
-    plc::readValue(PLC_driver.localImage, place, group, count,
-                   reinterpret_cast<uchar*>(value->data()), int(value->size()));
+    plc::readValue(PLC_driver.localImage, place, group, count, *value);
     return 1;
 }
 
@@ -69,7 +69,7 @@ int SetRegisterData(const QString& label, int, const QString& subLabel, int stat
 {
     const ComInfo* settings = PLC_driver.settings;
     ControlInformationM place = ControlInformationM();
-    if (!value || !settings || plc::labelResolver().resolve(label, place) != plc::kResolved)
+    if (!value || !settings || PLC_driver.labels.resolve(label, place) != plc::kResolved)
         return 0;
 
     RW_VAR record;

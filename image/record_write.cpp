@@ -9,7 +9,7 @@ namespace {
 
 void writeBytes(DataImage& image, const RW_VAR& record)
 {
-    QByteArray bytes = record.data.left(record.length);
+    QByteArray bytes = record.data;
     if (bytes.size() < record.length)
         bytes.append(QByteArray(record.length - int(bytes.size()), '\0'));
     image.write(quint32(record.areaIndex), quint32(record.address),

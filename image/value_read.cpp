@@ -58,8 +58,10 @@ void readBits(DataImage& image, const ControlInformationM& place, uchar* bits, i
 } // namespace
 
 void readValue(DataImage& image, const ControlInformationM& place, TypeGroup group, int count,
-               uchar* buffer, int size)
+               QByteArray& value)
 {
+    uchar* const buffer = reinterpret_cast<uchar*>(value.data());
+    int size = int(value.size());
     switch (group) {
         case TypeGroup::None:
         case TypeGroup::Structure:

@@ -1,6 +1,8 @@
 #ifndef PLC_IMAGE_VALUE_READ_H
 #define PLC_IMAGE_VALUE_READ_H
 
+#include <QtCore/QByteArray>
+
 #include "image/data_image.h"
 #include "symbols/label_resolution.h"
 #include "symbols/type_codes.h"
@@ -26,10 +28,10 @@ inline qint64 valueSize(TypeGroup group, qint64 count)
     }
 }
 
-/// Fills the host's buffer, whose size is that of valueSize(), from the image: least significant
-/// byte first. Bytes that did not exist exist afterwards.
+/// Fills `value`, whose size is that of valueSize(), from the image: least significant byte first.
+/// Bytes that did not exist exist afterwards.
 void readValue(DataImage& image, const ControlInformationM& place, TypeGroup group, int count,
-               uchar* buffer, int size);
+               QByteArray& value);
 
 } // namespace plc
 

@@ -15,8 +15,8 @@ namespace plc {
 /// Values by name, found in constant time.
 ///
 /// 1. Of values with equal names the first that was inserted stays.
-/// 2. A slot fills one cache line and holds all that a search needs: one place in memory to wait
-/// for.
+/// 2. A slot fills one cache line and holds all that a search needs, so that it waits for memory
+///    once.
 /// 3. A name of up to Slot::kNameCapacity characters lies in its slot. A longer one is shared with
 ///    whoever inserted it: `m_longNames` keeps it alive, and its slot points to its characters.
 /// 4. `size` of a slot is the length of its name, or `kFree`; `hash` is that of its name under the

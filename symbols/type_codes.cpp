@@ -2,10 +2,7 @@
 
 namespace plc {
 
-namespace {
-
-// By type code.
-const TypeInfo kTypes[] = {
+const TypeInfo kTypeInfos[kTypeInfoCount] = {
     {TypeGroup::None, 0},                   // no type
     {TypeGroup::Flag, 1},                   // PLC_TYPE_BOOL
     {TypeGroup::Byte, 1},                   // PLC_TYPE_BYTE
@@ -25,27 +22,5 @@ const TypeInfo kTypes[] = {
     {TypeGroup::Word, 2},       // PLC_TYPE_WORD
     {TypeGroup::DoubleWord, 4}, // PLC_TYPE_DWORD
 };
-const int kTypeCount = int(sizeof kTypes / sizeof kTypes[0]);
-
-} // namespace
-
-TypeInfo typeInfo(quint8 code)
-{
-    return kTypes[code < kTypeCount ? code : 0];
-}
-
-int elementWidth(TypeGroup group)
-{
-    switch (group) {
-        case TypeGroup::Word:
-            return 2;
-        case TypeGroup::DoubleWord:
-            return 4;
-        case TypeGroup::QuadWord:
-            return 8;
-        default:
-            return 1;
-    }
-}
 
 } // namespace plc

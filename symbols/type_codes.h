@@ -26,12 +26,31 @@ struct TypeInfo {
     quint8 elementSize; ///< Bytes between elements of an array; 0: elements have no size.
 };
 
+/// By type code; group None for 0.
+const int kTypeInfoCount = PLC_TYPE_DWORD + 1;
+extern const TypeInfo kTypeInfos[kTypeInfoCount];
+
 /// What is known of a type code; group None for codes that name no type.
-TypeInfo typeInfo(quint8 code);
+inline TypeInfo typeInfo(quint8 code)
+{
+    return kTypeInfos[code < kTypeInfoCount ? code : 0];
+}
 
 /// Bytes of one element in the host's buffers and on the wire: 1, 2, 4 or 8 for the groups that are
 /// moved in whole elements, else 1.
-int elementWidth(TypeGroup group);
+inline int elementWidth(TypeGroup group)
+{
+    switch (group) {
+        case TypeGroup::Word:
+            return 2;
+        case TypeGroup::DoubleWord:
+            return 4;
+        case TypeGroup::QuadWord:
+            return 8;
+        default:
+            return 1;
+    }
+}
 
 /// Where the bit of a bit address lies. The word index serves as the byte address of the word's
 /// high byte, so that words of neighbouring index share a byte; PLC and hosts lay bits out for it.

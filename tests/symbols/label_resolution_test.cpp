@@ -1372,7 +1372,7 @@ TEST_F(RandomLabels, TextOfBracketsCommasAndDotsResolvesAsAPlainWalkerResolvesIt
         QString label = random.oneIn(2) ? "." : "MAIN.rec";
         for (int length = random.below(12); length > 0; --length)
             label += alphabet.at(random.below(int(alphabet.size())));
-        labelResolver().prefetch(label); // whatever its text is, it changes nothing
+        PLC_driver.labels.prefetch(label); // whatever its text is, it changes nothing
         ASSERT_EQ(plain.resolve(label), resolve(label)) << label.toStdString();
     }
 }
