@@ -62,6 +62,8 @@ inline constexpr char kValueNote[] =
     "Values: TRUE, -5, 16#FF, 1.5, T#1m30s, 'text' (the quotes may be left out). What\n"
     "is no number is written as REAL#nan, REAL#inf or LREAL#-inf only.";
 inline constexpr char kDurationNote[] =
+    "A DURATION is 500ms, 10s or 1m30s; a number alone is in ms.";
+inline constexpr char kCyclicDurationNote[] =
     "A DURATION is 500ms, 10s or 1m30s; a number alone is ms, and seconds for --for.";
 
 } // namespace plc::cli

@@ -17,6 +17,10 @@
 namespace plc::cli {
 namespace {
 
+constexpr char kLogDurationNote[] =
+    "A DURATION is 500ms, 10s or 1m30s. Where a number alone is taken, it is in ms, for\n"
+    "--for in seconds.";
+
 constexpr int kWriteInterval = 1000;                    // ms
 constexpr qint64 kLongestPeriod = 366LL * kLongestTime; // ms
 constexpr QLatin1String kCsvSuffix(".csv");
@@ -97,7 +101,7 @@ const Command kLogCommand = {"log",
                              {"[LABEL...]", 0, kAnyNumber, "any number of labels", kCompleteLabel},
                              "keep the project's cyclic labels, or these, in a CSV file or an "
                              "SQLite database: each change, or all at an interval",
-                             {kLabelNote, kPatternNote, kDurationNote},
+                             {kLabelNote, kPatternNote, kLogDurationNote},
                              makeOptions<LogOptions>,
                              execute<LogOptions, logValues>};
 

@@ -141,7 +141,7 @@ const Command kPlanCommand = {
     {"[PROJECT]", 0, 1, "at most one project file", options::kCompleteProject},
     "show what one scan of the project's cyclic labels takes, and the setting that makes it "
     "shortest",
-    {},
+    {kDurationNote},
     makeOptions<PlanOptions>,
     execute<PlanOptions, plan>};
 

@@ -41,7 +41,7 @@ const Command kRunCommand = {
     "run",
     {"[LABEL...]", 0, kAnyNumber, "any number of labels", kCompleteLabel},
     "read the project's cyclic labels, or these, again and again, and show them",
-    {kInputNote, kLabelNote, kPatternNote, kDurationNote},
+    {kInputNote, kLabelNote, kPatternNote, kCyclicDurationNote},
     makeOptions<RunOptions>,
     execute<RunOptions, run>};
 

@@ -17,7 +17,7 @@ const Command kStatsCommand = {
     {"[LABEL...]", 0, kAnyNumber, "any number of labels", kCompleteLabel},
     "read values as run does and tell how the link fares: requests, round trips, retries, "
     "refusals, failures",
-    {kLabelNote, kPatternNote, kDurationNote},
+    {kLabelNote, kPatternNote, kCyclicDurationNote},
     makeOptions<CyclicOptions>,
     execute<CyclicOptions, tellStatistics>};
 

@@ -52,7 +52,7 @@ const Command kWatchCommand = {
     {"[LABEL...]", 0, kAnyNumber, "any number of labels", kCompleteLabel},
     "show the project's cyclic labels, or these, with trend, minimum and maximum; keys sort, "
     "filter and write",
-    {kScreenNote, kLabelNote, kPatternNote, kDurationNote},
+    {kScreenNote, kLabelNote, kPatternNote, kCyclicDurationNote},
     makeOptions<WatchOptions>,
     execute<WatchOptions, watch>};
 

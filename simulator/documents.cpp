@@ -14,7 +14,8 @@ int main(int argc, char** argv)
     const QString names = QStringLiteral("    local options='%1'\n").arg(completionNames(all));
     return writeDocument(argc, argv,
                          {{QStringLiteral("manual"),
-                           {{QStringLiteral("OPTIONS"), manualList(options.behaviourTable(), {})},
+                           {{QStringLiteral("OPTIONS"),
+                             manualList(options.behaviourTable() + options.informationTable(), {})},
                             {QStringLiteral("FAULTS"), manualList(options.faultTable(), {})}}},
                           {QStringLiteral("completion"),
                            {{QStringLiteral("VALUES"), completionCases(all, 8)},

@@ -21,9 +21,9 @@ constexpr int kMostClients = 1000;
 constexpr char kUsage[] =
     "usage: plc-simulator [OPTION...] PROJECT\n"
     "\n"
-    "Simulates the PLC of a project file: serves logins, reads and writes over TCP and\n"
-    "lets the values with a signal move. Reads commands from the standard input; \"help\"\n"
-    "lists them.\n"
+    "Simulates the PLC of a project file: serves logins, reads and writes over TCP\n"
+    "and lets the values with a signal move. Reads commands from the standard input;\n"
+    "\"help\" lists them.\n"
     "\n"
     "Options:\n";
 
@@ -80,22 +80,20 @@ QString versionText()
 options::Table Options::behaviourTable()
 {
     using namespace options;
-    return Table{
-               {"--listen ADDRESS", "IP address to listen on (127.0.0.1)",
-                simulator::address(&address), kCompleteNothing,
-                "IP address to listen on; 127.0.0.1 if not given."},
-               {"--port N", "port to listen on, the project's if not given; 0 picks a free one",
-                integer(&port, 0, kHighestPort), kCompleteNothing,
-                "Port to listen on; the project's if not given. 0 picks a free one."},
-               {"--quiet", "print nothing but the address", flag(&m_isQuiet)},
-               {"--verbose", "print every frame with its meaning", flag(&m_isVerbose)},
-               {"--seed N", "seed of the random walks (1)", integer(&seed, 0, kHighestSeed),
-                kCompleteNothing, "Seed of the random walks; 1 if not given."},
-               {"--max-clients N", "most clients at the same time; others are turned away (256)",
-                integer(&mostClients, 1, kMostClients), kCompleteNothing,
-                "Most clients at the same time, 256 if not given; others are turned away."},
-           } +
-           informationOptions(&m_wantsHelp, &m_wantsVersion);
+    return {
+        {"--listen ADDRESS", "IP address to listen on (127.0.0.1)", simulator::address(&address),
+         kCompleteNothing, "IP address to listen on; 127.0.0.1 if not given."},
+        {"--port N", "port to listen on, the project's if not given; 0 picks a free one",
+         integer(&port, 0, kHighestPort), kCompleteNothing,
+         "Port to listen on; the project's if not given. 0 picks a free one."},
+        {"--quiet", "print nothing but the address", flag(&m_isQuiet)},
+        {"--verbose", "print every frame with its meaning", flag(&m_isVerbose)},
+        {"--seed N", "seed of the random walks (1)", integer(&seed, 0, kHighestSeed),
+         kCompleteNothing, "Seed of the random walks; 1 if not given."},
+        {"--max-clients N", "most clients at the same time; others are turned away (256)",
+         integer(&mostClients, 1, kMostClients), kCompleteNothing,
+         "Most clients at the same time, 256 if not given; others are turned away."},
+    };
 }
 
 options::Table Options::faultTable()
@@ -126,9 +124,14 @@ options::Table Options::faultTable()
     };
 }
 
+options::Table Options::informationTable()
+{
+    return options::informationOptions(&m_wantsHelp, &m_wantsVersion);
+}
+
 options::Table Options::table()
 {
-    return behaviourTable() + faultTable();
+    return behaviourTable() + faultTable() + informationTable();
 }
 
 Expected<Options> readOptions(const QStringList& arguments)

@@ -33,9 +33,10 @@ struct Options {
 
     /// Each option; the readers write into this object.
     options::Table table();
-    /// Those that let it misbehave, and all others.
-    options::Table faultTable();
+    /// What it does, how it misbehaves, and what it tells of itself.
     options::Table behaviourTable();
+    options::Table faultTable();
+    options::Table informationTable();
 
 private:
     bool m_isQuiet = false;
