@@ -18,8 +18,8 @@ namespace plc::cli {
 namespace {
 
 constexpr char kLogDurationNote[] =
-    "A DURATION is 500ms, 10s or 1m30s. Where a number alone is taken, it is in ms, for\n"
-    "--for in seconds.";
+    "A DURATION is 500ms, 10s or 1m30s. Where a number alone is taken, it is in ms,\n"
+    "for --for in seconds.";
 
 constexpr int kWriteInterval = 1000;                    // ms
 constexpr qint64 kLongestPeriod = 366LL * kLongestTime; // ms

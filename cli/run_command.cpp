@@ -4,7 +4,8 @@
 
 #include "cli/line_view.h"
 #include "cli/once_command.h"
-#include "cli/screen_view.h"
+#include "cli/screen_table.h"
+#include "cli/terminal_view.h"
 #include "host/report/frame_text.h"
 #include "options/readers.h"
 #include "values/nearest_name.h"
@@ -21,14 +22,14 @@ constexpr char kInputNote[] =
     "begins one of the lines above, q ends. Otherwise it prints values that changed,\n"
     "with their age, and all that happens to the link, line by line.";
 
-std::unique_ptr<RunView> makeScreen(const ScreenContext& context)
+std::unique_ptr<TerminalTable> makeTable(const TableContext& context)
 {
-    return std::make_unique<ScreenView>(context.title, context.peer, context.carryOut);
+    return std::make_unique<ScreenTable>(context.title);
 }
 
 int run(const RunOptions& options)
 {
-    const RunDisplay display{options.interval, makeScreen, false};
+    const RunDisplay display{options.interval, makeTable, false};
     return inContext(options, [&](const CommandContext& context) {
         return options.once ? OnceCommand(options, context).execute()
                             : RunCommand(options, display, context).execute();
@@ -67,8 +68,9 @@ void RunCommand::startView()
 {
     const auto carryOutLine = [this](const QString& line) { carryOut(line); };
     if (!m_options.json && TerminalView::isPossible()) {
-        m_view = m_display.makeScreen(
-            {title(), peer(), runtime().points(), project().settings.readOnly, carryOutLine});
+        m_view = std::make_unique<TerminalView>(
+            peer(), carryOutLine,
+            m_display.makeTable({title(), runtime().points(), project().settings.readOnly}));
         return;
     }
     m_view = std::make_unique<LineView>(peer(), m_options.json, m_display.everyChange);

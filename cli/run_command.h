@@ -9,6 +9,7 @@
 #include "cli/command.h"
 #include "cli/cyclic_command.h"
 #include "cli/run_view.h"
+#include "cli/terminal_table.h"
 #include "streams/line_input.h"
 
 namespace plc::cli {
@@ -22,21 +23,18 @@ struct RunOptions : CyclicOptions {
 
 extern const Command kRunCommand;
 
-/// What a screen is made of.
-struct ScreenContext {
+/// What a table on a terminal is made of.
+struct TableContext {
     QString title;
-    QString peer;
     const host::DataPointFinder& points;
     bool isReadOnly;
-    /// Takes the user's commands.
-    std::function<void(const QString& line)> carryOut;
 };
 
 /// How the values are shown while they are read.
 struct RunDisplay {
     int interval; ///< ms; 0: as suits the kind of output.
-    /// Where there is a terminal; elsewhere a LineView shows them.
-    std::function<std::unique_ptr<RunView>(const ScreenContext& context)> makeScreen;
+    /// The table of a TerminalView; where there is no terminal, a LineView shows the values.
+    std::function<std::unique_ptr<TerminalTable>(const TableContext& context)> makeTable;
     bool everyChange; ///< That of the LineView.
 };
 

@@ -24,9 +24,11 @@ const Command kStatsCommand = {
 void StatsCommand::aboutToBegin()
 {
     m_counter.start();
-    if (!m_options.json && StatsView::isPossible()) {
-        m_view = std::make_unique<StatsView>(project().name, peer(),
-                                             [this](const QString&) { interrupted(); });
+    if (!m_options.json && TerminalView::isPossible()) {
+        auto table = std::make_unique<StatsTable>(project().name);
+        m_table = table.get();
+        m_view = std::make_unique<TerminalView>(
+            peer(), [this](const QString&) { interrupted(); }, std::move(table));
         QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh, [this] { refresh(); });
         m_refresh.start(m_view->usualInterval());
     }
@@ -84,7 +86,8 @@ StatsReport StatsCommand::report()
 
 void StatsCommand::refresh()
 {
-    m_view->show(report(), runtime(), m_counter.elapsed());
+    m_table->setReport(report());
+    m_view->refresh(runtime(), m_counter.elapsed());
 }
 
 } // namespace plc::cli

@@ -8,7 +8,8 @@
 
 #include "cli/command.h"
 #include "cli/cyclic_command.h"
-#include "cli/stats_view.h"
+#include "cli/stats_table.h"
+#include "cli/terminal_view.h"
 
 namespace plc::cli {
 
@@ -51,7 +52,8 @@ private:
 
     const CyclicOptions& m_options;
     Counter m_counter;
-    std::unique_ptr<StatsView> m_view; ///< Null where there is no terminal.
+    std::unique_ptr<TerminalView> m_view; ///< Null where there is no terminal.
+    StatsTable* m_table = nullptr;        ///< That of the view.
     QTimer m_refresh;
 };
 

@@ -19,11 +19,14 @@ bool isBlank(const QString& line)
 
 } // namespace
 
-TerminalView::TerminalView(const QString& peer, std::function<void(const QString&)> carryOut)
+TerminalView::TerminalView(const QString& peer, std::function<void(const QString&)> carryOut,
+                           std::unique_ptr<TerminalTable> table)
     : m_peer(peer),
       m_carryOut(std::move(carryOut)),
+      m_table(std::move(table)),
       m_signals({SIGWINCH, SIGTSTP}, [this](int number) { handleSignal(number); })
 {
+    m_table->resized(width(), height());
     if (!m_terminal.hasKeys())
         return;
     m_keyboard = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
@@ -53,6 +56,17 @@ void TerminalView::message(const QString& text)
     draw();
 }
 
+void TerminalView::valuesRead(const host::Runtime& runtime, qint64 now)
+{
+    m_table->valuesRead(runtime, now);
+}
+
+void TerminalView::refresh(const host::Runtime& runtime, qint64 now)
+{
+    m_table->refresh(runtime, now, *this);
+    draw();
+}
+
 QString TerminalView::linkStatus(const host::Runtime& runtime, qint64 now) const
 {
     return QStringLiteral("%1, %2 requests/s")
@@ -62,7 +76,7 @@ QString TerminalView::linkStatus(const host::Runtime& runtime, qint64 now) const
 
 void TerminalView::end(const host::Runtime& runtime, qint64 now)
 {
-    QStringList lines = layOut();
+    QStringList lines = m_table->layOut(*this);
     m_isEnded = true;
     if (m_keyboard)
         m_keyboard->setEnabled(false);
@@ -82,7 +96,7 @@ void TerminalView::readKeyboard()
         return;
     }
     for (const Key& key : readKeys(QByteArray(buffer, int(count))))
-        press(key);
+        m_table->press(key, this);
     draw();
 }
 
@@ -95,14 +109,14 @@ void TerminalView::handleSignal(int number)
     } else {
         m_terminal.measure();
     }
-    resized();
+    m_table->resized(width(), height());
     draw();
 }
 
 void TerminalView::draw()
 {
     if (!m_isEnded)
-        m_terminal.show(layOut());
+        m_terminal.show(m_table->layOut(*this));
 }
 
 QString shownValue(const host::ValueTable& values, int row)

@@ -2,7 +2,7 @@
 
 #include "cli/run_command.h"
 #include "cli/value_lines.h"
-#include "cli/watch_view.h"
+#include "cli/watch_table.h"
 #include "host/points/value_codec.h"
 #include "host/transfers/result_text.h"
 
@@ -26,20 +26,19 @@ WatchState::Checked check(const host::DataPointFinder& points, const QString& te
     return checked;
 }
 
-std::unique_ptr<RunView> makeScreen(const ScreenContext& context)
+std::unique_ptr<TerminalTable> makeTable(const TableContext& context)
 {
     const host::DataPointFinder& points = context.points;
-    auto view = std::make_unique<WatchView>(
-        context.title, context.peer, context.carryOut,
-        [&points](const QString& assignment) { return check(points, assignment); });
+    auto table = std::make_unique<WatchTable>(
+        context.title, [&points](const QString& assignment) { return check(points, assignment); });
     if (context.isReadOnly)
-        view->refuseWrites(host::readOnlyText());
-    return view;
+        table->refuseWrites(host::readOnlyText());
+    return table;
 }
 
 int watch(const WatchOptions& options)
 {
-    const RunDisplay display{options.interval, makeScreen, options.interval == 0};
+    const RunDisplay display{options.interval, makeTable, options.interval == 0};
     return inContext(options, [&](const CommandContext& context) {
         return RunCommand(options, display, context).execute();
     });

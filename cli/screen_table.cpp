@@ -1,7 +1,6 @@
-#include "cli/screen_view.h"
+#include "cli/screen_table.h"
 
-#include <utility>
-
+#include "cli/terminal_view.h"
 #include "cli/text_cells.h"
 
 namespace plc::cli {
@@ -34,41 +33,44 @@ ScreenRow screenRow(const host::ValueTable& values, int index, qint64 now)
 
 } // namespace
 
-ScreenView::ScreenView(const QString& title, const QString& peer,
-                       std::function<void(const QString&)> carryOut)
-    : TerminalView(peer, std::move(carryOut))
+ScreenTable::ScreenTable(const QString& title)
 {
     m_content.title = title;
 }
 
-void ScreenView::refresh(const host::Runtime& runtime, qint64 now)
+void ScreenTable::resized(int width, int height)
+{
+    m_page = rowsOnScreen(width, height);
+    scroll(0);
+}
+
+void ScreenTable::refresh(const host::Runtime& runtime, qint64 now, const TerminalView& view)
 {
     const host::ValueTable& values = runtime.values();
     m_content.rows.resize(values.size());
     for (int i = 0; i < values.size(); ++i)
         m_content.rows[i] = screenRow(values, i, now);
-    m_content.status = linkStatus(runtime, now);
-    draw();
+    m_content.status = view.linkStatus(runtime, now);
 }
 
-void ScreenView::press(const Key& key)
+void ScreenTable::press(const Key& key, TerminalView* view)
 {
     if (m_isTyping)
-        pressInCommand(key);
+        pressInCommand(key, view);
     else
-        pressInTable(key);
+        pressInTable(key, view);
 }
 
-void ScreenView::pressInTable(const Key& key)
+void ScreenTable::pressInTable(const Key& key, TerminalView* view)
 {
-    const int page = qMax(1, rowsOnScreen(width(), height()));
+    const int page = qMax(1, m_page);
     const int all = int(m_content.rows.size());
     if (key.name == Key::Character && key.text == QLatin1String("q")) {
-        carryOut(QStringLiteral("quit"));
+        view->carryOut(QStringLiteral("quit"));
     } else if (key.name == Key::Character && key.text == QLatin1String(":")) {
         m_isTyping = true;
         m_typed.clear();
-        forgetMessage();
+        view->forgetMessage();
     } else if (key.name == Key::Character && key.text == QLatin1String(" ")) {
         scroll(page);
     } else if (key.name == Key::Up || key.name == Key::Down) {
@@ -80,29 +82,28 @@ void ScreenView::pressInTable(const Key& key)
     }
 }
 
-void ScreenView::pressInCommand(const Key& key)
+void ScreenTable::pressInCommand(const Key& key, TerminalView* view)
 {
     if (typeKey(key, &m_typed))
         m_isTyping = false;
     if (key.name == Key::Enter)
-        carryOut(m_typed);
+        view->carryOut(m_typed);
 }
 
-void ScreenView::scroll(int rows)
+void ScreenTable::scroll(int rows)
 {
-    const int page = rowsOnScreen(width(), height());
-    m_firstRow = qBound(0, m_firstRow + rows, qMax(0, int(m_content.rows.size()) - page));
+    m_firstRow = qBound(0, m_firstRow + rows, qMax(0, int(m_content.rows.size()) - m_page));
 }
 
-QStringList ScreenView::layOut() const
+QStringList ScreenTable::layOut(const TerminalView& view) const
 {
     ScreenContent content = m_content;
-    content.message = lastMessage();
+    content.message = view.lastMessage();
     // Of what is being typed the end must be in sight.
-    content.prompt = m_isTyping
-                         ? fittedTail(QLatin1Char(':') + m_typed + QLatin1Char('_'), width() - 1)
-                         : QString::fromLatin1(kKeys);
-    return layOutScreen(content, width(), height(), m_firstRow, style());
+    content.prompt =
+        m_isTyping ? fittedTail(QLatin1Char(':') + m_typed + QLatin1Char('_'), view.width() - 1)
+                   : QString::fromLatin1(kKeys);
+    return layOutScreen(content, view.width(), view.height(), m_firstRow, view.style());
 }
 
 } // namespace plc::cli

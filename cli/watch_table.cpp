@@ -1,5 +1,6 @@
-#include "cli/watch_view.h"
+#include "cli/watch_table.h"
 
+#include "cli/terminal_view.h"
 #include "host/points/value_codec.h"
 #include "values/numeric_value.h"
 
@@ -19,23 +20,27 @@ QString limitText(const host::DataPoint& point, const std::optional<values::Valu
 
 } // namespace
 
-WatchView::WatchView(const QString& title, const QString& peer,
-                     const std::function<void(const QString&)>& carryOut,
-                     const WatchState::Check& check)
-    : TerminalView(peer, carryOut), m_title(title), m_state(check, [this](const QString& question) {
-          return showsWhole(question, width(), height());
+WatchTable::WatchTable(const QString& title, const WatchState::Check& check)
+    : m_title(title), m_state(check, [this](const QString& question) {
+          return showsWhole(question, m_width, m_height);
       })
 {
-    m_state.setPage(watchPage(height()));
 }
 
-void WatchView::refuseWrites(const QString& reason)
+void WatchTable::resized(int width, int height)
+{
+    m_width = width;
+    m_height = height;
+    m_state.setPage(watchPage(height));
+}
+
+void WatchTable::refuseWrites(const QString& reason)
 {
     m_state.refuseWrites(reason);
 }
 
 /// Every value that was read counts, not only those that a screen shows.
-void WatchView::valuesRead(const host::Runtime& runtime, qint64 now)
+void WatchTable::valuesRead(const host::Runtime& runtime, qint64 now)
 {
     const host::ValueTable& values = runtime.values();
     m_courses.resize(values.size());
@@ -53,7 +58,7 @@ void WatchView::valuesRead(const host::Runtime& runtime, qint64 now)
     }
 }
 
-void WatchView::refresh(const host::Runtime& runtime, qint64 now)
+void WatchTable::refresh(const host::Runtime& runtime, qint64 now, const TerminalView& view)
 {
     const host::ValueTable& values = runtime.values();
     m_courses.resize(values.size());
@@ -62,11 +67,10 @@ void WatchView::refresh(const host::Runtime& runtime, qint64 now)
     for (int row = 0; row < values.size(); ++row)
         rows.append(watchRow(values, row, now));
     m_state.update(rows);
-    m_link = linkStatus(runtime, now);
-    draw();
+    m_link = view.linkStatus(runtime, now);
 }
 
-WatchRow WatchView::watchRow(const host::ValueTable& values, int index, qint64 now) const
+WatchRow WatchTable::watchRow(const host::ValueTable& values, int index, qint64 now) const
 {
     const host::DataPoint& point = values.point(index);
     const Course& course = m_courses[index];
@@ -81,41 +85,41 @@ WatchRow WatchView::watchRow(const host::ValueTable& values, int index, qint64 n
         row.number = values::numericValue(host::decodeValues(point, values.bytes(index)).first());
     if (course.changes > 0)
         row.sinceChange = now - course.changedAt;
-    row.trend = course.history.trend(watchTrendSeconds(width()), now);
+    row.trend = course.history.trend(watchTrendSeconds(m_width), now);
     row.lowest = limitText(point, course.history.lowest());
     row.highest = limitText(point, course.history.highest());
     return row;
 }
 
-void WatchView::press(const Key& key)
+void WatchTable::press(const Key& key, TerminalView* view)
 {
-    forgetMessage();
+    view->forgetMessage();
     const WatchState::Action action = m_state.press(key);
     const QString text = m_state.takeMessage();
     if (!text.isEmpty())
-        message(text);
+        view->message(text);
     switch (action.kind) {
         case WatchState::Action::None:
             break;
         case WatchState::Action::Quit:
-            carryOut(QStringLiteral("quit"));
+            view->carryOut(QStringLiteral("quit"));
             break;
         case WatchState::Action::Write:
-            message(QStringLiteral("writing %1").arg(action.assignment));
-            carryOut(QStringLiteral("write ") + action.assignment);
+            view->message(QStringLiteral("writing %1").arg(action.assignment));
+            view->carryOut(QStringLiteral("write ") + action.assignment);
             break;
         case WatchState::Action::ForgetRanges:
             for (Course& course : m_courses)
                 course.history.forgetRange();
-            message(QStringLiteral("MIN and MAX begin anew"));
+            view->message(QStringLiteral("MIN and MAX begin anew"));
             break;
     }
 }
 
-QStringList WatchView::layOut() const
+QStringList WatchTable::layOut(const TerminalView& view) const
 {
-    return layOutWatch({m_title, m_link, isLinkUp(), lastMessage()}, m_state, width(), height(),
-                       style());
+    return layOutWatch({m_title, m_link, view.isLinkUp(), view.lastMessage()}, m_state,
+                       view.width(), view.height(), view.style());
 }
 
 } // namespace plc::cli
