@@ -2,10 +2,14 @@
 
 #include <unistd.h>
 
+#include <QtCore/QTimer>
+
 #include <utility>
 
 namespace plc::streams {
 namespace {
+
+constexpr int kForeignTerminalPause = 200; // ms
 
 /// Whether reading would stop the program: a terminal that another job has in use.
 bool isForeignTerminal(int descriptor)
@@ -25,8 +29,13 @@ LineInput::LineInput(int descriptor, LineSplitter::Handle handle, LineSplitter::
 
 void LineInput::read()
 {
-    if (isForeignTerminal(m_descriptor))
+    if (isForeignTerminal(m_descriptor)) {
+        // What is typed there stays readable until its own job reads it.
+        m_notifier.setEnabled(false);
+        QTimer::singleShot(kForeignTerminalPause, &m_notifier,
+                           [this] { m_notifier.setEnabled(true); });
         return;
+    }
     char buffer[4096];
     const ssize_t count = ::read(m_descriptor, buffer, sizeof(buffer));
     if (count <= 0) {
