@@ -160,7 +160,7 @@ TEST(HostGuide, DescribesEveryEntryPointInTheSameForm)
                 << name.toStdString() << " lacks " << part;
         EXPECT_TRUE(section.contains(name + QLatin1Char('('))) << name.toStdString();
     }
-    EXPECT_EQ(entryPoints, 16);
+    EXPECT_EQ(16, entryPoints);
 }
 
 TEST(HostGuide, NamesEveryNumberOfTheHeaderWithItsValue)
@@ -210,5 +210,5 @@ TEST(HostGuide, DescribesEveryMemberOfEveryRecord)
         EXPECT_TRUE(section.contains(QLatin1Char('`') + name + QLatin1Char('`')))
             << name.toStdString();
     }
-    EXPECT_EQ(members, 15 + 9 + 4 + 19 + 13 + 5);
+    EXPECT_EQ(15 + 9 + 4 + 19 + 13 + 5, members);
 }

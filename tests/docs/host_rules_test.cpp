@@ -86,9 +86,9 @@ TEST_F(HostRules, GoodReplyOfAnotherSizeToARepeatedRequestIsAFailure)
     RW_VAR read = makeVar(3, 10, 2);
     AddListReadVar(&read);
     ComCommunication();
-    EXPECT_EQ(deliver(refusedReply())->result, 0);
-    EXPECT_EQ(ComCommunication()->replyLength, 8);
-    EXPECT_EQ(deliver(readReply({word(1)}))->result, 71);
+    EXPECT_EQ(0, deliver(refusedReply())->result);
+    EXPECT_EQ(8, ComCommunication()->replyLength);
+    EXPECT_EQ(71, deliver(readReply({word(1)}))->result);
 }
 
 TEST_F(HostRules, IncompleteReplyToARepeatedRequestIsAFailure)
@@ -97,7 +97,7 @@ TEST_F(HostRules, IncompleteReplyToARepeatedRequestIsAFailure)
     submit(makeWrite(3, 10, word(1), 1, 1));
     ComCommunication();
     deliver(refusedReply());
-    EXPECT_EQ(deliver(writeReply().left(5))->result, 71);
+    EXPECT_EQ(71, deliver(writeReply().left(5))->result);
 }
 
 TEST_F(HostRules, LoginIsForgottenOnlyWithAnAbandonedTransaction)
@@ -108,8 +108,8 @@ TEST_F(HostRules, LoginIsForgottenOnlyWithAnAbandonedTransaction)
     deliver(readReply({word(1)}));
     // A connection lost here is not known to the driver.
     EXPECT_EQ(ComCommunication()->frame, readFrame);
-    EXPECT_EQ(deliver(QByteArray())->result, 41);
-    EXPECT_EQ(ComCommunication()->frame.at(6), 0x01) << "identification";
+    EXPECT_EQ(41, deliver(QByteArray())->result);
+    EXPECT_EQ(0x01, ComCommunication()->frame.at(6)) << "identification";
 }
 
 TEST_F(HostRules, OneCallOfDataComNeverConsumesAFreshReply)
@@ -117,17 +117,17 @@ TEST_F(HostRules, OneCallOfDataComNeverConsumesAFreshReply)
     submit(makeWrite(3, 10, word(1), 1, 1));
     ComCommunication();
     QByteArray reply = writeReply();
-    EXPECT_EQ(DataCom(&reply, int(reply.size()))->result, 1);
-    EXPECT_EQ(PLC_driver.writeList.size(), 1);
-    EXPECT_EQ(DataCom(&reply, int(reply.size()))->result, 1);
-    EXPECT_EQ(PLC_driver.writeList.size(), 0);
+    EXPECT_EQ(1, DataCom(&reply, int(reply.size()))->result);
+    EXPECT_EQ(1, PLC_driver.writeList.size());
+    EXPECT_EQ(1, DataCom(&reply, int(reply.size()))->result);
+    EXPECT_EQ(0, PLC_driver.writeList.size());
 }
 
 TEST_F(HostRules, CallbackNamesTheHeadOfABatchOnly)
 {
     submit(makeWrite(3, 10, word(1), 1, 100));
     submit(makeWrite(3, 12, word(2), 1, 200));
-    EXPECT_EQ(entriesOfNextRequest(), 2);
+    EXPECT_EQ(2, entriesOfNextRequest());
     deliver(writeReply());
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_THAT(resultCalls, ::testing::ElementsAre(ResultCall{77, 1, 100, 1}));
@@ -141,7 +141,7 @@ TEST_F(HostRules, ReplacementOfAFollowerUnderWayIsNeverSent)
     submit(makeWrite(3, 12, word(3), 1, 3));
     deliver(writeReply());
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
-    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(nullptr, ComCommunication());
 }
 
 TEST_F(HostRules, WriteReplacesOneOfTheSameAddressInAnotherArea)
@@ -149,8 +149,8 @@ TEST_F(HostRules, WriteReplacesOneOfTheSameAddressInAnotherArea)
     submit(makeWrite(9, 0, word(0), 1, 1));
     submit(makeWrite(3, 10, word(1), 1, 2));
     submit(makeWrite(4, 10, word(2), 1, 3));
-    ASSERT_EQ(PLC_driver.writeList.size(), 2);
-    EXPECT_EQ(PLC_driver.writeList.at(1).areaIndex, 4);
+    ASSERT_EQ(2, PLC_driver.writeList.size());
+    EXPECT_EQ(4, PLC_driver.writeList.at(1).areaIndex);
 }
 
 TEST_F(HostRules, BitReplacesAByteWhoseAddressEqualsItsNumber)
@@ -160,8 +160,8 @@ TEST_F(HostRules, BitReplacesAByteWhoseAddressEqualsItsNumber)
     RW_VAR bit = makeWrite(3, 17, hex("01"), 1, 3);
     bit.dataType = 13;
     submit(bit);
-    ASSERT_EQ(PLC_driver.writeList.size(), 2);
-    EXPECT_EQ(PLC_driver.writeList.at(1).dataType, 13);
+    ASSERT_EQ(2, PLC_driver.writeList.size());
+    EXPECT_EQ(13, PLC_driver.writeList.at(1).dataType);
 }
 
 TEST_F(HostRules, FailuresAddUpAcrossGoodReplies)
@@ -174,8 +174,8 @@ TEST_F(HostRules, FailuresAddUpAcrossGoodReplies)
         EXPECT_EQ(refused, i == 0 ? 0 : 12);
         if (i == 0) {
             ComCommunication();
-            EXPECT_EQ(deliver(writeReply())->result, 1);
-            EXPECT_EQ(settings.retryCount, 1);
+            EXPECT_EQ(1, deliver(writeReply())->result);
+            EXPECT_EQ(1, settings.retryCount);
         }
     }
 }
@@ -191,7 +191,7 @@ TEST_F(HostRules, GivingUpTransactionsEmptiesTheWriteList)
         while (DataCom(&nothing, 0)->result == 0) {
         }
     }
-    EXPECT_EQ(batches, 3);
+    EXPECT_EQ(3, batches);
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_THAT(resultCalls,
                 ::testing::ElementsAre(ResultCall{77, 1, 0, 2}, ResultCall{77, 1, 1, 2},
@@ -215,7 +215,7 @@ TEST_F(HostRules, AcknowledgementOfAWriteWithoutAux2IsStoredAsData)
     submit(write);
     ComCommunication();
     deliver(writeReply());
-    EXPECT_EQ(PLC_driver.localImage.value(plc::DataImage::key(3, 10)), 0xBB);
+    EXPECT_EQ(0xBB, PLC_driver.localImage.value(plc::DataImage::key(3, 10)));
 }
 
 TEST_F(HostRules, ReplyToAnotherDeviceIsRemoteAndNotStored)
@@ -224,7 +224,7 @@ TEST_F(HostRules, ReplyToAnotherDeviceIsRemoteAndNotStored)
     read.deviceNo = settings.localDeviceNo + 1;
     AddListReadVar(&read);
     ComCommunication();
-    EXPECT_EQ(deliver(readReply({word(7)}))->result, 100);
+    EXPECT_EQ(100, deliver(readReply({word(7)}))->result);
     EXPECT_FALSE(PLC_driver.localImage.contains(plc::DataImage::key(3, 10)));
 }
 
@@ -235,9 +235,9 @@ TEST_F(HostRules, RefusedLoginCountsNoRetry)
     AddListReadVar(&read);
     for (int i = 0; i < 5; ++i) {
         ComCommunication();
-        EXPECT_EQ(deliver(refusedReply())->result, 201);
+        EXPECT_EQ(201, deliver(refusedReply())->result);
     }
-    EXPECT_EQ(settings.retryCount, 0);
+    EXPECT_EQ(0, settings.retryCount);
 }
 
 TEST_F(HostRules, WritesOfASwitchedOffStationVanishWithoutACallback)
@@ -246,7 +246,7 @@ TEST_F(HostRules, WritesOfASwitchedOffStationVanishWithoutACallback)
     write.station = 5;
     submit(write);
     EnCommStation(5, 0);
-    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(nullptr, ComCommunication());
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_TRUE(resultCalls.empty());
 }
@@ -259,7 +259,7 @@ TEST_F(HostRules, NullAfterFiveWriteBatchesDoesNotMeanThatNothingWaits)
         ASSERT_NE(ComCommunication(), nullptr);
         deliver(writeReply());
     }
-    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(nullptr, ComCommunication());
     EXPECT_NE(ComCommunication(), nullptr);
 }
 
@@ -270,7 +270,7 @@ TEST_F(HostRules, GoodReadReplyWithTooFewBytesIsAccepted)
     AddListReadVar(&first);
     AddListReadVar(&second);
     ComCommunication();
-    EXPECT_EQ(deliver(readReply({word(7)}))->result, 1);
+    EXPECT_EQ(1, deliver(readReply({word(7)}))->result);
     EXPECT_TRUE(PLC_driver.localImage.contains(plc::DataImage::key(3, 11)));
     EXPECT_FALSE(PLC_driver.localImage.contains(plc::DataImage::key(3, 20)));
 }
@@ -279,11 +279,11 @@ TEST_F(HostRules, GoodReplyWithoutDataEndsARefusedReadAndKeepsTheLogin)
 {
     readCyclically(10, 2);
     ComCommunication();
-    EXPECT_EQ(deliver(readReply({word(0x0708)}))->result, 1);
+    EXPECT_EQ(1, deliver(readReply({word(0x0708)}))->result);
     readCyclically(20, 2);
     ComCommunication();
-    EXPECT_EQ(deliver(hex("BB BB 00 00 00 02 00 00"))->result, 1);
-    EXPECT_EQ(settings.retryCount, 0);
+    EXPECT_EQ(1, deliver(hex("BB BB 00 00 00 02 00 00"))->result);
+    EXPECT_EQ(0, settings.retryCount);
     EXPECT_TRUE(PLC_driver.localImage.contains(plc::DataImage::key(3, 10)));
     EXPECT_FALSE(PLC_driver.localImage.contains(plc::DataImage::key(3, 20)));
     EXPECT_EQ(addressesIn(ComCommunication()->frame), (std::vector<int>{10, 20}));
@@ -296,7 +296,7 @@ TEST_F(HostRules, OneShotReadThatEndsWithoutDataIsReportedAsDone)
     read.aux1 = 100;
     AddListOnceReadVar(&read, 1);
     ComCommunication();
-    EXPECT_EQ(deliver(hex("BB BB 00 00 00 02 00 00"))->result, 1);
+    EXPECT_EQ(1, deliver(hex("BB BB 00 00 00 02 00 00"))->result);
     EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
     EXPECT_THAT(resultCalls, ::testing::ElementsAre(ResultCall{77, 2, 100, 1}));
 }
@@ -311,7 +311,7 @@ TEST_F(HostRules, ScanDoneCountsWrites)
         ComCommunication();
         deliver(writeReply());
     }
-    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_EQ(1, settings.scanDone);
 }
 
 TEST_F(HostRules, AbandonedBatchDropsAPieceOfAFollowerAndTheRestIsSentAndReportedAsDone)
@@ -320,14 +320,14 @@ TEST_F(HostRules, AbandonedBatchDropsAPieceOfAFollowerAndTheRestIsSentAndReporte
     submit(makeWrite(3, 10, word(1), 1, 100));
     submit(makeWrite(3, 1000, QByteArray(500, 'a'), 1, 200));
     submit(makeWrite(3, 1500, QByteArray(600, 'b'), 1, 200));
-    ASSERT_EQ(entriesOfNextRequest(), 2);
-    EXPECT_EQ(deliver(refusedReply())->result, 12);
+    ASSERT_EQ(2, entriesOfNextRequest());
+    EXPECT_EQ(12, deliver(refusedReply())->result);
     EXPECT_THAT(resultCalls, ::testing::ElementsAre(ResultCall{77, 1, 100, 2}));
 
-    ASSERT_EQ(PLC_driver.writeList.size(), 1);
-    EXPECT_EQ(PLC_driver.writeList.at(0).address, 1500);
+    ASSERT_EQ(1, PLC_driver.writeList.size());
+    EXPECT_EQ(1500, PLC_driver.writeList.at(0).address);
     logIn();
-    EXPECT_EQ(entriesOfNextRequest(), 1);
+    EXPECT_EQ(1, entriesOfNextRequest());
     deliver(writeReply());
     EXPECT_EQ(resultCalls.back(), (ResultCall{77, 1, 200, 1})) << "without its beginning";
 }
@@ -337,10 +337,10 @@ TEST_F(HostRules, AbandonedBatchTakesTheFurtherPiecesOfItsHeadAlong)
     submit(makeWrite(3, 1000, QByteArray(900, 'a'), 1, 100));
     submit(makeWrite(3, 1900, QByteArray(900, 'b'), 1, 100));
     submit(makeWrite(3, 10, word(1), 1, 200));
-    ASSERT_EQ(entriesOfNextRequest(), 1);
+    ASSERT_EQ(1, entriesOfNextRequest());
     deliver(refusedReply());
-    ASSERT_EQ(PLC_driver.writeList.size(), 1);
-    EXPECT_EQ(PLC_driver.writeList.at(0).aux1, 200);
+    ASSERT_EQ(1, PLC_driver.writeList.size());
+    EXPECT_EQ(200, PLC_driver.writeList.at(0).aux1);
 }
 
 TEST_F(HostRules, AbandonedCyclicBatchLosesNothing)
@@ -349,7 +349,7 @@ TEST_F(HostRules, AbandonedCyclicBatchLosesNothing)
     readCyclically(20, 2);
     ComCommunication();
     deliver(refusedReply());
-    EXPECT_EQ(PLC_driver.readList.size(), 2);
+    EXPECT_EQ(2, PLC_driver.readList.size());
 }
 
 TEST_F(HostRules, BitRecordOfSeveralBitsStatesNoLengthForItsBytes)
@@ -357,7 +357,7 @@ TEST_F(HostRules, BitRecordOfSeveralBitsStatesNoLengthForItsBytes)
     RW_VAR bits = makeWrite(5, 17, hex("01 00 01"), 1, 1);
     bits.dataType = 13;
     submit(bits);
-    EXPECT_EQ(ComCommunication()->frame.mid(12, 13), hex("0005 00000011 00000000 010001"));
+    EXPECT_EQ(hex("0005 00000011 00000000 010001"), ComCommunication()->frame.mid(12, 13));
 }
 
 TEST_F(HostRules, StationOfAMergedEntryIsThatOfItsFirstVariable)
@@ -372,14 +372,14 @@ TEST_F(HostRules, StationOfAMergedEntryIsThatOfItsFirstVariable)
         item.count = 1;
         items << item;
     }
-    ASSERT_EQ(ReCreatReadVarList(&items), 1);
+    ASSERT_EQ(1, ReCreatReadVarList(&items));
     EnCommStation(2, 0);
-    EXPECT_EQ(ComCommunication()->frame.mid(12, 10), hex("0003 00000064 00000004"))
+    EXPECT_EQ(hex("0003 00000064 00000004"), ComCommunication()->frame.mid(12, 10))
         << "the variable of the switched-off station is read";
     deliver(readReply({hex("00 01 00 02")}));
     EnCommStation(-1, 1);
     EnCommStation(1, 0);
-    EXPECT_EQ(ComCommunication(), nullptr) << "the variable of station 2 is not";
+    EXPECT_EQ(nullptr, ComCommunication()) << "the variable of station 2 is not";
 }
 
 TEST_F(HostRules, StationsShareAnAddress)
@@ -392,7 +392,7 @@ TEST_F(HostRules, StationsShareAnAddress)
     AddListReadVar(&ofStation2);
     EXPECT_EQ(ComCommunication()->frame.mid(12, 20), hex("0003 0000000A 00000002").repeated(2));
     deliver(readReply({word(1), word(2)}));
-    EXPECT_EQ(PLC_driver.localImage.value(plc::DataImage::key(3, 11)), 2);
+    EXPECT_EQ(2, PLC_driver.localImage.value(plc::DataImage::key(3, 11)));
 }
 
 TEST_F(HostRules, TextOfOddSizeIsWrittenWholeByABufferBeyondItsRegisters)
@@ -401,7 +401,7 @@ TEST_F(HostRules, TextOfOddSizeIsWrittenWholeByABufferBeyondItsRegisters)
     example::handOverSymbols();
     const QByteArray odd(41, 'x');
     writeText(odd, 20);
-    ASSERT_EQ(PLC_driver.writeList.size(), 1);
+    ASSERT_EQ(1, PLC_driver.writeList.size());
     EXPECT_EQ(PLC_driver.writeList.at(0).data, odd);
     ComCommunication();
     deliver(writeReply());
@@ -416,8 +416,8 @@ TEST_F(HostRules, TextOfOddSizeIsReadOnceWithTheByteBehindIt)
     read.label = QStringLiteral("MAIN.name");
     read.length = 21;
     AddListOnceReadVar(&read, 0);
-    EXPECT_EQ(PLC_driver.onceReadList.at(0).length, 42);
-    EXPECT_EQ(text(21).size(), 42);
+    EXPECT_EQ(42, PLC_driver.onceReadList.at(0).length);
+    EXPECT_EQ(42, text(21).size());
 }
 
 TEST_F(HostRules, CallbacksFindTheListsLockedAndTheQueueEmpty)
@@ -458,7 +458,7 @@ TEST_F(HostRules, RequestGoesOnFromTheLastEntriesToTheFirst)
     deliver(readReply({block, block}));
     EXPECT_THAT(addressesIn(ComCommunication()->frame), ::testing::ElementsAre(3000, 1000));
     deliver(readReply({block, block}));
-    EXPECT_EQ(settings.scanDone, 0) << "though all entries were asked for";
+    EXPECT_EQ(0, settings.scanDone) << "though all entries were asked for";
 }
 
 TEST_F(HostRules, ValueAcrossACutIsMadeOfTwoReplies)
@@ -469,7 +469,7 @@ TEST_F(HostRules, ValueAcrossACutIsMadeOfTwoReplies)
     item.label = QStringLiteral("MAIN.name");
     item.count = 1100; // bytes: entries of 600 and 500, which do not fit one request
     QList<HostVarItem> items{item};
-    ASSERT_EQ(ReCreatReadVarList(&items), 2);
+    ASSERT_EQ(2, ReCreatReadVarList(&items));
     ComCommunication();
     deliver(readReply({QByteArray(600, 'a')}));
     ComCommunication();
@@ -482,20 +482,20 @@ TEST_F(HostRules, EntryOfTheHostIsNeitherCutNorMerged)
     settings.maxReadBytes = 10;
     readCyclically(100, 998);
     readCyclically(1098, 2);
-    EXPECT_EQ(ComCommunication()->frame.mid(8, 14), hex("00000001 0003 00000064 000003E6"));
+    EXPECT_EQ(hex("00000001 0003 00000064 000003E6"), ComCommunication()->frame.mid(8, 14));
 }
 
 TEST_F(HostRules, MaxReadBytes1ReadsEachVariableWhole)
 {
     settings.maxReadBytes = 1;
     example::handOverSymbols();
-    ASSERT_EQ(example::readCyclically({QStringLiteral("MAIN.table[0,1]"),
-                                       QStringLiteral("MAIN.table[0,2]"),
-                                       QStringLiteral("MAIN.pumps[2].flow")}),
-              3);
-    EXPECT_EQ(ComCommunication()->frame.mid(12, 30), hex("0003 00000064 00000002"
-                                                         "0003 00000066 00000002"
-                                                         "0003 000000D4 00000004"));
+    ASSERT_EQ(3, example::readCyclically({QStringLiteral("MAIN.table[0,1]"),
+                                          QStringLiteral("MAIN.table[0,2]"),
+                                          QStringLiteral("MAIN.pumps[2].flow")}));
+    EXPECT_EQ(hex("0003 00000064 00000002"
+                  "0003 00000066 00000002"
+                  "0003 000000D4 00000004"),
+              ComCommunication()->frame.mid(12, 30));
 }
 
 TEST_F(HostRules, OneShotReadWithAppendIsNotCut)
@@ -503,7 +503,7 @@ TEST_F(HostRules, OneShotReadWithAppendIsNotCut)
     settings.maxReadBytes = 10;
     RW_VAR read = makeVar(3, 300, 41);
     AddListOnceReadVar(&read, 1);
-    EXPECT_EQ(ComCommunication()->frame.mid(8, 14), hex("00000001 0003 0000012C 00000029"));
+    EXPECT_EQ(hex("00000001 0003 0000012C 00000029"), ComCommunication()->frame.mid(8, 14));
 }
 
 TEST_F(HostRules, WriteOfSeveralPiecesEndsAtTheRefusedOneWhichTheImageShows)
@@ -511,12 +511,12 @@ TEST_F(HostRules, WriteOfSeveralPiecesEndsAtTheRefusedOneWhichTheImageShows)
     settings.writeMode = 2;
     example::handOverSymbols();
     writeText(QByteArray(2400, 'x'), 1200);
-    ASSERT_EQ(PLC_driver.writeList.size(), 3) << "1000, 1000 and 400 bytes";
+    ASSERT_EQ(3, PLC_driver.writeList.size()) << "1000, 1000 and 400 bytes";
     ComCommunication();
-    EXPECT_EQ(deliver(writeReply())->result, 1);
+    EXPECT_EQ(1, deliver(writeReply())->result);
     EXPECT_TRUE(resultCalls.empty());
     ComCommunication();
-    EXPECT_EQ(deliver(refusedReply())->result, 12);
+    EXPECT_EQ(12, deliver(refusedReply())->result);
     EXPECT_THAT(resultCalls, ::testing::ElementsAre(ResultCall{77, 1, 5, 2}));
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_EQ(text(1200), QByteArray(2000, 'x') + QByteArray(400, '\0'))
@@ -530,7 +530,7 @@ TEST_F(HostRules, NinetyBitsFitARequest)
         bit.dataType = 13;
         submit(bit);
     }
-    EXPECT_EQ(entriesOfNextRequest(), 90) << "999 / (1 + 10)";
+    EXPECT_EQ(90, entriesOfNextRequest()) << "999 / (1 + 10)";
 }
 
 TEST_F(HostRules, OneEmptyReplyGivesUpWithRetryCountAtItsLimit)
@@ -539,27 +539,27 @@ TEST_F(HostRules, OneEmptyReplyGivesUpWithRetryCountAtItsLimit)
     submit(makeWrite(3, 10, word(1), 1, 1));
     ComCommunication();
     cancelTransaction();
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
-    EXPECT_EQ(settings.retryCount, 0);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
+    EXPECT_EQ(0, settings.retryCount);
 }
 
 TEST_F(HostRules, ValuesSymbolsAndStationsOutliveASession)
 {
     example::handOverSymbols();
-    ASSERT_EQ(example::readCyclically({QStringLiteral("MAIN.name")}), 1);
+    ASSERT_EQ(1, example::readCyclically({QStringLiteral("MAIN.name")}));
     ComCommunication();
     deliver(readReply({hex("41")}));
     EnCommStation(7, 0);
     ComCommunication();
     cancelTransaction();
     QList<HostVarItem> none;
-    EXPECT_EQ(ReCreatReadVarList(&none), 0);
-    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(0, ReCreatReadVarList(&none));
+    EXPECT_EQ(nullptr, ComCommunication());
 
-    EXPECT_EQ(text(1), hex("41 00"));
-    EXPECT_EQ(PLCAddressChangeIntef(0, QStringLiteral("MAIN.name")), 300);
+    EXPECT_EQ(hex("41 00"), text(1));
+    EXPECT_EQ(300, PLCAddressChangeIntef(0, QStringLiteral("MAIN.name")));
     EXPECT_TRUE(PLC_driver.disabledStations.contains(7));
-    EXPECT_EQ(PLC_driver.failed, 1);
+    EXPECT_EQ(1, PLC_driver.failed);
 }
 
 TEST_F(HostRules, StateAfterAnAbandonedTransactionEndsWithTheNextGoodReply)
@@ -570,24 +570,24 @@ TEST_F(HostRules, StateAfterAnAbandonedTransactionEndsWithTheNextGoodReply)
     ComCommunication();
     cancelTransaction();
     writeText("AB", 1);
-    EXPECT_EQ(text(1), hex("41 42")) << "at once";
+    EXPECT_EQ(hex("41 42"), text(1)) << "at once";
     ComCommunication();
     deliver(plc::test::identificationReply());
     deliver(plc::test::fileReply());
-    EXPECT_EQ(PLC_driver.failed, 1) << "the login does not end it";
+    EXPECT_EQ(1, PLC_driver.failed) << "the login does not end it";
     ComCommunication();
     deliver(writeReply());
-    EXPECT_EQ(PLC_driver.failed, 0);
+    EXPECT_EQ(0, PLC_driver.failed);
     writeText("CD", 1);
-    EXPECT_EQ(text(1), hex("41 42")) << "not before its request is built";
+    EXPECT_EQ(hex("41 42"), text(1)) << "not before its request is built";
 }
 
 TEST(StandAloneHelpers, GiveTheDocumentedResults)
 {
     unsigned char digits[] = "123456789";
-    EXPECT_EQ(CalCRC(digits, 9), 0x31C3);
+    EXPECT_EQ(0x31C3, CalCRC(digits, 9));
     unsigned char zero = 0, one = 1;
-    EXPECT_EQ(CalLRC(&zero, 1), 256);
-    EXPECT_EQ(CalLRC(&one, 1), 255);
-    EXPECT_EQ(CalXOR(&one, 0), 1);
+    EXPECT_EQ(256, CalLRC(&zero, 1));
+    EXPECT_EQ(255, CalLRC(&one, 1));
+    EXPECT_EQ(1, CalXOR(&one, 0));
 }

@@ -13,9 +13,9 @@ TEST(LoadDriverExample, FindsTheEntryPoints)
     ComInfo settings;
     settings.comWord10 = 1;
     driver.setComInfo(&settings);
-    EXPECT_EQ(settings.comWord10, 0);
-    EXPECT_EQ(driver.comCommunication(), nullptr);
-    EXPECT_EQ(driver.dataCom(nullptr, 0)->result, 1);
+    EXPECT_EQ(0, settings.comWord10);
+    EXPECT_EQ(nullptr, driver.comCommunication());
+    EXPECT_EQ(1, driver.dataCom(nullptr, 0)->result);
     driver.setComInfo(nullptr);
 }
 
@@ -30,9 +30,9 @@ TEST(LoadDriverExample, NamesWhatIsMissing)
 TEST(LoadDriverExample, TellsTheQtOfALibraryWithoutLoadingIt)
 {
     EXPECT_EQ(example::qtMajorOf(QStringLiteral(PLC_LIBRARY)), QT_VERSION_MAJOR);
-    EXPECT_EQ(example::qtMajorOf(QStringLiteral(PLC_OTHER_QT_LIBRARY)), PLC_OTHER_QT);
-    EXPECT_EQ(example::qtMajorOf(QStringLiteral(PLC_SOURCE_DIR "/docs/examples/tank.json")), 0);
-    EXPECT_EQ(example::qtMajorOf(QStringLiteral("/no/such/library")), 0);
+    EXPECT_EQ(PLC_OTHER_QT, example::qtMajorOf(QStringLiteral(PLC_OTHER_QT_LIBRARY)));
+    EXPECT_EQ(0, example::qtMajorOf(QStringLiteral(PLC_SOURCE_DIR "/docs/examples/tank.json")));
+    EXPECT_EQ(0, example::qtMajorOf(QStringLiteral("/no/such/library")));
 }
 
 TEST(LoadDriverExample, RefusesALibraryForAnotherQt)

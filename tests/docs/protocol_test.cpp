@@ -53,7 +53,7 @@ RW_VAR bitWrite(int address, char value, int aux1)
 TEST(ProtocolExamples, AllStateTheirOwnLength)
 {
     const std::vector<FencedBlock> blocks = allBlocks(QStringLiteral("hex"));
-    ASSERT_EQ(blocks.size(), 10u);
+    ASSERT_EQ(10u, blocks.size());
     for (const FencedBlock& block : blocks) {
         const QByteArray frame = documentedFrame(block.name.toLatin1().constData());
         ASSERT_GE(frame.size(), 6) << block.name.toStdString();
@@ -78,8 +78,8 @@ TEST_F(ProtocolDocument, DocumentedReadIsSentAndItsReplyStored)
     AddListReadVar(&speed);
     AddListReadVar(&level);
     EXPECT_EQ(nextFrame(), documentedFrame("read-request"));
-    EXPECT_EQ(deliver(documentedFrame("read-reply"))->result, 1);
-    EXPECT_EQ(PLC_driver.localImage.size(), 6);
+    EXPECT_EQ(1, deliver(documentedFrame("read-reply"))->result);
+    EXPECT_EQ(6, PLC_driver.localImage.size());
     const int bytes[][3] = {{3, 10, 0x05},  {3, 11, 0xDC},  {4, 100, 0x42},
                             {4, 101, 0xC8}, {4, 102, 0x00}, {4, 103, 0x00}};
     for (const auto& byte : bytes) {
@@ -94,7 +94,7 @@ TEST_F(ProtocolDocument, DocumentedWriteIsSentAndAcknowledged)
     RW_VAR write = makeWrite(3, 10, plc::test::hex("04 B0"), 1, 1);
     AddListWriteVar(&write, 0);
     EXPECT_EQ(nextFrame(), documentedFrame("write-request"));
-    EXPECT_EQ(deliver(documentedFrame("write-reply"))->result, 1);
+    EXPECT_EQ(1, deliver(documentedFrame("write-reply"))->result);
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
 }
 
@@ -103,7 +103,7 @@ TEST_F(ProtocolDocument, DocumentedRefusalIsRefused)
     RW_VAR write = makeWrite(3, 10, plc::test::hex("04 B0"), 1, 1);
     AddListWriteVar(&write, 0);
     nextFrame();
-    EXPECT_EQ(deliver(documentedFrame("refusal"))->result, 12);
+    EXPECT_EQ(12, deliver(documentedFrame("refusal"))->result);
 }
 
 TEST_F(ProtocolDocument, DocumentedBitWriteIsSent)
@@ -148,7 +148,7 @@ TEST_F(ProtocolDocument, DocumentedBitPlacesAreThoseOfTheImage)
             << line.toStdString();
         EXPECT_EQ(match.captured(1).toInt() / 16, match.captured(2).toInt()) << line.toStdString();
     }
-    EXPECT_EQ(rows, 8);
+    EXPECT_EQ(8, rows);
 }
 
 TEST_F(ProtocolDocument, DocumentedBatchesHaveTheirSizes)

@@ -75,8 +75,8 @@ protected:
 
     void logIn()
     {
-        ASSERT_EQ(next(), Exchange::Done);
-        ASSERT_EQ(next(), Exchange::Done);
+        ASSERT_EQ(Exchange::Done, next());
+        ASSERT_EQ(Exchange::Done, next());
         ASSERT_NE(PLC_driver.loggedIn, 0);
     }
 
@@ -87,13 +87,13 @@ protected:
         readLevel();
         connectTo(simulator);
         logIn();
-        EXPECT_EQ(next(kTimeout), Exchange::LinkLost);
+        EXPECT_EQ(Exchange::LinkLost, next(kTimeout));
         connectTo(simulator);
         example::giveUpEverything(settings);
-        EXPECT_EQ(PLC_driver.loggedIn, 0);
+        EXPECT_EQ(0, PLC_driver.loggedIn);
         logIn();
-        EXPECT_EQ(next(), Exchange::Done);
-        EXPECT_EQ(level(), hex("05 DC"));
+        EXPECT_EQ(Exchange::Done, next());
+        EXPECT_EQ(hex("05 DC"), level());
     }
 
     QTcpSocket socket;
@@ -107,12 +107,12 @@ TEST_F(TcpLinkExample, LogsInReadsAndWrites)
     readLevel();
     connectTo(simulator);
     logIn();
-    EXPECT_EQ(next(), Exchange::Done);
-    EXPECT_EQ(level(), hex("05 DC"));
+    EXPECT_EQ(Exchange::Done, next());
+    EXPECT_EQ(hex("05 DC"), level());
 
     RW_VAR write = makeWrite(1, 10, hex("04 B0"), 1, 7);
     AddListWriteVar(&write, 0);
-    EXPECT_EQ(next(), Exchange::Done);
+    EXPECT_EQ(Exchange::Done, next());
     EXPECT_THAT(resultCalls, ::testing::ElementsAre(ResultCall{77, 1, 7, 1}));
 }
 
@@ -122,8 +122,8 @@ TEST_F(TcpLinkExample, TakesRepliesInSingleBytes)
     readLevel();
     connectTo(simulator);
     logIn();
-    EXPECT_EQ(next(), Exchange::Done);
-    EXPECT_EQ(level(), hex("05 DC"));
+    EXPECT_EQ(Exchange::Done, next());
+    EXPECT_EQ(hex("05 DC"), level());
 }
 
 TEST_F(TcpLinkExample, TakesNoReplyThatWaitedBeyondItsDeadline)
@@ -159,11 +159,11 @@ TEST_F(TcpLinkExample, RepeatsARefusedWriteAndThenAbandonsIt)
     AddListWriteVar(&write, 0);
     connectTo(simulator);
     logIn();
-    EXPECT_EQ(next(), Exchange::Repeat);
-    EXPECT_EQ(next(), Exchange::Repeat);
-    EXPECT_EQ(next(), Exchange::Abandoned);
+    EXPECT_EQ(Exchange::Repeat, next());
+    EXPECT_EQ(Exchange::Repeat, next());
+    EXPECT_EQ(Exchange::Abandoned, next());
     EXPECT_THAT(resultCalls, ::testing::ElementsAre(ResultCall{77, 1, 7, 2}));
-    EXPECT_EQ(next(), Exchange::Idle);
+    EXPECT_EQ(Exchange::Idle, next());
 }
 
 TEST_F(TcpLinkExample, ReportsARefusedLogin)
@@ -171,7 +171,7 @@ TEST_F(TcpLinkExample, ReportsARefusedLogin)
     const Simulator simulator({QStringLiteral("--refuse-login")});
     readLevel();
     connectTo(simulator);
-    EXPECT_EQ(next(), Exchange::LoginRefused);
+    EXPECT_EQ(Exchange::LoginRefused, next());
 }
 
 TEST_F(TcpLinkExample, HasNothingToGiveUpWhenNothingIsToBeSent)
@@ -194,9 +194,9 @@ TEST_F(TcpLinkExample, GivesUpAllWritesAndReadsAndForgetsTheLogin)
     example::giveUpEverything(settings);
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
-    EXPECT_EQ(PLC_driver.readList.size(), 1);
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
-    EXPECT_EQ(resultCalls.size(), size_t(2 * kRequests));
+    EXPECT_EQ(1, PLC_driver.readList.size());
+    EXPECT_EQ(0, PLC_driver.loggedIn);
+    EXPECT_EQ(size_t(2 * kRequests), resultCalls.size());
 }
 
 TEST_F(TcpLinkExample, GivesUpAtOnceWhateverTheRetryLimitIs)
@@ -211,8 +211,8 @@ TEST_F(TcpLinkExample, GivesUpAtOnceWhateverTheRetryLimitIs)
         AddListWriteVar(&write, 0);
         EXPECT_TRUE(example::giveUpTransaction(settings));
         EXPECT_TRUE(PLC_driver.writeList.isEmpty()) << limit;
-        EXPECT_EQ(PLC_driver.loggedIn, 0) << limit;
-        EXPECT_EQ(settings.retryCount, 0) << limit;
+        EXPECT_EQ(0, PLC_driver.loggedIn) << limit;
+        EXPECT_EQ(0, settings.retryCount) << limit;
     }
 }
 
@@ -223,19 +223,19 @@ TEST_F(TcpLinkExample, GivesUpARequestWhoseReplySizeIsKnownAtOnce)
     RW_VAR write = makeWrite(1, 10, hex("04 B0"), 1, 7);
     AddListWriteVar(&write, 0);
     ComCommunication();
-    EXPECT_EQ(plc::test::deliver(plc::test::refusedReply())->result, 0);
-    ASSERT_EQ(ComCommunication()->replyLength, 8);
+    EXPECT_EQ(0, plc::test::deliver(plc::test::refusedReply())->result);
+    ASSERT_EQ(8, ComCommunication()->replyLength);
     EXPECT_TRUE(example::giveUpTransaction(settings));
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
 }
 
 TEST_F(TcpLinkExample, ForgetsTheLoginWithNothingToSend)
 {
     plc::test::logIn();
     example::giveUpEverything(settings);
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
     EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
-    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(nullptr, ComCommunication());
 }
 
 TEST(MinimalHostExample, PrintsTheLevel)
@@ -244,8 +244,8 @@ TEST(MinimalHostExample, PrintsTheLevel)
     QProcess host;
     host.start(QStringLiteral(PLC_MINIMAL_HOST), {QString::number(simulator.port())});
     ASSERT_TRUE(host.waitForFinished(kPatience));
-    EXPECT_EQ(host.exitCode(), 0);
-    EXPECT_EQ(host.readAllStandardOutput().toStdString(), "TANK.level 1500\n");
+    EXPECT_EQ(0, host.exitCode());
+    EXPECT_EQ("TANK.level 1500\n", host.readAllStandardOutput().toStdString());
 }
 
 TEST(MinimalHostExample, EndsWhenThePlcRefuses)
@@ -254,5 +254,5 @@ TEST(MinimalHostExample, EndsWhenThePlcRefuses)
     QProcess host;
     host.start(QStringLiteral(PLC_MINIMAL_HOST), {QString::number(simulator.port())});
     ASSERT_TRUE(host.waitForFinished(kPatience));
-    EXPECT_EQ(host.exitCode(), 1);
+    EXPECT_EQ(1, host.exitCode());
 }

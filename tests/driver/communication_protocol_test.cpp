@@ -8,34 +8,34 @@ namespace {
 
 void expectFresh(const RW_VAR& var)
 {
-    EXPECT_EQ(var.category, 0);
-    EXPECT_EQ(var.aux1, 0);
-    EXPECT_EQ(var.aux2, 0);
-    EXPECT_EQ(var.aux3, 0);
-    EXPECT_EQ(var.deviceNo, 0);
-    EXPECT_EQ(var.result, 0);
+    EXPECT_EQ(0, var.category);
+    EXPECT_EQ(0, var.aux1);
+    EXPECT_EQ(0, var.aux2);
+    EXPECT_EQ(0, var.aux3);
+    EXPECT_EQ(0, var.deviceNo);
+    EXPECT_EQ(0, var.result);
     EXPECT_TRUE(var.label.isEmpty());
     EXPECT_TRUE(var.subLabel.isEmpty());
-    EXPECT_EQ(var.dataType, 0);
-    EXPECT_EQ(var.address, 0);
-    EXPECT_EQ(var.station, 0);
-    EXPECT_EQ(var.length, 0);
-    EXPECT_EQ(var.aux12, 0);
-    EXPECT_EQ(var.areaIndex, 0);
+    EXPECT_EQ(0, var.dataType);
+    EXPECT_EQ(0, var.address);
+    EXPECT_EQ(0, var.station);
+    EXPECT_EQ(0, var.length);
+    EXPECT_EQ(0, var.aux12);
+    EXPECT_EQ(0, var.areaIndex);
     EXPECT_TRUE(var.data.isEmpty());
 }
 
 TEST(DriverObject, IsConstructedWhenTheLibraryIsLoaded)
 {
-    EXPECT_EQ(PLC_driver.settings, nullptr);
+    EXPECT_EQ(nullptr, PLC_driver.settings);
     EXPECT_TRUE(PLC_driver.readList.isEmpty());
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
     EXPECT_TRUE(PLC_driver.spareList.isEmpty());
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
     EXPECT_TRUE(PLC_driver.extendList.isEmpty());
-    EXPECT_EQ(PLC_driver.resultCallback, nullptr);
-    EXPECT_EQ(PLC_driver.failureCallback, nullptr);
+    EXPECT_EQ(nullptr, PLC_driver.resultCallback);
+    EXPECT_EQ(nullptr, PLC_driver.failureCallback);
     EXPECT_TRUE(PLC_driver.disabledStations.isEmpty());
     EXPECT_TRUE(PLC_driver.symbolTable.isEmpty());
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
@@ -44,21 +44,21 @@ TEST(DriverObject, IsConstructedWhenTheLibraryIsLoaded)
 
 TEST(DriverObject, CountersAndFlagsStartAtZeroAndLastKindMatchesNoList)
 {
-    EXPECT_EQ(PLC_driver.lastKind, 100);
-    EXPECT_EQ(PLC_driver.writeTries, 0);
-    EXPECT_EQ(PLC_driver.onceTries, 0);
-    EXPECT_EQ(PLC_driver.cycleCount, 0);
-    EXPECT_EQ(PLC_driver.failed, 0);
-    EXPECT_EQ(PLC_driver.spareFlag, 0);
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
-    EXPECT_EQ(PLC_driver.batchCount, 0);
-    EXPECT_EQ(PLC_driver.plcInfo1, 0);
-    EXPECT_EQ(PLC_driver.plcInfo2, 0);
+    EXPECT_EQ(100, PLC_driver.lastKind);
+    EXPECT_EQ(0, PLC_driver.writeTries);
+    EXPECT_EQ(0, PLC_driver.onceTries);
+    EXPECT_EQ(0, PLC_driver.cycleCount);
+    EXPECT_EQ(0, PLC_driver.failed);
+    EXPECT_EQ(0, PLC_driver.spareFlag);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
+    EXPECT_EQ(0, PLC_driver.batchCount);
+    EXPECT_EQ(0, PLC_driver.plcInfo1);
+    EXPECT_EQ(0, PLC_driver.plcInfo2);
 }
 
 TEST(DriverObject, BatchHolds150FreshEntries)
 {
-    ASSERT_EQ(sizeof PLC_driver.batch / sizeof PLC_driver.batch[0], 150u);
+    ASSERT_EQ(150u, sizeof PLC_driver.batch / sizeof PLC_driver.batch[0]);
     for (const RW_VAR& entry : PLC_driver.batch)
         expectFresh(entry);
 }

@@ -30,38 +30,38 @@ RW_VAR distinctVar()
 
 void expectDistinctButData(const RW_VAR& var)
 {
-    EXPECT_EQ(var.category, 1);
-    EXPECT_EQ(var.aux1, 2);
-    EXPECT_EQ(var.aux2, 3);
-    EXPECT_EQ(var.aux3, 4);
-    EXPECT_EQ(var.deviceNo, 5);
-    EXPECT_EQ(var.result, 6);
-    EXPECT_EQ(var.label, QLatin1String("Application.level"));
-    EXPECT_EQ(var.subLabel, QLatin1String("Tank"));
-    EXPECT_EQ(var.dataType, 9);
-    EXPECT_EQ(var.address, 10);
-    EXPECT_EQ(var.station, 11);
-    EXPECT_EQ(var.length, 12);
-    EXPECT_EQ(var.aux12, 13);
-    EXPECT_EQ(var.areaIndex, 14);
+    EXPECT_EQ(1, var.category);
+    EXPECT_EQ(2, var.aux1);
+    EXPECT_EQ(3, var.aux2);
+    EXPECT_EQ(4, var.aux3);
+    EXPECT_EQ(5, var.deviceNo);
+    EXPECT_EQ(6, var.result);
+    EXPECT_EQ(QLatin1String("Application.level"), var.label);
+    EXPECT_EQ(QLatin1String("Tank"), var.subLabel);
+    EXPECT_EQ(9, var.dataType);
+    EXPECT_EQ(10, var.address);
+    EXPECT_EQ(11, var.station);
+    EXPECT_EQ(12, var.length);
+    EXPECT_EQ(13, var.aux12);
+    EXPECT_EQ(14, var.areaIndex);
 }
 
 void expectZero(const RW_VAR& var)
 {
-    EXPECT_EQ(var.category, 0);
-    EXPECT_EQ(var.aux1, 0);
-    EXPECT_EQ(var.aux2, 0);
-    EXPECT_EQ(var.aux3, 0);
-    EXPECT_EQ(var.deviceNo, 0);
-    EXPECT_EQ(var.result, 0);
+    EXPECT_EQ(0, var.category);
+    EXPECT_EQ(0, var.aux1);
+    EXPECT_EQ(0, var.aux2);
+    EXPECT_EQ(0, var.aux3);
+    EXPECT_EQ(0, var.deviceNo);
+    EXPECT_EQ(0, var.result);
     EXPECT_TRUE(var.label.isEmpty());
     EXPECT_TRUE(var.subLabel.isEmpty());
-    EXPECT_EQ(var.dataType, 0);
-    EXPECT_EQ(var.address, 0);
-    EXPECT_EQ(var.station, 0);
-    EXPECT_EQ(var.length, 0);
-    EXPECT_EQ(var.aux12, 0);
-    EXPECT_EQ(var.areaIndex, 0);
+    EXPECT_EQ(0, var.dataType);
+    EXPECT_EQ(0, var.address);
+    EXPECT_EQ(0, var.station);
+    EXPECT_EQ(0, var.length);
+    EXPECT_EQ(0, var.aux12);
+    EXPECT_EQ(0, var.areaIndex);
     EXPECT_TRUE(var.data.isEmpty());
 }
 
@@ -79,34 +79,34 @@ TEST(Records, FreshRequestIsZeroAndEmpty)
 {
     const Protocol request;
     EXPECT_TRUE(request.frame.isEmpty());
-    EXPECT_EQ(request.frameLength, 0);
-    EXPECT_EQ(request.replyLength, 0);
-    EXPECT_EQ(request.dataOffset, 0);
-    EXPECT_EQ(request.minReplyLength, 0);
+    EXPECT_EQ(0, request.frameLength);
+    EXPECT_EQ(0, request.replyLength);
+    EXPECT_EQ(0, request.dataOffset);
+    EXPECT_EQ(0, request.minReplyLength);
     expectZero(request.var);
-    EXPECT_EQ(request.extra1, 0);
-    EXPECT_EQ(request.extra2, 0);
-    EXPECT_EQ(request.extra3, 0);
+    EXPECT_EQ(0, request.extra1);
+    EXPECT_EQ(0, request.extra2);
+    EXPECT_EQ(0, request.extra3);
 }
 
 TEST(Records, FreshExtensionIsZeroAndEmpty)
 {
     const EXTENDVAR extension;
-    EXPECT_EQ(extension.ext1, 0);
-    EXPECT_EQ(extension.ext2, 0);
-    EXPECT_EQ(extension.ext3, 0);
+    EXPECT_EQ(0, extension.ext1);
+    EXPECT_EQ(0, extension.ext2);
+    EXPECT_EQ(0, extension.ext3);
     EXPECT_TRUE(extension.extData.isEmpty());
 }
 
 TEST(Records, VariableMembersLieInTheAgreedOrder)
 {
     const RW_VAR var;
-    EXPECT_EQ(distance(&var, &var.category), 0);
-    EXPECT_EQ(distance(&var, &var.aux1), 4);
-    EXPECT_EQ(distance(&var, &var.aux2), 8);
-    EXPECT_EQ(distance(&var, &var.aux3), 12);
-    EXPECT_EQ(distance(&var, &var.deviceNo), 16);
-    EXPECT_EQ(distance(&var, &var.result), 20);
+    EXPECT_EQ(0, distance(&var, &var.category));
+    EXPECT_EQ(4, distance(&var, &var.aux1));
+    EXPECT_EQ(8, distance(&var, &var.aux2));
+    EXPECT_EQ(12, distance(&var, &var.aux3));
+    EXPECT_EQ(16, distance(&var, &var.deviceNo));
+    EXPECT_EQ(20, distance(&var, &var.result));
     const std::ptrdiff_t strings = 24;
     EXPECT_EQ(distance(&var, &var.label), strings);
     EXPECT_EQ(distance(&var, &var.subLabel), strings + std::ptrdiff_t(sizeof(QString)));
@@ -125,23 +125,23 @@ TEST(Records, RequestMembersLieInTheAgreedOrder)
 {
     const Protocol request;
     const std::ptrdiff_t lengths = sizeof(QByteArray);
-    EXPECT_EQ(distance(&request, &request.frame), 0);
+    EXPECT_EQ(0, distance(&request, &request.frame));
     EXPECT_EQ(distance(&request, &request.frameLength), lengths);
     EXPECT_EQ(distance(&request, &request.replyLength), lengths + 4);
     EXPECT_EQ(distance(&request, &request.dataOffset), lengths + 8);
     EXPECT_EQ(distance(&request, &request.minReplyLength), lengths + 12);
     EXPECT_EQ(distance(&request, &request.var), lengths + 16);
     EXPECT_EQ(distance(&request.var, &request.extra1), std::ptrdiff_t(sizeof(RW_VAR)));
-    EXPECT_EQ(distance(&request.extra1, &request.extra2), 4);
-    EXPECT_EQ(distance(&request.extra1, &request.extra3), 8);
+    EXPECT_EQ(4, distance(&request.extra1, &request.extra2));
+    EXPECT_EQ(8, distance(&request.extra1, &request.extra3));
 }
 
 TEST(Records, ExtensionMembersLieInTheAgreedOrder)
 {
     const EXTENDVAR extension;
-    EXPECT_EQ(distance(&extension, &extension.ext1), 0);
-    EXPECT_EQ(distance(&extension, &extension.ext2), 4);
-    EXPECT_EQ(distance(&extension, &extension.ext3), 8);
+    EXPECT_EQ(0, distance(&extension, &extension.ext1));
+    EXPECT_EQ(4, distance(&extension, &extension.ext2));
+    EXPECT_EQ(8, distance(&extension, &extension.ext3));
     EXPECT_LT(distance(&extension, &extension.ext3), distance(&extension, &extension.extData));
 }
 
@@ -151,7 +151,7 @@ TEST(Records, CopyOfAVariableHasAllMembersAndIsIndependent)
     const RW_VAR copy = original;
     original = RW_VAR();
     expectDistinctButData(copy);
-    EXPECT_EQ(copy.data, hex("0F 10"));
+    EXPECT_EQ(hex("0F 10"), copy.data);
 }
 
 TEST(Records, CopyOfARequestHasAllMembers)
@@ -168,16 +168,16 @@ TEST(Records, CopyOfARequestHasAllMembers)
     original.extra3 = 26;
     Protocol copy;
     copy = original;
-    EXPECT_EQ(copy.frame, hex("BB BB 01"));
-    EXPECT_EQ(copy.frameLength, 20);
-    EXPECT_EQ(copy.replyLength, 21);
-    EXPECT_EQ(copy.dataOffset, 22);
-    EXPECT_EQ(copy.minReplyLength, 23);
+    EXPECT_EQ(hex("BB BB 01"), copy.frame);
+    EXPECT_EQ(20, copy.frameLength);
+    EXPECT_EQ(21, copy.replyLength);
+    EXPECT_EQ(22, copy.dataOffset);
+    EXPECT_EQ(23, copy.minReplyLength);
     expectDistinctButData(copy.var);
-    EXPECT_EQ(copy.var.data, hex("0F 10"));
-    EXPECT_EQ(copy.extra1, 24);
-    EXPECT_EQ(copy.extra2, 25);
-    EXPECT_EQ(copy.extra3, 26);
+    EXPECT_EQ(hex("0F 10"), copy.var.data);
+    EXPECT_EQ(24, copy.extra1);
+    EXPECT_EQ(25, copy.extra2);
+    EXPECT_EQ(26, copy.extra3);
 }
 
 TEST(Records, DestructionReleasesStringsAndBytes)
@@ -229,7 +229,7 @@ TEST(PassRetValue, LeavesTheSourceAsItIs)
     RW_VAR destination;
     passRetValue(source, destination);
     expectDistinctButData(source);
-    EXPECT_EQ(source.data, hex("0F 10"));
+    EXPECT_EQ(hex("0F 10"), source.data);
 }
 
 TEST(PassRetValue, OverItselfKeepsEverythingButTheData)

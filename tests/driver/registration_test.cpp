@@ -42,27 +42,27 @@ protected:
 TEST_F(Registration, SettingsWordsHaveTheirPlaces)
 {
     const ComInfo info = numberedWords(100);
-    EXPECT_EQ(info.maxReadBytes, 104);
-    EXPECT_EQ(info.defaultStation, 106);
-    EXPECT_EQ(info.retryLimit, 107);
-    EXPECT_EQ(info.retryCount, 108);
-    EXPECT_EQ(info.multiStation, 109);
-    EXPECT_EQ(info.comWord10, 110);
-    EXPECT_EQ(info.frameCount, 111);
-    EXPECT_EQ(info.frameIndex, 112);
-    EXPECT_EQ(info.comWord13, 113);
-    EXPECT_EQ(info.remoteMode, 114);
-    EXPECT_EQ(info.localDeviceNo, 115);
-    EXPECT_EQ(info.writeMode, 116);
-    EXPECT_EQ(info.scanDone, 117);
-    EXPECT_EQ(info.hostTag, 118);
+    EXPECT_EQ(104, info.maxReadBytes);
+    EXPECT_EQ(106, info.defaultStation);
+    EXPECT_EQ(107, info.retryLimit);
+    EXPECT_EQ(108, info.retryCount);
+    EXPECT_EQ(109, info.multiStation);
+    EXPECT_EQ(110, info.comWord10);
+    EXPECT_EQ(111, info.frameCount);
+    EXPECT_EQ(112, info.frameIndex);
+    EXPECT_EQ(113, info.comWord13);
+    EXPECT_EQ(114, info.remoteMode);
+    EXPECT_EQ(115, info.localDeviceNo);
+    EXPECT_EQ(116, info.writeMode);
+    EXPECT_EQ(117, info.scanDone);
+    EXPECT_EQ(118, info.hostTag);
 }
 
 TEST_F(Registration, FreshSettingsAreZero)
 {
     const Words words = wordsOf(ComInfo());
     for (int word : words.word)
-        EXPECT_EQ(word, 0);
+        EXPECT_EQ(0, word);
 }
 
 TEST_F(Registration, SetComInfoKeepsThePointerAndZeroesWords10And13)
@@ -84,11 +84,11 @@ TEST_F(Registration, SecondSetComInfoReplacesThePointerAndLeavesTheFirstRecord)
     first.comWord13 = 113;
     SetComInfo(&second);
     EXPECT_EQ(PLC_driver.settings, &second);
-    EXPECT_EQ(second.comWord10, 0);
-    EXPECT_EQ(second.comWord13, 0);
-    EXPECT_EQ(second.remoteMode, 214);
-    EXPECT_EQ(first.comWord10, 110);
-    EXPECT_EQ(first.comWord13, 113);
+    EXPECT_EQ(0, second.comWord10);
+    EXPECT_EQ(0, second.comWord13);
+    EXPECT_EQ(214, second.remoteMode);
+    EXPECT_EQ(110, first.comWord10);
+    EXPECT_EQ(113, first.comWord13);
 }
 
 TEST_F(Registration, SetComInfoStoresNull)
@@ -96,7 +96,7 @@ TEST_F(Registration, SetComInfoStoresNull)
     ComInfo info;
     SetComInfo(&info);
     SetComInfo(nullptr);
-    EXPECT_EQ(PLC_driver.settings, nullptr);
+    EXPECT_EQ(nullptr, PLC_driver.settings);
 }
 
 TEST_F(Registration, CallbacksAreKeptInTheirOrder)
@@ -110,18 +110,18 @@ TEST_F(Registration, CallbacksCanBeTakenBackOneByOne)
 {
     RegistCallBackFuncIntf(recordResult, recordFailure);
     RegistCallBackFuncIntf(nullptr, recordFailure);
-    EXPECT_EQ(PLC_driver.resultCallback, nullptr);
+    EXPECT_EQ(nullptr, PLC_driver.resultCallback);
     EXPECT_EQ(PLC_driver.failureCallback, &recordFailure);
     RegistCallBackFuncIntf(recordResult, nullptr);
     EXPECT_EQ(PLC_driver.resultCallback, &recordResult);
-    EXPECT_EQ(PLC_driver.failureCallback, nullptr);
+    EXPECT_EQ(nullptr, PLC_driver.failureCallback);
 }
 
 TEST_F(Registration, HostMemoriesAreUnsetAfterLoading)
 {
-    EXPECT_EQ(LB, nullptr);
-    EXPECT_EQ(LW, nullptr);
-    EXPECT_EQ(RWI, nullptr);
+    EXPECT_EQ(nullptr, LB);
+    EXPECT_EQ(nullptr, LW);
+    EXPECT_EQ(nullptr, RWI);
 }
 
 TEST_F(Registration, FlashLocalRegisterKeepsThePointersAndReturnsTheAddressOfLW)
@@ -142,20 +142,20 @@ TEST_F(Registration, FlashLocalRegisterStoresNullAndStillReturnsTheAddressOfLW)
     int memory = 0;
     FlashLocalRegister(&memory, &memory, &memory);
     EXPECT_EQ(FlashLocalRegister(nullptr, nullptr, nullptr), &LW);
-    EXPECT_EQ(LB, nullptr);
-    EXPECT_EQ(LW, nullptr);
-    EXPECT_EQ(RWI, nullptr);
+    EXPECT_EQ(nullptr, LB);
+    EXPECT_EQ(nullptr, LW);
+    EXPECT_EQ(nullptr, RWI);
 }
 
 TEST_F(Registration, QueryFinishFlagAnswersOneBeforeAndAfterSetUp)
 {
-    EXPECT_EQ(QueryFinishFlag(), 1);
+    EXPECT_EQ(1, QueryFinishFlag());
     ComInfo info;
     SetComInfo(&info);
-    EXPECT_EQ(QueryFinishFlag(), 1);
+    EXPECT_EQ(1, QueryFinishFlag());
     info.scanDone = 0;
     PLC_driver.failed = 1;
-    EXPECT_EQ(QueryFinishFlag(), 1);
+    EXPECT_EQ(1, QueryFinishFlag());
     PLC_driver.failed = 0;
 }
 

@@ -93,26 +93,26 @@ TEST_F(ReplyProcessing, WithoutARequestTheReplyRecordSaysOneAndNothingChanges)
     QByteArray reply = writeReply();
     RW_VAR* result = DataCom(&reply, 8);
     EXPECT_EQ(result, &PLC_driver.reply);
-    EXPECT_EQ(result->result, 1);
-    EXPECT_EQ(result->category, 9);
-    EXPECT_EQ(PLC_driver.failed, 1);
-    EXPECT_EQ(PLC_driver.cycleCount, 3);
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
-    EXPECT_EQ(settings.retryCount, 2);
-    EXPECT_EQ(settings.frameIndex, 0);
-    EXPECT_EQ(PLC_driver.readList.size(), 2);
-    EXPECT_EQ(PLC_driver.writeList.size(), 1);
+    EXPECT_EQ(1, result->result);
+    EXPECT_EQ(9, result->category);
+    EXPECT_EQ(1, PLC_driver.failed);
+    EXPECT_EQ(3, PLC_driver.cycleCount);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
+    EXPECT_EQ(2, settings.retryCount);
+    EXPECT_EQ(0, settings.frameIndex);
+    EXPECT_EQ(2, PLC_driver.readList.size());
+    EXPECT_EQ(1, PLC_driver.writeList.size());
     EXPECT_THAT(resultCalls, IsEmpty());
     EXPECT_THAT(failureCalls, IsEmpty());
 }
 
 TEST_F(ReplyProcessing, WithoutARequestAnyArgumentsAreTaken)
 {
-    EXPECT_EQ(DataCom(nullptr, 0)->result, 1);
-    EXPECT_EQ(DataCom(nullptr, 8)->result, 1);
-    EXPECT_EQ(once(QByteArray(), -1), 1);
+    EXPECT_EQ(1, DataCom(nullptr, 0)->result);
+    EXPECT_EQ(1, DataCom(nullptr, 8)->result);
+    EXPECT_EQ(1, once(QByteArray(), -1));
     SetComInfo(nullptr);
-    EXPECT_EQ(DataCom(nullptr, 0)->result, 1);
+    EXPECT_EQ(1, DataCom(nullptr, 0)->result);
 }
 
 TEST_F(ReplyProcessing, WithoutSettingsAWaitingRequestGives200)
@@ -120,12 +120,12 @@ TEST_F(ReplyProcessing, WithoutSettingsAWaitingRequestGives200)
     addReads(2);
     ComCommunication();
     SetComInfo(nullptr);
-    EXPECT_EQ(once(identificationReply()), 200);
-    EXPECT_EQ(once(QByteArray()), 200);
-    EXPECT_EQ(DataCom(nullptr, 0)->result, 200);
-    EXPECT_EQ(PLC_driver.requestQueue.size(), 2);
-    EXPECT_EQ(PLC_driver.requestQueue.first().replyLength, -1);
-    EXPECT_EQ(PLC_driver.failed, 0);
+    EXPECT_EQ(200, once(identificationReply()));
+    EXPECT_EQ(200, once(QByteArray()));
+    EXPECT_EQ(200, DataCom(nullptr, 0)->result);
+    EXPECT_EQ(2, PLC_driver.requestQueue.size());
+    EXPECT_EQ(-1, PLC_driver.requestQueue.first().replyLength);
+    EXPECT_EQ(0, PLC_driver.failed);
     EXPECT_THAT(failureCalls, IsEmpty());
 }
 
@@ -140,11 +140,11 @@ TEST_F(ReplyProcessing, BeforeAnyBatchNoListIsSettled)
     RW_VAR var;
     queueRequest(makeRequest(var));
     settings.frameCount = 1;
-    EXPECT_EQ(deliver(writeReply())->result, 1);
+    EXPECT_EQ(1, deliver(writeReply())->result);
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(0, 1));
-    EXPECT_EQ(PLC_driver.readList.first().result, -1);
-    EXPECT_EQ(PLC_driver.writeList.size(), 1);
-    EXPECT_EQ(PLC_driver.onceReadList.size(), 1);
+    EXPECT_EQ(-1, PLC_driver.readList.first().result);
+    EXPECT_EQ(1, PLC_driver.writeList.size());
+    EXPECT_EQ(1, PLC_driver.onceReadList.size());
     EXPECT_THAT(resultCalls, IsEmpty());
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
@@ -156,18 +156,18 @@ TEST_F(Exchange, HalfAFrameWaitsAndAWholeOneRecordsItsSize)
     addReads(1);
     issue();
     const QByteArray reply = goodReply();
-    EXPECT_EQ(once(reply.left(3)), 0);
-    EXPECT_EQ(once(reply.left(reply.size() / 2)), 0);
-    EXPECT_EQ(PLC_driver.requestQueue.first().replyLength, -1);
-    EXPECT_EQ(once(reply), 1);
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 1);
-    EXPECT_EQ(PLC_driver.requestQueue.first().replyLength, 15);
-    EXPECT_EQ(settings.frameIndex, 0);
+    EXPECT_EQ(0, once(reply.left(3)));
+    EXPECT_EQ(0, once(reply.left(reply.size() / 2)));
+    EXPECT_EQ(-1, PLC_driver.requestQueue.first().replyLength);
+    EXPECT_EQ(1, once(reply));
+    ASSERT_EQ(1, PLC_driver.requestQueue.size());
+    EXPECT_EQ(15, PLC_driver.requestQueue.first().replyLength);
+    EXPECT_EQ(0, settings.frameIndex);
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
-    EXPECT_EQ(once(reply), 1);
+    EXPECT_EQ(1, once(reply));
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
-    EXPECT_EQ(settings.frameIndex, 1);
-    EXPECT_EQ(imageByte(1, 0), 0);
+    EXPECT_EQ(1, settings.frameIndex);
+    EXPECT_EQ(0, imageByte(1, 0));
 }
 
 TEST_F(Exchange, WaitingForMoreIsNoFailure)
@@ -175,9 +175,9 @@ TEST_F(Exchange, WaitingForMoreIsNoFailure)
     addReads(1);
     issue();
     for (int i = 0; i < 20; ++i)
-        EXPECT_EQ(once(hex("BB BB 00")), 0);
-    EXPECT_EQ(settings.retryCount, 0);
-    EXPECT_EQ(PLC_driver.requestQueue.size(), 1);
+        EXPECT_EQ(0, once(hex("BB BB 00")));
+    EXPECT_EQ(0, settings.retryCount);
+    EXPECT_EQ(1, PLC_driver.requestQueue.size());
     EXPECT_THAT(failureCalls, IsEmpty());
 }
 
@@ -187,20 +187,20 @@ TEST_F(Exchange, EveryTruncationOfAReplyWaitsAndStoresNothing)
     issue();
     const QByteArray reply = goodReply();
     for (int size = 1; size < reply.size(); ++size)
-        EXPECT_EQ(once(reply.left(size)), 0) << size << " bytes";
-    EXPECT_EQ(PLC_driver.requestQueue.first().replyLength, -1);
+        EXPECT_EQ(0, once(reply.left(size))) << size << " bytes";
+    EXPECT_EQ(-1, PLC_driver.requestQueue.first().replyLength);
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
-    EXPECT_EQ(settings.retryCount, 0);
+    EXPECT_EQ(0, settings.retryCount);
 }
 
 TEST_F(Exchange, ReplyLongerThanItsHeaderSaysIsNeverComplete)
 {
     addReads(1);
     issue();
-    EXPECT_EQ(once(goodReply() + hex("00")), 0);
-    EXPECT_EQ(once(goodReply() + goodReply()), 0);
-    EXPECT_EQ(PLC_driver.requestQueue.first().replyLength, -1);
-    EXPECT_EQ(settings.retryCount, 0);
+    EXPECT_EQ(0, once(goodReply() + hex("00")));
+    EXPECT_EQ(0, once(goodReply() + goodReply()));
+    EXPECT_EQ(-1, PLC_driver.requestQueue.first().replyLength);
+    EXPECT_EQ(0, settings.retryCount);
 }
 
 TEST_F(Exchange, NoBytesAtAllAreRetriedAndThenGive41)
@@ -208,13 +208,13 @@ TEST_F(Exchange, NoBytesAtAllAreRetriedAndThenGive41)
     settings.retryLimit = 2;
     addReads(1);
     issue();
-    EXPECT_EQ(once(QByteArray()), 0);
-    EXPECT_EQ(settings.retryCount, 1);
-    EXPECT_EQ(once(QByteArray()), 0);
-    EXPECT_EQ(settings.retryCount, 2);
-    EXPECT_EQ(PLC_driver.requestQueue.size(), 1);
-    EXPECT_EQ(once(QByteArray()), 41);
-    EXPECT_EQ(settings.retryCount, 0);
+    EXPECT_EQ(0, once(QByteArray()));
+    EXPECT_EQ(1, settings.retryCount);
+    EXPECT_EQ(0, once(QByteArray()));
+    EXPECT_EQ(2, settings.retryCount);
+    EXPECT_EQ(1, PLC_driver.requestQueue.size());
+    EXPECT_EQ(41, once(QByteArray()));
+    EXPECT_EQ(0, settings.retryCount);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
 
@@ -223,27 +223,27 @@ TEST_F(Exchange, NullReplyIsAnEmptyOne)
     settings.retryLimit = 1;
     addReads(1);
     issue();
-    EXPECT_EQ(DataCom(nullptr, 0)->result, 0);
-    EXPECT_EQ(DataCom(nullptr, 15)->result, 41);
+    EXPECT_EQ(0, DataCom(nullptr, 0)->result);
+    EXPECT_EQ(41, DataCom(nullptr, 15)->result);
 }
 
 TEST_F(Exchange, EmptyMeansTheBufferAndNotTheNumberOfBytesReceived)
 {
     addReads(1);
     issue();
-    EXPECT_EQ(once(goodReply().left(4), 0), 0);
-    EXPECT_EQ(settings.retryCount, 0);
-    EXPECT_EQ(once(goodReply(), 0), 1);
-    EXPECT_EQ(PLC_driver.requestQueue.first().replyLength, 15);
+    EXPECT_EQ(0, once(goodReply().left(4), 0));
+    EXPECT_EQ(0, settings.retryCount);
+    EXPECT_EQ(1, once(goodReply(), 0));
+    EXPECT_EQ(15, PLC_driver.requestQueue.first().replyLength);
     PLC_driver.requestQueue.first().replyLength = -1;
-    EXPECT_EQ(once(QByteArray(), 15), 41);
+    EXPECT_EQ(41, once(QByteArray(), 15));
 }
 
 TEST_F(Exchange, FortyOneDoesNotDependOnTheCategory)
 {
     PLC_driver.writeList.append(tagged(0, 5, 1));
     issue();
-    EXPECT_EQ(once(QByteArray()), 41);
+    EXPECT_EQ(41, once(QByteArray()));
 }
 
 TEST_F(Exchange, FixedLengthReplyThatIsNoWholeFrameGives71)
@@ -258,10 +258,10 @@ TEST_F(Exchange, FixedLengthReplyThatIsNoWholeFrameGives71)
         PLC_driver.loggedIn = 1;
         settings.frameCount = 1;
         settings.frameIndex = 0;
-        EXPECT_EQ(once(reply, 15), 71) << reply.size() << " bytes";
+        EXPECT_EQ(71, once(reply, 15)) << reply.size() << " bytes";
         EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
     }
-    EXPECT_EQ(failureCalls.size(), 4u);
+    EXPECT_EQ(4u, failureCalls.size());
 }
 
 TEST_F(Exchange, FixedLengthOfOneByteIsNeverAWholeFrame)
@@ -271,7 +271,7 @@ TEST_F(Exchange, FixedLengthOfOneByteIsNeverAWholeFrame)
     Protocol request = makeRequest(var);
     request.replyLength = 1;
     queueRequest(request);
-    EXPECT_EQ(once(hex("BB")), 71);
+    EXPECT_EQ(71, once(hex("BB")));
 }
 
 TEST_F(Exchange, FixedLengthIsTestedByTheFrameAndComparedByTheHandler)
@@ -282,7 +282,7 @@ TEST_F(Exchange, FixedLengthIsTestedByTheFrameAndComparedByTheHandler)
     request.replyLength = 16;
     queueRequest(request);
     settings.frameCount = 1;
-    EXPECT_EQ(once(writeReply(), 8), 76) << "a whole frame of another size";
+    EXPECT_EQ(76, once(writeReply(), 8)) << "a whole frame of another size";
 }
 
 TEST_F(Exchange, FixedLengthReplyNeedsNoSecondCall)
@@ -294,7 +294,7 @@ TEST_F(Exchange, FixedLengthReplyNeedsNoSecondCall)
     queueRequest(request);
     settings.frameCount = 1;
     settings.frameIndex = 0;
-    EXPECT_EQ(once(writeReply()), 1);
+    EXPECT_EQ(1, once(writeReply()));
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
 
@@ -307,7 +307,7 @@ TEST_F(Exchange, ExpectedLengthZeroHasNoTestAndTakesAnything)
         queueRequest(request);
         settings.frameCount = 1;
         settings.frameIndex = 0;
-        EXPECT_EQ(once(reply), 1) << reply.size() << " bytes";
+        EXPECT_EQ(1, once(reply)) << reply.size() << " bytes";
         EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
     }
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
@@ -323,9 +323,9 @@ TEST_F(Exchange, ExpectedLengthBelowMinusOneHasNoTest)
     settings.frameCount = 1;
     settings.frameIndex = 0;
     settings.retryLimit = 1;
-    EXPECT_EQ(once(QByteArray(), 0), 0) << "nothing received although a reply was expected";
-    EXPECT_EQ(settings.retryCount, 1);
-    EXPECT_EQ(once(writeReply()), 74);
+    EXPECT_EQ(0, once(QByteArray(), 0)) << "nothing received although a reply was expected";
+    EXPECT_EQ(1, settings.retryCount);
+    EXPECT_EQ(74, once(writeReply()));
 }
 
 TEST_F(Exchange, RecordedSizeStaysWhenTheRequestIsRetried)
@@ -335,13 +335,13 @@ TEST_F(Exchange, RecordedSizeStaysWhenTheRequestIsRetried)
     PLC_driver.readList[0].category = 3;
     issue();
     const QByteArray refused = hex("BB BB 00 00 00 09 00 01 00 00 00 00 00 00 00");
-    EXPECT_EQ(once(refused), 1);
-    EXPECT_EQ(once(refused), 0);
-    EXPECT_EQ(settings.retryCount, 1);
-    EXPECT_EQ(issue().replyLength, 15);
-    EXPECT_EQ(once(writeReply()), 0) << "8 bytes where 15 are expected";
-    EXPECT_EQ(settings.retryCount, 2);
-    EXPECT_EQ(once(goodReply()), 1) << "15 bytes are accepted at once";
+    EXPECT_EQ(1, once(refused));
+    EXPECT_EQ(0, once(refused));
+    EXPECT_EQ(1, settings.retryCount);
+    EXPECT_EQ(15, issue().replyLength);
+    EXPECT_EQ(0, once(writeReply())) << "8 bytes where 15 are expected";
+    EXPECT_EQ(2, settings.retryCount);
+    EXPECT_EQ(1, once(goodReply())) << "15 bytes are accepted at once";
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
 
@@ -350,10 +350,10 @@ TEST_F(Exchange, PartOfAReplyAfterTheSizeWasRecordedIsAFailure)
     settings.retryLimit = 1;
     addReads(1);
     issue();
-    EXPECT_EQ(once(goodReply()), 1);
-    EXPECT_EQ(once(goodReply().left(10)), 0);
-    EXPECT_EQ(settings.retryCount, 1);
-    EXPECT_EQ(once(QByteArray()), 71);
+    EXPECT_EQ(1, once(goodReply()));
+    EXPECT_EQ(0, once(goodReply().left(10)));
+    EXPECT_EQ(1, settings.retryCount);
+    EXPECT_EQ(71, once(QByteArray()));
 }
 
 // ---- Login ----
@@ -362,23 +362,23 @@ TEST_F(ReplyProcessing, LoginTakesTwoRepliesOfTwoCallsEach)
 {
     addReads(1);
     issue();
-    EXPECT_EQ(once(identificationReply()), 1);
-    EXPECT_EQ(PLC_driver.requestQueue.first().replyLength, 206);
-    EXPECT_EQ(settings.frameIndex, 0);
-    EXPECT_EQ(once(identificationReply()), 1);
-    EXPECT_EQ(settings.frameIndex, 1);
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 1);
-    EXPECT_EQ(issue().frameLength, 23);
-    EXPECT_EQ(once(fileReply(0x34, 0x12)), 1);
-    EXPECT_EQ(PLC_driver.requestQueue.first().replyLength, 36);
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
-    EXPECT_EQ(once(fileReply(0x34, 0x12)), 1);
-    EXPECT_EQ(settings.frameIndex, 2);
-    EXPECT_EQ(PLC_driver.loggedIn, 1);
+    EXPECT_EQ(1, once(identificationReply()));
+    EXPECT_EQ(206, PLC_driver.requestQueue.first().replyLength);
+    EXPECT_EQ(0, settings.frameIndex);
+    EXPECT_EQ(1, once(identificationReply()));
+    EXPECT_EQ(1, settings.frameIndex);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
+    ASSERT_EQ(1, PLC_driver.requestQueue.size());
+    EXPECT_EQ(23, issue().frameLength);
+    EXPECT_EQ(1, once(fileReply(0x34, 0x12)));
+    EXPECT_EQ(36, PLC_driver.requestQueue.first().replyLength);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
+    EXPECT_EQ(1, once(fileReply(0x34, 0x12)));
+    EXPECT_EQ(2, settings.frameIndex);
+    EXPECT_EQ(1, PLC_driver.loggedIn);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
-    EXPECT_EQ(PLC_driver.plcInfo1, 0x12);
-    EXPECT_EQ(PLC_driver.plcInfo2, 0x34);
+    EXPECT_EQ(0x12, PLC_driver.plcInfo1);
+    EXPECT_EQ(0x34, PLC_driver.plcInfo2);
 }
 
 TEST_F(ReplyProcessing, LoginSettlesNoListAndCallsNobody)
@@ -389,11 +389,11 @@ TEST_F(ReplyProcessing, LoginSettlesNoListAndCallsNobody)
     issue();
     deliver(identificationReply());
     deliver(fileReply());
-    EXPECT_EQ(PLC_driver.loggedIn, 1);
-    EXPECT_EQ(PLC_driver.writeList.size(), 1);
-    EXPECT_EQ(PLC_driver.readList.size(), 2);
-    EXPECT_EQ(PLC_driver.cycleCount, 0);
-    EXPECT_EQ(PLC_driver.failed, 1) << "only a good data reply takes the failure back";
+    EXPECT_EQ(1, PLC_driver.loggedIn);
+    EXPECT_EQ(1, PLC_driver.writeList.size());
+    EXPECT_EQ(2, PLC_driver.readList.size());
+    EXPECT_EQ(0, PLC_driver.cycleCount);
+    EXPECT_EQ(1, PLC_driver.failed) << "only a good data reply takes the failure back";
     EXPECT_THAT(resultCalls, IsEmpty());
 }
 
@@ -403,7 +403,7 @@ TEST_F(ReplyProcessing, LoginEndsWhenTheFrameCountIsReached)
     handshake_data(&var);
     settings.frameCount = 1;
     deliver(identificationReply());
-    EXPECT_EQ(PLC_driver.loggedIn, 1);
+    EXPECT_EQ(1, PLC_driver.loggedIn);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
 
@@ -413,16 +413,16 @@ TEST_F(ReplyProcessing, LoginGoesOnWhileTheFrameCountIsNotReached)
     handshake_data(&var);
     settings.frameCount = 3;
     deliver(identificationReply());
-    EXPECT_EQ(deliver(fileReply(0x34, 0x12))->result, 1);
-    EXPECT_EQ(settings.frameIndex, 2);
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
+    EXPECT_EQ(1, deliver(fileReply(0x34, 0x12))->result);
+    EXPECT_EQ(2, settings.frameIndex);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
     settings.frameCount = 2;
     handshake_data(&var);
     deliver(identificationReply());
-    EXPECT_EQ(PLC_driver.loggedIn, 0) << "one answer of two";
-    EXPECT_EQ(PLC_driver.requestQueue.size(), 1);
+    EXPECT_EQ(0, PLC_driver.loggedIn) << "one answer of two";
+    EXPECT_EQ(1, PLC_driver.requestQueue.size());
     deliver(fileReply(0x34, 0x12));
-    EXPECT_EQ(PLC_driver.loggedIn, 1);
+    EXPECT_EQ(1, PLC_driver.loggedIn);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
 
@@ -432,10 +432,10 @@ TEST_F(ReplyProcessing, LoginRepliesInPiecesAreWaitedFor)
     handshake_data(&var);
     const QByteArray reply = identificationReply();
     for (int size = 1; size < reply.size(); ++size)
-        ASSERT_EQ(once(reply.left(size)), 0) << size << " bytes";
-    EXPECT_EQ(settings.retryCount, 0);
-    EXPECT_EQ(deliver(reply)->result, 1);
-    EXPECT_EQ(settings.frameIndex, 1);
+        ASSERT_EQ(0, once(reply.left(size))) << size << " bytes";
+    EXPECT_EQ(0, settings.retryCount);
+    EXPECT_EQ(1, deliver(reply)->result);
+    EXPECT_EQ(1, settings.frameIndex);
 }
 
 struct RefusedLogin {
@@ -465,22 +465,22 @@ TEST_P(LoginRefusal, Gives201AndAnEmptyQueueAndNothingElse)
     settings.frameIndex = GetParam().frameIndex;
     PLC_driver.requestQueue.first().replyLength = GetParam().replyLength;
     RW_VAR* result = deliver(GetParam().reply);
-    EXPECT_EQ(result->result, 201);
-    EXPECT_EQ(result->category, 8);
+    EXPECT_EQ(201, result->result);
+    EXPECT_EQ(8, result->category);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
-    EXPECT_EQ(PLC_driver.failed, 0);
-    EXPECT_EQ(PLC_driver.cycleCount, 1);
-    EXPECT_EQ(PLC_driver.writeTries, 2);
-    EXPECT_EQ(PLC_driver.onceTries, 1);
-    EXPECT_EQ(settings.retryCount, 1);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
+    EXPECT_EQ(0, PLC_driver.failed);
+    EXPECT_EQ(1, PLC_driver.cycleCount);
+    EXPECT_EQ(2, PLC_driver.writeTries);
+    EXPECT_EQ(1, PLC_driver.onceTries);
+    EXPECT_EQ(1, settings.retryCount);
     EXPECT_EQ(settings.frameIndex, GetParam().frameIndex);
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(0, 1));
-    EXPECT_EQ(PLC_driver.readList.first().result, -1);
+    EXPECT_EQ(-1, PLC_driver.readList.first().result);
     EXPECT_THAT(resultCalls, IsEmpty());
     EXPECT_THAT(failureCalls, IsEmpty());
-    EXPECT_EQ(issue().frameLength, 20) << "the next request begins the login anew";
-    EXPECT_EQ(settings.frameIndex, 0);
+    EXPECT_EQ(20, issue().frameLength) << "the next request begins the login anew";
+    EXPECT_EQ(0, settings.frameIndex);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -499,15 +499,15 @@ TEST_F(ReplyProcessing, LoginWithoutAnAnswerIsRetriedAndThenFailsTheBatch)
     settings.retryLimit = 1;
     PLC_driver.writeList.append(tagged(0, 4, 11));
     issue();
-    EXPECT_EQ(once(QByteArray()), 0);
-    EXPECT_EQ(issue().frameLength, 20);
-    EXPECT_EQ(PLC_driver.requestQueue.size(), 2);
-    EXPECT_EQ(once(QByteArray()), 41);
+    EXPECT_EQ(0, once(QByteArray()));
+    EXPECT_EQ(20, issue().frameLength);
+    EXPECT_EQ(2, PLC_driver.requestQueue.size());
+    EXPECT_EQ(41, once(QByteArray()));
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 2}));
     EXPECT_THAT(failureCalls, ElementsAre(FailureCall{true, 0, 4, 1}));
-    EXPECT_EQ(PLC_driver.failed, 1);
+    EXPECT_EQ(1, PLC_driver.failed);
 }
 
 TEST_F(ReplyProcessing, LoginReplyOfFixedLengthThatIsNoFrameGives71)
@@ -515,7 +515,7 @@ TEST_F(ReplyProcessing, LoginReplyOfFixedLengthThatIsNoFrameGives71)
     RW_VAR var;
     handshake_data(&var);
     PLC_driver.requestQueue.first().replyLength = 206;
-    EXPECT_EQ(once(identificationReply().left(100)), 71);
+    EXPECT_EQ(71, once(identificationReply().left(100)));
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
 
@@ -528,11 +528,11 @@ TEST_F(Exchange, LocalReplyIsStored)
     PLC_driver.readList.append(makeVar(9, 0x40, 1));
     PLC_driver.readList[0].deviceNo = 3;
     issue();
-    EXPECT_EQ(deliver(readReply({hex("AB CD"), hex("EF")}))->result, 1);
-    EXPECT_EQ(imageByte(7, 0x20), 0xAB);
-    EXPECT_EQ(imageByte(7, 0x21), 0xCD);
-    EXPECT_EQ(imageByte(9, 0x40), 0xEF);
-    EXPECT_EQ(PLC_driver.localImage.size(), 3);
+    EXPECT_EQ(1, deliver(readReply({hex("AB CD"), hex("EF")}))->result);
+    EXPECT_EQ(0xAB, imageByte(7, 0x20));
+    EXPECT_EQ(0xCD, imageByte(7, 0x21));
+    EXPECT_EQ(0xEF, imageByte(9, 0x40));
+    EXPECT_EQ(3, PLC_driver.localImage.size());
 }
 
 TEST_F(Exchange, ReplyToARequestThatOnlyWantsAnAcknowledgementIsNotStored)
@@ -540,7 +540,7 @@ TEST_F(Exchange, ReplyToARequestThatOnlyWantsAnAcknowledgementIsNotStored)
     PLC_driver.readList.append(makeVar(7, 0x20, 2));
     PLC_driver.readList[0].aux2 = 1;
     issue();
-    EXPECT_EQ(deliver(readReply({hex("AB CD")}))->result, 1);
+    EXPECT_EQ(1, deliver(readReply({hex("AB CD")}))->result);
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
 }
 
@@ -550,11 +550,11 @@ TEST_F(Exchange, RemoteReplyGives100AndStoresNothing)
     PLC_driver.readList.append(makeVar(7, 0x20, 2));
     PLC_driver.readList[0].deviceNo = kOtherDevice;
     issue();
-    EXPECT_EQ(deliver(readReply({hex("AB CD")}))->result, 100);
+    EXPECT_EQ(100, deliver(readReply({hex("AB CD")}))->result);
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
-    EXPECT_EQ(PLC_driver.failed, 0);
-    EXPECT_EQ(PLC_driver.reply.address, 0x20);
+    EXPECT_EQ(0, PLC_driver.failed);
+    EXPECT_EQ(0x20, PLC_driver.reply.address);
 }
 
 TEST_F(Exchange, RemoteReplyWithoutTheMarkerIsStored)
@@ -563,9 +563,9 @@ TEST_F(Exchange, RemoteReplyWithoutTheMarkerIsStored)
     PLC_driver.readList[0].deviceNo = kOtherDevice;
     PLC_driver.readList[0].aux12 = -1;
     issue();
-    EXPECT_EQ(deliver(readReply({hex("AB CD")}))->result, 1)
+    EXPECT_EQ(1, deliver(readReply({hex("AB CD")}))->result)
         << "the first frame of a transaction gives the local number";
-    EXPECT_EQ(imageByte(7, 0x20), 0xAB);
+    EXPECT_EQ(0xAB, imageByte(7, 0x20));
 }
 
 TEST_F(Exchange, RemoteReplyToTheSecondFrameGives100)
@@ -576,8 +576,8 @@ TEST_F(Exchange, RemoteReplyToTheSecondFrameGives100)
     issue();
     settings.frameCount = 2;
     settings.frameIndex = 1;
-    EXPECT_EQ(deliver(readReply({hex("AB CD")}))->result, 100);
-    EXPECT_EQ(imageByte(7, 0x20), 0xAB);
+    EXPECT_EQ(100, deliver(readReply({hex("AB CD")}))->result);
+    EXPECT_EQ(0xAB, imageByte(7, 0x20));
 }
 
 struct FailureRow {
@@ -615,7 +615,7 @@ TEST_P(DataFailure, GivesItsNumberWhenTheRetriesAreSpent)
     queueFailing();
     EXPECT_EQ(once(GetParam().reply, GetParam().received), GetParam().result);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
-    EXPECT_EQ(PLC_driver.failed, 1);
+    EXPECT_EQ(1, PLC_driver.failed);
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
 }
 
@@ -623,12 +623,12 @@ TEST_P(DataFailure, GivesZeroWhileRetriesAreLeft)
 {
     settings.retryLimit = 1;
     queueFailing();
-    EXPECT_EQ(once(GetParam().reply, GetParam().received), 0);
-    EXPECT_EQ(PLC_driver.requestQueue.size(), 1);
-    EXPECT_EQ(settings.retryCount, 1);
-    EXPECT_EQ(settings.frameIndex, 0);
-    EXPECT_EQ(PLC_driver.failed, 0);
-    EXPECT_EQ(PLC_driver.loggedIn, 1);
+    EXPECT_EQ(0, once(GetParam().reply, GetParam().received));
+    EXPECT_EQ(1, PLC_driver.requestQueue.size());
+    EXPECT_EQ(1, settings.retryCount);
+    EXPECT_EQ(0, settings.frameIndex);
+    EXPECT_EQ(0, PLC_driver.failed);
+    EXPECT_EQ(1, PLC_driver.loggedIn);
     EXPECT_THAT(failureCalls, IsEmpty());
 }
 
@@ -660,7 +660,7 @@ TEST_F(Exchange, GoodReplyTakesTheFailureBack)
     issue();
     PLC_driver.failed = 1;
     deliver(goodReply());
-    EXPECT_EQ(PLC_driver.failed, 0);
+    EXPECT_EQ(0, PLC_driver.failed);
 }
 
 TEST_F(Exchange, GoodReplyDoesNotResetTheRetryCount)
@@ -668,13 +668,13 @@ TEST_F(Exchange, GoodReplyDoesNotResetTheRetryCount)
     settings.retryLimit = 2;
     addReads(1);
     issue();
-    EXPECT_EQ(once(QByteArray()), 0);
-    EXPECT_EQ(deliver(goodReply())->result, 1);
-    EXPECT_EQ(settings.retryCount, 1);
+    EXPECT_EQ(0, once(QByteArray()));
+    EXPECT_EQ(1, deliver(goodReply())->result);
+    EXPECT_EQ(1, settings.retryCount);
     issue();
-    EXPECT_EQ(once(QByteArray()), 0);
-    EXPECT_EQ(settings.retryCount, 2);
-    EXPECT_EQ(once(QByteArray()), 41);
+    EXPECT_EQ(0, once(QByteArray()));
+    EXPECT_EQ(2, settings.retryCount);
+    EXPECT_EQ(41, once(QByteArray()));
 }
 
 TEST_F(Exchange, ReplyOfAnUnfinishedTransactionRemovesItsFrameOnly)
@@ -684,14 +684,14 @@ TEST_F(Exchange, ReplyOfAnUnfinishedTransactionRemovesItsFrameOnly)
     queueRequest(PLC_driver.requestQueue.first());
     settings.frameCount = 2;
     PLC_driver.failed = 1;
-    EXPECT_EQ(deliver(writeReply())->result, 1);
-    EXPECT_EQ(PLC_driver.requestQueue.size(), 1);
-    EXPECT_EQ(settings.frameIndex, 1);
-    EXPECT_EQ(PLC_driver.writeList.size(), 1);
-    EXPECT_EQ(PLC_driver.cycleCount, 0);
-    EXPECT_EQ(PLC_driver.failed, 0);
+    EXPECT_EQ(1, deliver(writeReply())->result);
+    EXPECT_EQ(1, PLC_driver.requestQueue.size());
+    EXPECT_EQ(1, settings.frameIndex);
+    EXPECT_EQ(1, PLC_driver.writeList.size());
+    EXPECT_EQ(0, PLC_driver.cycleCount);
+    EXPECT_EQ(0, PLC_driver.failed);
     EXPECT_THAT(resultCalls, IsEmpty());
-    EXPECT_EQ(deliver(writeReply())->result, 1);
+    EXPECT_EQ(1, deliver(writeReply())->result);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 1, 1, 1}));
@@ -703,8 +703,8 @@ TEST_F(Exchange, UnfinishedRemoteTransactionGivesItsCode)
     PLC_driver.onceReadList[0].deviceNo = kOtherDevice;
     issue();
     settings.frameCount = 2;
-    EXPECT_EQ(deliver(goodReply())->result, 100);
-    EXPECT_EQ(PLC_driver.onceReadList.size(), 1);
+    EXPECT_EQ(100, deliver(goodReply())->result);
+    EXPECT_EQ(1, PLC_driver.onceReadList.size());
 }
 
 TEST_F(Exchange, FrameIndexBeyondTheFrameCountIsComplete)
@@ -713,7 +713,7 @@ TEST_F(Exchange, FrameIndexBeyondTheFrameCountIsComplete)
     issue();
     settings.frameIndex = 5;
     deliver(writeReply());
-    EXPECT_EQ(settings.frameIndex, 6);
+    EXPECT_EQ(6, settings.frameIndex);
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
 }
 
@@ -724,7 +724,7 @@ TEST_F(Exchange, LargestFrameIndexIsReducedToThirtyTwoBits)
     settings.frameIndex = INT_MAX;
     settings.frameCount = INT_MAX;
     deliver(writeReply());
-    EXPECT_EQ(settings.frameIndex, INT_MIN);
+    EXPECT_EQ(INT_MIN, settings.frameIndex);
     EXPECT_TRUE(PLC_driver.writeList.isEmpty()) << "2^31 answers are more than were due";
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 1, 1, 1}));
@@ -737,7 +737,7 @@ TEST_F(Exchange, TransactionOfNoFramesIsCompleteWithTheFirstAnswer)
         issue();
         settings.frameCount = frameCount;
         deliver(writeReply());
-        EXPECT_EQ(settings.frameIndex, 1) << frameCount;
+        EXPECT_EQ(1, settings.frameIndex) << frameCount;
         EXPECT_TRUE(PLC_driver.writeList.isEmpty()) << frameCount;
     }
 }
@@ -749,8 +749,8 @@ TEST_F(Exchange, LastFrameIndexBelowTheFrameCountIsNotComplete)
     settings.frameIndex = INT_MAX - 2;
     settings.frameCount = INT_MAX;
     deliver(writeReply());
-    EXPECT_EQ(settings.frameIndex, INT_MAX - 1);
-    EXPECT_EQ(PLC_driver.writeList.size(), 1);
+    EXPECT_EQ(INT_MAX - 1, settings.frameIndex);
+    EXPECT_EQ(1, PLC_driver.writeList.size());
 }
 
 TEST_F(Exchange, ScanIsDoneAfterMoreTransactionsThanCyclicEntries)
@@ -761,16 +761,16 @@ TEST_F(Exchange, ScanIsDoneAfterMoreTransactionsThanCyclicEntries)
         issue();
         deliver(goodReply());
         EXPECT_EQ(PLC_driver.cycleCount, i);
-        EXPECT_EQ(settings.scanDone, 0);
+        EXPECT_EQ(0, settings.scanDone);
     }
     issue();
     deliver(goodReply());
-    EXPECT_EQ(PLC_driver.cycleCount, 0);
-    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_EQ(0, PLC_driver.cycleCount);
+    EXPECT_EQ(1, settings.scanDone);
     issue();
     deliver(goodReply());
-    EXPECT_EQ(PLC_driver.cycleCount, 0) << "a finished scan is not counted further";
-    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_EQ(0, PLC_driver.cycleCount) << "a finished scan is not counted further";
+    EXPECT_EQ(1, settings.scanDone);
 }
 
 TEST_F(Exchange, WritesCountTowardsTheScanToo)
@@ -779,8 +779,8 @@ TEST_F(Exchange, WritesCountTowardsTheScanToo)
     PLC_driver.writeList.append(tagged(0, 1, 1));
     issue();
     deliver(writeReply());
-    EXPECT_EQ(PLC_driver.cycleCount, 1);
-    EXPECT_EQ(settings.scanDone, 0);
+    EXPECT_EQ(1, PLC_driver.cycleCount);
+    EXPECT_EQ(0, settings.scanDone);
 }
 
 TEST_F(Exchange, WithoutCyclicEntriesTheFirstTransactionFinishesTheScan)
@@ -788,8 +788,8 @@ TEST_F(Exchange, WithoutCyclicEntriesTheFirstTransactionFinishesTheScan)
     PLC_driver.writeList.append(tagged(0, 1, 1));
     issue();
     deliver(writeReply());
-    EXPECT_EQ(PLC_driver.cycleCount, 0);
-    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_EQ(0, PLC_driver.cycleCount);
+    EXPECT_EQ(1, settings.scanDone);
 }
 
 TEST_F(Exchange, RemoteTransactionsDoNotCountTowardsTheScan)
@@ -798,10 +798,10 @@ TEST_F(Exchange, RemoteTransactionsDoNotCountTowardsTheScan)
     PLC_driver.readList[0].deviceNo = kOtherDevice;
     for (int i = 0; i < 4; ++i) {
         issue();
-        EXPECT_EQ(deliver(goodReply())->result, 100);
+        EXPECT_EQ(100, deliver(goodReply())->result);
     }
-    EXPECT_EQ(PLC_driver.cycleCount, 0);
-    EXPECT_EQ(settings.scanDone, 0);
+    EXPECT_EQ(0, PLC_driver.cycleCount);
+    EXPECT_EQ(0, settings.scanDone);
 }
 
 TEST_F(Exchange, RemoteTransactionDoesNotFinishAScanThatIsDueEither)
@@ -810,9 +810,9 @@ TEST_F(Exchange, RemoteTransactionDoesNotFinishAScanThatIsDueEither)
     PLC_driver.writeList.append(tagged(0, 1, 1));
     PLC_driver.writeList[0].deviceNo = kOtherDevice;
     issue();
-    EXPECT_EQ(deliver(writeReply())->result, 100);
-    EXPECT_EQ(PLC_driver.cycleCount, 100);
-    EXPECT_EQ(settings.scanDone, 0);
+    EXPECT_EQ(100, deliver(writeReply())->result);
+    EXPECT_EQ(100, PLC_driver.cycleCount);
+    EXPECT_EQ(0, settings.scanDone);
 }
 
 TEST_F(Exchange, AnyValueButZeroOfScanDoneStopsTheCount)
@@ -822,8 +822,8 @@ TEST_F(Exchange, AnyValueButZeroOfScanDoneStopsTheCount)
     PLC_driver.writeList.append(tagged(0, 1, 1));
     issue();
     deliver(writeReply());
-    EXPECT_EQ(PLC_driver.cycleCount, 100);
-    EXPECT_EQ(settings.scanDone, -1);
+    EXPECT_EQ(100, PLC_driver.cycleCount);
+    EXPECT_EQ(-1, settings.scanDone);
 }
 
 // ---- Settling writes ----
@@ -836,12 +836,12 @@ TEST_F(Exchange, CompletedWriteIsReportedAndRemoved)
     issue();
     RW_VAR* reply = deliver(writeReply());
     EXPECT_EQ(reply, &PLC_driver.reply);
-    EXPECT_EQ(reply->result, 1);
-    EXPECT_EQ(reply->category, 4);
-    EXPECT_EQ(reply->aux1, 11);
-    EXPECT_EQ(reply->address, 0x10);
-    EXPECT_EQ(reply->station, 5);
-    EXPECT_EQ(reply->label, QLatin1String("A.valve"));
+    EXPECT_EQ(1, reply->result);
+    EXPECT_EQ(4, reply->category);
+    EXPECT_EQ(11, reply->aux1);
+    EXPECT_EQ(0x10, reply->address);
+    EXPECT_EQ(5, reply->station);
+    EXPECT_EQ(QLatin1String("A.valve"), reply->label);
     EXPECT_TRUE(reply->data.isEmpty());
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 1}));
@@ -858,7 +858,7 @@ TEST_F(Exchange, FollowersOfAWriteBatchLeaveWithoutACallOfTheirOwn)
     deliver(writeReply());
     EXPECT_THAT(addressesOf(PLC_driver.writeList), ElementsAre(3));
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 1, 1, 1}));
-    EXPECT_EQ(PLC_driver.reply.address, 0);
+    EXPECT_EQ(0, PLC_driver.reply.address);
 }
 
 TEST_F(Exchange, WriteInThreePiecesIsReportedAfterTheLast)
@@ -868,8 +868,8 @@ TEST_F(Exchange, WriteInThreePiecesIsReportedAfterTheLast)
     for (int piece = 0; piece < 3; ++piece) {
         EXPECT_THAT(resultCalls, IsEmpty());
         issue();
-        EXPECT_EQ(PLC_driver.batchCount, 1);
-        EXPECT_EQ(deliver(writeReply())->result, 1);
+        EXPECT_EQ(1, PLC_driver.batchCount);
+        EXPECT_EQ(1, deliver(writeReply())->result);
         EXPECT_EQ(PLC_driver.reply.address, piece);
     }
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 1}));
@@ -881,7 +881,7 @@ TEST_F(Exchange, PiecesInOneBatchAreReportedOnce)
     for (int piece = 0; piece < 3; ++piece)
         PLC_driver.writeList.append(tagged(piece, 4, 11));
     issue();
-    EXPECT_EQ(PLC_driver.batchCount, 3);
+    EXPECT_EQ(3, PLC_driver.batchCount);
     deliver(writeReply());
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 1}));
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
@@ -918,7 +918,7 @@ TEST_F(Exchange, WriteToARemoteDeviceIsReportedLikeALocalOne)
     PLC_driver.writeList.append(tagged(0, 4, 11));
     PLC_driver.writeList[0].deviceNo = kOtherDevice;
     issue();
-    EXPECT_EQ(deliver(writeReply())->result, 100);
+    EXPECT_EQ(100, deliver(writeReply())->result);
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 1}));
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
 }
@@ -939,10 +939,10 @@ TEST_F(Exchange, WriteListThatBecameEmptyIsSettledSilently)
     PLC_driver.writeList.clear();
     PLC_driver.reply.category = 9;
     PLC_driver.reply.address = 99;
-    EXPECT_EQ(deliver(writeReply())->result, 1);
+    EXPECT_EQ(1, deliver(writeReply())->result);
     EXPECT_THAT(resultCalls, IsEmpty());
-    EXPECT_EQ(PLC_driver.reply.category, 9);
-    EXPECT_EQ(PLC_driver.reply.address, 99);
+    EXPECT_EQ(9, PLC_driver.reply.category);
+    EXPECT_EQ(99, PLC_driver.reply.address);
 }
 
 TEST_F(Exchange, BatchCountBeyondTheListLeavesNothingOfIt)
@@ -965,8 +965,8 @@ TEST_F(Exchange, BatchCountOutsideTheArrayIsHeldWithinIt)
         issue();
         PLC_driver.batchCount = count;
         deliver(writeReply());
-        EXPECT_EQ(PLC_driver.writeList.size(), 150) << "batchCount " << count;
-        EXPECT_EQ(PLC_driver.writeList.first().address, 150);
+        EXPECT_EQ(150, PLC_driver.writeList.size()) << "batchCount " << count;
+        EXPECT_EQ(150, PLC_driver.writeList.first().address);
     }
     for (int count : {0, -1, INT_MIN}) {
         PLC_driver.writeList.clear();
@@ -987,7 +987,7 @@ TEST_F(Exchange, ReplacedFollowerLeavesWithTheBatch)
     issue();
     RW_VAR second = tagged(1, 4, 3);
     AddListWriteVar(&second, 0);
-    ASSERT_EQ(PLC_driver.writeList.size(), 2);
+    ASSERT_EQ(2, PLC_driver.writeList.size());
     deliver(writeReply());
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
 }
@@ -998,9 +998,9 @@ TEST_F(Exchange, WriteAcknowledgementIsUnpackedWhenTheWriteIsToBeStored)
     PLC_driver.writeList.append(makeWrite(2, 0x10, hex("55 66"), 4, 11));
     PLC_driver.writeList[0].aux2 = 0;
     issue();
-    EXPECT_EQ(deliver(writeReply())->result, 1);
-    EXPECT_EQ(imageByte(2, 0x10), 0xBB);
-    EXPECT_EQ(imageByte(2, 0x11), 0x00);
+    EXPECT_EQ(1, deliver(writeReply())->result);
+    EXPECT_EQ(0xBB, imageByte(2, 0x10));
+    EXPECT_EQ(0x00, imageByte(2, 0x11));
 }
 
 // ---- Settling one-shot reads ----
@@ -1012,8 +1012,8 @@ TEST_F(Exchange, CompletedOneShotReadIsReportedAndRemoved)
     issue();
     PLC_driver.onceReadList.append(tagged(0x30, 4, 13));
     RW_VAR* reply = deliver(goodReply());
-    EXPECT_EQ(reply->result, 1);
-    EXPECT_EQ(reply->address, 0x10);
+    EXPECT_EQ(1, reply->result);
+    EXPECT_EQ(0x10, reply->address);
     EXPECT_TRUE(reply->data.isEmpty());
     EXPECT_THAT(addressesOf(PLC_driver.onceReadList), ElementsAre(0x30));
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 1}));
@@ -1040,7 +1040,7 @@ TEST_F(Exchange, PieceForAnotherDeviceDoesNotHoldAOneShotReportBack)
     issue();
     deliver(goodReply());
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 1}));
-    EXPECT_EQ(PLC_driver.onceReadList.size(), 1);
+    EXPECT_EQ(1, PLC_driver.onceReadList.size());
 }
 
 TEST_F(Exchange, PieceForAnotherStationHoldsAOneShotReportBack)
@@ -1059,10 +1059,10 @@ TEST_F(Exchange, RemoteOneShotReadIsNotReported)
     PLC_driver.onceReadList.append(tagged(1, 4, 12));
     PLC_driver.onceReadList[0].deviceNo = kOtherDevice;
     issue();
-    EXPECT_EQ(deliver(goodReply())->result, 100);
+    EXPECT_EQ(100, deliver(goodReply())->result);
     EXPECT_THAT(resultCalls, IsEmpty());
     EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
-    EXPECT_EQ(PLC_driver.reply.aux1, 11);
+    EXPECT_EQ(11, PLC_driver.reply.aux1);
 }
 
 TEST_F(Exchange, OneShotListThatBecameEmptyIsSettledSilently)
@@ -1071,9 +1071,9 @@ TEST_F(Exchange, OneShotListThatBecameEmptyIsSettledSilently)
     issue();
     PLC_driver.onceReadList.clear();
     PLC_driver.reply.address = 99;
-    EXPECT_EQ(deliver(uniformReadReply(1, 1))->result, 1);
+    EXPECT_EQ(1, deliver(uniformReadReply(1, 1))->result);
     EXPECT_THAT(resultCalls, IsEmpty());
-    EXPECT_EQ(PLC_driver.reply.address, 99);
+    EXPECT_EQ(99, PLC_driver.reply.address);
 }
 
 // ---- Settling cyclic reads ----
@@ -1085,14 +1085,14 @@ TEST_F(Exchange, CyclicBatchOfFiveGoesToTheEnd)
     for (int i = 5; i < 8; ++i)
         PLC_driver.readList.append(numberedRead(i, 600));
     issue();
-    ASSERT_EQ(PLC_driver.batchCount, 5);
+    ASSERT_EQ(5, PLC_driver.batchCount);
     RW_VAR* reply = deliver(goodReply());
-    EXPECT_EQ(reply->result, 1);
-    EXPECT_EQ(reply->address, 0);
-    EXPECT_EQ(reply->length, 100);
+    EXPECT_EQ(1, reply->result);
+    EXPECT_EQ(0, reply->address);
+    EXPECT_EQ(100, reply->length);
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(5, 6, 7, 0, 1, 2, 3, 4));
     for (const RW_VAR& var : PLC_driver.readList)
-        EXPECT_EQ(var.result, 0);
+        EXPECT_EQ(0, var.result);
     EXPECT_THAT(resultCalls, IsEmpty());
 }
 
@@ -1113,9 +1113,9 @@ TEST_F(Exchange, CyclicListThatWasReplacedIsNotRotated)
     for (int i = 10; i < 15; ++i)
         PLC_driver.readList.append(numberedRead(i));
     PLC_driver.reply.address = 99;
-    EXPECT_EQ(deliver(reply)->result, 1);
+    EXPECT_EQ(1, deliver(reply)->result);
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(10, 11, 12, 13, 14));
-    EXPECT_EQ(PLC_driver.reply.address, 99);
+    EXPECT_EQ(99, PLC_driver.reply.address);
 }
 
 TEST_F(Exchange, CyclicListThatBecameEmptyIsSettledSilently)
@@ -1125,15 +1125,15 @@ TEST_F(Exchange, CyclicListThatBecameEmptyIsSettledSilently)
     const QByteArray reply = goodReply();
     PLC_driver.readList.clear();
     PLC_driver.reply.address = 99;
-    EXPECT_EQ(deliver(reply)->result, 1);
-    EXPECT_EQ(PLC_driver.reply.address, 99);
+    EXPECT_EQ(1, deliver(reply)->result);
+    EXPECT_EQ(99, PLC_driver.reply.address);
 }
 
 TEST_F(Exchange, CyclicListThatBecameShorterIsRotatedByTheBatchCount)
 {
     addReads(8);
     issue();
-    ASSERT_EQ(PLC_driver.batchCount, 8);
+    ASSERT_EQ(8, PLC_driver.batchCount);
     while (PLC_driver.readList.size() > 3)
         PLC_driver.readList.removeLast();
     deliver(goodReply());
@@ -1154,7 +1154,7 @@ TEST_F(Exchange, CyclicRotationIsHeldWithinTheBatchArray)
     PLC_driver.batchCount = -1;
     deliver(reply);
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(3, 4, 5, 6, 0, 1, 2));
-    EXPECT_EQ(PLC_driver.readList.first().result, 0);
+    EXPECT_EQ(0, PLC_driver.readList.first().result);
 }
 
 TEST_F(Exchange, RemoteCyclicBatchIsRotatedToo)
@@ -1163,7 +1163,7 @@ TEST_F(Exchange, RemoteCyclicBatchIsRotatedToo)
     PLC_driver.readList.append(numberedRead(1, 700));
     PLC_driver.readList[0].deviceNo = kOtherDevice;
     issue();
-    EXPECT_EQ(deliver(goodReply())->result, 100);
+    EXPECT_EQ(100, deliver(goodReply())->result);
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(1, 0));
 }
 
@@ -1177,14 +1177,14 @@ TEST_F(Exchange, RetryKeepsEverythingAndCallsNobody)
     PLC_driver.writeList.append(tagged(1, 4, 12));
     PLC_driver.reply.address = 99;
     const QByteArray frame = issue().frame;
-    EXPECT_EQ(deliver(refusedReply())->result, 0);
-    EXPECT_EQ(settings.retryCount, 1);
-    EXPECT_EQ(settings.frameIndex, 0);
-    EXPECT_EQ(PLC_driver.writeList.size(), 2);
-    EXPECT_EQ(PLC_driver.reply.address, 99);
-    EXPECT_EQ(PLC_driver.failed, 0);
-    EXPECT_EQ(PLC_driver.loggedIn, 1);
-    EXPECT_EQ(PLC_driver.cycleCount, 1);
+    EXPECT_EQ(0, deliver(refusedReply())->result);
+    EXPECT_EQ(1, settings.retryCount);
+    EXPECT_EQ(0, settings.frameIndex);
+    EXPECT_EQ(2, PLC_driver.writeList.size());
+    EXPECT_EQ(99, PLC_driver.reply.address);
+    EXPECT_EQ(0, PLC_driver.failed);
+    EXPECT_EQ(1, PLC_driver.loggedIn);
+    EXPECT_EQ(1, PLC_driver.cycleCount);
     EXPECT_THAT(resultCalls, IsEmpty());
     EXPECT_THAT(failureCalls, IsEmpty());
     EXPECT_EQ(issue().frame, frame);
@@ -1196,7 +1196,7 @@ TEST_F(Exchange, RetryThatSucceedsReportsSuccess)
     PLC_driver.writeList.append(tagged(0, 4, 11));
     issue();
     deliver(refusedReply());
-    EXPECT_EQ(deliver(writeReply())->result, 1);
+    EXPECT_EQ(1, deliver(writeReply())->result);
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 1}));
 }
 
@@ -1209,15 +1209,15 @@ TEST_F(Exchange, FinalFailureResetsTheTransactionAndTheLogin)
     issue();
     queueRequest(Protocol());
     deliver(refusedReply());
-    EXPECT_EQ(deliver(refusedReply())->result, 11);
-    EXPECT_EQ(PLC_driver.failed, 1);
-    EXPECT_EQ(PLC_driver.cycleCount, 0);
-    EXPECT_EQ(settings.scanDone, 0);
-    EXPECT_EQ(settings.retryCount, 0);
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
+    EXPECT_EQ(11, deliver(refusedReply())->result);
+    EXPECT_EQ(1, PLC_driver.failed);
+    EXPECT_EQ(0, PLC_driver.cycleCount);
+    EXPECT_EQ(0, settings.scanDone);
+    EXPECT_EQ(0, settings.retryCount);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
     EXPECT_THAT(failureCalls, ElementsAre(FailureCall{true, 0, 0, 1}));
-    EXPECT_EQ(issue().frameLength, 20) << "the next request is the login";
+    EXPECT_EQ(20, issue().frameLength) << "the next request is the login";
 }
 
 TEST_F(Exchange, NegativeRetryLimitFailsAtOnce)
@@ -1228,7 +1228,7 @@ TEST_F(Exchange, NegativeRetryLimitFailsAtOnce)
         PLC_driver.loggedIn = 1;
         addReads(1);
         issue();
-        EXPECT_EQ(once(QByteArray()), 41) << "limit " << limit;
+        EXPECT_EQ(41, once(QByteArray())) << "limit " << limit;
     }
 }
 
@@ -1238,8 +1238,8 @@ TEST_F(Exchange, RetryCountOfTheHostIsContinued)
     settings.retryCount = 5;
     addReads(1);
     issue();
-    EXPECT_EQ(once(QByteArray()), 41);
-    EXPECT_EQ(settings.retryCount, 0);
+    EXPECT_EQ(41, once(QByteArray()));
+    EXPECT_EQ(0, settings.retryCount);
 }
 
 TEST_F(Exchange, LargestRetryCountExceedsEveryLimit)
@@ -1248,8 +1248,8 @@ TEST_F(Exchange, LargestRetryCountExceedsEveryLimit)
     settings.retryCount = INT_MAX;
     addReads(1);
     issue();
-    EXPECT_EQ(once(QByteArray()), 41);
-    EXPECT_EQ(settings.retryCount, 0);
+    EXPECT_EQ(41, once(QByteArray()));
+    EXPECT_EQ(0, settings.retryCount);
 }
 
 TEST_F(Exchange, FailedWriteIsReportedAndItsRequestPurged)
@@ -1262,21 +1262,21 @@ TEST_F(Exchange, FailedWriteIsReportedAndItsRequestPurged)
     PLC_driver.onceReadList.append(tagged(5, 4, 11));
     issue();
     RW_VAR* reply = deliver(refusedReply());
-    EXPECT_EQ(reply->result, 15);
-    EXPECT_EQ(reply->address, 0);
+    EXPECT_EQ(15, reply->result);
+    EXPECT_EQ(0, reply->address);
     EXPECT_TRUE(reply->data.isEmpty());
     EXPECT_THAT(addressesOf(PLC_driver.writeList), ElementsAre(1, 3));
-    EXPECT_EQ(PLC_driver.onceReadList.size(), 1);
+    EXPECT_EQ(1, PLC_driver.onceReadList.size());
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 2}));
     EXPECT_THAT(failureCalls, ElementsAre(FailureCall{true, 0, 4, 1}));
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
 }
 
 TEST_F(Exchange, FailedWriteOfOnePieceIsReportedAsFailed)
 {
     PLC_driver.writeList.append(tagged(0, 4, 11));
     issue();
-    EXPECT_EQ(deliver(refusedReply())->result, 15);
+    EXPECT_EQ(15, deliver(refusedReply())->result);
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 2}));
     EXPECT_THAT(failureCalls, ElementsAre(FailureCall{true, 0, 4, 1}));
@@ -1324,9 +1324,9 @@ TEST_F(Exchange, FailedOneShotReadIsReportedAndItsRequestPurged)
     PLC_driver.onceReadList.append(tagged(2, 4, 11, 900));
     issue();
     PLC_driver.writeList.append(tagged(3, 4, 11));
-    EXPECT_EQ(deliver(refusedReply())->result, 15);
+    EXPECT_EQ(15, deliver(refusedReply())->result);
     EXPECT_THAT(addressesOf(PLC_driver.onceReadList), ElementsAre(1));
-    EXPECT_EQ(PLC_driver.writeList.size(), 1);
+    EXPECT_EQ(1, PLC_driver.writeList.size());
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 2}));
     EXPECT_THAT(failureCalls, ElementsAre(FailureCall{true, 0, 4, 1}));
 }
@@ -1349,7 +1349,7 @@ TEST_F(Exchange, RemoteOneShotReadThatFailsInItsHandlerIsNotReported)
     PLC_driver.onceReadList.append(tagged(1, 4, 11, 900));
     PLC_driver.onceReadList[0].deviceNo = kOtherDevice;
     issue();
-    EXPECT_EQ(deliver(refusedReply())->result, 115);
+    EXPECT_EQ(115, deliver(refusedReply())->result);
     EXPECT_THAT(resultCalls, IsEmpty());
     EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
     EXPECT_THAT(failureCalls, ElementsAre(FailureCall{true, 0, 4, 1}));
@@ -1360,7 +1360,7 @@ TEST_F(Exchange, RemoteOneShotReadThatNeverReachesItsHandlerIsReported)
     PLC_driver.onceReadList.append(tagged(0, 4, 11));
     PLC_driver.onceReadList[0].deviceNo = kOtherDevice;
     issue();
-    EXPECT_EQ(once(QByteArray()), 41);
+    EXPECT_EQ(41, once(QByteArray()));
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 2}));
 }
 
@@ -1370,7 +1370,7 @@ TEST_F(Exchange, RemoteOneShotReadWhoseReplyIsNoFrameIsReported)
     PLC_driver.onceReadList[0].deviceNo = kOtherDevice;
     issue();
     PLC_driver.requestQueue.first().replyLength = 14;
-    EXPECT_EQ(once(writeReply().left(7)), 71);
+    EXPECT_EQ(71, once(writeReply().left(7)));
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 11, 2}));
 }
 
@@ -1380,9 +1380,9 @@ TEST_F(Exchange, RemoteReplyBeforeDoesNotMakeALaterFailureRemote)
     PLC_driver.onceReadList.append(tagged(1, 4, 12, 900));
     PLC_driver.onceReadList[0].deviceNo = kOtherDevice;
     issue();
-    EXPECT_EQ(deliver(goodReply())->result, 100);
+    EXPECT_EQ(100, deliver(goodReply())->result);
     issue();
-    EXPECT_EQ(once(QByteArray()), 41);
+    EXPECT_EQ(41, once(QByteArray()));
     EXPECT_THAT(resultCalls, ElementsAre(ResultCall{77, 4, 12, 2}));
 }
 
@@ -1394,13 +1394,13 @@ TEST_F(Exchange, FailedCyclicBatchGoesToTheEndAndNothingIsPurged)
     PLC_driver.writeList.append(tagged(2, 3, 0));
     PLC_driver.writeTries = 5;
     issue();
-    EXPECT_EQ(PLC_driver.lastKind, 0);
+    EXPECT_EQ(0, PLC_driver.lastKind);
     RW_VAR* reply = deliver(refusedReply());
-    EXPECT_EQ(reply->result, 14);
-    EXPECT_EQ(reply->category, 3);
+    EXPECT_EQ(14, reply->result);
+    EXPECT_EQ(3, reply->category);
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(1, 0));
-    EXPECT_EQ(PLC_driver.readList.last().result, 0);
-    EXPECT_EQ(PLC_driver.writeList.size(), 1);
+    EXPECT_EQ(0, PLC_driver.readList.last().result);
+    EXPECT_EQ(1, PLC_driver.writeList.size());
     EXPECT_THAT(resultCalls, IsEmpty());
     EXPECT_THAT(failureCalls, ElementsAre(FailureCall{true, 0, 3, 1}));
 }
@@ -1412,12 +1412,12 @@ TEST_F(ReplyProcessing, FailureBeforeAnyBatchIsReportedAndPurgesNothing)
     addReads(1);
     PLC_driver.reply.category = 9;
     queueRequest(makeRequest(RW_VAR()));
-    EXPECT_EQ(once(QByteArray()), 41);
+    EXPECT_EQ(41, once(QByteArray()));
     EXPECT_THAT(failureCalls, ElementsAre(FailureCall{true, 0, 9, 1}));
     EXPECT_THAT(resultCalls, IsEmpty());
-    EXPECT_EQ(PLC_driver.writeList.size(), 1);
-    EXPECT_EQ(PLC_driver.onceReadList.size(), 1);
-    EXPECT_EQ(PLC_driver.readList.size(), 1);
+    EXPECT_EQ(1, PLC_driver.writeList.size());
+    EXPECT_EQ(1, PLC_driver.onceReadList.size());
+    EXPECT_EQ(1, PLC_driver.readList.size());
 }
 
 TEST_F(Exchange, FailureOfAListThatBecameEmptyStillCallsTheFailureCallback)
@@ -1430,10 +1430,10 @@ TEST_F(Exchange, FailureOfAListThatBecameEmptyStillCallsTheFailureCallback)
         issue();
         list->clear();
         PLC_driver.reply.category = 9;
-        EXPECT_EQ(once(QByteArray()), 41);
+        EXPECT_EQ(41, once(QByteArray()));
         EXPECT_THAT(resultCalls, IsEmpty());
         EXPECT_THAT(failureCalls, ElementsAre(FailureCall{true, 0, 9, 1}));
-        EXPECT_EQ(PLC_driver.reply.category, 9);
+        EXPECT_EQ(9, PLC_driver.reply.category);
     }
 }
 
@@ -1444,8 +1444,8 @@ TEST_F(Exchange, FailureLeavesImageAndInfoBytesAsTheyAre)
     addReads(1);
     issue();
     deliver(refusedReply());
-    EXPECT_EQ(imageByte(1, 0), 5);
-    EXPECT_EQ(PLC_driver.plcInfo1, 7);
+    EXPECT_EQ(5, imageByte(1, 0));
+    EXPECT_EQ(7, PLC_driver.plcInfo1);
 }
 
 // ---- Callbacks ----
@@ -1456,14 +1456,14 @@ TEST_F(Exchange, UnsetCallbacksAreSkipped)
     PLC_driver.writeList.append(tagged(0, 4, 11, 900));
     PLC_driver.writeList.append(tagged(1, 4, 12, 900));
     issue();
-    EXPECT_EQ(deliver(writeReply())->result, 1);
+    EXPECT_EQ(1, deliver(writeReply())->result);
     issue();
-    EXPECT_EQ(deliver(refusedReply())->result, 15);
+    EXPECT_EQ(15, deliver(refusedReply())->result);
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     PLC_driver.loggedIn = 1;
     PLC_driver.onceReadList.append(tagged(0, 4, 11));
     issue();
-    EXPECT_EQ(deliver(goodReply())->result, 1);
+    EXPECT_EQ(1, deliver(goodReply())->result);
     EXPECT_THAT(resultCalls, IsEmpty());
     EXPECT_THAT(failureCalls, IsEmpty());
 }
@@ -1489,12 +1489,12 @@ TEST_F(Exchange, ListFilledByTheFailureCallbackHarmsNothing)
         PLC_driver.loggedIn = 1;
         addReads(1);
         issue();
-        EXPECT_EQ(once(QByteArray()), 41);
+        EXPECT_EQ(41, once(QByteArray()));
     }
     RegistCallBackFuncIntf(recordResult, recordFailure);
     PLC_driver.loggedIn = 1;
     issue();
-    EXPECT_EQ(once(QByteArray()), 41);
+    EXPECT_EQ(41, once(QByteArray()));
     EXPECT_THAT(failureCalls, ElementsAre(FailureCall{true, 0, 0, 1}));
 }
 
@@ -1510,7 +1510,7 @@ TEST_F(Exchange, WholeFramesWithTooLittleDataStoreWhatTheyHave)
         PLC_driver.readList.append(makeVar(7, 0x20, 3));
         PLC_driver.readList.append(makeVar(7, 0x40, 2));
         issue();
-        EXPECT_EQ(deliver(frameOf(whole.mid(6, size - 6)))->result, 1) << size << " bytes";
+        EXPECT_EQ(1, deliver(frameOf(whole.mid(6, size - 6)))->result) << size << " bytes";
         EXPECT_EQ(imageByte(7, 0x20), size > 13 ? 1 : -1) << size << " bytes";
         EXPECT_EQ(imageByte(7, 0x21), size > 14 ? 2 : -1) << size << " bytes";
         EXPECT_EQ(imageByte(7, 0x22), size > 15 ? 3 : -1) << size << " bytes";
@@ -1527,7 +1527,7 @@ TEST_F(Exchange, DataOffsetOutsideTheReplyStoresNothing)
         issue();
         const QByteArray reply = goodReply();
         PLC_driver.requestQueue.first().dataOffset = offset;
-        EXPECT_EQ(deliver(reply)->result, 1) << "offset " << offset;
+        EXPECT_EQ(1, deliver(reply)->result) << "offset " << offset;
         EXPECT_TRUE(PLC_driver.localImage.isEmpty()) << "offset " << offset;
     }
 }

@@ -115,10 +115,10 @@ TEST_F(LoggedIn, WaitingRequestIsHandedOutAgainAndAgain)
         EXPECT_EQ(again, first);
         EXPECT_EQ(again->frame, frame);
     }
-    EXPECT_EQ(PLC_driver.requestQueue.size(), 1);
-    EXPECT_EQ(PLC_driver.writeTries, 1);
-    EXPECT_EQ(PLC_driver.batchCount, 1);
-    EXPECT_EQ(settings.scanDone, 0);
+    EXPECT_EQ(1, PLC_driver.requestQueue.size());
+    EXPECT_EQ(1, PLC_driver.writeTries);
+    EXPECT_EQ(1, PLC_driver.batchCount);
+    EXPECT_EQ(0, settings.scanDone);
 }
 
 TEST_F(RequestCycle, WaitingRequestChangesNothing)
@@ -135,16 +135,16 @@ TEST_F(RequestCycle, WaitingRequestChangesNothing)
     PLC_driver.onceTries = 2;
     settings.frameCount = 5;
     settings.frameIndex = 4;
-    EXPECT_EQ(ComCommunication()->frame, hex("BB BB 01"));
-    EXPECT_EQ(PLC_driver.batchCount, 7);
-    EXPECT_EQ(PLC_driver.writeTries, 3);
-    EXPECT_EQ(PLC_driver.onceTries, 2);
-    EXPECT_EQ(PLC_driver.lastKind, 100);
-    EXPECT_EQ(PLC_driver.writeList.size(), 1);
-    EXPECT_EQ(PLC_driver.readList.first().result, 0);
-    EXPECT_EQ(settings.scanDone, 0);
-    EXPECT_EQ(settings.frameCount, 5);
-    EXPECT_EQ(settings.frameIndex, 4);
+    EXPECT_EQ(hex("BB BB 01"), ComCommunication()->frame);
+    EXPECT_EQ(7, PLC_driver.batchCount);
+    EXPECT_EQ(3, PLC_driver.writeTries);
+    EXPECT_EQ(2, PLC_driver.onceTries);
+    EXPECT_EQ(100, PLC_driver.lastKind);
+    EXPECT_EQ(1, PLC_driver.writeList.size());
+    EXPECT_EQ(0, PLC_driver.readList.first().result);
+    EXPECT_EQ(0, settings.scanDone);
+    EXPECT_EQ(5, settings.frameCount);
+    EXPECT_EQ(4, settings.frameIndex);
 }
 
 TEST_F(RequestCycle, WaitingRequestNeedsNoLock)
@@ -174,13 +174,13 @@ TEST_F(RequestCycle, WithoutSettingsNothingIsSentOrChanged)
     PLC_driver.writeTries = 3;
     PLC_driver.onceTries = 2;
     PLC_driver.batchCount = 7;
-    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(nullptr, ComCommunication());
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
-    EXPECT_EQ(PLC_driver.writeTries, 3);
-    EXPECT_EQ(PLC_driver.onceTries, 2);
-    EXPECT_EQ(PLC_driver.batchCount, 7);
-    EXPECT_EQ(PLC_driver.lastKind, 100);
-    EXPECT_EQ(PLC_driver.readList.first().result, 0);
+    EXPECT_EQ(3, PLC_driver.writeTries);
+    EXPECT_EQ(2, PLC_driver.onceTries);
+    EXPECT_EQ(7, PLC_driver.batchCount);
+    EXPECT_EQ(100, PLC_driver.lastKind);
+    EXPECT_EQ(0, PLC_driver.readList.first().result);
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
 }
 
@@ -190,8 +190,8 @@ TEST_F(RequestCycle, WithoutSettingsSwitchedOffEntriesStay)
     addWrites({2});
     PLC_driver.writeList.first().station = 9;
     EnCommStation(9, 0);
-    EXPECT_EQ(ComCommunication(), nullptr);
-    EXPECT_EQ(PLC_driver.writeList.size(), 1);
+    EXPECT_EQ(nullptr, ComCommunication());
+    EXPECT_EQ(1, PLC_driver.writeList.size());
 }
 
 TEST_F(RequestCycle, WithoutSettingsAWaitingRequestIsStillHandedOut)
@@ -209,12 +209,12 @@ TEST_F(RequestCycle, EmptyListsGiveNothingAndFinishTheScan)
     PLC_driver.writeTries = 4;
     PLC_driver.onceTries = 3;
     PLC_driver.batchCount = 7;
-    EXPECT_EQ(ComCommunication(), nullptr);
-    EXPECT_EQ(settings.scanDone, 1);
-    EXPECT_EQ(PLC_driver.writeTries, 0);
-    EXPECT_EQ(PLC_driver.onceTries, 0);
-    EXPECT_EQ(PLC_driver.batchCount, 0);
-    EXPECT_EQ(PLC_driver.lastKind, 100);
+    EXPECT_EQ(nullptr, ComCommunication());
+    EXPECT_EQ(1, settings.scanDone);
+    EXPECT_EQ(0, PLC_driver.writeTries);
+    EXPECT_EQ(0, PLC_driver.onceTries);
+    EXPECT_EQ(0, PLC_driver.batchCount);
+    EXPECT_EQ(100, PLC_driver.lastKind);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
 
@@ -226,52 +226,52 @@ TEST_F(RequestCycle, LoginComesBeforeAWrite)
     PLC_driver.writeList.first().label = QLatin1String("A.valve");
     const Protocol* request = ComCommunication();
     ASSERT_NE(request, nullptr);
-    EXPECT_EQ(request->frame, hex("BB BB 00 00 00 0E 01 00 00 00 02 00 00 00 06 00 00 00 00 00"));
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 2);
-    EXPECT_EQ(PLC_driver.requestQueue.at(1).frameLength, 23);
-    EXPECT_EQ(request->var.label, QLatin1String("A.valve"));
+    EXPECT_EQ(hex("BB BB 00 00 00 0E 01 00 00 00 02 00 00 00 06 00 00 00 00 00"), request->frame);
+    ASSERT_EQ(2, PLC_driver.requestQueue.size());
+    EXPECT_EQ(23, PLC_driver.requestQueue.at(1).frameLength);
+    EXPECT_EQ(QLatin1String("A.valve"), request->var.label);
     EXPECT_THAT(addressesOf(PLC_driver.writeList), ElementsAre(0, 1));
-    EXPECT_EQ(settings.frameCount, 2);
-    EXPECT_EQ(settings.frameIndex, 0);
+    EXPECT_EQ(2, settings.frameCount);
+    EXPECT_EQ(0, settings.frameIndex);
 }
 
 TEST_F(RequestCycle, BatchThrownAwayForTheLoginCounts)
 {
     addWrites({2});
     ComCommunication();
-    EXPECT_EQ(PLC_driver.writeTries, 1);
-    EXPECT_EQ(PLC_driver.onceTries, 0);
-    EXPECT_EQ(PLC_driver.lastKind, 1);
+    EXPECT_EQ(1, PLC_driver.writeTries);
+    EXPECT_EQ(0, PLC_driver.onceTries);
+    EXPECT_EQ(1, PLC_driver.lastKind);
     PLC_driver.requestQueue.clear();
     PLC_driver.writeList.clear();
     addOnceReads({4});
     ComCommunication();
-    EXPECT_EQ(PLC_driver.writeTries, 1);
-    EXPECT_EQ(PLC_driver.onceTries, 1);
-    EXPECT_EQ(PLC_driver.lastKind, 2);
+    EXPECT_EQ(1, PLC_driver.writeTries);
+    EXPECT_EQ(1, PLC_driver.onceTries);
+    EXPECT_EQ(2, PLC_driver.lastKind);
 }
 
 TEST_F(RequestCycle, WriteThrownAwayForTheLoginIsMirroredAtOnce)
 {
     PLC_driver.writeList.append(makeWrite(1, 0x10, hex("AB CD"), 1, 1));
-    EXPECT_EQ(serviceOf(ComCommunication()), kIdentification);
-    EXPECT_EQ(PLC_driver.localImage.value(DataImage::key(1, 0x10)), 0xAB);
-    EXPECT_EQ(PLC_driver.localImage.value(DataImage::key(1, 0x11)), 0xCD);
+    EXPECT_EQ(kIdentification, serviceOf(ComCommunication()));
+    EXPECT_EQ(0xAB, PLC_driver.localImage.value(DataImage::key(1, 0x10)));
+    EXPECT_EQ(0xCD, PLC_driver.localImage.value(DataImage::key(1, 0x11)));
 }
 
 TEST_F(RequestCycle, BatchThrownAwayIsChosenAgainAfterTheLogin)
 {
     addWrites({2, 2});
     addReads({4});
-    EXPECT_EQ(serviceOf(ComCommunication()), kIdentification);
+    EXPECT_EQ(kIdentification, serviceOf(ComCommunication()));
     deliver(identificationReply());
-    EXPECT_EQ(ComCommunication()->frameLength, 23);
+    EXPECT_EQ(23, ComCommunication()->frameLength);
     deliver(fileReply(0x34, 0x12));
     const Protocol* request = ComCommunication();
-    EXPECT_EQ(serviceOf(request), kWriteOut);
-    EXPECT_EQ(entriesOf(request), 2);
-    EXPECT_EQ(request->frame.right(4), hex("00 01 12 34"));
-    EXPECT_EQ(PLC_driver.writeTries, 2);
+    EXPECT_EQ(kWriteOut, serviceOf(request));
+    EXPECT_EQ(2, entriesOf(request));
+    EXPECT_EQ(hex("00 01 12 34"), request->frame.right(4));
+    EXPECT_EQ(2, PLC_driver.writeTries);
 }
 
 TEST_F(RequestCycle, LoginBeforeACyclicReadMarksTheHeadAsIssued)
@@ -279,11 +279,11 @@ TEST_F(RequestCycle, LoginBeforeACyclicReadMarksTheHeadAsIssued)
     addReads({4, 4});
     PLC_driver.readList.first().result = 5;
     const Protocol* request = ComCommunication();
-    EXPECT_EQ(serviceOf(request), kIdentification);
-    EXPECT_EQ(request->var.result, 5);
-    EXPECT_EQ(PLC_driver.readList.at(0).result, -1);
-    EXPECT_EQ(PLC_driver.readList.at(1).result, 0);
-    EXPECT_EQ(PLC_driver.lastKind, 0);
+    EXPECT_EQ(kIdentification, serviceOf(request));
+    EXPECT_EQ(5, request->var.result);
+    EXPECT_EQ(-1, PLC_driver.readList.at(0).result);
+    EXPECT_EQ(0, PLC_driver.readList.at(1).result);
+    EXPECT_EQ(0, PLC_driver.lastKind);
 }
 
 TEST_F(RequestCycle, SwitchedOffHeadsAreDroppedBeforeTheLoginToo)
@@ -293,25 +293,25 @@ TEST_F(RequestCycle, SwitchedOffHeadsAreDroppedBeforeTheLoginToo)
     addOnceReads({4, 4});
     PLC_driver.onceReadList[0].station = 9;
     EnCommStation(9, 0);
-    EXPECT_EQ(serviceOf(ComCommunication()), kIdentification);
+    EXPECT_EQ(kIdentification, serviceOf(ComCommunication()));
     EXPECT_THAT(addressesOf(PLC_driver.writeList), ElementsAre(1));
     PLC_driver.requestQueue.clear();
     PLC_driver.writeList.clear();
-    EXPECT_EQ(serviceOf(ComCommunication()), kIdentification);
+    EXPECT_EQ(kIdentification, serviceOf(ComCommunication()));
     EXPECT_THAT(addressesOf(PLC_driver.onceReadList), ElementsAre(1));
 }
 
 TEST_F(RequestCycle, NothingToSendNeedsNoLogin)
 {
-    EXPECT_EQ(ComCommunication(), nullptr);
-    EXPECT_EQ(settings.frameCount, 0);
+    EXPECT_EQ(nullptr, ComCommunication());
+    EXPECT_EQ(0, settings.frameCount);
 }
 
 TEST_F(RequestCycle, AnyValueButZeroIsLoggedIn)
 {
     addReads({4});
     PLC_driver.loggedIn = -1;
-    EXPECT_EQ(serviceOf(ComCommunication()), kRead);
+    EXPECT_EQ(kRead, serviceOf(ComCommunication()));
 }
 
 // ---- Write batches ----
@@ -322,18 +322,19 @@ TEST_F(LoggedIn, WriteBatchCarriesHeadAndFollowers)
     PLC_driver.writeList.append(makeWrite(2, 0x20, hex("EF"), 3, 8));
     const Protocol* request = ComCommunication();
     ASSERT_NE(request, nullptr);
-    EXPECT_EQ(request->frame, hex("BB BB 00 00 00 21 3C 00 00 00 00 02"
-                                  "00 02 00 00 00 10 00 00 00 02 AB CD"
-                                  "00 02 00 00 00 20 00 00 00 01 EF"
-                                  "00 01 12 34"));
-    EXPECT_EQ(request->var.category, 3);
-    EXPECT_EQ(request->var.aux1, 7);
-    EXPECT_EQ(PLC_driver.lastKind, 1);
-    EXPECT_EQ(PLC_driver.writeTries, 1);
-    EXPECT_EQ(PLC_driver.batchCount, 2);
-    EXPECT_EQ(PLC_driver.writeList.size(), 2);
-    EXPECT_EQ(settings.frameCount, 1);
-    EXPECT_EQ(settings.frameIndex, 0);
+    EXPECT_EQ(hex("BB BB 00 00 00 21 3C 00 00 00 00 02"
+                  "00 02 00 00 00 10 00 00 00 02 AB CD"
+                  "00 02 00 00 00 20 00 00 00 01 EF"
+                  "00 01 12 34"),
+              request->frame);
+    EXPECT_EQ(3, request->var.category);
+    EXPECT_EQ(7, request->var.aux1);
+    EXPECT_EQ(1, PLC_driver.lastKind);
+    EXPECT_EQ(1, PLC_driver.writeTries);
+    EXPECT_EQ(2, PLC_driver.batchCount);
+    EXPECT_EQ(2, PLC_driver.writeList.size());
+    EXPECT_EQ(1, settings.frameCount);
+    EXPECT_EQ(0, settings.frameIndex);
 }
 
 TEST_F(LoggedIn, OnlyTheHeadOfAWriteBatchIsMirroredAtOnce)
@@ -341,7 +342,7 @@ TEST_F(LoggedIn, OnlyTheHeadOfAWriteBatchIsMirroredAtOnce)
     PLC_driver.writeList.append(makeWrite(2, 0x10, hex("AB"), 3, 7));
     PLC_driver.writeList.append(makeWrite(2, 0x20, hex("EF"), 3, 8));
     ComCommunication();
-    EXPECT_EQ(PLC_driver.localImage.value(DataImage::key(2, 0x10)), 0xAB);
+    EXPECT_EQ(0xAB, PLC_driver.localImage.value(DataImage::key(2, 0x10)));
     EXPECT_FALSE(PLC_driver.localImage.contains(DataImage::key(2, 0x20)));
 }
 
@@ -349,7 +350,7 @@ TEST_F(LoggedIn, WritesAreNotMirroredAfterAFinalFailure)
 {
     PLC_driver.failed = 1;
     PLC_driver.writeList.append(makeWrite(2, 0x10, hex("AB"), 3, 7));
-    EXPECT_EQ(serviceOf(ComCommunication()), kWriteOut);
+    EXPECT_EQ(kWriteOut, serviceOf(ComCommunication()));
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
 }
 
@@ -405,7 +406,7 @@ TEST_F(LoggedIn, HugeFollowerIsComparedExactly)
     RW_VAR huge = makeVar(1, 1, INT_MAX);
     PLC_driver.writeList.append(huge);
     PLC_driver.writeList.append(huge);
-    EXPECT_EQ(entriesOf(ComCommunication()), 1);
+    EXPECT_EQ(1, entriesOf(ComCommunication()));
 }
 
 TEST_F(LoggedIn, HugeWriteIsSentWithoutItsBytesAndDoesNotStallTheDriver)
@@ -419,7 +420,7 @@ TEST_F(LoggedIn, HugeWriteIsSentWithoutItsBytesAndDoesNotStallTheDriver)
         PLC_driver.writeList.append(huge);
         const Protocol* request = ComCommunication();
         ASSERT_NE(request, nullptr);
-        EXPECT_EQ(request->frameLength, 26) << "type code " << dataType;
+        EXPECT_EQ(26, request->frameLength) << "type code " << dataType;
     }
 }
 
@@ -431,7 +432,7 @@ TEST_F(LoggedIn, SwitchedOffHeadsOfTheWriteListAreDestroyed)
     PLC_driver.writeList[3].station = 9;
     EnCommStation(8, 0);
     EnCommStation(9, 0);
-    EXPECT_EQ(entriesOf(ComCommunication()), 2);
+    EXPECT_EQ(2, entriesOf(ComCommunication()));
     EXPECT_THAT(addressesOf(PLC_driver.writeList), ElementsAre(2, 3));
     EXPECT_THAT(batchAddresses(), ElementsAre(2, 3)) << "a follower's station is not tested";
 }
@@ -443,9 +444,9 @@ TEST_F(LoggedIn, WriteListThatIsAllSwitchedOffGivesTheTurnToOneShotReads)
     PLC_driver.writeList[1].station = 9;
     EnCommStation(9, 0);
     addOnceReads({4});
-    EXPECT_EQ(serviceOf(ComCommunication()), kRead);
-    EXPECT_EQ(PLC_driver.lastKind, 2);
-    EXPECT_EQ(PLC_driver.writeTries, 0);
+    EXPECT_EQ(kRead, serviceOf(ComCommunication()));
+    EXPECT_EQ(2, PLC_driver.lastKind);
+    EXPECT_EQ(0, PLC_driver.writeTries);
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
 }
 
@@ -459,12 +460,12 @@ TEST_F(LoggedIn, AllListsSwitchedOffGiveNothing)
         for (RW_VAR& var : *list)
             var.station = 9;
     EnCommStation(9, 0);
-    EXPECT_EQ(ComCommunication(), nullptr);
-    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_EQ(nullptr, ComCommunication());
+    EXPECT_EQ(1, settings.scanDone);
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(0, 1));
-    EXPECT_EQ(PLC_driver.batchCount, 0);
+    EXPECT_EQ(0, PLC_driver.batchCount);
 }
 
 // ---- One-shot reads ----
@@ -475,16 +476,17 @@ TEST_F(LoggedIn, OneShotBatchCarriesHeadAndFollowers)
     PLC_driver.onceReadList[0].aux1 = 33;
     const Protocol* request = ComCommunication();
     ASSERT_NE(request, nullptr);
-    EXPECT_EQ(request->frame, hex("BB BB 00 00 00 1E 2E 00 00 00 00 02"
-                                  "00 02 00 00 00 00 00 00 00 04"
-                                  "00 02 00 00 00 01 00 00 00 02"
-                                  "00 01 12 34"));
-    EXPECT_EQ(request->var.category, 2);
-    EXPECT_EQ(request->var.aux1, 33);
-    EXPECT_EQ(PLC_driver.lastKind, 2);
-    EXPECT_EQ(PLC_driver.onceTries, 1);
-    EXPECT_EQ(PLC_driver.onceReadList.size(), 2);
-    EXPECT_EQ(PLC_driver.onceReadList.at(0).result, 0) << "only cyclic heads are marked";
+    EXPECT_EQ(hex("BB BB 00 00 00 1E 2E 00 00 00 00 02"
+                  "00 02 00 00 00 00 00 00 00 04"
+                  "00 02 00 00 00 01 00 00 00 02"
+                  "00 01 12 34"),
+              request->frame);
+    EXPECT_EQ(2, request->var.category);
+    EXPECT_EQ(33, request->var.aux1);
+    EXPECT_EQ(2, PLC_driver.lastKind);
+    EXPECT_EQ(1, PLC_driver.onceTries);
+    EXPECT_EQ(2, PLC_driver.onceReadList.size());
+    EXPECT_EQ(0, PLC_driver.onceReadList.at(0).result) << "only cyclic heads are marked";
 }
 
 TEST_F(LoggedIn, SwitchedOffHeadsOfTheOneShotListAreDestroyed)
@@ -493,7 +495,7 @@ TEST_F(LoggedIn, SwitchedOffHeadsOfTheOneShotListAreDestroyed)
     PLC_driver.onceReadList[0].station = 9;
     PLC_driver.onceReadList[2].station = 9;
     EnCommStation(9, 0);
-    EXPECT_EQ(entriesOf(ComCommunication()), 2);
+    EXPECT_EQ(2, entriesOf(ComCommunication()));
     EXPECT_THAT(addressesOf(PLC_driver.onceReadList), ElementsAre(1, 2));
 }
 
@@ -503,8 +505,8 @@ TEST_F(LoggedIn, OneShotListThatIsAllSwitchedOffGivesTheTurnToCyclicReads)
     PLC_driver.onceReadList[0].station = 9;
     EnCommStation(9, 0);
     addReads({4});
-    EXPECT_EQ(serviceOf(ComCommunication()), kRead);
-    EXPECT_EQ(PLC_driver.lastKind, 0);
+    EXPECT_EQ(kRead, serviceOf(ComCommunication()));
+    EXPECT_EQ(0, PLC_driver.lastKind);
     EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
 }
 
@@ -523,7 +525,7 @@ TEST_P(ReadBudget, BoundsTheBatch)
         list.append(makeVar(1, address++, length));
     const Protocol* request = ComCommunication();
     ASSERT_NE(request, nullptr);
-    EXPECT_EQ(serviceOf(request), kRead);
+    EXPECT_EQ(kRead, serviceOf(request));
     EXPECT_EQ(PLC_driver.batchCount, row.batch);
     EXPECT_EQ(entriesOf(request), row.batch);
     for (int i = 0; i < row.batch; ++i)
@@ -565,13 +567,13 @@ TEST_F(LoggedIn, CyclicBatchMarksItsHeadInTheListOnly)
         var.result = 7;
     const Protocol* request = ComCommunication();
     ASSERT_NE(request, nullptr);
-    EXPECT_EQ(PLC_driver.readList.at(0).result, -1);
-    EXPECT_EQ(PLC_driver.readList.at(1).result, 7);
-    EXPECT_EQ(PLC_driver.readList.at(2).result, 7);
-    EXPECT_EQ(PLC_driver.batch[0].result, 7);
-    EXPECT_EQ(request->var.result, 7);
-    EXPECT_EQ(PLC_driver.lastKind, 0);
-    EXPECT_EQ(PLC_driver.batchCount, 3);
+    EXPECT_EQ(-1, PLC_driver.readList.at(0).result);
+    EXPECT_EQ(7, PLC_driver.readList.at(1).result);
+    EXPECT_EQ(7, PLC_driver.readList.at(2).result);
+    EXPECT_EQ(7, PLC_driver.batch[0].result);
+    EXPECT_EQ(7, request->var.result);
+    EXPECT_EQ(0, PLC_driver.lastKind);
+    EXPECT_EQ(3, PLC_driver.batchCount);
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(0, 1, 2));
 }
 
@@ -588,16 +590,16 @@ TEST_F(LoggedIn, BatchEntriesAreWholeCopies)
     PLC_driver.readList.append(var);
     ComCommunication();
     const RW_VAR& copy = PLC_driver.batch[1];
-    EXPECT_EQ(copy.areaIndex, 6);
-    EXPECT_EQ(copy.address, 0x20);
-    EXPECT_EQ(copy.length, 4);
-    EXPECT_EQ(copy.dataType, 5);
-    EXPECT_EQ(copy.category, 1);
-    EXPECT_EQ(copy.aux1, -1);
-    EXPECT_EQ(copy.deviceNo, 3);
-    EXPECT_EQ(copy.station, 4);
-    EXPECT_EQ(copy.aux12, -1);
-    EXPECT_EQ(copy.label, QLatin1String("A.level"));
+    EXPECT_EQ(6, copy.areaIndex);
+    EXPECT_EQ(0x20, copy.address);
+    EXPECT_EQ(4, copy.length);
+    EXPECT_EQ(5, copy.dataType);
+    EXPECT_EQ(1, copy.category);
+    EXPECT_EQ(-1, copy.aux1);
+    EXPECT_EQ(3, copy.deviceNo);
+    EXPECT_EQ(4, copy.station);
+    EXPECT_EQ(-1, copy.aux12);
+    EXPECT_EQ(QLatin1String("A.level"), copy.label);
 }
 
 TEST_F(LoggedIn, CyclicBatchResetsBothCaps)
@@ -606,8 +608,8 @@ TEST_F(LoggedIn, CyclicBatchResetsBothCaps)
     PLC_driver.writeTries = 5;
     PLC_driver.onceTries = 3;
     ComCommunication();
-    EXPECT_EQ(PLC_driver.writeTries, 0);
-    EXPECT_EQ(PLC_driver.onceTries, 0);
+    EXPECT_EQ(0, PLC_driver.writeTries);
+    EXPECT_EQ(0, PLC_driver.onceTries);
 }
 
 TEST_F(LoggedIn, CyclicHeadsOfSwitchedOffStationsGoToTheEnd)
@@ -622,8 +624,8 @@ TEST_F(LoggedIn, CyclicHeadsOfSwitchedOffStationsGoToTheEnd)
     ASSERT_NE(request, nullptr);
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(2, 3, 0, 1));
     EXPECT_THAT(batchAddresses(), ElementsAre(2, 3, 0, 1)) << "followers' stations do not count";
-    EXPECT_EQ(PLC_driver.readList.at(0).result, -1);
-    EXPECT_EQ(PLC_driver.readList.at(2).result, 0);
+    EXPECT_EQ(-1, PLC_driver.readList.at(0).result);
+    EXPECT_EQ(0, PLC_driver.readList.at(2).result);
 }
 
 TEST_F(LoggedIn, LastEntryAloneSwitchedOnIsFound)
@@ -634,7 +636,7 @@ TEST_F(LoggedIn, LastEntryAloneSwitchedOnIsFound)
     EnCommStation(9, 0);
     ComCommunication();
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(2, 0, 1));
-    EXPECT_EQ(PLC_driver.batch[0].address, 2);
+    EXPECT_EQ(2, PLC_driver.batch[0].address);
 }
 
 TEST_F(LoggedIn, CyclicListThatIsAllSwitchedOffGivesNothingAndKeepsItsOrder)
@@ -646,15 +648,15 @@ TEST_F(LoggedIn, CyclicListThatIsAllSwitchedOffGivesNothingAndKeepsItsOrder)
     PLC_driver.writeTries = 5;
     PLC_driver.onceTries = 3;
     PLC_driver.lastKind = 2;
-    EXPECT_EQ(ComCommunication(), nullptr);
-    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_EQ(nullptr, ComCommunication());
+    EXPECT_EQ(1, settings.scanDone);
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(0, 1, 2));
     for (const RW_VAR& var : PLC_driver.readList)
-        EXPECT_EQ(var.result, 0);
-    EXPECT_EQ(PLC_driver.batchCount, 0);
-    EXPECT_EQ(PLC_driver.writeTries, 0);
-    EXPECT_EQ(PLC_driver.onceTries, 0);
-    EXPECT_EQ(PLC_driver.lastKind, 2);
+        EXPECT_EQ(0, var.result);
+    EXPECT_EQ(0, PLC_driver.batchCount);
+    EXPECT_EQ(0, PLC_driver.writeTries);
+    EXPECT_EQ(0, PLC_driver.onceTries);
+    EXPECT_EQ(2, PLC_driver.lastKind);
 }
 
 TEST_F(LoggedIn, StationSwitchedOnAgainIsServedByTheNextCall)
@@ -662,7 +664,7 @@ TEST_F(LoggedIn, StationSwitchedOnAgainIsServedByTheNextCall)
     addReads({4});
     PLC_driver.readList[0].station = 9;
     EnCommStation(9, 0);
-    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(nullptr, ComCommunication());
     EnCommStation(9, 1);
     EXPECT_NE(ComCommunication(), nullptr);
 }
@@ -686,7 +688,7 @@ TEST_F(LoggedIn, FullListsAreServedFiveFiveOne)
     const std::vector<int> round = {1, 1, 1, 1, 1, 2, 2, 2, 2, 2, 0};
     std::vector<int> expected = round;
     expected.insert(expected.end(), round.begin(), round.end());
-    EXPECT_EQ(kinds, expected);
+    EXPECT_EQ(expected, kinds);
 }
 
 TEST_F(LoggedIn, SixthWriteBatchLetsACyclicReadThrough)
@@ -708,8 +710,8 @@ TEST_F(LoggedIn, SixthWriteBatchWithNothingElsePausesForOneCall)
     for (int i = 0; i < 9; ++i)
         kinds.push_back(serveOne());
     EXPECT_THAT(kinds, ElementsAre(1, 1, 1, 1, 1, -1, 1, 1, -1));
-    EXPECT_EQ(PLC_driver.writeTries, 0);
-    EXPECT_EQ(settings.scanDone, 1);
+    EXPECT_EQ(0, PLC_driver.writeTries);
+    EXPECT_EQ(1, settings.scanDone);
 }
 
 TEST_F(LoggedIn, SixthOneShotBatchLetsACyclicReadThrough)
@@ -732,9 +734,9 @@ TEST_F(LoggedIn, OneShotBatchDoesNotResetTheWriteCap)
     addWrites({2});
     addOnceReads({4});
     ComCommunication();
-    EXPECT_EQ(PLC_driver.lastKind, 2);
-    EXPECT_EQ(PLC_driver.writeTries, 5);
-    EXPECT_EQ(PLC_driver.onceTries, 1);
+    EXPECT_EQ(2, PLC_driver.lastKind);
+    EXPECT_EQ(5, PLC_driver.writeTries);
+    EXPECT_EQ(1, PLC_driver.onceTries);
 }
 
 TEST_F(LoggedIn, WriteBatchDoesNotResetTheOneShotCap)
@@ -742,8 +744,8 @@ TEST_F(LoggedIn, WriteBatchDoesNotResetTheOneShotCap)
     PLC_driver.onceTries = 3;
     addWrites({2});
     ComCommunication();
-    EXPECT_EQ(PLC_driver.lastKind, 1);
-    EXPECT_EQ(PLC_driver.onceTries, 3);
+    EXPECT_EQ(1, PLC_driver.lastKind);
+    EXPECT_EQ(3, PLC_driver.onceTries);
 }
 
 TEST_F(LoggedIn, FourTriesStillServeAndFiveDoNot)
@@ -752,12 +754,12 @@ TEST_F(LoggedIn, FourTriesStillServeAndFiveDoNot)
     addReads({4});
     PLC_driver.writeTries = 4;
     ComCommunication();
-    EXPECT_EQ(PLC_driver.lastKind, 1);
-    EXPECT_EQ(PLC_driver.writeTries, 5);
+    EXPECT_EQ(1, PLC_driver.lastKind);
+    EXPECT_EQ(5, PLC_driver.writeTries);
     PLC_driver.requestQueue.clear();
     ComCommunication();
-    EXPECT_EQ(PLC_driver.lastKind, 0);
-    EXPECT_EQ(PLC_driver.writeTries, 0);
+    EXPECT_EQ(0, PLC_driver.lastKind);
+    EXPECT_EQ(0, PLC_driver.writeTries);
 }
 
 TEST_F(LoggedIn, RetriesDoNotCountTowardsTheCap)
@@ -766,10 +768,10 @@ TEST_F(LoggedIn, RetriesDoNotCountTowardsTheCap)
     addWrites({2});
     ComCommunication();
     for (int i = 0; i < 8; ++i) {
-        EXPECT_EQ(deliver(QByteArray())->result, 0);
-        EXPECT_EQ(serviceOf(ComCommunication()), kWriteOut);
+        EXPECT_EQ(0, deliver(QByteArray())->result);
+        EXPECT_EQ(kWriteOut, serviceOf(ComCommunication()));
     }
-    EXPECT_EQ(PLC_driver.writeTries, 1);
+    EXPECT_EQ(1, PLC_driver.writeTries);
 }
 
 TEST_F(LoggedIn, OnlyCyclicReadsAreServedByEveryCall)
@@ -777,7 +779,7 @@ TEST_F(LoggedIn, OnlyCyclicReadsAreServedByEveryCall)
     addReads({700, 700, 700});
     std::vector<int> heads;
     for (int i = 0; i < 7; ++i) {
-        EXPECT_EQ(serveOne(), 0);
+        EXPECT_EQ(0, serveOne());
         heads.push_back(PLC_driver.reply.address);
     }
     EXPECT_THAT(heads, ElementsAre(0, 1, 2, 0, 1, 2, 0));
@@ -794,35 +796,35 @@ TEST_P(RemoteMode, CyclicReadsGiveNothing)
 {
     addReads({4, 4});
     PLC_driver.writeTries = 5;
-    EXPECT_EQ(ComCommunication(), nullptr);
-    EXPECT_EQ(settings.scanDone, 1);
-    EXPECT_EQ(PLC_driver.lastKind, 0);
-    EXPECT_EQ(PLC_driver.batchCount, 1);
-    EXPECT_EQ(PLC_driver.readList.at(0).result, -1);
-    EXPECT_EQ(PLC_driver.writeTries, 0);
+    EXPECT_EQ(nullptr, ComCommunication());
+    EXPECT_EQ(1, settings.scanDone);
+    EXPECT_EQ(0, PLC_driver.lastKind);
+    EXPECT_EQ(1, PLC_driver.batchCount);
+    EXPECT_EQ(-1, PLC_driver.readList.at(0).result);
+    EXPECT_EQ(0, PLC_driver.writeTries);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
 
 TEST_P(RemoteMode, OneShotReadsGiveNothing)
 {
     addOnceReads({4, 4});
-    EXPECT_EQ(ComCommunication(), nullptr);
-    EXPECT_EQ(settings.scanDone, 1);
-    EXPECT_EQ(PLC_driver.lastKind, 2);
-    EXPECT_EQ(PLC_driver.batchCount, 1);
-    EXPECT_EQ(PLC_driver.onceTries, 0) << "nothing was queued, so the caps start anew";
-    EXPECT_EQ(PLC_driver.onceReadList.size(), 2);
+    EXPECT_EQ(nullptr, ComCommunication());
+    EXPECT_EQ(1, settings.scanDone);
+    EXPECT_EQ(2, PLC_driver.lastKind);
+    EXPECT_EQ(1, PLC_driver.batchCount);
+    EXPECT_EQ(0, PLC_driver.onceTries) << "nothing was queued, so the caps start anew";
+    EXPECT_EQ(2, PLC_driver.onceReadList.size());
 }
 
 TEST_P(RemoteMode, WritesGiveNothingAndAreNotMirrored)
 {
     addWrites({2, 2});
-    EXPECT_EQ(ComCommunication(), nullptr);
-    EXPECT_EQ(settings.scanDone, 1);
-    EXPECT_EQ(PLC_driver.lastKind, 1);
-    EXPECT_EQ(PLC_driver.batchCount, 1);
-    EXPECT_EQ(PLC_driver.writeTries, 0);
-    EXPECT_EQ(PLC_driver.writeList.size(), 2);
+    EXPECT_EQ(nullptr, ComCommunication());
+    EXPECT_EQ(1, settings.scanDone);
+    EXPECT_EQ(1, PLC_driver.lastKind);
+    EXPECT_EQ(1, PLC_driver.batchCount);
+    EXPECT_EQ(0, PLC_driver.writeTries);
+    EXPECT_EQ(2, PLC_driver.writeList.size());
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
 }
 
@@ -832,10 +834,10 @@ TEST_P(RemoteMode, PendingWritesKeepTheOthersFromTheirTurn)
     addOnceReads({4});
     addReads({4});
     for (int i = 0; i < 12; ++i) {
-        EXPECT_EQ(ComCommunication(), nullptr);
-        EXPECT_EQ(PLC_driver.lastKind, 1);
+        EXPECT_EQ(nullptr, ComCommunication());
+        EXPECT_EQ(1, PLC_driver.lastKind);
     }
-    EXPECT_EQ(PLC_driver.readList.at(0).result, 0);
+    EXPECT_EQ(0, PLC_driver.readList.at(0).result);
 }
 
 TEST_P(RemoteMode, SwitchedOffHeadsAreDroppedAndRotatedAllTheSame)
@@ -847,7 +849,7 @@ TEST_P(RemoteMode, SwitchedOffHeadsAreDroppedAndRotatedAllTheSame)
     addReads({4, 4});
     PLC_driver.readList[0].station = 9;
     EnCommStation(9, 0);
-    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(nullptr, ComCommunication());
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
     EXPECT_THAT(addressesOf(PLC_driver.readList), ElementsAre(1, 0));
@@ -857,7 +859,7 @@ TEST_P(RemoteMode, NoLoginIsQueued)
 {
     PLC_driver.loggedIn = 0;
     addReads({4});
-    EXPECT_EQ(ComCommunication(), nullptr);
+    EXPECT_EQ(nullptr, ComCommunication());
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
 
@@ -887,7 +889,7 @@ TEST_F(LoggedIn, ListsAndStationsMayBeChangedFromOtherThreads)
         serveOne();
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     for (const ResultCall& call : resultCalls)
-        EXPECT_EQ(call.status, 1);
+        EXPECT_EQ(1, call.status);
 }
 
 } // namespace

@@ -38,7 +38,7 @@ TEST_P(ResultCodeTable, GivesTheHostNumberOfEachInternalCode)
 TEST_P(ResultCodeTable, GivesTheSameNumberForEveryOtherCode)
 {
     for (int code : {8, 9, 10, 100, 200, -1, -4, INT_MAX, INT_MIN})
-        EXPECT_EQ(GetDriverReturnValue(code), 200) << "internal code " << code;
+        EXPECT_EQ(200, GetDriverReturnValue(code)) << "internal code " << code;
 }
 
 TEST_P(ResultCodeTable, ShiftsABaseByTheSameAmount)
@@ -73,13 +73,13 @@ using ResultCodes = DriverTest;
 
 TEST_F(ResultCodes, EmptyQueueShiftsByOne)
 {
-    EXPECT_EQ(SwitchErrorReturn(0), 1);
-    EXPECT_EQ(SwitchErrorReturn(140), 141);
-    EXPECT_EQ(GetDriverReturnValue(1), 11);
-    EXPECT_EQ(GetDriverReturnValue(7), 171);
-    EXPECT_EQ(GetDriverReturnValue(0), 1);
-    EXPECT_EQ(GetDriverReturnValue(4), 100);
-    EXPECT_EQ(GetDriverReturnValue(8), 200);
+    EXPECT_EQ(1, SwitchErrorReturn(0));
+    EXPECT_EQ(141, SwitchErrorReturn(140));
+    EXPECT_EQ(11, GetDriverReturnValue(1));
+    EXPECT_EQ(171, GetDriverReturnValue(7));
+    EXPECT_EQ(1, GetDriverReturnValue(0));
+    EXPECT_EQ(100, GetDriverReturnValue(4));
+    EXPECT_EQ(200, GetDriverReturnValue(8));
 }
 
 TEST_F(ResultCodes, OnlyTheHeadOfTheQueueDecidesTheShift)
@@ -91,7 +91,7 @@ TEST_F(ResultCodes, OnlyTheHeadOfTheQueueDecidesTheShift)
     queueRequest(makeRequest(var));
     PLC_driver.reply.category = 7;
     PLC_driver.batch[0].category = 7;
-    EXPECT_EQ(GetDriverReturnValue(3), 73);
+    EXPECT_EQ(73, GetDriverReturnValue(3));
 }
 
 TEST_F(ResultCodes, LargestBaseIsReducedToThirtyTwoBits)
@@ -99,7 +99,7 @@ TEST_F(ResultCodes, LargestBaseIsReducedToThirtyTwoBits)
     RW_VAR var;
     var.category = 11;
     queueRequest(makeRequest(var));
-    EXPECT_EQ(SwitchErrorReturn(INT_MAX), INT_MIN + 11);
+    EXPECT_EQ(INT_MIN + 11, SwitchErrorReturn(INT_MAX));
 }
 
 TEST_F(ResultCodes, ChangeNothing)
@@ -109,9 +109,9 @@ TEST_F(ResultCodes, ChangeNothing)
     queueRequest(makeRequest(var));
     GetDriverReturnValue(1);
     SwitchErrorReturn(10);
-    EXPECT_EQ(PLC_driver.requestQueue.size(), 1);
-    EXPECT_EQ(PLC_driver.reply.result, 0);
-    EXPECT_EQ(settings.retryCount, 0);
+    EXPECT_EQ(1, PLC_driver.requestQueue.size());
+    EXPECT_EQ(0, PLC_driver.reply.result);
+    EXPECT_EQ(0, settings.retryCount);
 }
 
 } // namespace

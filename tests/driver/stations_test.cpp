@@ -36,16 +36,16 @@ protected:
 TEST_P(StationSwitch, EveryStationIsOnAfterLoading)
 {
     for (int station : {0, 1, 5, 255, -1, INT_MAX, INT_MIN})
-        EXPECT_EQ(Ethernetcontains(station), 0) << "station " << station;
+        EXPECT_EQ(0, Ethernetcontains(station)) << "station " << station;
 }
 
 TEST_P(StationSwitch, SwitchesOneStationOffAndNoOther)
 {
     switchStation(5, 0);
-    EXPECT_EQ(Ethernetcontains(5), 1);
-    EXPECT_EQ(Ethernetcontains(4), 0);
-    EXPECT_EQ(Ethernetcontains(6), 0);
-    EXPECT_EQ(Ethernetcontains(0), 0);
+    EXPECT_EQ(1, Ethernetcontains(5));
+    EXPECT_EQ(0, Ethernetcontains(4));
+    EXPECT_EQ(0, Ethernetcontains(6));
+    EXPECT_EQ(0, Ethernetcontains(0));
     EXPECT_EQ(PLC_driver.disabledStations, off({5}));
 }
 
@@ -53,20 +53,20 @@ TEST_P(StationSwitch, StationZeroAndTheLargestAreStationsLikeOthers)
 {
     switchStation(0, 0);
     switchStation(INT_MAX, 0);
-    EXPECT_EQ(Ethernetcontains(0), 1);
-    EXPECT_EQ(Ethernetcontains(INT_MAX), 1);
+    EXPECT_EQ(1, Ethernetcontains(0));
+    EXPECT_EQ(1, Ethernetcontains(INT_MAX));
     switchStation(0, 1);
-    EXPECT_EQ(Ethernetcontains(0), 0);
-    EXPECT_EQ(Ethernetcontains(INT_MAX), 1);
+    EXPECT_EQ(0, Ethernetcontains(0));
+    EXPECT_EQ(1, Ethernetcontains(INT_MAX));
 }
 
 TEST_P(StationSwitch, OffTwiceAndOnOnceIsOn)
 {
     switchStation(5, 0);
     switchStation(5, 0);
-    EXPECT_EQ(PLC_driver.disabledStations.size(), 1);
+    EXPECT_EQ(1, PLC_driver.disabledStations.size());
     switchStation(5, 1);
-    EXPECT_EQ(Ethernetcontains(5), 0);
+    EXPECT_EQ(0, Ethernetcontains(5));
     EXPECT_TRUE(PLC_driver.disabledStations.isEmpty());
 }
 
@@ -74,7 +74,7 @@ TEST_P(StationSwitch, OffTwiceKeepsTheEntryAsItIs)
 {
     PLC_driver.disabledStations.insert(5, 9);
     switchStation(5, 0);
-    EXPECT_EQ(PLC_driver.disabledStations.value(5), 9);
+    EXPECT_EQ(9, PLC_driver.disabledStations.value(5));
 }
 
 TEST_P(StationSwitch, OnForAStationThatIsOnChangesNothing)
@@ -89,8 +89,8 @@ TEST_P(StationSwitch, OnLeavesTheOthersOff)
     switchStation(3, 0);
     switchStation(5, 0);
     switchStation(3, 1);
-    EXPECT_EQ(Ethernetcontains(3), 0);
-    EXPECT_EQ(Ethernetcontains(5), 1);
+    EXPECT_EQ(0, Ethernetcontains(3));
+    EXPECT_EQ(1, Ethernetcontains(5));
 }
 
 TEST_P(StationSwitch, NegativeStationSwitchesAllOnWhateverEnableSays)
@@ -103,8 +103,8 @@ TEST_P(StationSwitch, NegativeStationSwitchesAllOnWhateverEnableSays)
     }
     switchStation(1, 0);
     switchStation(INT_MIN, 0);
-    EXPECT_EQ(Ethernetcontains(1), 0);
-    EXPECT_EQ(Ethernetcontains(INT_MIN), 0);
+    EXPECT_EQ(0, Ethernetcontains(1));
+    EXPECT_EQ(0, Ethernetcontains(INT_MIN));
 }
 
 TEST_P(StationSwitch, OtherValuesOfEnableChangeNothing)
@@ -146,24 +146,24 @@ TEST_F(Stations, BothNamesWorkOnTheSameStations)
     EnCommStation(5, 0);
     EnableEthernet(6, 0);
     EnableEthernet(5, 1);
-    EXPECT_EQ(Ethernetcontains(5), 0);
-    EXPECT_EQ(Ethernetcontains(6), 1);
+    EXPECT_EQ(0, Ethernetcontains(5));
+    EXPECT_EQ(1, Ethernetcontains(6));
     EnCommStation(6, 1);
-    EXPECT_EQ(Ethernetcontains(6), 0);
+    EXPECT_EQ(0, Ethernetcontains(6));
 }
 
 TEST_F(Stations, WorkWithoutASettingsRecord)
 {
     SetComInfo(nullptr);
     EnCommStation(5, 0);
-    EXPECT_EQ(Ethernetcontains(5), 1);
+    EXPECT_EQ(1, Ethernetcontains(5));
 }
 
 TEST_F(Stations, AreSwitchedWhileTheListLockIsHeld)
 {
     PLC_driver.listMutex.lock();
     EnCommStation(5, 0);
-    EXPECT_EQ(Ethernetcontains(5), 1);
+    EXPECT_EQ(1, Ethernetcontains(5));
     PLC_driver.listMutex.unlock();
 }
 

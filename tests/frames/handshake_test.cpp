@@ -32,25 +32,25 @@ protected:
 TEST_F(Handshake, QueuesTheIdentificationFrameFirst)
 {
     RW_VAR var;
-    EXPECT_EQ(handshake_data(&var), 0);
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 2);
+    EXPECT_EQ(0, handshake_data(&var));
+    ASSERT_EQ(2, PLC_driver.requestQueue.size());
     const Protocol& request = PLC_driver.requestQueue.at(0);
-    EXPECT_EQ(request.frame, hex("BB BB 00 00 00 0E 01 00 00 00 02 00 00 00 06 00 00 00 00 00"));
-    EXPECT_EQ(request.frame.size(), 20);
-    EXPECT_EQ(request.frameLength, 20);
+    EXPECT_EQ(hex("BB BB 00 00 00 0E 01 00 00 00 02 00 00 00 06 00 00 00 00 00"), request.frame);
+    EXPECT_EQ(20, request.frame.size());
+    EXPECT_EQ(20, request.frameLength);
 }
 
 TEST_F(Handshake, QueuesTheFileRequestSecond)
 {
     RW_VAR var;
     handshake_data(&var);
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 2);
+    ASSERT_EQ(2, PLC_driver.requestQueue.size());
     const Protocol& request = PLC_driver.requestQueue.at(1);
-    EXPECT_EQ(request.frame,
-              hex("BB BB 00 00 00 11 31 00 00 0D 44 4F 57 4E 4C 4F 41 44 2E 53 44 42 00"));
-    EXPECT_EQ(request.frame.mid(10), QByteArray("DOWNLOAD.SDB", 13));
-    EXPECT_EQ(request.frame.size(), 23);
-    EXPECT_EQ(request.frameLength, 23);
+    EXPECT_EQ(hex("BB BB 00 00 00 11 31 00 00 0D 44 4F 57 4E 4C 4F 41 44 2E 53 44 42 00"),
+              request.frame);
+    EXPECT_EQ(QByteArray("DOWNLOAD.SDB", 13), request.frame.mid(10));
+    EXPECT_EQ(23, request.frame.size());
+    EXPECT_EQ(23, request.frameLength);
 }
 
 TEST_F(Handshake, BothRequestsExpectAReplyOfVariableLength)
@@ -58,12 +58,12 @@ TEST_F(Handshake, BothRequestsExpectAReplyOfVariableLength)
     RW_VAR var;
     handshake_data(&var);
     for (const Protocol& request : PLC_driver.requestQueue) {
-        EXPECT_EQ(request.replyLength, -1);
-        EXPECT_EQ(request.dataOffset, 0);
-        EXPECT_EQ(request.minReplyLength, 6);
-        EXPECT_EQ(request.extra1, 0);
-        EXPECT_EQ(request.extra2, 0);
-        EXPECT_EQ(request.extra3, 0);
+        EXPECT_EQ(-1, request.replyLength);
+        EXPECT_EQ(0, request.dataOffset);
+        EXPECT_EQ(6, request.minReplyLength);
+        EXPECT_EQ(0, request.extra1);
+        EXPECT_EQ(0, request.extra2);
+        EXPECT_EQ(0, request.extra3);
     }
 }
 
@@ -82,23 +82,23 @@ TEST_F(Handshake, BothRequestsCarryACopyOfTheVariable)
     var.subLabel = QLatin1String("c");
     var.data = hex("01 02");
     handshake_data(&var);
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 2);
+    ASSERT_EQ(2, PLC_driver.requestQueue.size());
     for (const Protocol& request : PLC_driver.requestQueue) {
-        EXPECT_EQ(request.var.category, 4);
-        EXPECT_EQ(request.var.aux1, 21);
-        EXPECT_EQ(request.var.aux2, 22);
-        EXPECT_EQ(request.var.aux3, 23);
-        EXPECT_EQ(request.var.deviceNo, 24);
-        EXPECT_EQ(request.var.result, 25);
-        EXPECT_EQ(request.var.label, QLatin1String("A.b"));
-        EXPECT_EQ(request.var.subLabel, QLatin1String("c"));
-        EXPECT_EQ(request.var.dataType, 5);
-        EXPECT_EQ(request.var.address, 0x40);
-        EXPECT_EQ(request.var.station, 26);
-        EXPECT_EQ(request.var.length, 8);
-        EXPECT_EQ(request.var.aux12, 27);
-        EXPECT_EQ(request.var.areaIndex, 3);
-        EXPECT_EQ(request.var.data, hex("01 02"));
+        EXPECT_EQ(4, request.var.category);
+        EXPECT_EQ(21, request.var.aux1);
+        EXPECT_EQ(22, request.var.aux2);
+        EXPECT_EQ(23, request.var.aux3);
+        EXPECT_EQ(24, request.var.deviceNo);
+        EXPECT_EQ(25, request.var.result);
+        EXPECT_EQ(QLatin1String("A.b"), request.var.label);
+        EXPECT_EQ(QLatin1String("c"), request.var.subLabel);
+        EXPECT_EQ(5, request.var.dataType);
+        EXPECT_EQ(0x40, request.var.address);
+        EXPECT_EQ(26, request.var.station);
+        EXPECT_EQ(8, request.var.length);
+        EXPECT_EQ(27, request.var.aux12);
+        EXPECT_EQ(3, request.var.areaIndex);
+        EXPECT_EQ(hex("01 02"), request.var.data);
     }
 }
 
@@ -108,8 +108,8 @@ TEST_F(Handshake, StartsATransactionOfTwoFrames)
     settings.frameIndex = 5;
     RW_VAR var;
     handshake_data(&var);
-    EXPECT_EQ(settings.frameCount, 2);
-    EXPECT_EQ(settings.frameIndex, 0);
+    EXPECT_EQ(2, settings.frameCount);
+    EXPECT_EQ(0, settings.frameIndex);
 }
 
 TEST_F(Handshake, AppendsBehindWhatTheQueueHolds)
@@ -119,23 +119,23 @@ TEST_F(Handshake, AppendsBehindWhatTheQueueHolds)
     queueRequest(waiting);
     RW_VAR var;
     handshake_data(&var);
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 3);
-    EXPECT_EQ(PLC_driver.requestQueue.at(0).frame, hex("01 02 03"));
-    EXPECT_EQ(PLC_driver.requestQueue.at(1).frameLength, 20);
-    EXPECT_EQ(PLC_driver.requestQueue.at(2).frameLength, 23);
-    EXPECT_EQ(settings.frameCount, 2);
+    ASSERT_EQ(3, PLC_driver.requestQueue.size());
+    EXPECT_EQ(hex("01 02 03"), PLC_driver.requestQueue.at(0).frame);
+    EXPECT_EQ(20, PLC_driver.requestQueue.at(1).frameLength);
+    EXPECT_EQ(23, PLC_driver.requestQueue.at(2).frameLength);
+    EXPECT_EQ(2, settings.frameCount);
 }
 
 TEST_F(Handshake, DoesNotLogIn)
 {
     RW_VAR var;
     handshake_data(&var);
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
 }
 
 TEST_F(Handshake, NullVariableQueuesNothing)
 {
-    EXPECT_EQ(handshake_data(nullptr), 0);
+    EXPECT_EQ(0, handshake_data(nullptr));
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
 }
 
@@ -147,20 +147,20 @@ TEST_F(Handshake, WithoutSettingsNeitherCallTouchesAnything)
     PLC_driver.requestQueue.clear();
     queueRequest(makeRequest(var));
     EXPECT_NE(check(fileReply(0x34, 0x12)), 0);
-    EXPECT_EQ(PLC_driver.plcInfo1, 0);
-    EXPECT_EQ(PLC_driver.plcInfo2, 0);
+    EXPECT_EQ(0, PLC_driver.plcInfo1);
+    EXPECT_EQ(0, PLC_driver.plcInfo2);
 }
 
 TEST_F(Handshake, FirstReplyNeeds200PayloadBytes)
 {
     expectReply(0);
-    EXPECT_EQ(check(identificationReply(199)), 9);
-    EXPECT_EQ(check(identificationReply(200)), 0);
-    EXPECT_EQ(check(identificationReply(201)), 0);
-    EXPECT_EQ(check(identificationReply(0)), 9);
-    EXPECT_EQ(check(identificationReply(255)), 0);
-    EXPECT_EQ(check(identificationReply(256)), 0);
-    EXPECT_EQ(check(identificationReply(0xFFFF)), 0);
+    EXPECT_EQ(9, check(identificationReply(199)));
+    EXPECT_EQ(0, check(identificationReply(200)));
+    EXPECT_EQ(0, check(identificationReply(201)));
+    EXPECT_EQ(9, check(identificationReply(0)));
+    EXPECT_EQ(0, check(identificationReply(255)));
+    EXPECT_EQ(0, check(identificationReply(256)));
+    EXPECT_EQ(0, check(identificationReply(0xFFFF)));
 }
 
 TEST_F(Handshake, FirstReplyCapturesNothing)
@@ -169,35 +169,35 @@ TEST_F(Handshake, FirstReplyCapturesNothing)
     QByteArray reply = identificationReply();
     reply[24] = 0x34;
     reply[25] = 0x12;
-    EXPECT_EQ(check(reply), 0);
-    EXPECT_EQ(PLC_driver.plcInfo1, 0);
-    EXPECT_EQ(PLC_driver.plcInfo2, 0);
+    EXPECT_EQ(0, check(reply));
+    EXPECT_EQ(0, PLC_driver.plcInfo1);
+    EXPECT_EQ(0, PLC_driver.plcInfo2);
 }
 
 TEST_F(Handshake, SecondReplyNeeds30PayloadBytes)
 {
     expectReply(1);
-    EXPECT_EQ(check(fileReply(0, 0, 29)), 13);
-    EXPECT_EQ(check(fileReply(0, 0, 30)), 0);
-    EXPECT_EQ(check(fileReply(0, 0, 31)), 0);
-    EXPECT_EQ(check(fileReply(0, 0, 0)), 13);
-    EXPECT_EQ(check(fileReply(0, 0, 256)), 0);
+    EXPECT_EQ(13, check(fileReply(0, 0, 29)));
+    EXPECT_EQ(0, check(fileReply(0, 0, 30)));
+    EXPECT_EQ(0, check(fileReply(0, 0, 31)));
+    EXPECT_EQ(13, check(fileReply(0, 0, 0)));
+    EXPECT_EQ(0, check(fileReply(0, 0, 256)));
 }
 
 TEST_F(Handshake, SecondReplyGivesTheTwoBytesInReverseOrder)
 {
     expectReply(1);
-    EXPECT_EQ(check(fileReply(0x34, 0x12)), 0);
-    EXPECT_EQ(PLC_driver.plcInfo1, 0x12);
-    EXPECT_EQ(PLC_driver.plcInfo2, 0x34);
+    EXPECT_EQ(0, check(fileReply(0x34, 0x12)));
+    EXPECT_EQ(0x12, PLC_driver.plcInfo1);
+    EXPECT_EQ(0x34, PLC_driver.plcInfo2);
 }
 
 TEST_F(Handshake, BytesAbove127AreCapturedUnchanged)
 {
     expectReply(1);
-    EXPECT_EQ(check(fileReply(0xFE, 0x80)), 0);
-    EXPECT_EQ(PLC_driver.plcInfo1, 0x80);
-    EXPECT_EQ(PLC_driver.plcInfo2, 0xFE);
+    EXPECT_EQ(0, check(fileReply(0xFE, 0x80)));
+    EXPECT_EQ(0x80, PLC_driver.plcInfo1);
+    EXPECT_EQ(0xFE, PLC_driver.plcInfo2);
 }
 
 TEST_F(Handshake, RefusedSecondReplyKeepsTheBytesOfTheLastLogin)
@@ -205,22 +205,22 @@ TEST_F(Handshake, RefusedSecondReplyKeepsTheBytesOfTheLastLogin)
     PLC_driver.plcInfo1 = 1;
     PLC_driver.plcInfo2 = 2;
     expectReply(1);
-    EXPECT_EQ(check(fileReply(0x34, 0x12, 29)), 13);
-    EXPECT_EQ(PLC_driver.plcInfo1, 1);
-    EXPECT_EQ(PLC_driver.plcInfo2, 2);
+    EXPECT_EQ(13, check(fileReply(0x34, 0x12, 29)));
+    EXPECT_EQ(1, PLC_driver.plcInfo1);
+    EXPECT_EQ(2, PLC_driver.plcInfo2);
 }
 
 TEST_F(Handshake, ReplyShorterThanTheRequestExpectsIsTooShort)
 {
     expectReply(0, 6);
-    EXPECT_EQ(check(hex("BB BB 00 00 00")), 8);
+    EXPECT_EQ(8, check(hex("BB BB 00 00 00")));
     expectReply(0, 207);
-    EXPECT_EQ(check(identificationReply()), 8);
+    EXPECT_EQ(8, check(identificationReply()));
     expectReply(0, 206);
-    EXPECT_EQ(check(identificationReply()), 0);
+    EXPECT_EQ(0, check(identificationReply()));
     expectReply(1, INT_MAX);
-    EXPECT_EQ(check(fileReply(0x34, 0x12)), 8);
-    EXPECT_EQ(PLC_driver.plcInfo1, 0);
+    EXPECT_EQ(8, check(fileReply(0x34, 0x12)));
+    EXPECT_EQ(0, PLC_driver.plcInfo1);
 }
 
 TEST_F(Handshake, ReplyWithoutAHeaderIsTooShortWhateverTheRequestExpects)
@@ -229,7 +229,7 @@ TEST_F(Handshake, ReplyWithoutAHeaderIsTooShortWhateverTheRequestExpects)
         for (int minReplyLength : {0, -1, INT_MIN}) {
             expectReply(frameIndex, minReplyLength);
             for (int size = 0; size < 6; ++size)
-                EXPECT_EQ(check(identificationReply().left(size)), 8)
+                EXPECT_EQ(8, check(identificationReply().left(size)))
                     << size << " bytes, frame " << frameIndex << ", at least " << minReplyLength;
         }
     }
@@ -238,45 +238,45 @@ TEST_F(Handshake, ReplyWithoutAHeaderIsTooShortWhateverTheRequestExpects)
 TEST_F(Handshake, NullReplyIsTooShort)
 {
     expectReply(0);
-    EXPECT_EQ(handshake_data_check(nullptr), 8);
+    EXPECT_EQ(8, handshake_data_check(nullptr));
     expectReply(1, 0);
-    EXPECT_EQ(handshake_data_check(nullptr), 8);
+    EXPECT_EQ(8, handshake_data_check(nullptr));
 }
 
 TEST_F(Handshake, EmptyQueueMakesEveryReplyTooShort)
 {
-    EXPECT_EQ(check(identificationReply()), 8);
+    EXPECT_EQ(8, check(identificationReply()));
     settings.frameIndex = 1;
-    EXPECT_EQ(check(fileReply(0x34, 0x12)), 8);
-    EXPECT_EQ(PLC_driver.plcInfo1, 0);
+    EXPECT_EQ(8, check(fileReply(0x34, 0x12)));
+    EXPECT_EQ(0, PLC_driver.plcInfo1);
 }
 
 TEST_F(Handshake, AnyOtherFrameIndexIsNotExpected)
 {
     for (int frameIndex : {2, 3, -1, INT_MAX, INT_MIN}) {
         expectReply(frameIndex);
-        EXPECT_EQ(check(fileReply(0x34, 0x12, 200)), 1) << "frame index " << frameIndex;
+        EXPECT_EQ(1, check(fileReply(0x34, 0x12, 200))) << "frame index " << frameIndex;
     }
-    EXPECT_EQ(PLC_driver.plcInfo1, 0);
-    EXPECT_EQ(PLC_driver.plcInfo2, 0);
+    EXPECT_EQ(0, PLC_driver.plcInfo1);
+    EXPECT_EQ(0, PLC_driver.plcInfo2);
 }
 
 TEST_F(Handshake, ThresholdsAreTheOnlyTestOfTheContent)
 {
     expectReply(0);
-    EXPECT_EQ(check(hex("00 00 99 99 00 C8 FF FF")), 0); // states 200 bytes, holds 2
+    EXPECT_EQ(0, check(hex("00 00 99 99 00 C8 FF FF"))); // states 200 bytes, holds 2
     expectReply(1);
     QByteArray second = fileReply(0x34, 0x12, 24);
     second.replace(0, 8, hex("41 42 43 44 00 1E FF FF")); // states 30 bytes, holds 24
-    EXPECT_EQ(check(second), 0);
-    EXPECT_EQ(PLC_driver.plcInfo1, 0x12);
-    EXPECT_EQ(PLC_driver.plcInfo2, 0x34);
+    EXPECT_EQ(0, check(second));
+    EXPECT_EQ(0x12, PLC_driver.plcInfo1);
+    EXPECT_EQ(0x34, PLC_driver.plcInfo2);
 }
 
 TEST_F(Handshake, HighHalfOfTheLengthDoesNotCount)
 {
     expectReply(0);
-    EXPECT_EQ(check(hex("BB BB 00 01 00 00")), 9);
+    EXPECT_EQ(9, check(hex("BB BB 00 01 00 00")));
 }
 
 TEST_F(Handshake, SecondReplyThatStates30BytesButEndsBeforeByte25IsRefused)
@@ -286,14 +286,14 @@ TEST_F(Handshake, SecondReplyThatStates30BytesButEndsBeforeByte25IsRefused)
     const QByteArray whole = fileReply(0x34, 0x12);
     for (int size = 6; size < 26; ++size) {
         expectReply(1);
-        EXPECT_EQ(check(whole.left(size)), 13) << size << " bytes";
+        EXPECT_EQ(13, check(whole.left(size))) << size << " bytes";
     }
-    EXPECT_EQ(PLC_driver.plcInfo1, 1);
-    EXPECT_EQ(PLC_driver.plcInfo2, 2);
+    EXPECT_EQ(1, PLC_driver.plcInfo1);
+    EXPECT_EQ(2, PLC_driver.plcInfo2);
     expectReply(1);
-    EXPECT_EQ(check(whole.left(26)), 0);
-    EXPECT_EQ(PLC_driver.plcInfo1, 0x12);
-    EXPECT_EQ(PLC_driver.plcInfo2, 0x34);
+    EXPECT_EQ(0, check(whole.left(26)));
+    EXPECT_EQ(0x12, PLC_driver.plcInfo1);
+    EXPECT_EQ(0x34, PLC_driver.plcInfo2);
 }
 
 TEST_F(Handshake, CheckChangesNeitherQueueNorCounters)
@@ -302,11 +302,11 @@ TEST_F(Handshake, CheckChangesNeitherQueueNorCounters)
     settings.frameCount = 2;
     check(fileReply(0x34, 0x12));
     check(fileReply(0x34, 0x12, 29));
-    EXPECT_EQ(PLC_driver.requestQueue.size(), 1);
-    EXPECT_EQ(settings.frameIndex, 1);
-    EXPECT_EQ(settings.frameCount, 2);
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
-    EXPECT_EQ(PLC_driver.reply.result, 0);
+    EXPECT_EQ(1, PLC_driver.requestQueue.size());
+    EXPECT_EQ(1, settings.frameIndex);
+    EXPECT_EQ(2, settings.frameCount);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
+    EXPECT_EQ(0, PLC_driver.reply.result);
 }
 
 } // namespace

@@ -31,9 +31,10 @@ TEST_F(ReadRequest, OneEntry)
     PLC_driver.plcInfo1 = 0x12;
     PLC_driver.plcInfo2 = 0x34;
     fillBatch({makeVar(1, 0x20, 4)});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 14 2E 00 00 00 00 01"
-                           "00 01 00 00 00 20 00 00 00 04"
-                           "00 01 12 34"));
+    EXPECT_EQ(hex("BB BB 00 00 00 14 2E 00 00 00 00 01"
+                  "00 01 00 00 00 20 00 00 00 04"
+                  "00 01 12 34"),
+              build());
 }
 
 TEST_F(ReadRequest, EntriesFollowInTheOrderOfTheBatch)
@@ -41,11 +42,12 @@ TEST_F(ReadRequest, EntriesFollowInTheOrderOfTheBatch)
     PLC_driver.plcInfo1 = 0xFF;
     PLC_driver.plcInfo2 = 0x80;
     fillBatch({makeVar(0x0203, 0x04050607, 0x08090A0B), makeVar(9, 0x10, 2), makeVar(1, 0x8, 1)});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 28 2E 00 00 00 00 03"
-                           "02 03 04 05 06 07 08 09 0A 0B"
-                           "00 09 00 00 00 10 00 00 00 02"
-                           "00 01 00 00 00 08 00 00 00 01"
-                           "00 01 FF 80"));
+    EXPECT_EQ(hex("BB BB 00 00 00 28 2E 00 00 00 00 03"
+                  "02 03 04 05 06 07 08 09 0A 0B"
+                  "00 09 00 00 00 10 00 00 00 02"
+                  "00 01 00 00 00 08 00 00 00 01"
+                  "00 01 FF 80"),
+              build());
 }
 
 TEST_F(ReadRequest, EmptyBatchStillGivesAWholeFrame)
@@ -53,13 +55,13 @@ TEST_F(ReadRequest, EmptyBatchStillGivesAWholeFrame)
     PLC_driver.plcInfo1 = 0x12;
     PLC_driver.plcInfo2 = 0x34;
     fillBatch({});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 0A 2E 00 00 00 00 00 00 01 12 34"));
+    EXPECT_EQ(hex("BB BB 00 00 00 0A 2E 00 00 00 00 00 00 01 12 34"), build());
 }
 
 TEST_F(ReadRequest, InfoBytesAreZeroBeforeALogin)
 {
     fillBatch({});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 0A 2E 00 00 00 00 00 00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 0A 2E 00 00 00 00 00 00 01 00 00"), build());
 }
 
 TEST_F(ReadRequest, FullBatchGives1516Bytes)
@@ -68,12 +70,12 @@ TEST_F(ReadRequest, FullBatchGives1516Bytes)
         PLC_driver.batch[i] = makeVar(1, i, 1);
     PLC_driver.batchCount = 150;
     const QByteArray frame = build();
-    ASSERT_EQ(frame.size(), 1516);
-    EXPECT_EQ(frame.left(12), hex("BB BB 00 00 05 E6 2E 00 00 00 00 96"));
-    EXPECT_EQ(frame.mid(12, 10), hex("00 01 00 00 00 00 00 00 00 01"));
-    EXPECT_EQ(frame.mid(1502, 10), hex("00 01 00 00 00 95 00 00 00 01"));
-    EXPECT_EQ(frame.right(4), hex("00 01 00 00"));
-    EXPECT_EQ(PLC_driver.requestQueue.last().frameLength, 1516);
+    ASSERT_EQ(1516, frame.size());
+    EXPECT_EQ(hex("BB BB 00 00 05 E6 2E 00 00 00 00 96"), frame.left(12));
+    EXPECT_EQ(hex("00 01 00 00 00 00 00 00 00 01"), frame.mid(12, 10));
+    EXPECT_EQ(hex("00 01 00 00 00 95 00 00 00 01"), frame.mid(1502, 10));
+    EXPECT_EQ(hex("00 01 00 00"), frame.right(4));
+    EXPECT_EQ(1516, PLC_driver.requestQueue.last().frameLength);
 }
 
 TEST_F(ReadRequest, SizeIsSixteenAndTenForEachEntry)
@@ -89,9 +91,9 @@ TEST_F(ReadRequest, SizeIsSixteenAndTenForEachEntry)
 TEST_F(ReadRequest, PayloadLengthCrossesIntoItsHighByteAt25Entries)
 {
     PLC_driver.batchCount = 24;
-    EXPECT_EQ(build().mid(2, 4), hex("00 00 00 FA"));
+    EXPECT_EQ(hex("00 00 00 FA"), build().mid(2, 4));
     PLC_driver.batchCount = 25;
-    EXPECT_EQ(build().mid(2, 4), hex("00 00 01 04"));
+    EXPECT_EQ(hex("00 00 01 04"), build().mid(2, 4));
 }
 
 TEST_F(ReadRequest, AreaIndexSendsItsLowSixteenBits)
@@ -99,18 +101,18 @@ TEST_F(ReadRequest, AreaIndexSendsItsLowSixteenBits)
     fillBatch(
         {makeVar(0x12345, 0, 1), makeVar(-1, 0, 1), makeVar(0xFFFF, 0, 1), makeVar(INT_MIN, 0, 1)});
     const QByteArray frame = build();
-    EXPECT_EQ(frame.mid(12, 2), hex("23 45"));
-    EXPECT_EQ(frame.mid(22, 2), hex("FF FF"));
-    EXPECT_EQ(frame.mid(32, 2), hex("FF FF"));
-    EXPECT_EQ(frame.mid(42, 2), hex("00 00"));
+    EXPECT_EQ(hex("23 45"), frame.mid(12, 2));
+    EXPECT_EQ(hex("FF FF"), frame.mid(22, 2));
+    EXPECT_EQ(hex("FF FF"), frame.mid(32, 2));
+    EXPECT_EQ(hex("00 00"), frame.mid(42, 2));
 }
 
 TEST_F(ReadRequest, NegativeAddressAndLengthAreSentAsTheirBits)
 {
     fillBatch({makeVar(1, -1, -2), makeVar(1, INT_MIN, INT_MAX)});
     const QByteArray frame = build();
-    EXPECT_EQ(frame.mid(14, 8), hex("FF FF FF FF FF FF FF FE"));
-    EXPECT_EQ(frame.mid(24, 8), hex("80 00 00 00 7F FF FF FF"));
+    EXPECT_EQ(hex("FF FF FF FF FF FF FF FE"), frame.mid(14, 8));
+    EXPECT_EQ(hex("80 00 00 00 7F FF FF FF"), frame.mid(24, 8));
 }
 
 TEST_F(ReadRequest, StationAndTypeAreNotLookedAt)
@@ -119,7 +121,7 @@ TEST_F(ReadRequest, StationAndTypeAreNotLookedAt)
     var.station = 5;
     EnCommStation(5, 0);
     fillBatch({var});
-    EXPECT_EQ(build().mid(12, 10), hex("00 01 00 00 00 20 00 00 00 04"));
+    EXPECT_EQ(hex("00 01 00 00 00 20 00 00 00 04"), build().mid(12, 10));
 }
 
 TEST_F(ReadRequest, CounterOutsideTheBatchIsHeldWithinIt)
@@ -129,12 +131,12 @@ TEST_F(ReadRequest, CounterOutsideTheBatchIsHeldWithinIt)
     for (int count : {151, 1000, INT_MAX}) {
         PLC_driver.batchCount = count;
         const QByteArray frame = build();
-        EXPECT_EQ(frame.size(), 1516) << "batchCount " << count;
-        EXPECT_EQ(frame.mid(8, 4), hex("00 00 00 96")) << "batchCount " << count;
+        EXPECT_EQ(1516, frame.size()) << "batchCount " << count;
+        EXPECT_EQ(hex("00 00 00 96"), frame.mid(8, 4)) << "batchCount " << count;
     }
     for (int count : {-1, -150, INT_MIN}) {
         PLC_driver.batchCount = count;
-        EXPECT_EQ(build(), hex("BB BB 00 00 00 0A 2E 00 00 00 00 00 00 01 00 00"))
+        EXPECT_EQ(hex("BB BB 00 00 00 0A 2E 00 00 00 00 00 00 01 00 00"), build())
             << "batchCount " << count;
     }
 }
@@ -143,15 +145,15 @@ TEST_F(ReadRequest, IsQueuedAsARequestForAReplyOfVariableLength)
 {
     fillBatch({makeVar(1, 0x20, 4)});
     build();
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 1);
+    ASSERT_EQ(1, PLC_driver.requestQueue.size());
     const Protocol& request = PLC_driver.requestQueue.first();
-    EXPECT_EQ(request.frameLength, 26);
-    EXPECT_EQ(request.replyLength, -1);
-    EXPECT_EQ(request.dataOffset, 12);
-    EXPECT_EQ(request.minReplyLength, 0);
-    EXPECT_EQ(request.extra1, 0);
-    EXPECT_EQ(request.extra2, 0);
-    EXPECT_EQ(request.extra3, 0);
+    EXPECT_EQ(26, request.frameLength);
+    EXPECT_EQ(-1, request.replyLength);
+    EXPECT_EQ(12, request.dataOffset);
+    EXPECT_EQ(0, request.minReplyLength);
+    EXPECT_EQ(0, request.extra1);
+    EXPECT_EQ(0, request.extra2);
+    EXPECT_EQ(0, request.extra3);
 }
 
 TEST_F(ReadRequest, CarriesACopyOfItsArgument)
@@ -170,23 +172,23 @@ TEST_F(ReadRequest, CarriesACopyOfItsArgument)
     var.data = hex("01 02");
     fillBatch({makeVar(1, 0x20, 4)});
     ReadAnalog(&var);
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 1);
+    ASSERT_EQ(1, PLC_driver.requestQueue.size());
     const RW_VAR& carried = PLC_driver.requestQueue.first().var;
-    EXPECT_EQ(carried.category, 4);
-    EXPECT_EQ(carried.aux1, 21);
-    EXPECT_EQ(carried.aux2, 22);
-    EXPECT_EQ(carried.aux3, 23);
-    EXPECT_EQ(carried.deviceNo, 24);
-    EXPECT_EQ(carried.result, 25);
-    EXPECT_EQ(carried.label, QLatin1String("A.b"));
-    EXPECT_EQ(carried.subLabel, QLatin1String("c"));
-    EXPECT_EQ(carried.dataType, 5);
-    EXPECT_EQ(carried.address, 0x40);
-    EXPECT_EQ(carried.station, 26);
-    EXPECT_EQ(carried.length, 8);
-    EXPECT_EQ(carried.aux12, 27);
-    EXPECT_EQ(carried.areaIndex, 3);
-    EXPECT_EQ(carried.data, hex("01 02"));
+    EXPECT_EQ(4, carried.category);
+    EXPECT_EQ(21, carried.aux1);
+    EXPECT_EQ(22, carried.aux2);
+    EXPECT_EQ(23, carried.aux3);
+    EXPECT_EQ(24, carried.deviceNo);
+    EXPECT_EQ(25, carried.result);
+    EXPECT_EQ(QLatin1String("A.b"), carried.label);
+    EXPECT_EQ(QLatin1String("c"), carried.subLabel);
+    EXPECT_EQ(5, carried.dataType);
+    EXPECT_EQ(0x40, carried.address);
+    EXPECT_EQ(26, carried.station);
+    EXPECT_EQ(8, carried.length);
+    EXPECT_EQ(27, carried.aux12);
+    EXPECT_EQ(3, carried.areaIndex);
+    EXPECT_EQ(hex("01 02"), carried.data);
 }
 
 TEST_F(ReadRequest, IsAppendedAtTheEndOfTheQueue)
@@ -196,9 +198,9 @@ TEST_F(ReadRequest, IsAppendedAtTheEndOfTheQueue)
     queueRequest(waiting);
     fillBatch({makeVar(1, 0x20, 4)});
     build();
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 2);
-    EXPECT_EQ(PLC_driver.requestQueue.at(0).frame, hex("01"));
-    EXPECT_EQ(PLC_driver.requestQueue.at(1).frameLength, 26);
+    ASSERT_EQ(2, PLC_driver.requestQueue.size());
+    EXPECT_EQ(hex("01"), PLC_driver.requestQueue.at(0).frame);
+    EXPECT_EQ(26, PLC_driver.requestQueue.at(1).frameLength);
 }
 
 TEST_F(ReadRequest, StartsATransactionOfOneFrame)
@@ -207,18 +209,18 @@ TEST_F(ReadRequest, StartsATransactionOfOneFrame)
     settings.frameIndex = 5;
     fillBatch({makeVar(1, 0x20, 4)});
     build();
-    EXPECT_EQ(settings.frameCount, 1);
-    EXPECT_EQ(settings.frameIndex, 0);
+    EXPECT_EQ(1, settings.frameCount);
+    EXPECT_EQ(0, settings.frameIndex);
 }
 
 TEST_F(ReadRequest, LeavesBatchAndFlagsAsTheyAre)
 {
     fillBatch({makeVar(1, 0x20, 4), makeVar(2, 0x30, 6)});
     build();
-    EXPECT_EQ(PLC_driver.batchCount, 2);
-    EXPECT_EQ(PLC_driver.batch[1].address, 0x30);
-    EXPECT_EQ(PLC_driver.lastKind, 100);
-    EXPECT_EQ(PLC_driver.loggedIn, 0);
+    EXPECT_EQ(2, PLC_driver.batchCount);
+    EXPECT_EQ(0x30, PLC_driver.batch[1].address);
+    EXPECT_EQ(100, PLC_driver.lastKind);
+    EXPECT_EQ(0, PLC_driver.loggedIn);
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
 }
 
@@ -227,12 +229,12 @@ TEST_F(ReadRequest, ReadRegisterBuildsTheSameRequest)
     fillBatch({makeVar(1, 0x20, 4)});
     RW_VAR var = makeVar(1, 0x20, 4);
     ReadRegister(&var);
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 1);
-    EXPECT_EQ(PLC_driver.requestQueue.first().frame,
-              hex("BB BB 00 00 00 14 2E 00 00 00 00 01"
-                  "00 01 00 00 00 20 00 00 00 04 00 01 00 00"));
-    EXPECT_EQ(PLC_driver.requestQueue.first().var.address, 0x20);
-    EXPECT_EQ(settings.frameCount, 1);
+    ASSERT_EQ(1, PLC_driver.requestQueue.size());
+    EXPECT_EQ(hex("BB BB 00 00 00 14 2E 00 00 00 00 01"
+                  "00 01 00 00 00 20 00 00 00 04 00 01 00 00"),
+              PLC_driver.requestQueue.first().frame);
+    EXPECT_EQ(0x20, PLC_driver.requestQueue.first().var.address);
+    EXPECT_EQ(1, settings.frameCount);
 }
 
 TEST_F(ReadRequest, RemoteReadDoesNothing)
@@ -243,8 +245,8 @@ TEST_F(ReadRequest, RemoteReadDoesNothing)
     Remote_ReadVar(&var);
     Remote_ReadVar(nullptr);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
-    EXPECT_EQ(settings.frameCount, 7);
-    EXPECT_EQ(PLC_driver.batchCount, 1);
+    EXPECT_EQ(7, settings.frameCount);
+    EXPECT_EQ(1, PLC_driver.batchCount);
 }
 
 TEST_F(ReadRequest, NullVariableQueuesNothing)
@@ -261,8 +263,8 @@ TEST_F(ReadRequest, WithoutSettingsNothingIsTouched)
     fillBatch({makeVar(1, 0x20, 4)});
     RW_VAR var;
     ReadRegister(&var);
-    EXPECT_EQ(PLC_driver.settings, nullptr);
-    EXPECT_EQ(PLC_driver.batchCount, 1);
+    EXPECT_EQ(nullptr, PLC_driver.settings);
+    EXPECT_EQ(1, PLC_driver.batchCount);
 }
 
 } // namespace

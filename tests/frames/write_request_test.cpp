@@ -45,10 +45,11 @@ TEST_F(WriteRequest, OneEntry)
     PLC_driver.plcInfo1 = 0x12;
     PLC_driver.plcInfo2 = 0x34;
     fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 16 3C 00 00 00 00 01"
-                           "00 02 00 00 00 10 00 00 00 02 AB CD"
-                           "00 01 12 34"));
-    EXPECT_EQ(PLC_driver.requestQueue.first().frameLength, 28);
+    EXPECT_EQ(hex("BB BB 00 00 00 16 3C 00 00 00 00 01"
+                  "00 02 00 00 00 10 00 00 00 02 AB CD"
+                  "00 01 12 34"),
+              build());
+    EXPECT_EQ(28, PLC_driver.requestQueue.first().frameLength);
 }
 
 TEST_F(WriteRequest, EntriesFollowInTheOrderOfTheBatch)
@@ -57,11 +58,12 @@ TEST_F(WriteRequest, EntriesFollowInTheOrderOfTheBatch)
     PLC_driver.plcInfo2 = 0x80;
     fillBatch({writeEntry(0x0203, 0x04050607, 1, hex("11")), writeEntry(1, 0x20, 0, QByteArray()),
                writeEntry(2, 0x10, 3, hex("22 33 44"))});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 2C 3C 00 00 00 00 03"
-                           "02 03 04 05 06 07 00 00 00 01 11"
-                           "00 01 00 00 00 20 00 00 00 00"
-                           "00 02 00 00 00 10 00 00 00 03 22 33 44"
-                           "00 01 FF 80"));
+    EXPECT_EQ(hex("BB BB 00 00 00 2C 3C 00 00 00 00 03"
+                  "02 03 04 05 06 07 00 00 00 01 11"
+                  "00 01 00 00 00 20 00 00 00 00"
+                  "00 02 00 00 00 10 00 00 00 03 22 33 44"
+                  "00 01 FF 80"),
+              build());
 }
 
 TEST_F(WriteRequest, EmptyBatchStillGivesAWholeFrame)
@@ -69,14 +71,14 @@ TEST_F(WriteRequest, EmptyBatchStillGivesAWholeFrame)
     PLC_driver.plcInfo1 = 0x12;
     PLC_driver.plcInfo2 = 0x34;
     fillBatch({});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 0A 3C 00 00 00 00 00 00 01 12 34"));
+    EXPECT_EQ(hex("BB BB 00 00 00 0A 3C 00 00 00 00 00 00 01 12 34"), build());
 }
 
 TEST_F(WriteRequest, EmptyBatchIsNoBitWriteWhateverTheLastBatchLeft)
 {
     PLC_driver.batch[0].dataType = 13;
     PLC_driver.batchCount = 0;
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 0A 3C 00 00 00 00 00 00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 0A 3C 00 00 00 00 00 00 01 00 00"), build());
 }
 
 TEST_F(WriteRequest, BitInFirstEntryZeroesItsLengthFieldAndKeepsTheBytes)
@@ -84,85 +86,92 @@ TEST_F(WriteRequest, BitInFirstEntryZeroesItsLengthFieldAndKeepsTheBytes)
     PLC_driver.plcInfo1 = 0x12;
     PLC_driver.plcInfo2 = 0x34;
     fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"), 13)});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 16 3C 00 00 00 00 01"
-                           "00 02 00 00 00 10 00 00 00 00 AB CD"
-                           "00 01 12 34"));
+    EXPECT_EQ(hex("BB BB 00 00 00 16 3C 00 00 00 00 01"
+                  "00 02 00 00 00 10 00 00 00 00 AB CD"
+                  "00 01 12 34"),
+              build());
 }
 
 TEST_F(WriteRequest, BitInFirstEntryZeroesEveryLengthField)
 {
     fillBatch({writeEntry(2, 0x10, 1, hex("01"), 13), writeEntry(2, 0x20, 2, hex("AB CD"), 3),
                writeEntry(2, 0x30, 1, hex("00"), 13)});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 2C 3C 00 00 00 00 03"
-                           "00 02 00 00 00 10 00 00 00 00 01"
-                           "00 02 00 00 00 20 00 00 00 00 AB CD"
-                           "00 02 00 00 00 30 00 00 00 00 00"
-                           "00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 2C 3C 00 00 00 00 03"
+                  "00 02 00 00 00 10 00 00 00 00 01"
+                  "00 02 00 00 00 20 00 00 00 00 AB CD"
+                  "00 02 00 00 00 30 00 00 00 00 00"
+                  "00 01 00 00"),
+              build());
 }
 
 TEST_F(WriteRequest, BitBehindAWordSendsTheRealLengthOfBoth)
 {
     fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"), 3), writeEntry(2, 0x20, 1, hex("01"), 13)});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 21 3C 00 00 00 00 02"
-                           "00 02 00 00 00 10 00 00 00 02 AB CD"
-                           "00 02 00 00 00 20 00 00 00 01 01"
-                           "00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 21 3C 00 00 00 00 02"
+                  "00 02 00 00 00 10 00 00 00 02 AB CD"
+                  "00 02 00 00 00 20 00 00 00 01 01"
+                  "00 01 00 00"),
+              build());
 }
 
 TEST_F(WriteRequest, OnlyCode13IsABit)
 {
     for (int dataType : {0, 1, 12, 14, 16, 17, -13, 0x10D}) {
         fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"), dataType)});
-        EXPECT_EQ(build().mid(18, 4), hex("00 00 00 02")) << "type code " << dataType;
+        EXPECT_EQ(hex("00 00 00 02"), build().mid(18, 4)) << "type code " << dataType;
     }
 }
 
 TEST_F(WriteRequest, DataBeyondTheLengthIsNotSent)
 {
     fillBatch({writeEntry(2, 0x10, 2, hex("AB CD EF 01"))});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 16 3C 00 00 00 00 01"
-                           "00 02 00 00 00 10 00 00 00 02 AB CD"
-                           "00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 16 3C 00 00 00 00 01"
+                  "00 02 00 00 00 10 00 00 00 02 AB CD"
+                  "00 01 00 00"),
+              build());
 }
 
 TEST_F(WriteRequest, ShortDataIsPaddedWithZeros)
 {
     fillBatch({writeEntry(2, 0x10, 4, hex("AB CD")), writeEntry(2, 0x20, 2, QByteArray()),
                writeEntry(2, 0x30, 1, hex("77"))});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 2F 3C 00 00 00 00 03"
-                           "00 02 00 00 00 10 00 00 00 04 AB CD 00 00"
-                           "00 02 00 00 00 20 00 00 00 02 00 00"
-                           "00 02 00 00 00 30 00 00 00 01 77"
-                           "00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 2F 3C 00 00 00 00 03"
+                  "00 02 00 00 00 10 00 00 00 04 AB CD 00 00"
+                  "00 02 00 00 00 20 00 00 00 02 00 00"
+                  "00 02 00 00 00 30 00 00 00 01 77"
+                  "00 01 00 00"),
+              build());
 }
 
 TEST_F(WriteRequest, ExactlySizedDataIsNotReadBeyond)
 {
     ExactBytes data(hex("AB"));
     fillBatch({writeEntry(2, 0x10, 4, *data.get())});
-    EXPECT_EQ(build().mid(22, 4), hex("AB 00 00 00"));
+    EXPECT_EQ(hex("AB 00 00 00"), build().mid(22, 4));
 }
 
 TEST_F(WriteRequest, NegativeLengthTakesTenBytesAndCarriesTheNumber)
 {
     fillBatch({writeEntry(2, 0x10, -1, hex("AB CD")), writeEntry(2, 0x20, INT_MIN, hex("EF")),
                writeEntry(2, 0x30, 1, hex("77"))});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 29 3C 00 00 00 00 03"
-                           "00 02 00 00 00 10 FF FF FF FF"
-                           "00 02 00 00 00 20 80 00 00 00"
-                           "00 02 00 00 00 30 00 00 00 01 77"
-                           "00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 29 3C 00 00 00 00 03"
+                  "00 02 00 00 00 10 FF FF FF FF"
+                  "00 02 00 00 00 20 80 00 00 00"
+                  "00 02 00 00 00 30 00 00 00 01 77"
+                  "00 01 00 00"),
+              build());
 }
 
 TEST_F(WriteRequest, LengthTooLargeForAnyFrameCarriesTheNumberAndNoValue)
 {
     fillBatch({writeEntry(2, 0x10, INT_MAX, hex("AB CD")), writeEntry(2, 0x20, INT_MAX, hex("EF")),
                writeEntry(2, 0x30, 1, hex("77"))});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 29 3C 00 00 00 00 03"
-                           "00 02 00 00 00 10 7F FF FF FF"
-                           "00 02 00 00 00 20 7F FF FF FF"
-                           "00 02 00 00 00 30 00 00 00 01 77"
-                           "00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 29 3C 00 00 00 00 03"
+                  "00 02 00 00 00 10 7F FF FF FF"
+                  "00 02 00 00 00 20 7F FF FF FF"
+                  "00 02 00 00 00 30 00 00 00 01 77"
+                  "00 01 00 00"),
+              build());
 }
 
 TEST_F(WriteRequest, LargestValueIsCarriedAndMirrored)
@@ -196,34 +205,35 @@ TEST_F(WriteRequest, ValueThatIsNotCarriedIsNotMirrored)
 TEST_F(WriteRequest, NegativeLengthInABitWriteCarriesZero)
 {
     fillBatch({writeEntry(2, 0x10, -1, hex("AB CD"), 13)});
-    EXPECT_EQ(build(), hex("BB BB 00 00 00 14 3C 00 00 00 00 01"
-                           "00 02 00 00 00 10 00 00 00 00"
-                           "00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 14 3C 00 00 00 00 01"
+                  "00 02 00 00 00 10 00 00 00 00"
+                  "00 01 00 00"),
+              build());
 }
 
 TEST_F(WriteRequest, AreaIndexSendsItsLowSixteenBits)
 {
     fillBatch({writeEntry(0x12345, -1, 1, hex("77"))});
-    EXPECT_EQ(build().mid(12, 10), hex("23 45 FF FF FF FF 00 00 00 01"));
+    EXPECT_EQ(hex("23 45 FF FF FF FF 00 00 00 01"), build().mid(12, 10));
 }
 
 TEST_F(WriteRequest, PayloadLengthHasTwoBytes)
 {
     fillBatch({writeEntry(2, 0x10, 500, QByteArray(500, 'x'))});
     const QByteArray frame = build();
-    EXPECT_EQ(frame.size(), 526);
-    EXPECT_EQ(frame.mid(2, 4), hex("00 00 02 08")); // 520
+    EXPECT_EQ(526, frame.size());
+    EXPECT_EQ(hex("00 00 02 08"), frame.mid(2, 4)); // 520
 }
 
 TEST_F(WriteRequest, PayloadLengthIsReducedToItsLowSixteenBits)
 {
     fillBatch({writeEntry(2, 0x10, 65536, QByteArray(65536, 'x'))});
     const QByteArray frame = build();
-    EXPECT_EQ(frame.size(), 65562);
-    EXPECT_EQ(frame.mid(2, 4), hex("00 00 00 14")); // 65556 - 65536
-    EXPECT_EQ(frame.mid(18, 4), hex("00 01 00 00"));
-    EXPECT_EQ(frame.right(6), hex("78 78 00 01 00 00"));
-    EXPECT_EQ(PLC_driver.requestQueue.first().frameLength, 65562);
+    EXPECT_EQ(65562, frame.size());
+    EXPECT_EQ(hex("00 00 00 14"), frame.mid(2, 4)); // 65556 - 65536
+    EXPECT_EQ(hex("00 01 00 00"), frame.mid(18, 4));
+    EXPECT_EQ(hex("78 78 00 01 00 00"), frame.right(6));
+    EXPECT_EQ(65562, PLC_driver.requestQueue.first().frameLength);
 }
 
 TEST_F(WriteRequest, FullBatchAndCounterOutsideIt)
@@ -233,13 +243,13 @@ TEST_F(WriteRequest, FullBatchAndCounterOutsideIt)
     for (int count : {150, 151, 1000, INT_MAX}) {
         PLC_driver.batchCount = count;
         const QByteArray frame = build();
-        EXPECT_EQ(frame.size(), 16 + 150 * 11) << "batchCount " << count;
-        EXPECT_EQ(frame.mid(8, 4), hex("00 00 00 96")) << "batchCount " << count;
-        EXPECT_EQ(frame.mid(12 + 149 * 11, 11), hex("00 01 00 00 00 95 00 00 00 01 55"));
+        EXPECT_EQ(16 + 150 * 11, frame.size()) << "batchCount " << count;
+        EXPECT_EQ(hex("00 00 00 96"), frame.mid(8, 4)) << "batchCount " << count;
+        EXPECT_EQ(hex("00 01 00 00 00 95 00 00 00 01 55"), frame.mid(12 + 149 * 11, 11));
     }
     for (int count : {-1, INT_MIN}) {
         PLC_driver.batchCount = count;
-        EXPECT_EQ(build(), hex("BB BB 00 00 00 0A 3C 00 00 00 00 00 00 01 00 00"))
+        EXPECT_EQ(hex("BB BB 00 00 00 0A 3C 00 00 00 00 00 00 01 00 00"), build())
             << "batchCount " << count;
     }
 }
@@ -248,14 +258,14 @@ TEST_F(WriteRequest, IsQueuedAsARequestForAReplyOfVariableLength)
 {
     fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
     build();
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 1);
+    ASSERT_EQ(1, PLC_driver.requestQueue.size());
     const Protocol& request = PLC_driver.requestQueue.first();
-    EXPECT_EQ(request.replyLength, -1);
-    EXPECT_EQ(request.dataOffset, 0);
-    EXPECT_EQ(request.minReplyLength, 0);
-    EXPECT_EQ(request.extra1, 0);
-    EXPECT_EQ(request.extra2, 0);
-    EXPECT_EQ(request.extra3, 0);
+    EXPECT_EQ(-1, request.replyLength);
+    EXPECT_EQ(0, request.dataOffset);
+    EXPECT_EQ(0, request.minReplyLength);
+    EXPECT_EQ(0, request.extra1);
+    EXPECT_EQ(0, request.extra2);
+    EXPECT_EQ(0, request.extra3);
 }
 
 TEST_F(WriteRequest, CarriesACopyOfItsArgument)
@@ -273,23 +283,23 @@ TEST_F(WriteRequest, CarriesACopyOfItsArgument)
     var.subLabel = QLatin1String("c");
     fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
     WriteAnalog(&var);
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 1);
+    ASSERT_EQ(1, PLC_driver.requestQueue.size());
     const RW_VAR& carried = PLC_driver.requestQueue.first().var;
-    EXPECT_EQ(carried.category, 4);
-    EXPECT_EQ(carried.aux1, 21);
-    EXPECT_EQ(carried.aux2, 22);
-    EXPECT_EQ(carried.aux3, 23);
-    EXPECT_EQ(carried.deviceNo, 24);
-    EXPECT_EQ(carried.result, 25);
-    EXPECT_EQ(carried.label, QLatin1String("A.b"));
-    EXPECT_EQ(carried.subLabel, QLatin1String("c"));
-    EXPECT_EQ(carried.dataType, 5);
-    EXPECT_EQ(carried.address, 0x40);
-    EXPECT_EQ(carried.station, 26);
-    EXPECT_EQ(carried.length, 8);
-    EXPECT_EQ(carried.aux12, 27);
-    EXPECT_EQ(carried.areaIndex, 3);
-    EXPECT_EQ(carried.data, hex("01 02"));
+    EXPECT_EQ(4, carried.category);
+    EXPECT_EQ(21, carried.aux1);
+    EXPECT_EQ(22, carried.aux2);
+    EXPECT_EQ(23, carried.aux3);
+    EXPECT_EQ(24, carried.deviceNo);
+    EXPECT_EQ(25, carried.result);
+    EXPECT_EQ(QLatin1String("A.b"), carried.label);
+    EXPECT_EQ(QLatin1String("c"), carried.subLabel);
+    EXPECT_EQ(5, carried.dataType);
+    EXPECT_EQ(0x40, carried.address);
+    EXPECT_EQ(26, carried.station);
+    EXPECT_EQ(8, carried.length);
+    EXPECT_EQ(27, carried.aux12);
+    EXPECT_EQ(3, carried.areaIndex);
+    EXPECT_EQ(hex("01 02"), carried.data);
 }
 
 TEST_F(WriteRequest, IsAppendedAtTheEndOfTheQueue)
@@ -299,9 +309,9 @@ TEST_F(WriteRequest, IsAppendedAtTheEndOfTheQueue)
     queueRequest(waiting);
     fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
     build();
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 2);
-    EXPECT_EQ(PLC_driver.requestQueue.at(0).frame, hex("01"));
-    EXPECT_EQ(PLC_driver.requestQueue.at(1).frameLength, 28);
+    ASSERT_EQ(2, PLC_driver.requestQueue.size());
+    EXPECT_EQ(hex("01"), PLC_driver.requestQueue.at(0).frame);
+    EXPECT_EQ(28, PLC_driver.requestQueue.at(1).frameLength);
 }
 
 TEST_F(WriteRequest, StartsATransactionOfOneFrame)
@@ -310,8 +320,8 @@ TEST_F(WriteRequest, StartsATransactionOfOneFrame)
     settings.frameIndex = 5;
     fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
     build();
-    EXPECT_EQ(settings.frameCount, 1);
-    EXPECT_EQ(settings.frameIndex, 0);
+    EXPECT_EQ(1, settings.frameCount);
+    EXPECT_EQ(0, settings.frameIndex);
 }
 
 TEST_F(WriteRequest, BuilderAloneLeavesTheImageAsItIs)
@@ -319,7 +329,7 @@ TEST_F(WriteRequest, BuilderAloneLeavesTheImageAsItIs)
     fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
     WriteAnalog(&PLC_driver.batch[0]);
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
-    EXPECT_EQ(PLC_driver.batchCount, 1);
+    EXPECT_EQ(1, PLC_driver.batchCount);
 }
 
 TEST_F(WriteRequest, WriteRegisterQueuesAndMirrorsTheVariable)
@@ -327,13 +337,13 @@ TEST_F(WriteRequest, WriteRegisterQueuesAndMirrorsTheVariable)
     fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
     RW_VAR var = PLC_driver.batch[0];
     WriteRegister(&var);
-    ASSERT_EQ(PLC_driver.requestQueue.size(), 1);
-    EXPECT_EQ(PLC_driver.requestQueue.first().frame,
-              hex("BB BB 00 00 00 16 3C 00 00 00 00 01"
-                  "00 02 00 00 00 10 00 00 00 02 AB CD 00 01 00 00"));
-    EXPECT_EQ(PLC_driver.localImage.size(), 2);
-    EXPECT_EQ(imageByte(2, 0x10), 0xAB);
-    EXPECT_EQ(imageByte(2, 0x11), 0xCD);
+    ASSERT_EQ(1, PLC_driver.requestQueue.size());
+    EXPECT_EQ(hex("BB BB 00 00 00 16 3C 00 00 00 00 01"
+                  "00 02 00 00 00 10 00 00 00 02 AB CD 00 01 00 00"),
+              PLC_driver.requestQueue.first().frame);
+    EXPECT_EQ(2, PLC_driver.localImage.size());
+    EXPECT_EQ(0xAB, imageByte(2, 0x10));
+    EXPECT_EQ(0xCD, imageByte(2, 0x11));
 }
 
 TEST_F(WriteRequest, WriteRegisterMirrorsItsArgumentAndNoFollower)
@@ -341,9 +351,9 @@ TEST_F(WriteRequest, WriteRegisterMirrorsItsArgumentAndNoFollower)
     fillBatch({writeEntry(2, 0x10, 1, hex("11")), writeEntry(2, 0x20, 1, hex("22"))});
     RW_VAR var = PLC_driver.batch[0];
     WriteRegister(&var);
-    EXPECT_EQ(PLC_driver.localImage.size(), 1);
-    EXPECT_EQ(imageByte(2, 0x10), 0x11);
-    EXPECT_EQ(imageByte(2, 0x20), -1);
+    EXPECT_EQ(1, PLC_driver.localImage.size());
+    EXPECT_EQ(0x11, imageByte(2, 0x10));
+    EXPECT_EQ(-1, imageByte(2, 0x20));
 }
 
 TEST_F(WriteRequest, WriteRegisterMirrorsABitIntoItsWord)
@@ -352,8 +362,8 @@ TEST_F(WriteRequest, WriteRegisterMirrorsABitIntoItsWord)
     fillBatch({writeEntry(2, 17, 1, hex("01"), 13)});
     RW_VAR var = PLC_driver.batch[0];
     WriteRegister(&var);
-    EXPECT_EQ(imageByte(2, 1), 0x00);
-    EXPECT_EQ(imageByte(2, 2), 0x02);
+    EXPECT_EQ(0x00, imageByte(2, 1));
+    EXPECT_EQ(0x02, imageByte(2, 2));
 }
 
 TEST_F(WriteRequest, AfterAFinalFailureNothingIsMirrored)
@@ -364,7 +374,7 @@ TEST_F(WriteRequest, AfterAFinalFailureNothingIsMirrored)
         fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
         RW_VAR var = PLC_driver.batch[0];
         WriteRegister(&var);
-        EXPECT_EQ(PLC_driver.requestQueue.size(), 1) << "failed " << failed;
+        EXPECT_EQ(1, PLC_driver.requestQueue.size()) << "failed " << failed;
         EXPECT_TRUE(PLC_driver.localImage.isEmpty()) << "failed " << failed;
     }
 }
@@ -375,10 +385,10 @@ TEST_F(WriteRequest, ShortDataIsMirroredPaddedWithZeros)
     fillBatch({writeEntry(2, 0x10, 4, hex("AB CD"))});
     RW_VAR var = PLC_driver.batch[0];
     WriteRegister(&var);
-    EXPECT_EQ(imageByte(2, 0x11), 0xCD);
-    EXPECT_EQ(imageByte(2, 0x12), 0x00);
-    EXPECT_EQ(imageByte(2, 0x13), 0x00);
-    EXPECT_EQ(imageByte(2, 0x14), -1);
+    EXPECT_EQ(0xCD, imageByte(2, 0x11));
+    EXPECT_EQ(0x00, imageByte(2, 0x12));
+    EXPECT_EQ(0x00, imageByte(2, 0x13));
+    EXPECT_EQ(-1, imageByte(2, 0x14));
 }
 
 TEST_F(WriteRequest, RemoteWriteDoesNothing)
@@ -390,7 +400,7 @@ TEST_F(WriteRequest, RemoteWriteDoesNothing)
     Remote_WriteVar(nullptr);
     EXPECT_TRUE(PLC_driver.requestQueue.isEmpty());
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
-    EXPECT_EQ(settings.frameCount, 7);
+    EXPECT_EQ(7, settings.frameCount);
 }
 
 TEST_F(WriteRequest, NullVariableQueuesAndMirrorsNothing)
@@ -408,7 +418,7 @@ TEST_F(WriteRequest, WithoutSettingsNothingCrashes)
     fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
     RW_VAR var = PLC_driver.batch[0];
     WriteRegister(&var);
-    EXPECT_EQ(PLC_driver.batchCount, 1);
+    EXPECT_EQ(1, PLC_driver.batchCount);
 }
 
 } // namespace

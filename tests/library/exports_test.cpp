@@ -67,7 +67,7 @@ TEST(Exports, AreExactlyTheListedNames)
     if (PLC_INSTRUMENTED)
         GTEST_SKIP() << "instrumentation adds exports of its own";
     const std::set<std::string> listed = listedNames();
-    ASSERT_EQ(listed.size(), 53u);
+    ASSERT_EQ(53u, listed.size());
     EXPECT_EQ(exportedNames(), listed);
 }
 

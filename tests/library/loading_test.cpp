@@ -68,17 +68,17 @@ QByteArray loginReply(int payload)
 
 void answer(LoadedDriver& driver, QByteArray reply)
 {
-    EXPECT_EQ(driver.dataCom(&reply, int(reply.size()))->result, 1);
-    EXPECT_EQ(driver.dataCom(&reply, int(reply.size()))->result, 1);
+    EXPECT_EQ(1, driver.dataCom(&reply, int(reply.size()))->result);
+    EXPECT_EQ(1, driver.dataCom(&reply, int(reply.size()))->result);
 }
 
 void logIn(LoadedDriver& driver)
 {
     ASSERT_NE(driver.comCommunication(), nullptr);
-    EXPECT_EQ(driver.comCommunication()->frameLength, 20);
+    EXPECT_EQ(20, driver.comCommunication()->frameLength);
     answer(driver, loginReply(200));
     ASSERT_NE(driver.comCommunication(), nullptr);
-    EXPECT_EQ(driver.comCommunication()->frameLength, 23);
+    EXPECT_EQ(23, driver.comCommunication()->frameLength);
     answer(driver, loginReply(30));
 }
 
@@ -86,28 +86,30 @@ void readSpeed(LoadedDriver& driver)
 {
     own::Request* request = driver.comCommunication();
     ASSERT_NE(request, nullptr);
-    EXPECT_EQ(request->frame.toHex(), QByteArray("bbbb000000142e00000000010003"
-                                                 "0000000a0000000200011234"));
-    EXPECT_EQ(request->replyLength, -1);
-    EXPECT_EQ(request->access.address, 10);
+    EXPECT_EQ(QByteArray("bbbb000000142e00000000010003"
+                         "0000000a0000000200011234"),
+              request->frame.toHex());
+    EXPECT_EQ(-1, request->replyLength);
+    EXPECT_EQ(10, request->access.address);
     answer(driver, QByteArray::fromHex("bbbb00000009 0000 00000001 00 1234"));
 
     QByteArray value;
-    EXPECT_EQ(driver.getRegisterData(QStringLiteral("MAIN.speed"), 0, 0, 0, &value, 1), 1);
-    EXPECT_EQ(value.toHex(), QByteArray("3412"));
+    EXPECT_EQ(1, driver.getRegisterData(QStringLiteral("MAIN.speed"), 0, 0, 0, &value, 1));
+    EXPECT_EQ(QByteArray("3412"), value.toHex());
 }
 
 void writeSpeed(LoadedDriver& driver)
 {
     QByteArray value = QByteArray::fromHex("7856");
     EXPECT_EQ(
-        driver.setRegisterData(QStringLiteral("MAIN.speed"), 0, QString(), 0, &value, 1, 3, 99), 0);
+        0, driver.setRegisterData(QStringLiteral("MAIN.speed"), 0, QString(), 0, &value, 1, 3, 99));
     own::Request* request = driver.comCommunication();
     ASSERT_NE(request, nullptr);
-    EXPECT_EQ(request->frame.toHex(), QByteArray("bbbb000000163c00000000010003"
-                                                 "0000000a00000002567800011234"));
+    EXPECT_EQ(QByteArray("bbbb000000163c00000000010003"
+                         "0000000a00000002567800011234"),
+              request->frame.toHex());
     answer(driver, QByteArray::fromHex("bbbb00000002 0000"));
-    EXPECT_EQ(g_lastTag, 99);
+    EXPECT_EQ(99, g_lastTag);
 }
 
 /// What a host does from loading to unloading.
@@ -116,27 +118,27 @@ void useOnce(const std::string& path)
     LoadedDriver driver(path);
     own::Settings settings = hostSettings();
     driver.setComInfo(&settings);
-    EXPECT_EQ(settings.words[own::kComWord10], 0);
-    EXPECT_EQ(settings.words[own::kComWord13], 0);
+    EXPECT_EQ(0, settings.words[own::kComWord10]);
+    EXPECT_EQ(0, settings.words[own::kComWord13]);
     driver.registerCallbacks(onResult, onFailure);
-    EXPECT_EQ(driver.queryFinishFlag(), 1);
+    EXPECT_EQ(1, driver.queryFinishFlag());
     QList<own::Symbol> list = symbols();
     driver.passVarName(&list);
-    EXPECT_EQ(driver.addressOf(0, QStringLiteral("MAIN.speed")), 10);
+    EXPECT_EQ(10, driver.addressOf(0, QStringLiteral("MAIN.speed")));
 
     own::CyclicItem item;
     item.label = QStringLiteral("MAIN.speed");
     item.count = 1;
     QList<own::CyclicItem> items;
     items.append(item);
-    EXPECT_EQ(driver.recreateReadList(&items), 1);
+    EXPECT_EQ(1, driver.recreateReadList(&items));
 
     logIn(driver);
     readSpeed(driver);
-    EXPECT_EQ(settings.words[own::kFrameCount], 1);
+    EXPECT_EQ(1, settings.words[own::kFrameCount]);
     g_done = 0;
     writeSpeed(driver);
-    EXPECT_EQ(g_done, 1);
+    EXPECT_EQ(1, g_done);
 }
 
 bool isLoaded(const char* path)
@@ -173,8 +175,8 @@ TEST(Loading, StateIsFreshAfterLoadingAgain)
 {
     useOnce(PLC_LIBRARY);
     LoadedDriver driver(PLC_LIBRARY);
-    EXPECT_EQ(driver.addressOf(0, QStringLiteral("MAIN.speed")), -1);
-    EXPECT_EQ(driver.comCommunication(), nullptr);
+    EXPECT_EQ(-1, driver.addressOf(0, QStringLiteral("MAIN.speed")));
+    EXPECT_EQ(nullptr, driver.comCommunication());
 }
 
 TEST(Loading, RepeatedLoadingUseAndUnloadingLeavesNoMemoryBehind)
@@ -209,17 +211,17 @@ TEST(Loading, TwoCopiesInOneProcessDoNotSeeEachOthersState)
         EXPECT_EQ(firstPlace, first.symbol("LW"));
         EXPECT_EQ(secondPlace, second.symbol("LW"));
         EXPECT_EQ(*firstPlace, &memory);
-        EXPECT_EQ(*secondPlace, nullptr);
+        EXPECT_EQ(nullptr, *secondPlace);
 
         own::Access access;
-        EXPECT_EQ(first.addListReadVar(&access), 1);
-        EXPECT_EQ(first.addListReadVar(&access), 2);
-        EXPECT_EQ(second.addListReadVar(&access), 1);
+        EXPECT_EQ(1, first.addListReadVar(&access));
+        EXPECT_EQ(2, first.addListReadVar(&access));
+        EXPECT_EQ(1, second.addListReadVar(&access));
 
         QList<own::Symbol> list = symbols();
         first.passVarName(&list);
-        EXPECT_EQ(first.addressOf(0, QStringLiteral("MAIN.speed")), 10);
-        EXPECT_EQ(second.addressOf(0, QStringLiteral("MAIN.speed")), -1);
+        EXPECT_EQ(10, first.addressOf(0, QStringLiteral("MAIN.speed")));
+        EXPECT_EQ(-1, second.addressOf(0, QStringLiteral("MAIN.speed")));
     }
     std::filesystem::remove(firstPath);
     std::filesystem::remove(secondPath);
@@ -233,9 +235,9 @@ TEST(Loading, TwoCopiesServeTwoPlcsSideBySide)
         own::Settings settings = hostSettings();
         idle.setComInfo(&settings);
         useOnce(PLC_LIBRARY);
-        EXPECT_EQ(idle.comCommunication(), nullptr);
+        EXPECT_EQ(nullptr, idle.comCommunication());
         QByteArray value;
-        EXPECT_EQ(idle.getRegisterData(QStringLiteral("MAIN.speed"), 0, 0, 0, &value, 1), 0);
+        EXPECT_EQ(0, idle.getRegisterData(QStringLiteral("MAIN.speed"), 0, 0, 0, &value, 1));
     }
     std::filesystem::remove(copy);
 }
@@ -262,7 +264,7 @@ TEST(Loading, NewFileUnderTheNameOfALoadedOneGivesTheLoadedObject)
     {
         LoadedDriver driver(path);
         std::filesystem::remove(path); // it stays in use
-        EXPECT_EQ(driver.queryFinishFlag(), 1);
+        EXPECT_EQ(1, driver.queryFinishFlag());
         ASSERT_EQ(copyOfLibrary("plc_named"), path);
         EXPECT_EQ(LoadedDriver(path).symbol("PLC_driver"), driver.symbol("PLC_driver"));
     }
