@@ -34,14 +34,26 @@ double sumOf(const Round& round, const QJsonObject& weights, const QString& quan
     return sum;
 }
 
+/// `of`, divided by `per` where there is one.
+double ratioIn(const Round& round, const QJsonObject& terms, const QString& quantity)
+{
+    const double value = sumOf(round, terms.value(QLatin1String("of")).toObject(), quantity);
+    if (!terms.contains(QLatin1String("per")))
+        return value;
+    return value / sumOf(round, terms.value(QLatin1String("per")).toObject(),
+                         terms.value(QLatin1String("perQuantity")).toString(quantity));
+}
+
+/// The ratio of the requirement, as a multiple of the one that it stands against where there is
+/// one.
 double valueIn(const Round& round, const QJsonObject& requirement)
 {
     const QString quantity = requirement.value(QLatin1String("quantity")).toString();
-    const double value = sumOf(round, requirement.value(QLatin1String("of")).toObject(), quantity);
-    if (!requirement.contains(QLatin1String("per")))
+    const double value = ratioIn(round, requirement, quantity);
+    if (!requirement.contains(QLatin1String("against")))
         return value;
-    return value / sumOf(round, requirement.value(QLatin1String("per")).toObject(),
-                         requirement.value(QLatin1String("perQuantity")).toString(quantity));
+    const QJsonObject against = requirement.value(QLatin1String("against")).toObject();
+    return value / ratioIn(round, against, quantity);
 }
 
 bool check(const Measurements& measurements, const QJsonObject& requirement)
