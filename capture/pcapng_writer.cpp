@@ -28,7 +28,7 @@ constexpr char kNanoseconds = 9; // 10^-9 s
 constexpr int kBlockFrameSize = 12;
 
 template <typename Number>
-void appendNumber(QByteArray* bytes, Number number)
+void appendLittleEndian(QByteArray* bytes, Number number)
 {
     const Number littleEndian = qToLittleEndian(number);
     bytes->append(reinterpret_cast<const char*>(&littleEndian), int(sizeof littleEndian));
@@ -42,8 +42,8 @@ void padToWords(QByteArray* bytes)
 
 void appendOption(QByteArray* bytes, quint16 code, const QByteArray& value)
 {
-    appendNumber(bytes, code);
-    appendNumber(bytes, quint16(value.size()));
+    appendLittleEndian(bytes, code);
+    appendLittleEndian(bytes, quint16(value.size()));
     bytes->append(value);
     padToWords(bytes);
 }
@@ -51,10 +51,10 @@ void appendOption(QByteArray* bytes, quint16 code, const QByteArray& value)
 QByteArray sectionHeader(const QString& application)
 {
     QByteArray body;
-    appendNumber(&body, kByteOrderMagic);
-    appendNumber(&body, kMajorVersion);
-    appendNumber(&body, kMinorVersion);
-    appendNumber(&body, kUnknownSectionLength);
+    appendLittleEndian(&body, kByteOrderMagic);
+    appendLittleEndian(&body, kMajorVersion);
+    appendLittleEndian(&body, kMinorVersion);
+    appendLittleEndian(&body, kUnknownSectionLength);
     appendOption(&body, kApplicationOption, application.toUtf8());
     appendOption(&body, kEndOfOptions, QByteArray());
     return body;
@@ -63,9 +63,9 @@ QByteArray sectionHeader(const QString& application)
 QByteArray ethernetInterface()
 {
     QByteArray body;
-    appendNumber(&body, kEthernetLinkType);
-    appendNumber(&body, quint16(0));
-    appendNumber(&body, kNoPacketLimit);
+    appendLittleEndian(&body, kEthernetLinkType);
+    appendLittleEndian(&body, quint16(0));
+    appendLittleEndian(&body, kNoPacketLimit);
     appendOption(&body, kTimeResolutionOption, QByteArray(1, kNanoseconds));
     appendOption(&body, kEndOfOptions, QByteArray());
     return body;
@@ -83,11 +83,11 @@ void PcapngWriter::writePacket(std::chrono::nanoseconds sinceEpoch, const QByteA
 {
     const quint64 time = quint64(sinceEpoch.count());
     QByteArray body;
-    appendNumber(&body, quint32(0)); // the one interface
-    appendNumber(&body, quint32(time >> 32));
-    appendNumber(&body, quint32(time));
-    appendNumber(&body, quint32(packet.size())); // captured
-    appendNumber(&body, quint32(packet.size())); // on the wire
+    appendLittleEndian(&body, quint32(0)); // the one interface
+    appendLittleEndian(&body, quint32(time >> 32));
+    appendLittleEndian(&body, quint32(time));
+    appendLittleEndian(&body, quint32(packet.size())); // captured
+    appendLittleEndian(&body, quint32(packet.size())); // on the wire
     body.append(packet);
     padToWords(&body);
     writeBlock(kEnhancedPacketBlock, body);
@@ -100,10 +100,10 @@ void PcapngWriter::writeBlock(quint32 type, const QByteArray& body)
     const quint32 length = quint32(body.size() + kBlockFrameSize);
     QByteArray block;
     block.reserve(int(length));
-    appendNumber(&block, type);
-    appendNumber(&block, length);
+    appendLittleEndian(&block, type);
+    appendLittleEndian(&block, length);
     block.append(body);
-    appendNumber(&block, length);
+    appendLittleEndian(&block, length);
     writeWhole(block);
 }
 

@@ -3,13 +3,12 @@
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
+#include "project/memory_layout.h"
 #include "project/project.h"
 
 namespace plc::iec {
 namespace {
 
-constexpr int kBitsPerByte = 8;
-constexpr int kBitsPerWord = 16;
 constexpr qint64 kHighestByte = 0x7fffffff;
 
 /// What one step of the last number moves by.
@@ -46,7 +45,7 @@ std::optional<DirectAddress> bitAddress(const QVector<qint64>& numbers, QString*
 {
     *expected = QStringLiteral("%MX<byte>.<bit> or %MX<area>.<byte>.<bit>, the bit from 0 to 7");
     const int count = int(numbers.size());
-    if (count < 2 || count > 3 || numbers.last() >= kBitsPerByte)
+    if (count < 2 || count > 3 || numbers.last() >= project::kBitsPerByte)
         return {};
     DirectAddress address;
     address.byte = numbers[count - 2];
@@ -110,7 +109,8 @@ std::optional<DirectAddress> parseDirectAddress(const QString& text, QString* ex
 qint64 bitOffset(qint64 byte, int bit)
 {
     const bool isHighByte = byte % 2 == 0;
-    return isHighByte ? kBitsPerWord * byte + kBitsPerByte + bit : kBitsPerWord * (byte - 1) + bit;
+    return isHighByte ? project::kBitsPerWord * byte + project::kBitsPerByte + bit
+                      : project::kBitsPerWord * (byte - 1) + bit;
 }
 
 } // namespace plc::iec

@@ -16,10 +16,6 @@
 namespace plc::iec {
 namespace {
 
-constexpr qint64 kHighestOffset = std::numeric_limits<qint32>::max();
-constexpr int kBitsPerByte = 8;
-constexpr int kBitsPerWord = 16;
-
 /// Puts declared variables into memory.
 class Importer {
 public:
@@ -192,15 +188,15 @@ private:
         if (variable->type == nullptr || !values::isBit(*variable->type))
             return putAt(address.byte, token.position, variable);
         if (token.text.size() < 3 || token.text[2].toUpper() != QLatin1Char('W') ||
-            project::elementCount(*variable) > kBitsPerWord) {
+            project::elementCount(*variable) > project::kBitsPerWord) {
             return fail(token.position,
                         QStringLiteral("found %1 for a BIT, expected an address with a bit, such "
                                        "as %MX12.3, or for up to %2 bits one of a word")
                             .arg(values::quoted(token.text))
-                            .arg(kBitsPerWord));
+                            .arg(project::kBitsPerWord));
         }
         // From the least significant bit of the word on.
-        return putAt(address.byte * kBitsPerWord, token.position, variable);
+        return putAt(address.byte * project::kBitsPerWord, token.position, variable);
     }
 
     /// A BOOL with a bit address is that one bit; everything else begins with a byte.
@@ -219,7 +215,7 @@ private:
                             .arg(*address.bit)
                             .arg(values::quoted(token.text)));
         }
-        if (*address.bit + project::elementCount(*variable) > kBitsPerByte) {
+        if (*address.bit + project::elementCount(*variable) > project::kBitsPerByte) {
             return fail(token.position, QStringLiteral("found %1 bits from bit %2 on, expected "
                                                        "bits of one byte")
                                             .arg(project::elementCount(*variable))
@@ -231,12 +227,12 @@ private:
 
     bool putAt(qint64 offset, const Position& position, project::Variable* variable)
     {
-        variable->offset = qint32(qMin(offset, kHighestOffset));
+        variable->offset = qint32(qMin(offset, project::kHighestOffset));
         const qint64 past = offset - variable->offset;
-        if (past > 0 || project::transferEnd(*variable) > kHighestOffset) {
+        if (past > 0 || project::transferEnd(*variable) > project::kHighestOffset) {
             return fail(position, QStringLiteral("%1 reaches beyond byte %2 of its area")
                                       .arg(values::quoted(variable->name))
-                                      .arg(kHighestOffset));
+                                      .arg(project::kHighestOffset));
         }
         return true;
     }

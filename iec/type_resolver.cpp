@@ -24,9 +24,8 @@ const char* const kStandardFunctionBlocks[] = {"TON",  "TOF", "TP",     "CTU",  
                                                "CTUD", "SR",  "R_TRIG", "F_TRIG", "RS",
                                                "SEMA", "RTC", "BLINK"};
 
-constexpr qint64 kHighestOffset = std::numeric_limits<qint32>::max();
 constexpr qint64 kLowestBound = std::numeric_limits<qint32>::min();
-constexpr qint64 kHighestBound = kHighestOffset - 1;
+constexpr qint64 kHighestBound = project::kHighestOffset - 1;
 
 qint64 roundUp(qint64 number, int step)
 {
@@ -91,7 +90,7 @@ public:
         const qint64 offset = m_isUnion ? 0 : roundUp(m_end, alignment);
         // Of a union only the first member is no overlay.
         member.overlay = m_isUnion && !isEmpty();
-        member.offset = qint32(qMin(offset, kHighestOffset));
+        member.offset = qint32(qMin(offset, project::kHighestOffset));
         m_end = offset + sizeOf(member);
         m_largestEnd = qMax(m_largestEnd, project::transferEnd(member));
         m_alignment = qMax(m_alignment, alignment);
@@ -336,13 +335,14 @@ bool TypeResolver::checkArray(const TypeSpec& type, const project::Variable& var
     qint64 count = 1;
     for (const project::ArrayDimension& dimension : variable.dimensions) {
         count *= qint64(dimension.upper) - dimension.lower + 1;
-        if (count > kHighestOffset)
+        if (count > project::kHighestOffset)
             return fail(type.position,
-                        QStringLiteral("found more than %1 elements").arg(kHighestOffset));
+                        QStringLiteral("found more than %1 elements").arg(project::kHighestOffset));
     }
-    if (sizeOf(variable) > kHighestOffset)
-        return fail(type.position,
-                    QStringLiteral("found an array of more than %1 bytes").arg(kHighestOffset));
+    if (sizeOf(variable) > project::kHighestOffset)
+        return fail(
+            type.position,
+            QStringLiteral("found an array of more than %1 bytes").arg(project::kHighestOffset));
     if (variable.structure || !values::isText(*variable.type))
         return true;
     if (project::elementSize(variable) > project::kTextElementStride) {
@@ -412,10 +412,10 @@ bool TypeResolver::appendMember(const Declaration& declaration, const QString& s
         member.unit = takeUnit(&member.description);
     layout->append(member, alignmentWithin(member, layout->largestAlignment()),
                    m_nesting.value(member.structure.get()));
-    if (layout->size() > kHighestOffset) {
+    if (layout->size() > project::kHighestOffset) {
         return fail(declaration.position, QStringLiteral("structure %1 has more than %2 bytes")
                                               .arg(structure)
-                                              .arg(kHighestOffset));
+                                              .arg(project::kHighestOffset));
     }
     if (layout->nesting() >= project::kDeepestNesting) {
         return fail(declaration.position,

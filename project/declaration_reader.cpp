@@ -13,7 +13,6 @@
 namespace plc::project {
 namespace {
 
-constexpr qint64 kHighestOffset = std::numeric_limits<qint32>::max();
 constexpr qint64 kLowestBound = std::numeric_limits<qint32>::min();
 // The driver is told the bound behind the last element, which must be a 32-bit number too.
 constexpr qint64 kHighestBound = kHighestOffset - 1;

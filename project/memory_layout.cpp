@@ -12,8 +12,6 @@
 namespace plc::project {
 namespace {
 
-constexpr int kBitsPerByte = 8;
-constexpr int kBitsPerWord = 16;
 constexpr int kBytesPerWord = 2;
 
 /// Bits of memory that a variable holds, counted through the bytes of its area.

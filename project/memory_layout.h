@@ -3,12 +3,20 @@
 
 #include <QtCore/QVector>
 
+#include <limits>
 #include <optional>
 #include <vector>
 
 #include "project/symbols.h"
 
 namespace plc::project {
+
+constexpr int kBitsPerByte = 8;
+constexpr int kBitsPerWord = 16;
+constexpr int kRegisterSize = 2; ///< Bytes of a 16-bit register.
+
+/// Offsets and sizes are 32-bit numbers.
+constexpr qint64 kHighestOffset = std::numeric_limits<qint32>::max();
 
 /// Distance in bytes of the elements of a STRING or WSTRING array.
 constexpr int kTextElementStride = 255;

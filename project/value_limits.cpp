@@ -6,8 +6,6 @@
 namespace plc::project {
 namespace {
 
-constexpr int kRegisterSize = 2;
-constexpr int kBitsPerWord = 16;
 constexpr qint64 kBytesPerMebibyte = qint64(1024) * 1024;
 
 } // namespace

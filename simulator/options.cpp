@@ -5,6 +5,7 @@
 #include "options/command_line.h"
 #include "options/help_text.h"
 #include "options/readers.h"
+#include "simulator/reply_faults.h"
 #include "simulator/signals.h"
 #include "values/nearest_name.h"
 
@@ -12,8 +13,6 @@ namespace plc::simulator {
 namespace {
 
 constexpr qint64 kMostMemory = qint64(256) * 1024 * 1024;
-constexpr int kLongestDelay = 24 * 60 * 60 * 1000; // ms
-constexpr int kHighestNumber = 1000000000;
 constexpr int kHighestPort = 65535;
 constexpr qint64 kHighestSeed = 0xffffffff;
 constexpr int kMostClients = 1000;

@@ -7,6 +7,10 @@
 
 namespace plc::simulator {
 
+constexpr int kLongestDelay = 24 * 60 * 60 * 1000; ///< ms
+/// Of replies and bytes, as options and commands give them.
+constexpr int kHighestNumber = 1000000000;
+
 /// What happens to one reply on its way out.
 struct ReplyDelivery {
     QByteArray bytes;     ///< Empty: the reply is lost.

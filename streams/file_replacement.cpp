@@ -14,17 +14,14 @@
 
 #include "streams/output_stream.h"
 
+#include "streams/system_error.h"
+
 namespace plc::streams {
 namespace {
 
 constexpr int kBlock = 65536;
 constexpr int kAttempts = 100;
 constexpr mode_t kNewFile = 0666; // less what the user's mask takes away
-
-QString systemError()
-{
-    return QString::fromLocal8Bit(std::strerror(errno));
-}
 
 /// Behind all links.
 QByteArray targetOf(const QString& path)

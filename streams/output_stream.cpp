@@ -7,13 +7,10 @@
 #include <csignal>
 #include <cstring>
 
+#include "streams/system_error.h"
+
 namespace plc::streams {
 namespace {
-
-QString systemError()
-{
-    return QString::fromLocal8Bit(std::strerror(errno));
-}
 
 /// Others may have switched off that writes wait for the reader.
 void waitForReader(int descriptor)

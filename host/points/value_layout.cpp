@@ -6,8 +6,6 @@
 namespace plc::host {
 namespace {
 
-constexpr int kRegisterSize = 2;
-constexpr int kBitsPerWord = 16;
 /// Bytes of a write that the driver puts into one entry.
 constexpr int kWritePieceSize = 1000;
 
@@ -18,12 +16,13 @@ int textBytes(const DataPoint& point)
     const bool isWide = point.type->format == values::ValueFormat::WideText;
     const int last = point.stringLength * (isWide ? 2 : 1);
     const int bytes = (point.elements - 1) * project::kTextElementStride + last;
-    return bytes + bytes % kRegisterSize;
+    return bytes + bytes % project::kRegisterSize;
 }
 
 int bitWords(const DataPoint& point)
 {
-    return (point.address % kBitsPerWord + point.elements + kBitsPerWord - 1) / kBitsPerWord;
+    return (point.address % project::kBitsPerWord + point.elements + project::kBitsPerWord - 1) /
+           project::kBitsPerWord;
 }
 
 } // namespace
@@ -33,7 +32,7 @@ ByteRange valueBytes(const DataPoint& point)
     ByteRange range;
     range.area = point.area;
     if (values::isBit(*point.type)) {
-        range.start = quint32(point.address / kBitsPerWord);
+        range.start = quint32(point.address / project::kBitsPerWord);
         range.size = quint32(bitWords(point) + 1);
     } else if (values::isText(*point.type)) {
         range.start = quint32(point.address);

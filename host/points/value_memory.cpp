@@ -3,23 +3,21 @@
 #include <algorithm>
 
 #include "host/points/value_layout.h"
+#include "project/memory_layout.h"
 
 namespace plc::host {
 namespace {
-
-constexpr int kBitsPerWord = 16;
-constexpr int kRegisterSize = 2;
 
 /// Words overlap: a bit's word begins at the byte that its number divided by 16 names.
 QByteArray bitsOfMemory(const DataPoint& point, const QByteArray& memory)
 {
     QByteArray bits(point.elements, '\0');
-    const int first = point.address / kBitsPerWord;
+    const int first = point.address / project::kBitsPerWord;
     for (int i = 0; i < point.elements; ++i) {
         const int bit = point.address + i;
-        const int byte = bit / kBitsPerWord - first;
+        const int byte = bit / project::kBitsPerWord - first;
         const int word = quint8(memory[byte]) << 8 | quint8(memory[byte + 1]);
-        bits[i] = char(word >> bit % kBitsPerWord & 1);
+        bits[i] = char(word >> bit % project::kBitsPerWord & 1);
     }
     return bits;
 }
@@ -38,7 +36,7 @@ QByteArray valueOfMemory(const DataPoint& point, const QByteArray& memory)
                        [](char byte) { return char(byte != 0); });
     } else if (point.type->size == 1) {
         // Packed at the front of a register for each element.
-        value.append(QByteArray((kRegisterSize - 1) * point.elements, '\0'));
+        value.append(QByteArray((project::kRegisterSize - 1) * point.elements, '\0'));
     } else {
         for (auto element = value.begin(); element != value.end(); element += point.type->size)
             std::reverse(element, element + point.type->size);

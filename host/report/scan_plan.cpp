@@ -70,7 +70,7 @@ QVector<Span> coverage(const QVector<DataPoint>& points, bool acrossGaps)
     return spans;
 }
 
-ComInfo driverSettings(const RuntimeSettings& settings)
+ComInfo planningSettings(const RuntimeSettings& settings)
 {
     ComInfo info;
     info.defaultStation = settings.defaultStation;
@@ -93,7 +93,7 @@ double gapShare(const ScanPlan& plan)
 
 ScanPlanner::ScanPlanner(const DriverFunctions& driver, const RuntimeSettings& settings,
                          const QVector<DataPoint>& points)
-    : m_driver(driver), m_points(points), m_settings(driverSettings(settings))
+    : m_driver(driver), m_points(points), m_settings(planningSettings(settings))
 {
     for (const Span& span : coverage(points, false))
         m_valueBytes += span.size();
