@@ -10,11 +10,9 @@ namespace {
 
 Expected<CommandContext> openContext(const CommandOptions& options)
 {
-    QString error;
-    const std::optional<project::Project> project =
-        project::loadProject(options.projectFile, &error);
+    const Expected<project::Project> project = project::loadProject(options.projectFile);
     if (!project)
-        return Error{error};
+        return project.error();
     CommandContext context{*project, {}, options.arguments};
     const QString labelFile = options.fileOfArguments();
     if (!labelFile.isEmpty()) {
@@ -24,6 +22,7 @@ Expected<CommandContext> openContext(const CommandOptions& options)
         context.arguments += *labels;
     }
     options.applyTo(&context.project);
+    QString error;
     const QString library =
         host::findDriver(options.driverFile, QCoreApplication::applicationDirPath(), &error);
     if (library.isEmpty())

@@ -79,9 +79,8 @@ Expected<QJsonObject> documentFor(const ImportOptions& options, const project::P
     const Expected<QByteArray> json = readFile(merged);
     if (!json)
         return json.error();
-    QString error;
-    if (!project::parseProject(*json, merged, &error))
-        return Error{error};
+    if (const Expected<project::Project> old = project::parseProject(*json, merged); !old)
+        return old.error();
     QJsonObject document = QJsonDocument::fromJson(*json).object();
     project::mergeSymbols(symbols, &document);
     return document;
@@ -134,9 +133,8 @@ int importSymbols(const ImportOptions& options)
     const QByteArray text = project::documentText(*document);
     const QString name =
         options.output.isEmpty() ? QStringLiteral("the imported project") : options.output;
-    QString error;
-    if (!project::parseProject(text, name, &error))
-        return usageError({error});
+    if (const Expected<project::Project> read = project::parseProject(text, name); !read)
+        return usageError(read.error());
     const ExitCode written = write(text, options.output);
     if (written != kExitDone)
         return written;

@@ -28,10 +28,11 @@ QString problemOf(const QString& text, const project::LabelFinder& labels)
     if (project::hasWildcard(text) && !isCount)
         return {};
     const QString label = isCount ? text.left(text.indexOf(QLatin1Char('*'))) : text;
-    QString error;
-    const std::optional<QVector<project::LabelPart>> parts = project::parseLabel(label, &error);
-    if (!parts || !labels.find(*parts, &error))
-        return QStringLiteral("label %1: %2").arg(values::quoted(label), error);
+    const Expected<QVector<project::LabelPart>> parts = project::parseLabel(label);
+    const Expected<project::LabelTarget> target =
+        parts ? labels.find(*parts) : Expected<project::LabelTarget>(parts.error());
+    if (!target)
+        return QStringLiteral("label %1: %2").arg(values::quoted(label), target.error().text);
     return {};
 }
 
@@ -64,11 +65,10 @@ Expected<QStringList> readLabels(const QString& path, const project::Project& pr
     const Expected<QByteArray> bytes = readFile(path);
     if (!bytes)
         return bytes.error();
-    QString reason;
-    const std::optional<QVector<values::csv::Record>> records =
-        values::csv::parse(QString::fromUtf8(*bytes), &reason);
+    const Expected<QVector<values::csv::Record>> records =
+        values::csv::parse(QString::fromUtf8(*bytes));
     if (!records)
-        return Error{QStringLiteral("%1: %2").arg(path, reason)};
+        return Error{QStringLiteral("%1: %2").arg(path, records.error().text)};
     const project::LabelFinder finder(project);
     QStringList labels;
     for (const values::csv::Record& record : *records) {

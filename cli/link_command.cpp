@@ -88,9 +88,9 @@ QVector<host::DataPoint> LinkCommand::findPoints() const
     };
     project::LabelExpander expander(project());
     for (const QString& text : arguments()) {
-        const std::optional<QStringList> labels = expander.expand(text, &error);
+        const Expected<QStringList> labels = expander.expand(text);
         if (!labels) {
-            complain(error);
+            complain(labels.error().text);
             return {};
         }
         const auto addLabel = [&](const QString& label) {

@@ -90,11 +90,10 @@ int printOverlaps(const PlacedVariables& all, bool json)
 
 int checkMemory(const QString& projectFile, int smallestGap, bool json)
 {
-    QString error;
-    const std::optional<project::Project> project =
-        project::loadProject(projectFile, &error, project::SharedMemoryRule::Allowed);
+    const Expected<project::Project> project =
+        project::loadProject(projectFile, project::SharedMemoryRule::Allowed);
     if (!project) {
-        complain(error);
+        complain(project.error().text);
         return kExitUsage;
     }
     const PlacedVariables all = variablesOf(*project);

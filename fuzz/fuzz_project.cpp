@@ -57,24 +57,23 @@ private:
         }
         if (++m_labels > kMostLabels)
             return;
-        const std::optional<plc::project::LabelTarget> target = find(label);
-        require(target.has_value(), "what is declared is found");
+        const plc::Expected<plc::project::LabelTarget> target = find(label);
+        require(target.hasValue(), "what is declared is found");
         require(PLCAddressChangeIntef(0, label) == int(target->address),
                 "the driver finds a value where the project puts it");
     }
 
     void checkCyclic(const plc::project::CyclicLabel& cyclic)
     {
-        const std::optional<plc::project::LabelTarget> target = find(cyclic.label);
-        require(target.has_value(), "a cyclic label is found");
+        const plc::Expected<plc::project::LabelTarget> target = find(cyclic.label);
+        require(target.hasValue(), "a cyclic label is found");
         require(cyclic.elements >= 1 && cyclic.elements <= target->elements,
                 "a cyclic slice lies within its array");
     }
 
-    std::optional<plc::project::LabelTarget> find(const QString& label)
+    plc::Expected<plc::project::LabelTarget> find(const QString& label)
     {
-        QString error;
-        const std::optional<plc::project::LabelTarget> target = m_finder.find(label, &error);
+        const plc::Expected<plc::project::LabelTarget> target = m_finder.find(label);
         if (target)
             require(isWithinArea(*target), "what is found lies within its area");
         return target;
@@ -114,13 +113,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static GuardedMemory memory;
     const QByteArray json =
         memory.bytes(QByteArray::fromRawData(reinterpret_cast<const char*>(data), int(size)));
-    QString error;
-    const std::optional<plc::project::Project> project =
-        plc::project::parseProject(json, QStringLiteral("fuzz.json"), &error);
+    const plc::Expected<plc::project::Project> project =
+        plc::project::parseProject(json, QStringLiteral("fuzz.json"));
     if (project) {
         FuzzHost host;
         ProjectCheck(*project).run();
     } else {
+        const QString& error = project.error().text;
         require(error.startsWith(QLatin1String("fuzz.json: ")), "an error names the file");
         require(!error.contains(QLatin1Char('\n')), "an error is one line");
     }

@@ -33,12 +33,14 @@ QString beforeCount(const QString& text)
 }
 
 /// All labels of an entry, which stands for all elements of its arrays.
-std::optional<QStringList> labelsOf(const SymbolEntry& entry, int limit, QString* error)
+Expected<QStringList> labelsOf(const SymbolEntry& entry, int limit)
 {
     if (entry.pattern == entry.firstLabel)
         return QStringList{entry.pattern};
-    const std::optional<QVector<LabelPart>> parts = parseLabel(entry.pattern, error);
-    return parts ? expandPattern(*parts, limit, error) : std::nullopt;
+    const Expected<QVector<LabelPart>> parts = parseLabel(entry.pattern);
+    if (!parts)
+        return parts.error();
+    return expandPattern(*parts, limit);
 }
 
 } // namespace
@@ -46,8 +48,7 @@ std::optional<QStringList> labelsOf(const SymbolEntry& entry, int limit, QString
 bool isElementCount(const QString& text, const LabelFinder& labels)
 {
     const QString label = beforeCount(text);
-    QString reason;
-    return !label.isEmpty() && labels.find(label, &reason);
+    return !label.isEmpty() && labels.find(label);
 }
 
 bool LabelExpander::isElementCount(const QString& text)
@@ -59,48 +60,45 @@ bool LabelExpander::isElementCount(const QString& text)
     return plc::project::isElementCount(text, *m_labels);
 }
 
-std::optional<QStringList> LabelExpander::matching(const QString& text, QString* error)
+Expected<QStringList> LabelExpander::matching(const QString& text)
 {
     const LabelPattern pattern(text, LabelPattern::Place::Whole);
     QStringList matching;
     for (const SymbolEntry& entry : symbolEntries(m_symbols)) {
-        const std::optional<QStringList> labels = labelsOf(entry, kMostElements, error);
+        const Expected<QStringList> labels = labelsOf(entry, kMostElements);
         if (!labels)
-            return {};
+            return labels.error();
         for (const QString& label : *labels) {
             if (pattern.matches(label))
                 matching.append(label);
         }
         if (int(matching.size()) > kMostLabels) {
-            *error = QStringLiteral("%1 stands for more than %2 values; name fewer")
-                         .arg(text)
-                         .arg(kMostLabels);
-            return {};
+            return Error{QStringLiteral("%1 stands for more than %2 values; name fewer")
+                             .arg(text)
+                             .arg(kMostLabels)};
         }
     }
     // Perhaps a count behind a label with a mistake in it, which its lookup explains.
     if (matching.isEmpty() && !beforeCount(text).isEmpty())
         return QStringList{text};
     if (matching.isEmpty()) {
-        *error =
-            QStringLiteral("%1: no label of the project matches; plc symbols lists them").arg(text);
-        return {};
+        return Error{QStringLiteral("%1: no label of the project matches; plc symbols lists them")
+                         .arg(text)};
     }
     return matching;
 }
 
-std::optional<QStringList> LabelExpander::expand(const QString& text, QString* error)
+Expected<QStringList> LabelExpander::expand(const QString& text)
 {
     if (hasWildcard(text))
-        return isElementCount(text) ? QStringList{text} : matching(text, error);
+        return isElementCount(text) ? QStringList{text} : matching(text);
     // What is no label at all is explained by who looks it up.
-    QString reason;
-    const std::optional<QVector<LabelPart>> parts = parseLabel(text, &reason);
+    const Expected<QVector<LabelPart>> parts = parseLabel(text);
     if (!parts || !isPattern(*parts))
         return QStringList{text};
-    std::optional<QStringList> labels = expandPattern(*parts, kMostLabels, &reason);
+    const Expected<QStringList> labels = expandPattern(*parts, kMostLabels);
     if (!labels)
-        *error = QStringLiteral("%1: %2").arg(text, reason);
+        return Error{QStringLiteral("%1: %2").arg(text, labels.error().text)};
     return labels;
 }
 

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "project/label_lookup.h"
+#include "values/expected.h"
 
 namespace plc::project {
 
@@ -18,12 +19,12 @@ public:
 
     /// The labels of the project that match `text`, in which * stands for any characters and ? for
     /// one (`Plant.tank*.level`); those with the subscripts of a range (`Plant.tank[1..3].level`);
-    /// else `text` itself, which may be `LABEL*N`. On failure returns nothing and sets `error`.
-    std::optional<QStringList> expand(const QString& text, QString* error);
+    /// else `text` itself, which may be `LABEL*N`.
+    Expected<QStringList> expand(const QString& text);
 
 private:
     bool isElementCount(const QString& text);
-    std::optional<QStringList> matching(const QString& pattern, QString* error);
+    Expected<QStringList> matching(const QString& pattern);
 
     const Symbols& m_symbols;
     std::optional<LabelFinder> m_labels;

@@ -10,13 +10,13 @@ namespace {
 
 constexpr int kSearchesBeforeIndex = 4;
 
-QString notFound(const QString& where, const QString& name, const QStringList& known)
+Error notFound(const QString& where, const QString& name, const QStringList& known)
 {
-    return QStringLiteral("%1 has no %2%3")
-        .arg(where, values::quoted(name), values::nearestNameHint(name, known));
+    return {QStringLiteral("%1 has no %2%3")
+                .arg(where, values::quoted(name), values::nearestNameHint(name, known))};
 }
 
-const Variable* findMember(const StructureType& structure, const QString& name, QString* error)
+Expected<const Variable*> findMember(const StructureType& structure, const QString& name)
 {
     QStringList known;
     for (const Variable& member : structure.members) {
@@ -24,9 +24,8 @@ const Variable* findMember(const StructureType& structure, const QString& name, 
             return &member;
         known.append(member.name);
     }
-    *error =
-        notFound(QStringLiteral("structure %1").arg(values::quoted(structure.name)), name, known);
-    return nullptr;
+    return notFound(QStringLiteral("structure %1").arg(values::quoted(structure.name)), name,
+                    known);
 }
 
 QString declaredBounds(const Variable& variable)
@@ -50,15 +49,13 @@ bool isWithinBounds(const Variable& variable, const LabelPart& part)
 }
 
 /// Moves `target` from the start of `variable` to the element that `part` names.
-bool enterElement(const Variable& variable, const LabelPart& part, LabelTarget* target,
-                  QString* error)
+Expected<void> enterElement(const Variable& variable, const LabelPart& part, LabelTarget* target)
 {
     if (!isWithinBounds(variable, part)) {
-        *error = variable.dimensions.isEmpty()
-                     ? QStringLiteral("%1 is not an array").arg(values::quoted(part.name))
-                     : QStringLiteral("the subscripts of %1 must lie within %2")
-                           .arg(values::quoted(part.name), declaredBounds(variable));
-        return false;
+        return Error{variable.dimensions.isEmpty()
+                         ? QStringLiteral("%1 is not an array").arg(values::quoted(part.name))
+                         : QStringLiteral("the subscripts of %1 must lie within %2")
+                               .arg(values::quoted(part.name), declaredBounds(variable))};
     }
     QVector<qint64> subscripts;
     for (const SubscriptRange& range : part.subscripts)
@@ -67,7 +64,7 @@ bool enterElement(const Variable& variable, const LabelPart& part, LabelTarget* 
     target->variable = &variable;
     target->address += variable.offset + index * elementStride(variable);
     target->elements = elementCount(variable) - index;
-    return true;
+    return {};
 }
 
 } // namespace
@@ -107,59 +104,55 @@ LabelFinder::LabelFinder(const Symbols& symbols)
         m_scopes.insert(scope.name, Scope(&scope.variables));
 }
 
-const Variable* LabelFinder::findVariable(const QVector<LabelPart>& parts, QString* error) const
+Expected<const Variable*> LabelFinder::findVariable(const QVector<LabelPart>& parts) const
 {
     const auto scope = m_scopes.constFind(parts[0].name);
-    if (scope == m_scopes.constEnd()) {
-        *error = notFound(QStringLiteral("the project"), parts[0].name, m_scopes.keys());
-        return nullptr;
-    }
+    if (scope == m_scopes.constEnd())
+        return notFound(QStringLiteral("the project"), parts[0].name, m_scopes.keys());
     const Variable* variable = scope->find(parts[1].name);
-    if (variable == nullptr) {
-        *error = notFound(QStringLiteral("scope %1").arg(values::quoted(parts[0].name)),
-                          parts[1].name, scope->names());
+    if (!variable) {
+        return notFound(QStringLiteral("scope %1").arg(values::quoted(parts[0].name)),
+                        parts[1].name, scope->names());
     }
     return variable;
 }
 
-std::optional<LabelTarget> LabelFinder::find(const QVector<LabelPart>& parts, QString* error) const
+Expected<LabelTarget> LabelFinder::find(const QVector<LabelPart>& parts) const
 {
-    const Variable* variable = findVariable(parts, error);
-    if (variable == nullptr)
-        return {};
+    Expected<const Variable*> variable = findVariable(parts);
+    if (!variable)
+        return variable.error();
     LabelTarget target;
-    target.area = variable->area;
+    target.area = (*variable)->area;
     for (int index = 1;; ++index) {
-        if (!enterElement(*variable, parts[index], &target, error))
-            return {};
+        if (const Expected<void> entered = enterElement(**variable, parts[index], &target);
+            !entered)
+            return entered.error();
         const bool isLast = index + 1 == int(parts.size());
-        if (!variable->structure) {
-            if (isLast)
-                return target;
-            *error = QStringLiteral("%1 has no members").arg(values::quoted(parts[index].name));
-            return {};
-        }
+        const std::shared_ptr<const StructureType>& structure = (*variable)->structure;
+        if (!structure && isLast)
+            return target;
+        const QString name = values::quoted(parts[index].name);
+        if (!structure)
+            return Error{QStringLiteral("%1 has no members").arg(name)};
         if (isLast) {
-            *error = QStringLiteral("%1 is a structure; a label ends at one of its members")
-                         .arg(values::quoted(parts[index].name));
-            return {};
+            return Error{
+                QStringLiteral("%1 is a structure; a label ends at one of its members").arg(name)};
         }
-        variable = findMember(*variable->structure, parts[index + 1].name, error);
-        if (variable == nullptr)
-            return {};
+        variable = findMember(*structure, parts[index + 1].name);
+        if (!variable)
+            return variable.error();
     }
 }
 
-std::optional<LabelTarget> LabelFinder::find(const QString& label, QString* error) const
+Expected<LabelTarget> LabelFinder::find(const QString& label) const
 {
-    const std::optional<QVector<LabelPart>> parts = parseLabel(label, error);
+    const Expected<QVector<LabelPart>> parts = parseLabel(label);
     if (!parts)
-        return {};
-    if (isPattern(*parts)) {
-        *error = QStringLiteral("a range of subscripts names more than one value");
-        return {};
-    }
-    return find(*parts, error);
+        return parts.error();
+    if (isPattern(*parts))
+        return Error{QStringLiteral("a range of subscripts names more than one value")};
+    return find(*parts);
 }
 
 } // namespace plc::project

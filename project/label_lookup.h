@@ -4,10 +4,9 @@
 #include <QtCore/QHash>
 #include <QtCore/QString>
 
-#include <optional>
-
 #include "project/label_syntax.h"
 #include "project/symbols.h"
+#include "values/expected.h"
 
 namespace plc::project {
 
@@ -27,12 +26,11 @@ class LabelFinder {
 public:
     explicit LabelFinder(const Symbols& symbols);
 
-    /// Returns nothing and sets `error` if the label does not lead to a value; subscripts out of
-    /// bounds are refused.
-    std::optional<LabelTarget> find(const QString& label, QString* error) const;
+    /// An error if the label does not lead to a value; subscripts out of bounds are refused.
+    Expected<LabelTarget> find(const QString& label) const;
 
     /// As above for a label already taken apart; of a range the first number counts.
-    std::optional<LabelTarget> find(const QVector<LabelPart>& parts, QString* error) const;
+    Expected<LabelTarget> find(const QVector<LabelPart>& parts) const;
 
 private:
     /// Of several variables of one name the first counts.
@@ -50,7 +48,7 @@ private:
         mutable QHash<QString, const Variable*> m_index;
     };
 
-    const Variable* findVariable(const QVector<LabelPart>& parts, QString* error) const;
+    Expected<const Variable*> findVariable(const QVector<LabelPart>& parts) const;
 
     QHash<QString, Scope> m_scopes;
 };

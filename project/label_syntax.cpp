@@ -1,5 +1,7 @@
 #include "project/label_syntax.h"
 
+#include <optional>
+
 #include "values/nearest_name.h"
 
 namespace plc::project {
@@ -34,31 +36,28 @@ std::optional<SubscriptRange> parseRange(const QString& text)
     return SubscriptRange{*from, *to};
 }
 
-std::optional<LabelPart> parsePart(const QString& text, QString* error)
+Expected<LabelPart> parsePart(const QString& text)
 {
     LabelPart part;
     const int bracket = int(text.indexOf(QLatin1Char('[')));
     part.name = text.left(bracket);
     if (part.name.contains(QLatin1Char(']'))) {
-        *error = QStringLiteral("\"]\" without \"[\" before it");
-        return {};
+        return Error{QStringLiteral("\"]\" without \"[\" before it")};
     }
     if (bracket < 0)
         return part;
     if (int(text.indexOf(QLatin1Char(']'))) != int(text.size()) - 1) {
-        *error = QStringLiteral(
-                     "%1: subscripts stand in one pair of brackets at the end, as in "
-                     "table[1,2]")
-                     .arg(values::quoted(text));
-        return {};
+        return Error{
+            QStringLiteral("%1: subscripts stand in one pair of brackets at the end, as in "
+                           "table[1,2]")
+                .arg(values::quoted(text))};
     }
     const QString inside = text.mid(bracket + 1, text.size() - bracket - 2);
     for (const QString& piece : inside.split(QLatin1Char(','))) {
         const std::optional<SubscriptRange> range = parseRange(piece);
         if (!range) {
-            *error =
-                QStringLiteral("subscript %1 is not a whole number").arg(values::quoted(piece));
-            return {};
+            return Error{
+                QStringLiteral("subscript %1 is not a whole number").arg(values::quoted(piece))};
         }
         part.subscripts.append(*range);
     }
@@ -108,22 +107,20 @@ QStringList withSubscripts(const QStringList& heads, const LabelPart& part)
 
 } // namespace
 
-std::optional<QVector<LabelPart>> parseLabel(const QString& label, QString* error)
+Expected<QVector<LabelPart>> parseLabel(const QString& label)
 {
     QVector<LabelPart> parts;
     for (const QString& text : splitParts(label)) {
-        const std::optional<LabelPart> part = parsePart(text, error);
+        const Expected<LabelPart> part = parsePart(text);
         if (!part)
-            return {};
+            return part.error();
         parts.append(*part);
     }
     if (parts.size() < 2) {
-        *error = QStringLiteral("expected Scope.variable");
-        return {};
+        return Error{QStringLiteral("expected Scope.variable")};
     }
     if (!parts.first().subscripts.isEmpty()) {
-        *error = QStringLiteral("a scope has no subscripts");
-        return {};
+        return Error{QStringLiteral("a scope has no subscripts")};
     }
     return parts;
 }
@@ -139,15 +136,14 @@ bool isPattern(const QVector<LabelPart>& parts)
     return false;
 }
 
-std::optional<QStringList> expandPattern(const QVector<LabelPart>& parts, int limit, QString* error)
+Expected<QStringList> expandPattern(const QVector<LabelPart>& parts, int limit)
 {
     qint64 count = 1;
     for (const LabelPart& part : parts) {
         for (const SubscriptRange& range : part.subscripts) {
             count *= range.to - range.from + 1;
             if (count > limit) {
-                *error = QStringLiteral("stands for more than %1 labels").arg(limit);
-                return {};
+                return Error{QStringLiteral("stands for more than %1 labels").arg(limit)};
             }
         }
     }

@@ -5,7 +5,7 @@
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
-#include <optional>
+#include "values/expected.h"
 
 namespace plc::project {
 
@@ -21,17 +21,16 @@ struct LabelPart {
     QVector<SubscriptRange> subscripts;
 };
 
-/// Takes a label or a pattern apart: `Scope.variable[1,2].member`. Returns nothing and sets `error`
-/// if it does not have that form.
-std::optional<QVector<LabelPart>> parseLabel(const QString& label, QString* error);
+/// Takes a label or a pattern apart: `Scope.variable[1,2].member`. An error if it does
+/// not have that form.
+Expected<QVector<LabelPart>> parseLabel(const QString& label);
 
 /// Whether a subscript stands for more than one number.
 bool isPattern(const QVector<LabelPart>& parts);
 
-/// The labels that a pattern stands for, the last range running fastest. Returns nothing and sets
-/// `error` if they are more than `limit`.
-std::optional<QStringList> expandPattern(const QVector<LabelPart>& parts, int limit,
-                                         QString* error);
+/// The labels that a pattern stands for, the last range running fastest. An error if they are
+/// more than `limit`.
+Expected<QStringList> expandPattern(const QVector<LabelPart>& parts, int limit);
 
 /// Whether `name` can stand in a label: not empty, nothing that labels or command lines use as a
 /// separator, no blanks and no control characters.

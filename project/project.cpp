@@ -151,50 +151,63 @@ private:
     void readLabel(const JsonNode& node, const CyclicLabel& form)
     {
         const QString label = node.text();
-        QString error;
-        const std::optional<QVector<LabelPart>> parts = parseLabel(label, &error);
-        const std::optional<LabelTarget> target =
-            parts ? m_finder.find(*parts, &error) : std::nullopt;
-        if (target && form.elements > target->elements) {
-            error = QStringLiteral("%1 elements from here, but the array ends after %2")
-                        .arg(form.elements)
-                        .arg(target->elements);
-        } else if (target) {
-            error = valueLimitError(*target->variable, form.elements, m_maxReadBytes);
-        }
-        std::optional<QStringList> labels;
-        if (error.isEmpty())
-            labels = expandPattern(*parts, kMostCyclicLabels - int(m_labels.size()), &error);
-        if (target && labels &&
-            !hasRoomFor(*target->variable, form.elements, labels->size(), &error))
-            labels.reset();
+        const Expected<QStringList> labels = labelsOf(label, form);
         if (!labels) {
-            node.fail(QStringLiteral("label %1: %2").arg(values::quoted(label), error));
+            node.fail(
+                QStringLiteral("label %1: %2").arg(values::quoted(label), labels.error().text));
             return;
         }
         for (const QString& each : *labels)
             m_labels.append({each, form.elements, form.station});
     }
 
-    /// Adds so many values to those before them. Returns false and sets `error` when all together
-    /// are too large.
-    bool hasRoomFor(const Variable& variable, qint64 elements, qint64 values, QString* error)
+    /// Those that a label stands for, whose values are counted.
+    Expected<QStringList> labelsOf(const QString& label, const CyclicLabel& form)
+    {
+        const Expected<QVector<LabelPart>> parts = parseLabel(label);
+        if (!parts)
+            return parts.error();
+        const Expected<LabelTarget> target = m_finder.find(*parts);
+        if (!target)
+            return target.error();
+        if (form.elements > target->elements) {
+            return Error{QStringLiteral("%1 elements from here, but the array ends after %2")
+                             .arg(form.elements)
+                             .arg(target->elements)};
+        }
+        const QString limit = valueLimitError(*target->variable, form.elements, m_maxReadBytes);
+        if (!limit.isEmpty())
+            return Error{limit};
+        const Expected<QStringList> labels =
+            expandPattern(*parts, kMostCyclicLabels - int(m_labels.size()));
+        if (!labels)
+            return labels.error();
+        const Expected<void> room = addValues(*target->variable, form.elements, labels->size());
+        if (!room)
+            return room.error();
+        return labels;
+    }
+
+    /// Adds so many values to those before them; an error when all together are too large.
+    Expected<void> addValues(const Variable& variable, qint64 elements, qint64 values)
     {
         m_bytes += values * bufferBytes(variable, elements);
         m_pieces += values * transferPieces(variable, elements, m_maxReadBytes);
         if (m_bytes > kMostCyclicBytes) {
-            *error = QStringLiteral("the cyclic values up to here have %1 bytes, and may have %2")
-                         .arg(m_bytes)
-                         .arg(kMostCyclicBytes);
-        } else if (m_pieces > kMostCyclicPieces) {
-            *error = QStringLiteral(
-                         "the cyclic values up to here fall into %1 pieces of at most "
-                         "%2 bytes (maxReadBytes), and may fall into %3")
-                         .arg(m_pieces)
-                         .arg(m_maxReadBytes)
-                         .arg(kMostCyclicPieces);
+            return Error{
+                QStringLiteral("the cyclic values up to here have %1 bytes, and may have %2")
+                    .arg(m_bytes)
+                    .arg(kMostCyclicBytes)};
         }
-        return error->isEmpty();
+        if (m_pieces > kMostCyclicPieces) {
+            return Error{
+                QStringLiteral("the cyclic values up to here fall into %1 pieces of at most "
+                               "%2 bytes (maxReadBytes), and may fall into %3")
+                    .arg(m_pieces)
+                    .arg(m_maxReadBytes)
+                    .arg(kMostCyclicPieces)};
+        }
+        return {};
     }
 
     LabelFinder m_finder;
@@ -230,57 +243,48 @@ Project readProject(const JsonNode& root, SharedMemoryRule rule)
     return project;
 }
 
-std::optional<Project> parse(QByteArray json, const QString& name, QString* error,
-                             SharedMemoryRule rule)
+Expected<Project> parse(QByteArray json, const QString& name, SharedMemoryRule rule)
 {
     if (json.size() > kLargestFile) {
-        *error = tooLarge(name);
-        return {};
+        return Error{tooLarge(name)};
     }
     const Expected<JsonDocument> document = JsonDocument::parse(std::move(json));
     if (!document) {
-        *error = QStringLiteral("%1: %2").arg(name, document.error().text);
-        return {};
+        return Error{QStringLiteral("%1: %2").arg(name, document.error().text)};
     }
     DocumentErrors errors(name);
     Project project = readProject(JsonNode(document->root(), &errors), rule);
     if (!errors.isEmpty()) {
-        *error = errors.first();
-        return {};
+        return Error{errors.first()};
     }
     return project;
 }
 
 } // namespace
 
-std::optional<Project> loadProject(const QString& path, QString* error, SharedMemoryRule rule)
+Expected<Project> loadProject(const QString& path, SharedMemoryRule rule)
 {
     QFile file(path);
     if (QFileInfo(path).isDir()) {
-        *error = QStringLiteral("%1: is a folder, expected a project file").arg(path);
-        return {};
+        return Error{QStringLiteral("%1: is a folder, expected a project file").arg(path)};
     }
     if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString());
-        return {};
+        return Error{QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString())};
     }
     if (file.size() > kLargestFile) {
-        *error = tooLarge(path);
-        return {};
+        return Error{tooLarge(path)};
     }
     // Pipes and devices tell no size beforehand.
     QByteArray json = file.read(kLargestFile + 1);
     if (file.error() != QFileDevice::NoError) {
-        *error = QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString());
-        return {};
+        return Error{QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString())};
     }
-    return parse(std::move(json), path, error, rule);
+    return parse(std::move(json), path, rule);
 }
 
-std::optional<Project> parseProject(const QByteArray& json, const QString& name, QString* error,
-                                    SharedMemoryRule rule)
+Expected<Project> parseProject(const QByteArray& json, const QString& name, SharedMemoryRule rule)
 {
-    return parse(json, name, error, rule);
+    return parse(json, name, rule);
 }
 
 } // namespace plc::project

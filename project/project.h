@@ -5,9 +5,8 @@
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
-#include <optional>
-
 #include "project/symbols.h"
+#include "values/expected.h"
 
 namespace plc::project {
 
@@ -43,15 +42,14 @@ struct Project : Symbols {
 /// Whether variables of scopes may share memory without being marked as overlays.
 enum class SharedMemoryRule { Refused, Allowed };
 
-/// Reads and checks the project file at `path`. On failure returns nothing and sets `error` to one
-/// line that names the file, the path in the document (`/scopes/0/variables/3/type`), what was
-/// found and what was expected.
-std::optional<Project> loadProject(const QString& path, QString* error,
-                                   SharedMemoryRule rule = SharedMemoryRule::Refused);
+/// Reads and checks the project file at `path`. An error is one line that names the file, the path
+/// in the document (`/scopes/0/variables/3/type`), what was found and what was expected.
+Expected<Project> loadProject(const QString& path,
+                              SharedMemoryRule rule = SharedMemoryRule::Refused);
 
 /// As loadProject() from bytes; `name` stands for the file in errors.
-std::optional<Project> parseProject(const QByteArray& json, const QString& name, QString* error,
-                                    SharedMemoryRule rule = SharedMemoryRule::Refused);
+Expected<Project> parseProject(const QByteArray& json, const QString& name,
+                               SharedMemoryRule rule = SharedMemoryRule::Refused);
 
 } // namespace plc::project
 

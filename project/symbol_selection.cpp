@@ -32,8 +32,7 @@ Symbols symbolsFor(const QStringList& labels, const Symbols& symbols)
 {
     QHash<QString, QSet<QString>> wanted;
     for (const QString& label : labels) {
-        QString error;
-        if (const std::optional<QVector<LabelPart>> parts = parseLabel(label, &error))
+        if (const Expected<QVector<LabelPart>> parts = parseLabel(label))
             wanted[parts->at(0).name].insert(parts->at(1).name);
     }
     Symbols selection;

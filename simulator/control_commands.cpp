@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "simulator/reply_faults.h"
 #include "simulator/value_access.h"
 #include "values/nearest_name.h"
 #include "values/visible_text.h"
@@ -9,8 +10,6 @@
 namespace plc::simulator {
 namespace {
 
-constexpr int kLongestDelay = 24 * 60 * 60 * 1000; // ms
-constexpr int kHighestNumber = 1000000000;
 constexpr int kMostPeekedBytes = 4096;
 
 // An answer is one line, whatever a client has written into the memory.
@@ -149,20 +148,19 @@ QString ControlCommands::execute(const QString& line)
 
 QString ControlCommands::get(const QStringList& arguments)
 {
-    QString problem;
-    const std::optional<project::LabelTarget> place = m_finder.find(arguments[0], &problem);
+    const Expected<project::LabelTarget> place = m_finder.find(arguments[0]);
     if (!place)
-        return error(problem);
+        return error(place.error().text);
     m_settings->prepareMemory();
     return ok(loadText(*m_memory, *place));
 }
 
 QString ControlCommands::set(const QStringList& arguments)
 {
-    QString problem;
-    const std::optional<project::LabelTarget> place = m_finder.find(arguments[0], &problem);
+    const Expected<project::LabelTarget> place = m_finder.find(arguments[0]);
     if (!place)
-        return error(problem);
+        return error(place.error().text);
+    QString problem;
     m_settings->prepareMemory();
     const Expected<void> isStored = storeText(m_memory, *place, arguments[1]);
     return isStored ? ok() : error(isStored.error().text);

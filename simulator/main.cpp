@@ -180,11 +180,9 @@ int run(QCoreApplication* application)
         print(options->information);
         return kExitDone;
     }
-    QString error;
-    const std::optional<project::Project> project =
-        project::loadProject(options->projectFile, &error);
+    const Expected<project::Project> project = project::loadProject(options->projectFile);
     if (!project) {
-        complain(error);
+        complain(project.error().text);
         return kExitWrongUse;
     }
     if (const Expected<void> isSmall = checkSize(*project); !isSmall) {

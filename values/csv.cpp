@@ -67,7 +67,7 @@ public:
             ++m_position;
     }
 
-    std::optional<QVector<Record>> parse(QString* error)
+    Expected<QVector<Record>> parse()
     {
         QVector<Record> records;
         while (!atEnd()) {
@@ -83,8 +83,7 @@ public:
                                             "or the end of the line; quotes inside of a quoted "
                                             "field are written twice"));
             if (!m_error.isEmpty()) {
-                *error = m_error;
-                return {};
+                return Error{m_error};
             }
             records.append(record);
         }
@@ -171,9 +170,9 @@ QString row(const QStringList& fields)
     return fields == QStringList{QString()} ? QStringLiteral("\"\"") : texts.join(kComma);
 }
 
-std::optional<QVector<Record>> parse(const QString& text, QString* error)
+Expected<QVector<Record>> parse(const QString& text)
 {
-    return Parser(text).parse(error);
+    return Parser(text).parse();
 }
 
 } // namespace csv

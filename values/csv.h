@@ -5,7 +5,7 @@
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
-#include <optional>
+#include "values/expected.h"
 
 namespace plc::values {
 namespace csv {
@@ -25,9 +25,9 @@ struct Record {
     QStringList fields;
 };
 
-/// The records of a text, in which lines may end in LF, too. Empty lines are left out. On failure
-/// returns nothing and sets `error`, which begins with the line ("line 3: ").
-std::optional<QVector<Record>> parse(const QString& text, QString* error);
+/// The records of a text, in which lines may end in LF, too. Empty lines are left out. An
+/// error begins with the line ("line 3: ").
+Expected<QVector<Record>> parse(const QString& text);
 
 } // namespace csv
 } // namespace plc::values

@@ -1,5 +1,7 @@
 #include "values/string_literal.h"
 
+#include <optional>
+
 #include "values/nearest_name.h"
 #include "values/visible_text.h"
 
@@ -68,7 +70,7 @@ QString stringLiteral(const QString& text, QChar quote)
     return literal + quote;
 }
 
-std::optional<QString> parseStringLiteral(const QString& literal, QString* error)
+Expected<QString> parseStringLiteral(const QString& literal)
 {
     if (!literal.startsWith(QLatin1Char('\'')) && !literal.startsWith(QLatin1Char('"')))
         return literal;
@@ -84,16 +86,15 @@ std::optional<QString> parseStringLiteral(const QString& literal, QString* error
         const std::optional<QChar> character =
             position < int(literal.size()) ? unescaped(literal, &position, quote) : std::nullopt;
         if (!character) {
-            *error = QStringLiteral("%1 has an unknown escape behind $; $$ stands for the sign $")
-                         .arg(quoted(literal));
-            return {};
+            return Error{
+                QStringLiteral("%1 has an unknown escape behind $; $$ stands for the sign $")
+                    .arg(quoted(literal))};
         }
         text += *character;
     }
     if (position != int(literal.size()) - 1) {
-        *error =
-            QStringLiteral("%1 does not end with the quote it begins with").arg(quoted(literal));
-        return {};
+        return Error{
+            QStringLiteral("%1 does not end with the quote it begins with").arg(quoted(literal))};
     }
     return text;
 }

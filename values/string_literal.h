@@ -3,7 +3,7 @@
 
 #include <QtCore/QString>
 
-#include <optional>
+#include "values/expected.h"
 
 namespace plc::values {
 
@@ -11,9 +11,8 @@ namespace plc::values {
 QString stringLiteral(const QString& text, QChar quote);
 
 /// The text that a literal in either kind of quotes stands for, or `literal` itself when it does
-/// not begin with a quote. Nothing, and `error` set, for a literal that is not closed or has a bad
-/// escape.
-std::optional<QString> parseStringLiteral(const QString& literal, QString* error);
+/// not begin with a quote. An error for a literal that is not closed or has a bad escape.
+Expected<QString> parseStringLiteral(const QString& literal);
 
 } // namespace plc::values
 

@@ -118,53 +118,50 @@ QString rangeText(const IecType& type)
     return QStringLiteral("0 to %1").arg(largest);
 }
 
-std::optional<Value> outOfRange(const IecType& type, const QString& text, QString* error)
+Expected<Value> outOfRange(const IecType& type, const QString& text)
 {
-    *error = QStringLiteral("%1 is outside the range of %2, %3")
-                 .arg(text, QLatin1String(type.name), rangeText(type));
-    return {};
+    return Error{QStringLiteral("%1 is outside the range of %2, %3")
+                     .arg(text, QLatin1String(type.name), rangeText(type))};
 }
 
-std::optional<Value> parseWhole(const IecType& type, const QString& text, QString* error)
+Expected<Value> parseWhole(const IecType& type, const QString& text)
 {
     WrittenInteger number;
     const IntegerForm form = parseInteger(text, &number);
     if (form == IntegerForm::NotANumber) {
-        *error = QStringLiteral("%1 is no whole number, which %2 takes")
-                     .arg(quoted(text), QLatin1String(type.name));
-        return {};
+        return Error{QStringLiteral("%1 is no whole number, which %2 takes")
+                         .arg(quoted(text), QLatin1String(type.name))};
     }
     const quint64 largest = largestUnsigned(type);
     if (type.format != ValueFormat::Signed) {
         const bool fits =
             number.magnitude <= largest && (!number.isNegative || number.magnitude == 0);
         if (form == IntegerForm::TooLarge || !fits)
-            return outOfRange(type, text, error);
+            return outOfRange(type, text);
         return Value(number.magnitude);
     }
     const quint64 limit = number.isNegative ? largest / 2 + 1 : largest / 2;
     if (form == IntegerForm::TooLarge || number.magnitude > limit)
-        return outOfRange(type, text, error);
+        return outOfRange(type, text);
     // The least number has no positive counterpart.
     if (number.isNegative && number.magnitude > 0)
         return Value(-qint64(number.magnitude - 1) - 1);
     return Value(qint64(number.magnitude));
 }
 
-std::optional<Value> parseBoolean(const IecType& type, const QString& text, QString* error)
+Expected<Value> parseBoolean(const IecType& type, const QString& text)
 {
     const QString folded = text.toUpper();
     if (folded == QLatin1String("TRUE") || folded == QLatin1String("1"))
         return Value(true);
     if (folded == QLatin1String("FALSE") || folded == QLatin1String("0"))
         return Value(false);
-    *error = QStringLiteral("%1 is no %2; TRUE, FALSE, 1 or 0 is expected")
-                 .arg(quoted(text), QLatin1String(type.name));
-    return {};
+    return Error{QStringLiteral("%1 is no %2; TRUE, FALSE, 1 or 0 is expected")
+                     .arg(quoted(text), QLatin1String(type.name))};
 }
 
 template <typename Real>
-std::optional<Value> parseReal(const IecType& type, const QString& text, QString* error)
+Expected<Value> parseReal(const IecType& type, const QString& text)
 {
     const bool hasType = text.startsWith(kTypePrefix<Real>, Qt::CaseInsensitive);
     QByteArray bytes = (hasType ? text.mid(kTypePrefix<Real>.size()) : text).toLatin1();
@@ -174,64 +171,56 @@ std::optional<Value> parseReal(const IecType& type, const QString& text, QString
     const char* end = bytes.constData() + bytes.size();
     const std::from_chars_result result = std::from_chars(bytes.constData(), end, value);
     if (bytes.isEmpty() || result.ptr != end) {
-        *error = QStringLiteral("%1 is no number such as -1.5 or 2e6, which %2 takes")
-                     .arg(quoted(text), QLatin1String(type.name));
-        return {};
+        return Error{QStringLiteral("%1 is no number such as -1.5 or 2e6, which %2 takes")
+                         .arg(quoted(text), QLatin1String(type.name))};
     }
     if (result.ec != std::errc()) {
-        *error = QStringLiteral("%1 cannot be held by %2: too large or too near to 0")
-                     .arg(text, QLatin1String(type.name));
-        return {};
+        return Error{QStringLiteral("%1 cannot be held by %2: too large or too near to 0")
+                         .arg(text, QLatin1String(type.name))};
     }
     // A name that was not replaced or a spreadsheet's empty cell reads like this.
     if (!hasType && !std::isfinite(value)) {
-        *error = QStringLiteral("%1 is no number; write %2%3 if it is meant")
-                     .arg(quoted(text), kTypePrefix<Real>, plainText(value));
-        return {};
+        return Error{QStringLiteral("%1 is no number; write %2%3 if it is meant")
+                         .arg(quoted(text), kTypePrefix<Real>, plainText(value))};
     }
     return Value(value);
 }
 
-std::optional<Value> parseTime(const IecType& type, const QString& text, QString* error)
+Expected<Value> parseTime(const IecType& type, const QString& text)
 {
     const std::optional<quint64> milliseconds = parseDuration(text);
     if (!milliseconds) {
-        *error = QStringLiteral("%1 is no duration such as T#1m30s or T#500ms, which %2 takes")
-                     .arg(quoted(text), QLatin1String(type.name));
-        return {};
+        return Error{QStringLiteral("%1 is no duration such as T#1m30s or T#500ms, which %2 takes")
+                         .arg(quoted(text), QLatin1String(type.name))};
     }
     const quint64 largest = largestUnsigned(type);
     if (*milliseconds > largest) {
-        *error = QStringLiteral("%1 is longer than %2 can hold, %3")
-                     .arg(text, QLatin1String(type.name), durationText(largest));
-        return {};
+        return Error{QStringLiteral("%1 is longer than %2 can hold, %3")
+                         .arg(text, QLatin1String(type.name), durationText(largest))};
     }
     return Value(*milliseconds);
 }
 
-std::optional<Value> parseText(const IecType& type, int stringLength, const QString& text,
-                               QString* error)
+Expected<Value> parseText(const IecType& type, int stringLength, const QString& text)
 {
-    const std::optional<QString> characters = parseStringLiteral(text, error);
+    const Expected<QString> characters = parseStringLiteral(text);
     if (!characters)
-        return {};
+        return characters.error();
     if (int(characters->size()) > stringLength) {
-        *error = QStringLiteral("%1 has %2 characters and the %3 has room for %4")
-                     .arg(quoted(text))
-                     .arg(characters->size())
-                     .arg(QLatin1String(type.name))
-                     .arg(stringLength);
-        return {};
+        return Error{QStringLiteral("%1 has %2 characters and the %3 has room for %4")
+                         .arg(quoted(text))
+                         .arg(characters->size())
+                         .arg(QLatin1String(type.name))
+                         .arg(stringLength)};
     }
     const ushort last = type.format == ValueFormat::WideText ? 0xFFFF : 0xFF;
     for (const QChar character : *characters) {
         if (character.unicode() != 0 && character.unicode() <= last)
             continue;
-        *error = QStringLiteral("%1 has the character U+%2, which a %3 cannot hold")
-                     .arg(quoted(text))
-                     .arg(uint(character.unicode()), 4, 16, QLatin1Char('0'))
-                     .arg(QLatin1String(type.name));
-        return {};
+        return Error{QStringLiteral("%1 has the character U+%2, which a %3 cannot hold")
+                         .arg(quoted(text))
+                         .arg(uint(character.unicode()), 4, 16, QLatin1Char('0'))
+                         .arg(QLatin1String(type.name))};
     }
     return Value(*characters);
 }
@@ -301,28 +290,27 @@ QString jsonText(const QString& text)
     return json + QLatin1Char('"');
 }
 
-std::optional<Value> parseValue(const IecType& type, int stringLength, const QString& written,
-                                QString* error)
+Expected<Value> parseValue(const IecType& type, int stringLength, const QString& written)
 {
     // Blanks around a text may belong to it.
     const QString text = isText(type) ? written : written.trimmed();
     switch (type.format) {
         case ValueFormat::Boolean:
-            return parseBoolean(type, text, error);
+            return parseBoolean(type, text);
         case ValueFormat::Signed:
         case ValueFormat::Unsigned:
         case ValueFormat::Hexadecimal:
-            return parseWhole(type, text, error);
+            return parseWhole(type, text);
         case ValueFormat::Real:
-            return type.size == int(sizeof(float)) ? parseReal<float>(type, text, error)
-                                                   : parseReal<double>(type, text, error);
+            return type.size == int(sizeof(float)) ? parseReal<float>(type, text)
+                                                   : parseReal<double>(type, text);
         case ValueFormat::Duration:
-            return parseTime(type, text, error);
+            return parseTime(type, text);
         case ValueFormat::Text:
         case ValueFormat::WideText:
-            return parseText(type, stringLength, text, error);
+            return parseText(type, stringLength, text);
     }
-    return {};
+    return Error{QStringLiteral("%1 has no notation").arg(QLatin1String(type.name))};
 }
 
 } // namespace plc::values

@@ -3,9 +3,9 @@
 
 #include <QtCore/QString>
 
-#include <optional>
 #include <variant>
 
+#include "values/expected.h"
 #include "values/iec_types.h"
 
 namespace plc::values {
@@ -27,10 +27,9 @@ QString jsonText(const QString& text);
 
 /// Reads a value as users write it. Integers may have a base (16#FF, 8#17, 2#1010, 0xFF) and single
 /// underscores between digits; texts may stand without quotes. `stringLength` is the capacity of a
-/// text. REAL and LREAL may have their type before them (REAL#1.5); nan and inf must have it. On
-/// failure returns nothing and sets `error`, which begins with what was found.
-std::optional<Value> parseValue(const IecType& type, int stringLength, const QString& text,
-                                QString* error);
+/// text. REAL and LREAL may have their type before them (REAL#1.5); nan and inf must have it. An
+/// error begins with what was found.
+Expected<Value> parseValue(const IecType& type, int stringLength, const QString& text);
 
 } // namespace plc::values
 

@@ -88,11 +88,10 @@ private:
 
 project::Project plantProject()
 {
-    QString error;
-    const std::optional<project::Project> project =
-        project::parseProject(projectJson(), QStringLiteral("the plant"), &error);
+    const Expected<project::Project> project =
+        project::parseProject(projectJson(), QStringLiteral("the plant"));
     if (!project)
-        giveUp(error);
+        giveUp(project.error().text);
     return *project;
 }
 

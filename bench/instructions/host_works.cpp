@@ -48,11 +48,10 @@ QByteArray projectOf(int variables)
 
 project::Project parsed(const QByteArray& json)
 {
-    QString error;
-    const std::optional<project::Project> project =
-        project::parseProject(json, QStringLiteral("plant.json"), &error);
+    const Expected<project::Project> project =
+        project::parseProject(json, QStringLiteral("plant.json"));
     if (!project)
-        giveUp(error);
+        giveUp(project.error().text);
     return *project;
 }
 

@@ -38,10 +38,9 @@ std::optional<DataPoint> DataPointFinder::find(const QString& label, int element
 std::optional<DataPoint> DataPointFinder::find(const QString& label, int elements,
                                                QString* error) const
 {
-    QString reason;
-    const std::optional<project::LabelTarget> target = m_labels.find(label, &reason);
+    const Expected<project::LabelTarget> target = m_labels.find(label);
     if (!target) {
-        *error = QStringLiteral("%1: %2").arg(label, reason);
+        *error = QStringLiteral("%1: %2").arg(label, target.error().text);
         return {};
     }
     if (elements > target->elements) {
@@ -51,7 +50,8 @@ std::optional<DataPoint> DataPointFinder::find(const QString& label, int element
                      .arg(target->elements);
         return {};
     }
-    reason = project::valueLimitError(*target->variable, elements, m_settings.maxReadBytes);
+    const QString reason =
+        project::valueLimitError(*target->variable, elements, m_settings.maxReadBytes);
     if (!reason.isEmpty()) {
         *error = QStringLiteral("%1*%2: %3").arg(label).arg(elements).arg(reason);
         return {};

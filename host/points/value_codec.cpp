@@ -167,7 +167,6 @@ QString pointJson(const DataPoint& point, const QVector<values::Value>& values)
 std::optional<QVector<values::Value>> parsePoint(const DataPoint& point, const QString& text,
                                                  QString* error)
 {
-    QString reason;
     QStringList pieces{text};
     if (point.elements > 1) {
         if (values::isText(*point.type)) {
@@ -189,10 +188,10 @@ std::optional<QVector<values::Value>> parsePoint(const DataPoint& point, const Q
     }
     QVector<values::Value> values;
     for (const QString& piece : pieces) {
-        const std::optional<values::Value> value =
-            values::parseValue(*point.type, point.stringLength, piece, &reason);
+        const Expected<values::Value> value =
+            values::parseValue(*point.type, point.stringLength, piece);
         if (!value) {
-            *error = QStringLiteral("%1: %2").arg(point.text, reason);
+            *error = QStringLiteral("%1: %2").arg(point.text, value.error().text);
             return {};
         }
         values.append(*value);

@@ -41,12 +41,11 @@ HostSettings settingsOf(test::Random* random)
 
 project::Project projectOf(const HostSettings& settings)
 {
-    QString error;
-    const std::optional<project::Project> project = project::parseProject(
-        projectJson(settings, kStampedArrays), QStringLiteral("project"), &error);
+    const Expected<project::Project> project =
+        project::parseProject(projectJson(settings, kStampedArrays), QStringLiteral("project"));
     if (!project)
-        ADD_FAILURE() << error.toStdString();
-    return project.value_or(project::Project());
+        ADD_FAILURE() << project.error().text.toStdString();
+    return project.valueOr(project::Project());
 }
 
 /// Sizes of login replies that a read of the plant may ask for as well.

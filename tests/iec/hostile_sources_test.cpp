@@ -51,9 +51,8 @@ void check(const QString& source)
         return;
     const QByteArray json =
         project::documentText(project::projectDocument(QStringLiteral("x"), result.project));
-    QString error;
-    const auto project = project::parseProject(json, QStringLiteral("x.json"), &error);
-    EXPECT_TRUE(project) << error.toStdString() << "\n"
+    const auto project = project::parseProject(json, QStringLiteral("x.json"));
+    EXPECT_TRUE(project) << project.error().text.toStdString() << "\n"
                          << json.constData() << "\n"
                          << source.toStdString();
 }

@@ -11,25 +11,26 @@ class LabelExpansionTest : public ::testing::Test {
 protected:
     std::string expanded(const char* text)
     {
-        QString error;
-        const std::optional<QStringList> labels = expander.expand(QString::fromUtf8(text), &error);
-        return labels ? labels->join(QLatin1Char(' ')).toStdString() : error.toStdString();
+        return shown(expander.expand(QString::fromUtf8(text)));
     }
 
     /// The same in a project of variables with numbers in their names.
     static std::string numbered(const char* text)
     {
-        QString error;
-        const std::optional<Project> project = parseProject(R"({
+        const Expected<Project> project = parseProject(R"({
             "name": "Numbered", "areas": [{"index": 1, "size": 64}],
             "scopes": [{"name": "N", "variables": [
               {"name": "v1", "type": "INT", "area": 1, "offset": 0},
               {"name": "v2", "type": "INT", "area": 1, "offset": 2},
               {"name": "v11", "type": "INT", "area": 1, "offset": 4}]}]})",
-                                                            QStringLiteral("numbered"), &error);
-        const std::optional<QStringList> labels =
-            LabelExpander(*project).expand(QString::fromUtf8(text), &error);
-        return labels ? labels->join(QLatin1Char(' ')).toStdString() : error.toStdString();
+                                                       QStringLiteral("numbered"));
+        return shown(LabelExpander(*project).expand(QString::fromUtf8(text)));
+    }
+
+    static std::string shown(const Expected<QStringList>& labels)
+    {
+        return labels ? labels->join(QLatin1Char(' ')).toStdString()
+                      : labels.error().text.toStdString();
     }
 
     const Project project = testProject();

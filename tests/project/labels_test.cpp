@@ -17,10 +17,8 @@ protected:
 
     Found find(const char* label) const
     {
-        QString error;
-        const std::optional<LabelTarget> target = m_finder.find(QString::fromUtf8(label), &error);
-        EXPECT_EQ(target.has_value(), error.isEmpty()) << label;
-        return {error.toStdString(), target.value_or(LabelTarget())};
+        const Expected<LabelTarget> target = m_finder.find(QString::fromUtf8(label));
+        return {target ? "" : target.error().text.toStdString(), target.valueOr(LabelTarget())};
     }
 
     void expectAt(qint64 address, qint64 elements, const char* label) const
@@ -112,16 +110,16 @@ TEST_F(Labels, WithBrokenSubscriptsSayWhy)
 
 TEST(LabelSyntax, ExpandsRanges)
 {
-    QString error;
-    const auto parts = parseLabel(QStringLiteral(".a[1..2].b[0,-1..1]"), &error);
+    const auto parts = parseLabel(QStringLiteral(".a[1..2].b[0,-1..1]"));
     ASSERT_TRUE(parts);
     EXPECT_TRUE(isPattern(*parts));
-    const auto labels = expandPattern(*parts, 6, &error);
+    const auto labels = expandPattern(*parts, 6);
     ASSERT_TRUE(labels);
     EXPECT_EQ(".a[1].b[0,-1] .a[1].b[0,0] .a[1].b[0,1] .a[2].b[0,-1] .a[2].b[0,0] .a[2].b[0,1]",
               labels->join(QLatin1Char(' ')).toStdString());
-    EXPECT_FALSE(expandPattern(*parts, 5, &error));
-    EXPECT_EQ("stands for more than 5 labels", error.toStdString());
+    const auto tooMany = expandPattern(*parts, 5);
+    ASSERT_FALSE(tooMany);
+    EXPECT_EQ("stands for more than 5 labels", tooMany.error().text.toStdString());
 }
 
 TEST(LabelSyntax, ANameHasNoSeparators)

@@ -171,10 +171,16 @@ TEST(ProjectFile, RefusesEveryTruncationOfADocument)
         projectText(R"({"name": "a", "type": "INT", "area": 1, "offset": 0, "array": [[1, 3]]})",
                     "", R"("MAIN.a[1]")");
     for (int size = 0; size < int(whole.size()); ++size) {
-        QString error;
-        ASSERT_FALSE(parseProject(whole.left(size), QStringLiteral("t"), &error)) << size;
-        ASSERT_FALSE(error.isEmpty()) << size;
+        const Expected<Project> project = parseProject(whole.left(size), QStringLiteral("t"));
+        ASSERT_FALSE(project) << size;
+        ASSERT_FALSE(project.error().text.isEmpty()) << size;
     }
+}
+
+std::string loadErrorOf(const QString& path)
+{
+    const Expected<Project> project = loadProject(path);
+    return project ? "" : project.error().text.toStdString();
 }
 
 TEST(LoadProject, ReadsAFile)
@@ -185,20 +191,16 @@ TEST(LoadProject, ReadsAFile)
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(projectText(""));
     file.close();
-    QString error;
-    const std::optional<Project> project = loadProject(path, &error);
-    ASSERT_TRUE(project) << error.toStdString();
+    const Expected<Project> project = loadProject(path);
+    ASSERT_TRUE(project) << project.error().text.toStdString();
     EXPECT_EQ("test", project->name.toStdString());
 }
 
 TEST(LoadProject, NamesTheFileThatCannotBeRead)
 {
-    QString error;
-    EXPECT_FALSE(loadProject(QStringLiteral("/nowhere/p.json"), &error));
-    EXPECT_EQ(0, error.indexOf(QLatin1String("/nowhere/p.json: cannot be read: ")))
-        << error.toStdString();
-    EXPECT_FALSE(loadProject(QStringLiteral("/tmp"), &error));
-    EXPECT_EQ("/tmp: is a folder, expected a project file", error.toStdString());
+    const std::string error = loadErrorOf(QStringLiteral("/nowhere/p.json"));
+    EXPECT_EQ(0u, error.find("/nowhere/p.json: cannot be read: ")) << error;
+    EXPECT_EQ("/tmp: is a folder, expected a project file", loadErrorOf(QStringLiteral("/tmp")));
 }
 
 TEST(LoadProject, RefusesAFileOf100MegabytesByItsSize)
@@ -209,26 +211,21 @@ TEST(LoadProject, RefusesAFileOf100MegabytesByItsSize)
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     ASSERT_TRUE(file.resize(100 * 1000 * 1000));
     file.close();
-    QString error;
-    EXPECT_FALSE(loadProject(path, &error));
     EXPECT_EQ(path.toStdString() + ": the file has more than 32 MiB; a project file has less",
-              error.toStdString());
+              loadErrorOf(path));
 }
 
 TEST(LoadProject, StopsReadingADeviceThatNeverEnds)
 {
-    QString error;
-    EXPECT_FALSE(loadProject(QStringLiteral("/dev/zero"), &error));
     EXPECT_EQ("/dev/zero: the file has more than 32 MiB; a project file has less",
-              error.toStdString());
+              loadErrorOf(QStringLiteral("/dev/zero")));
 }
 
 TEST(DemoPlant, ReadsAtLeast150LabelsInThreeAreas)
 {
-    QString error;
-    const std::optional<Project> project =
-        loadProject(QStringLiteral(PLC_SOURCE_DIR "/simulator/demo/plant.json"), &error);
-    ASSERT_TRUE(project) << error.toStdString();
+    const Expected<Project> project =
+        loadProject(QStringLiteral(PLC_SOURCE_DIR "/simulator/demo/plant.json"));
+    ASSERT_TRUE(project) << project.error().text.toStdString();
     EXPECT_GE(project->cyclic.size(), 150);
     QSet<int> areas;
     QSet<QString> types;

@@ -24,12 +24,10 @@ inline QByteArray projectText(const QByteArray& variables, const QByteArray& str
 /// The error that the document gives, without the file name in front; empty if it is good.
 inline std::string errorOf(const QByteArray& json)
 {
-    QString error;
-    if (parseProject(json, QStringLiteral("test.json"), &error)) {
-        EXPECT_EQ("", error.toStdString());
+    const Expected<Project> project = parseProject(json, QStringLiteral("test.json"));
+    if (project)
         return "";
-    }
-    const std::string text = error.toStdString();
+    const std::string text = project.error().text.toStdString();
     const std::string file = "test.json: ";
     EXPECT_EQ(file, text.substr(0, file.size()));
     EXPECT_EQ(std::string::npos, text.find('\n'));
@@ -39,10 +37,9 @@ inline std::string errorOf(const QByteArray& json)
 /// The project of a document that must be good.
 inline Project goodProject(const QByteArray& json)
 {
-    QString error;
-    const std::optional<Project> project = parseProject(json, QStringLiteral("test.json"), &error);
-    EXPECT_TRUE(project) << error.toStdString();
-    return project.value_or(Project());
+    const Expected<Project> project = parseProject(json, QStringLiteral("test.json"));
+    EXPECT_TRUE(project) << project.error().text.toStdString();
+    return project.valueOr(Project());
 }
 
 } // namespace test

@@ -54,12 +54,11 @@ inline Project testProject()
            "array": [[0, 3]]},
           {"name": "far", "type": "INT", "area": 2, "offset": 16000}]}],
       "cyclic": ["Main.speed"]})";
-    QString error;
-    const std::optional<Project> project =
-        parseProject(QByteArray(json), QStringLiteral("test project"), &error);
+    const Expected<Project> project =
+        parseProject(QByteArray(json), QStringLiteral("test project"));
     if (!project)
-        ADD_FAILURE() << error.toStdString();
-    return project.value_or(Project());
+        ADD_FAILURE() << project.error().text.toStdString();
+    return project.valueOr(Project());
 }
 
 } // namespace test

@@ -45,10 +45,9 @@ protected:
 private:
     project::LabelTarget find(const char* label) const
     {
-        QString error;
-        const auto target = project::LabelFinder(m_project).find(QString::fromUtf8(label), &error);
-        EXPECT_TRUE(target) << error.toStdString();
-        return target.value_or(project::LabelTarget());
+        const auto target = project::LabelFinder(m_project).find(QString::fromUtf8(label));
+        EXPECT_TRUE(target) << target.error().text.toStdString();
+        return target.valueOr(project::LabelTarget());
     }
 };
 

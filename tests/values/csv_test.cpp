@@ -14,10 +14,9 @@ std::string row(const QStringList& fields)
 /// The records with | between fields and / between records; the error if there is one.
 std::string parsed(const char* text)
 {
-    QString error;
-    const std::optional<QVector<csv::Record>> records = csv::parse(QString::fromUtf8(text), &error);
+    const Expected<QVector<csv::Record>> records = csv::parse(QString::fromUtf8(text));
     if (!records)
-        return error.toStdString();
+        return records.error().text.toStdString();
     QStringList lines;
     for (const csv::Record& record : *records)
         lines.append(record.fields.join(QLatin1Char('|')));
@@ -85,8 +84,7 @@ TEST(CsvParser, KeepsBlanksOfFields)
 
 TEST(CsvParser, KnowsTheLineOfEveryRecord)
 {
-    QString error;
-    const auto records = csv::parse(QStringLiteral("a\n\n\"b\nb\"\r\nc"), &error);
+    const auto records = csv::parse(QStringLiteral("a\n\n\"b\nb\"\r\nc"));
     ASSERT_TRUE(records);
     ASSERT_EQ(3, records->size());
     EXPECT_EQ(1, records->at(0).line);
@@ -125,9 +123,8 @@ TEST(CsvParser, ReadsBackWhatRowsWrite)
                              QStringLiteral("\ta"),
                              QStringLiteral("'@"),
                              QStringLiteral("@,\"")};
-    QString error;
-    const auto records = csv::parse(csv::row(fields), &error);
-    ASSERT_TRUE(records) << error.toStdString();
+    const auto records = csv::parse(csv::row(fields));
+    ASSERT_TRUE(records) << records.error().text.toStdString();
     ASSERT_EQ(1, records->size());
     EXPECT_EQ(fields, records->first().fields);
 }

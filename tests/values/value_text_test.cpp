@@ -24,10 +24,10 @@ constexpr int kStringLength = 10;
 /// What parseValue() makes of a text, shown by valueText(); or the error behind "error: ".
 QString reread(const char* typeName, const char* text)
 {
-    QString error;
-    const std::optional<Value> value =
-        parseValue(type(typeName), kStringLength, QString::fromUtf8(text), &error);
-    return value ? valueText(type(typeName), *value) : QStringLiteral("error: ") + error;
+    const Expected<Value> value =
+        parseValue(type(typeName), kStringLength, QString::fromUtf8(text));
+    return value ? valueText(type(typeName), *value)
+                 : QStringLiteral("error: ") + value.error().text;
 }
 
 struct Row {
@@ -177,9 +177,8 @@ TEST(ValueText, RealsAreReadDirectlyInTheirPrecision)
 {
     // Halfway between two floats but for the last digit; by way of a double it would be rounded
     // twice, to the even neighbour.
-    QString error;
-    const std::optional<Value> value =
-        parseValue(type("REAL"), 0, QStringLiteral("1.00000017881393432617187499"), &error);
+    const Expected<Value> value =
+        parseValue(type("REAL"), 0, QStringLiteral("1.00000017881393432617187499"));
     ASSERT_TRUE(value);
     EXPECT_EQ(std::get<float>(*value), 1.00000011920928955078125f);
 }
@@ -192,9 +191,8 @@ TEST(ValueText, EveryRealReadsBackAsItself)
         std::memcpy(&number, &bits, sizeof(number));
         if (!std::isfinite(number))
             continue;
-        QString error;
         const QString text = valueText(type("REAL"), Value(number));
-        const std::optional<Value> back = parseValue(type("REAL"), 0, text, &error);
+        const Expected<Value> back = parseValue(type("REAL"), 0, text);
         ASSERT_TRUE(back) << text.toStdString();
         ASSERT_EQ(std::get<float>(*back), number) << text.toStdString();
     }
@@ -259,9 +257,8 @@ TEST(StringLiteral, EscapesWhatCannotStandForItself)
     const QString text = QStringLiteral("a'b\"c$\n\r\t\f\x01");
     EXPECT_EQ(stringLiteral(text, QLatin1Char('\'')), "'a$'b\"c$$$L$R$T$P$01'");
     EXPECT_EQ(stringLiteral(text, QLatin1Char('"')), "\"a'b$\"c$$$L$R$T$P$0001\"");
-    QString error;
-    EXPECT_EQ(parseStringLiteral(stringLiteral(text, QLatin1Char('\'')), &error), text);
-    EXPECT_EQ(parseStringLiteral(stringLiteral(text, QLatin1Char('"')), &error), text);
+    EXPECT_EQ(text, *parseStringLiteral(stringLiteral(text, QLatin1Char('\''))));
+    EXPECT_EQ(text, *parseStringLiteral(stringLiteral(text, QLatin1Char('"'))));
 }
 
 } // namespace

@@ -70,8 +70,7 @@ TEST(VisibleText, OfLiteralsIsThatOfThePlc)
     const QString wide = QString::fromUtf16(u"a\u202e\u2028\u009b") + QChar(0xD800);
     const QString literal = stringLiteral(wide, QLatin1Char('"'));
     EXPECT_EQ("\"a$202E$2028$009B$D800\"", literal.toStdString());
-    QString error;
-    EXPECT_EQ(wide, parseStringLiteral(literal, &error).value_or(QString()));
+    EXPECT_EQ(wide, parseStringLiteral(literal).valueOr(QString()));
 }
 
 } // namespace

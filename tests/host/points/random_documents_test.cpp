@@ -27,17 +27,17 @@ QByteArray demoPlant()
 /// Whether the document was read; if not, checks the error.
 bool isRead(const QByteArray& json)
 {
-    QString error;
-    const std::optional<project::Project> project =
-        project::parseProject(json, QStringLiteral("x.json"), &error);
+    const Expected<project::Project> project =
+        project::parseProject(json, QStringLiteral("x.json"));
     if (project) {
         const QList<Label_Type_Info> symbols = symbolList(*project);
         EXPECT_EQ(project->scopes.size(), symbols.size());
     } else {
+        const QString& error = project.error().text;
         EXPECT_TRUE(error.startsWith(QLatin1String("x.json: "))) << error.toStdString();
         EXPECT_FALSE(error.contains(QLatin1Char('\n'))) << error.toStdString();
     }
-    return project.has_value();
+    return project.hasValue();
 }
 
 QJsonValue randomValue(Random* random)

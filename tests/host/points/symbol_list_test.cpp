@@ -21,10 +21,8 @@ ControlInformationM resolved(const QString& label)
 
 void expectAgreement(const project::Project& project, const QString& label)
 {
-    QString error;
-    const std::optional<project::LabelTarget> target =
-        project::LabelFinder(project).find(label, &error);
-    ASSERT_TRUE(target) << label.toStdString() << ": " << error.toStdString();
+    const Expected<project::LabelTarget> target = project::LabelFinder(project).find(label);
+    ASSERT_TRUE(target) << label.toStdString() << ": " << target.error().text.toStdString();
     const ControlInformationM info = resolved(label);
     EXPECT_EQ(target->address, info.address) << label.toStdString();
     EXPECT_EQ(target->area, info.areaIndex) << label.toStdString();
@@ -89,10 +87,9 @@ TEST(SymbolList, LetsTheDriverFindEveryElementWhereTheProjectPutsIt)
     EXPECT_EQ(108, resolved(QStringLiteral("MAIN.table[0,5]")).address);
     for (const char* pattern : {"MAIN.table[0..3,1..5]", "MAIN.cube[-1..1,2..3,0..2].a",
                                 "MAIN.cube[-1..1,2..3,0..2].m[1..2,1..2].x"}) {
-        QString error;
-        const auto parts = project::parseLabel(QString::fromLatin1(pattern), &error);
+        const auto parts = project::parseLabel(QString::fromLatin1(pattern));
         ASSERT_TRUE(parts);
-        const auto labels = project::expandPattern(*parts, 1000, &error);
+        const auto labels = project::expandPattern(*parts, 1000);
         ASSERT_TRUE(labels);
         for (const QString& label : *labels)
             expectAgreement(project, label);
@@ -102,10 +99,9 @@ TEST(SymbolList, LetsTheDriverFindEveryElementWhereTheProjectPutsIt)
 
 TEST(SymbolList, LetsTheDriverFindTheWholeDemoPlant)
 {
-    QString error;
-    const std::optional<project::Project> project =
-        project::loadProject(QStringLiteral(PLC_SOURCE_DIR "/simulator/demo/plant.json"), &error);
-    ASSERT_TRUE(project) << error.toStdString();
+    const Expected<project::Project> project =
+        project::loadProject(QStringLiteral(PLC_SOURCE_DIR "/simulator/demo/plant.json"));
+    ASSERT_TRUE(project) << project.error().text.toStdString();
     QList<Label_Type_Info> symbols = symbolList(*project);
     PassVarName_2(&symbols);
     for (const project::CyclicLabel& cyclic : project->cyclic)
