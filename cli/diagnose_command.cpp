@@ -11,7 +11,7 @@
 namespace plc::cli {
 namespace {
 
-constexpr int kTimeDecimals = 1;
+constexpr int kStageDecimals = 1;
 constexpr int kExactTimeDecimals = 3;
 constexpr int kIndent = 8;
 constexpr int kTextWidth = 80;
@@ -371,7 +371,7 @@ void DiagnoseCommand::printStep(bool hasPassed, const QString& text, const host:
     const QString outcome =
         (hasPassed ? QStringLiteral("ok") : QStringLiteral("FAILED")).leftJustified(kIndent);
     print(hasPassed ? Emphasis::Success : Emphasis::Failure, outcome,
-          QStringLiteral("%1%2 ms  ").arg(name, -14).arg(time, 9, 'f', kTimeDecimals) + text);
+          QStringLiteral("%1%2 ms  ").arg(name, -14).arg(time, 9, 'f', kStageDecimals) + text);
     if (!finding)
         return;
     printParagraph(QStringLiteral("means"), finding->meaning);

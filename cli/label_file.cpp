@@ -12,7 +12,7 @@
 namespace plc::cli {
 namespace {
 
-constexpr qint64 kLargestFile = qint64(32) * 1024 * 1024;
+constexpr qint64 kLargestLabelFile = qint64(32) * 1024 * 1024;
 
 /// What is wrong with a label, or nothing. Patterns are looked at when they are expanded.
 QString problemOf(const QString& text, const project::LabelFinder& labels)
@@ -36,7 +36,7 @@ QString problemOf(const QString& text, const project::LabelFinder& labels)
     return {};
 }
 
-Expected<QByteArray> readFile(const QString& path)
+Expected<QByteArray> readLabelFile(const QString& path)
 {
     QFile file(path);
     if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly)) {
@@ -44,11 +44,11 @@ Expected<QByteArray> readFile(const QString& path)
                          .arg(path, QFileInfo(path).isDir() ? QStringLiteral("it is a folder")
                                                             : file.errorString())};
     }
-    QByteArray bytes = file.read(kLargestFile + 1);
-    if (bytes.size() > kLargestFile) {
+    QByteArray bytes = file.read(kLargestLabelFile + 1);
+    if (bytes.size() > kLargestLabelFile) {
         return Error{QStringLiteral("%1: the file has more than %2 MiB; a list of labels has less")
                          .arg(path)
-                         .arg(kLargestFile / 1024 / 1024)};
+                         .arg(kLargestLabelFile / 1024 / 1024)};
     }
     return bytes;
 }
@@ -62,7 +62,7 @@ bool isHeader(const QString& label)
 
 Expected<QStringList> readLabels(const QString& path, const project::Project& project)
 {
-    const Expected<QByteArray> bytes = readFile(path);
+    const Expected<QByteArray> bytes = readLabelFile(path);
     if (!bytes)
         return bytes.error();
     const Expected<QVector<values::csv::Record>> records =

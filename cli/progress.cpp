@@ -8,7 +8,7 @@
 namespace plc::cli {
 namespace {
 
-constexpr double kPercent = 100;
+constexpr double kWholeInPercent = 100;
 constexpr double kMillisecondsPerSecond = 1000;
 
 /// The rate is that of this time, so that it follows work that becomes faster or slower.
@@ -99,7 +99,7 @@ QString ProgressMeter::text() const
     }
     const qint64 done = qBound(qint64(0), m_last.done, m_total);
     // Not rounded: 100 % means done.
-    const int percent = int(double(done) / double(m_total) * kPercent);
+    const int percent = int(double(done) / double(m_total) * kWholeInPercent);
     QString text = QStringLiteral("%1: %2 %, %3").arg(m_task, QString::number(percent), rateText);
     if (rate > 0)
         text += QStringLiteral(", %1 left").arg(timeText(double(m_total - done) / rate));

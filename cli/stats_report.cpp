@@ -9,7 +9,7 @@ namespace {
 constexpr int kNameWidth = 14;
 constexpr int kCountWidth = 12;
 constexpr double kNanosecondsPerMillisecond = 1e6;
-constexpr int kTimeDecimals = 3;
+constexpr int kLatencyDecimals = 3;
 constexpr int kRateDecimals = 1;
 
 struct Percentile {
@@ -47,7 +47,7 @@ QString countedWithRate(const char* name, quint64 count, const StatsReport& repo
 
 QString timeText(qint64 nanoseconds)
 {
-    return QStringLiteral("%1 ms").arg(milliseconds(nanoseconds), 0, 'f', kTimeDecimals);
+    return QStringLiteral("%1 ms").arg(milliseconds(nanoseconds), 0, 'f', kLatencyDecimals);
 }
 
 QString roundTripLine(const host::LatencyHistogram& times)
@@ -67,9 +67,10 @@ QString roundTripJson(const host::LatencyHistogram& times)
     JsonLine line;
     line.add("count", qint64(times.count()));
     for (const Percentile& percentile : kPercentiles) {
-        line.add(percentile.name, milliseconds(times.percentile(percentile.share)), kTimeDecimals);
+        line.add(percentile.name, milliseconds(times.percentile(percentile.share)),
+                 kLatencyDecimals);
     }
-    return line.add("max", milliseconds(times.longest()), kTimeDecimals).text();
+    return line.add("max", milliseconds(times.longest()), kLatencyDecimals).text();
 }
 
 QString arrayJson(const QStringList& elements)

@@ -14,7 +14,7 @@ namespace plc::cli {
 namespace {
 
 /// Bytes of all elements; nothing for a BIT, which has none of its own.
-QString sizeText(const project::Variable& variable)
+QString bytesText(const project::Variable& variable)
 {
     if (values::isBit(*variable.type))
         return {};
@@ -29,7 +29,7 @@ QStringList csvFields(const project::SymbolEntry& entry, const host::DataPoint& 
             typeText(point),
             QString::number(point.area),
             QString::number(point.address),
-            sizeText(*entry.variable),
+            bytesText(*entry.variable),
             point.unit,
             point.description};
 }

@@ -40,7 +40,7 @@ int cellsOfCharacter(uint character)
     return 1;
 }
 
-int cellsOf(const QVector<uint>& characters)
+int cellsOfCharacters(const QVector<uint>& characters)
 {
     int cells = 0;
     for (uint character : characters)
@@ -89,13 +89,13 @@ QString blanks(int count)
 
 int cellsOf(const QString& text)
 {
-    return cellsOf(shownCharacters(text));
+    return cellsOfCharacters(shownCharacters(text));
 }
 
 QString fitted(const QString& text, int width)
 {
     QVector<uint> characters = shownCharacters(text);
-    int cells = cellsOf(characters);
+    int cells = cellsOfCharacters(characters);
     if (cells <= width)
         return textOf(characters) + blanks(width - cells);
     if (width < 1)
@@ -108,7 +108,7 @@ QString fitted(const QString& text, int width)
 QString fittedTail(const QString& text, int width)
 {
     QVector<uint> characters = shownCharacters(text);
-    int cells = cellsOf(characters);
+    int cells = cellsOfCharacters(characters);
     if (cells <= width || width < 1)
         return fitted(text, width);
     while (cells > width - 1)

@@ -8,10 +8,10 @@ namespace plc::cli {
 namespace {
 
 constexpr qint64 kSecond = 1000; // ms
-constexpr ushort kLowestBlock = 0x2581;
-constexpr int kBlocks = 8;
+constexpr ushort kLowestBar = 0x2581;
+constexpr int kBars = 8;
 
-/// 0 to kBlocks - 1
+/// 0 to kBars - 1
 int blockOf(double number, double lowest, double highest)
 {
     // Halves, as the difference of two numbers may be more than a double holds.
@@ -19,7 +19,7 @@ int blockOf(double number, double lowest, double highest)
     if (range <= 0)
         return 0;
     const double share = (number / 2 - lowest / 2) / range;
-    return qBound(0, int(share * kBlocks), kBlocks - 1);
+    return qBound(0, int(share * kBars), kBars - 1);
 }
 
 } // namespace
@@ -67,7 +67,7 @@ QString sparkline(const QVector<std::optional<double>>& numbers)
     const auto [lowest, highest] = std::minmax_element(known.constBegin(), known.constEnd());
     QString line;
     for (const std::optional<double>& number : numbers) {
-        line += number ? QChar(ushort(kLowestBlock + blockOf(*number, *lowest, *highest)))
+        line += number ? QChar(ushort(kLowestBar + blockOf(*number, *lowest, *highest)))
                        : QChar(QLatin1Char(' '));
     }
     return line;

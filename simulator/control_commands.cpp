@@ -160,7 +160,6 @@ QString ControlCommands::set(const QStringList& arguments)
     const Expected<project::LabelTarget> place = m_finder.find(arguments[0]);
     if (!place)
         return error(place.error().text);
-    QString problem;
     m_settings->prepareMemory();
     const Expected<void> isStored = storeText(m_memory, *place, arguments[1]);
     return isStored ? ok() : error(isStored.error().text);

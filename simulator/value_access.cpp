@@ -172,11 +172,10 @@ QString loadText(const PlcMemory& memory, const project::LabelTarget& place)
 
 Expected<void> storeText(PlcMemory* memory, const project::LabelTarget& place, const QString& text)
 {
-    QString error;
-    const std::optional<values::Value> value =
-        values::parseValue(*place.variable->type, place.variable->stringLength, text, &error);
+    const Expected<values::Value> value =
+        values::parseValue(*place.variable->type, place.variable->stringLength, text);
     if (!value)
-        return Error{error};
+        return value.error();
     storeValue(memory, place, *value);
     return {};
 }
