@@ -10,19 +10,25 @@ std::chrono::nanoseconds sinceEpoch()
 
 } // namespace
 
-bool LinkCapture::create(const QString& path, const QString& application, QString* error)
+Expected<void> LinkCapture::create(const QString& path, const QString& application)
 {
     m_path = path;
     m_place = std::make_unique<streams::FileReplacement>(path);
-    if (m_place->open(error)) {
-        m_file.open(m_place->descriptor(), QIODevice::WriteOnly | QIODevice::Unbuffered);
-        m_writer = std::make_unique<PcapngWriter>(&m_file, application);
-        *error = m_writer->error();
-        if (error->isEmpty() && m_place->commit(error))
-            return true;
-    }
-    *error = m_place->reason().isEmpty() ? *error : m_place->reason();
-    return false;
+    const Expected<void> made = begin(application);
+    if (made || m_place->reason().isEmpty())
+        return made;
+    return Error{m_place->reason()};
+}
+
+Expected<void> LinkCapture::begin(const QString& application)
+{
+    if (const Expected<void> opened = m_place->open(); !opened)
+        return opened;
+    m_file.open(m_place->descriptor(), QIODevice::WriteOnly | QIODevice::Unbuffered);
+    m_writer = std::make_unique<PcapngWriter>(&m_file, application);
+    if (!m_writer->error().isEmpty())
+        return Error{m_writer->error()};
+    return m_place->commit();
 }
 
 void LinkCapture::connected(const TcpEndpoint& client, const TcpEndpoint& server)

@@ -14,9 +14,9 @@ namespace plc::capture {
 /// happen, so that the file is readable also when the process is killed.
 class LinkCapture {
 public:
-    /// Creates the file, in place of one that is there; `application` names the program in it. On
-    /// failure returns false and sets `error`; what was there stays.
-    bool create(const QString& path, const QString& application, QString* error);
+    /// Creates the file, in place of one that is there; `application` names the program in it.
+    /// After an error, the reason alone, what was there stays.
+    Expected<void> create(const QString& path, const QString& application);
     /// Whether a file could be made, though perhaps not written.
     bool wasMade() const { return m_file.isOpen(); }
     bool isOn() const { return m_writer != nullptr; }
@@ -34,6 +34,8 @@ public:
     void abandoned() { m_conversation.reset(); }
 
 private:
+    Expected<void> begin(const QString& application);
+
     QString m_path;
     std::unique_ptr<streams::FileReplacement> m_place; ///< Holds the descriptor.
     QFile m_file;

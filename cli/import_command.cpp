@@ -91,17 +91,17 @@ ExitCode write(const QByteArray& text, const QString& path)
 {
     if (path.isEmpty())
         return printBytes(text) ? kExitDone : kExitRefused;
-    QString error;
     // Whole or not at all: it may be the project that is merged into.
     streams::FileReplacement file(path);
-    if (!file.open(&error)) {
-        complain(error);
+    if (const Expected<void> opened = file.open(); !opened) {
+        complain(opened.error().text);
         return kExitUsage;
     }
     file.write(text);
-    if (file.commit(&error))
+    const Expected<void> committed = file.commit();
+    if (committed)
         return kExitDone;
-    complain(error);
+    complain(committed.error().text);
     return kExitRefused;
 }
 

@@ -56,14 +56,13 @@ bool LinkCommand::startCapture()
         complain(QStringLiteral("%1 exists; --force replaces it by the capture").arg(path));
         return false;
     }
-    QString error;
     const QString application = QStringLiteral("plc ") + QCoreApplication::applicationVersion();
-    if (!m_capture.create(path, application, &error)) {
+    if (const Expected<void> created = m_capture.create(path, application); !created) {
         if (m_capture.wasMade())
             setPreparationCode(kExitRefused);
         complain(QStringLiteral("cannot write the capture %1: %2; give --capture a file in a "
                                 "folder that you may write to and that has room")
-                     .arg(path, error));
+                     .arg(path, created.error().text));
         return false;
     }
     m_link.keepIn(&m_capture);

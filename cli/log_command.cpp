@@ -67,7 +67,6 @@ int exportDatabase(const LogOptions& options)
 {
     QElapsedTimer clock;
     clock.start();
-    QString error;
     bool isMediumFailing = false;
     std::optional<Progress> progress;
     const auto show = [&](qint64 done, qint64 total) {
@@ -75,11 +74,11 @@ int exportDatabase(const LogOptions& options)
             progress.emplace(QStringLiteral("exporting"), QStringLiteral("records"), total, 0);
         progress->advance(done, clock.elapsed());
     };
-    const std::optional<qint64> records =
-        log::exportLog(options.exported, options.output, show, &error, &isMediumFailing);
+    const Expected<qint64> records =
+        log::exportLog(options.exported, options.output, show, &isMediumFailing);
     progress.reset();
     if (!records) {
-        complain(error);
+        complain(records.error().text);
         return isMediumFailing ? kExitRefused : kExitUsage;
     }
     printResult(options, *records, clock.elapsed());
@@ -176,30 +175,38 @@ bool LogCommand::prepare()
 {
     if (!readCyclically(m_options.stationsOff))
         return false;
-    QString error;
     bool isMediumFailing = false;
-    m_writer = openWriter(&error, &isMediumFailing);
-    if (m_writer)
+    Expected<std::unique_ptr<log::LogWriter>> writer = openWriter(&isMediumFailing);
+    if (writer) {
+        m_writer = std::move(*writer);
         return true;
-    complain(error);
+    }
+    complain(writer.error().text);
     if (isMediumFailing)
         setPreparationCode(kExitRefused);
     return false;
 }
 
-std::unique_ptr<log::LogWriter> LogCommand::openWriter(QString* error, bool* isMediumFailing) const
+Expected<std::unique_ptr<log::LogWriter>> LogCommand::openWriter(bool* isMediumFailing) const
 {
-    if (isDatabase(m_options.output))
-        return log::SqliteLog::open(m_options.output, error, isMediumFailing);
+    if (isDatabase(m_options.output)) {
+        Expected<std::unique_ptr<log::SqliteLog>> writer =
+            log::SqliteLog::open(m_options.output, isMediumFailing);
+        if (!writer)
+            return writer.error();
+        return std::unique_ptr<log::LogWriter>(std::move(*writer));
+    }
     const log::LogRotation rotation{m_options.rotateSize, m_options.rotateEvery, m_options.keep};
-    std::unique_ptr<log::CsvLog> writer =
-        log::CsvLog::open(m_options.output, rotation, error, isMediumFailing);
-    if (writer && writer->cutBytes() > 0) {
+    Expected<std::unique_ptr<log::CsvLog>> writer =
+        log::CsvLog::open(m_options.output, rotation, isMediumFailing);
+    if (!writer)
+        return writer.error();
+    if ((*writer)->cutBytes() > 0) {
         complain(QStringLiteral("%1 ended in half a line, which was cut off: %2 bytes")
                      .arg(m_options.output)
-                     .arg(writer->cutBytes()));
+                     .arg((*writer)->cutBytes()));
     }
-    return writer;
+    return std::unique_ptr<log::LogWriter>(std::move(*writer));
 }
 
 void LogCommand::aboutToBegin()
@@ -307,8 +314,8 @@ void LogCommand::write()
     if (!m_writer)
         return;
     collectChanges();
-    QString error;
-    if (m_writer->write(m_records, &error)) {
+    const Expected<void> written = m_writer->write(m_records);
+    if (written) {
         m_written += m_records.size();
         m_records.clear();
         return;
@@ -316,7 +323,7 @@ void LogCommand::write()
     m_writer.reset();
     complain(QStringLiteral("%1; the log ends here and what it holds can be read; begin again with "
                             "the same file when there is room")
-                 .arg(error));
+                 .arg(written.error().text));
     end(kExitRefused);
 }
 

@@ -50,7 +50,7 @@ private:
     void aboutToEnd() override { write(); }
     void ended() override;
 
-    std::unique_ptr<log::LogWriter> openWriter(QString* error, bool* isMediumFailing) const;
+    Expected<std::unique_ptr<log::LogWriter>> openWriter(bool* isMediumFailing) const;
     void collectChanges();
     void collectFirst();
     void collectAll();

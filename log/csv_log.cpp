@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "streams/system_error.h"
 #include "values/csv.h"
 
 namespace plc::log {
@@ -42,11 +43,6 @@ QByteArray recordLine(const LogRecord& record)
 {
     return lineOf(
         {logTimeText(record.time), record.label, record.value, logStateWord(record.state)});
-}
-
-QString systemError()
-{
-    return QString::fromLocal8Bit(std::strerror(errno));
 }
 
 QByteArray readAt(int file, qint64 position, qint64 count)
@@ -142,14 +138,16 @@ QString rotatedName(const QString& path, qint64 number, qint64 firstTime)
                                               .arg(stamp, parts.suffix));
 }
 
-std::unique_ptr<CsvLog> CsvLog::open(const QString& path, const LogRotation& rotation,
-                                     QString* error, bool* isMediumFailing)
+Expected<std::unique_ptr<CsvLog>> CsvLog::open(const QString& path, const LogRotation& rotation,
+                                               bool* isMediumFailing)
 {
     std::unique_ptr<CsvLog> log(new CsvLog(path, rotation));
-    const bool isOpen = log->openFile(error);
-    if (isMediumFailing != nullptr)
+    const Expected<void> opened = log->openFile();
+    if (isMediumFailing)
         *isMediumFailing = log->m_isMediumFailing;
-    return isOpen ? std::move(log) : nullptr;
+    if (!opened)
+        return opened.error();
+    return log;
 }
 
 CsvLog::~CsvLog()
@@ -158,78 +156,80 @@ CsvLog::~CsvLog()
         ::close(m_file);
 }
 
-bool CsvLog::openFile(QString* error)
+Expected<void> CsvLog::openFile()
 {
     m_file = ::open(QFile::encodeName(m_path).constData(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC,
                     kFileMode);
     if (m_file < 0)
-        return fail(QStringLiteral("cannot be opened for writing"), error);
-    if (!lock(error))
-        return false;
+        return failure(QStringLiteral("cannot be opened for writing"));
+    if (const Expected<void> locked = lock(); !locked)
+        return locked;
     struct stat status = {};
     if (::fstat(m_file, &status) != 0)
-        return fail(QStringLiteral("cannot be examined"), error);
+        return failure(QStringLiteral("cannot be examined"));
     m_size = status.st_size;
     m_firstTime = -1;
-    return m_size == 0 ? begin(error) : goOn(error);
+    return m_size == 0 ? begin() : goOn();
 }
 
 /// Two programs that wrote to one file would mix their lines.
-bool CsvLog::lock(QString* error)
+Expected<void> CsvLog::lock()
 {
     if (::flock(m_file, LOCK_EX | LOCK_NB) == 0)
-        return true;
+        return {};
     if (errno != EWOULDBLOCK)
-        return fail(QStringLiteral("cannot be locked"), error);
-    *error = QStringLiteral("%1: another program is logging to it; name another file").arg(m_path);
-    return false;
+        return failure(QStringLiteral("cannot be locked"));
+    return Error{
+        QStringLiteral("%1: another program is logging to it; name another file").arg(m_path)};
 }
 
-bool CsvLog::begin(QString* error)
+Expected<void> CsvLog::begin()
 {
     m_size = 0;
-    return append(headerLine(), error);
+    return append(headerLine());
 }
 
-bool CsvLog::goOn(QString* error)
+Expected<void> CsvLog::goOn()
 {
     const QByteArray header = headerLine();
     const QByteArray start = readAt(m_file, 0, qMin<qint64>(m_size, kBlock));
     if (!start.startsWith(header) && !header.startsWith(start)) {
-        *error = QStringLiteral(
-                     "%1: the file exists and is no log: its first line is not %2; name another "
-                     "file")
-                     .arg(m_path, QString::fromUtf8(header.trimmed()));
-        return false;
+        return Error{
+            QStringLiteral(
+                "%1: the file exists and is no log: its first line is not %2; name another "
+                "file")
+                .arg(m_path, QString::fromUtf8(header.trimmed()))};
     }
     const qint64 whole = wholeLines(m_file, m_size);
     m_cutBytes = m_size - whole;
     if (m_cutBytes > 0 && ::ftruncate(m_file, off_t(whole)) != 0)
-        return fail(QStringLiteral("cannot be cut to its whole lines"), error);
+        return failure(QStringLiteral("cannot be cut to its whole lines"));
     m_size = whole;
     if (m_size == 0)
-        return begin(error);
+        return begin();
     const QByteArray firstRecord = start.mid(int(header.size()));
     const int timeEnd = int(firstRecord.indexOf(','));
     m_firstTime = parseLogTime(QString::fromUtf8(firstRecord.left(timeEnd))).value_or(-1);
-    return true;
+    return {};
 }
 
-bool CsvLog::write(const QVector<LogRecord>& records, QString* error)
+Expected<void> CsvLog::write(const QVector<LogRecord>& records)
 {
     QByteArray lines;
     for (const LogRecord& record : records) {
         const QByteArray line = recordLine(record);
         if (mustRotate(record, lines.size() + line.size())) {
-            if (!append(lines, error) || !rotate(error))
-                return false;
+            if (const Expected<void> appended = append(lines); !appended)
+                return appended;
+            if (const Expected<void> rotated = rotate(); !rotated)
+                return rotated;
             lines.clear();
         }
         if (m_firstTime < 0)
             m_firstTime = record.time;
         lines += line;
     }
-    return append(lines, error);
+    return append(lines);
 }
 
 bool CsvLog::mustRotate(const LogRecord& record, qint64 bytes) const
@@ -245,7 +245,7 @@ bool CsvLog::mustRotate(const LogRecord& record, qint64 bytes) const
 }
 
 /// All bytes or none: of a part that was written nothing stays.
-bool CsvLog::append(const QByteArray& bytes, QString* error)
+Expected<void> CsvLog::append(const QByteArray& bytes)
 {
     qint64 done = 0;
     while (done < bytes.size()) {
@@ -254,38 +254,37 @@ bool CsvLog::append(const QByteArray& bytes, QString* error)
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0) {
-            fail(QStringLiteral("cannot be written"), error);
+            const Error error = failure(QStringLiteral("cannot be written"));
             m_isMediumFailing = true;
             const int cut = ::ftruncate(m_file, off_t(m_size));
             static_cast<void>(cut); // it is tried again when the log goes on
-            return false;
+            return error;
         }
         done += count;
     }
     m_size += bytes.size();
     if (!bytes.isEmpty() && ::fdatasync(m_file) != 0 && errno != EINVAL) // no disk behind it
-        return fail(QStringLiteral("cannot be brought to the disk"), error);
-    return true;
+        return failure(QStringLiteral("cannot be brought to the disk"));
+    return {};
 }
 
-bool CsvLog::rotate(QString* error)
+Expected<void> CsvLog::rotate()
 {
     const QByteArray name = QFile::encodeName(rotatedName(m_path, nextNumber(m_path), m_firstTime));
     if (::rename(QFile::encodeName(m_path).constData(), name.constData()) != 0)
-        return fail(QStringLiteral("cannot be renamed to ") + QFile::decodeName(name), error);
+        return failure(QStringLiteral("cannot be renamed to ") + QFile::decodeName(name));
     ::close(m_file);
     m_file = -1;
     QString failed;
     if (m_rotation.keep > 0 && !removeOldest(m_path, m_rotation.keep, &failed))
-        return fail(QStringLiteral("the older file %1 cannot be removed").arg(failed), error);
-    return openFile(error);
+        return failure(QStringLiteral("the older file %1 cannot be removed").arg(failed));
+    return openFile();
 }
 
 /// Describes the failure of the system's call before.
-bool CsvLog::fail(const QString& what, QString* error) const
+Error CsvLog::failure(const QString& what) const
 {
-    *error = QStringLiteral("%1: %2: %3").arg(m_path, what, systemError());
-    return false;
+    return {QStringLiteral("%1: %2: %3").arg(m_path, what, streams::systemError())};
 }
 
 } // namespace plc::log

@@ -23,11 +23,11 @@ struct LogRotation {
 /// off when the log goes on, so that there never is one in the middle.
 class CsvLog : public LogWriter {
 public:
-    /// Begins a log, or goes on with it where the file exists. On failure returns null and sets
-    /// `error`; a file that is no log is left as it is. `isMediumFailing`, unless null, tells
-    /// whether it was because nothing could be written, and not because of the path.
-    static std::unique_ptr<CsvLog> open(const QString& path, const LogRotation& rotation,
-                                        QString* error, bool* isMediumFailing = nullptr);
+    /// Begins a log, or goes on with it where the file exists. A file that is no log is
+    /// left as it is. `isMediumFailing`, unless null, tells whether an error came because nothing
+    /// could be written, and not because of the path.
+    static Expected<std::unique_ptr<CsvLog>> open(const QString& path, const LogRotation& rotation,
+                                                  bool* isMediumFailing = nullptr);
     ~CsvLog() override;
     CsvLog(const CsvLog&) = delete;
     CsvLog& operator=(const CsvLog&) = delete;
@@ -35,19 +35,19 @@ public:
     /// Bytes of half a line that were cut off when the log was opened.
     qint64 cutBytes() const { return m_cutBytes; }
 
-    bool write(const QVector<LogRecord>& records, QString* error) override;
+    Expected<void> write(const QVector<LogRecord>& records) override;
 
 private:
     CsvLog(const QString& path, const LogRotation& rotation) : m_path(path), m_rotation(rotation) {}
 
-    bool openFile(QString* error);
-    bool lock(QString* error);
-    bool begin(QString* error);
-    bool goOn(QString* error);
-    bool append(const QByteArray& bytes, QString* error);
+    Expected<void> openFile();
+    Expected<void> lock();
+    Expected<void> begin();
+    Expected<void> goOn();
+    Expected<void> append(const QByteArray& bytes);
     bool mustRotate(const LogRecord& record, qint64 bytes) const;
-    bool rotate(QString* error);
-    bool fail(const QString& what, QString* error) const;
+    Expected<void> rotate();
+    Error failure(const QString& what) const;
 
     const QString m_path;
     const LogRotation m_rotation;

@@ -30,42 +30,41 @@ qint64 writeRows(SqliteStatement* rows, SqliteStatement::Step* last, streams::Fi
 
 } // namespace
 
-std::optional<qint64> exportLog(const QString& databasePath, const QString& csvPath,
-                                const ExportProgress& progress, QString* error,
-                                bool* isMediumFailing)
+Expected<qint64> exportLog(const QString& databasePath, const QString& csvPath,
+                           const ExportProgress& progress, bool* isMediumFailing)
 {
     bool ignored = false;
-    if (isMediumFailing == nullptr)
+    if (!isMediumFailing)
         isMediumFailing = &ignored;
     SqliteDatabase database;
-    const auto databaseFailed = [&]() -> std::optional<qint64> {
-        *error = database.error();
+    const auto databaseFailure = [&] {
         *isMediumFailing = database.isMediumFailing();
-        return {};
+        return Error{database.error()};
     };
     *isMediumFailing = false;
-    if (!openLogDatabase(databasePath, &database, error)) {
+    if (const Expected<void> opened = openLogDatabase(databasePath, &database); !opened) {
         *isMediumFailing = database.isMediumFailing();
-        return {};
+        return opened.error();
     }
-    if (QFileInfo::exists(csvPath)) {
-        *error = QStringLiteral("%1 exists; remove it or name another file").arg(csvPath);
-        return {};
-    }
+    if (QFileInfo::exists(csvPath))
+        return Error{QStringLiteral("%1 exists; remove it or name another file").arg(csvPath)};
     const std::optional<qint64> total = database.number("SELECT count(*) FROM sample");
     SqliteStatement rows(database, "SELECT time, label, value, state FROM log");
     if (!total || !rows.isPrepared())
-        return databaseFailed();
+        return databaseFailure();
     streams::FileReplacement file(csvPath);
-    if (!file.open(error))
-        return {};
+    if (const Expected<void> opened = file.open(); !opened)
+        return opened.error();
     writeRow(&file, logColumns());
     SqliteStatement::Step last = SqliteStatement::Done;
     const qint64 done = writeRows(&rows, &last, &file, *total, progress);
     if (last == SqliteStatement::Failed)
-        return databaseFailed();
-    *isMediumFailing = !file.commit(error);
-    return *isMediumFailing ? std::nullopt : std::optional<qint64>(done);
+        return databaseFailure();
+    const Expected<void> committed = file.commit();
+    *isMediumFailing = !committed;
+    if (!committed)
+        return committed.error();
+    return done;
 }
 
 } // namespace plc::log

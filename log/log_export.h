@@ -4,7 +4,8 @@
 #include <QtCore/QString>
 
 #include <functional>
-#include <optional>
+
+#include "values/expected.h"
 
 namespace plc::log {
 
@@ -12,11 +13,10 @@ namespace plc::log {
 using ExportProgress = std::function<void(qint64 done, qint64 total)>;
 
 /// Writes the log in a database to a new CSV file, which appears when it is complete. Returns the
-/// number of records; on failure nothing, and sets `error`, and `isMediumFailing` (unless null) to
-/// whether it was because a disk is full or does not work, and not because of the paths.
-std::optional<qint64> exportLog(const QString& databasePath, const QString& csvPath,
-                                const ExportProgress& progress, QString* error,
-                                bool* isMediumFailing = nullptr);
+/// number of records. `isMediumFailing`, unless null, tells whether an error came because a disk is
+/// full or does not work, and not because of the paths.
+Expected<qint64> exportLog(const QString& databasePath, const QString& csvPath,
+                           const ExportProgress& progress, bool* isMediumFailing = nullptr);
 
 } // namespace plc::log
 

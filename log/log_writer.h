@@ -5,6 +5,7 @@
 #include <QtCore/QVector>
 
 #include "log/log_record.h"
+#include "values/expected.h"
 
 namespace plc::log {
 
@@ -13,10 +14,9 @@ class LogWriter {
 public:
     virtual ~LogWriter() = default;
 
-    /// Keeps the records: they are on the disk when this returns. On failure returns false and sets
-    /// `error`; the log then ends, readable, with the records of earlier calls and perhaps some of
-    /// these.
-    virtual bool write(const QVector<LogRecord>& records, QString* error) = 0;
+    /// Keeps the records: they are on the disk when this returns. After an error the
+    /// log ends, readable, with the records of earlier calls and perhaps some of these.
+    virtual Expected<void> write(const QVector<LogRecord>& records) = 0;
 };
 
 } // namespace plc::log

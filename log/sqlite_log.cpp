@@ -41,57 +41,50 @@ std::optional<bool> isLog(SqliteDatabase* database)
     return id ? std::optional<bool>(*id == kApplicationId) : std::nullopt;
 }
 
-bool refuse(const QString& path, QString* error)
+Error refusal(const QString& path)
 {
-    *error =
-        QStringLiteral("%1: the database exists and is no log of plc; name another file").arg(path);
-    return false;
+    return {QStringLiteral("%1: the database exists and is no log of plc; name another file")
+                .arg(path)};
 }
 
-bool openOrBegin(const QString& path, SqliteDatabase* database, QString* error)
+Expected<void> openOrBegin(const QString& path, SqliteDatabase* database)
 {
-    if (!database->open(path, true)) {
-        *error = database->error();
-        return false;
-    }
+    if (!database->open(path, true))
+        return Error{database->error()};
     const std::optional<qint64> tables = database->number("SELECT count(*) FROM sqlite_master");
     const std::optional<bool> isOurs = isLog(database);
     if (tables && isOurs && !*isOurs && *tables > 0)
-        return refuse(path, error);
+        return refusal(path);
     const bool isNew = tables && *tables == 0;
-    if (!tables || !isOurs || !database->execute(kSafety) ||
-        (isNew && !database->execute(kSchema))) {
-        *error = database->error();
-        return false;
-    }
-    return true;
+    if (!tables || !isOurs || !database->execute(kSafety) || (isNew && !database->execute(kSchema)))
+        return Error{database->error()};
+    return {};
 }
 
 } // namespace
 
-bool openLogDatabase(const QString& path, SqliteDatabase* database, QString* error)
+Expected<void> openLogDatabase(const QString& path, SqliteDatabase* database)
 {
     const std::optional<bool> isOurs =
         database->open(path, false) ? isLog(database) : std::optional<bool>();
-    if (isOurs && !*isOurs)
-        return refuse(path, error);
     if (!isOurs)
-        *error = database->error();
-    return isOurs.has_value();
+        return Error{database->error()};
+    if (!*isOurs)
+        return refusal(path);
+    return {};
 }
 
-std::unique_ptr<SqliteLog> SqliteLog::open(const QString& path, QString* error,
-                                           bool* isMediumFailing)
+Expected<std::unique_ptr<SqliteLog>> SqliteLog::open(const QString& path, bool* isMediumFailing)
 {
     std::unique_ptr<SqliteLog> log(new SqliteLog);
-    bool isOpen = openOrBegin(path, &log->m_database, error);
-    if (isOpen && !log->prepare()) {
-        *error = log->m_database.error();
-        isOpen = false;
-    }
-    if (isMediumFailing != nullptr)
-        *isMediumFailing = !isOpen && log->m_database.isMediumFailing();
-    return isOpen ? std::move(log) : nullptr;
+    Expected<void> opened = openOrBegin(path, &log->m_database);
+    if (opened && !log->prepare())
+        opened = Error{log->m_database.error()};
+    if (isMediumFailing)
+        *isMediumFailing = !opened && log->m_database.isMediumFailing();
+    if (!opened)
+        return opened.error();
+    return log;
 }
 
 /// Logs of the first version have no word for what is refused.
@@ -113,17 +106,17 @@ bool SqliteLog::prepare()
     return m_insertLabel->isPrepared() && m_findLabel->isPrepared() && m_insertSample->isPrepared();
 }
 
-bool SqliteLog::write(const QVector<LogRecord>& records, QString* error)
+Expected<void> SqliteLog::write(const QVector<LogRecord>& records)
 {
     if (records.isEmpty())
-        return true;
+        return {};
     if (m_database.execute("BEGIN IMMEDIATE") && insert(records) && m_database.execute("COMMIT"))
-        return true;
-    *error = m_database.error();
+        return {};
+    const Error error{m_database.error()};
     // After some errors SQLite has done so itself; then this one fails and changes nothing.
     m_database.execute("ROLLBACK");
     m_labelIds.clear();
-    return false;
+    return error;
 }
 
 bool SqliteLog::insert(const QVector<LogRecord>& records)

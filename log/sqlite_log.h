@@ -19,13 +19,13 @@ namespace plc::log {
 /// Each write() is one transaction, so that a program that is killed leaves all of it or nothing.
 class SqliteLog : public LogWriter {
 public:
-    /// Begins a log, or goes on with it where the file exists. On failure returns null and sets
-    /// `error`; a database that is no log is left as it is. `isMediumFailing`, unless null, tells
-    /// whether it was because nothing could be written, and not because of the path.
-    static std::unique_ptr<SqliteLog> open(const QString& path, QString* error,
-                                           bool* isMediumFailing = nullptr);
+    /// Begins a log, or goes on with it where the file exists. A database that is no log
+    /// is left as it is. `isMediumFailing`, unless null, tells whether an error came because
+    /// nothing could be written, and not because of the path.
+    static Expected<std::unique_ptr<SqliteLog>> open(const QString& path,
+                                                     bool* isMediumFailing = nullptr);
 
-    bool write(const QVector<LogRecord>& records, QString* error) override;
+    Expected<void> write(const QVector<LogRecord>& records) override;
 
 private:
     SqliteLog() = default;
@@ -44,8 +44,8 @@ private:
     QHash<QString, qint64> m_labelIds; ///< Of this program's run.
 };
 
-/// Opens a database that holds a log. On failure returns false and sets `error`.
-bool openLogDatabase(const QString& path, SqliteDatabase* database, QString* error);
+/// Opens a database that holds a log.
+Expected<void> openLogDatabase(const QString& path, SqliteDatabase* database);
 
 } // namespace plc::log
 

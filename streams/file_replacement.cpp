@@ -53,22 +53,22 @@ FileReplacement::~FileReplacement()
         ::unlink(m_temporary.constData());
 }
 
-bool FileReplacement::open(QString* error)
+Expected<void> FileReplacement::open()
 {
     m_target = targetOf(m_path);
     struct stat status = {};
     m_hasOld = ::stat(m_target.constData(), &status) == 0;
     if (m_hasOld && S_ISDIR(status.st_mode)) {
         errno = EISDIR;
-        return fail("cannot be written", systemError(), error);
+        return failure("cannot be written", systemError());
     }
     if (m_hasOld && !S_ISREG(status.st_mode))
         m_descriptor = ::open(m_target.constData(), O_WRONLY | O_CLOEXEC);
     else if (!m_hasOld || ::access(m_target.constData(), W_OK) == 0)
         openNew();
     if (m_descriptor >= 0)
-        return true;
-    return fail("cannot be written", systemError(), error);
+        return {};
+    return failure("cannot be written", systemError());
 }
 
 /// Beside the old file, since only within one file system a name can be taken over at once.
@@ -129,26 +129,26 @@ bool FileReplacement::bringToDisk()
     return m_failure.isEmpty();
 }
 
-bool FileReplacement::commit(QString* error)
+Expected<void> FileReplacement::commit()
 {
     if (!bringToDisk())
-        return fail("cannot be written", m_failure, error);
+        return failure("cannot be written", m_failure);
     if (m_temporary.isEmpty())
-        return true;
+        return {};
     if (std::rename(m_temporary.constData(), m_target.constData()) != 0)
-        return fail("cannot be replaced", systemError(), error);
+        return failure("cannot be replaced", systemError());
     m_temporary.clear();
     syncFolderOf(m_target);
-    return true;
+    return {};
 }
 
-bool FileReplacement::fail(const char* what, const QString& reason, QString* error)
+Error FileReplacement::failure(const char* what, const QString& reason)
 {
     m_failure = reason;
-    *error = QStringLiteral("%1: %2: %3").arg(m_path, QLatin1String(what), reason);
+    QString text = QStringLiteral("%1: %2: %3").arg(m_path, QLatin1String(what), reason);
     if (m_descriptor >= 0 && m_hasOld && !m_temporary.isEmpty())
-        *error += QStringLiteral("; the file stays as it was");
-    return false;
+        text += QStringLiteral("; the file stays as it was");
+    return {text};
 }
 
 } // namespace plc::streams

@@ -4,6 +4,8 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
+#include "values/expected.h"
+
 namespace plc::streams {
 
 /// A new file in the place of one that may be there, whole or not at all: until commit() the old
@@ -18,13 +20,12 @@ public:
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
 
-    /// Returns false and sets `error` when no file can be made there.
-    bool open(QString* error);
+    /// An error when no file can be made there.
+    Expected<void> open();
     /// Returns false when the bytes cannot be written, which commit() explains.
     bool write(const QByteArray& bytes);
-    /// Brings all to the disk and puts it in its place. On failure returns false and sets `error`;
-    /// the old file is as it was.
-    bool commit(QString* error);
+    /// Brings all to the disk and puts it in its place. After an error the old file is as it was.
+    Expected<void> commit();
     /// Why a call failed, in the words of the system.
     const QString& reason() const { return m_failure; }
     /// Of the new file, for writing on behind commit(); closed with this object. -1 while not open.
@@ -35,7 +36,7 @@ private:
     void takeOver(const QByteArray& target) const;
     bool flush();
     bool bringToDisk();
-    bool fail(const char* what, const QString& reason, QString* error);
+    Error failure(const char* what, const QString& reason);
 
     const QString m_path;
     QByteArray m_target;    ///< What `m_path` leads to.

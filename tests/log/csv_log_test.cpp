@@ -13,13 +13,13 @@ class CsvLogTest : public LogFiles {
 protected:
     std::unique_ptr<CsvLog> open(const LogRotation& rotation = {})
     {
-        std::unique_ptr<CsvLog> log = CsvLog::open(file, rotation, &error);
-        EXPECT_TRUE(log) << error.toStdString();
-        return log;
+        Expected<std::unique_ptr<CsvLog>> log = CsvLog::open(file, rotation);
+        EXPECT_TRUE(succeeds(log)) << error.toStdString();
+        return log ? std::move(*log) : nullptr;
     }
     void write(CsvLog& log, const QVector<LogRecord>& records)
     {
-        EXPECT_TRUE(log.write(records, &error)) << error.toStdString();
+        EXPECT_TRUE(succeeds(log.write(records))) << error.toStdString();
     }
 
     const QString file = path("a.csv");
@@ -105,7 +105,7 @@ TEST_F(CsvLogTest, FindsTheEndOfTheLastLineFarBack)
 TEST_F(CsvLogTest, LeavesAFileAloneThatIsNoLog)
 {
     put(file, "time;speed\n1;2\nhalf a line");
-    EXPECT_FALSE(CsvLog::open(file, LogRotation(), &error));
+    EXPECT_FALSE(succeeds(CsvLog::open(file, LogRotation())));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("a.csv: the file exists and is no log"));
     EXPECT_EQ(content(file), "time;speed\n1;2\nhalf a line");
 }
@@ -113,7 +113,7 @@ TEST_F(CsvLogTest, LeavesAFileAloneThatIsNoLog)
 TEST_F(CsvLogTest, TwoAtATimeCannotLogToOneFile)
 {
     const std::unique_ptr<CsvLog> first = open();
-    EXPECT_FALSE(CsvLog::open(file, LogRotation(), &error));
+    EXPECT_FALSE(succeeds(CsvLog::open(file, LogRotation())));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("another program is logging to it"));
 }
 
@@ -235,7 +235,7 @@ TEST_F(CsvLogTest, GoesOnInNewFilesAlsoWhenTheClockWasSetBack)
 
 TEST_F(CsvLogTest, AFileThatCannotBeCreatedIsNamedWithTheReason)
 {
-    EXPECT_FALSE(CsvLog::open(path("nowhere/a.csv"), LogRotation(), &error));
+    EXPECT_FALSE(succeeds(CsvLog::open(path("nowhere/a.csv"), LogRotation())));
     EXPECT_THAT(error.toStdString(),
                 ::testing::EndsWith("nowhere/a.csv: cannot be opened for writing: No such file or "
                                     "directory"));
@@ -243,7 +243,7 @@ TEST_F(CsvLogTest, AFileThatCannotBeCreatedIsNamedWithTheReason)
 
 TEST_F(CsvLogTest, AFullDiskIsToldFromTheFirstLineOn)
 {
-    EXPECT_FALSE(CsvLog::open(QStringLiteral("/dev/full"), LogRotation(), &error));
+    EXPECT_FALSE(succeeds(CsvLog::open(QStringLiteral("/dev/full"), LogRotation())));
     EXPECT_EQ(error, "/dev/full: cannot be written: No space left on device");
 }
 
@@ -256,7 +256,7 @@ TEST_F(CsvLogTest, WhenTheDiskIsFullTheFileEndsWithAWholeLine)
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit = {100, RLIM_INFINITY};
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-    EXPECT_FALSE(log->write({record(1, "P.a", "2"), record(2, "P.a", "3")}, &error));
+    EXPECT_FALSE(succeeds(log->write({record(1, "P.a", "2"), record(2, "P.a", "3")})));
     EXPECT_THAT(error.toStdString(),
                 ::testing::HasSubstr("a.csv: cannot be written: File too large"));
     EXPECT_EQ(content(file), before);

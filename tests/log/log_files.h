@@ -8,6 +8,7 @@
 
 #include "log/log_writer.h"
 #include "tests/support/test_folder.h"
+#include "values/expected.h"
 
 namespace plc::log {
 namespace test {
@@ -33,6 +34,14 @@ protected:
         record.label = QString::fromUtf8(label);
         record.value = QString::fromUtf8(value);
         return record;
+    }
+
+    /// Whether it succeeded; else `error` tells why not.
+    template <typename T>
+    bool succeeds(const Expected<T>& outcome)
+    {
+        error = outcome ? QString() : outcome.error().text;
+        return bool(outcome);
     }
 
     QString error;

@@ -12,15 +12,16 @@ namespace {
 
 class SqliteLogTest : public LogFiles {
 protected:
-    std::unique_ptr<SqliteLog> open()
+    std::unique_ptr<SqliteLog> open() { return opened(file); }
+    std::unique_ptr<SqliteLog> opened(const QString& database)
     {
-        std::unique_ptr<SqliteLog> log = SqliteLog::open(file, &error);
-        EXPECT_TRUE(log) << error.toStdString();
-        return log;
+        Expected<std::unique_ptr<SqliteLog>> log = SqliteLog::open(database);
+        EXPECT_TRUE(succeeds(log)) << error.toStdString();
+        return log ? std::move(*log) : nullptr;
     }
     void write(SqliteLog& log, const QVector<LogRecord>& records)
     {
-        EXPECT_TRUE(log.write(records, &error)) << error.toStdString();
+        EXPECT_TRUE(succeeds(log.write(records))) << error.toStdString();
     }
     /// The rows of a query, columns separated by |.
     std::string rows(const char* query)
@@ -40,10 +41,12 @@ protected:
         ASSERT_TRUE(database.open(file, true));
         ASSERT_TRUE(database.execute(statements)) << database.error().toStdString();
     }
-    std::optional<qint64> exported(const QString& csv)
+    /// The number of records; nothing after an error.
+    std::optional<qint64> exported(const QString& csv) { return exported(file, csv); }
+    std::optional<qint64> exported(const QString& database, const QString& csv)
     {
-        return exportLog(
-            file, csv, [](qint64, qint64) {}, &error);
+        const Expected<qint64> records = exportLog(database, csv, [](qint64, qint64) {});
+        return succeeds(records) ? std::optional<qint64>(*records) : std::nullopt;
     }
 
     const QString file = path("a.sqlite");
@@ -115,19 +118,16 @@ TEST_F(SqliteLogTest, ALogThatWasNotClosedGoesOn)
     // The files as a killed program leaves them: the journal is still to be taken in.
     ASSERT_TRUE(QFile::copy(file, path("b.sqlite")));
     ASSERT_TRUE(QFile::copy(file + QStringLiteral("-wal"), path("b.sqlite-wal")));
-    const std::unique_ptr<SqliteLog> copy = SqliteLog::open(path("b.sqlite"), &error);
-    ASSERT_TRUE(copy) << error.toStdString();
+    const std::unique_ptr<SqliteLog> copy = opened(path("b.sqlite"));
+    ASSERT_TRUE(copy);
     write(*copy, {record(1, "P.a", "2")});
-    ASSERT_EQ(exportLog(
-                  path("b.sqlite"), path("b.csv"), [](qint64, qint64) {}, &error),
-              2)
-        << error.toStdString();
+    ASSERT_EQ(2, exported(path("b.sqlite"), path("b.csv"))) << error.toStdString();
 }
 
 TEST_F(SqliteLogTest, LeavesADatabaseAloneThatIsNoLog)
 {
     execute("CREATE TABLE recipe(id INTEGER)");
-    EXPECT_FALSE(SqliteLog::open(file, &error));
+    EXPECT_FALSE(succeeds(SqliteLog::open(file)));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("a.sqlite: the database exists and is no "
                                                           "log of plc"));
     EXPECT_EQ(rows("SELECT name FROM sqlite_master"), "recipe\n");
@@ -138,14 +138,14 @@ TEST_F(SqliteLogTest, LeavesADatabaseAloneThatIsNoLog)
 TEST_F(SqliteLogTest, LeavesAFileAloneThatIsNoDatabase)
 {
     put(file, "this is a letter and no database at all");
-    EXPECT_FALSE(SqliteLog::open(file, &error));
+    EXPECT_FALSE(succeeds(SqliteLog::open(file)));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("a.sqlite: file is not a database"));
     EXPECT_EQ(content(file), "this is a letter and no database at all");
 }
 
 TEST_F(SqliteLogTest, AFileThatCannotBeCreatedIsNamedWithTheReason)
 {
-    EXPECT_FALSE(SqliteLog::open(path("nowhere/a.sqlite"), &error));
+    EXPECT_FALSE(succeeds(SqliteLog::open(path("nowhere/a.sqlite"))));
     EXPECT_THAT(error.toStdString(),
                 ::testing::EndsWith("nowhere/a.sqlite: unable to open database file (No such file "
                                     "or directory)"));
@@ -161,7 +161,7 @@ TEST_F(SqliteLogTest, WhenTheDiskIsFullTheRecordsOfThatWriteAreLeftOutAltogether
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit = {100000, RLIM_INFINITY};
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-    EXPECT_FALSE(log->write(many, &error));
+    EXPECT_FALSE(succeeds(log->write(many)));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("a.sqlite: "));
     EXPECT_EQ(rows("SELECT value FROM log"), "1\n");
     EXPECT_EQ(rows("SELECT name FROM label"), "P.a\n");
@@ -174,14 +174,12 @@ TEST_F(SqliteLogTest, ExportsToCsvInTheOrderOfTheLog)
     write(*open(), {record(7, "P.b", "1"), stale});
     qint64 told = 0;
     qint64 total = 0;
-    const std::optional<qint64> records = exportLog(
-        file, path("a.csv"),
-        [&](qint64 done, qint64 all) {
-            told = done;
-            total = all;
-        },
-        &error);
-    EXPECT_EQ(records, 2) << error.toStdString();
+    const Expected<qint64> records = exportLog(file, path("a.csv"), [&](qint64 done, qint64 all) {
+        told = done;
+        total = all;
+    });
+    ASSERT_TRUE(succeeds(records)) << error.toStdString();
+    EXPECT_EQ(2, *records);
     EXPECT_EQ(told, 2);
     EXPECT_EQ(total, 2);
     EXPECT_EQ(content(path("a.csv")),

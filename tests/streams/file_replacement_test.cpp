@@ -28,7 +28,15 @@ protected:
     bool replace(const char* name, const QByteArray& bytes)
     {
         FileReplacement file(path(name));
-        return file.open(&error) && file.write(bytes) && file.commit(&error);
+        return succeeds(file.open()) && file.write(bytes) && succeeds(file.commit());
+    }
+
+    /// Whether it succeeded; else `error` tells why not.
+    template <typename T>
+    bool succeeds(const Expected<T>& outcome)
+    {
+        error = outcome ? QString() : outcome.error().text;
+        return bool(outcome);
     }
 
     QString error;
@@ -52,7 +60,7 @@ TEST_F(FileReplacementTest, LeavesTheOldFileUntilItIsCommitted)
     put("a", "old");
     {
         FileReplacement file(path("a"));
-        ASSERT_TRUE(file.open(&error));
+        ASSERT_TRUE(succeeds(file.open()));
         EXPECT_TRUE(file.write(QByteArray(100000, 'x')));
         EXPECT_EQ("old", content("a"));
     }
@@ -98,28 +106,28 @@ TEST_F(FileReplacementTest, TakesADiskThatIsFullForAFailure)
 TEST_F(FileReplacementTest, WritesIntoWhatIsNoFileOnADisk)
 {
     // As root, taking the name over would put a file in the place of the device.
-    EXPECT_TRUE(FileReplacement(QStringLiteral("/dev/null")).open(&error));
+    EXPECT_TRUE(succeeds(FileReplacement(QStringLiteral("/dev/null")).open()));
     FileReplacement null(QStringLiteral("/dev/null"));
-    ASSERT_TRUE(null.open(&error));
+    ASSERT_TRUE(succeeds(null.open()));
     EXPECT_TRUE(null.write("x"));
-    EXPECT_TRUE(null.commit(&error)) << error.toStdString();
+    EXPECT_TRUE(succeeds(null.commit())) << error.toStdString();
     struct stat status = {};
     ASSERT_EQ(0, ::stat("/dev/null", &status));
     EXPECT_TRUE(S_ISCHR(status.st_mode));
 
     FileReplacement full(QStringLiteral("/dev/full"));
-    ASSERT_TRUE(full.open(&error));
+    ASSERT_TRUE(succeeds(full.open()));
     full.write("x");
-    EXPECT_FALSE(full.commit(&error));
+    EXPECT_FALSE(succeeds(full.commit()));
     EXPECT_EQ("/dev/full: cannot be written: No space left on device", error.toStdString());
 }
 
 TEST_F(FileReplacementTest, NamesWhatCannotBeAFile)
 {
-    EXPECT_FALSE(FileReplacement(path("nowhere/a")).open(&error));
+    EXPECT_FALSE(succeeds(FileReplacement(path("nowhere/a")).open()));
     EXPECT_EQ(path("nowhere/a") + QStringLiteral(": cannot be written: No such file or directory"),
               error);
-    EXPECT_FALSE(FileReplacement(QStringLiteral("/")).open(&error));
+    EXPECT_FALSE(succeeds(FileReplacement(QStringLiteral("/")).open()));
     EXPECT_EQ("/: cannot be written: Is a directory", error.toStdString());
 }
 
