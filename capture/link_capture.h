@@ -7,12 +7,13 @@
 
 #include "capture/tcp_conversation.h"
 #include "streams/file_replacement.h"
+#include "values/export.h"
 
 namespace plc::capture {
 
 /// The connections of a link, one after the other, in a capture file. All are written as they
 /// happen, so that the file is readable also when the process is killed.
-class LinkCapture {
+class PLC_HOST_EXPORT LinkCapture {
 public:
     /// Creates the file, in place of one that is there; `application` names the program in it.
     /// After an error, the reason alone, what was there stays.

@@ -7,6 +7,8 @@
 
 #include <chrono>
 
+#include "values/export.h"
+
 namespace plc::capture {
 
 /// Writes Ethernet packets as a pcapng file: one section, one interface, times in nanoseconds.
@@ -14,7 +16,7 @@ namespace plc::capture {
 /// Every packet goes to the device in one piece, so that a file which ends early, because the
 /// process or the disk did, is readable up to its last whole packet. For that the device is opened
 /// with QIODevice::Unbuffered.
-class PcapngWriter {
+class PLC_HOST_EXPORT PcapngWriter {
 public:
     /// Writes the head of the file. `device` is open for writing and outlives the writer;
     /// `application` names the program in the file.

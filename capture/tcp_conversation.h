@@ -7,6 +7,7 @@
 
 #include "capture/pcapng_writer.h"
 #include "capture/tcp_packet.h"
+#include "values/export.h"
 
 namespace plc::capture {
 
@@ -14,7 +15,7 @@ namespace plc::capture {
 ///
 /// A program sees the bytes of its connection, not the packets. The packets are made up so that
 /// the bytes, their order and their times are right: in sequence, nothing lost or repeated.
-class TcpConversation {
+class PLC_HOST_EXPORT TcpConversation {
 public:
     enum Side { Client, Server };
 

@@ -4,10 +4,12 @@
 #include <QtCore/QByteArray>
 #include <QtNetwork/QHostAddress>
 
+#include "values/export.h"
+
 namespace plc::capture {
 
 struct TcpEndpoint {
-    QHostAddress address; ///< IPv4, also within IPv6 (::ffff:192.0.2.1), or IPv6.
+    QHostAddress address; ///< IPv4, also as it is mapped into IPv6, or IPv6.
     quint16 port = 0;
 };
 
@@ -29,13 +31,13 @@ struct TcpSegment {
 };
 
 /// Whether packets of the two go as IPv4; otherwise as IPv6.
-bool usesIPv4(const TcpEndpoint& one, const TcpEndpoint& other);
+PLC_HOST_EXPORT bool usesIPv4(const TcpEndpoint& one, const TcpEndpoint& other);
 
 /// Data bytes that one Ethernet packet carries at most.
-int largestSegment(bool ipv4);
+PLC_HOST_EXPORT int largestSegment(bool ipv4);
 
 /// The packet from the Ethernet header on, with all lengths and checksums.
-QByteArray tcpPacket(const TcpSegment& segment);
+PLC_HOST_EXPORT QByteArray tcpPacket(const TcpSegment& segment);
 
 } // namespace plc::capture
 

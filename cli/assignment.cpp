@@ -10,14 +10,12 @@ Expected<Assignment> parseAssignment(const host::DataPointFinder& points, const 
     const int sign = int(text.indexOf(QLatin1Char('=')));
     if (sign < 0)
         return Error{QStringLiteral("LABEL=VALUE is expected, not %1").arg(values::quoted(text))};
-    QString error;
-    const std::optional<host::DataPoint> point = points.find(text.left(sign).trimmed(), &error);
+    const Expected<host::DataPoint> point = points.find(text.left(sign).trimmed());
     if (!point)
-        return Error{error};
-    const std::optional<QVector<values::Value>> values =
-        host::parsePoint(*point, text.mid(sign + 1), &error);
+        return point.error();
+    const Expected<QVector<values::Value>> values = host::parsePoint(*point, text.mid(sign + 1));
     if (!values)
-        return Error{error};
+        return values.error();
     return Assignment{*point, *values};
 }
 

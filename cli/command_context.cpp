@@ -22,15 +22,14 @@ Expected<CommandContext> openContext(const CommandOptions& options)
         context.arguments += *labels;
     }
     options.applyTo(&context.project);
-    QString error;
-    const QString library =
-        host::findDriver(options.driverFile, QCoreApplication::applicationDirPath(), &error);
-    if (library.isEmpty())
-        return Error{error};
-    const std::optional<host::DriverFunctions> driver = host::loadDriver(library, &error);
+    const Expected<QString> library =
+        host::findDriver(options.driverFile, QCoreApplication::applicationDirPath());
+    if (!library)
+        return library.error();
+    const Expected<host::DriverLibrary> driver = host::DriverLibrary::load(*library);
     if (!driver)
-        return Error{error};
-    context.driver = *driver;
+        return driver.error();
+    context.driver = driver->functions();
     return context;
 }
 

@@ -70,11 +70,9 @@ bool DiagnoseCommand::prepare()
 bool DiagnoseCommand::findAreas()
 {
     for (const project::SymbolEntry& entry : project::symbolEntries(project())) {
-        QString error;
-        const std::optional<host::DataPoint> point =
-            runtime().points().find(entry.firstLabel, &error);
+        const Expected<host::DataPoint> point = runtime().points().find(entry.firstLabel);
         if (!point) {
-            complain(error);
+            complain(point.error().text);
             return false;
         }
         const auto first = m_firstOfArea.constFind(point->area);

@@ -9,7 +9,7 @@
 
 #include "cli/command.h"
 #include "cli/link_command.h"
-#include "host/report/diagnosis.h"
+#include "host/tcp/diagnosis.h"
 
 namespace plc::cli {
 

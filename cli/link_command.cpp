@@ -77,14 +77,14 @@ QString LinkCommand::peer() const
 QVector<host::DataPoint> LinkCommand::findPoints() const
 {
     QVector<host::DataPoint> points;
-    QString error;
-    const auto add = [&points, &error](const std::optional<host::DataPoint>& point) {
+    const auto add = [&points](const Expected<host::DataPoint>& point) {
         if (point)
             points.append(*point);
         else
-            complain(error);
-        return point.has_value();
+            complain(point.error().text);
+        return point.hasValue();
     };
+    QString error;
     project::LabelExpander expander(project());
     for (const QString& text : arguments()) {
         const Expected<QStringList> labels = expander.expand(text);
@@ -93,7 +93,7 @@ QVector<host::DataPoint> LinkCommand::findPoints() const
             return {};
         }
         const auto addLabel = [&](const QString& label) {
-            return add(m_runtime.points().find(label, &error));
+            return add(m_runtime.points().find(label));
         };
         if (!std::all_of(labels->begin(), labels->end(), addLabel))
             return {};
@@ -101,7 +101,7 @@ QVector<host::DataPoint> LinkCommand::findPoints() const
     if (!points.isEmpty())
         return points;
     for (const project::CyclicLabel& label : project().cyclic) {
-        if (!add(m_runtime.points().find(label.label, label.elements, label.station, &error)))
+        if (!add(m_runtime.points().find(label.label, label.elements, label.station)))
             return {};
     }
     if (points.isEmpty())

@@ -26,11 +26,10 @@ QVector<host::DataPoint> cyclicPoints(const CommandContext& context)
     const host::DataPointFinder finder = finderFor(context);
     QVector<host::DataPoint> points;
     for (const project::CyclicLabel& label : context.project.cyclic) {
-        QString error;
-        const std::optional<host::DataPoint> point =
-            finder.find(label.label, label.elements, label.station, &error);
+        const Expected<host::DataPoint> point =
+            finder.find(label.label, label.elements, label.station);
         if (!point) {
-            complain(error);
+            complain(point.error().text);
             return {};
         }
         points.append(*point);

@@ -38,13 +38,18 @@ bool ReadCommand::prepare()
     const QVector<host::DataPoint> points = findPoints();
     for (const host::DataPoint& point : points)
         m_items.append({point, host::TransferOutcome(), QByteArray()});
+    return !m_items.isEmpty();
+}
+
+void ReadCommand::begin()
+{
     m_open = int(m_items.size());
-    for (int i = 0; i < int(points.size()); ++i) {
-        runtime().readOnce(points[i], link().now(),
+    for (int i = 0; i < int(m_items.size()); ++i) {
+        runtime().readOnce(m_items[i].point, link().now(),
                            [this, i](const host::TransferOutcome& outcome,
                                      const QByteArray& bytes) { settled(i, outcome, bytes); });
     }
-    return !m_items.isEmpty();
+    LinkCommand::begin();
 }
 
 void ReadCommand::interrupted()

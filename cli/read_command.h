@@ -35,6 +35,7 @@ private:
     };
 
     bool prepare() override;
+    void begin() override;
     void interrupted() override;
     void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
 

@@ -14,12 +14,11 @@ int resolveLabels(const ResolveOptions& options, const CommandContext& context)
     const host::DataPointFinder points = finderFor(context, labels);
     int code = kExitDone;
     for (const QString& text : context.arguments) {
-        QString error;
-        const std::optional<host::DataPoint> point = points.find(text, &error);
+        const Expected<host::DataPoint> point = points.find(text);
         if (point) {
             printPoint(point->text, *point, options.json);
         } else {
-            complain(error);
+            complain(point.error().text);
             code = kExitUsage;
         }
     }

@@ -62,6 +62,14 @@ QString roundTripLine(const host::LatencyHistogram& times)
     return named("round trip", text + QStringLiteral("  max ") + timeText(times.longest()));
 }
 
+QString firstValuesLine(int roundTrips)
+{
+    if (roundTrips == 0)
+        return named("first values", QStringLiteral("  none yet"));
+    return counted("first values", quint64(roundTrips)) +
+           QStringLiteral(" round trips after the login, at most");
+}
+
 QString roundTripJson(const host::LatencyHistogram& times)
 {
     JsonLine line;
@@ -131,6 +139,7 @@ QStringList statsLines(const StatsReport& report)
         countedWithRate("bytes sent", report.bytesSent, report),
         countedWithRate("  received", report.bytesReceived, report),
         roundTripLine(link.roundTrips()),
+        firstValuesLine(link.roundTripsToValues()),
     };
     const QMap<int, quint64>& refusals = link.refusals();
     for (auto refusal = refusals.constBegin(); refusal != refusals.constEnd(); ++refusal) {
@@ -167,6 +176,7 @@ QString statsJson(const StatsReport& report)
     line.add("bytesSent", qint64(report.bytesSent));
     line.add("bytesReceived", qint64(report.bytesReceived));
     line.addJson("roundTrip", roundTripJson(link.roundTrips()));
+    line.add("roundTripsToValues", qint64(link.roundTripsToValues()));
     line.addJson("refusals", refusalsJson(link.refusals()));
     line.addJson("failures", failuresJson(link.failures()));
     line.addJson("linkLosses", lossesJson(link.lossReasons()));

@@ -46,10 +46,9 @@ int listSymbols(const SymbolsOptions& options, const CommandContext& context)
     for (const project::SymbolEntry& entry : project::symbolEntries(context.project)) {
         if (!pattern.matches(entry.pattern))
             continue;
-        QString error;
-        const std::optional<host::DataPoint> point = points.find(entry.firstLabel, &error);
+        const Expected<host::DataPoint> point = points.find(entry.firstLabel);
         if (!point) {
-            complain(error);
+            complain(point.error().text);
             return kExitUsage;
         }
         if (options.csv)

@@ -30,23 +30,27 @@ bool WriteCommand::prepare()
         complain(host::readOnlyText() + QStringLiteral("; nothing was sent"));
         return false;
     }
-    QVector<Assignment> assignments;
     for (const QString& text : arguments()) {
         const Expected<Assignment> assignment = parseAssignment(runtime().points(), text);
         if (!assignment) {
             complain(assignment.error().text);
             return false;
         }
-        assignments.append(*assignment);
+        m_assignments.append(*assignment);
     }
-    m_open = int(assignments.size());
-    for (const Assignment& assignment : assignments) {
+    return true;
+}
+
+void WriteCommand::begin()
+{
+    m_open = int(m_assignments.size());
+    for (const Assignment& assignment : std::as_const(m_assignments)) {
         runtime().write(assignment.point, assignment.values, link().now(),
                         [this, assignment](const host::TransferOutcome& outcome) {
                             settled(assignment, outcome);
                         });
     }
-    return true;
+    LinkCommand::begin();
 }
 
 /// The end of the link settles what is still open.

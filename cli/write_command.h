@@ -21,11 +21,13 @@ public:
 
 private:
     bool prepare() override;
+    void begin() override;
     void interrupted() override;
     void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
     void settled(const Assignment& assignment, const host::TransferOutcome& outcome);
 
     const LinkOptions& m_options;
+    QVector<Assignment> m_assignments;
     int m_open = 0; ///< Writes that are not settled.
     bool m_allDone = true;
 };

@@ -1,5 +1,7 @@
-# What `cmake --install` puts where, in three components: runtime (the shared library), development
-# (header, CMake package, pkg-config file, documents) and tools (programs, manual pages, demo).
+# What `cmake --install` puts where, in components: runtime (the driver's shared library), development
+# (its header, CMake package, pkg-config file, documents), host and tcp (the shared libraries of the
+# host), host_development (their headers and static libraries) and tools (programs, manual pages,
+# demo).
 
 include(CMakePackageConfigHelpers)
 
@@ -16,6 +18,33 @@ set_target_properties(plc_qt_core PROPERTIES EXPORT_NAME qt_core)
 install(TARGETS plc_driver plc_qt_core EXPORT ${plc_cmake_package}Targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
   PUBLIC_HEADER DESTINATION ${plc_include_dir} COMPONENT development)
+
+# The host library, in components of its own.
+if(PLC_BUILD_TOOLS)
+  set(plc_host_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/${PLC_HOST_NAME})
+  set_target_properties(plc_qt_network PROPERTIES EXPORT_NAME qt_network)
+  foreach(component host tcp)
+    set(plc_exported plc_${component}_shared plc_${component}_static)
+    set(plc_header_list ${PROJECT_SOURCE_DIR}/host/installed_headers.txt)
+    if(component STREQUAL tcp)
+      list(APPEND plc_exported plc_qt_network)
+      set(plc_header_list ${PROJECT_SOURCE_DIR}/host/tcp/installed_headers.txt)
+    endif()
+    install(TARGETS ${plc_exported} EXPORT ${plc_cmake_package}-${component}Targets
+      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        COMPONENT ${component} NAMELINK_COMPONENT host_development
+      ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT host_development)
+    install(EXPORT ${plc_cmake_package}-${component}Targets NAMESPACE PlcDriver::
+      DESTINATION ${plc_package_dir} COMPONENT host_development)
+    # Each where its path from the root of the sources says.
+    file(STRINGS ${plc_header_list} plc_headers)
+    foreach(header IN LISTS plc_headers)
+      get_filename_component(plc_header_dir ${header} DIRECTORY)
+      install(FILES ${header} DESTINATION ${plc_host_include_dir}/${plc_header_dir}
+        COMPONENT host_development)
+    endforeach()
+  endforeach()
+endif()
 
 # The CMake package. Hosts share Qt's value types with the driver: it asks for the same Qt.
 if(PLC_QT_MAJOR EQUAL 4)
@@ -50,6 +79,13 @@ endif()
 configure_file(${CMAKE_CURRENT_LIST_DIR}/plc_driver.pc.in ${PLC_DRIVER_NAME}.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/${PLC_DRIVER_NAME}.pc
   DESTINATION ${plc_pkg_config_dir} COMPONENT development)
+if(PLC_BUILD_TOOLS)
+  foreach(file plc_host plc_host_tcp)
+    configure_file(${CMAKE_CURRENT_LIST_DIR}/${file}.pc.in ${file}_qt${PLC_QT_MAJOR}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${file}_qt${PLC_QT_MAJOR}.pc
+      DESTINATION ${plc_pkg_config_dir} COMPONENT host_development)
+  endforeach()
+endif()
 
 # In the folders of the sources, so that the links between the documents lead somewhere.
 install(FILES CHANGELOG.md CONTRIBUTING.md README.md

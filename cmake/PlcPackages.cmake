@@ -9,6 +9,9 @@ set(PLC_PACKAGE_REVISION 1 CACHE STRING "Debian revision of the packages")
 set(plc_runtime_package libplc-driver-qt${PLC_QT_MAJOR}-${PROJECT_VERSION_MAJOR})
 set(plc_development_package libplc-driver-qt${PLC_QT_MAJOR}-dev)
 set(plc_tools_package plc-tools)
+set(plc_host_package libplc-host-qt${PLC_QT_MAJOR}-${PROJECT_VERSION_MAJOR})
+set(plc_tcp_package libplc-host-tcp-qt${PLC_QT_MAJOR}-${PROJECT_VERSION_MAJOR})
+set(plc_host_development_package libplc-host-qt${PLC_QT_MAJOR}-dev)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME plc-driver)
@@ -23,7 +26,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL runtime development)
 if(PLC_BUILD_TOOLS)
-  list(APPEND CPACK_COMPONENTS_ALL tools)
+  list(APPEND CPACK_COMPONENTS_ALL tools host tcp host_development)
 endif()
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${PLC_PACKAGE_REVISION})
@@ -64,6 +67,34 @@ else()
 endif()
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
   "${plc_runtime_package} (= ${plc_package_version}), ${plc_qt_development_package}")
+
+# The host loads the driver's library when it runs: nothing in the files says so.
+set(plc_about_host "\
+The host is what a program needs around the driver to exchange values with
+PLCs: sessions, cyclic reads with the age of each value, writes with their
+outcomes, and symbols.")
+set(CPACK_DEBIAN_HOST_PACKAGE_NAME ${plc_host_package})
+set(CPACK_DEBIAN_HOST_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_HOST_DESCRIPTION "host around the PLC communication driver for Qt ${PLC_QT_MAJOR}
+${plc_about_host}")
+set(CPACK_DEBIAN_HOST_PACKAGE_RECOMMENDS "${plc_runtime_package} (= ${plc_package_version})")
+set(CPACK_DEBIAN_HOST_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/triggers)
+set(CPACK_DEBIAN_TCP_PACKAGE_NAME ${plc_tcp_package})
+set(CPACK_DEBIAN_TCP_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_TCP_DESCRIPTION "PLC sessions over TCP on the event loop of Qt ${PLC_QT_MAJOR}
+${plc_about_host}
+
+This library runs its sessions over TCP on the event loop of Qt.")
+set(CPACK_DEBIAN_TCP_PACKAGE_DEPENDS "${plc_host_package} (= ${plc_package_version})")
+set(CPACK_DEBIAN_TCP_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/triggers)
+set(CPACK_DEBIAN_HOST_DEVELOPMENT_PACKAGE_NAME ${plc_host_development_package})
+set(CPACK_DEBIAN_HOST_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_HOST_DEVELOPMENT_DESCRIPTION "host around the PLC communication driver for Qt ${PLC_QT_MAJOR} (development files)
+${plc_about_host}
+
+This package holds the headers, the static libraries and the pkg-config files.")
+set(CPACK_DEBIAN_HOST_DEVELOPMENT_PACKAGE_DEPENDS
+  "${plc_host_package} (= ${plc_package_version}), ${plc_tcp_package} (= ${plc_package_version}), ${plc_development_package} (= ${plc_package_version})")
 
 # The programs load the library when they run: nothing in the files says so.
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${plc_tools_package})

@@ -8,11 +8,12 @@
 
 #include "project/label_lookup.h"
 #include "values/expected.h"
+#include "values/export.h"
 
 namespace plc::project {
 
 /// Finds the labels that arguments of the command line stand for.
-class LabelExpander {
+class PLC_HOST_EXPORT LabelExpander {
 public:
     /// The project must outlive the expander unchanged.
     explicit LabelExpander(const Symbols& symbols) : m_symbols(symbols) {}
@@ -32,7 +33,7 @@ private:
 
 /// Whether `text` is `LABEL*N`, N elements of an array from a label on. Behind what is no label of
 /// its own, the star stands for any characters: `*1` and `Plant.v*1` are patterns.
-bool isElementCount(const QString& text, const LabelFinder& labels);
+PLC_HOST_EXPORT bool isElementCount(const QString& text, const LabelFinder& labels);
 
 } // namespace plc::project
 

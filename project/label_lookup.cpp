@@ -130,8 +130,10 @@ Expected<LabelTarget> LabelFinder::find(const QVector<LabelPart>& parts) const
             return entered.error();
         const bool isLast = index + 1 == int(parts.size());
         const std::shared_ptr<const StructureType>& structure = (*variable)->structure;
-        if (!structure && isLast)
+        if (!structure && isLast) {
+            target.size = elementSize(**variable);
             return target;
+        }
         const QString name = values::quoted(parts[index].name);
         if (!structure)
             return Error{QStringLiteral("%1 has no members").arg(name)};

@@ -7,6 +7,7 @@
 #include "project/label_syntax.h"
 #include "project/symbols.h"
 #include "values/expected.h"
+#include "values/export.h"
 
 namespace plc::project {
 
@@ -16,13 +17,14 @@ struct LabelTarget {
     const Variable* variable = nullptr;
     int area = 0;
     qint64 address = 0;  ///< Bytes within the area; bits for BIT.
+    qint64 size = 0;     ///< Bytes of one element; a BIT has none of its own.
     qint64 elements = 1; ///< Elements of the array named last, from this one to its end.
 };
 
 /// Follows labels through the declarations of a project, which must outlive it unchanged. A scope
 /// is searched from its first variable on until so many labels of it were asked for that an index
 /// pays: one thread at a time.
-class LabelFinder {
+class PLC_HOST_EXPORT LabelFinder {
 public:
     explicit LabelFinder(const Symbols& symbols);
 

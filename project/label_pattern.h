@@ -3,14 +3,16 @@
 
 #include <QtCore/QString>
 
+#include "values/export.h"
+
 namespace plc::project {
 
 /// Whether `text` has a * or a ?, which stand for other characters.
-bool hasWildcard(const QString& text);
+PLC_HOST_EXPORT bool hasWildcard(const QString& text);
 
 /// A pattern for labels, in which * stands for any characters, also for none, and ? for one. Letter
 /// case does not count. Prepared once, compared with many labels.
-class LabelPattern {
+class PLC_HOST_EXPORT LabelPattern {
 public:
     enum class Place {
         Whole, ///< The pattern stands for all of the label.

@@ -7,6 +7,8 @@
 
 #include "values/expected.h"
 
+#include "values/export.h"
+
 namespace plc::project {
 
 /// One subscript, or in a pattern a range of them; both ends inclusive.
@@ -23,18 +25,18 @@ struct LabelPart {
 
 /// Takes a label or a pattern apart: `Scope.variable[1,2].member`. An error if it does
 /// not have that form.
-Expected<QVector<LabelPart>> parseLabel(const QString& label);
+PLC_HOST_EXPORT Expected<QVector<LabelPart>> parseLabel(const QString& label);
 
 /// Whether a subscript stands for more than one number.
-bool isPattern(const QVector<LabelPart>& parts);
+PLC_HOST_EXPORT bool isPattern(const QVector<LabelPart>& parts);
 
 /// The labels that a pattern stands for, the last range running fastest. An error if they are
 /// more than `limit`.
-Expected<QStringList> expandPattern(const QVector<LabelPart>& parts, int limit);
+PLC_HOST_EXPORT Expected<QStringList> expandPattern(const QVector<LabelPart>& parts, int limit);
 
 /// Whether `name` can stand in a label: not empty, nothing that labels or command lines use as a
 /// separator, no blanks and no control characters.
-bool isLabelName(const QString& name);
+PLC_HOST_EXPORT bool isLabelName(const QString& name);
 
 } // namespace plc::project
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "project/symbols.h"
+#include "values/export.h"
 
 namespace plc::project {
 
@@ -23,21 +24,22 @@ constexpr int kTextElementStride = 255;
 
 /// Bytes that one element occupies: a text its characters and the terminating zero, a BIT none of
 /// its own.
-qint64 elementSize(const Variable& variable);
+PLC_HOST_EXPORT qint64 elementSize(const Variable& variable);
 
 /// Distance of one array element to the next in bytes; in bits for BIT.
-qint64 elementStride(const Variable& variable);
+PLC_HOST_EXPORT qint64 elementStride(const Variable& variable);
 
 /// Elements of all dimensions together; 1 for what is no array.
-qint64 elementCount(const Variable& variable);
+PLC_HOST_EXPORT qint64 elementCount(const Variable& variable);
 
 /// Elements that lie before the one with these subscripts, one for each dimension and within its
 /// bounds.
-qint64 elementIndex(const QVector<ArrayDimension>& dimensions, const QVector<qint64>& subscripts);
+PLC_HOST_EXPORT qint64 elementIndex(const QVector<ArrayDimension>& dimensions,
+                                    const QVector<qint64>& subscripts);
 
 /// One past the last byte that reading the variable touches. Bits travel in whole 16-bit words,
 /// arrays of texts in whole 16-bit registers.
-qint64 transferEnd(const Variable& variable);
+PLC_HOST_EXPORT qint64 transferEnd(const Variable& variable);
 
 /// Bit `offset & 15` of the 16-bit word whose high byte is at `offset >> 4` and whose low byte is
 /// behind it: neighbouring words share a byte.
@@ -45,7 +47,7 @@ struct BitPlace {
     qint64 byte;
     int bit;
 };
-BitPlace bitPlace(qint64 offset);
+PLC_HOST_EXPORT BitPlace bitPlace(qint64 offset);
 
 /// Two of `variables` that share memory, or the same one twice when its own elements do. Variables
 /// marked as overlay are left out.
@@ -54,18 +56,20 @@ struct SharedMemory {
     int second;
     qint64 byte;
 };
-std::optional<SharedMemory> findSharedMemory(const QVector<Variable>& variables);
+PLC_HOST_EXPORT std::optional<SharedMemory> findSharedMemory(const QVector<Variable>& variables);
 
 /// The same of variables that lie in several lists; `first` and `second` count through all of them.
-std::optional<SharedMemory> findSharedMemory(const std::vector<QVector<Variable>>& lists);
+PLC_HOST_EXPORT std::optional<SharedMemory> findSharedMemory(
+    const std::vector<QVector<Variable>>& lists);
 
 /// The variables that lie over others, each once: `second` over `first`, which begins before it or
 /// is the larger one. Without the second ones nothing is shared. Overlays are left out.
-QVector<SharedMemory> coveredVariables(const QVector<Variable>& variables);
+PLC_HOST_EXPORT QVector<SharedMemory> coveredVariables(const QVector<Variable>& variables);
 
 /// Every two different variables that share memory, overlays too, in the order of memory; at most
 /// `limit` of them.
-QVector<SharedMemory> allSharedMemory(const QVector<Variable>& variables, int limit);
+PLC_HOST_EXPORT QVector<SharedMemory> allSharedMemory(const QVector<Variable>& variables,
+                                                      int limit);
 
 /// Bytes of an area that no variable holds.
 struct MemoryGap {
@@ -75,8 +79,8 @@ struct MemoryGap {
 };
 
 /// The gaps of at least `smallest` bytes, the ends of the areas too, in the order of memory.
-QVector<MemoryGap> memoryGaps(const QVector<Variable>& variables, const QVector<MemoryArea>& areas,
-                              qint64 smallest);
+PLC_HOST_EXPORT QVector<MemoryGap> memoryGaps(const QVector<Variable>& variables,
+                                              const QVector<MemoryArea>& areas, qint64 smallest);
 
 } // namespace plc::project
 

@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "project/symbols.h"
+#include "values/export.h"
 
 namespace plc::project {
 
@@ -24,11 +25,11 @@ struct SymbolNode {
 /// Visits the scopes of the project that match `pattern` anywhere in their labels or have something
 /// in them that does, each before these; `depth` levels of them, or all if it is 0. Nodes are made
 /// one at a time: structures of structures have far more of them than declarations.
-void walkSymbolTree(const Symbols& symbols, const QString& pattern, int depth,
-                    const std::function<void(const SymbolNode&)>& visit);
+PLC_HOST_EXPORT void walkSymbolTree(const Symbols& symbols, const QString& pattern, int depth,
+                                    const std::function<void(const SymbolNode&)>& visit);
 
 /// "REAL", "STRING(19)" or the name of the structure.
-QString typeName(const Variable& variable);
+PLC_HOST_EXPORT QString typeName(const Variable& variable);
 
 } // namespace plc::project
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "project/symbols.h"
+#include "values/export.h"
 
 namespace plc::project {
 
@@ -20,7 +21,7 @@ struct SymbolEntry {
 
 /// The entries of a project, which must outlive this unchanged. They are made one at a time:
 /// structures of structures have far more of them than declarations.
-class SymbolEntries {
+class PLC_HOST_EXPORT SymbolEntries {
 public:
     class Iterator {
     public:
@@ -80,7 +81,7 @@ inline SymbolEntries symbolEntries(const Symbols& symbols)
 }
 
 /// The declared bounds as a label has them, "[1..6]"; nothing for what is no array.
-QString boundsText(const Variable& variable);
+PLC_HOST_EXPORT QString boundsText(const Variable& variable);
 
 } // namespace plc::project
 

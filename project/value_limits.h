@@ -2,6 +2,7 @@
 #define PLC_PROJECT_VALUE_LIMITS_H
 
 #include "project/symbols.h"
+#include "values/export.h"
 
 namespace plc::project {
 
@@ -19,16 +20,17 @@ constexpr qint64 kMostCyclicPieces = 1000000;
 constexpr qint64 kMostDeclaredValues = 1000000;
 
 /// Bytes of PLC memory that so many elements of a variable of an elementary type take to read.
-qint64 transferBytes(const Variable& variable, qint64 elements);
+PLC_HOST_EXPORT qint64 transferBytes(const Variable& variable, qint64 elements);
 
 /// The same in the driver's buffers, of which the host's has whole registers: two bytes for a BYTE.
-qint64 bufferBytes(const Variable& variable, qint64 elements);
+PLC_HOST_EXPORT qint64 bufferBytes(const Variable& variable, qint64 elements);
 
 /// Pieces that reading so many elements takes.
-qint64 transferPieces(const Variable& variable, qint64 elements, int maxReadBytes);
+PLC_HOST_EXPORT qint64 transferPieces(const Variable& variable, qint64 elements, int maxReadBytes);
 
 /// What is wrong with so many elements as one value, or an empty text.
-QString valueLimitError(const Variable& variable, qint64 elements, int maxReadBytes);
+PLC_HOST_EXPORT QString valueLimitError(const Variable& variable, qint64 elements,
+                                        int maxReadBytes);
 
 } // namespace plc::project
 

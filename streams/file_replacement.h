@@ -5,6 +5,7 @@
 #include <QtCore/QString>
 
 #include "values/expected.h"
+#include "values/export.h"
 
 namespace plc::streams {
 
@@ -12,7 +13,7 @@ namespace plc::streams {
 /// one stays as it is, also when the disk is full or the program is killed.
 ///
 /// What is no file on a disk, such as a pipe, is written as it is: it has no old content.
-class FileReplacement {
+class PLC_HOST_EXPORT FileReplacement {
 public:
     explicit FileReplacement(const QString& path) : m_path(path) {}
     /// Takes away what was not committed.

@@ -7,6 +7,8 @@
 
 #include "values/expected.h"
 
+#include "values/export.h"
+
 namespace plc::values {
 namespace csv {
 
@@ -15,10 +17,10 @@ namespace csv {
 // takes away again.
 
 /// The field as it stands in a row: in quotes when it holds commas, quotes or line ends.
-QString quotedField(const QString& field);
+PLC_HOST_EXPORT QString quotedField(const QString& field);
 
 /// The fields as one row, without the line end, with marks before texts that look like formulas.
-QString row(const QStringList& fields);
+PLC_HOST_EXPORT QString row(const QStringList& fields);
 
 struct Record {
     int line = 0; ///< Of the text, from 1, where the record begins.
@@ -27,7 +29,7 @@ struct Record {
 
 /// The records of a text, in which lines may end in LF, too. Empty lines are left out. An
 /// error begins with the line ("line 3: ").
-Expected<QVector<Record>> parse(const QString& text);
+PLC_HOST_EXPORT Expected<QVector<Record>> parse(const QString& text);
 
 } // namespace csv
 } // namespace plc::values

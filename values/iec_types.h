@@ -3,6 +3,8 @@
 
 #include <QtCore/QString>
 
+#include "values/export.h"
+
 namespace plc::values {
 
 /// How the bytes of a value are shown and entered.
@@ -27,19 +29,19 @@ struct IecRange {
 };
 
 /// The type of this name (upper case), or null.
-const IecType* findIecType(const QString& name);
+PLC_HOST_EXPORT const IecType* findIecType(const QString& name);
 
 /// All types, for listings and error texts; ends with a record whose name is null.
-const IecType* iecTypes();
+PLC_HOST_EXPORT const IecType* iecTypes();
 
 /// Whether values are texts (STRING, WSTRING).
-bool isText(const IecType& type);
+PLC_HOST_EXPORT bool isText(const IecType& type);
 
 /// Whether addresses count bits (BIT).
-bool isBit(const IecType& type);
+PLC_HOST_EXPORT bool isBit(const IecType& type);
 
 /// Range of a type that is not a text.
-IecRange iecRange(const IecType& type);
+PLC_HOST_EXPORT IecRange iecRange(const IecType& type);
 
 } // namespace plc::values
 

@@ -4,16 +4,18 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include "values/export.h"
+
 namespace plc::values {
 
 /// The candidate that `name` is most probably a misspelling of, or an empty string.
-QString nearestName(const QString& name, const QStringList& candidates);
+PLC_HOST_EXPORT QString nearestName(const QString& name, const QStringList& candidates);
 
 /// ` (did you mean "…"?)` for error texts, or an empty string.
-QString nearestNameHint(const QString& name, const QStringList& candidates);
+PLC_HOST_EXPORT QString nearestNameHint(const QString& name, const QStringList& candidates);
 
 /// `text` in double quotes for an error line: control characters escaped, long texts shortened.
-QString quoted(const QString& text);
+PLC_HOST_EXPORT QString quoted(const QString& text);
 
 } // namespace plc::values
 

@@ -3,6 +3,8 @@
 
 #include <QtCore/QString>
 
+#include "values/export.h"
+
 namespace plc::values {
 
 // Names, units and descriptions come from whoever wrote a project, texts from whoever writes to a
@@ -10,14 +12,14 @@ namespace plc::values {
 
 /// Whether a terminal obeys the code unit rather than showing it: it is a control character, ends a
 /// line, or reorders the characters around it.
-bool isObeyed(ushort unit);
+PLC_HOST_EXPORT bool isObeyed(ushort unit);
 
 /// Whether the unit at `position` is half of a character whose other half is missing.
-bool isLoneSurrogate(const QString& text, int position);
+PLC_HOST_EXPORT bool isLoneSurrogate(const QString& text, int position);
 
-/// `text` with an escape such as \u001b in the place of whatever is obeyed rather than shown, and
+/// `text` with an escape such as `\u001b` in the place of whatever is obeyed rather than shown, and
 /// of halves of characters.
-QString visibleText(const QString& text);
+PLC_HOST_EXPORT QString visibleText(const QString& text);
 
 } // namespace plc::values
 

@@ -134,12 +134,11 @@ Peer hostFor(Work work)
 
 host::DriverFunctions loadBuiltDriver()
 {
-    QString error;
-    const std::optional<host::DriverFunctions> driver =
-        host::loadDriver(QStringLiteral(PLC_LIBRARY), &error);
+    const Expected<host::DriverLibrary> driver =
+        host::DriverLibrary::load(QStringLiteral(PLC_LIBRARY));
     if (!driver)
-        giveUp(error);
-    return *driver;
+        giveUp(driver.error().text);
+    return driver->functions();
 }
 
 /// Replaces the line in which users see what is going on.

@@ -50,10 +50,9 @@ public:
           m_link(&m_runtime.session(), project.address, project.port)
     {
         for (const QString& label : labelsOf(work, labelsEach)) {
-            QString error;
-            const std::optional<host::DataPoint> point = m_runtime.points().find(label, &error);
+            const Expected<host::DataPoint> point = m_runtime.points().find(label);
             if (!point)
-                giveUp(error);
+                giveUp(point.error().text);
             m_points.append(*point);
         }
     }

@@ -2,7 +2,7 @@
 #define PLC_BENCH_COMPARE_HOST_CLIENT_H
 
 #include "client.h"
-#include "host/driver/driver_library.h"
+#include "host/driver/driver_functions.h"
 #include "project/project.h"
 
 namespace plc {

@@ -3,9 +3,14 @@
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QLibrary>
 #include <QtCore/QStringList>
 
+#include <optional>
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include "host/driver/library_copy.h"
 #include "host/driver/library_qt.h"
 
 namespace plc::host {
@@ -18,19 +23,19 @@ const char kArchitecture[] = PLC_LIBRARY_ARCHITECTURE;
 /// Resolves names one after the other and remembers those that are missing.
 class Resolver {
 public:
-    explicit Resolver(QLibrary* library) : m_library(library) {}
+    explicit Resolver(void* library) : m_library(library) {}
 
     template <typename Function>
     void resolve(const char* name, Function* function)
     {
-        *function = reinterpret_cast<Function>(m_library->resolve(name));
+        *function = reinterpret_cast<Function>(::dlsym(m_library, name));
         if (*function == nullptr)
             m_missing.append(QString::fromLatin1(name));
     }
     const QStringList& missing() const { return m_missing; }
 
 private:
-    QLibrary* m_library;
+    void* m_library;
     QStringList m_missing;
 };
 
@@ -110,6 +115,21 @@ QString reasonNotToLoad(const QString& path)
     return QString();
 }
 
+Error notLoaded(const QString& path, const QString& reason)
+{
+    return {QStringLiteral("cannot load the driver library %1: %2; %3")
+                .arg(path, reason, whatToGive())};
+}
+
+/// Nothing, with one more reason why, when the loader does not take the copy.
+void* openCopy(const LibraryCopy& copy, QStringList* errors)
+{
+    void* library = ::dlopen(copy.path().constData(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr)
+        errors->append(QString::fromLocal8Bit(::dlerror()));
+    return library;
+}
+
 /// The libraries for another Qt in these folders, where none for this one is.
 QStringList librariesForOtherQts(const QStringList& folders)
 {
@@ -130,29 +150,93 @@ QStringList librariesForOtherQts(const QStringList& folders)
 
 } // namespace
 
-std::optional<DriverFunctions> loadDriver(const QString& path, QString* error)
+/// A library that the system's loader has loaded.
+class DriverLibrary::Handle {
+public:
+    /// `descriptor` is closed when the library is unloaded; -1: there is none, and the library
+    /// stays.
+    Handle(void* library, int descriptor, bool isCopy)
+        : m_library(library), m_descriptor(descriptor), m_isCopy(isCopy)
+    {
+    }
+    ~Handle()
+    {
+        if (!m_isCopy)
+            return;
+        ::dlclose(m_library);
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    void* library() const { return m_library; }
+    DriverFunctions functions;
+
+private:
+    void* const m_library;
+    const int m_descriptor;
+    const bool m_isCopy;
+};
+
+Expected<DriverLibrary> DriverLibrary::load(const QString& path)
 {
-    *error = reasonNotToLoad(path);
-    if (!error->isEmpty())
-        return std::nullopt;
+    const QString reason = reasonNotToLoad(path);
+    if (!reason.isEmpty())
+        return Error{reason};
     // The whole path: of a bare name the loader would look for a file elsewhere.
-    QLibrary library(QFileInfo(path).absoluteFilePath());
-    if (!library.load()) {
-        *error = QStringLiteral("cannot load the driver library %1: %2; %3")
-                     .arg(path, library.errorString(), whatToGive());
-        return std::nullopt;
-    }
-    Resolver resolver(&library);
-    const DriverFunctions functions = resolveAll(&resolver);
-    if (!resolver.missing().isEmpty()) {
-        *error = QStringLiteral("%1 is no PLC driver of this interface: it lacks %2")
-                     .arg(path, resolver.missing().join(QStringLiteral(", ")));
-        return std::nullopt;
-    }
-    return functions;
+    const QByteArray file = QFile::encodeName(QFileInfo(path).absoluteFilePath());
+    void* library = ::dlopen(file.constData(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr)
+        return notLoaded(path, QString::fromLocal8Bit(::dlerror()));
+    return resolved(std::make_shared<Handle>(library, -1, false), path);
 }
 
-QString findDriver(const QString& requested, const QString& programFolder, QString* error)
+Expected<DriverLibrary> DriverLibrary::loadCopy(const QString& path)
+{
+    const QString reason = reasonNotToLoad(path);
+    if (!reason.isEmpty())
+        return Error{reason};
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return notLoaded(path, file.errorString());
+    const QByteArray bytes = file.readAll();
+    QStringList errors;
+    Expected<LibraryCopy> inMemory = LibraryCopy::inMemory(bytes);
+    if (!inMemory)
+        errors.append(inMemory.error().text);
+    else if (void* library = openCopy(*inMemory, &errors))
+        return resolved(std::make_shared<Handle>(library, inMemory->takeDescriptor(), true), path);
+    for (const QString& folder : temporaryFolders()) {
+        const Expected<LibraryCopy> copy = LibraryCopy::inFolder(bytes, {folder});
+        if (!copy) {
+            errors.append(copy.error().text);
+            continue;
+        }
+        if (void* library = openCopy(*copy, &errors))
+            return resolved(std::make_shared<Handle>(library, -1, true), path);
+    }
+    return notLoaded(
+        path, QStringLiteral("there is no room for a copy: ") + errors.join(QStringLiteral("; ")));
+}
+
+Expected<DriverLibrary> DriverLibrary::resolved(std::shared_ptr<Handle> handle, const QString& path)
+{
+    Resolver resolver(handle->library());
+    handle->functions = resolveAll(&resolver);
+    if (!resolver.missing().isEmpty()) {
+        return Error{QStringLiteral("%1 is no PLC driver of this interface: it lacks %2")
+                         .arg(path, resolver.missing().join(QStringLiteral(", ")))};
+    }
+    return DriverLibrary(std::move(handle));
+}
+
+const DriverFunctions& DriverLibrary::functions() const
+{
+    return m_handle->functions;
+}
+
+Expected<QString> findDriver(const QString& requested, const QString& programFolder)
 {
     if (!requested.isEmpty())
         return requested;
@@ -165,13 +249,14 @@ QString findDriver(const QString& requested, const QString& programFolder, QStri
         if (file.exists())
             return file.absoluteFilePath();
     }
-    *error = QStringLiteral("%1 is in none of %2; give its path with --driver or in PLC_DRIVER")
-                 .arg(QString::fromLatin1(kFileName), folders.join(QStringLiteral(", ")));
+    QString error =
+        QStringLiteral("%1 is in none of %2; give its path with --driver or in PLC_DRIVER")
+            .arg(QString::fromLatin1(kFileName), folders.join(QStringLiteral(", ")));
     const QStringList others = librariesForOtherQts(folders);
     if (!others.isEmpty())
-        *error += QStringLiteral(". This program uses Qt %1 and cannot use %2")
-                      .arg(QString::number(QT_VERSION_MAJOR), others.join(QStringLiteral(", ")));
-    return QString();
+        error += QStringLiteral(". This program uses Qt %1 and cannot use %2")
+                     .arg(QString::number(QT_VERSION_MAJOR), others.join(QStringLiteral(", ")));
+    return Error{error};
 }
 
 } // namespace plc::host

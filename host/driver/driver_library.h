@@ -3,42 +3,52 @@
 
 #include <QtCore/QString>
 
-#include <optional>
+#include <memory>
 
-#include "driver/plc_driver.h"
+#include "host/driver/driver_functions.h"
+#include "values/expected.h"
+#include "values/export.h"
 
 namespace plc::host {
 
-/// The entry points of a loaded driver library. The host links against none of them, so that it can
-/// be pointed at any build of the library.
-struct DriverFunctions {
-    decltype(&::SetComInfo) setComInfo = nullptr;
-    decltype(&::RegistCallBackFuncIntf) registCallBackFuncIntf = nullptr;
-    decltype(&::FlashLocalRegister) flashLocalRegister = nullptr;
-    decltype(&::QueryFinishFlag) queryFinishFlag = nullptr;
-    decltype(&::EnCommStation) enCommStation = nullptr;
-    decltype(&::EnableEthernet) enableEthernet = nullptr;
-    decltype(&::PassVarName_2) passVarName2 = nullptr;
-    decltype(&::PLCAddressChangeIntef) plcAddressChangeIntef = nullptr;
-    decltype(&::AddListReadVar) addListReadVar = nullptr;
-    decltype(&::AddListWriteVar) addListWriteVar = nullptr;
-    decltype(&::AddListOnceReadVar) addListOnceReadVar = nullptr;
-    decltype(&::ReCreatReadVarList) reCreatReadVarList = nullptr;
-    decltype(&::ComCommunication) comCommunication = nullptr;
-    decltype(&::DataCom) dataCom = nullptr;
-    decltype(&::GetRegisterData) getRegisterData = nullptr;
-    decltype(&::SetRegisterData) setRegisterData = nullptr;
-};
+/// A loaded driver library. It holds all of one PLC's state: lists, image and login; so it serves
+/// one runtime at a time, and each further PLC of a process needs a copy of its own.
+///
+/// 1. Nothing of a library that was built for another Qt than this program is loaded or run.
+/// 2. What load() gives is one library for all who load the same file, and stays loaded until the
+///    process ends.
+/// 3. What loadCopy() gives shares nothing with any other. It is unloaded together with the last
+///    DriverLibrary that stands for it; by then every runtime that uses it has ended.
+/// 4. A copy keeps one file descriptor open, closed on exec, where the system has memory files;
+///    else none.
+///
+/// May be loaded and let go of in any thread.
+class PLC_HOST_EXPORT DriverLibrary {
+public:
+    /// Loads the library in the file `path`.
+    static Expected<DriverLibrary> load(const QString& path);
 
-/// Loads the driver library in the file `path`, which then stays loaded until the process ends.
-/// Nothing of a library that was built for another Qt than this program is loaded or run. On
-/// failure returns nothing and sets `error`.
-std::optional<DriverFunctions> loadDriver(const QString& path, QString* error);
+    /// Loads a copy of the library in the file `path`, from memory or, where that cannot be, from
+    /// a temporary file that is gone when this returns. So the file system may be read-only.
+    static Expected<DriverLibrary> loadCopy(const QString& path);
+
+    /// Valid as long as the library is loaded.
+    const DriverFunctions& functions() const;
+
+private:
+    class Handle;
+    explicit DriverLibrary(std::shared_ptr<const Handle> handle) : m_handle(std::move(handle)) {}
+
+    static Expected<DriverLibrary> resolved(std::shared_ptr<Handle> handle, const QString& path);
+
+    std::shared_ptr<const Handle> m_handle;
+};
 
 /// Where the library is: `requested` if it is not empty, else what the environment variable
 /// PLC_DRIVER names, else the first that exists in the folder of the program, in the lib folder of
-/// its installation or in its build tree. On failure returns an empty string and sets `error`.
-QString findDriver(const QString& requested, const QString& programFolder, QString* error);
+/// its installation or in its build tree.
+PLC_HOST_EXPORT Expected<QString> findDriver(const QString& requested,
+                                             const QString& programFolder);
 
 } // namespace plc::host
 

@@ -17,12 +17,6 @@ constexpr int kForgetLoginCategory = 3;
 constexpr int kProbeCategory = 4;
 constexpr int kInStepCategory = 5;
 
-/// No station can be switched off under this number.
-constexpr int kStationAlwaysOn = -1;
-
-/// `append` of AddListOnceReadVar() that takes a record as it is.
-constexpr int kAppendRecord = 1;
-
 } // namespace plc::host
 
 #endif

@@ -3,11 +3,13 @@
 
 #include <QtCore/QtGlobal>
 
+#include "values/export.h"
+
 namespace plc::host {
 
 /// How long to wait before the next attempt: doubles from failure to failure up to a limit, and
 /// begins anew after a success.
-class Backoff {
+class PLC_HOST_EXPORT Backoff {
 public:
     Backoff(int first, int limit) : m_first(qMax(1, first)), m_limit(qMax(m_first, limit)) {}
 

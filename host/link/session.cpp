@@ -8,21 +8,15 @@
 namespace plc::host {
 namespace {
 
-/// Numbers of DataCom().
-constexpr int kNotFinished = 0;
-constexpr int kAccepted = 1;
-constexpr int kRemoteAccepted = 100;
-constexpr int kLoginRefused = 201;
-
 Answer::Kind answerKind(int result)
 {
     switch (result) {
-        case kNotFinished:
+        case PLC_RESULT_NOT_FINISHED:
             return Answer::Retried;
-        case kAccepted:
-        case kRemoteAccepted:
+        case PLC_RESULT_ACCEPTED:
+        case PLC_RESULT_REMOTE_ACCEPTED:
             return Answer::Accepted;
-        case kLoginRefused:
+        case PLC_RESULT_LOGIN_REFUSED:
             return Answer::LoginRefused;
         default:
             return Answer::Abandoned;
@@ -236,7 +230,7 @@ void Session::requestNext(qint64 now)
 void Session::send(const Protocol& request, qint64 now)
 {
     m_request = {request.frame, parseRequest(request.frame), request.var.category, now};
-    m_sizeIsOpen = request.replyLength == -1;
+    m_sizeIsOpen = request.replyLength == PLC_REPLY_LENGTH_OPEN;
     m_collector.clear();
     m_state = State::AwaitingReply;
     m_deadline = now + m_times.replyTimeout;
@@ -508,7 +502,7 @@ void Session::giveUpEverything()
 void Session::giveUpRequest()
 {
     QByteArray nothing;
-    while (m_driver.dataCom(&nothing, 0)->result == kNotFinished) {
+    while (m_driver.dataCom(&nothing, 0)->result == PLC_RESULT_NOT_FINISHED) {
     }
 }
 
@@ -518,11 +512,11 @@ void Session::forgetLogin()
 {
     RW_VAR read;
     read.category = kForgetLoginCategory;
-    read.aux2 = 1;
+    read.aux2 = PLC_REPLY_ACKNOWLEDGED;
     read.deviceNo = m_settings->localDeviceNo;
-    read.station = kStationAlwaysOn;
+    read.station = PLC_ALL_STATIONS;
     read.length = 1;
-    m_driver.addListOnceReadVar(&read, kAppendRecord);
+    m_driver.addListOnceReadVar(&read, PLC_APPEND_ALWAYS);
     if (m_driver.comCommunication() != nullptr)
         giveUpRequest();
 }

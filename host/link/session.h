@@ -8,10 +8,11 @@
 
 #include <map>
 
-#include "host/driver/driver_library.h"
+#include "host/driver/driver_functions.h"
 #include "host/link/backoff.h"
 #include "host/wire/frame_entries.h"
 #include "host/wire/reply_collector.h"
+#include "values/export.h"
 
 namespace plc::host {
 
@@ -70,7 +71,7 @@ enum class LinkState { Down, Connecting, Up };
 
 /// What a session tells. Called from inside the session's events; may queue in the driver's lists
 /// and call wake(), but no other event of the session.
-class SessionObserver {
+class PLC_HOST_EXPORT SessionObserver {
 public:
     virtual ~SessionObserver() = default;
 
@@ -89,6 +90,17 @@ public:
 
 /// The conversation between the driver and one PLC, without socket and clock: events come in with
 /// the time, actions go out.
+///
+/// States:
+/// 1. Stopped: nothing is wanted. So it begins, and so it ends with stop().
+/// 2. Waiting: the link was lost or could not be made; the next attempt begins at the deadline.
+/// 3. Connecting: the owner opens a connection, and has until the deadline for it.
+/// 4. Ready: connected, and no request is under way. The next one goes out when the driver has one
+///    and, if it is cyclic, its pass is due.
+/// 5. Awaiting a reply: one request is under way, and has until the deadline for a whole reply.
+///
+/// Waiting, Connecting and Awaiting end at their deadlines at the latest. What the driver has
+/// queued is given up whenever the link goes down.
 ///
 /// The protocol has no transaction number. What ties a reply to its request:
 ///
@@ -113,7 +125,7 @@ public:
 ///
 /// 1. before any was given since the connection was made, or
 /// 2. with several before it in a row; if all go on being refused, again after many more.
-class Session {
+class PLC_HOST_EXPORT Session {
 public:
     /// `settings` is the record that the driver was given; all must outlive the session.
     Session(const DriverFunctions& driver, ComInfo* settings, const SessionTimes& times,

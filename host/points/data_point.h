@@ -3,11 +3,11 @@
 
 #include <QtCore/QString>
 
-#include <optional>
-
-#include "host/driver/driver_library.h"
+#include "host/driver/driver_functions.h"
 #include "project/label_lookup.h"
 #include "project/symbols.h"
+#include "values/expected.h"
+#include "values/export.h"
 #include "values/iec_types.h"
 
 namespace plc::host {
@@ -36,7 +36,7 @@ struct PointSettings {
 
 /// Finds the data points of a program. Its symbols tell the type and whether a label makes sense at
 /// all; the address comes from the driver, which reads and writes by its own arithmetic.
-class DataPointFinder {
+class PLC_HOST_EXPORT DataPointFinder {
 public:
     /// The driver must have the same symbols. Both must outlive the finder.
     DataPointFinder(const project::Symbols& symbols, const PointSettings& settings,
@@ -45,15 +45,14 @@ public:
     {
     }
 
-    /// `text` is a label, or "LABEL*N" for N elements of an array from that label on. On failure
-    /// returns nothing and sets `error`.
-    std::optional<DataPoint> find(const QString& text, QString* error) const;
+    /// `text` is a label, or "LABEL*N" for N elements of an array from that label
+    /// on.
+    Expected<DataPoint> find(const QString& text) const;
     /// `elements` from a label on. `station` counts only where there are several.
-    std::optional<DataPoint> find(const QString& label, int elements, int station,
-                                  QString* error) const;
+    Expected<DataPoint> find(const QString& label, int elements, int station) const;
 
 private:
-    std::optional<DataPoint> find(const QString& label, int elements, QString* error) const;
+    Expected<DataPoint> find(const QString& label, int elements) const;
 
     const PointSettings m_settings;
     project::LabelFinder m_labels;

@@ -3,11 +3,13 @@
 
 #include <QtCore/QVector>
 
+#include "values/export.h"
+
 namespace plc::host {
 
 /// When each byte of a value was last read. A value that two requests share is as old as the older
 /// of them.
-class Freshness {
+class PLC_HOST_EXPORT Freshness {
 public:
     static constexpr qint64 kNever = -1;
 

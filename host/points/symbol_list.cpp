@@ -7,9 +7,6 @@
 namespace plc::host {
 namespace {
 
-constexpr quint16 kStructuredCode = 12;
-constexpr quint16 kArrayFlag = 0x100;
-constexpr quint16 kStructureFlag = 0x200;
 constexpr int kSubscriptBase = 10;
 
 using StructureRecords = QHash<const project::StructureType*, Label_Type_Info>;
@@ -31,11 +28,11 @@ Label_Type_Info record(const project::Variable& variable, const StructureRecords
     Label_Type_Info info;
     info.name = variable.name;
     info.offset = variable.offset;
-    info.typeFlags = variable.structure ? kStructuredCode : quint16(variable.type->code);
+    info.typeFlags = quint16(variable.structure ? PLC_TYPE_STRUCTURE : variable.type->code);
     if (variable.structure)
         info.typeDef.append(structures.value(variable.structure.get()));
     if (!variable.dimensions.isEmpty()) {
-        info.typeFlags = quint16(info.typeFlags | kArrayFlag);
+        info.typeFlags = quint16(info.typeFlags | PLC_TYPE_ARRAY);
         info.dimCount = qint32(variable.dimensions.size());
         info.arrayBounds = driverBounds(variable.dimensions);
     }
@@ -46,7 +43,7 @@ Label_Type_Info record(const project::StructureType& structure, const StructureR
 {
     Label_Type_Info info;
     info.name = structure.name;
-    info.typeFlags = kStructureFlag;
+    info.typeFlags = PLC_TYPE_STRUCTURE_DEFINITION;
     info.offset = structure.size;
     for (const project::Variable& member : structure.members)
         info.members.append(record(member, structures));

@@ -5,11 +5,12 @@
 
 #include "driver/plc_driver.h"
 #include "project/symbols.h"
+#include "values/export.h"
 
 namespace plc::host {
 
 /// The symbols of the project as PassVarName_2() takes them, one record for each scope.
-QList<Label_Type_Info> symbolList(const project::Symbols& source);
+PLC_HOST_EXPORT QList<Label_Type_Info> symbolList(const project::Symbols& source);
 
 } // namespace plc::host
 

@@ -4,11 +4,12 @@
 #include <QtCore/QByteArray>
 
 #include "host/points/freshness.h"
+#include "values/export.h"
 
 namespace plc::host {
 
 /// Puts the bytes of a value together from the parts in which replies carry them.
-class ValueAssembly {
+class PLC_HOST_EXPORT ValueAssembly {
 public:
     explicit ValueAssembly(quint32 size) : m_bytes(int(size), '\0'), m_freshness(size) {}
 

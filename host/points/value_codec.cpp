@@ -164,15 +164,13 @@ QString pointJson(const DataPoint& point, const QVector<values::Value>& values)
     return joined(texts, point.elements);
 }
 
-std::optional<QVector<values::Value>> parsePoint(const DataPoint& point, const QString& text,
-                                                 QString* error)
+Expected<QVector<values::Value>> parsePoint(const DataPoint& point, const QString& text)
 {
     QStringList pieces{text};
     if (point.elements > 1) {
         if (values::isText(*point.type)) {
-            *error = QStringLiteral("%1: texts are written one by one, each by its own label")
-                         .arg(point.text);
-            return {};
+            return Error{QStringLiteral("%1: texts are written one by one, each by its own label")
+                             .arg(point.text)};
         }
         QString list = text.trimmed();
         if (list.startsWith(QLatin1Char('[')) && list.endsWith(QLatin1Char(']')))
@@ -180,19 +178,17 @@ std::optional<QVector<values::Value>> parsePoint(const DataPoint& point, const Q
         pieces = list.split(QLatin1Char(','));
     }
     if (pieces.size() != point.elements) {
-        *error = QStringLiteral("%1: %2 values are expected, separated by commas, not %3")
-                     .arg(point.text)
-                     .arg(point.elements)
-                     .arg(pieces.size());
-        return {};
+        return Error{QStringLiteral("%1: %2 values are expected, separated by commas, not %3")
+                         .arg(point.text)
+                         .arg(point.elements)
+                         .arg(pieces.size())};
     }
     QVector<values::Value> values;
     for (const QString& piece : pieces) {
         const Expected<values::Value> value =
             values::parseValue(*point.type, point.stringLength, piece);
         if (!value) {
-            *error = QStringLiteral("%1: %2").arg(point.text, value.error().text);
-            return {};
+            return Error{QStringLiteral("%1: %2").arg(point.text, value.error().text)};
         }
         values.append(*value);
     }

@@ -4,15 +4,16 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QVector>
 
-#include <optional>
-
 #include "host/points/data_point.h"
+#include "values/expected.h"
+#include "values/export.h"
 #include "values/value_text.h"
 
 namespace plc::host {
 
 /// The elements of a data point, from the buffer that GetRegisterData() fills.
-QVector<values::Value> decodeValues(const DataPoint& point, const QByteArray& buffer);
+PLC_HOST_EXPORT QVector<values::Value> decodeValues(const DataPoint& point,
+                                                    const QByteArray& buffer);
 
 /// What SetRegisterData() takes.
 struct WriteBuffer {
@@ -21,18 +22,19 @@ struct WriteBuffer {
     int wireBytes = 0; ///< Bytes that go to the PLC; for BIT the bits.
 };
 
-WriteBuffer encodeValues(const DataPoint& point, const QVector<values::Value>& values);
+PLC_HOST_EXPORT WriteBuffer encodeValues(const DataPoint& point,
+                                         const QVector<values::Value>& values);
 
 /// One value as valueText() shows it; several as "[1, 2, 3]".
-QString pointText(const DataPoint& point, const QVector<values::Value>& values);
+PLC_HOST_EXPORT QString pointText(const DataPoint& point, const QVector<values::Value>& values);
 
 /// One value as valueJson() shows it; several as an array.
-QString pointJson(const DataPoint& point, const QVector<values::Value>& values);
+PLC_HOST_EXPORT QString pointJson(const DataPoint& point, const QVector<values::Value>& values);
 
 /// As many values as the data point has elements; several separated by commas, with or without
-/// brackets around them. On failure returns nothing and sets `error`, which names the label.
-std::optional<QVector<values::Value>> parsePoint(const DataPoint& point, const QString& text,
-                                                 QString* error);
+/// brackets around them. An error names the label.
+PLC_HOST_EXPORT Expected<QVector<values::Value>> parsePoint(const DataPoint& point,
+                                                            const QString& text);
 
 } // namespace plc::host
 

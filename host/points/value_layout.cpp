@@ -6,9 +6,6 @@
 namespace plc::host {
 namespace {
 
-/// Bytes of a write that the driver puts into one entry.
-constexpr int kWritePieceSize = 1000;
-
 /// Bytes from the first character of the first text to the last of the last one, rounded up to
 /// whole registers: with the terminating zero where the number would be odd.
 int textBytes(const DataPoint& point)
@@ -76,7 +73,7 @@ QVector<FrameEntry> oneShotPieces(const DataPoint& point, int maxReadBytes)
 QVector<FrameEntry> writePieces(const DataPoint& point, int byteCount)
 {
     const bool bits = values::isBit(*point.type);
-    const int pieceSize = bits ? 1 : kWritePieceSize;
+    const int pieceSize = bits ? 1 : PLC_WRITE_PIECE;
     QVector<FrameEntry> pieces;
     for (int done = 0; done < byteCount; done += pieceSize) {
         FrameEntry piece;

@@ -5,6 +5,7 @@
 
 #include "host/points/data_point.h"
 #include "host/wire/frame_entries.h"
+#include "values/export.h"
 
 namespace plc::host {
 
@@ -18,22 +19,22 @@ struct ByteRange {
 };
 
 /// The bytes that make up the value; of bits the 16-bit words that hold them.
-ByteRange valueBytes(const DataPoint& point);
+PLC_HOST_EXPORT ByteRange valueBytes(const DataPoint& point);
 
 /// Bytes from one element to the next, which are never cut: a text, a number, a word of bits. One
 /// for a text alone, which may be longer than any entry.
-quint32 elementBytes(const DataPoint& point);
+PLC_HOST_EXPORT quint32 elementBytes(const DataPoint& point);
 
 /// Bytes of the pieces that a value longer than longestEntry() is read in: whole elements of at
 /// most `maxReadBytes`, but one at least.
-quint32 pieceBytes(const DataPoint& point, int maxReadBytes);
+PLC_HOST_EXPORT quint32 pieceBytes(const DataPoint& point, int maxReadBytes);
 
 /// The ranges that a read of the value alone asks the PLC for: one for all of it, or, of a value
 /// longer than longestEntry(), pieces of pieceBytes().
-QVector<FrameEntry> oneShotPieces(const DataPoint& point, int maxReadBytes);
+PLC_HOST_EXPORT QVector<FrameEntry> oneShotPieces(const DataPoint& point, int maxReadBytes);
 
 /// The ranges that the driver cuts a write of `byteCount` bytes (elements of BIT) into.
-QVector<FrameEntry> writePieces(const DataPoint& point, int byteCount);
+PLC_HOST_EXPORT QVector<FrameEntry> writePieces(const DataPoint& point, int byteCount);
 
 } // namespace plc::host
 

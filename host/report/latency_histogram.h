@@ -5,12 +5,14 @@
 
 #include <vector>
 
+#include "values/export.h"
+
 namespace plc::host {
 
 /// How often times of which length occurred, in memory that does not grow with their number: times
 /// of up to 256 ns are counted each by itself, longer ones with those that differ from them by less
 /// than 1/128.
-class LatencyHistogram {
+class PLC_HOST_EXPORT LatencyHistogram {
 public:
     LatencyHistogram();
 

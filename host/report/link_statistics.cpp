@@ -13,6 +13,7 @@ void LinkStatistics::requestAnswered(const SentRequest& request, const Answer& a
 {
     m_isAwaiting = false;
     m_roundTrips.add(now - m_sentAt);
+    countTripToValues(request, answer);
     ++(answer.kind == Answer::Accepted ? m_accepted : m_refused);
     switch (answer.kind) {
         case Answer::Accepted:
@@ -34,10 +35,23 @@ void LinkStatistics::requestAnswered(const SentRequest& request, const Answer& a
     }
 }
 
+void LinkStatistics::countTripToValues(const SentRequest& request, const Answer& answer)
+{
+    if (!m_awaitsValues || request.content.isLogin())
+        return;
+    ++m_tripsSinceLogin;
+    m_awaitsValues = request.content.service != Service::Read || answer.kind != Answer::Accepted;
+    if (!m_awaitsValues)
+        m_tripsToValues = qMax(m_tripsToValues, m_tripsSinceLogin);
+}
+
 void LinkStatistics::linkChanged(LinkState state, const QString& reason, int retryDelay)
 {
-    if (state == LinkState::Up)
+    if (state == LinkState::Up) {
         ++m_connections;
+        m_awaitsValues = true;
+        m_tripsSinceLogin = 0;
+    }
     // Without another attempt the host has closed the link.
     if (state != LinkState::Down || retryDelay < 0)
         return;

@@ -180,8 +180,8 @@ ScanPlan ScanPlanner::best(const NetworkModel& network, const ScanPlan& asItIs,
 QVector<int> ScanPlanner::candidates() const
 {
     QVector<int> sizes;
-    for (int entries = 1; entries <= kMostReadEntries; ++entries)
-        sizes.append(kReadRequestBudget / entries - kReadEntryOverhead);
+    for (int entries = 1; entries <= PLC_MOST_READ_ENTRIES; ++entries)
+        sizes.append(PLC_REQUEST_BUDGET / entries - PLC_READ_ENTRY_OVERHEAD);
     for (int size = kSmallestEntry; size < sizes.last(); size *= 2)
         sizes.append(size);
     double longSize = kShortestLongEntry;

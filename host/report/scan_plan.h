@@ -5,10 +5,11 @@
 
 #include <functional>
 
-#include "host/driver/driver_library.h"
+#include "host/driver/driver_functions.h"
 #include "host/points/data_point.h"
 #include "host/runtime/runtime_settings.h"
 #include "host/runtime/scan_layout.h"
+#include "values/export.h"
 
 namespace plc::host {
 
@@ -33,15 +34,21 @@ struct NetworkModel {
 };
 
 /// Time of one pass in milliseconds.
-double scanTime(const ScanPlan& plan, const NetworkModel& network);
+PLC_HOST_EXPORT double scanTime(const ScanPlan& plan, const NetworkModel& network);
 
 /// Share of the memory bytes that are gap, 0 to 1.
-double gapShare(const ScanPlan& plan);
+PLC_HOST_EXPORT double gapShare(const ScanPlan& plan);
 
 /// Plans scans with the layout that a runtime uses and with the driver itself: hands it the entries
-/// and answers its requests with zeros. The driver library serves one planner or one runtime at a
-/// time.
-class ScanPlanner {
+/// and answers its requests with zeros.
+///
+/// 1. The driver library serves one planner or one runtime at a time: the driver has the planner's
+///    settings as long as the planner lives.
+/// 2. A plan begins with an empty cyclic list and ends without a request under way; the list is
+/// empty
+///    again when the planner has gone.
+/// 3. A plan depends on the values and `maxReadBytes` alone, not on the plans before it.
+class PLC_HOST_EXPORT ScanPlanner {
 public:
     /// The driver must have the symbols of the values. It must outlive the planner.
     ScanPlanner(const DriverFunctions& driver, const RuntimeSettings& settings,

@@ -7,8 +7,6 @@
 namespace plc::host {
 namespace {
 
-/// RW_VAR::aux1 of an entry that no host request waits for.
-constexpr int kNoHostRequest = -1;
 /// As many good values wait to be listed before the list is laid out anew during a search.
 constexpr int kMostWaitingGood = 64;
 
@@ -28,7 +26,7 @@ bool isSamePlace(const FrameEntry& sent, const ByteRange& range)
 RW_VAR cyclicRecord(const ScanEntry& entry, const QString& label, const ComInfo& settings)
 {
     RW_VAR record;
-    record.aux1 = kNoHostRequest;
+    record.aux1 = PLC_NO_HOST_REQUEST;
     record.deviceNo = settings.localDeviceNo;
     record.label = label;
     record.station = entry.station;

@@ -8,11 +8,13 @@
 
 #include "host/runtime/scan_layout.h"
 #include "host/transfers/read_tracker.h"
+#include "values/export.h"
 
 namespace plc::host {
 
 /// The record that AddListReadVar() takes for an entry.
-RW_VAR cyclicRecord(const ScanEntry& entry, const QString& label, const ComInfo& settings);
+PLC_HOST_EXPORT RW_VAR cyclicRecord(const ScanEntry& entry, const QString& label,
+                                    const ComInfo& settings);
 
 /// The values that are read again and again, as entries of the driver's cyclic list, and what
 /// becomes of those that the PLC refuses.
@@ -31,7 +33,7 @@ RW_VAR cyclicRecord(const ScanEntry& entry, const QString& label, const ComInfo&
 ///
 /// Where nothing that was suspected is refused alone, it was what lies between the values: no gap
 /// beside them is read again.
-class CyclicReads {
+class PLC_HOST_EXPORT CyclicReads {
 public:
     /// From one probe of a refused value to the next one of the same value.
     static constexpr int kRetryInterval = 10000; // ms

@@ -3,10 +3,12 @@
 
 #include <QtCore/QtGlobal>
 
+#include "values/export.h"
+
 namespace plc::host {
 
 /// Events per second, over the last second or, of rarer events, over the time between two of them.
-class RateMeter {
+class PLC_HOST_EXPORT RateMeter {
 public:
     void count(qint64 now)
     {

@@ -12,29 +12,19 @@
 namespace plc::host {
 namespace {
 
-/// ComInfo::writeMode that sends writes to the PLC.
-constexpr int kQueueWrites = 2;
-/// Requests with writes in a row, as many as the driver itself lets go before it gives reads a
-/// turn.
-constexpr int kWriteRequestsInARow = 5;
-/// Status that the driver's callback gives for what it carried out.
-constexpr int kReportDone = 1;
-
 /// Times that a read is asked for alone, or with others, before its refusal is believed. A PLC that
 /// is busy for a moment refuses once.
 constexpr int kMostReadRetries = 2;
 
-/// The driver's callback has no argument for its receiver.
-Runtime* receiverOfReports = nullptr;
-
-ComInfo driverSettings(const RuntimeSettings& settings)
+ComInfo driverSettings(const RuntimeSettings& settings, int hostTag)
 {
     ComInfo info;
     info.maxReadBytes = settings.maxReadBytes;
     info.defaultStation = settings.defaultStation;
     info.retryLimit = settings.retryLimit;
     info.multiStation = settings.multiStation ? 1 : 0;
-    info.writeMode = kQueueWrites;
+    info.writeMode = PLC_WRITE_MODE_QUEUE;
+    info.hostTag = hostTag;
     return info;
 }
 
@@ -67,7 +57,7 @@ RW_VAR inStepRead(FrameEntry place, const Session& session, const ComInfo& setti
     RW_VAR read;
     read.category = kInStepCategory;
     read.deviceNo = settings.localDeviceNo;
-    read.station = kStationAlwaysOn;
+    read.station = PLC_ALL_STATIONS;
     read.areaIndex = place.area;
     read.address = int(place.address);
     read.length = int(place.length);
@@ -80,33 +70,54 @@ Runtime::Runtime(const DriverFunctions& driver, const RuntimeSettings& settings,
                  const project::Symbols& symbols, RuntimeListener* listener)
     : m_driver(driver),
       m_listener(listener),
-      m_settings(driverSettings(settings)),
+      m_settings(driverSettings(settings, m_reports.hostTag())),
       m_staleAfter(settings.staleAfter),
       m_isReadOnly(settings.readOnly),
       m_symbols(symbolList(symbols)),
-      m_points(symbols, settings, driver),
+      m_points(symbols, settings, m_driver),
       m_reads(kOneShotCategory, m_settings.maxReadBytes, readRetries(settings)),
-      m_cyclic(driver, m_settings, kProbeCategory, readRetries(settings)),
-      m_session(driver, &m_settings, settings.times, this)
+      m_cyclic(m_driver, m_settings, kProbeCategory, readRetries(settings)),
+      m_session(m_driver, &m_settings, settings.times, this)
 {
-    receiverOfReports = this;
     m_driver.setComInfo(&m_settings);
-    m_driver.registCallBackFuncIntf(&Runtime::noteReport, nullptr);
+    m_driver.registCallBackFuncIntf(&ReportRoute::deliver, nullptr);
     m_driver.passVarName2(&m_symbols);
 }
 
 Runtime::~Runtime()
 {
+    // The listener may be ending, too.
+    RuntimeListener silent;
+    m_listener = &silent;
+    // The driver forgets what it has queued, and the next runtime on it finds nothing of this one.
+    m_session.stop();
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        // What is queued from inside a settling ends at once.
+        m_linkDownReason = QStringLiteral("the host has ended");
+    }
+    settleAll(m_linkDownReason);
     m_driver.registCallBackFuncIntf(nullptr, nullptr);
     m_driver.setComInfo(nullptr);
-    receiverOfReports = nullptr;
+}
+
+RuntimeSnapshot Runtime::snapshot(qint64 now) const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    RuntimeSnapshot snapshot{m_linkState, m_linkDownReason, {}};
+    snapshot.values.reserve(m_values.size());
+    for (int row = 0; row < m_values.size(); ++row)
+        snapshot.values.append(m_values.reading(row, now));
+    return snapshot;
 }
 
 void Runtime::readCyclically(const QVector<DataPoint>& points, qint64 now)
 {
     m_cyclic.start(points);
     m_session.setCyclicEntries(m_cyclic.entries());
-    m_values = ValueTable(points, m_staleAfter, longestEntry(m_settings.maxReadBytes), now);
+    ValueTable values(points, m_staleAfter, longestEntry(m_settings.maxReadBytes), now);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_values = std::move(values);
 }
 
 void Runtime::write(const DataPoint& point, const QVector<values::Value>& values, qint64 now,
@@ -120,12 +131,12 @@ void Runtime::write(const DataPoint& point, const QVector<values::Value>& values
     write.settled = std::move(settled);
     ++m_openWrites;
     QString reason = m_isReadOnly ? readOnlyText() : obstacle(point.station);
-    if (reason.isEmpty() && write.pieces.size() > kDriverListLimit) {
+    if (reason.isEmpty() && write.pieces.size() > PLC_LIST_LIMIT) {
         reason = QStringLiteral(
                      "it takes %1 entries and the driver queues %2 at most; write fewer "
                      "elements at a time")
                      .arg(write.pieces.size())
-                     .arg(kDriverListLimit);
+                     .arg(PLC_LIST_LIMIT);
     }
     if (!reason.isEmpty()) {
         settle({write}, TransferOutcome::notSent(reason));
@@ -157,7 +168,7 @@ void Runtime::switchStation(int station, bool on, qint64 now)
     m_session.setCyclicEntries(m_cyclic.entries());
     if (on) {
         m_stationsOff.remove(station);
-        m_driver.enCommStation(station, 1);
+        m_driver.enCommStation(station, PLC_STATION_ON);
         m_session.wake(now);
         return;
     }
@@ -180,7 +191,7 @@ void Runtime::switchOffWhereIdle()
         if (m_writes.hasUnderWay(station) || m_reads.hasUnderWay(station) ||
             m_cyclic.probes().hasUnderWay(station))
             continue;
-        m_driver.enCommStation(station, 0);
+        m_driver.enCommStation(station, PLC_STATION_OFF);
         m_stationsGoingOff.remove(station);
         m_stationsOff.insert(station);
     }
@@ -208,7 +219,7 @@ bool Runtime::prepareRequest(qint64 now, bool passIsDue)
     // that shows whether replies fit, and its refusal would be taken for that of the write. It has
     // one that waits for a login.
     const bool hasReads = m_reads.hasUnderWay() || m_cyclic.probes().hasUnderWay();
-    if (!hasReads && (m_writesInARow < kWriteRequestsInARow || !hasWaitingReads()))
+    if (!hasReads && (m_writesInARow < PLC_REQUESTS_IN_A_ROW || !hasWaitingReads()))
         m_writes.handOver(m_driver);
     if (!m_writes.hasUnderWay() && !m_asksWhetherInStep)
         handOverReads(now, passIsDue);
@@ -242,7 +253,7 @@ void Runtime::askWhetherInStep(bool passIsDue)
     if (std::exchange(m_asksWhetherInStep, true))
         return;
     RW_VAR read = inStepRead(m_readable, m_session, m_settings);
-    m_driver.addListOnceReadVar(&read, kAppendRecord);
+    m_driver.addListOnceReadVar(&read, PLC_APPEND_ALWAYS);
 }
 
 void Runtime::requestSent(const SentRequest& request)
@@ -344,7 +355,10 @@ void Runtime::settleCyclicRequest(const SentRequest& request, const Answer& answ
     } else if (request.category == kProbeCategory) {
         for (int row : m_cyclic.probeRefused(int(entries.size()), now, answer.isLoginDoubted)) {
             const bool wasKnown = m_values.isRefused(row);
-            m_values.refused(row, answer.status);
+            {
+                const std::lock_guard<std::mutex> lock(m_mutex);
+                m_values.refused(row, answer.status);
+            }
             if (!wasKnown)
                 m_listener->valueRefused(row);
         }
@@ -355,7 +369,12 @@ void Runtime::showValues(const SentRequest& request, const QVector<QByteArray>& 
 {
     if (!request.content.entries.isEmpty())
         m_readable = request.content.entries.first();
-    for (int row : m_values.replyAccepted(request.content.entries, blocks, request.sentAt, now))
+    QVector<int> given;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        given = m_values.replyAccepted(request.content.entries, blocks, request.sentAt, now);
+    }
+    for (int row : std::as_const(given))
         m_listener->valueGivenAgain(row);
 }
 
@@ -375,11 +394,10 @@ void Runtime::settleDoubted()
 /// refused one the driver only knows that it is over.
 void Runtime::settleReports(const Answer& answer)
 {
-    const QVector<Report> reports = std::exchange(m_reports, {});
-    for (const Report& report : reports) {
+    for (const DriverReport& report : m_reports.take()) {
         TransferOutcome outcome = transferOutcome(answer);
         outcome.kind =
-            report.status == kReportDone ? TransferOutcome::Done : TransferOutcome::Refused;
+            report.status == PLC_STATUS_DONE ? TransferOutcome::Done : TransferOutcome::Refused;
         if (report.category == kWriteCategory)
             settle(m_writes.take(report.tag), outcome);
     }
@@ -387,15 +405,20 @@ void Runtime::settleReports(const Answer& answer)
 
 void Runtime::linkChanged(LinkState state, const QString& reason, int retryDelay)
 {
-    if (state == LinkState::Up) {
-        m_linkDownReason.clear();
-        m_cyclic.linkUp();
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_linkState = state;
+        if (state == LinkState::Up)
+            m_linkDownReason.clear();
+        else if (state == LinkState::Down)
+            m_linkDownReason = reason;
     }
+    if (state == LinkState::Up)
+        m_cyclic.linkUp();
     if (state == LinkState::Down) {
         if (retryDelay >= 0)
             ++m_counters.linkLosses;
-        m_linkDownReason = reason;
-        m_reports.clear();
+        m_reports.take();
     }
     m_listener->linkChanged(state, reason, retryDelay);
     if (state == LinkState::Down)
@@ -408,6 +431,18 @@ void Runtime::giveUpTransfers(const QString& reason)
     m_asksWhetherInStep = false;
     m_cyclicReadsProveNothing = false;
     m_readable = FrameEntry();
+    settleAll(reason);
+    m_cyclic.linkDown();
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_values.linkLost();
+    }
+    m_session.setCyclicEntries(m_cyclic.entries());
+    switchOffWhereIdle();
+}
+
+void Runtime::settleAll(const QString& reason)
+{
     const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
     for (const DoubtedWrite& unsure : doubted)
         settle({unsure.write}, TransferOutcome::lost(reason));
@@ -415,15 +450,6 @@ void Runtime::giveUpTransfers(const QString& reason)
         settle({write}, outcomeOfLoss(write.wasSent, reason));
     for (const OneShotRead& read : m_reads.takeAll())
         settle({read}, outcomeOfLoss(read.wasSent, reason));
-    m_cyclic.linkDown();
-    m_values.linkLost();
-    m_session.setCyclicEntries(m_cyclic.entries());
-    switchOffWhereIdle();
-}
-
-void Runtime::noteReport(int, int category, int tag, int status)
-{
-    receiverOfReports->m_reports.append({category, tag, status});
 }
 
 void Runtime::settle(const QVector<Write>& writes, const TransferOutcome& outcome)

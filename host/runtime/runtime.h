@@ -5,28 +5,43 @@
 #include <QtCore/QSet>
 #include <QtCore/QVector>
 
-#include "host/driver/driver_library.h"
+#include <mutex>
+
+#include "host/driver/driver_functions.h"
+#include "host/driver/report_route.h"
 #include "host/link/session.h"
 #include "host/points/data_point.h"
 #include "host/runtime/cyclic_reads.h"
 #include "host/runtime/runtime_settings.h"
+#include "host/runtime/runtime_snapshot.h"
 #include "host/runtime/value_table.h"
 #include "host/transfers/read_tracker.h"
 #include "host/transfers/transfer_outcome.h"
 #include "host/transfers/write_tracker.h"
 #include "project/symbols.h"
+#include "values/export.h"
 
 namespace plc::host {
 
 /// What a runtime tells. Called from inside its events; may queue further writes and reads.
-class RuntimeListener {
+class PLC_HOST_EXPORT RuntimeListener {
 public:
     virtual ~RuntimeListener() = default;
 
-    virtual void linkChanged(LinkState state, const QString& reason, int retryDelay) = 0;
-    virtual void requestSent(const SentRequest& request) = 0;
+    virtual void linkChanged(LinkState state, const QString& reason, int retryDelay)
+    {
+        Q_UNUSED(state)
+        Q_UNUSED(reason)
+        Q_UNUSED(retryDelay)
+    }
+    virtual void requestSent(const SentRequest& request) { Q_UNUSED(request) }
     virtual void requestAnswered(const SentRequest& request, const Answer& answer,
-                                 const QByteArray& reply) = 0;
+                                 const QByteArray& reply)
+    {
+        Q_UNUSED(request)
+        Q_UNUSED(answer)
+        Q_UNUSED(reply)
+    }
     /// The values of the answered request are in the table, and its transfers are settled.
     virtual void requestSettled() {}
     /// The PLC refuses to give this cyclic value, alone as well, for the first time; or gives it
@@ -43,12 +58,20 @@ struct TrafficCounters {
     quint64 linkLosses = 0;
 };
 
-/// A host around the driver: sets it up for a PLC, reads the cyclic values into a table,
-/// carries out writes and one-shot reads and tells how each ended. Time comes in as an argument,
-/// bytes go in and out through session(). The driver library serves one runtime at a time.
-class Runtime : private SessionObserver {
+/// A host around the driver: sets it up for a PLC, reads the cyclic values into a table, carries
+/// out writes and one-shot reads and tells how each ended. Time comes in as an argument, in
+/// milliseconds of a clock that never goes back; bytes go in and out through session().
+///
+/// 1. A driver library serves one runtime at a time. Several runtimes in a process have a copy of
+///    the library each, see DriverLibrary::loadCopy(), and share nothing.
+/// 2. One thread owns a runtime, and makes all calls. snapshot() alone may be called from any; for
+///    writes of other threads there is RuntimeFront.
+/// 3. Every write and one-shot read is settled exactly once: when its outcome is known, when the
+///    link is lost or stopped, or when the runtime ends.
+/// 4. The listener is not called any more when the runtime ends; what settles then is.
+class PLC_HOST_EXPORT Runtime : private SessionObserver {
 public:
-    /// `driver`, `symbols` and `listener` must outlive the runtime.
+    /// The driver's library, `symbols` and `listener` must outlive the runtime.
     Runtime(const DriverFunctions& driver, const RuntimeSettings& settings,
             const project::Symbols& symbols, RuntimeListener* listener);
     ~Runtime() override;
@@ -56,6 +79,8 @@ public:
     Session& session() { return m_session; }
     const DataPointFinder& points() const { return m_points; }
     const ValueTable& values() const { return m_values; }
+    /// All values and the state of the link. May be called from any thread.
+    RuntimeSnapshot snapshot(qint64 now) const;
     const TrafficCounters& counters() const { return m_counters; }
     double requestsPerSecond(qint64 now) const { return m_requestRate.perSecond(now); }
 
@@ -87,8 +112,6 @@ private:
                          qint64 now) override;
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
 
-    static void noteReport(int hostTag, int category, int tag, int status);
-
     QString obstacle(int station) const;
     void switchOffWhereIdle();
     bool hasWaitingReads() const;
@@ -103,17 +126,23 @@ private:
     void settleReports(const Answer& answer);
     void settleDoubted();
     void giveUpTransfers(const QString& reason);
+    void settleAll(const QString& reason);
     void settle(const QVector<Write>& writes, const TransferOutcome& outcome);
     static void settle(const std::vector<OneShotRead>& reads, const TransferOutcome& outcome);
 
-    const DriverFunctions& m_driver;
-    RuntimeListener* const m_listener;
+    const DriverFunctions m_driver;
+    RuntimeListener* m_listener;
+    ReportRoute m_reports;
     ComInfo m_settings;
     const int m_staleAfter;
     const bool m_isReadOnly;
     QList<Label_Type_Info> m_symbols;
     DataPointFinder m_points;
+    /// Held by this thread while m_values, m_linkState or m_linkDownReason change, and by others
+    /// while they read them.
+    mutable std::mutex m_mutex;
     ValueTable m_values;
+    LinkState m_linkState = LinkState::Down;
     WriteTracker m_writes;
     ReadTracker m_reads;
     CyclicReads m_cyclic;
@@ -136,13 +165,6 @@ private:
     /// Stations that are off, and those that go off when the driver has nothing more for them.
     QSet<int> m_stationsOff;
     QSet<int> m_stationsGoingOff;
-    /// What the driver's callback told since it was last called.
-    struct Report {
-        int category;
-        int tag;
-        int status;
-    };
-    QVector<Report> m_reports;
     TrafficCounters m_counters;
     RateMeter m_requestRate;
     Session m_session;

@@ -5,6 +5,7 @@
 
 #include "host/points/data_point.h"
 #include "host/points/value_layout.h"
+#include "values/export.h"
 
 namespace plc::host {
 
@@ -20,7 +21,7 @@ struct ScanValue {
 };
 
 /// The value of a data point that is read with this setting.
-ScanValue scanValue(int row, const DataPoint& point, int maxReadBytes);
+PLC_HOST_EXPORT ScanValue scanValue(int row, const DataPoint& point, int maxReadBytes);
 
 /// One entry of the driver's cyclic list.
 struct ScanEntry {
@@ -37,7 +38,7 @@ struct ScanEntry {
 ///    that makes the pass take fewer requests, or as many and fewer bytes on the wire.
 /// 3. Values of different stations share no entry: a station that is switched off takes the whole
 ///    entry with it.
-QVector<ScanEntry> layOutScan(const QVector<ScanValue>& values, int maxReadBytes);
+PLC_HOST_EXPORT QVector<ScanEntry> layOutScan(const QVector<ScanValue>& values, int maxReadBytes);
 
 } // namespace plc::host
 

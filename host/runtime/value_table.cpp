@@ -26,6 +26,19 @@ ValueTable::ValueTable(const QVector<DataPoint>& points, int staleAfter, int lon
     });
 }
 
+ValueReading ValueTable::reading(int row, qint64 now) const
+{
+    ValueReading reading;
+    if (wasRead(row)) {
+        reading.bytes = bytes(row);
+        reading.age = qMax<qint64>(0, age(row, now));
+        reading.state = isStale(row, now) ? ValueState::Stale : ValueState::Good;
+    }
+    if (isRefused(row))
+        reading.state = ValueState::Refused;
+    return reading;
+}
+
 QVector<int> ValueTable::replyAccepted(const QVector<FrameEntry>& entries,
                                        const QVector<QByteArray>& blocks, qint64 sentAt, qint64 now)
 {

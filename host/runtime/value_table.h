@@ -12,8 +12,24 @@
 #include "host/points/value_layout.h"
 #include "host/runtime/rate_meter.h"
 #include "host/wire/frame_entries.h"
+#include "values/export.h"
 
 namespace plc::host {
+
+/// What is known of a value.
+enum class ValueState {
+    Unread,  ///< It was not read yet.
+    Good,    ///< The bytes can be relied on.
+    Stale,   ///< The bytes are too old to be relied on.
+    Refused, ///< The PLC does not give the value; the bytes, if any, are from before.
+};
+
+/// A value at one moment.
+struct ValueReading {
+    QByteArray bytes; ///< As GetRegisterData() gives them; empty if the value was never read.
+    qint64 age = -1;  ///< Milliseconds since the value was asked for; -1 if it was never read.
+    ValueState state = ValueState::Unread;
+};
 
 /// The cyclically read values, each as the PLC gave it.
 ///
@@ -23,7 +39,7 @@ namespace plc::host {
 ///    which the PLC may refuse) does not appear here.
 /// 3. A value is as old as the request that it answers, the oldest where there were several.
 /// 4. A value that the PLC refuses to give is stale, whatever it was.
-class ValueTable {
+class PLC_HOST_EXPORT ValueTable {
 public:
     ValueTable() = default;
     /// A table that begins at time `since`, and whose values are stale `staleAfter` ms after they
@@ -42,6 +58,7 @@ public:
     {
         return isRefused(row) || now - qMax(m_since, m_rows[size_t(row)].readAt) > m_staleAfter;
     }
+    ValueReading reading(int row, qint64 now) const;
     /// Whether the value is put together from several replies.
     bool isPieced(int row) const { return m_rows[size_t(row)].range.size > m_longestWhole; }
     /// Whether the PLC refused to give the value when it was last asked for it alone.

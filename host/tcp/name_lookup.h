@@ -8,6 +8,8 @@
 #include <functional>
 #include <memory>
 
+#include "values/export.h"
+
 namespace plc::host {
 
 /// What a name stands for.
@@ -20,7 +22,7 @@ struct NameAddresses {
 ///
 /// The system's call cannot be broken off and takes as long as name servers are silent. So nobody
 /// waits for the thread: a lookup that goes leaves it behind, and the program may end meanwhile.
-class NameLookup {
+class PLC_HOST_EXPORT NameLookup {
 public:
     using Resolve = std::function<NameAddresses(const QString&)>;
     using Handle = std::function<void(const NameAddresses&)>;

@@ -3,11 +3,13 @@
 
 #include <QtCore/QtGlobal>
 
+#include "values/export.h"
+
 namespace plc::host {
 
 /// Sees how a connection ended, also after the socket that it belongs to was closed, by a
 /// descriptor of its own. The connection stays open as long as this lives.
-class SocketEnd {
+class PLC_HOST_EXPORT SocketEnd {
 public:
     explicit SocketEnd(qintptr socket);
     ~SocketEnd();

@@ -13,11 +13,12 @@
 #include "host/link/session.h"
 #include "host/tcp/name_lookup.h"
 #include "host/tcp/socket_end.h"
+#include "values/export.h"
 
 namespace plc::host {
 
 /// Runs a session over TCP on the event loop of the thread it lives in.
-class TcpLink : public QObject {
+class PLC_HOST_EXPORT TcpLink : public QObject {
     Q_OBJECT
 
 public:

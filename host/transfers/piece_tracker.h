@@ -6,12 +6,13 @@
 #include <map>
 
 #include "host/wire/frame_entries.h"
+#include "values/export.h"
 
 namespace plc::host {
 
 /// Tells from the frames that are sent which transfers they carry. The driver reports only the one
 /// at the head of a request; all others that the request carried are settled by its result as well.
-class PieceTracker {
+class PLC_HOST_EXPORT PieceTracker {
 public:
     /// Tags ascend in the order in which the transfers were handed to the driver.
     void add(int tag, const QVector<FrameEntry>& pieces);

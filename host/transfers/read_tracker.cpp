@@ -93,7 +93,7 @@ void ReadTracker::handPieces(const Job& job, const DriverFunctions& driver, int 
             return;
         m_budget.add(job.pieces[i].length);
         RW_VAR var = entryRecord(job.read, job.pieces[i], m_category, localDeviceNo);
-        driver.addListOnceReadVar(&var, kAppendRecord);
+        driver.addListOnceReadVar(&var, PLC_APPEND_ALWAYS);
         ++m_piecesHanded;
     }
 }

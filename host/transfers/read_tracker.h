@@ -7,11 +7,12 @@
 #include <functional>
 #include <vector>
 
-#include "host/driver/driver_library.h"
+#include "host/driver/driver_functions.h"
 #include "host/points/value_assembly.h"
 #include "host/points/value_layout.h"
 #include "host/transfers/transfer_outcome.h"
 #include "host/wire/read_limits.h"
+#include "values/export.h"
 
 namespace plc::host {
 
@@ -40,7 +41,7 @@ struct SettledRead {
 ///    refused request are asked for in halves until the refused ones stand alone; these are settled
 ///    after `mostRefusals` refusals, all others are done.
 /// 3. Reads keep their order as far as none is refused.
-class ReadTracker {
+class PLC_HOST_EXPORT ReadTracker {
 public:
     /// `category` tells the requests of this tracker from others.
     ReadTracker(int category, int maxReadBytes, int mostRefusals);

@@ -117,7 +117,7 @@ bool WriteTracker::mayGo(const Write& write) const
     if (isSplit(write) || isSplit(other))
         return false;
     const FrameEntry& piece = write.pieces.first();
-    return piece.isBit == other.pieces.first().isBit && m_pieces.pieceCount() < kDriverListLimit &&
+    return piece.isBit == other.pieces.first().isBit && m_pieces.pieceCount() < PLC_LIST_LIMIT &&
            !collides(piece);
 }
 

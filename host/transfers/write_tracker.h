@@ -7,15 +7,13 @@
 #include <functional>
 #include <map>
 
-#include "host/driver/driver_library.h"
+#include "host/driver/driver_functions.h"
 #include "host/points/value_codec.h"
 #include "host/transfers/piece_tracker.h"
 #include "host/transfers/transfer_outcome.h"
+#include "values/export.h"
 
 namespace plc::host {
-
-/// Entries that the driver's write list takes; it drops further ones silently.
-constexpr int kDriverListLimit = 1024;
 
 /// Called once, when the write is settled.
 using WriteSettled = std::function<void(const TransferOutcome&)>;
@@ -44,7 +42,7 @@ struct Write {
 ///   a write of several pieces goes alone.
 ///
 /// Writes keep their order.
-class WriteTracker {
+class PLC_HOST_EXPORT WriteTracker {
 public:
     /// Takes a write, which waits until it is handed over. Tags ascend.
     void add(const Write& write) { m_waiting.push_back(write); }

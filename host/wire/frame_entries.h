@@ -4,6 +4,8 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QVector>
 
+#include "values/export.h"
+
 namespace plc::host {
 
 /// Every frame begins with the magic 0xBB 0xBB and a payload length of four bytes, of which the low
@@ -45,21 +47,22 @@ struct RequestContent {
 };
 
 /// Whether a frame can begin with these bytes; they may be too few to tell.
-bool mayBeginFrame(const QByteArray& bytes);
+PLC_HOST_EXPORT bool mayBeginFrame(const QByteArray& bytes);
 
 /// Size of the frame that begins with these bytes, or -1 while its header is incomplete.
-int statedFrameSize(const QByteArray& bytes);
+PLC_HOST_EXPORT int statedFrameSize(const QByteArray& bytes);
 
-RequestContent parseRequest(const QByteArray& frame);
+PLC_HOST_EXPORT RequestContent parseRequest(const QByteArray& frame);
 
 /// Status of a reply: 0 good; -1 when it has none.
-int replyStatus(const QByteArray& reply);
+PLC_HOST_EXPORT int replyStatus(const QByteArray& reply);
 
 /// Size of a good reply to a read of these entries.
-int readReplySize(const QVector<FrameEntry>& entries);
+PLC_HOST_EXPORT int readReplySize(const QVector<FrameEntry>& entries);
 
 /// Data blocks of a good reply to a read of these entries; missing ones are empty.
-QVector<QByteArray> readReplyBlocks(const QByteArray& reply, const QVector<FrameEntry>& entries);
+PLC_HOST_EXPORT QVector<QByteArray> readReplyBlocks(const QByteArray& reply,
+                                                    const QVector<FrameEntry>& entries);
 
 } // namespace plc::host
 

@@ -3,16 +3,13 @@
 
 #include <QtCore/QtGlobal>
 
+#include "driver/plc_driver.h"
+#include "values/export.h"
+
 namespace plc::host {
 
-// What the driver puts into one read request: entries up to a budget, each counted with one byte
-// more than its data, and no more than so many. The first entry goes in any case.
-constexpr int kReadRequestBudget = 999;
-constexpr int kReadEntryOverhead = 1;
-constexpr int kMostReadEntries = 99;
-
 /// A value of so many bytes comes in one reply whatever the project's setting is.
-constexpr int kLongestSharedEntry = kReadRequestBudget - kReadEntryOverhead;
+constexpr int kLongestSharedEntry = PLC_REQUEST_BUDGET - PLC_READ_ENTRY_OVERHEAD;
 
 /// The longest entry that a value is read in; a longer value takes several.
 inline int longestEntry(int maxReadBytes)
@@ -20,17 +17,17 @@ inline int longestEntry(int maxReadBytes)
     return qMax(kLongestSharedEntry, maxReadBytes);
 }
 
-/// Adds up the entries of a read request as the driver does.
-class ReadRequestBudget {
+/// Adds up the entries of a read request as the driver does. The first one goes in any case.
+class PLC_HOST_EXPORT ReadRequestBudget {
 public:
     bool hasRoomFor(qint64 bytes) const
     {
-        return m_entries == 0 || (m_entries < kMostReadEntries &&
-                                  m_used + bytes + kReadEntryOverhead <= kReadRequestBudget);
+        return m_entries == 0 || (m_entries < PLC_MOST_READ_ENTRIES &&
+                                  m_used + bytes + PLC_READ_ENTRY_OVERHEAD <= PLC_REQUEST_BUDGET);
     }
     void add(qint64 bytes)
     {
-        m_used += bytes + kReadEntryOverhead;
+        m_used += bytes + PLC_READ_ENTRY_OVERHEAD;
         ++m_entries;
     }
 

@@ -4,13 +4,14 @@
 #include <QtCore/QByteArray>
 
 #include "host/wire/frame_entries.h"
+#include "values/export.h"
 
 namespace plc::host {
 
 /// Puts a reply together from the pieces in which it arrives. Where it ends its own length field
 /// says, also when the driver expects a size: a reply of another size is then turned down as a
 /// whole, and no tail of it stays behind to be taken for the next reply.
-class ReplyCollector {
+class PLC_HOST_EXPORT ReplyCollector {
 public:
     void clear() { m_bytes.clear(); }
     void append(const QByteArray& bytes) { m_bytes += bytes; }

@@ -62,6 +62,7 @@ TEST_F(Stats, CountWhatAPlcThatFaresWellWasAsked)
     EXPECT_EQ(0, number("retries"));
     EXPECT_EQ(1, number("logins"));
     EXPECT_EQ(0, number("reconnects"));
+    EXPECT_EQ(1, number("roundTripsToValues"));
     // Two values in each read; one login.
     const int reads = number("accepted") - 2;
     EXPECT_EQ(2 * reads, number("values"));
@@ -131,9 +132,11 @@ TEST_F(Stats, AreASummaryInAPipe)
     startSimulator();
     const Outcome outcome = run("stats", {QStringLiteral("--for"), QStringLiteral("0.3")});
     EXPECT_EQ(0, outcome.exitCode) << testing::PrintToString(outcome);
-    EXPECT_EQ(13, outcome.lines.size()) << testing::PrintToString(outcome);
+    EXPECT_EQ(14, outcome.lines.size()) << testing::PrintToString(outcome);
     EXPECT_TRUE(outcome.lines.value(0).startsWith(QStringLiteral("Measured at 127.0.0.1:")));
     EXPECT_TRUE(outcome.lines.value(12).startsWith(QStringLiteral("round trip      p50 ")));
+    EXPECT_EQ("first values             1 round trips after the login, at most",
+              outcome.lines.value(13).toStdString());
     EXPECT_FALSE(outcome.lines.join(QString()).contains(QChar(0x1b)));
 }
 

@@ -71,7 +71,12 @@ FaultRun::FaultRun(const host::DriverFunctions& driver, std::uint32_t seed)
     m_clock.start();
 }
 
-FaultRun::~FaultRun() = default;
+FaultRun::~FaultRun()
+{
+    // It settles what is open.
+    m_link.reset();
+    m_runtime.reset();
+}
 
 void FaultRun::run()
 {
@@ -80,10 +85,8 @@ void FaultRun::run()
     fillMemory();
     QVector<host::DataPoint> points;
     for (const Array& array : kArrays) {
-        QString error;
-        const std::optional<host::DataPoint> point =
-            m_runtime->points().find(wholeArray(array), &error);
-        ASSERT_TRUE(point) << error.toStdString();
+        const Expected<host::DataPoint> point = m_runtime->points().find(wholeArray(array));
+        ASSERT_TRUE(point) << point.error().text.toStdString();
         points.append(*point);
     }
     m_runtime->readCyclically(points, m_link->now());
@@ -139,9 +142,8 @@ void FaultRun::annoy()
 
 void FaultRun::write(const PlannedWrite& plan)
 {
-    QString error;
-    const std::optional<host::DataPoint> point = m_runtime->points().find(plan.target, &error);
-    ASSERT_TRUE(point) << error.toStdString();
+    const Expected<host::DataPoint> point = m_runtime->points().find(plan.target);
+    ASSERT_TRUE(point) << point.error().text.toStdString();
     m_attempts.push_back({plan, 0, host::TransferOutcome::NotSent});
     Attempt* const attempt = &m_attempts.back();
     m_runtime->write(*point, plan.values, m_link->now(),
@@ -155,10 +157,8 @@ void FaultRun::write(const PlannedWrite& plan)
 void FaultRun::readOnce()
 {
     const Array& array = kArrays.at(m_random.below(int(kArrays.size())));
-    QString error;
-    const std::optional<host::DataPoint> point =
-        m_runtime->points().find(wholeArray(array), &error);
-    ASSERT_TRUE(point) << error.toStdString();
+    const Expected<host::DataPoint> point = m_runtime->points().find(wholeArray(array));
+    ASSERT_TRUE(point) << point.error().text.toStdString();
     ++m_readsBegun;
     m_runtime->readOnce(
         *point, m_link->now(),

@@ -108,7 +108,11 @@ StampedRun::StampedRun(const host::DriverFunctions& driver, std::uint32_t seed)
     m_rows.resize(int(kStampedArrays.size()));
 }
 
-StampedRun::~StampedRun() = default;
+StampedRun::~StampedRun()
+{
+    // It settles what is open.
+    m_runtime.reset();
+}
 
 void StampedRun::run()
 {
@@ -359,10 +363,9 @@ void StampedRun::refuseSomething()
 
 host::DataPoint StampedRun::point(const QString& text)
 {
-    QString error;
-    const std::optional<host::DataPoint> found = m_runtime->points().find(text, &error);
-    EXPECT_TRUE(found) << error.toStdString();
-    return found.value_or(host::DataPoint());
+    const Expected<host::DataPoint> found = m_runtime->points().find(text);
+    EXPECT_TRUE(found) << found.error().text.toStdString();
+    return found.valueOr(host::DataPoint());
 }
 
 void StampedRun::write(const PlannedWrite& plan)

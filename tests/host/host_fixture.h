@@ -82,6 +82,8 @@ protected:
     {
     }
 
+    ~HostTest() override { runtime.reset(); } // It settles what is open.
+
     RuntimeSettings settings(int cycleTime = 0) const
     {
         return cli::runtimeSettings(project.settings, cycleTime);
@@ -102,11 +104,9 @@ protected:
 
     DataPoint point(const char* label)
     {
-        QString error;
-        const std::optional<DataPoint> found =
-            runtime->points().find(QString::fromUtf8(label), &error);
-        EXPECT_TRUE(found) << error.toStdString();
-        return found.value_or(DataPoint());
+        const Expected<DataPoint> found = runtime->points().find(QString::fromUtf8(label));
+        EXPECT_TRUE(found) << found.error().text.toStdString();
+        return found.valueOr(DataPoint());
     }
 
     void cycle(std::initializer_list<const char*> labels)
@@ -120,10 +120,9 @@ protected:
     void write(const char* label, const char* value)
     {
         const DataPoint target = point(label);
-        QString error;
-        const std::optional<QVector<values::Value>> values =
-            parsePoint(target, QString::fromUtf8(value), &error);
-        ASSERT_TRUE(values) << error.toStdString();
+        const Expected<QVector<values::Value>> values =
+            parsePoint(target, QString::fromUtf8(value));
+        ASSERT_TRUE(values) << values.error().text.toStdString();
         runtime->write(target, *values, now, [this, target](const TransferOutcome& outcome) {
             writes.push_back({target.text, outcome, QByteArray()});
         });

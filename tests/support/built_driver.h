@@ -13,12 +13,11 @@ namespace test {
 inline const host::DriverFunctions& builtDriver()
 {
     static const host::DriverFunctions functions = [] {
-        QString error;
-        const std::optional<host::DriverFunctions> loaded =
-            host::loadDriver(QStringLiteral(PLC_LIBRARY), &error);
+        const Expected<host::DriverLibrary> loaded =
+            host::DriverLibrary::load(QStringLiteral(PLC_LIBRARY));
         if (!loaded)
-            ADD_FAILURE() << error.toStdString();
-        return loaded.value_or(host::DriverFunctions());
+            ADD_FAILURE() << loaded.error().text.toStdString();
+        return loaded ? loaded->functions() : host::DriverFunctions();
     }();
     return functions;
 }

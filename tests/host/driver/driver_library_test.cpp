@@ -11,19 +11,30 @@ namespace plc::host {
 namespace test {
 namespace {
 
+/// Why neither the library nor a copy of it is loaded.
+QString complaint(const QString& path)
+{
+    const Expected<DriverLibrary> library = DriverLibrary::load(path);
+    const Expected<DriverLibrary> copy = DriverLibrary::loadCopy(path);
+    EXPECT_FALSE(library);
+    EXPECT_FALSE(copy);
+    if (library || copy)
+        return QString();
+    EXPECT_EQ(copy.error().text, library.error().text);
+    return library.error().text;
+}
+
 TEST(DriverLibrary, AllEntryPointsAreResolved)
 {
-    QString error;
-    const std::optional<DriverFunctions> driver = loadDriver(QStringLiteral(PLC_LIBRARY), &error);
-    ASSERT_TRUE(driver) << error.toStdString();
-    EXPECT_EQ(driver->queryFinishFlag(), 1);
-    EXPECT_EQ(driver->comCommunication(), nullptr);
+    const Expected<DriverLibrary> driver = DriverLibrary::load(QStringLiteral(PLC_LIBRARY));
+    ASSERT_TRUE(driver) << driver.error().text.toStdString();
+    EXPECT_EQ(driver->functions().queryFinishFlag(), 1);
+    EXPECT_EQ(driver->functions().comCommunication(), nullptr);
 }
 
 TEST(DriverLibrary, MissingFileIsNamed)
 {
-    QString error;
-    EXPECT_FALSE(loadDriver(QStringLiteral("/nowhere/libplc_driver.so"), &error));
+    const QString error = complaint(QStringLiteral("/nowhere/libplc_driver.so"));
     EXPECT_THAT(
         error.toStdString(),
         ::testing::StartsWith("cannot load the driver library /nowhere/libplc_driver.so: "));
@@ -31,8 +42,7 @@ TEST(DriverLibrary, MissingFileIsNamed)
 
 TEST(DriverLibrary, LibraryForAnotherQtIsRefusedBeforeAnythingOfItRuns)
 {
-    QString error;
-    EXPECT_FALSE(loadDriver(QStringLiteral(PLC_OTHER_QT_LIBRARY), &error));
+    const QString error = complaint(QStringLiteral(PLC_OTHER_QT_LIBRARY));
     const std::string own = std::to_string(QT_VERSION_MAJOR);
     EXPECT_EQ(error.toStdString(), "the driver library " PLC_OTHER_QT_LIBRARY " was built for Qt " +
                                        std::to_string(PLC_OTHER_QT) +
@@ -43,8 +53,7 @@ TEST(DriverLibrary, LibraryForAnotherQtIsRefusedBeforeAnythingOfItRuns)
 
 TEST(DriverLibrary, LibraryThatTellsNoQtIsRefused)
 {
-    QString error;
-    EXPECT_FALSE(loadDriver(QStringLiteral(PLC_LIBRARY_WITHOUT_QT), &error));
+    const QString error = complaint(QStringLiteral(PLC_LIBRARY_WITHOUT_QT));
     EXPECT_THAT(error.toStdString(),
                 ::testing::StartsWith("cannot tell for which Qt " PLC_LIBRARY_WITHOUT_QT
                                       " was built: it is linked with no Qt Core library"));
@@ -56,8 +65,7 @@ TEST(DriverLibrary, FileThatIsNoLibraryIsRefused)
     ASSERT_TRUE(file.open());
     file.write("{}");
     file.close();
-    QString error;
-    EXPECT_FALSE(loadDriver(file.fileName(), &error));
+    const QString error = complaint(file.fileName());
     EXPECT_THAT(error.toStdString(),
                 ::testing::AllOf(::testing::HasSubstr(file.fileName().toStdString()),
                                  ::testing::HasSubstr("it is no shared library for this program")));
@@ -65,8 +73,7 @@ TEST(DriverLibrary, FileThatIsNoLibraryIsRefused)
 
 TEST(DriverLibrary, MissingEntryPointsAreNamed)
 {
-    QString error;
-    EXPECT_FALSE(loadDriver(QStringLiteral(PLC_QT_NETWORK), &error));
+    const QString error = complaint(QStringLiteral(PLC_QT_NETWORK));
     EXPECT_THAT(error.toStdString(),
                 ::testing::AllOf(
                     ::testing::StartsWith(
@@ -90,9 +97,10 @@ protected:
     }
     QString found(const char* requested = "")
     {
-        error.clear();
-        return findDriver(QString::fromLatin1(requested), m_folder.filePath(QStringLiteral("bin")),
-                          &error);
+        const Expected<QString> path =
+            findDriver(QString::fromLatin1(requested), m_folder.filePath(QStringLiteral("bin")));
+        error = path ? QString() : path.error().text;
+        return path.valueOr(QString());
     }
 
     QString error;

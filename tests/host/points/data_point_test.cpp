@@ -11,9 +11,9 @@ class DataPointTest : public HostTest {
 protected:
     QString complaint(const char* text)
     {
-        QString error;
-        EXPECT_FALSE(runtime->points().find(QString::fromUtf8(text), &error)) << text;
-        return error;
+        const Expected<DataPoint> found = runtime->points().find(QString::fromUtf8(text));
+        EXPECT_FALSE(found) << text;
+        return found ? QString() : found.error().text;
     }
 };
 
@@ -79,12 +79,11 @@ TEST_F(DataPointTest, WrongLabelsAreExplained)
 TEST_F(DataPointTest, CyclicLabelKeepsItsStationWhereThereAreSeveral)
 {
     const QString label = QStringLiteral("Main.speed");
-    QString error;
-    EXPECT_EQ(runtime->points().find(label, 1, 9, &error)->station, 0);
+    EXPECT_EQ(runtime->points().find(label, 1, 9)->station, 0);
     PointSettings several;
     several.multiStation = true;
     const DataPointFinder points(project, several, builtDriver());
-    EXPECT_EQ(points.find(label, 1, 9, &error)->station, 9);
+    EXPECT_EQ(points.find(label, 1, 9)->station, 9);
 }
 
 TEST(DataPointFinder, DriverWithOtherSymbolsIsNoticed)
@@ -92,9 +91,9 @@ TEST(DataPointFinder, DriverWithOtherSymbolsIsNoticed)
     project::Project project = testProject();
     project.scopes[0].name = QStringLiteral("Unknown");
     const DataPointFinder points(project, PointSettings(), builtDriver());
-    QString error;
-    EXPECT_FALSE(points.find(QStringLiteral("Unknown.start"), &error));
-    EXPECT_EQ(error,
+    const Expected<DataPoint> found = points.find(QStringLiteral("Unknown.start"));
+    ASSERT_FALSE(found);
+    EXPECT_EQ(found.error().text,
               "Unknown.start: the driver finds it at address -1, the project at 3; the "
               "driver must be given this project's symbols");
 }
@@ -109,9 +108,9 @@ TEST(DataPointFinder, SliceThatTheDriverWouldNotReadIsRefused)
     project.scopes = {{QStringLiteral("Large"), {bytes}}};
     const DataPointFinder points(project, PointSettings(), builtDriver());
     const auto complaint = [&points](const char* text) {
-        QString error;
-        EXPECT_FALSE(points.find(QString::fromLatin1(text), &error));
-        return error.toStdString();
+        const Expected<DataPoint> found = points.find(QString::fromLatin1(text));
+        EXPECT_FALSE(found);
+        return found ? std::string() : found.error().text.toStdString();
     };
     // The driver's buffer has two bytes for each BYTE.
     EXPECT_EQ(complaint("Large.bytes[0]*8388609"),

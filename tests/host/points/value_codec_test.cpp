@@ -56,11 +56,9 @@ protected:
 
     QVector<values::Value> parsed(const DataPoint& target, const char* text)
     {
-        QString error;
-        const std::optional<QVector<values::Value>> values =
-            parsePoint(target, QString::fromUtf8(text), &error);
-        EXPECT_TRUE(values) << error.toStdString();
-        return values.value_or(QVector<values::Value>());
+        const Expected<QVector<values::Value>> values = parsePoint(target, QString::fromUtf8(text));
+        EXPECT_TRUE(values) << values.error().text.toStdString();
+        return values.valueOr(QVector<values::Value>());
     }
     /// Reads the value out of a memory that goes on with `filler` behind it.
     void readFrom(const TypeRow& row, char filler)
@@ -75,9 +73,10 @@ protected:
     }
     QString complaint(const char* label, const char* text)
     {
-        QString error;
-        EXPECT_FALSE(parsePoint(point(label), QString::fromUtf8(text), &error));
-        return error;
+        const Expected<QVector<values::Value>> values =
+            parsePoint(point(label), QString::fromUtf8(text));
+        EXPECT_FALSE(values);
+        return values ? QString() : values.error().text;
     }
 };
 

@@ -47,6 +47,31 @@ TEST_F(LinkStatisticsTest, CountsRequestsByWhatBecameOfThem)
     EXPECT_EQ(statistics.roundTrips().longest(), 50);
 }
 
+TEST_F(LinkStatisticsTest, CountsRoundTripsFromTheLoginToTheFirstValues)
+{
+    const auto logIn = [this] {
+        statistics.linkChanged(LinkState::Up, QString(), -1);
+        exchange(Service::Identification, Answer::Accepted, 1, 1);
+        exchange(Service::File, Answer::Accepted, 1, 1);
+    };
+    logIn();
+    EXPECT_EQ(statistics.roundTripsToValues(), 0);
+    exchange(Service::Read, Answer::Accepted, 1, 1);
+    exchange(Service::Write, Answer::Accepted, 1, 1);
+    EXPECT_EQ(statistics.roundTripsToValues(), 1);
+    lose(QStringLiteral("gone"));
+    logIn();
+    exchange(Service::Write, Answer::Accepted, 1, 1);
+    exchange(Service::Read, Answer::Refused, 0, 1);
+    EXPECT_EQ(statistics.roundTripsToValues(), 1);
+    exchange(Service::Read, Answer::Accepted, 1, 1);
+    EXPECT_EQ(statistics.roundTripsToValues(), 3);
+    lose(QStringLiteral("gone"));
+    logIn();
+    exchange(Service::Read, Answer::Accepted, 1, 1);
+    EXPECT_EQ(statistics.roundTripsToValues(), 3);
+}
+
 TEST_F(LinkStatisticsTest, CountsFailuresByTheirNumbers)
 {
     exchange(Service::Identification, Answer::LoginRefused, 201, 1);

@@ -20,10 +20,9 @@ protected:
                                      builtDriver());
         QVector<DataPoint> found;
         for (const QString& label : labels) {
-            QString error;
-            const std::optional<DataPoint> point = finder.find(label, &error);
-            EXPECT_TRUE(point) << error.toStdString();
-            found.append(point.value_or(DataPoint()));
+            const Expected<DataPoint> point = finder.find(label);
+            EXPECT_TRUE(point) << point.error().text.toStdString();
+            found.append(point.valueOr(DataPoint()));
         }
         return found;
     }

@@ -1,5 +1,5 @@
-#ifndef PLC_HOST_REPORT_DIAGNOSIS_H
-#define PLC_HOST_REPORT_DIAGNOSIS_H
+#ifndef PLC_HOST_TCP_DIAGNOSIS_H
+#define PLC_HOST_TCP_DIAGNOSIS_H
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -8,6 +8,7 @@
 
 #include "host/link/session.h"
 #include "host/transfers/transfer_outcome.h"
+#include "values/export.h"
 
 namespace plc::host {
 
@@ -38,24 +39,27 @@ struct ExchangeFailure {
 
 /// The link was lost before the reply was whole; `error` is the socket's, UnknownSocketError when
 /// the host closed it, and `received` what had come of the reply.
-ExchangeFailure failureOfLoss(QAbstractSocket::SocketError error, const QByteArray& received,
-                              const QString& reason);
+PLC_HOST_EXPORT ExchangeFailure failureOfLoss(QAbstractSocket::SocketError error,
+                                              const QByteArray& received, const QString& reason);
 /// The reply was whole, but not good.
-ExchangeFailure failureOfReply(const Answer& answer, const QByteArray& reply);
+PLC_HOST_EXPORT ExchangeFailure failureOfReply(const Answer& answer, const QByteArray& reply);
 
 /// The host has no address.
-Finding findNameFailure(const QString& host, const QString& reason);
+PLC_HOST_EXPORT Finding findNameFailure(const QString& host, const QString& reason);
 /// No connection was made.
-Finding findConnectionFailure(const QString& host, int port, QAbstractSocket::SocketError error,
-                              const QString& reason);
+PLC_HOST_EXPORT Finding findConnectionFailure(const QString& host, int port,
+                                              QAbstractSocket::SocketError error,
+                                              const QString& reason);
 /// A request of the login, Identification or File, failed.
-Finding findLoginFailure(Service service, const ExchangeFailure& failure);
+PLC_HOST_EXPORT Finding findLoginFailure(Service service, const ExchangeFailure& failure);
 /// The first variable of an area could not be read; those of `readable` areas could.
-Finding findAreaFailure(int area, const ExchangeFailure& failure, const QVector<int>& readable);
+PLC_HOST_EXPORT Finding findAreaFailure(int area, const ExchangeFailure& failure,
+                                        const QVector<int>& readable);
 /// A label could not be read although another variable of its area could.
-Finding findLabelFailure(const QString& label, int area, const ExchangeFailure& failure);
+PLC_HOST_EXPORT Finding findLabelFailure(const QString& label, int area,
+                                         const ExchangeFailure& failure);
 /// A label among others that were read together is refused; `place` says where it lies.
-Finding findRefusedLabel(const QString& label, const QString& place, int status);
+PLC_HOST_EXPORT Finding findRefusedLabel(const QString& label, const QString& place, int status);
 
 } // namespace plc::host
 

@@ -1,4 +1,4 @@
-#include "host/report/diagnosis.h"
+#include "host/tcp/diagnosis.h"
 
 #include <QtCore/QStringList>
 

@@ -1,0 +1,20 @@
+#ifndef PLC_HOST_RUNTIME_RUNTIME_SNAPSHOT_H
+#define PLC_HOST_RUNTIME_RUNTIME_SNAPSHOT_H
+
+#include <QtCore/QVector>
+
+#include "host/link/session.h"
+#include "host/runtime/value_table.h"
+
+namespace plc::host {
+
+/// What a runtime knows at one moment.
+struct RuntimeSnapshot {
+    LinkState link = LinkState::Down;
+    QString linkDownReason; ///< Why the PLC is away; empty while it is not, or is not known to be.
+    QVector<ValueReading> values; ///< Row by row as ValueTable has them.
+};
+
+} // namespace plc::host
+
+#endif
