@@ -25,6 +25,9 @@ std::string placeOf(const FencedBlock& block)
 QStringList exampleSources()
 {
     return {QStringLiteral("docs/examples/entry_points.cpp"),
+            QStringLiteral("docs/examples/host_many.cpp"),
+            QStringLiteral("docs/examples/host_poll.cpp"),
+            QStringLiteral("docs/examples/host_qt.cpp"),
             QStringLiteral("docs/examples/load_driver.cpp"),
             QStringLiteral("docs/examples/load_driver.h"),
             QStringLiteral("docs/examples/minimal_host.cpp"),
