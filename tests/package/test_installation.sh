@@ -67,7 +67,7 @@ LibraryCarriesItsVersionAndItsQt() {
 LibrariesForSeveralQtsFitIntoOnePrefix() {
     local prefix=$WORK_DIR/library-alone component file
     rm -rf "$prefix"
-    for component in runtime development; do
+    for component in runtime development host tcp host_development; do
         cmake --install "$BUILD_DIR" --prefix "$prefix" --component $component >/dev/null
     done
     while read -r file; do
@@ -126,6 +126,67 @@ PkgConfigHostBuildsAndRuns() {
     # Qt's headers refuse code that is not position independent.
     "$CXX" -Wall -Wextra -Werror -fPIC "$consumer/main.cpp" -o "$folder/tiny-host" "${flags[@]}"
     expect_host_output "$(LD_LIBRARY_PATH=$installation/$LIBRARY_DIR "$folder/tiny-host")"
+}
+
+HostLibrariesCarryTheirVersionAndTheirQt() {
+    local folder=$installation/$LIBRARY_DIR name
+    for name in libplc_host_qt$QT_MAJOR libplc_host_tcp_qt$QT_MAJOR; do
+        expect_equal "SONAME" "$name.so.$VERSION_MAJOR" \
+            "$(readelf --dynamic --wide "$folder/$name.so" |
+                sed --quiet 's/.*(SONAME).*\[\(.*\)\]/\1/p')"
+        expect_equal "SONAME link" "$name.so.$VERSION" \
+            "$(readlink "$folder/$name.so.$VERSION_MAJOR")"
+        expect_file "$LIBRARY_DIR/$name.a"
+    done
+}
+
+HostLibrariesExportTheirNamespaceOnly() {
+    local name other
+    for name in plc_host_qt$QT_MAJOR plc_host_tcp_qt$QT_MAJOR; do
+        other=$(nm --dynamic --defined-only --demangle "$installation/$LIBRARY_DIR/lib$name.so" |
+            cut --delimiter ' ' --fields 3- |
+            grep --invert-match --extended-regexp '^((vtable|typeinfo|typeinfo name|non-virtual thunk|guard variable) (for|to) )?plc::' || true)
+        expect_equal "what lib$name.so exports beside plc::" "" "$other"
+    done
+}
+
+# expect_tank PROGRAM: reads the tank of a simulator, whose level is 1500
+expect_tank() {
+    local output=$WORK_DIR/tank-simulator port line
+    "$installation/bin/plc-simulator" --port 0 "$SOURCE_DIR/docs/examples/tank.json" >"$output" 2>&1 &
+    local simulator=$!
+    trap 'kill $simulator 2>/dev/null' RETURN
+    timeout 20 bash -c "until grep --quiet listening '$output'; do sleep 0.05; done" ||
+        fail "the simulator does not listen: $(cat "$output")"
+    port=$(sed --quiet 's/^listening on .*:\([0-9]*\)$/\1/p' "$output")
+    line=$("$1" "$installation/$LIBRARY_DIR/libplc_driver_qt$QT_MAJOR.so.$VERSION_MAJOR" "$port" |
+        head --lines 1)
+    expect_equal "first reading" "TANK.level 1500" "$line"
+}
+
+ExamplesBuildAgainstTheHostLibrary() {
+    local folder=$WORK_DIR/host-examples
+    rm -rf "$folder"
+    cmake -G Ninja -S "$SOURCE_DIR/tests/package/host_consumer" -B "$folder" \
+        -DCMAKE_PREFIX_PATH="$installation" -DEXAMPLES="$SOURCE_DIR/docs/examples" \
+        -DDRIVER_QT="$QT_MAJOR" -DCMAKE_BUILD_TYPE="$BUILD_TYPE" \
+        -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_COMPILER_LAUNCHER="$LAUNCHER"
+    cmake --build "$folder"
+    expect_tank "$folder/host_poll"
+    expect_tank "$folder/host_poll_static"
+}
+
+ExamplesBuildWithPkgConfig() {
+    local folder=$WORK_DIR/pkg-config-examples flags
+    rm -rf "$folder"
+    mkdir "$folder"
+    export PKG_CONFIG_PATH=$installation/$LIBRARY_DIR/pkgconfig
+    read -ra flags <<<"$(pkg-config --cflags --libs "plc_host_qt$QT_MAJOR")"
+    "$CXX" -std=c++17 -fPIC "$SOURCE_DIR/docs/examples/host_poll.cpp" -o "$folder/host_poll" "${flags[@]}"
+    read -ra flags <<<"$(pkg-config --cflags --libs "plc_host_tcp_qt$QT_MAJOR")"
+    "$CXX" -std=c++17 -fPIC "$SOURCE_DIR/docs/examples/host_qt.cpp" -o "$folder/host_qt" "${flags[@]}"
+    export LD_LIBRARY_PATH=$installation/$LIBRARY_DIR
+    expect_tank "$folder/host_poll"
 }
 
 ToolsComeWithManualCompletionAndDemo() {
