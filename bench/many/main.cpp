@@ -1,0 +1,152 @@
+// Memory and processor time of a host with many PLCs in one process, and what becomes of it when
+// one of them fails and comes back. Prints a line for each figure; ends with 1 when one is missed.
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QEventLoop>
+#include <QtCore/QFile>
+#include <QtCore/QRandomGenerator>
+#include <QtCore/QTimer>
+
+#include <cstdio>
+#include <functional>
+
+#include <sys/resource.h>
+
+#include "plant.h"
+#include "simulators.h"
+
+namespace plc::bench {
+namespace {
+
+constexpr int kPlants = 50;
+constexpr int kMeasuredSeconds = 20;
+constexpr int kPatience = 60000;       // ms
+constexpr double kMostMemory = 400;    // KiB a plant
+constexpr double kMostProcessor = 0.5; // ms a plant and second
+
+using Plants = std::vector<std::unique_ptr<Plant>>;
+
+/// Memory of this process that no other shares.
+double privateKib()
+{
+    QFile file(QStringLiteral("/proc/self/smaps_rollup"));
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("%s", qPrintable(file.errorString()));
+    double sum = 0;
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        if (line.startsWith("Private_"))
+            sum += line.simplified().split(' ').value(1).toDouble();
+    }
+    return sum;
+}
+
+double processorMs()
+{
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    const auto ms = [](const timeval& time) {
+        return 1e3 * double(time.tv_sec) + 1e-3 * double(time.tv_usec);
+    };
+    return ms(usage.ru_utime) + ms(usage.ru_stime);
+}
+
+void runFor(int milliseconds)
+{
+    QEventLoop loop;
+    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+/// Runs the event loop until this is so. Returns the milliseconds that it took.
+qint64 runUntil(const char* what, const std::function<bool()>& condition)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition()) {
+        if (clock.hasExpired(kPatience))
+            qFatal("waited in vain until %s", what);
+        runFor(10);
+    }
+    return clock.elapsed();
+}
+
+bool allGood(const Plants& plants)
+{
+    for (const std::unique_ptr<Plant>& plant : plants) {
+        if (plant->goodValues() < kValues)
+            return false;
+    }
+    return true;
+}
+
+bool print(const char* name, double value, double most, const char* unit)
+{
+    std::printf("%-44s %8.2f %s, at most %.1f: %s\n", name, value, unit, most,
+                value <= most ? "met" : "MISSED");
+    return value <= most;
+}
+
+/// One plant fails and comes back. Returns whether no other was disturbed.
+bool failAndReturn(const Plants& plants, Simulators* simulators)
+{
+    const int failing = int(QRandomGenerator::global()->bounded(kPlants));
+    int mostBad = 0;
+    const auto count = [&] {
+        int bad = 0;
+        for (int i = 0; i < kPlants; ++i)
+            bad += i != failing && plants[size_t(i)]->goodValues() < kValues ? 1 : 0;
+        mostBad = qMax(mostBad, bad);
+    };
+    simulators->kill(failing);
+    runUntil("the plant has no good value", [&] {
+        count();
+        return plants[size_t(failing)]->goodValues() == 0;
+    });
+    simulators->start(failing);
+    const qint64 time = runUntil("all values are good again", [&] {
+        count();
+        return plants[size_t(failing)]->goodValues() == kValues;
+    });
+    quint64 losses = 0;
+    for (int i = 0; i < kPlants; ++i)
+        losses += i == failing ? 0 : plants[size_t(i)]->losses();
+    std::printf("plant %d was killed: all %d values good %lld ms after it was back\n", failing,
+                kValues, static_cast<long long>(time));
+    std::printf("%d other plants lost a value, their links were lost %llu times\n", mostBad,
+                static_cast<unsigned long long>(losses));
+    return mostBad == 0 && losses == 0;
+}
+
+int run(const char* program)
+{
+    std::printf("%s: %d plants of %d values every second\n", program, kPlants, kValues);
+    Simulators simulators(kPlants);
+    const project::Symbols symbols = plantSymbols();
+    Plants plants;
+    const double memoryBefore = privateKib();
+    for (int i = 0; i < kPlants; ++i) {
+        const auto copy = host::DriverLibrary::loadCopy(QStringLiteral(PLC_LIBRARY));
+        if (!copy)
+            qFatal("%s", qPrintable(copy.error().text));
+        plants.push_back(std::make_unique<Plant>(*copy, symbols, simulators.port(i)));
+    }
+    runUntil("all values are good", [&plants] { return allGood(plants); });
+    const double processorBefore = processorMs();
+    runFor(1000 * kMeasuredSeconds);
+    const double processor = (processorMs() - processorBefore) / kMeasuredSeconds / kPlants;
+    const double memory = (privateKib() - memoryBefore) / kPlants;
+    bool isMet = print("private memory of a plant", memory, kMostMemory, "KiB");
+    isMet = print("processor time of a plant and second", processor, kMostProcessor, "ms") && isMet;
+    isMet = failAndReturn(plants, &simulators) && isMet;
+    return isMet ? 0 : 1;
+}
+
+} // namespace
+} // namespace plc::bench
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    return plc::bench::run(argv[0]);
+}
