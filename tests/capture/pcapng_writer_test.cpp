@@ -50,7 +50,7 @@ TEST_F(PcapngFile, BeginsWithSectionAndInterface)
     const PcapngWriter writer(&m_buffer, QStringLiteral("plc"));
 
     EXPECT_EQ(hex(), kFileHead);
-    EXPECT_EQ(writer.error(), QString());
+    EXPECT_EQ(QString(), writer.error());
 }
 
 TEST_F(PcapngFile, HoldsPacketWithItsTimePaddedToWords)
@@ -121,11 +121,11 @@ TEST(PcapngWriter, TellsWhyAPacketCouldNotBeWritten)
 {
     SmallDevice device(kHeadSize + 10);
     PcapngWriter writer(&device, QStringLiteral("plc"));
-    EXPECT_EQ(writer.error(), QString());
+    EXPECT_EQ(QString(), writer.error());
 
     writer.writePacket(nanoseconds(1), QByteArray(4, 'x'));
 
-    EXPECT_EQ(writer.error(), QStringLiteral("the disk is full"));
+    EXPECT_EQ(QStringLiteral("the disk is full"), writer.error());
 }
 
 TEST(PcapngWriter, WritesNothingBehindADamagedPacket)
@@ -138,7 +138,7 @@ TEST(PcapngWriter, WritesNothingBehindADamagedPacket)
 
     writer.writePacket(nanoseconds(2), QByteArray(4, 'x'));
 
-    EXPECT_EQ(device.taken(), kHeadSize + 10);
+    EXPECT_EQ(kHeadSize + 10, device.taken());
 }
 
 } // namespace

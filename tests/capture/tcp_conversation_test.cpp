@@ -146,9 +146,9 @@ TEST_F(Conversation, PushesTheLastOfSeveralFullPackets)
 {
     m_conversation.send(TcpConversation::Client, QByteArray(2920, 'x'), nanoseconds(1));
 
-    ASSERT_EQ(packets().size(), 2u);
-    EXPECT_EQ(packets()[0].flags, kAcknowledge);
-    EXPECT_EQ(packets()[1].flags, kPush | kAcknowledge);
+    ASSERT_EQ(2u, packets().size());
+    EXPECT_EQ(kAcknowledge, packets()[0].flags);
+    EXPECT_EQ(kPush | kAcknowledge, packets()[1].flags);
 }
 
 TEST_F(Conversation, SendsNoPacketForNoBytes)
@@ -164,7 +164,7 @@ TEST_F(Conversation, EndsWithBothSidesAgreeing)
     m_conversation.close(TcpConversation::Server, nanoseconds(2));
 
     const std::vector<Packet> all = packets();
-    ASSERT_EQ(all.size(), 4u);
+    ASSERT_EQ(4u, all.size());
     EXPECT_EQ(all[1], (Packet{2, "S", 3, 0, kFin | kAcknowledge, "", 2}));
     EXPECT_EQ(all[2], (Packet{2, "C", 0, 4, kFin | kAcknowledge, "", 1}));
     EXPECT_EQ(all[3], (Packet{2, "S", 4, 1, kAcknowledge, "", 3}));
@@ -175,7 +175,7 @@ TEST_F(Conversation, BreaksOffWithOnePacket)
     m_conversation.send(TcpConversation::Client, "request", nanoseconds(1));
     m_conversation.reset(TcpConversation::Client, nanoseconds(2));
 
-    ASSERT_EQ(packets().size(), 2u);
+    ASSERT_EQ(2u, packets().size());
     EXPECT_EQ(packets()[1], (Packet{2, "C", 7, 0, kReset | kAcknowledge, "", 2}));
 }
 

@@ -42,8 +42,8 @@ TEST_F(LabelFile, HasALabelALineInTheFirstColumn)
 TEST_F(LabelFile, MayNameItsColumnsFirst)
 {
     EXPECT_EQ(labelsOf("Label,type\nMain.speed,INT\n"), (QStringList{"Main.speed"}));
-    EXPECT_EQ(labelsOf("Main.speed\nlabel\n").first(),
-              "line 2: label \"label\": expected Scope.variable");
+    EXPECT_EQ("line 2: label \"label\": expected Scope.variable",
+              labelsOf("Main.speed\nlabel\n").first());
 }
 
 TEST_F(LabelFile, TakesWhatTheCommandLineTakes)
@@ -60,18 +60,20 @@ TEST_F(LabelFile, APatternMayEndInANumber)
 
 TEST_F(LabelFile, ALabelThatIsUnknownIsShownWithItsLine)
 {
-    EXPECT_EQ(labelsOf("Main.speed\n\nMain.sped\n").first(),
-              "line 3: label \"Main.sped\": scope \"Main\" has no \"sped\" (did you mean "
-              "\"speed\"?)");
-    EXPECT_EQ(labelsOf("Main.speed\n,x\n").first(),
-              "line 2: the first column is empty, expected a label");
+    EXPECT_EQ(
+        "line 3: label \"Main.sped\": scope \"Main\" has no \"sped\" (did you mean "
+        "\"speed\"?)",
+        labelsOf("Main.speed\n\nMain.sped\n").first());
+    EXPECT_EQ("line 2: the first column is empty, expected a label",
+              labelsOf("Main.speed\n,x\n").first());
 }
 
 TEST_F(LabelFile, ALabelWithACommaNeedsQuotes)
 {
-    EXPECT_EQ(labelsOf("Main.speed\nMain.table[1,2]\n").first(),
-              "line 2: \"Main.table[1\" ends within its subscripts; a label with a comma stands in "
-              "quotes: \"Plant.table[1,2]\"");
+    EXPECT_EQ(
+        "line 2: \"Main.table[1\" ends within its subscripts; a label with a comma stands in "
+        "quotes: \"Plant.table[1,2]\"",
+        labelsOf("Main.speed\nMain.table[1,2]\n").first());
 }
 
 TEST_F(LabelFile, BrokenQuotesAreShownWithTheirLine)
@@ -84,8 +86,8 @@ TEST_F(LabelFile, BrokenQuotesAreShownWithTheirLine)
 
 TEST_F(LabelFile, WithoutLabelsIsRefused)
 {
-    EXPECT_EQ(labelsOf("label\n").first(),
-              "has no labels; expected one a line, in the first column");
+    EXPECT_EQ("has no labels; expected one a line, in the first column",
+              labelsOf("label\n").first());
     const auto errorOf = [](const QString& path) {
         return readLabels(path, testProject()).error().text.toStdString();
     };

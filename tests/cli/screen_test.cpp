@@ -26,25 +26,25 @@ std::string keysOf(const char (&bytes)[Size])
 
 TEST(KeyReader, NamesTheKeysOfCommonTerminals)
 {
-    EXPECT_EQ(keysOf("\x1b[A\x1b[B\x1bOA\x1bOB"), "up, down, up, down");
-    EXPECT_EQ(keysOf("\x1b[5~\x1b[6~"), "page up, page down");
-    EXPECT_EQ(keysOf("\x1b[H\x1b[F\x1bOH\x1bOF\x1b[1~\x1b[4~"), "home, end, home, end, home, end");
-    EXPECT_EQ(keysOf("\r\n\x7f\x08"), "enter, enter, backspace, backspace");
-    EXPECT_EQ(keysOf("\x1b"), "escape");
+    EXPECT_EQ("up, down, up, down", keysOf("\x1b[A\x1b[B\x1bOA\x1bOB"));
+    EXPECT_EQ("page up, page down", keysOf("\x1b[5~\x1b[6~"));
+    EXPECT_EQ("home, end, home, end, home, end", keysOf("\x1b[H\x1b[F\x1bOH\x1bOF\x1b[1~\x1b[4~"));
+    EXPECT_EQ("enter, enter, backspace, backspace", keysOf("\r\n\x7f\x08"));
+    EXPECT_EQ("escape", keysOf("\x1b"));
 }
 
 TEST(KeyReader, CharactersStandForThemselvesInUtf8)
 {
-    EXPECT_EQ(keysOf("q:\xC3\xA9"), "q, :, \xC3\xA9");
-    EXPECT_EQ(keysOf("a\x1b[Ab"), "a, up, b");
+    EXPECT_EQ("q, :, \xC3\xA9", keysOf("q:\xC3\xA9"));
+    EXPECT_EQ("a, up, b", keysOf("a\x1b[Ab"));
 }
 
 TEST(KeyReader, WhatItDoesNotKnowIsOneOtherKey)
 {
-    EXPECT_EQ(keysOf("\x1b[15~x"), "other, x");
-    EXPECT_EQ(keysOf("\x1b[1;5Cx"), "other, x");
-    EXPECT_EQ(keysOf("\x01\x1b["), "other, other");
-    EXPECT_EQ(keysOf(""), "");
+    EXPECT_EQ("other, x", keysOf("\x1b[15~x"));
+    EXPECT_EQ("other, x", keysOf("\x1b[1;5Cx"));
+    EXPECT_EQ("other, other", keysOf("\x01\x1b["));
+    EXPECT_EQ("", keysOf(""));
 }
 
 const Style kColoured(Style::Coloured);
@@ -96,25 +96,25 @@ TEST(ScreenLayout, FitsEveryTerminal)
 TEST(ScreenLayout, ShowsEachValueWithItsAgeAndRate)
 {
     const QStringList lines = layOutScreen(content(3), 60, 10, 0, kColoured);
-    ASSERT_EQ(lines.size(), 10);
-    EXPECT_EQ(lines[0].trimmed(), "Plant");
-    EXPECT_EQ(lines[1].trimmed(), "connected, 3 values");
-    EXPECT_EQ(lines[4], "Main.value1          10 rpm                   12 ms   9.9/s ");
-    EXPECT_EQ(lines[8].trimmed(), "all well");
-    EXPECT_EQ(lines[9].trimmed(), "keys");
+    ASSERT_EQ(10, lines.size());
+    EXPECT_EQ("Plant", lines[0].trimmed());
+    EXPECT_EQ("connected, 3 values", lines[1].trimmed());
+    EXPECT_EQ("Main.value1          10 rpm                   12 ms   9.9/s ", lines[4]);
+    EXPECT_EQ("all well", lines[8].trimmed());
+    EXPECT_EQ("keys", lines[9].trimmed());
 }
 
 TEST(ScreenLayout, SaysWhichValuesAreInSight)
 {
-    EXPECT_EQ(rowsOnScreen(80, 24), 19);
+    EXPECT_EQ(19, rowsOnScreen(80, 24));
     const QStringList lines = layOutScreen(content(150), 80, 24, 100, kColoured);
-    EXPECT_EQ(lines[1].trimmed(), "connected, values 101 to 119 of 150");
+    EXPECT_EQ("connected, values 101 to 119 of 150", lines[1].trimmed());
     EXPECT_TRUE(lines[3].startsWith(QStringLiteral("Main.value100 ")));
 }
 
 TEST(ScreenLayout, WideTerminalHasColumnsFilledOneAfterTheOther)
 {
-    EXPECT_EQ(rowsOnScreen(160, 24), 38);
+    EXPECT_EQ(38, rowsOnScreen(160, 24));
     const QStringList lines = layOutScreen(content(150), 160, 24, 0, kColoured);
     EXPECT_TRUE(lines[3].startsWith(QStringLiteral("Main.value0 ")));
     EXPECT_TRUE(lines[3].mid(80).startsWith(QStringLiteral("Main.value19 ")));
@@ -138,7 +138,7 @@ TEST(ScreenLayout, OfALongLabelTheEndIsShownAndOfALongValueTheBeginning)
     const QString line = layOutScreen(screen, 60, 10, 0, kColoured)[3];
     EXPECT_TRUE(line.startsWith(QString::fromUtf8("…xxxxxxxxxxxxxxxxxxx 7777")))
         << line.toStdString();
-    EXPECT_EQ(line.lastIndexOf(QChar(0x2026)), 41);
+    EXPECT_EQ(41, line.lastIndexOf(QChar(0x2026)));
 }
 
 TEST(ScreenLayout, LongLabelsInSightDiffer)

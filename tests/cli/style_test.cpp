@@ -39,34 +39,34 @@ private:
 
 TEST_F(TerminalStyle, HasColours)
 {
-    EXPECT_EQ(failure(), "\x1b[31mlost\x1b[0m");
+    EXPECT_EQ("\x1b[31mlost\x1b[0m", failure());
 }
 
 TEST_F(TerminalStyle, HasNoColoursWhereTheUserWantsNone)
 {
     qputenv("NO_COLOR", "1");
-    EXPECT_EQ(failure(), "\x1b[1mlost\x1b[0m");
-    EXPECT_EQ(Style::of(-1).capability(), Style::Plain);
+    EXPECT_EQ("\x1b[1mlost\x1b[0m", failure());
+    EXPECT_EQ(Style::Plain, Style::of(-1).capability());
 }
 
 TEST_F(TerminalStyle, HasColoursWhereTheWishForNoneIsEmpty)
 {
     qputenv("NO_COLOR", "");
-    EXPECT_EQ(failure(), "\x1b[31mlost\x1b[0m");
+    EXPECT_EQ("\x1b[31mlost\x1b[0m", failure());
 }
 
 TEST_F(TerminalStyle, IsPlainOnADumbTerminal)
 {
     qputenv("TERM", "dumb");
-    EXPECT_EQ(failure(), "lost");
+    EXPECT_EQ("lost", failure());
 }
 
 TEST(PlainStyle, IsThatOfAPipe)
 {
     qputenv("TERM", "xterm");
     int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    EXPECT_EQ(Style::of(ends[1]).capability(), Style::Plain);
+    ASSERT_EQ(0, ::pipe(ends));
+    EXPECT_EQ(Style::Plain, Style::of(ends[1]).capability());
     ::close(ends[0]);
     ::close(ends[1]);
 }
@@ -78,7 +78,7 @@ constexpr Emphasis kAll[] = {Emphasis::Success, Emphasis::Warning, Emphasis::Fai
 TEST(PlainStyle, LeavesTextAlone)
 {
     for (const Emphasis emphasis : kAll)
-        EXPECT_EQ(Style(Style::Plain).apply(emphasis, QStringLiteral("a b")), "a b");
+        EXPECT_EQ("a b", Style(Style::Plain).apply(emphasis, QStringLiteral("a b")));
 }
 
 TEST(MonochromeStyle, HasNoSequenceForAColour)

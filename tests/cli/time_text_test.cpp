@@ -13,10 +13,10 @@ namespace {
 TEST(TimeText, HasItsDistanceFromUtc)
 {
     const QTimeZone india("Asia/Kolkata");
-    EXPECT_EQ(timeText(QDateTime::fromMSecsSinceEpoch(1763707234525, india)),
-              "2025-11-21T12:10:34.525+05:30");
-    EXPECT_EQ(timeText(QDateTime::fromMSecsSinceEpoch(1763707234525, QTimeZone::utc())),
-              "2025-11-21T06:40:34.525Z");
+    EXPECT_EQ("2025-11-21T12:10:34.525+05:30",
+              timeText(QDateTime::fromMSecsSinceEpoch(1763707234525, india)));
+    EXPECT_EQ("2025-11-21T06:40:34.525Z",
+              timeText(QDateTime::fromMSecsSinceEpoch(1763707234525, QTimeZone::utc())));
 }
 
 TEST(TimeText, TellsTheTwoHoursApartInWhichTheClockIsSetBack)
@@ -24,10 +24,10 @@ TEST(TimeText, TellsTheTwoHoursApartInWhichTheClockIsSetBack)
     qputenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
     ::tzset();
     // 2025-10-26T00:30Z and an hour later are both half past two in Berlin.
-    EXPECT_EQ(timeText(QDateTime::fromMSecsSinceEpoch(1761438600000)),
-              "2025-10-26T02:30:00.000+02:00");
-    EXPECT_EQ(timeText(QDateTime::fromMSecsSinceEpoch(1761442200000)),
-              "2025-10-26T02:30:00.000+01:00");
+    EXPECT_EQ("2025-10-26T02:30:00.000+02:00",
+              timeText(QDateTime::fromMSecsSinceEpoch(1761438600000)));
+    EXPECT_EQ("2025-10-26T02:30:00.000+01:00",
+              timeText(QDateTime::fromMSecsSinceEpoch(1761442200000)));
 }
 
 } // namespace

@@ -35,7 +35,7 @@ protected:
 
 TEST_F(ValueChangesTest, ThereIsNothingBeforeTheFirstRead)
 {
-    EXPECT_EQ(take(0), QVector<int>());
+    EXPECT_EQ(QVector<int>(), take(0));
 }
 
 TEST_F(ValueChangesTest, TheFirstReadIsNewAndTheSameAgainIsNot)
@@ -43,7 +43,7 @@ TEST_F(ValueChangesTest, TheFirstReadIsNewAndTheSameAgainIsNot)
     readBoth(10);
     EXPECT_EQ(take(10), (QVector<int>{0, 1}));
     readBoth(20);
-    EXPECT_EQ(take(20), QVector<int>());
+    EXPECT_EQ(QVector<int>(), take(20));
 }
 
 TEST_F(ValueChangesTest, ARefusedValueIsNewAlsoWhereItWasStale)
@@ -62,16 +62,16 @@ TEST_F(ValueChangesTest, AChangedValueIsNew)
     take(10);
     count = hex("00 03");
     readBoth(20);
-    EXPECT_EQ(take(20), QVector<int>{1});
+    EXPECT_EQ(QVector<int>{1}, take(20));
 }
 
 TEST_F(ValueChangesTest, StaleAndFreshAgainAreNewOnceEach)
 {
     readBoth(10);
     take(10);
-    EXPECT_EQ(take(10 + kStaleAfter), QVector<int>());
+    EXPECT_EQ(QVector<int>(), take(10 + kStaleAfter));
     EXPECT_EQ(take(11 + kStaleAfter), (QVector<int>{0, 1}));
-    EXPECT_EQ(take(12 + kStaleAfter), QVector<int>());
+    EXPECT_EQ(QVector<int>(), take(12 + kStaleAfter));
     readBoth(4000);
     EXPECT_EQ(take(4000), (QVector<int>{0, 1}));
 }

@@ -20,10 +20,10 @@ std::string shown(const QVector<std::optional<double>>& trend)
 
 TEST(NumericValue, IsNothingForTextsAndWhatIsNoNumber)
 {
-    EXPECT_EQ(values::numericValue(values::Value(true)), 1.0);
-    EXPECT_EQ(values::numericValue(values::Value(qint64(-5))), -5.0);
-    EXPECT_EQ(values::numericValue(values::Value(quint64(5))), 5.0);
-    EXPECT_EQ(values::numericValue(values::Value(0.5f)), 0.5);
+    EXPECT_EQ(1.0, values::numericValue(values::Value(true)));
+    EXPECT_EQ(-5.0, values::numericValue(values::Value(qint64(-5))));
+    EXPECT_EQ(5.0, values::numericValue(values::Value(quint64(5))));
+    EXPECT_EQ(0.5, values::numericValue(values::Value(0.5f)));
     EXPECT_EQ(values::numericValue(values::Value(QStringLiteral("5"))), std::nullopt);
     EXPECT_EQ(values::numericValue(values::Value(std::numeric_limits<double>::quiet_NaN())),
               std::nullopt);
@@ -59,7 +59,7 @@ TEST(ValueHistory, TextsAndNanLeaveNoTrace)
     history.note(QStringLiteral("12"), 0);
     history.note(std::numeric_limits<double>::quiet_NaN(), 0);
     EXPECT_FALSE(history.lowest());
-    EXPECT_EQ(shown(history.trend(2, 0)), "- -");
+    EXPECT_EQ("- -", shown(history.trend(2, 0)));
 }
 
 TEST(ValueHistory, TheTrendHasTheLastValueOfEachSecondAndGaps)
@@ -69,26 +69,26 @@ TEST(ValueHistory, TheTrendHasTheLastValueOfEachSecondAndGaps)
     history.note(qint64(2), 1999);
     history.note(qint64(3), 2000);
     history.note(qint64(4), 4500);
-    EXPECT_EQ(shown(history.trend(4, 4999)), "2 3 - 4");
-    EXPECT_EQ(shown(history.trend(4, 5000)), "3 - 4 -");
-    EXPECT_EQ(shown(history.trend(1, 4500)), "4");
-    EXPECT_EQ(shown(history.trend(0, 4500)), "");
+    EXPECT_EQ("2 3 - 4", shown(history.trend(4, 4999)));
+    EXPECT_EQ("3 - 4 -", shown(history.trend(4, 5000)));
+    EXPECT_EQ("4", shown(history.trend(1, 4500)));
+    EXPECT_EQ("", shown(history.trend(0, 4500)));
 }
 
 TEST(ValueHistory, OfTheTimeBeforeItsStartThereIsNothing)
 {
     ValueHistory history;
     history.note(qint64(7), 0);
-    EXPECT_EQ(shown(history.trend(3, 500)), "- - 7");
+    EXPECT_EQ("- - 7", shown(history.trend(3, 500)));
 }
 
 TEST(ValueHistory, WhatIsOlderThanAMinuteIsForgotten)
 {
     ValueHistory history;
     history.note(qint64(7), 0);
-    EXPECT_EQ(shown(history.trend(60, 59999)).substr(0, 3), "7 -");
-    EXPECT_EQ(shown(history.trend(60, 60000)).substr(0, 3), "- -");
-    EXPECT_EQ(history.trend(1000, 60000).size(), 60);
+    EXPECT_EQ("7 -", shown(history.trend(60, 59999)).substr(0, 3));
+    EXPECT_EQ("- -", shown(history.trend(60, 60000)).substr(0, 3));
+    EXPECT_EQ(60, history.trend(1000, 60000).size());
 }
 
 TEST(Sparkline, ScalesFromTheLowestToTheHighest)
@@ -106,8 +106,8 @@ TEST(Sparkline, IsFlatWhereNothingChanges)
 TEST(Sparkline, HasBlanksWhereThereIsNoValue)
 {
     EXPECT_EQ(sparkline({std::nullopt, 1.0, std::nullopt, 2.0}), QString::fromUtf8(" ▁ █"));
-    EXPECT_EQ(sparkline({std::nullopt, std::nullopt}), "  ");
-    EXPECT_EQ(sparkline({}), "");
+    EXPECT_EQ("  ", sparkline({std::nullopt, std::nullopt}));
+    EXPECT_EQ("", sparkline({}));
 }
 
 } // namespace

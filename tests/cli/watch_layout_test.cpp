@@ -94,15 +94,15 @@ TEST(WatchLayout, FitsEveryTerminal)
 TEST(WatchLayout, ShowsAllColumnsInEightyByTwentyFour)
 {
     const QStringList lines = layOutWatch(frame(), stateOf(rows(3), 24), 80, 24, kPlain);
-    EXPECT_EQ(lines[0].trimmed(), "Dairy: connected");
-    EXPECT_EQ(lines[1].trimmed(), "3 values, as named");
-    EXPECT_EQ(lines[2],
-              "  LABEL               VALUE                TREND         AGE       MIN       MAX");
+    EXPECT_EQ("Dairy: connected", lines[0].trimmed());
+    EXPECT_EQ("3 values, as named", lines[1].trimmed());
+    EXPECT_EQ("  LABEL               VALUE                TREND         AGE       MIN       MAX",
+              lines[2]);
     EXPECT_EQ(lines[3], QString::fromUtf8("> Plant.tank[0].level 12.5 %               "
                                           "▁▁▁▁▁▁▁▁█   40 ms        -3     99.75"));
-    EXPECT_EQ(lines[4].left(22), "  Plant.tank[1].level ");
-    EXPECT_EQ(lines[22].trimmed(), "written");
-    EXPECT_EQ(lines[23].trimmed(), "?:help  w:write  p:pause  s:sort  /:filter  r:reset  q:end");
+    EXPECT_EQ("  Plant.tank[1].level ", lines[4].left(22));
+    EXPECT_EQ("written", lines[22].trimmed());
+    EXPECT_EQ("?:help  w:write  p:pause  s:sort  /:filter  r:reset  q:end", lines[23].trimmed());
 }
 
 TEST(WatchLayout, ANarrowTerminalHasFewerColumns)
@@ -110,22 +110,22 @@ TEST(WatchLayout, ANarrowTerminalHasFewerColumns)
     const auto heading = [](int width) {
         return layOutWatch(frame(), stateOf(rows(1), 24), width, 24, kPlain)[2].simplified();
     };
-    EXPECT_EQ(heading(72), "LABEL VALUE TREND AGE MIN MAX");
-    EXPECT_EQ(heading(71), "LABEL VALUE TREND AGE");
-    EXPECT_EQ(heading(47), "LABEL VALUE AGE");
-    EXPECT_EQ(heading(31), "LABEL VALUE");
+    EXPECT_EQ("LABEL VALUE TREND AGE MIN MAX", heading(72));
+    EXPECT_EQ("LABEL VALUE TREND AGE", heading(71));
+    EXPECT_EQ("LABEL VALUE AGE", heading(47));
+    EXPECT_EQ("LABEL VALUE", heading(31));
 }
 
 TEST(WatchLayout, ALowTerminalHasTheTableAndOneLineBelow)
 {
-    EXPECT_EQ(watchPage(24), 19);
-    EXPECT_EQ(watchPage(9), 7);
-    EXPECT_EQ(watchPage(1), 0);
+    EXPECT_EQ(19, watchPage(24));
+    EXPECT_EQ(7, watchPage(9));
+    EXPECT_EQ(0, watchPage(1));
     const WatchState state = stateOf(rows(3), 5);
     QStringList lines = layOutWatch(frame(), state, 40, 5, kPlain);
     EXPECT_TRUE(lines[0].contains(QStringLiteral("LABEL")));
     EXPECT_TRUE(lines[1].contains(QStringLiteral("tank[0]")));
-    EXPECT_EQ(lines[4].trimmed(), "written");
+    EXPECT_EQ("written", lines[4].trimmed());
     WatchFrame quiet = frame();
     quiet.message.clear();
     EXPECT_TRUE(layOutWatch(quiet, state, 40, 5, kPlain)[4].startsWith(QStringLiteral("?:help")));
@@ -147,12 +147,12 @@ TEST(WatchLayout, AJustChangedValueIsMarkedAndHighlighted)
     before.sinceChange = 1000;
     const WatchState state = stateOf({before, changed}, 24);
     QStringList lines = layOutWatch(frame(), state, 80, 24, kColoured);
-    EXPECT_EQ(lines[4].left(3), " *a");
+    EXPECT_EQ(" *a", lines[4].left(3));
     EXPECT_TRUE(lines[4].contains(kColoured.apply(Emphasis::Changed, fitted("12.5 %", 27))))
         << lines[4].toStdString();
     EXPECT_FALSE(lines[3].contains(QLatin1Char('*')));
     lines = layOutWatch(frame(), state, 80, 24, kPlain);
-    EXPECT_EQ(lines[4].left(3), " *a");
+    EXPECT_EQ(" *a", lines[4].left(3));
     EXPECT_FALSE(lines[4].contains(QChar(0x1b)));
 }
 
@@ -184,12 +184,12 @@ TEST(WatchLayout, SaysWhatIsFilteredSortedAndPaused)
 {
     WatchState state = stateOf(rows(12), 24);
     press(&state, "s/[1");
-    EXPECT_EQ(layOutWatch(frame(), state, 80, 24, kPlain)[1].trimmed(),
-              "3 of 12 values, by label, filter [1");
+    EXPECT_EQ("3 of 12 values, by label, filter [1",
+              layOutWatch(frame(), state, 80, 24, kPlain)[1].trimmed());
     state.press({Key::Enter, QString()});
     press(&state, "p");
-    EXPECT_EQ(layOutWatch(frame(), state, 80, 24, kPlain)[1].trimmed(),
-              "PAUSED, 3 of 12 values, by label, filter [1");
+    EXPECT_EQ("PAUSED, 3 of 12 values, by label, filter [1",
+              layOutWatch(frame(), state, 80, 24, kPlain)[1].trimmed());
 }
 
 TEST(WatchLayout, HelpTakesThePlaceOfTheTable)
@@ -197,7 +197,7 @@ TEST(WatchLayout, HelpTakesThePlaceOfTheTable)
     WatchState state = stateOf(rows(3), 24);
     press(&state, "?");
     const QStringList lines = layOutWatch(frame(), state, 80, 24, kPlain);
-    EXPECT_EQ(lines[2].trimmed(), "KEYS");
+    EXPECT_EQ("KEYS", lines[2].trimmed());
     EXPECT_EQ(lines[3].trimmed(), watchHelp().first());
     EXPECT_LE(watchHelp().size(), watchPage(24)) << "all of it is in sight";
 }
@@ -207,12 +207,12 @@ TEST(WatchLayout, ALongMessageTakesLinesOfTheTable)
     WatchFrame told = frame();
     told.message = QStringLiteral("one two three four five six seven");
     const QStringList lines = layOutWatch(told, stateOf(rows(30), 24), 12, 24, kPlain);
-    ASSERT_EQ(lines.size(), 24);
+    ASSERT_EQ(24, lines.size());
     EXPECT_TRUE(lines[18].startsWith(QStringLiteral(" "))) << "the table's last";
-    EXPECT_EQ(lines[19], "one two     ");
-    EXPECT_EQ(lines[20], "three four  ");
-    EXPECT_EQ(lines[21], "five six    ");
-    EXPECT_EQ(lines[22], "seven       ");
+    EXPECT_EQ("one two     ", lines[19]);
+    EXPECT_EQ("three four  ", lines[20]);
+    EXPECT_EQ("five six    ", lines[21]);
+    EXPECT_EQ("seven       ", lines[22]);
 }
 
 TEST(WatchLayout, AMessageThatIsTooLongIsCutOffAtItsEnd)
@@ -220,8 +220,8 @@ TEST(WatchLayout, AMessageThatIsTooLongIsCutOffAtItsEnd)
     WatchFrame told = frame();
     told.message = QStringLiteral("one two three four five six seven");
     const QStringList lines = layOutWatch(told, stateOf(rows(30), 11), 12, 11, kPlain);
-    EXPECT_EQ(lines[7], "one two     ");
-    EXPECT_EQ(lines[8], "three four  ");
+    EXPECT_EQ("one two     ", lines[7]);
+    EXPECT_EQ("three four  ", lines[8]);
     EXPECT_EQ(lines[9], QString::fromUtf8("five six se…"));
 }
 
@@ -231,13 +231,14 @@ TEST(WatchLayout, AQuestionIsShownWholeOnANarrowTerminal)
     WatchState state = stateOf({narrow}, 24);
     press(&state, "w-1234.5678");
     state.press({Key::Enter, QString()});
-    ASSERT_EQ(state.mode(), WatchState::Mode::Confirming);
+    ASSERT_EQ(WatchState::Mode::Confirming, state.mode());
     const QStringList lines = layOutWatch(frame(), state, kConfirmWidth, 24, kPlain);
     // 112 characters in lines of 19: the last cell of the screen stays empty.
-    EXPECT_EQ(lines.mid(18).join(QString()).trimmed(),
-              "write Plant.pasteuriser.heatExchanger.outlet.temperature = -1234.5678 (now 12.5 %)? "
-              "y: yes, any other key: no");
-    EXPECT_EQ(lines[17].trimmed(), "written");
+    EXPECT_EQ(
+        "write Plant.pasteuriser.heatExchanger.outlet.temperature = -1234.5678 (now 12.5 %)? "
+        "y: yes, any other key: no",
+        lines.mid(18).join(QString()).trimmed());
+    EXPECT_EQ("written", lines[17].trimmed());
     EXPECT_TRUE(lines[3].startsWith(QLatin1Char('>'))) << "the table still has its first lines";
 }
 
@@ -250,7 +251,7 @@ TEST(WatchLayout, AQuestionThatTheTerminalCannotShowIsNotAsked)
     WatchState state = stateOf({row(QString(100, QLatin1Char('x')))}, 5);
     press(&state, "w1");
     state.press({Key::Enter, QString()});
-    EXPECT_EQ(state.mode(), WatchState::Mode::TypingValue);
+    EXPECT_EQ(WatchState::Mode::TypingValue, state.mode());
 }
 
 TEST(WatchLayout, OnALowTerminalTheReasonStandsAboveTheValueToBeMended)
@@ -260,8 +261,8 @@ TEST(WatchLayout, OnALowTerminalTheReasonStandsAboveTheValueToBeMended)
     WatchFrame told = frame();
     told.message = QStringLiteral("no number");
     const QStringList lines = layOutWatch(told, state, 60, 5, kPlain);
-    EXPECT_EQ(lines[3].trimmed(), "no number");
-    EXPECT_EQ(lines[4].trimmed(), "write Plant.tank[0].level (now 12.5 %) = x_");
+    EXPECT_EQ("no number", lines[3].trimmed());
+    EXPECT_EQ("write Plant.tank[0].level (now 12.5 %) = x_", lines[4].trimmed());
 }
 
 TEST(WatchLayout, LongLabelsOnTheScreenDiffer)
@@ -280,12 +281,12 @@ TEST(WatchLayout, ALongPromptTakesLinesOfTheTableAndItsEndIsAlwaysShown)
     press(&state, "w12345678901234");
     // "write ", the label, " (now 12.5 %) = 12345678901234_": 107 characters in lines of 39.
     QStringList lines = layOutWatch(frame(), state, 40, 24, kPlain);
-    EXPECT_EQ(lines[21].left(8), "write xx");
-    EXPECT_EQ(lines[23].trimmed(), "now 12.5 %) = 12345678901234_");
+    EXPECT_EQ("write xx", lines[21].left(8));
+    EXPECT_EQ("now 12.5 %) = 12345678901234_", lines[23].trimmed());
     state.setPage(watchPage(2));
     lines = layOutWatch(frame(), state, 40, 2, kPlain);
     EXPECT_EQ(lines[0].left(8), QString::fromUtf8("…xxxxxxx"));
-    EXPECT_EQ(lines[1].trimmed(), "now 12.5 %) = 12345678901234_");
+    EXPECT_EQ("now 12.5 %) = 12345678901234_", lines[1].trimmed());
 }
 
 } // namespace

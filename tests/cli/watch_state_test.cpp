@@ -67,11 +67,11 @@ protected:
 TEST_F(WatchStateTest, BeginsInTheOrderInWhichTheLabelsWereNamed)
 {
     state.update({row("b", 1), row("a", 2)});
-    EXPECT_EQ(shown(), "b a");
-    EXPECT_EQ(state.orderText(), "as named");
+    EXPECT_EQ("b a", shown());
+    EXPECT_EQ("as named", state.orderText());
     type("S");
-    EXPECT_EQ(shown(), "a b");
-    EXPECT_EQ(state.orderText(), "as named reversed");
+    EXPECT_EQ("a b", shown());
+    EXPECT_EQ("as named reversed", state.orderText());
 }
 
 TEST_F(WatchStateTest, SortsByLabelWithNumbersInThem)
@@ -79,73 +79,73 @@ TEST_F(WatchStateTest, SortsByLabelWithNumbersInThem)
     state.update(
         {row("t[10].b", 1), row("T[2].c", 2), row("t[2].b", 3), row("s", 4), row("t[02].d", 5)});
     type("s");
-    EXPECT_EQ(state.orderText(), "by label");
-    EXPECT_EQ(shown(), "s t[2].b T[2].c t[02].d t[10].b");
+    EXPECT_EQ("by label", state.orderText());
+    EXPECT_EQ("s t[2].b T[2].c t[02].d t[10].b", shown());
     type("S");
-    EXPECT_EQ(shown(), "t[10].b t[02].d T[2].c t[2].b s");
+    EXPECT_EQ("t[10].b t[02].d T[2].c t[2].b s", shown());
 }
 
 TEST_F(WatchStateTest, SortsByValueNumbersBeforeTexts)
 {
     state.update({textRow("text2", "'b'"), row("ten", 10), row("two", 2), textRow("text1", "'a'")});
     type("ss");
-    EXPECT_EQ(state.orderText(), "by value");
-    EXPECT_EQ(shown(), "two ten text1 text2");
+    EXPECT_EQ("by value", state.orderText());
+    EXPECT_EQ("two ten text1 text2", shown());
 }
 
 TEST_F(WatchStateTest, SortsByAgeTheOldestFirstAndBeforeItWhatWasNeverRead)
 {
     state.update({row("young", 1, 5), row("old", 1, 5000), textRow("never", "?")});
     type("sss");
-    EXPECT_EQ(state.orderText(), "by age");
-    EXPECT_EQ(shown(), "never old young");
+    EXPECT_EQ("by age", state.orderText());
+    EXPECT_EQ("never old young", shown());
 }
 
 TEST_F(WatchStateTest, SortsByChangeTheLastFirst)
 {
     state.update({row("never", 1), row("before", 1, 5, 9000), row("now", 1, 5, 100)});
     type("ssss");
-    EXPECT_EQ(state.orderText(), "by change");
-    EXPECT_EQ(shown(), "now before never");
+    EXPECT_EQ("by change", state.orderText());
+    EXPECT_EQ("now before never", shown());
     type("s");
-    EXPECT_EQ(state.orderText(), "as named");
+    EXPECT_EQ("as named", state.orderText());
 }
 
 TEST_F(WatchStateTest, EqualsKeepTheirOrder)
 {
     state.update({row("c", 1), row("a", 1), row("b", 1)});
     type("ss");
-    EXPECT_EQ(shown(), "c a b");
+    EXPECT_EQ("c a b", shown());
 }
 
 TEST_F(WatchStateTest, TheFilterWorksWhileItIsTyped)
 {
     state.update({row("tank.level", 1), row("tank.mode", 2), row("pump.mode", 3)});
     type("/tank");
-    EXPECT_EQ(state.prompt(), "/tank_");
-    EXPECT_EQ(shown(), "tank.level tank.mode");
+    EXPECT_EQ("/tank_", state.prompt());
+    EXPECT_EQ("tank.level tank.mode", shown());
     press(Key::Backspace);
     type("k.m");
-    EXPECT_EQ(shown(), "tank.mode");
+    EXPECT_EQ("tank.mode", shown());
     press(Key::Enter);
-    EXPECT_EQ(state.prompt(), "");
-    EXPECT_EQ(state.filter(), "tank.m");
-    EXPECT_EQ(shown(), "tank.mode");
+    EXPECT_EQ("", state.prompt());
+    EXPECT_EQ("tank.m", state.filter());
+    EXPECT_EQ("tank.mode", shown());
     press(Key::Escape);
-    EXPECT_EQ(shown(), "tank.level tank.mode pump.mode");
+    EXPECT_EQ("tank.level tank.mode pump.mode", shown());
 }
 
 TEST_F(WatchStateTest, TheFilterTakesWildcardsAndEscapeGivesItUp)
 {
     state.update({row("tank.level", 1), row("pump.mode", 3)});
     type("/*.m?de");
-    EXPECT_EQ(shown(), "pump.mode");
+    EXPECT_EQ("pump.mode", shown());
     press(Key::Escape);
     type("/nk*lev");
-    EXPECT_EQ(shown(), "tank.level") << "anywhere in the label, as without a star";
+    EXPECT_EQ("tank.level", shown()) << "anywhere in the label, as without a star";
     press(Key::Escape);
-    EXPECT_EQ(state.filter(), "");
-    EXPECT_EQ(shown(), "tank.level pump.mode");
+    EXPECT_EQ("", state.filter());
+    EXPECT_EQ("tank.level pump.mode", shown());
 }
 
 TEST_F(WatchStateTest, AFilterThatNothingPassesLeavesNothingToSelect)
@@ -154,19 +154,19 @@ TEST_F(WatchStateTest, AFilterThatNothingPassesLeavesNothingToSelect)
     press(Key::End);
     type("/nothing");
     press(Key::Enter);
-    EXPECT_EQ(state.count(), 0);
-    EXPECT_EQ(state.all(), 3);
-    EXPECT_EQ(type("w").kind, WatchState::Action::None);
-    EXPECT_EQ(state.mode(), WatchState::Mode::InTable);
+    EXPECT_EQ(0, state.count());
+    EXPECT_EQ(3, state.all());
+    EXPECT_EQ(WatchState::Action::None, type("w").kind);
+    EXPECT_EQ(WatchState::Mode::InTable, state.mode());
     press(Key::Down);
     press(Key::PageDown);
     press(Key::End);
-    EXPECT_EQ(state.selected(), -1);
-    EXPECT_EQ(state.firstLine(), 0);
-    EXPECT_EQ(type("w").kind, WatchState::Action::None);
-    EXPECT_EQ(state.takeMessage(), "nothing is selected: no label passes the filter");
+    EXPECT_EQ(-1, state.selected());
+    EXPECT_EQ(0, state.firstLine());
+    EXPECT_EQ(WatchState::Action::None, type("w").kind);
+    EXPECT_EQ("nothing is selected: no label passes the filter", state.takeMessage());
     press(Key::Escape);
-    EXPECT_EQ(state.selected(), 2) << "still the label that was chosen";
+    EXPECT_EQ(2, state.selected()) << "still the label that was chosen";
 }
 
 TEST_F(WatchStateTest, TheSelectionFollowsItsLabelWhenValuesAreSorted)
@@ -175,16 +175,16 @@ TEST_F(WatchStateTest, TheSelectionFollowsItsLabelWhenValuesAreSorted)
     press(Key::Down);
     type("ss");
     state.update({row("a", 5), row("b", 4), row("c", 3)});
-    EXPECT_EQ(shown(), "c b a");
-    EXPECT_EQ(state.selected(), 1);
+    EXPECT_EQ("c b a", shown());
+    EXPECT_EQ(1, state.selected());
     state.update({row("a", 1), row("b", 9), row("c", 3)});
-    EXPECT_EQ(shown(), "a c b");
-    EXPECT_EQ(state.selected(), 2);
+    EXPECT_EQ("a c b", shown());
+    EXPECT_EQ(2, state.selected());
     type("S");
-    EXPECT_EQ(state.selected(), 0);
+    EXPECT_EQ(0, state.selected());
     type("w1");
     press(Key::Enter);
-    EXPECT_EQ(type("y").assignment, "b=1");
+    EXPECT_EQ("b=1", type("y").assignment);
 }
 
 TEST_F(WatchStateTest, TheSelectedLabelStaysInSightWhereverItIsSorted)
@@ -192,30 +192,31 @@ TEST_F(WatchStateTest, TheSelectedLabelStaysInSightWhereverItIsSorted)
     fill(20);
     state.setPage(5);
     type("ssS");
-    EXPECT_EQ(state.selected(), 19);
-    EXPECT_EQ(state.firstLine(), 15);
+    EXPECT_EQ(19, state.selected());
+    EXPECT_EQ(15, state.firstLine());
 }
 
 TEST_F(WatchStateTest, NothingIsWrittenWhileTheFilterHidesTheSelectedLabel)
 {
     state.update({row("tank.a", 1), row("pump.a", 2), row("pump.b", 3)});
     type("/pump");
-    EXPECT_EQ(state.selected(), -1);
+    EXPECT_EQ(-1, state.selected());
     press(Key::Enter);
-    EXPECT_EQ(type("w").kind, WatchState::Action::None);
-    EXPECT_EQ(state.mode(), WatchState::Mode::InTable);
-    EXPECT_EQ(state.takeMessage(),
-              "nothing is selected: tank.a does not pass the filter; Up and Down select another "
-              "label");
+    EXPECT_EQ(WatchState::Action::None, type("w").kind);
+    EXPECT_EQ(WatchState::Mode::InTable, state.mode());
+    EXPECT_EQ(
+        "nothing is selected: tank.a does not pass the filter; Up and Down select another "
+        "label",
+        state.takeMessage());
     state.update({row("tank.a", 1), row("pump.a", 2), row("pump.b", 3)});
-    EXPECT_EQ(state.selected(), -1);
+    EXPECT_EQ(-1, state.selected());
     press(Key::Down);
-    EXPECT_EQ(state.selected(), 0) << "the first in sight";
+    EXPECT_EQ(0, state.selected()) << "the first in sight";
     type("w7");
     press(Key::Enter);
-    EXPECT_EQ(type("y").assignment, "pump.a=7");
+    EXPECT_EQ("pump.a=7", type("y").assignment);
     press(Key::Escape);
-    EXPECT_EQ(state.selected(), 1) << "pump.a among all";
+    EXPECT_EQ(1, state.selected()) << "pump.a among all";
 }
 
 TEST_F(WatchStateTest, TheHiddenLabelIsSelectedAgainWhenTheFilterGoes)
@@ -223,9 +224,9 @@ TEST_F(WatchStateTest, TheHiddenLabelIsSelectedAgainWhenTheFilterGoes)
     state.update({row("a", 1), row("b", 2)});
     press(Key::Down);
     type("/a");
-    EXPECT_EQ(state.selected(), -1);
+    EXPECT_EQ(-1, state.selected());
     press(Key::Escape);
-    EXPECT_EQ(state.selected(), 1);
+    EXPECT_EQ(1, state.selected());
 }
 
 TEST_F(WatchStateTest, TheSameLabelTwiceIsSelectedWhereItWasChosen)
@@ -233,23 +234,23 @@ TEST_F(WatchStateTest, TheSameLabelTwiceIsSelectedWhereItWasChosen)
     state.update({row("a", 1), row("a", 1)});
     press(Key::Down);
     state.update({row("a", 2), row("a", 2)});
-    EXPECT_EQ(state.selected(), 1);
+    EXPECT_EQ(1, state.selected());
 }
 
 TEST_F(WatchStateTest, LabelsAreComparedOnlyWhenTheyOrTheFilterChange)
 {
     fill(1000);
-    EXPECT_EQ(state.comparisons(), 0u);
+    EXPECT_EQ(0u, state.comparisons());
     type("/v1");
-    EXPECT_EQ(state.comparisons(), 2000u) << "once for each character typed";
+    EXPECT_EQ(2000u, state.comparisons()) << "once for each character typed";
     press(Key::Enter);
     for (int i = 0; i < 100; ++i)
         fill(1000);
     type("sS");
     press(Key::Down);
-    EXPECT_EQ(state.comparisons(), 2000u);
+    EXPECT_EQ(2000u, state.comparisons());
     fill(1001);
-    EXPECT_EQ(state.comparisons(), 3001u);
+    EXPECT_EQ(3001u, state.comparisons());
 }
 
 TEST_F(WatchStateTest, TheScreenFollowsTheSelection)
@@ -257,24 +258,24 @@ TEST_F(WatchStateTest, TheScreenFollowsTheSelection)
     fill(20);
     state.setPage(5);
     press(Key::Down);
-    EXPECT_EQ(state.selected(), 1);
-    EXPECT_EQ(state.firstLine(), 0);
+    EXPECT_EQ(1, state.selected());
+    EXPECT_EQ(0, state.firstLine());
     press(Key::PageDown);
-    EXPECT_EQ(state.selected(), 6);
-    EXPECT_EQ(state.firstLine(), 2);
+    EXPECT_EQ(6, state.selected());
+    EXPECT_EQ(2, state.firstLine());
     press(Key::End);
-    EXPECT_EQ(state.selected(), 19);
-    EXPECT_EQ(state.firstLine(), 15);
+    EXPECT_EQ(19, state.selected());
+    EXPECT_EQ(15, state.firstLine());
     press(Key::Up);
-    EXPECT_EQ(state.firstLine(), 15);
+    EXPECT_EQ(15, state.firstLine());
     press(Key::PageUp);
-    EXPECT_EQ(state.selected(), 13);
-    EXPECT_EQ(state.firstLine(), 13);
+    EXPECT_EQ(13, state.selected());
+    EXPECT_EQ(13, state.firstLine());
     press(Key::Home);
-    EXPECT_EQ(state.selected(), 0);
-    EXPECT_EQ(state.firstLine(), 0);
+    EXPECT_EQ(0, state.selected());
+    EXPECT_EQ(0, state.firstLine());
     type("jjk");
-    EXPECT_EQ(state.selected(), 1);
+    EXPECT_EQ(1, state.selected());
 }
 
 TEST_F(WatchStateTest, ALargerScreenLeavesNoRoomEmptyAndASmallerOneShowsTheSelection)
@@ -283,13 +284,13 @@ TEST_F(WatchStateTest, ALargerScreenLeavesNoRoomEmptyAndASmallerOneShowsTheSelec
     state.setPage(5);
     press(Key::End);
     state.setPage(12);
-    EXPECT_EQ(state.firstLine(), 8);
+    EXPECT_EQ(8, state.firstLine());
     press(Key::Up);
     state.setPage(2);
-    EXPECT_EQ(state.selected(), 18);
-    EXPECT_EQ(state.firstLine(), 17);
+    EXPECT_EQ(18, state.selected());
+    EXPECT_EQ(17, state.firstLine());
     state.setPage(0);
-    EXPECT_EQ(state.firstLine(), 18);
+    EXPECT_EQ(18, state.firstLine());
 }
 
 TEST_F(WatchStateTest, AWriteIsCheckedConfirmedAndThenAskedFor)
@@ -297,19 +298,19 @@ TEST_F(WatchStateTest, AWriteIsCheckedConfirmedAndThenAskedFor)
     state.update({row("a", 1), row("b", 2)});
     press(Key::Down);
     type("w");
-    EXPECT_EQ(state.prompt(), "write b (now 2) = _");
+    EXPECT_EQ("write b (now 2) = _", state.prompt());
     type("4q2");
     press(Key::Backspace);
     press(Key::Backspace);
     type("2");
-    EXPECT_EQ(state.prompt(), "write b (now 2) = 42_");
-    EXPECT_EQ(press(Key::Enter).kind, WatchState::Action::None);
-    EXPECT_EQ(checked, "b=42");
-    EXPECT_EQ(state.prompt(), "write b = 42 (now 2)? y: yes, any other key: no");
+    EXPECT_EQ("write b (now 2) = 42_", state.prompt());
+    EXPECT_EQ(WatchState::Action::None, press(Key::Enter).kind);
+    EXPECT_EQ("b=42", checked);
+    EXPECT_EQ("write b = 42 (now 2)? y: yes, any other key: no", state.prompt());
     const WatchState::Action action = type("y");
-    EXPECT_EQ(action.kind, WatchState::Action::Write);
-    EXPECT_EQ(action.assignment, "b=42");
-    EXPECT_EQ(state.mode(), WatchState::Mode::InTable);
+    EXPECT_EQ(WatchState::Action::Write, action.kind);
+    EXPECT_EQ("b=42", action.assignment);
+    EXPECT_EQ(WatchState::Mode::InTable, state.mode());
 }
 
 TEST_F(WatchStateTest, AnyOtherKeyThanYesWritesNothing)
@@ -319,13 +320,13 @@ TEST_F(WatchStateTest, AnyOtherKeyThanYesWritesNothing)
         press(Key::Enter);
         type("1");
         press(Key::Enter);
-        EXPECT_EQ(press(name).kind, WatchState::Action::None);
-        EXPECT_EQ(state.mode(), WatchState::Mode::InTable);
-        EXPECT_EQ(state.takeMessage(), "nothing was written");
+        EXPECT_EQ(WatchState::Action::None, press(name).kind);
+        EXPECT_EQ(WatchState::Mode::InTable, state.mode());
+        EXPECT_EQ("nothing was written", state.takeMessage());
     }
     type("w1");
     press(Key::Enter);
-    EXPECT_EQ(type("n").kind, WatchState::Action::None);
+    EXPECT_EQ(WatchState::Action::None, type("n").kind);
 }
 
 TEST_F(WatchStateTest, AValueThatCannotBeWrittenIsExplainedAndCanBeMended)
@@ -335,13 +336,13 @@ TEST_F(WatchStateTest, AValueThatCannotBeWrittenIsExplainedAndCanBeMended)
     type("w4x");
     press(Key::Enter);
     EXPECT_EQ(state.takeMessage(), obstacle);
-    EXPECT_EQ(state.takeMessage(), "") << "told once";
-    EXPECT_EQ(state.prompt(), "write v0 (now 0) = 4x_");
+    EXPECT_EQ("", state.takeMessage()) << "told once";
+    EXPECT_EQ("write v0 (now 0) = 4x_", state.prompt());
     press(Key::Backspace);
     obstacle.clear();
     press(Key::Enter);
-    EXPECT_EQ(state.mode(), WatchState::Mode::Confirming);
-    EXPECT_EQ(type("y").assignment, "v0=4");
+    EXPECT_EQ(WatchState::Mode::Confirming, state.mode());
+    EXPECT_EQ("v0=4", type("y").assignment);
 }
 
 TEST_F(WatchStateTest, TheQuestionHasTheValueAsItWillBeAndAsItIs)
@@ -350,16 +351,16 @@ TEST_F(WatchStateTest, TheQuestionHasTheValueAsItWillBeAndAsItIs)
     type("w 5 ");
     press(Key::Enter);
     state.update({row("a", 7), textRow("b", "?")});
-    EXPECT_EQ(state.prompt(), "write a = 5 (now 7)? y: yes, any other key: no");
+    EXPECT_EQ("write a = 5 (now 7)? y: yes, any other key: no", state.prompt());
     WatchRow stale = row("a", 7);
     stale.isStale = true;
     state.update({stale, textRow("b", "?")});
-    EXPECT_EQ(state.prompt(), "write a = 5 (last 7, stale)? y: yes, any other key: no");
+    EXPECT_EQ("write a = 5 (last 7, stale)? y: yes, any other key: no", state.prompt());
     press(Key::Escape);
     press(Key::Down);
     type("w5");
     press(Key::Enter);
-    EXPECT_EQ(state.prompt(), "write b = 5 (never read)? y: yes, any other key: no");
+    EXPECT_EQ("write b = 5 (never read)? y: yes, any other key: no", state.prompt());
 }
 
 TEST_F(WatchStateTest, WhatIsWrittenIsWhatWasConfirmed)
@@ -368,8 +369,8 @@ TEST_F(WatchStateTest, WhatIsWrittenIsWhatWasConfirmed)
     unit = QStringLiteral(" rpm");
     type("w 5 ");
     press(Key::Enter);
-    EXPECT_EQ(state.prompt(), "write v0 = 5 rpm (now 0)? y: yes, any other key: no");
-    EXPECT_EQ(type("y").assignment, "v0=5") << "neither the blanks nor the unit";
+    EXPECT_EQ("write v0 = 5 rpm (now 0)? y: yes, any other key: no", state.prompt());
+    EXPECT_EQ("v0=5", type("y").assignment) << "neither the blanks nor the unit";
 }
 
 TEST_F(WatchStateTest, TheQuestionHasThePresentValueAlsoWhileTheTableIsHeldStill)
@@ -377,10 +378,10 @@ TEST_F(WatchStateTest, TheQuestionHasThePresentValueAlsoWhileTheTableIsHeldStill
     state.update({row("a", 1)});
     type("p");
     state.update({row("a", 8)});
-    EXPECT_EQ(state.row(0).number, 1.0);
+    EXPECT_EQ(1.0, state.row(0).number);
     type("w5");
     press(Key::Enter);
-    EXPECT_EQ(state.prompt(), "write a = 5 (now 8)? y: yes, any other key: no");
+    EXPECT_EQ("write a = 5 (now 8)? y: yes, any other key: no", state.prompt());
 }
 
 TEST_F(WatchStateTest, AQuestionThatIsNotAllInSightIsNotAsked)
@@ -389,11 +390,11 @@ TEST_F(WatchStateTest, AQuestionThatIsNotAllInSightIsNotAsked)
     fits = false;
     type("w5");
     press(Key::Enter);
-    EXPECT_EQ(state.mode(), WatchState::Mode::TypingValue);
+    EXPECT_EQ(WatchState::Mode::TypingValue, state.mode());
     EXPECT_THAT(state.takeMessage().toStdString(),
                 ::testing::HasSubstr("nothing was written: the terminal is too small"));
-    EXPECT_EQ(type("y").kind, WatchState::Action::None);
-    EXPECT_EQ(state.prompt(), "write v0 (now 0) = 5y_");
+    EXPECT_EQ(WatchState::Action::None, type("y").kind);
+    EXPECT_EQ("write v0 (now 0) = 5y_", state.prompt());
 }
 
 TEST_F(WatchStateTest, AQuestionThatIsNoLongerAllInSightIsNotConfirmed)
@@ -402,11 +403,11 @@ TEST_F(WatchStateTest, AQuestionThatIsNoLongerAllInSightIsNotConfirmed)
     type("w5");
     press(Key::Enter);
     fits = false;
-    EXPECT_EQ(type("y").kind, WatchState::Action::None);
-    EXPECT_EQ(state.mode(), WatchState::Mode::TypingValue);
+    EXPECT_EQ(WatchState::Action::None, type("y").kind);
+    EXPECT_EQ(WatchState::Mode::TypingValue, state.mode());
     fits = true;
     press(Key::Enter);
-    EXPECT_EQ(type("y").assignment, "v0=5");
+    EXPECT_EQ("v0=5", type("y").assignment);
 }
 
 TEST_F(WatchStateTest, WhereWritesAreRefusedNoValueIsAskedFor)
@@ -414,11 +415,11 @@ TEST_F(WatchStateTest, WhereWritesAreRefusedNoValueIsAskedFor)
     fill(1);
     state.refuseWrites(QStringLiteral("read-only"));
     type("w5");
-    EXPECT_EQ(state.mode(), WatchState::Mode::InTable);
+    EXPECT_EQ(WatchState::Mode::InTable, state.mode());
     press(Key::Enter);
-    EXPECT_EQ(state.mode(), WatchState::Mode::InTable);
-    EXPECT_EQ(state.takeMessage(), "read-only");
-    EXPECT_EQ(checked, "");
+    EXPECT_EQ(WatchState::Mode::InTable, state.mode());
+    EXPECT_EQ("read-only", state.takeMessage());
+    EXPECT_EQ("", checked);
 }
 
 TEST_F(WatchStateTest, NoValueOrEscapeWritesNothing)
@@ -426,12 +427,12 @@ TEST_F(WatchStateTest, NoValueOrEscapeWritesNothing)
     fill(1);
     type("w");
     press(Key::Enter);
-    EXPECT_EQ(state.takeMessage(), "nothing was written");
+    EXPECT_EQ("nothing was written", state.takeMessage());
     type("w5");
     press(Key::Escape);
-    EXPECT_EQ(state.mode(), WatchState::Mode::InTable);
-    EXPECT_EQ(state.takeMessage(), "nothing was written");
-    EXPECT_EQ(checked, "");
+    EXPECT_EQ(WatchState::Mode::InTable, state.mode());
+    EXPECT_EQ("nothing was written", state.takeMessage());
+    EXPECT_EQ("", checked);
 }
 
 TEST_F(WatchStateTest, TheLabelBeingWrittenStaysWhenTheRowsMove)
@@ -439,10 +440,10 @@ TEST_F(WatchStateTest, TheLabelBeingWrittenStaysWhenTheRowsMove)
     state.update({row("a", 1), row("b", 2)});
     type("ssw7");
     state.update({row("a", 3), row("b", 2)});
-    EXPECT_EQ(shown(), "b a");
-    EXPECT_EQ(state.prompt(), "write a (now 3) = 7_");
+    EXPECT_EQ("b a", shown());
+    EXPECT_EQ("write a (now 3) = 7_", state.prompt());
     press(Key::Enter);
-    EXPECT_EQ(type("y").assignment, "a=7");
+    EXPECT_EQ("a=7", type("y").assignment);
 }
 
 TEST_F(WatchStateTest, WhilePausedTheTableStandsStillAndCanBeSorted)
@@ -451,13 +452,13 @@ TEST_F(WatchStateTest, WhilePausedTheTableStandsStillAndCanBeSorted)
     type("p");
     EXPECT_TRUE(state.isPaused());
     state.update({row("a", 9), row("b", 2)});
-    EXPECT_EQ(state.row(0).number, 1.0);
+    EXPECT_EQ(1.0, state.row(0).number);
     type("ssS");
-    EXPECT_EQ(shown(), "b a");
+    EXPECT_EQ("b a", shown());
     type(" ");
     EXPECT_FALSE(state.isPaused());
     state.update({row("a", 9), row("b", 2)});
-    EXPECT_EQ(shown(), "a b");
+    EXPECT_EQ("a b", shown());
 }
 
 TEST_F(WatchStateTest, HelpScrollsAndAnyOtherKeyLeavesIt)
@@ -466,27 +467,27 @@ TEST_F(WatchStateTest, HelpScrollsAndAnyOtherKeyLeavesIt)
     const int last = int(watchHelp().size()) - 4;
     state.setPage(4);
     type("?");
-    EXPECT_EQ(state.mode(), WatchState::Mode::InHelp);
+    EXPECT_EQ(WatchState::Mode::InHelp, state.mode());
     for (int i = 0; i < 100; ++i)
         press(Key::Down);
     EXPECT_EQ(state.firstHelpLine(), last);
     press(Key::Up);
     EXPECT_EQ(state.firstHelpLine(), last - 1);
-    EXPECT_EQ(type("q").kind, WatchState::Action::None) << "leaves the help only";
-    EXPECT_EQ(state.mode(), WatchState::Mode::InTable);
+    EXPECT_EQ(WatchState::Action::None, type("q").kind) << "leaves the help only";
+    EXPECT_EQ(WatchState::Mode::InTable, state.mode());
     type("h");
-    EXPECT_EQ(state.firstHelpLine(), 0);
+    EXPECT_EQ(0, state.firstHelpLine());
 }
 
 TEST_F(WatchStateTest, OtherKeysAskForWhatTheyStandFor)
 {
     fill(1);
-    EXPECT_EQ(type("q").kind, WatchState::Action::Quit);
-    EXPECT_EQ(type("r").kind, WatchState::Action::ForgetRanges);
-    EXPECT_EQ(type("x").kind, WatchState::Action::None);
-    EXPECT_EQ(state.takeMessage(), "x means nothing here; ? shows the keys");
-    EXPECT_EQ(press(Key::Other).kind, WatchState::Action::None);
-    EXPECT_EQ(state.takeMessage(), "");
+    EXPECT_EQ(WatchState::Action::Quit, type("q").kind);
+    EXPECT_EQ(WatchState::Action::ForgetRanges, type("r").kind);
+    EXPECT_EQ(WatchState::Action::None, type("x").kind);
+    EXPECT_EQ("x means nothing here; ? shows the keys", state.takeMessage());
+    EXPECT_EQ(WatchState::Action::None, press(Key::Other).kind);
+    EXPECT_EQ("", state.takeMessage());
 }
 
 } // namespace

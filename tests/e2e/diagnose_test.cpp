@@ -92,16 +92,16 @@ TEST_F(Diagnose, PassesEveryStepToAValue)
 {
     startSimulator();
     poke(3, 60, "04D2");
-    EXPECT_EQ(steps(), "name, connection, identification, file request, area, label");
-    EXPECT_EQ(member("text"), "MAIN.count = 1234");
+    EXPECT_EQ("name, connection, identification, file request, area, label", steps());
+    EXPECT_EQ("MAIN.count = 1234", member("text"));
 }
 
 TEST_F(Diagnose, ReadsTheLabelsThatAreNamedEachAreaFirst)
 {
     startSimulator();
-    EXPECT_EQ(steps({QStringLiteral("MAIN.speed"), QStringLiteral("MAIN.other"),
-                     QStringLiteral("MAIN.count")}),
-              "name, connection, identification, file request, area, label, area, label, label");
+    EXPECT_EQ("name, connection, identification, file request, area, label, area, label, label",
+              steps({QStringLiteral("MAIN.speed"), QStringLiteral("MAIN.other"),
+                     QStringLiteral("MAIN.count")}));
 }
 
 TEST_F(Diagnose, ShowsTheStepsAsATableForPeople)
@@ -139,7 +139,7 @@ TEST_F(Diagnose, LabelThatTheProjectDoesNotHaveIsWrongUsage)
 TEST_F(Diagnose, NameWithoutAnAddress)
 {
     usePort(1);
-    EXPECT_EQ(steps({QStringLiteral("--address"), QStringLiteral("a..b")}), "!name");
+    EXPECT_EQ("!name", steps({QStringLiteral("--address"), QStringLiteral("a..b")}));
     EXPECT_TRUE(tells("text", "a..b")) << member("text");
     EXPECT_TRUE(tells("meaning", "no name server"));
 }
@@ -147,14 +147,14 @@ TEST_F(Diagnose, NameWithoutAnAddress)
 TEST_F(Diagnose, NameIsResolved)
 {
     startSimulator();
-    EXPECT_EQ(steps({QStringLiteral("--address"), QStringLiteral("localhost")}),
-              "name, connection, identification, file request, area, label");
+    EXPECT_EQ("name, connection, identification, file request, area, label",
+              steps({QStringLiteral("--address"), QStringLiteral("localhost")}));
 }
 
 TEST_F(Diagnose, ConnectionRefused)
 {
     usePort(1);
-    EXPECT_EQ(steps(), "name, !connection");
+    EXPECT_EQ("name, !connection", steps());
     EXPECT_TRUE(tells("text", "127.0.0.1 port 1: Connection refused")) << member("text");
     EXPECT_TRUE(tells("meaning", "nothing listens"));
 }
@@ -163,8 +163,8 @@ TEST_F(Diagnose, NetworkUnreachable)
 {
     usePort(1);
     // TCP goes to one receiver; the kernel has no route to a group of them.
-    EXPECT_EQ(steps({QStringLiteral("--address"), QStringLiteral("224.0.0.1")}),
-              "name, !connection");
+    EXPECT_EQ("name, !connection",
+              steps({QStringLiteral("--address"), QStringLiteral("224.0.0.1")}));
     EXPECT_TRUE(tells("meaning", "no way to this address")) << member("text");
 }
 
@@ -204,42 +204,42 @@ TEST_F(Diagnose, ConnectionTimedOut)
 {
     const FullServer server;
     usePort(server.port());
-    EXPECT_EQ(steps(), "name, !connection");
+    EXPECT_EQ("name, !connection", steps());
     EXPECT_TRUE(tells("text", "no connection within 300 ms")) << member("text");
     EXPECT_TRUE(tells("meaning", "nothing at this address answers"));
 }
 
 TEST_F(Diagnose, ConnectionClosedAtOnce)
 {
-    EXPECT_EQ(stepsAgainst({QByteArray()}), "name, connection, !identification");
+    EXPECT_EQ("name, connection, !identification", stepsAgainst({QByteArray()}));
     EXPECT_TRUE(tells("meaning", "turns this one away")) << member("text");
 }
 
 TEST_F(Diagnose, LoginWithoutReply)
 {
-    EXPECT_EQ(stepsAgainst({}), "name, connection, !identification");
+    EXPECT_EQ("name, connection, !identification", stepsAgainst({}));
     EXPECT_TRUE(tells("text", "no reply within 300 ms")) << member("text");
     EXPECT_TRUE(tells("meaning", "is not answered"));
 }
 
 TEST_F(Diagnose, LoginAnsweredByAnotherService)
 {
-    EXPECT_EQ(stepsAgainst({QByteArray("HTTP/1.1 400 Bad Request\r\n\r\n")}),
-              "name, connection, !identification");
+    EXPECT_EQ("name, connection, !identification",
+              stepsAgainst({QByteArray("HTTP/1.1 400 Bad Request\r\n\r\n")}));
     EXPECT_TRUE(tells("text", "48 54 54 50")) << member("text");
     EXPECT_TRUE(tells("meaning", "another kind"));
 }
 
 TEST_F(Diagnose, LoginAnsweredByHalf)
 {
-    EXPECT_EQ(stepsAgainst({loginReply(200).left(100)}), "name, connection, !identification");
+    EXPECT_EQ("name, connection, !identification", stepsAgainst({loginReply(200).left(100)}));
     EXPECT_TRUE(tells("text", "only 100 bytes")) << member("text");
     EXPECT_TRUE(tells("meaning", "did not end"));
 }
 
 TEST_F(Diagnose, LoginReplyTooShort)
 {
-    EXPECT_EQ(stepsAgainst({loginReply(199)}), "name, connection, !identification");
+    EXPECT_EQ("name, connection, !identification", stepsAgainst({loginReply(199)}));
     EXPECT_TRUE(tells("text", "205 bytes")) << member("text");
     EXPECT_TRUE(tells("meaning", "too short"));
 }
@@ -247,90 +247,91 @@ TEST_F(Diagnose, LoginReplyTooShort)
 TEST_F(Diagnose, LoginRefused)
 {
     startSimulator({QStringLiteral("--refuse-login")});
-    EXPECT_EQ(steps(), "name, connection, !identification");
+    EXPECT_EQ("name, connection, !identification", steps());
     EXPECT_TRUE(tells("text", "status 17 (0x0011)")) << member("text");
     EXPECT_TRUE(tells("meaning", "refuses to log this client in"));
 }
 
 TEST_F(Diagnose, FileRequestRefused)
 {
-    EXPECT_EQ(stepsAgainst({loginReply(200), QByteArray::fromHex("BBBB00000002 0012")}),
-              "name, connection, identification, !file request");
+    EXPECT_EQ("name, connection, identification, !file request",
+              stepsAgainst({loginReply(200), QByteArray::fromHex("BBBB00000002 0012")}));
     EXPECT_TRUE(tells("text", "status 18 (0x0012)")) << member("text");
     EXPECT_TRUE(tells("meaning", "has no program"));
 }
 
 TEST_F(Diagnose, FileReplyTooShort)
 {
-    EXPECT_EQ(stepsAgainst({loginReply(200), loginReply(29)}),
-              "name, connection, identification, !file request");
+    EXPECT_EQ("name, connection, identification, !file request",
+              stepsAgainst({loginReply(200), loginReply(29)}));
     EXPECT_TRUE(tells("meaning", "too short")) << member("text");
 }
 
 TEST_F(Diagnose, FileRequestWithoutReply)
 {
-    EXPECT_EQ(stepsAgainst({loginReply(200)}), "name, connection, identification, !file request");
+    EXPECT_EQ("name, connection, identification, !file request", stepsAgainst({loginReply(200)}));
     EXPECT_TRUE(tells("meaning", "is not answered")) << member("text");
 }
 
 TEST_F(Diagnose, ReadWithoutReply)
 {
     startSimulator({QStringLiteral("--drop-replies"), QStringLiteral("100")});
-    EXPECT_EQ(steps(), "name, connection, identification, file request, !area");
+    EXPECT_EQ("name, connection, identification, file request, !area", steps());
     EXPECT_TRUE(tells("text", "no reply within 300 ms")) << member("text");
 }
 
 TEST_F(Diagnose, ReadAnsweredByHalf)
 {
     startSimulator({QStringLiteral("--half-reply"), QStringLiteral("1")});
-    EXPECT_EQ(steps(), "name, connection, identification, file request, !area");
+    EXPECT_EQ("name, connection, identification, file request, !area", steps());
     EXPECT_TRUE(tells("meaning", "did not end")) << member("text");
 }
 
 TEST_F(Diagnose, ReadReplyOfAnotherLength)
 {
-    EXPECT_EQ(stepsAgainst({loginReply(200), loginReply(30),
-                            QByteArray::fromHex("BBBB0000000B 0000 00000001 00 12345678")}),
-              "name, connection, identification, file request, !area");
+    EXPECT_EQ("name, connection, identification, file request, !area",
+              stepsAgainst({loginReply(200), loginReply(30),
+                            QByteArray::fromHex("BBBB0000000B 0000 00000001 00 12345678")}));
     EXPECT_TRUE(tells("text", "17 bytes")) << member("text");
     EXPECT_TRUE(tells("meaning", "more or fewer bytes"));
 }
 
 TEST_F(Diagnose, ConnectionClosedDuringTheRead)
 {
-    EXPECT_EQ(stepsAgainst({loginReply(200), loginReply(30), QByteArray()}),
-              "name, connection, identification, file request, !area");
+    EXPECT_EQ("name, connection, identification, file request, !area",
+              stepsAgainst({loginReply(200), loginReply(30), QByteArray()}));
     EXPECT_TRUE(tells("meaning", "turns this one away")) << member("text");
 }
 
 TEST_F(Diagnose, LabelWithoutReplyAlthoughItsAreaCouldBeRead)
 {
-    EXPECT_EQ(stepsAgainst({loginReply(200), loginReply(30), kGoodRead}),
-              "name, connection, identification, file request, area, !label");
+    EXPECT_EQ("name, connection, identification, file request, area, !label",
+              stepsAgainst({loginReply(200), loginReply(30), kGoodRead}));
     EXPECT_TRUE(tells("text", "no reply within 300 ms")) << member("text");
 }
 
 TEST_F(Diagnose, AreaThatThePlcDoesNotHave)
 {
     startPlcWith("[{'index': 4, 'size': 64}]");
-    EXPECT_EQ(steps(), "name, connection, identification, file request, !area");
+    EXPECT_EQ("name, connection, identification, file request, !area", steps());
     EXPECT_TRUE(tells("text", "status 48 (0x0030)")) << member("text");
-    EXPECT_EQ(member("meaning"),
-              "the PLC has no area 3, or a smaller one than the project says; of area 4 it can be "
-              "read");
+    EXPECT_EQ(
+        "the PLC has no area 3, or a smaller one than the project says; of area 4 it can be "
+        "read",
+        member("meaning"));
 }
 
 TEST_F(Diagnose, NothingCanBeRead)
 {
     startPlcWith("[{'index': 9, 'size': 64}]");
-    EXPECT_EQ(steps(), "name, connection, identification, file request, !area");
+    EXPECT_EQ("name, connection, identification, file request, !area", steps());
     EXPECT_TRUE(tells("meaning", "lets nothing be read")) << member("text");
 }
 
 TEST_F(Diagnose, AreaThatEndsBeforeTheLabel)
 {
     startPlcWith("[{'index': 3, 'size': 20}]");
-    EXPECT_EQ(steps(), "name, connection, identification, file request, area, !label");
+    EXPECT_EQ("name, connection, identification, file request, area, !label", steps());
     EXPECT_TRUE(tells("text", "status 49 (0x0031)")) << member("text");
     EXPECT_TRUE(tells("meaning", "not where MAIN.count lies"));
 }

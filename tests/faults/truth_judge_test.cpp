@@ -82,7 +82,7 @@ TEST_F(Judge, BelievesAValueOfOneReply)
     readText(10);
     const QByteArray memory = readText(20);
     readText(30);
-    ASSERT_EQ(memory.size(), 20);
+    ASSERT_EQ(20, memory.size());
     EXPECT_THAT(ofValue(kText, memory, 20), IsEmpty());
     // An age that is too great misleads nobody.
     EXPECT_THAT(ofValue(kText, memory, 15), IsEmpty());

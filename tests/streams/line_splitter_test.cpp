@@ -25,23 +25,23 @@ TEST_F(LineSplitterTest, GivesLinesHoweverTheyCome)
     splitter.finish();
     splitter.finish();
     EXPECT_EQ(lines, (QStringList{"one", "two", "", "three"}));
-    EXPECT_EQ(refused, 0);
+    EXPECT_EQ(0, refused);
 }
 
 TEST_F(LineSplitterTest, ALineThatIsTooLongIsLeftOutToItsEnd)
 {
     splitter.feed("12345678\n123456789\nnext\n");
     EXPECT_EQ(lines, (QStringList{"12345678", "next"}));
-    EXPECT_EQ(refused, 1);
+    EXPECT_EQ(1, refused);
     for (int i = 0; i < 100; ++i) {
         splitter.feed("abcde");
         ASSERT_LE(splitter.pending(), 8);
     }
-    EXPECT_EQ(refused, 2) << "told once, before the line has ended";
+    EXPECT_EQ(2, refused) << "told once, before the line has ended";
     splitter.feed("rest\nlast");
     splitter.finish();
     EXPECT_EQ(lines, (QStringList{"12345678", "next", "last"}));
-    EXPECT_EQ(refused, 2);
+    EXPECT_EQ(2, refused);
 }
 
 TEST_F(LineSplitterTest, TheEndOfTheInputEndsALineThatIsTooLong)
@@ -49,7 +49,7 @@ TEST_F(LineSplitterTest, TheEndOfTheInputEndsALineThatIsTooLong)
     splitter.feed("0123456789");
     splitter.finish();
     EXPECT_TRUE(lines.isEmpty());
-    EXPECT_EQ(refused, 1);
+    EXPECT_EQ(1, refused);
 }
 
 } // namespace

@@ -89,10 +89,10 @@ TEST(LibraryQt, MajorVersionStandsBehindTheNameOfTheCoreLibrary)
     const auto major = [](const char* name) {
         return qtMajorAmong({QStringLiteral("libc.so.6"), QLatin1String(name)});
     };
-    EXPECT_EQ(major("libQtCore.so.4"), 4);
-    EXPECT_EQ(major("libQt5Core.so.5"), 5);
-    EXPECT_EQ(major("libQt6Core.so.6"), 6);
-    EXPECT_EQ(major("libQt5CorePanel.so.5"), 5) << "with a name of the panel maker's";
+    EXPECT_EQ(4, major("libQtCore.so.4"));
+    EXPECT_EQ(5, major("libQt5Core.so.5"));
+    EXPECT_EQ(6, major("libQt6Core.so.6"));
+    EXPECT_EQ(5, major("libQt5CorePanel.so.5")) << "with a name of the panel maker's";
     EXPECT_EQ(major("libQt5Network.so.5"), std::nullopt);
     EXPECT_EQ(major("libmyQt5Core.so.5"), std::nullopt);
     EXPECT_EQ(qtMajorAmong({coreOf(5), coreOf(6)}), std::nullopt);

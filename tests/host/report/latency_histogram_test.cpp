@@ -39,11 +39,11 @@ TEST(LatencyHistogram, IsExactForShortTimes)
     LatencyHistogram histogram;
     for (qint64 time = 1; time <= 200; ++time)
         histogram.add(time);
-    EXPECT_EQ(histogram.percentile(0.5), 100);
-    EXPECT_EQ(histogram.percentile(0.9), 180);
-    EXPECT_EQ(histogram.percentile(0.99), 198);
-    EXPECT_EQ(histogram.percentile(1), 200);
-    EXPECT_EQ(histogram.percentile(0.001), 1);
+    EXPECT_EQ(100, histogram.percentile(0.5));
+    EXPECT_EQ(180, histogram.percentile(0.9));
+    EXPECT_EQ(198, histogram.percentile(0.99));
+    EXPECT_EQ(200, histogram.percentile(1));
+    EXPECT_EQ(1, histogram.percentile(0.001));
 }
 
 TEST(LatencyHistogram, KeepsItsPrecisionFromNanosecondsToAnHour)
@@ -81,7 +81,7 @@ TEST(LatencyHistogram, GivesASingleTimeExactly)
     LatencyHistogram histogram;
     histogram.add(123456789);
     for (const double share : kShares)
-        EXPECT_EQ(histogram.percentile(share), 123456789);
+        EXPECT_EQ(123456789, histogram.percentile(share));
 }
 
 TEST(LatencyHistogram, CountsTimesOfHoursToo)
@@ -91,14 +91,14 @@ TEST(LatencyHistogram, CountsTimesOfHoursToo)
     histogram.add(day);
     histogram.add(1);
     EXPECT_EQ(histogram.longest(), day);
-    EXPECT_EQ(histogram.percentile(0.5), 1);
+    EXPECT_EQ(1, histogram.percentile(0.5));
     EXPECT_GT(histogram.percentile(1), qint64(3600) * 1000000000);
 }
 
 TEST(LatencyHistogram, GivesZeroWithoutTimes)
 {
-    EXPECT_EQ(LatencyHistogram().percentile(0.99), 0);
-    EXPECT_EQ(LatencyHistogram().longest(), 0);
+    EXPECT_EQ(0, LatencyHistogram().percentile(0.99));
+    EXPECT_EQ(0, LatencyHistogram().longest());
 }
 
 } // namespace

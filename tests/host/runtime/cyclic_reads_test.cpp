@@ -62,7 +62,7 @@ protected:
         const std::string done = actions();
         if (done.empty())
             return false;
-        EXPECT_EQ(done, "S");
+        EXPECT_EQ("S", done);
         const RequestContent content = parseRequest(sent);
         lastEntries = content.entries;
         if (content.isLogin()) {
@@ -131,18 +131,18 @@ TEST_F(RefusedReads, AreFoundByProbesBetweenTheReadsOfAllOthers)
     begin(threeRequests());
     // Rows 0-3; 4-7 refused; 4, 5 refused; 8-11; 4; 0-3; 5 refused for the third time; 8-11; 6, 7.
     serve(9);
-    EXPECT_EQ(story, "CcpCPCpCP");
-    EXPECT_EQ(refusedValues, std::vector<std::string>{"v5000"});
+    EXPECT_EQ("CcpCPCpCP", story);
+    EXPECT_EQ(std::vector<std::string>{"v5000"}, refusedValues);
     EXPECT_TRUE(runtime->values().isRefused(5));
-    EXPECT_EQ(runtime->values().refusalStatus(5), 5);
+    EXPECT_EQ(5, runtime->values().refusalStatus(5));
     for (int row = 0; row < 12; ++row)
         EXPECT_EQ(runtime->values().wasRead(row), row != 5) << row;
     // From now on three requests read the eleven others, and nothing else goes out.
     serve(30);
-    EXPECT_EQ(story.substr(9), std::string(30, 'C'));
+    EXPECT_EQ(std::string(30, 'C'), story.substr(9));
     for (int row = 0; row < 12; ++row)
         EXPECT_GE(runtime->values().reads(row), row == 5 ? 0u : 10u) << row;
-    EXPECT_EQ(runtime->values().reads(5), 0u);
+    EXPECT_EQ(0u, runtime->values().reads(5));
 }
 
 TEST_F(RefusedReads, AreTriedAloneAfterTenSecondsAndReadOnceThePlcGivesThem)
@@ -150,7 +150,7 @@ TEST_F(RefusedReads, AreTriedAloneAfterTenSecondsAndReadOnceThePlcGivesThem)
     refusedBytes = {5007};
     begin(threeRequests());
     serve(7);
-    ASSERT_EQ(refusedValues.size(), 1u);
+    ASSERT_EQ(1u, refusedValues.size());
     const int tried = probes();
     serveFor(9990);
     EXPECT_EQ(probes(), tried + 1) << "the rest of the search";
@@ -158,11 +158,11 @@ TEST_F(RefusedReads, AreTriedAloneAfterTenSecondsAndReadOnceThePlcGivesThem)
     ASSERT_EQ(probes(), tried + 2);
     serveFor(9900);
     EXPECT_EQ(probes(), tried + 2);
-    EXPECT_EQ(refusedValues.size(), 1u) << "told once";
+    EXPECT_EQ(1u, refusedValues.size()) << "told once";
     refusedBytes.clear();
     serveFor(200);
     EXPECT_EQ(probes(), tried + 3);
-    EXPECT_EQ(valuesGivenAgain, std::vector<std::string>{"v5000"});
+    EXPECT_EQ(std::vector<std::string>{"v5000"}, valuesGivenAgain);
     EXPECT_FALSE(runtime->values().isRefused(5));
     const quint64 readBefore = runtime->values().reads(5);
     serve(30);
@@ -185,7 +185,7 @@ TEST_P(RefusedAmongMany, IsFoundByHalves)
     EXPECT_LE(probes(), 14);
     serve(30);
     EXPECT_LE(probes(), 14);
-    EXPECT_EQ(requestsWith('c'), 1);
+    EXPECT_EQ(1, requestsWith('c'));
     for (int row = 0; row < 99; ++row)
         EXPECT_EQ(runtime->values().wasRead(row), row != GetParam()) << row;
 }
@@ -197,10 +197,10 @@ TEST_F(RefusedReads, GapBetweenGoodValuesIsReadNoMore)
     refusedBytes = {4};
     begin({valueAt(0), valueAt(8)});
     serve(5);
-    EXPECT_EQ(story, "cLLPP");
+    EXPECT_EQ("cLLPP", story);
     serve(10);
     EXPECT_EQ(story, "cLLPP" + std::string(10, 'C'));
-    ASSERT_EQ(lastEntries.size(), 2);
+    ASSERT_EQ(2, lastEntries.size());
     EXPECT_TRUE(isAsked(0) && isAsked(1) && isAsked(8) && isAsked(9));
     for (int address = 2; address < 8; ++address)
         EXPECT_FALSE(isAsked(address)) << address;
@@ -214,13 +214,13 @@ TEST_F(RefusedReads, PlcThatRefusesAllIsAskedNowAndThen)
     begin(scattered(3));
     while (serve())
         ASSERT_LT(story.size(), 30u);
-    EXPECT_EQ(refusedValues.size(), 3u);
+    EXPECT_EQ(3u, refusedValues.size());
     const int before = int(story.size());
     serveFor(60000);
     // The first after 10 s; then a third of 10 s from one to the next, here in steps of 10 ms:
     // 10,000 + 14 * 3,340 = 56,760.
-    EXPECT_EQ(int(story.size()) - before, 15);
-    EXPECT_EQ(refusedValues.size(), 3u);
+    EXPECT_EQ(15, int(story.size()) - before);
+    EXPECT_EQ(3u, refusedValues.size());
 }
 
 TEST_F(RefusedReads, SearchBeginsAnewWhenTheLinkWasLostMeanwhile)
@@ -228,16 +228,16 @@ TEST_F(RefusedReads, SearchBeginsAnewWhenTheLinkWasLostMeanwhile)
     refusedBytes = {5007};
     begin(threeRequests());
     serve(3);
-    ASSERT_EQ(story, "Ccp");
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("Ccp", story);
+    ASSERT_EQ("S", actions());
     passTime(1000);
-    ASSERT_EQ(actions(), "X");
+    ASSERT_EQ("X", actions());
     reconnect(500);
     serve(30);
-    EXPECT_EQ(refusedValues, std::vector<std::string>{"v5000"});
+    EXPECT_EQ(std::vector<std::string>{"v5000"}, refusedValues);
     for (int row = 0; row < 12; ++row)
         EXPECT_EQ(runtime->values().wasRead(row), row != 5) << row;
-    EXPECT_EQ(story.substr(story.size() - 10), std::string(10, 'C'));
+    EXPECT_EQ(std::string(10, 'C'), story.substr(story.size() - 10));
 }
 
 TEST_F(RefusedReads, AreAskedForAtOnceWhenTheLinkIsUpAgain)
@@ -245,21 +245,21 @@ TEST_F(RefusedReads, AreAskedForAtOnceWhenTheLinkIsUpAgain)
     refusedBytes = {5007};
     begin(threeRequests());
     serve(9);
-    ASSERT_EQ(refusedValues.size(), 1u);
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ(1u, refusedValues.size());
+    ASSERT_EQ("S", actions());
     passTime(1000);
-    ASSERT_EQ(actions(), "X");
+    ASSERT_EQ("X", actions());
     reconnect(500);
     serve(20);
-    EXPECT_EQ(refusedValues.size(), 1u) << "still refused: not told again";
-    ASSERT_EQ(actions(), "S");
+    EXPECT_EQ(1u, refusedValues.size()) << "still refused: not told again";
+    ASSERT_EQ("S", actions());
     passTime(1000);
-    ASSERT_EQ(actions(), "X");
+    ASSERT_EQ("X", actions());
     // It has another program now.
     refusedBytes.clear();
     reconnect(500);
     serve(6);
-    EXPECT_EQ(valuesGivenAgain, std::vector<std::string>{"v5000"});
+    EXPECT_EQ(std::vector<std::string>{"v5000"}, valuesGivenAgain);
 }
 
 TEST_F(RefusedReads, OfAStationThatGoesOffAreAskedForNoMore)
@@ -271,11 +271,11 @@ TEST_F(RefusedReads, OfAStationThatGoesOffAreAskedForNoMore)
     begin(points);
     // Station 7 comes last: rows 0-3, 8-11, 4-7.
     serve(3);
-    ASSERT_EQ(story, "CCc");
+    ASSERT_EQ("CCc", story);
     runtime->switchStation(7, false, now);
     // What was begun comes to its end: 4, 5; 4; 5, each in its turn with a read of others.
     serve(6);
-    EXPECT_EQ(story, "CCcpCPCpC");
+    EXPECT_EQ("CCcpCPCpC", story);
     const int tried = probes();
     for (int i = 0; i < 20; ++i) {
         ASSERT_TRUE(serve());
@@ -285,7 +285,7 @@ TEST_F(RefusedReads, OfAStationThatGoesOffAreAskedForNoMore)
     EXPECT_GE(runtime->values().reads(0), 10u);
     runtime->switchStation(7, true, now);
     serve(20);
-    EXPECT_EQ(refusedValues, std::vector<std::string>{"v5000"});
+    EXPECT_EQ(std::vector<std::string>{"v5000"}, refusedValues);
     for (int row = 0; row < 12; ++row)
         EXPECT_EQ(runtime->values().wasRead(row), row != 5) << row;
 }
@@ -297,23 +297,23 @@ TEST_F(RefusedReads, OfAStationThatIsOffAreNotTriedAndDoNotKeepOthersWaiting)
     refusedBytes = {2007, 5007};
     begin(points);
     serve(40);
-    ASSERT_EQ(refusedValues.size(), 2u);
+    ASSERT_EQ(2u, refusedValues.size());
     runtime->switchStation(7, false, now);
     const int tried = probes();
     // Only the other one is tried, every ten seconds.
     serveFor(35000);
     EXPECT_EQ(probes(), tried + 3);
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     passTime(1000);
-    ASSERT_EQ(actions(), "X");
+    ASSERT_EQ("X", actions());
     reconnect(500);
     serve(20);
     readOnce("Main.speed");
     serve(2);
-    EXPECT_EQ(reads.size(), 1u);
+    EXPECT_EQ(1u, reads.size());
     refusedBytes.clear();
     serveFor(15000);
-    EXPECT_EQ(valuesGivenAgain, std::vector<std::string>{"v2000"});
+    EXPECT_EQ(std::vector<std::string>{"v2000"}, valuesGivenAgain);
     runtime->switchStation(7, true, now);
     serveFor(15000);
     EXPECT_EQ(valuesGivenAgain, (std::vector<std::string>{"v2000", "v5000"}));
@@ -326,7 +326,7 @@ TEST_F(RefusedReads, LongValueThatIsRefusedInItsSecondPartIsNeverShown)
     begin({bytesAt(0, 1200), valueAt(5000)});
     for (int i = 0; i < 40 && refusedValues.empty(); ++i)
         ASSERT_TRUE(serve());
-    EXPECT_EQ(refusedValues, std::vector<std::string>{"v0"});
+    EXPECT_EQ(std::vector<std::string>{"v0"}, refusedValues);
     EXPECT_FALSE(runtime->values().wasRead(0));
     serve(10);
     EXPECT_FALSE(isAsked(0));
@@ -343,8 +343,8 @@ TEST_F(RefusedReads, TwoHundredAmongTwoThousandAreAllFound)
     for (int i = 0; i < 10000 && refusedValues.size() < 200; ++i)
         ASSERT_TRUE(serve());
     serve(200);
-    EXPECT_EQ(refusedValues.size(), 200u);
-    EXPECT_EQ(std::set<std::string>(refusedValues.begin(), refusedValues.end()).size(), 200u);
+    EXPECT_EQ(200u, refusedValues.size());
+    EXPECT_EQ(200u, std::set<std::string>(refusedValues.begin(), refusedValues.end()).size());
     for (int row = 0; row < 2000; ++row)
         ASSERT_EQ(runtime->values().wasRead(row), row % 10 != 5) << row;
     // 21 requests with ten each: four halvings from 99 to groups of about one each, two probes for
@@ -353,7 +353,7 @@ TEST_F(RefusedReads, TwoHundredAmongTwoThousandAreAllFound)
     // 1,800 entries, 99 to a request.
     story.clear();
     serve(19);
-    EXPECT_EQ(story, std::string(19, 'C'));
+    EXPECT_EQ(std::string(19, 'C'), story);
 }
 
 TEST_F(RefusedReads, OfADamagedLoginAreGivenAfterAnother)
@@ -362,7 +362,7 @@ TEST_F(RefusedReads, OfADamagedLoginAreGivenAfterAnother)
     begin(scattered(4));
     serve(8);
     // All four refused; 0 and 1, 2 and 3 by probes.
-    EXPECT_EQ(story, "cLLPPCCC");
+    EXPECT_EQ("cLLPPCCC", story);
     EXPECT_TRUE(refusedValues.empty());
     for (int row = 0; row < 4; ++row)
         EXPECT_TRUE(runtime->values().wasRead(row)) << row;
@@ -375,10 +375,10 @@ TEST_F(RefusedReads, OfAPlcWithANewProgramAreGivenAfterAnotherLogin)
     loginFramesNeeded = 2;
     serve(4);
     // 16, 8, 4 and 2 refused in a row.
-    EXPECT_EQ(story, "CCCcppp");
+    EXPECT_EQ("CCCcppp", story);
     serve(12);
     // The last two again, one by one; then the other halves.
-    EXPECT_EQ(story.substr(7), "LLPPPPPCCCCC");
+    EXPECT_EQ("LLPPPPPCCCCC", story.substr(7));
     EXPECT_TRUE(refusedValues.empty());
 }
 
@@ -388,11 +388,11 @@ TEST_F(RefusedReads, OfASingleValueAreGivenAfterAnotherLoginWhenItIsTriedAgain)
     serve(1);
     loginFramesNeeded = 2;
     serve(3);
-    EXPECT_EQ(story, "Ccpp");
-    EXPECT_EQ(refusedValues, std::vector<std::string>{"v0"});
+    EXPECT_EQ("Ccpp", story);
+    EXPECT_EQ(std::vector<std::string>{"v0"}, refusedValues);
     passTime(10000);
     serve(5);
-    EXPECT_EQ(story.substr(4), "pLLPC");
+    EXPECT_EQ("pLLPC", story.substr(4));
     EXPECT_FALSE(runtime->values().isRefused(0));
 }
 
@@ -407,8 +407,8 @@ TEST_F(RefusedReads, DoNotShareARequestThatShowsWhetherAWriteWasDone)
     // The acknowledgements have the size of the refusals before them, so each is doubted until a
     // read of another size is answered. The probe that waits for the login goes before them.
     serve(7);
-    EXPECT_EQ(story, "cLLpWIWI");
-    ASSERT_EQ(writes.size(), 2u);
+    EXPECT_EQ("cLLpWIWI", story);
+    ASSERT_EQ(2u, writes.size());
     EXPECT_TRUE(writes[0].outcome.isDone());
     EXPECT_TRUE(writes[1].outcome.isDone());
 }
@@ -422,7 +422,7 @@ TEST_F(RefusedReads, NeverGoOutTwiceBetweenTwoReadsOfOthers)
         points.append(bytesAt(1000 * i, 200));
     begin(points);
     serve(200);
-    EXPECT_EQ(refusedValues.size(), 5u);
+    EXPECT_EQ(5u, refusedValues.size());
     std::string kinds = story;
     std::transform(kinds.begin(), kinds.end(), kinds.begin(), ::toupper);
     EXPECT_EQ(kinds.find("PP"), std::string::npos) << story;

@@ -15,12 +15,12 @@ TEST_F(OneShotReadTest, GivesTheValueOfTheReply)
     connect();
     readOnce("Main.long");
     logIn();
-    ASSERT_EQ(entries().size(), 1);
+    ASSERT_EQ(1, entries().size());
     answer(readReply({hex("FF FF FF FE")}));
-    ASSERT_EQ(reads.size(), 1u);
+    ASSERT_EQ(1u, reads.size());
     EXPECT_TRUE(reads[0].outcome.isDone());
-    EXPECT_EQ(reads[0].bytes, hex("FE FF FF FF"));
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ(hex("FE FF FF FF"), reads[0].bytes);
+    EXPECT_EQ("", actions());
 }
 
 TEST_F(OneShotReadTest, AllReadsOfARequestAreSettledByItsReply)
@@ -30,12 +30,12 @@ TEST_F(OneShotReadTest, AllReadsOfARequestAreSettledByItsReply)
     readOnce("Main.count");
     readOnce("Main.flag");
     logIn();
-    ASSERT_EQ(entries().size(), 3);
+    ASSERT_EQ(3, entries().size());
     answer(readReply({hex("00 01"), hex("00 02"), hex("01")}));
-    ASSERT_EQ(reads.size(), 3u);
-    EXPECT_EQ(reads[0].bytes, hex("01 00"));
-    EXPECT_EQ(reads[1].bytes, hex("02 00"));
-    EXPECT_EQ(reads[2].bytes, hex("01"));
+    ASSERT_EQ(3u, reads.size());
+    EXPECT_EQ(hex("01 00"), reads[0].bytes);
+    EXPECT_EQ(hex("02 00"), reads[1].bytes);
+    EXPECT_EQ(hex("01"), reads[2].bytes);
 }
 
 TEST_F(OneShotReadTest, LongOneIsSettledByItsLastPiece)
@@ -44,15 +44,15 @@ TEST_F(OneShotReadTest, LongOneIsSettledByItsLastPiece)
     readOnce("Big.block[0]*250");
     logIn();
     // 1000 bytes at 200 a piece, of which 4 fit into the 999 bytes of one request.
-    ASSERT_EQ(entries().size(), 4);
+    ASSERT_EQ(4, entries().size());
     const QByteArray block(200, '\x01');
     answer(readReply({block, block, block, block}));
     EXPECT_TRUE(reads.empty());
-    ASSERT_EQ(entries().size(), 1);
+    ASSERT_EQ(1, entries().size());
     answer(readReply({QByteArray(200, '\x02')}));
-    ASSERT_EQ(reads.size(), 1u);
+    ASSERT_EQ(1u, reads.size());
     EXPECT_EQ(reads[0].bytes, QByteArray(800, '\x01') + QByteArray(200, '\x02'));
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ("", actions());
 }
 
 TEST_F(OneShotReadTest, ValueThatFitsIntoARequestComesInOneEntryWhateverTheSettingIs)
@@ -62,12 +62,12 @@ TEST_F(OneShotReadTest, ValueThatFitsIntoARequestComesInOneEntryWhateverTheSetti
     logIn();
     // 996 bytes; maxReadBytes is 200.
     const QVector<FrameEntry> sentEntries = entries();
-    ASSERT_EQ(sentEntries.size(), 1);
-    EXPECT_EQ(sentEntries[0].address, 1000u);
-    EXPECT_EQ(sentEntries[0].length, 996u);
+    ASSERT_EQ(1, sentEntries.size());
+    EXPECT_EQ(1000u, sentEntries[0].address);
+    EXPECT_EQ(996u, sentEntries[0].length);
     answer(readReply({QByteArray(996, '\x07')}));
-    ASSERT_EQ(reads.size(), 1u);
-    EXPECT_EQ(reads[0].bytes, QByteArray(996, '\x07'));
+    ASSERT_EQ(1u, reads.size());
+    EXPECT_EQ(QByteArray(996, '\x07'), reads[0].bytes);
 }
 
 TEST_F(OneShotReadTest, LongOneOverSeveralRequestsWaitsForTheLast)
@@ -75,14 +75,14 @@ TEST_F(OneShotReadTest, LongOneOverSeveralRequestsWaitsForTheLast)
     connect();
     readOnce("Big.block[0]*300");
     logIn();
-    ASSERT_EQ(entries().size(), 4);
+    ASSERT_EQ(4, entries().size());
     const QByteArray block(200, '\x07');
     answer(readReply({block, block, block, block}));
     EXPECT_TRUE(reads.empty());
-    ASSERT_EQ(entries().size(), 2);
+    ASSERT_EQ(2, entries().size());
     answer(readReply({block, block}));
-    ASSERT_EQ(reads.size(), 1u);
-    EXPECT_EQ(reads[0].bytes, QByteArray(1200, '\x07'));
+    ASSERT_EQ(1u, reads.size());
+    EXPECT_EQ(QByteArray(1200, '\x07'), reads[0].bytes);
 }
 
 TEST_F(OneShotReadTest, RefusedAloneIsAskedForOnceMoreTwiceAndThenRefused)
@@ -91,23 +91,23 @@ TEST_F(OneShotReadTest, RefusedAloneIsAskedForOnceMoreTwiceAndThenRefused)
     readOnce("Main.speed");
     logIn();
     // The first time it may be the login that the PLC does not like.
-    ASSERT_EQ(entries().size(), 1);
+    ASSERT_EQ(1, entries().size());
     answer(refusal());
     logIn();
     for (int i = 0; i < 3; ++i) {
-        ASSERT_EQ(entries().size(), 1);
+        ASSERT_EQ(1, entries().size());
         EXPECT_TRUE(reads.empty());
         answer(refusal());
     }
-    ASSERT_EQ(reads.size(), 1u);
-    EXPECT_EQ(reads[0].outcome.kind, TransferOutcome::Refused);
-    EXPECT_EQ(reads[0].outcome.status, 5);
+    ASSERT_EQ(1u, reads.size());
+    EXPECT_EQ(TransferOutcome::Refused, reads[0].outcome.kind);
+    EXPECT_EQ(5, reads[0].outcome.status);
     EXPECT_TRUE(reads[0].bytes.isEmpty());
     // The driver keeps its login.
     readOnce("Main.count");
     const QVector<FrameEntry> sentEntries = entries();
-    ASSERT_EQ(sentEntries.size(), 1);
-    EXPECT_EQ(sentEntries[0].address, 6u);
+    ASSERT_EQ(1, sentEntries.size());
+    EXPECT_EQ(6u, sentEntries[0].address);
 }
 
 TEST_F(OneShotReadTest, RefusedOneIsFoundByHalvesAndAllOthersAreRead)
@@ -136,11 +136,11 @@ TEST_F(OneShotReadTest, RefusedOneIsFoundByHalvesAndAllOthersAreRead)
         }
         answer(isRefused ? refusal() : frameOf(payload));
     }
-    ASSERT_EQ(reads.size(), 10u);
+    ASSERT_EQ(10u, reads.size());
     for (const Settled& read : reads) {
         const int index = read.label.mid(10, 1).toInt();
         if (index == 6) {
-            EXPECT_EQ(read.outcome.kind, TransferOutcome::Refused);
+            EXPECT_EQ(TransferOutcome::Refused, read.outcome.kind);
             continue;
         }
         EXPECT_TRUE(read.outcome.isDone()) << index;
@@ -148,7 +148,7 @@ TEST_F(OneShotReadTest, RefusedOneIsFoundByHalvesAndAllOthersAreRead)
     }
     // 10 refused; 0-4 read, 5-9 refused; 5-6 refused, 5 read, 6 refused alone, 7-9 read. A login
     // behind the first.
-    EXPECT_EQ(requests, 7);
+    EXPECT_EQ(7, requests);
 }
 
 TEST_F(OneShotReadTest, RefusalThatHasPassedHidesNothing)
@@ -157,16 +157,16 @@ TEST_F(OneShotReadTest, RefusalThatHasPassedHidesNothing)
     readOnce("Main.speed");
     readOnce("Main.count");
     logIn();
-    ASSERT_EQ(entries().size(), 2);
+    ASSERT_EQ(2, entries().size());
     answer(refusal());
     logIn();
-    ASSERT_EQ(entries().size(), 1);
+    ASSERT_EQ(1, entries().size());
     answer(readReply({hex("00 01")}));
-    ASSERT_EQ(entries().size(), 1);
+    ASSERT_EQ(1, entries().size());
     answer(readReply({hex("00 02")}));
-    ASSERT_EQ(reads.size(), 2u);
-    EXPECT_EQ(reads[0].bytes, hex("01 00"));
-    EXPECT_EQ(reads[1].bytes, hex("02 00"));
+    ASSERT_EQ(2u, reads.size());
+    EXPECT_EQ(hex("01 00"), reads[0].bytes);
+    EXPECT_EQ(hex("02 00"), reads[1].bytes);
 }
 
 TEST_F(OneShotReadTest, LostLinkSettlesThem)
@@ -174,13 +174,13 @@ TEST_F(OneShotReadTest, LostLinkSettlesThem)
     connect();
     readOnce("Main.speed");
     logIn();
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     passTime(1000);
-    ASSERT_EQ(reads.size(), 1u);
-    EXPECT_EQ(reads[0].outcome.kind, TransferOutcome::LinkLost);
+    ASSERT_EQ(1u, reads.size());
+    EXPECT_EQ(TransferOutcome::LinkLost, reads[0].outcome.kind);
     readOnce("Main.speed");
-    ASSERT_EQ(reads.size(), 2u);
-    EXPECT_EQ(reads[1].outcome.kind, TransferOutcome::NotSent);
+    ASSERT_EQ(2u, reads.size());
+    EXPECT_EQ(TransferOutcome::NotSent, reads[1].outcome.kind);
 }
 
 TEST_F(OneShotReadTest, MoreThanTheDriverQueuesAreAllCarriedOut)
@@ -204,11 +204,11 @@ TEST_F(OneShotReadTest, MoreThanTheDriverQueuesAreAllCarriedOut)
             payload += QByteArray(1 + int(entry.length), '\0');
         answer(frameOf(payload));
     }
-    EXPECT_EQ(reads.size(), 3000u);
+    EXPECT_EQ(3000u, reads.size());
     for (const Settled& read : reads)
         ASSERT_TRUE(read.outcome.isDone());
     // 99 entries fit into a request.
-    EXPECT_EQ(requests, 31);
+    EXPECT_EQ(31, requests);
 }
 
 TEST_F(OneShotReadTest, MakesTheCyclicValueFreshToo)
@@ -217,10 +217,10 @@ TEST_F(OneShotReadTest, MakesTheCyclicValueFreshToo)
     connect();
     readOnce("Main.speed");
     logIn();
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     answer(readReply({hex("00 08")}));
-    EXPECT_EQ(shown("Main.speed"), "8");
-    EXPECT_EQ(runtime->values().age(0, now), 0);
+    EXPECT_EQ("8", shown("Main.speed"));
+    EXPECT_EQ(0, runtime->values().age(0, now));
 }
 
 class CyclicReadTest : public HostTest {};
@@ -232,15 +232,15 @@ TEST_F(CyclicReadTest, NeighboursComeInOneEntry)
     logIn();
     // The gap of 3 bytes costs less than an entry of its own, that of 14 bytes more.
     const QVector<FrameEntry> entries = parseRequest(request()).entries;
-    ASSERT_EQ(entries.size(), 2);
-    EXPECT_EQ(entries[0].address, 0u);
-    EXPECT_EQ(entries[0].length, 6u);
-    EXPECT_EQ(entries[1].address, 20u);
-    EXPECT_EQ(entries[1].length, 4u);
+    ASSERT_EQ(2, entries.size());
+    EXPECT_EQ(0u, entries[0].address);
+    EXPECT_EQ(6u, entries[0].length);
+    EXPECT_EQ(20u, entries[1].address);
+    EXPECT_EQ(4u, entries[1].length);
     answer(readReply({hex("01 00 00 00 FF FE"), hex("3F C0 00 00")}));
-    EXPECT_EQ(shown("Main.speed"), "-2");
-    EXPECT_EQ(shown("Main.flag"), "TRUE");
-    EXPECT_EQ(shown("Main.real"), "1.5");
+    EXPECT_EQ("-2", shown("Main.speed"));
+    EXPECT_EQ("TRUE", shown("Main.flag"));
+    EXPECT_EQ("1.5", shown("Main.real"));
 }
 
 TEST_F(CyclicReadTest, ValueOfTwoRequestsIsAsOldAsTheOlderPart)
@@ -253,17 +253,17 @@ TEST_F(CyclicReadTest, ValueOfTwoRequestsIsAsOldAsTheOlderPart)
     const QByteArray reply = readReply({block, block, block, block});
     for (int part = 0; part < 3; ++part) {
         ASSERT_FALSE(runtime->values().wasRead(0));
-        ASSERT_EQ(actions(), "S");
+        ASSERT_EQ("S", actions());
         now += 10;
         answer(reply);
     }
     ASSERT_TRUE(runtime->values().wasRead(0));
     // The first part was asked for at 1000, the last came at 1030.
-    EXPECT_EQ(runtime->values().age(0, now), 30);
-    EXPECT_EQ(runtime->values().reads(0), 1u);
+    EXPECT_EQ(30, runtime->values().age(0, now));
+    EXPECT_EQ(1u, runtime->values().reads(0));
     now += 10;
     answer(reply);
-    EXPECT_EQ(runtime->values().age(0, now), 40) << "shown again when the pass is whole";
+    EXPECT_EQ(40, runtime->values().age(0, now)) << "shown again when the pass is whole";
 }
 
 TEST_F(CyclicReadTest, ValuesGrowStaleWhileThePlcIsAwayAndFreshAfterwards)
@@ -271,22 +271,22 @@ TEST_F(CyclicReadTest, ValuesGrowStaleWhileThePlcIsAwayAndFreshAfterwards)
     cycle({"Main.speed"});
     connect();
     logIn();
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     answer(readReply({hex("00 05")}));
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     passTime(1000);
-    ASSERT_EQ(actions(), "X");
+    ASSERT_EQ("X", actions());
     const ValueTable& values = runtime->values();
-    EXPECT_EQ(values.age(0, now), 1000);
+    EXPECT_EQ(1000, values.age(0, now));
     EXPECT_FALSE(values.isStale(0, now + 2000));
     EXPECT_TRUE(values.isStale(0, now + 2001));
     reconnect(2500);
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     EXPECT_TRUE(values.isStale(0, now));
-    EXPECT_EQ(shown("Main.speed"), "5");
+    EXPECT_EQ("5", shown("Main.speed"));
     answer(readReply({hex("00 06")}));
     EXPECT_FALSE(values.isStale(0, now));
-    EXPECT_EQ(values.changes(0), 1u);
+    EXPECT_EQ(1u, values.changes(0));
 }
 
 TEST_F(CyclicReadTest, ValueThatWasNeverReadIsStaleInTheEnd)
@@ -301,7 +301,7 @@ TEST_F(CyclicReadTest, RefusedReadMakesNothingFresh)
     cycle({"Main.speed"});
     connect();
     logIn();
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     answer(refusal());
     EXPECT_FALSE(runtime->values().wasRead(0));
 }
@@ -336,14 +336,15 @@ TEST_F(CyclicReadTest, BitsAreReadWithTheirWords)
     logIn();
     // Bit 3 lies in the word of bytes 0 and 1, bits 32 to 51 in those of bytes 2, 3 and 4.
     const QVector<FrameEntry> entries = parseRequest(request()).entries;
-    ASSERT_EQ(entries.size(), 1);
-    EXPECT_EQ(entries[0].address, 0u);
-    EXPECT_EQ(entries[0].length, 5u);
+    ASSERT_EQ(1, entries.size());
+    EXPECT_EQ(0u, entries[0].address);
+    EXPECT_EQ(5u, entries[0].length);
     answer(readReply({hex("00 08 80 01 0A")}));
-    EXPECT_EQ(shown("Io.start"), "TRUE");
-    EXPECT_EQ(shown("Io.lamp[0]*20"),
-              "[TRUE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, "
-              "FALSE, FALSE, FALSE, TRUE, FALSE, TRUE, FALSE, TRUE]");
+    EXPECT_EQ("TRUE", shown("Io.start"));
+    EXPECT_EQ(
+        "[TRUE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, FALSE, "
+        "FALSE, FALSE, FALSE, TRUE, FALSE, TRUE, FALSE, TRUE]",
+        shown("Io.lamp[0]*20"));
 }
 
 class StationTest : public HostTest {
@@ -358,50 +359,50 @@ protected:
 
 TEST_F(StationTest, OffIsReadNoMoreUntilItIsOn)
 {
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     runtime->switchStation(0, false, now);
     answer(readReply({hex("00 01")}));
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ("", actions());
     passTime(100000);
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ("", actions());
     EXPECT_TRUE(runtime->values().isStale(0, now));
     runtime->switchStation(0, true, now);
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     answer(readReply({hex("00 02")}));
-    EXPECT_EQ(shown("Main.speed"), "2");
+    EXPECT_EQ("2", shown("Main.speed"));
 }
 
 TEST_F(StationTest, OffTakesNoWrites)
 {
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     runtime->switchStation(0, false, now);
     write("Main.speed", "1");
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::NotSent);
-    EXPECT_EQ(writes[0].outcome.reason, "station 0 is switched off");
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::NotSent, writes[0].outcome.kind);
+    EXPECT_EQ("station 0 is switched off", writes[0].outcome.reason);
     readOnce("Main.speed");
-    ASSERT_EQ(reads.size(), 1u);
-    EXPECT_EQ(reads[0].outcome.reason, "station 0 is switched off");
+    ASSERT_EQ(1u, reads.size());
+    EXPECT_EQ("station 0 is switched off", reads[0].outcome.reason);
 }
 
 TEST_F(StationTest, WritesUnderWayAreCarriedOutBeforeItGoesOff)
 {
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     write("Main.speed", "1");
     answer(readReply({hex("00 01")}));
-    ASSERT_EQ(actions(), "S");
-    ASSERT_EQ(int(uchar(sent[6])), 0x3C);
+    ASSERT_EQ("S", actions());
+    ASSERT_EQ(0x3C, int(uchar(sent[6])));
     write("Main.speed", "2");
     runtime->switchStation(0, false, now);
     // The second was waiting for the first.
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::NotSent);
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::NotSent, writes[0].outcome.kind);
     answer(refusal());
-    ASSERT_EQ(actions(), "S") << "the retry belongs to it";
+    ASSERT_EQ("S", actions()) << "the retry belongs to it";
     acknowledgeAgain();
-    ASSERT_EQ(writes.size(), 2u);
+    ASSERT_EQ(2u, writes.size());
     EXPECT_TRUE(writes[1].outcome.isDone());
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ("", actions());
 }
 
 TEST_F(StationTest, ReadsThatWereBegunAreSettledBeforeItGoesOff)
@@ -410,55 +411,55 @@ TEST_F(StationTest, ReadsThatWereBegunAreSettledBeforeItGoesOff)
     readOnce("Main.count");
     answerWithZeros();
     // Four of six pieces.
-    ASSERT_EQ(parseRequest(request()).entries.size(), 4);
+    ASSERT_EQ(4, parseRequest(request()).entries.size());
     runtime->switchStation(0, false, now);
-    ASSERT_EQ(reads.size(), 1u);
-    EXPECT_EQ(reads[0].outcome.kind, TransferOutcome::NotSent);
+    ASSERT_EQ(1u, reads.size());
+    EXPECT_EQ(TransferOutcome::NotSent, reads[0].outcome.kind);
     const QByteArray block(200, '\0');
     answer(readReply({block, block, block, block}));
-    ASSERT_EQ(parseRequest(request()).entries.size(), 2);
+    ASSERT_EQ(2, parseRequest(request()).entries.size());
     answer(readReply({block, block}));
-    ASSERT_EQ(reads.size(), 2u);
+    ASSERT_EQ(2u, reads.size());
     EXPECT_TRUE(reads[1].outcome.isDone());
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ("", actions());
 }
 
 TEST_F(StationTest, ReadThatIsRefusedMeanwhileIsSettledBeforeItGoesOff)
 {
     readOnce("Main.count");
     answerWithZeros();
-    ASSERT_EQ(parseRequest(request()).entries.size(), 1);
+    ASSERT_EQ(1, parseRequest(request()).entries.size());
     runtime->switchStation(0, false, now);
     answer(refusal());
     // It is asked for once more.
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     answer(readReply({hex("00 02")}));
-    ASSERT_EQ(reads.size(), 1u);
+    ASSERT_EQ(1u, reads.size());
     EXPECT_TRUE(reads[0].outcome.isDone());
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ("", actions());
 }
 
 TEST_F(StationTest, OtherStationsAreNotTouched)
 {
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     runtime->switchStation(7, false, now);
     answer(readReply({hex("00 01")}));
-    EXPECT_EQ(actions(), "S");
+    EXPECT_EQ("S", actions());
 }
 
 TEST_F(StationTest, LinkIsMadeAnewWhileItIsOff)
 {
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     runtime->switchStation(0, false, now);
     passTime(1000);
-    ASSERT_EQ(actions(), "X");
+    ASSERT_EQ("X", actions());
     passTime(500);
-    ASSERT_EQ(actions(), "C");
+    ASSERT_EQ("C", actions());
     session().connected(now);
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ("", actions());
     runtime->switchStation(0, true, now);
     logIn();
-    EXPECT_EQ(actions(), "S");
+    EXPECT_EQ("S", actions());
 }
 
 } // namespace

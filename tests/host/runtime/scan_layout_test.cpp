@@ -110,7 +110,7 @@ TEST(ScanLayout, WiderGapIsReadWhereThatSavesARequest)
         values.append(valueAt(2 * pair + 1, quint32(300 * pair + 13), 1));
     }
     const Entries entries = layOutScan(values, 200);
-    ASSERT_EQ(entries.size(), 50);
+    ASSERT_EQ(50, entries.size());
     EXPECT_EQ(entries[49], entryAt(14700, 14, {98, 99}));
 }
 
@@ -122,8 +122,8 @@ TEST(ScanLayout, GapIsLeftOutWhereItWouldCostARequest)
     for (int i = 0; i < 99; ++i)
         values.append(valueAt(i, quint32(12 * i), 1));
     const Entries entries = layOutScan(values, 200);
-    ASSERT_EQ(entries.size(), 99);
-    EXPECT_EQ(requestsOf(entries), 1);
+    ASSERT_EQ(99, entries.size());
+    EXPECT_EQ(1, requestsOf(entries));
 }
 
 TEST(ScanLayout, EntryGrowsOnlyAsFarAsItsRequestHasRoom)
@@ -136,7 +136,7 @@ TEST(ScanLayout, EntryGrowsOnlyAsFarAsItsRequestHasRoom)
     values.append(valueAt(4, 8000, 100));
     values.append(valueAt(5, 8100, 100));
     const Entries entries = layOutScan(values, 200);
-    ASSERT_EQ(entries.size(), 6);
+    ASSERT_EQ(6, entries.size());
     EXPECT_EQ(entries[4], entryAt(8000, 100, {4}));
     EXPECT_EQ(entries[5], entryAt(8100, 100, {5}));
 }

@@ -10,19 +10,19 @@ namespace {
 TEST(Freshness, IsTheTimeOfTheByteReadLongestAgo)
 {
     Freshness freshness(10);
-    EXPECT_EQ(freshness.oldest(), Freshness::kNever);
+    EXPECT_EQ(Freshness::kNever, freshness.oldest());
     EXPECT_TRUE(freshness.cover(0, 4, 100));
-    EXPECT_EQ(freshness.oldest(), Freshness::kNever);
+    EXPECT_EQ(Freshness::kNever, freshness.oldest());
     EXPECT_TRUE(freshness.cover(4, 10, 110));
-    EXPECT_EQ(freshness.oldest(), 100);
+    EXPECT_EQ(100, freshness.oldest());
     EXPECT_TRUE(freshness.cover(0, 4, 120));
-    EXPECT_EQ(freshness.oldest(), 110);
+    EXPECT_EQ(110, freshness.oldest());
     EXPECT_TRUE(freshness.cover(3, 5, 130));
-    EXPECT_EQ(freshness.oldest(), 110);
+    EXPECT_EQ(110, freshness.oldest());
     EXPECT_TRUE(freshness.cover(5, 10, 140));
-    EXPECT_EQ(freshness.oldest(), 120);
+    EXPECT_EQ(120, freshness.oldest());
     EXPECT_TRUE(freshness.cover(-5, 100, 150));
-    EXPECT_EQ(freshness.oldest(), 150);
+    EXPECT_EQ(150, freshness.oldest());
 }
 
 TEST(Freshness, BytesOutsideTheValueDoNotCount)
@@ -31,9 +31,9 @@ TEST(Freshness, BytesOutsideTheValueDoNotCount)
     EXPECT_FALSE(freshness.cover(4, 8, 100));
     EXPECT_FALSE(freshness.cover(-4, 0, 100));
     EXPECT_FALSE(freshness.cover(2, 2, 100));
-    EXPECT_EQ(freshness.oldest(), Freshness::kNever);
+    EXPECT_EQ(Freshness::kNever, freshness.oldest());
     EXPECT_TRUE(freshness.cover(-1, 5, 100));
-    EXPECT_EQ(freshness.oldest(), 100);
+    EXPECT_EQ(100, freshness.oldest());
 }
 
 TEST(Freshness, AgreesWithAClockForEachByte)
@@ -56,12 +56,12 @@ TEST(Freshness, AgreesWithAClockForEachByte)
 TEST(RateMeter, NeedsSomeTimeToSayAnything)
 {
     RateMeter meter;
-    EXPECT_EQ(meter.perSecond(0), 0.0);
+    EXPECT_EQ(0.0, meter.perSecond(0));
     meter.count(1000);
     meter.count(1100);
-    EXPECT_EQ(meter.perSecond(1199), 0.0);
+    EXPECT_EQ(0.0, meter.perSecond(1199));
     meter.count(1200);
-    EXPECT_DOUBLE_EQ(meter.perSecond(1200), 10.0);
+    EXPECT_DOUBLE_EQ(10.0, meter.perSecond(1200));
 }
 
 TEST(RateMeter, TellsTheEventsOfTheLastSecond)
@@ -69,11 +69,11 @@ TEST(RateMeter, TellsTheEventsOfTheLastSecond)
     RateMeter meter;
     for (int i = 0; i <= 10; ++i)
         meter.count(i * 100);
-    EXPECT_DOUBLE_EQ(meter.perSecond(1000), 10.0);
-    EXPECT_DOUBLE_EQ(meter.perSecond(1099), 10.0);
+    EXPECT_DOUBLE_EQ(10.0, meter.perSecond(1000));
+    EXPECT_DOUBLE_EQ(10.0, meter.perSecond(1099));
     for (int i = 1; i <= 50; ++i)
         meter.count(1000 + i * 20);
-    EXPECT_DOUBLE_EQ(meter.perSecond(2000), 50.0);
+    EXPECT_DOUBLE_EQ(50.0, meter.perSecond(2000));
 }
 
 TEST(RateMeter, KnowsEventsRarerThanOneASecond)
@@ -81,8 +81,8 @@ TEST(RateMeter, KnowsEventsRarerThanOneASecond)
     RateMeter meter;
     for (int i = 0; i < 4; ++i)
         meter.count(i * 4000);
-    EXPECT_DOUBLE_EQ(meter.perSecond(12000), 0.25);
-    EXPECT_DOUBLE_EQ(meter.perSecond(16000), 0.25);
+    EXPECT_DOUBLE_EQ(0.25, meter.perSecond(12000));
+    EXPECT_DOUBLE_EQ(0.25, meter.perSecond(16000));
 }
 
 TEST(RateMeter, FallsWhenNoMoreEventsCome)
@@ -90,8 +90,8 @@ TEST(RateMeter, FallsWhenNoMoreEventsCome)
     RateMeter meter;
     for (int i = 0; i <= 10; ++i)
         meter.count(i * 100);
-    EXPECT_DOUBLE_EQ(meter.perSecond(2000), 1.0);
-    EXPECT_DOUBLE_EQ(meter.perSecond(11000), 0.1);
+    EXPECT_DOUBLE_EQ(1.0, meter.perSecond(2000));
+    EXPECT_DOUBLE_EQ(0.1, meter.perSecond(11000));
 }
 
 TEST(Backoff, DoublesUpToTheLimitAndBeginsAnew)
@@ -100,17 +100,17 @@ TEST(Backoff, DoublesUpToTheLimitAndBeginsAnew)
     for (int delay : {500, 1000, 2000, 3000, 3000})
         EXPECT_EQ(backoff.next(), delay);
     backoff.reset();
-    EXPECT_EQ(backoff.next(), 500);
+    EXPECT_EQ(500, backoff.next());
 }
 
 TEST(Backoff, WaitsAtLeastAMillisecondAndNeverOverflows)
 {
     Backoff none(0, 0);
-    EXPECT_EQ(none.next(), 1);
-    EXPECT_EQ(none.next(), 1);
+    EXPECT_EQ(1, none.next());
+    EXPECT_EQ(1, none.next());
     Backoff huge(2000000000, 2147483647);
-    EXPECT_EQ(huge.next(), 2000000000);
-    EXPECT_EQ(huge.next(), 2147483647);
+    EXPECT_EQ(2000000000, huge.next());
+    EXPECT_EQ(2147483647, huge.next());
 }
 
 class ValueTableTest : public ::testing::Test {
@@ -168,7 +168,7 @@ TEST_F(ValueTableTest, BytesAreThoseAtItsPlaceInTheBlockMostSignificantFirst)
 {
     ValueTable values = table({number("a", 1, 12)});
     read(&values, {entry(1, 0, 2), entry(1, 10, 6)}, {hex("11 22"), hex("00 01 FF FE 02 03")}, 50);
-    EXPECT_EQ(values.bytes(0), hex("FE FF"));
+    EXPECT_EQ(hex("FE FF"), values.bytes(0));
 }
 
 TEST_F(ValueTableTest, HalvesFromTwoRepliesAreNoValue)
@@ -185,7 +185,7 @@ TEST_F(ValueTableTest, HalvesFromOneReplyAreAValue)
     ValueTable values = table({number("a", 1, 10)});
     read(&values, {entry(1, 10, 1), entry(1, 11, 1)}, {hex("12"), hex("34")}, 50);
     ASSERT_TRUE(values.wasRead(0));
-    EXPECT_EQ(values.bytes(0), hex("34 12"));
+    EXPECT_EQ(hex("34 12"), values.bytes(0));
 }
 
 TEST_F(ValueTableTest, LargeValueIsFoundFarBehindItsStart)
@@ -198,7 +198,7 @@ TEST_F(ValueTableTest, LargeValueIsFoundFarBehindItsStart)
     EXPECT_FALSE(values.wasRead(0));
     read(&values, entry(1, 400, 800), 60);
     ASSERT_TRUE(values.wasRead(0));
-    EXPECT_EQ(values.age(0, 60), 10);
+    EXPECT_EQ(10, values.age(0, 60));
     EXPECT_TRUE(values.wasRead(1));
 }
 
@@ -211,12 +211,12 @@ TEST_F(ValueTableTest, LongValueHoldsNoPartOfAnEarlierPass)
         read(&values, {entry(1, 600, 600)}, {QByteArray(600, second)}, time + 10);
         return shown;
     };
-    EXPECT_EQ(pass('\1', '\1', 100), QByteArray());
-    EXPECT_EQ(values.bytes(0), QByteArray(1200, '\1'));
-    EXPECT_EQ(pass('\2', '\3', 200), QByteArray(1200, '\1')) << "half of a pass is not shown";
+    EXPECT_EQ(QByteArray(), pass('\1', '\1', 100));
+    EXPECT_EQ(QByteArray(1200, '\1'), values.bytes(0));
+    EXPECT_EQ(QByteArray(1200, '\1'), pass('\2', '\3', 200)) << "half of a pass is not shown";
     EXPECT_EQ(values.bytes(0), QByteArray(600, '\2') + QByteArray(600, '\3'));
-    EXPECT_EQ(values.age(0, 210), 10);
-    EXPECT_EQ(values.reads(0), 2u);
+    EXPECT_EQ(10, values.age(0, 210));
+    EXPECT_EQ(2u, values.reads(0));
 }
 
 TEST_F(ValueTableTest, LongValueIsBegunAnewWhenTheLinkWasLost)
@@ -228,7 +228,7 @@ TEST_F(ValueTableTest, LongValueIsBegunAnewWhenTheLinkWasLost)
     EXPECT_FALSE(values.wasRead(0));
     read(&values, entry(1, 0, 600), 300);
     ASSERT_TRUE(values.wasRead(0));
-    EXPECT_EQ(values.age(0, 300), 100);
+    EXPECT_EQ(100, values.age(0, 300));
 }
 
 TEST_F(ValueTableTest, SamePlaceTwiceIsTwoValues)
@@ -244,21 +244,21 @@ TEST_F(ValueTableTest, CountsReadsAndChanges)
     ValueTable values = table({number("a", 1, 10)});
     read(&values, {entry(1, 10, 2)}, {hex("00 01")}, 10);
     read(&values, {entry(1, 10, 2)}, {hex("00 01")}, 20);
-    EXPECT_EQ(values.reads(0), 2u);
-    EXPECT_EQ(values.changes(0), 0u) << "the first value is no change";
-    EXPECT_EQ(values.bytes(0), hex("01 00"));
+    EXPECT_EQ(2u, values.reads(0));
+    EXPECT_EQ(0u, values.changes(0)) << "the first value is no change";
+    EXPECT_EQ(hex("01 00"), values.bytes(0));
     read(&values, {entry(1, 10, 2)}, {hex("00 02")}, 30);
-    EXPECT_EQ(values.bytes(0), hex("02 00"));
-    EXPECT_EQ(values.reads(0), 3u);
-    EXPECT_EQ(values.changes(0), 1u);
+    EXPECT_EQ(hex("02 00"), values.bytes(0));
+    EXPECT_EQ(3u, values.reads(0));
+    EXPECT_EQ(1u, values.changes(0));
 }
 
 TEST_F(ValueTableTest, AgeCountsFromTheRequest)
 {
     ValueTable values = table({number("a", 1, 10)});
     values.replyAccepted({entry(1, 10, 2)}, {hex("00 01")}, 500, 900);
-    EXPECT_EQ(values.age(0, 900), 400);
-    EXPECT_EQ(values.age(0, 3500), 3000);
+    EXPECT_EQ(400, values.age(0, 900));
+    EXPECT_EQ(3000, values.age(0, 3500));
     EXPECT_FALSE(values.isStale(0, 3500));
     EXPECT_TRUE(values.isStale(0, 3501));
     read(&values, entry(1, 10, 2), 4000);
@@ -271,10 +271,10 @@ TEST_F(ValueTableTest, RefusedValueIsStaleUntilThePlcGivesItAgain)
     read(&values, entry(1, 10, 4), 100);
     values.refused(0, 0x31);
     EXPECT_TRUE(values.isRefused(0));
-    EXPECT_EQ(values.refusalStatus(0), 0x31);
+    EXPECT_EQ(0x31, values.refusalStatus(0));
     EXPECT_TRUE(values.isStale(0, 100));
     EXPECT_FALSE(values.isStale(1, 100));
-    EXPECT_EQ(read(&values, {entry(1, 10, 4)}, {hex("00 01 00 02")}, 200), QVector<int>{0})
+    EXPECT_EQ(QVector<int>{0}, read(&values, {entry(1, 10, 4)}, {hex("00 01 00 02")}, 200))
         << "of the two, the one that had been refused";
     EXPECT_FALSE(values.isRefused(0));
     EXPECT_FALSE(values.isStale(0, 200));

@@ -27,11 +27,12 @@ protected:
 TEST_F(WriteTest, GoesOutAndIsDoneWhenThePlcSaysSo)
 {
     connectAndLogInFor("Main.speed", "-2");
-    EXPECT_EQ(request(), hex("BB BB 00 00 00 16 3C 00 00 00 00 01 00 01 00 00 00 04 00 00 00 02"
-                             "FF FE 00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 16 3C 00 00 00 00 01 00 01 00 00 00 04 00 00 00 02"
+                  "FF FE 00 01 00 00"),
+              request());
     EXPECT_TRUE(writes.empty());
     answer(writeReply());
-    ASSERT_EQ(writes.size(), 1u);
+    ASSERT_EQ(1u, writes.size());
     EXPECT_TRUE(writes[0].outcome.isDone());
 }
 
@@ -43,13 +44,13 @@ TEST_F(WriteTest, InAReadOnlyProjectEndsAtOnceUnsent)
     runtime = std::make_unique<Runtime>(builtDriver(), readOnly, project, this);
     connect();
     write("Main.speed", "1");
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::NotSent);
-    EXPECT_EQ(writes[0].outcome.reason,
-              "the project is read-only, by its setting readOnly or by --read-only");
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::NotSent, writes[0].outcome.kind);
+    EXPECT_EQ("the project is read-only, by its setting readOnly or by --read-only",
+              writes[0].outcome.reason);
     readOnce("Main.speed");
     logIn();
-    EXPECT_EQ(parseRequest(request()).service, Service::Read) << "reads go on";
+    EXPECT_EQ(Service::Read, parseRequest(request()).service) << "reads go on";
     runtime.reset();
 }
 
@@ -59,9 +60,9 @@ TEST_F(WriteTest, QueuedBeforeTheFirstConnectionWaitsForIt)
     EXPECT_TRUE(writes.empty());
     connect();
     logIn();
-    ASSERT_EQ(entries().size(), 1);
+    ASSERT_EQ(1, entries().size());
     answer(writeReply());
-    ASSERT_EQ(writes.size(), 1u);
+    ASSERT_EQ(1u, writes.size());
     EXPECT_TRUE(writes[0].outcome.isDone());
 }
 
@@ -74,8 +75,8 @@ TEST_F(WriteTest, AllWritesOfARequestAreSettledByItsReply)
     // The login was already under way for the first of them.
     logIn();
     const QVector<FrameEntry> sentEntries = entries();
-    ASSERT_EQ(sentEntries.size(), 3);
-    EXPECT_EQ(sentEntries[2].data, hex("40 60 00 00"));
+    ASSERT_EQ(3, sentEntries.size());
+    EXPECT_EQ(hex("40 60 00 00"), sentEntries[2].data);
     answer(writeReply());
     EXPECT_EQ(settledLabels(), (std::vector<std::string>{"Main.speed", "Main.count", "Main.real"}));
     for (const Settled& write : writes)
@@ -88,11 +89,11 @@ TEST_F(WriteTest, AllWritesOfARequestFailWithIt)
     write("Main.speed", "1");
     write("Main.count", "2");
     logIn();
-    ASSERT_EQ(entries().size(), 2);
+    ASSERT_EQ(2, entries().size());
     for (int i = 0; i < 2; ++i) {
         answer(refusal());
         ASSERT_TRUE(writes.empty());
-        ASSERT_EQ(entries().size(), 2);
+        ASSERT_EQ(2, entries().size());
     }
     answer(refusal());
     // It looks like the refusals before it, and like copies of them, until the login is answered.
@@ -101,11 +102,11 @@ TEST_F(WriteTest, AllWritesOfARequestFailWithIt)
     answer(identificationReply());
     ASSERT_EQ(settledLabels(), (std::vector<std::string>{"Main.speed", "Main.count"}));
     for (const Settled& write : writes) {
-        EXPECT_EQ(write.outcome.kind, TransferOutcome::Refused);
+        EXPECT_EQ(TransferOutcome::Refused, write.outcome.kind);
         // 10 for a reply that is no good answer, and 2 for a write.
-        EXPECT_EQ(write.outcome.result, 12);
-        EXPECT_EQ(write.outcome.status, 5);
-        EXPECT_EQ(write.outcome.taken, 0);
+        EXPECT_EQ(12, write.outcome.result);
+        EXPECT_EQ(5, write.outcome.status);
+        EXPECT_EQ(0, write.outcome.taken);
     }
 }
 
@@ -138,11 +139,11 @@ TEST_F(WriteTest, ReadThatFollowsItsLoginSharesNoRequestWithTheOneThatIsNoLonger
 TEST_F(WriteTest, RetryThatIsAcceptedIsDone)
 {
     connectAndLogInFor("Main.speed", "1");
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     answer(refusal());
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     acknowledgeAgain();
-    ASSERT_EQ(writes.size(), 1u);
+    ASSERT_EQ(1u, writes.size());
     EXPECT_TRUE(writes[0].outcome.isDone());
 }
 
@@ -153,25 +154,25 @@ TEST_F(WriteTest, LongOneGoesInPiecesAndIsSettledByTheLast)
         numbers += ',' + QByteArray::number(i);
     connectAndLogInFor("Big.block[0]*600", numbers.constData());
     QVector<FrameEntry> piece = entries();
-    ASSERT_EQ(piece.size(), 1);
-    EXPECT_EQ(piece[0].address, 1000u);
-    EXPECT_EQ(piece[0].length, 1000u);
-    EXPECT_EQ(piece[0].data.right(4), hex("00 00 00 FA")); // element 250
+    ASSERT_EQ(1, piece.size());
+    EXPECT_EQ(1000u, piece[0].address);
+    EXPECT_EQ(1000u, piece[0].length);
+    EXPECT_EQ(hex("00 00 00 FA"), piece[0].data.right(4)); // element 250
     answer(writeReply());
     EXPECT_TRUE(writes.empty());
     piece = entries();
-    ASSERT_EQ(piece.size(), 1);
-    EXPECT_EQ(piece[0].address, 2000u);
+    ASSERT_EQ(1, piece.size());
+    EXPECT_EQ(2000u, piece[0].address);
     answer(writeReply());
     EXPECT_TRUE(writes.empty());
     piece = entries();
-    ASSERT_EQ(piece.size(), 1);
-    EXPECT_EQ(piece[0].address, 3000u);
-    EXPECT_EQ(piece[0].length, 400u);
+    ASSERT_EQ(1, piece.size());
+    EXPECT_EQ(3000u, piece[0].address);
+    EXPECT_EQ(400u, piece[0].length);
     acknowledgeAgain();
-    ASSERT_EQ(writes.size(), 1u);
+    ASSERT_EQ(1u, writes.size());
     EXPECT_TRUE(writes[0].outcome.isDone());
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ("", actions());
 }
 
 TEST_F(WriteTest, LongOneThatFailsIsNotContinued)
@@ -180,18 +181,18 @@ TEST_F(WriteTest, LongOneThatFailsIsNotContinued)
     for (int i = 2; i <= 600; ++i)
         numbers += ',' + QByteArray::number(i);
     connectAndLogInFor("Big.block[0]*600", numbers.constData());
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     answer(writeReply());
     for (int i = 0; i < 3; ++i) {
-        ASSERT_EQ(actions(), "S");
+        ASSERT_EQ("S", actions());
         answer(refusal());
     }
     logIn();
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::Refused);
-    EXPECT_EQ(writes[0].outcome.taken, 250) << "1000 bytes of DINTs";
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::Refused, writes[0].outcome.kind);
+    EXPECT_EQ(250, writes[0].outcome.taken) << "1000 bytes of DINTs";
     answerWithZeros(); // to the read that would have shown what the login has
-    EXPECT_EQ(actions(), "") << "the third piece was sent";
+    EXPECT_EQ("", actions()) << "the third piece was sent";
 }
 
 TEST_F(WriteTest, LongOneThatIsLostTellsWhatWasTakenBefore)
@@ -200,13 +201,13 @@ TEST_F(WriteTest, LongOneThatIsLostTellsWhatWasTakenBefore)
     for (int i = 2; i <= 600; ++i)
         numbers += ',' + QByteArray::number(i);
     connectAndLogInFor("Big.block[0]*600", numbers.constData());
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     answer(writeReply());
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     passTime(1000);
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::LinkLost);
-    EXPECT_EQ(writes[0].outcome.taken, 250);
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::LinkLost, writes[0].outcome.kind);
+    EXPECT_EQ(250, writes[0].outcome.taken);
 }
 
 TEST_F(WriteTest, LongOneThatIsLostDoesNotCountWhatIsDoubted)
@@ -237,20 +238,20 @@ TEST_F(WriteTest, LongOneGoesAlone)
     write("Main.count", "2");
     logIn();
     QVector<FrameEntry> sentEntries = entries();
-    ASSERT_EQ(sentEntries.size(), 1);
-    EXPECT_EQ(sentEntries[0].address, 4u);
+    ASSERT_EQ(1, sentEntries.size());
+    EXPECT_EQ(4u, sentEntries[0].address);
     answer(writeReply());
     sentEntries = entries();
-    ASSERT_EQ(sentEntries.size(), 1);
-    EXPECT_EQ(sentEntries[0].length, 1000u);
+    ASSERT_EQ(1, sentEntries.size());
+    EXPECT_EQ(1000u, sentEntries[0].length);
     answer(writeReply());
     sentEntries = entries();
-    ASSERT_EQ(sentEntries.size(), 1);
-    EXPECT_EQ(sentEntries[0].length, 200u);
+    ASSERT_EQ(1, sentEntries.size());
+    EXPECT_EQ(200u, sentEntries[0].length);
     acknowledgeAgain();
     sentEntries = entries();
-    ASSERT_EQ(sentEntries.size(), 1);
-    EXPECT_EQ(sentEntries[0].address, 6u);
+    ASSERT_EQ(1, sentEntries.size());
+    EXPECT_EQ(6u, sentEntries[0].address);
     acknowledgeAgain();
     EXPECT_EQ(settledLabels(),
               (std::vector<std::string>{"Main.speed", "Big.block[0]*300", "Main.count"}));
@@ -265,14 +266,14 @@ TEST_F(WriteTest, SecondToTheSamePlaceWaitsForTheFirst)
     logIn();
     for (int value = 1; value <= 3; ++value) {
         const QVector<FrameEntry> sentEntries = entries();
-        ASSERT_EQ(sentEntries.size(), 1) << value;
+        ASSERT_EQ(1, sentEntries.size()) << value;
         EXPECT_EQ(sentEntries[0].data, QByteArray("\0", 1) + char(value));
         answer(writeReply());
         if (value > 1)
             answerWithZeros();
         ASSERT_EQ(writes.size(), size_t(value));
     }
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ("", actions());
 }
 
 TEST_F(WriteTest, SameAddressInAnotherAreaIsTheSamePlaceForTheDriver)
@@ -284,11 +285,11 @@ TEST_F(WriteTest, SameAddressInAnotherAreaIsTheSamePlaceForTheDriver)
     write("Main.speed", "1");
     write("Big.same", "2");
     logIn();
-    ASSERT_EQ(entries().size(), 2);
+    ASSERT_EQ(2, entries().size());
     answer(writeReply());
     const QVector<FrameEntry> sentEntries = entries();
-    ASSERT_EQ(sentEntries.size(), 1);
-    EXPECT_EQ(sentEntries[0].area, 2);
+    ASSERT_EQ(1, sentEntries.size());
+    EXPECT_EQ(2, sentEntries[0].area);
     acknowledgeAgain();
     EXPECT_EQ(settledLabels(), (std::vector<std::string>{"Main.count", "Main.speed", "Big.same"}));
 }
@@ -299,11 +300,11 @@ TEST_F(WriteTest, OverlappingPlacesKeepTheirOrder)
     write("Main.bytes[0]*4", "1,2,3,4");
     write("Main.bytes[3]*2", "5,6");
     logIn();
-    ASSERT_EQ(entries().size(), 1);
+    ASSERT_EQ(1, entries().size());
     answer(writeReply());
     const QVector<FrameEntry> sentEntries = entries();
-    ASSERT_EQ(sentEntries.size(), 1);
-    EXPECT_EQ(sentEntries[0].address, 303u);
+    ASSERT_EQ(1, sentEntries.size());
+    EXPECT_EQ(303u, sentEntries[0].address);
 }
 
 TEST_F(WriteTest, NeighboursGoTogether)
@@ -312,7 +313,7 @@ TEST_F(WriteTest, NeighboursGoTogether)
     write("Main.bytes[0]*4", "1,2,3,4");
     write("Main.bytes[4]*2", "5,6");
     logIn();
-    EXPECT_EQ(entries().size(), 2);
+    EXPECT_EQ(2, entries().size());
 }
 
 TEST_F(WriteTest, BitsAreNeverInTheDriverTogetherWithOthers)
@@ -322,14 +323,17 @@ TEST_F(WriteTest, BitsAreNeverInTheDriverTogetherWithOthers)
     write("Main.speed", "1");
     write("Io.lamp[1]", "0");
     logIn();
-    EXPECT_EQ(request(), hex("BB BB 00 00 00 15 3C 00 00 00 00 01 00 00 00 00 00 03 00 00 00 00"
-                             "01 00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 15 3C 00 00 00 00 01 00 00 00 00 00 03 00 00 00 00"
+                  "01 00 01 00 00"),
+              request());
     answer(writeReply());
-    EXPECT_EQ(request(), hex("BB BB 00 00 00 16 3C 00 00 00 00 01 00 01 00 00 00 04 00 00 00 02"
-                             "00 01 00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 16 3C 00 00 00 00 01 00 01 00 00 00 04 00 00 00 02"
+                  "00 01 00 01 00 00"),
+              request());
     acknowledgeAgain();
-    EXPECT_EQ(request(), hex("BB BB 00 00 00 15 3C 00 00 00 00 01 00 00 00 00 00 21 00 00 00 00"
-                             "00 00 01 00 00"));
+    EXPECT_EQ(hex("BB BB 00 00 00 15 3C 00 00 00 00 01 00 00 00 00 00 21 00 00 00 00"
+                  "00 00 01 00 00"),
+              request());
     acknowledgeAgain();
     EXPECT_EQ(settledLabels(), (std::vector<std::string>{"Io.start", "Main.speed", "Io.lamp[1]"}));
 }
@@ -341,57 +345,57 @@ TEST_F(WriteTest, SingleBitsGoTogether)
     write("Io.lamp[1]", "1");
     logIn();
     const QVector<FrameEntry> sentEntries = entries();
-    ASSERT_EQ(sentEntries.size(), 2);
+    ASSERT_EQ(2, sentEntries.size());
     EXPECT_TRUE(sentEntries[0].isBit);
     EXPECT_TRUE(sentEntries[1].isBit);
     answer(writeReply());
-    EXPECT_EQ(writes.size(), 2u);
+    EXPECT_EQ(2u, writes.size());
 }
 
 TEST_F(WriteTest, ArrayOfBitsIsOneWrite)
 {
     connectAndLogInFor("Io.lamp[0]*20", "1,0,1,0,1,0,1,0,1,0,1,0,1,0,1,0,1,0,1,0");
     const QVector<FrameEntry> sentEntries = entries();
-    ASSERT_EQ(sentEntries.size(), 20);
-    EXPECT_EQ(sentEntries[19].address, 51u);
+    ASSERT_EQ(20, sentEntries.size());
+    EXPECT_EQ(51u, sentEntries[19].address);
     answer(writeReply());
-    ASSERT_EQ(writes.size(), 1u);
+    ASSERT_EQ(1u, writes.size());
     EXPECT_TRUE(writes[0].outcome.isDone());
 }
 
 TEST_F(WriteTest, FailsAtOnceWhileThePlcIsAway)
 {
     session().start(now);
-    ASSERT_EQ(actions(), "C");
+    ASSERT_EQ("C", actions());
     session().disconnected(QStringLiteral("refused"), now);
-    ASSERT_EQ(actions(), "X");
+    ASSERT_EQ("X", actions());
     write("Main.speed", "1");
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::NotSent);
-    EXPECT_EQ(writes[0].outcome.reason, "the link is down: refused");
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::NotSent, writes[0].outcome.kind);
+    EXPECT_EQ("the link is down: refused", writes[0].outcome.reason);
 
     // Still away while the next attempt is being made.
     passTime(500);
-    ASSERT_EQ(actions(), "C");
+    ASSERT_EQ("C", actions());
     write("Main.speed", "2");
-    EXPECT_EQ(writes.size(), 2u);
+    EXPECT_EQ(2u, writes.size());
 
     session().connected(now);
-    EXPECT_EQ(actions(), "") << "a write was kept";
+    EXPECT_EQ("", actions()) << "a write was kept";
     write("Main.speed", "3");
     logIn();
-    EXPECT_EQ(entries()[0].data, hex("00 03"));
+    EXPECT_EQ(hex("00 03"), entries()[0].data);
 }
 
 TEST_F(WriteTest, WaitingForTheFirstConnectionFailsWithIt)
 {
     write("Main.speed", "1");
     session().start(now);
-    ASSERT_EQ(actions(), "C");
+    ASSERT_EQ("C", actions());
     session().disconnected(QStringLiteral("no route to host"), now);
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::NotSent);
-    EXPECT_EQ(writes[0].outcome.reason, "no route to host");
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::NotSent, writes[0].outcome.kind);
+    EXPECT_EQ("no route to host", writes[0].outcome.reason);
 }
 
 TEST_F(WriteTest, ThatWasSentAndNotAnsweredIsLostAndNeverSentAgain)
@@ -400,33 +404,33 @@ TEST_F(WriteTest, ThatWasSentAndNotAnsweredIsLostAndNeverSentAgain)
     write("Main.speed", "1");
     write("Main.speed", "2");
     logIn();
-    ASSERT_EQ(entries().size(), 1);
+    ASSERT_EQ(1, entries().size());
     passTime(1000);
-    ASSERT_EQ(actions(), "X");
-    ASSERT_EQ(writes.size(), 2u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::LinkLost);
-    EXPECT_EQ(writes[0].outcome.reason, "no reply within 1000 ms");
-    EXPECT_EQ(writes[1].outcome.kind, TransferOutcome::NotSent);
+    ASSERT_EQ("X", actions());
+    ASSERT_EQ(2u, writes.size());
+    EXPECT_EQ(TransferOutcome::LinkLost, writes[0].outcome.kind);
+    EXPECT_EQ("no reply within 1000 ms", writes[0].outcome.reason);
+    EXPECT_EQ(TransferOutcome::NotSent, writes[1].outcome.kind);
     passTime(500);
-    ASSERT_EQ(actions(), "C");
+    ASSERT_EQ("C", actions());
     session().connected(now);
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ("", actions());
 }
 
 TEST_F(WriteTest, ThatWaitedForTheLoginIsNotSentWhenItIsRefused)
 {
     connect();
     write("Main.speed", "1");
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     answer(loginRefusal());
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::NotSent);
-    EXPECT_EQ(writes[0].outcome.reason, "the PLC refused the login");
-    ASSERT_EQ(actions(), "X");
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::NotSent, writes[0].outcome.kind);
+    EXPECT_EQ("the PLC refused the login", writes[0].outcome.reason);
+    ASSERT_EQ("X", actions());
     passTime(500);
-    ASSERT_EQ(actions(), "C");
+    ASSERT_EQ("C", actions());
     session().connected(now);
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ("", actions());
 }
 
 TEST_F(WriteTest, HundredsInTheDriverAreAllGivenUpWithTheLink)
@@ -437,18 +441,18 @@ TEST_F(WriteTest, HundredsInTheDriverAreAllGivenUpWithTheLink)
         write(("Big.block[" + std::to_string(i) + "]").c_str(), "1");
     readOnce("Main.count");
     logIn();
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     passTime(1000);
-    EXPECT_EQ(writes.size(), 600u);
-    EXPECT_EQ(reads.size(), 1u);
-    ASSERT_EQ(actions(), "X");
+    EXPECT_EQ(600u, writes.size());
+    EXPECT_EQ(1u, reads.size());
+    ASSERT_EQ("X", actions());
     passTime(500);
-    ASSERT_EQ(actions(), "C");
+    ASSERT_EQ("C", actions());
     session().connected(now);
     logIn();
     const RequestContent content = parseRequest(request());
-    EXPECT_EQ(content.service, Service::Read);
-    EXPECT_EQ(content.entries[0].address, 4u);
+    EXPECT_EQ(Service::Read, content.service);
+    EXPECT_EQ(4u, content.entries[0].address);
 }
 
 TEST_F(WriteTest, MoreThanTheDriverQueuesAreAllCarriedOut)
@@ -468,12 +472,12 @@ TEST_F(WriteTest, MoreThanTheDriverQueuesAreAllCarriedOut)
         ++requests;
         answer(writeReply());
     }
-    EXPECT_EQ(writes.size(), 1800u);
+    EXPECT_EQ(1800u, writes.size());
     for (const Settled& write : writes)
         ASSERT_TRUE(write.outcome.isDone());
     // 71 entries of 4 bytes fit into a request (71 x 14 = 994), and the rounds follow each other
     // without a gap.
-    EXPECT_EQ(requests, 26);
+    EXPECT_EQ(26, requests);
 }
 
 TEST_F(WriteTest, ReadsGetTheirTurnBesideWritesWithoutEnd)
@@ -507,10 +511,11 @@ TEST_F(WriteTest, OfMorePiecesThanTheDriverQueuesIsNotBegun)
                    [this](const TransferOutcome& outcome) {
                        writes.push_back({QString(), outcome, QByteArray()});
                    });
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.reason,
-              "it takes 1025 entries and the driver queues 1024 at most; write fewer elements at a "
-              "time");
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(
+        "it takes 1025 entries and the driver queues 1024 at most; write fewer elements at a "
+        "time",
+        writes[0].outcome.reason);
 }
 
 TEST_F(WriteTest, ValueShownIsThePlcsUntilItIsReadBack)
@@ -518,19 +523,19 @@ TEST_F(WriteTest, ValueShownIsThePlcsUntilItIsReadBack)
     cycle({"Main.speed"});
     connect();
     logIn();
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     answer(readReply({hex("00 05")}));
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     write("Main.speed", "9");
     answer(readReply({hex("00 05")}));
-    ASSERT_EQ(actions(), "S");
-    ASSERT_EQ(int(uchar(sent[6])), 0x3C);
-    EXPECT_EQ(shown("Main.speed"), "5");
+    ASSERT_EQ("S", actions());
+    ASSERT_EQ(0x3C, int(uchar(sent[6])));
+    EXPECT_EQ("5", shown("Main.speed"));
     answer(writeReply());
-    EXPECT_EQ(shown("Main.speed"), "5");
-    ASSERT_EQ(actions(), "S");
+    EXPECT_EQ("5", shown("Main.speed"));
+    ASSERT_EQ("S", actions());
     answer(readReply({hex("00 09")}));
-    EXPECT_EQ(shown("Main.speed"), "9");
+    EXPECT_EQ("9", shown("Main.speed"));
 }
 
 TEST_F(WriteTest, QueuedFromTheOutcomeOfAnotherFollowsAtOnce)
@@ -539,12 +544,12 @@ TEST_F(WriteTest, QueuedFromTheOutcomeOfAnotherFollowsAtOnce)
     runtime->write(point("Main.speed"), {values::Value(qint64(1))}, now,
                    [this](const TransferOutcome&) { write("Main.count", "2"); });
     logIn();
-    ASSERT_EQ(entries().size(), 1);
+    ASSERT_EQ(1, entries().size());
     answer(writeReply());
-    EXPECT_EQ(entries()[0].address, 6u);
+    EXPECT_EQ(6u, entries()[0].address);
     acknowledgeAgain();
-    EXPECT_EQ(writes.size(), 1u);
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ(1u, writes.size());
+    EXPECT_EQ("", actions());
 }
 
 TEST_F(WriteTest, StoppingSettlesEverything)
@@ -553,11 +558,11 @@ TEST_F(WriteTest, StoppingSettlesEverything)
     write("Main.speed", "1");
     write("Main.speed", "2");
     logIn();
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     session().stop();
-    ASSERT_EQ(writes.size(), 2u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::LinkLost);
-    EXPECT_EQ(writes[1].outcome.kind, TransferOutcome::NotSent);
+    ASSERT_EQ(2u, writes.size());
+    EXPECT_EQ(TransferOutcome::LinkLost, writes[0].outcome.kind);
+    EXPECT_EQ(TransferOutcome::NotSent, writes[1].outcome.kind);
 }
 
 /// Calls with a reply until the driver gives the request up, whatever the PLC has answered; 0:
@@ -594,20 +599,20 @@ TEST_F(AbandonedLogin, SettlesEveryWriteThatWaitedBehindItOnce)
     actions();
     write("Main.speed", "1");
     write("Main.count", "2");
-    ASSERT_EQ(int(uchar(request()[6])), 0x01);
+    ASSERT_EQ(0x01, int(uchar(request()[6])));
     repliesUntilGivenUp = 2; // the first one records the size
     answer(identificationReply());
-    ASSERT_EQ(writes.size(), 2u);
+    ASSERT_EQ(2u, writes.size());
     for (const Settled& settled : writes)
         EXPECT_FALSE(settled.outcome.isDone());
-    EXPECT_EQ(actions(), "X");
-    EXPECT_EQ(linkEvents.back().reason, "the login failed: result 71");
+    EXPECT_EQ("X", actions());
+    EXPECT_EQ("the login failed: result 71", linkEvents.back().reason);
     // Nothing of them is carried out later.
     passTime(linkEvents.back().retryDelay);
-    EXPECT_EQ(actions(), "C");
+    EXPECT_EQ("C", actions());
     session().connected(now);
-    EXPECT_EQ(actions(), "");
-    EXPECT_EQ(writes.size(), 2u);
+    EXPECT_EQ("", actions());
+    EXPECT_EQ(2u, writes.size());
 }
 
 } // namespace

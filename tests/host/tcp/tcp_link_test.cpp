@@ -69,7 +69,7 @@ TEST_F(TcpLinkTest, ReadsOverTheSocket)
     link->start();
     accept();
     serveLogin();
-    EXPECT_EQ(receive(26).mid(14, 4), hex("00 00 00 04"));
+    EXPECT_EQ(hex("00 00 00 04"), receive(26).mid(14, 4));
     peer->write(readReply({hex("12 34")}));
     until([this] { return shown("Main.speed") == QLatin1String("4660"); });
 }
@@ -112,7 +112,7 @@ TEST_F(TcpLinkTest, RefusedConnectionIsReported)
     link->start();
     until([this] { return !linkEvents.empty() && linkEvents.back().state == LinkState::Down; });
     EXPECT_FALSE(linkEvents.back().reason.isEmpty());
-    EXPECT_EQ(linkEvents.back().retryDelay, 1);
+    EXPECT_EQ(1, linkEvents.back().retryDelay);
 }
 
 TEST_F(TcpLinkTest, WritesFromOutsideAreSentByPumping)
@@ -124,7 +124,7 @@ TEST_F(TcpLinkTest, WritesFromOutsideAreSentByPumping)
     write("Main.speed", "7");
     link->pump();
     serveLogin();
-    EXPECT_EQ(receive(28).mid(22, 2), hex("00 07"));
+    EXPECT_EQ(hex("00 07"), receive(28).mid(22, 2));
     peer->write(writeReply());
     until([this] { return !writes.empty(); });
     EXPECT_TRUE(writes[0].outcome.isDone());
@@ -138,7 +138,7 @@ TEST_F(TcpLinkTest, StopClosesTheConnection)
     receive(20);
     link->stop();
     until([this] { return peer->state() == QAbstractSocket::UnconnectedState; });
-    EXPECT_EQ(session().linkState(), LinkState::Down);
+    EXPECT_EQ(LinkState::Down, session().linkState());
 }
 
 } // namespace

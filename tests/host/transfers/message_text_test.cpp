@@ -8,23 +8,23 @@ namespace {
 
 TEST(ResultText, EveryNumberOfTheDriverHasItsMeaning)
 {
-    EXPECT_EQ(resultText(0), "not finished");
-    EXPECT_EQ(resultText(1), "accepted");
-    EXPECT_EQ(resultText(100), "accepted from the remote area");
-    EXPECT_EQ(resultText(201), "the PLC refused the login");
+    EXPECT_EQ("not finished", resultText(0));
+    EXPECT_EQ("accepted", resultText(1));
+    EXPECT_EQ("accepted from the remote area", resultText(100));
+    EXPECT_EQ("the PLC refused the login", resultText(201));
     const char kBadReply[] = "the reply is no good answer: its length or its status is wrong";
     for (int shift = 1; shift <= 12; ++shift) {
-        EXPECT_EQ(resultText(10 + shift), kBadReply) << shift;
-        EXPECT_EQ(resultText(40 + shift), "no reply arrived") << shift;
-        EXPECT_EQ(resultText(70 + shift), "the reply has another size than expected") << shift;
+        EXPECT_EQ(kBadReply, resultText(10 + shift)) << shift;
+        EXPECT_EQ("no reply arrived", resultText(40 + shift)) << shift;
+        EXPECT_EQ("the reply has another size than expected", resultText(70 + shift)) << shift;
         EXPECT_EQ(resultText(110 + shift), QStringLiteral("remote area: ") + kBadReply) << shift;
-        EXPECT_EQ(resultText(140 + shift), "remote area: no reply arrived") << shift;
-        EXPECT_EQ(resultText(170 + shift), "remote area: the reply has another size than expected")
+        EXPECT_EQ("remote area: no reply arrived", resultText(140 + shift)) << shift;
+        EXPECT_EQ("remote area: the reply has another size than expected", resultText(170 + shift))
             << shift;
     }
-    EXPECT_EQ(resultText(200), "the driver has no settings, or cannot tell what happened");
+    EXPECT_EQ("the driver has no settings, or cannot tell what happened", resultText(200));
     for (int number : {-1, 2, 10, 23, 40, 53, 70, 83, 99, 101, 123, 183, 202})
-        EXPECT_EQ(resultText(number), "unknown to this host") << number;
+        EXPECT_EQ("unknown to this host", resultText(number)) << number;
 }
 
 TEST(OutcomeText, OfAWriteSaysWhatIsKnown)
@@ -81,41 +81,42 @@ SentRequest sentRequest(const char* frame)
 
 TEST(FrameText, TellsWhatARequestAsksFor)
 {
-    EXPECT_EQ(requestText(sentRequest("BB BB 00 00 00 14 2E 00 00 00 00 01 00 01 00 00 00 20"
-                                      "00 00 00 04 00 01 12 34")),
-              "read of 1 entries: area 1 address 32 length 4");
-    EXPECT_EQ(requestText(sentRequest("BB BB 00 00 00 16 3C 00 00 00 00 01 00 02 00 00 00 10"
-                                      "00 00 00 02 AB CD 00 01 00 00")),
-              "write of 1 entries: area 2 address 16 length 2 = AB CD");
-    EXPECT_EQ(requestText(sentRequest("BB BB 00 00 00 15 3C 00 00 00 00 01 00 00 00 00 00 03"
-                                      "00 00 00 00 01 00 01 00 00")),
-              "write of 1 entries: area 0 bit 3 length 1 = 01");
+    EXPECT_EQ("read of 1 entries: area 1 address 32 length 4",
+              requestText(sentRequest("BB BB 00 00 00 14 2E 00 00 00 00 01 00 01 00 00 00 20"
+                                      "00 00 00 04 00 01 12 34")));
+    EXPECT_EQ("write of 1 entries: area 2 address 16 length 2 = AB CD",
+              requestText(sentRequest("BB BB 00 00 00 16 3C 00 00 00 00 01 00 02 00 00 00 10"
+                                      "00 00 00 02 AB CD 00 01 00 00")));
+    EXPECT_EQ("write of 1 entries: area 0 bit 3 length 1 = 01",
+              requestText(sentRequest("BB BB 00 00 00 15 3C 00 00 00 00 01 00 00 00 00 00 03"
+                                      "00 00 00 00 01 00 01 00 00")));
     EXPECT_EQ(
-        requestText(sentRequest("BB BB 00 00 00 0E 01 00 00 00 02 00 00 00 06 00 00 00 00 00")),
-        "login: identification");
-    EXPECT_EQ(requestText(sentRequest("BB BB 00 00 00 02 2E 00")),
-              "read of 0 entries:  (malformed)");
+        "login: identification",
+        requestText(sentRequest("BB BB 00 00 00 0E 01 00 00 00 02 00 00 00 06 00 00 00 00 00")));
+    EXPECT_EQ("read of 0 entries:  (malformed)",
+              requestText(sentRequest("BB BB 00 00 00 02 2E 00")));
 }
 
 TEST(FrameText, TellsWhatAReplySaysAndWhatBecameOfIt)
 {
     const SentRequest read = sentRequest(
         "BB BB 00 00 00 14 2E 00 00 00 00 01 00 01 00 00 00 20 00 00 00 02 00 01 12 34");
-    EXPECT_EQ(replyText(read, readReply({hex("12 34")}), {Answer::Accepted, 1, 0, false, false}),
-              "reply to read, status 0: area 1 address 32 length 2 = 12 34; accepted");
-    EXPECT_EQ(replyText(read, refusal(), {Answer::Retried, 0, 5, false, false}),
-              "reply to read, status 5; not accepted, sent again");
-    EXPECT_EQ(replyText(read, refusal(), {Answer::Refused, 0, 5, false, false}),
-              "reply to read, status 5; refused");
-    EXPECT_EQ(replyText(read, refusal(), {Answer::Abandoned, 11, 5, false, false}),
-              "reply to read, status 5; given up: result 11, the reply is no good answer: its "
-              "length or its status is wrong");
-    EXPECT_EQ(replyText(read, hex("BB BB 00 00 00 00"), {Answer::Retried, 0, -1, false, false}),
-              "reply to read, no status; not accepted, sent again");
-    EXPECT_EQ(replyText(sentRequest("BB BB 00 00 00 11 31 00 00 0D 44 4F 57 4E 4C 4F 41 44 2E 53"
+    EXPECT_EQ("reply to read, status 0: area 1 address 32 length 2 = 12 34; accepted",
+              replyText(read, readReply({hex("12 34")}), {Answer::Accepted, 1, 0, false, false}));
+    EXPECT_EQ("reply to read, status 5; not accepted, sent again",
+              replyText(read, refusal(), {Answer::Retried, 0, 5, false, false}));
+    EXPECT_EQ("reply to read, status 5; refused",
+              replyText(read, refusal(), {Answer::Refused, 0, 5, false, false}));
+    EXPECT_EQ(
+        "reply to read, status 5; given up: result 11, the reply is no good answer: its "
+        "length or its status is wrong",
+        replyText(read, refusal(), {Answer::Abandoned, 11, 5, false, false}));
+    EXPECT_EQ("reply to read, no status; not accepted, sent again",
+              replyText(read, hex("BB BB 00 00 00 00"), {Answer::Retried, 0, -1, false, false}));
+    EXPECT_EQ("reply to login: file request; result 201, the PLC refused the login",
+              replyText(sentRequest("BB BB 00 00 00 11 31 00 00 0D 44 4F 57 4E 4C 4F 41 44 2E 53"
                                     "44 42 00"),
-                        loginRefusal(), {Answer::LoginRefused, 201, 0, false, false}),
-              "reply to login: file request; result 201, the PLC refused the login");
+                        loginRefusal(), {Answer::LoginRefused, 201, 0, false, false}));
 }
 
 } // namespace

@@ -20,13 +20,13 @@ TEST(PieceTracker, TransferIsSettledByItsLastPiece)
 {
     PieceTracker tracker;
     tracker.add(1, {piece(1, 0, 1000), piece(1, 1000, 1000), piece(1, 2000, 5)});
-    EXPECT_EQ(tracker.requestSent({piece(1, 0, 1000)}), QVector<int>{1});
+    EXPECT_EQ(QVector<int>{1}, tracker.requestSent({piece(1, 0, 1000)}));
     EXPECT_TRUE(tracker.requestAccepted().isEmpty());
     tracker.requestSent({piece(1, 1000, 1000)});
     EXPECT_TRUE(tracker.requestAccepted().isEmpty());
     EXPECT_TRUE(tracker.contains(1));
     tracker.requestSent({piece(1, 2000, 5)});
-    EXPECT_EQ(tracker.requestAccepted(), QVector<int>{1});
+    EXPECT_EQ(QVector<int>{1}, tracker.requestAccepted());
     EXPECT_FALSE(tracker.contains(1));
 }
 
@@ -39,7 +39,7 @@ TEST(PieceTracker, RequestSettlesAllThatItCarries)
     tracker.requestSent({piece(1, 0, 2), piece(1, 4, 2)});
     EXPECT_EQ(tracker.requestAccepted(), (QVector<int>{1, 3}));
     EXPECT_TRUE(tracker.contains(2));
-    EXPECT_EQ(tracker.pieceCount(), 1);
+    EXPECT_EQ(1, tracker.pieceCount());
 }
 
 TEST(PieceTracker, AbandonedRequestTellsItsTransfersAndWhatWasTakenOfThem)
@@ -50,12 +50,12 @@ TEST(PieceTracker, AbandonedRequestTellsItsTransfersAndWhatWasTakenOfThem)
     tracker.requestSent({piece(1, 0, 1000)});
     tracker.requestAccepted();
     tracker.requestSent({piece(1, 1000, 1000)});
-    EXPECT_EQ(tracker.requestAbandoned(), QVector<int>{1});
-    EXPECT_EQ(tracker.accepted(1), 1000);
-    EXPECT_EQ(tracker.accepted(2), 0);
+    EXPECT_EQ(QVector<int>{1}, tracker.requestAbandoned());
+    EXPECT_EQ(1000, tracker.accepted(1));
+    EXPECT_EQ(0, tracker.accepted(2));
     tracker.remove(1);
-    EXPECT_EQ(tracker.accepted(1), 0);
-    EXPECT_EQ(tracker.pieceCount(), 1);
+    EXPECT_EQ(0, tracker.accepted(1));
+    EXPECT_EQ(1, tracker.pieceCount());
 }
 
 TEST(PieceTracker, SameRequestSentAgainCarriesTheSame)
@@ -63,10 +63,10 @@ TEST(PieceTracker, SameRequestSentAgainCarriesTheSame)
     PieceTracker tracker;
     tracker.add(1, {piece(1, 0, 2)});
     tracker.add(2, {piece(1, 0, 2)});
-    EXPECT_EQ(tracker.requestSent({piece(1, 0, 2)}), QVector<int>{1});
-    EXPECT_EQ(tracker.requestSent({piece(1, 0, 2)}), QVector<int>{1});
-    EXPECT_EQ(tracker.requestAccepted(), QVector<int>{1});
-    EXPECT_EQ(tracker.requestSent({piece(1, 0, 2)}), QVector<int>{2});
+    EXPECT_EQ(QVector<int>{1}, tracker.requestSent({piece(1, 0, 2)}));
+    EXPECT_EQ(QVector<int>{1}, tracker.requestSent({piece(1, 0, 2)}));
+    EXPECT_EQ(QVector<int>{1}, tracker.requestAccepted());
+    EXPECT_EQ(QVector<int>{2}, tracker.requestSent({piece(1, 0, 2)}));
 }
 
 TEST(PieceTracker, PlaceMustAgreeInEverything)
@@ -87,7 +87,7 @@ TEST(PieceTracker, AnswerWithoutItsRequestSettlesNothing)
     EXPECT_TRUE(tracker.requestAccepted().isEmpty());
     EXPECT_TRUE(tracker.requestAbandoned().isEmpty());
     tracker.remove(1);
-    EXPECT_EQ(tracker.pieceCount(), 0);
+    EXPECT_EQ(0, tracker.pieceCount());
 }
 
 } // namespace

@@ -26,27 +26,27 @@ const char kTwoBits[] =
 TEST(RequestFrame, ReadStatesItsEntries)
 {
     const RequestContent content = parseRequest(hex(kTwoReads));
-    EXPECT_EQ(content.service, Service::Read);
+    EXPECT_EQ(Service::Read, content.service);
     EXPECT_TRUE(content.wellFormed);
     EXPECT_FALSE(content.isLogin());
-    ASSERT_EQ(content.entries.size(), 2);
-    EXPECT_EQ(content.entries[0].area, 1);
-    EXPECT_EQ(content.entries[0].address, 0x20u);
-    EXPECT_EQ(content.entries[0].length, 4u);
-    EXPECT_EQ(content.entries[1].area, 0xFFFE);
-    EXPECT_EQ(content.entries[1].address, 0x80000010u);
-    EXPECT_EQ(content.entries[1].length, 0x102u);
+    ASSERT_EQ(2, content.entries.size());
+    EXPECT_EQ(1, content.entries[0].area);
+    EXPECT_EQ(0x20u, content.entries[0].address);
+    EXPECT_EQ(4u, content.entries[0].length);
+    EXPECT_EQ(0xFFFE, content.entries[1].area);
+    EXPECT_EQ(0x80000010u, content.entries[1].address);
+    EXPECT_EQ(0x102u, content.entries[1].length);
 }
 
 TEST(RequestFrame, WriteCarriesTheDataOfItsEntries)
 {
     const RequestContent content = parseRequest(hex(kTwoWrites));
-    EXPECT_EQ(content.service, Service::Write);
+    EXPECT_EQ(Service::Write, content.service);
     EXPECT_TRUE(content.wellFormed);
-    ASSERT_EQ(content.entries.size(), 2);
-    EXPECT_EQ(content.entries[0].data, hex("AB CD"));
-    EXPECT_EQ(content.entries[1].area, 3);
-    EXPECT_EQ(content.entries[1].data, hex("7F"));
+    ASSERT_EQ(2, content.entries.size());
+    EXPECT_EQ(hex("AB CD"), content.entries[0].data);
+    EXPECT_EQ(3, content.entries[1].area);
+    EXPECT_EQ(hex("7F"), content.entries[1].data);
     EXPECT_FALSE(content.entries[0].isBit);
 }
 
@@ -54,15 +54,15 @@ TEST(RequestFrame, WriteOfBitsStatesNoLengthButCarriesAByteForEach)
 {
     const RequestContent content = parseRequest(hex(kTwoBits));
     EXPECT_TRUE(content.wellFormed);
-    ASSERT_EQ(content.entries.size(), 2);
+    ASSERT_EQ(2, content.entries.size());
     for (const FrameEntry& entry : content.entries) {
         EXPECT_TRUE(entry.isBit);
-        EXPECT_EQ(entry.length, 1u);
+        EXPECT_EQ(1u, entry.length);
     }
-    EXPECT_EQ(content.entries[0].address, 17u);
-    EXPECT_EQ(content.entries[0].data, hex("01"));
-    EXPECT_EQ(content.entries[1].address, 18u);
-    EXPECT_EQ(content.entries[1].data, hex("00"));
+    EXPECT_EQ(17u, content.entries[0].address);
+    EXPECT_EQ(hex("01"), content.entries[0].data);
+    EXPECT_EQ(18u, content.entries[1].address);
+    EXPECT_EQ(hex("00"), content.entries[1].data);
 }
 
 TEST(RequestFrame, LoginFramesAreKnown)
@@ -77,7 +77,7 @@ TEST(RequestFrame, LoginFramesAreKnown)
 TEST(RequestFrame, UnknownServiceHasNoEntries)
 {
     const RequestContent content = parseRequest(hex("BB BB 00 00 00 02 77 00"));
-    EXPECT_EQ(content.service, Service::Unknown);
+    EXPECT_EQ(Service::Unknown, content.service);
     EXPECT_FALSE(content.wellFormed);
     EXPECT_TRUE(content.entries.isEmpty());
 }
@@ -92,7 +92,7 @@ TEST(RequestFrame, CutAnywhereIsMalformedAndHasOnlyWholeEntries)
             EXPECT_LE(content.entries.size(), 2);
         }
     }
-    EXPECT_EQ(parseRequest(hex(kTwoReads).left(31)).entries.size(), 1);
+    EXPECT_EQ(1, parseRequest(hex(kTwoReads).left(31)).entries.size());
 }
 
 TEST(RequestFrame, CountAndLengthsBeyondTheFrameAreNotBelieved)
@@ -107,24 +107,24 @@ TEST(RequestFrame, CountAndLengthsBeyondTheFrameAreNotBelieved)
 
 TEST(FrameSize, IsStatedInTheLowHalfOfTheLength)
 {
-    EXPECT_EQ(statedFrameSize(hex("BB BB 00 00 00")), -1);
-    EXPECT_EQ(statedFrameSize(hex("BB BB 00 00 00 00")), 6);
-    EXPECT_EQ(statedFrameSize(hex("BB BB 12 34 01 02 55")), 6 + 0x102);
-    EXPECT_EQ(statedFrameSize(hex("BB BB 00 00 FF FF")), 6 + 0xFFFF);
+    EXPECT_EQ(-1, statedFrameSize(hex("BB BB 00 00 00")));
+    EXPECT_EQ(6, statedFrameSize(hex("BB BB 00 00 00 00")));
+    EXPECT_EQ(6 + 0x102, statedFrameSize(hex("BB BB 12 34 01 02 55")));
+    EXPECT_EQ(6 + 0xFFFF, statedFrameSize(hex("BB BB 00 00 FF FF")));
 }
 
 TEST(ReplyFrame, StatusNeedsBothItsBytes)
 {
-    EXPECT_EQ(replyStatus(hex("BB BB 00 00 00 00")), -1);
-    EXPECT_EQ(replyStatus(hex("BB BB 00 00 00 01 00")), -1);
-    EXPECT_EQ(replyStatus(hex("BB BB 00 00 00 02 01 02")), 0x102);
+    EXPECT_EQ(-1, replyStatus(hex("BB BB 00 00 00 00")));
+    EXPECT_EQ(-1, replyStatus(hex("BB BB 00 00 00 01 00")));
+    EXPECT_EQ(0x102, replyStatus(hex("BB BB 00 00 00 02 01 02")));
 }
 
 TEST(ReplyFrame, SizeOfAGoodReadIsKnownBeforehand)
 {
     const QVector<FrameEntry> entries = parseRequest(hex(kTwoReads)).entries;
-    EXPECT_EQ(readReplySize(entries), 12 + 1 + 4 + 1 + 0x102);
-    EXPECT_EQ(readReplySize({}), 12);
+    EXPECT_EQ(12 + 1 + 4 + 1 + 0x102, readReplySize(entries));
+    EXPECT_EQ(12, readReplySize({}));
 }
 
 TEST(ReplyFrame, BlocksStandBehindALeadingByteEach)
@@ -149,11 +149,11 @@ TEST(ReplyCollector, KnowsTheEndAndWhatIsBehindIt)
     EXPECT_FALSE(collector.isComplete());
     collector.append(hex("00 05 99"));
     ASSERT_TRUE(collector.isComplete());
-    EXPECT_EQ(collector.frame(), hex("BB BB 00 00 00 02 00 05"));
-    EXPECT_EQ(collector.surplus(), 1);
+    EXPECT_EQ(hex("BB BB 00 00 00 02 00 05"), collector.frame());
+    EXPECT_EQ(1, collector.surplus());
     collector.clear();
     EXPECT_FALSE(collector.isComplete());
-    EXPECT_EQ(collector.size(), 0);
+    EXPECT_EQ(0, collector.size());
 }
 
 } // namespace
