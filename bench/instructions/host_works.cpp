@@ -7,6 +7,7 @@
 
 #include "cli/runtime_settings.h"
 #include "counting.h"
+#include "host/driver/driver_library.h"
 #include "host/runtime/runtime.h"
 #include "project/project.h"
 #include "support/replies.h"
@@ -62,11 +63,10 @@ public:
         : m_runtime(driver, cli::runtimeSettings(project.settings, 0), project, this)
     {
         for (int i = 0; i < kCyclicValues; ++i) {
-            QString error;
-            const std::optional<host::DataPoint> point =
-                m_runtime.points().find(QLatin1String("Plant.") + QLatin1String(nameOf(i)), &error);
+            const Expected<host::DataPoint> point =
+                m_runtime.points().find(QLatin1String("Plant.") + QLatin1String(nameOf(i)));
             if (!point)
-                giveUp(error);
+                giveUp(point.error().text);
             m_points.append(*point);
         }
         m_runtime.readCyclically(readsAll ? m_points : QVector<host::DataPoint>(), m_now);
@@ -144,18 +144,17 @@ private:
 
 void countAll()
 {
-    QString error;
-    const std::optional<host::DriverFunctions> driver =
-        host::loadDriver(QStringLiteral(PLC_LIBRARY), &error);
+    const Expected<host::DriverLibrary> driver =
+        host::DriverLibrary::load(QStringLiteral(PLC_LIBRARY));
     if (!driver)
-        giveUp(error);
+        giveUp(driver.error().text);
     const project::Project project = parsed(projectOf(kCyclicValues));
     {
-        Plant plant(*driver, project, true);
+        Plant plant(driver->functions(), project, true);
         count("host/10_passes_of_1000_values", [&] { plant.readPasses(kPasses); });
     }
     {
-        Plant plant(*driver, project, false);
+        Plant plant(driver->functions(), project, false);
         count("host/100_writes", [&] { plant.writeOneAfterTheOther(kWrites); });
     }
 
