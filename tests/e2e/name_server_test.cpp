@@ -25,9 +25,7 @@ protected:
     Ending runSilent(const char* command, const QStringList& rest) const
     {
         Surroundings surroundings;
-        surroundings.environment.append(QStringLiteral("LD_PRELOAD=") +
-                                        QCoreApplication::applicationDirPath() +
-                                        QStringLiteral("/libsilent_name_server.so"));
+        surroundings.environment.append(QStringLiteral("LD_PRELOAD=" PLC_SILENT_NAME_SERVER));
         return runToEnd(QStringLiteral(PLC_HOST), arguments(command, rest), surroundings);
     }
 };
