@@ -105,15 +105,15 @@ private:
     /// The frames of the stream when it comes in pieces of this size.
     QList<QByteArray> framesOf(const QByteArray& stream, int pieceSize)
     {
-        simulator::FrameParser parser;
+        FrameParser parser;
         QList<QByteArray> frames;
-        simulator::FrameParser::Outcome outcome = simulator::FrameParser::Outcome::NeedMore;
+        FrameParser::Outcome outcome = FrameParser::Outcome::NeedMore;
         for (int at = 0; at < int(stream.size()); at += pieceSize) {
             parser.append(m_memory.bytes(stream.mid(at, pieceSize)));
             QByteArray frame;
-            while ((outcome = parser.take(&frame)) == simulator::FrameParser::Outcome::Complete)
+            while ((outcome = parser.take(&frame)) == FrameParser::Outcome::Complete)
                 frames.append(frame);
-            if (outcome != simulator::FrameParser::Outcome::NeedMore)
+            if (outcome != FrameParser::Outcome::NeedMore)
                 break;
         }
         return frames;
@@ -128,8 +128,7 @@ private:
         const QByteArray reply = m_services.reply(request, &m_session);
         require(reply.size() >= 8 && reply.startsWith("\xBB\xBB"), "a reply is a frame");
         require(frameOf(reply.mid(6)) == reply, "the header of a reply tells its size");
-        if (plc::simulator::replyStatus(reply) != simulator::Status::Good ||
-            quint8(frame[6]) != 0x3C)
+        if (plc::simulator::replyStatus(reply) != Status::Good || quint8(frame[6]) != 0x3C)
             require(contents() == before, "only a good write changes the memory");
     }
 
