@@ -2,6 +2,8 @@
 
 #include <QtCore/QElapsedTimer>
 
+#include <optional>
+
 #include "cli/command_context.h"
 #include "cli/console.h"
 #include "cli/point_text.h"

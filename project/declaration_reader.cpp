@@ -36,7 +36,7 @@ using NamesSoFar = QHash<QString, JsonValue>;
 void checkUnique(const JsonNode& nameNode, const QString& name, NamesSoFar* names)
 {
     const JsonValue first = names->value(name);
-    if (first.type() != JsonValue::Type::Missing) {
+    if (!first.isMissing()) {
         nameNode.fail(
             QStringLiteral("the name %1 is taken by %2").arg(values::quoted(name), first.path()));
     }

@@ -90,7 +90,7 @@ JsonNode JsonNode::member(const char* key) const
 {
     const JsonValue found = value().member(key);
     JsonNode node(found, m_errors);
-    if (found.type() == JsonValue::Type::Missing) {
+    if (found.isMissing()) {
         node.m_place = m_place;
         node.m_missingKey = key;
     }

@@ -7,9 +7,6 @@
 namespace plc::project {
 namespace {
 
-constexpr std::uint64_t kPayload = 0x00ffffffffffffff;
-constexpr int kLengthBytes = 4;
-
 template <typename Number>
 double numberIn(std::uint64_t word)
 {
@@ -91,16 +88,6 @@ double JsonValue::number() const
     }
 }
 
-std::string_view JsonValue::utf8() const
-{
-    if (tag() != '"')
-        return {};
-    const std::uint8_t* text = m_tape->texts + (word() & kPayload);
-    std::uint32_t length = 0;
-    std::memcpy(&length, text, sizeof length);
-    return {reinterpret_cast<const char*>(text) + kLengthBytes, length};
-}
-
 QString JsonValue::text() const
 {
     const std::string_view bytes = utf8();
@@ -128,21 +115,6 @@ JsonValue JsonValue::first() const
 JsonValue JsonValue::end() const
 {
     return isList() || isObject() ? JsonValue(m_tape, std::uint32_t(word()) - 1) : *this;
-}
-
-JsonValue JsonValue::next() const
-{
-    switch (tag()) {
-        case '{':
-        case '[':
-            return {m_tape, std::uint32_t(word())};
-        case 'l':
-        case 'u':
-        case 'd':
-            return {m_tape, m_place + 2};
-        default:
-            return {m_tape, m_place + 1};
-    }
 }
 
 /// Goes down from the root: places grow in the order of the document.

@@ -4,6 +4,7 @@
 #include <QtCore/QString>
 
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace plc::project {
@@ -35,9 +36,10 @@ public:
     static JsonValue root(const JsonTape& tape) { return {&tape, 1}; }
 
     Type type() const;
-    bool isObject() const { return type() == Type::Object; }
-    bool isList() const { return type() == Type::List; }
-    bool isText() const { return type() == Type::Text; }
+    bool isMissing() const { return m_tape == nullptr; }
+    bool isObject() const { return tag() == '{'; }
+    bool isList() const { return tag() == '['; }
+    bool isText() const { return tag() == '"'; }
 
     /// False for what is no truth value.
     bool boolean() const;
@@ -72,6 +74,34 @@ private:
     const JsonTape* m_tape = nullptr;
     std::uint32_t m_place = 0;
 };
+
+// These are called for each word of the document.
+
+inline JsonValue JsonValue::next() const
+{
+    switch (tag()) {
+        case '{':
+        case '[':
+            return {m_tape, std::uint32_t(word())};
+        case 'l':
+        case 'u':
+        case 'd':
+            return {m_tape, m_place + 2};
+        default:
+            return {m_tape, m_place + 1};
+    }
+}
+
+inline std::string_view JsonValue::utf8() const
+{
+    constexpr std::uint64_t kPlace = 0x00ffffffffffffff;
+    if (!isText())
+        return {};
+    const std::uint8_t* text = m_tape->texts + (word() & kPlace);
+    std::uint32_t length = 0;
+    std::memcpy(&length, text, sizeof length);
+    return {reinterpret_cast<const char*>(text) + sizeof length, length};
+}
 
 /// A key as it stands in a JSON pointer.
 QString pointerToken(QString key);
