@@ -315,8 +315,7 @@ TEST_F(OutsideTextInSimulator, ComesOutOfNoControlCommandAsATerminalWouldObeyIt)
     EXPECT_EQ(0, ending.exitCode);
     EXPECT_EQ("", obeyedParts(ending.output).toStdString()) << ending.output.toStdString();
     EXPECT_EQ("", obeyedParts(ending.errors).toStdString()) << ending.errors.toStdString();
-    EXPECT_TRUE(ending.output.contains("ok '$1B]0;x$07$9B$L$85'\n"))
-        << ending.output.toStdString();
+    EXPECT_TRUE(ending.output.contains("ok '$1B]0;x$07$9B$L$85'\n")) << ending.output.toStdString();
 }
 
 } // namespace

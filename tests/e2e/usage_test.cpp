@@ -127,8 +127,7 @@ protected:
             "_filedir() { :; }; _init_completion() {"
             " cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}"
             " words=(\"${COMP_WORDS[@]}\") cword=$COMP_CWORD; }\r");
-        m_shell->type("plc() { " PLC_HOST " \"$@\"; }; source " PLC_COMPLETION
-                      "; echo rea''dy\r");
+        m_shell->type("plc() { " PLC_HOST " \"$@\"; }; source " PLC_COMPLETION "; echo rea''dy\r");
         EXPECT_TRUE(m_shell->waitForText("ready"));
     }
     /// Whether these keys lead to this line.
