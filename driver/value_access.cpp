@@ -14,8 +14,9 @@ const int kBitPiece = 1;
 bool resize(QByteArray& value, qint64 size)
 {
     const bool acceptable = size <= PLC_LARGEST_VALUE;
-    if (size == 0 || size != value.size())
-        value.resize(acceptable ? int(size) : 0);
+    const int wanted = acceptable ? int(size) : 0;
+    if (wanted == 0 || wanted != value.size())
+        value.resize(wanted);
     return acceptable;
 }
 

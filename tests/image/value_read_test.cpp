@@ -314,6 +314,16 @@ TEST_F(ValueRead, ValueAboveTheLargestIsRefused)
     EXPECT_EQ(0, bytesInImage());
 }
 
+TEST_F(ValueRead, BufferOfARefusedSizeIsEmptiedThoughItHasThatSizeAlready)
+{
+    for (const char* label : {"MAIN.code3", "MAIN.nosuch"}) {
+        QByteArray buffer(PLC_LARGEST_VALUE + 2, 'x');
+        EXPECT_EQ(0, GetRegisterData(label, 0, 0, 0, &buffer, PLC_LARGEST_VALUE / 2 + 1)) << label;
+        EXPECT_EQ(QByteArray(), buffer) << label;
+    }
+    EXPECT_EQ(0, bytesInImage());
+}
+
 TEST_F(ValueRead, LargestValueIsRead)
 {
     put(kStart + PLC_LARGEST_VALUE - 2, "12 34");
