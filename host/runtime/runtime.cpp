@@ -104,7 +104,7 @@ Runtime::~Runtime()
 RuntimeSnapshot Runtime::snapshot(qint64 now) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    RuntimeSnapshot snapshot{m_linkState, m_linkDownReason, {}};
+    RuntimeSnapshot snapshot{m_linkState, m_linkDownReason, m_cyclicPoints, {}};
     snapshot.values.reserve(m_values.size());
     for (int row = 0; row < m_values.size(); ++row)
         snapshot.values.append(m_values.reading(row, now));
@@ -117,6 +117,7 @@ void Runtime::readCyclically(const QVector<DataPoint>& points, qint64 now)
     m_session.setCyclicEntries(m_cyclic.entries());
     ValueTable values(points, m_staleAfter, longestEntry(m_settings.maxReadBytes), now);
     const std::lock_guard<std::mutex> lock(m_mutex);
+    m_cyclicPoints = points;
     m_values = std::move(values);
 }
 

@@ -138,9 +138,10 @@ private:
     const bool m_isReadOnly;
     QList<Label_Type_Info> m_symbols;
     DataPointFinder m_points;
-    /// Held by this thread while m_values, m_linkState or m_linkDownReason change, and by others
-    /// while they read them.
+    /// Held by this thread while m_cyclicPoints, m_values, m_linkState or m_linkDownReason change,
+    /// and by others while they read them.
     mutable std::mutex m_mutex;
+    QVector<DataPoint> m_cyclicPoints; ///< Those of m_values, shared with snapshots.
     ValueTable m_values;
     LinkState m_linkState = LinkState::Down;
     WriteTracker m_writes;

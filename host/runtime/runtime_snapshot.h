@@ -12,7 +12,10 @@ namespace plc::host {
 struct RuntimeSnapshot {
     LinkState link = LinkState::Down;
     QString linkDownReason; ///< Why the PLC is away; empty while it is not, or is not known to be.
-    QVector<ValueReading> values; ///< Row by row as ValueTable has them.
+    /// The values that are read cyclically at that moment, and what is known of each. Another
+    /// moment may have others.
+    QVector<DataPoint> points;
+    QVector<ValueReading> values;
 };
 
 } // namespace plc::host

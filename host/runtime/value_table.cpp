@@ -33,6 +33,7 @@ ValueReading ValueTable::reading(int row, qint64 now) const
         reading.bytes = bytes(row);
         reading.age = qMax<qint64>(0, age(row, now));
         reading.state = isStale(row, now) ? ValueState::Stale : ValueState::Good;
+        reading.isPieced = isPieced(row);
     }
     if (isRefused(row))
         reading.state = ValueState::Refused;

@@ -29,6 +29,7 @@ struct ValueReading {
     QByteArray bytes; ///< As GetRegisterData() gives them; empty if the value was never read.
     qint64 age = -1;  ///< Milliseconds since the value was asked for; -1 if it was never read.
     ValueState state = ValueState::Unread;
+    bool isPieced = false; ///< The bytes are put together from several replies.
 };
 
 /// The cyclically read values, each as the PLC gave it.

@@ -79,6 +79,21 @@ TEST_F(RuntimeFrontTest, EndSettlesWhatIsPostedFromInsideOfASettling)
     EXPECT_EQ(inner[0].kind, TransferOutcome::NotSent);
 }
 
+TEST_F(RuntimeFrontTest, SnapshotNamesTheValuesThatItHas)
+{
+    cycle({"Main.speed", "Main.count"});
+    const RuntimeSnapshot before = front->snapshot(now);
+    cycle({"Main.word"});
+    const RuntimeSnapshot after = front->snapshot(now);
+    ASSERT_EQ(2, before.points.size());
+    EXPECT_EQ("Main.speed", before.points[0].text);
+    EXPECT_EQ("Main.count", before.points[1].text);
+    EXPECT_EQ(2, before.values.size());
+    ASSERT_EQ(1, after.points.size());
+    EXPECT_EQ("Main.word", after.points[0].text);
+    EXPECT_EQ(1, after.values.size());
+}
+
 TEST_F(RuntimeFrontTest, SnapshotHasTheValuesAndTheLink)
 {
     cycle({"Main.speed"});

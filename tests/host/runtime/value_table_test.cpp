@@ -198,6 +198,7 @@ TEST_F(ValueTableTest, LargeValueIsFoundFarBehindItsStart)
     EXPECT_FALSE(values.wasRead(0));
     read(&values, entry(1, 400, 800), 60);
     ASSERT_TRUE(values.wasRead(0));
+    EXPECT_TRUE(values.reading(0, 60).isPieced);
     EXPECT_EQ(10, values.age(0, 60));
     EXPECT_TRUE(values.wasRead(1));
 }
