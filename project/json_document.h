@@ -10,8 +10,8 @@
 
 namespace plc::project {
 
-/// A JSON document: an object or a list. Documents are parsed by simdjson, at a tenth of the time
-/// and a fifth of the memory of QJsonDocument. What simdjson refuses, QJsonDocument judges: it says
+/// A JSON document: an object or a list. Documents are parsed by simdjson, which takes less
+/// time and memory than QJsonDocument. What simdjson refuses, QJsonDocument judges: it says
 /// what is wrong and where, and it is the more generous one (control characters and halves of
 /// surrogate pairs in texts, integers of more than 64 bits, "1." for 1).
 class JsonDocument {
