@@ -126,7 +126,7 @@ void PcapngWriter::writeWhole(const QByteArray& block)
 void PcapngWriter::cutOff(qint64 bytes)
 {
     auto* file = qobject_cast<QFileDevice*>(m_device);
-    if (file != nullptr && !file->isSequential() && bytes > 0)
+    if (file && !file->isSequential() && bytes > 0)
         file->resize(file->size() - bytes);
 }
 

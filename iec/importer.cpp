@@ -185,7 +185,7 @@ private:
 
     bool placeAtByte(const Token& token, const DirectAddress& address, project::Variable* variable)
     {
-        if (variable->type == nullptr || !values::isBit(*variable->type))
+        if (!variable->type || !values::isBit(*variable->type))
             return putAt(address.byte, token.position, variable);
         if (token.text.size() < 3 || token.text[2].toUpper() != QLatin1Char('W') ||
             project::elementCount(*variable) > project::kBitsPerWord) {
@@ -242,7 +242,7 @@ private:
     {
         if (!resolve(declaration, scope, variable))
             return false;
-        if (variable->type != nullptr && values::isBit(*variable->type))
+        if (variable->type && values::isBit(*variable->type))
             return fail(declaration.position,
                         QStringLiteral("a BIT needs an address such as %MX12.3; use BOOL"));
         variable->area = m_options.base->area;

@@ -125,7 +125,7 @@ TypeResolver::TypeResolver(const Declarations& declarations, Constants* constant
 {
     for (const TypeDefinition& type : declarations.types) {
         const QString key = type.name.toLower();
-        if (findElementaryType(type.name) != nullptr) {
+        if (findElementaryType(type.name)) {
             fail(type.position, QStringLiteral("%1 is the name of an elementary type")
                                     .arg(values::quoted(type.name)));
         } else if (m_types.contains(key)) {
@@ -203,7 +203,7 @@ bool TypeResolver::resolve(const TypeSpec& type, const QString& scope, const QSt
 bool TypeResolver::resolveNamed(const TypeSpec& type, project::Variable* variable)
 {
     variable->type = findElementaryType(type.name);
-    if (variable->type != nullptr)
+    if (variable->type)
         return true;
     const QString key = type.name.toLower();
     if (m_types.contains(key))
@@ -405,7 +405,7 @@ bool TypeResolver::appendMember(const Declaration& declaration, const QString& s
     const QString typeName = layout->name() + QLatin1Char('_') + declaration.name;
     if (!resolve(*declaration.type, scope, typeName, &member))
         return false;
-    if (member.type != nullptr && values::isBit(*member.type))
+    if (member.type && values::isBit(*member.type))
         return fail(declaration.type->position,
                     QStringLiteral("found BIT; members have byte offsets, use BOOL or a WORD"));
     if (hasUnit(member))

@@ -184,7 +184,7 @@ QVector<std::shared_ptr<const StructureType>> DeclarationReader::readStructures(
         const JsonNode nameNode = node.member("name");
         const QString name = readName(nameNode);
         checkUnique(nameNode, name, &names);
-        if (values::findIecType(name) != nullptr)
+        if (values::findIecType(name))
             nameNode.fail(
                 QStringLiteral("%1 is the name of an IEC type").arg(values::quoted(name)));
         order.append(name);
@@ -334,7 +334,7 @@ Variable DeclarationReader::readMember(const JsonNode& node)
 {
     node.checkKeys(kMemberKeys, kOptionalKeys);
     Variable member = readVariable(node);
-    if (member.type != nullptr && values::isBit(*member.type)) {
+    if (member.type && values::isBit(*member.type)) {
         node.member("type").fail(
             QStringLiteral("found \"BIT\"; members have byte offsets, use BOOL or a WORD"));
     }
@@ -386,7 +386,7 @@ void DeclarationReader::readType(const JsonNode& node, Variable* variable)
         variable->stringLength = int(node.member("length").integer(1, kLongestText));
     else if (node.has("length"))
         node.member("length").fail(QStringLiteral("only STRING and WSTRING have a length"));
-    if (variable->type != nullptr || !node.errors()->isEmpty())
+    if (variable->type || !node.errors()->isEmpty())
         return;
     if (m_structures.contains(name)) {
         variable->structure = useStructure(typeNode);

@@ -27,7 +27,7 @@ constexpr qint64 kLongestBitArray = qint64(3) * kBitsPerWord;
 
 void appendOccupied(const Variable& variable, int owner, std::vector<Occupied>* occupied)
 {
-    if (variable.type == nullptr || !values::isBit(*variable.type)) {
+    if (!variable.type || !values::isBit(*variable.type)) {
         const qint64 size =
             (elementCount(variable) - 1) * elementStride(variable) + elementSize(variable);
         const qint64 first = qint64(variable.offset) * kBitsPerByte;
@@ -108,15 +108,14 @@ qint64 elementIndex(const QVector<ArrayDimension>& dimensions, const QVector<qin
 qint64 transferEnd(const Variable& variable)
 {
     const qint64 count = elementCount(variable);
-    if (variable.type != nullptr && values::isBit(*variable.type)) {
+    if (variable.type && values::isBit(*variable.type)) {
         const qint64 words =
             (variable.offset % kBitsPerWord + count + kBitsPerWord - 1) / kBitsPerWord;
         return variable.offset / kBitsPerWord + kBytesPerWord * words;
     }
     const qint64 size = (count - 1) * elementStride(variable) + elementSize(variable);
     // Text elements lie an odd number of bytes apart, and several are moved in 16-bit registers.
-    const bool isTextArray =
-        variable.type != nullptr && values::isText(*variable.type) && count > 1;
+    const bool isTextArray = variable.type && values::isText(*variable.type) && count > 1;
     return variable.offset + size + (isTextArray ? size % kBytesPerWord : 0);
 }
 
@@ -146,7 +145,7 @@ std::optional<SharedMemory> findSharedMemory(const std::vector<QVector<Variable>
     sortByPlace(&occupied);
     const Occupied* reachesFarthest = nullptr;
     for (const Occupied& next : occupied) {
-        if (reachesFarthest != nullptr && reachesFarthest->area == next.area &&
+        if (reachesFarthest && reachesFarthest->area == next.area &&
             next.first < reachesFarthest->end) {
             return SharedMemory{std::min(reachesFarthest->owner, next.owner),
                                 std::max(reachesFarthest->owner, next.owner),
@@ -164,7 +163,7 @@ QVector<SharedMemory> coveredVariables(const QVector<Variable>& variables)
     QSet<int> owners;
     const Occupied* reachesFarthest = nullptr;
     for (const Occupied& next : occupied) {
-        if (reachesFarthest == nullptr || reachesFarthest->area != next.area ||
+        if (!reachesFarthest || reachesFarthest->area != next.area ||
             next.first >= reachesFarthest->end) {
             reachesFarthest = &next;
         } else if (reachesFarthest->owner != next.owner && !owners.contains(next.owner)) {

@@ -60,7 +60,7 @@ QStringList signalKindNames()
 double signalParameter(const Signal& signal, const char* name)
 {
     const SignalKind* kind = findSignalKind(signal.kind);
-    if (kind == nullptr)
+    if (!kind)
         return 0.0;
     for (const SignalParameter* known = kind->parameters; known->name != nullptr; ++known) {
         if (qstrcmp(known->name, name) == 0)

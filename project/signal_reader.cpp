@@ -125,7 +125,7 @@ Signal readSignal(const JsonNode& node, const Variable& variable)
         node.fail(QStringLiteral("a structure has no signal of its own; its members may have one"));
     } else if (!node.value().isObject() || !node.has("kind")) {
         node.failExpecting(QStringLiteral("an object with the key \"kind\""));
-    } else if (kind == nullptr) {
+    } else if (!kind) {
         node.member("kind").failExpecting(
             QStringLiteral("one of %1%2")
                 .arg(signalKindNames().join(QLatin1String(", ")),

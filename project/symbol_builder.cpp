@@ -33,7 +33,7 @@ SymbolBuilder& SymbolBuilder::structure(const QString& name, qint32 size)
 {
     endStructure();
     m_where = name;
-    if (!isLabelName(name) || values::findIecType(name) != nullptr)
+    if (!isLabelName(name) || values::findIecType(name))
         return fail(name, QStringLiteral("%1 is no name of a structure").arg(values::quoted(name)));
     const auto isSame = [&name](const auto& other) { return other->name == name; };
     if (std::any_of(m_symbols.structures.cbegin(), m_symbols.structures.cend(), isSame))
@@ -60,7 +60,7 @@ SymbolBuilder& SymbolBuilder::member(const QString& name, const QString& type, q
     member.offset = offset;
     if (!declare(type, dimensions, &member))
         return *this;
-    if (member.type != nullptr && values::isBit(*member.type))
+    if (member.type && values::isBit(*member.type))
         return fail(m_where, QStringLiteral("members have byte offsets: BOOL or WORD, not BIT"));
     if (transferEnd(member) > m_structure->size) {
         return fail(m_where, QStringLiteral("it ends at byte %1, but the structure has %2 bytes")
@@ -160,10 +160,10 @@ bool SymbolBuilder::setType(Variable* variable, const QString& type)
     variable->stringLength = length;
     for (const std::shared_ptr<const StructureType>& structure :
          std::as_const(m_symbols.structures)) {
-        if (variable->type == nullptr && structure->name == name)
+        if (!variable->type && structure->name == name)
             variable->structure = structure;
     }
-    if (variable->type == nullptr && !variable->structure) {
+    if (!variable->type && !variable->structure) {
         fail(m_where, QStringLiteral("%1 is no IEC type and no structure that stands before")
                           .arg(values::quoted(type)));
         return false;
@@ -193,7 +193,7 @@ bool SymbolBuilder::setDimensions(Variable* variable, const Dimensions& dimensio
         }
     }
     variable->dimensions = dimensions;
-    if (!dimensions.isEmpty() && variable->type != nullptr && values::isText(*variable->type) &&
+    if (!dimensions.isEmpty() && variable->type && values::isText(*variable->type) &&
         elementSize(*variable) > kTextElementStride) {
         fail(m_where, QStringLiteral("texts of an array have at most %1 bytes with the zero behind")
                           .arg(kTextElementStride));

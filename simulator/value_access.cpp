@@ -1,28 +1,20 @@
 #include "simulator/value_access.h"
 
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <optional>
+#include <type_traits>
 
 #include "project/memory_layout.h"
 #include "simulator/big_endian.h"
 #include "values/iec_types.h"
+#include "values/value_bits.h"
 
 namespace plc::simulator {
 namespace {
 
 constexpr double kTwoTo63 = 9223372036854775808.0;
 constexpr int kWideCharacterSize = 2;
-
-template <typename To, typename From>
-To sameBits(From from)
-{
-    static_assert(sizeof(To) == sizeof(From), "only values of one size share their bits");
-    To to;
-    std::memcpy(&to, &from, sizeof to);
-    return to;
-}
 
 quint64 loadBits(const PlcMemory& memory, const project::LabelTarget& place)
 {
@@ -41,22 +33,6 @@ void storeBits(PlcMemory* memory, const project::LabelTarget& place, quint64 bit
     QByteArray bytes;
     appendBigEndian(&bytes, bits, place.variable->type->size);
     memory->write(place.area, quint32(place.address), bytes);
-}
-
-qint64 asSigned(quint64 bits, int size)
-{
-    const quint64 sign = Q_UINT64_C(1) << (8 * size - 1);
-    return qint64(bits & sign ? bits | ~(sign - 1) : bits);
-}
-
-double realFromBits(quint64 bits, int size)
-{
-    return size == 4 ? double(sameBits<float>(quint32(bits))) : sameBits<double>(bits);
-}
-
-quint64 realToBits(double number, int size)
-{
-    return size == 4 ? quint64(sameBits<quint32>(float(number))) : sameBits<quint64>(number);
 }
 
 /// The 64-bit pattern of a number that is within the type's range, give or take the rounding of
@@ -80,16 +56,6 @@ QByteArray textBytes(const QString& text, const project::Variable& variable)
     return bytes.leftJustified(int(project::elementSize(variable)), '\0');
 }
 
-/// The bits of a number of each kind.
-struct NumberBits {
-    quint64 operator()(bool value) const { return value ? 1 : 0; }
-    quint64 operator()(qint64 value) const { return quint64(value); }
-    quint64 operator()(quint64 value) const { return value; }
-    quint64 operator()(float value) const { return sameBits<quint32>(value); }
-    quint64 operator()(double value) const { return sameBits<quint64>(value); }
-    quint64 operator()(const QString&) const { return 0; }
-};
-
 QString textAt(const PlcMemory& memory, const project::LabelTarget& place)
 {
     const bool isWide = place.variable->type->format == values::ValueFormat::WideText;
@@ -110,13 +76,14 @@ QString textAt(const PlcMemory& memory, const project::LabelTarget& place)
 
 double loadNumber(const PlcMemory& memory, const project::LabelTarget& place)
 {
-    const values::IecType& type = *place.variable->type;
-    const quint64 bits = loadBits(memory, place);
-    if (type.format == values::ValueFormat::Real)
-        return realFromBits(bits, type.size);
-    if (type.format == values::ValueFormat::Signed)
-        return double(asSigned(bits, type.size));
-    return double(bits);
+    return std::visit(
+        [](const auto& held) {
+            if constexpr (std::is_same_v<std::decay_t<decltype(held)>, QString>)
+                return 0.0;
+            else
+                return double(held);
+        },
+        loadValue(memory, place));
 }
 
 void storeNumber(PlcMemory* memory, const project::LabelTarget& place, double number)
@@ -128,10 +95,13 @@ void storeNumber(PlcMemory* memory, const project::LabelTarget& place, double nu
     }
     const values::IecRange range = values::iecRange(type);
     const double limited = std::isnan(number) ? 0.0 : qBound(range.lowest, number, range.highest);
-    storeBits(memory, place,
-              type.format == values::ValueFormat::Real
-                  ? realToBits(limited, type.size)
-                  : integerBits(std::round(limited), type.format == values::ValueFormat::Signed));
+    if (type.format != values::ValueFormat::Real)
+        storeBits(memory, place,
+                  integerBits(std::round(limited), type.format == values::ValueFormat::Signed));
+    else if (type.size == int(sizeof(float)))
+        storeBits(memory, place, values::valueBits(float(limited)));
+    else
+        storeBits(memory, place, values::valueBits(limited));
 }
 
 values::Value loadValue(const PlcMemory& memory, const project::LabelTarget& place)
@@ -139,19 +109,7 @@ values::Value loadValue(const PlcMemory& memory, const project::LabelTarget& pla
     const values::IecType& type = *place.variable->type;
     if (values::isText(type))
         return textAt(memory, place);
-    const quint64 bits = loadBits(memory, place);
-    switch (type.format) {
-        case values::ValueFormat::Boolean:
-            return bits != 0;
-        case values::ValueFormat::Signed:
-            return asSigned(bits, type.size);
-        case values::ValueFormat::Real:
-            if (type.size == int(sizeof(float)))
-                return sameBits<float>(quint32(bits));
-            return sameBits<double>(bits);
-        default:
-            return bits;
-    }
+    return values::valueOfBits(type, loadBits(memory, place));
 }
 
 void storeValue(PlcMemory* memory, const project::LabelTarget& place, const values::Value& value)
@@ -161,7 +119,7 @@ void storeValue(PlcMemory* memory, const project::LabelTarget& place, const valu
         memory->write(place.area, quint32(place.address),
                       textBytes(std::get<QString>(value), variable));
     } else {
-        storeBits(memory, place, std::visit(NumberBits(), value));
+        storeBits(memory, place, values::valueBits(value));
     }
 }
 

@@ -29,7 +29,7 @@ public:
     void resolve(const char* name, Function* function)
     {
         *function = reinterpret_cast<Function>(::dlsym(m_library, name));
-        if (*function == nullptr)
+        if (!*function)
             m_missing.append(QString::fromLatin1(name));
     }
     const QStringList& missing() const { return m_missing; }
@@ -125,7 +125,7 @@ Error notLoaded(const QString& path, const QString& reason)
 void* openCopy(const LibraryCopy& copy, QStringList* errors)
 {
     void* library = ::dlopen(copy.path().constData(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr)
+    if (!library)
         errors->append(QString::fromLocal8Bit(::dlerror()));
     return library;
 }
@@ -187,7 +187,7 @@ Expected<DriverLibrary> DriverLibrary::load(const QString& path)
     // The whole path: of a bare name the loader would look for a file elsewhere.
     const QByteArray file = QFile::encodeName(QFileInfo(path).absoluteFilePath());
     void* library = ::dlopen(file.constData(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr)
+    if (!library)
         return notLoaded(path, QString::fromLocal8Bit(::dlerror()));
     return resolved(std::make_shared<Handle>(library, -1, false), path);
 }

@@ -219,9 +219,9 @@ void Session::requestNext(qint64 now)
         return;
     Protocol* request = m_driver.comCommunication();
     // A null may only mean that writes or one-shot reads had their turns; it gives them new ones.
-    if (request == nullptr && isUrgent)
+    if (!request && isUrgent)
         request = m_driver.comCommunication();
-    if (request == nullptr)
+    if (!request)
         m_idle = true;
     else
         send(*request, now);
@@ -489,7 +489,7 @@ void Session::giveUpEverything()
         const Protocol* request = m_driver.comCommunication();
         const bool isCyclic = request == nullptr || request->var.category == kCyclicCategory;
         cyclicTurns = isCyclic ? cyclicTurns + 1 : 0;
-        if (request != nullptr) {
+        if (request) {
             giveUpRequest();
             hasForgotten = true;
         }
@@ -517,7 +517,7 @@ void Session::forgetLogin()
     read.station = PLC_ALL_STATIONS;
     read.length = 1;
     m_driver.addListOnceReadVar(&read, PLC_APPEND_ALWAYS);
-    if (m_driver.comCommunication() != nullptr)
+    if (m_driver.comCommunication())
         giveUpRequest();
 }
 

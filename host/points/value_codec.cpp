@@ -1,8 +1,7 @@
 #include "host/points/value_codec.h"
 
-#include <cstring>
-
 #include "project/memory_layout.h"
+#include "values/value_bits.h"
 
 namespace plc::host {
 namespace {
@@ -22,21 +21,6 @@ void appendNumber(quint64 number, int size, QByteArray* buffer)
 {
     for (int i = 0; i < size; ++i)
         buffer->append(char(quint8(number >> (8 * i))));
-}
-
-template <typename To, typename From>
-To sameBits(From from)
-{
-    static_assert(sizeof(To) == sizeof(From), "the bits are taken as they are");
-    To to;
-    std::memcpy(&to, &from, sizeof(to));
-    return to;
-}
-
-qint64 signExtended(quint64 bits, int size)
-{
-    const int unused = 64 - 8 * size;
-    return qint64(bits << unused) >> unused;
 }
 
 /// Characters up to the terminating zero; of a wide text most significant byte first.
@@ -65,30 +49,8 @@ values::Value readElement(const DataPoint& point, const QByteArray& buffer, int 
     if (values::isText(type))
         return readText(point, buffer, index * project::kTextElementStride);
     const int size = qMax(1, type.size);
-    const quint64 bits = readNumber(buffer, index * size, size);
-    switch (type.format) {
-        case values::ValueFormat::Boolean:
-            return bits != 0;
-        case values::ValueFormat::Signed:
-            return signExtended(bits, size);
-        case values::ValueFormat::Real:
-            if (size == int(sizeof(float)))
-                return sameBits<float>(quint32(bits));
-            return sameBits<double>(bits);
-        default:
-            return bits;
-    }
+    return values::valueOfBits(type, readNumber(buffer, index * size, size));
 }
-
-/// The bits of a number, whatever its kind.
-struct NumberBits {
-    quint64 operator()(bool value) const { return value ? 1 : 0; }
-    quint64 operator()(qint64 value) const { return quint64(value); }
-    quint64 operator()(quint64 value) const { return value; }
-    quint64 operator()(float value) const { return sameBits<quint32>(value); }
-    quint64 operator()(double value) const { return sameBits<quint64>(value); }
-    quint64 operator()(const QString&) const { return 0; }
-};
 
 /// The characters and the zero that ends them, which alone are sent: what lies behind it in the
 /// PLC's memory is not looked at.
@@ -118,7 +80,7 @@ WriteBuffer encodeNumbers(const DataPoint& point, const QVector<values::Value>& 
     const int width = isFlag ? 1 : qMax(2, size);
     WriteBuffer buffer;
     for (const values::Value& value : values)
-        appendNumber(std::visit(NumberBits(), value), width, &buffer.bytes);
+        appendNumber(values::valueBits(value), width, &buffer.bytes);
     buffer.count = int(values.size()) * (isFlag ? 1 : width / 2);
     buffer.wireBytes = int(values.size()) * size;
     return buffer;

@@ -114,7 +114,7 @@ void TcpLink::handleConnected()
     m_lastError = QAbstractSocket::UnknownSocketError;
     // Requests and replies are small and alternate; waiting to fill a segment only delays them.
     m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    if (m_capture != nullptr) {
+    if (m_capture) {
         m_capture->connected({m_socket->localAddress(), m_socket->localPort()},
                              {m_socket->peerAddress(), m_socket->peerPort()});
         m_end = std::make_unique<SocketEnd>(m_socket->socketDescriptor());
@@ -130,7 +130,7 @@ void TcpLink::send(const QByteArray& bytes)
     m_lastReceived.clear();
     m_socket->write(bytes);
     m_bytesSent += quint64(bytes.size());
-    if (m_capture != nullptr)
+    if (m_capture)
         m_capture->sent(capture::TcpConversation::Client, bytes);
 }
 
@@ -139,7 +139,7 @@ void TcpLink::receive()
     const QByteArray bytes = m_socket->readAll();
     m_lastReceived += bytes;
     m_bytesReceived += quint64(bytes.size());
-    if (m_capture != nullptr)
+    if (m_capture)
         m_capture->sent(capture::TcpConversation::Server, bytes);
     m_session->received(bytes, now());
     pump();

@@ -9,41 +9,22 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QTemporaryDir>
 
-#include "tests/support/test_folder.h"
+#include "tests/support/file_test.h"
 
 namespace plc::streams {
 namespace test {
-
-using plc::test::TestFolder;
 namespace {
 
-class FileReplacementTest : public ::testing::Test {
+class FileReplacementTest : public plc::test::FileTest {
 protected:
-    QString path(const char* name) const { return m_files.path(name); }
-    void put(const char* name, const char* text) const { m_files.put(path(name), text); }
-    std::string content(const char* name) const { return m_files.content(path(name)); }
-    std::string names() const { return m_files.names(); }
+    void put(const char* name, const char* text) const { files.put(path(name), text); }
+    std::string content(const char* name) const { return files.content(path(name)); }
     bool replace(const char* name, const QByteArray& bytes)
     {
         FileReplacement file(path(name));
         return succeeds(file.open()) && file.write(bytes) && succeeds(file.commit());
     }
-
-    /// Whether it succeeded; else `error` tells why not.
-    template <typename T>
-    bool succeeds(const Expected<T>& outcome)
-    {
-        error = outcome ? QString() : outcome.error().text;
-        return bool(outcome);
-    }
-
-    QString error;
-
-private:
-    QTemporaryDir m_folder;
-    TestFolder m_files{m_folder.path()};
 };
 
 TEST_F(FileReplacementTest, PutsTheNewFileInThePlaceOfTheOldOne)
