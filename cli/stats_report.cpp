@@ -67,7 +67,8 @@ QString firstValuesLine(int roundTrips)
     if (roundTrips == 0)
         return named("first values", QStringLiteral("  none yet"));
     return counted("first values", quint64(roundTrips)) +
-           QStringLiteral(" round trips after the login, at most");
+           (roundTrips == 1 ? QStringLiteral(" round trip") : QStringLiteral(" round trips")) +
+           QStringLiteral(" after the login, at most");
 }
 
 QString roundTripJson(const host::LatencyHistogram& times)

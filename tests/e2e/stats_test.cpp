@@ -135,7 +135,7 @@ TEST_F(Stats, AreASummaryInAPipe)
     EXPECT_EQ(14, outcome.lines.size()) << testing::PrintToString(outcome);
     EXPECT_TRUE(outcome.lines.value(0).startsWith(QStringLiteral("Measured at 127.0.0.1:")));
     EXPECT_TRUE(outcome.lines.value(12).startsWith(QStringLiteral("round trip      p50 ")));
-    EXPECT_EQ("first values             1 round trips after the login, at most",
+    EXPECT_EQ("first values             1 round trip after the login, at most",
               outcome.lines.value(13).toStdString());
     EXPECT_FALSE(outcome.lines.join(QString()).contains(QChar(0x1b)));
 }
