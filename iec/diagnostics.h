@@ -42,7 +42,6 @@ public:
     void warning(const Position& position, WarningKind kind, const QString& text);
 
     int errorCount() const { return m_errors; }
-    int warningCount() const { return int(m_list.size()) - m_errors; }
     bool isFull() const { return m_errors >= kMostErrors; }
     const QVector<Diagnostic>& list() const { return m_list; }
 
