@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "iec/parser.h"
+#include "iec/token_reader.h"
 #include "values/nearest_name.h"
 
 namespace plc::iec {

@@ -1,7 +1,6 @@
 #include "iec/parser.h"
 
 #include "iec/description.h"
-#include "iec/pragma.h"
 #include "values/nearest_name.h"
 
 namespace plc::iec {
@@ -36,28 +35,13 @@ const char* const kModifiers[] = {"ABSTRACT", "FINAL",     "PUBLIC",
 const char* const kQualifiers[] = {"RETAIN",  "PERSISTENT", "NON_RETAIN", "PUBLIC",
                                    "PRIVATE", "PROTECTED",  "INTERNAL"};
 
-/// No declaration goes beyond these.
-const char* const kDeclarationLimits[] = {
-    "END_VAR",   "END_STRUCT", "END_UNION", "END_TYPE", "END_PROGRAM",    "VAR",     "VAR_GLOBAL",
-    "VAR_INPUT", "VAR_OUTPUT", "TYPE",      "PROGRAM",  "FUNCTION_BLOCK", "FUNCTION"};
-
 } // namespace
-
-QString shownToken(const Token& token)
-{
-    switch (token.kind) {
-        case Token::End:
-            return QStringLiteral("the end of the file");
-        case Token::Broken:
-            return token.text + QStringLiteral(" without an end");
-        default:
-            return values::quoted(token.text);
-    }
-}
 
 Parser::Parser(const SourceFile& source, int file, Declarations* declarations,
                Diagnostics* diagnostics)
-    : m_lexer(source, file), m_declarations(declarations), m_diagnostics(diagnostics)
+    : TokenReader(source, file, diagnostics),
+      m_declarations(declarations),
+      m_diagnostics(diagnostics)
 {
 }
 
@@ -67,163 +51,6 @@ void Parser::parse(const Progressed& progressed)
     take();
     while (!atEnd() && !m_diagnostics->isFull())
         parseUnit();
-}
-
-// Tokens
-
-template <size_t count>
-bool Parser::atAny(const char* const (&keywords)[count]) const
-{
-    for (const char* keyword : keywords) {
-        if (at(keyword))
-            return true;
-    }
-    return false;
-}
-
-Token Parser::take()
-{
-    readPragmas(false);
-    Token taken = m_token;
-    m_token = m_isAbandoned ? Token() : m_lexer.next();
-    return taken;
-}
-
-bool Parser::skip(const char* keywordOrSymbol)
-{
-    if (!at(keywordOrSymbol))
-        return false;
-    take();
-    return true;
-}
-
-bool Parser::expect(const char* keywordOrSymbol)
-{
-    return skip(keywordOrSymbol) || fail(values::quoted(QLatin1String(keywordOrSymbol)));
-}
-
-/// From an opening parenthesis to the one that closes it.
-bool Parser::skipParentheses()
-{
-    int open = 0;
-    do {
-        open += at("(") ? 1 : at(")") ? -1 : 0;
-        take();
-        if (open > 0 && (atEnd() || at(";") || atAny(kDeclarationLimits)))
-            return fail(QStringLiteral("\")\""));
-    } while (open > 0);
-    return true;
-}
-
-void Parser::skipPast(const char* keyword)
-{
-    m_isSkipping = true;
-    skipFrom(take(), keyword);
-}
-
-/// `first` is where it began, and taken already.
-void Parser::skipFrom(const Token& first, const char* keyword)
-{
-    m_isSkipping = true;
-    while (!atEnd() && !at(keyword))
-        take();
-    if (atEnd() && !m_isAbandoned) {
-        m_diagnostics->warning(first.position, WarningKind::SkippedPart,
-                               QStringLiteral("%1 has no %2; the rest of the file was skipped")
-                                   .arg(first.text, QLatin1String(keyword)));
-    }
-    take();
-    m_isSkipping = false;
-}
-
-/// Only its name counts: for those who look for its instances.
-void Parser::skipFunctionBlock()
-{
-    m_isSkipping = true;
-    const Token first = take();
-    while (atAny(kModifiers))
-        take();
-    if (m_token.kind == Token::Name)
-        m_declarations->functionBlocks.insert(m_token.text.toLower());
-    skipFrom(first, "END_FUNCTION_BLOCK");
-}
-
-// Pragmas
-
-/// Those before the next token. What they say of the layout is kept for the structure that comes,
-/// if this is a place for it.
-void Parser::readPragmas(bool isClaimed)
-{
-    const QVector<Pragma> pragmas = m_isSkipping ? QVector<Pragma>() : m_token.pragmas;
-    m_token.pragmas.clear();
-    for (const Pragma& pragma : pragmas) {
-        const PragmaMeaning meaning = meaningOf(pragma);
-        const std::optional<int> alignment = packAlignment(meaning.value);
-        if (meaning.kind == PragmaMeaning::Conditional) {
-            warnOfPragma(pragma, QStringLiteral("conditions are not looked at: what stands behind "
-                                                "{IF} and {ELSE} is all read"));
-        } else if (meaning.kind == PragmaMeaning::Unknown) {
-            warnOfPragma(pragma, QStringLiteral("this pragma is not known and skipped; by its name "
-                                                "it may change addresses"));
-        } else if (meaning.kind == PragmaMeaning::PackMode && !alignment) {
-            warnOfPragma(pragma, QStringLiteral("found the pack_mode %1, expected 0, 1, 2, 4 or 8; "
-                                                "it is skipped, and addresses may differ")
-                                     .arg(values::quoted(meaning.value)));
-        } else if (meaning.kind == PragmaMeaning::PackMode) {
-            std::optional<Pack> before = m_pack;
-            m_pack = Pack{*alignment, pragma};
-            if (!isClaimed)
-                m_pack.swap(before);
-            if (before)
-                warnOfUselessPack(before->pragma);
-        }
-    }
-}
-
-/// No structure came for it.
-void Parser::dropPack()
-{
-    if (m_pack)
-        warnOfUselessPack(m_pack->pragma);
-    m_pack.reset();
-}
-
-void Parser::warnOfUselessPack(const Pragma& pragma)
-{
-    warnOfPragma(pragma,
-                 QStringLiteral("this pack_mode stands before no structure and is skipped"));
-}
-
-void Parser::warnOfPragma(const Pragma& pragma, const QString& text)
-{
-    m_diagnostics->warning(pragma.position, WarningKind::Layout, text);
-}
-
-/// Skips the rest of a declaration.
-void Parser::recover()
-{
-    m_pack.reset();
-    while (!atEnd() && !at(";") && !atAny(kDeclarationLimits))
-        take();
-    skip(";");
-}
-
-/// Always false.
-bool Parser::fail(const QString& expected)
-{
-    if (!m_isAbandoned) {
-        m_diagnostics->error(
-            m_token.position,
-            QStringLiteral("found %1, expected %2").arg(shownToken(m_token), expected));
-    }
-    return false;
-}
-
-void Parser::abandon(const QString& text)
-{
-    m_diagnostics->error(m_token.position, text);
-    m_isAbandoned = true;
-    take();
 }
 
 // The files as a whole
@@ -252,6 +79,18 @@ void Parser::parseUnit()
     } while (!atEnd() && !atAny(kUnitKeywords));
 }
 
+/// Only its name counts: for those who look for its instances.
+void Parser::skipFunctionBlock()
+{
+    setSkipping(true);
+    const Token first = take();
+    while (atAny(kModifiers))
+        take();
+    if (token().kind == Token::Name)
+        m_declarations->functionBlocks.insert(token().text.toLower());
+    skipFrom(first, "END_FUNCTION_BLOCK");
+}
+
 /// CONFIGURATION name; RESOURCE name ON name; TASK name (…);
 void Parser::parseConfigurationPart()
 {
@@ -265,7 +104,7 @@ void Parser::parseConfigurationPart()
 void Parser::parseProgram()
 {
     take();
-    if (m_token.kind != Token::Name) {
+    if (token().kind != Token::Name) {
         fail(QStringLiteral("the name of the program"));
         return;
     }
@@ -279,15 +118,15 @@ void Parser::parseProgram()
     scope.position = name.position;
     parseProgramSections(&scope);
     m_declarations->programs.append(scope);
-    m_isSkipping = true;
+    setSkipping(true);
     while (!atEnd() && !at("END_PROGRAM") && !atAny(kUnitKeywords)) {
-        if (m_token.kind == Token::Broken && m_token.text.endsWith(QLatin1String("comment")))
+        if (token().kind == Token::Broken && token().text.endsWith(QLatin1String("comment")))
             fail(QStringLiteral("END_PROGRAM"));
         take();
     }
     const bool isEnded = skip("END_PROGRAM");
-    m_isSkipping = false;
-    if (!isEnded && !m_isAbandoned) {
+    setSkipping(false);
+    if (!isEnded && !isAbandoned()) {
         m_diagnostics->warning(name.position, WarningKind::SkippedPart,
                                QStringLiteral("program %1 has no END_PROGRAM").arg(name.text));
     }
@@ -312,7 +151,7 @@ void Parser::parseVariables(QVector<Declaration>* variables)
     while (at("CONSTANT") || atAny(kQualifiers))
         isConstant = take().is("CONSTANT") || isConstant;
     while (!at("END_VAR")) {
-        if (atEnd() || atAny(kDeclarationLimits)) {
+        if (atEnd() || atDeclarationLimit()) {
             fail(QStringLiteral("a declaration or END_VAR for the %1 of line %2")
                      .arg(section.text)
                      .arg(section.position.line));
@@ -329,7 +168,7 @@ void Parser::parseVariables(QVector<Declaration>* variables)
 void Parser::parseTypes()
 {
     claimPragmas();
-    const std::optional<Pack> ofSection = m_pack;
+    const std::optional<Pack> ofSection = pack();
     const Token section = take();
     const int typesBefore = int(m_declarations->types.size());
     while (!at("END_TYPE")) {
@@ -342,7 +181,7 @@ void Parser::parseTypes()
             continue;
         recover();
         // The rest of a structure that could not be read.
-        if (!at("END_TYPE") && !atAny(kUnitKeywords) && atAny(kDeclarationLimits))
+        if (!at("END_TYPE") && !atAny(kUnitKeywords) && atDeclarationLimit())
             take();
     }
     take();
@@ -355,7 +194,7 @@ void Parser::parseTypes()
 bool Parser::parseTypeDefinition()
 {
     claimPragmas();
-    const Token name = m_token;
+    const Token name = token();
     TypeDefinition definition;
     if (name.kind != Token::Name)
         return fail(QStringLiteral("the name of a type or END_TYPE"));
@@ -367,7 +206,7 @@ bool Parser::parseTypeDefinition()
         extended = take().text;
     if (!expect(":"))
         return false;
-    const QVector<Comment> inside = m_token.comments;
+    const QVector<Comment> inside = token().comments;
     const std::shared_ptr<TypeSpec> type = parseType();
     Expression initial;
     if (!type || (at(":=") && !parseInitial(false, &initial)))
@@ -390,16 +229,16 @@ bool Parser::parseTypeDefinition()
 bool Parser::parseDeclaration(bool isConstant, QVector<Declaration>* list)
 {
     if (m_progressed)
-        m_progressed(m_lexer.offset());
+        m_progressed(offset());
     claimPragmas();
-    const Token first = m_token;
+    const Token first = token();
     QVector<Declaration> declarations;
     if (!parseNames(&declarations) || !parseAddress(&declarations))
         return false;
-    QVector<Comment> inside = m_token.comments;
+    QVector<Comment> inside = token().comments;
     if (!expect(":"))
         return false;
-    inside += m_token.comments;
+    inside += token().comments;
     const std::shared_ptr<TypeSpec> type = parseType();
     Expression initial;
     if (!type)
@@ -423,7 +262,7 @@ bool Parser::parseDeclaration(bool isConstant, QVector<Declaration>* list)
 bool Parser::parseNames(QVector<Declaration>* declarations)
 {
     do {
-        if (m_token.kind != Token::Name || atAny(kDeclarationLimits))
+        if (token().kind != Token::Name || atDeclarationLimit())
             return fail(QStringLiteral("a name"));
         const Token name = take();
         Declaration declaration;
@@ -438,7 +277,7 @@ bool Parser::parseAddress(QVector<Declaration>* declarations)
 {
     if (!skip("AT"))
         return true;
-    if (m_token.kind != Token::Address)
+    if (token().kind != Token::Address)
         return fail(QStringLiteral("an address such as %MW1.100"));
     if (declarations->size() > 1)
         return fail(QStringLiteral("one name before AT: variables cannot share an address"));
@@ -453,11 +292,11 @@ bool Parser::parseInitial(bool isKept, Expression* initial)
     take();
     if (at(";"))
         return fail(QStringLiteral("an initial value"));
-    while (!atEnd() && !at(";") && !atAny(kDeclarationLimits)) {
-        if (m_token.kind == Token::Broken)
+    while (!atEnd() && !at(";") && !atDeclarationLimit()) {
+        if (token().kind == Token::Broken)
             return fail(QStringLiteral("an initial value"));
         if (isKept && initial->size() <= kLongestExpression)
-            initial->append(m_token);
+            initial->append(token());
         take();
     }
     return true;
@@ -467,10 +306,10 @@ bool Parser::parseInitial(bool isKept, Expression* initial)
 /// stands behind it, or inside, or above.
 QString Parser::takeEnd(const Token& first, const QVector<Comment>& inside)
 {
-    const int line = m_token.position.line;
+    const int line = token().position.line;
     QString description;
     if (skip(";"))
-        description = descriptionBehind(m_token.comments, line);
+        description = descriptionBehind(token().comments, line);
     if (description.isEmpty())
         description = plainText(inside);
     return description.isEmpty() ? descriptionAbove(first) : description;
@@ -486,7 +325,7 @@ std::shared_ptr<TypeSpec> Parser::parseType()
     }
     ++m_depth;
     const auto type = std::make_shared<TypeSpec>();
-    type->position = m_token.position;
+    type->position = token().position;
     const bool isGood = parseTypeBody(type.get());
     --m_depth;
     return isGood ? type : nullptr;
@@ -512,7 +351,7 @@ bool Parser::parseTypeBody(TypeSpec* type)
 bool Parser::parseNamed(TypeSpec* type)
 {
     do {
-        if (m_token.kind != Token::Name || atAny(kDeclarationLimits))
+        if (token().kind != Token::Name || atDeclarationLimit())
             return fail(QStringLiteral("a type"));
         type->name = take().text;
     } while (skip("."));
@@ -550,21 +389,20 @@ bool Parser::parseArray(TypeSpec* type)
     if (!expect("]") || !expect("OF"))
         return false;
     type->element = parseType();
-    return type->element != nullptr;
+    return bool(type->element);
 }
 
 bool Parser::parseMembers(TypeSpec* type)
 {
     claimPragmas();
-    if (m_pack)
-        type->packAlignment = m_pack->alignment;
-    m_pack.reset();
+    if (const std::optional<Pack> pack = takePack())
+        type->packAlignment = pack->alignment;
     const Token opening = take();
     const bool isUnion = opening.is("UNION");
     const char* const end = isUnion ? "END_UNION" : "END_STRUCT";
     type->kind = isUnion ? TypeSpec::Union : TypeSpec::Structure;
     while (!at(end)) {
-        if (atEnd() || atAny(kDeclarationLimits)) {
+        if (atEnd() || atDeclarationLimit()) {
             return fail(QStringLiteral("a member or %1 for the %2 of line %3")
                             .arg(QLatin1String(end), opening.text)
                             .arg(opening.position.line));
@@ -585,7 +423,7 @@ bool Parser::parseEnumeration(TypeSpec* type)
     type->name = QStringLiteral("INT");
     take();
     do {
-        if (m_token.kind != Token::Name)
+        if (token().kind != Token::Name)
             return fail(QStringLiteral("the name of a value"));
         const Token name = take();
         Enumerator enumerator{name.text, name.position, {}};
@@ -595,7 +433,7 @@ bool Parser::parseEnumeration(TypeSpec* type)
     } while (skip(","));
     if (!expect(")"))
         return false;
-    if (m_token.kind == Token::Name && !atAny(kDeclarationLimits))
+    if (token().kind == Token::Name && !atDeclarationLimit())
         type->name = take().text;
     return true;
 }
@@ -605,7 +443,7 @@ bool Parser::parsePointer(TypeSpec* type)
     type->kind = TypeSpec::Pointer;
     if (!take().is("REF_TO") && !expect("TO"))
         return false;
-    return parseType() != nullptr;
+    return bool(parseType());
 }
 
 /// Up to what ends it at this place.
@@ -614,8 +452,8 @@ bool Parser::parseExpression(const char* expected, Expression* expression)
     int open = 0;
     for (;;) {
         const bool isClosing = open == 0 && (at("..") || at(",") || at(")") || at("]"));
-        if (isClosing || atEnd() || at(";") || m_token.kind == Token::Broken ||
-            atAny(kDeclarationLimits))
+        if (isClosing || atEnd() || at(";") || token().kind == Token::Broken ||
+            atDeclarationLimit())
             break;
         open += at("(") ? 1 : at(")") ? -1 : 0;
         expression->append(take());

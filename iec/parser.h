@@ -4,15 +4,14 @@
 #include <functional>
 
 #include "iec/declarations.h"
-#include "iec/diagnostics.h"
-#include "iec/lexer.h"
+#include "iec/token_reader.h"
 
 namespace plc::iec {
 
 /// Reads the declarations of one file: types, global variables, and the variables of programs. What
 /// else a file holds (statements, functions, function blocks) is skipped. After an error it goes on
 /// at the next declaration.
-class Parser {
+class Parser : private TokenReader {
 public:
     using Progressed = std::function<void(int characters)>;
 
@@ -26,6 +25,7 @@ public:
 private:
     // The files as a whole.
     void parseUnit();
+    void skipFunctionBlock();
     void parseConfigurationPart();
     void parseProgram();
     void parseProgramSections(Scope* scope);
@@ -51,47 +51,11 @@ private:
     bool parsePointer(TypeSpec* type);
     bool parseExpression(const char* expected, Expression* expression);
 
-    // Pragmas.
-    void readPragmas(bool isClaimed);
-    void claimPragmas() { readPragmas(true); }
-    void dropPack();
-    void warnOfUselessPack(const Pragma& pragma);
-    void warnOfPragma(const Pragma& pragma, const QString& text);
-
-    // Tokens.
-    bool at(const char* keywordOrSymbol) const { return m_token.is(keywordOrSymbol); }
-    bool atEnd() const { return m_token.kind == Token::End; }
-    template <size_t count>
-    bool atAny(const char* const (&keywords)[count]) const;
-    Token take();
-    bool skip(const char* keywordOrSymbol);
-    bool expect(const char* keywordOrSymbol);
-    bool skipParentheses();
-    void skipPast(const char* keyword);
-    void skipFrom(const Token& first, const char* keyword);
-    void skipFunctionBlock();
-    void recover();
-    bool fail(const QString& expected);
-    void abandon(const QString& text);
-
-    Lexer m_lexer;
     Declarations* m_declarations;
     Diagnostics* m_diagnostics;
     Progressed m_progressed;
-    Token m_token; ///< The next one.
-    /// Of a pack_mode that has not come to its structure yet.
-    struct Pack {
-        int alignment;
-        Pragma pragma;
-    };
-    std::optional<Pack> m_pack;
-    bool m_isSkipping = false; ///< What no variable comes from.
     int m_depth = 0;
-    bool m_isAbandoned = false;
 };
-
-/// The token in error texts: quoted, or what its end stands for.
-QString shownToken(const Token& token);
 
 } // namespace plc::iec
 
