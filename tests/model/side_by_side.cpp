@@ -4,13 +4,13 @@
 #include <cstring>
 #include <memory>
 #include <new>
-#include <random>
 
 #include "driver/label_access.h"
 #include "driver/list_access.h"
 #include "lists/read_list_rebuild.h"
 #include "lists/variable_lists.h"
 #include "model/library_side.h"
+#include "model/planned_reply.h"
 
 namespace plc {
 namespace model {
@@ -19,7 +19,6 @@ namespace {
 
 /// Up to this size the whole image is compared after each step, beyond it what the step touched.
 const std::size_t kSmallImage = 4096;
-const std::size_t kLargestPayload = 0xFFFF;
 
 /// What the callbacks of the driver were called with.
 std::vector<CallbackCall> driverCalls;
@@ -48,26 +47,6 @@ std::int32_t& wordOf(ComInfo& record, int word)
     return reinterpret_cast<std::int32_t*>(&record)[word];
 }
 
-Bytes frameWith(const Bytes& payload)
-{
-    const std::size_t size = std::min(payload.size(), kLargestPayload);
-    Bytes frame(6 + size, 0);
-    frame[0] = frame[1] = 0xBB;
-    frame[4] = std::uint8_t(size >> 8);
-    frame[5] = std::uint8_t(size);
-    std::copy_n(payload.begin(), size, frame.begin() + 6);
-    return frame;
-}
-
-Bytes randomPayload(std::size_t size, std::uint32_t seed)
-{
-    std::minstd_rand random(seed);
-    Bytes payload;
-    for (std::size_t i = 0; i < size; ++i)
-        payload.push_back(std::uint8_t(random() >> 8));
-    return payload;
-}
-
 } // namespace
 
 SideBySide::SideBySide()
@@ -85,34 +64,35 @@ Step SideBySide::concrete(const Step& step) const
     const TakeReply* takeReply = std::get_if<TakeReply>(&step);
     if (!takeReply || !takeReply->plan)
         return step;
-    return TakeReply{plannedReply(*takeReply->plan), takeReply->receivedOffset, std::nullopt};
+    return TakeReply{plannedReply(*takeReply->plan, m_model, m_lastReply),
+                     takeReply->receivedOffset, std::nullopt};
 }
 
 std::string SideBySide::take(const Step& step)
 {
-    m_difference.str(std::string());
+    m_differences.clear();
     m_model.image.forgetTouched();
     std::visit([this](const auto& call) { run(call); }, concrete(step));
     checkCounters();
-    checkRecord("reply record", m_model.reply, PLC_driver.reply);
-    checkList("cyclic list", m_model.readList, PLC_driver.readList);
-    checkList("write list", m_model.writeList, PLC_driver.writeList);
-    checkList("one-shot list", m_model.onceList, PLC_driver.onceReadList);
+    m_differences.checkRecord("reply record", m_model.reply, PLC_driver.reply);
+    m_differences.checkList("cyclic list", m_model.readList, PLC_driver.readList);
+    m_differences.checkList("write list", m_model.writeList, PLC_driver.writeList);
+    m_differences.checkList("one-shot list", m_model.onceList, PLC_driver.onceReadList);
     checkQueue();
     checkBatch();
     checkSettings();
     checkStations();
     checkCallbacks();
     checkImage();
-    return m_difference.str();
+    return m_differences.text();
 }
 
 std::string SideBySide::compareWholeImage()
 {
-    m_difference.str(std::string());
+    m_differences.clear();
     checkWholeImage();
     checkImageKeys();
-    return m_difference.str();
+    return m_differences.text();
 }
 
 void SideBySide::run(const SetSettings& step)
@@ -154,55 +134,57 @@ void SideBySide::run(const PassSymbols& step)
     m_model.passSymbols(*step.records);
     QList<Label_Type_Info> records = toQt(*step.records);
     PassVarName_2(&records);
-    check("records in the symbol table", m_model.labels.scopes().size(),
-          PLC_driver.symbolTable.size());
+    m_differences.check("records in the symbol table", m_model.labels.scopes().size(),
+                        PLC_driver.symbolTable.size());
 }
 
 void SideBySide::run(const AddRead& step)
 {
     if (!step.var) {
-        check("AddListReadVar(null)", 0, AddListReadVar(nullptr));
+        m_differences.check("AddListReadVar(null)", 0, AddListReadVar(nullptr));
         return;
     }
     RW_VAR var = toQt(*step.var);
-    check("result of AddListReadVar", m_model.addRead(*step.var), AddListReadVar(&var));
-    checkRecord("record given to AddListReadVar", *step.var, var);
+    m_differences.check("result of AddListReadVar", m_model.addRead(*step.var),
+                        AddListReadVar(&var));
+    m_differences.checkRecord("record given to AddListReadVar", *step.var, var);
 }
 
 void SideBySide::run(const AddWrite& step)
 {
     if (!step.var) {
-        check("AddListWriteVar(null)", 0, AddListWriteVar(nullptr, step.append));
+        m_differences.check("AddListWriteVar(null)", 0, AddListWriteVar(nullptr, step.append));
         return;
     }
     RW_VAR var = toQt(*step.var);
-    check("result of AddListWriteVar", m_model.addWrite(*step.var, step.append),
-          AddListWriteVar(&var, step.append));
-    checkRecord("record given to AddListWriteVar", *step.var, var);
+    m_differences.check("result of AddListWriteVar", m_model.addWrite(*step.var, step.append),
+                        AddListWriteVar(&var, step.append));
+    m_differences.checkRecord("record given to AddListWriteVar", *step.var, var);
 }
 
 void SideBySide::run(const AddOnce& step)
 {
     if (!step.var) {
-        check("AddListOnceReadVar(null)", 0, AddListOnceReadVar(nullptr, step.append));
+        m_differences.check("AddListOnceReadVar(null)", 0,
+                            AddListOnceReadVar(nullptr, step.append));
         return;
     }
     Variable expected = *step.var;
     RW_VAR var = toQt(*step.var);
-    check("result of AddListOnceReadVar", m_model.addOnce(expected, step.append),
-          AddListOnceReadVar(&var, step.append));
-    checkRecord("record given to AddListOnceReadVar", expected, var);
+    m_differences.check("result of AddListOnceReadVar", m_model.addOnce(expected, step.append),
+                        AddListOnceReadVar(&var, step.append));
+    m_differences.checkRecord("record given to AddListOnceReadVar", expected, var);
 }
 
 void SideBySide::run(const RebuildReadList& step)
 {
     if (!step.items) {
-        check("ReCreatReadVarList(null)", 0, ReCreatReadVarList(nullptr));
+        m_differences.check("ReCreatReadVarList(null)", 0, ReCreatReadVarList(nullptr));
         return;
     }
     QList<HostVarItem> items = toQt(*step.items);
-    check("result of ReCreatReadVarList", m_model.rebuildReadList(*step.items),
-          ReCreatReadVarList(&items));
+    m_differences.check("result of ReCreatReadVarList", m_model.rebuildReadList(*step.items),
+                        ReCreatReadVarList(&items));
 }
 
 void SideBySide::run(const Cut& step)
@@ -213,8 +195,8 @@ void SideBySide::run(const Cut& step)
     RW_VAR var = toQt(step.var);
     QList<RW_VAR> list;
     WhetherGroup(step.total, step.maxLen, &var, &list);
-    checkRecord("record given to WhetherGroup", expected, var);
-    checkList("list of WhetherGroup", expectedList, list);
+    m_differences.checkRecord("record given to WhetherGroup", expected, var);
+    m_differences.checkList("list of WhetherGroup", expectedList, list);
 }
 
 void SideBySide::run(const Fold& step)
@@ -229,13 +211,13 @@ void SideBySide::run(const Fold& step)
     }
     m_model.foldInto(expected, step.maxLen);
     BitVarReCreat(&group, step.maxLen);
-    checkList("list given to BitVarReCreat", expected, group);
+    m_differences.checkList("list given to BitVarReCreat", expected, group);
 }
 
 void SideBySide::run(const AskAddress& step)
 {
-    check("result of PLCAddressChangeIntef", m_model.addressOf(step.label),
-          PLCAddressChangeIntef(0, toQt(step.label)));
+    m_differences.check("result of PLCAddressChangeIntef", m_model.addressOf(step.label),
+                        PLCAddressChangeIntef(0, toQt(step.label)));
 }
 
 void SideBySide::run(const ResolveLabel& step)
@@ -249,25 +231,28 @@ void SideBySide::run(const ResolveLabel& step)
     expected.address = kKeptAddress;
     expected.areaIndex = kKeptArea;
     ControlInformationM info = {kKeptType, kKeptAddress, kKeptArea};
-    check("result of get_label_address_info", m_model.labels.resolve(step.label, expected),
-          get_label_address_info(toQt(step.label), info));
-    check("resolved type", int(expected.dataType), int(info.dataType));
-    check("resolved address", expected.address, info.address);
-    check("resolved area", expected.areaIndex, info.areaIndex);
+    m_differences.check("result of get_label_address_info",
+                        m_model.labels.resolve(step.label, expected),
+                        get_label_address_info(toQt(step.label), info));
+    m_differences.check("resolved type", int(expected.dataType), int(info.dataType));
+    m_differences.check("resolved address", expected.address, info.address);
+    m_differences.check("resolved area", expected.areaIndex, info.areaIndex);
 }
 
 void SideBySide::run(const ReadValue& step)
 {
     const QString label = toQt(step.label);
     if (!step.hasBuffer) {
-        check("GetRegisterData into null", 0, GetRegisterData(label, 0, 0, 0, nullptr, step.count));
+        m_differences.check("GetRegisterData into null", 0,
+                            GetRegisterData(label, 0, 0, 0, nullptr, step.count));
         return;
     }
     Bytes expected;
     QByteArray value("old contents");
-    check("result of GetRegisterData", m_model.readValue(step.label, step.count, expected),
-          GetRegisterData(label, 1, 2, 3, &value, step.count));
-    check("value of GetRegisterData", toQt(expected).toHex(), value.toHex());
+    m_differences.check("result of GetRegisterData",
+                        m_model.readValue(step.label, step.count, expected),
+                        GetRegisterData(label, 1, 2, 3, &value, step.count));
+    m_differences.check("value of GetRegisterData", toQt(expected).toHex(), value.toHex());
 }
 
 void SideBySide::run(const WriteValue& step)
@@ -275,28 +260,28 @@ void SideBySide::run(const WriteValue& step)
     const QString label = toQt(step.label);
     const QString subLabel = toQt(step.subLabel);
     if (!step.value) {
-        check("SetRegisterData from null", 0,
-              SetRegisterData(label, 0, subLabel, step.station, nullptr, step.count, step.category,
-                              step.aux1));
+        m_differences.check("SetRegisterData from null", 0,
+                            SetRegisterData(label, 0, subLabel, step.station, nullptr, step.count,
+                                            step.category, step.aux1));
         return;
     }
     QByteArray value = toQt(*step.value);
-    check("result of SetRegisterData",
-          m_model.writeValue(step.label, step.subLabel, step.station, *step.value, step.count,
-                             step.category, step.aux1),
-          SetRegisterData(label, 0, subLabel, step.station, &value, step.count, step.category,
-                          step.aux1));
-    check("value given to SetRegisterData", toQt(*step.value).toHex(), value.toHex());
+    m_differences.check("result of SetRegisterData",
+                        m_model.writeValue(step.label, step.subLabel, step.station, *step.value,
+                                           step.count, step.category, step.aux1),
+                        SetRegisterData(label, 0, subLabel, step.station, &value, step.count,
+                                        step.category, step.aux1));
+    m_differences.check("value given to SetRegisterData", toQt(*step.value).toHex(), value.toHex());
 }
 
 void SideBySide::run(const Ask&)
 {
     const bool hasRequest = m_model.nextRequest();
     const Protocol* request = ComCommunication();
-    check("a request is returned", hasRequest, request != nullptr);
+    m_differences.check("a request is returned", hasRequest, request != nullptr);
     if (request && !PLC_driver.requestQueue.isEmpty())
-        check("the head of the queue is returned", true,
-              request == &PLC_driver.requestQueue.first());
+        m_differences.check("the head of the queue is returned", true,
+                            request == &PLC_driver.requestQueue.first());
 }
 
 void SideBySide::run(const ChangeRequest& step)
@@ -334,194 +319,40 @@ void SideBySide::run(const TakeReply& step)
         QByteArray bytes = QByteArray::fromRawData(block.get(), size);
         outcome = DataCom(&bytes, size + step.receivedOffset);
     }
-    check("the reply record is returned", true, outcome == &PLC_driver.reply);
-}
-
-/// What the PLC answers to the request that waits.
-Bytes SideBySide::goodReply(std::uint32_t seed) const
-{
-    const std::size_t kIdentificationPayload = 200;
-    const std::size_t kFilePayload = 30;
-    const Bytes acknowledgement = {0, 0};
-    if (m_model.queue.empty())
-        return frameWith(acknowledgement);
-    const Bytes& request = m_model.queue.front().frame;
-    switch (request[6]) {
-        case 0x01:
-            return frameWith(randomPayload(kIdentificationPayload, seed));
-        case 0x31:
-            return frameWith(randomPayload(kFilePayload, seed));
-        case 0x2E: {
-            std::size_t size = 6;
-            for (const Variable& var : m_model.batch)
-                size += 1 + std::size_t(std::uint16_t(var.length));
-            Bytes payload = randomPayload(std::min(size, kLargestPayload), seed);
-            std::fill(payload.begin(), payload.begin() + 6, std::uint8_t(0));
-            return frameWith(payload);
-        }
-        default:
-            return frameWith(acknowledgement);
-    }
-}
-
-Bytes SideBySide::plannedReply(const ReplyPlan& plan) const
-{
-    Bytes reply = goodReply(plan.seed);
-    const std::size_t number = std::size_t(std::max(plan.number, 0));
-    switch (plan.kind) {
-        case ReplyPlan::Good:
-            break;
-        case ReplyPlan::Again:
-            return m_lastReply;
-        case ReplyPlan::Head:
-            reply.resize(std::min(number, reply.size()));
-            break;
-        case ReplyPlan::Tail:
-            reply.erase(reply.begin(),
-                        reply.begin() + std::ptrdiff_t(std::min(number, reply.size())));
-            break;
-        case ReplyPlan::Longer:
-            reply.resize(reply.size() + number, 0xBB);
-            break;
-        case ReplyPlan::Joined: {
-            const Bytes second = reply;
-            reply.insert(reply.end(), second.begin(), second.end());
-            break;
-        }
-        case ReplyPlan::Status:
-            reply[6] = std::uint8_t(number >> 8);
-            reply[7] = std::uint8_t(number);
-            break;
-        case ReplyPlan::ToldLength:
-            reply[4] = std::uint8_t(number >> 8);
-            reply[5] = std::uint8_t(number);
-            break;
-        case ReplyPlan::Empty:
-            reply.clear();
-            break;
-        case ReplyPlan::EmptyFrame:
-            return frameWith(Bytes(number, 0));
-        case ReplyPlan::DifferentByte:
-            reply[number % reply.size()] ^= std::uint8_t(1 + plan.seed % 255);
-            break;
-        case ReplyPlan::LoginPayload:
-            return frameWith(randomPayload(number, plan.seed));
-    }
-    return reply;
-}
-
-namespace {
-
-void show(std::ostream& out, const QByteArray& text)
-{
-    out << text.constData();
-}
-
-template <typename Number>
-void show(std::ostream& out, const Number& number)
-{
-    out << number;
-}
-
-std::string hexOf(const QByteArray& bytes)
-{
-    const int kShown = 64;
-    std::string text;
-    for (int i = 0; i < qMin(kShown, int(bytes.size())); ++i)
-        text += (i ? " " : "") + std::string(bytes.mid(i, 1).toHex().constData());
-    return text + (bytes.size() > kShown ? " ..." : "");
-}
-
-std::string textOf(const RW_VAR& var)
-{
-    std::ostringstream out;
-    out << "category " << var.category << ", aux1 " << var.aux1 << ", aux2 " << var.aux2
-        << ", aux3 " << var.aux3 << ", deviceNo " << var.deviceNo << ", result " << var.result
-        << ", label \"" << var.label.toStdString() << "\", subLabel \""
-        << var.subLabel.toStdString() << "\", dataType " << var.dataType << ", address "
-        << var.address << ", station " << var.station << ", length " << var.length << ", aux12 "
-        << var.aux12 << ", areaIndex " << var.areaIndex << ", data " << hexOf(var.data);
-    return out.str();
-}
-
-std::string textOf(const Protocol& request)
-{
-    std::ostringstream out;
-    out << "frameLength " << request.frameLength << ", replyLength " << request.replyLength
-        << ", dataOffset " << request.dataOffset << ", minReplyLength " << request.minReplyLength
-        << ", frame " << hexOf(request.frame) << ", var: " << textOf(request.var);
-    return out.str();
-}
-
-} // namespace
-
-template <typename Expected, typename Actual>
-void SideBySide::check(const char* what, const Expected& expected, const Actual& actual)
-{
-    if (Actual(expected) == actual)
-        return;
-    m_difference << what << ": model ";
-    show(m_difference, expected);
-    m_difference << ", driver ";
-    show(m_difference, actual);
-    m_difference << '\n';
-}
-
-void SideBySide::checkRecord(const char* what, const Variable& expected, const RW_VAR& actual)
-{
-    if (!isSame(actual, expected))
-        m_difference << what << ":\n  model  " << textOf(toQt(expected)) << "\n  driver "
-                     << textOf(actual) << '\n';
-}
-
-void SideBySide::checkList(const char* what, const std::vector<Variable>& expected,
-                           const QList<RW_VAR>& actual)
-{
-    check(what, expected.size(), std::size_t(actual.size()));
-    if (expected.size() != std::size_t(actual.size()))
-        return;
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        if (isSame(actual.at(int(i)), expected[i]))
-            continue;
-        m_difference << "entry " << i << " of the ";
-        checkRecord(what, expected[i], actual.at(int(i)));
-        return;
-    }
+    m_differences.check("the reply record is returned", true, outcome == &PLC_driver.reply);
 }
 
 void SideBySide::checkQueue()
 {
     const QList<Protocol>& actual = PLC_driver.requestQueue;
-    check("requests in the queue", m_model.queue.size(), std::size_t(actual.size()));
+    m_differences.check("requests in the queue", m_model.queue.size(), std::size_t(actual.size()));
     if (m_model.queue.size() != std::size_t(actual.size()))
         return;
-    for (std::size_t i = 0; i < m_model.queue.size(); ++i) {
-        if (!isSame(actual.at(int(i)), m_model.queue[i]))
-            m_difference << "request " << i << ":\n  model  " << textOf(toQt(m_model.queue[i]))
-                         << "\n  driver " << textOf(actual.at(int(i))) << '\n';
-    }
+    for (std::size_t i = 0; i < m_model.queue.size(); ++i)
+        m_differences.checkRequest(int(i), m_model.queue[i], actual.at(int(i)));
 }
 
 void SideBySide::checkBatch()
 {
-    check("entries in the batch", m_model.batch.size(), std::size_t(PLC_driver.batchCount));
+    m_differences.check("entries in the batch", m_model.batch.size(),
+                        std::size_t(PLC_driver.batchCount));
     if (m_model.batch.size() != std::size_t(PLC_driver.batchCount))
         return;
     for (std::size_t i = 0; i < m_model.batch.size(); ++i)
-        checkRecord("batch entry", m_model.batch[i], PLC_driver.batch[i]);
+        m_differences.checkRecord("batch entry", m_model.batch[i], PLC_driver.batch[i]);
 }
 
 void SideBySide::checkSettings()
 {
     for (int record = 0; record < kSettingsRecords; ++record) {
-        check("settings record in use", m_model.settings == &m_modelSettings[record],
-              PLC_driver.settings == &m_settings[record]);
+        m_differences.check("settings record in use", m_model.settings == &m_modelSettings[record],
+                            PLC_driver.settings == &m_settings[record]);
         for (int word = 0; word < kSettingsWords; ++word) {
             const int expected = m_modelSettings[record].word[word];
             const int actual = wordOf(m_settings[record], word);
             if (expected != actual)
-                m_difference << "word " << word << " of settings record " << record << ": model "
-                             << expected << ", driver " << actual << '\n';
+                m_differences.add() << "word " << word << " of settings record " << record
+                                    << ": model " << expected << ", driver " << actual << '\n';
         }
     }
 }
@@ -529,23 +360,25 @@ void SideBySide::checkSettings()
 void SideBySide::checkStations()
 {
     const QMap<int, int>& actual = PLC_driver.disabledStations;
-    check("stations switched off", m_model.stationsOff.size(), std::size_t(actual.size()));
+    m_differences.check("stations switched off", m_model.stationsOff.size(),
+                        std::size_t(actual.size()));
     for (int station : m_model.stationsOff)
-        check("value of a station switched off", 0, actual.value(station, -1));
+        m_differences.check("value of a station switched off", 0, actual.value(station, -1));
 }
 
 void SideBySide::checkCallbacks()
 {
-    check("callbacks called", m_model.calls.size(), driverCalls.size());
+    m_differences.check("callbacks called", m_model.calls.size(), driverCalls.size());
     for (std::size_t i = 0; i < std::min(m_model.calls.size(), driverCalls.size()); ++i) {
         if (m_model.calls[i] == driverCalls[i])
             continue;
         const std::int32_t* expected = m_model.calls[i].argument;
         const std::int32_t* actual = driverCalls[i].argument;
-        m_difference << "callback " << i << ": model kind " << m_model.calls[i].kind << " ("
-                     << expected[0] << ", " << expected[1] << ", " << expected[2] << ", "
-                     << expected[3] << "), driver kind " << driverCalls[i].kind << " (" << actual[0]
-                     << ", " << actual[1] << ", " << actual[2] << ", " << actual[3] << ")\n";
+        m_differences.add() << "callback " << i << ": model kind " << m_model.calls[i].kind << " ("
+                            << expected[0] << ", " << expected[1] << ", " << expected[2] << ", "
+                            << expected[3] << "), driver kind " << driverCalls[i].kind << " ("
+                            << actual[0] << ", " << actual[1] << ", " << actual[2] << ", "
+                            << actual[3] << ")\n";
     }
     m_model.calls.clear();
     driverCalls.clear();
@@ -557,18 +390,19 @@ void SideBySide::checkImageByte(ImageModel::Key key, std::uint8_t expected)
     const int actual = PLC_driver.localImage.value(key);
     if (exists && actual == expected)
         return;
-    m_difference << "image byte " << std::hex << key << std::dec << ": model " << int(expected)
-                 << ", driver ";
+    std::ostream& difference = m_differences.add();
+    difference << "image byte " << std::hex << key << std::dec << ": model " << int(expected)
+               << ", driver ";
     if (exists)
-        m_difference << actual << '\n';
+        difference << actual << '\n';
     else
-        m_difference << "none\n";
+        difference << "none\n";
 }
 
 void SideBySide::checkWholeImage()
 {
-    check("bytes in the image", m_model.image.bytes().size(),
-          std::size_t(PLC_driver.localImage.size()));
+    m_differences.check("bytes in the image", m_model.image.bytes().size(),
+                        std::size_t(PLC_driver.localImage.size()));
     for (const auto& byte : m_model.image.bytes())
         checkImageByte(byte.first, byte.second);
 }
@@ -579,7 +413,7 @@ void SideBySide::checkImageKeys()
     const auto& bytes = m_model.image.bytes();
     const bool isSame = std::equal(bytes.begin(), bytes.end(), keys.begin(), keys.end(),
                                    [](const auto& byte, quint64 key) { return byte.first == key; });
-    check("the keys of the image are those of the model", true, isSame);
+    m_differences.check("the keys of the image are those of the model", true, isSame);
 }
 
 void SideBySide::checkImage()
@@ -589,27 +423,28 @@ void SideBySide::checkImage()
         checkWholeImage();
         return;
     }
-    check("bytes in the image", bytes.size(), std::size_t(PLC_driver.localImage.size()));
+    m_differences.check("bytes in the image", bytes.size(),
+                        std::size_t(PLC_driver.localImage.size()));
     for (ImageModel::Key key : m_model.image.touched())
         checkImageByte(key, bytes.at(key));
 }
 
 void SideBySide::checkCounters()
 {
-    check("result callback registered", m_model.hasResultCallback,
-          PLC_driver.resultCallback != nullptr);
-    check("failure callback registered", m_model.hasFailureCallback,
-          PLC_driver.failureCallback != nullptr);
-    check("lastKind", m_model.lastKind, PLC_driver.lastKind);
-    check("writeTries", m_model.writeTries, PLC_driver.writeTries);
-    check("onceTries", m_model.onceTries, PLC_driver.onceTries);
-    check("cycleCount", m_model.cycleCount, PLC_driver.cycleCount);
-    check("failed", m_model.failed, int(PLC_driver.failed));
-    check("loggedIn", m_model.loggedIn, PLC_driver.loggedIn);
-    check("plcInfo1", m_model.plcInfo1, int(PLC_driver.plcInfo1));
-    check("plcInfo2", m_model.plcInfo2, int(PLC_driver.plcInfo2));
-    check("entries in the spare lists", 0,
-          int(PLC_driver.spareList.size() + PLC_driver.extendList.size()));
+    m_differences.check("result callback registered", m_model.hasResultCallback,
+                        bool(PLC_driver.resultCallback));
+    m_differences.check("failure callback registered", m_model.hasFailureCallback,
+                        bool(PLC_driver.failureCallback));
+    m_differences.check("lastKind", m_model.lastKind, PLC_driver.lastKind);
+    m_differences.check("writeTries", m_model.writeTries, PLC_driver.writeTries);
+    m_differences.check("onceTries", m_model.onceTries, PLC_driver.onceTries);
+    m_differences.check("cycleCount", m_model.cycleCount, PLC_driver.cycleCount);
+    m_differences.check("failed", m_model.failed, int(PLC_driver.failed));
+    m_differences.check("loggedIn", m_model.loggedIn, PLC_driver.loggedIn);
+    m_differences.check("plcInfo1", m_model.plcInfo1, int(PLC_driver.plcInfo1));
+    m_differences.check("plcInfo2", m_model.plcInfo2, int(PLC_driver.plcInfo2));
+    m_differences.check("entries in the spare lists", 0,
+                        int(PLC_driver.spareList.size() + PLC_driver.extendList.size()));
 }
 
 } // namespace model

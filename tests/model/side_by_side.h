@@ -1,10 +1,10 @@
 #ifndef PLC_TESTS_MODEL_SIDE_BY_SIDE_H
 #define PLC_TESTS_MODEL_SIDE_BY_SIDE_H
 
-#include <sstream>
 #include <string>
 
 #include "driver/Communication_Protocol.h"
+#include "model/differences.h"
 #include "model/driver_model.h"
 #include "model/steps.h"
 
@@ -51,14 +51,6 @@ private:
     void run(const ChangeRequest& step);
     void run(const TakeReply& step);
 
-    Bytes goodReply(std::uint32_t seed) const;
-    Bytes plannedReply(const ReplyPlan& plan) const;
-
-    template <typename Expected, typename Actual>
-    void check(const char* what, const Expected& expected, const Actual& actual);
-    void checkRecord(const char* what, const Variable& expected, const RW_VAR& actual);
-    void checkList(const char* what, const std::vector<Variable>& expected,
-                   const QList<RW_VAR>& actual);
     void checkQueue();
     void checkBatch();
     void checkSettings();
@@ -74,7 +66,7 @@ private:
     Settings m_modelSettings[kSettingsRecords];
     ComInfo m_settings[kSettingsRecords];
     Bytes m_lastReply;
-    std::ostringstream m_difference;
+    Differences m_differences;
 };
 
 } // namespace model
