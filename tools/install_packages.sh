@@ -23,3 +23,6 @@ install_packages() {
 }
 
 build_packages=(cmake ninja-build g++ ccache libsimdjson-dev libsqlite3-dev)
+
+# What the gateway is built with, and the broker that it is shown with.
+gateway_packages=(libmosquitto-dev libprotobuf-dev protobuf-compiler libmicrohttpd-dev libsystemd-dev mosquitto)
