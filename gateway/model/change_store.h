@@ -36,6 +36,8 @@ public:
     virtual QVector<StoredChange> oldest(qint64 behind, int count) = 0;
     /// These have reached the broker.
     virtual void removeUpTo(qint64 number) = 0;
+    /// The number of the newest that was ever appended; 0: none.
+    virtual qint64 last() const = 0;
     virtual quint64 size() const = 0;
     /// Counts changes that are lost for another reason than a full store.
     virtual void countDropped(quint64 changes) = 0;
