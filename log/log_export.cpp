@@ -16,11 +16,11 @@ bool writeRow(streams::FileReplacement* file, const QStringList& fields)
 }
 
 /// Returns the number of records written, also after a failure of either side.
-qint64 writeRows(SqliteStatement* rows, SqliteStatement::Step* last, streams::FileReplacement* file,
-                 qint64 total, const ExportProgress& progress)
+qint64 writeRows(database::SqliteStatement* rows, database::SqliteStatement::Step* last,
+                 streams::FileReplacement* file, qint64 total, const ExportProgress& progress)
 {
     qint64 done = 0;
-    while ((*last = rows->step()) == SqliteStatement::Row) {
+    while ((*last = rows->step()) == database::SqliteStatement::Row) {
         if (!writeRow(file, {rows->text(0), rows->text(1), rows->text(2), rows->text(3)}))
             break;
         progress(++done, total);
@@ -36,7 +36,7 @@ Expected<qint64> exportLog(const QString& databasePath, const QString& csvPath,
     bool ignored = false;
     if (!isMediumFailing)
         isMediumFailing = &ignored;
-    SqliteDatabase database;
+    database::SqliteDatabase database;
     const auto databaseFailure = [&] {
         *isMediumFailing = database.isMediumFailing();
         return Error{database.error()};
@@ -49,16 +49,16 @@ Expected<qint64> exportLog(const QString& databasePath, const QString& csvPath,
     if (QFileInfo::exists(csvPath))
         return Error{QStringLiteral("%1 exists; remove it or name another file").arg(csvPath)};
     const std::optional<qint64> total = database.number("SELECT count(*) FROM sample");
-    SqliteStatement rows(database, "SELECT time, label, value, state FROM log");
+    database::SqliteStatement rows(database, "SELECT time, label, value, state FROM log");
     if (!total || !rows.isPrepared())
         return databaseFailure();
     streams::FileReplacement file(csvPath);
     if (const Expected<void> opened = file.open(); !opened)
         return opened.error();
     writeRow(&file, logColumns());
-    SqliteStatement::Step last = SqliteStatement::Done;
+    database::SqliteStatement::Step last = database::SqliteStatement::Done;
     const qint64 done = writeRows(&rows, &last, &file, *total, progress);
-    if (last == SqliteStatement::Failed)
+    if (last == database::SqliteStatement::Failed)
         return databaseFailure();
     const Expected<void> committed = file.commit();
     *isMediumFailing = !committed;

@@ -35,7 +35,7 @@ const char kSchema[] = R"(
 const char kSafety[] = "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL";
 
 /// Whether the database holds a log; nothing when it cannot be read.
-std::optional<bool> isLog(SqliteDatabase* database)
+std::optional<bool> isLog(database::SqliteDatabase* database)
 {
     const std::optional<qint64> id = database->number("PRAGMA application_id");
     return id ? std::optional<bool>(*id == kApplicationId) : std::nullopt;
@@ -47,7 +47,7 @@ Error refusal(const QString& path)
                 .arg(path)};
 }
 
-Expected<void> openOrBegin(const QString& path, SqliteDatabase* database)
+Expected<void> openOrBegin(const QString& path, database::SqliteDatabase* database)
 {
     if (!database->open(path, true))
         return Error{database->error()};
@@ -63,7 +63,7 @@ Expected<void> openOrBegin(const QString& path, SqliteDatabase* database)
 
 } // namespace
 
-Expected<void> openLogDatabase(const QString& path, SqliteDatabase* database)
+Expected<void> openLogDatabase(const QString& path, database::SqliteDatabase* database)
 {
     const std::optional<bool> isOurs =
         database->open(path, false) ? isLog(database) : std::optional<bool>();
@@ -97,7 +97,7 @@ bool SqliteLog::prepare()
 {
     m_version = m_database.number("PRAGMA user_version").value_or(0);
     const auto statement = [this](const char* text) {
-        return std::make_unique<SqliteStatement>(m_database, text);
+        return std::make_unique<database::SqliteStatement>(m_database, text);
     };
     m_insertLabel = statement("INSERT OR IGNORE INTO label(name) VALUES(?)");
     m_findLabel = statement("SELECT id FROM label WHERE name = ?");
@@ -130,7 +130,7 @@ bool SqliteLog::insert(const QVector<LogRecord>& records)
             .bind(2, record.value)
             .bind(3, record.number)
             .bind(4, logStateWord(knownState(record.state)));
-        if (m_insertSample->step() != SqliteStatement::Done)
+        if (m_insertSample->step() != database::SqliteStatement::Done)
             return false;
     }
     return true;
@@ -141,9 +141,9 @@ qint64 SqliteLog::labelId(const QString& label)
     const auto known = m_labelIds.constFind(label);
     if (known != m_labelIds.constEnd())
         return *known;
-    if (m_insertLabel->bind(0, label).step() != SqliteStatement::Done)
+    if (m_insertLabel->bind(0, label).step() != database::SqliteStatement::Done)
         return -1;
-    if (m_findLabel->bind(0, label).step() != SqliteStatement::Row)
+    if (m_findLabel->bind(0, label).step() != database::SqliteStatement::Row)
         return -1;
     const qint64 id = m_findLabel->number(0);
     m_findLabel->step(); // to its end

@@ -5,8 +5,8 @@
 
 #include <memory>
 
+#include "database/sqlite_database.h"
 #include "log/log_writer.h"
-#include "log/sqlite_database.h"
 
 namespace plc::log {
 
@@ -36,16 +36,16 @@ private:
     /// Returns -1 on failure.
     qint64 labelId(const QString& label);
 
-    SqliteDatabase m_database;
+    database::SqliteDatabase m_database;
     qint64 m_version = 0; ///< Of the tables.
-    std::unique_ptr<SqliteStatement> m_insertLabel;
-    std::unique_ptr<SqliteStatement> m_findLabel;
-    std::unique_ptr<SqliteStatement> m_insertSample;
+    std::unique_ptr<database::SqliteStatement> m_insertLabel;
+    std::unique_ptr<database::SqliteStatement> m_findLabel;
+    std::unique_ptr<database::SqliteStatement> m_insertSample;
     QHash<QString, qint64> m_labelIds; ///< Of this program's run.
 };
 
 /// Opens a database that holds a log.
-Expected<void> openLogDatabase(const QString& path, SqliteDatabase* database);
+Expected<void> openLogDatabase(const QString& path, database::SqliteDatabase* database);
 
 } // namespace plc::log
 

@@ -26,18 +26,18 @@ protected:
     /// The rows of a query, columns separated by |.
     std::string rows(const char* query)
     {
-        SqliteDatabase database;
+        database::SqliteDatabase database;
         EXPECT_TRUE(database.open(file, false));
-        SqliteStatement statement(database, query);
+        database::SqliteStatement statement(database, query);
         EXPECT_TRUE(statement.isPrepared()) << database.error().toStdString();
         std::string text;
-        while (statement.step() == SqliteStatement::Row)
+        while (statement.step() == database::SqliteStatement::Row)
             text += statement.text(0).toStdString() + "\n";
         return text;
     }
     void execute(const char* statements)
     {
-        SqliteDatabase database;
+        database::SqliteDatabase database;
         ASSERT_TRUE(database.open(file, true));
         ASSERT_TRUE(database.execute(statements)) << database.error().toStdString();
     }

@@ -1,6 +1,7 @@
-#ifndef PLC_LOG_SQLITE_DATABASE_H
-#define PLC_LOG_SQLITE_DATABASE_H
+#ifndef PLC_DATABASE_SQLITE_DATABASE_H
+#define PLC_DATABASE_SQLITE_DATABASE_H
 
+#include <QtCore/QByteArray>
 #include <QtCore/QString>
 
 #include <memory>
@@ -9,7 +10,7 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-namespace plc::log {
+namespace plc::database {
 
 /// An SQLite database in a file. Each call that fails returns false and leaves its reason in
 /// error(), which begins with the file's name.
@@ -30,6 +31,12 @@ public:
     QString error() const;
     /// Whether the last call failed because the disk is full or does not work.
     bool isMediumFailing() const;
+    /// Whether the last call failed because the file is no database, or a damaged one.
+    bool isDamaged() const;
+    /// Whether the last call failed because another process holds the database.
+    bool isHeldByAnother() const;
+    /// Rows that the last statement changed.
+    int changedRows() const;
     sqlite3* handle() const { return m_handle; }
 
 private:
@@ -50,18 +57,23 @@ public:
     SqliteStatement& bind(int parameter, const QString& text);
     SqliteStatement& bind(int parameter, qint64 number);
     SqliteStatement& bind(int parameter, const std::optional<double>& number);
+    /// Bytes, which may be none, but are never null.
+    SqliteStatement& bind(int parameter, const QByteArray& bytes);
 
     enum Step { Row, Done, Failed };
     /// Goes on to the next row, or to the end, behind which the statement is ready to run again.
     Step step();
+    /// Makes it ready to run again before its end.
+    void reset();
 
     QString text(int column) const;
     qint64 number(int column) const;
+    QByteArray bytes(int column) const;
 
 private:
     sqlite3_stmt* m_handle = nullptr;
 };
 
-} // namespace plc::log
+} // namespace plc::database
 
 #endif

@@ -1,4 +1,4 @@
-#include "log/sqlite_database.h"
+#include "database/sqlite_database.h"
 
 #include <sqlite3.h>
 
@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-namespace plc::log {
+namespace plc::database {
 namespace {
 
 /// Others that have the database open hold it for moments only.
@@ -61,6 +61,23 @@ bool SqliteDatabase::isMediumFailing() const
     return result == SQLITE_FULL || result == SQLITE_IOERR;
 }
 
+bool SqliteDatabase::isDamaged() const
+{
+    const int result = ::sqlite3_errcode(m_handle);
+    return result == SQLITE_CORRUPT || result == SQLITE_NOTADB;
+}
+
+bool SqliteDatabase::isHeldByAnother() const
+{
+    const int result = ::sqlite3_errcode(m_handle);
+    return result == SQLITE_BUSY || result == SQLITE_LOCKED;
+}
+
+int SqliteDatabase::changedRows() const
+{
+    return ::sqlite3_changes(m_handle);
+}
+
 SqliteStatement::SqliteStatement(SqliteDatabase& database, const char* statement)
 {
     ::sqlite3_prepare_v2(database.handle(), statement, -1, &m_handle, nullptr);
@@ -94,6 +111,14 @@ SqliteStatement& SqliteStatement::bind(int parameter, const std::optional<double
     return *this;
 }
 
+SqliteStatement& SqliteStatement::bind(int parameter, const QByteArray& bytes)
+{
+    // Of a null pointer SQLite would make NULL.
+    const char* begin = bytes.isEmpty() ? "" : bytes.constData();
+    ::sqlite3_bind_blob(m_handle, parameter + 1, begin, int(bytes.size()), SQLITE_TRANSIENT);
+    return *this;
+}
+
 SqliteStatement::Step SqliteStatement::step()
 {
     const int result = ::sqlite3_step(m_handle);
@@ -101,6 +126,11 @@ SqliteStatement::Step SqliteStatement::step()
         return Row;
     ::sqlite3_reset(m_handle);
     return result == SQLITE_DONE ? Done : Failed;
+}
+
+void SqliteStatement::reset()
+{
+    ::sqlite3_reset(m_handle);
 }
 
 QString SqliteStatement::text(int column) const
@@ -114,4 +144,10 @@ qint64 SqliteStatement::number(int column) const
     return ::sqlite3_column_int64(m_handle, column);
 }
 
-} // namespace plc::log
+QByteArray SqliteStatement::bytes(int column) const
+{
+    const auto* bytes = static_cast<const char*>(::sqlite3_column_blob(m_handle, column));
+    return {bytes, ::sqlite3_column_bytes(m_handle, column)};
+}
+
+} // namespace plc::database
