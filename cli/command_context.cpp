@@ -8,7 +8,7 @@
 namespace plc::cli {
 namespace {
 
-Expected<CommandContext> openContext(const CommandOptions& options)
+Expected<CommandContext> openContext(const ProjectOptions& options)
 {
     const Expected<project::Project> project = project::loadProject(options.projectFile);
     if (!project)
@@ -35,7 +35,7 @@ Expected<CommandContext> openContext(const CommandOptions& options)
 
 } // namespace
 
-int inContext(const CommandOptions& options,
+int inContext(const ProjectOptions& options,
               const std::function<int(const CommandContext& context)>& carryOut)
 {
     const Expected<CommandContext> context = openContext(options);

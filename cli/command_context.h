@@ -23,7 +23,7 @@ struct CommandContext {
 
 /// Loads the project and the driver and carries the command out with them. Returns the exit code,
 /// after complaining if something cannot be loaded.
-int inContext(const CommandOptions& options,
+int inContext(const ProjectOptions& options,
               const std::function<int(const CommandContext& context)>& carryOut);
 
 /// Complains. Returns the exit code of wrong usage.

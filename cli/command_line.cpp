@@ -42,7 +42,7 @@ Expected<void> checkArguments(const Command& command, const CommandOptions& opti
 
 Expected<void> checkProject(const CommandOptions& options)
 {
-    if (options.needsProject() && options.projectFile.isEmpty())
+    if (options.lacksProject())
         return Error{QStringLiteral("no project file; give it with --project or in PLC_PROJECT")};
     return {};
 }
@@ -57,7 +57,6 @@ Expected<void> readOptions(const Command& command, const options::CommandLine& l
         return Error{QStringLiteral("--%1 is no option of plc %2")
                          .arg(foreign.first(), QLatin1String(command.name))};
     }
-    options->projectFile = qEnvironmentVariable("PLC_PROJECT");
     options->arguments = line.arguments().mid(1);
     Expected<void> isGood = line.read(table);
     if (isGood)

@@ -16,6 +16,11 @@ constexpr double kLongestRun = std::numeric_limits<int>::max(); // ms
 
 options::Table CommandOptions::table()
 {
+    return options::informationOptions(&wantsHelp, &wantsVersion);
+}
+
+options::Table ProjectOptions::table()
+{
     return options::Table{
                {"-p, --project FILE", "project file; if not given, what PLC_PROJECT names",
                 options::text(&projectFile), options::kCompleteProject, "Project file."},
@@ -25,7 +30,7 @@ options::Table CommandOptions::table()
                 "Driver library, built for the Qt of this program."},
                {"--json", "print one JSON object per line", options::flag(&json)},
            } +
-           options::informationOptions(&wantsHelp, &wantsVersion);
+           CommandOptions::table();
 }
 
 options::Table LinkOptions::table()
@@ -57,7 +62,7 @@ options::Table LinkOptions::table()
                {"--force", "replace the file of --capture if it exists", options::flag(&force),
                 options::kCompleteNothing, "Replace the file of `--capture` if it exists."},
            } +
-           CommandOptions::table();
+           ProjectOptions::table();
 }
 
 Expected<void> LinkOptions::check()

@@ -13,9 +13,6 @@ namespace plc::cli {
 /// What every command takes. Those of one command, with its table, stand beside it.
 struct CommandOptions {
     QStringList arguments; ///< Behind the command.
-    QString projectFile;
-    QString driverFile; ///< Empty: to be looked for.
-    bool json = false;
     bool wantsHelp = false;
     bool wantsVersion = false;
 
@@ -25,15 +22,26 @@ struct CommandOptions {
     virtual options::Table table();
     /// Tells what does not go together in what was read.
     virtual Expected<void> check() { return {}; }
-    virtual bool needsProject() const { return true; }
+    /// Whether the command needs a project, and none is given.
+    virtual bool lacksProject() const { return false; }
     /// The file with further arguments; empty: none.
     virtual QString fileOfArguments() const { return QString(); }
+};
+
+/// Those of a command that works on a project.
+struct ProjectOptions : CommandOptions {
+    QString projectFile = qEnvironmentVariable("PLC_PROJECT");
+    QString driverFile; ///< Empty: to be looked for.
+    bool json = false;
+
+    options::Table table() override;
+    bool lacksProject() const override { return projectFile.isEmpty(); }
     /// Puts what stands here instead of what the project has.
     virtual void applyTo(project::Project* project) const { Q_UNUSED(project) }
 };
 
 /// Those of a command that connects to the PLC.
-struct LinkOptions : CommandOptions {
+struct LinkOptions : ProjectOptions {
     QString address;       ///< Empty: the project's.
     int port = 0;          ///< 0: the project's.
     int timeout = 0;       ///< ms; 0: the project's.

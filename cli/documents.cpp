@@ -128,7 +128,7 @@ QString completionArguments()
 QString commonOptions()
 {
     return QStringLiteral("    local options='%1'\n")
-        .arg(options::completionNames(CommandOptions().table()));
+        .arg(options::completionNames(ProjectOptions().table()));
 }
 
 QMap<QString, options::Sections> documents()

@@ -30,8 +30,9 @@ QString programHelp()
     }
     text += QStringLiteral(
         "\n"
-        "plc COMMAND --help tells the options of one command. Options of all commands:\n");
-    text += options::helpText(CommandOptions().table());
+        "plc COMMAND --help tells the options of one command. Options of all commands\n"
+        "(of import the last two only):\n");
+    text += options::helpText(ProjectOptions().table());
     return text + QLatin1Char('\n') + QLatin1String(kExitCodes);
 }
 

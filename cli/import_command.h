@@ -15,7 +15,6 @@ struct ImportOptions : CommandOptions {
 
     options::Table table() override;
     Expected<void> check() override;
-    bool needsProject() const override { return false; }
 };
 
 /// `plc import`: makes a project of declarations in structured text, or puts their symbols into

@@ -23,7 +23,10 @@ struct LogOptions : CyclicOptions {
 
     options::Table table() override;
     Expected<void> check() override;
-    bool needsProject() const override { return exported.isEmpty(); }
+    bool lacksProject() const override
+    {
+        return exported.isEmpty() && CyclicOptions::lacksProject();
+    }
 };
 
 /// Whether the log's file is a database, by its suffix, and not CSV.

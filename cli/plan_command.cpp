@@ -158,7 +158,7 @@ options::Table PlanOptions::table()
                 options::number(&bandwidth, kSlowestNetwork, kFastestNetwork),
                 options::kCompleteNothing, "Speed of the network in Mbit/s; 100 if not given."},
            } +
-           CommandOptions::table();
+           ProjectOptions::table();
 }
 
 /// The argument is another way to name the project.

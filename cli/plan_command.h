@@ -5,7 +5,7 @@
 
 namespace plc::cli {
 
-struct PlanOptions : CommandOptions {
+struct PlanOptions : ProjectOptions {
     double roundTrip = 1;   ///< ms
     double bandwidth = 100; ///< Mbit/s
 

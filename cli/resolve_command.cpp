@@ -42,7 +42,7 @@ const Command kResolveCommand = {"resolve",
 
 options::Table ResolveOptions::table()
 {
-    return options::Table{labelFileOption(&labelFile)} + CommandOptions::table();
+    return options::Table{labelFileOption(&labelFile)} + ProjectOptions::table();
 }
 
 } // namespace plc::cli

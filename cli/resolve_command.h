@@ -5,7 +5,7 @@
 
 namespace plc::cli {
 
-struct ResolveOptions : CommandOptions {
+struct ResolveOptions : ProjectOptions {
     QString labelFile; ///< CSV with further labels; empty: none.
 
     options::Table table() override;

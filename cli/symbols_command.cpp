@@ -103,7 +103,7 @@ options::Table SymbolsOptions::table()
                 integer(&gap, 1, kHighestNumber), kCompleteNothing,
                 "List gaps of at least this many bytes; 1 if not given."},
            } +
-           CommandOptions::table();
+           ProjectOptions::table();
 }
 
 Expected<void> SymbolsOptions::check()

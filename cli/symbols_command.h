@@ -7,7 +7,7 @@
 
 namespace plc::cli {
 
-struct SymbolsOptions : CommandOptions {
+struct SymbolsOptions : ProjectOptions {
     bool csv = false;
     bool tree = false;
     std::optional<int> depth; ///< Levels of the tree; not given: all.

@@ -36,6 +36,15 @@ TEST_F(Help, OfACommandTellsItsOptionsAlone)
     EXPECT_THAT(helpOf({"--help", "write"}), ::testing::HasSubstr("Values: TRUE"));
 }
 
+TEST_F(Help, OfTheImportTellsNoOptionsOfAProject)
+{
+    const std::string help = helpOf({"import", "--help"});
+    EXPECT_THAT(help, ::testing::HasSubstr("\n  --merge FILE "));
+    EXPECT_THAT(help, ::testing::HasSubstr("\n  -h, --help "));
+    for (const char* option : {"--project", "--driver", "--json"})
+        EXPECT_THAT(help, ::testing::Not(::testing::HasSubstr(option)));
+}
+
 TEST_F(Help, DoesNotMindWhatElseTheCommandNeeds)
 {
     EXPECT_THAT(helpOf({"read", "--port", "x", "--help"}), ::testing::StartsWith("usage: "));

@@ -106,6 +106,15 @@ TEST_F(OptionsTest, ImportNeedsNoProject)
               complaint({"read", "-p", "a", "A.x", "--base", "1:2"}));
 }
 
+TEST_F(OptionsTest, ImportTakesNothingThatItHasNoUseFor)
+{
+    EXPECT_EQ("--project is no option of plc import",
+              complaint({"import", "a.st", "--project", "b.json"}));
+    EXPECT_EQ("--driver is no option of plc import",
+              complaint({"import", "a.st", "--driver", "b.so"}));
+    EXPECT_EQ("--json is no option of plc import", complaint({"import", "a.st", "--json"}));
+}
+
 TEST_F(OptionsTest, SymbolsHasOneFormAtATime)
 {
     const auto options =
