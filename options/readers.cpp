@@ -1,7 +1,5 @@
 #include "options/readers.h"
 
-#include <optional>
-
 #include "values/duration_text.h"
 #include "values/nearest_name.h"
 
@@ -45,15 +43,10 @@ Error outOfRange(const QString& name, const QString& written, Number lowest, Num
 
 Expected<qint64> parseSize(const Given& given)
 {
-    const QString written = given.text();
-    const int unit = written.isEmpty() ? -1 : int(kSizeUnits.indexOf(written.back().toLower()));
-    bool ok = false;
-    const qint64 count = (unit < 0 ? written : written.chopped(1)).toLongLong(&ok, 10);
-    const int shift = kBitsOfSizeUnit * (unit + 1);
-    if (ok && count > 0 && count <= (std::numeric_limits<qint64>::max() >> shift))
-        return count << shift;
+    if (const std::optional<qint64> bytes = sizeOf(given.text()))
+        return *bytes;
     return Error{QStringLiteral("--%1 takes a number of bytes such as 500k, 64M or 2G, not %2")
-                     .arg(given.name, values::quoted(written))};
+                     .arg(given.name, values::quoted(given.text()))};
 }
 
 } // namespace
@@ -79,6 +72,16 @@ Expected<double> parseDuration(const Given& given, const DurationRange& range)
                           values::durationText(quint64(std::ceil(range.lowest))).mid(2),
                           values::durationText(quint64(range.highest)).mid(2),
                           values::quoted(given.text()))};
+}
+
+std::optional<qint64> sizeOf(const QString& text)
+{
+    const int unit = text.isEmpty() ? -1 : int(kSizeUnits.indexOf(text.back().toLower()));
+    bool ok = false;
+    const qint64 count = (unit < 0 ? text : text.chopped(1)).toLongLong(&ok, 10);
+    const int shift = kBitsOfSizeUnit * (unit + 1);
+    const bool fits = ok && count > 0 && count <= (std::numeric_limits<qint64>::max() >> shift);
+    return fits ? std::optional(count << shift) : std::nullopt;
 }
 
 Reader flag(bool* target)

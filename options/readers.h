@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include "options/option.h"
 
@@ -41,6 +42,8 @@ Reader duration(double* target, const DurationRange& range);
 Expected<qint64> parseInteger(const QString& name, const QString& text, qint64 lowest,
                               qint64 highest);
 Expected<double> parseDuration(const Given& given, const DurationRange& range);
+/// Bytes of "500k", "64M", "2G" or a plain number; nothing if it is no such text or 0.
+std::optional<qint64> sizeOf(const QString& text);
 
 /// A whole number for a variable of any type that holds such.
 template <typename Target>

@@ -10,6 +10,9 @@
 
 namespace plc::gateway {
 
+/// Of one process: more of them would make a birth, and what a crash takes along, too large.
+constexpr int kMostDevices = 64;
+
 /// How a broker is recognised, and how the gateway shows who it is. Files are PEM.
 struct TlsSettings {
     QString authorities; ///< Certificates of the authorities; empty: those of the system.
@@ -58,7 +61,9 @@ struct MetricsSettings {
 };
 
 /// The configuration of one gateway process. Paths are absolute, or as they stand relative to the
-/// configuration's folder, already joined with it.
+/// configuration's folder, already joined with it. Such as begin with $CREDENTIALS_DIRECTORY/,
+/// $STATE_DIRECTORY/ or $RUNTIME_DIRECTORY/ lie in the folders that the service manager gave to
+/// this process; where there are none, they stay as they stand.
 struct GatewaySettings {
     PublicationFormat format = PublicationFormat::Sparkplug;
     QString group;

@@ -23,6 +23,9 @@ struct StoredChange {
     QByteArray bytes;
 };
 
+/// Bytes on disk below which no store is made.
+constexpr qint64 kSmallestStore = 1024 * 1024;
+
 /// Changes that no consumer has, in the order in which they were found, beyond the end of the
 /// process.
 class ChangeStore {

@@ -15,7 +15,7 @@ namespace plc::gateway {
 /// For one thread.
 class SqliteChangeStore : public ChangeStore {
 public:
-    static constexpr qint64 kSmallestLimit = 1024 * 1024;
+    static constexpr qint64 kSmallestLimit = kSmallestStore;
 
     /// Creates the file if it does not exist. A damaged one is set aside, see takeNotice(). An
     /// error: it cannot be created or read, another process has it open, or it is something else.

@@ -1,0 +1,223 @@
+#include "gateway/config/settings.h"
+
+#include <arpa/inet.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+#include "gateway/config/broker_reader.h"
+#include "gateway/config/device_reader.h"
+#include "gateway/config/field_readers.h"
+#include "gateway/model/change_store.h"
+#include "project/json_document.h"
+#include "project/json_node.h"
+
+namespace plc::gateway {
+
+using project::JsonNode;
+
+namespace {
+
+constexpr qint64 kLargestFile = qint64(16) * 1024 * 1024;
+constexpr int kShortestKeepAlive = 5;   // s; the MQTT library takes no shorter one
+constexpr int kLongestKeepAlive = 3600; // s
+constexpr int kHighestRate = 1000000;   // a second
+constexpr int kLoopbackNet = 127;
+
+/// Folders that the service manager makes for a service and names in its environment.
+const char* const kServiceFolders[] = {"CREDENTIALS_DIRECTORY", "STATE_DIRECTORY",
+                                       "RUNTIME_DIRECTORY"};
+
+PublicationFormat readFormat(const JsonNode& node)
+{
+    const QString format = node.text();
+    if (format != QLatin1String("sparkplug") && format != QLatin1String("json"))
+        node.failExpecting(QStringLiteral("\"sparkplug\" or \"json\""));
+    return format == QLatin1String("json") ? PublicationFormat::Plain
+                                           : PublicationFormat::Sparkplug;
+}
+
+QString readGroup(const JsonNode& node)
+{
+    const QString group = readTopicName(node);
+    // States of hosts have topics of their own where the group would stand; topics that begin with
+    // a dollar sign are the broker's.
+    if (group == QLatin1String("STATE") || group.startsWith(QLatin1Char('$')))
+        node.failExpecting(QStringLiteral("a name other than STATE that does not begin with $"));
+    return group;
+}
+
+void readFormatOptions(const JsonNode& root, GatewaySettings* settings)
+{
+    if (root.has("format"))
+        settings->format = readFormat(root.member("format"));
+    const bool isPlain = settings->format == PublicationFormat::Plain;
+    if (root.has("retain")) {
+        settings->retainsValues = root.member("retain").boolean();
+        if (settings->retainsValues && !isPlain)
+            root.member("retain").fail(QStringLiteral(
+                "Sparkplug retains no values; \"retain\" is for the format \"json\""));
+    }
+    if (root.has("primaryHost")) {
+        settings->primaryHost = readTopicName(root.member("primaryHost"));
+        if (isPlain)
+            root.member("primaryHost")
+                .fail(QStringLiteral("\"primaryHost\" is for the format \"sparkplug\""));
+    }
+}
+
+void readStore(const JsonNode& node, GatewaySettings* settings)
+{
+    node.checkKeys({"file"}, {"size", "rate"});
+    settings->storeFile = readPath(node.member("file"));
+    if (node.has("size"))
+        settings->storeSize = readSize(node.member("size"), kSmallestStore);
+    if (node.has("rate"))
+        settings->historyRate = int(node.member("rate").integer(1, kHighestRate));
+}
+
+bool isLoopback(const QString& address)
+{
+    const QByteArray text = address.toLatin1();
+    in_addr v4 = {};
+    in6_addr v6 = {};
+    if (::inet_pton(AF_INET, text.constData(), &v4) == 1)
+        return (ntohl(v4.s_addr) >> 24) == kLoopbackNet;
+    return ::inet_pton(AF_INET6, text.constData(), &v6) == 1 && IN6_IS_ADDR_LOOPBACK(&v6) != 0;
+}
+
+/// "127.0.0.1:9108" or "[::1]:9108"
+void readListen(const JsonNode& node, MetricsSettings* metrics)
+{
+    const QString text = node.text();
+    const int colon = int(text.lastIndexOf(QLatin1Char(':')));
+    QString address = text.left(colon);
+    if (address.startsWith(QLatin1Char('[')) && address.endsWith(QLatin1Char(']')))
+        address = address.mid(1, address.size() - 2);
+    else if (address.contains(QLatin1Char(':')))
+        address.clear();
+    bool ok = false;
+    const ushort port = text.mid(colon + 1).toUShort(&ok, 10);
+    if (colon < 0 || !ok || port == 0 || !isLoopback(address)) {
+        node.failExpecting(
+            QStringLiteral("an address of this machine alone with a port, such as 127.0.0.1:9108"));
+        return;
+    }
+    metrics->address = address;
+    metrics->port = port;
+}
+
+void readMetrics(const JsonNode& node, MetricsSettings* metrics)
+{
+    node.checkKeys({}, {"listen", "socket"});
+    if (node.has("listen") == node.has("socket")) {
+        node.failExpecting(QStringLiteral("one of the keys \"listen\" and \"socket\""));
+        return;
+    }
+    if (node.has("listen"))
+        readListen(node.member("listen"), metrics);
+    if (node.has("socket"))
+        metrics->socket = readSocketPath(node.member("socket"));
+}
+
+GatewaySettings readSettings(const JsonNode& root)
+{
+    GatewaySettings settings;
+    root.checkKeys(
+        {"group", "node", "brokers", "store", "devices"},
+        {"$schema", "format", "retain", "primaryHost", "keepAlive", "audit", "metrics", "status"});
+    if (!root.errors()->isEmpty())
+        return settings;
+    settings.group = readGroup(root.member("group"));
+    settings.node = readTopicName(root.member("node"));
+    readFormatOptions(root, &settings);
+    settings.brokers = readBrokers(root.member("brokers"));
+    if (root.has("keepAlive"))
+        settings.keepAlive =
+            int(root.member("keepAlive").integer(kShortestKeepAlive, kLongestKeepAlive));
+    readStore(root.member("store"), &settings);
+    if (root.has("audit"))
+        settings.auditFile = readPath(root.member("audit"));
+    if (root.has("metrics"))
+        readMetrics(root.member("metrics"), &settings.metrics);
+    if (root.has("status"))
+        settings.statusSocket = readSocketPath(root.member("status"));
+    settings.devices = readDevices(root.member("devices"), !settings.auditFile.isEmpty());
+    return settings;
+}
+
+/// A path of a configuration in `folder`. What the service manager does not name, where there is
+/// none, stays as it stands.
+QString resolved(const QString& path, const QString& folder)
+{
+    if (path.isEmpty())
+        return path;
+    for (const char* name : kServiceFolders) {
+        const QString variable = QLatin1Char('$') + QString::fromLatin1(name) + QLatin1Char('/');
+        if (!path.startsWith(variable))
+            continue;
+        const QString value = qEnvironmentVariable(name);
+        return value.isEmpty() ? path : QDir(value).filePath(path.mid(variable.size()));
+    }
+    return QDir(folder).filePath(path);
+}
+
+void resolvePaths(const QString& folder, GatewaySettings* settings)
+{
+    const auto resolve = [&folder](QString* path) { *path = resolved(*path, folder); };
+    for (BrokerSettings& broker : settings->brokers) {
+        resolve(&broker.passwordFile);
+        if (broker.tls) {
+            resolve(&broker.tls->authorities);
+            resolve(&broker.tls->certificate);
+            resolve(&broker.tls->key);
+        }
+    }
+    for (DeviceSettings& device : settings->devices)
+        resolve(&device.project);
+    for (QString* path : {&settings->storeFile, &settings->auditFile, &settings->metrics.socket,
+                          &settings->statusSocket})
+        resolve(path);
+}
+
+QString tooLarge(const QString& name)
+{
+    return QStringLiteral("%1: the file has more than %2 MiB; a configuration has less")
+        .arg(name)
+        .arg(kLargestFile / 1024 / 1024);
+}
+
+} // namespace
+
+Expected<GatewaySettings> loadSettings(const QString& path)
+{
+    QFile file(path);
+    if (QFileInfo(path).isDir())
+        return Error{QStringLiteral("%1: is a folder, expected a configuration").arg(path)};
+    if (!file.open(QIODevice::ReadOnly))
+        return Error{QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString())};
+    const QByteArray json = file.read(kLargestFile + 1);
+    if (file.error() != QFileDevice::NoError)
+        return Error{QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString())};
+    Expected<GatewaySettings> settings = parseSettings(json, path);
+    if (settings)
+        resolvePaths(QFileInfo(path).path(), &*settings);
+    return settings;
+}
+
+Expected<GatewaySettings> parseSettings(const QByteArray& json, const QString& name)
+{
+    if (json.size() > kLargestFile)
+        return Error{tooLarge(name)};
+    const Expected<project::JsonDocument> document = project::JsonDocument::parse(json);
+    if (!document)
+        return Error{QStringLiteral("%1: %2").arg(name, document.error().text)};
+    project::DocumentErrors errors(name);
+    const GatewaySettings settings = readSettings(JsonNode(document->root(), &errors));
+    if (!errors.isEmpty())
+        return Error{errors.first()};
+    return settings;
+}
+
+} // namespace plc::gateway
