@@ -1,0 +1,40 @@
+#include "gateway/sparkplug/topics.h"
+
+namespace plc::gateway {
+namespace {
+
+const QString& root()
+{
+    static const QString text = QStringLiteral("spBv1.0/");
+    return text;
+}
+
+} // namespace
+
+QString Topics::ofNode(const char* kind) const
+{
+    return root() + m_group + QLatin1Char('/') + QLatin1String(kind) + QLatin1Char('/') + m_node;
+}
+
+QString Topics::ofDevice(const char* kind, const QString& device) const
+{
+    return ofNode(kind) + QLatin1Char('/') + device;
+}
+
+QString Topics::ofHost(const QString& host)
+{
+    return root() + QStringLiteral("STATE/") + host;
+}
+
+std::optional<QString> Topics::commandedDevice(const QString& topic) const
+{
+    const QString start = ofDevice("DCMD", QString());
+    if (!topic.startsWith(start))
+        return std::nullopt;
+    const QString device = topic.mid(int(start.size()));
+    if (device.isEmpty() || device.contains(QLatin1Char('/')))
+        return std::nullopt;
+    return device;
+}
+
+} // namespace plc::gateway
