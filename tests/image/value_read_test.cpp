@@ -1,8 +1,9 @@
 #include <climits>
-#include <map>
 
 #include "base/wrapped_int.h"
 #include "driver/image_access.h"
+#include "model/driver_model.h"
+#include "model/library_side.h"
 #include "support/lock_check.h"
 #include "support/random.h"
 #include "support/symbol_fixture.h"
@@ -360,84 +361,17 @@ TEST_F(ValueRead, ListLockIsNotNeeded)
     EXPECT_EQ(hex("00 00"), value(3, 1));
 }
 
-/// The conversions in their plainest form, over a map of bytes that grows as it is read.
-class PlainReader {
-public:
-    void put(quint32 address, uchar value) { m_bytes[address] = value; }
-    int size() const { return int(m_bytes.size()); }
-
-    QByteArray read(int code, quint32 address, int count)
-    {
-        switch (code) {
-            case 1: {
-                QByteArray out(qMax(count, 0), '\0');
-                for (int i = 0; i < count; ++i)
-                    out[i] = at(advanced(address, i)) != 0 ? 1 : 0;
-                return out;
-            }
-            case 2:
-            case 14:
-            case 15: {
-                QByteArray out(qMax(2 * count, 0), '\0');
-                for (int i = 0; i < count; ++i)
-                    out[i] = at(advanced(address, i));
-                return out;
-            }
-            case 3:
-            case 4:
-            case 16:
-                return swapped(address, count, 2);
-            case 5:
-            case 6:
-            case 7:
-            case 17:
-                return swapped(address, (count + 1) / 2, 4);
-            case 8:
-            case 9:
-                return swapped(address, (count + 3) / 4, 8);
-            case 10:
-            case 11:
-                return swapped(address, 2 * count, 1);
-            case 13: {
-                QByteArray out(qMax(count, 0), '\0');
-                for (int i = 0; i < count; ++i) {
-                    const quint32 bit = advanced(address, i);
-                    const int high = uchar(at(bit >> 4));
-                    const int low = uchar(at((bit >> 4) + 1));
-                    out[i] = char((high << 8 | low) >> (bit & 15) & 1);
-                }
-                return out;
-            }
-            default:
-                return QByteArray(qMax(2 * count, 0), '\0');
-        }
-    }
-
-private:
-    char at(quint32 address) { return char(m_bytes.insert({address, 0}).first->second); }
-
-    QByteArray swapped(quint32 address, int elements, int width)
-    {
-        QByteArray out(qMax(elements * width, 0), '\0');
-        for (int k = 0; k < elements; ++k) {
-            for (int j = 0; j < width; ++j)
-                out[width * k + j] = at(advanced(address, width * k + width - 1 - j));
-        }
-        return out;
-    }
-
-    std::map<quint32, uchar> m_bytes;
-};
-
 TEST_F(ValueRead, RandomReadsEqualThePlainConversions)
 {
     Random random(12);
-    PlainReader plain;
+    model::DriverModel model;
+    model::Settings modelSettings = model::fromQt(settings);
+    model.setComInfo(&modelSettings);
     for (int i = 0; i < 3000; ++i) {
         const quint32 address = quint32(random.between(-300, 3000));
         const uchar byte = uchar(random.oneIn(3) ? 0 : random.bits());
         PLC_driver.localImage.insert(DataImage::key(kArea, address), byte);
-        plain.put(address, byte);
+        model.image.at(kArea, address) = byte;
     }
     for (int round = 0; round < 4000; ++round) {
         int code = random.between(0, 18);
@@ -445,11 +379,17 @@ TEST_F(ValueRead, RandomReadsEqualThePlainConversions)
             code = 255;
         const int address =
             random.oneIn(20) ? int(random.bits()) : random.between(-350, code == 13 ? 40000 : 3100);
-        passSymbols({scope("RANDOM", {variable("x", code, address, kArea)})});
+        const QList<Label_Type_Info> symbols{
+            scope("RANDOM", {variable("x", code, address, kArea)})};
+        passSymbols(symbols);
+        model.passSymbols(model::fromQt(symbols));
         const int count = random.oneIn(10) ? random.between(-5, 600) : random.between(-2, 20);
-        ASSERT_EQ(plain.read(code, quint32(address), count), value("RANDOM.x", count))
+        model::Bytes expected;
+        model.readValue(u"RANDOM.x", count, expected);
+        ASSERT_EQ(model::toQt(expected), value("RANDOM.x", count))
             << "code " << code << ", address " << address << ", count " << count;
-        ASSERT_EQ(plain.size(), bytesInImage()) << "code " << code << ", count " << count;
+        ASSERT_EQ(int(model.image.bytes().size()), bytesInImage())
+            << "code " << code << ", count " << count;
     }
 }
 

@@ -26,7 +26,8 @@ protected:
         variables.append(variable("high", 10, INT_MAX - 999, kArea));
         variables.append(variable("bit", 13, 17, kArea));
         variables.append(variable("lastBit", 13, -2, kArea));
-        passSymbols({scope("MAIN", variables)});
+        symbols.append(scope("MAIN", variables));
+        passSymbols(symbols);
         settings.writeMode = kQueuedMode;
     }
 
@@ -49,6 +50,8 @@ protected:
         }
         return out;
     }
+
+    QList<Label_Type_Info> symbols;
 
     static const QList<RW_VAR>& list() { return PLC_driver.writeList; }
     static int bytesInImage() { return int(PLC_driver.localImage.size()); }

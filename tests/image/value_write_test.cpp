@@ -1,3 +1,5 @@
+#include "model/driver_model.h"
+#include "model/library_side.h"
 #include "tests/image/value_write_fixture.h"
 
 namespace plc {
@@ -126,71 +128,10 @@ TEST_F(ImageOnlyWrite, WhatIsWrittenInPlcOrderIsReadBackInHostOrder)
     EXPECT_EQ(hex("34 12"), value);
 }
 
-/// The conversions in their plainest form: the loops run over the buffer and the output grows.
-QByteArray plainConversion(int code, const QByteArray& value, int count)
-{
-    const int n = int(value.size());
-    QByteArray out;
-    const auto input = [&](int i) { return i < n ? value.at(i) : '\0'; };
-    const auto start = [&](int size) { out = QByteArray(qMax(size, 0), '\0'); };
-    const auto put = [&](int i, char byte) {
-        while (int(out.size()) <= i)
-            out.append('\0');
-        out[i] = byte;
-    };
-    const auto reverse = [&](int width) {
-        for (int i = 0; n > 0 && i < ((n - 1) & ~(width - 1)) + width; i += width) {
-            for (int j = 0; j < width; ++j)
-                put(i + j, input(i + width - 1 - j));
-        }
-    };
-    switch (code) {
-        case 1:
-        case 13:
-            start(count);
-            for (int i = 0; i < n; ++i)
-                put(i, input(i) != 0 ? 1 : 0);
-            break;
-        case 2:
-        case 14:
-        case 15:
-            start(count);
-            for (int j = 0; n > 0 && 2 * j < ((n - 1) & ~1) + 2; ++j)
-                put(j, input(2 * j));
-            break;
-        case 3:
-        case 4:
-        case 16:
-            start(2 * count);
-            reverse(2);
-            break;
-        case 5:
-        case 6:
-        case 7:
-        case 17:
-            start((count + 1) / 2 * 4);
-            reverse(4);
-            break;
-        case 8:
-        case 9:
-            start((count + 3) / 4 * 8);
-            reverse(8);
-            break;
-        case 10:
-        case 11:
-            start(2 * count);
-            for (int i = 0; i < n; ++i)
-                put(i, input(i));
-            break;
-        default:
-            break;
-    }
-    return out;
-}
-
 TEST_F(QueuedWrite, RandomValuesEqualThePlainConversions)
 {
     Random random(15);
+    model::Settings modelSettings = model::fromQt(settings);
     for (int round = 0; round < 4000; ++round) {
         const int code = random.between(0, 18);
         const int count = random.oneIn(10) ? random.between(-20, 1500) : random.between(-3, 30);
@@ -200,23 +141,19 @@ TEST_F(QueuedWrite, RandomValuesEqualThePlainConversions)
         PLC_driver.writeList.clear();
         PLC_driver.localImage.clear();
         PLC_driver.failed = random.oneIn(2) ? 1 : 0;
-        ASSERT_EQ(0, write(QString("MAIN.code%1").arg(code), value, count));
-
-        const QByteArray out = plainConversion(code, value, count);
-        const int pieceSize = code == 13 ? 1 : 1000;
-        QByteArray sent;
-        for (const RW_VAR& var : list()) {
-            ASSERT_EQ(kStart + int(sent.size()), var.address);
-            ASSERT_EQ(qMin(pieceSize, int(out.size() - sent.size())), var.length);
-            sent += var.data;
-        }
-        ASSERT_EQ(code == 13 ? out.left(1024) : out, sent)
-            << "code " << code << ", count " << count;
-        if (code != 13) {
-            ASSERT_EQ(PLC_driver.failed ? int(out.size()) : 0, bytesInImage());
-            for (int i = 0; PLC_driver.failed && i < int(out.size()); ++i)
-                ASSERT_EQ(uchar(out.at(i)), byteAt(kStart + i));
-        }
+        const QString label = QString("MAIN.code%1").arg(code);
+        model::DriverModel model;
+        model.setComInfo(&modelSettings);
+        model.passSymbols(model::fromQt(symbols));
+        model.failed = PLC_driver.failed;
+        ASSERT_EQ(
+            model.writeValue(model::fromQt(label), u"second", 5, model::fromQt(value), count, 6, 7),
+            write(label, value, count));
+        expectEqualLists(model::toQt(model.writeList), list());
+        ASSERT_EQ(int(model.image.bytes().size()), bytesInImage());
+        for (const auto& byte : model.image.bytes())
+            ASSERT_EQ(byte.second, PLC_driver.localImage.value(byte.first));
+        ASSERT_FALSE(HasFailure()) << "code " << code << ", count " << count;
     }
 }
 

@@ -1,3 +1,5 @@
+#include "model/driver_model.h"
+#include "model/library_side.h"
 #include "tests/lists/variable_lists_fixture.h"
 
 namespace plc {
@@ -13,7 +15,8 @@ protected:
             variables.append(variable(QString("code%1").arg(code), code, 1000, 3));
         variables.append(variable("bit", 13, 35, 3));
         variables.append(variable("high", 1, INT_MAX - 99, 3));
-        passSymbols({scope("MAIN", variables)});
+        symbols.append(scope("MAIN", variables));
+        passSymbols(symbols);
         settings.maxReadBytes = 256;
         settings.defaultStation = 8;
     }
@@ -31,6 +34,8 @@ protected:
         RW_VAR var = request(label, count);
         return AddListOnceReadVar(&var, 0);
     }
+
+    QList<Label_Type_Info> symbols;
 
     static Places queued() { return places(PLC_driver.onceReadList); }
 };
@@ -423,44 +428,28 @@ TEST_F(OneShotList, IsChangedUnderTheListLock)
     EXPECT_EQ(2, int(PLC_driver.onceReadList.size()));
 }
 
-bool samePlaceAndRequest(const RW_VAR& a, const RW_VAR& b)
-{
-    return a.category == b.category && a.aux1 == b.aux1 && a.station == b.station &&
-           a.address == b.address && a.length == b.length && a.deviceNo == b.deviceNo &&
-           a.dataType == b.dataType && a.areaIndex == b.areaIndex;
-}
-
 TEST_F(OneShotList, EqualsAPlainListForRandomRequests)
 {
     Random random(23);
-    QList<RW_VAR> plain;
+    model::DriverModel model;
+    model.passSymbols(model::fromQt(symbols));
     for (int i = 0; i < 1000; ++i) {
         const int max = random.oneIn(3) ? random.between(1, 20) : random.between(1, 300);
         const int count = random.oneIn(20) ? random.between(-5, 5) : random.between(1, 400);
         settings.maxReadBytes = max;
         RW_VAR var = request("MAIN.code1", count);
         var.category = random.below(2);
-        RW_VAR expected = var;
-        expected.station = 8;
-        expected.dataType = 1;
-        expected.address = 1000;
-        expected.areaIndex = 3;
-        for (int remaining = count; remaining > 0; remaining -= expected.length) {
-            expected.length = max <= remaining ? max : remaining;
-            bool isQueued = false;
-            for (const RW_VAR& entry : plain)
-                isQueued = isQueued || samePlaceAndRequest(entry, expected);
-            if (!isQueued && plain.size() <= 1023)
-                plain.append(expected);
-            expected.address += expected.length;
-        }
-        ASSERT_EQ(int(plain.size()), AddListOnceReadVar(&var, 0));
-        expectEqualRecords(expected, var);
+        model::Settings modelSettings = model::fromQt(settings);
+        model.setComInfo(&modelSettings);
+        model::Variable expected = model::fromQt(var);
+        ASSERT_EQ(model.addOnce(expected, 0), AddListOnceReadVar(&var, 0));
+        expectEqualRecords(model::toQt(expected), var);
         if (random.oneIn(200)) {
-            plain.clear();
+            model.onceList.clear();
             PLC_driver.onceReadList.clear();
         }
-        ASSERT_EQ(places(plain), queued());
+        expectEqualLists(model::toQt(model.onceList), PLC_driver.onceReadList);
+        ASSERT_FALSE(HasFailure()) << "request " << i;
     }
 }
 

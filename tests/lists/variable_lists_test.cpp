@@ -1,3 +1,5 @@
+#include "model/driver_model.h"
+#include "model/library_side.h"
 #include "tests/lists/variable_lists_fixture.h"
 
 namespace plc {
@@ -230,33 +232,19 @@ TEST_F(WriteList, FourThreadsLoseNoEntry)
 TEST_F(WriteList, EqualsAPlainListForRandomWrites)
 {
     Random random(17);
-    QList<RW_VAR> plain;
+    model::DriverModel model;
     for (int i = 0; i < 20000; ++i) {
         RW_VAR var = writeOf(random.below(40) * (random.oneIn(3) ? 1 : 50), i);
         var.station = random.below(3);
         var.length = random.between(1, 3);
         const int append = random.oneIn(30) ? 1 : 0;
-        int found = -1;
-        for (int k = 1; k < int(plain.size()) && found < 0 && append == 0; ++k) {
-            const RW_VAR& entry = plain.at(k);
-            if (entry.station == var.station && entry.address == var.address &&
-                entry.length == var.length)
-                found = k;
-        }
-        if (append == 1 || plain.size() < 2)
-            plain.append(var);
-        else if (found > 0)
-            plain[found] = var;
-        else if (plain.size() < 1024)
-            plain.append(var);
-        ASSERT_EQ(int(plain.size()), AddListWriteVar(&var, append));
+        ASSERT_EQ(model.addWrite(model::fromQt(var), append), AddListWriteVar(&var, append));
         if (random.oneIn(40)) {
-            plain.removeFirst();
+            model.writeList.erase(model.writeList.begin());
             PLC_driver.writeList.removeFirst();
         }
     }
-    for (int i = 0; i < int(plain.size()); ++i)
-        ASSERT_EQ(plain.at(i).aux1, PLC_driver.writeList.at(i).aux1);
+    expectEqualLists(model::toQt(model.writeList), PLC_driver.writeList);
 }
 
 } // namespace

@@ -106,6 +106,83 @@ QList<HostVarItem> toQt(const std::vector<HostItem>& items)
     return out;
 }
 
+QList<RW_VAR> toQt(const std::vector<Variable>& list)
+{
+    QList<RW_VAR> out;
+    for (const Variable& var : list)
+        out.append(toQt(var));
+    return out;
+}
+
+std::u16string fromQt(const QString& text)
+{
+    return std::u16string(reinterpret_cast<const char16_t*>(text.utf16()),
+                          std::size_t(text.size()));
+}
+
+Bytes fromQt(const QByteArray& bytes)
+{
+    return Bytes(bytes.begin(), bytes.end());
+}
+
+Variable fromQt(const RW_VAR& var)
+{
+    Variable out;
+    out.category = var.category;
+    out.aux1 = var.aux1;
+    out.aux2 = var.aux2;
+    out.aux3 = var.aux3;
+    out.deviceNo = var.deviceNo;
+    out.result = var.result;
+    out.label = fromQt(var.label);
+    out.subLabel = fromQt(var.subLabel);
+    out.dataType = var.dataType;
+    out.address = var.address;
+    out.station = var.station;
+    out.length = var.length;
+    out.aux12 = var.aux12;
+    out.areaIndex = var.areaIndex;
+    out.data = fromQt(var.data);
+    return out;
+}
+
+std::vector<Variable> fromQt(const QList<RW_VAR>& list)
+{
+    std::vector<Variable> out;
+    for (const RW_VAR& var : list)
+        out.push_back(fromQt(var));
+    return out;
+}
+
+std::vector<Symbol> fromQt(const QList<Label_Type_Info>& records)
+{
+    std::vector<Symbol> out;
+    for (const Label_Type_Info& record : records) {
+        Symbol symbol;
+        symbol.name = fromQt(record.name);
+        symbol.typeFlags = record.typeFlags;
+        symbol.offset = record.offset;
+        symbol.dimCount = record.dimCount;
+        symbol.memberCount = record.memberCount;
+        for (int bound : record.arrayBounds)
+            symbol.arrayBounds.push_back(bound);
+        symbol.members = fromQt(record.members);
+        symbol.typeDef = fromQt(record.typeDef);
+        for (int area : record.areaInfo)
+            symbol.areaInfo.push_back(area);
+        out.push_back(symbol);
+    }
+    return out;
+}
+
+Settings fromQt(const ComInfo& record)
+{
+    Settings out;
+    static_assert(sizeof(record) == sizeof(out.word), "words without gaps");
+    std::memcpy(out.word, &record, sizeof(out.word));
+    return out;
+}
+
 bool isSame(const RW_VAR& actual, const Variable& expected)
 {
     return actual.category == expected.category && actual.aux1 == expected.aux1 &&

@@ -1,4 +1,5 @@
 #include "model/label_model.h"
+#include "model/library_side.h"
 #include "tests/symbols/label_fixture.h"
 
 namespace plc {
@@ -7,39 +8,12 @@ namespace {
 
 using RandomLabels = DriverTest;
 
-std::u16string textOf(const QString& text)
-{
-    return std::u16string(reinterpret_cast<const char16_t*>(text.utf16()), size_t(text.size()));
-}
-
-model::Symbol symbolOf(const Label_Type_Info& record)
-{
-    model::Symbol symbol;
-    symbol.name = textOf(record.name);
-    symbol.typeFlags = record.typeFlags;
-    symbol.offset = record.offset;
-    symbol.dimCount = record.dimCount;
-    symbol.memberCount = record.memberCount;
-    for (const int bound : record.arrayBounds)
-        symbol.arrayBounds.push_back(bound);
-    for (const Label_Type_Info& member : record.members)
-        symbol.members.push_back(symbolOf(member));
-    for (const Label_Type_Info& type : record.typeDef)
-        symbol.typeDef.push_back(symbolOf(type));
-    for (const int info : record.areaInfo)
-        symbol.areaInfo.push_back(info);
-    return symbol;
-}
-
 /// The model of the tests, asked in the library's terms.
 class ModelResolver {
 public:
     explicit ModelResolver(const QList<Label_Type_Info>& scopes)
     {
-        std::vector<model::Symbol> symbols;
-        for (const Label_Type_Info& scope : scopes)
-            symbols.push_back(symbolOf(scope));
-        m_model.pass(symbols);
+        m_model.pass(model::fromQt(scopes));
     }
 
     Resolution resolve(const QString& label) const
@@ -48,7 +22,7 @@ public:
         place.dataType = quint8(kKeptType);
         place.address = kKeptAddress;
         place.areaIndex = kKeptArea;
-        const int result = m_model.resolve(textOf(label), place);
+        const int result = m_model.resolve(model::fromQt(label), place);
         return Resolution{result, place.dataType, place.address, place.areaIndex};
     }
 
