@@ -1,12 +1,13 @@
 #include "iec/token_reader.h"
 
+#include "iec/pragma.h"
 #include "values/nearest_name.h"
 
 namespace plc::iec {
 namespace {
 
 /// No declaration goes beyond these.
-const char* const kDeclarationLimits[] = {
+constexpr const char* kDeclarationLimits[] = {
     "END_VAR",   "END_STRUCT", "END_UNION", "END_TYPE", "END_PROGRAM",    "VAR",     "VAR_GLOBAL",
     "VAR_INPUT", "VAR_OUTPUT", "TYPE",      "PROGRAM",  "FUNCTION_BLOCK", "FUNCTION"};
 
