@@ -9,7 +9,7 @@
 namespace plc::cli {
 namespace {
 
-const char* const kOrderTexts[] = {"as named", "by label", "by value", "by age", "by change"};
+constexpr const char* kOrderTexts[] = {"as named", "by label", "by value", "by age", "by change"};
 constexpr int kOrders = int(sizeof(kOrderTexts) / sizeof(kOrderTexts[0]));
 
 /// Digits that begin at `*position`, as a number; moves behind them.
@@ -281,18 +281,13 @@ WatchState::Action WatchState::pressCharacter(QChar character)
             break;
         case 'p':
         case ' ':
-            m_isPaused = !m_isPaused;
-            if (!m_isPaused)
-                takeRows();
+            togglePause();
             break;
         case 's':
-            m_order = Order((int(m_order) + 1) % kOrders);
-            m_isReversed = false;
-            arrange();
+            sortBy(Order((int(m_order) + 1) % kOrders), false);
             break;
         case 'S':
-            m_isReversed = !m_isReversed;
-            arrange();
+            sortBy(m_order, !m_isReversed);
             break;
         case '/':
             m_mode = Mode::TypingFilter;
@@ -308,6 +303,20 @@ WatchState::Action WatchState::pressCharacter(QChar character)
             break;
     }
     return {};
+}
+
+void WatchState::togglePause()
+{
+    m_isPaused = !m_isPaused;
+    if (!m_isPaused)
+        takeRows();
+}
+
+void WatchState::sortBy(Order order, bool isReversed)
+{
+    m_order = order;
+    m_isReversed = isReversed;
+    arrange();
 }
 
 void WatchState::pressInHelp(const Key& key)

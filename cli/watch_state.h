@@ -89,6 +89,8 @@ public:
 private:
     Action pressInTable(const Key& key);
     Action pressCharacter(QChar character);
+    void togglePause();
+    void sortBy(Order order, bool isReversed);
     void pressInHelp(const Key& key);
     void pressInFilter(const Key& key);
     void pressInValue(const Key& key);

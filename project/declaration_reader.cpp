@@ -129,7 +129,7 @@ public:
         return m_declared.lists[m_list].path() + QLatin1Char('/') + QString::number(m_index);
     }
     QString label() const { return m_declared.owners[m_list] + QLatin1Char('.') + variable().name; }
-    bool isBit() const { return variable().type != nullptr && values::isBit(*variable().type); }
+    bool isBit() const { return variable().type && values::isBit(*variable().type); }
 
 private:
     const Variable& variable() const { return m_declared.variables[m_list][m_index]; }
@@ -208,25 +208,9 @@ void DeclarationReader::readStructure(const QString& name)
     type->size = qint32(node.member("size").integer(1, kHighestOffset));
     if (node.has("description"))
         type->description = node.member("description").text();
-    NamesSoFar names;
     const JsonNode list = node.member("members");
-    const JsonNode::Elements members = list.elements();
-    if (members.isEmpty())
-        list.fail(QStringLiteral("expected at least one member"));
-    for (const JsonNode memberNode : members) {
-        const Variable member = readMember(memberNode);
-        checkUnique(memberNode.member("name"), member.name, &names);
-        if (!list.errors()->isEmpty())
-            return;
-        if (transferEnd(member) > type->size) {
-            memberNode.fail(QStringLiteral("%1 ends at byte %2, but structure %3 has %4 bytes")
-                                .arg(values::quoted(member.name))
-                                .arg(transferEnd(member))
-                                .arg(values::quoted(name))
-                                .arg(type->size));
-        }
-        type->members.append(member);
-    }
+    if (!readMembers(list, type.get()))
+        return;
     Declared declared;
     declared.append(name, type->members, list);
     checkNothingShared(declared, list.errors());
@@ -237,6 +221,30 @@ void DeclarationReader::readStructure(const QString& name)
     m_structures.insert(name, {node, type, m_deepestMember + 1, values});
     m_deepestMember = outerDeepest;
     m_finished.append(type);
+}
+
+/// Returns false where a member cannot be read at all.
+bool DeclarationReader::readMembers(const JsonNode& list, StructureType* type)
+{
+    NamesSoFar names;
+    const JsonNode::Elements members = list.elements();
+    if (members.isEmpty())
+        list.fail(QStringLiteral("expected at least one member"));
+    for (const JsonNode memberNode : members) {
+        const Variable member = readMember(memberNode);
+        checkUnique(memberNode.member("name"), member.name, &names);
+        if (!list.errors()->isEmpty())
+            return false;
+        if (transferEnd(member) > type->size) {
+            memberNode.fail(QStringLiteral("%1 ends at byte %2, but structure %3 has %4 bytes")
+                                .arg(values::quoted(member.name))
+                                .arg(transferEnd(member))
+                                .arg(values::quoted(type->name))
+                                .arg(type->size));
+        }
+        type->members.append(member);
+    }
+    return true;
 }
 
 std::shared_ptr<const StructureType> DeclarationReader::useStructure(const JsonNode& typeNode)
@@ -379,7 +387,7 @@ void DeclarationReader::readType(const JsonNode& node, Variable* variable)
     const JsonNode typeNode = node.member("type");
     const QString name = typeNode.text();
     variable->type = values::findIecType(name);
-    const bool isTextType = variable->type != nullptr && values::isText(*variable->type);
+    const bool isTextType = variable->type && values::isText(*variable->type);
     if (isTextType && !node.has("length"))
         node.fail(QStringLiteral("key \"length\" (characters of the %1) is missing").arg(name));
     else if (isTextType)
@@ -393,7 +401,7 @@ void DeclarationReader::readType(const JsonNode& node, Variable* variable)
         return;
     }
     QStringList known = m_structures.keys();
-    for (const values::IecType* type = values::iecTypes(); type->name != nullptr; ++type)
+    for (const values::IecType* type = values::iecTypes(); type->name; ++type)
         known.append(QString::fromLatin1(type->name));
     typeNode.failExpecting(QStringLiteral("an IEC type or a structure of this file%1")
                                .arg(values::nearestNameHint(name, known)));

@@ -48,6 +48,7 @@ private:
     };
 
     void readStructure(const QString& name);
+    bool readMembers(const JsonNode& list, StructureType* type);
     std::shared_ptr<const StructureType> useStructure(const JsonNode& typeNode);
     ScopeDefinition readScope(const JsonNode& node);
     Variable readMember(const JsonNode& node);

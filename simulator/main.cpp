@@ -118,6 +118,33 @@ QString endpoint(const PlcServer& server)
         .arg(server.port());
 }
 
+/// How clients are served, as the options say.
+ConnectionSettings connectionSettings(const Options& options, PlcServices* services,
+                                      ReplyFaults* faults)
+{
+    ConnectionSettings settings;
+    settings.services = services;
+    settings.faults = faults;
+    settings.fragment = options.fragment;
+    settings.join = options.join;
+    if (options.verbosity == Verbosity::Verbose)
+        settings.trace = traceFrame;
+    return settings;
+}
+
+void carryOut(const QString& line, ControlCommands* commands)
+{
+    const QString answer = commands->execute(line);
+    if (!answer.isEmpty())
+        print(answer);
+}
+
+void tellLongLine()
+{
+    print(QStringLiteral("error: a line of more than %1 KiB is left out, to its end")
+              .arg(streams::kLongestInputLine / 1024));
+}
+
 int serve(const project::Project& project, const Options& options, QCoreApplication* application)
 {
     PlcMemory memory(project.areas);
@@ -129,15 +156,8 @@ int serve(const project::Project& project, const Options& options, QCoreApplicat
     QElapsedTimer clock;
     clock.start();
 
-    ConnectionSettings settings;
-    settings.services = &services;
-    settings.faults = &faults;
-    settings.fragment = options.fragment;
-    settings.join = options.join;
+    ConnectionSettings settings = connectionSettings(options, &services, &faults);
     settings.beforeAccess = [&] { signalValues.advance(clock.elapsed()); };
-    if (options.verbosity == Verbosity::Verbose)
-        settings.trace = traceFrame;
-
     PlcServer server(&settings);
     server.setMostClients(options.mostClients);
     if (options.verbosity != Verbosity::Quiet)
@@ -151,16 +171,8 @@ int serve(const project::Project& project, const Options& options, QCoreApplicat
     ControlCommands commands(project, &memory, &server, &settings,
                              [] { QCoreApplication::quit(); });
     const streams::LineInput input(
-        STDIN_FILENO,
-        [&commands](const QString& line) {
-            const QString answer = commands.execute(line);
-            if (!answer.isEmpty())
-                print(answer);
-        },
-        [] {
-            print(QStringLiteral("error: a line of more than %1 KiB is left out, to its end")
-                      .arg(streams::kLongestInputLine / 1024));
-        });
+        STDIN_FILENO, [&commands](const QString& line) { carryOut(line, &commands); },
+        tellLongLine);
     quitOnStopSignals(application);
     print(QStringLiteral("listening on ") + endpoint(server));
     if (options.verbosity != Verbosity::Quiet)
