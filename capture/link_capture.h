@@ -20,7 +20,7 @@ public:
     Expected<void> create(const QString& path, const QString& application);
     /// Whether a file could be made, though perhaps not written.
     bool wasMade() const { return m_file.isOpen(); }
-    bool isOn() const { return m_writer != nullptr; }
+    bool isOn() const { return bool(m_writer); }
     QString path() const { return m_path; }
     /// What went wrong while writing; empty while all could be written.
     QString error() const { return m_writer ? m_writer->error() : QString(); }

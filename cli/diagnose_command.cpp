@@ -351,8 +351,8 @@ void DiagnoseCommand::fail(const host::Finding& finding)
 
 void DiagnoseCommand::printStep(bool hasPassed, const QString& text, const host::Finding* finding)
 {
-    static const char* const kNames[] = {"name",         "connection", "identification",
-                                         "file request", "area",       "label"};
+    static constexpr const char* kNames[] = {"name",         "connection", "identification",
+                                             "file request", "area",       "label"};
     const QString name = QString::fromLatin1(kNames[int(m_step)]);
     const double time = double(m_stepTime.nsecsElapsed()) / 1e6; // ms
     if (m_options.json) {

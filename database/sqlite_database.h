@@ -52,7 +52,7 @@ public:
     SqliteStatement(const SqliteStatement&) = delete;
     SqliteStatement& operator=(const SqliteStatement&) = delete;
 
-    bool isPrepared() const { return m_handle != nullptr; }
+    bool isPrepared() const { return bool(m_handle); }
 
     SqliteStatement& bind(int parameter, const QString& text);
     SqliteStatement& bind(int parameter, qint64 number);

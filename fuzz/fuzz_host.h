@@ -133,8 +133,8 @@ private:
 
     static QList<Label_Type_Info> plant()
     {
-        const int kArrayFlag = 0x100;
-        const int kStructureFlag = 0x200;
+        constexpr int kArrayFlag = 0x100;
+        constexpr int kStructureFlag = 0x200;
         Label_Type_Info type;
         for (int code = 0; code <= 18; ++code)
             type.members.append(symbol(QString::fromLatin1("t%1").arg(code), code, 16 * code));

@@ -13,14 +13,14 @@ using plc::fuzz::require;
 using plc::model::Place;
 using plc::model::Symbol;
 
-const int kMostLevels = 5;
-const int kMostLabels = 64;
+constexpr int kMostLevels = 5;
+constexpr int kMostLabels = 64;
 
 /// Few and short names, so that labels meet symbols.
 std::u16string name(FuzzInput& input)
 {
-    static const char16_t* const kNames[] = {u"a",    u"b",      u"ab", u"",
-                                             u"a[1]", u"\u00E9", u"a]", u"["};
+    static constexpr const char16_t* kNames[] = {u"a",    u"b",      u"ab", u"",
+                                                 u"a[1]", u"\u00E9", u"a]", u"["};
     return kNames[input.below(8)];
 }
 
@@ -72,7 +72,7 @@ Symbol scope(FuzzInput& input)
 /// Letters of which labels are made, and now and then any other.
 std::u16string label(FuzzInput& input)
 {
-    static const char16_t kLetters[] = u"ab.[],0123456789-+ xA\u00E9\u00A0";
+    static constexpr char16_t kLetters[] = u"ab.[],0123456789-+ xA\u00E9\u00A0";
     std::u16string out;
     const int size = input.below(40);
     for (int i = 0; i < size; ++i) {

@@ -12,9 +12,9 @@ using plc::fuzz::FuzzInput;
 using plc::fuzz::GuardedMemory;
 using plc::fuzz::require;
 
-const int kMostCalls = 40;
+constexpr int kMostCalls = 40;
 /// Entries to fold at a time: each may need 65,536 reads, and the list has to fit the memory.
-const int kMostFolded = 4;
+constexpr int kMostFolded = 4;
 
 class ListCalls {
 public:

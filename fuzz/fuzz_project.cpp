@@ -19,7 +19,7 @@ using plc::project::Project;
 using plc::project::Variable;
 
 /// Labels tried of one project; structures within structures have many.
-const int kMostLabels = 200;
+constexpr int kMostLabels = 200;
 
 class ProjectCheck {
 public:

@@ -10,9 +10,9 @@ using plc::fuzz::FuzzInput;
 using plc::fuzz::GuardedMemory;
 using plc::fuzz::require;
 
-const int kMostCalls = 200;
+constexpr int kMostCalls = 200;
 /// Longer than a reply can be; how long variables can get is the matter of fuzz_lists.
-const int kLargestLength = 0x11000;
+constexpr int kLargestLength = 0x11000;
 
 class Conversation {
 public:

@@ -15,10 +15,10 @@ using plc::fuzz::require;
 using plc::simulator::FrameParser;
 using plc::simulator::Status;
 
-const int kMostSteps = 40;
-const int kArea = 1;
-const int kOtherArea = 7;
-const int kAreaSize = 300;
+constexpr int kMostSteps = 40;
+constexpr int kArea = 1;
+constexpr int kOtherArea = 7;
+constexpr int kAreaSize = 300;
 
 QVector<plc::project::MemoryArea> areas()
 {

@@ -46,8 +46,8 @@ private:
     GuardedMemory(const GuardedMemory&) = delete;
     GuardedMemory& operator=(const GuardedMemory&) = delete;
 
-    static const std::size_t kSize = std::size_t(1) << 20;
-    static const std::size_t kPageSize = std::size_t(1) << 16;
+    static constexpr std::size_t kSize = std::size_t(1) << 20;
+    static constexpr std::size_t kPageSize = std::size_t(1) << 16;
 
     char* place(const void* source, std::size_t size)
     {

@@ -16,7 +16,7 @@ struct Size {
     char letter;
     int bytes;
 };
-const Size kSizes[] = {{'B', 1}, {'W', 2}, {'D', 4}, {'L', 8}};
+constexpr Size kSizes[] = {{'B', 1}, {'W', 2}, {'D', 4}, {'L', 8}};
 
 int bytesOf(QChar letter)
 {

@@ -9,17 +9,17 @@ struct SameAs {
     const char* type;
 };
 
-const SameAs kSame[] = {{"DATE", "UDINT"},          // seconds since 1970
-                        {"DATE_AND_TIME", "UDINT"}, // the same
-                        {"DT", "UDINT"},
-                        {"TIME_OF_DAY", "TIME"}, // milliseconds since midnight
-                        {"TOD", "TIME"},
-                        {"LTIME", "ULINT"}, // nanoseconds, like all that follow
-                        {"LDATE", "ULINT"},
-                        {"LDATE_AND_TIME", "ULINT"},
-                        {"LDT", "ULINT"},
-                        {"LTIME_OF_DAY", "ULINT"},
-                        {"LTOD", "ULINT"}};
+constexpr SameAs kSame[] = {{"DATE", "UDINT"},          // seconds since 1970
+                            {"DATE_AND_TIME", "UDINT"}, // the same
+                            {"DT", "UDINT"},
+                            {"TIME_OF_DAY", "TIME"}, // milliseconds since midnight
+                            {"TOD", "TIME"},
+                            {"LTIME", "ULINT"}, // nanoseconds, like all that follow
+                            {"LDATE", "ULINT"},
+                            {"LDATE_AND_TIME", "ULINT"},
+                            {"LDT", "ULINT"},
+                            {"LTIME_OF_DAY", "ULINT"},
+                            {"LTOD", "ULINT"}};
 
 } // namespace
 
@@ -41,7 +41,7 @@ const values::IecType* pointerType()
 QStringList elementaryTypeNames()
 {
     QStringList names;
-    for (const values::IecType* type = values::iecTypes(); type->name != nullptr; ++type)
+    for (const values::IecType* type = values::iecTypes(); type->name; ++type)
         names.append(QString::fromLatin1(type->name));
     for (const SameAs& same : kSame)
         names.append(QString::fromLatin1(same.name));

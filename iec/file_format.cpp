@@ -20,7 +20,7 @@ struct Signature {
 };
 
 /// What files of these kinds begin with.
-const Signature kSignatures[] = {
+constexpr Signature kSignatures[] = {
     {"PK\x03\x04", 4, "a ZIP archive, as project archives and office documents are"},
     {"PK\x05\x06", 4, "an empty ZIP archive"},
     {"\xd0\xcf\x11\xe0\xa1\xb1\x1a\xe1", 8, "a compound file, as binary projects are"},

@@ -202,8 +202,8 @@ private:
     /// A BOOL with a bit address is that one bit; everything else begins with a byte.
     bool placeAtBit(const Token& token, const DirectAddress& address, project::Variable* variable)
     {
-        const bool isBitVariable = variable->type != nullptr && values::isBit(*variable->type);
-        const bool isOneBool = variable->type != nullptr &&
+        const bool isBitVariable = variable->type && values::isBit(*variable->type);
+        const bool isOneBool = variable->type &&
                                variable->type->format == values::ValueFormat::Boolean &&
                                variable->dimensions.isEmpty();
         if (!isBitVariable && !isOneBool) {

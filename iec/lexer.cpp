@@ -26,22 +26,22 @@ bool isSign(QChar character)
 /// Whether literals with this prefix are durations or dates, in which - : and . may stand.
 bool isTimePrefix(const QString& prefix)
 {
-    static const char* const kPrefixes[] = {"T",
-                                            "TIME",
-                                            "LTIME",
-                                            "D",
-                                            "DATE",
-                                            "LDATE",
-                                            "TOD",
-                                            "LT",
-                                            "TIME_OF_DAY",
-                                            "LTOD",
-                                            "DT",
-                                            "LDT",
-                                            "DATE_AND_TIME",
-                                            "LD",
-                                            "LTIME_OF_DAY",
-                                            "LDATE_AND_TIME"};
+    static constexpr const char* kPrefixes[] = {"T",
+                                                "TIME",
+                                                "LTIME",
+                                                "D",
+                                                "DATE",
+                                                "LDATE",
+                                                "TOD",
+                                                "LT",
+                                                "TIME_OF_DAY",
+                                                "LTOD",
+                                                "DT",
+                                                "LDT",
+                                                "DATE_AND_TIME",
+                                                "LD",
+                                                "LTIME_OF_DAY",
+                                                "LDATE_AND_TIME"};
     for (const char* known : kPrefixes) {
         if (prefix.compare(QLatin1String(known), Qt::CaseInsensitive) == 0)
             return true;

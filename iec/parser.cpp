@@ -10,30 +10,30 @@ namespace {
 constexpr int kDeepestType = 32;
 constexpr int kLongestExpression = 200; // tokens
 
-const char* const kUnitKeywords[] = {"TYPE",       "VAR_GLOBAL",    "PROGRAM",  "FUNCTION_BLOCK",
-                                     "FUNCTION",   "CONFIGURATION", "RESOURCE", "ACTION",
-                                     "VAR_CONFIG", "VAR_ACCESS",    "INTERFACE"};
+constexpr const char* kUnitKeywords[] = {
+    "TYPE",     "VAR_GLOBAL", "PROGRAM",    "FUNCTION_BLOCK", "FUNCTION", "CONFIGURATION",
+    "RESOURCE", "ACTION",     "VAR_CONFIG", "VAR_ACCESS",     "INTERFACE"};
 
 /// Units without variables of their own in memory, and what ends them.
 struct SkippedUnit {
     const char* keyword;
     const char* end;
 };
-const SkippedUnit kSkippedUnits[] = {{"FUNCTION", "END_FUNCTION"},
-                                     {"ACTION", "END_ACTION"},
-                                     {"INTERFACE", "END_INTERFACE"},
-                                     {"VAR_CONFIG", "END_VAR"},
-                                     {"VAR_ACCESS", "END_VAR"}};
+constexpr SkippedUnit kSkippedUnits[] = {{"FUNCTION", "END_FUNCTION"},
+                                         {"ACTION", "END_ACTION"},
+                                         {"INTERFACE", "END_INTERFACE"},
+                                         {"VAR_CONFIG", "END_VAR"},
+                                         {"VAR_ACCESS", "END_VAR"}};
 
-const char* const kKeptSections[] = {"VAR", "VAR_INPUT", "VAR_OUTPUT", "VAR_STAT"};
-const char* const kSkippedSections[] = {"VAR_IN_OUT", "VAR_TEMP", "VAR_EXTERNAL", "VAR_INST"};
+constexpr const char* kKeptSections[] = {"VAR", "VAR_INPUT", "VAR_OUTPUT", "VAR_STAT"};
+constexpr const char* kSkippedSections[] = {"VAR_IN_OUT", "VAR_TEMP", "VAR_EXTERNAL", "VAR_INST"};
 
 /// Between FUNCTION_BLOCK and its name.
-const char* const kModifiers[] = {"ABSTRACT", "FINAL",     "PUBLIC",
-                                  "PRIVATE",  "PROTECTED", "INTERNAL"};
+constexpr const char* kModifiers[] = {"ABSTRACT", "FINAL",     "PUBLIC",
+                                      "PRIVATE",  "PROTECTED", "INTERNAL"};
 
-const char* const kQualifiers[] = {"RETAIN",  "PERSISTENT", "NON_RETAIN", "PUBLIC",
-                                   "PRIVATE", "PROTECTED",  "INTERNAL"};
+constexpr const char* kQualifiers[] = {"RETAIN",  "PERSISTENT", "NON_RETAIN", "PUBLIC",
+                                       "PRIVATE", "PROTECTED",  "INTERNAL"};
 
 } // namespace
 

@@ -6,7 +6,7 @@ namespace plc::iec {
 namespace {
 
 /// attribute 'name' or attribute 'name' := 'value'
-const char kAttribute[] =
+constexpr char kAttribute[] =
     R"(^\s*attribute\s+['"]\s*([^'"]*?)\s*['"]\s*(?::=\s*['"]?\s*([^'"]*?)\s*['"]?\s*)?$)";
 
 /// Attributes and other pragmas with these in their names are known to move variables in one

@@ -20,9 +20,9 @@ constexpr int kMostAliases = 30;
 constexpr int kHighestAlignment = 8;
 
 /// Of IEC 61131-3 and of what all programming systems bring along.
-const char* const kStandardFunctionBlocks[] = {"TON",  "TOF", "TP",     "CTU",    "CTD",
-                                               "CTUD", "SR",  "R_TRIG", "F_TRIG", "RS",
-                                               "SEMA", "RTC", "BLINK"};
+constexpr const char* kStandardFunctionBlocks[] = {"TON",  "TOF", "TP",     "CTU",    "CTD",
+                                                   "CTUD", "SR",  "R_TRIG", "F_TRIG", "RS",
+                                                   "SEMA", "RTC", "BLINK"};
 
 constexpr qint64 kLowestBound = std::numeric_limits<qint32>::min();
 constexpr qint64 kHighestBound = project::kHighestOffset - 1;
@@ -52,7 +52,7 @@ qint64 sizeOf(const project::Variable& variable)
 
 bool hasUnit(const project::Variable& variable)
 {
-    return variable.type != nullptr && variable.type->format != values::ValueFormat::Boolean &&
+    return variable.type && variable.type->format != values::ValueFormat::Boolean &&
            !values::isText(*variable.type);
 }
 
@@ -157,7 +157,7 @@ bool TypeResolver::isKnown(const TypeSpec& type) const
 {
     if (type.kind == TypeSpec::Array)
         return isKnown(*type.element);
-    return type.kind != TypeSpec::Named || findElementaryType(type.name) != nullptr ||
+    return type.kind != TypeSpec::Named || findElementaryType(type.name) ||
            m_types.contains(type.name.toLower());
 }
 
@@ -197,7 +197,7 @@ bool TypeResolver::resolve(const TypeSpec& type, const QString& scope, const QSt
             break;
     }
     variable->structure = layOut(type, scope, freeName(name), QString());
-    return variable->structure != nullptr;
+    return bool(variable->structure);
 }
 
 bool TypeResolver::resolveNamed(const TypeSpec& type, project::Variable* variable)
@@ -255,7 +255,7 @@ bool TypeResolver::resolveDefinition(const TypeDefinition& definition, project::
     if (spec.kind != TypeSpec::Structure && spec.kind != TypeSpec::Union)
         return resolve(spec, QString(), definition.name, variable);
     variable->structure = layOut(spec, QString(), definition.name, definition.description);
-    return variable->structure != nullptr;
+    return bool(variable->structure);
 }
 
 bool TypeResolver::resolveText(const TypeSpec& type, const QString& scope,

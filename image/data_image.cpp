@@ -42,7 +42,7 @@ DataImage::~DataImage()
 
 bool DataImage::contains(quint64 key) const
 {
-    return findRange(key, 1) != nullptr;
+    return bool(findRange(key, 1));
 }
 
 uchar DataImage::value(quint64 key) const

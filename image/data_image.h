@@ -93,7 +93,7 @@ private:
         quint64 pageKey = 0;
         Page* page = nullptr; ///< Null: the slot is free.
 
-        bool isTaken() const { return page != nullptr; }
+        bool isTaken() const { return bool(page); }
         bool holds(quint64 key, quint32) const { return pageKey == key; }
         quint32 hashBy(const KeyedHash& hash) const { return hash(pageKey); }
     };

@@ -21,9 +21,9 @@
 namespace plc::log {
 namespace {
 
-const char kStampFormat[] = "yyyyMMdd'T'HHmmsszzz'Z'";
-const char kStampPattern[] = "\\d{8}T\\d{9}Z";
-const char kNumberPattern[] = "\\.(?:(\\d{6,18})\\.)?";
+constexpr char kStampFormat[] = "yyyyMMdd'T'HHmmsszzz'Z'";
+constexpr char kStampPattern[] = "\\d{8}T\\d{9}Z";
+constexpr char kNumberPattern[] = "\\.(?:(\\d{6,18})\\.)?";
 constexpr int kNumberDigits = 6; // at least
 constexpr mode_t kFileMode = 0644;
 constexpr qint64 kBlock = 65536;

@@ -9,7 +9,7 @@ constexpr qint64 kApplicationId = 0x706c636c;
 constexpr qint64 kVersionWithRefusals = 2;
 
 // Times are texts: SQLite's own functions take them, they sort, and CSV has them alike.
-const char kSchema[] = R"(
+constexpr char kSchema[] = R"(
     BEGIN IMMEDIATE;
     CREATE TABLE label(
         id INTEGER PRIMARY KEY,
@@ -32,7 +32,7 @@ const char kSchema[] = R"(
     COMMIT)";
 
 // Readers do not disturb the writer, and each transaction is on the disk when it has ended.
-const char kSafety[] = "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL";
+constexpr char kSafety[] = "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL";
 
 /// Whether the database holds a log; nothing when it cannot be read.
 std::optional<bool> isLog(database::SqliteDatabase* database)

@@ -44,8 +44,7 @@ void DocumentErrors::report(const QString& path, const QString& text)
 QString JsonNode::path() const
 {
     const QString path = m_place.path();
-    return m_missingKey == nullptr ? path
-                                   : path + QLatin1Char('/') + QString::fromLatin1(m_missingKey);
+    return m_missingKey ? path + QLatin1Char('/') + QString::fromLatin1(m_missingKey) : path;
 }
 
 void JsonNode::fail(const QString& text) const

@@ -35,7 +35,7 @@ public:
     JsonNode(const JsonValue& value, DocumentErrors* errors) : m_place(value), m_errors(errors) {}
 
     /// Missing where the key is.
-    JsonValue value() const { return m_missingKey == nullptr ? m_place : JsonValue(); }
+    JsonValue value() const { return m_missingKey ? JsonValue() : m_place; }
     QString path() const;
     DocumentErrors* errors() const { return m_errors; }
 

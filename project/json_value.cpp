@@ -121,7 +121,7 @@ JsonValue JsonValue::end() const
 QString JsonValue::path() const
 {
     QString path;
-    JsonValue container = m_tape == nullptr ? JsonValue() : root(*m_tape);
+    JsonValue container = m_tape ? root(*m_tape) : JsonValue();
     while (container.m_place < m_place) {
         const bool isObject = container.isObject();
         JsonValue each = container.first();

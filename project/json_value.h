@@ -36,7 +36,7 @@ public:
     static JsonValue root(const JsonTape& tape) { return {&tape, 1}; }
 
     Type type() const;
-    bool isMissing() const { return m_tape == nullptr; }
+    bool isMissing() const { return !m_tape; }
     bool isObject() const { return tag() == '{'; }
     bool isList() const { return tag() == '['; }
     bool isText() const { return tag() == '"'; }
@@ -69,7 +69,7 @@ private:
     JsonValue(const JsonTape* tape, std::uint32_t place) : m_tape(tape), m_place(place) {}
 
     std::uint64_t word() const { return m_tape->words[m_place]; }
-    char tag() const { return m_tape == nullptr ? '\0' : char(word() >> 56); }
+    char tag() const { return m_tape ? char(word() >> 56) : '\0'; }
 
     const JsonTape* m_tape = nullptr;
     std::uint32_t m_place = 0;

@@ -53,7 +53,7 @@ struct NumberSetting {
     int maximum;
 };
 
-const NumberSetting kNumberSettings[] = {
+constexpr NumberSetting kNumberSettings[] = {
     {"maxReadBytes", &ProjectSettings::maxReadBytes, 1, kMostReadBytes},
     {"defaultStation", &ProjectSettings::defaultStation, 0, kHighestStation},
     {"retryLimit", &ProjectSettings::retryLimit, 0, kMostRetries},

@@ -12,8 +12,8 @@
 namespace plc::project {
 namespace {
 
-const char kName[] = "name";
-const char kSize[] = "size";
+constexpr char kName[] = "name";
+constexpr char kSize[] = "size";
 
 const QStringList kKeyOrder = {
     QStringLiteral("$schema"),  QStringLiteral("name"),      QStringLiteral("label"),

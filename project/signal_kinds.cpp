@@ -22,7 +22,7 @@ constexpr SignalParameter required(const char* name)
     return {name, true, 0.0, kLowest};
 }
 
-const SignalKind kSignalKinds[] = {
+constexpr SignalKind kSignalKinds[] = {
     {kConstantSignal, {kEnd}},
     {"ramp", {required("from"), required("to"), kPeriod, kPhase, kSpread, kEnd}},
     {"sine", {required("mean"), required("amplitude"), kPeriod, kPhase, kSpread, kEnd}},
@@ -42,7 +42,7 @@ const SignalKind kSignalKinds[] = {
 
 const SignalKind* findSignalKind(const QString& name)
 {
-    for (const SignalKind* kind = kSignalKinds; kind->name != nullptr; ++kind) {
+    for (const SignalKind* kind = kSignalKinds; kind->name; ++kind) {
         if (name == QLatin1String(kind->name))
             return kind;
     }
@@ -52,7 +52,7 @@ const SignalKind* findSignalKind(const QString& name)
 QStringList signalKindNames()
 {
     QStringList names;
-    for (const SignalKind* kind = kSignalKinds; kind->name != nullptr; ++kind)
+    for (const SignalKind* kind = kSignalKinds; kind->name; ++kind)
         names.append(QString::fromLatin1(kind->name));
     return names;
 }
@@ -62,7 +62,7 @@ double signalParameter(const Signal& signal, const char* name)
     const SignalKind* kind = findSignalKind(signal.kind);
     if (!kind)
         return 0.0;
-    for (const SignalParameter* known = kind->parameters; known->name != nullptr; ++known) {
+    for (const SignalParameter* known = kind->parameters; known->name; ++known) {
         if (qstrcmp(known->name, name) == 0)
             return signal.parameters.value(QLatin1String(name)).toDouble(known->defaultValue);
     }

@@ -64,10 +64,10 @@ void readParameters(const JsonNode& node, const SignalKind& kind)
 {
     JsonKeys required{"kind"};
     JsonKeys optional;
-    for (const SignalParameter* known = kind.parameters; known->name != nullptr; ++known)
+    for (const SignalParameter* known = kind.parameters; known->name; ++known)
         (known->required ? required : optional).push_back(known->name);
     node.checkKeys(required, optional);
-    for (const SignalParameter* known = kind.parameters; known->name != nullptr; ++known) {
+    for (const SignalParameter* known = kind.parameters; known->name; ++known) {
         if (!node.has(known->name))
             continue;
         const JsonNode parameter = node.member(known->name);

@@ -150,7 +150,7 @@ bool SymbolBuilder::setType(Variable* variable, const QString& type)
     QString name = type;
     const int length = takeLength(&name);
     variable->type = values::findIecType(name);
-    const bool isText = variable->type != nullptr && values::isText(*variable->type);
+    const bool isText = variable->type && values::isText(*variable->type);
     if (isText != (length > 0)) {
         fail(m_where, QStringLiteral("%1 is no type; a text has its length in brackets, as in "
                                      "STRING(19)")

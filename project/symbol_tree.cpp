@@ -48,7 +48,7 @@ private:
         node.name = variable.name + boundsText(variable);
         node.label = parent.label + QLatin1Char('.') + node.name;
         node.variable = &variable;
-        node.area = parent.variable == nullptr ? variable.area : parent.area;
+        node.area = parent.variable ? parent.area : variable.area;
         node.address = parent.address + variable.offset;
         node.level = parent.level + 1;
         return node;

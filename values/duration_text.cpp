@@ -17,7 +17,7 @@ constexpr quint64 kMinute = 60 * kSecond;
 constexpr quint64 kHour = 60 * kMinute;
 constexpr quint64 kDay = 24 * kHour;
 
-const Unit kUnits[] = {{"d", kDay}, {"h", kHour}, {"m", kMinute}, {"s", kSecond}, {"ms", 1}};
+constexpr Unit kUnits[] = {{"d", kDay}, {"h", kHour}, {"m", kMinute}, {"s", kSecond}, {"ms", 1}};
 
 /// Reads durations from the left to the right.
 class DurationReader {

@@ -5,7 +5,7 @@
 namespace plc::values {
 namespace {
 
-const IecType kIecTypes[] = {
+constexpr IecType kIecTypes[] = {
     {"BOOL", 1, 1, ValueFormat::Boolean},       {"BYTE", 2, 1, ValueFormat::Hexadecimal},
     {"SINT", 14, 1, ValueFormat::Signed},       {"USINT", 15, 1, ValueFormat::Unsigned},
     {"INT", 3, 2, ValueFormat::Signed},         {"UINT", 4, 2, ValueFormat::Unsigned},
@@ -21,7 +21,7 @@ const IecType kIecTypes[] = {
 
 const IecType* findIecType(const QString& name)
 {
-    for (const IecType* type = kIecTypes; type->name != nullptr; ++type) {
+    for (const IecType* type = kIecTypes; type->name; ++type) {
         if (name == QLatin1String(type->name))
             return type;
     }

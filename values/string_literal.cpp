@@ -15,7 +15,7 @@ struct NamedEscape {
     ushort character;
 };
 
-const NamedEscape kNamedEscapes[] = {
+constexpr NamedEscape kNamedEscapes[] = {
     {'L', 0x0A}, {'N', 0x0A}, {'P', 0x0C}, {'R', 0x0D}, {'T', 0x09}};
 
 /// As it stands in a literal; `isShown` is false for what would be lost on a screen.

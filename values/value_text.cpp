@@ -69,7 +69,7 @@ struct BasePrefix {
     int base;
 };
 
-const BasePrefix kBasePrefixes[] = {{"16#", 16}, {"8#", 8}, {"2#", 2}, {"0x", 16}, {"0X", 16}};
+constexpr BasePrefix kBasePrefixes[] = {{"16#", 16}, {"8#", 8}, {"2#", 2}, {"0x", 16}, {"0X", 16}};
 
 /// An integer as it was written: sign and magnitude.
 struct WrittenInteger {

@@ -8,7 +8,7 @@ struct Range {
     ushort last;
 };
 
-const Range kObeyed[] = {
+constexpr Range kObeyed[] = {
     {0x0000, 0x001F}, // C0 controls, line ends among them
     {0x007F, 0x009F}, // DEL and C1 controls, which begin sequences as ESC does
     {0x061C, 0x061C}, // marks, embeddings, overrides and isolates of direction

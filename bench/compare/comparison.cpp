@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "child_process.h"
+#include "host/driver/driver_library.h"
 #include "host_client.h"
 #include "libmodbus_client.h"
 #include "qt_modbus_client.h"
@@ -252,7 +253,7 @@ double valuesPerSecond(const Measurement& measurement)
 double speedRatio(const std::vector<Result>& results, const Result& result, Peer other)
 {
     const Result* reference = find(results, result.work, result.delay, other);
-    if (reference == nullptr)
+    if (!reference)
         return 0;
     std::vector<double> ratios;
     for (size_t i = 0; i < result.rounds.size(); ++i) {

@@ -17,7 +17,7 @@ modbus_mapping_t* newMapping()
     const RegisterMap map = registerMap();
     modbus_mapping_t* mapping =
         modbus_mapping_new(0, 0, int(map.holding.size()), int(map.input.size()));
-    if (mapping == nullptr)
+    if (!mapping)
         giveUp(QStringLiteral("libmodbus: no memory for the registers"));
     std::copy(map.input.begin(), map.input.end(), mapping->tab_input_registers);
     std::copy(map.holding.begin(), map.holding.end(), mapping->tab_registers);

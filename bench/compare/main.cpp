@@ -13,7 +13,7 @@ namespace plc {
 namespace bench {
 namespace {
 
-const char kAbout[] =
+constexpr char kAbout[] =
     "Compares the host and the simulator of this repository with other libraries' clients and\n"
     "servers over the loopback. Exit code 1: a requirement is missed.\n\n"
     "works: (a) 10,000 values in one block (b) 10,000 scattered values (c) 1,000 values in 20\n"

@@ -50,7 +50,7 @@ private:
             const RegisterRequest& request = m_requests[m_sent++];
             m_recorder->requestSent();
             QModbusReply* reply = send(request);
-            if (reply == nullptr)
+            if (!reply)
                 giveUp(QStringLiteral("Qt: cannot send: %1").arg(m_client->errorString()));
             connect(reply, &QModbusReply::finished, this,
                     [this, reply, &request] { take(reply, request); });

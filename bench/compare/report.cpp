@@ -19,7 +19,7 @@ struct Quantity {
     double (*of)(const Measurement&);
 };
 
-const Quantity kQuantities[] = {
+constexpr Quantity kQuantities[] = {
     {"valuesPerSecond", valuesPerSecond},
     {"requestsPerPass", [](const Measurement& one) { return one.requests / one.passes; }},
     {"bytesPerValue",
@@ -83,7 +83,7 @@ void printTable(const std::vector<Result>& results)
     std::printf("Qt %s, medians of the rounds\n", qVersion());
     const Result* last = nullptr;
     for (const Result& result : results) {
-        if (last == nullptr || last->work != result.work || last->delay != result.delay) {
+        if (!last || last->work != result.work || last->delay != result.delay) {
             std::printf("\n(%c) %s, %d ms added round-trip time\n", letterOf(result.work),
                         qPrintable(titleOf(result.work)), result.delay);
             std::printf("  %-26s %10s %10s %10s %10s %10s %10s %10s %10s\n", "", "values a",

@@ -12,10 +12,10 @@ struct Requirement {
     double timesLibmodbus; ///< Values a second, at least.
 };
 
-const Requirement kRequirements[] = {{Work::Block, 0, 1.5},     {Work::Block, 1, 3.5},
-                                     {Work::Block, 10, 3.5},    {Work::Scattered, 1, 80},
-                                     {Work::Scattered, 10, 80}, {Work::Writes, 1, 30},
-                                     {Work::Writes, 10, 30}};
+constexpr Requirement kRequirements[] = {{Work::Block, 0, 1.5},     {Work::Block, 1, 3.5},
+                                         {Work::Block, 10, 3.5},    {Work::Scattered, 1, 80},
+                                         {Work::Scattered, 10, 80}, {Work::Writes, 1, 30},
+                                         {Work::Writes, 10, 30}};
 
 } // namespace
 
@@ -24,7 +24,7 @@ bool checkRequirements(const std::vector<Result>& results)
     bool good = true;
     for (const Requirement& requirement : kRequirements) {
         const Result* host = find(results, requirement.work, requirement.delay, Peer::Host);
-        if (host == nullptr)
+        if (!host)
             continue;
         const double ratio = speedRatio(results, *host, Peer::Libmodbus);
         const bool isReached = ratio >= requirement.timesLibmodbus;

@@ -9,8 +9,8 @@ namespace bench {
 
 namespace {
 
-const int kVariables = 50;
-const int kMaxReadBytes = 200;
+constexpr int kVariables = 50;
+constexpr int kMaxReadBytes = 200;
 
 bool agrees(bool same, const std::string& what)
 {

@@ -11,12 +11,12 @@ namespace bench {
 
 namespace {
 
-const int kNames = 50000;
-const int kPages = 100000;
+constexpr int kNames = 50000;
+constexpr int kPages = 100000;
 /// Slots of the tables that hold so many; input that crowds is chosen for them.
-const quint32 kNameSlots = 1u << 16;
-const quint32 kPageSlots = 1u << 18;
-const int kPageBits = 8;
+constexpr quint32 kNameSlots = 1u << 16;
+constexpr quint32 kPageSlots = 1u << 18;
+constexpr int kPageBits = 8;
 
 /// Who has chosen the names or addresses, if anybody.
 enum class Choice {
@@ -37,7 +37,7 @@ std::string nameOf(Choice choice)
     }
 }
 
-const quint64 kFactor = Q_UINT64_C(0x9E3779B97F4A7C15); // 2^64 / golden ratio
+constexpr quint64 kFactor = Q_UINT64_C(0x9E3779B97F4A7C15); // 2^64 / golden ratio
 
 quint32 multiplied(quint64 number)
 {

@@ -12,14 +12,14 @@ namespace bench {
 
 namespace {
 
-const int kAreaIndex = 3;
+constexpr int kAreaIndex = 3;
 /// Cyclic entries lie apart, or they would have been merged.
-const int kEntryDistance = 1024;
-const int kDoubleWordCode = 6;
-const int kByteCode = 2;
-const int kAcknowledgeOnly = 1;
-const int kMostEntries = 150;
-const int kReplaceQueued = 0;
+constexpr int kEntryDistance = 1024;
+constexpr int kDoubleWordCode = 6;
+constexpr int kByteCode = 2;
+constexpr int kAcknowledgeOnly = 1;
+constexpr int kMostEntries = 150;
+constexpr int kReplaceQueued = 0;
 
 /// Entries of one request.
 struct Entries {

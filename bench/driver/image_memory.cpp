@@ -8,8 +8,8 @@ namespace bench {
 
 namespace {
 
-const int kAreaIndex = 3;
-const int kByteCode = 2;
+constexpr int kAreaIndex = 3;
+constexpr int kByteCode = 2;
 
 /// Bytes that a plant touches: pieces of one size at equal distances.
 struct Touched {
@@ -21,8 +21,8 @@ struct Touched {
     int bytes() const { return pieces * size; }
 };
 
-const int kMebibyte = 1 << 20;
-const int kPiece = 128;
+constexpr int kMebibyte = 1 << 20;
+constexpr int kPiece = 128;
 const Touched kDense = {"dense", kMebibyte / kPiece, kPiece, kPiece};
 const Touched kSparse = {"one_byte_in_4096", 4096, 1, 4096};
 

@@ -7,9 +7,9 @@ namespace bench {
 
 namespace {
 
-const int kListLimit = 1024;
-const int kConvert = 0;
-const int kCategory = 3;
+constexpr int kListLimit = 1024;
+constexpr int kConvert = 0;
+constexpr int kCategory = 3;
 const PlantShape kShape{LabelKind::Scalar, 2, 10000};
 
 /// One read for each of the first labels, up to the limit of the list.

@@ -13,14 +13,14 @@ namespace bench {
 
 namespace {
 
-const int kMaxReadBytes = 200;
-const int kVariableRegisters = 2;
+constexpr int kMaxReadBytes = 200;
+constexpr int kVariableRegisters = 2;
 
 /// Labels beyond which the bubble sort does not end in reasonable time.
-const int kMostForBubbleSort = 5000;
+constexpr int kMostForBubbleSort = 5000;
 
-const char* const kBySort = "floor";
-const char* const kByResolution = "resolution";
+constexpr const char* kBySort = "floor";
+constexpr const char* kByResolution = "resolution";
 
 enum class Order { Sorted, Reversed, Random };
 enum class Layout {
@@ -65,8 +65,8 @@ struct CyclicShape {
     int areaOf(int variable) const { return layout == Layout::HundredAreas ? variable % 100 : 0; }
     int addressOf(int variable) const
     {
-        const int kDenseDistance = 8;
-        const int kScatteredDistance = 256;
+        constexpr int kDenseDistance = 8;
+        constexpr int kScatteredDistance = 256;
         return variable * (layout == Layout::Scattered ? kScatteredDistance : kDenseDistance);
     }
 };

@@ -8,7 +8,7 @@ namespace bench {
 namespace {
 
 // The size of a value does not matter to where it stands.
-const int kRegisters = 2;
+constexpr int kRegisters = 2;
 
 template <typename Access>
 void visitLabels(benchmark::State& state, const LabelCase& what, Access access)

@@ -7,12 +7,12 @@ namespace bench {
 
 namespace {
 
-const int kRegisterBytes = 2;
-const int kWriteCategory = 5;
+constexpr int kRegisterBytes = 2;
+constexpr int kWriteCategory = 5;
 
 /// Values that are queued before the queue is emptied again; it holds 1024.
-const int kQueuedWrites = 1000;
-const int kQueueWrites = 2;
+constexpr int kQueuedWrites = 1000;
+constexpr int kQueueWrites = 2;
 
 /// Calls `access(label)` for one label after the other.
 template <typename Access>

@@ -19,7 +19,7 @@ enum class Visits {
 
 inline std::size_t countOf(Visits visits, std::size_t labels)
 {
-    const std::size_t kScreen = 100;
+    constexpr std::size_t kScreen = 100;
     switch (visits) {
         case Visits::All:
             return labels;

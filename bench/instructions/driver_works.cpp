@@ -13,10 +13,10 @@ namespace plc {
 namespace bench {
 namespace {
 
-const int kLabels = 10000;
-const int kRegisters = 2;
-const int kQueuedWrites = 500;
-const int kRepetitions = 100;
+constexpr int kLabels = 10000;
+constexpr int kRegisters = 2;
+constexpr int kQueuedWrites = 500;
+constexpr int kRepetitions = 100;
 
 [[noreturn]] void giveUp(const char* what)
 {
@@ -72,8 +72,8 @@ void countLabels()
 
 RW_VAR entry(int number, int length)
 {
-    const int kArea = 3;
-    const int kDistance = 1024; // entries lie apart, or they would have been merged
+    constexpr int kArea = 3;
+    constexpr int kDistance = 1024; // entries lie apart, or they would have been merged
     RW_VAR var;
     var.label = QString::fromLatin1("Plant.Station%1_Value").arg(number, 6, 10, QLatin1Char('0'));
     var.station = kStation;
@@ -148,7 +148,7 @@ QList<Label_Type_Info> scopeOf(int variables)
 
 void countSymbolsAndLists()
 {
-    const int kPrime = 7919; // steps through all of them
+    constexpr int kPrime = 7919; // steps through all of them
     QList<Label_Type_Info> scopes = scopeOf(kLabels);
     QList<HostVarItem> items;
     for (int i = 0; i < kLabels; ++i) {

@@ -16,10 +16,10 @@ namespace plc {
 namespace bench {
 namespace {
 
-const int kDeclaredVariables = 100000;
-const int kCyclicValues = 1000;
-const int kWrites = 100;
-const int kPasses = 10;
+constexpr int kDeclaredVariables = 100000;
+constexpr int kCyclicValues = 1000;
+constexpr int kWrites = 100;
+constexpr int kPasses = 10;
 
 [[noreturn]] void giveUp(const QString& what)
 {
@@ -114,7 +114,7 @@ private:
 
     static QByteArray replyTo(const QByteArray& request)
     {
-        const int kServiceOffset = 6;
+        constexpr int kServiceOffset = 6;
         switch (uchar(request.at(kServiceOffset))) {
             case 0x01:
                 return identificationReply();

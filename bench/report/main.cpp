@@ -10,7 +10,7 @@
 
 namespace {
 
-const char kUsage[] =
+constexpr char kUsage[] =
     "usage: bench_report ROUND.json... [--requirements FILE] [--compare FILE] [--store FILE]\n"
     "Prints the table of a run of bench_driver, of one or more rounds; checks requirements; "
     "compares with stored ratios,\n"

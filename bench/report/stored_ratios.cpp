@@ -12,7 +12,7 @@ namespace bench {
 namespace {
 
 /// Part of an allocation a call that growing containers may add or spare.
-const double kAllocationSlack = 0.01;
+constexpr double kAllocationSlack = 0.01;
 
 double rounded(double number)
 {

@@ -10,7 +10,7 @@ namespace {
 /// "3.10", or "-" where there is nothing to compare with.
 QString shown(double ratio)
 {
-    const double kWholeFrom = 10;
+    constexpr double kWholeFrom = 10;
     return ratio > 0 ? QString::number(ratio, 'f', ratio < kWholeFrom ? 2 : 0)
                      : QString(QLatin1Char('-'));
 }

@@ -29,7 +29,7 @@ template <typename Function>
 bool resolve(QLibrary& library, const char* name, Function* function)
 {
     *function = reinterpret_cast<Function>(library.resolve(name));
-    return *function != nullptr;
+    return bool(*function);
 }
 
 bool loadDriver(const QString& path, Driver* driver, QString* error)

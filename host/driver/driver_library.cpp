@@ -17,8 +17,8 @@ namespace plc::host {
 namespace {
 
 // With its version: the plain name is there only where hosts are developed.
-const char kFileName[] = PLC_DRIVER_FILE;
-const char kArchitecture[] = PLC_LIBRARY_ARCHITECTURE;
+constexpr char kFileName[] = PLC_DRIVER_FILE;
+constexpr char kArchitecture[] = PLC_LIBRARY_ARCHITECTURE;
 
 /// Resolves names one after the other and remembers those that are missing.
 class Resolver {

@@ -487,7 +487,7 @@ void Session::giveUpEverything()
     int cyclicTurns = 0;
     while (cyclicTurns < 2) {
         const Protocol* request = m_driver.comCommunication();
-        const bool isCyclic = request == nullptr || request->var.category == kCyclicCategory;
+        const bool isCyclic = !request || request->var.category == kCyclicCategory;
         cyclicTurns = isCyclic ? cyclicTurns + 1 : 0;
         if (request) {
             giveUpRequest();

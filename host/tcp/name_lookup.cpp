@@ -61,7 +61,7 @@ NameAddresses NameLookup::systemAddresses(const QString& name)
                                                                 : ::gai_strerror(code));
         return found;
     }
-    for (const addrinfo* entry = list; entry != nullptr; entry = entry->ai_next)
+    for (const addrinfo* entry = list; entry; entry = entry->ai_next)
         found.addresses.append(QHostAddress(entry->ai_addr));
     ::freeaddrinfo(list);
     return found;

@@ -10,7 +10,7 @@ struct ResultMeaning {
 };
 
 /// Failures come in groups of twelve: the number within a group tells the category of the request.
-const ResultMeaning kMeanings[] = {
+constexpr ResultMeaning kMeanings[] = {
     {0, 0, "not finished"},
     {1, 1, "accepted"},
     {11, 22, "the reply is no good answer: its length or its status is wrong"},

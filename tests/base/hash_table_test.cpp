@@ -10,7 +10,7 @@ namespace {
 
 struct Slot {
     typedef int Key;
-    static const int kMostTakenEighths = 6;
+    static constexpr int kMostTakenEighths = 6;
 
     bool isUsed = false;
     int key = 0;

@@ -16,7 +16,7 @@ namespace {
 
 TEST(FoldedProduct, IsTheUpperHalfOverTheLower)
 {
-    const quint64 kAll = ~quint64(0);
+    constexpr quint64 kAll = ~quint64(0);
     EXPECT_EQ(15u, foldedProduct(3, 5));
     EXPECT_EQ(0u, foldedProduct(0, kAll));
     // 2^63 * 2 = 2^64
@@ -60,7 +60,7 @@ int onesIn(quint32 bits)
 
 TEST(KeyedHash, EveryBitOfANumberChangesHalfOfTheHash)
 {
-    const int kNumbers = 300;
+    constexpr int kNumbers = 300;
     const KeyedHash hash(1);
     for (int bit = 0; bit < 64; ++bit) {
         int changed = 0;
@@ -72,7 +72,7 @@ TEST(KeyedHash, EveryBitOfANumberChangesHalfOfTheHash)
 
 TEST(KeyedHash, EveryCharacterChangesHalfOfTheHash)
 {
-    const int kKeys = 300;
+    constexpr int kKeys = 300;
     for (int size = 1; size <= 40; ++size) {
         const QString name(size, 'n');
         for (int place = 0; place < size; ++place) {
@@ -98,7 +98,7 @@ TEST(KeyedHash, LengthsOfZerosDiffer)
 }
 
 /// Set in a process that is to print its key.
-const char* const kPrintsKey = "PLC_PRINTS_KEY";
+constexpr const char* kPrintsKey = "PLC_PRINTS_KEY";
 
 /// What another process of this program prints of its key.
 std::string keyOfAnotherProcess()

@@ -9,7 +9,7 @@ namespace {
 
 using std::chrono::nanoseconds;
 
-const char kFileHead[] =
+constexpr char kFileHead[] =
     // section: type, length, byte order, version 1.0, unknown length, "plc" as the application
     "0a0d0d0a"
     "28000000"

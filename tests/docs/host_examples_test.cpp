@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kPatience = 30000; // ms, for what is expected to happen
 
-const char kTank[] = R"({"name": "One tank", "areas": [{"index": 1, "size": 64}],
+constexpr char kTank[] = R"({"name": "One tank", "areas": [{"index": 1, "size": 64}],
   "scopes": [{"name": "TANK", "variables": [
     {"name": "level", "type": "UINT", "area": 1, "offset": 10}]}]})";
 

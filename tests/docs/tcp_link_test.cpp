@@ -16,8 +16,8 @@ using plc::test::resultCalls;
 
 namespace {
 
-const int kPatience = 10000; // ms, for what is expected to happen
-const int kTimeout = 200;    // ms, for a reply that does not come
+constexpr int kPatience = 10000; // ms, for what is expected to happen
+constexpr int kTimeout = 200;    // ms, for a reply that does not come
 
 /// The simulator with the tank of docs/examples/tank.json: 1500 at byte 10 of area 1.
 class Simulator {
@@ -183,7 +183,7 @@ TEST_F(TcpLinkExample, GivesUpAllWritesAndReadsAndForgetsTheLogin)
 {
     plc::test::logIn();
     readLevel();
-    const int kRequests = 12; // of a batch each, which takes more than five turns
+    constexpr int kRequests = 12; // of a batch each, which takes more than five turns
     for (int i = 0; i < kRequests; ++i) {
         RW_VAR write = makeWrite(1, 1000 * i, QByteArray(900, '\0'), 1, i);
         AddListWriteVar(&write, 0);
@@ -201,8 +201,8 @@ TEST_F(TcpLinkExample, GivesUpAllWritesAndReadsAndForgetsTheLogin)
 
 TEST_F(TcpLinkExample, GivesUpAtOnceWhateverTheRetryLimitIs)
 {
-    const int kHighest = std::numeric_limits<int>::max();
-    const int kTries[] = {0, 2, kHighest};
+    constexpr int kHighest = std::numeric_limits<int>::max();
+    constexpr int kTries[] = {0, 2, kHighest};
     for (const int limit : kTries) {
         plc::test::logIn();
         settings.retryLimit = limit;

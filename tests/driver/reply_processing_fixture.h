@@ -13,7 +13,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 // Not the local device number.
-const int kOtherDevice = 6;
+constexpr int kOtherDevice = 6;
 
 inline std::vector<int> addressesOf(const QList<RW_VAR>& list)
 {

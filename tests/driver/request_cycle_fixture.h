@@ -26,9 +26,9 @@ inline int entriesOf(const Protocol* request)
     return fieldOf(request->frame, 8);
 }
 
-const int kRead = 0x2E;
-const int kWriteOut = 0x3C;
-const int kIdentification = 0x01;
+constexpr int kRead = 0x2E;
+constexpr int kWriteOut = 0x3C;
+constexpr int kIdentification = 0x01;
 
 /// A write of `length` bytes, numbered by its address.
 inline RW_VAR numberedWrite(int number, int length)

@@ -6,7 +6,7 @@ namespace plc {
 namespace test {
 namespace {
 
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Commands',
   'areas': [{'index': 3, 'size': 64}],
   'scopes': [{'name': 'MAIN', 'variables': [
@@ -30,7 +30,7 @@ TEST_F(CommandLine, TraceShowsEveryFrameOfARead)
     const Outcome outcome = run("read", {QStringLiteral("MAIN.speed"), QStringLiteral("--trace")});
     ASSERT_EQ(0, outcome.exitCode) << testing::PrintToString(outcome);
     EXPECT_EQ(QStringList{QStringLiteral("MAIN.speed = 4660")}, outcome.lines);
-    const char* const kFrames[] = {
+    constexpr const char* kFrames[] = {
         "> 20 bytes: BB BB 00 00 00 0E 01 00 00 00 02 00 00 00 06 00 00 00 00 00",
         "> 23 bytes: BB BB 00 00 00 11 31 00 00 0D 44 4F 57 4E 4C 4F 41 44 2E 53 44 42 00",
         // one entry: area 3, address 10, two bytes

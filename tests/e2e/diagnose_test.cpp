@@ -12,7 +12,7 @@ namespace plc {
 namespace test {
 namespace {
 
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Diagnosed',
   'settings': {'replyTimeout': 300, 'connectTimeout': 300, 'retryLimit': 1},
   'areas': [{'index': 3, 'size': 64}, {'index': 4, 'size': 64}],

@@ -10,8 +10,8 @@ namespace plc {
 namespace test {
 namespace {
 
-const int kVariables = 24;
-const int kElements = 400;
+constexpr int kVariables = 24;
+constexpr int kElements = 400;
 
 /// Each variable is so long that it fills a request: every value comes in a reply of its own.
 QByteArray project()

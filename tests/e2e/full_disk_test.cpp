@@ -9,7 +9,7 @@ namespace plc {
 namespace test {
 namespace {
 
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Full',
   'areas': [{'index': 1, 'size': 256}, {'index': 2, 'size': 1000}],
   'scopes': [{'name': 'R', 'variables': [

@@ -21,7 +21,7 @@ namespace plc {
 namespace test {
 namespace {
 
-const char kProject[] =
+constexpr char kProject[] =
     "{'name':'Hostile','settings':{'reconnectDelay':1,'reconnectDelayLimit':1},"
     "'areas':[{'index':1,'size':1000}],'scopes':[{'name':'H','variables':["
     "{'name':'speed','type':'UINT','area':1,'offset':10,"
@@ -29,9 +29,9 @@ const char kProject[] =
 
 /// What a program may use more than before, in KiB: the allocator keeps some of what was freed, and
 /// sanitizers note for each byte who used it.
-const int kTolerance = (PLC_INSTRUMENTED ? 40 : 12) * 1024;
+constexpr int kTolerance = (PLC_INSTRUMENTED ? 40 : 12) * 1024;
 /// Connections that the simulator serves at a time if it is not told otherwise.
-const int kMostClients = 256;
+constexpr int kMostClients = 256;
 
 int numberFromEnvironment(const char* name, int otherwise)
 {

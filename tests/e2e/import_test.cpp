@@ -6,7 +6,7 @@ namespace plc {
 namespace test {
 namespace {
 
-const char kDeclarations[] = R"((* Filling line *)
+constexpr char kDeclarations[] = R"((* Filling line *)
 TYPE Tank : STRUCT
     level : REAL; (* Filling level [%] *)
     open  : BOOL;

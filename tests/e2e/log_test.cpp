@@ -15,7 +15,7 @@ namespace test {
 namespace {
 
 // The counter goes on by one fifty times a second.
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Logged',
   'settings': {'staleAfter': 300, 'reconnectDelay': 50, 'reconnectDelayLimit': 100},
   'areas': [{'index': 1, 'size': 256}],

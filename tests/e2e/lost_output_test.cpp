@@ -8,7 +8,7 @@ namespace plc {
 namespace test {
 namespace {
 
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Unheard',
   'areas': [{'index': 1, 'size': 256}],
   'scopes': [{'name': 'R', 'variables': [
@@ -19,7 +19,7 @@ const char kProject[] = R"({
   'cyclic': ['R.a']
 })";
 
-const char kLoss[] = ": the standard output cannot be written: ";
+constexpr char kLoss[] = ": the standard output cannot be written: ";
 
 class LostOutput : public Plant {
 protected:

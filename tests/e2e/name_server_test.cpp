@@ -8,7 +8,7 @@ namespace plc {
 namespace test {
 namespace {
 
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Named',
   'plc': {'address': 'plc.example'},
   'settings': {'connectTimeout': 300, 'reconnectDelay': 50, 'reconnectDelayLimit': 50},

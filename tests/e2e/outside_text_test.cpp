@@ -13,7 +13,7 @@ namespace test {
 namespace {
 
 /// Sets a terminal's title, rings, blinks, begins a C1 sequence, and turns the line around.
-const char kHostile[] =
+constexpr char kHostile[] =
     R"(\u001b]0;owned\u0007\u001b[5m\u009b5m\u0085\u007f\u202e\u2066\u200f\u2028\ud800a\r\nb\tc)";
 
 QByteArray project()

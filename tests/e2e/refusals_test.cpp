@@ -11,7 +11,7 @@ namespace {
 
 // Of area 1 the PLC has 100 bytes, so that it refuses every label but G.v0 to G.v4; of area 2 it
 // has 2,400.
-const char kMemoryOfPlc[] = R"({
+constexpr char kMemoryOfPlc[] = R"({
   'name': 'Smaller', 'areas': [{'index': 1, 'size': 100}, {'index': 2, 'size': 2400}],
   'scopes': []
 })";

@@ -12,7 +12,7 @@ namespace {
 
 // The filler makes one entry of 996 bytes of area 1, which leaves no room in its request: R.b is
 // read by a request of its own and so can be switched off by its station.
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Running',
   'settings': {'replyTimeout': 500, 'reconnectDelay': 50, 'reconnectDelayLimit': 100,
                'staleAfter': 600, 'multiStation': true, 'maxReadBytes': 1000},
@@ -213,7 +213,7 @@ TEST_F(Running, SeveralHostsSeeEachOthersWrites)
 TEST_F(Running, TwoThousandScatteredLabelsAreAllReadRight)
 {
     // An INT every 16 bytes.
-    const int kLabels = 2000;
+    constexpr int kLabels = 2000;
     QByteArray variables, cyclic;
     for (int i = 0; i < kLabels; ++i) {
         const QByteArray separator = i > 0 ? "," : "";

@@ -7,7 +7,7 @@ namespace plc {
 namespace test {
 namespace {
 
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Computed',
   'areas': [{'index': 1, 'size': 16}],
   'scopes': [

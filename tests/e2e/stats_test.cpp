@@ -10,7 +10,7 @@ namespace plc {
 namespace test {
 namespace {
 
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Measured',
   'settings': {'replyTimeout': 5000, 'reconnectDelay': 10, 'reconnectDelayLimit': 10,
                'retryLimit': 2},

@@ -6,7 +6,7 @@ namespace plc {
 namespace test {
 namespace {
 
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Symbols',
   'areas': [{'index': 3, 'size': 24}],
   'structures': [{'name': 'Pump', 'size': 4, 'members': [

@@ -6,7 +6,7 @@ namespace plc {
 namespace test {
 namespace {
 
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Types',
   'areas': [{'index': 0, 'size': 64}, {'index': 3, 'size': 4096}],
   'structures': [

@@ -7,7 +7,7 @@ namespace plc {
 namespace test {
 namespace {
 
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Watched',
   'settings': {'staleAfter': 600, 'reconnectDelay': 50, 'reconnectDelayLimit': 100},
   'areas': [{'index': 1, 'size': 256}],

@@ -13,10 +13,10 @@ namespace {
 
 constexpr int kPauseBetweenBytes = 1; // ms
 
-const char* const kConnectionFaults[] = {"none", "close", "reset", "silence", "deafness"};
-const char* const kRequestFaults[] = {"none",       "lose",         "reset",
-                                      "wrong mark", "wrong length", "slow bytes"};
-const char* const kReplyFaults[] = {
+constexpr const char* kConnectionFaults[] = {"none", "close", "reset", "silence", "deafness"};
+constexpr const char* kRequestFaults[] = {"none",       "lose",         "reset",
+                                          "wrong mark", "wrong length", "slow bytes"};
+constexpr const char* kReplyFaults[] = {
     "none",           "delay",         "late",        "lose",        "twice",
     "twice apart",    "half, silence", "half, close", "half, reset", "wrong mark",
     "wrong length",   "wrong status",  "wrong data",  "only status", "longer",

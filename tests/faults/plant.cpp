@@ -108,7 +108,7 @@ const QVector<Array> kStampedArrays{{"a", Array::Word, 1, 0, 300},
 
 QByteArray projectJson(const HostSettings& settings, const QVector<Array>& arrays)
 {
-    static const char* const kTypeNames[] = {"BIT", "UINT", "UDINT"};
+    static constexpr const char* kTypeNames[] = {"BIT", "UINT", "UDINT"};
     QStringList variables, cyclic, areas;
     QMap<int, int> sizes;
     for (const Array& array : arrays) {

@@ -12,18 +12,18 @@ constexpr int kReplyChances = 10;
 /// A copy may come this many round trips after the reply that it is a copy of.
 constexpr int kFarthestReplay = 12;
 
-const char* const kFaultNames[] = {"delay",
-                                   "late",
-                                   "lose",
-                                   "an earlier reply right before",
-                                   "an earlier reply right behind",
-                                   "an earlier reply some time later",
-                                   "twice in one segment",
-                                   "its copy some time later",
-                                   "in pieces",
-                                   "cut off",
-                                   "close",
-                                   "rubbish behind"};
+constexpr const char* kFaultNames[] = {"delay",
+                                       "late",
+                                       "lose",
+                                       "an earlier reply right before",
+                                       "an earlier reply right behind",
+                                       "an earlier reply some time later",
+                                       "twice in one segment",
+                                       "its copy some time later",
+                                       "in pieces",
+                                       "cut off",
+                                       "close",
+                                       "rubbish behind"};
 
 /// What a good reply takes; nothing else tells it from other good ones.
 int goodReplySize(const QByteArray& request)

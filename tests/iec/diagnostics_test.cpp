@@ -58,8 +58,8 @@ std::vector<std::string> report(const std::vector<std::pair<WarningKind, int>>& 
     return texts;
 }
 
-const char kInFull[] = "a.st:2:1: warning: w\nx\n^";
-const char kInOneLine[] = "a.st:2:1: warning: w";
+constexpr char kInFull[] = "a.st:2:1: warning: w\nx\n^";
+constexpr char kInOneLine[] = "a.st:2:1: warning: w";
 
 TEST(DiagnosticTexts, CountWhatIsLeftOutByKindBehindTheFirst20)
 {

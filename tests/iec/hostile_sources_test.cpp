@@ -16,7 +16,7 @@ using testing::HasSubstr;
 
 constexpr int kManySigns = 32 * 1024;
 
-const char kGoodSource[] = R"(
+constexpr char kGoodSource[] = R"(
 (* Tank farm *)
 TYPE Mode : (off, manual := 5, automatic); END_TYPE
 TYPE Valve : STRUCT open : BOOL; position : REAL := 5.0; (* Position [%] *) END_STRUCT END_TYPE

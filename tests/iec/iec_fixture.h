@@ -40,7 +40,7 @@ struct Imported {
     {
         const project::Variable* variable = find(QString(), QLatin1String(name));
         EXPECT_NE(nullptr, variable) << name << text();
-        return variable != nullptr ? *variable : project::Variable();
+        return variable ? *variable : project::Variable();
     }
     /// "TYPE area:offset", a structure with its size, then dimensions.
     std::string place(const char* name) const
@@ -66,9 +66,9 @@ struct Imported {
 
     static std::string typeText(const project::Variable& variable)
     {
-        std::string text = variable.structure         ? variable.structure->name.toStdString()
-                           : variable.type != nullptr ? variable.type->name
-                                                      : "?";
+        std::string text = variable.structure ? variable.structure->name.toStdString()
+                           : variable.type    ? variable.type->name
+                                              : "?";
         if (variable.stringLength > 0)
             text += "(" + std::to_string(variable.stringLength) + ")";
         for (const project::ArrayDimension& dimension : variable.dimensions)

@@ -8,7 +8,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-const char kMembers[] = "STRUCT a : BOOL; b : LREAL; c : BYTE; d : DINT; e : INT; END_STRUCT";
+constexpr char kMembers[] = "STRUCT a : BOOL; b : LREAL; c : BYTE; d : DINT; e : INT; END_STRUCT";
 
 /// The members of a structure of kMembers with this pack_mode.
 std::vector<std::string> packed(const char* value)
@@ -155,7 +155,7 @@ TEST(PackMode, OfAnUnknownValueIsToldAndSkipped)
 
 TEST(PackMode, BeforeNoStructureIsTold)
 {
-    const char kWarning[] = "warning: this pack_mode stands before no structure and is skipped";
+    constexpr char kWarning[] = "warning: this pack_mode stands before no structure and is skipped";
     EXPECT_THAT(importVariables("{attribute 'pack_mode' := '1'} v AT %MB0 : INT;").notes,
                 ElementsAre(HasSubstr(kWarning)));
     EXPECT_THAT(

@@ -19,7 +19,7 @@ std::string typed(const char* type, const char* types = "")
 
 TEST(Types, AllElementaryOnesAreKnown)
 {
-    for (const values::IecType* type = values::iecTypes(); type->name != nullptr; ++type) {
+    for (const values::IecType* type = values::iecTypes(); type->name; ++type) {
         if (!values::isText(*type) && !values::isBit(*type)) {
             EXPECT_EQ(type->name, typed(type->name));
         }

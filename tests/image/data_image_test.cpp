@@ -15,7 +15,7 @@ namespace {
 typedef std::vector<uchar> Bytes;
 typedef std::map<quint64, uchar> PlainImage;
 
-const quint64 kArea7 = quint64(7) << 32;
+constexpr quint64 kArea7 = quint64(7) << 32;
 
 Bytes counting(int count)
 {
@@ -291,7 +291,7 @@ TEST(DataImageRanges, SingleByteRangesEqualSingleBytes)
 
 // --- Addresses that somebody has chosen ---
 
-const int kManyPages = 2000;
+constexpr int kManyPages = 2000;
 
 /// Slots that a search for one of the bytes looks at, on an average.
 double meanSearchLength(const std::vector<quint64>& keys, quint64 key)
@@ -332,7 +332,7 @@ TEST(ChosenAddresses, InAreasThatDifferInTheUpperBitsAreOrdinary)
 
 TEST(ChosenAddresses, ThatCrowdUnderOneKeyAreOrdinaryUnderAnother)
 {
-    const quint32 kSlots = 4096;
+    constexpr quint32 kSlots = 4096;
     const KeyedHash known(1);
     std::vector<quint64> keys;
     for (quint64 page = 0; int(keys.size()) < kManyPages; ++page) {

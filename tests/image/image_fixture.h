@@ -16,7 +16,7 @@
 namespace plc {
 namespace test {
 
-const int kArea = 3;
+constexpr int kArea = 3;
 
 inline quint64 keyOf(int address, int area = kArea)
 {

@@ -12,8 +12,8 @@ namespace plc {
 namespace test {
 namespace {
 
-const int kArea = 3;
-const int kStart = 1000;
+constexpr int kArea = 3;
+constexpr int kStart = 1000;
 
 struct ReadResult {
     int result;

@@ -11,9 +11,9 @@
 namespace plc {
 namespace test {
 
-const int kArea = 3;
-const int kStart = 1000;
-const int kQueuedMode = 2;
+constexpr int kArea = 3;
+constexpr int kStart = 1000;
+constexpr int kQueuedMode = 2;
 
 /// Variables code0 to code18 at address 1000 of area 3, and some by purpose.
 class ValueWrite : public DriverTest {

@@ -146,7 +146,7 @@ bool isLoaded(const char* path)
     void* handle = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
     if (handle)
         dlclose(handle);
-    return handle != nullptr;
+    return bool(handle);
 }
 
 std::string copyOfLibrary(const char* name)
@@ -185,9 +185,9 @@ TEST(Loading, RepeatedLoadingUseAndUnloadingLeavesNoMemoryBehind)
         GTEST_SKIP() << "the instrumented allocator keeps its own accounts";
     // The allocator counts what it caches for the next use: a little noise, but less than the
     // smallest block a round, which is what the smallest leak would add.
-    const int kWarmUp = 3;
-    const size_t kRounds = 200;
-    const size_t kSmallestBlock = 32;
+    constexpr int kWarmUp = 3;
+    constexpr size_t kRounds = 200;
+    constexpr size_t kSmallestBlock = 32;
     for (int i = 0; i < kWarmUp; ++i)
         useOnce(PLC_LIBRARY);
     const size_t before = mallinfo2().uordblks;

@@ -49,13 +49,13 @@ struct CyclicItem {
 struct Settings {
     std::int32_t words[19] = {};
 };
-const int kMaxReadBytes = 4;
-const int kRetryLimit = 7;
-const int kComWord10 = 10;
-const int kFrameCount = 11;
-const int kComWord13 = 13;
-const int kWriteMode = 16;
-const int kHostTag = 18;
+constexpr int kMaxReadBytes = 4;
+constexpr int kRetryLimit = 7;
+constexpr int kComWord10 = 10;
+constexpr int kFrameCount = 11;
+constexpr int kComWord13 = 13;
+constexpr int kWriteMode = 16;
+constexpr int kHostTag = 18;
 
 } // namespace own
 

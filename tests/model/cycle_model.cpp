@@ -7,15 +7,15 @@ namespace model {
 
 namespace {
 
-const std::size_t kBatchCapacity = 150;
-const std::size_t kReadEntries = 99;
-const int kBudget = 999;
-const int kWriteOverhead = 10;
-const int kReadOverhead = 1;
-const int kTriesInARow = 5;
-const int kBitCode = 13;
+constexpr std::size_t kBatchCapacity = 150;
+constexpr std::size_t kReadEntries = 99;
+constexpr int kBudget = 999;
+constexpr int kWriteOverhead = 10;
+constexpr int kReadOverhead = 1;
+constexpr int kTriesInARow = 5;
+constexpr int kBitCode = 13;
 /// Bytes of a request in front of and behind its payload as it is put together here.
-const int kHeaderAndTrailer = 8 + 4;
+constexpr int kHeaderAndTrailer = 8 + 4;
 
 void put(Bytes& frame, std::int64_t value, int bytes)
 {

@@ -9,7 +9,7 @@ namespace {
 
 std::string hexOf(const QByteArray& bytes)
 {
-    const int kShown = 64;
+    constexpr int kShown = 64;
     std::string text;
     for (int i = 0; i < qMin(kShown, int(bytes.size())); ++i)
         text += (i ? " " : "") + std::string(bytes.mid(i, 1).toHex().constData());

@@ -5,7 +5,7 @@ namespace model {
 
 namespace {
 
-const int kBitCode = 13;
+constexpr int kBitCode = 13;
 
 } // namespace
 

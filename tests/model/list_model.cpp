@@ -8,8 +8,8 @@ namespace model {
 
 namespace {
 
-const std::size_t kListLimit = 1024;
-const int kBitWordCode = 16;
+constexpr std::size_t kListLimit = 1024;
+constexpr int kBitWordCode = 16;
 
 bool isSamePlace(const Variable& a, const Variable& b)
 {

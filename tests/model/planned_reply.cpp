@@ -8,7 +8,7 @@ namespace model {
 
 namespace {
 
-const std::size_t kLargestPayload = 0xFFFF;
+constexpr std::size_t kLargestPayload = 0xFFFF;
 
 Bytes frameWith(const Bytes& payload)
 {
@@ -33,8 +33,8 @@ Bytes randomPayload(std::size_t size, std::uint32_t seed)
 /// What the PLC answers to the request that waits.
 Bytes goodReply(const DriverModel& model, std::uint32_t seed)
 {
-    const std::size_t kIdentificationPayload = 200;
-    const std::size_t kFilePayload = 30;
+    constexpr std::size_t kIdentificationPayload = 200;
+    constexpr std::size_t kFilePayload = 30;
     const Bytes acknowledgement = {0, 0};
     if (model.queue.empty())
         return frameWith(acknowledgement);

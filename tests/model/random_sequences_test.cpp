@@ -9,7 +9,7 @@ namespace plc {
 namespace model {
 namespace {
 
-const std::size_t kStepsOfSequence = 300;
+constexpr std::size_t kStepsOfSequence = 300;
 
 class RandomSequences : public ::testing::TestWithParam<std::uint32_t> {};
 

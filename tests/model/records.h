@@ -23,8 +23,8 @@ inline std::int32_t stored(std::int64_t exact)
 // Sizes that no PLC has. What is larger is a mistake of the host and is refused, so that it costs
 // the panel neither memory nor time.
 
-const std::int64_t kLargestValue = 16 * 1024 * 1024;
-const std::int64_t kMostPieces = 65536;
+constexpr std::int64_t kLargestValue = 16 * 1024 * 1024;
+constexpr std::int64_t kMostPieces = 65536;
 
 /// Whether a value of `length` bytes is small enough, and makes few enough pieces.
 inline bool isWithinLimits(std::int64_t length, std::int64_t pieceSize)

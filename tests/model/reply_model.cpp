@@ -5,12 +5,12 @@ namespace model {
 
 namespace {
 
-const int kNothingArrived = 41;
-const int kLengthWrong = 71;
-const int kAccepted = 1;
-const int kRemoteAccepted = 100;
-const int kLoginRefused = 201;
-const int kNoSettings = 200;
+constexpr int kNothingArrived = 41;
+constexpr int kLengthWrong = 71;
+constexpr int kAccepted = 1;
+constexpr int kRemoteAccepted = 100;
+constexpr int kLoginRefused = 201;
+constexpr int kNoSettings = 200;
 
 /// Payload length that the reply's header tells; the reply holds 6 bytes or more.
 int toldLength(const Bytes& bytes)

@@ -10,7 +10,7 @@ namespace model {
 namespace {
 
 /// Runs after which shrinking ends with what it has.
-const int kMostRuns = 20000;
+constexpr int kMostRuns = 20000;
 
 // Simpler values in place of a value, the simplest first.
 

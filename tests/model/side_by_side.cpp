@@ -18,7 +18,7 @@ namespace model {
 namespace {
 
 /// Up to this size the whole image is compared after each step, beyond it what the step touched.
-const std::size_t kSmallImage = 4096;
+constexpr std::size_t kSmallImage = 4096;
 
 /// What the callbacks of the driver were called with.
 std::vector<CallbackCall> driverCalls;
@@ -223,9 +223,9 @@ void SideBySide::run(const AskAddress& step)
 void SideBySide::run(const ResolveLabel& step)
 {
     // What failing walks leave behind counts as well.
-    const int kKeptType = 0xEE;
-    const int kKeptAddress = -11111;
-    const int kKeptArea = -22222;
+    constexpr int kKeptType = 0xEE;
+    constexpr int kKeptAddress = -11111;
+    constexpr int kKeptArea = -22222;
     Place expected;
     expected.dataType = kKeptType;
     expected.address = kKeptAddress;
@@ -278,7 +278,7 @@ void SideBySide::run(const Ask&)
 {
     const bool hasRequest = m_model.nextRequest();
     const Protocol* request = ComCommunication();
-    m_differences.check("a request is returned", hasRequest, request != nullptr);
+    m_differences.check("a request is returned", hasRequest, bool(request));
     if (request && !PLC_driver.requestQueue.isEmpty())
         m_differences.check("the head of the queue is returned", true,
                             request == &PLC_driver.requestQueue.first());

@@ -5,10 +5,10 @@ namespace model {
 
 namespace {
 
-const int kAreas = 3;
-const int kStations = 4;
+constexpr int kAreas = 3;
+constexpr int kStations = 4;
 /// Of a value's buffer, however large the count that goes with it.
-const int kMostRegisters = 1300;
+constexpr int kMostRegisters = 1300;
 
 } // namespace
 

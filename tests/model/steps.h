@@ -147,7 +147,7 @@ typedef std::variant<SetSettings, ChangeWord, SetCallbacks, EnableStation, PassS
 typedef std::vector<Step> Sequence;
 
 /// Settings records that the host owns.
-const int kSettingsRecords = 2;
+constexpr int kSettingsRecords = 2;
 
 } // namespace model
 } // namespace plc

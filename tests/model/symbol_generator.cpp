@@ -7,11 +7,11 @@ namespace model {
 
 namespace {
 
-const int kMostLevels = 3;
-const std::uint16_t kArrayFlag = 0x100;
-const std::uint16_t kStructureFlag = 0x200;
-const std::uint16_t kStructured = 12;
-const std::uint16_t kBit = 13;
+constexpr int kMostLevels = 3;
+constexpr std::uint16_t kArrayFlag = 0x100;
+constexpr std::uint16_t kStructureFlag = 0x200;
+constexpr std::uint16_t kStructured = 12;
+constexpr std::uint16_t kBit = 13;
 
 template <typename List>
 const typename List::value_type& anyOf(test::Random& random, const List& list)
@@ -31,7 +31,7 @@ std::u16string SymbolGenerator::name()
     static const std::vector<std::u16string> kNames = {
         u"MAIN", u"a",   u"b", u"speed", u"rec",    u"tab",          u"PRG", u"c",
         u"Main", u"d_1", u"",  u"x[1]",  u"\u00E9", u"\u6E29\u5EA6", u"a]",  u"b["};
-    const int kOrdinaryNames = 8;
+    constexpr int kOrdinaryNames = 8;
     if (m_random.oneIn(8))
         return anyOf(m_random, kNames);
     return kNames[std::size_t(m_random.below(kOrdinaryNames))];

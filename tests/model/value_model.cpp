@@ -164,8 +164,8 @@ int DriverModel::readValue(const std::u16string& label, int count, Bytes& value)
 int DriverModel::writeValue(const std::u16string& label, const std::u16string& subLabel,
                             int station, const Bytes& value, int count, int category, int aux1)
 {
-    const int kQueuedMode = 2;
-    const int kBitCode = 13;
+    constexpr int kQueuedMode = 2;
+    constexpr int kBitCode = 13;
     Place place;
     if (!settings || labels.resolve(label, place) != 0)
         return 0;

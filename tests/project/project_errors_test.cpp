@@ -34,7 +34,7 @@ TEST_P(DocumentError, NamesPathAndExpectation)
     EXPECT_EQ(GetParam().error, errorOf(GetParam().json));
 }
 
-const Broken kBrokenDocuments[] = {
+constexpr Broken kBrokenDocuments[] = {
     {"List", "[]", "found a list, expected an object"},
     {"MissingName", R"({"areas": [], "scopes": []})", "key \"name\" is missing"},
     {"BlankName", R"({"name": " ", "areas": [], "scopes": []})",
@@ -95,7 +95,7 @@ TEST_P(VariableError, NamesPathAndExpectation)
     EXPECT_EQ(GetParam().error, errorOf(projectText(GetParam().json)));
 }
 
-const Broken kBrokenVariables[] = {
+constexpr Broken kBrokenVariables[] = {
     {"EmptyName", R"({"name": "", "type": "INT", "area": 1, "offset": 0})",
      "/scopes/0/variables/0/name: found \"\", expected a name without . [ ] , = quotes, blanks or "
      "control characters"},
@@ -246,7 +246,7 @@ TEST_P(StructureError, NamesPathAndExpectation)
     EXPECT_EQ(GetParam().error, errorOf(projectText("", GetParam().json)));
 }
 
-const Broken kBrokenStructures[] = {
+constexpr Broken kBrokenStructures[] = {
     {"NoMembers", R"({"name": "S", "size": 2, "members": []})",
      "/structures/0/members: expected at least one member"},
     {"NameOfAType",
@@ -309,7 +309,7 @@ TEST_P(CyclicError, NamesPathAndReason)
                                     GetParam().json)));
 }
 
-const Broken kBrokenCyclic[] = {
+constexpr Broken kBrokenCyclic[] = {
     {"NoLabel", "3", "/cyclic/0: found 3, expected a label or an object with the key \"label\""},
     {"UnknownKey", R"({"label": "MAIN.speed", "count": 1})",
      "/cyclic/0/count: unknown key \"count\", expected one of label, elements, station"},

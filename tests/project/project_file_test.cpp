@@ -232,18 +232,18 @@ TEST(DemoPlant, ReadsAtLeast150LabelsInThreeAreas)
     for (const ScopeDefinition& scope : project->scopes) {
         for (const Variable& variable : scope.variables) {
             areas.insert(variable.area);
-            if (variable.type != nullptr)
+            if (variable.type)
                 types.insert(QLatin1String(variable.type->name));
         }
     }
     for (const auto& structure : project->structures) {
         for (const Variable& member : structure->members) {
-            if (member.type != nullptr)
+            if (member.type)
                 types.insert(QLatin1String(member.type->name));
         }
     }
     EXPECT_EQ(3, areas.size());
-    for (const values::IecType* type = values::iecTypes(); type->name != nullptr; ++type)
+    for (const values::IecType* type = values::iecTypes(); type->name; ++type)
         EXPECT_TRUE(types.contains(QLatin1String(type->name))) << type->name;
 }
 

@@ -85,7 +85,7 @@ TEST_F(Schema, KnowsTheKeysOfTheLoader)
 TEST_F(Schema, KnowsTheTypes)
 {
     Names types;
-    for (const values::IecType* type = values::iecTypes(); type->name != nullptr; ++type)
+    for (const values::IecType* type = values::iecTypes(); type->name; ++type)
         types.insert(QString::fromLatin1(type->name));
     EXPECT_EQ(types, names(at(m_schema, "$defs/type")
                                .value(QLatin1String("anyOf"))
@@ -106,7 +106,7 @@ TEST_F(Schema, KnowsTheSignalsAndTheirParameters)
         kinds.insert(name);
         Names required{QStringLiteral("kind")};
         Names known{QStringLiteral("kind")};
-        for (const SignalParameter* each = kind->parameters; each->name != nullptr; ++each) {
+        for (const SignalParameter* each = kind->parameters; each->name; ++each) {
             known.insert(QString::fromLatin1(each->name));
             if (each->required)
                 required.insert(QString::fromLatin1(each->name));

@@ -87,7 +87,7 @@ TEST_P(SymbolBuilderMistakes, AreTold)
     EXPECT_THAT(complaint(builder), ::testing::HasSubstr(GetParam().told));
 }
 
-const Mistake kMistakes[] = {
+constexpr Mistake kMistakes[] = {
     {"StructureNamedAsAType", [](SymbolBuilder* b) { b->structure(text("INT"), 2); },
      "INT: \"INT\" is no name of a structure"},
     {"StructureTwice", [](SymbolBuilder* b) { b->structure(text("Tank"), 2); },

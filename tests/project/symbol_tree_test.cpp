@@ -12,11 +12,11 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const char kVariables[] = R"(
+constexpr char kVariables[] = R"(
     {"name": "pump", "type": "Pump", "area": 1, "offset": 100, "array": [[1, 3]]},
     {"name": "lamp", "type": "BIT", "area": 2, "offset": 35},
     {"name": "text", "type": "STRING", "length": 9, "area": 2, "offset": 20})";
-const char kStructures[] = R"(
+constexpr char kStructures[] = R"(
     {"name": "Motor", "size": 4, "members": [{"name": "speed", "type": "INT", "offset": 2}]},
     {"name": "Pump", "size": 12, "members": [
       {"name": "flow", "type": "REAL", "offset": 0},
@@ -31,9 +31,9 @@ protected:
         walkSymbolTree(project, QLatin1String(pattern), depth, [&lines](const SymbolNode& node) {
             lines.push_back(
                 std::string(size_t(2 * (node.level - 1)), ' ') + node.label.toStdString() +
-                (node.variable == nullptr
-                     ? ""
-                     : " " + std::to_string(node.area) + ":" + std::to_string(node.address)));
+                (node.variable
+                     ? " " + std::to_string(node.area) + ":" + std::to_string(node.address)
+                     : ""));
         });
         return lines;
     }

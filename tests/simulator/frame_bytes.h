@@ -22,8 +22,9 @@ inline std::string hex(const QByteArray& data)
     return data.toHex(' ').toStdString();
 }
 
-const char* const kIdentification = "bb bb 00 00 00 0e 01 00 00 00 02 00 00 00 06 00 00 00 00 00";
-const char* const kFileRequest =
+constexpr const char* kIdentification =
+    "bb bb 00 00 00 0e 01 00 00 00 02 00 00 00 06 00 00 00 00 00";
+constexpr const char* kFileRequest =
     "bb bb 00 00 00 11 31 00 00 0d 44 4f 57 4e 4c 4f 41 44 2e 53 44 42 00";
 
 /// A session that has logged in: requests end in 00 01 25 24.

@@ -15,8 +15,8 @@ using test::Client;
 using test::hex;
 using test::waitUntil;
 
-const char* const kReadTwoBytes = "2e 00 00 00 00 01 00 01 00 00 00 10 00 00 00 02";
-const char* const kTwoBytes = "bb bb 00 00 00 09 00 00 00 00 00 01 00 10 11";
+constexpr const char* kReadTwoBytes = "2e 00 00 00 00 01 00 01 00 00 00 10 00 00 00 02";
+constexpr const char* kTwoBytes = "bb bb 00 00 00 09 00 00 00 00 00 01 00 10 11";
 
 class PlcServerTest : public test::RunningSimulator {};
 

@@ -210,7 +210,7 @@ inline void recordResult(int hostTag, int category, int aux1, int status)
 inline void recordFailure(QList<RW_VAR>* list, int category, int mode)
 {
     noteListLock();
-    failureCalls.push_back({list != nullptr, list ? int(list->size()) : 0, category, mode});
+    failureCalls.push_back({bool(list), list ? int(list->size()) : 0, category, mode});
 }
 
 /// Hands a reply over as a host does: once, and once more when its size was only recorded.

@@ -9,9 +9,9 @@
 namespace plc {
 namespace test {
 
-const int kArrayFlag = 0x100;
-const int kStructureFlag = 0x200;
-const int kStructuredCode = 12;
+constexpr int kArrayFlag = 0x100;
+constexpr int kStructureFlag = 0x200;
+constexpr int kStructuredCode = 12;
 
 /// A variable of a scope. Members of structures are made alike; their area is not looked at.
 inline Label_Type_Info variable(const QString& name, int typeFlags, int offset, int areaIndex = 0)
@@ -91,9 +91,9 @@ inline Label_Type_Info mainScope()
 }
 
 /// What resolving a label gave. Members that the walk did not write keep these values.
-const int kKeptType = 0xEE;
-const int kKeptAddress = -11111;
-const int kKeptArea = -22222;
+constexpr int kKeptType = 0xEE;
+constexpr int kKeptAddress = -11111;
+constexpr int kKeptArea = -22222;
 
 struct Resolution {
     int result = 0;

@@ -26,7 +26,7 @@ TEST_P(WorkedLabels, ResolveToTypeAddressAndArea)
     EXPECT_EQ(GetParam().expected, resolve(GetParam().label));
 }
 
-const WorkedLabel kWorkedLabels[] = {
+constexpr WorkedLabel kWorkedLabels[] = {
     {"Scalar", "MAIN.speed", {0, 4, 10, 3}},
     {"ElementOfTwoDimensions", "MAIN.tab[2,3]", {0, 3, 120, 3}},
     {"MemberOfArrayElement", "MAIN.rec[3].b", {0, 7, 228, 3}},

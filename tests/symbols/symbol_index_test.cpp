@@ -325,7 +325,7 @@ TEST(NameTable, NamesOfEqualHashAreKeptApart)
 
 // --- Names that somebody has chosen ---
 
-const int kManyNames = 5000;
+constexpr int kManyNames = 5000;
 
 /// Slots that a search for one of the names looks at, on an average.
 double meanSearchLength(const QList<QString>& texts, quint64 key)
@@ -343,7 +343,7 @@ double meanSearchLength(const QList<QString>& texts, quint64 key)
 template <typename Hash>
 QList<QString> crowded(Hash hash)
 {
-    const quint32 kSlots = 8192;
+    constexpr quint32 kSlots = 8192;
     QList<QString> texts;
     for (int i = 0; int(texts.size()) < kManyNames; ++i) {
         const QString text = QString::number(i, 36);

@@ -24,9 +24,9 @@ void PrintTo(const CodeSize& row, std::ostream* stream)
     *stream << "code " << row.code;
 }
 
-const CodeSize kSizes[] = {{1, 1},  {2, 1},  {3, 2},  {4, 2},    {5, 4},    {6, 4},
-                           {7, 4},  {8, 8},  {9, 8},  {10, 255}, {11, 255}, {13, 1},
-                           {14, 1}, {15, 1}, {16, 2}, {17, 4}};
+constexpr CodeSize kSizes[] = {{1, 1},  {2, 1},  {3, 2},  {4, 2},    {5, 4},    {6, 4},
+                               {7, 4},  {8, 8},  {9, 8},  {10, 255}, {11, 255}, {13, 1},
+                               {14, 1}, {15, 1}, {16, 2}, {17, 4}};
 
 class TypeCode : public DriverTest, public ::testing::WithParamInterface<CodeSize> {};
 

@@ -5,9 +5,9 @@ namespace test {
 
 namespace {
 
-const int kHeaderSize = 6;
-const int kEntrySize = 10;
-const int kFirstEntry = 12;
+constexpr int kHeaderSize = 6;
+constexpr int kEntrySize = 10;
+constexpr int kFirstEntry = 12;
 
 int number(const QByteArray& frame, int offset, int bytes)
 {
@@ -29,8 +29,8 @@ QByteArray frameOf(const QByteArray& payload)
 
 QByteArray ScriptedPlc::answer(const QByteArray& request)
 {
-    const int kIdentificationPayload = 200;
-    const int kFilePayload = 30;
+    constexpr int kIdentificationPayload = 200;
+    constexpr int kFilePayload = 30;
     const QByteArray done(2, '\0');
     const QByteArray refused = QByteArray::fromHex("0001");
     if (m_faultsOneIn > 0 && m_random.oneIn(m_faultsOneIn))

@@ -17,18 +17,18 @@ namespace plc {
 namespace test {
 namespace {
 
-const int kWriters = 3;
-const int kSlotsOfWriter = 40;
-const int kSlots = kWriters * kSlotsOfWriter;
-const int kSlotBytes = 4;
-const int kSlotArea = 1;
-const int kOtherArea = 2;
-const int kStation = 1;
-const int kSwitchedStation = 7;
-const int kWriteCategory = 1;
-const int kOnceCategory = 2;
-const int kOtherCategory = 3;
-const int kFaultsOneIn = 12;
+constexpr int kWriters = 3;
+constexpr int kSlotsOfWriter = 40;
+constexpr int kSlots = kWriters * kSlotsOfWriter;
+constexpr int kSlotBytes = 4;
+constexpr int kSlotArea = 1;
+constexpr int kOtherArea = 2;
+constexpr int kStation = 1;
+constexpr int kSwitchedStation = 7;
+constexpr int kWriteCategory = 1;
+constexpr int kOnceCategory = 2;
+constexpr int kOtherCategory = 3;
+constexpr int kFaultsOneIn = 12;
 
 /// A place that one writer writes to, one write at a time, and the communication thread settles.
 struct Slot {

@@ -9,10 +9,10 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-const char kReadRequest[] = "bbbb 00000014 2e00 00000001 0003 0000000a 00000002 0001 1234";
-const char kOtherReadRequest[] = "bbbb 00000014 2e00 00000001 0007 0000000e 00000002 0001 1234";
-const char kReadReply[] = "bbbb 00000009 0000 00000001 00 05dc";
-const char kOtherReadReply[] = "bbbb 00000009 0000 00000001 00 1234";
+constexpr char kReadRequest[] = "bbbb 00000014 2e00 00000001 0003 0000000a 00000002 0001 1234";
+constexpr char kOtherReadRequest[] = "bbbb 00000014 2e00 00000001 0007 0000000e 00000002 0001 1234";
+constexpr char kReadReply[] = "bbbb 00000009 0000 00000001 00 05dc";
+constexpr char kOtherReadReply[] = "bbbb 00000009 0000 00000001 00 1234";
 
 const QStringList kTwoPasses = {QStringLiteral("-2")};
 const QStringList kPlcPort = {QStringLiteral("-o"), QStringLiteral("codesys_block.ports:1200")};

@@ -9,10 +9,11 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-const char kReadRequest[] =
+constexpr char kReadRequest[] =
     "bbbb 0000001e 2e00 00000002 0003 0000000a 00000002 0004 00000064 00000004 0001 1234";
-const char kReadReply[] = "bbbb 0000000e 0000 00000002 00 05dc 00 42c80000";
-const char kWriteRequest[] = "bbbb 00000016 3c00 00000001 0003 00000010 00000002 abcd 0001 1234";
+constexpr char kReadReply[] = "bbbb 0000000e 0000 00000002 00 05dc 00 42c80000";
+constexpr char kWriteRequest[] =
+    "bbbb 00000016 3c00 00000001 0003 00000010 00000002 abcd 0001 1234";
 
 const QStringList kRepliesOnly = filter("codesys_block.reply == 1");
 

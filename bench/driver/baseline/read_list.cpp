@@ -11,8 +11,8 @@ namespace baseline {
 
 namespace {
 
-const int kRegisterBytes = 2;
-const int kListLimit = 1024;
+constexpr int kRegisterBytes = 2;
+constexpr int kListLimit = 1024;
 
 void bubbleSort(QList<RW_VAR>& list)
 {

@@ -7,17 +7,17 @@ namespace baseline {
 
 namespace {
 
-const int kBudget = 999;
-const int kReadOverhead = 1;
-const int kWriteOverhead = 10;
-const int kMostReads = 99;
-const int kMostWrites = 150;
-const int kHeaderSize = 6;
-const int kPayloadLengthOffset = 4;
-const int kReadService = 0x2E;
-const int kWriteService = 0x3C;
-const int kOpenLength = -1;
-const int kBlockLead = 1;
+constexpr int kBudget = 999;
+constexpr int kReadOverhead = 1;
+constexpr int kWriteOverhead = 10;
+constexpr int kMostReads = 99;
+constexpr int kMostWrites = 150;
+constexpr int kHeaderSize = 6;
+constexpr int kPayloadLengthOffset = 4;
+constexpr int kReadService = 0x2E;
+constexpr int kWriteService = 0x3C;
+constexpr int kOpenLength = -1;
+constexpr int kBlockLead = 1;
 
 void appendNumber(QByteArray& frame, quint32 number, int bytes)
 {

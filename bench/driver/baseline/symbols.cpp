@@ -9,7 +9,7 @@ namespace baseline {
 
 namespace {
 
-const int kTypeCodeMask = 0xFF;
+constexpr int kTypeCodeMask = 0xFF;
 
 /// By type code; the benchmarks use no others.
 int elementSize(int code)

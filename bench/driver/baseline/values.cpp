@@ -7,7 +7,7 @@ namespace baseline {
 
 namespace {
 
-const int kRegisterBytes = 2;
+constexpr int kRegisterBytes = 2;
 
 int registersOf(int dataType)
 {

@@ -16,7 +16,7 @@ void __libc_free(void* block);
 namespace {
 
 /// The allocator's own word in front of each block.
-const std::int64_t kBlockOverhead = std::int64_t(sizeof(std::size_t));
+constexpr std::int64_t kBlockOverhead = std::int64_t(sizeof(std::size_t));
 
 plc::bench::Allocations counted;
 bool heapIsMetered = false;

@@ -12,9 +12,9 @@ namespace bench {
 
 namespace {
 
-const int kMaxReadBytes = 200;
-const int kOff = 0;
-const int kOn = 1;
+constexpr int kMaxReadBytes = 200;
+constexpr int kOff = 0;
+constexpr int kOn = 1;
 
 [[noreturn]] void giveUp(const char* what)
 {

@@ -9,7 +9,7 @@ namespace plc {
 namespace bench {
 
 /// Station of everything that is read or written.
-const int kStation = 1;
+constexpr int kStation = 1;
 
 /// The shared library, loaded as a host does. Only one may live at a time: the next one finds the
 /// driver as it is after loading.

@@ -8,16 +8,16 @@ namespace bench {
 
 namespace {
 
-const int kAreaIndex = 3;
-const int kLargestElement = 8;
-const int kArrayLength = 10;
+constexpr int kAreaIndex = 3;
+constexpr int kLargestElement = 8;
+constexpr int kArrayLength = 10;
 
 // A line holds motors, a motor drives; each has eight members, the searched one in their midst.
-const int kMembers = 8;
-const int kSearchedMember = 4;
-const int kLines = 2;
-const int kMotors = 4;
-const int kDrives = 2;
+constexpr int kMembers = 8;
+constexpr int kSearchedMember = 4;
+constexpr int kLines = 2;
+constexpr int kMotors = 4;
+constexpr int kDrives = 2;
 
 int typeCodeOf(int registers)
 {

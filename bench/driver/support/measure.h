@@ -12,9 +12,9 @@ namespace plc {
 namespace bench {
 
 // What a work is done by; the last part of a benchmark's name.
-const char* const kByDriver = "driver";
-const char* const kByBaseline = "baseline";
-const char* const kByFloor = "floor";
+constexpr const char* kByDriver = "driver";
+constexpr const char* kByBaseline = "baseline";
+constexpr const char* kByFloor = "floor";
 
 /// Registers `function` under the name WORK/WHO.
 template <typename Function>
@@ -66,7 +66,7 @@ public:
     template <typename Value, typename Key>
     static Value& get(const Key& key)
     {
-        static const char kTypeMark = 0;
+        static constexpr char kTypeMark = 0;
         if (s_type != &kTypeMark || s_name != key.name()) {
             drop();
             s_value = std::make_shared<Value>(key);

@@ -5,14 +5,14 @@ namespace bench {
 
 namespace {
 
-const int kSmallestIdentification = 200;
-const int kSmallestFile = 30;
-const int kStatusSize = 2;
-const int kReadReplyLead = 6;
+constexpr int kSmallestIdentification = 200;
+constexpr int kSmallestFile = 30;
+constexpr int kStatusSize = 2;
+constexpr int kReadReplyLead = 6;
 
-const int kRequestHead = 12;
-const int kEntrySize = 10;
-const int kTrailerSize = 4;
+constexpr int kRequestHead = 12;
+constexpr int kEntrySize = 10;
+constexpr int kTrailerSize = 4;
 
 QByteArray frameOf(const QByteArray& payload)
 {

@@ -9,13 +9,13 @@ namespace plc {
 namespace bench {
 
 /// A reply of open length is handed over twice: its size is recorded, then it is consumed.
-const int kPassesOfAReply = 2;
+constexpr int kPassesOfAReply = 2;
 
 /// RW_VAR::result of a reply that was accepted.
-const int kReplyAccepted = 1;
+constexpr int kReplyAccepted = 1;
 
 /// Where the first data block of a read reply begins.
-const int kReadReplyDataOffset = 12;
+constexpr int kReadReplyDataOffset = 12;
 
 QByteArray identificationReply();
 QByteArray fileReply();

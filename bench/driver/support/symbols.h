@@ -6,16 +6,16 @@
 namespace plc {
 namespace bench {
 
-const int kArrayFlag = 0x100;
-const int kStructureFlag = 0x200;
-const int kStructureCode = 12;
+constexpr int kArrayFlag = 0x100;
+constexpr int kStructureFlag = 0x200;
+constexpr int kStructureCode = 12;
 
 /// Type codes of whole numbers of 2, 4 and 8 bytes.
-const int kWordCode = 4;
-const int kDoubleWordCode = 6;
-const int kQuadWordCode = 8;
+constexpr int kWordCode = 4;
+constexpr int kDoubleWordCode = 6;
+constexpr int kQuadWordCode = 8;
 
-const int kDecimal = 10;
+constexpr int kDecimal = 10;
 
 /// A variable of a scope or a member of a structure.
 inline Label_Type_Info variable(const QString& name, int typeFlags, int offset, int areaIndex = 0)

@@ -22,7 +22,7 @@ using ::testing::Ge;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-const char kProject[] = R"({
+constexpr char kProject[] = R"({
   'name': 'Captured',
   'settings': {'replyTimeout': 500, 'reconnectDelay': 20, 'reconnectDelayLimit': 20},
   'areas': [{'index': 3, 'size': 64}],
@@ -37,8 +37,8 @@ const QStringList kCheckedSums = {QStringLiteral("-o"), QStringLiteral("ip.check
                                   QStringLiteral("-o"), QStringLiteral("tcp.check_checksum:TRUE")};
 
 // Wireshark's tcp.completeness: SYN 1, SYN-ACK 2, ACK 4, data 8, FIN 16, RST 32.
-const char kClosed[] = "31";
-const char kReset[] = "47";
+constexpr char kClosed[] = "31";
+constexpr char kReset[] = "47";
 
 class Capture : public Plant {
 protected:
@@ -178,7 +178,7 @@ public:
     {
         m_server.waitForNewConnection(kPatience);
         QTcpSocket* const socket = m_server.nextPendingConnection();
-        if (socket != nullptr)
+        if (socket)
             socket->waitForReadyRead(kPatience);
         return socket;
     }

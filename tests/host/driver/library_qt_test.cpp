@@ -49,7 +49,7 @@ TEST(LibraryQt, WhatIsNoSharedLibraryHasNone)
 
 TEST(LibraryQt, LibraryOfAnotherWordSizeOrByteOrderIsNotRead)
 {
-    const int kWordSize = 4, kByteOrder = 5;
+    constexpr int kWordSize = 4, kByteOrder = 5;
     for (const int place : {kWordSize, kByteOrder}) {
         QByteArray content = contentOf(PLC_OTHER_QT_LIBRARY);
         content[place] = char(3 - content.at(place)); // 1 and 2 stand for the two kinds
@@ -75,7 +75,7 @@ TEST(LibraryQt, DamagedFileIsReadWithinItsBounds)
 {
     const QByteArray whole = contentOf(PLC_OTHER_QT_LIBRARY);
     std::mt19937 random(1);
-    const int kHeaders = 1024; // where damage changes places and sizes
+    constexpr int kHeaders = 1024; // where damage changes places and sizes
     for (int round = 0; round < 2000; ++round) {
         QByteArray damaged = whole;
         for (int i = 0; i < 4; ++i)

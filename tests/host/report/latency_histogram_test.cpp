@@ -10,7 +10,7 @@ namespace plc::host {
 namespace test {
 namespace {
 
-const double kShares[] = {0.001, 0.1, 0.5, 0.9, 0.99, 0.999, 1.0};
+constexpr double kShares[] = {0.001, 0.1, 0.5, 0.9, 0.99, 0.999, 1.0};
 
 /// The exact value by the definition: at least this share of the samples is not above it.
 qint64 exactPercentile(const std::vector<qint64>& sorted, double share)

@@ -12,7 +12,7 @@ TEST(ResultText, EveryNumberOfTheDriverHasItsMeaning)
     EXPECT_EQ("accepted", resultText(1));
     EXPECT_EQ("accepted from the remote area", resultText(100));
     EXPECT_EQ("the PLC refused the login", resultText(201));
-    const char kBadReply[] = "the reply is no good answer: its length or its status is wrong";
+    constexpr char kBadReply[] = "the reply is no good answer: its length or its status is wrong";
     for (int shift = 1; shift <= 12; ++shift) {
         EXPECT_EQ(kBadReply, resultText(10 + shift)) << shift;
         EXPECT_EQ("no reply arrived", resultText(40 + shift)) << shift;

@@ -7,17 +7,17 @@ namespace plc::host {
 namespace test {
 namespace {
 
-const char kTwoReads[] =
+constexpr char kTwoReads[] =
     "BB BB 00 00 00 1E 2E 00 00 00 00 02"
     "00 01 00 00 00 20 00 00 00 04"
     "FF FE 80 00 00 10 00 00 01 02"
     "00 01 12 34";
-const char kTwoWrites[] =
+constexpr char kTwoWrites[] =
     "BB BB 00 00 00 21 3C 00 00 00 00 02"
     "00 02 00 00 00 10 00 00 00 02 AB CD"
     "00 03 00 00 00 14 00 00 00 01 7F"
     "00 01 00 00";
-const char kTwoBits[] =
+constexpr char kTwoBits[] =
     "BB BB 00 00 00 20 3C 00 00 00 00 02"
     "00 00 00 00 00 11 00 00 00 00 01"
     "00 00 00 00 00 12 00 00 00 00 00"

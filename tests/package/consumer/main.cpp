@@ -42,7 +42,7 @@ QByteArray reply(int payload)
 bool exchange(const char* request, QByteArray answer)
 {
     const Protocol* next = ComCommunication();
-    if (next == nullptr || next->frame.toHex() != request) {
+    if (!next || next->frame.toHex() != request) {
         std::fprintf(stderr, "wrong request %s, expected %s\n",
                      next ? next->frame.toHex().constData() : "(none)", request);
         return false;
