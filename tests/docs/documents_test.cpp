@@ -74,6 +74,36 @@ QStringList linksOf(const QString& file)
     return targets;
 }
 
+/// What stands in backticks and begins with a folder of the repository: `driver/exports.txt`.
+QStringList pathsOf(const QString& file)
+{
+    static const QRegularExpression quoted(QStringLiteral("`([^`\\s]+/[^`\\s]*)`"));
+    const QDir root(QStringLiteral(PLC_SOURCE_DIR));
+    // What a build makes is not there yet.
+    const QString built = QStringLiteral("build");
+    QStringList paths;
+    QRegularExpressionMatchIterator match =
+        quoted.globalMatch(proseOf(file).join(QLatin1Char('\n')));
+    while (match.hasNext()) {
+        const QString path = match.next().captured(1);
+        const QString folder = path.section(QLatin1Char('/'), 0, 0);
+        if (!folder.isEmpty() && folder != built && root.exists(folder))
+            paths << path;
+    }
+    return paths;
+}
+
+/// A file, a folder, or the two files of one concept, which go by their name without a suffix.
+bool standsThere(const QString& path)
+{
+    const QString place = QStringLiteral(PLC_SOURCE_DIR "/") + path;
+    for (const char* suffix : {"", ".h", ".cpp"}) {
+        if (QFileInfo::exists(place + QLatin1String(suffix)))
+            return true;
+    }
+    return false;
+}
+
 QSet<QString> anchorsOf(const QString& file)
 {
     QSet<QString> anchors;
@@ -141,6 +171,18 @@ TEST(Documents, EveryLinkLeadsSomewhere)
         }
     }
     EXPECT_GT(links, 20);
+}
+
+TEST(Documents, EveryPathThatTheyNameIsThere)
+{
+    int paths = 0;
+    for (const QString& file : markdownFiles()) {
+        for (const QString& path : pathsOf(file)) {
+            ++paths;
+            EXPECT_TRUE(standsThere(path)) << file.toStdString() << ": " << path.toStdString();
+        }
+    }
+    EXPECT_GT(paths, 20);
 }
 
 TEST(HostGuide, DescribesEveryEntryPointInTheSameForm)
