@@ -1,0 +1,175 @@
+#include "gateway/broker/mosquitto_broker.h"
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QThread>
+
+#include <functional>
+#include <memory>
+
+#include "tests/gateway/support/mosquitto_process.h"
+
+namespace plc::gateway {
+namespace {
+
+constexpr int kPatience = 30000; // ms
+
+/// Writes down what a connection tells.
+class Diary : public BrokerListener {
+public:
+    void brokerConnected() override { ++connections; }
+    void brokerLost(const QString& reason) override { losses.append(reason); }
+    void messageArrived(const Message& message) override { messages.append(message); }
+    void messagesDropped(quint64 count) override { dropped += count; }
+    void confirmed(quint64 mark) override { marks.append(mark); }
+
+    int connections = 0;
+    QStringList losses;
+    QVector<Message> messages;
+    quint64 dropped = 0;
+    QVector<quint64> marks;
+};
+
+bool waitUntil(const std::function<bool()>& isSo)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!isSo() && clock.elapsed() < kPatience)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 20);
+    return isSo();
+}
+
+class MosquittoBrokerTest : public testing::TestWithParam<bool> {
+protected:
+    void SetUp() override { ASSERT_TRUE(m_process.start()); }
+
+    BrokerSettings settings() const
+    {
+        BrokerSettings result;
+        result.host = QStringLiteral("127.0.0.1");
+        result.port = m_process.port();
+        result.isVersion5 = GetParam();
+        return result;
+    }
+    void watch(const QString& topic)
+    {
+        m_watcher.open(settings(), {}, {{topic, 1}});
+        ASSERT_TRUE(waitUntil([this] { return m_watched.connections == 1; }));
+    }
+    void connect(const std::optional<Message>& will = {})
+    {
+        m_broker.open(settings(), will, {});
+        ASSERT_TRUE(waitUntil([this] { return m_diary.connections == 1; }));
+    }
+
+    int m_count = 0;
+    char m_name[5] = "test";
+    char* m_arguments[1] = {m_name};
+    QCoreApplication m_application{m_count, m_arguments};
+    test::MosquittoProcess m_process;
+    Diary m_diary;
+    Diary m_watched;
+    MosquittoBroker m_broker{QStringLiteral("one"), 10, &m_diary};
+    MosquittoBroker m_watcher{QStringLiteral("two"), 10, &m_watched};
+};
+
+TEST_P(MosquittoBrokerTest, MessagesArriveInOrderAndAreConfirmed)
+{
+    watch(QStringLiteral("values/#"));
+    connect();
+    for (const int qos : {0, 1}) {
+        m_watched.messages.clear();
+        for (int i = 0; i < 200; ++i)
+            m_broker.publish({QStringLiteral("values/a"), QByteArray::number(i), qos, false});
+        m_broker.askConfirmation(quint64(7 + qos));
+        ASSERT_TRUE(waitUntil([&] { return m_diary.marks.size() == 1 + qos; }));
+        EXPECT_EQ(quint64(7 + qos), m_diary.marks[qos]);
+        ASSERT_TRUE(waitUntil([this] { return m_watched.messages.size() == 200; }));
+        for (int i = 0; i < 200; ++i)
+            ASSERT_EQ(QByteArray::number(i), m_watched.messages[i].payload);
+    }
+}
+
+TEST_P(MosquittoBrokerTest, CloseSendsWhatWasPublishedAndNoWill)
+{
+    watch(QStringLiteral("#"));
+    connect(Message{QStringLiteral("will"), "gone", 1, false});
+    m_broker.publish({QStringLiteral("last"), "words", 0, false});
+    m_broker.close();
+    ASSERT_TRUE(waitUntil([this] { return m_diary.losses.size() == 1; }));
+    EXPECT_EQ("closed", m_diary.losses[0]);
+    ASSERT_TRUE(waitUntil([this] { return m_watched.messages.size() == 1; }));
+    EXPECT_EQ("last", m_watched.messages[0].topic);
+}
+
+TEST_P(MosquittoBrokerTest, DropLeavesTheWillToTheBroker)
+{
+    watch(QStringLiteral("#"));
+    connect(Message{QStringLiteral("will"), "gone", 1, false});
+    m_broker.drop(QStringLiteral("on purpose"));
+    ASSERT_TRUE(waitUntil([this] { return m_watched.messages.size() == 1; }));
+    EXPECT_EQ("will", m_watched.messages[0].topic);
+    EXPECT_EQ("gone", m_watched.messages[0].payload);
+    EXPECT_EQ(QStringList{QStringLiteral("on purpose")}, m_diary.losses);
+}
+
+TEST_P(MosquittoBrokerTest, BrokerThatDiesIsLostAndWhatFollowsIsNotConfirmed)
+{
+    connect();
+    m_process.kill();
+    m_broker.publish({QStringLiteral("values/a"), "1", 0, false});
+    m_broker.askConfirmation(1);
+    ASSERT_TRUE(waitUntil([this] { return m_diary.losses.size() == 1; }));
+    EXPECT_TRUE(m_diary.marks.isEmpty());
+}
+
+TEST_P(MosquittoBrokerTest, BrokerThatIsNotThereIsToldWithItsReason)
+{
+    m_process.kill();
+    m_broker.open(settings(), {}, {});
+    ASSERT_TRUE(waitUntil([this] { return m_diary.losses.size() == 1; }));
+    EXPECT_EQ("Connection refused", m_diary.losses[0]);
+    EXPECT_EQ(0, m_diary.connections);
+}
+
+TEST_P(MosquittoBrokerTest, ConnectionsFollowEachOther)
+{
+    for (int i = 1; i <= 3; ++i) {
+        m_broker.open(settings(), {}, {{QStringLiteral("a"), 1}});
+        ASSERT_TRUE(waitUntil([&] { return m_diary.connections == i; }));
+        m_broker.close();
+        ASSERT_TRUE(waitUntil([&] { return m_diary.losses.size() == i; }));
+    }
+}
+
+TEST_P(MosquittoBrokerTest, ManyMessagesAreCountedBeyondTheLimit)
+{
+    watch(QStringLiteral("flood"));
+    connect();
+    for (int i = 0; i < 3000; ++i)
+        m_broker.publish({QStringLiteral("flood"), "x", 0, false});
+    m_broker.askConfirmation(1);
+    // The events of the watcher wait while this thread sleeps.
+    QThread::sleep(2);
+    m_broker.publish({QStringLiteral("flood"), "last", 0, false});
+    ASSERT_TRUE(waitUntil([this] {
+        return !m_watched.messages.isEmpty() && m_watched.messages.last().payload == "last";
+    }));
+    EXPECT_EQ(3001u, quint64(m_watched.messages.size()) + m_watched.dropped);
+    EXPECT_EQ(1001, m_watched.messages.size());
+}
+
+TEST_P(MosquittoBrokerTest, EndWhileConnectedIsHarmless)
+{
+    MosquittoBroker broker(QStringLiteral("three"), 10, &m_diary);
+    broker.open(settings(), {}, {});
+    broker.waitForEnd(1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Versions, MosquittoBrokerTest, testing::Bool(),
+                         [](const auto& version) { return version.param ? "Mqtt5" : "Mqtt311"; });
+
+} // namespace
+} // namespace plc::gateway
