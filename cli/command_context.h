@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "cli/command_options.h"
-#include "cli/runtime_settings.h"
+#include "host/runtime/project_settings.h"
 #include "host/driver/driver_library.h"
 
 namespace plc::cli {
@@ -17,7 +17,7 @@ struct CommandContext {
 
     host::RuntimeSettings runtimeSettings(int cycleTime = kUsualCycleTime) const
     {
-        return cli::runtimeSettings(project.settings, cycleTime);
+        return host::runtimeSettings(project.settings, cycleTime);
     }
 };
 

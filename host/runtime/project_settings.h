@@ -1,15 +1,15 @@
-#ifndef PLC_CLI_RUNTIME_SETTINGS_H
-#define PLC_CLI_RUNTIME_SETTINGS_H
+#ifndef PLC_HOST_RUNTIME_PROJECT_SETTINGS_H
+#define PLC_HOST_RUNTIME_PROJECT_SETTINGS_H
 
 #include "host/runtime/runtime_settings.h"
 #include "project/project.h"
 
-namespace plc::cli {
+namespace plc::host {
 
 /// What the settings of a project mean to the host. `cycleTime` is SessionTimes::cycleTime.
-inline host::RuntimeSettings runtimeSettings(const project::ProjectSettings& project, int cycleTime)
+inline RuntimeSettings runtimeSettings(const project::ProjectSettings& project, int cycleTime)
 {
-    host::RuntimeSettings settings;
+    RuntimeSettings settings;
     settings.maxReadBytes = project.maxReadBytes;
     settings.retryLimit = project.retryLimit;
     settings.defaultStation = project.defaultStation;
@@ -24,6 +24,6 @@ inline host::RuntimeSettings runtimeSettings(const project::ProjectSettings& pro
     return settings;
 }
 
-} // namespace plc::cli
+} // namespace plc::host
 
 #endif

@@ -1,0 +1,91 @@
+#ifndef PLC_GATEWAY_DEVICES_PLC_DEVICE_H
+#define PLC_GATEWAY_DEVICES_PLC_DEVICE_H
+
+#include <QtCore/QString>
+
+#include <memory>
+#include <optional>
+
+#include "gateway/config/settings.h"
+#include "gateway/devices/sample_taker.h"
+#include "gateway/model/metric.h"
+#include "host/driver/driver_library.h"
+#include "host/runtime/runtime.h"
+#include "host/tcp/tcp_link.h"
+#include "project/project.h"
+#include "values/expected.h"
+
+namespace plc::gateway {
+
+/// What a PLC tells the gateway. Called from inside the runtime's events.
+class PlcDeviceListener {
+public:
+    virtual ~PlcDeviceListener() = default;
+
+    /// All values were asked for once more, or the link went away: there may be new samples.
+    virtual void passEnded(int device) = 0;
+    virtual void linkChanged(int device, host::LinkState state, const QString& reason) = 0;
+};
+
+/// One PLC: its own copy of the driver, its runtime and its link.
+class PlcDevice : private host::RuntimeListener {
+public:
+    /// Reads the project and loads the driver, without connecting. `warnings` tells what is not
+    /// wrong but strange.
+    static Expected<std::unique_ptr<PlcDevice>> create(int number, const DeviceSettings& settings,
+                                                       const QString& driver,
+                                                       PlcDeviceListener* listener);
+    ~PlcDevice() override;
+
+    int number() const { return m_number; }
+    const DeviceSettings& settings() const { return m_settings; }
+    const Device& description() const { return m_description; }
+    const QStringList& warnings() const { return m_warnings; }
+    QString peer() const;
+
+    void start();
+    void stop();
+
+    /// Whether the values of this PLC are followed: each was asked for since the link came up, and
+    /// if it is away now, that is for no longer than values stay good.
+    bool isAlive() const;
+    host::LinkState linkState() const { return m_linkState; }
+    QString linkReason() const { return m_linkReason; }
+    const host::TrafficCounters& counters() const { return m_runtime->counters(); }
+
+    /// What is new since the last call. `time` is milliseconds since 1970-01-01T00:00:00Z.
+    QVector<Sample> takeSamples(qint64 time);
+    const QVector<Sample>& told() const { return m_samples->told(); }
+
+    /// Settled exactly once, possibly at once.
+    void write(int metric, const QVector<values::Value>& values, host::WriteSettled settled);
+    int openWrites() const { return m_runtime->openWrites(); }
+
+private:
+    PlcDevice(int number, const DeviceSettings& settings, PlcDeviceListener* listener);
+    Expected<void> prepare(const QString& driver);
+
+    void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
+    void requestSettled() override;
+
+    const int m_number;
+    const DeviceSettings m_settings;
+    PlcDeviceListener* const m_listener;
+    project::Project m_project;
+    Device m_description;
+    QStringList m_warnings;
+    // What stands first ends last.
+    std::optional<host::DriverLibrary> m_library;
+    std::unique_ptr<host::Runtime> m_runtime;
+    std::unique_ptr<host::TcpLink> m_link;
+    std::unique_ptr<SampleTaker> m_samples;
+    host::LinkState m_linkState = host::LinkState::Down;
+    QString m_linkReason;
+    int m_lastPasses = 0;
+    bool m_isFollowed = false; ///< Each value was asked for since the link came up.
+    qint64 m_lostAt = -1;      ///< When a link whose values were followed went away.
+};
+
+} // namespace plc::gateway
+
+#endif
