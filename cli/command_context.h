@@ -4,8 +4,8 @@
 #include <functional>
 
 #include "cli/command_options.h"
-#include "host/runtime/project_settings.h"
 #include "host/driver/driver_library.h"
+#include "host/runtime/project_settings.h"
 
 namespace plc::cli {
 

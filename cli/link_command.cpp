@@ -31,7 +31,7 @@ int LinkCommand::execute()
 
 int LinkCommand::runEventLoop()
 {
-    const SignalNotifier ends({SIGINT, SIGTERM, SIGHUP}, [this](int) { interrupted(); });
+    const streams::SignalNotifier ends({SIGINT, SIGTERM, SIGHUP}, [this](int) { interrupted(); });
     whenOutputIsLost([this] { QTimer::singleShot(0, &m_link, [this] { outputLost(); }); });
     begin();
     int code = QCoreApplication::exec();

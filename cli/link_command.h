@@ -4,10 +4,10 @@
 #include "cli/command_context.h"
 #include "cli/console.h"
 #include "cli/link_observer.h"
-#include "cli/signal_notifier.h"
 #include "cli/trace_printer.h"
 #include "host/runtime/runtime.h"
 #include "host/tcp/tcp_link.h"
+#include "streams/signal_notifier.h"
 
 namespace plc::cli {
 

@@ -7,10 +7,10 @@
 #include <memory>
 
 #include "cli/run_view.h"
-#include "cli/signal_notifier.h"
 #include "cli/style.h"
 #include "cli/terminal.h"
 #include "cli/terminal_table.h"
+#include "streams/signal_notifier.h"
 
 namespace plc::cli {
 
@@ -62,7 +62,7 @@ private:
     QString m_linkText;
     QString m_message;
     bool m_isEnded = false;
-    SignalNotifier m_signals;
+    streams::SignalNotifier m_signals;
 };
 
 /// A value of the table with its unit, "?" while it was never read.

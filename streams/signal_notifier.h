@@ -1,5 +1,5 @@
-#ifndef PLC_CLI_SIGNAL_NOTIFIER_H
-#define PLC_CLI_SIGNAL_NOTIFIER_H
+#ifndef PLC_STREAMS_SIGNAL_NOTIFIER_H
+#define PLC_STREAMS_SIGNAL_NOTIFIER_H
 
 #include <QtCore/QSocketNotifier>
 #include <QtCore/QVector>
@@ -8,7 +8,7 @@
 #include <initializer_list>
 #include <memory>
 
-namespace plc::cli {
+namespace plc::streams {
 
 /// Brings Unix signals to the event loop, through a pair of sockets, since next to nothing may be
 /// called in a signal handler.
@@ -28,6 +28,6 @@ private:
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
 
-} // namespace plc::cli
+} // namespace plc::streams
 
 #endif

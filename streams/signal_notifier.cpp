@@ -1,4 +1,4 @@
-#include "cli/signal_notifier.h"
+#include "streams/signal_notifier.h"
 
 #include <sys/socket.h>
 #include <unistd.h>
@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace plc::cli {
+namespace plc::streams {
 namespace {
 
 /// Where the handler writes the number of each signal.
@@ -51,4 +51,4 @@ SignalNotifier::~SignalNotifier()
     }
 }
 
-} // namespace plc::cli
+} // namespace plc::streams
