@@ -1,8 +1,9 @@
 #include "gateway/devices/plc_device.h"
 
-#include <QtCore/QDateTime>
+#include <QtCore/QFileInfo>
 
 #include "gateway/config/device_points.h"
+#include "gateway/config/same_settings.h"
 #include "host/runtime/project_settings.h"
 
 namespace plc::gateway {
@@ -26,6 +27,7 @@ Expected<std::unique_ptr<PlcDevice>> PlcDevice::create(int number, const DeviceS
 
 Expected<void> PlcDevice::prepare(const QString& driver)
 {
+    m_projectTime = QFileInfo(m_settings.project).lastModified();
     Expected<project::Project> project = project::loadProject(m_settings.project);
     if (!project)
         return project.error();
@@ -39,7 +41,7 @@ Expected<void> PlcDevice::prepare(const QString& driver)
     m_library = *library;
     m_runtime = std::make_unique<host::Runtime>(
         m_library->functions(), host::runtimeSettings(m_project.settings, m_settings.cycleTime),
-        m_project, this);
+        m_project, static_cast<host::RuntimeListener*>(this));
     const Expected<DevicePoints> points = devicePoints(m_settings, m_project, m_runtime->points());
     if (!points)
         return points.error();
@@ -50,6 +52,12 @@ Expected<void> PlcDevice::prepare(const QString& driver)
     m_link =
         std::make_unique<host::TcpLink>(&m_runtime->session(), m_project.address, m_project.port);
     return {};
+}
+
+bool PlcDevice::isAs(const DeviceSettings& settings) const
+{
+    return isSame(settings, m_settings) &&
+           QFileInfo(m_settings.project).lastModified() == m_projectTime;
 }
 
 QString PlcDevice::peer() const
@@ -95,16 +103,22 @@ void PlcDevice::linkChanged(host::LinkState state, const QString& reason, int re
 {
     Q_UNUSED(retryDelay)
     m_linkState = state;
-    m_linkReason = reason;
     if (state == host::LinkState::Up) {
         m_lastPasses = m_runtime->session().passes();
-    } else if (m_isFollowed) {
+        m_linkReason.clear();
+        m_listener->linkChanged(m_number, true, QString());
+        return;
+    }
+    if (m_isFollowed) {
         m_isFollowed = false;
         m_lostAt = m_link->now();
         // What came in a pass that does not end any more is as good as the rest.
         m_listener->passEnded(m_number);
     }
-    m_listener->linkChanged(m_number, state, reason);
+    if (state == host::LinkState::Down && reason != m_linkReason) {
+        m_linkReason = reason;
+        m_listener->linkChanged(m_number, false, reason);
+    }
 }
 
 void PlcDevice::requestSettled()

@@ -1,6 +1,7 @@
 #ifndef PLC_GATEWAY_DEVICES_PLC_DEVICE_H
 #define PLC_GATEWAY_DEVICES_PLC_DEVICE_H
 
+#include <QtCore/QDateTime>
 #include <QtCore/QString>
 
 #include <memory>
@@ -8,6 +9,7 @@
 
 #include "gateway/config/settings.h"
 #include "gateway/devices/sample_taker.h"
+#include "gateway/devices/write_target.h"
 #include "gateway/model/metric.h"
 #include "host/driver/driver_library.h"
 #include "host/runtime/runtime.h"
@@ -24,11 +26,12 @@ public:
 
     /// All values were asked for once more, or the link went away: there may be new samples.
     virtual void passEnded(int device) = 0;
-    virtual void linkChanged(int device, host::LinkState state, const QString& reason) = 0;
+    /// The link came up, or it is away for another reason than before.
+    virtual void linkChanged(int device, bool isUp, const QString& reason) = 0;
 };
 
 /// One PLC: its own copy of the driver, its runtime and its link.
-class PlcDevice : private host::RuntimeListener {
+class PlcDevice : public WriteTarget, private host::RuntimeListener {
 public:
     /// Reads the project and loads the driver, without connecting. `warnings` tells what is not
     /// wrong but strange.
@@ -39,7 +42,9 @@ public:
 
     int number() const { return m_number; }
     const DeviceSettings& settings() const { return m_settings; }
-    const Device& description() const { return m_description; }
+    /// Whether these settings would make the same device, from the same project file.
+    bool isAs(const DeviceSettings& settings) const;
+    const Device& description() const override { return m_description; }
     const QStringList& warnings() const { return m_warnings; }
     QString peer() const;
 
@@ -51,6 +56,9 @@ public:
     bool isAlive() const;
     host::LinkState linkState() const { return m_linkState; }
     QString linkReason() const { return m_linkReason; }
+    const host::ValueTable& values() const { return m_runtime->values(); }
+    /// Milliseconds of the clock of values().
+    qint64 now() const { return m_link->now(); }
     const host::TrafficCounters& counters() const { return m_runtime->counters(); }
 
     /// What is new since the last call. `time` is milliseconds since 1970-01-01T00:00:00Z.
@@ -58,8 +66,9 @@ public:
     const QVector<Sample>& told() const { return m_samples->told(); }
 
     /// Settled exactly once, possibly at once.
-    void write(int metric, const QVector<values::Value>& values, host::WriteSettled settled);
-    int openWrites() const { return m_runtime->openWrites(); }
+    void write(int metric, const QVector<values::Value>& values,
+               host::WriteSettled settled) override;
+    int openWrites() const override { return m_runtime->openWrites(); }
 
 private:
     PlcDevice(int number, const DeviceSettings& settings, PlcDeviceListener* listener);
@@ -72,6 +81,7 @@ private:
     const DeviceSettings m_settings;
     PlcDeviceListener* const m_listener;
     project::Project m_project;
+    QDateTime m_projectTime; ///< Of the file's last change when it was read.
     Device m_description;
     QStringList m_warnings;
     // What stands first ends last.

@@ -17,6 +17,7 @@ struct WriteRequest {
     /// As many as the metric has elements, each in its type's range; none if `error` says why.
     QVector<values::Value> values;
     QString error;
+    QString topic; ///< Of the message that asked for it; set by who received that.
 };
 
 /// How a write ended; each ends in exactly one of these.
@@ -36,6 +37,10 @@ struct WriteOutcome {
     QString value;   ///< As valueText() has it; of several "[1, 2]"; empty if there was none.
     QString reason;  ///< Why it is not done.
     qint64 time = 0; ///< When that was known; milliseconds since 1970-01-01T00:00:00Z.
+    // For the audit:
+    QString deviceName;
+    QString label; ///< As the PLC knows the value; empty if there is none.
+    QString topic; ///< As WriteRequest::topic.
 };
 
 /// "done", "refused" or "unknown"
