@@ -1,0 +1,298 @@
+#include "gateway/service/gateway.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QSet>
+
+#include <algorithm>
+#include <random>
+#include <utility>
+#include <vector>
+
+#include "gateway/config/same_settings.h"
+
+namespace plc::gateway {
+namespace {
+
+constexpr int kTickTime = 250; // ms
+constexpr int kTicksPerSecond = 1000 / kTickTime;
+constexpr int kLastWords = 2000; // ms in which the end waits for the broker
+
+qint64 wallTime()
+{
+    return QDateTime::currentMSecsSinceEpoch();
+}
+
+} // namespace
+
+Gateway::Gateway(const GatewaySettings& settings, GatewayParts parts)
+    : m_settings(settings),
+      m_parts(std::move(parts)),
+      m_broker(QStringLiteral("plc-gateway-%1-%2").arg(settings.group, settings.node),
+               settings.keepAlive, this),
+      m_writes(
+          m_parts.audit,
+          [this](const WriteOutcome& outcome) { m_forwarder->tell(outcome, now(), outcome.time); },
+          wallTime)
+{
+    m_clock.start();
+    m_forwarder =
+        std::make_unique<Forwarder>(m_parts.publisher.get(), &m_broker, m_parts.store.get(),
+                                    settings.historyRate, m_parts.version);
+    m_choice = std::make_unique<BrokerChoice>(int(settings.brokers.size()), std::random_device{}());
+    m_retry.setSingleShot(true);
+    QObject::connect(&m_retry, &QTimer::timeout, this, [this] { openBroker(); });
+    QObject::connect(&m_ticking, &QTimer::timeout, this, [this] { tick(); });
+}
+
+Gateway::~Gateway() = default;
+
+Expected<void> Gateway::prepare()
+{
+    Expected<NewDevices> made = create(m_settings.devices);
+    if (!made)
+        return made.error();
+    for (std::unique_ptr<PlcDevice>& device : *made)
+        addDevice(std::move(device));
+    return {};
+}
+
+/// All of them, or none.
+Expected<Gateway::NewDevices> Gateway::create(const QVector<DeviceSettings>& wanted)
+{
+    NewDevices made;
+    for (const DeviceSettings& settings : wanted) {
+        Expected<std::unique_ptr<PlcDevice>> device =
+            PlcDevice::create(++m_lastNumber, settings, m_parts.driver, this);
+        if (!device)
+            return device.error();
+        made.push_back(std::move(*device));
+    }
+    return made;
+}
+
+void Gateway::addDevice(std::unique_ptr<PlcDevice> device)
+{
+    const int number = device->number();
+    for (const QString& warning : device->warnings())
+        log(QStringLiteral("%1: %2").arg(device->description().name, warning));
+    m_forwarder->addDevice(number, device->description(), device->told());
+    m_devices[number] = std::move(device);
+}
+
+void Gateway::removeDevice(int number)
+{
+    const auto found = m_devices.find(number);
+    found->second->stop();
+    m_forwarder->removeDevice(number, now(), wallTime());
+    m_devices.erase(found);
+}
+
+void Gateway::start()
+{
+    for (const auto& [number, device] : m_devices)
+        device->start();
+    openBroker();
+    m_ticking.start(kTickTime);
+}
+
+void Gateway::stop(std::function<void()> ended)
+{
+    m_ended = std::move(ended);
+    m_endWantedAt = now();
+    m_retry.stop();
+    for (const auto& [number, device] : m_devices) {
+        takeFrom(device.get());
+        device->stop();
+    }
+    m_forwarder->tick(now(), wallTime());
+    endWhenConfirmed();
+}
+
+/// What the broker does not confirm in time stays in the store.
+void Gateway::endWhenConfirmed()
+{
+    if (!m_ended)
+        return;
+    const bool isLate = now() - m_endWantedAt > kLastWords;
+    if (m_isConnected && m_forwarder->hasUnconfirmed() && !isLate)
+        return;
+    m_ticking.stop();
+    if (m_isConnected) {
+        for (const Message& message : m_parts.publisher->closing(wallTime()))
+            m_broker.publish(message);
+        m_broker.close();
+        m_broker.waitForEnd(kLastWords);
+    }
+    m_forwarder->lost(now());
+    std::exchange(m_ended, nullptr)();
+}
+
+void Gateway::openBroker()
+{
+    const int index = m_choice->current();
+    m_broker.open(m_settings.brokers[index], m_parts.publisher->nextWill(wallTime()),
+                  m_parts.publisher->subscriptions());
+}
+
+QString Gateway::brokerName() const
+{
+    const BrokerSettings& broker = m_settings.brokers[m_choice->current()];
+    return QStringLiteral("%1:%2").arg(broker.host).arg(broker.port);
+}
+
+void Gateway::brokerConnected()
+{
+    m_isConnected = true;
+    m_brokerReason.clear();
+    m_toldReason.clear();
+    ++m_counters.brokerConnections;
+    m_choice->succeeded();
+    log(QStringLiteral("connected to the broker %1").arg(brokerName()));
+    m_forwarder->connected(now(), wallTime());
+}
+
+void Gateway::brokerLost(const QString& reason)
+{
+    const bool wasConnected = std::exchange(m_isConnected, false);
+    if (wasConnected)
+        m_forwarder->lost(now());
+    m_brokerReason = reason;
+    // A broker that stays away is told once, not at each attempt.
+    const QString told = QStringLiteral("%1: %2").arg(brokerName(), reason);
+    if (wasConnected || m_toldReason != told) {
+        log(wasConnected ? QStringLiteral("lost the broker %1; changes are stored").arg(told)
+                         : QStringLiteral("no connection to the broker %1").arg(told));
+        m_toldReason = told;
+    }
+    const int pause = m_choice->failed();
+    if (!m_ended)
+        m_retry.start(pause);
+    endWhenConfirmed();
+}
+
+void Gateway::messageArrived(const Message& message)
+{
+    const Received received = m_parts.publisher->received(message, wallTime());
+    if (!received.complaint.isEmpty()) {
+        if (m_counters.complaints++ % 1000 == 0)
+            log(QStringLiteral("%1: %2").arg(message.topic, received.complaint));
+    }
+    if (received.isRebirthWanted) {
+        ++m_counters.rebirths;
+        m_forwarder->wantRebirth();
+    }
+    for (WriteRequest request : received.writes) {
+        request.topic = message.topic;
+        const auto found = m_devices.find(request.device);
+        m_writes.take(request, found == m_devices.end() ? nullptr : found->second.get());
+    }
+    m_forwarder->beginIfWanted(now(), wallTime());
+    leaveIfWanted();
+}
+
+/// The primary host is elsewhere: the next broker may be where it is.
+void Gateway::leaveIfWanted()
+{
+    if (!m_isConnected || !m_parts.publisher->isToLeave())
+        return;
+    log(QStringLiteral("the primary host left the broker %1").arg(brokerName()));
+    for (const Message& message : m_parts.publisher->closing(wallTime()))
+        m_broker.publish(message);
+    m_broker.close();
+}
+
+void Gateway::messagesDropped(quint64 count)
+{
+    m_counters.droppedCommands += count;
+    log(QStringLiteral("%1 messages came faster than they could be read, and are gone").arg(count));
+}
+
+void Gateway::confirmed(quint64 mark)
+{
+    m_forwarder->confirmed(mark);
+    endWhenConfirmed();
+}
+
+void Gateway::passEnded(int device)
+{
+    takeFrom(m_devices.at(device).get());
+}
+
+void Gateway::takeFrom(PlcDevice* device)
+{
+    const qint64 time = wallTime();
+    const QVector<Sample> samples = device->takeSamples(time);
+    m_forwarder->update(device->number(), device->isAlive(), samples, now(), time);
+}
+
+void Gateway::linkChanged(int device, bool isUp, const QString& reason)
+{
+    const auto found = m_devices.find(device);
+    if (found == m_devices.end() || m_ended)
+        return;
+    const QString name = found->second->description().name;
+    log(isUp ? QStringLiteral("%1: connected to %2").arg(name, found->second->peer())
+             : QStringLiteral("%1: no link to %2: %3").arg(name, found->second->peer(), reason));
+}
+
+void Gateway::tick()
+{
+    const bool isSecond = ++m_ticks % kTicksPerSecond == 0;
+    if (isSecond) {
+        m_writes.secondPassed();
+        // Values become stale without anything happening.
+        for (const auto& [number, device] : m_devices)
+            takeFrom(device.get());
+    }
+    m_forwarder->tick(now(), wallTime());
+    if (m_forwarder->storeError() != m_toldStoreError) {
+        m_toldStoreError = m_forwarder->storeError();
+        log(m_toldStoreError.isEmpty()
+                ? QStringLiteral("the store takes changes again")
+                : QStringLiteral("changes cannot be stored: %1").arg(m_toldStoreError));
+    }
+    endWhenConfirmed();
+}
+
+Expected<void> Gateway::reconfigure(const GatewaySettings& settings)
+{
+    if (!isSameService(settings, m_settings)) {
+        return Error{
+            QStringLiteral("only devices and brokers can change while the gateway runs; "
+                           "restart it for everything else")};
+    }
+    QVector<DeviceSettings> other;
+    QSet<int> gone;
+    for (const auto& [number, device] : m_devices)
+        gone.insert(number);
+    for (const DeviceSettings& wanted : settings.devices) {
+        const auto same = std::find_if(m_devices.begin(), m_devices.end(), [&](const auto& entry) {
+            return entry.second->isAs(wanted);
+        });
+        if (same == m_devices.end())
+            other.append(wanted);
+        else
+            gone.remove(same->first);
+    }
+    Expected<NewDevices> made = create(other);
+    if (!made)
+        return made.error();
+    for (int number : std::as_const(gone))
+        removeDevice(number);
+    for (std::unique_ptr<PlcDevice>& device : *made) {
+        PlcDevice* const added = device.get();
+        addDevice(std::move(device));
+        added->start();
+    }
+    const bool hasOtherBrokers = !isSame(settings.brokers, m_settings.brokers);
+    m_settings = settings;
+    if (hasOtherBrokers) {
+        m_choice =
+            std::make_unique<BrokerChoice>(int(settings.brokers.size()), std::random_device{}());
+        if (m_isConnected)
+            m_broker.close();
+    }
+    return {};
+}
+
+} // namespace plc::gateway

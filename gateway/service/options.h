@@ -1,0 +1,32 @@
+#ifndef PLC_GATEWAY_SERVICE_OPTIONS_H
+#define PLC_GATEWAY_SERVICE_OPTIONS_H
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include "options/option.h"
+
+namespace plc::gateway {
+
+/// What the command line of the gateway may have.
+struct Options {
+    QString configuration;
+    QString driverFile; ///< Empty: looked for beside the program and where it is installed.
+    bool checksOnly = false;
+    /// Help or version text: to be printed, and nothing else done.
+    QString information;
+
+    /// Each option; the readers write into this object.
+    options::Table table();
+
+private:
+    bool m_wantsHelp = false;
+    bool m_wantsVersion = false;
+};
+
+/// Reads the command line, whose first element is the program.
+Expected<Options> readOptions(const QStringList& arguments);
+
+} // namespace plc::gateway
+
+#endif

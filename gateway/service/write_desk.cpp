@@ -1,0 +1,142 @@
+#include "gateway/service/write_desk.h"
+
+#include <algorithm>
+
+#include "host/points/value_codec.h"
+#include "host/transfers/result_text.h"
+#include "values/numeric_value.h"
+
+namespace plc::gateway {
+namespace {
+
+constexpr int kMostOpenWrites = 100;        // of one PLC
+constexpr int kMostRefusalsPerSecond = 100; // of all
+
+QString limitText(const Metric& metric)
+{
+    const auto end = [](const std::optional<double>& limit) {
+        return limit ? QString::number(*limit) : QString();
+    };
+    return QStringLiteral("%1..%2").arg(end(metric.lowest), end(metric.highest));
+}
+
+bool isWithinLimits(const Metric& metric, const QVector<values::Value>& values)
+{
+    return std::all_of(values.begin(), values.end(), [&metric](const values::Value& value) {
+        const std::optional<double> number = values::numericValue(value);
+        if (!number)
+            return !metric.lowest && !metric.highest;
+        return *number >= metric.lowest.value_or(*number) &&
+               *number <= metric.highest.value_or(*number);
+    });
+}
+
+} // namespace
+
+WriteDesk::WriteDesk(Audit audit, Tell tell, Clock time)
+    : m_audit(std::move(audit)),
+      m_tell(std::move(tell)),
+      m_time(std::move(time)),
+      m_refusalsLeft(kMostRefusalsPerSecond)
+{
+}
+
+void WriteDesk::secondPassed()
+{
+    m_refusalsLeft = kMostRefusalsPerSecond;
+}
+
+void WriteDesk::take(const WriteRequest& request, WriteTarget* target)
+{
+    WriteOutcome outcome;
+    outcome.device = request.device;
+    outcome.metric = request.metric;
+    outcome.name = request.name;
+    outcome.id = request.id;
+    outcome.topic = request.topic;
+    if (target)
+        outcome.deviceName = target->description().name;
+    if (target && request.metric >= 0) {
+        const host::DataPoint& point = target->description().metrics[request.metric].point;
+        outcome.label = point.text;
+        if (!request.values.isEmpty())
+            outcome.value = host::pointText(point, request.values);
+    }
+    const QString reason = obstacle(request, target);
+    if (!reason.isEmpty()) {
+        refuse(outcome, reason);
+        return;
+    }
+    const Metric metric = target->description().metrics[request.metric];
+    target->write(request.metric, request.values,
+                  [this, outcome, metric](const host::TransferOutcome& ending) {
+                      settle(outcome, metric, ending);
+                  });
+}
+
+/// Why the request is not carried out; empty if it is.
+QString WriteDesk::obstacle(const WriteRequest& request, const WriteTarget* target) const
+{
+    if (!target)
+        return QStringLiteral("there is no such device");
+    if (request.metric < 0)
+        return request.error.isEmpty() ? QStringLiteral("there is no such value") : request.error;
+    const Metric& metric = target->description().metrics[request.metric];
+    if (!metric.isWritable)
+        return QStringLiteral("the configuration does not list it as writable");
+    if (!request.error.isEmpty())
+        return request.error;
+    if (!isWithinLimits(metric, request.values))
+        return QStringLiteral("out of the limits %1").arg(limitText(metric));
+    if (!m_auditError.isEmpty())
+        return QStringLiteral("the audit file cannot be written");
+    if (target->openWrites() >= kMostOpenWrites)
+        return QStringLiteral("too many writes are under way");
+    return QString();
+}
+
+void WriteDesk::refuse(WriteOutcome outcome, const QString& reason)
+{
+    if (m_refusalsLeft <= 0) {
+        ++m_flooded;
+        return;
+    }
+    --m_refusalsLeft;
+    outcome.kind = WriteOutcome::Refused;
+    outcome.reason = reason;
+    end(outcome);
+}
+
+void WriteDesk::settle(WriteOutcome outcome, const Metric& metric,
+                       const host::TransferOutcome& ending)
+{
+    switch (ending.kind) {
+        case host::TransferOutcome::Done:
+            outcome.kind = WriteOutcome::Done;
+            break;
+        case host::TransferOutcome::LinkLost:
+            outcome.kind = WriteOutcome::Unknown;
+            break;
+        case host::TransferOutcome::Refused:
+        case host::TransferOutcome::NotSent:
+            outcome.kind = WriteOutcome::Refused;
+            break;
+    }
+    if (!ending.isDone())
+        outcome.reason = host::writeOutcomeText(metric.point, ending);
+    end(outcome);
+}
+
+void WriteDesk::end(const WriteOutcome& ended)
+{
+    WriteOutcome outcome = ended;
+    outcome.time = m_time();
+    m_done += outcome.kind == WriteOutcome::Done ? 1 : 0;
+    m_refused += outcome.kind == WriteOutcome::Refused ? 1 : 0;
+    m_unknown += outcome.kind == WriteOutcome::Unknown ? 1 : 0;
+    const Expected<void> written = m_audit(outcome);
+    m_auditError = written ? QString() : written.error().text;
+    m_tell(outcome);
+}
+
+} // namespace plc::gateway

@@ -1,0 +1,62 @@
+#ifndef PLC_GATEWAY_SERVICE_WRITE_DESK_H
+#define PLC_GATEWAY_SERVICE_WRITE_DESK_H
+
+#include <QtCore/QString>
+
+#include <functional>
+
+#include "gateway/devices/write_target.h"
+#include "gateway/model/write_request.h"
+#include "values/expected.h"
+
+namespace plc::gateway {
+
+/// Decides on the writes that consumers ask for, and tells how each ended.
+///
+/// 1. Only metrics that the configuration lists are written, and only within their limits.
+/// 2. Each request has exactly one outcome, which goes to `audit` and then to `tell`.
+/// 3. Nothing is written while the audit file does not take outcomes.
+/// 4. A flood of requests is cut off: more than a few open writes for a PLC are refused, and of
+///    refusals without a write there are only so many a second; the rest is counted.
+class WriteDesk {
+public:
+    using Audit = std::function<Expected<void>(const WriteOutcome&)>;
+    using Tell = std::function<void(const WriteOutcome&)>;
+    using Clock = std::function<qint64()>;
+
+    /// `time` gives milliseconds since 1970-01-01T00:00:00Z.
+    WriteDesk(Audit audit, Tell tell, Clock time);
+
+    /// `target` is null where there is no such device.
+    void take(const WriteRequest& request, WriteTarget* target);
+    /// Lets refusals of another second be told.
+    void secondPassed();
+
+    quint64 done() const { return m_done; }
+    quint64 refused() const { return m_refused; }
+    quint64 unknown() const { return m_unknown; }
+    /// Requests that were refused without an outcome of their own.
+    quint64 flooded() const { return m_flooded; }
+    /// Why the last outcome is not in the audit file; empty if it is.
+    const QString& auditError() const { return m_auditError; }
+
+private:
+    QString obstacle(const WriteRequest& request, const WriteTarget* target) const;
+    void refuse(WriteOutcome outcome, const QString& reason);
+    void settle(WriteOutcome outcome, const Metric& metric, const host::TransferOutcome& ending);
+    void end(const WriteOutcome& outcome);
+
+    const Audit m_audit;
+    const Tell m_tell;
+    const Clock m_time;
+    QString m_auditError;
+    int m_refusalsLeft;
+    quint64 m_done = 0;
+    quint64 m_refused = 0;
+    quint64 m_unknown = 0;
+    quint64 m_flooded = 0;
+};
+
+} // namespace plc::gateway
+
+#endif

@@ -1,0 +1,208 @@
+#include "gateway/service/write_desk.h"
+
+#include <gtest/gtest.h>
+
+#include "values/iec_types.h"
+
+namespace plc::gateway {
+namespace {
+
+using host::TransferOutcome;
+
+/// A PLC that keeps writes until the test settles them.
+class WaitingPlc : public WriteTarget {
+public:
+    WaitingPlc()
+    {
+        m_device.name = QStringLiteral("press");
+        for (const char* name : {"speed", "state"}) {
+            Metric metric;
+            metric.name = QString::fromLatin1(name);
+            metric.point.text = QStringLiteral("Plant.") + metric.name;
+            metric.point.label = metric.point.text;
+            metric.point.type = values::findIecType(QStringLiteral("INT"));
+            m_device.metrics.append(metric);
+        }
+        m_device.metrics[0].isWritable = true;
+        m_device.metrics[0].lowest = -5;
+        m_device.metrics[0].highest = 50;
+    }
+    const Device& description() const override { return m_device; }
+    int openWrites() const override { return int(writes.size()); }
+    void write(int metric, const QVector<values::Value>& values,
+               host::WriteSettled settled) override
+    {
+        EXPECT_EQ(0, metric);
+        written += values;
+        writes.append(std::move(settled));
+    }
+
+    QVector<host::WriteSettled> writes;
+    QVector<values::Value> written;
+
+private:
+    Device m_device;
+};
+
+class WriteDeskTest : public testing::Test {
+protected:
+    static WriteRequest request(qint64 value)
+    {
+        WriteRequest result;
+        result.device = 3;
+        result.metric = 0;
+        result.name = QStringLiteral("speed");
+        result.id = QStringLiteral("17");
+        result.values = {values::Value(value)};
+        return result;
+    }
+    void expectRefusal(const char* reason)
+    {
+        ASSERT_EQ(1, told.size());
+        EXPECT_EQ(WriteOutcome::Refused, told[0].kind);
+        EXPECT_EQ(reason, told[0].reason.toStdString());
+        EXPECT_TRUE(plc.writes.isEmpty());
+        EXPECT_EQ(1, audited.size());
+    }
+
+    WaitingPlc plc;
+    QVector<WriteOutcome> told;
+    QVector<WriteOutcome> audited;
+    QString auditError;
+    WriteDesk desk{[this](const WriteOutcome& outcome) -> Expected<void> {
+                       if (!auditError.isEmpty())
+                           return Error{auditError};
+                       audited.append(outcome);
+                       return {};
+                   },
+                   [this](const WriteOutcome& outcome) { told.append(outcome); },
+                   [] { return qint64(1234); }};
+};
+
+TEST_F(WriteDeskTest, WriteIsCarriedOutAndItsOutcomeKeptAndTold)
+{
+    desk.take(request(7), &plc);
+    EXPECT_TRUE(told.isEmpty());
+    ASSERT_EQ(1, plc.writes.size());
+    EXPECT_EQ(values::Value(qint64(7)), plc.written[0]);
+    plc.writes[0](TransferOutcome());
+    ASSERT_EQ(1, told.size());
+    EXPECT_EQ(WriteOutcome::Done, told[0].kind);
+    EXPECT_EQ("7", told[0].value);
+    EXPECT_EQ("17", told[0].id);
+    EXPECT_EQ("speed", told[0].name);
+    EXPECT_EQ("press", told[0].deviceName);
+    EXPECT_EQ("Plant.speed", told[0].label);
+    EXPECT_EQ(1234, told[0].time);
+    EXPECT_EQ(1, audited.size());
+    EXPECT_EQ(1u, desk.done());
+}
+
+TEST_F(WriteDeskTest, ValueThatIsNotListedIsRefused)
+{
+    WriteRequest other = request(1);
+    other.metric = 1;
+    desk.take(other, &plc);
+    expectRefusal("the configuration does not list it as writable");
+}
+
+TEST_F(WriteDeskTest, LimitsAreInclusive)
+{
+    for (qint64 value : {-5, 50})
+        desk.take(request(value), &plc);
+    EXPECT_EQ(2, plc.writes.size());
+}
+
+TEST_F(WriteDeskTest, ValueBelowItsLimitIsRefused)
+{
+    desk.take(request(-6), &plc);
+    expectRefusal("out of the limits -5..50");
+}
+
+TEST_F(WriteDeskTest, ValueAboveItsLimitIsRefused)
+{
+    desk.take(request(51), &plc);
+    expectRefusal("out of the limits -5..50");
+}
+
+TEST_F(WriteDeskTest, RequestThatMakesNoSenseIsRefusedWithItsReason)
+{
+    WriteRequest bad = request(1);
+    bad.values.clear();
+    bad.error = QStringLiteral("300 does not fit USINT");
+    desk.take(bad, &plc);
+    expectRefusal("300 does not fit USINT");
+}
+
+TEST_F(WriteDeskTest, UnknownDeviceIsRefused)
+{
+    desk.take(request(1), nullptr);
+    expectRefusal("there is no such device");
+}
+
+TEST_F(WriteDeskTest, UnknownValueIsRefused)
+{
+    WriteRequest bad = request(1);
+    bad.metric = -1;
+    desk.take(bad, &plc);
+    expectRefusal("there is no such value");
+}
+
+TEST_F(WriteDeskTest, WriteWhoseLinkIsLostIsNotKnown)
+{
+    desk.take(request(1), &plc);
+    plc.writes[0](TransferOutcome::lost(QStringLiteral("connection closed")));
+    EXPECT_EQ(WriteOutcome::Unknown, told[0].kind);
+    EXPECT_TRUE(told[0].reason.contains(QStringLiteral("connection closed")));
+    EXPECT_EQ(1u, desk.unknown());
+}
+
+TEST_F(WriteDeskTest, WriteThatThePlcRefusesOrNeverSawIsRefused)
+{
+    desk.take(request(1), &plc);
+    desk.take(request(2), &plc);
+    plc.writes[0](TransferOutcome::refused(0x31));
+    plc.writes[1](TransferOutcome::notSent(QStringLiteral("the link is down")));
+    EXPECT_EQ(WriteOutcome::Refused, told[0].kind);
+    EXPECT_EQ(WriteOutcome::Refused, told[1].kind);
+    EXPECT_TRUE(told[1].reason.contains(QStringLiteral("the link is down")));
+    EXPECT_EQ(2u, desk.refused());
+}
+
+TEST_F(WriteDeskTest, NothingIsWrittenWhileTheAuditFails)
+{
+    auditError = QStringLiteral("disk full");
+    desk.take(request(1), &plc);
+    plc.writes[0](TransferOutcome());
+    EXPECT_EQ("disk full", desk.auditError());
+    desk.take(request(2), &plc);
+    EXPECT_EQ(1, plc.writes.size());
+    EXPECT_EQ("the audit file cannot be written", told.last().reason);
+    // That refusal was kept again, so the next write goes on.
+    auditError.clear();
+    desk.take(request(3), &plc);
+    desk.take(request(4), &plc);
+    EXPECT_EQ(2, plc.writes.size());
+}
+
+TEST_F(WriteDeskTest, MoreOpenWritesThanAPlcCanTakeAreRefused)
+{
+    for (int i = 0; i < 101; ++i)
+        desk.take(request(1), &plc);
+    EXPECT_EQ(100, plc.writes.size());
+    EXPECT_EQ("too many writes are under way", told.last().reason);
+}
+
+TEST_F(WriteDeskTest, FloodOfRefusalsIsCountedAndNotTold)
+{
+    for (int i = 0; i < 250; ++i)
+        desk.take(request(99), &plc);
+    EXPECT_EQ(100, told.size());
+    EXPECT_EQ(150u, desk.flooded());
+    desk.secondPassed();
+    desk.take(request(99), &plc);
+    EXPECT_EQ(101, told.size());
+}
+
+} // namespace
+} // namespace plc::gateway
