@@ -8,8 +8,8 @@
 #include <ostream>
 #include <vector>
 
-#include "cli/runtime_settings.h"
 #include "host/points/value_codec.h"
+#include "host/runtime/project_settings.h"
 #include "host/runtime/runtime.h"
 #include "project/project.h"
 #include "tests/project/test_project.h"
@@ -86,7 +86,7 @@ protected:
 
     RuntimeSettings settings(int cycleTime = 0) const
     {
-        return cli::runtimeSettings(project.settings, cycleTime);
+        return runtimeSettings(project.settings, cycleTime);
     }
 
     struct LinkEvent {

@@ -16,8 +16,7 @@ protected:
 
     QVector<DataPoint> points(const QStringList& labels) const
     {
-        const DataPointFinder finder(project, cli::runtimeSettings(project.settings, 0),
-                                     builtDriver());
+        const DataPointFinder finder(project, runtimeSettings(project.settings, 0), builtDriver());
         QVector<DataPoint> found;
         for (const QString& label : labels) {
             const Expected<DataPoint> point = finder.find(label);
@@ -28,8 +27,7 @@ protected:
     }
     ScanPlanner planner(const QStringList& labels) const
     {
-        return ScanPlanner(builtDriver(), cli::runtimeSettings(project.settings, 0),
-                           points(labels));
+        return ScanPlanner(builtDriver(), runtimeSettings(project.settings, 0), points(labels));
     }
     /// 150 values of four bytes, the next one beginning 16 bytes behind the one before.
     static QStringList spreadLabels()
@@ -242,7 +240,7 @@ TEST_F(ScanOfRuntimeTest, SendsWhatIsPlanned)
     QList<Label_Type_Info> symbols = symbolList(project);
     builtDriver().passVarName2(&symbols);
     const ScanPlan plan =
-        ScanPlanner(builtDriver(), cli::runtimeSettings(project.settings, 0), points).plan(200);
+        ScanPlanner(builtDriver(), runtimeSettings(project.settings, 0), points).plan(200);
     EXPECT_EQ(plan.requests, requests);
     EXPECT_EQ(plan.bytesSent, bytesSent);
     EXPECT_EQ(plan.bytesReceived, bytesReceived);
