@@ -102,8 +102,11 @@ void PlcDevice::write(int metric, const QVector<values::Value>& values, host::Wr
 void PlcDevice::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
 {
     Q_UNUSED(retryDelay)
+    if ((state == host::LinkState::Up) != (m_linkState == host::LinkState::Up))
+        m_linkSince = QDateTime::currentMSecsSinceEpoch();
     m_linkState = state;
     if (state == host::LinkState::Up) {
+        m_passEndedAt = -1;
         m_lastPasses = m_runtime->session().passes();
         m_linkReason.clear();
         m_listener->linkChanged(m_number, true, QString());
@@ -127,6 +130,9 @@ void PlcDevice::requestSettled()
     if (passes == m_lastPasses)
         return;
     m_lastPasses = passes;
+    const qint64 now = m_link->now();
+    m_passTime = m_passEndedAt < 0 ? m_passTime : now - m_passEndedAt;
+    m_passEndedAt = now;
     m_isFollowed = true;
     m_lostAt = -1;
     m_listener->passEnded(m_number);

@@ -55,7 +55,14 @@ public:
     /// if it is away now, that is for no longer than values stay good.
     bool isAlive() const;
     host::LinkState linkState() const { return m_linkState; }
-    QString linkReason() const { return m_linkReason; }
+    /// Why there is no link; empty while there is one.
+    const QString& linkReason() const { return m_linkReason; }
+    /// Since when the link is up, or is not; milliseconds since 1970-01-01T00:00:00Z, 0: it never
+    /// was.
+    qint64 linkSince() const { return m_linkSince; }
+    /// Milliseconds from the end of one pass over all values to that of the next; 0: there was
+    /// none.
+    qint64 passTime() const { return m_passTime; }
     const host::ValueTable& values() const { return m_runtime->values(); }
     /// Milliseconds of the clock of values().
     qint64 now() const { return m_link->now(); }
@@ -91,7 +98,10 @@ private:
     std::unique_ptr<SampleTaker> m_samples;
     host::LinkState m_linkState = host::LinkState::Down;
     QString m_linkReason;
+    qint64 m_linkSince = 0;
     int m_lastPasses = 0;
+    qint64 m_passEndedAt = -1;
+    qint64 m_passTime = 0;
     bool m_isFollowed = false; ///< Each value was asked for since the link came up.
     qint64 m_lostAt = -1;      ///< When a link whose values were followed went away.
 };

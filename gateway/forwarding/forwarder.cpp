@@ -65,19 +65,17 @@ void Forwarder::update(int number, bool isAlive, const QVector<Sample>& samples,
     for (const Sample& sample : samples)
         state.told[sample.metric] = sample;
     if (!takesLive()) {
-        holdBack(&state, samples);
+        holdBack(number, &state, samples);
     } else if (state.isBegun) {
-        publishLive(number, samples, now, time);
+        publishLive(number, &state, samples, now, time);
     } else if (isAlive) {
-        for (const Sample& sample : samples)
-            m_unconfirmed.addLive(number, sample);
-        m_counters.live += quint64(samples.size());
+        countLive(number, &state, samples);
         beginDevice(number, &state, now, time);
     } else {
         // That a value is stale goes without saying of a device that is away.
         for (const Sample& sample : samples) {
             if (isGood(sample))
-                m_kept.append(named(state, sample));
+                m_kept.append(named(number, sample));
         }
     }
     if (isAlive)
@@ -89,7 +87,6 @@ void Forwarder::update(int number, bool isAlive, const QVector<Sample>& samples,
 void Forwarder::tell(const WriteOutcome& outcome, qint64 now, qint64 time)
 {
     if (m_isLive) {
-        ++m_counters.outcomes;
         m_unconfirmed.addOutcome(outcome);
         publish(m_publisher->outcome(outcome, time), now);
         return;
@@ -129,7 +126,7 @@ void Forwarder::forgetTheWay()
     std::deque<WriteOutcome> outcomes;
     for (const UnconfirmedSamples::Batch& batch : m_unconfirmed.takeAll()) {
         for (const UnconfirmedSamples::LiveSample& live : batch.live)
-            changes.append(named(m_devices.at(live.device), live.sample));
+            changes.append(named(live.device, live.sample));
         outcomes.insert(outcomes.end(), batch.outcomes.begin(), batch.outcomes.end());
     }
     m_kept = changes + m_kept;
@@ -179,7 +176,7 @@ void Forwarder::beginDevice(int number, State* state, qint64 now, qint64 time)
 {
     state->isBegun = true;
     state->heldBack.clear();
-    publish(m_publisher->deviceBegins(number, state->told, time), now);
+    publish(m_publisher->deviceBegins(number, state->told, time), now, state);
 }
 
 void Forwarder::endDevice(int number, State* state, qint64 now, qint64 time)
@@ -188,29 +185,39 @@ void Forwarder::endDevice(int number, State* state, qint64 now, qint64 time)
         return;
     state->isBegun = false;
     state->isForHistory = false;
-    publish(m_publisher->deviceEnds(number, time), now);
+    publish(m_publisher->deviceEnds(number, time), now, state);
 }
 
-void Forwarder::publishLive(int number, const QVector<Sample>& samples, qint64 now, qint64 time)
+void Forwarder::publishLive(int number, State* state, const QVector<Sample>& samples, qint64 now,
+                            qint64 time)
 {
     if (samples.isEmpty())
         return;
+    countLive(number, state, samples);
+    publish(m_publisher->changes(number, samples, time), now, state);
+}
+
+void Forwarder::countLive(int number, State* state, const QVector<Sample>& samples)
+{
     for (const Sample& sample : samples)
         m_unconfirmed.addLive(number, sample);
     m_counters.live += quint64(samples.size());
-    publish(m_publisher->changes(number, samples, time), now);
+    state->counters.live += quint64(samples.size());
 }
 
-void Forwarder::holdBack(State* state, const QVector<Sample>& samples)
+void Forwarder::holdBack(int number, State* state, const QVector<Sample>& samples)
 {
     for (const Sample& sample : samples) {
-        m_kept.append(named(*state, sample));
+        m_kept.append(named(number, sample));
         state->heldBack.insert(sample.metric);
     }
 }
 
-StoredChange Forwarder::named(const State& state, const Sample& sample)
+/// As the store takes it.
+StoredChange Forwarder::named(int number, const Sample& sample)
 {
+    State& state = m_devices.at(number);
+    ++state.counters.stored;
     return {0,
             state.device.name,
             state.device.metrics[sample.metric].name,
@@ -221,7 +228,7 @@ StoredChange Forwarder::named(const State& state, const Sample& sample)
             sample.bytes};
 }
 
-void Forwarder::publish(const QVector<Message>& messages, qint64 now)
+void Forwarder::publish(const QVector<Message>& messages, qint64 now, State* state)
 {
     for (const Message& message : messages) {
         const qint64 bytes = qint64(message.topic.size()) + qint64(message.payload.size());
@@ -230,6 +237,14 @@ void Forwarder::publish(const QVector<Message>& messages, qint64 now)
         ++m_counters.messages;
         m_counters.bytes += quint64(bytes);
     }
+    if (state)
+        state->counters.messages += quint64(messages.size());
+}
+
+ForwardingCounters Forwarder::counters(int number) const
+{
+    const auto found = m_devices.find(number);
+    return found == m_devices.end() ? ForwardingCounters() : found->second.counters;
 }
 
 void Forwarder::askConfirmation()
@@ -293,7 +308,7 @@ void Forwarder::storeUnconfirmed(qint64 now, int olderThan)
         QVector<StoredChange> changes;
         changes.reserve(batch.live.size());
         for (const UnconfirmedSamples::LiveSample& live : batch.live)
-            changes.append(named(m_devices.at(live.device), live.sample));
+            changes.append(named(live.device, live.sample));
         if (changes.isEmpty() || !store(changes))
             continue;
         batch.storedTo = m_store->last();
@@ -326,7 +341,7 @@ void Forwarder::catchUp(qint64 now, qint64 time)
         if (state.isBegun && !last.isEmpty()) {
             std::sort(last.begin(), last.end(),
                       [](const Sample& a, const Sample& b) { return a.metric < b.metric; });
-            publish(m_publisher->changes(number, last, time), now);
+            publish(m_publisher->changes(number, last, time), now, &state);
         }
     }
 }
@@ -373,7 +388,8 @@ void Forwarder::sendStored(const QVector<StoredChange>& changes, qint64 now, qin
             beginDevice(number, &state, now, time);
         }
         m_counters.historical += quint64(samples.size());
-        publish(m_publisher->history(number, samples, time), now);
+        state.counters.historical += quint64(samples.size());
+        publish(m_publisher->history(number, samples, time), now, &state);
     }
 }
 

@@ -22,7 +22,6 @@ struct ForwardingCounters {
     quint64 live = 0;       ///< Changes that were published when they were found.
     quint64 historical = 0; ///< Changes that were published from the store.
     quint64 stored = 0;     ///< Changes that were put into the store.
-    quint64 outcomes = 0;
 };
 
 /// Takes changes to consumers: over the broker while it takes them, through the store while it does
@@ -72,6 +71,8 @@ public:
     /// The broker does not keep up.
     bool isCongested() const { return m_isCongested; }
     const ForwardingCounters& counters() const { return m_counters; }
+    /// Of one device; the bytes are not counted.
+    ForwardingCounters counters(int number) const;
     /// Why the store does not take changes; empty while it does.
     const QString& storeError() const { return m_storeError; }
 
@@ -85,17 +86,20 @@ private:
         bool isBegun = false;      ///< In this session.
         bool isForHistory = false; ///< Begun, though it is away.
         QSet<int> heldBack;        ///< Metrics whose last change was not published live.
+        ForwardingCounters counters;
     };
 
     bool takesLive() const { return m_isLive && !m_isCongested; }
     void begin(qint64 now, qint64 time);
     void beginDevice(int number, State* state, qint64 now, qint64 time);
     void endDevice(int number, State* state, qint64 now, qint64 time);
-    void publishLive(int number, const QVector<Sample>& samples, qint64 now, qint64 time);
-    void holdBack(State* state, const QVector<Sample>& samples);
-    static StoredChange named(const State& state, const Sample& sample);
+    void publishLive(int number, State* state, const QVector<Sample>& samples, qint64 now,
+                     qint64 time);
+    void countLive(int number, State* state, const QVector<Sample>& samples);
+    void holdBack(int number, State* state, const QVector<Sample>& samples);
+    StoredChange named(int number, const Sample& sample);
     void forgetTheWay();
-    void publish(const QVector<Message>& messages, qint64 now);
+    void publish(const QVector<Message>& messages, qint64 now, State* state = nullptr);
     void askConfirmation();
     void storeUnconfirmed(qint64 now, int olderThan);
     void judgeCongestion(qint64 now, qint64 time);

@@ -162,7 +162,7 @@ void addStore(const StoreStatistics& store, Writer* writer)
 void addLatency(const Histogram& latency, Writer* writer)
 {
     writer->begin("plc_gateway_latency_seconds", "histogram",
-                  "From the reading of a value until its change was handed over.");
+                  "From the request of a value until its change was handed over.");
     for (std::size_t i = 0; i < Histogram::kBounds.size(); ++i) {
         const QString bound = QString::number(Histogram::kBounds[i]);
         writer->add({{"le", bound}}, latency.upTo(i), "_bucket");

@@ -12,6 +12,12 @@ namespace plc::gateway {
 // What a gateway knows of its own work. Counts begin with the process unless told otherwise; times
 // are milliseconds since 1970-01-01T00:00:00Z, durations are seconds.
 
+/// A duration in milliseconds as statistics have it.
+inline double inSeconds(qint64 milliseconds)
+{
+    return double(milliseconds) / 1000.0;
+}
+
 /// How many durations were how long.
 class Histogram {
 public:
@@ -101,7 +107,7 @@ struct GatewayStatistics {
     BrokerStatistics broker;
     StoreStatistics store;
     QVector<DeviceStatistics> devices;
-    /// From the reading of a value from the socket until its change was handed over to be sent.
+    /// From the request of a value until its change was handed over to be sent.
     Histogram latency;
     ProcessUsage process;
 };

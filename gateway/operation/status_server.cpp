@@ -2,6 +2,7 @@
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QTimer>
 #include <QtNetwork/QLocalSocket>
 
@@ -62,7 +63,8 @@ Expected<GatewayStatistics> readStatus(const QString& path)
         return Error{QStringLiteral("%1: %2").arg(path, reason)};
     };
     QLocalSocket socket;
-    socket.connectToServer(path, QIODevice::ReadOnly);
+    // Qt looks for names without a folder at the root in a folder of its own.
+    socket.connectToServer(QFileInfo(path).absoluteFilePath(), QIODevice::ReadOnly);
     if (!socket.waitForConnected(kPatience))
         return failure(QStringLiteral("no gateway answers there (%1)").arg(socket.errorString()));
     QElapsedTimer timer;

@@ -143,6 +143,7 @@ QString Gateway::brokerName() const
 void Gateway::brokerConnected()
 {
     m_isConnected = true;
+    m_brokerSince = wallTime();
     m_brokerReason.clear();
     m_toldReason.clear();
     ++m_counters.brokerConnections;
@@ -154,8 +155,10 @@ void Gateway::brokerConnected()
 void Gateway::brokerLost(const QString& reason)
 {
     const bool wasConnected = std::exchange(m_isConnected, false);
-    if (wasConnected)
+    if (wasConnected) {
+        m_brokerSince = wallTime();
         m_forwarder->lost(now());
+    }
     m_brokerReason = reason;
     // A broker that stays away is told once, not at each attempt.
     const QString told = QStringLiteral("%1: %2").arg(brokerName(), reason);
@@ -223,6 +226,10 @@ void Gateway::takeFrom(PlcDevice* device)
     const qint64 time = wallTime();
     const QVector<Sample> samples = device->takeSamples(time);
     m_forwarder->update(device->number(), device->isAlive(), samples, now(), time);
+    for (const Sample& sample : samples) {
+        if (sample.quality == Quality::Good)
+            m_latency.add(inSeconds(time - sample.time));
+    }
 }
 
 void Gateway::linkChanged(int device, bool isUp, const QString& reason)

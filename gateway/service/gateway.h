@@ -15,6 +15,7 @@
 #include "gateway/forwarding/forwarder.h"
 #include "gateway/model/change_store.h"
 #include "gateway/model/publisher.h"
+#include "gateway/operation/statistics.h"
 #include "gateway/service/broker_choice.h"
 #include "gateway/service/write_desk.h"
 
@@ -65,7 +66,11 @@ public:
     bool isBrokerConnected() const { return m_isConnected; }
     /// Of the broker that is connected, or tried next.
     QString brokerName() const;
-    QString brokerReason() const { return m_brokerReason; }
+    const QString& brokerReason() const { return m_brokerReason; }
+    /// Since when the broker is connected, or is not; 0: it never was.
+    qint64 brokerSince() const { return m_brokerSince; }
+    /// From the request of a value until its change was handed over, in this pass.
+    const Histogram& latency() const { return m_latency; }
     /// Milliseconds of the gateway's clock.
     qint64 now() const { return m_clock.elapsed(); }
 
@@ -103,6 +108,8 @@ private:
     QTimer m_ticking;
     int m_ticks = 0;
     bool m_isConnected = false;
+    qint64 m_brokerSince = 0;
+    Histogram m_latency;
     QString m_brokerReason;
     QString m_toldReason; ///< The last loss that was logged.
     QString m_toldStoreError;

@@ -11,10 +11,11 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: plc-gateway [OPTION...] CONFIG\n"
+    "       plc-gateway status [--json] CONFIG\n"
     "\n"
     "Brings the values of PLCs to a message broker, by MQTT, as the configuration file\n"
     "CONFIG says. Runs until SIGTERM or Ctrl-C; SIGHUP has it read the configuration\n"
-    "again.\n"
+    "again. \"status\" tells how the gateway does that runs with this configuration.\n"
     "\n"
     "Options:\n";
 
@@ -32,15 +33,16 @@ options::Table Options::table()
                 text(&driverFile), kCompleteFile,
                 "The driver library; if not given, it is looked for beside the program and where "
                 "it is installed."},
+               {"--json", "print the status as JSON", flag(&isJson)},
            } +
            informationOptions(&m_wantsHelp, &m_wantsVersion);
 }
 
-Expected<Options> readOptions(const QStringList& arguments)
+Expected<Options> readOptions(const QStringList& words)
 {
     Options options;
     const options::Table table = options.table();
-    const Expected<options::CommandLine> line = options::CommandLine::parse(arguments, table);
+    const Expected<options::CommandLine> line = options::CommandLine::parse(words, table);
     if (!line)
         return line.error();
     if (line->has(QStringLiteral("help"))) {
@@ -52,9 +54,13 @@ Expected<Options> readOptions(const QStringList& arguments)
             QStringLiteral("plc-gateway ") + QCoreApplication::applicationVersion();
         return options;
     }
-    if (line->arguments().size() != 1)
+    QStringList arguments = line->arguments();
+    options.wantsStatus = arguments.value(0) == QLatin1String("status");
+    if (options.wantsStatus)
+        arguments.removeFirst();
+    if (arguments.size() != 1)
         return Error{QStringLiteral("expected one configuration file; --help tells more")};
-    options.configuration = line->arguments().first();
+    options.configuration = arguments.first();
     if (const Expected<void> isGood = line->read(table); !isGood)
         return isGood.error();
     return options;

@@ -13,6 +13,8 @@ struct Options {
     QString configuration;
     QString driverFile; ///< Empty: looked for beside the program and where it is installed.
     bool checksOnly = false;
+    bool wantsStatus = false; ///< Of the gateway that runs with this configuration.
+    bool isJson = false;
     /// Help or version text: to be printed, and nothing else done.
     QString information;
 

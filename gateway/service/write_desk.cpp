@@ -33,12 +33,25 @@ bool isWithinLimits(const Metric& metric, const QVector<values::Value>& values)
 
 } // namespace
 
+void WriteCounts::count(WriteOutcome::Kind kind)
+{
+    done += kind == WriteOutcome::Done ? 1 : 0;
+    refused += kind == WriteOutcome::Refused ? 1 : 0;
+    unknown += kind == WriteOutcome::Unknown ? 1 : 0;
+}
+
 WriteDesk::WriteDesk(Audit audit, Tell tell, Clock time)
     : m_audit(std::move(audit)),
       m_tell(std::move(tell)),
       m_time(std::move(time)),
       m_refusalsLeft(kMostRefusalsPerSecond)
 {
+}
+
+WriteCounts WriteDesk::counts(int device) const
+{
+    const auto found = m_countsByDevice.find(device);
+    return found == m_countsByDevice.end() ? WriteCounts() : found->second;
 }
 
 void WriteDesk::secondPassed()
@@ -131,9 +144,8 @@ void WriteDesk::end(const WriteOutcome& ended)
 {
     WriteOutcome outcome = ended;
     outcome.time = m_time();
-    m_done += outcome.kind == WriteOutcome::Done ? 1 : 0;
-    m_refused += outcome.kind == WriteOutcome::Refused ? 1 : 0;
-    m_unknown += outcome.kind == WriteOutcome::Unknown ? 1 : 0;
+    m_counts.count(outcome.kind);
+    m_countsByDevice[outcome.device].count(outcome.kind);
     const Expected<void> written = m_audit(outcome);
     m_auditError = written ? QString() : written.error().text;
     m_tell(outcome);

@@ -4,12 +4,21 @@
 #include <QtCore/QString>
 
 #include <functional>
+#include <map>
 
 #include "gateway/devices/write_target.h"
 #include "gateway/model/write_request.h"
 #include "values/expected.h"
 
 namespace plc::gateway {
+
+struct WriteCounts {
+    quint64 done = 0;
+    quint64 refused = 0;
+    quint64 unknown = 0;
+
+    void count(WriteOutcome::Kind kind);
+};
 
 /// Decides on the writes that consumers ask for, and tells how each ended.
 ///
@@ -32,9 +41,9 @@ public:
     /// Lets refusals of another second be told.
     void secondPassed();
 
-    quint64 done() const { return m_done; }
-    quint64 refused() const { return m_refused; }
-    quint64 unknown() const { return m_unknown; }
+    /// How many ended how, since the start: of all, and of one device.
+    const WriteCounts& counts() const { return m_counts; }
+    WriteCounts counts(int device) const;
     /// Requests that were refused without an outcome of their own.
     quint64 flooded() const { return m_flooded; }
     /// Why the last outcome is not in the audit file; empty if it is.
@@ -51,9 +60,8 @@ private:
     const Clock m_time;
     QString m_auditError;
     int m_refusalsLeft;
-    quint64 m_done = 0;
-    quint64 m_refused = 0;
-    quint64 m_unknown = 0;
+    WriteCounts m_counts;
+    std::map<int, WriteCounts> m_countsByDevice;
     quint64 m_flooded = 0;
 };
 

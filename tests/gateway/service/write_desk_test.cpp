@@ -95,7 +95,9 @@ TEST_F(WriteDeskTest, WriteIsCarriedOutAndItsOutcomeKeptAndTold)
     EXPECT_EQ("Plant.speed", told[0].label);
     EXPECT_EQ(1234, told[0].time);
     EXPECT_EQ(1, audited.size());
-    EXPECT_EQ(1u, desk.done());
+    EXPECT_EQ(1u, desk.counts().done);
+    EXPECT_EQ(1u, desk.counts(3).done);
+    EXPECT_EQ(0u, desk.counts(4).done);
 }
 
 TEST_F(WriteDeskTest, ValueThatIsNotListedIsRefused)
@@ -154,7 +156,7 @@ TEST_F(WriteDeskTest, WriteWhoseLinkIsLostIsNotKnown)
     plc.writes[0](TransferOutcome::lost(QStringLiteral("connection closed")));
     EXPECT_EQ(WriteOutcome::Unknown, told[0].kind);
     EXPECT_TRUE(told[0].reason.contains(QStringLiteral("connection closed")));
-    EXPECT_EQ(1u, desk.unknown());
+    EXPECT_EQ(1u, desk.counts().unknown);
 }
 
 TEST_F(WriteDeskTest, WriteThatThePlcRefusesOrNeverSawIsRefused)
@@ -166,7 +168,7 @@ TEST_F(WriteDeskTest, WriteThatThePlcRefusesOrNeverSawIsRefused)
     EXPECT_EQ(WriteOutcome::Refused, told[0].kind);
     EXPECT_EQ(WriteOutcome::Refused, told[1].kind);
     EXPECT_TRUE(told[1].reason.contains(QStringLiteral("the link is down")));
-    EXPECT_EQ(2u, desk.refused());
+    EXPECT_EQ(2u, desk.counts().refused);
 }
 
 TEST_F(WriteDeskTest, NothingIsWrittenWhileTheAuditFails)

@@ -1,0 +1,306 @@
+#include "gateway/service/program.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDateTime>
+#include <QtCore/QTimer>
+
+#include <unistd.h>
+#include <algorithm>
+#include <csignal>
+#include <optional>
+
+#include "gateway/operation/audit_file.h"
+#include "gateway/operation/metrics_server.h"
+#include "gateway/operation/metrics_text.h"
+#include "gateway/operation/service_manager.h"
+#include "gateway/operation/status_document.h"
+#include "gateway/operation/status_server.h"
+#include "gateway/operation/status_table.h"
+#include "gateway/plain/plain_publisher.h"
+#include "gateway/service/gateway.h"
+#include "gateway/service/options.h"
+#include "gateway/service/statistics_collection.h"
+#include "gateway/sparkplug/sparkplug_publisher.h"
+#include "gateway/store/sqlite_change_store.h"
+#include "host/driver/driver_library.h"
+#include "streams/output_stream.h"
+#include "streams/signal_notifier.h"
+#include "values/visible_text.h"
+
+namespace plc::gateway {
+namespace {
+
+constexpr int kExitDone = 0;
+constexpr int kExitFailed = 1;
+constexpr int kExitWrongUse = 2;
+constexpr int kSecond = 1000; // ms
+
+bool print(int descriptor, const QString& text)
+{
+    streams::OutputStream stream(descriptor);
+    return stream.write(text.toUtf8() + '\n');
+}
+
+/// The journal has the time of each line.
+void log(const QString& line)
+{
+    print(STDERR_FILENO, values::visibleText(line));
+}
+
+int complain(const QString& line, int exitCode)
+{
+    log(QStringLiteral("plc-gateway: ") + line);
+    return exitCode;
+}
+
+std::unique_ptr<Publisher> makePublisher(const GatewaySettings& settings, ChangeStore* store)
+{
+    if (settings.format == PublicationFormat::Plain)
+        return std::make_unique<PlainPublisher>(
+            PlainIdentity{settings.group, settings.node, settings.retainsValues});
+    return std::make_unique<SparkplugPublisher>(
+        SparkplugIdentity{settings.group, settings.node, settings.primaryHost},
+        [store] { return store->takeSessionNumber(); });
+}
+
+AuditRecord recordOf(const WriteOutcome& outcome)
+{
+    return {
+        outcome.time,  outcome.deviceName, outcome.label.isEmpty() ? outcome.name : outcome.label,
+        outcome.value, outcome.kind,       outcome.reason,
+        outcome.id,    outcome.topic};
+}
+
+/// One run of the gateway, with all that is around it.
+class Run {
+public:
+    explicit Run(const Options& options) : m_options(options) {}
+
+    int execute();
+
+private:
+    Expected<GatewayParts> makeParts();
+    Expected<void> openToOperators();
+    int runEventLoop();
+    void handleSignal(int number);
+    void readAgain();
+    void passSecond();
+    void syncAudit();
+    GatewayStatistics statistics() const;
+
+    const Options m_options;
+    GatewaySettings m_settings;
+    const qint64 m_started = QDateTime::currentMSecsSinceEpoch();
+    std::unique_ptr<AuditFile> m_audit;
+    std::unique_ptr<Gateway> m_gateway;
+    std::unique_ptr<MetricsServer> m_metrics;
+    std::unique_ptr<StatusServer> m_status;
+    ServiceManager m_manager;
+    QTimer m_seconds;
+    QTimer m_watchdog;
+    QString m_toldAuditError;
+};
+
+Expected<GatewayParts> Run::makeParts()
+{
+    GatewayParts parts;
+    const Expected<QString> driver =
+        host::findDriver(m_options.driverFile, QCoreApplication::applicationDirPath());
+    if (!driver)
+        return driver.error();
+    parts.driver = *driver;
+    parts.version = QCoreApplication::applicationVersion();
+    parts.log = log;
+    Expected<std::unique_ptr<SqliteChangeStore>> store =
+        SqliteChangeStore::open(m_settings.storeFile, m_settings.storeSize);
+    if (!store)
+        return store.error();
+    parts.store = std::move(*store);
+    parts.publisher = makePublisher(m_settings, parts.store.get());
+    if (!m_settings.auditFile.isEmpty()) {
+        Expected<std::unique_ptr<AuditFile>> audit = AuditFile::open(m_settings.auditFile);
+        if (!audit)
+            return audit.error();
+        m_audit = std::move(*audit);
+    }
+    // Without an audit file nothing is writable, and refusals alone are not kept.
+    parts.audit = [this](const WriteOutcome& outcome) -> Expected<void> {
+        return m_audit ? m_audit->append({recordOf(outcome)}) : Expected<void>();
+    };
+    return parts;
+}
+
+Expected<void> Run::openToOperators()
+{
+    const MetricsSettings& metrics = m_settings.metrics;
+    if (!metrics.address.isEmpty() || !metrics.socket.isEmpty()) {
+        Expected<std::unique_ptr<MetricsServer>> server = MetricsServer::start(metrics);
+        if (!server)
+            return server.error();
+        m_metrics = std::move(*server);
+    }
+    if (!m_settings.statusSocket.isEmpty()) {
+        Expected<std::unique_ptr<StatusServer>> server = StatusServer::start(
+            m_settings.statusSocket, [this] { return statusDocument(statistics()); });
+        if (!server)
+            return server.error();
+        m_status = std::move(*server);
+    }
+    return {};
+}
+
+int Run::execute()
+{
+    Expected<GatewaySettings> settings = loadSettings(m_options.configuration);
+    if (!settings)
+        return complain(settings.error().text, kExitWrongUse);
+    m_settings = *settings;
+    Expected<GatewayParts> parts = makeParts();
+    if (!parts)
+        return complain(parts.error().text, kExitFailed);
+    m_gateway = std::make_unique<Gateway>(m_settings, std::move(*parts));
+    if (const Expected<void> prepared = m_gateway->prepare(); !prepared)
+        return complain(prepared.error().text, kExitWrongUse);
+    if (const Expected<void> opened = openToOperators(); !opened)
+        return complain(opened.error().text, kExitFailed);
+    const int code = runEventLoop();
+    // Before what it reports to.
+    m_status.reset();
+    m_gateway.reset();
+    return code;
+}
+
+int Run::runEventLoop()
+{
+    const streams::SignalNotifier signalled({SIGINT, SIGTERM, SIGHUP},
+                                            [this](int number) { handleSignal(number); });
+    QObject::connect(&m_seconds, &QTimer::timeout, &m_seconds, [this] { passSecond(); });
+    m_seconds.start(kSecond);
+    QObject::connect(&m_watchdog, &QTimer::timeout, &m_watchdog, [this] { m_manager.alive(); });
+    if (const std::optional<int> interval = ServiceManager::watchdogInterval())
+        m_watchdog.start(*interval);
+    m_gateway->start();
+    m_manager.ready();
+    return QCoreApplication::exec();
+}
+
+GatewayStatistics Run::statistics() const
+{
+    return collectStatistics(*m_gateway, QCoreApplication::applicationVersion(), m_started,
+                             QDateTime::currentMSecsSinceEpoch());
+}
+
+void Run::handleSignal(int number)
+{
+    if (number == SIGHUP) {
+        readAgain();
+        return;
+    }
+    m_manager.stopping();
+    m_gateway->stop([] { QCoreApplication::exit(kExitDone); });
+}
+
+/// A configuration that is wrong changes nothing.
+void Run::readAgain()
+{
+    m_manager.reloading();
+    const Expected<GatewaySettings> settings = loadSettings(m_options.configuration);
+    const Expected<void> taken =
+        settings ? m_gateway->reconfigure(*settings) : Expected<void>(settings.error());
+    log(taken ? QStringLiteral("the configuration was read again")
+              : QStringLiteral("the configuration stays as it was: %1").arg(taken.error().text));
+    if (m_audit) {
+        if (const Expected<void> reopened = m_audit->reopen(); !reopened)
+            log(QStringLiteral("the audit file stays as it was: %1").arg(reopened.error().text));
+    }
+    m_manager.ready();
+}
+
+void Run::passSecond()
+{
+    syncAudit();
+    const GatewayStatistics now = statistics();
+    if (m_metrics)
+        m_metrics->setText(metricsText(now));
+    const auto up = std::count_if(now.devices.begin(), now.devices.end(),
+                                  [](const DeviceStatistics& device) { return device.isUp; });
+    m_manager.status(QStringLiteral("%1 of %2 PLCs up, broker %3 %4")
+                         .arg(up)
+                         .arg(now.devices.size())
+                         .arg(now.broker.name, now.broker.isConnected ? QStringLiteral("connected")
+                                                                      : QStringLiteral("away")));
+}
+
+void Run::syncAudit()
+{
+    if (!m_audit)
+        return;
+    const Expected<void> synced = m_audit->sync();
+    const QString error = synced ? QString() : synced.error().text;
+    if (error != m_toldAuditError && !error.isEmpty())
+        log(error);
+    m_toldAuditError = error;
+}
+
+/// Tells what is wrong or strange, or how much would be published.
+int check(const Options& options)
+{
+    Expected<GatewaySettings> settings = loadSettings(options.configuration);
+    if (!settings)
+        return complain(settings.error().text, kExitWrongUse);
+    const Expected<QString> driver =
+        host::findDriver(options.driverFile, QCoreApplication::applicationDirPath());
+    if (!driver)
+        return complain(driver.error().text, kExitFailed);
+    qint64 metrics = 0;
+    qint64 writable = 0;
+    for (const DeviceSettings& wanted : std::as_const(settings->devices)) {
+        const auto device = PlcDevice::create(0, wanted, *driver, nullptr);
+        if (!device)
+            return complain(device.error().text, kExitWrongUse);
+        for (const QString& warning : (*device)->warnings())
+            log(QStringLiteral("%1: %2").arg(wanted.name, warning));
+        const QVector<Metric>& found = (*device)->description().metrics;
+        metrics += found.size();
+        writable += std::count_if(found.begin(), found.end(),
+                                  [](const Metric& metric) { return metric.isWritable; });
+    }
+    const bool isPrinted =
+        print(STDOUT_FILENO, QStringLiteral("%1 PLCs, %2 values, %3 of them writable")
+                                 .arg(settings->devices.size())
+                                 .arg(metrics)
+                                 .arg(writable));
+    return isPrinted ? kExitDone : kExitFailed;
+}
+
+int printStatus(const Options& options)
+{
+    const Expected<GatewaySettings> settings = loadSettings(options.configuration);
+    if (!settings)
+        return complain(settings.error().text, kExitWrongUse);
+    if (settings->statusSocket.isEmpty())
+        return complain(QStringLiteral("the configuration has no \"status\" socket"),
+                        kExitWrongUse);
+    const Expected<GatewayStatistics> status = readStatus(settings->statusSocket);
+    if (!status)
+        return complain(status.error().text, kExitFailed);
+    const QString text = options.isJson ? QString::fromUtf8(statusDocument(*status)).trimmed()
+                                        : values::visibleText(statusTable(*status)).trimmed();
+    return print(STDOUT_FILENO, text) ? kExitDone : kExitFailed;
+}
+
+} // namespace
+
+int runProgram(const QStringList& arguments)
+{
+    const Expected<Options> options = readOptions(arguments);
+    if (!options)
+        return complain(options.error().text, kExitWrongUse);
+    if (!options->information.isEmpty())
+        return print(STDOUT_FILENO, options->information) ? kExitDone : kExitFailed;
+    if (options->wantsStatus)
+        return printStatus(*options);
+    return options->checksOnly ? check(*options) : Run(*options).execute();
+}
+
+} // namespace plc::gateway
