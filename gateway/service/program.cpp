@@ -284,8 +284,13 @@ int printStatus(const Options& options)
     const Expected<GatewayStatistics> status = readStatus(settings->statusSocket);
     if (!status)
         return complain(status.error().text, kExitFailed);
-    const QString text = options.isJson ? QString::fromUtf8(statusDocument(*status)).trimmed()
-                                        : values::visibleText(statusTable(*status)).trimmed();
+    if (options.isJson) {
+        const QByteArray document = statusDocument(*status).trimmed();
+        return print(STDOUT_FILENO, QString::fromUtf8(document)) ? kExitDone : kExitFailed;
+    }
+    QStringList lines = statusTable(*status).trimmed().split(QLatin1Char('\n'));
+    std::transform(lines.begin(), lines.end(), lines.begin(), values::visibleText);
+    const QString text = lines.join(QLatin1Char('\n'));
     return print(STDOUT_FILENO, text) ? kExitDone : kExitFailed;
 }
 
