@@ -3,6 +3,7 @@
 #include <QtCore/QFile>
 
 #include <mosquitto.h>
+#include <mqtt_protocol.h>
 
 #include <cerrno>
 #include <chrono>
@@ -332,7 +333,12 @@ void MosquittoConnection::close()
         m_endWantedAt = steadyTime();
     }
     const std::lock_guard<std::mutex> lock(m_handleMutex);
-    if (m_handle)
+    if (!m_handle)
+        return;
+    // Sparkplug wants the death told by the broker, too, where the protocol can say so.
+    if (m_settings.isVersion5)
+        mosquitto_disconnect_v5(m_handle, MQTT_RC_DISCONNECT_WITH_WILL_MSG, nullptr);
+    else
         mosquitto_disconnect(m_handle);
 }
 

@@ -92,7 +92,7 @@ TEST_P(MosquittoBrokerTest, MessagesArriveInOrderAndAreConfirmed)
     }
 }
 
-TEST_P(MosquittoBrokerTest, CloseSendsWhatWasPublishedAndNoWill)
+TEST_P(MosquittoBrokerTest, CloseSendsWhatWasPublishedAndWithVersion5TheWillBehindIt)
 {
     watch(QStringLiteral("#"));
     connect(Message{QStringLiteral("will"), "gone", 1, false});
@@ -100,8 +100,34 @@ TEST_P(MosquittoBrokerTest, CloseSendsWhatWasPublishedAndNoWill)
     m_broker.close();
     ASSERT_TRUE(waitUntil([this] { return m_diary.losses.size() == 1; }));
     EXPECT_EQ("closed", m_diary.losses[0]);
-    ASSERT_TRUE(waitUntil([this] { return m_watched.messages.size() == 1; }));
+    const int expected = GetParam() ? 2 : 1;
+    ASSERT_TRUE(waitUntil([&] { return m_watched.messages.size() == expected; }));
     EXPECT_EQ("last", m_watched.messages[0].topic);
+    if (GetParam()) {
+        EXPECT_EQ("will", m_watched.messages[1].topic);
+    }
+    // Nothing comes behind it: what another publishes is next.
+    m_watcher.publish({QStringLiteral("next"), "words", 0, false});
+    ASSERT_TRUE(waitUntil([&] { return m_watched.messages.size() == expected + 1; }));
+    EXPECT_EQ("next", m_watched.messages.last().topic);
+}
+
+TEST_P(MosquittoBrokerTest, NothingIsKeptForAGatewayThatIsNotThere)
+{
+    watch(QStringLiteral("none"));
+    const QVector<Subscription> commands{{QStringLiteral("commands"), 1}};
+    m_broker.open(settings(), {}, commands);
+    ASSERT_TRUE(waitUntil([this] { return m_diary.connections == 1; }));
+    m_broker.drop(QStringLiteral("on purpose"));
+    ASSERT_TRUE(waitUntil([this] { return m_diary.losses.size() == 1; }));
+    m_watcher.publish({QStringLiteral("commands"), "old", 1, false});
+    m_watcher.askConfirmation(1);
+    ASSERT_TRUE(waitUntil([this] { return m_watched.marks.size() == 1; }));
+    m_broker.open(settings(), {}, commands);
+    ASSERT_TRUE(waitUntil([this] { return m_diary.connections == 2; }));
+    m_watcher.publish({QStringLiteral("commands"), "new", 1, false});
+    ASSERT_TRUE(waitUntil([this] { return !m_diary.messages.isEmpty(); }));
+    EXPECT_EQ("new", m_diary.messages[0].payload);
 }
 
 TEST_P(MosquittoBrokerTest, DropLeavesTheWillToTheBroker)
