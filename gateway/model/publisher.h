@@ -22,7 +22,7 @@ struct NodeState {
 struct Received {
     bool isRebirthWanted = false;
     QVector<WriteRequest> writes;
-    QString complaint; ///< Of a message that makes no sense: why; for the log.
+    QString complaint; ///< Of a message that makes no sense: why; for the log, which has its topic.
 };
 
 /// The convention in which values go to consumers: which messages, on which topics. It has neither

@@ -215,8 +215,7 @@ Received PlainPublisher::received(const Message& message, qint64)
     Received received;
     const std::optional<PlainTopics::Target> target = m_topics.target(message.topic);
     if (!target || int(message.topic.size()) > kLongestTopic) {
-        received.complaint =
-            values::quoted(message.topic) + QStringLiteral(": nothing is expected there");
+        received.complaint = QStringLiteral("nothing is expected there");
         return received;
     }
     // A value of our own whose label ends in "set".
@@ -224,10 +223,9 @@ Received PlainPublisher::received(const Message& message, qint64)
     if (device && device->metricsByPath.contains(target->path + QStringLiteral("/set")))
         return received;
     if (message.isRetained) {
-        received.complaint =
-            values::quoted(message.topic) + QStringLiteral(
-                                                ": a retained command is not carried out, since it "
-                                                "would be at every connection");
+        received.complaint = QStringLiteral(
+            "a retained command is not carried out, since it would "
+            "be at every connection");
         return received;
     }
     received.writes.append(writeRequest(*target, message.payload));

@@ -21,10 +21,10 @@ std::optional<QString> shortText(const std::string& bytes, std::size_t longest)
     return fromUtf8(bytes.data(), bytes.size());
 }
 
-Received complaint(const QString& subject, const QString& text)
+Received complaint(const QString& text)
 {
     Received received;
-    received.complaint = subject + QStringLiteral(": ") + text;
+    received.complaint = text;
     return received;
 }
 
@@ -70,38 +70,34 @@ Expected<int> metricOf(const KnownDevice& device, const QString& name,
 Received SparkplugPublisher::received(const Message& message, qint64)
 {
     if (!m_identity.primaryHost.isEmpty() &&
-        message.topic == Topics::ofHost(m_identity.primaryHost)) {
-        const QString wrong = m_primaryHost.received(message.payload);
-        return wrong.isEmpty() ? Received() : complaint(QStringLiteral("STATE message"), wrong);
-    }
+        message.topic == Topics::ofHost(m_identity.primaryHost))
+        return complaint(m_primaryHost.received(message.payload));
     const std::optional<QString> device = m_topics.commandedDevice(message.topic);
     if (!device && message.topic != m_topics.ofNode("NCMD"))
-        return complaint(values::quoted(message.topic),
-                         QStringLiteral("nothing is expected there"));
+        return complaint(QStringLiteral("nothing is expected there"));
     if (message.isRetained) {
-        return complaint(values::quoted(message.topic),
-                         QStringLiteral("a retained command is not carried out, since it would be "
-                                        "at every connection"));
+        return complaint(
+            QStringLiteral("a retained command is not carried out, since it would be "
+                           "at every connection"));
     }
     return device ? deviceCommand(*device, message.payload) : nodeCommand(message.payload);
 }
 
 Received SparkplugPublisher::nodeCommand(const QByteArray& payload) const
 {
-    const QString subject = QStringLiteral("command to the node");
     const Expected<wire::Command> command = parseCommand(payload);
     if (!command)
-        return complaint(subject, command.error().text);
+        return complaint(command.error().text);
     Received received;
     for (const wire::CommandMetric& metric : command->metrics()) {
         const Name name = nameOf(metric);
         if (!name.error.isEmpty())
-            received.complaint = subject + QStringLiteral(": ") + name.error;
+            received.complaint = name.error;
         else if (name.text != QLatin1String(rebirthName()))
             received.complaint =
-                QStringLiteral("%1: %2 cannot be written").arg(subject, values::quoted(name.text));
+                QStringLiteral("%1 cannot be written").arg(values::quoted(name.text));
         else if (!metric.has_boolean_value())
-            received.complaint = subject + QStringLiteral(": a rebirth is asked for by true");
+            received.complaint = QStringLiteral("a rebirth is asked for by true");
         else
             received.isRebirthWanted = received.isRebirthWanted || metric.boolean_value();
     }
@@ -110,13 +106,12 @@ Received SparkplugPublisher::nodeCommand(const QByteArray& payload) const
 
 Received SparkplugPublisher::deviceCommand(const QString& device, const QByteArray& payload)
 {
-    const QString subject = QStringLiteral("command to device %1").arg(values::quoted(device));
     const Expected<wire::Command> command = parseCommand(payload);
     if (!command)
-        return complaint(subject, command.error().text);
+        return complaint(command.error().text);
     const std::optional<QString> id = shortText(command->uuid(), kLongestId);
     if (!id)
-        return complaint(subject, QStringLiteral("its uuid is too long or no UTF-8"));
+        return complaint(QStringLiteral("its uuid is too long or no UTF-8"));
     const std::optional<int> number = m_devices.numberOf(device);
     Received received;
     received.writes.reserve(command->metrics_size());

@@ -1,6 +1,6 @@
-#include "gateway/consumer/broker_process.h"
 #include "gateway/consumer/consumer_process.h"
 #include "gateway/sparkplug/sparkplug_publisher.h"
+#include "gateway/support/mosquitto_process.h"
 #include "support/data_points.h"
 
 namespace plc::gateway {
@@ -13,25 +13,20 @@ QString textOf(const QJsonObject& line, const char* key)
 
 class ConsumerAtBroker : public ::testing::TestWithParam<const char*> {
 protected:
-    void SetUp() override
-    {
-        if (QByteArray(PLC_MOSQUITTO).isEmpty())
-            GTEST_SKIP() << "mosquitto is not installed";
-        m_broker = std::make_unique<test::BrokerProcess>();
-    }
+    void SetUp() override { ASSERT_TRUE(m_broker.start()); }
 
     std::unique_ptr<test::ConsumerProcess> consumer(const QStringList& more = {})
     {
         auto process = std::make_unique<test::ConsumerProcess>(
-            QStringList{QStringLiteral("--port"), m_broker->port(), QStringLiteral("--group"),
-                        QStringLiteral("works"), QStringLiteral("--mqtt"),
-                        QString::fromLatin1(GetParam())} +
+            QStringList{QStringLiteral("--port"), QString::number(m_broker.port()),
+                        QStringLiteral("--group"), QStringLiteral("works"),
+                        QStringLiteral("--mqtt"), QString::fromLatin1(GetParam())} +
             more);
         EXPECT_EQ("ready", textOf(process->next(), "event"));
         return process;
     }
 
-    std::unique_ptr<test::BrokerProcess> m_broker;
+    test::MosquittoProcess m_broker;
 };
 
 TEST_P(ConsumerAtBroker, GetsASessionAsItWasPublished)

@@ -156,7 +156,7 @@ TEST_F(Commands, ThatAreRetainedAreNotCarriedOut)
         Message{QStringLiteral("spBv1.0/works/DCMD/hall/pump"), bytes, 1, true}, 2000);
     EXPECT_TRUE(device.writes.isEmpty());
     EXPECT_EQ(
-        "\"spBv1.0/works/DCMD/hall/pump\": a retained command is not carried out, since it "
+        "a retained command is not carried out, since it "
         "would be at every connection",
         device.complaint);
     wire::Command rebirth;
@@ -218,7 +218,7 @@ TEST_F(Commands, ThatAreNoPayloadAreComplainedOf)
     const Received received = m_publisher.received(
         Message{QStringLiteral("spBv1.0/works/DCMD/hall/pump"), "on", 1, false}, 2000);
     EXPECT_TRUE(received.writes.isEmpty());
-    EXPECT_EQ("command to device \"pump\": its bytes are no Sparkplug payload", received.complaint);
+    EXPECT_EQ("its bytes are no Sparkplug payload", received.complaint);
 }
 
 class NodeCommands : public Commands {
@@ -255,15 +255,14 @@ TEST_F(NodeCommands, OfAnotherKindAreComplainedOf)
     wire::Command number;
     add("Node Control/Rebirth", &number)->set_int_value(1);
     EXPECT_FALSE(toNode(number).isRebirthWanted);
-    EXPECT_EQ("command to the node: a rebirth is asked for by true", toNode(number).complaint);
+    EXPECT_EQ("a rebirth is asked for by true", toNode(number).complaint);
     wire::Command other;
     add("Node Control/Reboot", &other)->set_boolean_value(true);
     EXPECT_FALSE(toNode(other).isRebirthWanted);
-    EXPECT_EQ("command to the node: \"Node Control/Reboot\" cannot be written",
-              toNode(other).complaint);
+    EXPECT_EQ("\"Node Control/Reboot\" cannot be written", toNode(other).complaint);
     wire::Command alias;
     alias.add_metrics()->set_alias(2);
-    EXPECT_EQ("command to the node: \"alias 2\" cannot be written", toNode(alias).complaint);
+    EXPECT_EQ("\"alias 2\" cannot be written", toNode(alias).complaint);
     EXPECT_NE("", toNode(wire::Command()).complaint);
 }
 

@@ -176,7 +176,7 @@ TEST_F(WithPrimaryHost, OthersDoNotCount)
 
 TEST_F(WithPrimaryHost, ComplainsOfAStateThatMakesNoSense)
 {
-    EXPECT_EQ("STATE message: it has no \"online\" of true or false", tell("{}"));
+    EXPECT_EQ("it has no \"online\" of true or false", tell("{}"));
 }
 
 } // namespace
