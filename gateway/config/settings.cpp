@@ -202,7 +202,7 @@ Expected<GatewaySettings> loadSettings(const QString& path)
         return Error{QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString())};
     Expected<GatewaySettings> settings = parseSettings(json, path);
     if (settings)
-        resolvePaths(QFileInfo(path).path(), &*settings);
+        resolvePaths(QFileInfo(path).absolutePath(), &*settings);
     return settings;
 }
 

@@ -60,10 +60,10 @@ struct MetricsSettings {
     QString socket; ///< Path of a Unix socket; empty: none.
 };
 
-/// The configuration of one gateway process. Paths are absolute, or as they stand relative to the
-/// configuration's folder, already joined with it. Such as begin with $CREDENTIALS_DIRECTORY/,
-/// $STATE_DIRECTORY/ or $RUNTIME_DIRECTORY/ lie in the folders that the service manager gave to
-/// this process; where there are none, they stay as they stand.
+/// The configuration of one gateway process. Paths are absolute: in the file they may stand
+/// relative to its folder. Such as begin with $CREDENTIALS_DIRECTORY/, $STATE_DIRECTORY/ or
+/// $RUNTIME_DIRECTORY/ lie in the folders that the service manager gave to this process; where
+/// there are none, they stay as they stand.
 struct GatewaySettings {
     PublicationFormat format = PublicationFormat::Sparkplug;
     QString group;

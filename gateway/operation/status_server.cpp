@@ -1,7 +1,6 @@
 #include "gateway/operation/status_server.h"
 
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QTimer>
 #include <QtNetwork/QLocalSocket>

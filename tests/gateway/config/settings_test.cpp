@@ -141,6 +141,17 @@ TEST_F(SettingsFile, PathsLieBesideIt)
     ::qunsetenv("STATE_DIRECTORY");
 }
 
+TEST_F(SettingsFile, PathsAreAbsoluteAlsoWhenTheFileIsNamedByItsNameAlone)
+{
+    files.put(path("gateway.json"), settingsText().constData());
+    const QString before = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(path(".")));
+    const Expected<GatewaySettings> settings = loadSettings(QStringLiteral("gateway.json"));
+    EXPECT_EQ(QDir::current().filePath(QStringLiteral("s")),
+              settings.valueOr(GatewaySettings()).storeFile);
+    QDir::setCurrent(before);
+}
+
 TEST_F(SettingsFile, WhatCannotBeReadIsNamed)
 {
     EXPECT_FALSE(succeeds(loadSettings(path("none.json"))));
