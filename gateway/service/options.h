@@ -4,6 +4,7 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include "gateway/service/split_files.h"
 #include "options/option.h"
 
 namespace plc::gateway {
@@ -15,6 +16,8 @@ struct Options {
     bool checksOnly = false;
     bool wantsStatus = false; ///< Of the gateway that runs with this configuration.
     bool isJson = false;
+    bool wantsSplit = false; ///< Of a list of PLCs between processes.
+    SplitFiles split;
     /// Help or version text: to be printed, and nothing else done.
     QString information;
 

@@ -86,6 +86,7 @@ private:
     void readAgain();
     void passSecond();
     void syncAudit();
+    void tellStore();
     GatewayStatistics statistics() const;
 
     const Options m_options;
@@ -93,6 +94,7 @@ private:
     const qint64 m_started = QDateTime::currentMSecsSinceEpoch();
     std::unique_ptr<AuditFile> m_audit;
     std::unique_ptr<Gateway> m_gateway;
+    SqliteChangeStore* m_store = nullptr; ///< Owned by the gateway.
     std::unique_ptr<MetricsServer> m_metrics;
     std::unique_ptr<StatusServer> m_status;
     ServiceManager m_manager;
@@ -115,6 +117,8 @@ Expected<GatewayParts> Run::makeParts()
         SqliteChangeStore::open(m_settings.storeFile, m_settings.storeSize);
     if (!store)
         return store.error();
+    m_store = store->get();
+    tellStore();
     parts.store = std::move(*store);
     parts.publisher = makePublisher(m_settings, parts.store.get());
     if (!m_settings.auditFile.isEmpty()) {
@@ -219,6 +223,7 @@ void Run::readAgain()
 void Run::passSecond()
 {
     syncAudit();
+    tellStore();
     const GatewayStatistics now = statistics();
     if (m_metrics)
         m_metrics->setText(metricsText(now));
@@ -240,6 +245,13 @@ void Run::syncAudit()
     if (error != m_toldAuditError && !error.isEmpty())
         log(error);
     m_toldAuditError = error;
+}
+
+void Run::tellStore()
+{
+    const QString notice = m_store->takeNotice();
+    if (!notice.isEmpty())
+        log(notice);
 }
 
 /// Tells what is wrong or strange, or how much would be published.
@@ -294,6 +306,14 @@ int printStatus(const Options& options)
     return print(STDOUT_FILENO, text) ? kExitDone : kExitFailed;
 }
 
+int split(const SplitFiles& files)
+{
+    const Expected<QString> report = splitFiles(files);
+    if (!report)
+        return complain(report.error().text, kExitWrongUse);
+    return print(STDOUT_FILENO, *report) ? kExitDone : kExitFailed;
+}
+
 } // namespace
 
 int runProgram(const QStringList& arguments)
@@ -305,6 +325,8 @@ int runProgram(const QStringList& arguments)
         return print(STDOUT_FILENO, options->information) ? kExitDone : kExitFailed;
     if (options->wantsStatus)
         return printStatus(*options);
+    if (options->wantsSplit)
+        return split(options->split);
     return options->checksOnly ? check(*options) : Run(*options).execute();
 }
 
