@@ -1,7 +1,7 @@
 # What `cmake --install` puts where, in components: runtime (the driver's shared library), development
 # (its header, CMake package, pkg-config file, documents), host and tcp (the shared libraries of the
-# host), host_development (their headers and static libraries) and tools (programs, manual pages,
-# demo).
+# host), host_development (their headers and static libraries), tools (programs, manual pages, demo)
+# and gateway (plc-gateway, its manual page and its service).
 
 include(CMakePackageConfigHelpers)
 
@@ -97,15 +97,28 @@ install(DIRECTORY docs
   PATTERN "*.md" PATTERN "*.json" PATTERN "*.svg" PATTERN "*.h" PATTERN "*.cpp")
 
 if(PLC_BUILD_TOOLS)
-  foreach(tool plc plc-simulator)
+  foreach(tool plc plc-simulator plc-gateway)
+    set(plc_component tools)
+    if(tool STREQUAL plc-gateway)
+      set(plc_component gateway)
+    endif()
     if(TARGET ${tool})
-      install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+      install(TARGETS ${tool}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${plc_component})
       install(FILES ${PROJECT_BINARY_DIR}/docs/man/${tool}.1
-        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${plc_component})
       install(FILES ${PROJECT_BINARY_DIR}/tools/completion/${tool}
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+        COMPONENT ${plc_component})
     endif()
   endforeach()
+  if(TARGET plc-gateway)
+    # Where systemd looks, whatever folder the processor's libraries have.
+    install(FILES ${PROJECT_BINARY_DIR}/gateway/plc-gateway@.service
+      DESTINATION lib/systemd/system COMPONENT gateway)
+    install(FILES docs/gateway-config.schema.json docs/examples/gateway.json
+      DESTINATION ${plc_data_dir}/gateway COMPONENT gateway)
+  endif()
   install(DIRECTORY simulator/demo/ DESTINATION ${plc_data_dir}/demo COMPONENT tools)
   install(FILES tools/wireshark/plc_block.lua tools/wireshark/README.md
     DESTINATION ${plc_data_dir}/wireshark COMPONENT tools)

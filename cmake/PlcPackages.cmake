@@ -9,6 +9,7 @@ set(PLC_PACKAGE_REVISION 1 CACHE STRING "Debian revision of the packages")
 set(plc_runtime_package libplc-driver-qt${PLC_QT_MAJOR}-${PROJECT_VERSION_MAJOR})
 set(plc_development_package libplc-driver-qt${PLC_QT_MAJOR}-dev)
 set(plc_tools_package plc-tools)
+set(plc_gateway_package plc-gateway)
 set(plc_host_package libplc-host-qt${PLC_QT_MAJOR}-${PROJECT_VERSION_MAJOR})
 set(plc_tcp_package libplc-host-tcp-qt${PLC_QT_MAJOR}-${PROJECT_VERSION_MAJOR})
 set(plc_host_development_package libplc-host-qt${PLC_QT_MAJOR}-dev)
@@ -27,6 +28,9 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL runtime development)
 if(PLC_BUILD_TOOLS)
   list(APPEND CPACK_COMPONENTS_ALL tools host tcp host_development)
+endif()
+if(TARGET plc-gateway)
+  list(APPEND CPACK_COMPONENTS_ALL gateway)
 endif()
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${PLC_PACKAGE_REVISION})
@@ -110,6 +114,15 @@ This package holds plc, which reads, writes and shows the variables of a PLC;
 plc-simulator, which plays one; a demo plant; and a dissector for Wireshark.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${plc_runtime_package} (= ${plc_package_version})")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "bash-completion, wireshark | tshark")
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_NAME ${plc_gateway_package})
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_GATEWAY_DESCRIPTION "gateway from PLCs to MQTT brokers
+${plc_about}
+
+This package holds plc-gateway, which publishes the values of PLCs by MQTT, as
+Sparkplug B or as JSON, and its service for systemd.")
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS "${plc_runtime_package} (= ${plc_package_version})")
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_SUGGESTS "mosquitto, plc-tools, prometheus")
 
 # What only the packages hold: the papers that Debian asks for, and the dissector where Wireshark
 # looks for it.

@@ -193,9 +193,15 @@ ExamplesBuildWithPkgConfig() {
     expect_tank "$folder/host_poll"
 }
 
+# The gateway is not part of every build.
+installed_tools() {
+    echo plc plc-simulator
+    [ ! -e "$installation/bin/plc-gateway" ] || echo plc-gateway
+}
+
 ToolsComeWithManualCompletionAndDemo() {
     local tool
-    for tool in plc plc-simulator; do
+    for tool in $(installed_tools); do
         expect_equal "$tool --version" "$tool $VERSION" "$("$installation/bin/$tool" --version)"
         expect_file "share/man/man1/$tool.1"
         expect_file "share/bash-completion/completions/$tool"
@@ -222,7 +228,7 @@ help_of() {
 
 ManualAndCompletionNameAllThatHelpNames() {
     local tool help manual completion name
-    for tool in plc plc-simulator; do
+    for tool in $(installed_tools); do
         help=$(help_of "$tool")
         manual=$(<"$installation/share/man/man1/$tool.1")
         completion=$(<"$installation/share/bash-completion/completions/$tool")
@@ -236,6 +242,13 @@ ManualAndCompletionNameAllThatHelpNames() {
                 fail "the completion of $tool lacks the command $name"
         done
     done
+}
+
+GatewayComesWithItsService() {
+    [ -e "$installation/bin/plc-gateway" ] || return 0
+    expect_file "lib/systemd/system/plc-gateway@.service"
+    expect_file share/plc-driver/gateway/gateway.json
+    expect_file share/plc-driver/gateway/gateway-config.schema.json
 }
 
 ToolsWorkTogether() {
