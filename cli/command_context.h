@@ -5,7 +5,7 @@
 
 #include "cli/command_options.h"
 #include "host/driver/driver_library.h"
-#include "host/runtime/project_settings.h"
+#include "setup/runtime_settings.h"
 
 namespace plc::cli {
 
@@ -17,7 +17,7 @@ struct CommandContext {
 
     host::RuntimeSettings runtimeSettings(int cycleTime = kUsualCycleTime) const
     {
-        return host::runtimeSettings(project.settings, cycleTime);
+        return setup::runtimeSettings(project.settings, cycleTime);
     }
 };
 

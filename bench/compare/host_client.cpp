@@ -4,7 +4,7 @@
 #include <QtCore/QtEndian>
 
 #include "host/points/value_codec.h"
-#include "host/runtime/project_settings.h"
+#include "setup/runtime_settings.h"
 #include "host/runtime/runtime.h"
 #include "host/tcp/tcp_link.h"
 #include "registers.h"
@@ -46,7 +46,7 @@ public:
            bool labelsEach, Recorder* recorder)
         : m_work(work),
           m_recorder(recorder),
-          m_runtime(driver, host::runtimeSettings(project.settings, 0), project, this),
+          m_runtime(driver, setup::runtimeSettings(project.settings, 0), project, this),
           m_link(&m_runtime.session(), project.address, project.port)
     {
         for (const QString& label : labelsOf(work, labelsEach)) {

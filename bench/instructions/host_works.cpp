@@ -7,7 +7,7 @@
 
 #include "counting.h"
 #include "host/driver/driver_library.h"
-#include "host/runtime/project_settings.h"
+#include "setup/runtime_settings.h"
 #include "host/runtime/runtime.h"
 #include "project/project.h"
 #include "support/replies.h"
@@ -60,7 +60,7 @@ project::Project parsed(const QByteArray& json)
 class Plant : private host::RuntimeListener {
 public:
     Plant(const host::DriverFunctions& driver, const project::Project& project, bool readsAll)
-        : m_runtime(driver, host::runtimeSettings(project.settings, 0), project, this)
+        : m_runtime(driver, setup::runtimeSettings(project.settings, 0), project, this)
     {
         for (int i = 0; i < kCyclicValues; ++i) {
             const Expected<host::DataPoint> point =

@@ -4,7 +4,7 @@
 
 #include "gateway/config/device_points.h"
 #include "gateway/config/same_settings.h"
-#include "host/runtime/project_settings.h"
+#include "setup/runtime_settings.h"
 
 namespace plc::gateway {
 
@@ -40,7 +40,7 @@ Expected<void> PlcDevice::prepare(const QString& driver)
         return library.error();
     m_library = *library;
     m_runtime = std::make_unique<host::Runtime>(
-        m_library->functions(), host::runtimeSettings(m_project.settings, m_settings.cycleTime),
+        m_library->functions(), setup::runtimeSettings(m_project.settings, m_settings.cycleTime),
         m_project, static_cast<host::RuntimeListener*>(this));
     const Expected<DevicePoints> points = devicePoints(m_settings, m_project, m_runtime->points());
     if (!points)

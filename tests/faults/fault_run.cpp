@@ -7,8 +7,8 @@
 #include <QtCore/QFile>
 #include <QtCore/QTimer>
 
-#include "host/runtime/project_settings.h"
 #include "host/points/value_codec.h"
+#include "setup/runtime_settings.h"
 
 namespace plc {
 namespace faults {
@@ -65,7 +65,7 @@ FaultRun::FaultRun(const host::DriverFunctions& driver, std::uint32_t seed)
     m_proxy = std::make_unique<FaultyProxy>(m_plc->port(), &m_plan, times);
     const int cycleTime = m_random.oneIn(2) ? 0 : 5;
     m_runtime = std::make_unique<host::Runtime>(
-        driver, host::runtimeSettings(m_project.settings, cycleTime), m_project, this);
+        driver, setup::runtimeSettings(m_project.settings, cycleTime), m_project, this);
     m_link = std::make_unique<host::TcpLink>(&m_runtime->session(), QStringLiteral("127.0.0.1"),
                                              m_proxy->port());
     m_clock.start();

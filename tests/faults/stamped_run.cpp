@@ -6,8 +6,8 @@
 #include <type_traits>
 #include <utility>
 
-#include "host/runtime/project_settings.h"
 #include "host/points/value_codec.h"
+#include "setup/runtime_settings.h"
 
 namespace plc {
 namespace faults {
@@ -104,7 +104,7 @@ StampedRun::StampedRun(const host::DriverFunctions& driver, std::uint32_t seed)
 {
     const int cycleTime = m_random.oneIn(2) ? 0 : m_random.between(1, 50);
     m_runtime = std::make_unique<host::Runtime>(
-        driver, host::runtimeSettings(m_project.settings, cycleTime), m_project, this);
+        driver, setup::runtimeSettings(m_project.settings, cycleTime), m_project, this);
     m_rows.resize(int(kStampedArrays.size()));
 }
 

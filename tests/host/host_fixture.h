@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "host/points/value_codec.h"
-#include "host/runtime/project_settings.h"
+#include "setup/runtime_settings.h"
 #include "host/runtime/runtime.h"
 #include "project/project.h"
 #include "tests/project/test_project.h"

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/runtime/project_settings.h"
+#include "setup/runtime_settings.h"
 #include "host/runtime/runtime.h"
 #include "tests/project/test_project.h"
 #include "tests/support/built_driver.h"
@@ -31,7 +31,7 @@ protected:
     Expected<DevicePoints> made()
     {
         const host::Runtime runtime(plc::test::builtDriver(),
-                                    host::runtimeSettings(project.settings, 1000), project, this);
+                                    setup::runtimeSettings(project.settings, 1000), project, this);
         return devicePoints(settings, project, runtime.points());
     }
     DevicePoints good()

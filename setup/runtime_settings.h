@@ -1,15 +1,15 @@
-#ifndef PLC_HOST_RUNTIME_PROJECT_SETTINGS_H
-#define PLC_HOST_RUNTIME_PROJECT_SETTINGS_H
+#ifndef PLC_SETUP_RUNTIME_SETTINGS_H
+#define PLC_SETUP_RUNTIME_SETTINGS_H
 
 #include "host/runtime/runtime_settings.h"
 #include "project/project.h"
 
-namespace plc::host {
+namespace plc::setup {
 
 /// What the settings of a project mean to the host. `cycleTime` is SessionTimes::cycleTime.
-inline RuntimeSettings runtimeSettings(const project::ProjectSettings& project, int cycleTime)
+inline host::RuntimeSettings runtimeSettings(const project::ProjectSettings& project, int cycleTime)
 {
-    RuntimeSettings settings;
+    host::RuntimeSettings settings;
     settings.maxReadBytes = project.maxReadBytes;
     settings.retryLimit = project.retryLimit;
     settings.defaultStation = project.defaultStation;
@@ -24,6 +24,6 @@ inline RuntimeSettings runtimeSettings(const project::ProjectSettings& project, 
     return settings;
 }
 
-} // namespace plc::host
+} // namespace plc::setup
 
 #endif
