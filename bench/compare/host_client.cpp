@@ -4,10 +4,10 @@
 #include <QtCore/QtEndian>
 
 #include "host/points/value_codec.h"
-#include "setup/runtime_settings.h"
 #include "host/runtime/runtime.h"
 #include "host/tcp/tcp_link.h"
 #include "registers.h"
+#include "setup/runtime_settings.h"
 
 namespace plc {
 namespace bench {

@@ -7,9 +7,9 @@
 
 #include "counting.h"
 #include "host/driver/driver_library.h"
-#include "setup/runtime_settings.h"
 #include "host/runtime/runtime.h"
 #include "project/project.h"
+#include "setup/runtime_settings.h"
 #include "support/replies.h"
 
 namespace plc {

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "host/points/value_codec.h"
-#include "setup/runtime_settings.h"
 #include "host/runtime/runtime.h"
 #include "project/project.h"
+#include "setup/runtime_settings.h"
 #include "tests/project/test_project.h"
 #include "tests/support/built_driver.h"
 #include "tests/support/qt_printers.h"

@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "setup/runtime_settings.h"
 #include "host/runtime/runtime.h"
+#include "setup/runtime_settings.h"
 #include "tests/project/test_project.h"
 #include "tests/support/built_driver.h"
 
