@@ -3,6 +3,7 @@
 #include <QtCore/QEventLoop>
 #include <QtCore/QtEndian>
 
+#include "host/driver/request_records.h"
 #include "host/points/value_codec.h"
 #include "host/runtime/runtime.h"
 #include "host/tcp/tcp_link.h"
@@ -215,8 +216,8 @@ private:
         if (answer.kind != host::Answer::Accepted)
             giveUp(QStringLiteral("plc: the simulator refused a request with status %1")
                        .arg(answer.status));
-        const bool isCyclic =
-            request.category == kCyclicCategory && request.content.service == host::Service::Read;
+        const bool isCyclic = request.category == host::kCyclicCategory &&
+                              request.content.service == host::Service::Read;
         m_valuesInReply = isCyclic ? valuesInReply(request) : 0;
     }
     void requestSettled() override
