@@ -25,19 +25,33 @@ qint64 lastPieceLength(qint64 total, qint64 pieceSize)
 
 bool isSameRange(const RW_VAR& a, const RW_VAR& b)
 {
-    return a.station == b.station && a.address == b.address && a.length == b.length;
+    // First what differs most often.
+    return a.address == b.address && a.length == b.length && a.station == b.station;
 }
 
 bool isSameRead(const RW_VAR& a, const RW_VAR& b)
 {
-    return a.category == b.category && a.aux1 == b.aux1 && isSameRange(a, b) &&
+    return isSameRange(a, b) && a.category == b.category && a.aux1 == b.aux1 &&
            a.deviceNo == b.deviceNo && a.dataType == b.dataType && a.areaIndex == b.areaIndex;
+}
+
+/// The place of the queued write that `write` replaces; behind all others where there is none.
+int findReplaceable(const QList<RW_VAR>& list, const RW_VAR& write)
+{
+    if (list.size() <= kFirstReplaceable)
+        return int(list.size());
+    const QList<RW_VAR>::const_iterator end = list.constEnd();
+    QList<RW_VAR>::const_iterator each = list.constBegin() + kFirstReplaceable;
+    while (each != end && !isSameRange(*each, write))
+        ++each;
+    return int(each - list.constBegin());
 }
 
 bool isListed(const QList<RW_VAR>& list, const RW_VAR& read)
 {
-    for (int i = 0; i < int(list.size()); ++i) {
-        if (isSameRead(list.at(i), read))
+    const QList<RW_VAR>::const_iterator end = list.constEnd();
+    for (QList<RW_VAR>::const_iterator each = list.constBegin(); each != end; ++each) {
+        if (isSameRead(*each, read))
             return true;
     }
     return false;
@@ -78,13 +92,10 @@ bool isWithinLimits(qint64 length, int pieceSize)
 
 void queueWrite(QList<RW_VAR>& list, const RW_VAR& write)
 {
-    for (int i = kFirstReplaceable; i < int(list.size()); ++i) {
-        if (isSameRange(list.at(i), write)) {
-            list[i] = write;
-            return;
-        }
-    }
-    if (list.size() < PLC_LIST_LIMIT)
+    const int replaced = findReplaceable(list, write);
+    if (replaced < int(list.size()))
+        list[replaced] = write;
+    else if (list.size() < PLC_LIST_LIMIT)
         list.append(write);
 }
 

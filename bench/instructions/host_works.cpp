@@ -19,6 +19,7 @@ namespace {
 constexpr int kDeclaredVariables = 100000;
 constexpr int kCyclicValues = 1000;
 constexpr int kWrites = 100;
+constexpr int kWritesAtOnce = 1000;
 constexpr int kPasses = 10;
 
 [[noreturn]] void giveUp(const QString& what)
@@ -83,19 +84,33 @@ public:
     void writeOneAfterTheOther(int writes)
     {
         for (int i = 0; i < writes; ++i) {
-            bool isDone = false;
-            m_runtime.write(m_points.at(i), {qint64(i)}, m_now,
-                            [&isDone](const host::TransferOutcome& outcome) {
-                                isDone = outcome.isDone();
-                                if (!isDone)
-                                    giveUp(outcome.reason);
-                            });
-            while (!isDone)
-                answerOne();
+            write(i);
+            answerWrites();
         }
     }
 
+    void writeAtOnce(int writes)
+    {
+        for (int i = 0; i < writes; ++i)
+            write(i);
+        answerWrites();
+    }
+
 private:
+    void write(int i)
+    {
+        m_runtime.write(m_points.at(i), {qint64(i)}, m_now,
+                        [](const host::TransferOutcome& outcome) {
+                            if (!outcome.isDone())
+                                giveUp(outcome.reason);
+                        });
+    }
+    void answerWrites()
+    {
+        while (m_runtime.openWrites() > 0)
+            answerOne();
+    }
+
     void answerOne()
     {
         ++m_now;
@@ -156,6 +171,7 @@ void countAll()
     {
         Plant plant(driver->functions(), project, false);
         count("host/100_writes", [&] { plant.writeOneAfterTheOther(kWrites); });
+        count("host/1000_writes_at_once", [&] { plant.writeAtOnce(kWritesAtOnce); });
     }
 
     const QByteArray json = projectOf(kDeclaredVariables);

@@ -140,10 +140,10 @@ void Runtime::write(const DataPoint& point, const QVector<values::Value>& values
                      .arg(PLC_LIST_LIMIT);
     }
     if (!reason.isEmpty()) {
-        settle({write}, TransferOutcome::notSent(reason));
+        settle(write, TransferOutcome::notSent(reason));
         return;
     }
-    m_writes.add(write);
+    m_writes.add(std::move(write));
     m_session.wake(now);
 }
 
@@ -308,8 +308,8 @@ void Runtime::settleWriteRequest(const Answer& answer)
     else if (answer.kind == Answer::Abandoned)
         settled = m_writes.requestAbandoned();
     if (m_isInDoubt) {
-        for (const Write& write : std::as_const(settled))
-            m_doubted.append({write, transferOutcome(answer)});
+        for (Write& write : settled)
+            m_doubted.append({std::move(write), transferOutcome(answer)});
         return;
     }
     m_writes.confirmAccepted();
@@ -387,7 +387,7 @@ void Runtime::settleDoubted()
     m_writes.confirmAccepted();
     const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
     for (const DoubtedWrite& settled : doubted)
-        settle({settled.write}, settled.outcome);
+        settle(settled.write, settled.outcome);
 }
 
 /// The driver's own reports settle what the frames have not: a login that is abandoned takes the
@@ -446,24 +446,28 @@ void Runtime::settleAll(const QString& reason)
 {
     const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
     for (const DoubtedWrite& unsure : doubted)
-        settle({unsure.write}, TransferOutcome::lost(reason));
+        settle(unsure.write, TransferOutcome::lost(reason));
     for (const Write& write : m_writes.takeAll())
-        settle({write}, outcomeOfLoss(write.wasSent, reason));
+        settle(write, outcomeOfLoss(write.wasSent, reason));
     for (const OneShotRead& read : m_reads.takeAll())
         settle({read}, outcomeOfLoss(read.wasSent, reason));
 }
 
+void Runtime::settle(const Write& write, const TransferOutcome& outcome)
+{
+    --m_openWrites;
+    TransferOutcome itsOutcome = outcome;
+    const bool isSure = outcome.kind != TransferOutcome::LinkLost;
+    const int taken = isSure ? write.accepted : write.confirmed;
+    if (!outcome.isDone())
+        itsOutcome.taken = taken / qMax(1, write.point.type->size);
+    write.settled(itsOutcome);
+}
+
 void Runtime::settle(const QVector<Write>& writes, const TransferOutcome& outcome)
 {
-    for (const Write& write : writes) {
-        --m_openWrites;
-        TransferOutcome itsOutcome = outcome;
-        const bool isSure = outcome.kind != TransferOutcome::LinkLost;
-        const int taken = isSure ? write.accepted : write.confirmed;
-        if (!outcome.isDone())
-            itsOutcome.taken = taken / qMax(1, write.point.type->size);
-        write.settled(itsOutcome);
-    }
+    for (const Write& write : writes)
+        settle(write, outcome);
 }
 
 void Runtime::settle(const std::vector<OneShotRead>& reads, const TransferOutcome& outcome)

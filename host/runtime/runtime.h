@@ -127,6 +127,7 @@ private:
     void settleDoubted();
     void giveUpTransfers(const QString& reason);
     void settleAll(const QString& reason);
+    void settle(const Write& write, const TransferOutcome& outcome);
     void settle(const QVector<Write>& writes, const TransferOutcome& outcome);
     static void settle(const std::vector<OneShotRead>& reads, const TransferOutcome& outcome);
 

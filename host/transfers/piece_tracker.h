@@ -4,6 +4,7 @@
 #include <QtCore/QVector>
 
 #include <map>
+#include <vector>
 
 #include "host/wire/frame_entries.h"
 #include "values/export.h"
@@ -16,6 +17,7 @@ class PLC_HOST_EXPORT PieceTracker {
 public:
     /// Tags ascend in the order in which the transfers were handed to the driver.
     void add(int tag, const QVector<FrameEntry>& pieces);
+    /// Whether a piece of the transfer was not accepted yet.
     bool contains(int tag) const;
     int pieceCount() const { return int(m_pieces.size()); }
     void remove(int tag);
@@ -25,7 +27,7 @@ public:
     /// The same, as far as it was confirmed.
     int confirmed(int tag) const;
     /// All that was accepted is sure.
-    void confirm() { m_confirmed = m_accepted; }
+    void confirm();
 
     /// A request with these entries goes out, for the first time or again. Returns the transfers of
     /// which it carries a piece.
@@ -42,11 +44,18 @@ private:
         bool onWire;
     };
 
+    /// What has become of a transfer.
+    struct Progress {
+        int open = 0; ///< Pieces that were not accepted.
+        int accepted = 0;
+        int confirmed = 0;
+    };
+
     QVector<int> tagsOnWire() const;
 
-    QVector<Piece> m_pieces;
-    std::map<int, int> m_accepted; ///< Of transfers that have further pieces.
-    std::map<int, int> m_confirmed;
+    std::vector<Piece> m_pieces; ///< Those that were not accepted, in the driver's order.
+    std::map<int, Progress> m_transfers;
+    std::vector<int> m_unconfirmed; ///< Transfers of which something was accepted since confirm().
 };
 
 } // namespace plc::host

@@ -13,18 +13,6 @@ bool isSplit(const Write& write)
     return write.pieces.size() > 1;
 }
 
-bool overlap(const FrameEntry& a, const FrameEntry& b)
-{
-    return a.area == b.area && qint64(a.address) < qint64(b.address) + b.length &&
-           qint64(b.address) < qint64(a.address) + a.length;
-}
-
-/// Whether the driver would take the second for a new value of the first, or their order counts.
-bool isSamePlace(const FrameEntry& a, const FrameEntry& b)
-{
-    return (a.address == b.address && a.length == b.length) || overlap(a, b);
-}
-
 } // namespace
 
 bool WriteTracker::hasUnderWay(int station) const
@@ -37,7 +25,7 @@ bool WriteTracker::hasUnderWay(int station) const
 void WriteTracker::handOver(const DriverFunctions& driver)
 {
     while (!m_waiting.empty() && mayGo(m_waiting.front())) {
-        const Write write = start();
+        const Write& write = start();
         QByteArray bytes = write.buffer.bytes;
         driver.setRegisterData(write.point.label, 0, QString(), write.point.station, &bytes,
                                write.buffer.count, kWriteCategory, write.tag);
@@ -45,12 +33,13 @@ void WriteTracker::handOver(const DriverFunctions& driver)
 }
 
 /// Moves the write that waits longest to those under way.
-Write WriteTracker::start()
+const Write& WriteTracker::start()
 {
-    Write write = m_waiting.front();
+    const int tag = m_waiting.front().tag;
+    const Write& write = m_underWay.emplace(tag, std::move(m_waiting.front())).first->second;
     m_waiting.pop_front();
-    m_pieces.add(write.tag, write.pieces);
-    m_underWay.emplace(write.tag, write);
+    m_pieces.add(tag, write.pieces);
+    m_places.add(write.pieces.first());
     return write;
 }
 
@@ -60,29 +49,35 @@ void WriteTracker::requestSent(const QVector<FrameEntry>& entries)
         m_underWay.at(tag).wasSent = true;
 }
 
-Write WriteTracker::withProgress(Write write) const
+void WriteTracker::noteProgress(Write* write) const
 {
-    write.accepted = m_pieces.accepted(write.tag);
-    write.confirmed = m_pieces.confirmed(write.tag);
-    return write;
+    write->accepted = m_pieces.accepted(write->tag);
+    write->confirmed = m_pieces.confirmed(write->tag);
+}
+
+void WriteTracker::moveOut(int tag, QVector<Write>* writes)
+{
+    const auto found = m_underWay.find(tag);
+    if (found == m_underWay.end())
+        return;
+    writes->append(std::move(found->second));
+    m_underWay.erase(found);
+    noteProgress(&writes->last());
+    m_places.remove(writes->last().pieces.first());
+    m_pieces.remove(tag);
 }
 
 QVector<Write> WriteTracker::take(int tag)
 {
-    const auto found = m_underWay.find(tag);
-    if (found == m_underWay.end())
-        return {};
-    const QVector<Write> writes{withProgress(found->second)};
-    m_underWay.erase(found);
-    m_pieces.remove(tag);
-    return writes;
+    return takeAll({tag});
 }
 
 QVector<Write> WriteTracker::takeAll(const QVector<int>& tags)
 {
     QVector<Write> writes;
+    writes.reserve(tags.size());
     for (int tag : tags)
-        writes += take(tag);
+        moveOut(tag, &writes);
     return writes;
 }
 
@@ -92,7 +87,7 @@ QVector<Write> WriteTracker::takeWaiting(int station)
         m_waiting.begin(), m_waiting.end(),
         [station](const Write& write) { return write.point.station != station; });
     QVector<Write> writes;
-    std::copy(first, m_waiting.end(), std::back_inserter(writes));
+    std::move(first, m_waiting.end(), std::back_inserter(writes));
     m_waiting.erase(first, m_waiting.end());
     return writes;
 }
@@ -100,11 +95,14 @@ QVector<Write> WriteTracker::takeWaiting(int station)
 QVector<Write> WriteTracker::takeAll()
 {
     QVector<Write> writes;
-    for (const auto& entry : m_underWay)
-        writes.append(withProgress(entry.second));
-    std::copy(m_waiting.begin(), m_waiting.end(), std::back_inserter(writes));
+    for (auto& entry : m_underWay) {
+        noteProgress(&entry.second);
+        writes.append(std::move(entry.second));
+    }
+    std::move(m_waiting.begin(), m_waiting.end(), std::back_inserter(writes));
     m_underWay.clear();
     m_waiting.clear();
+    m_places.clear();
     m_pieces.clear();
     return writes;
 }
@@ -118,14 +116,7 @@ bool WriteTracker::mayGo(const Write& write) const
         return false;
     const FrameEntry& piece = write.pieces.first();
     return piece.isBit == other.pieces.first().isBit && m_pieces.pieceCount() < PLC_LIST_LIMIT &&
-           !collides(piece);
-}
-
-bool WriteTracker::collides(const FrameEntry& piece) const
-{
-    return std::any_of(m_underWay.begin(), m_underWay.end(), [&piece](const auto& entry) {
-        return isSamePlace(piece, entry.second.pieces.first());
-    });
+           !m_places.isTaken(piece);
 }
 
 } // namespace plc::host

@@ -6,11 +6,13 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <utility>
 
 #include "host/driver/driver_functions.h"
 #include "host/points/value_codec.h"
 #include "host/transfers/piece_tracker.h"
 #include "host/transfers/transfer_outcome.h"
+#include "host/transfers/write_places.h"
 #include "values/export.h"
 
 namespace plc::host {
@@ -45,7 +47,7 @@ struct Write {
 class PLC_HOST_EXPORT WriteTracker {
 public:
     /// Takes a write, which waits until it is handed over. Tags ascend.
-    void add(const Write& write) { m_waiting.push_back(write); }
+    void add(Write write) { m_waiting.push_back(std::move(write)); }
 
     bool hasUnderWay() const { return !m_underWay.empty(); }
     bool hasUnderWay(int station) const;
@@ -70,13 +72,14 @@ public:
 
 private:
     bool mayGo(const Write& write) const;
-    bool collides(const FrameEntry& piece) const;
-    Write start();
-    Write withProgress(Write write) const;
+    const Write& start();
+    void noteProgress(Write* write) const;
+    void moveOut(int tag, QVector<Write>* writes);
     QVector<Write> takeAll(const QVector<int>& tags);
 
     std::deque<Write> m_waiting;
     std::map<int, Write> m_underWay;
+    WritePlaces m_places; ///< Of the first pieces of those under way.
     PieceTracker m_pieces;
 };
 

@@ -58,6 +58,32 @@ TEST(PieceTracker, AbandonedRequestTellsItsTransfersAndWhatWasTakenOfThem)
     EXPECT_EQ(1, tracker.pieceCount());
 }
 
+TEST(PieceTracker, OnlyWhatWasAcceptedBeforeTheConfirmationIsSure)
+{
+    PieceTracker tracker;
+    tracker.add(1, {piece(1, 0, 1000), piece(1, 1000, 1000), piece(1, 2000, 5)});
+    tracker.requestSent({piece(1, 0, 1000)});
+    tracker.requestAccepted();
+    tracker.confirm();
+    tracker.requestSent({piece(1, 1000, 1000)});
+    tracker.requestAccepted();
+    EXPECT_EQ(2000, tracker.accepted(1));
+    EXPECT_EQ(1000, tracker.confirmed(1));
+    tracker.confirm();
+    EXPECT_EQ(2000, tracker.confirmed(1));
+}
+
+TEST(PieceTracker, RequestMayCarryPiecesInAnyOrder)
+{
+    PieceTracker tracker;
+    tracker.add(1, {piece(1, 0, 2)});
+    tracker.add(2, {piece(1, 2, 2)});
+    tracker.add(3, {piece(1, 4, 2)});
+    EXPECT_EQ((QVector<int>{1, 2}), tracker.requestSent({piece(1, 2, 2), piece(1, 0, 2)}));
+    EXPECT_EQ((QVector<int>{1, 2}), tracker.requestAccepted());
+    EXPECT_TRUE(tracker.contains(3));
+}
+
 TEST(PieceTracker, SameRequestSentAgainCarriesTheSame)
 {
     PieceTracker tracker;

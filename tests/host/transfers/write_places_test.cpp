@@ -1,0 +1,71 @@
+#include "host/transfers/write_places.h"
+
+#include "tests/host/host_fixture.h"
+
+namespace plc::host {
+namespace test {
+namespace {
+
+FrameEntry place(int area, quint32 address, quint32 length)
+{
+    FrameEntry entry;
+    entry.area = quint16(area);
+    entry.address = address;
+    entry.length = length;
+    return entry;
+}
+
+TEST(WritePlaces, NeighboursDoNotMeet)
+{
+    WritePlaces places;
+    places.add(place(1, 10, 4));
+    EXPECT_FALSE(places.isTaken(place(1, 8, 2)));
+    EXPECT_FALSE(places.isTaken(place(1, 14, 2)));
+}
+
+TEST(WritePlaces, APlaceIsTakenByWhatSharesOneByteWithIt)
+{
+    WritePlaces places;
+    places.add(place(1, 10, 4));
+    for (const FrameEntry& other : {place(1, 7, 4), place(1, 13, 1), place(1, 10, 2),
+                                    place(1, 12, 8), place(1, 0, 100), place(1, 11, 1)})
+        EXPECT_TRUE(places.isTaken(other)) << other.address << ' ' << other.length;
+}
+
+TEST(WritePlaces, InAnotherAreaOnlyTheSameAddressAndLengthAreTaken)
+{
+    WritePlaces places;
+    places.add(place(2, 10, 4));
+    EXPECT_TRUE(places.isTaken(place(1, 10, 4)));
+    EXPECT_TRUE(places.isTaken(place(3, 10, 4)));
+    EXPECT_FALSE(places.isTaken(place(1, 10, 2)));
+    EXPECT_FALSE(places.isTaken(place(3, 11, 4)));
+}
+
+TEST(WritePlaces, TheLastByteOfAnAreaIsTaken)
+{
+    WritePlaces places;
+    places.add(place(1, 0xFFFFFFFE, 2));
+    EXPECT_TRUE(places.isTaken(place(1, 0xFFFFFFFF, 1)));
+    EXPECT_TRUE(places.isTaken(place(1, 0xFFFFFFF0, 15)));
+    EXPECT_FALSE(places.isTaken(place(1, 0xFFFFFFF0, 14)));
+    EXPECT_FALSE(places.isTaken(place(2, 0, 1)));
+}
+
+TEST(WritePlaces, WhatWasRemovedIsFree)
+{
+    WritePlaces places;
+    places.add(place(1, 10, 4));
+    places.add(place(1, 20, 4));
+    places.remove(place(1, 10, 4));
+    EXPECT_FALSE(places.isTaken(place(1, 10, 4)));
+    EXPECT_FALSE(places.isTaken(place(2, 10, 4)));
+    EXPECT_TRUE(places.isTaken(place(1, 20, 4)));
+    places.clear();
+    EXPECT_FALSE(places.isTaken(place(1, 20, 4)));
+    EXPECT_FALSE(places.isTaken(place(2, 20, 4)));
+}
+
+} // namespace
+} // namespace test
+} // namespace plc::host
