@@ -54,7 +54,7 @@ void WatchTable::valuesRead(const host::Runtime& runtime, qint64 now)
         course.changes = values.changes(row);
         const host::DataPoint& point = values.point(row);
         if (isSingle(point))
-            course.history.note(host::decodeValues(point, values.bytes(row)).first(), now);
+            course.history.note(host::decodeValue(point, values.bytes(row)), now);
     }
 }
 
@@ -82,7 +82,7 @@ WatchRow WatchTable::watchRow(const host::ValueTable& values, int index, qint64 
         return row;
     row.age = values.age(index, now);
     if (isSingle(point))
-        row.number = values::numericValue(host::decodeValues(point, values.bytes(index)).first());
+        row.number = values::numericValue(host::decodeValue(point, values.bytes(index)));
     if (course.changes > 0)
         row.sinceChange = now - course.changedAt;
     row.trend = course.history.trend(watchTrendSeconds(m_width), now);

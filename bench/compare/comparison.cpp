@@ -1,5 +1,6 @@
 #include "comparison.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
@@ -81,7 +82,7 @@ private:
         return m_children.back()->port();
     }
 
-    const QString m_self = QStringLiteral("/proc/self/exe");
+    const QString m_self = QCoreApplication::applicationFilePath();
     QTemporaryDir m_folder;
     std::vector<std::unique_ptr<ChildProcess>> m_children;
     std::map<std::pair<Server, int>, quint16> m_ports;

@@ -130,7 +130,7 @@ private:
     }
     void takeNumber(const host::ValueTable& table, int row)
     {
-        const values::Value value = host::decodeValues(table.point(row), table.bytes(row)).first();
+        const values::Value value = host::decodeValue(table.point(row), table.bytes(row));
         m_values.numbers.push_back(std::visit(
             [](const auto& number) {
                 if constexpr (std::is_arithmetic_v<std::decay_t<decltype(number)>>)

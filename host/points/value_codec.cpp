@@ -9,11 +9,10 @@ namespace {
 /// Little-endian number of `size` bytes; bytes past the end of the buffer count as 0.
 quint64 readNumber(const QByteArray& buffer, int offset, int size)
 {
+    const char* const bytes = buffer.constData();
     quint64 number = 0;
-    for (int i = size - 1; i >= 0; --i) {
-        const int position = offset + i;
-        number = number << 8 | (position < int(buffer.size()) ? quint8(buffer[position]) : 0u);
-    }
+    for (int i = qMin(size, int(buffer.size()) - offset) - 1; i >= 0; --i)
+        number = number << 8 | quint8(bytes[offset + i]);
     return number;
 }
 
@@ -41,15 +40,6 @@ QString readText(const DataPoint& point, const QByteArray& buffer, int offset)
         text += QChar(character);
     }
     return text;
-}
-
-values::Value readElement(const DataPoint& point, const QByteArray& buffer, int index)
-{
-    const values::IecType& type = *point.type;
-    if (values::isText(type))
-        return readText(point, buffer, index * project::kTextElementStride);
-    const int size = qMax(1, type.size);
-    return values::valueOfBits(type, readNumber(buffer, index * size, size));
 }
 
 /// The characters and the zero that ends them, which alone are sent: what lies behind it in the
@@ -94,12 +84,21 @@ QString joined(const QStringList& texts, int elements)
 
 } // namespace
 
+values::Value decodeValue(const DataPoint& point, const QByteArray& buffer, int index)
+{
+    const values::IecType& type = *point.type;
+    if (values::isText(type))
+        return readText(point, buffer, index * project::kTextElementStride);
+    const int size = qMax(1, type.size);
+    return values::valueOfBits(type, readNumber(buffer, index * size, size));
+}
+
 QVector<values::Value> decodeValues(const DataPoint& point, const QByteArray& buffer)
 {
     QVector<values::Value> values;
     values.reserve(point.elements);
     for (int i = 0; i < point.elements; ++i)
-        values.append(readElement(point, buffer, i));
+        values.append(decodeValue(point, buffer, i));
     return values;
 }
 

@@ -15,6 +15,10 @@ namespace plc::host {
 PLC_HOST_EXPORT QVector<values::Value> decodeValues(const DataPoint& point,
                                                     const QByteArray& buffer);
 
+/// One of them; of a data point that is no array the first, which is all there is.
+PLC_HOST_EXPORT values::Value decodeValue(const DataPoint& point, const QByteArray& buffer,
+                                          int index = 0);
+
 /// What SetRegisterData() takes.
 struct WriteBuffer {
     QByteArray bytes;

@@ -83,7 +83,7 @@ bool ValueTable::cover(Row* row, const FrameEntry& entry, const QByteArray& bloc
     if (offset + row->range.size <= 0)
         return false;
     if (offset >= 0 && offset + row->range.size <= block.size()) {
-        show(row, block.mid(int(offset), int(row->range.size)), sentAt);
+        show(row, {block.constData() + offset, int(row->range.size)}, sentAt);
         return true;
     }
     return addPart(row, -offset, block, sentAt);
@@ -102,7 +102,8 @@ bool ValueTable::addPart(Row* row, qint64 start, const QByteArray& block, qint64
         row->parts->add(start, block, sentAt);
     if (!row->parts->isComplete())
         return false;
-    show(row, row->parts->bytes(), row->parts->oldest());
+    const QByteArray memory = row->parts->bytes();
+    show(row, {memory.constData(), int(memory.size())}, row->parts->oldest());
     return true;
 }
 
@@ -118,12 +119,18 @@ void ValueTable::addElements(Row* row, qint64 start, const QByteArray& block, qi
         row->parts->add(from, block.mid(int(from - start), int(to - from)), sentAt);
 }
 
-void ValueTable::show(Row* row, const QByteArray& memory, qint64 sentAt)
+/// Most values are as they were: their bytes stay where they are.
+void ValueTable::show(Row* row, const MemoryView& memory, qint64 sentAt)
 {
-    const QByteArray bytes = valueOfMemory(row->point, memory);
-    if (row->reads > 0 && bytes != row->bytes)
+    const std::size_t size = std::size_t(valueSize(row->point, memory));
+    m_shown.resize(std::max(m_shown.size(), size));
+    writeValueOfMemory(row->point, memory, m_shown.data());
+    const bool isNew = std::size_t(row->bytes.size()) != size ||
+                       !std::equal(row->bytes.cbegin(), row->bytes.cend(), m_shown.cbegin());
+    if (row->reads > 0 && isNew)
         ++row->changes;
-    row->bytes = bytes;
+    if (isNew)
+        row->bytes = QByteArray(m_shown.data(), int(size));
     row->readAt = sentAt;
     ++row->reads;
     row->refusal.reset();

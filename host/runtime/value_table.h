@@ -16,6 +16,8 @@
 
 namespace plc::host {
 
+struct MemoryView; // host/points/value_memory.h
+
 /// What is known of a value.
 enum class ValueState {
     Unread,  ///< It was not read yet.
@@ -103,7 +105,7 @@ private:
     bool cover(Row* row, const FrameEntry& entry, const QByteArray& block, qint64 sentAt);
     bool addPart(Row* row, qint64 start, const QByteArray& block, qint64 sentAt);
     static void addElements(Row* row, qint64 start, const QByteArray& block, qint64 sentAt);
-    static void show(Row* row, const QByteArray& memory, qint64 sentAt);
+    void show(Row* row, const MemoryView& memory, qint64 sentAt);
 
     std::vector<Row> m_rows;
     /// Rows in the order of their places, and the size of the largest, to find those that an entry
@@ -114,6 +116,7 @@ private:
     int m_staleAfter = 0;
     qint64 m_since = 0;
     quint64 m_replies = 0;
+    std::vector<char> m_shown; ///< Room for the value that is shown.
 };
 
 } // namespace plc::host

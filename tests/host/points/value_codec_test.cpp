@@ -214,6 +214,16 @@ TEST_F(ValueCodecTest, ShortBuffersReadAsZeros)
               "FALSE");
 }
 
+TEST_F(ValueCodecTest, OneElementIsThatOfItsIndex)
+{
+    const DataPoint table = point("Main.table[0,1]*2");
+    EXPECT_EQ(values::Value(qint64(-2)), decodeValue(table, hex("FE FF 05 00")));
+    EXPECT_EQ(values::Value(qint64(5)), decodeValue(table, hex("FE FF 05 00"), 1));
+    EXPECT_EQ(values::Value(qint64(0)), decodeValue(table, hex("FE FF"), 1));
+    QByteArray texts = QByteArray("one").leftJustified(255, '\0') + "two";
+    EXPECT_EQ(values::Value(QStringLiteral("two")), decodeValue(point("Big.texts[0]*2"), texts, 1));
+}
+
 TEST_F(ValueCodecTest, NotANumberKeepsItsBits)
 {
     const DataPoint target = point("Main.real");

@@ -254,6 +254,24 @@ TEST_F(ValueTableTest, CountsReadsAndChanges)
     EXPECT_EQ(1u, values.changes(0));
 }
 
+TEST_F(ValueTableTest, BytesThatWereTakenStayWhenTheValueChanges)
+{
+    ValueTable values = table({number("a", 1, 10)});
+    read(&values, {entry(1, 10, 2)}, {hex("00 01")}, 10);
+    const QByteArray taken = values.bytes(0);
+    read(&values, {entry(1, 10, 2)}, {hex("00 02")}, 20);
+    EXPECT_EQ(hex("01 00"), taken);
+    EXPECT_EQ(hex("02 00"), values.bytes(0));
+}
+
+TEST_F(ValueTableTest, LongValueDoesNotShowInAShortOneBehindIt)
+{
+    ValueTable values = table({number("array", 1, 0, 3), number("a", 1, 10)});
+    read(&values, {entry(1, 0, 12)}, {hex("11 22 33 44 55 66 00 00 00 00 77 88")}, 10);
+    EXPECT_EQ(hex("22 11 44 33 66 55"), values.bytes(0));
+    EXPECT_EQ(hex("88 77"), values.bytes(1));
+}
+
 TEST_F(ValueTableTest, AgeCountsFromTheRequest)
 {
     ValueTable values = table({number("a", 1, 10)});
