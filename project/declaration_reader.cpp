@@ -35,12 +35,12 @@ using NamesSoFar = QHash<QString, JsonValue>;
 /// Reports the second of two equal names.
 void checkUnique(const JsonNode& nameNode, const QString& name, NamesSoFar* names)
 {
-    const JsonValue first = names->value(name);
-    if (!first.isMissing()) {
+    JsonValue& place = (*names)[name];
+    if (!place.isMissing()) {
         nameNode.fail(
-            QStringLiteral("the name %1 is taken by %2").arg(values::quoted(name), first.path()));
+            QStringLiteral("the name %1 is taken by %2").arg(values::quoted(name), place.path()));
     }
-    names->insert(name, nameNode.value());
+    place = nameNode.value();
 }
 
 ArrayDimension readDimension(const JsonNode& node)
@@ -98,6 +98,16 @@ void checkTextFits(const JsonNode& node, const Variable& variable)
                 .arg(QLatin1String(variable.type->name))
                 .arg(kTextElementStride));
     }
+}
+
+void readLength(const JsonNode& node, const std::optional<JsonNode>& length, Variable* variable)
+{
+    if (length) {
+        variable->stringLength = int(length->integer(1, kLongestText));
+        return;
+    }
+    node.fail(QStringLiteral("key \"length\" (characters of the %1) is missing")
+                  .arg(QLatin1String(variable->type->name)));
 }
 
 /// Variables that must not share memory, the scopes or the structure that they are declared in, and
@@ -173,6 +183,16 @@ const JsonKeys kScopeVariableKeys = {"name", "type", "area", "offset"};
 const JsonKeys kOptionalKeys = {"array", "length", "unit", "description", "signal", "overlay"};
 
 } // namespace
+
+QString TextPool::textOf(const JsonNode& node)
+{
+    if (!node.value().isText())
+        return node.text();
+    QString& text = m_texts[node.value().utf8()];
+    if (text.isNull())
+        text = node.text();
+    return text;
+}
 
 QVector<std::shared_ptr<const StructureType>> DeclarationReader::readStructures(
     const JsonNode& list)
@@ -328,7 +348,9 @@ ScopeDefinition DeclarationReader::readScope(const JsonNode& node)
         readName(node.member("name"));
     NamesSoFar names;
     const JsonNode::Elements variables = node.member("variables").elements();
-    scope.variables.reserve(variables.size());
+    const int count = variables.size();
+    scope.variables.reserve(count);
+    names.reserve(count);
     for (const JsonNode variableNode : variables) {
         scope.variables.append(readScopeVariable(variableNode));
         checkUnique(variableNode.member("name"), scope.variables.last().name, &names);
@@ -340,8 +362,7 @@ ScopeDefinition DeclarationReader::readScope(const JsonNode& node)
 
 Variable DeclarationReader::readMember(const JsonNode& node)
 {
-    node.checkKeys(kMemberKeys, kOptionalKeys);
-    Variable member = readVariable(node);
+    Variable member = readVariable(node, kMemberKeys);
     if (member.type && values::isBit(*member.type)) {
         node.member("type").fail(
             QStringLiteral("found \"BIT\"; members have byte offsets, use BOOL or a WORD"));
@@ -351,49 +372,46 @@ Variable DeclarationReader::readMember(const JsonNode& node)
 
 Variable DeclarationReader::readScopeVariable(const JsonNode& node)
 {
-    node.checkKeys(kScopeVariableKeys, kOptionalKeys);
-    Variable variable = readVariable(node);
+    Variable variable = readVariable(node, kScopeVariableKeys);
     variable.area = int(node.member("area").integer(0, kHighestAreaIndex));
     if (node.errors()->isEmpty())
         checkArea(node, variable);
     return variable;
 }
 
-Variable DeclarationReader::readVariable(const JsonNode& node)
+Variable DeclarationReader::readVariable(const JsonNode& node, const JsonKeys& required)
 {
+    OptionalMembers options(node, node.checkKeys(required, kOptionalKeys));
     Variable variable;
     variable.name = readName(node.member("name"));
     variable.offset = qint32(node.member("offset").integer(0, kHighestOffset));
-    if (node.has("array"))
-        variable.dimensions = readArray(node.member("array"));
-    if (node.has("unit"))
-        variable.unit = m_texts.shared(node.member("unit").text());
-    if (node.has("description"))
-        variable.description = m_texts.shared(node.member("description").text());
-    if (node.has("overlay"))
-        variable.overlay = node.member("overlay").boolean();
-    readType(node, &variable);
+    if (const std::optional<JsonNode> array = options.take("array"))
+        variable.dimensions = readArray(*array);
+    if (const std::optional<JsonNode> unit = options.take("unit"))
+        variable.unit = m_texts.textOf(*unit);
+    if (const std::optional<JsonNode> description = options.take("description"))
+        variable.description = m_texts.textOf(*description);
+    if (const std::optional<JsonNode> overlay = options.take("overlay"))
+        variable.overlay = overlay->boolean();
+    readType(node, options.take("length"), &variable);
     if (!node.errors()->isEmpty())
         return variable;
     checkTextFits(node, variable);
-    if (node.has("signal"))
-        variable.signal =
-            std::make_shared<const Signal>(readSignal(node.member("signal"), variable));
+    if (const std::optional<JsonNode> signal = options.take("signal"))
+        variable.signal = std::make_shared<const Signal>(readSignal(*signal, variable));
     return variable;
 }
 
-void DeclarationReader::readType(const JsonNode& node, Variable* variable)
+void DeclarationReader::readType(const JsonNode& node, const std::optional<JsonNode>& length,
+                                 Variable* variable)
 {
     const JsonNode typeNode = node.member("type");
-    const QString name = typeNode.text();
-    variable->type = values::findIecType(name);
-    const bool isTextType = variable->type && values::isText(*variable->type);
-    if (isTextType && !node.has("length"))
-        node.fail(QStringLiteral("key \"length\" (characters of the %1) is missing").arg(name));
-    else if (isTextType)
-        variable->stringLength = int(node.member("length").integer(1, kLongestText));
-    else if (node.has("length"))
-        node.member("length").fail(QStringLiteral("only STRING and WSTRING have a length"));
+    variable->type = values::findIecType(typeNode.value().utf8());
+    const QString name = variable->type ? QString() : typeNode.text();
+    if (variable->type && values::isText(*variable->type))
+        readLength(node, length, variable);
+    else if (length)
+        length->fail(QStringLiteral("only STRING and WSTRING have a length"));
     if (variable->type || !node.errors()->isEmpty())
         return;
     if (m_structures.contains(name)) {

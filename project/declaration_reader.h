@@ -2,8 +2,11 @@
 #define PLC_PROJECT_DECLARATION_READER_H
 
 #include <QtCore/QHash>
-#include <QtCore/QSet>
 #include <QtCore/QStringList>
+
+#include <map>
+#include <optional>
+#include <string_view>
 
 #include "project/json_node.h"
 #include "project/project.h"
@@ -16,13 +19,14 @@ constexpr int kDeepestNesting = 16;
 constexpr int kMostDimensions = 8;
 constexpr int kLongestText = 32000; ///< Characters of a STRING or WSTRING.
 
-/// Gives texts of which many are equal, such as units, one place in memory.
+/// Gives texts of which many are equal, such as units, one place in memory. The document must
+/// outlive it.
 class TextPool {
 public:
-    QString shared(const QString& text) { return *m_texts.insert(text); }
+    QString textOf(const JsonNode& node);
 
 private:
-    QSet<QString> m_texts;
+    std::map<std::string_view, QString> m_texts; ///< By their UTF-8 in the document.
 };
 
 /// Reads and checks the structures and scopes of a project document.
@@ -53,8 +57,8 @@ private:
     ScopeDefinition readScope(const JsonNode& node);
     Variable readMember(const JsonNode& node);
     Variable readScopeVariable(const JsonNode& node);
-    Variable readVariable(const JsonNode& node);
-    void readType(const JsonNode& node, Variable* variable);
+    Variable readVariable(const JsonNode& node, const JsonKeys& required);
+    void readType(const JsonNode& node, const std::optional<JsonNode>& length, Variable* variable);
     void checkArea(const JsonNode& node, const Variable& variable) const;
     qint64 countValues(const Variable& variable) const;
     void checkCount(const ScopeDefinition& scope, const JsonNode& node);

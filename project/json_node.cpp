@@ -12,7 +12,13 @@ namespace {
 
 bool contains(const JsonKeys& keys, std::string_view key)
 {
-    return std::any_of(keys.begin(), keys.end(), [key](const char* each) { return key == each; });
+    return std::any_of(keys.begin(), keys.end(),
+                       [key](std::string_view each) { return isSameKey(each, key); });
+}
+
+QString textOf(std::string_view key)
+{
+    return QString::fromLatin1(key.data(), int(key.size()));
 }
 
 void reportUnknown(const JsonNode& node, const QString& key, const JsonKeys& required,
@@ -20,8 +26,8 @@ void reportUnknown(const JsonNode& node, const QString& key, const JsonKeys& req
 {
     QStringList known;
     for (const JsonKeys* keys : {&required, &optional}) {
-        for (const char* each : *keys)
-            known.append(QString::fromLatin1(each));
+        for (std::string_view each : *keys)
+            known.append(textOf(each));
     }
     node.errors()->report(node.path() + QLatin1Char('/') + pointerToken(key),
                           QStringLiteral("unknown key %1%2, expected one of %3")
@@ -44,7 +50,7 @@ void DocumentErrors::report(const QString& path, const QString& text)
 QString JsonNode::path() const
 {
     const QString path = m_place.path();
-    return m_missingKey ? path + QLatin1Char('/') + QString::fromLatin1(m_missingKey) : path;
+    return m_missingKey.empty() ? path : path + QLatin1Char('/') + textOf(m_missingKey);
 }
 
 void JsonNode::fail(const QString& text) const
@@ -58,34 +64,37 @@ void JsonNode::failExpecting(const QString& expected) const
     fail(QStringLiteral("found %1, expected %2").arg(shown(), expected));
 }
 
-void JsonNode::checkKeys(const JsonKeys& required, const JsonKeys& optional) const
+int JsonNode::checkKeys(const JsonKeys& required, const JsonKeys& optional) const
 {
     const JsonValue object = value();
     if (!object.isObject()) {
         failExpecting(QStringLiteral("an object"));
-        return;
+        return 0;
     }
     QStringList unknown;
+    std::size_t found = 0; // No key stands twice in an object.
+    int others = 0;
     const JsonValue end = object.end();
     for (JsonValue key = object.first(); key != end; key = key.nextKey()) {
-        if (!contains(required, key.utf8()) && !contains(optional, key.utf8()))
+        const bool isRequired = contains(required, key.utf8());
+        found += isRequired ? 1 : 0;
+        others += isRequired ? 0 : 1;
+        if (!isRequired && !contains(optional, key.utf8()))
             unknown.append(key.text());
     }
     if (!unknown.isEmpty()) {
         // Whichever comes first in the file: the same document, its lines in another order, is told
         // the same.
         reportUnknown(*this, *std::min_element(unknown.begin(), unknown.end()), required, optional);
-        return;
+    } else if (found < required.size()) {
+        const auto missing = std::find_if(required.begin(), required.end(),
+                                          [this](std::string_view key) { return !has(key); });
+        fail(QStringLiteral("key %1 is missing").arg(values::quoted(textOf(*missing))));
     }
-    for (const char* key : required) {
-        if (!has(key)) {
-            fail(QStringLiteral("key %1 is missing").arg(values::quoted(QString::fromLatin1(key))));
-            return;
-        }
-    }
+    return others;
 }
 
-JsonNode JsonNode::member(const char* key) const
+JsonNode JsonNode::member(std::string_view key) const
 {
     const JsonValue found = value().member(key);
     JsonNode node(found, m_errors);
@@ -128,8 +137,9 @@ bool JsonNode::boolean() const
 
 qint64 JsonNode::integer(qint64 minimum, qint64 maximum) const
 {
-    const double number = value().number();
-    if (value().type() != JsonValue::Type::Number || number != std::floor(number) ||
+    const JsonValue found = value();
+    const double number = found.number();
+    if (found.type() != JsonValue::Type::Number || number != std::floor(number) ||
         number < double(minimum) || number > double(maximum)) {
         failExpecting(QStringLiteral("a whole number from %1 to %2").arg(minimum).arg(maximum));
         return minimum;
@@ -164,6 +174,17 @@ QString JsonNode::shown() const
             break;
     }
     return QStringLiteral("nothing");
+}
+
+std::optional<JsonNode> OptionalMembers::take(std::string_view key)
+{
+    if (m_left == 0)
+        return {};
+    const JsonNode member = m_object.member(key);
+    if (member.value().isMissing())
+        return {};
+    --m_left;
+    return member;
 }
 
 } // namespace plc::project

@@ -3,6 +3,8 @@
 
 #include <QtCore/QString>
 
+#include <optional>
+#include <string_view>
 #include <vector>
 
 #include "project/json_value.h"
@@ -26,7 +28,7 @@ private:
 };
 
 /// Names of keys as errors list them.
-using JsonKeys = std::vector<const char*>;
+using JsonKeys = std::vector<std::string_view>;
 
 /// A value of a JSON document with the place where errors go. Every reader reports what does not
 /// fit and then returns a value that does.
@@ -35,7 +37,7 @@ public:
     JsonNode(const JsonValue& value, DocumentErrors* errors) : m_place(value), m_errors(errors) {}
 
     /// Missing where the key is.
-    JsonValue value() const { return m_missingKey ? JsonValue() : m_place; }
+    JsonValue value() const { return m_missingKey.empty() ? m_place : JsonValue(); }
     QString path() const;
     DocumentErrors* errors() const { return m_errors; }
 
@@ -43,13 +45,12 @@ public:
     /// Reports that the value is not what is `expected`.
     void failExpecting(const QString& expected) const;
 
-    /// Reports keys that are in neither list and keys of `required` that are missing.
-    void checkKeys(const JsonKeys& required, const JsonKeys& optional) const;
-    bool has(const char* key) const
-    {
-        return value().member(key).type() != JsonValue::Type::Missing;
-    }
-    JsonNode member(const char* key) const;
+    /// Reports keys that are in neither list and keys of `required` that are missing. Returns how
+    /// many keys there are that are not required.
+    int checkKeys(const JsonKeys& required, const JsonKeys& optional) const;
+    bool has(std::string_view key) const { return !value().member(key).isMissing(); }
+    /// `key` is not empty and must outlive the node.
+    JsonNode member(std::string_view key) const;
 
     /// Elements of a list, one after the other.
     class Elements {
@@ -95,9 +96,24 @@ public:
     QString shown() const;
 
 private:
-    JsonValue m_place;                  ///< Of what lacks the key, where it is missing.
-    const char* m_missingKey = nullptr; ///< Null: the value is there.
+    JsonValue m_place;             ///< Of what lacks the key, where it is missing.
+    std::string_view m_missingKey; ///< Empty: the value is there.
     DocumentErrors* m_errors;
+};
+
+/// The members of an object that may be missing. Most are, and they are only looked for until all
+/// that are there were found.
+class OptionalMembers {
+public:
+    /// Of an object that has `count` of them.
+    OptionalMembers(const JsonNode& object, int count) : m_object(object), m_left(count) {}
+
+    /// Each is taken once.
+    std::optional<JsonNode> take(std::string_view key);
+
+private:
+    const JsonNode m_object;
+    int m_left;
 };
 
 } // namespace plc::project

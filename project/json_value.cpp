@@ -15,6 +15,20 @@ double numberIn(std::uint64_t word)
     return double(number);
 }
 
+/// Nearly all texts are.
+bool isAscii(std::string_view text)
+{
+    std::uint64_t seen = 0;
+    std::size_t i = 0;
+    for (std::uint64_t eight = 0; i + sizeof eight <= text.size(); i += sizeof eight) {
+        std::memcpy(&eight, text.data() + i, sizeof eight);
+        seen |= eight;
+    }
+    for (; i < text.size(); ++i)
+        seen |= std::uint8_t(text[i]);
+    return (seen & 0x8080808080808080) == 0;
+}
+
 /// JSON may name half of a surrogate pair, "\ud800". As UTF-8 these are three bytes that begin with
 /// 0xED and go on with 0xA0 or more, which decoders rightly take for no character.
 bool hasLoneSurrogate(std::string_view utf8)
@@ -46,29 +60,6 @@ QString decoded(std::string_view utf8)
 
 } // namespace
 
-JsonValue::Type JsonValue::type() const
-{
-    switch (tag()) {
-        case '{':
-            return Type::Object;
-        case '[':
-            return Type::List;
-        case '"':
-            return Type::Text;
-        case 'l':
-        case 'u':
-        case 'd':
-            return Type::Number;
-        case 't':
-        case 'f':
-            return Type::Boolean;
-        case 'n':
-            return Type::Null;
-        default:
-            return Type::Missing;
-    }
-}
-
 bool JsonValue::boolean() const
 {
     return tag() == 't';
@@ -91,6 +82,8 @@ double JsonValue::number() const
 QString JsonValue::text() const
 {
     const std::string_view bytes = utf8();
+    if (isAscii(bytes))
+        return QString::fromLatin1(bytes.data(), int(bytes.size()));
     return hasLoneSurrogate(bytes) ? decoded(bytes)
                                    : QString::fromUtf8(bytes.data(), int(bytes.size()));
 }
@@ -99,10 +92,11 @@ JsonValue JsonValue::member(std::string_view key) const
 {
     if (!isObject())
         return {};
-    const JsonValue last = end();
-    for (JsonValue each = first(); each != last; each = each.nextKey()) {
-        if (each.utf8() == key)
-            return each.next();
+    const JsonTape& tape = *m_tape;
+    const std::uint32_t end = std::uint32_t(word()) - 1;
+    for (std::uint32_t place = m_place + 1; place != end; place = placeBehind(tape, place + 1)) {
+        if (isSameKey(textOf(tape, place), key))
+            return {m_tape, place + 1};
     }
     return {};
 }

@@ -61,7 +61,9 @@ public:
     JsonValue end() const;
     /// What stands behind this value, or behind the value of this key.
     JsonValue next() const;
-    JsonValue nextKey() const { return next().next(); }
+    /// The value of this key, and the key behind it.
+    JsonValue behindKey() const;
+    JsonValue nextKey() const { return behindKey().next(); }
     bool operator==(const JsonValue& other) const { return m_place == other.m_place; }
     bool operator!=(const JsonValue& other) const { return m_place != other.m_place; }
 
@@ -70,6 +72,8 @@ private:
 
     std::uint64_t word() const { return m_tape->words[m_place]; }
     char tag() const { return m_tape ? char(word() >> 56) : '\0'; }
+    static std::string_view textOf(const JsonTape& tape, std::uint32_t place);
+    static std::uint32_t placeBehind(const JsonTape& tape, std::uint32_t place);
 
     const JsonTape* m_tape = nullptr;
     std::uint32_t m_place = 0;
@@ -77,30 +81,74 @@ private:
 
 // These are called for each word of the document.
 
-inline JsonValue JsonValue::next() const
+/// Whether two keys are the same. Most differ in their length or in their first letter.
+inline bool isSameKey(std::string_view a, std::string_view b)
 {
-    switch (tag()) {
+    return a.size() == b.size() &&
+           (a.empty() || (a[0] == b[0] && std::memcmp(a.data(), b.data(), a.size()) == 0));
+}
+
+inline std::uint32_t JsonValue::placeBehind(const JsonTape& tape, std::uint32_t place)
+{
+    const std::uint64_t word = tape.words[place];
+    switch (char(word >> 56)) {
         case '{':
         case '[':
-            return {m_tape, std::uint32_t(word())};
+            return std::uint32_t(word);
         case 'l':
         case 'u':
         case 'd':
-            return {m_tape, m_place + 2};
+            return place + 2;
         default:
-            return {m_tape, m_place + 1};
+            return place + 1;
     }
+}
+
+inline JsonValue JsonValue::next() const
+{
+    return m_tape ? JsonValue(m_tape, placeBehind(*m_tape, m_place)) : JsonValue();
+}
+
+inline JsonValue JsonValue::behindKey() const
+{
+    return {m_tape, m_place + 1};
+}
+
+inline std::string_view JsonValue::textOf(const JsonTape& tape, std::uint32_t place)
+{
+    constexpr std::uint64_t kPlace = 0x00ffffffffffffff;
+    const std::uint8_t* text = tape.texts + (tape.words[place] & kPlace);
+    std::uint32_t length = 0;
+    std::memcpy(&length, text, sizeof length);
+    return {reinterpret_cast<const char*>(text) + sizeof length, length};
 }
 
 inline std::string_view JsonValue::utf8() const
 {
-    constexpr std::uint64_t kPlace = 0x00ffffffffffffff;
-    if (!isText())
-        return {};
-    const std::uint8_t* text = m_tape->texts + (word() & kPlace);
-    std::uint32_t length = 0;
-    std::memcpy(&length, text, sizeof length);
-    return {reinterpret_cast<const char*>(text) + sizeof length, length};
+    return isText() ? textOf(*m_tape, m_place) : std::string_view();
+}
+
+inline JsonValue::Type JsonValue::type() const
+{
+    switch (tag()) {
+        case '{':
+            return Type::Object;
+        case '[':
+            return Type::List;
+        case '"':
+            return Type::Text;
+        case 'l':
+        case 'u':
+        case 'd':
+            return Type::Number;
+        case 't':
+        case 'f':
+            return Type::Boolean;
+        case 'n':
+            return Type::Null;
+        default:
+            return Type::Missing;
+    }
 }
 
 /// A key as it stands in a JSON pointer.

@@ -1,5 +1,6 @@
 #include "project/label_syntax.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "values/nearest_name.h"
@@ -8,6 +9,26 @@ namespace plc::project {
 namespace {
 
 const QLatin1String kRangeSign("..");
+
+/// Of ASCII all that is seen but what labels are taken apart at.
+bool mayStandInName(QChar character)
+{
+    switch (character.unicode()) {
+        case '.':
+        case '[':
+        case ']':
+        case ',':
+        case '=':
+        case '"':
+            return false;
+        default:
+            break;
+    }
+    constexpr ushort kLastSeen = '~';
+    if (character.unicode() <= kLastSeen)
+        return character.unicode() > ' ';
+    return !character.isSpace() && character.isPrint();
+}
 
 /// A decimal number with nothing around it.
 std::optional<qint64> parseSubscript(const QString& text)
@@ -158,12 +179,7 @@ Expected<QStringList> expandPattern(const QVector<LabelPart>& parts, int limit)
 
 bool isLabelName(const QString& name)
 {
-    static const QString separators = QStringLiteral(".[],=\"");
-    for (const QChar character : name) {
-        if (separators.contains(character) || character.isSpace() || !character.isPrint())
-            return false;
-    }
-    return !name.isEmpty();
+    return !name.isEmpty() && std::all_of(name.begin(), name.end(), mayStandInName);
 }
 
 } // namespace plc::project

@@ -16,7 +16,8 @@ constexpr std::size_t kFewKeys = 12;
 
 bool isRepeated(const std::vector<std::string_view>& keys, std::string_view key)
 {
-    return std::find(keys.begin(), keys.end(), key) != keys.end();
+    return std::any_of(keys.begin(), keys.end(),
+                       [key](std::string_view each) { return isSameKey(each, key); });
 }
 
 bool hasEqualNeighbours(std::vector<std::string_view>* keys)
@@ -68,7 +69,7 @@ bool hasRepeatedKey(const JsonValue& container)
                 if (keys.size() < kFewKeys && isRepeated(keys, each.utf8()))
                     return true;
                 keys.push_back(each.utf8());
-                each = each.next();
+                each = each.behindKey();
             }
             if (each.isObject() || each.isList())
                 waiting.push_back(each);

@@ -28,6 +28,15 @@ const IecType* findIecType(const QString& name)
     return nullptr;
 }
 
+const IecType* findIecType(std::string_view name)
+{
+    for (const IecType* type = kIecTypes; type->name; ++type) {
+        if (!name.empty() && name.front() == type->name[0] && name == type->name)
+            return type;
+    }
+    return nullptr;
+}
+
 const IecType* iecTypes()
 {
     return kIecTypes;

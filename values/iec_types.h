@@ -3,6 +3,8 @@
 
 #include <QtCore/QString>
 
+#include <string_view>
+
 #include "values/export.h"
 
 namespace plc::values {
@@ -30,6 +32,7 @@ struct IecRange {
 
 /// The type of this name (upper case), or null.
 PLC_HOST_EXPORT const IecType* findIecType(const QString& name);
+PLC_HOST_EXPORT const IecType* findIecType(std::string_view name);
 
 /// All types, for listings and error texts; ends with a record whose name is null.
 PLC_HOST_EXPORT const IecType* iecTypes();

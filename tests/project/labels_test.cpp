@@ -129,6 +129,18 @@ TEST(LabelSyntax, ANameHasNoSeparators)
         EXPECT_FALSE(isLabelName(QString::fromUtf8(name))) << name;
 }
 
+TEST(LabelSyntax, OfAsciiANameHasAllThatIsSeenButSeparators)
+{
+    const QByteArray allowed(
+        "!#$%&'()*+-/0123456789:;<>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ\\^_`"
+        "abcdefghijklmnopqrstuvwxyz{|}~");
+    for (char character = 0; character != char(127); ++character)
+        EXPECT_EQ(allowed.contains(character), isLabelName(QString(QLatin1Char(character))))
+            << int(character);
+    for (int unseen : {0x7f, 0x85, 0xa0, 0xd800})
+        EXPECT_FALSE(isLabelName(QString(QChar(unseen)))) << unseen;
+}
+
 TEST(NearestName, PrefersTheFewestChangesAndIgnoresCase)
 {
     const QStringList names{QStringLiteral("level"), QStringLiteral("lever"),
