@@ -36,6 +36,7 @@ constexpr SignalKind kSignalKinds[] = {
       kEnd}},
     {"counter", {required("from"), required("to"), {"step", false, 1.0, 0.0}, kInterval, kEnd}},
     {"walk", {required("minimum"), required("maximum"), {"step", true, 0.0, 0.0}, kInterval, kEnd}},
+    {"clock", {kInterval, kEnd}},
     {nullptr, {kEnd}}};
 
 } // namespace

@@ -1,5 +1,4 @@
 #include <QtCore/QCoreApplication>
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QSocketNotifier>
 
 #include <unistd.h>
@@ -7,11 +6,9 @@
 
 #include <utility>
 
-#include "simulator/control_commands.h"
 #include "simulator/frame_text.h"
 #include "simulator/options.h"
-#include "simulator/plc_server.h"
-#include "simulator/signals.h"
+#include "simulator/plant_group.h"
 #include "streams/line_input.h"
 #include "streams/output_stream.h"
 #include "values/visible_text.h"
@@ -118,23 +115,9 @@ QString endpoint(const PlcServer& server)
         .arg(server.port());
 }
 
-/// How clients are served, as the options say.
-ConnectionSettings connectionSettings(const Options& options, PlcServices* services,
-                                      ReplyFaults* faults)
+void carryOut(const QString& line, PlantGroup* plants)
 {
-    ConnectionSettings settings;
-    settings.services = services;
-    settings.faults = faults;
-    settings.fragment = options.fragment;
-    settings.join = options.join;
-    if (options.verbosity == Verbosity::Verbose)
-        settings.trace = traceFrame;
-    return settings;
-}
-
-void carryOut(const QString& line, ControlCommands* commands)
-{
-    const QString answer = commands->execute(line);
+    const QString answer = plants->execute(line);
     if (!answer.isEmpty())
         print(answer);
 }
@@ -147,34 +130,22 @@ void tellLongLine()
 
 int serve(const project::Project& project, const Options& options, QCoreApplication* application)
 {
-    PlcMemory memory(project.areas);
-    Signals signalValues(project, &memory, options.seed);
-    PlcServices services(&memory, project.name.toUtf8());
-    services.setLoginRefused(options.refuseLogin);
-    services.setWritesRefused(options.failWrites);
-    ReplyFaults faults = options.faults;
-    QElapsedTimer clock;
-    clock.start();
-
-    ConnectionSettings settings = connectionSettings(options, &services, &faults);
-    settings.beforeAccess = [&] { signalValues.advance(clock.elapsed()); };
-    PlcServer server(&settings);
-    server.setMostClients(options.mostClients);
-    if (options.verbosity != Verbosity::Quiet)
-        server.setNotice(printError);
-    const Expected<void> listens =
-        server.listen(options.address, options.port.value_or(project.port));
-    if (!listens) {
+    PlantGroup group(project, options, [] { QCoreApplication::quit(); });
+    for (const auto& plant : group.plants()) {
+        if (options.verbosity == Verbosity::Verbose)
+            plant->setTrace(traceFrame);
+        if (options.verbosity != Verbosity::Quiet)
+            plant->server().setNotice(printError);
+    }
+    if (const Expected<void> listens = group.listen(); !listens) {
         complain(listens.error().text);
         return kExitRefused;
     }
-    ControlCommands commands(project, &memory, &server, &settings,
-                             [] { QCoreApplication::quit(); });
     const streams::LineInput input(
-        STDIN_FILENO, [&commands](const QString& line) { carryOut(line, &commands); },
-        tellLongLine);
+        STDIN_FILENO, [&group](const QString& line) { carryOut(line, &group); }, tellLongLine);
     quitOnStopSignals(application);
-    print(QStringLiteral("listening on ") + endpoint(server));
+    for (const auto& plant : group.plants())
+        print(QStringLiteral("listening on ") + endpoint(plant->server()));
     if (options.verbosity != Verbosity::Quiet)
         printError(QStringLiteral("simulating %1; type \"help\" for the commands, Ctrl-C ends")
                        .arg(project.name));
@@ -197,7 +168,7 @@ int run(QCoreApplication* application)
         complain(project.error().text);
         return kExitWrongUse;
     }
-    if (const Expected<void> isSmall = checkSize(*project); !isSmall) {
+    if (const Expected<void> isSmall = checkSize(*project, options->plants); !isSmall) {
         complain(isSmall.error().text);
         return kExitWrongUse;
     }

@@ -13,9 +13,9 @@ namespace plc::simulator {
 namespace {
 
 constexpr qint64 kMostMemory = qint64(256) * 1024 * 1024;
-constexpr int kHighestPort = 65535;
 constexpr qint64 kHighestSeed = 0xffffffff;
 constexpr int kMostClients = 1000;
+constexpr int kMostPlants = 1000;
 
 constexpr char kUsage[] =
     "usage: plc-simulator [OPTION...] PROJECT\n"
@@ -92,6 +92,11 @@ options::Table Options::behaviourTable()
         {"--max-clients N", "most clients at the same time; others are turned away (256)",
          integer(&mostClients, 1, kMostClients), kCompleteNothing,
          "Most clients at the same time, 256 if not given; others are turned away."},
+        {"--plants N", "simulate so many plants, at ports that follow one another (1)",
+         integer(&plants, 1, kMostPlants), kCompleteNothing,
+         "Simulate `N` plants of this project in one process, each with memory of its own, at the "
+         "port and those that follow it; with port 0 each at a free one. A line for each tells "
+         "where it listens. The command `plant` chooses the one that further commands are for."},
     };
 }
 
@@ -160,18 +165,18 @@ Expected<Options> readOptions(const QStringList& arguments)
     return options;
 }
 
-Expected<void> checkSize(const project::Project& project)
+Expected<void> checkSize(const project::Project& project, int plants)
 {
     qint64 memory = 0;
     for (const project::MemoryArea& area : project.areas)
-        memory += area.size;
+        memory += area.size * plants;
     if (memory > kMostMemory) {
         return Error{
             QStringLiteral("the areas of the project have %1 bytes; at most %2 can be simulated")
                 .arg(memory)
                 .arg(kMostMemory)};
     }
-    if (countSignalValues(project) > kMostSignalValues) {
+    if (countSignalValues(project) * plants > kMostSignalValues) {
         return Error{QStringLiteral("more than %1 values of the project have a signal")
                          .arg(kMostSignalValues)};
     }

@@ -13,6 +13,8 @@
 
 namespace plc::simulator {
 
+constexpr int kHighestPort = 65535;
+
 enum class Verbosity { Quiet, Normal, Verbose };
 
 /// What the command line of the simulator may have.
@@ -23,6 +25,7 @@ struct Options {
     Verbosity verbosity = Verbosity::Normal;
     quint32 seed = 1;
     int mostClients = 256;
+    int plants = 1;
     int fragment = 0;
     bool join = false;
     bool refuseLogin = false;
@@ -50,8 +53,8 @@ private:
 /// Reads the command line, whose first element is the program.
 Expected<Options> readOptions(const QStringList& arguments);
 
-/// Whether the project is small enough to be simulated.
-Expected<void> checkSize(const project::Project& project);
+/// Whether the project is small enough to be simulated, so many times.
+Expected<void> checkSize(const project::Project& project, int plants);
 
 } // namespace plc::simulator
 

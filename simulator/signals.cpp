@@ -1,5 +1,6 @@
 #include "simulator/signals.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QJsonArray>
 
 #include <cmath>
@@ -12,6 +13,7 @@
 namespace plc::simulator {
 namespace {
 
+constexpr qint64 kMillisecondsPerDay = 24 * 60 * 60 * 1000;
 constexpr double kTwoPi = 6.283185307179586;
 /// Steps that a counter or walk makes up for after a pause; more would be seen by nobody.
 constexpr qint64 kMostStepsAtOnce = 1000;
@@ -47,6 +49,14 @@ double phaseAt(double periods)
     return periods - std::floor(periods);
 }
 
+/// Milliseconds since midnight in UTC, in steps of so many seconds.
+double timeOfDay(double interval)
+{
+    const double now = double(QDateTime::currentMSecsSinceEpoch() % kMillisecondsPerDay);
+    const double step = interval * 1000.0;
+    return std::floor(now / step) * step;
+}
+
 /// `value` brought back into from..to as a counter runs over.
 double wrapped(double value, double from, double to, double step)
 {
@@ -74,6 +84,7 @@ Signals::Parameters::Parameters(const project::Signal& signal)
            : signal.kind == QLatin1String("sine")    ? Kind::Sine
            : signal.kind == QLatin1String("square")  ? Kind::Square
            : signal.kind == QLatin1String("counter") ? Kind::Counter
+           : signal.kind == QLatin1String("clock")   ? Kind::Clock
                                                      : Kind::Walk),
       from(project::signalParameter(signal, "from")),
       to(project::signalParameter(signal, "to")),
@@ -184,6 +195,10 @@ void Signals::moveTo(double seconds, LiveValue* value)
         const qint64 steps = qint64(seconds / parameters.interval);
         step(*value, steps - value->steps);
         value->steps = steps;
+        return;
+    }
+    if (parameters.kind == Kind::Clock) {
+        storeNumber(m_memory, value->place, timeOfDay(parameters.interval));
         return;
     }
     const double phase = phaseAt(seconds / parameters.period + value->shift);

@@ -24,7 +24,7 @@ qint64 countSignalValues(const project::Project& project);
 
 /// Lets the values of a project live. Ramps, sines and squares follow the time alone; counters and
 /// walks go on from what is in the memory, so that they go on from what a client wrote. Constants
-/// are stored once, at the start.
+/// are stored once, at the start. Clocks show the time of this machine.
 class Signals {
 public:
     /// Both must outlive it. Equal seeds give equal walks.
@@ -34,7 +34,7 @@ public:
     void advance(qint64 milliseconds);
 
 private:
-    enum class Kind { Ramp, Sine, Square, Counter, Walk };
+    enum class Kind { Ramp, Sine, Square, Counter, Walk, Clock };
 
     /// The parameters of one signal, by their names in the project file; of another kind: 0.
     struct Parameters {

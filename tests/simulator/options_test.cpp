@@ -100,9 +100,11 @@ TEST_F(OptionsTest, ProjectsThatNeedTooMuchAreRefused)
         return project;
     };
     const auto errorOfSize = [](const project::Project& project) {
-        const Expected<void> isSmall = checkSize(project);
+        const Expected<void> isSmall = checkSize(project, 1);
         return isSmall ? std::string() : isSmall.error().text.toStdString();
     };
+    EXPECT_TRUE(checkSize(ofSize(128 * 1024 * 1024 - 1), 2));
+    EXPECT_FALSE(checkSize(ofSize(128 * 1024 * 1024), 2));
     EXPECT_EQ("", errorOfSize(ofSize(256 * 1024 * 1024 - 1)));
     EXPECT_EQ("the areas of the project have 268435457 bytes; at most 268435456 can be simulated",
               errorOfSize(ofSize(256 * 1024 * 1024)));

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <QtCore/QDateTime>
+
 #include <cmath>
 
 #include "simulator/signals.h"
@@ -198,6 +200,20 @@ TEST_F(SignalsTest, EqualSeedsGiveEqualWalks)
     const std::string first = after(1);
     EXPECT_EQ(first, after(1));
     EXPECT_NE(first, after(2));
+}
+
+TEST_F(SignalsTest, ClockShowsTheTimeOfDayInItsSteps)
+{
+    loadOne("UDINT", R"("kind": "clock", "interval": 0.1)");
+    constexpr qint64 kDay = 24 * 60 * 60 * 1000;
+    const qint64 before = QDateTime::currentMSecsSinceEpoch();
+    advance(1);
+    const qint64 after = QDateTime::currentMSecsSinceEpoch();
+    const qint64 shown = QString::fromStdString(value()).toLongLong();
+    EXPECT_EQ(0, shown % 100);
+    // Midnight may lie between.
+    EXPECT_TRUE(shown == before / 100 * 100 % kDay || shown == after / 100 * 100 % kDay)
+        << before << ' ' << shown << ' ' << after;
 }
 
 TEST_F(SignalsTest, PhaseMovesTheWholeAndSpreadEachElement)
