@@ -73,6 +73,17 @@ bool SqliteDatabase::isHeldByAnother() const
     return result == SQLITE_BUSY || result == SQLITE_LOCKED;
 }
 
+void SqliteDatabase::growInSteps(int bytes)
+{
+    ::sqlite3_file_control(m_handle, "main", SQLITE_FCNTL_CHUNK_SIZE, &bytes);
+}
+
+bool SqliteDatabase::reserve(qint64 bytes)
+{
+    sqlite3_int64 size = bytes;
+    return ::sqlite3_file_control(m_handle, "main", SQLITE_FCNTL_SIZE_HINT, &size) == SQLITE_OK;
+}
+
 int SqliteDatabase::changedRows() const
 {
     return ::sqlite3_changes(m_handle);

@@ -35,6 +35,11 @@ public:
     bool isDamaged() const;
     /// Whether the last call failed because another process holds the database.
     bool isHeldByAnother() const;
+    /// The file grows by so many bytes at a time.
+    void growInSteps(int bytes);
+    /// Makes the file at least so large on the disk, also where nothing uses all of it yet. Returns
+    /// false if the disk is full; error() does not tell that.
+    bool reserve(qint64 bytes);
     /// Rows that the last statement changed.
     int changedRows() const;
     sqlite3* handle() const { return m_handle; }

@@ -57,7 +57,8 @@ struct ChangeDatabase::Statements {
                        "INSERT INTO metric(device, name, type) VALUES(?, ?, ?) RETURNING id"),
           insertChange(database, "INSERT INTO change VALUES(?, ?, ?, ?, ?)"),
           removeUpTo(database, "DELETE FROM change WHERE number <= ?"),
-          lengths(database, "SELECT number, length(bytes) FROM change ORDER BY number"),
+          lengths(database,
+                  "SELECT number, length(bytes) FROM change WHERE number <= ? ORDER BY number"),
           save(database, "UPDATE state SET dropped = ?, session = ?, last = ?"),
           oldest(database,
                  "SELECT number, metric, time, state, bytes FROM change"
@@ -106,8 +107,10 @@ ChangeDatabase::Opening ChangeDatabase::open(const QString& path, const StoreLim
 /// Opens the file for this process alone and finds out whether it is a store.
 bool ChangeDatabase::openFile(const QString& path, Opening* opening)
 {
+    m_path = path;
     if (!m_database.open(path, true))
         return false;
+    m_database.growInSteps(int(kGrowthPages * kPageSize));
     if (!m_database.execute(kMode)) {
         if (m_database.isHeldByAnother())
             opening->error = QStringLiteral(
@@ -202,6 +205,7 @@ std::optional<StoreState> ChangeDatabase::loadState()
 bool ChangeDatabase::begin()
 {
     m_namesBefore = m_names;
+    m_isFull = false;
     return m_database.execute("BEGIN IMMEDIATE");
 }
 
@@ -267,27 +271,25 @@ bool ChangeDatabase::insert(qint64 number, const StoredChange& change)
     return m_statements->insertChange.step() == SqliteStatement::Done;
 }
 
-std::optional<qint64> ChangeDatabase::removeUpTo(qint64 number)
-{
-    if (m_statements->removeUpTo.bind(0, number).step() != SqliteStatement::Done)
-        return {};
-    return m_database.changedRows();
-}
-
-std::optional<qint64> ChangeDatabase::removeOldest(qint64 bytes)
+std::optional<qint64> ChangeDatabase::removeOldest(qint64 bytes, qint64 last)
 {
     SqliteStatement& row = m_statements->lengths;
-    qint64 last = 0;
+    row.bind(0, last);
+    qint64 number = 0;
     qint64 sum = 0;
     SqliteStatement::Step step = row.step();
     for (; step == SqliteStatement::Row && sum < bytes; step = row.step()) {
-        last = row.number(0);
+        number = row.number(0);
         sum += kRowOverhead + row.number(1);
     }
     if (step == SqliteStatement::Failed)
         return {};
     row.reset();
-    return removeUpTo(last);
+    if (number == 0)
+        return 0;
+    if (m_statements->removeUpTo.bind(0, number).step() != SqliteStatement::Done)
+        return {};
+    return m_database.changedRows();
 }
 
 bool ChangeDatabase::save(const StoreState& state)
@@ -335,6 +337,21 @@ std::optional<qint64> ChangeDatabase::usedPages()
     const std::optional<qint64> all = m_database.number("PRAGMA page_count");
     const std::optional<qint64> free = m_database.number("PRAGMA freelist_count");
     return all && free ? std::optional(*all - *free) : std::nullopt;
+}
+
+bool ChangeDatabase::reserve(qint64 pages)
+{
+    const std::optional<qint64> all = m_database.number("PRAGMA page_count");
+    const std::optional<qint64> used = usedPages();
+    if (!all || !used)
+        return false;
+    m_isFull = !m_database.reserve(std::max(*all, *used + pages) * kPageSize);
+    return !m_isFull;
+}
+
+QString ChangeDatabase::error() const
+{
+    return m_isFull ? QStringLiteral("%1: the disk is full").arg(m_path) : m_database.error();
 }
 
 bool ChangeDatabase::shrink(const StoreLimits& limits)

@@ -4,6 +4,7 @@
 #include <QtCore/QHash>
 #include <QtCore/QPair>
 
+#include <limits>
 #include <memory>
 #include <optional>
 
@@ -12,7 +13,8 @@
 
 namespace plc::gateway {
 
-constexpr qint64 kPageSize = 4096; ///< Bytes.
+constexpr qint64 kPageSize = 4096;  ///< Bytes.
+constexpr qint64 kGrowthPages = 16; ///< Pages by which the file grows.
 
 /// What a store knows beside its changes.
 struct StoreState {
@@ -66,21 +68,27 @@ public:
     void rollback();
 
     bool insert(qint64 number, const StoredChange& change);
-    /// The number of changes removed; nothing on failure.
-    std::optional<qint64> removeUpTo(qint64 number);
-    /// The oldest that take so many bytes, one at least.
-    std::optional<qint64> removeOldest(qint64 bytes);
+    /// Removes the oldest that take so many bytes, one at least, none behind `last`. Returns how
+    /// many they were; nothing on failure.
+    std::optional<qint64> removeOldest(qint64 bytes,
+                                       qint64 last = std::numeric_limits<qint64>::max());
     bool save(const StoreState& state);
 
     std::optional<QVector<StoredChange>> oldest(qint64 behind, int count);
     std::optional<qint64> countBehind(qint64 number);
     /// Pages that hold something.
     std::optional<qint64> usedPages();
+    /// Has the disk give what so many more pages take. The journal would take them also from a full
+    /// disk, but could then not be taken in, and nothing be removed any more.
+    bool reserve(qint64 pages);
+    /// Takes the journal in, so that its place can be used again.
+    void takeInJournal() { m_database.execute("PRAGMA wal_checkpoint"); }
     /// Gives the disk back what the file has beyond its limit, as far as it is not used.
     bool shrink(const StoreLimits& limits);
     bool isKnown(const MetricKey& metric) const { return m_names.metricIds.contains(metric); }
 
-    QString error() const { return m_database.error(); }
+    QString error() const;
+    bool isMediumFailing() const { return m_isFull || m_database.isMediumFailing(); }
     bool isDamaged() const { return m_database.isDamaged(); }
 
 private:
@@ -112,6 +120,8 @@ private:
     std::unique_ptr<Statements, StatementsDeleter> m_statements;
     Names m_names;
     Names m_namesBefore; ///< The transaction.
+    QString m_path;
+    bool m_isFull = false; ///< The disk, as reserve() found in this transaction.
 };
 
 } // namespace plc::gateway

@@ -32,7 +32,7 @@ StoreLimits storeLimits(qint64 bytes)
     const qint64 pages = std::max(bytes, SqliteChangeStore::kSmallestLimit) / kPageSize;
     StoreLimits limits;
     limits.journalPages = std::clamp(pages / kJournalShare, kFewestJournalPages, kMostJournalPages);
-    limits.databasePages = pages - limits.journalPages;
+    limits.databasePages = (pages - limits.journalPages) / kGrowthPages * kGrowthPages;
     return limits;
 }
 
@@ -168,34 +168,70 @@ Expected<void> SqliteChangeStore::transact(Work work)
         if (!opened)
             return opened.error();
     }
-    Books books = m_books;
-    if (!m_database->begin() || !removeConsumed(&books) || !work(&books) || !m_database->commit())
-        return failed();
-    m_books = books;
-    m_consumedRows = 0;
-    return {};
+    if (attempt(work))
+        return {};
+    if (m_database->isMediumFailing()) {
+        // The place of what is in the journal may do.
+        m_database->rollback();
+        m_database->takeInJournal();
+        if (attempt(work))
+            return {};
+    }
+    return failed();
 }
 
-bool SqliteChangeStore::removeConsumed(Books* books)
+/// Leaves the transaction open where it fails.
+template <typename Work>
+bool SqliteChangeStore::attempt(Work work)
 {
-    if (m_consumedRows == 0)
-        return true;
-    const std::optional<qint64> removed = m_database->removeUpTo(m_consumed);
-    books->count -= removed.value_or(0);
-    return removed.has_value();
+    Books books = m_books;
+    if (!m_database->begin() || !work(&books) || !m_database->commit())
+        return false;
+    m_books = books;
+    return true;
+}
+
+/// Removes what is at the broker, a part at a time, each of which needs little of the journal.
+Expected<void> SqliteChangeStore::removeConsumed()
+{
+    bool hasMore = true;
+    while (hasMore) {
+        const Expected<void> removed = transact([&](Books* books) {
+            const std::optional<qint64> rows = m_database->removeOldest(blockBytes(), m_consumed);
+            books->count -= rows.value_or(0);
+            hasMore = rows && *rows > 0;
+            return rows.has_value();
+        });
+        if (!removed)
+            return removed.error();
+    }
+    m_consumedRows = 0;
+    return {};
 }
 
 Expected<void> SqliteChangeStore::append(const QVector<StoredChange>& changes)
 {
     if (changes.isEmpty())
         return {};
+    // The oldest that make room are to be such that are not at the broker.
+    if (m_consumedRows > 0) {
+        const Expected<void> removed = removeConsumed();
+        if (!removed)
+            return removed.error();
+    }
     return transact([&](Books* books) {
         Room room(*m_database);
         for (const StoredChange& change : changes)
             room.add(change);
-        return makeRoom(room.pages(), books) && insert(changes, books) &&
-               m_database->save(books->state);
+        const qint64 pages = std::min(room.pages(), m_limits.databasePages);
+        return makeRoom(room.pages(), books) && m_database->reserve(pages) &&
+               insert(changes, books) && m_database->save(books->state);
     });
+}
+
+qint64 SqliteChangeStore::blockBytes() const
+{
+    return m_limits.journalPages / kBlockShare * kPageSize;
 }
 
 /// Removes the oldest until so many pages are free, or nothing is left.
@@ -203,8 +239,7 @@ bool SqliteChangeStore::makeRoom(qint64 pages, Books* books)
 {
     std::optional<qint64> used = m_database->usedPages();
     while (used && *used + pages > m_limits.databasePages && books->count > 0) {
-        const std::optional<qint64> removed =
-            m_database->removeOldest(m_limits.journalPages / kBlockShare * kPageSize);
+        const std::optional<qint64> removed = m_database->removeOldest(blockBytes());
         if (!removed)
             return false;
         books->state.dropped += quint64(*removed);
@@ -263,11 +298,7 @@ void SqliteChangeStore::removeUpTo(qint64 number)
     if (number <= m_consumed)
         return;
     m_consumed = number;
-    const Expected<void> removed = transact([&](Books* books) {
-        const std::optional<qint64> rows = m_database->removeUpTo(number);
-        books->count -= rows.value_or(0);
-        return rows.has_value();
-    });
+    const Expected<void> removed = removeConsumed();
     if (removed)
         return;
     if (m_notice.isEmpty())

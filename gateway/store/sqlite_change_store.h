@@ -51,7 +51,10 @@ private:
     /// Runs `work(Books*)`, which returns whether it succeeded, as one transaction.
     template <typename Work>
     Expected<void> transact(Work work);
-    bool removeConsumed(Books* books);
+    template <typename Work>
+    bool attempt(Work work);
+    Expected<void> removeConsumed();
+    qint64 blockBytes() const;
     bool makeRoom(qint64 pages, Books* books);
     int firstThatFits(const QVector<StoredChange>& changes, qint64 pages) const;
     bool insert(const QVector<StoredChange>& changes, Books* books);

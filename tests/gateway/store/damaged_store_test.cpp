@@ -67,8 +67,14 @@ TEST_F(DamagedStore, StillTellsItsCounters)
         store->takeSessionNumber();
         store->takeSessionNumber();
     }
-    // The last page is one of changes: its first byte tells what kind of page it is.
-    overwrite(QFileInfo(file).size() - kPageSize, QByteArray(kPageSize, '\x55'));
+    // The last page that is used is one of changes: its first byte tells what kind of page it is.
+    qint64 pages = 0;
+    {
+        database::SqliteDatabase database;
+        ASSERT_TRUE(database.open(file, false));
+        pages = database.number("PRAGMA page_count").value_or(0);
+    }
+    overwrite((pages - 1) * kPageSize, QByteArray(kPageSize, '\x55'));
     const auto store = open();
     ASSERT_TRUE(store);
     EXPECT_THAT(store->takeNotice().toStdString(), HasSubstr(" changes, and a new one is begun"));

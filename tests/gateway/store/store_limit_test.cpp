@@ -21,8 +21,8 @@ protected:
 
 TEST_F(StoreLimit, AChangeOfFourBytesTakesLessThanTwentyFour)
 {
-    append(*open(), changes(0, 20000));
-    EXPECT_LT(QFileInfo(file).size(), 20000 * 24);
+    append(*open(), changes(0, 100000));
+    EXPECT_LT(QFileInfo(file).size(), 100000 * 24);
 }
 
 TEST_F(StoreLimit, TheOldestMakeRoomAndAreCounted)

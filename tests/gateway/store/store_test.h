@@ -59,7 +59,7 @@ protected:
         return QFileInfo(file).size() + QFileInfo(file + QStringLiteral("-wal")).size();
     }
 
-    const QString file = path("changes.sqlite");
+    QString file = path("changes.sqlite");
 };
 
 } // namespace test
