@@ -106,6 +106,41 @@ TEST_F(ConfigSchema, DefaultsAreThoseOfTheLoader)
               property("properties/devices").value(QLatin1String("maxItems")).toInt());
 }
 
+/// The keys of a schema and of all that it holds.
+void collectKeys(const QJsonValue& schema, QStringList* keys)
+{
+    if (schema.isArray()) {
+        for (const QJsonValue& part : schema.toArray())
+            collectKeys(part, keys);
+        return;
+    }
+    const QJsonObject object = schema.toObject();
+    keys->append(object.value(QLatin1String("properties")).toObject().keys());
+    for (const QString& key : object.keys())
+        collectKeys(object.value(key), keys);
+}
+
+TEST_F(ConfigSchema, TheGuideNamesEveryKey)
+{
+    const QString guide = QString::fromUtf8(content("docs/gateway.md"));
+    QStringList keys;
+    collectKeys(m_schema, &keys);
+    EXPECT_GT(keys.size(), 30);
+    for (const QString& key : names(keys)) {
+        // `key`, `key.member` or `member.key`
+        const bool isNamed = guide.contains('`' + key + '`') || guide.contains('`' + key + '.') ||
+                             guide.contains('.' + key + '`');
+        EXPECT_TRUE(isNamed || key == QLatin1String("$schema")) << key.toStdString();
+    }
+}
+
+TEST_F(ConfigSchema, TheConfigurationOfTheGuideIsGood)
+{
+    const QByteArray guide = content("docs/gateway.md");
+    const int begin = int(guide.indexOf("```json\n{\n  \"group\"")) + int(sizeof "```json");
+    EXPECT_EQ("", errorOf(guide.mid(begin, guide.indexOf("```", begin) - begin)));
+}
+
 TEST_F(ConfigSchema, TheExampleIsGood)
 {
     EXPECT_EQ("", errorOf(content("docs/examples/gateway.json")));
