@@ -18,10 +18,14 @@ namespace {
 const char kDevices[] = "devices";
 const char kName[] = "name";
 const char kPort[] = "port";
+const char kCycle[] = "cycle";
 
 const QStringList kColumns = {QLatin1String(kName), QStringLiteral("project"),
                               QStringLiteral("address"), QLatin1String(kPort),
-                              QStringLiteral("cycle")};
+                              QLatin1String(kCycle)};
+
+/// Ports, and cycle times in ms, which may also be such as 1s.
+const QStringList kNumericColumns = {QLatin1String(kPort), QLatin1String(kCycle)};
 
 constexpr int kNumberBase = 10;
 constexpr int kFewestDigits = 2;
@@ -161,7 +165,7 @@ private:
             const QString field = fields[i].trimmed();
             bool isNumber = false;
             const int number = field.toInt(&isNumber, kNumberBase);
-            if (m_columns[i] == QLatin1String(kPort) && isNumber)
+            if (kNumericColumns.contains(m_columns[i]) && isNumber)
                 device.insert(m_columns[i], number);
             else if (!field.isEmpty())
                 device.insert(m_columns[i], field);

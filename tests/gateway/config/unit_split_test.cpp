@@ -76,6 +76,18 @@ TEST_F(UnitSplit, HasTheLinesOfTheListInThePlaceOfThePattern)
 )");
 }
 
+TEST_F(UnitSplit, CyclesAreMillisecondsOrDurations)
+{
+    const QVector<UnitConfiguration> all =
+        units(QStringLiteral("name,cycle\nP1,250\nP2,3s\nP3,\n"));
+    ASSERT_EQ(1, all.size());
+    const Expected<GatewaySettings> settings = parseSettings(all[0].json, all[0].fileName);
+    ASSERT_TRUE(settings);
+    EXPECT_EQ(250, settings->devices[0].cycleTime);
+    EXPECT_EQ(3000, settings->devices[1].cycleTime);
+    EXPECT_EQ(2000, settings->devices[2].cycleTime);
+}
+
 TEST_F(UnitSplit, FiftyPlcsAreOneProcess)
 {
     EXPECT_EQ(1, units(listOf(50)).size());
