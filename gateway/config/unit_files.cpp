@@ -1,6 +1,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
+#include <optional>
 
 #include "gateway/config/unit_split.h"
 #include "streams/file_replacement.h"
