@@ -188,6 +188,7 @@ bool SqliteChangeStore::attempt(Work work)
     if (!m_database->begin() || !work(&books) || !m_database->commit())
         return false;
     m_books = books;
+    m_toldFailure.clear();
     return true;
 }
 
@@ -287,9 +288,7 @@ QVector<StoredChange> SqliteChangeStore::oldest(qint64 behind, int count)
         m_database->oldest(std::max(behind, m_consumed), count);
     if (changes)
         return *changes;
-    const Error error = failed();
-    if (m_notice.isEmpty())
-        m_notice = error.text;
+    tellOnce(failed().text);
     return {};
 }
 
@@ -301,8 +300,7 @@ void SqliteChangeStore::removeUpTo(qint64 number)
     const Expected<void> removed = removeConsumed();
     if (removed)
         return;
-    if (m_notice.isEmpty())
-        m_notice = removed.error().text;
+    tellOnce(removed.error().text);
     // What the disk does not let go of is removed with the next change.
     if (m_database)
         m_consumedRows = m_books.count - m_database->countBehind(number).value_or(m_books.count);
@@ -320,6 +318,16 @@ int SqliteChangeStore::takeSessionNumber()
     m_books.state.session = (m_books.state.session + 1) % kSessionNumbers;
     (void)transact([this](Books* books) { return m_database->save(books->state); });
     return m_books.state.session;
+}
+
+/// A disk that fails does so each time.
+void SqliteChangeStore::tellOnce(const QString& failure)
+{
+    if (failure == m_toldFailure)
+        return;
+    m_toldFailure = failure;
+    if (m_notice.isEmpty())
+        m_notice = failure;
 }
 
 QString SqliteChangeStore::takeNotice()

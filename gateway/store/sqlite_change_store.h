@@ -55,6 +55,7 @@ private:
     bool attempt(Work work);
     Expected<void> removeConsumed();
     qint64 blockBytes() const;
+    void tellOnce(const QString& failure);
     bool makeRoom(qint64 pages, Books* books);
     int firstThatFits(const QVector<StoredChange>& changes, qint64 pages) const;
     bool insert(const QVector<StoredChange>& changes, Books* books);
@@ -67,6 +68,7 @@ private:
     qint64 m_consumed = 0;     ///< Up to here changes are at the broker.
     qint64 m_consumedRows = 0; ///< Of these the ones that the disk did not let go of.
     QString m_notice;
+    QString m_toldFailure; ///< Empty since the last success.
 };
 
 } // namespace plc::gateway
