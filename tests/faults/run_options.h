@@ -6,12 +6,17 @@
 #include <string>
 #include <vector>
 
+/// Without --runs; programs whose runs take long make fewer.
+#ifndef PLC_FAULT_RUNS
+#define PLC_FAULT_RUNS 30
+#endif
+
 namespace plc {
 namespace faults {
 
 /// Which runs are made: as many as `runs` says, from the seed `firstSeed` on.
 struct RunOptions {
-    std::uint32_t runs = 30;
+    std::uint32_t runs = PLC_FAULT_RUNS;
     std::uint32_t firstSeed = 1;
     std::string program; ///< As it was called.
 };

@@ -91,11 +91,11 @@ public:
             .toLongLong();
     }
     /// Waits until a gateway that reads all its values by one request has taken those of this
-    /// moment: the reply to the next request has them, and is dealt with before another one goes
-    /// out.
+    /// moment: the reply to the next read has them, and is dealt with before another one goes out.
+    /// Before it there may be a request that was under way and the two of a login.
     bool isSeen()
     {
-        constexpr int kRequests = 3;
+        constexpr int kRequests = 5;
         const qint64 before = requests();
         return comesTrue([this, before] { return requests() >= before + kRequests; });
     }

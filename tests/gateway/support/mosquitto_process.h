@@ -26,12 +26,17 @@ public:
     explicit MosquittoProcess(const QByteArray& lines = "allow_anonymous true\n")
         : m_port(freePort())
     {
+        configure(lines);
+    }
+    ~MosquittoProcess() { kill(); }
+
+    /// Other lines for the next start.
+    void configure(const QByteArray& lines)
+    {
         QFile file(configuration());
         file.open(QIODevice::WriteOnly);
         file.write("listener " + QByteArray::number(m_port) + " 127.0.0.1\nuser root\n" + lines);
     }
-    ~MosquittoProcess() { kill(); }
-
     /// False when it does not come up.
     bool start()
     {
