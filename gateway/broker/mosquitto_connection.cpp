@@ -42,6 +42,15 @@ QString errorText(int code)
     return text;
 }
 
+/// Of "OpenSSL Error[0]: error:0A000086:SSL routines::certificate verify failed" the last part.
+QString tlsText(const char* line)
+{
+    QString text = QString::fromLocal8Bit(line).section(QLatin1Char(':'), -1).trimmed();
+    while (text.endsWith(QLatin1Char('.')))
+        text.chop(1);
+    return text;
+}
+
 /// Null where nothing is given, as libmosquitto takes it.
 class OptionalText {
 public:
@@ -108,6 +117,10 @@ QString MosquittoConnection::prepare()
     mosquitto_int_option(m_handle, MOSQ_OPT_TCP_NODELAY, 1);
     // What is published goes out at once, in order; how much is on its way is the owner's concern.
     mosquitto_max_inflight_messages_set(m_handle, 0);
+    mosquitto_log_callback_set(m_handle, [](mosquitto*, void* self, int level, const char* text) {
+        if (level == MOSQ_LOG_ERR)
+            static_cast<MosquittoConnection*>(self)->m_loggedErrors += tlsText(text);
+    });
     mosquitto_connect_callback_set(m_handle, [](mosquitto*, void* self, int code) {
         static_cast<MosquittoConnection*>(self)->handleConnected(code);
     });
@@ -158,6 +171,11 @@ QString MosquittoConnection::prepare()
 QString MosquittoConnection::prepareTls()
 {
     const TlsSettings& tls = *m_settings.tls;
+    for (const QString& path : {tls.authorities, tls.certificate, tls.key}) {
+        QFile file(path);
+        if (!path.isEmpty() && !file.open(QIODevice::ReadOnly))
+            return QStringLiteral("%1: %2").arg(path, file.errorString());
+    }
     int code = MOSQ_ERR_SUCCESS;
     if (tls.authorities.isEmpty())
         code = mosquitto_int_option(m_handle, MOSQ_OPT_TLS_USE_OS_CERTS, 1);
@@ -195,7 +213,10 @@ QString MosquittoConnection::converse()
         if (m_end == End::Close)
             return QStringLiteral("closed");
     }
-    return errorText(code);
+    // The code alone does not tell what is wrong with a certificate.
+    if (code != MOSQ_ERR_TLS || m_loggedErrors.isEmpty())
+        return errorText(code);
+    return QStringLiteral("%1: %2").arg(errorText(code), m_loggedErrors.join(QStringLiteral(", ")));
 }
 
 bool MosquittoConnection::isOverdue() const

@@ -1,6 +1,8 @@
 #ifndef PLC_GATEWAY_BROKER_MOSQUITTO_CONNECTION_H
 #define PLC_GATEWAY_BROKER_MOSQUITTO_CONNECTION_H
 
+#include <QtCore/QStringList>
+
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -92,6 +94,7 @@ private:
     // The thread only:
     std::set<int> m_openSubscriptions;
     QString m_lostReason;
+    QStringList m_loggedErrors; ///< What libmosquitto told.
     qint64 m_startedAt = 0;
     bool m_isConnected = false;
 
