@@ -116,7 +116,10 @@ if(PLC_BUILD_TOOLS)
     # Where systemd looks, whatever folder the processor's libraries have.
     install(FILES ${PROJECT_BINARY_DIR}/gateway/plc-gateway@.service
       DESTINATION lib/systemd/system COMPONENT gateway)
-    install(FILES docs/gateway-config.schema.json docs/examples/gateway.json
+    # Where the examples look for their schemas.
+    install(FILES docs/gateway-config.schema.json docs/project-file.schema.json
+      DESTINATION ${plc_data_dir} COMPONENT gateway)
+    install(FILES docs/examples/gateway.json docs/examples/tank.json
       DESTINATION ${plc_data_dir}/gateway COMPONENT gateway)
   endif()
   install(DIRECTORY simulator/demo/ DESTINATION ${plc_data_dir}/demo COMPONENT tools)

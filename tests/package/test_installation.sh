@@ -247,8 +247,12 @@ ManualAndCompletionNameAllThatHelpNames() {
 GatewayComesWithItsService() {
     [ -e "$installation/bin/plc-gateway" ] || return 0
     expect_file "lib/systemd/system/plc-gateway@.service"
-    expect_file share/plc-driver/gateway/gateway.json
-    expect_file share/plc-driver/gateway/gateway-config.schema.json
+    local file schema
+    for file in gateway tank; do
+        schema=$(sed --quiet 's/.*"$schema": "\(.*\)".*/\1/p' "$installation/share/plc-driver/gateway/$file.json")
+        expect_file "share/plc-driver/gateway/$schema"
+    done
+    "$installation/bin/plc-gateway" --check "$installation/share/plc-driver/gateway/gateway.json"
 }
 
 ToolsWorkTogether() {
