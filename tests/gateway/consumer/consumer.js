@@ -17,7 +17,8 @@
 //     --user U --password P
 //
 // Each line of standard output is a JSON object. {"event":"ready"} comes when the subscriptions are
-// confirmed, {"event":"closed"} when the connection is lost. A message of Sparkplug is
+// confirmed, before all messages, {"event":"closed"} when the connection is lost. A message of
+// Sparkplug is
 //
 //     {"topic":…,"qos":…,"retain":…,"kind":"DDATA","group":…,"node":…,"device":…,
 //      "timestamp":…,"seq":…,"received":…,"metrics":[{"name":…,"alias":…,"timestamp":…,
@@ -128,6 +129,8 @@ function brokerOptions(options, connectedAt) {
 
 function consume(options) {
   const connectedAt = Date.now();
+  // What a broker has kept may come before it confirms the subscriptions.
+  let early = [];
   const client = require('mqtt').connect(brokerOptions(options, connectedAt));
   const tell = (isOnline, time, done) => client.publish(`spBv1.0/STATE/${options.state}`,
     stateMessage(isOnline, time), { qos: 1, retain: true }, done);
@@ -138,9 +141,15 @@ function consume(options) {
       if (error) throw error;
       if (options.state && !options.offline) tell(true, connectedAt);
       print({ event: 'ready' });
+      early.forEach(print);
+      early = null;
     });
   });
-  client.on('message', (topic, bytes, packet) => print(told(topic, bytes, packet)));
+  client.on('message', (topic, bytes, packet) => {
+    const line = told(topic, bytes, packet);
+    if (early) early.push(line);
+    else print(line);
+  });
   client.on('error', (error) => { print({ event: 'error', text: String(error.message || error) }); });
   client.on('close', () => { print({ event: 'closed' }); process.exit(); });
   const quit = () => {

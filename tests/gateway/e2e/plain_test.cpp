@@ -111,6 +111,19 @@ TEST_P(PlainGateway, TellsValuesWithUnitTimeAndQuality)
     EXPECT_EQ(1, state.json.size());
 }
 
+TEST_P(PlainGateway, ShowsNoDeviceOnlineThatWasSoForAProcessThatWasKilled)
+{
+    Subscriber subscriber(port(), GetParam());
+    site.start();
+    subscriber.awaitState("works/hall/oven/state", true);
+    site.gateway.kill();
+    subscriber.awaitState("works/hall/state", false);
+    site.plc("oven").kill();
+    site.gateway.start();
+    EXPECT_FALSE(subscriber.awaitState("works/hall/oven/state", false).topic.isEmpty());
+    EXPECT_FALSE(subscriber.awaitState("works/hall/state", true).topic.isEmpty());
+}
+
 TEST_P(PlainGateway, TellsHowWritesEnd)
 {
     Subscriber subscriber(port(), GetParam());
