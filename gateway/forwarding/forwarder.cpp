@@ -403,9 +403,15 @@ void Forwarder::endIdleDevices(qint64 now, qint64 time)
     }
 }
 
+void Forwarder::wantRebirth(qint64 now, qint64 time)
+{
+    m_isRebirthWanted = true;
+    bearAgain(now, time);
+}
+
 void Forwarder::bearAgain(qint64 now, qint64 time)
 {
-    if (!m_isRebirthWanted || now - m_bornAt < kBirthInterval)
+    if (!m_isLive || !m_isRebirthWanted || now - m_bornAt < kBirthInterval)
         return;
     m_isRebirthWanted = false;
     m_bornAt = now;

@@ -56,8 +56,8 @@ public:
     void confirmed(quint64 mark);
     /// The publisher was shown a message, and may see consumers where there were none.
     void beginIfWanted(qint64 now, qint64 time);
-    /// Twice a second at most; more wishes are one.
-    void wantRebirth() { m_isRebirthWanted = true; }
+    /// Begins everything anew: at once, or half a second after the last time; more wishes are one.
+    void wantRebirth(qint64 now, qint64 time);
 
     /// To be called a few times a second.
     void tick(qint64 now, qint64 time);

@@ -118,12 +118,10 @@ void Gateway::endWhenConfirmed()
         return;
     m_ticking.stop();
     if (m_isConnected) {
-        for (const Message& message : m_parts.publisher->closing(wallTime()))
-            m_broker.publish(message);
-        m_broker.close();
+        leaveBroker();
         m_broker.waitForEnd(kLastWords);
     }
-    m_forwarder->lost(now());
+    m_forwarder->flush(now());
     std::exchange(m_ended, nullptr)();
 }
 
@@ -160,9 +158,10 @@ void Gateway::brokerLost(const QString& reason)
         m_forwarder->lost(now());
     }
     m_brokerReason = reason;
+    const bool wasLeft = std::exchange(m_isLeaving, false);
     // A broker that stays away is told once, not at each attempt.
     const QString told = QStringLiteral("%1: %2").arg(brokerName(), reason);
-    if (wasConnected || m_toldReason != told) {
+    if (!wasLeft && (wasConnected || m_toldReason != told)) {
         log(wasConnected ? QStringLiteral("lost the broker %1; changes are stored").arg(told)
                          : QStringLiteral("no connection to the broker %1").arg(told));
         m_toldReason = told;
@@ -182,7 +181,7 @@ void Gateway::messageArrived(const Message& message)
     }
     if (received.isRebirthWanted) {
         ++m_counters.rebirths;
-        m_forwarder->wantRebirth();
+        m_forwarder->wantRebirth(now(), wallTime());
     }
     for (WriteRequest request : received.writes) {
         request.topic = message.topic;
@@ -199,9 +198,19 @@ void Gateway::leaveIfWanted()
     if (!m_isConnected || !m_parts.publisher->isToLeave())
         return;
     log(QStringLiteral("the primary host left the broker %1").arg(brokerName()));
+    leaveBroker();
+}
+
+/// Says goodbye. From then on changes are stored, although the connection lasts for a moment.
+void Gateway::leaveBroker()
+{
     for (const Message& message : m_parts.publisher->closing(wallTime()))
         m_broker.publish(message);
     m_broker.close();
+    m_isConnected = false;
+    m_isLeaving = true;
+    m_brokerSince = wallTime();
+    m_forwarder->lost(now());
 }
 
 void Gateway::messagesDropped(quint64 count)
@@ -297,7 +306,7 @@ Expected<void> Gateway::reconfigure(const GatewaySettings& settings)
         m_choice =
             std::make_unique<BrokerChoice>(int(settings.brokers.size()), std::random_device{}());
         if (m_isConnected)
-            m_broker.close();
+            leaveBroker();
     }
     return {};
 }

@@ -92,6 +92,7 @@ private:
     void addDevice(std::unique_ptr<PlcDevice> device);
     void removeDevice(int number);
     void leaveIfWanted();
+    void leaveBroker();
     void endWhenConfirmed();
     void log(const QString& line) const { m_parts.log(line); }
 
@@ -108,6 +109,7 @@ private:
     QTimer m_ticking;
     int m_ticks = 0;
     bool m_isConnected = false;
+    bool m_isLeaving = false; ///< The connection was closed from here, and is not gone yet.
     qint64 m_brokerSince = 0;
     Histogram m_latency;
     QString m_brokerReason;

@@ -239,11 +239,21 @@ TEST_F(ForwarderTest, RebirthComesTwiceASecondAtMost)
     connect();
     published();
     for (int i = 0; i < 8; ++i) {
-        forwarder.wantRebirth();
-        forwarder.wantRebirth();
+        forwarder.wantRebirth(now, now);
+        forwarder.wantRebirth(now, now);
         pass(kTick);
     }
     EXPECT_EQ(4, published().filter(QStringLiteral("open")).size());
+}
+
+TEST_F(ForwarderTest, RebirthComesAtOnceWhereNoneWasBefore)
+{
+    update('a', {good(0, 1, "1")});
+    connect();
+    pass(1000);
+    published();
+    forwarder.wantRebirth(now, now);
+    EXPECT_EQ((QStringList{"open", "begin a x=1 y=~?"}), published());
 }
 
 TEST_F(ForwarderTest, ChangesThatNoMetricFitsAnyMoreAreCountedAndGone)

@@ -97,7 +97,7 @@ public:
                 m_store.isFailing = chance(3) == 0;
                 break;
             case 5:
-                m_forwarder.wantRebirth();
+                m_forwarder.wantRebirth(m_now, m_now);
                 break;
             default:
                 change();
