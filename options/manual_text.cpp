@@ -46,7 +46,7 @@ QString takePunctuation(QString* text)
 }
 
 /// mdoc ends a sentence at the end of a line: each begins on a line of its own.
-QString sentences(QString text)
+QString sentences(const QString& text)
 {
     return text.trimmed().replace(QLatin1String(". "), QLatin1String(".\n"));
 }

@@ -86,8 +86,8 @@ Runtime::Runtime(const DriverFunctions& driver, const RuntimeSettings& settings,
 
 Runtime::~Runtime()
 {
-    // The listener may be ending, too.
-    RuntimeListener silent;
+    // The listener may be ending, too; this one has nothing that threads could share.
+    static RuntimeListener silent;
     m_listener = &silent;
     // The driver forgets what it has queued, and the next runtime on it finds nothing of this one.
     m_session.stop();
