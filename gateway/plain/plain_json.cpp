@@ -1,6 +1,7 @@
 #include "gateway/plain/plain_json.h"
 
 #include "gateway/exchange/flat_json.h"
+#include "gateway/exchange/metric_unit.h"
 #include "gateway/exchange/outcome_json.h"
 #include "gateway/exchange/written_value.h"
 #include "host/points/value_codec.h"
@@ -26,8 +27,7 @@ QString qualityWord(Quality quality)
 
 QString unitMember(const host::DataPoint& point)
 {
-    const bool isTime = point.type->format == values::ValueFormat::Duration;
-    const QString unit = point.unit.isEmpty() && isTime ? QStringLiteral("ms") : point.unit;
+    const QString unit = metricUnit(point);
     return unit.isEmpty() ? QString() : QStringLiteral(",\"unit\":") + values::jsonText(unit);
 }
 

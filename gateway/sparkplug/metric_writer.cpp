@@ -1,5 +1,6 @@
 #include "gateway/sparkplug/metric_writer.h"
 
+#include "gateway/exchange/metric_unit.h"
 #include "gateway/sparkplug/array_bytes.h"
 #include "gateway/sparkplug/data_type.h"
 #include "gateway/sparkplug/utf8.h"
@@ -48,12 +49,6 @@ void addQuality(Quality quality, wire::Metric* target)
     property->set_int_value(qualityCode(quality));
 }
 
-QString unitOf(const host::DataPoint& point)
-{
-    const bool isTime = point.type->format == values::ValueFormat::Duration;
-    return point.unit.isEmpty() && isTime ? QStringLiteral("ms") : point.unit;
-}
-
 void writeValue(const host::DataPoint& point, const values::Value& value, wire::Metric* target)
 {
     switch (elementType(point)) {
@@ -100,7 +95,7 @@ void describe(const Metric& metric, wire::Metric* target)
 {
     target->set_name(text(metric.name));
     target->set_datatype(quint32(dataType(metric.point)));
-    addTextProperty("engUnit", unitOf(metric.point), target);
+    addTextProperty("engUnit", metricUnit(metric.point), target);
     addTextProperty("description", metric.point.description, target);
 }
 
