@@ -5,6 +5,8 @@ namespace plc::gateway {
 QString outcomeWord(WriteOutcome::Kind kind)
 {
     switch (kind) {
+        case WriteOutcome::Requested:
+            return QStringLiteral("requested");
         case WriteOutcome::Done:
             return QStringLiteral("done");
         case WriteOutcome::Refused:

@@ -20,13 +20,14 @@ struct WriteRequest {
     QString topic; ///< Of the message that asked for it; set by who received that.
 };
 
-/// How a write ended; each ends in exactly one of these.
+/// How a write ended: in exactly one of Done, Refused and Unknown.
 struct WriteOutcome {
     enum Kind {
-        Done,    ///< The PLC has carried it out.
-        Refused, ///< It was not carried out: not allowed, out of range, not sent, or the PLC
-                 ///< refused.
-        Unknown  ///< The link was lost meanwhile: it may or may not have been carried out.
+        Requested, ///< For the audit alone: it is about to be sent, and has not ended.
+        Done,      ///< The PLC has carried it out.
+        Refused,   ///< It was not carried out: not allowed, out of range, not sent, or the PLC
+                   ///< refused.
+        Unknown    ///< The link was lost meanwhile: it may or may not have been carried out.
     };
 
     Kind kind = Refused;
@@ -43,7 +44,7 @@ struct WriteOutcome {
     QString topic; ///< As WriteRequest::topic.
 };
 
-/// "done", "refused" or "unknown"
+/// "requested", "done", "refused" or "unknown"
 QString outcomeWord(WriteOutcome::Kind kind);
 
 } // namespace plc::gateway

@@ -80,6 +80,11 @@ void WriteDesk::take(const WriteRequest& request, WriteTarget* target)
         refuse(outcome, reason);
         return;
     }
+    outcome.kind = WriteOutcome::Requested;
+    if (!record(&outcome)) {
+        refuse(outcome, QStringLiteral("the audit file cannot be written"));
+        return;
+    }
     const Metric metric = target->description().metrics[request.metric];
     target->write(request.metric, request.values,
                   [this, outcome, metric](const host::TransferOutcome& ending) {
@@ -101,8 +106,6 @@ QString WriteDesk::obstacle(const WriteRequest& request, const WriteTarget* targ
         return request.error;
     if (!isWithinLimits(metric, request.values))
         return QStringLiteral("out of the limits %1").arg(limitText(metric));
-    if (!m_auditError.isEmpty())
-        return QStringLiteral("the audit file cannot be written");
     if (target->openWrites() >= kMostOpenWrites)
         return QStringLiteral("too many writes are under way");
     return QString();
@@ -140,15 +143,21 @@ void WriteDesk::settle(WriteOutcome outcome, const Metric& metric,
     end(outcome);
 }
 
-void WriteDesk::end(const WriteOutcome& ended)
+void WriteDesk::end(WriteOutcome outcome)
 {
-    WriteOutcome outcome = ended;
-    outcome.time = m_time();
     m_counts.count(outcome.kind);
     m_countsByDevice[outcome.device].count(outcome.kind);
-    const Expected<void> written = m_audit(outcome);
-    m_auditError = written ? QString() : written.error().text;
+    static_cast<void>(record(&outcome));
     m_tell(outcome);
+}
+
+/// Now. Returns whether it is in the audit file.
+bool WriteDesk::record(WriteOutcome* outcome)
+{
+    outcome->time = m_time();
+    const Expected<void> written = m_audit(*outcome);
+    m_auditError = written ? QString() : written.error().text;
+    return bool(written);
 }
 
 } // namespace plc::gateway

@@ -24,7 +24,8 @@ struct WriteCounts {
 ///
 /// 1. Only metrics that the configuration lists are written, and only within their limits.
 /// 2. Each request has exactly one outcome, which goes to `audit` and then to `tell`.
-/// 3. Nothing is written while the audit file does not take outcomes.
+/// 3. What is sent to a PLC goes to `audit` before; where that fails, nothing is sent. So there is
+///    a trace of a write whose outcome this process did not live to see.
 /// 4. A flood of requests is cut off: more than a few open writes for a PLC are refused, and of
 ///    refusals without a write there are only so many a second; the rest is counted.
 class WriteDesk {
@@ -53,7 +54,8 @@ private:
     QString obstacle(const WriteRequest& request, const WriteTarget* target) const;
     void refuse(WriteOutcome outcome, const QString& reason);
     void settle(WriteOutcome outcome, const Metric& metric, const host::TransferOutcome& ending);
-    void end(const WriteOutcome& outcome);
+    void end(WriteOutcome outcome);
+    bool record(WriteOutcome* outcome);
 
     const Audit m_audit;
     const Tell m_tell;

@@ -62,6 +62,8 @@ TEST_P(GatewayWrites, AreCarriedOutAndTold)
     expectOneOutcome("w2", "done", "");
     EXPECT_EQ("-5", site.plc("oven").command(QStringLiteral("get Oven.count")));
     ASSERT_EQ(2, site.audit().size());
+    ASSERT_EQ(2, site.auditedRequests().size());
+    EXPECT_EQ("w1", site.auditedRequests().first()[QStringLiteral("id")].toString());
     const QJsonObject line = site.audit().first();
     EXPECT_EQ("Oven.target", line[QStringLiteral("label")].toString());
     EXPECT_EQ("250", line[QStringLiteral("value")].toString());

@@ -72,19 +72,26 @@ public:
         gateway.start();
     }
 
-    /// The lines of the audit file.
-    QVector<QJsonObject> audit() const
-    {
-        QVector<QJsonObject> lines;
-        for (const QByteArray& line : readFile(path(QStringLiteral("audit"))).split('\n')) {
-            if (!line.isEmpty())
-                lines.append(QJsonDocument::fromJson(line).object());
-        }
-        return lines;
-    }
+    /// The lines of the audit file that tell how a write ended.
+    QVector<QJsonObject> audit() const { return auditLines(false); }
+    /// Those that tell of a write before it is sent.
+    QVector<QJsonObject> auditedRequests() const { return auditLines(true); }
     QString path(const QString& name) const { return m_folder.filePath(name); }
 
 private:
+    QVector<QJsonObject> auditLines(bool areRequests) const
+    {
+        QVector<QJsonObject> lines;
+        for (const QByteArray& text : readFile(path(QStringLiteral("audit"))).split('\n')) {
+            const QJsonObject line = QJsonDocument::fromJson(text).object();
+            const bool isRequest =
+                line[QStringLiteral("outcome")].toString() == QLatin1String("requested");
+            if (!text.isEmpty() && isRequest == areRequests)
+                lines.append(line);
+        }
+        return lines;
+    }
+
     QTemporaryDir m_folder;
     QJsonObject m_configuration;
     QJsonArray m_brokers;
