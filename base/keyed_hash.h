@@ -29,9 +29,9 @@ public:
         const QChar* text = name.text;
         int left = name.size;
         quint64 state = m_start ^ quint64(name.size);
-        for (; left >= 2 * kCharactersAWord; left -= 2 * kCharactersAWord) {
+        for (; left >= kCharactersTwoWords; left -= kCharactersTwoWords) {
             state = foldedProduct(state ^ wordAt(text), m_step ^ wordAt(text + kCharactersAWord));
-            text += 2 * kCharactersAWord;
+            text += kCharactersTwoWords;
         }
         quint64 first = 0;
         quint64 last = 0;
@@ -47,6 +47,7 @@ public:
 
 private:
     static const int kCharactersAWord = int(sizeof(quint64) / sizeof(QChar));
+    static const int kCharactersTwoWords = 2 * kCharactersAWord;
 
     static quint64 wordAt(const QChar* text)
     {

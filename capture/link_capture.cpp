@@ -14,7 +14,7 @@ Expected<void> LinkCapture::create(const QString& path, const QString& applicati
 {
     m_path = path;
     m_place = std::make_unique<streams::FileReplacement>(path);
-    const Expected<void> made = begin(application);
+    Expected<void> made = begin(application);
     if (made || m_place->reason().isEmpty())
         return made;
     return Error{m_place->reason()};
@@ -22,7 +22,7 @@ Expected<void> LinkCapture::create(const QString& path, const QString& applicati
 
 Expected<void> LinkCapture::begin(const QString& application)
 {
-    if (const Expected<void> opened = m_place->open(); !opened)
+    if (Expected<void> opened = m_place->open(); !opened)
         return opened;
     m_file.open(m_place->descriptor(), QIODevice::WriteOnly | QIODevice::Unbuffered);
     m_writer = std::make_unique<PcapngWriter>(&m_file, application);
