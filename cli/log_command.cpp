@@ -23,7 +23,7 @@ constexpr char kLogDurationNote[] =
 
 constexpr int kWriteInterval = 1000;                    // ms
 constexpr qint64 kLongestPeriod = 366LL * kLongestTime; // ms
-constexpr QLatin1String kCsvSuffix(".csv");
+const QLatin1String kCsvSuffix(".csv");
 
 Expected<void> checkExport(const LogOptions& options)
 {
