@@ -86,7 +86,7 @@ protected:
 
     RuntimeSettings settings(int cycleTime = 0) const
     {
-        return runtimeSettings(project.settings, cycleTime);
+        return setup::runtimeSettings(project.settings, cycleTime);
     }
 
     struct LinkEvent {

@@ -16,7 +16,8 @@ protected:
 
     QVector<DataPoint> points(const QStringList& labels) const
     {
-        const DataPointFinder finder(project, runtimeSettings(project.settings, 0), builtDriver());
+        const DataPointFinder finder(project, setup::runtimeSettings(project.settings, 0),
+                                     builtDriver());
         QVector<DataPoint> found;
         for (const QString& label : labels) {
             const Expected<DataPoint> point = finder.find(label);
@@ -27,7 +28,8 @@ protected:
     }
     ScanPlanner planner(const QStringList& labels) const
     {
-        return ScanPlanner(builtDriver(), runtimeSettings(project.settings, 0), points(labels));
+        return ScanPlanner(builtDriver(), setup::runtimeSettings(project.settings, 0),
+                           points(labels));
     }
     /// 150 values of four bytes, the next one beginning 16 bytes behind the one before.
     static QStringList spreadLabels()
@@ -240,7 +242,7 @@ TEST_F(ScanOfRuntimeTest, SendsWhatIsPlanned)
     QList<Label_Type_Info> symbols = symbolList(project);
     builtDriver().passVarName2(&symbols);
     const ScanPlan plan =
-        ScanPlanner(builtDriver(), runtimeSettings(project.settings, 0), points).plan(200);
+        ScanPlanner(builtDriver(), setup::runtimeSettings(project.settings, 0), points).plan(200);
     EXPECT_EQ(plan.requests, requests);
     EXPECT_EQ(plan.bytesSent, bytesSent);
     EXPECT_EQ(plan.bytesReceived, bytesReceived);
