@@ -25,7 +25,11 @@ void MosquittoBroker::open(const BrokerSettings& settings, const std::optional<M
         QMetaObject::invokeMethod(
             this, [this] { takeEvents(m_connection); }, Qt::QueuedConnection);
     };
-    m_connection = std::make_shared<MosquittoConnection>(m_clientId, m_keepAlive, settings, will,
+    // Another client for each broker: a cluster keeps what a client subscribes on the node to which
+    // it came first, and refuses it at the others while that one is down.
+    const QString clientId = m_clientId + QLatin1Char('-') + settings.host + QLatin1Char('-') +
+                             QString::number(settings.port);
+    m_connection = std::make_shared<MosquittoConnection>(clientId, m_keepAlive, settings, will,
                                                          subscriptions, wake);
     m_last = m_connection;
     m_connection->start();

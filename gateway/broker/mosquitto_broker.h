@@ -15,7 +15,8 @@ class MosquittoConnection;
 /// socket; the listener is called by the event loop of the thread in which this object lives.
 class MosquittoBroker : public QObject, public Broker {
 public:
-    /// `clientId` must be another one for each gateway of a broker. `listener` must outlive this.
+    /// `clientId` must be another one for each gateway of a broker; host and port of the broker are
+    /// put behind it. `listener` must outlive this.
     MosquittoBroker(const QString& clientId, int keepAlive, BrokerListener* listener);
     /// A connection that is still there is dropped.
     ~MosquittoBroker() override;

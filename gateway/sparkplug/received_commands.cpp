@@ -70,7 +70,7 @@ Expected<int> metricOf(const KnownDevice& device, const QString& name,
 Received SparkplugPublisher::received(const Message& message, qint64)
 {
     if (!m_identity.primaryHost.isEmpty() &&
-        message.topic == Topics::ofHost(m_identity.primaryHost))
+        Topics::isOfHost(message.topic, m_identity.primaryHost))
         return complaint(m_primaryHost.received(message.payload));
     const std::optional<QString> device = m_topics.commandedDevice(message.topic);
     if (!device && message.topic != m_topics.ofNode("NCMD"))

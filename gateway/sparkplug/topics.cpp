@@ -26,6 +26,12 @@ QString Topics::ofHost(const QString& host)
     return root() + QStringLiteral("STATE/") + host;
 }
 
+bool Topics::isOfHost(const QString& topic, const QString& host)
+{
+    QString expected = ofHost(host);
+    return topic == expected || topic == expected.replace(QLatin1Char('.'), QLatin1Char('/'));
+}
+
 std::optional<QString> Topics::commandedDevice(const QString& topic) const
 {
     const QString start = ofDevice("DCMD", QString());

@@ -38,5 +38,14 @@ TEST(Topics, TakeNoCommandsOfOthers)
         EXPECT_FALSE(kTopics.commandedDevice(QString::fromLatin1(topic))) << topic;
 }
 
+TEST(Topics, OfAHostAreKnownWithSlashesForDotsToo)
+{
+    const QString host = QStringLiteral("scada.north");
+    EXPECT_TRUE(Topics::isOfHost(QStringLiteral("spBv1.0/STATE/scada.north"), host));
+    EXPECT_TRUE(Topics::isOfHost(QStringLiteral("spBv1/0/STATE/scada/north"), host));
+    EXPECT_FALSE(Topics::isOfHost(QStringLiteral("spBv1.0/STATE/scada"), host));
+    EXPECT_FALSE(Topics::isOfHost(QStringLiteral("spBv1/0/STATE/scada"), host));
+}
+
 } // namespace
 } // namespace plc::gateway
