@@ -143,10 +143,12 @@ void Gateway::brokerConnected()
     m_isConnected = true;
     m_brokerSince = wallTime();
     m_brokerReason.clear();
-    m_toldReason.clear();
     ++m_counters.brokerConnections;
     m_choice->succeeded();
-    log(QStringLiteral("connected to the broker %1").arg(brokerName()));
+    if (!m_isHostMissing) {
+        m_toldReasons.clear();
+        log(QStringLiteral("connected to the broker %1").arg(brokerName()));
+    }
     m_forwarder->connected(now(), wallTime());
 }
 
@@ -160,12 +162,12 @@ void Gateway::brokerLost(const QString& reason)
     m_brokerReason = reason;
     const bool wasLeft = std::exchange(m_isLeaving, false);
     // A broker that stays away is told once, not at each attempt.
-    const QString told = QStringLiteral("%1: %2").arg(brokerName(), reason);
-    if (!wasLeft && (wasConnected || m_toldReason != told)) {
-        log(wasConnected ? QStringLiteral("lost the broker %1; changes are stored").arg(told)
-                         : QStringLiteral("no connection to the broker %1").arg(told));
-        m_toldReason = told;
-    }
+    QString& told = m_toldReasons[brokerName()];
+    if (wasConnected)
+        log(QStringLiteral("lost the broker %1: %2; changes are stored").arg(brokerName(), reason));
+    else if (!wasLeft && told != reason)
+        log(QStringLiteral("no connection to the broker %1: %2").arg(brokerName(), reason));
+    told = reason;
     const int pause = m_choice->failed();
     if (!m_ended)
         m_retry.start(pause);
@@ -189,6 +191,11 @@ void Gateway::messageArrived(const Message& message)
         m_writes.take(request, found == m_devices.end() ? nullptr : found->second.get());
     }
     m_forwarder->beginIfWanted(now(), wallTime());
+    if (m_isHostMissing && m_parts.publisher->mayPublish()) {
+        m_isHostMissing = false;
+        m_toldReasons.clear();
+        log(QStringLiteral("the primary host is at the broker %1").arg(brokerName()));
+    }
     leaveIfWanted();
 }
 
@@ -197,7 +204,10 @@ void Gateway::leaveIfWanted()
 {
     if (!m_isConnected || !m_parts.publisher->isToLeave())
         return;
-    log(QStringLiteral("the primary host left the broker %1").arg(brokerName()));
+    // It is looked for at each broker again and again, and told once.
+    if (!std::exchange(m_isHostMissing, true))
+        log(QStringLiteral("the primary host left the broker %1; changes are stored")
+                .arg(brokerName()));
     leaveBroker();
 }
 

@@ -2,6 +2,7 @@
 #define PLC_GATEWAY_SERVICE_GATEWAY_H
 
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QHash>
 #include <QtCore/QObject>
 #include <QtCore/QTimer>
 
@@ -113,7 +114,8 @@ private:
     qint64 m_brokerSince = 0;
     Histogram m_latency;
     QString m_brokerReason;
-    QString m_toldReason; ///< The last loss that was logged.
+    QHash<QString, QString> m_toldReasons; ///< Of each broker why it was not there, as logged.
+    bool m_isHostMissing = false;          ///< The primary host has left, and that was logged.
     QString m_toldStoreError;
     GatewayCounters m_counters;
     std::function<void()> m_ended;

@@ -147,6 +147,26 @@ TEST_P(GatewaySession, PublishesNothingUntilThePrimaryHostIsOnline)
     EXPECT_TRUE(isTold());
 }
 
+TEST_P(GatewaySession, LooksForThePrimaryHostAgainAndAgainButLogsItOnce)
+{
+    site.set("primaryHost", QStringLiteral("scada"));
+    auto host = watcher({QStringLiteral("--state"), QStringLiteral("scada")});
+    site.start();
+    host->await("DBIRTH", "oven");
+    host.reset();
+    const auto connections = [this] {
+        const QJsonObject broker = site.gateway.status()[QStringLiteral("broker")].toObject();
+        return broker[QStringLiteral("connections")].toInt();
+    };
+    ASSERT_TRUE(comesTrue([&] { return connections() >= 4; }));
+    const auto again = watcher({QStringLiteral("--state"), QStringLiteral("scada")});
+    again->await("DBIRTH", "oven");
+    EXPECT_TRUE(site.gateway.waitForLog(QStringLiteral("the primary host is at the broker")));
+    EXPECT_EQ(1, site.gateway.log().count(QLatin1String("connected to the broker")));
+    EXPECT_EQ(1, site.gateway.log().count(QLatin1String("the primary host left the broker")));
+    EXPECT_EQ(0, site.gateway.log().count(QLatin1String("lost the broker")));
+}
+
 TEST_P(GatewaySession, IsToldDeadByTheBrokerAndBringsWhatWasStoredWhenItIsBack)
 {
     site.set("primaryHost", QStringLiteral("scada"));
