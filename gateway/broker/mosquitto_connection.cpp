@@ -17,7 +17,7 @@ constexpr int kConnectTimeout = 10000; // ms, until the subscriptions are taken
 constexpr int kCloseTimeout = 3000;    // ms, for what is still to be sent
 constexpr int kLoopTime = 100;         // ms, after which the end of a connection is noticed
 constexpr int kMostWaitingMessages = 1000;
-constexpr qint64 kMostWaitingBytes = 8 * 1024 * 1024;
+constexpr qint64 kMostWaitingBytes = qint64(8) * 1024 * 1024;
 constexpr int kRefusedSubscription = 0x80;
 
 qint64 steadyTime()

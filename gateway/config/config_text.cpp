@@ -51,8 +51,9 @@ QByteArray lineText(const QJsonValue& value)
 {
     QByteArrayList parts;
     if (value.isArray()) {
-        for (const QJsonValue& element : value.toArray())
-            parts.append(lineText(element));
+        const QJsonArray list = value.toArray();
+        for (int i = 0; i < int(list.size()); ++i)
+            parts.append(lineText(list.at(i)));
         return '[' + parts.join(", ") + ']';
     }
     if (!value.isObject())

@@ -49,7 +49,7 @@ QString topicNameProblem(const QString& name)
 
 QString readTopicName(const JsonNode& node)
 {
-    const QString name = node.text();
+    QString name = node.text();
     const QString problem = topicNameProblem(name);
     if (!problem.isEmpty())
         node.fail(QStringLiteral("found %1, %2").arg(node.shown(), problem));
@@ -58,7 +58,7 @@ QString readTopicName(const JsonNode& node)
 
 QString readNonEmpty(const JsonNode& node, const QString& expected)
 {
-    const QString text = node.text();
+    QString text = node.text();
     if (text.trimmed().isEmpty())
         node.failExpecting(expected);
     return text;
@@ -66,7 +66,7 @@ QString readNonEmpty(const JsonNode& node, const QString& expected)
 
 QString readPath(const JsonNode& node)
 {
-    const QString path = readNonEmpty(node, QStringLiteral("a path"));
+    QString path = readNonEmpty(node, QStringLiteral("a path"));
     if (path.contains(QChar(0)))
         node.failExpecting(QStringLiteral("a path"));
     return path;
@@ -74,7 +74,7 @@ QString readPath(const JsonNode& node)
 
 QString readSocketPath(const JsonNode& node)
 {
-    const QString path = readPath(node);
+    QString path = readPath(node);
     if (path.toUtf8().size() > kLongestSocketPath)
         node.failExpecting(
             QStringLiteral("a path of a socket, of at most %1 bytes").arg(kLongestSocketPath));

@@ -40,7 +40,7 @@ PublicationFormat readFormat(const JsonNode& node)
 
 QString readGroup(const JsonNode& node)
 {
-    const QString group = readTopicName(node);
+    QString group = readTopicName(node);
     // States of hosts have topics of their own where the group would stand; topics that begin with
     // a dollar sign are the broker's.
     if (group == QLatin1String("STATE") || group.startsWith(QLatin1Char('$')))
@@ -214,7 +214,7 @@ Expected<GatewaySettings> parseSettings(const QByteArray& json, const QString& n
     if (!document)
         return Error{QStringLiteral("%1: %2").arg(name, document.error().text)};
     project::DocumentErrors errors(name);
-    const GatewaySettings settings = readSettings(JsonNode(document->root(), &errors));
+    GatewaySettings settings = readSettings(JsonNode(document->root(), &errors));
     if (!errors.isEmpty())
         return Error{errors.first()};
     return settings;

@@ -68,7 +68,7 @@ Expected<UnitChanges> writeUnits(const QVector<UnitConfiguration>& units, const 
         return Error{QStringLiteral("%1: is no folder").arg(folder)};
     if (units.isEmpty())
         return UnitChanges();
-    const UnitChanges changes = compare(units, directory);
+    UnitChanges changes = compare(units, directory);
     if (!changes.replaced.isEmpty() && !replaces)
         return Error{QStringLiteral("%1: holds %2 with other content; nothing is written")
                          .arg(folder, changes.replaced.join(QLatin1String(", ")))};

@@ -131,7 +131,7 @@ Expected<void> AuditFile::sync()
 
 Expected<void> AuditFile::reopen()
 {
-    const Expected<void> synced = sync();
+    Expected<void> synced = sync();
     const int file = openFile(m_path);
     if (file < 0)
         return Error{failureText(m_path, "cannot be opened for writing")};

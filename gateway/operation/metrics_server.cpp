@@ -13,7 +13,7 @@ namespace plc::gateway {
 namespace {
 
 constexpr std::size_t kConnectionMemory =
-    16 * 1024; // bytes: of a request's headers and the reply's
+    std::size_t(16) * 1024; // bytes: of a request's headers and the reply's
 
 MHD_Result reply(MHD_Connection* connection, unsigned int status, const QByteArray& text)
 {

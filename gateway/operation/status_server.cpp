@@ -74,7 +74,7 @@ Expected<GatewayStatistics> readStatus(const QString& path)
         socket.waitForReadyRead(kPatience - int(timer.elapsed()));
         document += socket.readAll();
     }
-    const Expected<GatewayStatistics> statistics = parseStatus(document);
+    Expected<GatewayStatistics> statistics = parseStatus(document);
     if (!statistics)
         return failure(statistics.error().text);
     return statistics;
