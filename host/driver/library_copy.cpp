@@ -68,7 +68,7 @@ Expected<LibraryCopy> LibraryCopy::inFolder(const QByteArray& library, const QSt
 }
 
 LibraryCopy::LibraryCopy(LibraryCopy&& other) noexcept
-    : m_path(other.m_path),
+    : m_path(std::move(other.m_path)),
       m_descriptor(std::exchange(other.m_descriptor, -1)),
       m_isFile(std::exchange(other.m_isFile, false))
 {

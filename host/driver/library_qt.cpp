@@ -16,7 +16,7 @@ namespace {
 
 /// Sections beyond this are no driver's; a damaged size must not ask for the memory of the
 /// computer.
-constexpr quint64 kLargestSection = 64 * 1024 * 1024;
+constexpr quint64 kLargestSection = quint64(64) * 1024 * 1024;
 
 using Header = ElfW(Ehdr);
 using Segment = ElfW(Phdr);
