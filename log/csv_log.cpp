@@ -162,7 +162,7 @@ Expected<void> CsvLog::openFile()
                     kFileMode);
     if (m_file < 0)
         return failure(QStringLiteral("cannot be opened for writing"));
-    if (const Expected<void> locked = lock(); !locked)
+    if (Expected<void> locked = lock(); !locked)
         return locked;
     struct stat status = {};
     if (::fstat(m_file, &status) != 0)
@@ -219,9 +219,9 @@ Expected<void> CsvLog::write(const QVector<LogRecord>& records)
     for (const LogRecord& record : records) {
         const QByteArray line = recordLine(record);
         if (mustRotate(record, lines.size() + line.size())) {
-            if (const Expected<void> appended = append(lines); !appended)
+            if (Expected<void> appended = append(lines); !appended)
                 return appended;
-            if (const Expected<void> rotated = rotate(); !rotated)
+            if (Expected<void> rotated = rotate(); !rotated)
                 return rotated;
             lines.clear();
         }

@@ -40,7 +40,7 @@ QString takePunctuation(QString* text)
     int count = 0;
     while (count < int(text->size()) && QLatin1String(".,:;)").contains(text->at(count)))
         ++count;
-    const QString punctuation = text->left(count);
+    QString punctuation = text->left(count);
     text->remove(0, count);
     return punctuation;
 }

@@ -197,7 +197,7 @@ constexpr Broken kBrokenVariables[] = {
     {"SignalKind",
      R"({"name": "a", "type": "INT", "area": 1, "offset": 0, "signal": {"kind": "sin"}})",
      "/scopes/0/variables/0/signal/kind: found \"sin\", expected one of constant, ramp, sine, "
-     "square, counter, walk (did you mean \"sine\"?)"},
+     "square, counter, walk, clock (did you mean \"sine\"?)"},
     {"SignalWithoutKind", R"({"name": "a", "type": "INT", "area": 1, "offset": 0, "signal": {}})",
      "/scopes/0/variables/0/signal: found an object, expected an object with the key \"kind\""},
     {"SignalParameter",
