@@ -96,7 +96,7 @@ Expected<QStringList> LabelExpander::expand(const QString& text)
     const Expected<QVector<LabelPart>> parts = parseLabel(text);
     if (!parts || !isPattern(*parts))
         return QStringList{text};
-    const Expected<QStringList> labels = expandPattern(*parts, kMostLabels);
+    Expected<QStringList> labels = expandPattern(*parts, kMostLabels);
     if (!labels)
         return Error{QStringLiteral("%1: %2").arg(text, labels.error().text)};
     return labels;

@@ -178,7 +178,7 @@ private:
         const QString limit = valueLimitError(*target->variable, form.elements, m_maxReadBytes);
         if (!limit.isEmpty())
             return Error{limit};
-        const Expected<QStringList> labels =
+        Expected<QStringList> labels =
             expandPattern(*parts, kMostCyclicLabels - int(m_labels.size()));
         if (!labels)
             return labels.error();

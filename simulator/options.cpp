@@ -169,7 +169,7 @@ Expected<void> checkSize(const project::Project& project, int plants)
 {
     qint64 memory = 0;
     for (const project::MemoryArea& area : project.areas)
-        memory += area.size * plants;
+        memory += qint64(area.size) * plants;
     if (memory > kMostMemory) {
         return Error{
             QStringLiteral("the areas of the project have %1 bytes; at most %2 can be simulated")

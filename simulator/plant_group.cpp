@@ -30,7 +30,7 @@ QString PlantGroup::execute(const QString& line)
     const QStringList words = line.simplified().split(QLatin1Char(' '));
     if (words.first() == QLatin1String("plant") && words.size() == 2)
         return choose(words.last());
-    const QString answer = m_plants[m_chosen]->commands().execute(line);
+    QString answer = m_plants[m_chosen]->commands().execute(line);
     const bool hasOthers = m_plants.size() > 1;
     if (words.first() == QLatin1String("help") && hasOthers)
         return answer + QStringLiteral("\nplant N: what follows is for plant number N");

@@ -13,7 +13,7 @@
 namespace plc::simulator {
 namespace {
 
-constexpr qint64 kMillisecondsPerDay = 24 * 60 * 60 * 1000;
+constexpr qint64 kMillisecondsPerDay = qint64(24) * 60 * 60 * 1000;
 constexpr double kTwoPi = 6.283185307179586;
 /// Steps that a counter or walk makes up for after a pause; more would be seen by nobody.
 constexpr qint64 kMostStepsAtOnce = 1000;
