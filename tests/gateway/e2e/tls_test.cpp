@@ -98,6 +98,7 @@ protected:
                                      QStringLiteral("--ca"), m_authority.certificate()} +
                          options);
         consumer.wantRebirth();
+        consumer.skipToBirth();
         return !consumer.await("DBIRTH", "oven").isEmpty();
     }
     QString path(const char* name) const { return site.path(QLatin1String(name)); }

@@ -35,6 +35,15 @@ public:
                                       {QStringLiteral("value"), value}}}}});
     }
 
+    /// For one that comes into a session: what it sees before the node's next birth makes no sense.
+    void skipToBirth()
+    {
+        QJsonObject message = m_process.next();
+        while (!message.isEmpty() && !is(message, "NBIRTH"))
+            message = m_process.next();
+        m_messages.append(message);
+    }
+
     /// Reads on to the first message that fulfils this; empty when none comes.
     QJsonObject await(const Condition& condition)
     {
