@@ -320,11 +320,16 @@ void MosquittoConnection::askConfirmation(quint64 mark)
 {
     int packet = 0;
     const QByteArray nobodysTopic = m_clientId + "/mark";
+    int code = MOSQ_ERR_NO_CONN;
     {
         const std::lock_guard<std::mutex> lock(m_handleMutex);
-        if (!m_handle ||
-            mosquitto_unsubscribe(m_handle, &packet, nobodysTopic.constData()) != MOSQ_ERR_SUCCESS)
-            return;
+        if (m_handle)
+            code = mosquitto_unsubscribe(m_handle, &packet, nobodysTopic.constData());
+    }
+    // Without it, what was published would wait for ever.
+    if (code != MOSQ_ERR_SUCCESS) {
+        drop(QStringLiteral("cannot ask for a confirmation: %1").arg(errorText(code)));
+        return;
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_marks.push_back({mark, m_published, packet, m_early.erase(packet) > 0});

@@ -52,7 +52,8 @@ void Forwarder::removeDevice(int number, qint64 now, qint64 time)
         return;
     endDevice(number, &found->second, now, time);
     // What is on its way of it can be stored only while its names are known.
-    forgetTheWay();
+    for (const Sample& sample : m_unconfirmed.takeDevice(number))
+        m_kept.append(named(number, sample));
     m_publisher->removeDevice(number);
     m_devices.erase(found);
 }
@@ -110,7 +111,7 @@ void Forwarder::lost(qint64 now)
     m_isCongested = false;
     m_isRebirthWanted = false;
     m_publisher->disconnected();
-    forgetTheWay();
+    keepWhatIsOnTheWay();
     for (auto& [number, state] : m_devices) {
         state.isBegun = false;
         state.isForHistory = false;
@@ -120,7 +121,7 @@ void Forwarder::lost(qint64 now)
 }
 
 /// What is on its way may arrive or not: it goes into the store, before what was kept later.
-void Forwarder::forgetTheWay()
+void Forwarder::keepWhatIsOnTheWay()
 {
     QVector<StoredChange> changes;
     std::deque<WriteOutcome> outcomes;
@@ -138,7 +139,7 @@ void Forwarder::confirmed(quint64 mark)
 {
     for (const UnconfirmedSamples::Batch& batch : m_unconfirmed.take(mark)) {
         if (batch.historyTo > 0)
-            m_store->removeUpTo(batch.historyTo);
+            endHistory(batch.historyTo, batch.unsendable);
         if (batch.storedTo == 0)
             continue;
         // Where older ones wait before them they stay, and are sent twice.
@@ -146,6 +147,14 @@ void Forwarder::confirmed(quint64 mark)
         if (!head.isEmpty() && head.first().number >= batch.storedFrom)
             m_store->removeUpTo(batch.storedTo);
     }
+}
+
+/// These have arrived, but for those that nobody could be told.
+void Forwarder::endHistory(qint64 number, quint64 unsendable)
+{
+    if (unsendable > 0)
+        m_store->countDropped(unsendable);
+    m_store->removeUpTo(number);
 }
 
 void Forwarder::beginIfWanted(qint64 now, qint64 time)
@@ -158,11 +167,7 @@ void Forwarder::begin(qint64 now, qint64 time)
 {
     flush(now);
     m_isLive = true;
-    m_bornAt = now;
-    m_ownToldAt = now;
-    m_own.stored = m_store->size();
-    m_own.dropped = m_store->dropped();
-    publish(m_publisher->opening(m_own, time), now);
+    open(now, time);
     for (auto& [number, state] : m_devices) {
         if (state.isAlive)
             beginDevice(number, &state, now, time);
@@ -170,6 +175,21 @@ void Forwarder::begin(qint64 now, qint64 time)
     for (const WriteOutcome& outcome : std::exchange(m_outcomes, {}))
         tell(outcome, now, time);
     askConfirmation();
+}
+
+void Forwarder::open(qint64 now, qint64 time)
+{
+    m_bornAt = now;
+    publish(m_publisher->opening(ownState(now), time), now);
+}
+
+/// As it is, which is about to be told.
+const NodeState& Forwarder::ownState(qint64 now)
+{
+    m_ownToldAt = now;
+    m_own.stored = m_store->size();
+    m_own.dropped = m_store->dropped();
+    return m_own;
 }
 
 void Forwarder::beginDevice(int number, State* state, qint64 now, qint64 time)
@@ -214,10 +234,9 @@ void Forwarder::holdBack(int number, State* state, const QVector<Sample>& sample
 }
 
 /// As the store takes it.
-StoredChange Forwarder::named(int number, const Sample& sample)
+StoredChange Forwarder::named(int number, const Sample& sample) const
 {
-    State& state = m_devices.at(number);
-    ++state.counters.stored;
+    const State& state = m_devices.at(number);
     return {0,
             state.device.name,
             state.device.metrics[sample.metric].name,
@@ -295,8 +314,21 @@ bool Forwarder::store(const QVector<StoredChange>& changes)
     const Expected<void> stored = m_store->append(changes);
     m_storeError = stored ? QString() : stored.error().text;
     if (stored)
-        m_counters.stored += quint64(changes.size());
+        countStored(changes);
     return bool(stored);
+}
+
+void Forwarder::countStored(const QVector<StoredChange>& changes)
+{
+    m_counters.stored += quint64(changes.size());
+    for (auto each = changes.begin(); each != changes.end();) {
+        const auto end = std::find_if(each, changes.end(), [&each](const StoredChange& change) {
+            return change.device != each->device;
+        });
+        if (const int number = numberOf(each->device); number >= 0)
+            m_devices.at(number).counters.stored += quint64(end - each);
+        each = end;
+    }
 }
 
 /// What is only in memory is lost with the process.
@@ -355,19 +387,20 @@ void Forwarder::sendHistory(qint64 now, qint64 time)
         return;
     m_historyBudget -= double(changes.size());
     m_historySentTo = changes.last().number;
-    sendStored(changes, now, time);
-    if (!m_unconfirmed.addHistory(m_historySentTo))
-        m_store->removeUpTo(m_historySentTo);
+    const quint64 unsendable = sendStored(changes, now, time);
+    if (!m_unconfirmed.addHistory(m_historySentTo, unsendable))
+        endHistory(m_historySentTo, unsendable);
 }
 
-void Forwarder::sendStored(const QVector<StoredChange>& changes, qint64 now, qint64 time)
+/// Returns how many of them no metric fits any more.
+quint64 Forwarder::sendStored(const QVector<StoredChange>& changes, qint64 now, qint64 time)
 {
+    quint64 unsendable = 0;
     int next = 0;
     while (next < int(changes.size())) {
         const QString& device = changes[next].device;
         const int number = numberOf(device);
         QVector<Sample> samples;
-        quint64 unknown = 0;
         for (; next < int(changes.size()) && changes[next].device == device; ++next) {
             const StoredChange& change = changes[next];
             const State* state = number < 0 ? nullptr : &m_devices.at(number);
@@ -376,21 +409,24 @@ void Forwarder::sendStored(const QVector<StoredChange>& changes, qint64 now, qin
                 samples.append(
                     {metric, change.time, change.quality, change.isQualityNew, change.bytes});
             else
-                ++unknown;
+                ++unsendable;
         }
-        if (unknown > 0)
-            m_store->countDropped(unknown);
-        if (samples.isEmpty())
-            continue;
-        State& state = m_devices.at(number);
-        if (!state.isBegun) {
-            state.isForHistory = !state.isAlive;
-            beginDevice(number, &state, now, time);
-        }
-        m_counters.historical += quint64(samples.size());
-        state.counters.historical += quint64(samples.size());
-        publish(m_publisher->history(number, samples, time), now, &state);
+        if (!samples.isEmpty())
+            sendHistoryOf(number, samples, now, time);
     }
+    return unsendable;
+}
+
+void Forwarder::sendHistoryOf(int number, const QVector<Sample>& samples, qint64 now, qint64 time)
+{
+    State& state = m_devices.at(number);
+    if (!state.isBegun) {
+        state.isForHistory = !state.isAlive;
+        beginDevice(number, &state, now, time);
+    }
+    m_counters.historical += quint64(samples.size());
+    state.counters.historical += quint64(samples.size());
+    publish(m_publisher->history(number, samples, time), now, &state);
 }
 
 void Forwarder::endIdleDevices(qint64 now, qint64 time)
@@ -411,11 +447,11 @@ void Forwarder::wantRebirth(qint64 now, qint64 time)
 
 void Forwarder::bearAgain(qint64 now, qint64 time)
 {
-    if (!m_isLive || !m_isRebirthWanted || now - m_bornAt < kBirthInterval)
+    // A broker that does not keep up would have births pile up here.
+    if (!takesLive() || !m_isRebirthWanted || now - m_bornAt < kBirthInterval)
         return;
     m_isRebirthWanted = false;
-    m_bornAt = now;
-    publish(m_publisher->opening(m_own, time), now);
+    open(now, time);
     for (auto& [number, state] : m_devices) {
         if (state.isBegun)
             beginDevice(number, &state, now, time);
@@ -426,10 +462,7 @@ void Forwarder::tellOwnState(qint64 now, qint64 time)
 {
     if (now - m_ownToldAt < kOwnStateInterval)
         return;
-    m_ownToldAt = now;
-    m_own.stored = m_store->size();
-    m_own.dropped = m_store->dropped();
-    publish(m_publisher->nodeChanges(m_own, time), now);
+    publish(m_publisher->nodeChanges(ownState(now), time), now);
 }
 
 bool Forwarder::isBegun(int number) const

@@ -97,19 +97,24 @@ private:
                      qint64 time);
     void countLive(int number, State* state, const QVector<Sample>& samples);
     void holdBack(int number, State* state, const QVector<Sample>& samples);
-    StoredChange named(int number, const Sample& sample);
-    void forgetTheWay();
+    StoredChange named(int number, const Sample& sample) const;
+    void keepWhatIsOnTheWay();
+    void open(qint64 now, qint64 time);
+    const NodeState& ownState(qint64 now);
+    void endHistory(qint64 number, quint64 unsendable);
     void publish(const QVector<Message>& messages, qint64 now, State* state = nullptr);
     void askConfirmation();
     void storeUnconfirmed(qint64 now, int olderThan);
     void judgeCongestion(qint64 now, qint64 time);
     void catchUp(qint64 now, qint64 time);
     void sendHistory(qint64 now, qint64 time);
-    void sendStored(const QVector<StoredChange>& changes, qint64 now, qint64 time);
+    quint64 sendStored(const QVector<StoredChange>& changes, qint64 now, qint64 time);
+    void sendHistoryOf(int number, const QVector<Sample>& samples, qint64 now, qint64 time);
     void endIdleDevices(qint64 now, qint64 time);
     void bearAgain(qint64 now, qint64 time);
     void tellOwnState(qint64 now, qint64 time);
     bool store(const QVector<StoredChange>& changes);
+    void countStored(const QVector<StoredChange>& changes);
     int numberOf(const QString& device) const;
 
     Publisher* const m_publisher;

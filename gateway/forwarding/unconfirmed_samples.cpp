@@ -1,5 +1,6 @@
 #include "gateway/forwarding/unconfirmed_samples.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace plc::gateway {
@@ -12,11 +13,13 @@ void UnconfirmedSamples::addBytes(qint64 bytes, qint64 now)
     m_bytes += bytes;
 }
 
-bool UnconfirmedSamples::addHistory(qint64 number)
+bool UnconfirmedSamples::addHistory(qint64 number, quint64 unsendable)
 {
     if (isEmpty())
         return false;
-    (isGrowing() ? m_growing : m_batches.back()).historyTo = number;
+    Batch& batch = isGrowing() ? m_growing : m_batches.back();
+    batch.historyTo = number;
+    batch.unsendable += unsendable;
     return true;
 }
 
@@ -44,6 +47,23 @@ std::deque<UnconfirmedSamples::Batch> UnconfirmedSamples::takeAll()
         endBatch();
     m_bytes = 0;
     return std::exchange(m_batches, {});
+}
+
+QVector<Sample> UnconfirmedSamples::takeDevice(int device)
+{
+    QVector<Sample> samples;
+    const auto takeFrom = [&](QVector<LiveSample>* live) {
+        const auto others = std::stable_partition(
+            live->begin(), live->end(),
+            [device](const LiveSample& each) { return each.device != device; });
+        for (auto each = others; each != live->end(); ++each)
+            samples.append(each->sample);
+        live->erase(others, live->end());
+    };
+    for (Batch& batch : m_batches)
+        takeFrom(&batch.live);
+    takeFrom(&m_growing.live);
+    return samples;
 }
 
 } // namespace plc::gateway

@@ -27,7 +27,8 @@ public:
         QVector<WriteOutcome> outcomes;
         qint64 storedFrom = 0; ///< Their numbers in the store, where they were put there.
         qint64 storedTo = 0;
-        qint64 historyTo = 0; ///< The last change from the store that was published.
+        qint64 historyTo = 0;   ///< The last change from the store that was published.
+        quint64 unsendable = 0; ///< Changes from the store that could not be.
     };
 
     bool isEmpty() const { return m_batches.empty() && !isGrowing(); }
@@ -39,7 +40,7 @@ public:
     void addOutcome(const WriteOutcome& outcome) { m_growing.outcomes.append(outcome); }
     /// Stored changes up to this one were sent, or there was nobody to send them to. Returns false
     /// when nothing is on its way with which they could be confirmed.
-    bool addHistory(qint64 number);
+    bool addHistory(qint64 number, quint64 unsendable);
     void addBytes(qint64 bytes, qint64 now);
     bool isGrowing() const { return m_growing.bytes > 0; }
     /// Ends the batch. Returns the mark to ask for.
@@ -49,6 +50,8 @@ public:
     std::deque<Batch> take(quint64 mark);
     /// Hands out all, oldest first.
     std::deque<Batch> takeAll();
+    /// Hands out what was published live of one device, oldest first; it is not stored yet.
+    QVector<Sample> takeDevice(int device);
     std::deque<Batch>& batches() { return m_batches; }
 
 private:

@@ -127,7 +127,8 @@ QString statusTable(const GatewayStatistics& statistics)
     const QString head =
         QStringLiteral("%1/%2, plc-gateway %3, running %4")
             .arg(values::visibleText(statistics.group), values::visibleText(statistics.node),
-                 statistics.version, sinceText(statistics.started, statistics.time));
+                 values::visibleText(statistics.version),
+                 sinceText(statistics.started, statistics.time));
     return head + QLatin1Char('\n') + brokerLine(statistics.broker, statistics.time) +
            QLatin1Char('\n') + storeLine(statistics.store) + QLatin1String("\n\n") +
            tableText(rows) + QLatin1String("\nWrites: done/refused/unknown\n");

@@ -168,7 +168,7 @@ void Gateway::brokerLost(const QString& reason)
     else if (!wasLeft && told != reason)
         log(QStringLiteral("no connection to the broker %1: %2").arg(brokerName(), reason));
     told = reason;
-    const int pause = m_choice->failed();
+    const int pause = std::exchange(m_hasOtherBrokers, false) ? 0 : m_choice->failed();
     if (!m_ended)
         m_retry.start(pause);
     endWhenConfirmed();
@@ -226,7 +226,6 @@ void Gateway::leaveBroker()
 void Gateway::messagesDropped(quint64 count)
 {
     m_counters.droppedCommands += count;
-    log(QStringLiteral("%1 messages came faster than they could be read, and are gone").arg(count));
 }
 
 void Gateway::confirmed(quint64 mark)
@@ -266,6 +265,7 @@ void Gateway::tick()
     const bool isSecond = ++m_ticks % kTicksPerSecond == 0;
     if (isSecond) {
         m_writes.secondPassed();
+        tellDropped();
         // Values become stale without anything happening.
         for (const auto& [number, device] : m_devices)
             takeFrom(device.get());
@@ -278,6 +278,16 @@ void Gateway::tick()
                 : QStringLiteral("changes cannot be stored: %1").arg(m_toldStoreError));
     }
     endWhenConfirmed();
+}
+
+/// Once a second at most: a flood would fill the log as well.
+void Gateway::tellDropped()
+{
+    const quint64 count = m_counters.droppedCommands - m_toldDropped;
+    m_toldDropped = m_counters.droppedCommands;
+    if (count > 0)
+        log(QStringLiteral("%1 messages came faster than they could be read, and are gone")
+                .arg(count));
 }
 
 Expected<void> Gateway::reconfigure(const GatewaySettings& settings)
@@ -312,13 +322,27 @@ Expected<void> Gateway::reconfigure(const GatewaySettings& settings)
     }
     const bool hasOtherBrokers = !isSame(settings.brokers, m_settings.brokers);
     m_settings = settings;
-    if (hasOtherBrokers) {
-        m_choice =
-            std::make_unique<BrokerChoice>(int(settings.brokers.size()), std::random_device{}());
-        if (m_isConnected)
-            leaveBroker();
-    }
+    if (hasOtherBrokers)
+        beginWithBrokers();
     return {};
+}
+
+/// With the first of those that the configuration has now, whatever was connected or tried.
+void Gateway::beginWithBrokers()
+{
+    m_choice =
+        std::make_unique<BrokerChoice>(int(m_settings.brokers.size()), std::random_device{}());
+    if (m_retry.isActive()) {
+        m_retry.start(0);
+        return;
+    }
+    m_hasOtherBrokers = true;
+    if (m_isConnected) {
+        leaveBroker();
+    } else {
+        m_isLeaving = true;
+        m_broker.drop(QStringLiteral("the configuration has other brokers now"));
+    }
 }
 
 } // namespace plc::gateway

@@ -94,6 +94,8 @@ private:
     void removeDevice(int number);
     void leaveIfWanted();
     void leaveBroker();
+    void beginWithBrokers();
+    void tellDropped();
     void endWhenConfirmed();
     void log(const QString& line) const { m_parts.log(line); }
 
@@ -110,6 +112,8 @@ private:
     QTimer m_ticking;
     int m_ticks = 0;
     bool m_isConnected = false;
+    bool m_hasOtherBrokers = false; ///< The next one to be tried is the first of a new list.
+    quint64 m_toldDropped = 0;
     bool m_isLeaving = false; ///< The connection was closed from here, and is not gone yet.
     qint64 m_brokerSince = 0;
     Histogram m_latency;

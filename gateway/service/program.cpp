@@ -300,9 +300,7 @@ int printStatus(const Options& options)
         const QByteArray document = statusDocument(*status).trimmed();
         return print(STDOUT_FILENO, QString::fromUtf8(document)) ? kExitDone : kExitFailed;
     }
-    QStringList lines = statusTable(*status).trimmed().split(QLatin1Char('\n'));
-    std::transform(lines.begin(), lines.end(), lines.begin(), values::visibleText);
-    const QString text = lines.join(QLatin1Char('\n'));
+    const QString text = statusTable(*status).trimmed();
     return print(STDOUT_FILENO, text) ? kExitDone : kExitFailed;
 }
 

@@ -19,8 +19,8 @@ public:
     QString ofDevice(const char* kind, const QString& device) const;
     /// Where a host tells whether it is there.
     static QString ofHost(const QString& host);
-    /// Whether it is that topic, also as RabbitMQ 3 writes topics of messages that it has kept: with
-    /// slashes in the place of dots.
+    /// Whether it is that topic, also as RabbitMQ 3 writes topics of messages that it has kept:
+    /// with slashes in the place of dots.
     static bool isOfHost(const QString& topic, const QString& host);
 
     /// The device to which a topic carries commands; nothing if it is no such topic of this node.

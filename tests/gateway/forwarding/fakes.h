@@ -28,8 +28,9 @@ public:
     void disconnected() override {}
     bool mayPublish() const override { return mayPublishNow; }
     bool isToLeave() const override { return false; }
-    QVector<gateway::Message> opening(const gateway::NodeState&, qint64) override
+    QVector<gateway::Message> opening(const gateway::NodeState& state, qint64) override
     {
+        opened = state;
         return {message(QStringLiteral("open"))};
     }
     QVector<gateway::Message> nodeChanges(const gateway::NodeState&, qint64) override { return {}; }
@@ -59,6 +60,7 @@ public:
     QVector<gateway::Message> closing(qint64) override { return {}; }
     gateway::Received received(const gateway::Message&, qint64) override { return {}; }
 
+    gateway::NodeState opened; ///< What the last opening told of the gateway.
     bool mayPublishNow = true;
     bool hasTimesInBirths = false;
 

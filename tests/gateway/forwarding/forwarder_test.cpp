@@ -329,13 +329,105 @@ TEST_F(ForwarderTest, RemovedDeviceIsEndedAndWhatWasOnItsWayIsStored)
     connect();
     update('a', {good(0, 1, "1")});
     update('b', {good(0, 1, "1")});
+    pass(kTick);
+    update('a', {good(0, 2, "2")});
     published();
     forwarder.removeDevice('a', now, now);
     EXPECT_EQ(QStringList{"end a"}, published());
     forwarder.flush(now);
-    EXPECT_EQ(2u, store.size());
+    QStringList stored;
+    for (const StoredChange& change : store.oldest(0, 10))
+        stored.append(change.device + QString::fromLatin1(change.bytes));
+    // That of b is there because it was published before, until it is confirmed.
+    EXPECT_EQ((QStringList{"b1", "a1", "a2"}), stored);
     update('b', {good(0, 2, "2")});
     EXPECT_EQ(QStringList{"b x=2@2"}, published());
+}
+
+TEST_F(ForwarderTest, OthersGoOnAndAreConfirmedWhenADeviceIsRemoved)
+{
+    connect();
+    update('b', {good(0, 1, "1")});
+    WriteOutcome outcome;
+    outcome.id = QStringLiteral("7");
+    forwarder.tell(outcome, now, now);
+    forwarder.removeDevice('a', now, now);
+    pass(kTick);
+    confirmAll();
+    EXPECT_FALSE(forwarder.hasUnconfirmed());
+    published();
+    lose();
+    EXPECT_EQ(0u, store.size());
+    connect();
+    EXPECT_EQ((QStringList{"open", "begin b x=1 y=~?"}), published());
+}
+
+TEST_F(ForwarderTest, BrokerThatDoesNotKeepUpGetsNoBirths)
+{
+    connect();
+    update('a', {good(0, 1, "1")});
+    pass(5500);
+    ASSERT_TRUE(forwarder.isCongested());
+    published();
+    forwarder.wantRebirth(now, now);
+    pass(1000);
+    EXPECT_EQ(QStringList(), published());
+    confirmAll();
+    pass(2 * kTick);
+    EXPECT_EQ((QStringList{"open", "begin a x=1 y=~?"}), published());
+}
+
+TEST_F(ForwarderTest, ChangesCountAsStoredOfTheirDeviceWhenTheStoreHasThem)
+{
+    store.isFailing = true;
+    update('a', {good(0, 1, "1"), good(1, 1, "1")});
+    update('b', {good(0, 1, "1")});
+    pass(2000);
+    EXPECT_EQ(0u, forwarder.counters('a').stored);
+    store.isFailing = false;
+    pass(500);
+    EXPECT_EQ(2u, forwarder.counters('a').stored);
+    EXPECT_EQ(1u, forwarder.counters('b').stored);
+    EXPECT_EQ(3u, forwarder.counters().stored);
+}
+
+TEST_F(ForwarderTest, ChangesOnTheWayAreCountedAsStoredOnceThoughTheStoreFailsForLong)
+{
+    connect();
+    update('a', {good(0, 1, "1")});
+    store.isFailing = true;
+    pass(3000);
+    EXPECT_EQ(0u, forwarder.counters('a').stored);
+    store.isFailing = false;
+    pass(kTick);
+    EXPECT_EQ(1u, forwarder.counters('a').stored);
+}
+
+TEST_F(ForwarderTest, ChangeThatNoMetricFitsIsCountedOnceThoughTheBrokerIsLost)
+{
+    ASSERT_TRUE(store.append({{0, "gone", "x", "INT", 1, Quality::Good, false, "1"},
+                              {0, "a", "x", "INT", 1, Quality::Good, false, "1"}}));
+    for (int i = 0; i < 3; ++i) {
+        connect();
+        pass(500);
+        lose();
+    }
+    EXPECT_EQ(0u, store.dropped());
+    connect();
+    pass(500);
+    confirmAll();
+    EXPECT_EQ(1u, store.dropped());
+    EXPECT_EQ(0u, store.size());
+}
+
+TEST_F(ForwarderTest, RebirthTellsTheStoreAsItIsThen)
+{
+    connect();
+    pass(1000);
+    EXPECT_EQ(0u, publisher.opened.dropped);
+    store.countDropped(4);
+    forwarder.wantRebirth(now, now);
+    EXPECT_EQ(4u, publisher.opened.dropped);
 }
 
 } // namespace
