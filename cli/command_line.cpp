@@ -1,19 +1,13 @@
 #include "cli/command_line.h"
 
-#include <QtCore/QCoreApplication>
-
 #include "cli/commands.h"
 #include "cli/help.h"
 #include "options/command_line.h"
+#include "options/help_text.h"
 #include "values/nearest_name.h"
 
 namespace plc::cli {
 namespace {
-
-QString versionText()
-{
-    return QStringLiteral("plc ") + QCoreApplication::applicationVersion();
-}
 
 Expected<const Command*> findCommand(const QStringList& arguments)
 {
@@ -77,7 +71,7 @@ Expected<Invocation> readCommandLine(const QStringList& arguments)
     Invocation invocation;
     const bool wantsHelp = line->has(QStringLiteral("help"));
     if (!wantsHelp && line->has(QStringLiteral("version"))) {
-        invocation.information = versionText();
+        invocation.information = options::versionText(QStringLiteral("plc"));
         return invocation;
     }
     if (wantsHelp && line->arguments().isEmpty()) {

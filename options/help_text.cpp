@@ -1,5 +1,7 @@
 #include "options/help_text.h"
 
+#include <QtCore/QCoreApplication>
+
 namespace plc::options {
 namespace {
 
@@ -55,6 +57,19 @@ QString helpText(const Table& table)
         text += helpItem(QString::fromLatin1(option.usage), QString::fromUtf8(option.help)) +
                 QLatin1Char('\n');
     return text;
+}
+
+QString informationText(const CommandLine& line, const QString& program, const QString& usage,
+                        const Table& table)
+{
+    if (line.has(QStringLiteral("help")))
+        return (usage + helpText(table)).trimmed();
+    return line.has(QStringLiteral("version")) ? versionText(program) : QString();
+}
+
+QString versionText(const QString& program)
+{
+    return program + QLatin1Char(' ') + QCoreApplication::applicationVersion();
 }
 
 } // namespace plc::options

@@ -1,6 +1,7 @@
 #ifndef PLC_OPTIONS_HELP_TEXT_H
 #define PLC_OPTIONS_HELP_TEXT_H
 
+#include "options/command_line.h"
 #include "options/option.h"
 
 namespace plc::options {
@@ -17,6 +18,14 @@ QString sentence(const char* help);
 
 /// One item for each option, each with the end of a line.
 QString helpText(const Table& table);
+
+/// What a program without commands prints instead of doing its work: its help, which begins with
+/// `usage`, or its version. Empty where neither is asked for.
+QString informationText(const CommandLine& line, const QString& program, const QString& usage,
+                        const Table& table);
+
+/// "plc 1.0.0"
+QString versionText(const QString& program);
 
 } // namespace plc::options
 

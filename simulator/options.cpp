@@ -1,7 +1,5 @@
 #include "simulator/options.h"
 
-#include <QtCore/QCoreApplication>
-
 #include "options/command_line.h"
 #include "options/help_text.h"
 #include "options/readers.h"
@@ -67,11 +65,6 @@ options::Reader fault(ReplyFaults* faults, void (ReplyFaults::*plan)(int), int l
         (faults->*plan)(int(*number));
         return {};
     };
-}
-
-QString versionText()
-{
-    return QStringLiteral("plc-simulator ") + QCoreApplication::applicationVersion();
 }
 
 } // namespace
@@ -145,14 +138,10 @@ Expected<Options> readOptions(const QStringList& arguments)
     const Expected<options::CommandLine> line = options::CommandLine::parse(arguments, table);
     if (!line)
         return line.error();
-    if (line->has(QStringLiteral("help"))) {
-        options.information = (QString::fromLatin1(kUsage) + options::helpText(table)).trimmed();
+    options.information = options::informationText(*line, QStringLiteral("plc-simulator"),
+                                                   QString::fromLatin1(kUsage), table);
+    if (!options.information.isEmpty())
         return options;
-    }
-    if (line->has(QStringLiteral("version"))) {
-        options.information = versionText();
-        return options;
-    }
     if (line->arguments().size() != 1)
         return Error{QStringLiteral("expected one project file; --help tells more")};
     options.projectFile = line->arguments().first();

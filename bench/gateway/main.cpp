@@ -12,7 +12,7 @@
 
 #include "bench/gateway/consumer.h"
 #include "bench/gateway/load.h"
-#include "bench/gateway/process_figures.h"
+#include "bench/support/process_figures.h"
 
 namespace plc::bench {
 namespace {

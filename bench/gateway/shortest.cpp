@@ -22,7 +22,7 @@
 #include <vector>
 
 #include "bench/gateway/modbus_plants.h"
-#include "bench/gateway/process_figures.h"
+#include "bench/support/process_figures.h"
 
 namespace plc::bench {
 namespace {

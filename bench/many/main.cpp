@@ -4,7 +4,6 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QEventLoop>
-#include <QtCore/QFile>
 #include <QtCore/QRandomGenerator>
 #include <QtCore/QTimer>
 
@@ -13,6 +12,7 @@
 
 #include <sys/resource.h>
 
+#include "bench/support/process_figures.h"
 #include "plant.h"
 #include "simulators.h"
 
@@ -27,21 +27,8 @@ constexpr double kMostProcessor = 0.5; // ms a plant and second
 
 using Plants = std::vector<std::unique_ptr<Plant>>;
 
-/// Memory of this process that no other shares.
-double privateKib()
-{
-    QFile file(QStringLiteral("/proc/self/smaps_rollup"));
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("%s", qPrintable(file.errorString()));
-    double sum = 0;
-    for (const QByteArray& line : file.readAll().split('\n')) {
-        if (line.startsWith("Private_"))
-            sum += line.simplified().split(' ').value(1).toDouble();
-    }
-    return sum;
-}
-
-double processorMs()
+/// Finer than what the system tells of other processes.
+double ownProcessorMs()
 {
     rusage usage{};
     ::getrusage(RUSAGE_SELF, &usage);
@@ -124,7 +111,7 @@ int run(const char* program)
     Simulators simulators(kPlants);
     const project::Symbols symbols = plantSymbols();
     Plants plants;
-    const double memoryBefore = privateKib();
+    const double memoryBefore = privateKib(QCoreApplication::applicationPid());
     for (int i = 0; i < kPlants; ++i) {
         const auto copy = host::DriverLibrary::loadCopy(QStringLiteral(PLC_LIBRARY));
         if (!copy)
@@ -132,10 +119,10 @@ int run(const char* program)
         plants.push_back(std::make_unique<Plant>(*copy, symbols, simulators.port(i)));
     }
     runUntil("all values are good", [&plants] { return allGood(plants); });
-    const double processorBefore = processorMs();
+    const double processorBefore = ownProcessorMs();
     runFor(1000 * kMeasuredSeconds);
-    const double processor = (processorMs() - processorBefore) / kMeasuredSeconds / kPlants;
-    const double memory = (privateKib() - memoryBefore) / kPlants;
+    const double processor = (ownProcessorMs() - processorBefore) / kMeasuredSeconds / kPlants;
+    const double memory = (privateKib(QCoreApplication::applicationPid()) - memoryBefore) / kPlants;
     bool isMet = print("private memory of a plant", memory, kMostMemory, "KiB");
     isMet = print("processor time of a plant and second", processor, kMostProcessor, "ms") && isMet;
     isMet = failAndReturn(plants, &simulators) && isMet;

@@ -36,6 +36,9 @@ QString errorText(int code)
 {
     if (code == MOSQ_ERR_ERRNO)
         return QString::fromLocal8Bit(std::strerror(errno));
+    // libmosquitto has no words for it.
+    if (code == MOSQ_ERR_KEEPALIVE)
+        return QStringLiteral("the broker has fallen silent");
     QString text = QString::fromLatin1(mosquitto_strerror(code));
     while (text.endsWith(QLatin1Char('.')))
         text.chop(1);

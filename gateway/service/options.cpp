@@ -1,7 +1,5 @@
 #include "gateway/service/options.h"
 
-#include <QtCore/QCoreApplication>
-
 #include "gateway/config/settings.h"
 #include "options/command_line.h"
 #include "options/help_text.h"
@@ -79,15 +77,10 @@ Expected<Options> readOptions(const QStringList& words)
     const Expected<options::CommandLine> line = options::CommandLine::parse(words, table);
     if (!line)
         return line.error();
-    if (line->has(QStringLiteral("help"))) {
-        options.information = (QString::fromLatin1(kUsage) + options::helpText(table)).trimmed();
+    options.information = options::informationText(*line, QStringLiteral("plc-gateway"),
+                                                   QString::fromLatin1(kUsage), table);
+    if (!options.information.isEmpty())
         return options;
-    }
-    if (line->has(QStringLiteral("version"))) {
-        options.information =
-            QStringLiteral("plc-gateway ") + QCoreApplication::applicationVersion();
-        return options;
-    }
     if (const Expected<void> isGood = takeArguments(line->arguments(), &options); !isGood)
         return isGood.error();
     if (const Expected<void> isGood = line->read(table); !isGood)

@@ -160,6 +160,19 @@ TEST_P(MosquittoBrokerTest, BrokerThatIsNotThereIsToldWithItsReason)
     EXPECT_EQ(0, m_diary.connections);
 }
 
+TEST_P(MosquittoBrokerTest, BrokerThatSaysNothingIsToldToBeSilent)
+{
+    QTcpServer silent;
+    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
+    BrokerSettings nobody = settings();
+    nobody.port = silent.serverPort();
+    // Shorter than the time in which a connection is to be made.
+    MosquittoBroker broker(QStringLiteral("four"), 5, &m_diary);
+    broker.open(nobody, {}, {});
+    ASSERT_TRUE(waitUntil([this] { return m_diary.losses.size() == 1; }));
+    EXPECT_EQ("the broker has fallen silent", m_diary.losses[0]);
+}
+
 TEST_P(MosquittoBrokerTest, ConnectionsFollowEachOther)
 {
     for (int i = 1; i <= 3; ++i) {

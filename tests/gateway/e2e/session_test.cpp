@@ -1,5 +1,7 @@
 // Sessions of the program, as a consumer that knows nothing of it sees them.
 
+#include <QtNetwork/QTcpServer>
+
 #include "gateway/e2e/gateway_trial.h"
 
 namespace plc::test {
@@ -259,6 +261,31 @@ TEST_P(GatewaySession, KeepsItsConfigurationWhenTheNewOneIsWrong)
     EXPECT_TRUE(site.gateway.waitForLog(QStringLiteral("the configuration stays as it was")));
     site.plc("oven").set("Oven.count", QStringLiteral("4"));
     EXPECT_FALSE(consumer->awaitValue("DDATA", "oven", "Oven/count", 4).isEmpty());
+}
+
+TEST_P(GatewaySession, GoesToTheBrokersOfANewConfigurationWhateverItWasTrying)
+{
+    const auto consumer = watcher();
+    site.forgetBrokers();
+    // Takes the connection and says nothing.
+    QTcpServer silent;
+    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
+    site.addBroker({{QStringLiteral("host"), QStringLiteral("127.0.0.1")},
+                    {QStringLiteral("port"), silent.serverPort()},
+                    {QStringLiteral("protocol"), QLatin1String(GetParam())}});
+    site.start();
+    ASSERT_TRUE(site.plc("oven").isSeen());
+    site.forgetBrokers();
+    site.addBroker({{QStringLiteral("host"), QStringLiteral("127.0.0.1")},
+                    {QStringLiteral("port"), port()},
+                    {QStringLiteral("protocol"), QLatin1String(GetParam())}});
+    site.writeConfiguration();
+    site.gateway.signal(SIGHUP);
+    EXPECT_FALSE(consumer->await("DBIRTH", "oven").isEmpty());
+    EXPECT_EQ(1, consumer->count("NBIRTH"));
+    // What was tried before is not what failed.
+    EXPECT_FALSE(
+        site.gateway.log().contains(QStringLiteral("no connection to the broker 127.0.0.1")));
 }
 
 INSTANTIATE_TEST_SUITE_P(Mqtt, GatewaySession, bothVersions(), versionName);

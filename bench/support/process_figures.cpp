@@ -1,4 +1,4 @@
-#include "bench/gateway/process_figures.h"
+#include "bench/support/process_figures.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QList>
