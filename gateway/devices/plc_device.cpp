@@ -5,6 +5,7 @@
 #include "gateway/config/device_points.h"
 #include "gateway/config/same_settings.h"
 #include "setup/runtime_settings.h"
+#include "values/nearest_name.h"
 
 namespace plc::gateway {
 
@@ -21,8 +22,14 @@ Expected<std::unique_ptr<PlcDevice>> PlcDevice::create(int number, const DeviceS
 {
     std::unique_ptr<PlcDevice> device(new PlcDevice(number, settings, listener));
     if (const Expected<void> prepared = device->prepare(driver); !prepared)
-        return Error{QStringLiteral("%1: %2").arg(settings.name, prepared.error().text)};
+        return prepared.error();
     return device;
+}
+
+/// As devicePoints() tells what is wrong.
+Error PlcDevice::ofThisDevice(const Error& error) const
+{
+    return {QStringLiteral("device %1: %2").arg(values::quoted(m_settings.name), error.text)};
 }
 
 Expected<void> PlcDevice::prepare(const QString& driver)
@@ -30,14 +37,14 @@ Expected<void> PlcDevice::prepare(const QString& driver)
     m_projectTime = QFileInfo(m_settings.project).lastModified();
     Expected<project::Project> project = project::loadProject(m_settings.project);
     if (!project)
-        return project.error();
+        return ofThisDevice(project.error());
     m_project = std::move(*project);
     m_project.address = m_settings.address.value_or(m_project.address);
     m_project.port = m_settings.port.value_or(m_project.port);
 
     const Expected<host::DriverLibrary> library = host::DriverLibrary::loadCopy(driver);
     if (!library)
-        return library.error();
+        return ofThisDevice(library.error());
     m_library = *library;
     m_runtime = std::make_unique<host::Runtime>(
         m_library->functions(), setup::runtimeSettings(m_project.settings, m_settings.cycleTime),

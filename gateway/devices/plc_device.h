@@ -33,8 +33,7 @@ public:
 /// One PLC: its own copy of the driver, its runtime and its link.
 class PlcDevice : public WriteTarget, private host::RuntimeListener {
 public:
-    /// Reads the project and loads the driver, without connecting. `warnings` tells what is not
-    /// wrong but strange.
+    /// Reads the project and loads the driver, without connecting. An error names the device.
     static Expected<std::unique_ptr<PlcDevice>> create(int number, const DeviceSettings& settings,
                                                        const QString& driver,
                                                        PlcDeviceListener* listener);
@@ -45,6 +44,7 @@ public:
     /// Whether these settings would make the same device, from the same project file.
     bool isAs(const DeviceSettings& settings) const;
     const Device& description() const override { return m_description; }
+    /// What is not wrong but strange; each names the device.
     const QStringList& warnings() const { return m_warnings; }
     QString peer() const;
 
@@ -80,6 +80,7 @@ public:
 private:
     PlcDevice(int number, const DeviceSettings& settings, PlcDeviceListener* listener);
     Expected<void> prepare(const QString& driver);
+    Error ofThisDevice(const Error& error) const;
 
     void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
     void requestSettled() override;

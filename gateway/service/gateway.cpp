@@ -74,7 +74,7 @@ void Gateway::addDevice(std::unique_ptr<PlcDevice> device)
 {
     const int number = device->number();
     for (const QString& warning : device->warnings())
-        log(QStringLiteral("%1: %2").arg(device->description().name, warning));
+        log(warning);
     m_forwarder->addDevice(number, device->description(), device->told());
     m_devices[number] = std::move(device);
 }

@@ -271,7 +271,7 @@ int check(const Options& options)
         if (!device)
             return complain(device.error().text, kExitWrongUse);
         for (const QString& warning : (*device)->warnings())
-            log(QStringLiteral("%1: %2").arg(wanted.name, warning));
+            log(warning);
         const QVector<Metric>& found = (*device)->description().metrics;
         metrics += found.size();
         writable += std::count_if(found.begin(), found.end(),

@@ -128,6 +128,15 @@ TEST_P(GatewayOperation, AWrongConfigurationIsAnExitCodeOfItsOwn)
     }
 }
 
+TEST_P(GatewayOperation, WhatIsWrongWithADeviceNamesItOnce)
+{
+    site.addPlc("press", kOvenProject,
+                {{QStringLiteral("labels"), QJsonArray{QStringLiteral("Oven.none")}}});
+    site.writeConfiguration();
+    EXPECT_EQ("plc-gateway: device \"press\": Oven.none: scope \"Oven\" has no \"none\"\n",
+              site.gateway.run({QStringLiteral("--check")}).errors.toStdString());
+}
+
 /// As started by a service manager that listens on a socket.
 class GatewayService : public GatewayOperation {
 protected:
