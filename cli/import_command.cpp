@@ -1,7 +1,6 @@
 #include "cli/import_command.h"
 
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
 
@@ -13,35 +12,20 @@
 #include "project/label_syntax.h"
 #include "project/project_document.h"
 #include "streams/file_replacement.h"
+#include "streams/input_file.h"
 #include "values/nearest_name.h"
 
 namespace plc::cli {
 namespace {
 
-constexpr qint64 kLargestFile = qint64(32) * 1024 * 1024;
+constexpr streams::InputFileKind kSource = {"a file", qint64(32) * 1024 * 1024, "import its parts"};
 constexpr int kHighestAlignment = 8;
-
-Expected<QByteArray> readFile(const QString& path)
-{
-    QFile file(path);
-    if (QFileInfo(path).isDir())
-        return Error{QStringLiteral("%1: is a folder, expected a file").arg(path)};
-    if (!file.open(QIODevice::ReadOnly))
-        return Error{QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString())};
-    QByteArray bytes = file.read(kLargestFile + 1);
-    if (bytes.size() > kLargestFile) {
-        return Error{QStringLiteral("%1: the file has more than %2 MiB; import its parts")
-                         .arg(path)
-                         .arg(kLargestFile / 1024 / 1024)};
-    }
-    return bytes;
-}
 
 Expected<QVector<iec::SourceFile>> readSources(const QStringList& paths)
 {
     QVector<iec::SourceFile> sources;
     for (const QString& path : paths) {
-        const Expected<QByteArray> bytes = readFile(path);
+        const Expected<QByteArray> bytes = streams::readInputFile(path, kSource);
         if (!bytes)
             return bytes.error();
         const QString foreign = iec::foreignFormat(*bytes);
@@ -76,7 +60,7 @@ Expected<QJsonObject> documentFor(const ImportOptions& options, const project::P
         return project::projectDocument(name.isEmpty() ? QStringLiteral("Imported") : name,
                                         symbols);
     }
-    const Expected<QByteArray> json = readFile(merged);
+    const Expected<QByteArray> json = streams::readInputFile(merged, kSource);
     if (!json)
         return json.error();
     if (const Expected<project::Project> old = project::parseProject(*json, merged); !old)

@@ -1,7 +1,5 @@
 #include "project/project.h"
 
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QSet>
 
 #include <limits>
@@ -11,12 +9,14 @@
 #include "project/json_node.h"
 #include "project/label_lookup.h"
 #include "project/value_limits.h"
+#include "streams/input_file.h"
 #include "values/nearest_name.h"
 
 namespace plc::project {
 namespace {
 
-constexpr qint64 kLargestFile = qint64(32) * 1024 * 1024;
+constexpr streams::InputFileKind kProjectFile = {"a project file", qint64(32) * 1024 * 1024,
+                                                 "a project file has less"};
 constexpr int kMostCyclicLabels = 100000;
 constexpr qint64 kLargestArea = std::numeric_limits<qint32>::max();
 constexpr int kHighestPort = 65535;
@@ -26,13 +26,6 @@ constexpr int kLongestTime = 24 * 60 * 60 * 1000; // ms
 // A reply carries at most 65535 bytes behind its length field: status, entry count and the leading
 // byte of the one block come first.
 constexpr int kMostReadBytes = 65535 - 2 - 4 - 1;
-
-QString tooLarge(const QString& name)
-{
-    return QStringLiteral("%1: the file has more than %2 MiB; a project file has less")
-        .arg(name)
-        .arg(kLargestFile / 1024 / 1024);
-}
 
 void readPlc(const JsonNode& node, Project* project)
 {
@@ -245,9 +238,8 @@ Project readProject(const JsonNode& root, SharedMemoryRule rule)
 
 Expected<Project> parse(QByteArray json, const QString& name, SharedMemoryRule rule)
 {
-    if (json.size() > kLargestFile) {
-        return Error{tooLarge(name)};
-    }
+    if (const Expected<void> isGood = streams::checkInputSize(json, name, kProjectFile); !isGood)
+        return isGood.error();
     const Expected<JsonDocument> document = JsonDocument::parse(std::move(json));
     if (!document) {
         return Error{QStringLiteral("%1: %2").arg(name, document.error().text)};
@@ -264,22 +256,10 @@ Expected<Project> parse(QByteArray json, const QString& name, SharedMemoryRule r
 
 Expected<Project> loadProject(const QString& path, SharedMemoryRule rule)
 {
-    QFile file(path);
-    if (QFileInfo(path).isDir()) {
-        return Error{QStringLiteral("%1: is a folder, expected a project file").arg(path)};
-    }
-    if (!file.open(QIODevice::ReadOnly)) {
-        return Error{QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString())};
-    }
-    if (file.size() > kLargestFile) {
-        return Error{tooLarge(path)};
-    }
-    // Pipes and devices tell no size beforehand.
-    QByteArray json = file.read(kLargestFile + 1);
-    if (file.error() != QFileDevice::NoError) {
-        return Error{QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString())};
-    }
-    return parse(std::move(json), path, rule);
+    Expected<QByteArray> json = streams::readInputFile(path, kProjectFile);
+    if (!json)
+        return json.error();
+    return parse(std::move(*json), path, rule);
 }
 
 Expected<Project> parseProject(const QByteArray& json, const QString& name, SharedMemoryRule rule)

@@ -3,7 +3,6 @@
 #include <arpa/inet.h>
 
 #include <QtCore/QDir>
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
 #include "gateway/config/broker_reader.h"
@@ -12,6 +11,7 @@
 #include "gateway/model/change_store.h"
 #include "project/json_document.h"
 #include "project/json_node.h"
+#include "streams/input_file.h"
 
 namespace plc::gateway {
 
@@ -19,7 +19,8 @@ using project::JsonNode;
 
 namespace {
 
-constexpr qint64 kLargestFile = qint64(16) * 1024 * 1024;
+constexpr streams::InputFileKind kConfiguration = {"a configuration", qint64(16) * 1024 * 1024,
+                                                   "a configuration has less"};
 constexpr int kShortestKeepAlive = 5;   // s; the MQTT library takes no shorter one
 constexpr int kLongestKeepAlive = 3600; // s
 constexpr int kHighestRate = 1000000;   // a second
@@ -181,26 +182,14 @@ void resolvePaths(const QString& folder, GatewaySettings* settings)
         resolve(path);
 }
 
-QString tooLarge(const QString& name)
-{
-    return QStringLiteral("%1: the file has more than %2 MiB; a configuration has less")
-        .arg(name)
-        .arg(kLargestFile / 1024 / 1024);
-}
-
 } // namespace
 
 Expected<GatewaySettings> loadSettings(const QString& path)
 {
-    QFile file(path);
-    if (QFileInfo(path).isDir())
-        return Error{QStringLiteral("%1: is a folder, expected a configuration").arg(path)};
-    if (!file.open(QIODevice::ReadOnly))
-        return Error{QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString())};
-    const QByteArray json = file.read(kLargestFile + 1);
-    if (file.error() != QFileDevice::NoError)
-        return Error{QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString())};
-    Expected<GatewaySettings> settings = parseSettings(json, path);
+    const Expected<QByteArray> json = streams::readInputFile(path, kConfiguration);
+    if (!json)
+        return json.error();
+    Expected<GatewaySettings> settings = parseSettings(*json, path);
     if (settings)
         resolvePaths(QFileInfo(path).absolutePath(), &*settings);
     return settings;
@@ -208,8 +197,8 @@ Expected<GatewaySettings> loadSettings(const QString& path)
 
 Expected<GatewaySettings> parseSettings(const QByteArray& json, const QString& name)
 {
-    if (json.size() > kLargestFile)
-        return Error{tooLarge(name)};
+    if (const Expected<void> isGood = streams::checkInputSize(json, name, kConfiguration); !isGood)
+        return isGood.error();
     const Expected<project::JsonDocument> document = project::JsonDocument::parse(json);
     if (!document)
         return Error{QStringLiteral("%1: %2").arg(name, document.error().text)};

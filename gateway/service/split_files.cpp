@@ -1,29 +1,12 @@
 #include "gateway/service/split_files.h"
 
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
-
+#include "streams/input_file.h"
 #include "values/visible_text.h"
 
 namespace plc::gateway {
 namespace {
 
-constexpr qint64 kLargestFile = qint64(32) * 1024 * 1024;
-
-Expected<QByteArray> contentOf(const QString& path)
-{
-    QFile file(path);
-    if (QFileInfo(path).isDir())
-        return Error{QStringLiteral("%1: is a folder, expected a file").arg(path)};
-    if (!file.open(QIODevice::ReadOnly))
-        return Error{QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString())};
-    const QByteArray content = file.read(kLargestFile + 1);
-    if (content.size() > kLargestFile)
-        return Error{QStringLiteral("%1: the file has more than %2 MiB")
-                         .arg(path)
-                         .arg(kLargestFile / 1024 / 1024)};
-    return content;
-}
+constexpr streams::InputFileKind kList = {"a file", qint64(32) * 1024 * 1024, ""};
 
 QString reportOf(const UnitChanges& changes)
 {
@@ -46,10 +29,10 @@ QString reportOf(const UnitChanges& changes)
 
 Expected<QString> splitFiles(const SplitFiles& files)
 {
-    const Expected<QByteArray> pattern = contentOf(files.pattern);
+    const Expected<QByteArray> pattern = streams::readInputFile(files.pattern, kList);
     if (!pattern)
         return pattern.error();
-    const Expected<QByteArray> list = contentOf(files.list);
+    const Expected<QByteArray> list = streams::readInputFile(files.list, kList);
     if (!list)
         return list.error();
     SplitTask task;
