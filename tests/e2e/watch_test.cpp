@@ -86,7 +86,10 @@ TEST_F(Watching, WritesTheSelectedValueAndShowsWhatThePlcSays)
 TEST_F(Watching, AWriteGoesToTheLabelThatWasChosenHoweverTheRowsMove)
 {
     const std::unique_ptr<TerminalProcess> plc = watch();
-    ASSERT_TRUE(plc->waitForText(">*R.first") || plc->waitForText("> R.first"));
+    ASSERT_TRUE(plc->waitFor([](const Screen& screen) {
+        return screen.text().contains(QLatin1String(">*R.first")) ||
+               screen.text().contains(QLatin1String("> R.first"));
+    }));
     plc->type("ssS"); // by value, the highest first
     ASSERT_TRUE(plc->waitForText("by value reversed"));
     poke(1, 2, "0009");
