@@ -3,8 +3,8 @@
 
 #include <memory>
 
+#include "exchange/flat_json.h"
 #include "fuzz_input.h"
-#include "gateway/exchange/flat_json.h"
 #include "gateway/exchange/outcome_json.h"
 #include "gateway/plain/plain_publisher.h"
 #include "gateway/sparkplug/sparkplug_publisher.h"
@@ -88,8 +88,8 @@ void checkOutcome(const WriteRequest& write, Publisher& publisher)
     outcome.id = write.id;
     outcome.reason = write.error;
     require(publisher.outcome(outcome, 1).size() == 1, "each write has an outcome");
-    const plc::Expected<FlatJson> json =
-        parseFlatJson(outcomeJson(outcome, QStringLiteral("d")).toUtf8());
+    const plc::Expected<plc::exchange::FlatJson> json =
+        plc::exchange::parseFlatJson(outcomeJson(outcome, QStringLiteral("d")).toUtf8());
     require(bool(json), "an outcome is JSON");
     require(json->member("outcome") != nullptr, "an outcome says what it is");
 }

@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-#include "gateway/operation/listening_socket.h"
+#include "service/listening_socket.h"
 
 namespace plc::gateway {
 namespace {
@@ -45,8 +45,8 @@ MHD_Result answer(void* server, MHD_Connection* connection, const char* url, con
 
 Expected<int> listenOn(const MetricsSettings& settings)
 {
-    return settings.socket.isEmpty() ? listenOnAddress(settings.address, settings.port)
-                                     : listenOnPath(settings.socket);
+    return settings.socket.isEmpty() ? service::listenOnAddress(settings.address, settings.port)
+                                     : service::listenOnPath(settings.socket);
 }
 
 } // namespace
@@ -59,7 +59,7 @@ Expected<std::unique_ptr<MetricsServer>> MetricsServer::start(const MetricsSetti
     std::unique_ptr<MetricsServer> server(new MetricsServer);
     server->m_path = settings.socket;
     if (settings.socket.isEmpty())
-        server->m_port = listeningPort(*socket);
+        server->m_port = service::listeningPort(*socket);
     server->m_daemon =
         ::MHD_start_daemon(MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_AUTO | MHD_USE_ITC, 0, nullptr,
                            nullptr, &answer, server.get(), MHD_OPTION_LISTEN_SOCKET, *socket,

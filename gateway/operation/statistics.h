@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <array>
 
+#include "service/process_usage.h"
+
 namespace plc::gateway {
 
 // What a gateway knows of its own work. Counts begin with the process unless told otherwise; times
@@ -92,12 +94,6 @@ struct StoreStatistics {
     QString problem;
 };
 
-/// What the process has taken of the machine.
-struct ProcessUsage {
-    double processorTime = 0;
-    qint64 residentBytes = 0;
-};
-
 struct GatewayStatistics {
     QString version;
     QString group;
@@ -109,11 +105,8 @@ struct GatewayStatistics {
     QVector<DeviceStatistics> devices;
     /// From the request of a value until its change was handed over to be sent.
     Histogram latency;
-    ProcessUsage process;
+    service::ProcessUsage process;
 };
-
-/// Of this process, as the system has it.
-ProcessUsage processUsage();
 
 } // namespace plc::gateway
 

@@ -5,8 +5,8 @@
 #include <QtCore/QTimer>
 #include <QtNetwork/QLocalSocket>
 
-#include "gateway/operation/listening_socket.h"
 #include "gateway/operation/status_document.h"
+#include "service/listening_socket.h"
 
 namespace plc::gateway {
 namespace {
@@ -30,7 +30,7 @@ StatusServer::~StatusServer()
 Expected<std::unique_ptr<StatusServer>> StatusServer::start(const QString& path,
                                                             std::function<QByteArray()> document)
 {
-    const Expected<int> socket = listenOnPath(path);
+    const Expected<int> socket = service::listenOnPath(path);
     if (!socket)
         return Error{QStringLiteral("status: %1").arg(socket.error().text)};
     std::unique_ptr<StatusServer> server(new StatusServer(path, std::move(document)));

@@ -1,9 +1,9 @@
 #include "gateway/plain/plain_json.h"
 
-#include "gateway/exchange/flat_json.h"
-#include "gateway/exchange/metric_unit.h"
+#include "exchange/flat_json.h"
+#include "exchange/shown_unit.h"
+#include "exchange/written_value.h"
 #include "gateway/exchange/outcome_json.h"
-#include "gateway/exchange/written_value.h"
 #include "host/points/value_codec.h"
 #include "values/nearest_name.h"
 
@@ -27,7 +27,7 @@ QString qualityWord(Quality quality)
 
 QString unitMember(const host::DataPoint& point)
 {
-    const QString unit = metricUnit(point);
+    const QString unit = exchange::shownUnit(point);
     return unit.isEmpty() ? QString() : QStringLiteral(",\"unit\":") + values::jsonText(unit);
 }
 
@@ -37,7 +37,7 @@ QString timeMember(qint64 time)
 }
 
 /// A text, or a whole number; nothing for anything else.
-std::optional<QString> readId(const JsonItem& item)
+std::optional<QString> readId(const exchange::JsonItem& item)
 {
     if (item.isList || item.values.size() != 1)
         return std::nullopt;
@@ -49,7 +49,8 @@ std::optional<QString> readId(const JsonItem& item)
     return std::nullopt;
 }
 
-Expected<QVector<values::Value>> readValues(const host::DataPoint& point, const JsonItem& item)
+Expected<QVector<values::Value>> readValues(const host::DataPoint& point,
+                                            const exchange::JsonItem& item)
 {
     if (item.values.isEmpty() && !item.isList)
         return Error{QStringLiteral("null is no value that can be written")};
@@ -57,12 +58,13 @@ Expected<QVector<values::Value>> readValues(const host::DataPoint& point, const 
         return Error{QStringLiteral("one value is expected, no list")};
     if (!item.isList && point.elements > 1)
         return Error{QStringLiteral("a list of %1 values is expected").arg(point.elements)};
-    return writtenValues(point, item.values);
+    return exchange::writtenValues(point, item.values);
 }
 
-Expected<void> readObject(const FlatJson& json, const JsonItem** value, QString* id)
+Expected<void> readObject(const exchange::FlatJson& json, const exchange::JsonItem** value,
+                          QString* id)
 {
-    for (const JsonMember& member : json.members) {
+    for (const exchange::JsonMember& member : json.members) {
         if (member.key == QLatin1String("value")) {
             *value = &member.item;
         } else if (member.key == QLatin1String("id")) {
@@ -123,12 +125,12 @@ QByteArray nodeStateMessage(const NodeState& state, qint64 time)
 WriteRequest readWrite(const Metric& metric, const QByteArray& payload)
 {
     WriteRequest request;
-    const Expected<FlatJson> json = parseFlatJson(payload);
+    const Expected<exchange::FlatJson> json = exchange::parseFlatJson(payload);
     if (!json) {
         request.error = json.error().text;
         return request;
     }
-    const JsonItem* value = json->item ? &*json->item : nullptr;
+    const exchange::JsonItem* value = json->item ? &*json->item : nullptr;
     if (!value) {
         const Expected<void> read = readObject(*json, &value, &request.id);
         if (!read) {

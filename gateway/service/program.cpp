@@ -12,7 +12,6 @@
 #include "gateway/operation/audit_file.h"
 #include "gateway/operation/metrics_server.h"
 #include "gateway/operation/metrics_text.h"
-#include "gateway/operation/service_manager.h"
 #include "gateway/operation/status_document.h"
 #include "gateway/operation/status_server.h"
 #include "gateway/operation/status_table.h"
@@ -23,6 +22,7 @@
 #include "gateway/sparkplug/sparkplug_publisher.h"
 #include "gateway/store/sqlite_change_store.h"
 #include "host/driver/driver_library.h"
+#include "service/service_manager.h"
 #include "streams/output_stream.h"
 #include "streams/signal_notifier.h"
 #include "values/visible_text.h"
@@ -97,7 +97,7 @@ private:
     SqliteChangeStore* m_store = nullptr; ///< Owned by the gateway.
     std::unique_ptr<MetricsServer> m_metrics;
     std::unique_ptr<StatusServer> m_status;
-    ServiceManager m_manager;
+    service::ServiceManager m_manager;
     QTimer m_seconds;
     QTimer m_watchdog;
     QString m_toldAuditError;
@@ -181,7 +181,7 @@ int Run::runEventLoop()
     QObject::connect(&m_seconds, &QTimer::timeout, &m_seconds, [this] { passSecond(); });
     m_seconds.start(kSecond);
     QObject::connect(&m_watchdog, &QTimer::timeout, &m_watchdog, [this] { m_manager.alive(); });
-    if (const std::optional<int> interval = ServiceManager::watchdogInterval())
+    if (const std::optional<int> interval = service::ServiceManager::watchdogInterval())
         m_watchdog.start(*interval);
     m_gateway->start();
     m_manager.ready();

@@ -77,7 +77,7 @@ GatewayStatistics collectStatistics(const Gateway& gateway, const QString& versi
     for (const auto& [number, device] : gateway.devices())
         statistics.devices.append(deviceStatistics(gateway, *device));
     statistics.latency = gateway.latency();
-    statistics.process = processUsage();
+    statistics.process = service::processUsage();
     return statistics;
 }
 

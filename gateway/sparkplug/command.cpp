@@ -3,7 +3,7 @@
 
 #include "gateway/sparkplug/command.h"
 
-#include "gateway/exchange/written_value.h"
+#include "exchange/written_value.h"
 #include "gateway/sparkplug/array_bytes.h"
 #include "gateway/sparkplug/data_type.h"
 #include "gateway/sparkplug/utf8.h"
@@ -138,7 +138,7 @@ Expected<QVector<values::Value>> commandedValues(const Metric& metric,
     const Expected<QVector<values::Value>> given = givenValues(metric.point, command);
     if (!given)
         return given.error();
-    return writtenValues(metric.point, *given);
+    return exchange::writtenValues(metric.point, *given);
 }
 
 } // namespace plc::gateway

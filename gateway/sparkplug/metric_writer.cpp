@@ -1,6 +1,6 @@
 #include "gateway/sparkplug/metric_writer.h"
 
-#include "gateway/exchange/metric_unit.h"
+#include "exchange/shown_unit.h"
 #include "gateway/sparkplug/array_bytes.h"
 #include "gateway/sparkplug/data_type.h"
 #include "gateway/sparkplug/utf8.h"
@@ -95,7 +95,7 @@ void describe(const Metric& metric, wire::Metric* target)
 {
     target->set_name(text(metric.name));
     target->set_datatype(quint32(dataType(metric.point)));
-    addTextProperty("engUnit", metricUnit(metric.point), target);
+    addTextProperty("engUnit", exchange::shownUnit(metric.point), target);
     addTextProperty("description", metric.point.description, target);
 }
 

@@ -1,11 +1,11 @@
 #include "gateway/sparkplug/primary_host.h"
 
-#include "gateway/exchange/flat_json.h"
+#include "exchange/flat_json.h"
 
 namespace plc::gateway {
 namespace {
 
-std::optional<bool> truthValue(const JsonItem* item)
+std::optional<bool> truthValue(const exchange::JsonItem* item)
 {
     if (!item || item->isList || item->values.isEmpty())
         return std::nullopt;
@@ -14,7 +14,7 @@ std::optional<bool> truthValue(const JsonItem* item)
 }
 
 /// Milliseconds: a whole number, also where it is written as a fraction (1.7e12).
-std::optional<quint64> wholeNumber(const JsonItem* item)
+std::optional<quint64> wholeNumber(const exchange::JsonItem* item)
 {
     constexpr double kExact = 9007199254740992.0; // 2^53
     if (!item || item->isList || item->values.isEmpty())
@@ -40,7 +40,7 @@ void PrimaryHost::forget()
 
 QString PrimaryHost::received(const QByteArray& payload)
 {
-    const Expected<FlatJson> json = parseFlatJson(payload);
+    const Expected<exchange::FlatJson> json = exchange::parseFlatJson(payload);
     if (!json)
         return json.error().text;
     const std::optional<bool> isOnline = truthValue(json->member("online"));

@@ -88,13 +88,6 @@ TEST(MetricsText, WithoutBrokerAndStoreSaysSo)
     EXPECT_THAT(told, HasSubstr("\nplc_gateway_store_working 0\n"));
 }
 
-TEST(MetricsText, TheProcessTakesTimeAndMemory)
-{
-    const ProcessUsage usage = processUsage();
-    EXPECT_GT(usage.processorTime, 0);
-    EXPECT_GT(usage.residentBytes, 1000000);
-}
-
 #ifdef PLC_PROMTOOL
 TEST(MetricsText, IsWhatPrometheusTakes)
 {

@@ -1,11 +1,11 @@
-#ifndef PLC_GATEWAY_OPERATION_SERVICE_MANAGER_H
-#define PLC_GATEWAY_OPERATION_SERVICE_MANAGER_H
+#ifndef PLC_SERVICE_SERVICE_MANAGER_H
+#define PLC_SERVICE_SERVICE_MANAGER_H
 
 #include <QtCore/QString>
 
 #include <optional>
 
-namespace plc::gateway {
+namespace plc::service {
 
 /// What started this process, if it wants to be told how it does (systemd's notification). Without
 /// one, nothing happens.
@@ -29,6 +29,6 @@ private:
     QString m_status;
 };
 
-} // namespace plc::gateway
+} // namespace plc::service
 
 #endif

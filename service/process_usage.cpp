@@ -1,11 +1,11 @@
+#include "service/process_usage.h"
+
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <QtCore/QFile>
 
-#include "gateway/operation/statistics.h"
-
-namespace plc::gateway {
+namespace plc::service {
 namespace {
 
 double seconds(const timeval& time)
@@ -29,4 +29,4 @@ ProcessUsage processUsage()
     return usage;
 }
 
-} // namespace plc::gateway
+} // namespace plc::service

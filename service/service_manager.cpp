@@ -1,4 +1,4 @@
-#include "gateway/operation/service_manager.h"
+#include "service/service_manager.h"
 
 #include <systemd/sd-daemon.h>
 #include <time.h>
@@ -7,7 +7,7 @@
 
 #include "values/visible_text.h"
 
-namespace plc::gateway {
+namespace plc::service {
 namespace {
 
 constexpr int kKeepsEnvironment = 0;
@@ -67,4 +67,4 @@ std::optional<int> ServiceManager::watchdogInterval()
     return int(half < 1 ? 1 : half > kLongest ? kLongest : half);
 }
 
-} // namespace plc::gateway
+} // namespace plc::service

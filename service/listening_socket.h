@@ -1,11 +1,11 @@
-#ifndef PLC_GATEWAY_OPERATION_LISTENING_SOCKET_H
-#define PLC_GATEWAY_OPERATION_LISTENING_SOCKET_H
+#ifndef PLC_SERVICE_LISTENING_SOCKET_H
+#define PLC_SERVICE_LISTENING_SOCKET_H
 
 #include <QtCore/QString>
 
 #include "values/expected.h"
 
-namespace plc::gateway {
+namespace plc::service {
 
 /// A socket in the file system that listens, for owner and group alone. One that a process left
 /// behind is replaced; an error when a process still listens there, or when it is another file. The
@@ -18,6 +18,6 @@ Expected<int> listenOnAddress(const QString& address, quint16 port);
 /// The port that a socket of listenOnAddress() has, also if 0 was asked for.
 quint16 listeningPort(int socket);
 
-} // namespace plc::gateway
+} // namespace plc::service
 
 #endif

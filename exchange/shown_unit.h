@@ -1,19 +1,19 @@
-#ifndef PLC_GATEWAY_EXCHANGE_METRIC_UNIT_H
-#define PLC_GATEWAY_EXCHANGE_METRIC_UNIT_H
+#ifndef PLC_EXCHANGE_SHOWN_UNIT_H
+#define PLC_EXCHANGE_SHOWN_UNIT_H
 
 #include <QtCore/QString>
 
 #include "host/points/data_point.h"
 
-namespace plc::gateway {
+namespace plc::exchange {
 
 /// The unit in which a value is told; empty if there is none. TIME is told in milliseconds.
-inline QString metricUnit(const host::DataPoint& point)
+inline QString shownUnit(const host::DataPoint& point)
 {
     const bool isTime = point.type->format == values::ValueFormat::Duration;
     return point.unit.isEmpty() && isTime ? QStringLiteral("ms") : point.unit;
 }
 
-} // namespace plc::gateway
+} // namespace plc::exchange
 
 #endif

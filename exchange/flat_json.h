@@ -1,5 +1,5 @@
-#ifndef PLC_GATEWAY_EXCHANGE_FLAT_JSON_H
-#define PLC_GATEWAY_EXCHANGE_FLAT_JSON_H
+#ifndef PLC_EXCHANGE_FLAT_JSON_H
+#define PLC_EXCHANGE_FLAT_JSON_H
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -10,7 +10,7 @@
 #include "values/expected.h"
 #include "values/value_text.h"
 
-namespace plc::gateway {
+namespace plc::exchange {
 
 /// A value or a list of values. Numbers are exact: an integer that does not fit into 64 bits, or a
 /// fraction that no double holds, is an error of the text. Without values: null, or an empty list.
@@ -24,7 +24,7 @@ struct JsonMember {
     JsonItem item;
 };
 
-/// JSON that comes from a broker: an item, or an object of items.
+/// JSON that comes from others: an item, or an object of items.
 struct FlatJson {
     std::optional<JsonItem> item;
     QVector<JsonMember> members;
@@ -40,6 +40,6 @@ constexpr int kMostBytesOfJson = 1024 * 1024;
 /// than described, is an error.
 Expected<FlatJson> parseFlatJson(const QByteArray& json);
 
-} // namespace plc::gateway
+} // namespace plc::exchange
 
 #endif

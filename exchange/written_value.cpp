@@ -1,4 +1,4 @@
-#include "gateway/exchange/written_value.h"
+#include "exchange/written_value.h"
 
 #include <cmath>
 #include <type_traits>
@@ -6,7 +6,7 @@
 #include "values/nearest_name.h"
 #include "values/string_literal.h"
 
-namespace plc::gateway {
+namespace plc::exchange {
 namespace {
 
 using values::ValueFormat;
@@ -114,4 +114,4 @@ Expected<QVector<values::Value>> writtenValues(const host::DataPoint& point,
     return result;
 }
 
-} // namespace plc::gateway
+} // namespace plc::exchange

@@ -1,4 +1,4 @@
-#include "gateway/operation/listening_socket.h"
+#include "service/listening_socket.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -12,7 +12,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace plc::gateway {
+namespace plc::service {
 namespace {
 
 constexpr int kBacklog = 16;
@@ -125,4 +125,4 @@ quint16 listeningPort(int socket)
     return ntohs(address.sin6_port);
 }
 
-} // namespace plc::gateway
+} // namespace plc::service

@@ -1,4 +1,4 @@
-#include "gateway/exchange/flat_json.h"
+#include "exchange/flat_json.h"
 
 #include <simdjson.h>
 
@@ -6,7 +6,7 @@
 
 #include "values/nearest_name.h"
 
-namespace plc::gateway {
+namespace plc::exchange {
 namespace {
 
 namespace dom = simdjson::dom;
@@ -114,4 +114,4 @@ Expected<FlatJson> parseFlatJson(const QByteArray& json)
     return result;
 }
 
-} // namespace plc::gateway
+} // namespace plc::exchange

@@ -1,8 +1,8 @@
-#include "gateway/exchange/flat_json.h"
+#include "exchange/flat_json.h"
 
 #include <gtest/gtest.h>
 
-namespace plc::gateway {
+namespace plc::exchange {
 namespace {
 
 values::Value only(const char* json)
@@ -107,4 +107,4 @@ TEST(FlatJson, RefusesMoreThanAMebibyteUnread)
 }
 
 } // namespace
-} // namespace plc::gateway
+} // namespace plc::exchange

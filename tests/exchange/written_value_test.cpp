@@ -1,4 +1,4 @@
-#include "gateway/exchange/written_value.h"
+#include "exchange/written_value.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 
 #include "support/data_points.h"
 
-namespace plc::gateway {
+namespace plc::exchange {
 namespace {
 
 using values::Value;
@@ -139,4 +139,4 @@ TEST(WrittenValues, SeveralTextsAreNotWrittenAtOnce)
 }
 
 } // namespace
-} // namespace plc::gateway
+} // namespace plc::exchange

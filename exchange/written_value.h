@@ -1,5 +1,5 @@
-#ifndef PLC_GATEWAY_EXCHANGE_WRITTEN_VALUE_H
-#define PLC_GATEWAY_EXCHANGE_WRITTEN_VALUE_H
+#ifndef PLC_EXCHANGE_WRITTEN_VALUE_H
+#define PLC_EXCHANGE_WRITTEN_VALUE_H
 
 #include <QtCore/QVector>
 
@@ -7,7 +7,7 @@
 #include "values/expected.h"
 #include "values/value_text.h"
 
-namespace plc::gateway {
+namespace plc::exchange {
 
 /// The value of a data point that a consumer means by `given`: a truth value for BOOL and BIT, a
 /// text for STRING and WSTRING, milliseconds for TIME, a number for the others. It must be in the
@@ -19,6 +19,6 @@ Expected<values::Value> writtenValue(const host::DataPoint& point, const values:
 Expected<QVector<values::Value>> writtenValues(const host::DataPoint& point,
                                                const QVector<values::Value>& given);
 
-} // namespace plc::gateway
+} // namespace plc::exchange
 
 #endif

@@ -1,4 +1,4 @@
-#include "gateway/operation/service_manager.h"
+#include "service/service_manager.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 
 #include "tests/support/file_test.h"
 
-namespace plc::gateway {
+namespace plc::service {
 namespace test {
 namespace {
 
@@ -96,4 +96,4 @@ TEST_F(ServiceManagerTest, IsNotMissed)
 
 } // namespace
 } // namespace test
-} // namespace plc::gateway
+} // namespace plc::service
