@@ -1,6 +1,6 @@
 #include "gateway/config/broker_reader.h"
 
-#include "gateway/config/field_readers.h"
+#include "configuration/field_readers.h"
 
 namespace plc::gateway {
 
@@ -27,11 +27,11 @@ TlsSettings readTls(const JsonNode& node)
     node.checkKeys({}, {"authorities", "certificate", "key"});
     TlsSettings tls;
     if (node.has("authorities"))
-        tls.authorities = readPath(node.member("authorities"));
+        tls.authorities = configuration::readPath(node.member("authorities"));
     if (node.has("certificate"))
-        tls.certificate = readPath(node.member("certificate"));
+        tls.certificate = configuration::readPath(node.member("certificate"));
     if (node.has("key"))
-        tls.key = readPath(node.member("key"));
+        tls.key = configuration::readPath(node.member("key"));
     if (node.has("certificate") != node.has("key"))
         node.fail(QStringLiteral("a certificate and its key are given together or not at all"));
     return tls;
@@ -43,19 +43,21 @@ BrokerSettings readBroker(const JsonNode& node)
     BrokerSettings broker;
     if (!node.errors()->isEmpty())
         return broker;
-    broker.host = readNonEmpty(node.member("host"), QStringLiteral("a host name or an IP address"));
+    broker.host = configuration::readNonEmpty(node.member("host"),
+                                              QStringLiteral("a host name or an IP address"));
     if (node.has("tls")) {
         broker.tls = readTls(node.member("tls"));
         broker.port = kTlsPort;
     }
     if (node.has("port"))
-        broker.port = readPort(node.member("port"));
+        broker.port = configuration::readPort(node.member("port"));
     if (node.has("protocol"))
         broker.isVersion5 = readIsVersion5(node.member("protocol"));
     if (node.has("user"))
-        broker.user = readNonEmpty(node.member("user"), QStringLiteral("the name of a user"));
+        broker.user =
+            configuration::readNonEmpty(node.member("user"), QStringLiteral("the name of a user"));
     if (node.has("passwordFile")) {
-        broker.passwordFile = readPath(node.member("passwordFile"));
+        broker.passwordFile = configuration::readPath(node.member("passwordFile"));
         if (broker.user.isEmpty())
             node.member("passwordFile")
                 .fail(QStringLiteral("a password needs a user, which the key \"user\" names"));

@@ -2,9 +2,9 @@
 
 #include <QtCore/QHash>
 
+#include "configuration/label_places.h"
 #include "gateway/model/metric_name.h"
 #include "project/label_expansion.h"
-#include "project/label_pattern.h"
 #include "values/nearest_name.h"
 
 namespace plc::gateway {
@@ -23,7 +23,11 @@ class DeviceBuilder {
 public:
     DeviceBuilder(const DeviceSettings& settings, const project::Project& project,
                   const host::DataPointFinder& points)
-        : m_settings(settings), m_project(project), m_points(points), m_expander(project)
+        : m_settings(settings),
+          m_project(project),
+          m_points(points),
+          m_expander(project),
+          m_places(project)
     {
     }
 
@@ -77,12 +81,12 @@ private:
     {
         if (!point)
             return fail(point.error().text);
-        if (m_places.contains(point->text))
+        if (m_places.hasLabel(point->text))
             return true;
         if (metrics().size() == kMostMetrics)
             return fail(
                 QStringLiteral("it has more than %1 values; name fewer labels").arg(kMostMetrics));
-        m_places.insert(point->text, int(metrics().size()));
+        m_places.append(point->text);
         Metric metric;
         metric.point = *point;
         metric.name = metricName(*point);
@@ -122,39 +126,10 @@ private:
                 .arg(values::quoted(m_settings.name), metrics()[one].name, metrics()[other].name));
     }
 
-    /// The places of the metrics that a text fits: a value as it is published, a range, a pattern.
-    /// Part of a value is none: who may write one element must not write the others.
-    Expected<QVector<int>> fitting(const QString& text)
-    {
-        QVector<int> places;
-        const bool isPattern = project::hasWildcard(text) && !m_places.contains(text);
-        if (isPattern) {
-            const project::LabelPattern pattern(text, project::LabelPattern::Place::Whole);
-            for (int i = 0; i < int(metrics().size()); ++i) {
-                if (pattern.matches(metrics()[i].point.text))
-                    places.append(i);
-            }
-        } else {
-            const Expected<QStringList> labels = m_expander.expand(text);
-            if (!labels)
-                return labels.error();
-            for (const QString& label : *labels) {
-                const auto place = m_places.constFind(label);
-                if (place == m_places.constEnd())
-                    return Error{QStringLiteral("%1 is none of its values%2")
-                                     .arg(label, values::nearestNameHint(label, m_places.keys()))};
-                places.append(*place);
-            }
-        }
-        if (places.isEmpty())
-            return Error{QStringLiteral("%1 fits none of its values").arg(text)};
-        return places;
-    }
-
     bool applyDeadbands()
     {
-        for (const DeadbandSettings& settings : m_settings.deadbands) {
-            const Expected<QVector<int>> places = fitting(settings.labels);
+        for (const configuration::DeadbandRule& settings : m_settings.deadbands) {
+            const Expected<QVector<int>> places = m_places.fitting(settings.labels);
             if (!places)
                 return fail(QStringLiteral("deadband: %1").arg(places.error().text));
             bool hasNumber = false;
@@ -174,8 +149,8 @@ private:
     {
         if (!m_settings.writable.isEmpty() && m_project.settings.readOnly)
             return fail(QStringLiteral("writable: its project is read-only"));
-        for (const WritableSettings& settings : m_settings.writable) {
-            const Expected<QVector<int>> places = fitting(settings.labels);
+        for (const configuration::WritableRule& settings : m_settings.writable) {
+            const Expected<QVector<int>> places = m_places.fitting(settings.labels);
             if (!places)
                 return fail(QStringLiteral("writable: %1").arg(places.error().text));
             for (int place : *places) {
@@ -186,7 +161,7 @@ private:
         return true;
     }
 
-    bool applyWritable(const WritableSettings& settings, Metric* metric)
+    bool applyWritable(const configuration::WritableRule& settings, Metric* metric)
     {
         const bool isLimited = settings.lowest || settings.highest;
         if (isLimited && !isNumeric(*metric->point.type))
@@ -205,7 +180,7 @@ private:
     const project::Project& m_project;
     const host::DataPointFinder& m_points;
     project::LabelExpander m_expander;
-    QHash<QString, int> m_places; ///< Of the metrics, by DataPoint::text.
+    configuration::LabelPlaces m_places; ///< Of the metrics, by DataPoint::text.
     DevicePoints m_result;
     QString m_problem;
 };

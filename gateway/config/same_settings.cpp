@@ -6,12 +6,12 @@
 namespace plc::gateway {
 namespace {
 
-auto fields(const DeadbandSettings& settings)
+auto fields(const configuration::DeadbandRule& settings)
 {
     return std::tie(settings.labels, settings.deadband);
 }
 
-auto fields(const WritableSettings& settings)
+auto fields(const configuration::WritableRule& settings)
 {
     return std::tie(settings.labels, settings.lowest, settings.highest);
 }

@@ -1,13 +1,13 @@
 #include "gateway/config/settings.h"
 
-#include <arpa/inet.h>
-
-#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
+#include "configuration/field_readers.h"
+#include "configuration/listen_address.h"
+#include "configuration/service_paths.h"
 #include "gateway/config/broker_reader.h"
 #include "gateway/config/device_reader.h"
-#include "gateway/config/field_readers.h"
+#include "gateway/config/topic_names.h"
 #include "gateway/model/change_store.h"
 #include "project/json_document.h"
 #include "project/json_node.h"
@@ -24,11 +24,6 @@ constexpr streams::InputFileKind kConfiguration = {"a configuration", qint64(16)
 constexpr int kShortestKeepAlive = 5;   // s; the MQTT library takes no shorter one
 constexpr int kLongestKeepAlive = 3600; // s
 constexpr int kHighestRate = 1000000;   // a second
-constexpr int kLoopbackNet = 127;
-
-/// Folders that the service manager makes for a service and names in its environment.
-const char* const kServiceFolders[] = {"CREDENTIALS_DIRECTORY", "STATE_DIRECTORY",
-                                       "RUNTIME_DIRECTORY"};
 
 PublicationFormat readFormat(const JsonNode& node)
 {
@@ -71,42 +66,25 @@ void readFormatOptions(const JsonNode& root, GatewaySettings* settings)
 void readStore(const JsonNode& node, GatewaySettings* settings)
 {
     node.checkKeys({"file"}, {"size", "rate"});
-    settings->storeFile = readPath(node.member("file"));
+    settings->storeFile = configuration::readPath(node.member("file"));
     if (node.has("size"))
-        settings->storeSize = readSize(node.member("size"), kSmallestStore);
+        settings->storeSize = configuration::readSize(node.member("size"), kSmallestStore);
     if (node.has("rate"))
         settings->historyRate = int(node.member("rate").integer(1, kHighestRate));
-}
-
-bool isLoopback(const QString& address)
-{
-    const QByteArray text = address.toLatin1();
-    in_addr v4 = {};
-    in6_addr v6 = {};
-    if (::inet_pton(AF_INET, text.constData(), &v4) == 1)
-        return (ntohl(v4.s_addr) >> 24) == kLoopbackNet;
-    return ::inet_pton(AF_INET6, text.constData(), &v6) == 1 && IN6_IS_ADDR_LOOPBACK(&v6) != 0;
 }
 
 /// "127.0.0.1:9108" or "[::1]:9108"
 void readListen(const JsonNode& node, MetricsSettings* metrics)
 {
-    const QString text = node.text();
-    const int colon = int(text.lastIndexOf(QLatin1Char(':')));
-    QString address = text.left(colon);
-    if (address.startsWith(QLatin1Char('[')) && address.endsWith(QLatin1Char(']')))
-        address = address.mid(1, address.size() - 2);
-    else if (address.contains(QLatin1Char(':')))
-        address.clear();
-    bool ok = false;
-    const ushort port = text.mid(colon + 1).toUShort(&ok, 10);
-    if (colon < 0 || !ok || port == 0 || !isLoopback(address)) {
+    const std::optional<configuration::ListenAddress> found =
+        configuration::parseListenAddress(node.text());
+    if (!found || found->port == 0 || !configuration::isLoopback(found->address)) {
         node.failExpecting(
             QStringLiteral("an address of this machine alone with a port, such as 127.0.0.1:9108"));
         return;
     }
-    metrics->address = address;
-    metrics->port = port;
+    metrics->address = found->address;
+    metrics->port = found->port;
 }
 
 void readMetrics(const JsonNode& node, MetricsSettings* metrics)
@@ -119,7 +97,7 @@ void readMetrics(const JsonNode& node, MetricsSettings* metrics)
     if (node.has("listen"))
         readListen(node.member("listen"), metrics);
     if (node.has("socket"))
-        metrics->socket = readSocketPath(node.member("socket"));
+        metrics->socket = configuration::readSocketPath(node.member("socket"));
 }
 
 GatewaySettings readSettings(const JsonNode& root)
@@ -139,34 +117,20 @@ GatewaySettings readSettings(const JsonNode& root)
             int(root.member("keepAlive").integer(kShortestKeepAlive, kLongestKeepAlive));
     readStore(root.member("store"), &settings);
     if (root.has("audit"))
-        settings.auditFile = readPath(root.member("audit"));
+        settings.auditFile = configuration::readPath(root.member("audit"));
     if (root.has("metrics"))
         readMetrics(root.member("metrics"), &settings.metrics);
     if (root.has("status"))
-        settings.statusSocket = readSocketPath(root.member("status"));
+        settings.statusSocket = configuration::readSocketPath(root.member("status"));
     settings.devices = readDevices(root.member("devices"), !settings.auditFile.isEmpty());
     return settings;
 }
 
-/// A path of a configuration in `folder`. What the service manager does not name, where there is
-/// none, stays as it stands.
-QString resolved(const QString& path, const QString& folder)
-{
-    if (path.isEmpty())
-        return path;
-    for (const char* name : kServiceFolders) {
-        const QString variable = QLatin1Char('$') + QString::fromLatin1(name) + QLatin1Char('/');
-        if (!path.startsWith(variable))
-            continue;
-        const QString value = qEnvironmentVariable(name);
-        return value.isEmpty() ? path : QDir(value).filePath(path.mid(variable.size()));
-    }
-    return QDir(folder).filePath(path);
-}
-
 void resolvePaths(const QString& folder, GatewaySettings* settings)
 {
-    const auto resolve = [&folder](QString* path) { *path = resolved(*path, folder); };
+    const auto resolve = [&folder](QString* path) {
+        *path = configuration::resolvedPath(*path, folder);
+    };
     for (BrokerSettings& broker : settings->brokers) {
         resolve(&broker.passwordFile);
         if (broker.tls) {

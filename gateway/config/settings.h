@@ -6,6 +6,7 @@
 
 #include <optional>
 
+#include "configuration/label_rules.h"
 #include "values/expected.h"
 
 namespace plc::gateway {
@@ -29,18 +30,6 @@ struct BrokerSettings {
     QString passwordFile; ///< Its first line is the password; read for each connection.
 };
 
-/// Labels, also as a pattern, and what applies to them.
-struct DeadbandSettings {
-    QString labels;
-    double deadband = 0.0;
-};
-
-struct WritableSettings {
-    QString labels;
-    std::optional<double> lowest;
-    std::optional<double> highest;
-};
-
 struct DeviceSettings {
     QString name;
     QString project;                ///< Path of the project file.
@@ -48,8 +37,8 @@ struct DeviceSettings {
     std::optional<quint16> port;
     QVector<QString> labels; ///< Labels and patterns; empty: those that the project reads.
     int cycleTime = 1000;    ///< ms from the start of one pass to that of the next.
-    QVector<DeadbandSettings> deadbands; ///< The last that fits a label counts.
-    QVector<WritableSettings> writable;  ///< The last that fits a label counts.
+    QVector<configuration::DeadbandRule> deadbands; ///< The last that fits a label counts.
+    QVector<configuration::WritableRule> writable;  ///< The last that fits a label counts.
 };
 
 enum class PublicationFormat { Sparkplug, Plain };
@@ -61,9 +50,7 @@ struct MetricsSettings {
 };
 
 /// The configuration of one gateway process. Paths are absolute: in the file they may stand
-/// relative to its folder. Such as begin with $CREDENTIALS_DIRECTORY/, $STATE_DIRECTORY/ or
-/// $RUNTIME_DIRECTORY/ lie in the folders that the service manager gave to this process; where
-/// there are none, they stay as they stand.
+/// relative to its folder, or to one of the service manager's, see configuration::resolvedPath().
 struct GatewaySettings {
     PublicationFormat format = PublicationFormat::Sparkplug;
     QString group;

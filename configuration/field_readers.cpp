@@ -1,22 +1,17 @@
-#include "gateway/config/field_readers.h"
+#include "configuration/field_readers.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include "options/readers.h"
 #include "values/duration_text.h"
-#include "values/nearest_name.h"
-#include "values/visible_text.h"
 
-namespace plc::gateway {
+namespace plc::configuration {
 
 using project::JsonNode;
 using project::JsonValue;
 
 namespace {
 
-// A topic has 65535 bytes at most; three names and the label of a value share them.
-constexpr int kLongestName = 256;
 // With the zero byte behind it, what sockaddr_un has room for.
 constexpr int kLongestSocketPath = 107;
 constexpr int kHighestPort = 65535;
@@ -28,33 +23,6 @@ QString lastWord(const QString& text)
 }
 
 } // namespace
-
-QString topicNameProblem(const QString& name)
-{
-    if (name.trimmed().isEmpty())
-        return QStringLiteral("expected a name");
-    if (name.toUtf8().size() > kLongestName)
-        return QStringLiteral("expected a name of at most %1 bytes").arg(kLongestName);
-    for (int i = 0; i < int(name.size()); ++i) {
-        const QChar character = name[i];
-        if (QStringLiteral("+#/").contains(character))
-            return QStringLiteral(
-                "expected a name without + # /, which separate and replace the "
-                "levels of topics");
-        if (values::isObeyed(character.unicode()) || values::isLoneSurrogate(name, i))
-            return QStringLiteral("expected a name of characters that can be shown");
-    }
-    return {};
-}
-
-QString readTopicName(const JsonNode& node)
-{
-    QString name = node.text();
-    const QString problem = topicNameProblem(name);
-    if (!problem.isEmpty())
-        node.fail(QStringLiteral("found %1, %2").arg(node.shown(), problem));
-    return name;
-}
 
 QString readNonEmpty(const JsonNode& node, const QString& expected)
 {
@@ -119,4 +87,4 @@ qint64 readSize(const JsonNode& node, qint64 lowest)
     return lowest;
 }
 
-} // namespace plc::gateway
+} // namespace plc::configuration

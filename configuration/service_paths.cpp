@@ -1,0 +1,28 @@
+#include "configuration/service_paths.h"
+
+#include <QtCore/QDir>
+
+namespace plc::configuration {
+namespace {
+
+/// Folders that the service manager makes for a service and names in its environment.
+const char* const kServiceFolders[] = {"CREDENTIALS_DIRECTORY", "STATE_DIRECTORY",
+                                       "RUNTIME_DIRECTORY"};
+
+} // namespace
+
+QString resolvedPath(const QString& path, const QString& folder)
+{
+    if (path.isEmpty())
+        return path;
+    for (const char* name : kServiceFolders) {
+        const QString variable = QLatin1Char('$') + QString::fromLatin1(name) + QLatin1Char('/');
+        if (!path.startsWith(variable))
+            continue;
+        const QString value = qEnvironmentVariable(name);
+        return value.isEmpty() ? path : QDir(value).filePath(path.mid(variable.size()));
+    }
+    return QDir(folder).filePath(path);
+}
+
+} // namespace plc::configuration
