@@ -27,6 +27,9 @@ build_packages=(cmake ninja-build g++ ccache libsimdjson-dev libsqlite3-dev)
 # What the gateway is built with, and the broker that it is shown with.
 gateway_packages=(libmosquitto-dev libprotobuf-dev protobuf-compiler libmicrohttpd-dev libsystemd-dev mosquitto)
 
+# What the panel in the browser is built with.
+panel_packages=(libmicrohttpd-dev libsodium-dev libsystemd-dev)
+
 # What consumes its messages in the tests. Node that is not Debian's brings npm along, and Debian's npm
 # does not go with it.
 consumer_packages=()

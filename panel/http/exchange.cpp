@@ -1,0 +1,251 @@
+#include "panel/http/exchange.h"
+
+#include <utility>
+
+#include "panel/http/sent_response.h"
+#include "panel/http/target.h"
+
+namespace plc::panel {
+
+/// What is looked at in the head of a request.
+struct Exchange::Headers {
+    QByteArray host;
+    QByteArray origin;
+    QByteArray fetchSite;
+    QByteArray cookie;
+    QByteArray authorization;
+    QByteArray contentType;
+    QByteArray contentLength;
+    QByteArray transferEncoding;
+    QByteArray ifNoneMatch;
+    bool hasTwice = false; ///< A header that may come once came again.
+
+    QByteArray* find(const QByteArray& name)
+    {
+        const std::pair<const char*, QByteArray*> known[] = {
+            {"host", &host},
+            {"origin", &origin},
+            {"sec-fetch-site", &fetchSite},
+            {"cookie", &cookie},
+            {"authorization", &authorization},
+            {"content-type", &contentType},
+            {"content-length", &contentLength},
+            {"transfer-encoding", &transferEncoding},
+            {"if-none-match", &ifNoneMatch}};
+        for (const auto& [known_name, place] : known) {
+            if (name == known_name)
+                return place;
+        }
+        return nullptr;
+    }
+
+    static MHD_Result take(void* headers, MHD_ValueKind, const char* name, const char* value)
+    {
+        Headers* self = static_cast<Headers*>(headers);
+        QByteArray* place = self->find(QByteArray(name).toLower());
+        if (!place)
+            return MHD_YES;
+        if (!place->isNull())
+            self->hasTwice = true;
+        *place = value ? QByteArray(value) : QByteArray("");
+        return MHD_YES;
+    }
+};
+
+namespace {
+
+/// Answers 500 when the last of a handler's copies goes without an answer.
+class Answer {
+public:
+    explicit Answer(std::weak_ptr<Exchange> exchange) : m_exchange(std::move(exchange)) {}
+    ~Answer() { give(Response::error(500, QStringLiteral("the request was not carried out"))); }
+    Answer(const Answer&) = delete;
+    Answer& operator=(const Answer&) = delete;
+
+    void give(Response response) const
+    {
+        if (const std::shared_ptr<Exchange> exchange = m_exchange.lock())
+            exchange->give(std::move(response));
+        else if (response.stream)
+            response.stream->abandon();
+    }
+
+private:
+    const std::weak_ptr<Exchange> m_exchange;
+};
+
+QByteArray mediaType(const QByteArray& contentType)
+{
+    return contentType.split(';').value(0).trimmed().toLower();
+}
+
+} // namespace
+
+Exchange::Exchange(ServerCore* core, std::shared_ptr<Connection> connection, MHD_Connection* handle,
+                   const QByteArray& target)
+    : m_core(core), m_connection(std::move(connection)), m_handle(handle), m_target(target)
+{
+}
+
+MHD_Result Exchange::step(const char* method, const char* upload, std::size_t* uploadSize)
+{
+    if (!m_hasBegun)
+        return begin(method);
+    if (*uploadSize > 0)
+        return receive(upload, uploadSize);
+    if (!m_isDispatched)
+        dispatch();
+    return answerOrWait();
+}
+
+MHD_Result Exchange::begin(const QByteArray& method)
+{
+    m_hasBegun = true;
+    ++m_core->requests;
+    m_core->enter(*m_connection, Phase::Receiving);
+    Headers headers;
+    ::MHD_get_connection_values(m_handle, MHD_HEADER_KIND, &Headers::take, &headers);
+    m_hasBody = !headers.transferEncoding.isNull() ||
+                (!headers.contentLength.isNull() && headers.contentLength.toLongLong() != 0);
+    m_isHead = method == "HEAD";
+    std::optional<Response> refused = refusal(method, headers);
+    if (!refused)
+        return MHD_YES;
+    // What follows the head is not read, and must not be taken for the next request.
+    if (m_hasBody)
+        refused->addHeader("Connection", "close");
+    return send(std::move(*refused));
+}
+
+std::optional<Response> Exchange::refusal(const QByteArray& method, const Headers& headers)
+{
+    if (headers.hasTwice)
+        return Response::error(400, QStringLiteral("a header came twice"));
+    if (std::optional<Response> refused = find(method, headers))
+        return refused;
+    return checkBody(headers);
+}
+
+/// The route, and whether the guard lets the caller through to it.
+std::optional<Response> Exchange::find(const QByteArray& method, const Headers& headers)
+{
+    const std::optional<Target> target = parseTarget(m_target);
+    if (target)
+        m_match = m_core->routes().find(target->parts, findMethod(method));
+    RequestHead head;
+    head.route = m_match.route;
+    head.host = headers.host;
+    head.origin = headers.origin;
+    head.fetchSite = headers.fetchSite;
+    head.cookie = headers.cookie;
+    head.authorization = headers.authorization;
+    head.address = m_connection->address;
+    head.isEncrypted = m_connection->isEncrypted;
+    Decision decision = m_core->decide(head);
+    if (decision.refusal)
+        return decision.refusal;
+    if (!target)
+        return Response::error(400, QStringLiteral("the path is malformed"));
+    if (m_match.allowed.isEmpty())
+        return Response::error(404, QStringLiteral("there is nothing of this name"));
+    if (!m_match.route) {
+        Response response =
+            Response::error(405, QStringLiteral("this method is not for this path"));
+        response.addHeader("Allow", m_match.allowed);
+        return response;
+    }
+    m_request.method = m_match.route->method;
+    m_request.path = target->path();
+    m_request.parameters = m_match.parameters;
+    m_request.query = target->query;
+    m_request.contentType = mediaType(headers.contentType);
+    m_request.ifNoneMatch = headers.ifNoneMatch;
+    m_request.caller = decision.caller;
+    return std::nullopt;
+}
+
+std::optional<Response> Exchange::checkBody(const Headers& headers)
+{
+    if (!headers.transferEncoding.isNull()) {
+        if (headers.transferEncoding.toLower() != "chunked" || !headers.contentLength.isNull())
+            return Response::error(400, QStringLiteral("the length of the body is not clear"));
+    } else if (!headers.contentLength.isNull()) {
+        bool isNumber = false;
+        const qint64 length = headers.contentLength.toLongLong(&isNumber);
+        if (!isNumber || length > m_core->settings().mostBodyBytes)
+            return Response::error(413, QStringLiteral("the body has more than %1 bytes")
+                                            .arg(m_core->settings().mostBodyBytes));
+    }
+    return std::nullopt;
+}
+
+/// A body that turns out to be too long once it is under way cannot be answered any more.
+MHD_Result Exchange::receive(const char* upload, std::size_t* uploadSize)
+{
+    if (qint64(*uploadSize) > m_core->settings().mostBodyBytes - qint64(m_request.body.size()))
+        return MHD_NO;
+    m_request.body.append(upload, int(*uploadSize));
+    *uploadSize = 0;
+    return MHD_YES;
+}
+
+void Exchange::dispatch()
+{
+    m_isDispatched = true;
+    m_core->enter(*m_connection, Phase::Answering);
+    const auto answer = std::make_shared<Answer>(weak_from_this());
+    m_core->handle(*m_match.route, m_request,
+                   [answer](Response response) { answer->give(std::move(response)); });
+    m_request = Request();
+}
+
+MHD_Result Exchange::answerOrWait()
+{
+    for (;;) {
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            if (m_response)
+                break;
+        }
+        if (m_connection->suspension->suspend())
+            return MHD_YES;
+        if (m_connection->suspension->hasEnded())
+            return MHD_NO;
+    }
+    return send(std::move(*m_response));
+}
+
+void Exchange::give(Response response)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_isAnswered) {
+            if (response.stream)
+                response.stream->abandon();
+            return;
+        }
+        m_isAnswered = true;
+        m_response = std::move(response);
+    }
+    m_connection->suspension->wake();
+}
+
+void Exchange::complete()
+{
+    m_core->enter(*m_connection, Phase::Idle);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_isAnswered = true;
+    if (m_response && m_response->stream)
+        m_response->stream->abandon();
+}
+
+MHD_Result Exchange::send(Response response)
+{
+    if (response.status >= 400)
+        ++m_core->refused;
+    const bool isStream = response.stream != nullptr;
+    m_core->enter(*m_connection, isStream ? Phase::Streaming : Phase::Sending);
+    return sendResponse(m_handle, std::move(response), m_connection->suspension, &m_core->streams);
+}
+
+} // namespace plc::panel

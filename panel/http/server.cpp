@@ -1,0 +1,308 @@
+#include "panel/http/server.h"
+
+#include <arpa/inet.h>
+#include <microhttpd.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QtCore/QFile>
+
+#include <chrono>
+#include <condition_variable>
+#include <thread>
+#include <utility>
+
+#include "panel/http/exchange.h"
+#include "panel/http/server_core.h"
+#include "service/listening_socket.h"
+#include "streams/input_file.h"
+
+namespace plc::panel {
+namespace {
+
+constexpr int kBacklog = 128;
+constexpr int kSendBuffer = 128 * 1024; // bytes that the system keeps for a slow client
+constexpr int kSpareConnections = 64;   // that are being ended while others come
+constexpr std::chrono::milliseconds kWatchPeriod{250};
+constexpr streams::InputFileKind kPemFile{"a PEM file", 1024 * 1024, ""};
+
+/// TLS 1.2 and 1.3, forward secrecy and authenticated encryption alone.
+constexpr char kPriorities[] =
+    "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2:-KX-ALL:+ECDHE-ECDSA:+ECDHE-RSA:"
+    "-CIPHER-ALL:+AES-256-GCM:+CHACHA20-POLY1305:+AES-128-GCM:-MAC-ALL:+AEAD:"
+    "-GROUP-ALL:+GROUP-X25519:+GROUP-SECP256R1:+GROUP-SECP384R1:"
+    "-SIGN-ECDSA-SHA1:-SIGN-RSA-SHA1:%SERVER_PRECEDENCE";
+
+using Holder = std::shared_ptr<Exchange>;
+
+QString addressText(const sockaddr* address)
+{
+    char text[INET6_ADDRSTRLEN] = "";
+    if (address && address->sa_family == AF_INET)
+        ::inet_ntop(AF_INET, &reinterpret_cast<const sockaddr_in*>(address)->sin_addr, text,
+                    sizeof text);
+    else if (address && address->sa_family == AF_INET6)
+        ::inet_ntop(AF_INET6, &reinterpret_cast<const sockaddr_in6*>(address)->sin6_addr, text,
+                    sizeof text);
+    return text[0] ? QString::fromLatin1(text) : QStringLiteral("socket");
+}
+
+bool isLoopback(const QString& address)
+{
+    return address.startsWith(QLatin1String("127.")) || address == QLatin1String("::1");
+}
+
+MHD_Result admit(void* core, const sockaddr* address, socklen_t)
+{
+    return static_cast<ServerCore*>(core)->admit(addressText(address)) ? MHD_YES : MHD_NO;
+}
+
+void connectionBegins(ServerCore* core, MHD_Connection* handle, void** context)
+{
+    auto connection = std::make_shared<Connection>();
+    connection->suspension = std::make_shared<Suspension>(handle);
+    connection->socket =
+        ::MHD_get_connection_info(handle, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
+    connection->address = addressText(
+        ::MHD_get_connection_info(handle, MHD_CONNECTION_INFO_CLIENT_ADDRESS)->client_addr);
+    connection->isEncrypted = ::MHD_get_connection_info(handle, MHD_CONNECTION_INFO_PROTOCOL);
+    ::setsockopt(connection->socket, SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof kSendBuffer);
+    core->add(connection);
+    *context = new std::shared_ptr<Connection>(connection);
+}
+
+void notifyConnection(void* cls, MHD_Connection* handle, void** context,
+                      MHD_ConnectionNotificationCode code)
+{
+    ServerCore* core = static_cast<ServerCore*>(cls);
+    if (code == MHD_CONNECTION_NOTIFY_STARTED) {
+        connectionBegins(core, handle, context);
+        return;
+    }
+    auto* connection = static_cast<std::shared_ptr<Connection>*>(*context);
+    (*connection)->suspension->forget();
+    core->remove(**connection);
+    delete connection;
+    *context = nullptr;
+}
+
+/// The first that is heard of a request. What it returns becomes the request's context.
+void* requestBegins(void* cls, const char* target, MHD_Connection* handle)
+{
+    ServerCore* core = static_cast<ServerCore*>(cls);
+    const MHD_ConnectionInfo* info =
+        ::MHD_get_connection_info(handle, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
+    const auto& connection = *static_cast<std::shared_ptr<Connection>*>(info->socket_context);
+    const auto exchange = std::make_shared<Exchange>(core, connection, handle, target);
+    core->setExchange(connection.get(), exchange);
+    return new Holder(exchange);
+}
+
+MHD_Result requestGoesOn(void*, MHD_Connection*, const char*, const char* method, const char*,
+                         const char* upload, std::size_t* uploadSize, void** context)
+{
+    if (!*context)
+        return MHD_NO;
+    return (*static_cast<Holder*>(*context))->step(method, upload, uploadSize);
+}
+
+void requestEnds(void*, MHD_Connection*, void** context, MHD_RequestTerminationCode)
+{
+    Holder* holder = static_cast<Holder*>(*context);
+    if (!holder)
+        return;
+    (*holder)->complete();
+    delete holder;
+    *context = nullptr;
+}
+
+/// Targets are decoded by parseTarget(), which knows where their parts end.
+std::size_t leaveEscaped(void*, MHD_Connection*, char* text)
+{
+    return std::strlen(text);
+}
+
+} // namespace
+
+class Server::Private {
+public:
+    Private(const ServerSettings& settings, RouteTable routes, Guard* guard)
+        : m_core(settings, std::move(routes), guard)
+    {
+    }
+    ~Private();
+    Private(const Private&) = delete;
+    Private& operator=(const Private&) = delete;
+
+    Expected<void> listen();
+    quint16 port() const { return m_port; }
+    ServerStatistics statistics() const { return m_core.statistics(); }
+
+private:
+    Expected<void> listenOnTcp();
+    Expected<void> listenOnSocket();
+    Expected<void> startDaemon(int socket, bool isEncrypted);
+    Expected<void> readCertificate();
+    void watch();
+
+    ServerCore m_core;
+    QByteArray m_certificate;
+    QByteArray m_key;
+    std::vector<MHD_Daemon*> m_daemons;
+    QString m_socketPath; ///< That has to be removed.
+    quint16 m_port = 0;
+
+    std::mutex m_mutex; ///< Guards m_isEnding.
+    std::condition_variable m_ending;
+    bool m_isEnding = false;
+    std::thread m_watch;
+};
+
+Expected<void> Server::Private::listen()
+{
+    const ServerSettings& settings = m_core.settings();
+    if (!settings.address.isEmpty()) {
+        const Expected<void> listening = listenOnTcp();
+        if (!listening)
+            return listening;
+    }
+    if (!settings.socket.isEmpty()) {
+        const Expected<void> listening = listenOnSocket();
+        if (!listening)
+            return listening;
+    }
+    m_watch = std::thread([this] { watch(); });
+    return {};
+}
+
+Expected<void> Server::Private::listenOnTcp()
+{
+    const ServerSettings& settings = m_core.settings();
+    const bool isEncrypted = !settings.certificate.isEmpty();
+    if (!isEncrypted && !isLoopback(settings.address))
+        return Error{QStringLiteral("%1: other addresses than this machine's own (127.0.0.1, ::1) "
+                                    "need a certificate")
+                         .arg(settings.address)};
+    if (isEncrypted) {
+        const Expected<void> isRead = readCertificate();
+        if (!isRead)
+            return isRead;
+    }
+    const Expected<int> socket = service::listenOnAddress(settings.address, settings.port);
+    if (!socket)
+        return socket.error();
+    m_port = service::listeningPort(*socket);
+    return startDaemon(*socket, isEncrypted);
+}
+
+Expected<void> Server::Private::listenOnSocket()
+{
+    const QString& path = m_core.settings().socket;
+    const Expected<int> socket = service::listenOnPath(path);
+    if (!socket)
+        return socket.error();
+    m_socketPath = path;
+    return startDaemon(*socket, false);
+}
+
+Expected<void> Server::Private::readCertificate()
+{
+    const Expected<QByteArray> certificate =
+        streams::readInputFile(m_core.settings().certificate, kPemFile);
+    if (!certificate)
+        return certificate.error();
+    const Expected<QByteArray> key = streams::readInputFile(m_core.settings().key, kPemFile);
+    if (!key)
+        return key.error();
+    m_certificate = *certificate;
+    m_key = *key;
+    return {};
+}
+
+Expected<void> Server::Private::startDaemon(int socket, bool isEncrypted)
+{
+    ::listen(socket, kBacklog);
+    const ServerSettings& settings = m_core.settings();
+    const unsigned int most = unsigned(settings.mostConnections + kSpareConnections);
+    std::vector<MHD_OptionItem> options = {
+        {MHD_OPTION_LISTEN_SOCKET, socket, nullptr},
+        {MHD_OPTION_CONNECTION_LIMIT, intptr_t(most), nullptr},
+        {MHD_OPTION_CONNECTION_MEMORY_LIMIT, settings.mostHeaderBytes, nullptr},
+        {MHD_OPTION_STRICT_FOR_CLIENT, 1, nullptr}};
+    if (isEncrypted) {
+        options.push_back({MHD_OPTION_HTTPS_MEM_CERT, 0, m_certificate.data()});
+        options.push_back({MHD_OPTION_HTTPS_MEM_KEY, 0, m_key.data()});
+        options.push_back({MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char*>(kPriorities)});
+    }
+    options.push_back({MHD_OPTION_END, 0, nullptr});
+    const unsigned int flags = unsigned(MHD_USE_EPOLL_INTERNAL_THREAD) | unsigned(MHD_USE_ITC) |
+                               unsigned(MHD_ALLOW_SUSPEND_RESUME) |
+                               (isEncrypted ? unsigned(MHD_USE_TLS) : 0U);
+    MHD_Daemon* daemon = ::MHD_start_daemon(
+        flags, 0, &admit, &m_core, &requestGoesOn, &m_core, MHD_OPTION_URI_LOG_CALLBACK,
+        &requestBegins, &m_core, MHD_OPTION_NOTIFY_COMPLETED, &requestEnds, &m_core,
+        MHD_OPTION_NOTIFY_CONNECTION, &notifyConnection, &m_core, MHD_OPTION_UNESCAPE_CALLBACK,
+        &leaveEscaped, nullptr, MHD_OPTION_ARRAY, options.data(), MHD_OPTION_END);
+    if (!daemon) {
+        ::close(socket);
+        return Error{isEncrypted ? QStringLiteral("%1 and %2: no certificate that TLS can be "
+                                                  "offered with")
+                                       .arg(settings.certificate, settings.key)
+                                 : QStringLiteral("the web server cannot be started")};
+    }
+    m_daemons.push_back(daemon);
+    return {};
+}
+
+void Server::Private::watch()
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    while (!m_ending.wait_for(lock, kWatchPeriod, [this] { return m_isEnding; }))
+        m_core.endOverdue();
+}
+
+Server::Private::~Private()
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isEnding = true;
+    }
+    m_ending.notify_one();
+    if (m_watch.joinable())
+        m_watch.join();
+    if (!m_socketPath.isEmpty())
+        QFile::remove(m_socketPath);
+    m_core.endAll();
+    for (MHD_Daemon* daemon : m_daemons)
+        ::MHD_stop_daemon(daemon); // closes the socket
+}
+
+Expected<std::unique_ptr<Server>> Server::start(const ServerSettings& settings,
+                                                const QVector<Route>& routes, Guard* guard)
+{
+    Expected<RouteTable> table = RouteTable::make(routes);
+    if (!table)
+        return table.error();
+    auto d = std::make_unique<Private>(settings, std::move(*table), guard);
+    const Expected<void> listening = d->listen();
+    if (!listening)
+        return listening.error();
+    return std::unique_ptr<Server>(new Server(std::move(d)));
+}
+
+Server::Server(std::unique_ptr<Private> d) : m_d(std::move(d)) {}
+
+Server::~Server() = default;
+
+quint16 Server::port() const
+{
+    return m_d->port();
+}
+
+ServerStatistics Server::statistics() const
+{
+    return m_d->statistics();
+}
+
+} // namespace plc::panel

@@ -1,0 +1,122 @@
+#include "panel/http/server_core.h"
+
+#include <sys/socket.h>
+
+#include <chrono>
+#include <utility>
+
+#include "panel/http/exchange.h"
+
+namespace plc::panel {
+namespace {
+
+qint64 now()
+{
+    const auto time = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+}
+
+ConnectionLimits limitsOf(const ServerSettings& settings)
+{
+    return {settings.mostConnections, settings.mostConnectionsOfAddress,
+            settings.idleTime,        settings.requestTime,
+            settings.answerTime,      settings.sendTime};
+}
+
+} // namespace
+
+ServerCore::ServerCore(const ServerSettings& settings, RouteTable routes, Guard* guard)
+    : m_settings(settings),
+      m_routes(std::move(routes)),
+      m_guard(guard),
+      m_table(limitsOf(settings), [this](ConnectionTable::Id id) { shutDown(id); })
+{
+}
+
+Decision ServerCore::decide(const RequestHead& head)
+{
+    const std::lock_guard<std::mutex> lock(m_calls);
+    return m_guard->decide(head);
+}
+
+void ServerCore::handle(const Route& route, const Request& request, const Responder& responder)
+{
+    const std::lock_guard<std::mutex> lock(m_calls);
+    route.handler(request, responder);
+}
+
+bool ServerCore::admit(const QString& address)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_table.admit(address);
+}
+
+void ServerCore::add(const std::shared_ptr<Connection>& connection)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    connection->id = m_table.add(connection->address, now());
+    m_connections[connection->id] = connection;
+    if (m_isEnding)
+        connection->suspension->end();
+}
+
+void ServerCore::remove(const Connection& connection)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_table.remove(connection.id);
+    m_connections.erase(connection.id);
+}
+
+void ServerCore::enter(const Connection& connection, Phase phase)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_table.enter(connection.id, phase, now());
+}
+
+void ServerCore::setExchange(Connection* connection, const std::shared_ptr<Exchange>& exchange)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    connection->exchange = exchange;
+}
+
+void ServerCore::endOverdue()
+{
+    std::vector<std::shared_ptr<Exchange>> unanswered;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        for (const ConnectionTable::Id id : m_table.endOverdue(now()))
+            unanswered.push_back(m_connections[id]->exchange.lock());
+    }
+    for (const std::shared_ptr<Exchange>& exchange : unanswered) {
+        if (exchange)
+            exchange->give(Response::error(503, QStringLiteral("there was no answer in time")));
+    }
+}
+
+void ServerCore::endAll()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_isEnding = true;
+    for (const auto& [id, connection] : m_connections)
+        connection->suspension->end();
+}
+
+ServerStatistics ServerCore::statistics() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    ServerStatistics statistics;
+    statistics.connections = m_table.size();
+    statistics.streams = streams;
+    statistics.requests = requests;
+    statistics.refused = refused;
+    statistics.cutOff = m_table.ended();
+    return statistics;
+}
+
+/// The socket is open as long as the connection is in the table.
+void ServerCore::shutDown(ConnectionTable::Id id)
+{
+    ::shutdown(m_connections[id]->socket, SHUT_RDWR);
+}
+
+} // namespace plc::panel
