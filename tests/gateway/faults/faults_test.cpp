@@ -36,6 +36,8 @@ protected:
         ASSERT_TRUE(m_trouble.begin());
     }
 
+    explicit GatewayFaults(bool hasBulk = false) : m_trouble(&m_random, hasBulk) {}
+
     void run()
     {
         for (int step = 0; (step < kSteps || m_faultsLeft > 0) && !HasFatalFailure(); ++step) {
@@ -51,7 +53,7 @@ protected:
     {
         if (m_trouble.isActive(fault)) {
             tell("ends", fault);
-            m_trouble.end(fault);
+            m_trouble.end(fault, &m_truth);
         }
     }
     void endFaults()
@@ -90,9 +92,18 @@ protected:
         }
         if (!m_trouble.isReading())
             return;
-        ASSERT_TRUE(m_trouble.plc().isSeen());
+        ASSERT_TRUE(m_trouble.isSeen());
         for (const Label* label : set)
             m_truth.isSeen(label->name);
+    }
+    QJsonObject store()
+    {
+        return m_trouble.site().gateway.status()[QStringLiteral("store")].toObject();
+    }
+    bool isStoreEmpty()
+    {
+        return test::comesTrue(
+            [this] { return store()[QStringLiteral("waiting")].toInt(-1) == 0; });
     }
     void tell(const char* what, Fault fault)
     {
@@ -118,10 +129,7 @@ TEST_P(GatewayFaults, LoseAndInventNothing)
     setValues();
     const auto isComplete = [this] { return m_truth.missing(m_consumer.told()).empty(); };
     const bool hasAll = test::comesTrue(isComplete);
-    const auto store = [this] {
-        return m_trouble.site().gateway.status()[QStringLiteral("store")].toObject();
-    };
-    EXPECT_TRUE(test::comesTrue([&] { return store()[QStringLiteral("waiting")].toInt(-1) == 0; }));
+    EXPECT_TRUE(isStoreEmpty());
     const std::vector<ToldValue> told = m_consumer.told();
     const std::vector<std::string> missing = m_truth.missing(told);
     EXPECT_TRUE(hasAll || missing.empty()) << ::testing::PrintToString(missing);
@@ -140,6 +148,42 @@ TEST_P(GatewayFaults, LoseAndInventNothing)
 }
 
 INSTANTIATE_TEST_SUITE_P(Seed, GatewayFaults, ::testing::ValuesIn(seedsOfRuns()),
+                         ::testing::PrintToStringParamName());
+
+class GatewayWithASmallStore : public GatewayFaults {
+protected:
+    GatewayWithASmallStore() : GatewayFaults(true) {}
+
+    int dropped() { return store()[QStringLiteral("dropped")].toInt(); }
+};
+
+TEST_P(GatewayWithASmallStore, LosesTheOldestAndCountsThem)
+{
+    constexpr int kEnough = 200;
+    constexpr int kMostSteps = 2000;
+    ASSERT_TRUE(test::comesTrue([this] { return !m_consumer.told().empty(); }))
+        << m_trouble.site().gateway.log().toStdString();
+    m_trouble.begin(Fault::BrokerKilled, &m_truth);
+    int step = 0;
+    while (dropped() < kEnough && ++step < kMostSteps && !HasFatalFailure())
+        setValues();
+    m_trouble.end(Fault::BrokerKilled, &m_truth);
+    EXPECT_TRUE(isStoreEmpty());
+    setValues();
+    EXPECT_TRUE(test::comesTrue([this] { return m_truth.isLastTold(m_consumer.told()); }));
+
+    const std::vector<ToldValue> told = m_consumer.told();
+    const std::vector<std::string> missing = m_truth.missing(told);
+    EXPECT_FALSE(missing.empty());
+    EXPECT_LE(int(missing.size()), dropped());
+    EXPECT_EQ(std::vector<std::string>(), m_truth.missingAmongTheLast(told));
+    EXPECT_EQ(std::vector<std::string>(), m_truth.invented(told));
+    EXPECT_EQ(std::vector<std::string>(), m_consumer.problems());
+    std::printf("values %lld, dropped changes %d, missing values %zu\n",
+                static_cast<long long>(m_last), dropped(), missing.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Seed, GatewayWithASmallStore, ::testing::ValuesIn(seedsOfProcesses()),
                          ::testing::PrintToStringParamName());
 
 } // namespace

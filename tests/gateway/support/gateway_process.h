@@ -117,6 +117,11 @@ public:
     GatewayProcess(const GatewayProcess&) = delete;
     GatewayProcess& operator=(const GatewayProcess&) = delete;
 
+    /// Of its lives from the next one on.
+    void setEnvironment(const QProcessEnvironment& environment)
+    {
+        m_process.setProcessEnvironment(environment);
+    }
     void start()
     {
         m_process.setStandardErrorFile(m_logFile, QIODevice::Append);
