@@ -25,7 +25,7 @@ install_packages() {
 build_packages=(cmake ninja-build g++ ccache libsimdjson-dev libsqlite3-dev)
 
 # What the gateway is built with, and the broker that it is shown with.
-gateway_packages=(libmosquitto-dev libprotobuf-dev protobuf-compiler libmicrohttpd-dev libsystemd-dev mosquitto)
+gateway_packages=(pkg-config libmosquitto-dev libprotobuf-dev protobuf-compiler libmicrohttpd-dev libsystemd-dev mosquitto)
 
 # What the panel in the browser is built with.
 panel_packages=(libmicrohttpd-dev libsodium-dev libsystemd-dev)
