@@ -1,0 +1,134 @@
+#include "panel/alarms/alarm_desk.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+
+#include "tests/panel/alarms/alarm_examples.h"
+#include "tests/support/file_test.h"
+
+namespace plc::panel {
+namespace {
+
+using test::above;
+using test::kStart;
+using values::Value;
+
+class AlarmDeskTest : public plc::test::FileTest {
+protected:
+    AlarmDeskTest() { start(0); }
+
+    void start(qint64 now)
+    {
+        desk.reset();
+        Expected<std::unique_ptr<AlarmHistory>> history = AlarmHistory::open(file, {});
+        ASSERT_TRUE(succeeds(history)) << error.toStdString();
+        Expected<std::unique_ptr<AlarmDesk>> opened =
+            AlarmDesk::open({above(80)}, std::move(*history), kStart + now);
+        ASSERT_TRUE(succeeds(opened)) << error.toStdString();
+        desk = std::move(*opened);
+    }
+    void value(qint64 time, double value)
+    {
+        desk->take(QStringLiteral("press"), QStringLiteral("Plant.level"),
+                   {Value(value), kStart + time});
+        desk->settle(kStart + time);
+    }
+    AlarmDesk::Acknowledgement acknowledge(qint64 begin, qint64 now)
+    {
+        return desk->acknowledge(alarmId(above(80)), kStart + begin, QStringLiteral("anna"),
+                                 kStart + now);
+    }
+    QVector<AlarmOccurrence> all() { return desk->between(0, kStart * 2, 100).valueOr({}); }
+
+    QString file = path("alarms.sqlite");
+    std::unique_ptr<AlarmDesk> desk;
+};
+
+TEST_F(AlarmDeskTest, WhatIsAcknowledgedStaysSoBehindARestart)
+{
+    value(1000, 0);
+    value(2000, 81);
+    EXPECT_EQ(AlarmDesk::Refusal::None, acknowledge(2000, 3000).refusal);
+    EXPECT_EQ(QVector<int>{0}, desk->settle(kStart + 3000));
+    start(10000);
+    const AlarmStatus status = desk->engine().status(0);
+    EXPECT_EQ(AlarmState::Unknown, status.state);
+    ASSERT_TRUE(status.occurrence);
+    EXPECT_EQ(kStart + 2000, status.occurrence->begin);
+    EXPECT_EQ("anna", status.occurrence->acknowledgedBy.toStdString());
+    EXPECT_TRUE(status.occurrence->hasRestart);
+    value(11000, 0);
+    EXPECT_EQ(AlarmState::Normal, desk->engine().status(0).state);
+    ASSERT_EQ(1, all().size());
+    EXPECT_EQ(kStart + 11000, *all()[0].end);
+    EXPECT_TRUE(all()[0].isEndUnseen);
+}
+
+TEST_F(AlarmDeskTest, AnOccurrenceBehindARestartHasANumberOfItsOwn)
+{
+    value(1000, 81);
+    value(2000, 0);
+    start(3000);
+    value(4000, 0);
+    value(5000, 81);
+    ASSERT_EQ(2, all().size());
+    EXPECT_EQ(2, all()[0].number);
+    EXPECT_EQ(1, desk->engine().status(0).unacknowledgedBefore);
+}
+
+TEST_F(AlarmDeskTest, RefusesWhatIsNotThere)
+{
+    EXPECT_EQ(AlarmDesk::Refusal::NotThat, acknowledge(0, 0).refusal);
+    EXPECT_EQ(AlarmDesk::Refusal::NoSuchAlarm,
+              desk->acknowledge(QStringLiteral("x"), 0, QStringLiteral("anna"), 0).refusal);
+}
+
+/// Whether files may grow; as on a disk that is full.
+void letFilesGrow(bool mayGrow)
+{
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit = {};
+    ASSERT_EQ(0, ::getrlimit(RLIMIT_FSIZE, &limit));
+    limit.rlim_cur = mayGrow ? limit.rlim_max : 0;
+    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &limit));
+}
+
+TEST_F(AlarmDeskTest, GoesOnWithoutItsHistoryAndMakesUpForItLater)
+{
+    value(0, 0);
+    value(500, 81);
+    EXPECT_EQ("", desk->failure().toStdString());
+    letFilesGrow(false);
+    const AlarmDesk::Acknowledgement refused = acknowledge(500, 600);
+    EXPECT_EQ(AlarmDesk::Refusal::NotKept, refused.refusal);
+    EXPECT_TRUE(refused.reason.startsWith(file)) << refused.reason.toStdString();
+    EXPECT_FALSE(desk->engine().status(0).occurrence->acknowledgedAt);
+    value(1000, 0);
+    EXPECT_TRUE(desk->failure().startsWith(file)) << desk->failure().toStdString();
+    EXPECT_EQ(AlarmState::Ended, desk->engine().status(0).state);
+    ASSERT_EQ(1, all().size());
+    EXPECT_EQ(kStart + 1000, all()[0].end.value_or(0)) << "though it is not in the file";
+    letFilesGrow(true);
+    desk->settle(kStart + 2000);
+    EXPECT_EQ("", desk->failure().toStdString());
+    start(3000);
+    ASSERT_EQ(1, all().size());
+    EXPECT_EQ(kStart + 1000, all()[0].end.value_or(0));
+}
+
+TEST(AlarmDesk, WorksWithoutAHistory)
+{
+    const std::unique_ptr<AlarmDesk> desk =
+        std::move(*AlarmDesk::open({above(80)}, nullptr, kStart));
+    desk->take(QStringLiteral("press"), QStringLiteral("Plant.level"), {Value(81.0), kStart});
+    EXPECT_EQ(QVector<int>{0}, desk->settle(kStart));
+    EXPECT_EQ(1, desk->between(0, kStart, 10).valueOr({}).size());
+    EXPECT_EQ(
+        AlarmDesk::Refusal::None,
+        desk->acknowledge(alarmId(above(80)), kStart, QStringLiteral("anna"), kStart).refusal);
+}
+
+} // namespace
+} // namespace plc::panel
