@@ -27,6 +27,14 @@ struct DataPoint {
     QString description;
 };
 
+/// Whether both are the same bytes of a PLC and mean the same.
+inline bool isSameValue(const DataPoint& a, const DataPoint& b)
+{
+    return a.text == b.text && a.label == b.label && a.type == b.type &&
+           a.stringLength == b.stringLength && a.elements == b.elements && a.area == b.area &&
+           a.address == b.address && a.station == b.station;
+}
+
 /// What of a host's settings data points depend on.
 struct PointSettings {
     int maxReadBytes = 200; ///< Bytes of one entry of a read at most; above 0.

@@ -3,12 +3,27 @@
 #include <algorithm>
 #include <iterator>
 #include <tuple>
+#include <utility>
 
 namespace plc::host {
 namespace {
 
 /// As many good values wait to be listed before the list is laid out anew during a search.
 constexpr int kMostWaitingGood = 64;
+
+/// In place of the row of a value that is not read any more.
+constexpr int kGone = -1;
+
+/// Those that are still there.
+QVector<int> renumbered(const QVector<int>& former, const QVector<int>& rows)
+{
+    QVector<int> present;
+    for (int row : former) {
+        if (rows[row] != kGone)
+            present.append(rows[row]);
+    }
+    return present;
+}
 
 bool isBehind(const ByteRange& a, const ByteRange& b)
 {
@@ -45,18 +60,27 @@ CyclicReads::CyclicReads(const DriverFunctions& driver, const ComInfo& settings,
 {
 }
 
-void CyclicReads::start(const QVector<DataPoint>& points)
+void CyclicReads::start(const QVector<DataPoint>& points, const QVector<int>& formerRows)
 {
-    m_probes.takeAll();
-    m_searched.clear();
-    m_refused.clear();
-    m_rows.clear();
-    for (const DataPoint& point : points) {
-        const ScanValue value = scanValue(int(m_rows.size()), point, m_settings.maxReadBytes);
-        m_rows.push_back({point, value, State::Listed});
+    const std::vector<Row> former = std::exchange(m_rows, {});
+    QVector<int> rows(int(former.size()), kGone);
+    for (int row = 0; row < int(points.size()); ++row) {
+        const int formerRow = formerRows.value(row, kGone);
+        Row added = {points[row], scanValue(row, points[row], m_settings.maxReadBytes),
+                     State::Listed};
+        if (formerRow >= 0) {
+            rows[formerRow] = row;
+            added.state = former[size_t(formerRow)].state;
+            added.value.mayBridgeGaps = former[size_t(formerRow)].value.mayBridgeGaps;
+        }
+        m_rows.push_back(added);
     }
-    m_lastRead = ByteRange();
+    m_searched = renumbered(m_searched, rows);
+    m_refused = renumbered(m_refused, rows);
+    // Those of values that are gone come to their end.
+    m_probes.renumber(rows);
     list();
+    endSearchIfDone();
 }
 
 void CyclicReads::requestSent(const QVector<FrameEntry>& entries)
@@ -137,6 +161,8 @@ QVector<int>::const_iterator CyclicReads::nextRefused() const
 void CyclicReads::probeAccepted(const QVector<QByteArray>& blocks, qint64 sentAt)
 {
     for (const SettledRead& settled : m_probes.requestAccepted(blocks, sentAt)) {
+        if (settled.read.tag == kGone)
+            continue;
         m_rows[size_t(settled.read.tag)].state = State::Good;
         ++m_waitingGood;
     }
@@ -150,6 +176,8 @@ QVector<int> CyclicReads::probeRefused(int entries, qint64 now, bool isLoginDoub
     QVector<int> rows;
     for (const SettledRead& settled : m_probes.requestRefused(entries, isLoginDoubted)) {
         const int row = settled.read.tag;
+        if (row == kGone)
+            continue;
         rows.append(row);
         m_rows[size_t(row)].state = State::Refused;
         if (m_refused.isEmpty())
@@ -212,6 +240,8 @@ void CyclicReads::switchStation(int station, bool on)
     else
         m_stationsOff.insert(station);
     for (const OneShotRead& read : m_probes.takeWaiting(station)) {
+        if (read.tag == kGone)
+            continue;
         m_rows[size_t(read.tag)].state = State::Good;
         m_foundRefused = true; // nothing is known of it, nor of the gaps beside it
     }

@@ -45,7 +45,9 @@ public:
                 int mostRefusals);
 
     /// Replaces the values; their rows are their places in `points`. The driver's list follows.
-    void start(const QVector<DataPoint>& points);
+    /// What was found of values that stay holds: the value of row r was that of row formerRows[r],
+    /// each of which stands once at most, or none where that is below 0.
+    void start(const QVector<DataPoint>& points, const QVector<int>& formerRows);
 
     /// Entries of the driver's list.
     int entries() const { return int(m_entries.size()); }

@@ -1,5 +1,7 @@
 #include "host/runtime/runtime.h"
 
+#include <QtCore/QHash>
+
 #include <utility>
 
 #include "host/driver/request_records.h"
@@ -45,6 +47,24 @@ FrameEntry placeOf(FrameEntry entry)
 int readRetries(const RuntimeSettings& settings)
 {
     return qMin(settings.retryLimit, kMostReadRetries);
+}
+
+/// For each point its place in `former`, each once at most; below 0 for one that is not there.
+QVector<int> placesOfSame(const QVector<DataPoint>& points, const QVector<DataPoint>& former)
+{
+    QHash<QString, int> places;
+    for (int place = 0; place < int(former.size()); ++place)
+        places.insert(former[place].text, place);
+    QVector<int> result;
+    result.reserve(points.size());
+    for (const DataPoint& point : points) {
+        const auto found = places.find(point.text);
+        const bool isThere = found != places.end() && isSameValue(former[*found], point);
+        result.append(isThere ? *found : -1);
+        if (isThere)
+            places.erase(found);
+    }
+    return result;
 }
 
 /// A read whose reply no acknowledgement of this connection had the size of.
@@ -113,12 +133,18 @@ RuntimeSnapshot Runtime::snapshot(qint64 now) const
 
 void Runtime::readCyclically(const QVector<DataPoint>& points, qint64 now)
 {
-    m_cyclic.start(points);
+    const QVector<int> formerRows = placesOfSame(points, m_cyclicPoints);
+    m_cyclic.start(points, formerRows);
     m_session.setCyclicEntries(m_cyclic.entries());
     ValueTable values(points, m_staleAfter, longestEntry(m_settings.maxReadBytes), now);
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_cyclicPoints = points;
-    m_values = std::move(values);
+    values.takeOver(m_values, formerRows);
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_cyclicPoints = points;
+        m_values = std::move(values);
+    }
+    // One that had nothing to read waits for nothing.
+    m_session.wake(now);
 }
 
 void Runtime::write(const DataPoint& point, const QVector<values::Value>& values, qint64 now,

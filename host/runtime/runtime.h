@@ -84,7 +84,7 @@ public:
     const TrafficCounters& counters() const { return m_counters; }
     double requestsPerSecond(qint64 now) const { return m_requestRate.perSecond(now); }
 
-    /// Replaces the cyclically read values.
+    /// Replaces the cyclically read values. What is known of those that stay is kept.
     void readCyclically(const QVector<DataPoint>& points, qint64 now);
 
     /// Queue a write or a one-shot read. It is settled exactly once; at once if the link is down or

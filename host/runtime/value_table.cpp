@@ -10,11 +10,11 @@ namespace plc::host {
 
 ValueTable::ValueTable(const QVector<DataPoint>& points, int staleAfter, int longestWhole,
                        qint64 since)
-    : m_longestWhole(quint32(longestWhole)), m_staleAfter(staleAfter), m_since(since)
+    : m_longestWhole(quint32(longestWhole)), m_staleAfter(staleAfter)
 {
     m_rows.reserve(size_t(points.size()));
     for (const DataPoint& point : points) {
-        m_rows.emplace_back(point);
+        m_rows.emplace_back(point, since);
         m_largest = qMax(m_largest, m_rows.back().range.size);
     }
     m_byPlace.resize(m_rows.size());
@@ -24,6 +24,17 @@ ValueTable::ValueTable(const QVector<DataPoint>& points, int staleAfter, int lon
         const ByteRange& right = m_rows[size_t(b)].range;
         return std::pair(left.area, left.start) < std::pair(right.area, right.start);
     });
+}
+
+void ValueTable::takeOver(const ValueTable& former, const QVector<int>& formerRows)
+{
+    for (int row = 0; row < int(formerRows.size()); ++row) {
+        if (formerRows[row] < 0)
+            continue;
+        m_rows[size_t(row)] = former.m_rows[size_t(formerRows[row])];
+        // The rest of it may come in other pieces.
+        m_rows[size_t(row)].parts.reset();
+    }
 }
 
 ValueReading ValueTable::reading(int row, qint64 now) const

@@ -49,6 +49,10 @@ public:
     /// were asked for. Values of more than `longestWhole` bytes come in several replies.
     ValueTable(const QVector<DataPoint>& points, int staleAfter, int longestWhole, qint64 since);
 
+    /// Takes over what `former` knows of values that stay: the value of row r was that of row
+    /// formerRows[r] there, each of which stands once at most, or none where that is below 0.
+    void takeOver(const ValueTable& former, const QVector<int>& formerRows);
+
     int size() const { return int(m_rows.size()); }
     const DataPoint& point(int row) const { return m_rows[size_t(row)].point; }
     /// The value's bytes in the form that GetRegisterData() gives; empty until it was read.
@@ -59,7 +63,7 @@ public:
     /// Whether the value is too old to be relied on, was waited for too long, or is refused.
     bool isStale(int row, qint64 now) const
     {
-        return isRefused(row) || now - qMax(m_since, m_rows[size_t(row)].readAt) > m_staleAfter;
+        return isRefused(row) || now - m_rows[size_t(row)].knownSince() > m_staleAfter;
     }
     ValueReading reading(int row, qint64 now) const;
     /// Whether the value is put together from several replies.
@@ -87,10 +91,16 @@ public:
 
 private:
     struct Row {
-        explicit Row(const DataPoint& dataPoint) : point(dataPoint), range(valueBytes(dataPoint)) {}
+        Row(const DataPoint& dataPoint, qint64 begin)
+            : point(dataPoint), range(valueBytes(dataPoint)), since(begin)
+        {
+        }
+        /// When it was asked for; of a value that was not read yet, since when it is waited for.
+        qint64 knownSince() const { return qMax(since, readAt); }
 
         DataPoint point;
         ByteRange range;
+        qint64 since;
         QByteArray bytes;
         qint64 readAt = Freshness::kNever;
         quint64 reads = 0;
@@ -114,7 +124,6 @@ private:
     quint32 m_largest = 0;
     quint32 m_longestWhole = 0;
     int m_staleAfter = 0;
-    qint64 m_since = 0;
     quint64 m_replies = 0;
     std::vector<char> m_shown; ///< Room for the value that is shown.
 };

@@ -50,6 +50,18 @@ void ReadTracker::addSuspects(const std::vector<OneShotRead>& reads)
     split(std::move(group));
 }
 
+void ReadTracker::renumber(const QVector<int>& tags)
+{
+    const auto change = [&tags](Group* group) {
+        for (Job& job : *group)
+            job.read.tag = tags.value(job.read.tag, -1);
+    };
+    change(&m_waiting);
+    for (Group& group : m_suspects)
+        change(&group);
+    change(&m_batch);
+}
+
 bool ReadTracker::isEmpty() const
 {
     return m_waiting.empty() && m_suspects.empty() && m_batch.empty();

@@ -50,6 +50,9 @@ public:
     /// Reads of which one is known to be refused: asked for in halves, before all others.
     void addSuspects(const std::vector<OneShotRead>& reads);
 
+    /// Gives each read the tag that `tags` has at the place of its present one.
+    void renumber(const QVector<int>& tags);
+
     bool isEmpty() const;
     /// Whether the driver has entries of it.
     bool hasUnderWay() const { return !m_batch.empty(); }

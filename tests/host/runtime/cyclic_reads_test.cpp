@@ -428,6 +428,131 @@ TEST_F(RefusedReads, NeverGoOutTwiceBetweenTwoReadsOfOthers)
     EXPECT_EQ(kinds.find("PP"), std::string::npos) << story;
 }
 
+/// The values that are read are exchanged while a PLC is followed.
+class ExchangedReads : public RefusedReads {
+protected:
+    QVector<DataPoint> m_first = {valueAt(0), valueAt(20), valueAt(40)};
+};
+
+TEST_F(ExchangedReads, KeepWhatIsKnownOfValuesThatStay)
+{
+    begin(m_first);
+    serve(1);
+    const QByteArray bytes = runtime->values().bytes(2);
+    passTime(500);
+    ASSERT_EQ("S", actions()) << "the reply to this one does not come";
+    runtime->readCyclically({valueAt(60), valueAt(40)}, now);
+    ASSERT_EQ(2, runtime->values().size());
+    EXPECT_FALSE(runtime->values().wasRead(0));
+    EXPECT_TRUE(runtime->values().wasRead(1));
+    EXPECT_EQ(bytes, runtime->values().bytes(1));
+    EXPECT_EQ(500, runtime->values().age(1, now));
+    EXPECT_EQ(1u, runtime->values().reads(1));
+}
+
+TEST_F(ExchangedReads, DoNotMakeAnOldValueGood)
+{
+    begin(m_first);
+    serve(1);
+    now += 3000;
+    ASSERT_FALSE(runtime->values().isStale(0, now));
+    now += 1;
+    ASSERT_TRUE(runtime->values().isStale(0, now));
+    runtime->readCyclically({valueAt(0), valueAt(60)}, now);
+    EXPECT_TRUE(runtime->values().isStale(0, now));
+    EXPECT_EQ(ValueState::Stale, runtime->values().reading(0, now).state);
+    EXPECT_EQ(ValueState::Unread, runtime->values().reading(1, now).state);
+}
+
+TEST_F(ExchangedReads, OfAnotherTypeAtTheSameLabelBeginAnew)
+{
+    begin(m_first);
+    serve(1);
+    DataPoint other = valueAt(0);
+    other.type = values::findIecType(QStringLiteral("UINT"));
+    runtime->readCyclically({other}, now);
+    EXPECT_FALSE(runtime->values().wasRead(0));
+}
+
+TEST_F(ExchangedReads, LeaveARefusedValueRefusedAndOutOfTheRequests)
+{
+    refusedBytes = {21};
+    begin(m_first);
+    serve(12);
+    ASSERT_EQ(std::vector<std::string>{"v20"}, refusedValues);
+    story.clear();
+    runtime->readCyclically({valueAt(60), valueAt(20), valueAt(0)}, now);
+    EXPECT_TRUE(runtime->values().isRefused(1));
+    serve(10);
+    EXPECT_EQ("CCCCCCCCCC", story);
+    EXPECT_FALSE(isAsked(20));
+    EXPECT_TRUE(isAsked(60) && isAsked(0));
+    EXPECT_EQ(1u, refusedValues.size()) << "told once";
+    // It is still tried now and then.
+    refusedBytes.clear();
+    serveFor(11000);
+    EXPECT_EQ(std::vector<std::string>{"v20"}, valuesGivenAgain);
+}
+
+TEST_F(ExchangedReads, GoOnWithASearchThatIsUnderWay)
+{
+    refusedBytes = {5007};
+    QVector<DataPoint> points = threeRequests();
+    begin(points);
+    serve(3);
+    ASSERT_EQ("Ccp", story); // 4 and 5 were refused together, 6 and 7 wait
+    std::reverse(points.begin(), points.end());
+    points.removeLast();
+    points.append(valueAt(20000));
+    runtime->readCyclically(points, now);
+    serve(20);
+    EXPECT_EQ(std::vector<std::string>{"v5000"}, refusedValues);
+    for (int row = 0; row < 12; ++row)
+        EXPECT_EQ(runtime->values().wasRead(row), row != 6) << row;
+}
+
+TEST_F(ExchangedReads, WithoutAValueThatIsSearchedForEndTheSearch)
+{
+    refusedBytes = {5007};
+    begin(threeRequests());
+    serve(3);
+    QVector<DataPoint> points = threeRequests();
+    points.remove(4, 4);
+    runtime->readCyclically(points, now);
+    serve(30);
+    EXPECT_TRUE(refusedValues.empty());
+    for (int row = 0; row < 8; ++row)
+        EXPECT_TRUE(runtime->values().wasRead(row)) << row;
+    EXPECT_EQ(std::string(10, 'C'), story.substr(story.size() - 10));
+}
+
+TEST_F(ExchangedReads, BeginWhereNothingWasRead)
+{
+    runtime->readCyclically({}, now);
+    connect();
+    ASSERT_EQ("", actions());
+    runtime->readCyclically(m_first, now);
+    logIn();
+    serve(1);
+    EXPECT_TRUE(runtime->values().wasRead(0));
+}
+
+TEST_F(ExchangedReads, TakeTheReplyThatIsUnderWay)
+{
+    begin(m_first);
+    serve(1);
+    ASSERT_EQ("S", actions());
+    runtime->readCyclically({valueAt(60), valueAt(40)}, now);
+    const RequestContent content = parseRequest(sent);
+    ASSERT_EQ(3, content.entries.size());
+    QByteArray payload(6, '\0');
+    for (int i = 1; i <= 3; ++i)
+        payload += QByteArray(1, '\0') + QByteArray(2, char(i));
+    answer(frameOf(payload));
+    EXPECT_FALSE(runtime->values().wasRead(0));
+    EXPECT_EQ(QByteArray("\3\3"), runtime->values().bytes(1));
+}
+
 } // namespace
 } // namespace test
 } // namespace plc::host
