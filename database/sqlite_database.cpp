@@ -89,6 +89,11 @@ int SqliteDatabase::changedRows() const
     return ::sqlite3_changes(m_handle);
 }
 
+qint64 SqliteDatabase::insertedRow() const
+{
+    return ::sqlite3_last_insert_rowid(m_handle);
+}
+
 SqliteStatement::SqliteStatement(SqliteDatabase& database, const char* statement)
 {
     ::sqlite3_prepare_v2(database.handle(), statement, -1, &m_handle, nullptr);
@@ -153,6 +158,11 @@ QString SqliteStatement::text(int column) const
 qint64 SqliteStatement::number(int column) const
 {
     return ::sqlite3_column_int64(m_handle, column);
+}
+
+double SqliteStatement::real(int column) const
+{
+    return ::sqlite3_column_double(m_handle, column);
 }
 
 QByteArray SqliteStatement::bytes(int column) const

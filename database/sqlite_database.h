@@ -42,6 +42,8 @@ public:
     bool reserve(qint64 bytes);
     /// Rows that the last statement changed.
     int changedRows() const;
+    /// Number of the row that was inserted last.
+    qint64 insertedRow() const;
     sqlite3* handle() const { return m_handle; }
 
 private:
@@ -73,6 +75,7 @@ public:
 
     QString text(int column) const;
     qint64 number(int column) const;
+    double real(int column) const;
     QByteArray bytes(int column) const;
 
 private:

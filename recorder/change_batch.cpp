@@ -1,0 +1,41 @@
+#include "recorder/change_batch.h"
+
+#include "recorder/byte_writer.h"
+
+namespace plc::recorder {
+
+QByteArray encodeBatch(const QVector<Change>& changes, qint64 time)
+{
+    QByteArray batch;
+    int series = 0;
+    for (const Change& change : changes) {
+        const Sample& sample = change.sample;
+        appendSigned(change.series - series, &batch);
+        appendSigned(sample.time - time, &batch);
+        appendNumber(quint64(sample.bytes.size()) << 2 | quint64(sample.quality), &batch);
+        batch.append(sample.bytes);
+        series = change.series;
+        time = sample.time;
+    }
+    return batch;
+}
+
+bool BatchDecoder::next()
+{
+    if (m_reader.isAtEnd() || m_reader.hasFailed())
+        return false;
+    m_series = int(m_series + m_reader.signedNumber());
+    m_time = qint64(quint64(m_time) + quint64(m_reader.signedNumber()));
+    const quint64 size = m_reader.number();
+    m_quality = Quality(size & 3);
+    m_size = size >> 2;
+    m_bytes = m_reader.take(m_size);
+    return !m_reader.hasFailed();
+}
+
+Sample BatchDecoder::sample() const
+{
+    return {m_time, m_quality, QByteArray(m_bytes, int(m_size))};
+}
+
+} // namespace plc::recorder

@@ -1,0 +1,83 @@
+#include "recorder/compaction.h"
+
+#include "recorder/change_batch.h"
+#include "recorder/sample_block.h"
+
+namespace plc::recorder {
+
+using database::SqliteStatement;
+
+bool Compaction::run()
+{
+    Samples samples;
+    // The pages of the batches are free for the blocks.
+    if (!takeBatches(&samples) || !m_database->execute("DELETE FROM batch"))
+        return false;
+    BlockTable blocks(m_database);
+    bool isDone = blocks.isPrepared();
+    for (auto one = samples.constBegin(); one != samples.constEnd() && isDone; ++one)
+        isDone = store(&blocks, one.key(), one.value());
+    if (!isDone)
+        m_last.clear();
+    return isDone;
+}
+
+/// What stands behind damage in a batch cannot be known.
+bool Compaction::takeBatches(Samples* samples)
+{
+    SqliteStatement rows(*m_database, "SELECT run, time, changes FROM batch ORDER BY id");
+    if (!rows.isPrepared())
+        return false;
+    SqliteStatement::Step step = rows.step();
+    for (; step == SqliteStatement::Row; step = rows.step()) {
+        BatchDecoder changes(rows.bytes(2), rows.number(1));
+        while (changes.next())
+            (*samples)[{rows.number(0), changes.series()}].append(changes.sample());
+    }
+    return step == SqliteStatement::Done;
+}
+
+/// Fills the last block of the series in this run, and then new ones.
+bool Compaction::store(BlockTable* blocks, const RunAndSeries& key, const QVector<Sample>& samples)
+{
+    std::optional<Block> block = lastBlock(blocks, key);
+    if (!block)
+        return false;
+    SampleEncoder encoder(block->samples);
+    for (const Sample& sample : samples) {
+        if (encoder.block().size() >= kFullBlock) {
+            block->samples = encoder.block();
+            if (!save(blocks, &*block))
+                return false;
+            block = Block(key.second, key.first);
+            encoder = SampleEncoder();
+        }
+        block->count(sample);
+        encoder.append(sample);
+    }
+    block->samples = encoder.block();
+    return save(blocks, &*block);
+}
+
+std::optional<Block> Compaction::lastBlock(BlockTable* blocks, const RunAndSeries& key) const
+{
+    const auto known = m_last.constFind(key);
+    const std::optional<qint64> id =
+        known != m_last.constEnd() ? std::optional(*known) : blocks->lastOf(key.second, key.first);
+    if (!id)
+        return {};
+    const std::optional<Block> block = blocks->load(*id);
+    if (block && (block->id == 0 || block->samples.size() >= kFullBlock))
+        return Block(key.second, key.first);
+    return block;
+}
+
+bool Compaction::save(BlockTable* blocks, Block* block)
+{
+    if (!blocks->save(block))
+        return false;
+    m_last.insert({block->run, block->series}, block->id);
+    return true;
+}
+
+} // namespace plc::recorder

@@ -1,0 +1,39 @@
+#ifndef PLC_RECORDER_COMPACTION_H
+#define PLC_RECORDER_COMPACTION_H
+
+#include <QtCore/QHash>
+#include <QtCore/QMap>
+#include <QtCore/QPair>
+#include <QtCore/QVector>
+
+#include "database/sqlite_database.h"
+#include "recorder/block_table.h"
+
+namespace plc::recorder {
+
+/// Makes blocks of batches.
+class Compaction {
+public:
+    explicit Compaction(database::SqliteDatabase* database) : m_database(database) {}
+
+    /// Makes blocks of all batches, inside a transaction. Returns false after a failure, behind
+    /// which the transaction has to be rolled back.
+    bool run();
+
+private:
+    using RunAndSeries = QPair<qint64, int>;
+    using Samples = QMap<RunAndSeries, QVector<Sample>>;
+
+    bool takeBatches(Samples* samples);
+    bool store(BlockTable* blocks, const RunAndSeries& key, const QVector<Sample>& samples);
+    std::optional<Block> lastBlock(BlockTable* blocks, const RunAndSeries& key) const;
+    bool save(BlockTable* blocks, Block* block);
+
+    database::SqliteDatabase* const m_database;
+    /// Numbers of the last blocks of this and the present run: to find them among many takes long.
+    QHash<RunAndSeries, qint64> m_last;
+};
+
+} // namespace plc::recorder
+
+#endif

@@ -1,0 +1,145 @@
+#include "recorder/history.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "recorder/block_table.h"
+#include "recorder/change_batch.h"
+#include "recorder/sample_block.h"
+
+namespace plc::recorder {
+
+using database::SqliteDatabase;
+using database::SqliteStatement;
+
+namespace {
+
+/// A run, and where it ends for readers: where times were recorded again.
+struct Window {
+    Run run;
+    qint64 end = 0;
+};
+
+/// The runs that may tell something of these times, in the order in which they were recorded.
+QVector<Window> windowsOf(const QVector<Run>& runs, qint64 from, qint64 to)
+{
+    QVector<Window> windows;
+    qint64 end = std::numeric_limits<qint64>::max();
+    for (int i = int(runs.size()) - 1; i >= 0; --i) {
+        const Run& run = runs[i];
+        if (run.begin < to && std::min(run.until, end) >= from)
+            windows.prepend({run, std::min(to, end)});
+        end = std::min(end, run.begin);
+    }
+    return windows;
+}
+
+class Walk {
+public:
+    Walk(SqliteDatabase* database, int series, qint64 from, const TakeSample& take)
+        : m_series(series),
+          m_from(from),
+          m_take(take),
+          m_table(database),
+          m_blocks(*database,
+                   "SELECT samples FROM block WHERE series = ? AND run = ? AND first >= ?"
+                   " AND first < ? AND id > ? ORDER BY id"),
+          m_batches(*database, "SELECT time, changes FROM batch WHERE run = ? ORDER BY id")
+    {
+    }
+
+    bool isPrepared() const
+    {
+        return m_table.isPrepared() && m_blocks.isPrepared() && m_batches.isPrepared();
+    }
+    bool walk(const Window& window);
+    bool isEnough() const { return m_isEnough; }
+
+private:
+    bool give(const Sample& sample)
+    {
+        m_isEnough = !m_take(sample);
+        return !m_isEnough;
+    }
+    void giveBlock(const QByteArray& samples);
+    bool walkBlocks(const Window& window);
+    bool walkBatches(const Window& window);
+
+    const int m_series;
+    const qint64 m_from;
+    const TakeSample& m_take;
+    BlockTable m_table;
+    SqliteStatement m_blocks;
+    SqliteStatement m_batches;
+    bool m_isEnough = false;
+};
+
+bool Walk::walk(const Window& window)
+{
+    if (!give({window.run.begin, Quality::Gap, {}}))
+        return true;
+    if (!walkBlocks(window) || (!m_isEnough && !walkBatches(window)))
+        return false;
+    return m_isEnough || give({window.run.until, Quality::Gap, {}}) || true;
+}
+
+void Walk::giveBlock(const QByteArray& samples)
+{
+    SampleDecoder decoder(samples);
+    while (decoder.next() && give(decoder.sample())) {
+    }
+}
+
+bool Walk::walkBlocks(const Window& window)
+{
+    // All behind the last block that begins before a time begin later.
+    const std::optional<qint64> id = m_table.lastBefore(m_series, window.run.id, m_from);
+    const std::optional<Block> block = id ? m_table.load(*id) : std::nullopt;
+    if (!block)
+        return false;
+    giveBlock(block->samples);
+    m_blocks.bind(0, qint64(m_series))
+        .bind(1, window.run.id)
+        .bind(2, m_from)
+        .bind(3, window.end)
+        .bind(4, *id);
+    SqliteStatement::Step step = SqliteStatement::Row;
+    while (!m_isEnough && (step = m_blocks.step()) == SqliteStatement::Row)
+        giveBlock(m_blocks.bytes(0));
+    m_blocks.reset();
+    return step != SqliteStatement::Failed;
+}
+
+bool Walk::walkBatches(const Window& window)
+{
+    m_batches.bind(0, window.run.id);
+    SqliteStatement::Step step = SqliteStatement::Row;
+    while (!m_isEnough && (step = m_batches.step()) == SqliteStatement::Row) {
+        BatchDecoder changes(m_batches.bytes(1), m_batches.number(0));
+        while (!m_isEnough && changes.next()) {
+            if (changes.series() == m_series)
+                give(changes.sample());
+        }
+    }
+    m_batches.reset();
+    return step != SqliteStatement::Failed;
+}
+
+} // namespace
+
+bool walkSamples(SqliteDatabase* database, const QVector<Run>& runs, int series, qint64 from,
+                 qint64 to, const TakeSample& take)
+{
+    Walk walk(database, series, from, take);
+    if (!walk.isPrepared())
+        return false;
+    for (const Window& window : windowsOf(runs, from, to)) {
+        if (!walk.walk(window))
+            return false;
+        if (walk.isEnough())
+            break;
+    }
+    return true;
+}
+
+} // namespace plc::recorder

@@ -1,0 +1,25 @@
+#ifndef PLC_RECORDER_HISTORY_H
+#define PLC_RECORDER_HISTORY_H
+
+#include <QtCore/QVector>
+
+#include <functional>
+
+#include "database/sqlite_database.h"
+#include "recorder/change.h"
+#include "recorder/run.h"
+
+namespace plc::recorder {
+
+/// Takes a sample; false: no more are wanted.
+using TakeSample = std::function<bool(const Sample&)>;
+
+/// Walks through the samples of one series in the order in which they were recorded, with gaps
+/// where runs begin and end: those from `from` on and before `to`, and the one before them. Others
+/// may be among them. Returns false after a failure of the database.
+bool walkSamples(database::SqliteDatabase* database, const QVector<Run>& runs, int series,
+                 qint64 from, qint64 to, const TakeSample& take);
+
+} // namespace plc::recorder
+
+#endif

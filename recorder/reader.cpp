@@ -1,0 +1,275 @@
+#include "recorder/reader.h"
+
+#include <QtCore/QMap>
+
+#include <algorithm>
+
+#include "recorder/block_table.h"
+#include "recorder/change_batch.h"
+#include "recorder/change_walk.h"
+#include "recorder/history.h"
+#include "recorder/recording_file.h"
+#include "recorder/run_table.h"
+#include "recorder/sample_block.h"
+#include "recorder/series_table.h"
+#include "recorder/timeline.h"
+
+namespace plc::recorder {
+
+using database::SqliteDatabase;
+using database::SqliteStatement;
+
+class Reader::Implementation {
+public:
+    Expected<void> open(const QString& path) { return openToRead(path, &m_database); }
+
+    Expected<QVector<Series>> series() { return answer(loadSeries(&m_database)); }
+    Expected<QVector<Run>> runs()
+    {
+        return inSnapshot<QVector<Run>>([this] { return loadRuns(&m_database); });
+    }
+    Expected<History> changes(int series, qint64 from, qint64 to, qint64 most);
+    Expected<QVector<Aggregate>> aggregates(int series, qint64 from, qint64 to, qint64 step);
+    Expected<QVector<Change>> lastValues();
+    Expected<void> forEachChange(const TimeRange& range,
+                                 const std::function<bool(const Change&)>& visit);
+    Expected<qint64> countChanges();
+
+private:
+    /// All queries of `work` see one state of the file.
+    template <typename T, typename Work>
+    Expected<T> inSnapshot(Work work)
+    {
+        std::optional<T> result;
+        if (m_database.execute("BEGIN"))
+            result = work();
+        const Error error{result ? QString() : m_database.error()};
+        m_database.execute("COMMIT");
+        if (!result)
+            return error;
+        return *result;
+    }
+    template <typename T>
+    Expected<T> answer(const std::optional<T>& result) const
+    {
+        if (!result)
+            return Error{m_database.error()};
+        return *result;
+    }
+
+    std::optional<SeriesDescription> description(int series);
+    bool walk(int series, qint64 from, qint64 to, const TakeSample& take);
+    std::optional<qint64> addTail(QMap<int, Sample>* last, qint64* changes);
+
+    SqliteDatabase m_database;
+};
+
+bool Reader::Implementation::walk(int series, qint64 from, qint64 to, const TakeSample& take)
+{
+    const std::optional<QVector<Run>> runs = loadRuns(&m_database);
+    return runs && walkSamples(&m_database, *runs, series, from, to, take);
+}
+
+std::optional<SeriesDescription> Reader::Implementation::description(int series)
+{
+    const std::optional<QVector<Series>> all = loadSeries(&m_database);
+    if (!all)
+        return {};
+    for (const Series& one : *all) {
+        if (one.id == series)
+            return one.description;
+    }
+    return SeriesDescription();
+}
+
+Expected<History> Reader::Implementation::changes(int series, qint64 from, qint64 to, qint64 most)
+{
+    return inSnapshot<History>([&]() -> std::optional<History> {
+        Timeline<Sample> timeline(from, to, {from, Quality::Gap, {}});
+        const auto take = [&](const Sample& sample) {
+            timeline.add(sample);
+            return timeline.elements().size() <= most;
+        };
+        if (!walk(series, from, to, take))
+            return {};
+        History history;
+        history.before = timeline.before();
+        history.samples = timeline.elements();
+        history.isCut = history.samples.size() > most;
+        return history;
+    });
+}
+
+Expected<QVector<Aggregate>> Reader::Implementation::aggregates(int series, qint64 from, qint64 to,
+                                                                qint64 step)
+{
+    return inSnapshot<QVector<Aggregate>>([&]() -> std::optional<QVector<Aggregate>> {
+        const std::optional<SeriesDescription> described = description(series);
+        if (!described)
+            return {};
+        const SeriesNumbers numbers(*described);
+        Timeline<NumberSample> timeline(from, to, {from, 0, false});
+        const auto take = [&](const Sample& sample) {
+            const std::optional<double> number =
+                sample.quality == Quality::Good ? numbers.number(sample.bytes) : std::nullopt;
+            timeline.add({sample.time, number.value_or(0), number.has_value()});
+            return true;
+        };
+        if (!walk(series, from, to, take))
+            return {};
+        return aggregatesOf(timeline.before(), timeline.elements(), from, to, step);
+    });
+}
+
+/// The last samples in the batches, and how many there are in all.
+std::optional<qint64> Reader::Implementation::addTail(QMap<int, Sample>* last, qint64* changes)
+{
+    SqliteStatement rows(m_database, "SELECT time, changes FROM batch ORDER BY id");
+    if (!rows.isPrepared())
+        return {};
+    SqliteStatement::Step step = rows.step();
+    for (; step == SqliteStatement::Row; step = rows.step()) {
+        BatchDecoder decoder(rows.bytes(1), rows.number(0));
+        for (; decoder.next(); ++*changes)
+            last->insert(decoder.series(), decoder.sample());
+    }
+    return step == SqliteStatement::Done ? std::optional(*changes) : std::nullopt;
+}
+
+Expected<QVector<Change>> Reader::Implementation::lastValues()
+{
+    return inSnapshot<QVector<Change>>([this]() -> std::optional<QVector<Change>> {
+        QMap<int, Sample> last;
+        qint64 changes = 0;
+        const std::optional<QVector<Series>> all = loadSeries(&m_database);
+        BlockTable blocks(&m_database);
+        SqliteStatement newest(m_database, "SELECT ifnull(max(id), 0) FROM block WHERE series = ?");
+        if (!all || !blocks.isPrepared() || !newest.isPrepared() || !addTail(&last, &changes))
+            return {};
+        for (const Series& series : *all) {
+            if (last.contains(series.id))
+                continue;
+            if (newest.bind(0, qint64(series.id)).step() != SqliteStatement::Row)
+                return {};
+            const std::optional<Block> block = blocks.load(newest.number(0));
+            newest.reset();
+            if (!block)
+                return {};
+            SampleDecoder decoder(block->samples);
+            while (decoder.next())
+                last.insert(series.id, decoder.sample());
+        }
+        QVector<Change> result;
+        for (auto one = last.constBegin(); one != last.constEnd(); ++one)
+            result.append({one.key(), one.value()});
+        return result;
+    });
+}
+
+Expected<void> Reader::Implementation::forEachChange(
+    const TimeRange& range, const std::function<bool(const Change&)>& visit)
+{
+    const Expected<bool> done = inSnapshot<bool>([&]() -> std::optional<bool> {
+        const std::optional<QVector<Run>> runs = loadRuns(&m_database);
+        const std::optional<QVector<Series>> all = loadSeries(&m_database);
+        if (!runs || !all)
+            return {};
+        QVector<int> ids;
+        for (const Series& series : *all)
+            ids.append(series.id);
+        for (const Run& run : *runs) {
+            QMap<int, bool> holds;
+            const auto take = [&](const Change& change) {
+                holds.insert(change.series, change.sample.quality != Quality::Gap);
+                return visit(change);
+            };
+            bool isEnough = false;
+            if (!walkChanges(&m_database, run, ids, range.from, range.to, take, &isEnough))
+                return {};
+            const bool hasEnd =
+                run.ending != Ending::Open && run.until >= range.from && run.until < range.to;
+            for (int id : hasEnd && !isEnough ? holds.keys() : QList<int>()) {
+                if (!isEnough && holds[id])
+                    isEnough = !visit({id, {run.until, Quality::Gap, {}}});
+            }
+            if (isEnough)
+                break;
+        }
+        return true;
+    });
+    return done ? Expected<void>() : Expected<void>(done.error());
+}
+
+Expected<qint64> Reader::Implementation::countChanges()
+{
+    return inSnapshot<qint64>([this]() -> std::optional<qint64> {
+        QMap<int, Sample> last;
+        qint64 tail = 0;
+        const std::optional<qint64> blocks =
+            m_database.number("SELECT ifnull(sum(count), 0) FROM block");
+        if (!blocks || !addTail(&last, &tail))
+            return {};
+        return *blocks + tail;
+    });
+}
+
+Expected<std::unique_ptr<Reader>> Reader::open(const QString& path)
+{
+    auto implementation = std::make_unique<Implementation>();
+    if (const Expected<void> opened = implementation->open(path); !opened)
+        return opened.error();
+    return std::unique_ptr<Reader>(new Reader(std::move(implementation)));
+}
+
+Reader::Reader(std::unique_ptr<Implementation> implementation)
+    : m_implementation(std::move(implementation))
+{
+}
+
+Reader::~Reader() = default;
+
+Expected<QVector<Series>> Reader::series()
+{
+    return m_implementation->series();
+}
+
+Expected<QVector<Run>> Reader::runs()
+{
+    return m_implementation->runs();
+}
+
+Expected<Sample> Reader::valueAt(int series, qint64 time)
+{
+    const Expected<History> history = m_implementation->changes(series, time, time + 1, kAll);
+    if (!history)
+        return history.error();
+    return history->samples.isEmpty() ? history->before : history->samples.last();
+}
+
+Expected<QVector<Change>> Reader::lastValues()
+{
+    return m_implementation->lastValues();
+}
+
+Expected<History> Reader::changes(int series, qint64 from, qint64 to, qint64 most)
+{
+    return m_implementation->changes(series, from, to, most);
+}
+
+Expected<QVector<Aggregate>> Reader::aggregates(int series, qint64 from, qint64 to, qint64 step)
+{
+    return m_implementation->aggregates(series, from, to, step);
+}
+
+Expected<void> Reader::forEachChange(const TimeRange& range,
+                                     const std::function<bool(const Change&)>& visit)
+{
+    return m_implementation->forEachChange(range, visit);
+}
+
+Expected<qint64> Reader::countChanges()
+{
+    return m_implementation->countChanges();
+}
+
+} // namespace plc::recorder

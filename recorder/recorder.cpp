@@ -1,0 +1,506 @@
+#include "recorder/recorder.h"
+
+#include <QtCore/QHash>
+
+#include <algorithm>
+#include <cmath>
+
+#include "database/sqlite_database.h"
+#include "recorder/change_batch.h"
+#include "recorder/compaction.h"
+#include "recorder/recording_file.h"
+#include "recorder/removal.h"
+#include "recorder/run_table.h"
+#include "recorder/series_table.h"
+#include "recorder/write_lock.h"
+
+namespace plc::recorder {
+
+using database::SqliteDatabase;
+using database::SqliteStatement;
+
+namespace {
+
+/// How often a run without changes tells on the disk that it still goes on.
+constexpr qint64 kAliveInterval = 10000; // ms
+
+constexpr qint64 kPageSize = 4096;
+/// Bytes of batches at which they become blocks: enough for each series to have some changes.
+constexpr qint64 kSmallTail = 256 * 1024;
+constexpr qint64 kLargeTail = 8 * 1024 * 1024;
+constexpr qint64 kTailOfSeries = 2048;
+/// What a row needs besides its bytes.
+constexpr qint64 kBatchOverhead = 20;
+
+/// Parts of a limited size that batches may take, and that blocks are cut to.
+constexpr qint64 kTailPart = 8;
+constexpr double kBlocksPart = 13.0 / 16;
+/// How long it is waited after that failed.
+constexpr qint64 kRetryInterval = 60000; // ms
+/// How often it is looked for what is too old, as a part of the age.
+constexpr qint64 kAgePart = 32;
+
+} // namespace
+
+class Recorder::Implementation {
+public:
+    explicit Implementation(const Limits& limits) : m_limits(limits), m_compaction(&m_database) {}
+
+    Expected<void> open(const QString& path, qint64 now);
+    bool isMediumFailing() const { return m_isMediumFailing || m_database.isMediumFailing(); }
+
+    int series(const SeriesDescription& description) { return m_series.find(description); }
+    Expected<void> append(const QVector<Change>& changes, qint64 now);
+    void giveUp(const QVector<Change>& changes);
+    Expected<void> end(qint64 now);
+    Expected<void> endAtLastTime() { return end(m_now); }
+
+    QString maintenanceError() const { return m_maintenanceError; }
+    qint64 recordedChanges() const { return m_recorded; }
+    qint64 usedBytes();
+
+private:
+    /// Changes as they are to be stored, and what they begin.
+    struct Transaction {
+        QVector<Change> changes;
+        qint64 time = 0;
+        QByteArray batch; ///< The changes as they are stored; empty without any.
+        std::optional<Run> ended;
+        std::optional<Run> begun; ///< Or the present one, which begins earlier than was known.
+        bool isNewRun = false;
+    };
+
+    Expected<void> check(const QVector<Change>& changes) const;
+    bool isOutsideDeadband(const Change& change) const;
+    Transaction transactionOf(const QVector<Change>& changes, qint64 now) const;
+    void restate(const QVector<Change>& changes, qint64 begin, Transaction* transaction) const;
+    Run endedRun(qint64 now) const;
+    Run nextRun(qint64 now) const;
+
+    bool store(const Transaction& transaction);
+    bool storeNewSeries();
+    bool storeBatch(const Transaction& transaction);
+    bool storeAlive(qint64 now);
+    void stored(const Transaction& transaction, qint64 now);
+    template <typename Work>
+    Expected<void> inTransaction(Work work);
+
+    void maintain(qint64 now);
+    Expected<void> compact();
+    Expected<void> removeOld(qint64 now);
+    Expected<void> removeLarge();
+    Expected<void> remove(const Horizon& horizon);
+    qint64 tailLimit() const;
+    bool isTooOld(qint64 now) const;
+    std::optional<qint64> usedPages();
+
+    const Limits m_limits;
+    WriteLock m_lock;
+    SqliteDatabase m_database;
+    Compaction m_compaction;
+    SeriesTable m_series;
+    int m_storedSeries = 0; ///< So many of them are on the disk.
+    std::optional<Run> m_run;
+    qint64 m_lastRun = 0;          ///< Its number, also of one that has ended.
+    std::optional<Ending> m_break; ///< What the run ends with before the next change.
+    qint64 m_now = 0;              ///< Of the last success.
+    qint64 m_storedNow = 0;        ///< What of that is on the disk.
+    QHash<int, Sample> m_latest;   ///< What the series hold in this run.
+    qint64 m_tailBytes = 0;
+    qint64 m_retryAt = 0; ///< After a failure to put things in order; 0: there was none.
+    bool m_isMediumFailing = false;
+    Horizon m_horizon;
+    QString m_maintenanceError;
+    qint64 m_recorded = 0;
+};
+
+Expected<void> Recorder::Implementation::open(const QString& path, qint64 now)
+{
+    if (m_limits.size > 0 && m_limits.size < Limits::kSmallest) {
+        return Error{QStringLiteral("a recording may be limited to %1 bytes and more, not to %2")
+                         .arg(Limits::kSmallest)
+                         .arg(m_limits.size)};
+    }
+    if (const Expected<void> locked = m_lock.take(path); !locked)
+        return locked;
+    if (const Expected<void> opened = openToRecord(path, &m_database); !opened)
+        return opened;
+    const std::optional<QVector<Series>> series = loadSeries(&m_database);
+    const std::optional<QVector<Run>> runs = loadRuns(&m_database);
+    const std::optional<Horizon> horizon = loadHorizon(&m_database);
+    const std::optional<qint64> tail =
+        m_database.number("SELECT ifnull(sum(length(changes)), 0) + 20 * count(*) FROM batch");
+    if (!series || !runs || !horizon || !tail)
+        return Error{m_database.error()};
+    m_series = SeriesTable(*series);
+    m_storedSeries = m_series.size();
+    m_horizon = *horizon;
+    m_tailBytes = *tail;
+    Transaction transaction;
+    if (!runs->isEmpty()) {
+        m_lastRun = runs->last().id;
+        if (runs->last().ending == Ending::Open) {
+            transaction.ended = runs->last();
+            transaction.ended->ending = Ending::Interrupted;
+        }
+    }
+    m_lastRun = std::max(m_lastRun, m_horizon.run - 1);
+    transaction.begun = nextRun(now);
+    transaction.isNewRun = true;
+    const Expected<void> begun = inTransaction([&] { return store(transaction); });
+    if (begun) {
+        stored(transaction, now);
+        maintain(now);
+    }
+    return begun;
+}
+
+Expected<void> Recorder::Implementation::append(const QVector<Change>& changes, qint64 now)
+{
+    if (const Expected<void> isGood = check(changes); !isGood)
+        return isGood;
+    if (m_run && !m_break && now < m_now)
+        m_break = Ending::ClockSetBack;
+    const Transaction transaction = transactionOf(changes, now);
+    const bool isEmpty = transaction.changes.isEmpty() && !transaction.begun;
+    Expected<void> done;
+    if (!isEmpty)
+        done = inTransaction([&] { return store(transaction); });
+    else if (now - m_storedNow >= kAliveInterval)
+        done = inTransaction([&] { return storeAlive(now); });
+    if (!done)
+        return done;
+    stored(transaction, now);
+    maintain(now);
+    return {};
+}
+
+Expected<void> Recorder::Implementation::check(const QVector<Change>& changes) const
+{
+    for (const Change& change : changes) {
+        if (!m_series.description(change.series))
+            return Error{QStringLiteral("no series has the number %1").arg(change.series)};
+    }
+    return {};
+}
+
+bool Recorder::Implementation::isOutsideDeadband(const Change& change) const
+{
+    const SeriesDescription& series = *m_series.description(change.series);
+    const auto last = m_latest.constFind(change.series);
+    if (!(series.deadband > 0) || last == m_latest.constEnd() ||
+        last->quality != change.sample.quality)
+        return true;
+    const SeriesNumbers numbers(series);
+    const std::optional<double> before = numbers.number(last->bytes);
+    const std::optional<double> number = numbers.number(change.sample.bytes);
+    if (!before || !number)
+        return last->bytes != change.sample.bytes;
+    return std::abs(*number - *before) >= series.deadband;
+}
+
+Recorder::Implementation::Transaction Recorder::Implementation::transactionOf(
+    const QVector<Change>& changes, qint64 now) const
+{
+    Transaction transaction;
+    qint64 begin = now;
+    for (const Change& change : changes)
+        begin = std::min(begin, change.sample.time);
+    if (!m_run || m_break) {
+        if (m_run)
+            transaction.ended = endedRun(m_now);
+        transaction.begun = nextRun(begin);
+        transaction.isNewRun = true;
+        if (m_run)
+            restate(changes, begin, &transaction);
+    } else if (begin < m_run->begin) {
+        transaction.begun = m_run;
+        transaction.begun->begin = begin;
+    }
+    transaction.time = transaction.isNewRun ? now : std::max(now, m_run->until);
+    for (const Change& change : changes) {
+        if (isOutsideDeadband(change))
+            transaction.changes.append(change);
+        transaction.time = std::max(transaction.time, change.sample.time);
+    }
+    transaction.batch = encodeBatch(transaction.changes, transaction.time);
+    return transaction;
+}
+
+/// In a new run all is given again that holds on.
+void Recorder::Implementation::restate(const QVector<Change>& changes, qint64 begin,
+                                       Transaction* transaction) const
+{
+    QHash<int, Sample> held = m_latest;
+    for (const Change& change : changes)
+        held.remove(change.series);
+    for (auto one = held.constBegin(); one != held.constEnd(); ++one) {
+        if (one->quality != Quality::Gap)
+            transaction->changes.append({one.key(), {begin, one->quality, one->bytes}});
+    }
+    std::sort(transaction->changes.begin(), transaction->changes.end(),
+              [](const Change& a, const Change& b) { return a.series < b.series; });
+}
+
+Run Recorder::Implementation::endedRun(qint64 now) const
+{
+    Run run = *m_run;
+    run.until = std::max(run.until, now);
+    run.ending = m_break.value_or(Ending::Ended);
+    return run;
+}
+
+Run Recorder::Implementation::nextRun(qint64 now) const
+{
+    Run run;
+    run.id = m_lastRun + 1;
+    run.begin = now;
+    run.until = now;
+    return run;
+}
+
+bool Recorder::Implementation::store(const Transaction& transaction)
+{
+    if (transaction.ended && !saveRun(&m_database, *transaction.ended))
+        return false;
+    if (transaction.begun && !saveRun(&m_database, *transaction.begun))
+        return false;
+    return storeNewSeries() && (transaction.changes.isEmpty() || storeBatch(transaction));
+}
+
+bool Recorder::Implementation::storeNewSeries()
+{
+    for (int i = m_storedSeries; i < m_series.size(); ++i) {
+        if (!insertSeries(&m_database, m_series[i]))
+            return false;
+    }
+    return true;
+}
+
+bool Recorder::Implementation::storeBatch(const Transaction& transaction)
+{
+    SqliteStatement insert(m_database, "INSERT INTO batch(run, time, changes) VALUES(?, ?, ?)");
+    if (!insert.isPrepared())
+        return false;
+    insert.bind(0, transaction.begun ? transaction.begun->id : m_run->id)
+        .bind(1, transaction.time)
+        .bind(2, transaction.batch);
+    return insert.step() == SqliteStatement::Done;
+}
+
+bool Recorder::Implementation::storeAlive(qint64 now)
+{
+    Run run = *m_run;
+    run.until = std::max(run.until, now);
+    return saveRun(&m_database, run);
+}
+
+/// After a failure all is as it was before.
+template <typename Work>
+Expected<void> Recorder::Implementation::inTransaction(Work work)
+{
+    if (m_database.execute("BEGIN IMMEDIATE") && work() && m_database.execute("COMMIT"))
+        return {};
+    const Error error{m_database.error()};
+    m_isMediumFailing = m_database.isMediumFailing();
+    // After some errors SQLite has done so itself; then this one fails and changes nothing.
+    m_database.execute("ROLLBACK");
+    return error;
+}
+
+void Recorder::Implementation::stored(const Transaction& transaction, qint64 now)
+{
+    if (transaction.begun) {
+        m_run = transaction.begun;
+        m_lastRun = m_run->id;
+    }
+    if (transaction.isNewRun)
+        m_break.reset();
+    const bool isOnDisk = transaction.begun || !transaction.changes.isEmpty();
+    if (isOnDisk) {
+        m_storedSeries = m_series.size();
+        m_tailBytes += transaction.batch.size() + kBatchOverhead;
+    }
+    if (isOnDisk || now - m_storedNow >= kAliveInterval)
+        m_storedNow = now;
+    m_run->until = std::max({m_run->until, now, transaction.time});
+    m_now = now;
+    for (const Change& change : transaction.changes)
+        m_latest.insert(change.series, change.sample);
+    m_recorded += transaction.changes.size();
+}
+
+void Recorder::Implementation::giveUp(const QVector<Change>& changes)
+{
+    if (!m_run)
+        return;
+    m_break = Ending::ChangesLost;
+    for (const Change& change : changes)
+        m_latest.insert(change.series, change.sample);
+}
+
+Expected<void> Recorder::Implementation::end(qint64 now)
+{
+    if (!m_run)
+        return {};
+    const Run run = endedRun(m_break || now < m_now ? m_now : now);
+    const Expected<void> ended = inTransaction([&] { return saveRun(&m_database, run); });
+    if (ended) {
+        m_run.reset();
+        m_break.reset();
+        m_latest.clear();
+    }
+    return ended;
+}
+
+qint64 Recorder::Implementation::tailLimit() const
+{
+    const qint64 wanted = qBound(kSmallTail, m_series.size() * kTailOfSeries, kLargeTail);
+    return m_limits.size > 0 ? std::min(wanted, m_limits.size / kTailPart) : wanted;
+}
+
+bool Recorder::Implementation::isTooOld(qint64 now) const
+{
+    return m_limits.age > 0 && now - m_limits.age - m_limits.age / kAgePart > m_horizon.time;
+}
+
+/// What fails here is tried again, and nothing is lost.
+void Recorder::Implementation::maintain(qint64 now)
+{
+    const bool isOld = isTooOld(now);
+    const bool mustWait = now < m_retryAt && m_retryAt <= now + kRetryInterval;
+    if (mustWait || (!isOld && m_tailBytes < tailLimit()))
+        return;
+    Expected<void> done = compact();
+    if (done && isOld)
+        done = removeOld(now);
+    if (done)
+        done = removeLarge();
+    m_maintenanceError = done ? QString() : done.error().text;
+    m_retryAt = done ? 0 : now + kRetryInterval;
+}
+
+Expected<void> Recorder::Implementation::compact()
+{
+    // The batches tell until when the run is known to go on.
+    const Expected<void> done = inTransaction(
+        [&] { return m_compaction.run() && (!m_run || saveRun(&m_database, *m_run)); });
+    if (done)
+        m_tailBytes = 0;
+    return done;
+}
+
+Expected<void> Recorder::Implementation::removeOld(qint64 now)
+{
+    const std::optional<QVector<Run>> runs = loadRuns(&m_database);
+    if (!runs)
+        return Error{m_database.error()};
+    return remove(horizonOfTime(*runs, now - m_limits.age));
+}
+
+Expected<void> Recorder::Implementation::removeLarge()
+{
+    const qint64 most = qint64(double(m_limits.size) * kBlocksPart) / kPageSize;
+    for (;;) {
+        const std::optional<qint64> used = usedPages();
+        if (!used)
+            return Error{m_database.error()};
+        if (m_limits.size == 0 || *used <= most)
+            break;
+        const std::optional<Horizon> horizon =
+            horizonOfBytes(&m_database, (*used - most) * kPageSize);
+        if (!horizon)
+            return Error{m_database.error()};
+        // What the series hold is never removed, even where it alone is too large.
+        if (!(m_horizon < *horizon))
+            break;
+        if (const Expected<void> removed = remove(*horizon); !removed)
+            return removed;
+    }
+    if (m_limits.size > 0 &&
+        m_database.number("PRAGMA page_count").value_or(0) * kPageSize > m_limits.size)
+        m_database.execute("PRAGMA incremental_vacuum");
+    return {};
+}
+
+Expected<void> Recorder::Implementation::remove(const Horizon& horizon)
+{
+    const Expected<void> removed =
+        inTransaction([&] { return removeBefore(&m_database, horizon); });
+    if (removed)
+        m_horizon = horizon;
+    return removed;
+}
+
+std::optional<qint64> Recorder::Implementation::usedPages()
+{
+    const std::optional<qint64> all = m_database.number("PRAGMA page_count");
+    const std::optional<qint64> free = m_database.number("PRAGMA freelist_count");
+    return all && free ? std::optional(*all - *free) : std::nullopt;
+}
+
+qint64 Recorder::Implementation::usedBytes()
+{
+    return usedPages().value_or(0) * kPageSize;
+}
+
+Expected<std::unique_ptr<Recorder>> Recorder::open(const QString& path, const Limits& limits,
+                                                   qint64 now, bool* isMediumFailing)
+{
+    auto implementation = std::make_unique<Implementation>(limits);
+    const Expected<void> opened = implementation->open(path, now);
+    if (isMediumFailing)
+        *isMediumFailing = !opened && implementation->isMediumFailing();
+    if (!opened)
+        return opened.error();
+    return std::unique_ptr<Recorder>(new Recorder(std::move(implementation)));
+}
+
+Recorder::Recorder(std::unique_ptr<Implementation> implementation)
+    : m_implementation(std::move(implementation))
+{
+}
+
+Recorder::~Recorder()
+{
+    // Without it the next one takes the run for interrupted, at the same time.
+    const Expected<void> ended = m_implementation->endAtLastTime();
+    static_cast<void>(ended);
+}
+
+int Recorder::series(const SeriesDescription& description)
+{
+    return m_implementation->series(description);
+}
+
+Expected<void> Recorder::append(const QVector<Change>& changes, qint64 now)
+{
+    return m_implementation->append(changes, now);
+}
+
+void Recorder::giveUp(const QVector<Change>& changes)
+{
+    m_implementation->giveUp(changes);
+}
+
+Expected<void> Recorder::end(qint64 now)
+{
+    return m_implementation->end(now);
+}
+
+QString Recorder::maintenanceError() const
+{
+    return m_implementation->maintenanceError();
+}
+
+qint64 Recorder::recordedChanges() const
+{
+    return m_implementation->recordedChanges();
+}
+
+qint64 Recorder::usedBytes() const
+{
+    return m_implementation->usedBytes();
+}
+
+} // namespace plc::recorder
