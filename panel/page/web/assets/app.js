@@ -1,0 +1,30 @@
+// The page as a whole: header, views, dialogs, keys.
+
+import { html, useEffect } from "./html.js";
+import { AlarmsView } from "./views/alarms_view.js";
+import { Header } from "./views/header.js";
+import { HelpDialog } from "./views/help_dialog.js";
+import { LoginView } from "./views/login_view.js";
+import { listenForKeys } from "./views/keys.js";
+import { Notice } from "./parts/notice.js";
+import { RecipesView } from "./views/recipes_view.js";
+import { TrendView } from "./views/trend_view.js";
+import { ValuesView } from "./views/values_view.js";
+import { WriteDialog } from "./views/write_dialog.js";
+
+const VIEWS = { values: ValuesView, trend: TrendView, alarms: AlarmsView, recipes: RecipesView };
+
+export function App({ panel }) {
+  useEffect(() => listenForKeys(panel), []);
+  if (panel.needsLogin) return html`<${LoginView} panel=${panel} />`;
+  const View = VIEWS[panel.view.view];
+  return html`
+    <${Header} panel=${panel} />
+    <main id="main" class=${`view view-${panel.view.view}`} tabindex="-1">
+      <${View} panel=${panel} />
+    </main>
+    <${Notice} panel=${panel} />
+    ${panel.dialog?.name === "write" && html`<${WriteDialog} key=${panel.dialog.process.id} panel=${panel} dialog=${panel.dialog} />`}
+    ${panel.dialog?.name === "help" && html`<${HelpDialog} panel=${panel} />`}
+  `;
+}

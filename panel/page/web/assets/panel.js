@@ -1,0 +1,210 @@
+// What the views show and what can be done in them: the page without its looks.
+
+import { carryOut } from "./server/writes.js";
+import { Live } from "./server/live.js";
+import { get, query, request, send } from "./server/api.js";
+import { keep, kept } from "./state/stored.js";
+import { Model } from "./state/model.js";
+import { keyOf } from "./state/rows.js";
+import { readClocks } from "./state/server_clock.js";
+import { outcomeText } from "./state/write_process.js";
+import { readAddress, SERIES_LIMIT, writeAddress } from "./state/view_address.js";
+
+export class Panel {
+  constructor(changed) {
+    this.changed = changed;
+    this.model = new Model(changed);
+    this.live = new Live(this.model, () => this.#askSession());
+    this.view = readAddress(location.hash || kept("view") || "");
+    this.dialog = null; // {name, …}
+    this.notice = null; // a sentence for whoever looks, or listens
+    this.needsLogin = false;
+    this.started = false;
+    this.treeOpen = this.view.chosen.length === 0; // where there is no room for tree and table
+  }
+
+  start() {
+    addEventListener("hashchange", () => this.#followAddress());
+    this.model.listeners.add({ begin: () => this.#refresh() });
+    this.#keepView();
+    this.#choose();
+    this.#askSession();
+  }
+
+  // Views
+
+  show(changes) {
+    const before = this.view;
+    this.view = { ...this.view, ...changes };
+    this.#keepView();
+    if (this.view.chosen !== before.chosen || this.view.series !== before.series) this.#choose();
+    this.changed();
+  }
+
+  isChosen(name) {
+    return this.view.chosen.some((one) => keyOf(one) === keyOf(name));
+  }
+
+  add(names) {
+    const added = names.filter((name) => !this.isChosen(name));
+    if (added.length) this.show({ chosen: [...this.view.chosen, ...added] });
+  }
+
+  remove(names) {
+    const keys = new Set(names.map(keyOf));
+    this.show({ chosen: this.view.chosen.filter((one) => !keys.has(keyOf(one))) });
+  }
+
+  isDrawn(name) {
+    return this.view.series.some((one) => keyOf(one) === keyOf(name));
+  }
+
+  // Into the trend or out of it.
+  toggleSeries({ plc, label }) {
+    if (this.isDrawn({ plc, label })) {
+      this.show({ series: this.view.series.filter((one) => keyOf(one) !== keyOf({ plc, label })) });
+    } else if (this.view.series.length >= SERIES_LIMIT) {
+      this.tell(`The trend shows at most ${SERIES_LIMIT} values; take one out first.`);
+    } else {
+      this.show({ series: [...this.view.series, { plc, label }] });
+      this.tell(`${label} is in the trend.`);
+    }
+  }
+
+  open(dialog) {
+    this.dialog = dialog;
+    this.changed();
+  }
+
+  openTree(open) {
+    this.treeOpen = open;
+    this.changed();
+  }
+
+  close() {
+    this.open(null);
+  }
+
+  tell(text) {
+    this.notice = { text, at: performance.now() };
+    this.changed();
+  }
+
+  // Values
+
+  rowsOf(names) {
+    return names.map((name) => this.model.rows.get(keyOf(name))).filter(Boolean);
+  }
+
+  mark(row) {
+    return this.model.mark(row, readClocks());
+  }
+
+  age(row) {
+    return this.model.age(row, readClocks());
+  }
+
+  now() {
+    return this.model.clock.now(readClocks());
+  }
+
+  isHeard() {
+    return this.model.clock.isHeard(readClocks());
+  }
+
+  resetExtremes(rows) {
+    for (const row of rows) row.forgetExtremes(this.now());
+    this.changed();
+  }
+
+  // All values below a node of the tree, at most `limit` of them.
+  async valuesBelow(plc, symbol, limit = 2000) {
+    if (symbol.kind === "value") return [{ plc, label: symbol.label }];
+    const found = [];
+    const waiting = [symbol.label];
+    while (waiting.length && found.length < limit) {
+      const { symbols } = await get(`/symbols${query({ plc, under: waiting.shift() })}`);
+      for (const one of symbols) {
+        if (one.kind === "value") found.push({ plc, label: one.label });
+        else waiting.push(one.label);
+      }
+    }
+    return found.slice(0, limit);
+  }
+
+  // Writes the value that was confirmed in the dialog; told elsewhere too when the dialog has gone.
+  async write(process) {
+    if (!process.confirm()) return;
+    this.changed();
+    await carryOut(process, this.changed);
+    if (this.dialog?.process !== process) {
+      const { word, text } = outcomeText(process.outcome);
+      this.tell(`${process.label}: ${word}. ${text}`);
+    }
+  }
+
+  // The server
+
+  async login(user, password) {
+    this.model.session = await send("POST", "/session", { user, password });
+    this.needsLogin = false;
+    this.#begin();
+    this.changed();
+  }
+
+  async logout() {
+    await request("DELETE", "/session").catch(() => {});
+    await this.#askSession();
+  }
+
+  async #askSession() {
+    try {
+      this.model.session = await get("/session");
+      this.needsLogin = this.model.session.loginRequired && !this.model.session.user;
+    } catch {
+      setTimeout(() => this.#askSession(), 1000);
+      return this.changed();
+    }
+    if (!this.needsLogin) this.#begin();
+    this.changed();
+  }
+
+  #begin() {
+    if (this.started) return this.live.hurry();
+    this.started = true;
+    this.live.start();
+    this.#refresh();
+  }
+
+  async #refresh() {
+    try {
+      this.model.setPlcs((await get("/plcs")).plcs);
+      this.model.setAlarms((await get("/alarms")).alarms);
+    } catch (error) {
+      if (error.status === 401) this.#askSession();
+    }
+  }
+
+  // Address and choice
+
+  #choose() {
+    const names = [...this.view.chosen, ...this.view.series];
+    this.model.choose(names, this.now() ?? Date.now());
+    this.live.want([...this.model.rows.values()].map(({ plc, label }) => ({ plc, label })));
+  }
+
+  #keepView() {
+    const address = writeAddress(this.view);
+    keep("view", address);
+    if (location.hash === address) return;
+    const isOther = readAddress(location.hash).view !== this.view.view;
+    history[isOther && location.hash ? "pushState" : "replaceState"](null, "", address);
+  }
+
+  #followAddress() {
+    if (location.hash === writeAddress(this.view)) return;
+    this.view = readAddress(location.hash);
+    this.#choose();
+    this.changed();
+  }
+}

@@ -1,0 +1,59 @@
+// Requests to the page's own server.
+
+const ROOT = "/api/v1";
+const PATIENCE = 10000; // ms
+
+// The server could not be reached, or did not answer in time.
+export class Unreachable extends Error {}
+
+// {status, body}: body is the JSON of the answer, null where there is none.
+export async function request(method, path, body, { patience = PATIENCE } = {}) {
+  const options = { method, cache: "no-store", credentials: "same-origin", signal: AbortSignal.timeout(patience) };
+  if (body !== undefined) {
+    options.body = JSON.stringify(body);
+    options.headers = { "Content-Type": "application/json" };
+  }
+  try {
+    const response = await fetch(ROOT + path, options);
+    const text = await response.text();
+    return { status: response.status, body: text ? parsed(text) : null };
+  } catch (error) {
+    throw new Unreachable(error.message);
+  }
+}
+
+function parsed(text) {
+  try {
+    return JSON.parse(text);
+  } catch {
+    return { error: text.slice(0, 200) };
+  }
+}
+
+// The body of a good answer; an Error with the server's sentence otherwise.
+export async function get(path, options) {
+  return bodyOf(await request("GET", path, undefined, options));
+}
+
+export async function send(method, path, body, options) {
+  return bodyOf(await request(method, path, body, options));
+}
+
+function bodyOf({ status, body }) {
+  if (status >= 200 && status < 300) return body;
+  const error = new Error(body?.error ?? `The server answered ${status}.`);
+  error.status = status;
+  throw error;
+}
+
+// "?plc=A&label=B&label=C" of {plc: "A", label: ["B", "C"]}; what is undefined is left out.
+export function query(fields) {
+  const parameters = new URLSearchParams();
+  for (const [name, value] of Object.entries(fields)) {
+    if (value === undefined || value === null) continue;
+    for (const one of Array.isArray(value) ? value : [value]) parameters.append(name, String(one));
+  }
+  return `?${parameters}`;
+}
+
+export const ROOT_PATH = ROOT;

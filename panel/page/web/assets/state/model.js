@@ -1,0 +1,145 @@
+// All that the page knows: of the server, its PLCs, the chosen values, the alarms.
+
+import { confirmedAt, markOf } from "./freshness.js";
+import { keyOf, Row } from "./rows.js";
+import { ServerClock } from "./server_clock.js";
+
+export class Model {
+  constructor(changed = () => {}) {
+    this.changed = changed;
+    this.clock = new ServerClock();
+    this.session = null;
+    this.plcs = new Map(); // name -> {name, title, address, readOnly, link, confirmed}
+    this.rows = new Map(); // key -> Row
+    this.order = []; // rows as the subscription counts them
+    this.alarms = new Map();
+    this.alarmsKnown = false;
+    this.trouble = null; // what the server said last against a subscription
+    this.listeners = new Set(); // told of each event: {values, gap}
+  }
+
+  // Rows of the values that are chosen now; those of others are forgotten.
+  choose(names, now) {
+    const rows = new Map();
+    for (const name of names) {
+      const key = keyOf(name);
+      if (rows.has(key)) continue;
+      const row = this.rows.get(key) ?? new Row(name);
+      if (!this.rows.has(key)) row.forgetExtremes(now);
+      rows.set(key, row);
+    }
+    this.rows = rows;
+    this.changed();
+  }
+
+  setPlcs(plcs) {
+    const known = this.plcs;
+    this.plcs = new Map(
+      plcs.map((plc) => [plc.name, { ...plc, confirmed: known.get(plc.name)?.confirmed ?? null }]),
+    );
+    this.changed();
+  }
+
+  setAlarms(alarms) {
+    this.alarms = new Map(alarms.map((alarm) => [alarm.id, alarm]));
+    this.alarmsKnown = true;
+    this.changed();
+  }
+
+  // A stream began; false: its beginning came too late to count.
+  begin(event, names, described, reading, asked) {
+    this.trouble = null;
+    this.order = names.map((name) => this.rows.get(keyOf(name)) ?? new Row(name));
+    described.forEach((one, i) => this.order[i]?.describe(one));
+    for (const plc of this.plcs.values()) plc.confirmed = null;
+    const timely = this.clock.begin(event.time, reading, asked);
+    for (const listener of this.listeners) listener.begin?.();
+    this.changed();
+    return timely;
+  }
+
+  // An event of the stream; false: it is too old to count, and so is what comes with it.
+  hear(name, event, reading) {
+    const time = event.time ?? this.clock.now(reading);
+    if (name !== "alarm" && !this.clock.hear(time, reading)) return false;
+    if (name === "values") this.#takeValues(event);
+    else if (name === "link") this.#takeLink(event);
+    else if (name === "alarm") this.alarms.set(event.id, event);
+    this.changed();
+    return true;
+  }
+
+  // Nothing is heard any more: from here on no value is known.
+  lose(reading) {
+    const now = this.clock.now(reading) ?? reading.wall;
+    for (const row of this.rows.values()) row.trace.gap(now, "not known");
+    for (const listener of this.listeners) listener.gap?.(null, now);
+    this.clock.lose();
+    this.changed();
+  }
+
+  tellTrouble(text) {
+    this.trouble = text ?? null;
+    this.changed();
+  }
+
+  #takeValues({ time, plc, confirmed, rows }) {
+    const owner = this.plcs.get(plc);
+    if (owner) owner.confirmed = confirmed ?? null;
+    for (const [index, value, quality, at] of rows) {
+      const row = this.order[index];
+      if (!row) continue;
+      row.take(value, quality, at, time);
+      for (const listener of this.listeners) listener.value?.(row, time);
+    }
+    if (owner) this.#resume(owner, time);
+  }
+
+  // Lines go on where a PLC came back with the values that it had.
+  #resume({ name, link, confirmed }, time) {
+    if (link?.state !== "up" || confirmed === null || confirmed < (link.since ?? 0)) return;
+    for (const row of this.rows.values()) {
+      if (row.plc !== name || row.quality !== "g" || !row.trace.isInGap || !this.order.includes(row)) continue;
+      row.trace.append(time, row.number, row.value);
+      for (const listener of this.listeners) listener.value?.(row, time);
+    }
+  }
+
+  #takeLink({ plc, state, since, reason, time }) {
+    const owner = this.plcs.get(plc);
+    if (!owner) return;
+    owner.link = { state, since, reason };
+    if (state === "up") return;
+    for (const row of this.rows.values()) {
+      if (row.plc === plc) row.trace.gap(time, "no link");
+    }
+    for (const listener of this.listeners) listener.gap?.(plc, time);
+  }
+
+  // How a row may be shown at this moment; see freshness.js.
+  mark(row, reading) {
+    return markOf({
+      heard: this.clock.isHeard(reading),
+      link: this.plcs.get(row.plc)?.link,
+      confirmed: confirmedAt(row, this.plcs.get(row.plc)?.confirmed),
+      quality: row.quality,
+      time: row.time,
+      error: row.error,
+    });
+  }
+
+  // Age of a row in ms; null where it was never read, or nothing is known of the time.
+  age(row, reading) {
+    const now = this.clock.now(reading);
+    const at = confirmedAt(row, this.plcs.get(row.plc)?.confirmed);
+    return now === null || at === null ? null : Math.max(0, now - at);
+  }
+
+  // Why a row cannot be written, or "" when it can.
+  writeObstacle(row) {
+    if (this.session?.readOnly) return "The panel is read-only.";
+    if (!["operator", "engineer"].includes(this.session?.role)) return "Your role does not write.";
+    if (this.plcs.get(row.plc)?.readOnly) return `${row.plc} is read-only.`;
+    return row.writable ? "" : "This value is not writable.";
+  }
+}

@@ -1,0 +1,103 @@
+// One write, from the dialog to its outcome. A write is sent once: when its answer is lost the server
+// is asked what became of it, and what cannot be learnt is told as not known.
+//
+//   editing -> asking -> sending -> over
+//                ^  |        |       ^
+//                +--+        v       |
+//              (back)     missing ---+
+
+export const OUTCOMES = {
+  done: { word: "done", text: "The PLC has taken the value." },
+  refused: { word: "refused", text: "The PLC has refused the value." },
+  unknown: { word: "not known", text: "Whether the PLC has taken the value is not known. Look at the value." },
+  notSent: { word: "not sent", text: "Nothing was sent to the PLC." },
+};
+
+export const MISSING_LIMIT = 20000; // ms for which the server is asked what became of a write
+
+export class WriteProcess {
+  constructor({ id, plc, label, type, unit }) {
+    Object.assign(this, { id, plc, label, type, unit });
+    this.state = "editing";
+    this.value = null;
+    this.outcome = null; // {outcome, status, reason, time}
+    this.askedSince = null;
+  }
+
+  // The value that was typed is to be confirmed. `old`: the one that is shown, undefined if it is
+  // not fresh.
+  propose(value, old) {
+    if (this.state !== "editing") return false;
+    this.value = value;
+    this.old = old;
+    this.state = "asking";
+    return true;
+  }
+
+  back() {
+    if (this.state !== "asking") return false;
+    this.state = "editing";
+    return true;
+  }
+
+  // True exactly once: who gets it sends request().
+  confirm() {
+    if (this.state !== "asking") return false;
+    this.state = "sending";
+    return true;
+  }
+
+  request() {
+    const { id, plc, label, value } = this;
+    return this.old === undefined ? { id, plc, label, value } : { id, plc, label, value, old: this.old };
+  }
+
+  // The server answered the request, or the question for its outcome.
+  answered(status, body, now) {
+    if (this.state === "over") return;
+    if (status === 200 && OUTCOMES[body?.outcome]) return this.#end(body);
+    if (this.state === "sending") return this.#requestRefused(status, body, now);
+    if (status === 404) {
+      // It came never, or came to a server that has begun anew since and may have passed it on.
+      this.#end({ outcome: "unknown", reason: "The server does not know of this write; it may have been restarted." });
+    } else if (this.hasAskedLongEnough(now)) {
+      this.#end({ outcome: "unknown", reason: body?.error ?? "The server has not told the outcome in time." });
+    }
+  }
+
+  #requestRefused(status, body, now) {
+    const isRefusal = status >= 400 && status < 500 && status !== 408;
+    if (isRefusal) this.#end({ outcome: "notSent", reason: body?.error ?? `The server answered ${status}.` });
+    else this.lost(now);
+  }
+
+  // No answer came.
+  lost(now) {
+    if (this.state === "sending") {
+      this.state = "missing";
+      this.askedSince = now;
+    } else if (this.state === "missing" && this.hasAskedLongEnough(now)) {
+      this.#end({ outcome: "unknown", reason: "The server does not answer." });
+    }
+  }
+
+  hasAskedLongEnough(now) {
+    return now - this.askedSince >= MISSING_LIMIT;
+  }
+
+  #end(outcome) {
+    this.state = "over";
+    this.outcome = outcome;
+  }
+}
+
+// 128 random bits. crypto.randomUUID() is missing where a page came without TLS.
+export function newId() {
+  return Array.from(crypto.getRandomValues(new Uint8Array(16)), (byte) => byte.toString(16).padStart(2, "0")).join("");
+}
+
+// "refused (16#0003): The PLC …"; number and words of an outcome.
+export function outcomeText({ outcome, status, reason }) {
+  const { word, text } = OUTCOMES[outcome] ?? OUTCOMES.unknown;
+  return { word, text: reason || text, status: status ?? null };
+}

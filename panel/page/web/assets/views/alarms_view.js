@@ -1,0 +1,4 @@
+import { html } from "../html.js";
+export function AlarmsView() {
+  return html`<p class="empty">…</p>`;
+}

@@ -1,0 +1,4 @@
+import { html } from "../html.js";
+export function RecipesView() {
+  return html`<p class="empty">…</p>`;
+}

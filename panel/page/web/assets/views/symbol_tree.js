@@ -1,0 +1,159 @@
+// The symbols of all PLCs as a tree, and the search through them. A node is asked for when it is
+// opened; what is chosen has a tick.
+
+import { get, query } from "../server/api.js";
+import { html, useEffect, useRef, useState } from "../html.js";
+import { keyOf } from "../state/rows.js";
+
+const SEARCH_DELAY = 250; // ms
+const SEARCH_LIMIT = 200;
+
+export function SymbolTree({ panel }) {
+  const [words, setWords] = useState("");
+  const [found, setFound] = useState(null);
+  const plcs = [...panel.model.plcs.keys()];
+  useEffect(() => {
+    if (!words.trim()) {
+      setFound(null);
+      return undefined;
+    }
+    let current = true;
+    const timer = setTimeout(async () => {
+      const lists = await Promise.all(plcs.map((plc) => search(plc, words)));
+      if (current) setFound(lists.flat());
+    }, SEARCH_DELAY);
+    return () => {
+      current = false;
+      clearTimeout(timer);
+    };
+  }, [words, plcs.join()]);
+  const leave = (event) => {
+    if (event.key === "Escape") setWords("");
+    if (event.key === "ArrowDown") document.querySelector(".tree [tabindex='0']")?.focus();
+  };
+  const roots = found ?? plcs.map((plc) => ({ plc, kind: "plc", name: plc, label: "", children: 1 }));
+  return html`
+    <input id="search" type="search" placeholder="Search labels and descriptions  ( / )" aria-label="Search for values"
+      value=${words} onInput=${(event) => setWords(event.target.value)} onKeyDown=${leave} />
+    ${found && html`<p class="hint" role="status">${found.length >= SEARCH_LIMIT ? `The first ${found.length} matches` : `${found.length} ${found.length === 1 ? "match" : "matches"}`}</p>`}
+    <${Tree} key=${found ? "found" : "all"} panel=${panel} roots=${roots} wholeLabels=${found !== null} />
+  `;
+}
+
+async function search(plc, words) {
+  try {
+    const { symbols } = await get(`/symbols${query({ plc, search: words, limit: SEARCH_LIMIT })}`);
+    return symbols.map((symbol) => ({ plc, ...symbol }));
+  } catch {
+    return [];
+  }
+}
+
+const nodeKey = (node) => `${node.kind === "plc" ? "plc" : "symbol"} ${keyOf(node)}`;
+
+function Tree({ panel, roots, wholeLabels }) {
+  const [opened, setOpened] = useState(() => new Map()); // key -> children, null while asked for
+  const [focused, setFocused] = useState("");
+  const list = useRef(null);
+  useEffect(() => {
+    if (roots.length === 1 && roots[0].kind === "plc") toggle(roots[0], true);
+  }, [roots.length]);
+
+  const lines = [];
+  const walk = (node, depth) => {
+    lines.push({ node, depth });
+    for (const child of opened.get(nodeKey(node)) ?? []) walk(child, depth + 1);
+  };
+  for (const root of roots) walk(root, 0);
+  const current = Math.max(0, lines.findIndex(({ node }) => nodeKey(node) === focused));
+
+  async function toggle(node, open = !opened.has(nodeKey(node))) {
+    const key = nodeKey(node);
+    if (!open) {
+      setOpened((map) => without(map, key));
+      return;
+    }
+    setOpened((map) => new Map(map).set(key, []));
+    try {
+      const { symbols } = await get(`/symbols${query({ plc: node.plc, under: node.label || undefined })}`);
+      const children = symbols.map((symbol) => ({ plc: node.plc, ...symbol }));
+      setOpened((map) => (map.has(key) ? new Map(map).set(key, children) : map));
+    } catch (error) {
+      panel.tell(`The symbols of ${node.label || node.plc} did not come: ${error.message}`);
+      setOpened((map) => without(map, key));
+    }
+  }
+
+  async function choose(node) {
+    if (node.kind === "plc") return toggle(node);
+    if (node.kind === "value") return panel.isChosen(node) ? panel.remove([node]) : panel.add([node]);
+    try {
+      const names = await panel.valuesBelow(node.plc, node);
+      panel.add(names);
+      panel.tell(`${names.length} values of ${node.label} are in the table.`);
+    } catch (error) {
+      panel.tell(`The values of ${node.label} did not come: ${error.message}`);
+    }
+  }
+
+  function move(index) {
+    const line = lines[Math.min(lines.length - 1, Math.max(0, index))];
+    if (!line) return;
+    setFocused(nodeKey(line.node));
+    list.current.children[lines.indexOf(line)]?.focus();
+  }
+
+  const press = (event) => {
+    const { node, depth } = lines[current] ?? {};
+    if (!node || event.ctrlKey || event.altKey || event.metaKey) return;
+    const isOpen = opened.has(nodeKey(node));
+    const actions = {
+      ArrowDown: () => move(current + 1),
+      ArrowUp: () => move(current - 1),
+      Home: () => move(0),
+      End: () => move(lines.length - 1),
+      ArrowRight: () => (node.kind === "value" ? null : isOpen ? move(current + 1) : toggle(node, true)),
+      ArrowLeft: () => (isOpen ? toggle(node, false) : move(parentOf(lines, current, depth))),
+      Enter: () => choose(node),
+      " ": () => choose(node),
+    };
+    if (!actions[event.key]) return;
+    event.preventDefault();
+    actions[event.key]();
+  };
+
+  return html`<ul class="tree" role="tree" aria-label="Symbols" ref=${list} onKeyDown=${press}>
+    ${lines.map(({ node, depth }, i) => html`<${Node} key=${nodeKey(node)} node=${node} depth=${depth}
+      open=${opened.has(nodeKey(node))} focusable=${i === current} chosen=${node.kind === "value" && panel.isChosen(node)}
+      text=${wholeLabels && depth === 0 ? node.label : node.name} several=${panel.model.plcs.size > 1 && wholeLabels && depth === 0}
+      onToggle=${() => toggle(node)} onChoose=${() => choose(node)} onFocus=${() => setFocused(nodeKey(node))} />`)}
+  </ul>`;
+}
+
+function without(map, key) {
+  const rest = new Map(map);
+  rest.delete(key);
+  return rest;
+}
+
+function parentOf(lines, index, depth) {
+  while (index > 0 && lines[index].depth >= depth) --index;
+  return index;
+}
+
+function Node({ node, depth, open, focusable, chosen, text, several, onToggle, onChoose, onFocus }) {
+  const isValue = node.kind === "value";
+  const click = (event) => {
+    event.currentTarget.focus();
+    if (isValue || event.target.closest(".node-add")) onChoose();
+    else onToggle();
+  };
+  return html`<li role="treeitem" class=${`node node-${node.kind}`} style=${{ "--depth": depth }} tabindex=${focusable ? 0 : -1}
+      aria-level=${depth + 1} aria-expanded=${isValue ? null : String(open)} aria-selected=${isValue ? String(chosen) : null}
+      title=${[node.label, node.type, node.description].filter(Boolean).join("\n")} onClick=${click} onFocus=${onFocus}>
+    <span class="node-sign" aria-hidden="true">${isValue ? (chosen ? "☑" : "☐") : open ? "▾" : "▸"}</span>
+    <span class="node-name">${several && html`<span class="node-plc">${node.plc} </span>`}${text}</span>
+    <span class="node-type">${node.type}${node.unit ? ` · ${node.unit}` : ""}</span>
+    ${!isValue && node.kind !== "plc" && html`<span class="node-add" title="Choose all values below (Enter)">+</span>`}
+  </li>`;
+}

@@ -1,0 +1,72 @@
+// One value in the table.
+
+import { ageText, timeText } from "../state/ages.js";
+import { formatShort, formatValue } from "../values/format.js";
+import { html } from "../html.js";
+import { isDrawn } from "../values/types.js";
+import { Mark } from "../parts/mark.js";
+import { Sparkline } from "../parts/sparkline.js";
+import { startWrite } from "./write_dialog.js";
+
+export function GroupRow({ line }) {
+  return html`<div class="row group" role="row">
+    <div role="gridcell" class="cell">${line.title} <span class="note">${line.count}</span></div>
+  </div>`;
+}
+
+export function ValueRow({ panel, row, now, index, focusable, onFocus }) {
+  const mark = panel.mark(row);
+  const fresh = mark === "fresh";
+  const named = panel.model.plcs.size > 1 && !["plc", "scope"].includes(panel.view.group);
+  return html`<div class=${`row value is-${mark}`} role="row" data-key=${row.key} aria-rowindex=${index} tabindex=${focusable ? 0 : -1}
+      onFocus=${onFocus} onDblClick=${() => startWrite(panel, row)}>
+    <div role="gridcell" class="cell cell-label" title=${[row.label, row.type, row.description, row.error].filter(Boolean).join("\n")}>
+      ${named && html`<span class="plc">${row.plc} </span>`}${row.label}
+      ${row.description && html`<span class="description">${row.description}</span>`}
+    </div>
+    <${ValueCell} row=${row} fresh=${fresh} />
+    <div role="gridcell" class="cell cell-unit">${row.unit}</div>
+    <div role="gridcell" class="cell cell-last-minute">${isDrawn(row.type) && html`<${Sparkline} trace=${row.trace} now=${now} fresh=${fresh} />`}</div>
+    <div role="gridcell" class="cell cell-age">${ageText(panel.age(row))}</div>
+    <div role="gridcell" class="cell cell-mark"><${Mark} mark=${mark} /></div>
+    <${ExtremeCell} name="minimum" row=${row} value=${row.minimum} />
+    <${ExtremeCell} name="maximum" row=${row} value=${row.maximum} />
+    <div role="gridcell" class="cell cell-actions"><${Actions} panel=${panel} row=${row} /></div>
+  </div>`;
+}
+
+// From so many characters on smaller digits, so that none is cut off.
+const LONG = 14;
+const LONGER = 17;
+
+function sizeOf(text) {
+  return text.length > LONGER ? "number longer" : text.length > LONG ? "number long" : "number";
+}
+
+function ExtremeCell({ name, row, value }) {
+  const text = value === null ? "" : formatShort(value, row.type);
+  const title = `${text}\nsince ${timeText(row.since)}`;
+  return html`<div role="gridcell" class=${`cell cell-${name}${text.length > 9 ? " long" : ""}`} title=${title}>${text}</div>`;
+}
+
+function ValueCell({ row, fresh }) {
+  const text = formatValue(row.value, row.type);
+  const [, main, beside] = /^(16#\S+) (\(\d+\))$/.exec(text) ?? [null, text, ""];
+  const size = sizeOf(main);
+  return html`<div role="gridcell" class="cell cell-value" title=${text}>
+    ${fresh ? html`<span class=${size}>${main}</span>` : html`<s class=${size}>${main}</s>`}
+    ${beside && html` <span class=${beside.length > 8 ? "beside below" : "beside"}>${beside}</span>`}
+  </div>`;
+}
+
+function Actions({ panel, row }) {
+  const drawn = panel.isDrawn(row);
+  const obstacle = panel.model.writeObstacle(row);
+  const button = (sign, text, action, { disabled, pressed } = {}) => html`<button type="button" class="quiet small" tabindex="-1"
+    title=${text} aria-label=${`${text}: ${row.label}`} aria-pressed=${pressed} disabled=${disabled} onClick=${action}>${sign}</button>`;
+  return html`
+    ${button("✎", obstacle || "Write (Enter)", () => startWrite(panel, row), { disabled: obstacle !== "" })}
+    ${button("∿", drawn ? "Out of the trend (t)" : "Into the trend (t)", () => panel.toggleSeries(row), { disabled: !drawn && !isDrawn(row.type), pressed: String(drawn) })}
+    ${button("✕", "Take out of the table (Delete)", () => panel.remove([row]))}
+  `;
+}

@@ -1,0 +1,16 @@
+// Tree of symbols beside the table of chosen values.
+
+import { html } from "../html.js";
+import { SymbolTree } from "./symbol_tree.js";
+import { ValuesTable } from "./values_table.js";
+
+export function ValuesView({ panel }) {
+  const open = panel.treeOpen;
+  return html`
+    <aside class=${open ? "side open" : "side"} aria-label="Symbols">
+      <button type="button" class="side-switch primary" onClick=${() => panel.openTree(false)}>Show the table</button>
+      <${SymbolTree} panel=${panel} />
+    </aside>
+    <${ValuesTable} panel=${panel} />
+  `;
+}

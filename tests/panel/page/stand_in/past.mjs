@@ -1,0 +1,49 @@
+// What the stand-in has recorded: its values every second, with a gap of two minutes that ends three
+// minutes ago.
+
+const GAP = [300000, 180000]; // ms before now
+
+export function historyOf(plant, fields) {
+  const from = Number(fields.get("from"));
+  const to = Math.min(Number(fields.get("to")), Date.now());
+  const points = Number(fields.get("points") ?? 1000);
+  const step = 1000;
+  const series = fields.getAll("label").map((label) => {
+    const { type, unit } = plant.values.get(label);
+    const common = { plc: plant.name, label, type, unit };
+    return (to - from) / step <= points
+      ? { ...common, kind: "changes", ...changes(plant, label, from, to, step) }
+      : { ...common, kind: "aggregates", ...aggregates(plant, label, from, to, points) };
+  });
+  return { from, to, series };
+}
+
+const isInGap = (time) => Date.now() - time <= GAP[0] && Date.now() - time >= GAP[1];
+
+function changes(plant, label, from, to, step) {
+  const result = { times: [], values: [], qualities: [] };
+  for (let time = from; time <= to; time += step) {
+    const gap = isInGap(time);
+    if (gap && result.qualities.at(-1) === "-") continue;
+    result.times.push(time);
+    result.values.push(gap ? null : plant.valueAt(label, time));
+    result.qualities.push(gap ? "-" : "g");
+  }
+  return result;
+}
+
+function aggregates(plant, label, from, to, points) {
+  const step = Math.ceil((to - from) / points);
+  const result = { step, times: [], mean: [], minimum: [], maximum: [], coverage: [] };
+  for (let time = from; time < to; time += step) {
+    const samples = Array.from({ length: 8 }, (_, i) => time + (step * i) / 8)
+      .filter((at) => !isInGap(at))
+      .map((at) => Number(plant.valueAt(label, at)));
+    result.times.push(time);
+    result.coverage.push(samples.length / 8);
+    result.mean.push(samples.length ? samples.reduce((a, b) => a + b) / samples.length : null);
+    result.minimum.push(samples.length ? Math.min(...samples) : null);
+    result.maximum.push(samples.length ? Math.max(...samples) : null);
+  }
+  return result;
+}

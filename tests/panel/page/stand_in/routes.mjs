@@ -1,0 +1,126 @@
+// The routes of the stand-in.
+
+import { historyOf } from "./past.mjs";
+
+const ROOT = "/api/v1";
+
+export function answer(standIn, method, url, body, response) {
+  const path = url.pathname.startsWith(ROOT) ? url.pathname.slice(ROOT.length) : "";
+  const tell = (status, value) => {
+    response.writeHead(status, { "Content-Type": "application/json", "Cache-Control": "no-store" });
+    response.end(value === undefined ? "" : JSON.stringify(value));
+  };
+  const [, first, second, third] = path.split("/").map(decodeURIComponent);
+  const { session } = standIn;
+  if (first !== "session" && session.loginRequired && !session.user) return tell(401, { error: "Log in first." });
+  const route = ROUTES[`${method} ${[first, second && "*", third].filter(Boolean).join("/")}`];
+  if (!route) return tell(404, { error: `There is nothing at ${url.pathname}.` });
+  return route({ standIn, url, body, response, tell, name: second, fields: url.searchParams });
+}
+
+const sessionOf = (standIn) => ({ ...standIn.session, time: Date.now() });
+
+const ROUTES = {
+  "GET session": ({ standIn, tell }) => tell(200, sessionOf(standIn)),
+  "POST session": ({ standIn, tell, body }) => {
+    if (body.password !== "milk") return tell(401, { error: "User or password is wrong." });
+    Object.assign(standIn.session, { user: body.user, role: "operator" });
+    tell(200, sessionOf(standIn));
+  },
+  "DELETE session": ({ standIn, tell }) => {
+    Object.assign(standIn.session, { user: null, role: null });
+    tell(204);
+  },
+  "GET plcs": ({ standIn, tell }) =>
+    tell(200, {
+      time: Date.now(),
+      plcs: [...standIn.plants.values()].map(({ name, title, values }) => ({
+        name, title, address: "127.0.0.1:1200", readOnly: false, link: standIn.links.get(name), values: values.size, passTime: 40,
+      })),
+    }),
+  "GET symbols": ({ standIn, tell, fields }) => {
+    const plant = standIn.plants.get(fields.get("plc"));
+    const words = fields.get("search")?.toLowerCase().split(/\s+/);
+    if (words) {
+      const found = [...plant.nodes.values()].map(({ symbol }) => symbol).filter((symbol) =>
+        symbol.kind !== "scope" && words.every((word) => `${symbol.label} ${symbol.description}`.toLowerCase().includes(word)));
+      return tell(200, { symbols: found.slice(0, Number(fields.get("limit") ?? 200)) });
+    }
+    const under = fields.get("under") ?? "";
+    tell(200, { under, symbols: under ? plant.nodes.get(under).children : plant.roots });
+  },
+  "POST subscriptions": ({ standIn, tell, body }) => {
+    const id = `s${standIn.subscriptions.size + 1}`;
+    standIn.subscriptions.set(id, body.values);
+    tell(201, { id, values: body.values.map(({ plc, label }) => {
+      const symbol = standIn.plants.get(plc)?.nodes.get(label)?.symbol;
+      return symbol ? { plc, ...symbol } : { plc, label, error: `${label} is no label of ${plc}.` };
+    }) });
+  },
+  "DELETE subscriptions/*": ({ standIn, tell, name }) => {
+    standIn.subscriptions.delete(name);
+    tell(204);
+  },
+  "GET events": ({ standIn, tell, response, fields }) => {
+    const id = fields.get("subscription");
+    if (id && !standIn.subscriptions.has(id)) return tell(404, { error: "No such subscription." });
+    standIn.streams.add(response, id, standIn.subscriptions.get(id) ?? []);
+  },
+  "POST writes": ({ standIn, tell, body, response }) => {
+    standIn.sent.push(body);
+    const outcome = write(standIn, body);
+    standIn.writes.set(body.id, { outcome: "pending" });
+    setTimeout(() => {
+      standIn.writes.set(body.id, outcome);
+      if (!standIn.faults.losesAnswer) tell(200, outcome);
+    }, standIn.faults.delay);
+    if (standIn.faults.losesAnswer) setTimeout(() => response.destroy(), 200);
+  },
+  "GET writes/*": ({ standIn, tell, name }) =>
+    standIn.writes.has(name) ? tell(200, standIn.writes.get(name)) : tell(404, { error: "No such write." }),
+  "GET history": ({ standIn, tell, fields }) => tell(200, historyOf(standIn.plants.get(fields.get("plc")), fields)),
+  "GET alarms": ({ standIn, tell }) => tell(200, { alarms: [...standIn.alarms.values()] }),
+  "GET alarms/*": ({ standIn, tell }) => tell(200, { alarms: [...standIn.alarms.values()].filter((alarm) => alarm.ended) }),
+  "POST alarms/*/acknowledge": ({ standIn, tell, name, body }) => {
+    const alarm = standIn.alarms.get(name);
+    if (!alarm || alarm.since !== body.since) return tell(409, { error: "That occurrence is over." });
+    standIn.setAlarm({ ...alarm, acknowledgedBy: standIn.session.user ?? "local", acknowledgedAt: Date.now() });
+    tell(200, standIn.alarms.get(name));
+  },
+  "GET recipes": ({ standIn, tell }) =>
+    tell(200, { recipes: [...standIn.recipes].map(([name, recipe]) => ({ name, plc: recipe.plc, values: recipe.values.length, savedAt: recipe.savedAt, savedBy: "local" })) }),
+  "PUT recipes/*": ({ standIn, tell, name, body }) => {
+    const plant = standIn.plants.get(body.plc);
+    standIn.recipes.set(name, { plc: body.plc, savedAt: Date.now(), values: body.labels.map((label) => ({ label, saved: plant.valueAt(label, Date.now()) })) });
+    tell(200, { name });
+  },
+  "DELETE recipes/*": ({ standIn, tell, name }) => tell(standIn.recipes.delete(name) ? 204 : 404),
+  "GET recipes/*/comparison": ({ standIn, tell, name }) => {
+    const { plc, values } = standIn.recipes.get(name);
+    const plant = standIn.plants.get(plc);
+    tell(200, { values: values.map(({ label, saved }) => {
+      const now = plant.valueAt(label, Date.now());
+      return { label, saved, now, equal: now === saved, type: plant.values.get(label).type };
+    }) });
+  },
+  "POST recipes/*/restore": ({ standIn, tell, name }) => {
+    const { plc, values } = standIn.recipes.get(name);
+    const plant = standIn.plants.get(plc);
+    const report = values.map(({ label, saved }) => {
+      const before = plant.valueAt(label, Date.now());
+      const { outcome, reason } = write(standIn, { plc, label, value: saved });
+      return { label, saved, before, after: plant.valueAt(label, Date.now()), outcome, reason, verified: outcome === "done" ? true : null };
+    });
+    const count = (outcome) => report.filter((one) => one.outcome === outcome).length;
+    tell(200, { values: report, written: count("done"), notWritten: count("refused"), notKnown: count("unknown") });
+  },
+};
+
+function write(standIn, { id, plc, label, value, old }) {
+  const plant = standIn.plants.get(plc);
+  const outcome = { id, plc, label, value, old: old ?? null, status: null, reason: "", time: Date.now() };
+  if (standIn.links.get(plc).state !== "up") return { ...outcome, outcome: "notSent", reason: "The PLC is not connected." };
+  if (label.endsWith("interlock")) return { ...outcome, outcome: "refused", status: 3, reason: "The PLC refused it with status 3: the address is not allowed." };
+  plant.written.set(label, value);
+  return { ...outcome, outcome: "done" };
+}
