@@ -10,6 +10,10 @@ namespace plc::configuration {
 /// this process; where there are none, they stay as they stand. An empty path stays empty.
 QString resolvedPath(const QString& path, const QString& folder);
 
+/// Of a path that stayed as it stands for want of a service manager, the variable without its
+/// sign: "RUNTIME_DIRECTORY". Empty for other paths.
+QString missingFolder(const QString& resolvedPath);
+
 } // namespace plc::configuration
 
 #endif

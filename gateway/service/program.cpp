@@ -9,6 +9,7 @@
 #include <csignal>
 #include <optional>
 
+#include "configuration/service_paths.h"
 #include "gateway/operation/audit_file.h"
 #include "gateway/operation/metrics_server.h"
 #include "gateway/operation/metrics_text.h"
@@ -293,6 +294,13 @@ int printStatus(const Options& options)
     if (settings->statusSocket.isEmpty())
         return complain(QStringLiteral("the configuration has no \"status\" socket"),
                         kExitWrongUse);
+    if (const QString folder = configuration::missingFolder(settings->statusSocket);
+        !folder.isEmpty()) {
+        return complain(QStringLiteral("\"%1\" lies in a folder of the service: call it with %2=…, "
+                                       "which is /run/plc-gateway/NAME for plc-gateway@NAME")
+                            .arg(settings->statusSocket, folder),
+                        kExitWrongUse);
+    }
     const Expected<GatewayStatistics> status = readStatus(settings->statusSocket);
     if (!status)
         return complain(status.error().text, kExitFailed);

@@ -64,6 +64,18 @@ TEST_P(GatewayOperation, StatusTellsOfBrokerAndPlcs)
     EXPECT_EQ(1, site.gateway.run({QStringLiteral("status")}).exitCode);
 }
 
+TEST_P(GatewayOperation, StatusOfAServiceSaysWhichFolderItLacks)
+{
+    site.set("status", QStringLiteral("$RUNTIME_DIRECTORY/status"));
+    site.writeConfiguration();
+    const GatewayProcess::Answer answer = site.gateway.run({QStringLiteral("status")});
+    EXPECT_EQ(2, answer.exitCode);
+    EXPECT_EQ(
+        "plc-gateway: \"$RUNTIME_DIRECTORY/status\" lies in a folder of the service: call it "
+        "with RUNTIME_DIRECTORY=…, which is /run/plc-gateway/NAME for plc-gateway@NAME\n",
+        answer.errors.toStdString());
+}
+
 TEST_P(GatewayOperation, MetricsAreSuchAsPrometheusTakes)
 {
     startAndAwaitValues();
