@@ -139,6 +139,8 @@ std::optional<Response> Exchange::find(const QByteArray& method, const Headers& 
     head.fetchSite = headers.fetchSite;
     head.cookie = headers.cookie;
     head.authorization = headers.authorization;
+    head.contentType = mediaType(headers.contentType);
+    head.hasBody = m_hasBody;
     head.address = m_connection->address;
     head.isEncrypted = m_connection->isEncrypted;
     Decision decision = m_core->decide(head);
@@ -158,7 +160,7 @@ std::optional<Response> Exchange::find(const QByteArray& method, const Headers& 
     m_request.path = target->path();
     m_request.parameters = m_match.parameters;
     m_request.query = target->query;
-    m_request.contentType = mediaType(headers.contentType);
+    m_request.contentType = head.contentType;
     m_request.ifNoneMatch = headers.ifNoneMatch;
     m_request.caller = decision.caller;
     return std::nullopt;

@@ -16,6 +16,8 @@ struct RequestHead {
     QByteArray fetchSite;         ///< Sec-Fetch-Site; empty: not said.
     QByteArray cookie;
     QByteArray authorization;
+    QByteArray contentType; ///< Of the body, without parameters, in small letters.
+    bool hasBody = false;
     QString address; ///< As Caller::address.
     bool isEncrypted = false;
 };

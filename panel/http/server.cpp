@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "panel/http/exchange.h"
+#include "panel/http/loopback.h"
 #include "panel/http/server_core.h"
 #include "service/listening_socket.h"
 #include "streams/input_file.h"
@@ -46,11 +47,6 @@ QString addressText(const sockaddr* address)
         ::inet_ntop(AF_INET6, &reinterpret_cast<const sockaddr_in6*>(address)->sin6_addr, text,
                     sizeof text);
     return text[0] ? QString::fromLatin1(text) : QStringLiteral("socket");
-}
-
-bool isLoopback(const QString& address)
-{
-    return address.startsWith(QLatin1String("127.")) || address == QLatin1String("::1");
 }
 
 MHD_Result admit(void* core, const sockaddr* address, socklen_t)
@@ -180,7 +176,7 @@ Expected<void> Server::Private::listenOnTcp()
 {
     const ServerSettings& settings = m_core.settings();
     const bool isEncrypted = !settings.certificate.isEmpty();
-    if (!isEncrypted && !isLoopback(settings.address))
+    if (!isEncrypted && !isLoopbackAddress(settings.address))
         return Error{QStringLiteral("%1: other addresses than this machine's own (127.0.0.1, ::1) "
                                     "need a certificate")
                          .arg(settings.address)};

@@ -1,0 +1,119 @@
+#include "panel/access/audit_chain.h"
+
+#include <QtCore/QDateTime>
+
+#include <utility>
+
+#include "exchange/flat_json.h"
+#include "panel/access/secrets.h"
+#include "values/value_text.h"
+
+namespace plc::panel {
+namespace {
+
+constexpr int kHashDigits = 64;
+
+QByteArray timeField(qint64 time)
+{
+    const QString text = QDateTime::fromMSecsSinceEpoch(time, Qt::UTC).toString(Qt::ISODateWithMs);
+    return "{\"time\":\"" + text.toLatin1() + '"';
+}
+
+QByteArray chainFields(qint64 number, const QByteArray& previous)
+{
+    return ",\"n\":" + QByteArray::number(number) + ",\"previous\":\"" + previous + "\"}";
+}
+
+QString shortened(const QString& text)
+{
+    if (int(text.size()) <= kLongestAuditText)
+        return text;
+    return QStringLiteral("%1… (%2 characters, SHA-256 %3)")
+        .arg(text.left(kLongestAuditText))
+        .arg(text.size())
+        .arg(QString::fromLatin1(sha256(text.toUtf8())));
+}
+
+QByteArray textField(const char* name, const QString& text)
+{
+    const QByteArray value =
+        text.isNull() ? QByteArray("null") : values::jsonText(shortened(text)).toUtf8();
+    return QByteArray(",\"") + name + "\":" + value;
+}
+
+QString present(const QString& text)
+{
+    return text.isNull() ? QString(QLatin1String("")) : text;
+}
+
+QByteArray textOf(const exchange::FlatJson& json, const char* key)
+{
+    const exchange::JsonItem* item = json.member(key);
+    if (!item || item->isList || item->values.isEmpty())
+        return {};
+    const QString* text = std::get_if<QString>(&item->values.first());
+    return text ? text->toUtf8() : QByteArray();
+}
+
+qint64 numberOf(const exchange::FlatJson& json, const char* key)
+{
+    const exchange::JsonItem* item = json.member(key);
+    if (!item || item->isList || item->values.isEmpty())
+        return -1;
+    const qint64* number = std::get_if<qint64>(&item->values.first());
+    return number ? *number : -1;
+}
+
+} // namespace
+
+QByteArray recordLine(const AuditRecord& record, qint64 number, const QByteArray& previous)
+{
+    const bool isRequested = record.phase == AuditRecord::Requested;
+    const std::pair<const char*, QString> fields[] = {
+        {"action", present(record.action)},
+        {"phase", isRequested ? QStringLiteral("requested") : QStringLiteral("outcome")},
+        {"user", present(record.user)},
+        {"address", present(record.address)},
+        {"plc", present(record.plc)},
+        {"label", present(record.label)},
+        {"old", record.oldValue},
+        {"new", record.newValue},
+        {"id", present(record.id)},
+        {"outcome", present(record.outcome)},
+        {"reason", present(record.reason)}};
+    QByteArray line = timeField(record.time);
+    for (const auto& [name, text] : fields)
+        line += textField(name, text);
+    return line + chainFields(number, previous);
+}
+
+QByteArray beginningLine(qint64 time, bool isContinued, qint64 number, const QByteArray& previous)
+{
+    const char* begin = isContinued ? "continued" : "new";
+    return timeField(time) + ",\"audit\":\"" + begin + '"' + chainFields(number, previous);
+}
+
+QByteArray cutLine(qint64 time, const QByteArray& cut, qint64 number, const QByteArray& previous)
+{
+    return timeField(time) + ",\"cut\":\"" + cut + '"' + chainFields(number, previous);
+}
+
+std::optional<AuditLink> parseAuditLine(const QByteArray& line)
+{
+    const Expected<exchange::FlatJson> json = exchange::parseFlatJson(line);
+    if (!json || json->item)
+        return std::nullopt;
+    AuditLink link;
+    link.number = numberOf(*json, "n");
+    link.previous = textOf(*json, "previous");
+    link.cut = textOf(*json, "cut");
+    const QByteArray begin = textOf(*json, "audit");
+    link.isBeginning = !begin.isEmpty();
+    link.isContinued = begin == "continued";
+    link.hash = sha256(line);
+    if (link.number < 0 || link.previous.size() != kHashDigits)
+        return std::nullopt;
+    return link;
+}
+
+} // namespace plc::panel
