@@ -2,6 +2,8 @@
 
 #include <QtCore/QHash>
 
+#include <cmath>
+
 #include "configuration/label_places.h"
 #include "gateway/model/metric_name.h"
 #include "project/label_expansion.h"
@@ -16,6 +18,16 @@ using project::CyclicLabel;
 bool isNumeric(const values::IecType& type)
 {
     return !values::isText(type) && type.format != values::ValueFormat::Boolean;
+}
+
+/// Numbers of a configuration are doubles, which hold integers up to 2^53.
+bool isExact(const values::IecType& type, const values::ValueRange& limits)
+{
+    const auto isHeld = [](const std::optional<double>& bound) {
+        return !bound || std::fabs(*bound) <= values::kExactIntegers;
+    };
+    return type.format == values::ValueFormat::Real ||
+           (isHeld(limits.lowest) && isHeld(limits.highest));
 }
 
 /// Finds what a device publishes, and applies to it what the configuration says of labels.
@@ -163,14 +175,18 @@ private:
 
     bool applyWritable(const configuration::WritableRule& settings, Metric* metric)
     {
-        const bool isLimited = settings.lowest || settings.highest;
+        const values::ValueRange limits{settings.lowest, settings.highest};
+        const bool isLimited = limits.lowest || limits.highest;
         if (isLimited && !isNumeric(*metric->point.type))
             return fail(QStringLiteral("writable: %1 is a %2 and has no lowest or highest value; "
                                        "list it without")
                             .arg(metric->point.text, QLatin1String(metric->point.type->name)));
+        if (!isExact(*metric->point.type, limits))
+            return fail(QStringLiteral("writable: %1 is a %2, and a lowest or highest value beyond "
+                                       "9007199254740992 is not exact")
+                            .arg(metric->point.text, QLatin1String(metric->point.type->name)));
         metric->isWritable = true;
-        metric->lowest = settings.lowest;
-        metric->highest = settings.highest;
+        metric->limits = limits;
         return true;
     }
 

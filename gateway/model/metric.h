@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "host/points/data_point.h"
+#include "values/value_range.h"
 
 namespace plc::gateway {
 
@@ -17,8 +18,7 @@ struct Metric {
     QString name;          ///< "Plant/tank/1/level", see metricName().
     double deadband = 0.0; ///< Changes of less than this are not told; 0: each is.
     bool isWritable = false;
-    std::optional<double> lowest; ///< Of what may be written; nothing: what the type holds.
-    std::optional<double> highest;
+    values::ValueRange limits; ///< Of what may be written, beside those of the type.
 };
 
 /// A PLC as consumers know it.

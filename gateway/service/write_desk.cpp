@@ -4,7 +4,6 @@
 
 #include "host/points/value_codec.h"
 #include "host/transfers/result_text.h"
-#include "values/numeric_value.h"
 
 namespace plc::gateway {
 namespace {
@@ -12,22 +11,10 @@ namespace {
 constexpr int kMostOpenWrites = 100;        // of one PLC
 constexpr int kMostRefusalsPerSecond = 100; // of all
 
-QString limitText(const Metric& metric)
-{
-    const auto end = [](const std::optional<double>& limit) {
-        return limit ? QString::number(*limit) : QString();
-    };
-    return QStringLiteral("%1..%2").arg(end(metric.lowest), end(metric.highest));
-}
-
 bool isWithinLimits(const Metric& metric, const QVector<values::Value>& values)
 {
     return std::all_of(values.begin(), values.end(), [&metric](const values::Value& value) {
-        const std::optional<double> number = values::numericValue(value);
-        if (!number)
-            return !metric.lowest && !metric.highest;
-        return *number >= metric.lowest.value_or(*number) &&
-               *number <= metric.highest.value_or(*number);
+        return metric.limits.contains(value);
     });
 }
 
@@ -105,7 +92,7 @@ QString WriteDesk::obstacle(const WriteRequest& request, const WriteTarget* targ
     if (!request.error.isEmpty())
         return request.error;
     if (!isWithinLimits(metric, request.values))
-        return QStringLiteral("out of the limits %1").arg(limitText(metric));
+        return QStringLiteral("out of the limits %1").arg(metric.limits.text());
     if (target->openWrites() >= kMostOpenWrites)
         return QStringLiteral("too many writes are under way");
     return QString();

@@ -163,12 +163,12 @@ TEST_F(DevicePointsTest, TheLastLimitsThatFitCount)
     const QVector<Metric> metrics = good().device.metrics;
     ASSERT_EQ(5, metrics.size());
     EXPECT_TRUE(metrics[0].isWritable);
-    EXPECT_EQ(-10, metrics[0].lowest.value_or(0));
-    EXPECT_EQ(10, metrics[0].highest.value_or(0));
-    EXPECT_EQ(0, metrics[3].lowest.value_or(1));
-    EXPECT_FALSE(metrics[3].highest);
+    EXPECT_EQ(-10, metrics[0].limits.lowest.value_or(0));
+    EXPECT_EQ(10, metrics[0].limits.highest.value_or(0));
+    EXPECT_EQ(0, metrics[3].limits.lowest.value_or(1));
+    EXPECT_FALSE(metrics[3].limits.highest);
     EXPECT_TRUE(metrics[4].isWritable);
-    EXPECT_FALSE(metrics[4].lowest);
+    EXPECT_FALSE(metrics[4].limits.lowest);
 }
 
 TEST_F(DevicePointsTest, AnElementDoesNotMakeItsArrayWritable)
@@ -192,6 +192,18 @@ TEST_F(DevicePointsTest, LimitsAreForNumbers)
         "device \"Press 1\": writable: Main.flag is a BOOL and has no lowest or highest "
         "value; list it without",
         error());
+}
+
+TEST_F(DevicePointsTest, LimitsOfIntegersAreExact)
+{
+    label("Main.speed");
+    writable("Main.speed", {}, 9007199254740994);
+    EXPECT_EQ(
+        "device \"Press 1\": writable: Main.speed is a INT, and a lowest or highest value beyond "
+        "9007199254740992 is not exact",
+        error());
+    settings.writable = {{QStringLiteral("Main.speed"), {}, 9007199254740992}};
+    EXPECT_EQ(9007199254740992, good().device.metrics[0].limits.highest.value_or(0));
 }
 
 TEST_F(DevicePointsTest, AReadOnlyProjectHasNothingWritable)

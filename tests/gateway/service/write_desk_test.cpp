@@ -24,8 +24,8 @@ public:
             m_device.metrics.append(metric);
         }
         m_device.metrics[0].isWritable = true;
-        m_device.metrics[0].lowest = -5;
-        m_device.metrics[0].highest = 50;
+        m_device.metrics[0].limits.lowest = -5;
+        m_device.metrics[0].limits.highest = 50;
     }
     const Device& description() const override { return m_device; }
     int openWrites() const override { return int(writes.size()); }
