@@ -2,12 +2,14 @@
 
 import { html, useEffect } from "./html.js";
 import { AlarmsView } from "./views/alarms_view.js";
+import { ConfirmDialog } from "./views/confirm_dialog.js";
 import { Header } from "./views/header.js";
 import { HelpDialog } from "./views/help_dialog.js";
 import { LoginView } from "./views/login_view.js";
 import { listenForKeys } from "./views/keys.js";
 import { Notice } from "./parts/notice.js";
 import { RecipesView } from "./views/recipes_view.js";
+import { SaveRecipeDialog } from "./views/save_recipe_dialog.js";
 import { TrendView } from "./views/trend_view.js";
 import { ValuesView } from "./views/values_view.js";
 import { WriteDialog } from "./views/write_dialog.js";
@@ -25,6 +27,8 @@ export function App({ panel }) {
     </main>
     <${Notice} panel=${panel} />
     ${panel.dialog?.name === "write" && html`<${WriteDialog} key=${panel.dialog.process.id} panel=${panel} dialog=${panel.dialog} />`}
+    ${panel.dialog?.name === "confirm" && html`<${ConfirmDialog} panel=${panel} dialog=${panel.dialog} />`}
+    ${panel.dialog?.name === "recipe" && html`<${SaveRecipeDialog} panel=${panel} dialog=${panel.dialog} />`}
     ${panel.dialog?.name === "help" && html`<${HelpDialog} panel=${panel} />`}
   `;
 }

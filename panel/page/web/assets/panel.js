@@ -10,6 +10,8 @@ import { readClocks } from "./state/server_clock.js";
 import { outcomeText } from "./state/write_process.js";
 import { readAddress, SERIES_LIMIT, writeAddress } from "./state/view_address.js";
 
+const KEEP_DELAY = 250; // ms
+
 export class Panel {
   constructor(changed) {
     this.changed = changed;
@@ -20,12 +22,13 @@ export class Panel {
     this.notice = null; // a sentence for whoever looks, or listens
     this.needsLogin = false;
     this.started = false;
-    this.treeOpen = this.view.chosen.length === 0; // where there is no room for tree and table
+    // Where there is no room for the tree beside what is chosen in it.
+    this.treesOpen = { values: this.view.chosen.length === 0, trend: false };
   }
 
   start() {
     addEventListener("hashchange", () => this.#followAddress());
-    this.model.listeners.add({ begin: () => this.#refresh() });
+    this.model.listeners.add({ begin: () => this.refresh() });
     this.#keepView();
     this.#choose();
     this.#askSession();
@@ -36,7 +39,10 @@ export class Panel {
   show(changes) {
     const before = this.view;
     this.view = { ...this.view, ...changes };
-    this.#keepView();
+    // While somebody pans there are hundreds of views a second; the last one is kept.
+    clearTimeout(this.keepTimer);
+    if (this.view.view === before.view) this.keepTimer = setTimeout(() => this.#keepView(), KEEP_DELAY);
+    else this.#keepView();
     if (this.view.chosen !== before.chosen || this.view.series !== before.series) this.#choose();
     this.changed();
   }
@@ -76,8 +82,12 @@ export class Panel {
     this.changed();
   }
 
+  get treeOpen() {
+    return this.treesOpen[this.view.view] === true;
+  }
+
   openTree(open) {
-    this.treeOpen = open;
+    this.treesOpen[this.view.view] = open;
     this.changed();
   }
 
@@ -173,10 +183,11 @@ export class Panel {
     if (this.started) return this.live.hurry();
     this.started = true;
     this.live.start();
-    this.#refresh();
+    this.refresh();
   }
 
-  async #refresh() {
+  // PLCs and alarms anew.
+  async refresh() {
     try {
       this.model.setPlcs((await get("/plcs")).plcs);
       this.model.setAlarms((await get("/alarms")).alarms);
@@ -202,6 +213,7 @@ export class Panel {
   }
 
   #followAddress() {
+    clearTimeout(this.keepTimer);
     if (location.hash === writeAddress(this.view)) return;
     this.view = readAddress(location.hash);
     this.#choose();

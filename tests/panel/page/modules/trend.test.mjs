@@ -3,6 +3,10 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
 
+import { axisRange } from "../../../../panel/page/web/assets/trend/axis_range.js";
+import { csvOf } from "../../../../panel/page/web/assets/trend/export.js";
+import { Curve } from "../../../../panel/page/web/assets/trend/curve.js";
+import { traceOf as traceOfSeries } from "../../../../panel/page/web/assets/trend/history.js";
 import { drawSteps } from "../../../../panel/page/web/assets/trend/step_path.js";
 import { extent, Trace } from "../../../../panel/page/web/assets/trend/trace.js";
 import { LEAST_SPAN, pan, settle, windowOf, zoom } from "../../../../panel/page/web/assets/trend/time_window.js";
@@ -91,4 +95,68 @@ test("a window that reaches now is live", () => {
   assert.deepEqual(settle({ from: 5000, to: 15000 }, 15000), { range: null, span: 10000 });
   assert.deepEqual(settle({ from: 5000, to: 15000 }, 15001), { range: { from: 5000, to: 15000 }, span: 10000 });
   assert.deepEqual(windowOf({ range: null, span: 10000 }, 15000), { from: 5000, to: 15000 });
+});
+
+const series = (extra) => ({ plc: "dairy", label: "Plant.level", type: "REAL", unit: "%", ...extra });
+
+test("recorded changes keep what was recorded, and tell why a stretch is empty", () => {
+  const trace = traceOfSeries(series({ kind: "changes", times: [0, 10, 20, 30], values: [1.5, null, 2.5, 2.5], qualities: ["g", "-", "g", "s"] }));
+  assert.deepEqual(trace.numbers, [1.5, NaN, 2.5, NaN]);
+  assert.deepEqual(trace.words, ["", "not recorded", "", "stale"]);
+});
+
+test("aggregates have mean, least and greatest, and gaps where nothing is known", () => {
+  const trace = traceOfSeries(series({ kind: "aggregates", step: 10, times: [0, 10], mean: [5, null], minimum: [1, null], maximum: [9, null], coverage: [1, 0] }));
+  assert.deepEqual([trace.numbers, trace.low, trace.high], [[5, NaN], [1, NaN], [9, NaN]]);
+  assert.deepEqual(extent(trace, 0, 20), { least: 1, most: 9 });
+});
+
+function curveOf() {
+  const curve = new Curve({ plc: "dairy", label: "Plant.level" });
+  curve.type = "REAL";
+  curve.takePast(traceOf([[0, 1], [50, 2]]), 100);
+  curve.recent.append(90, 2, 2);
+  curve.recent.append(120, 3, 3);
+  return curve;
+}
+
+test("a curve goes on live where the recorded past ends", () => {
+  const path = new Recorder();
+  curveOf().draw(path, { from: 0, to: 200, heardUntil: 150, toX: (time) => time, toY: (number) => number });
+  assert.deepEqual(path.steps, [["M", 0, 1], ["L", 50, 1], ["L", 50, 2], ["L", 100, 2], ["M", 100, 2], ["L", 120, 2], ["L", 120, 3], ["L", 150, 3]]);
+});
+
+test("the cursor reads what held, and knows nothing beyond what was heard", () => {
+  const curve = curveOf();
+  assert.deepEqual(curve.textAt(49, 150), { text: "1", word: "" });
+  assert.deepEqual(curve.textAt(99, 150), { text: "2", word: "" });
+  assert.deepEqual(curve.textAt(130, 150), { text: "3", word: "" });
+  assert.deepEqual(curve.textAt(151, 150), { text: "—", word: "not known" });
+  curve.recent.gap(140, "no link");
+  assert.deepEqual(curve.textAt(145, 150), { text: "—", word: "no link" });
+});
+
+test("an axis has room around what is seen, and switches have their two states", () => {
+  const curve = curveOf();
+  assert.deepEqual(axisRange([curve], 0, 200), { min: 1 - 0.12, max: 3 + 0.12 });
+  curve.type = "BOOL";
+  assert.deepEqual(axisRange([curve], 0, 200), { min: -0.1, max: 1.1 });
+  assert.deepEqual(axisRange([], 0, 200), { min: 0, max: 1 });
+});
+
+test("the export has what is seen, in the order of time, as RFC 4180 has it", () => {
+  const curve = curveOf();
+  const text = new Curve({ plc: 'north "a"', label: "Plant.note" });
+  text.type = "STRING";
+  text.recent.append(110, NaN, 'say "a,b"');
+  assert.equal(
+    csvOf([curve, text], { from: 60, to: 200 }, 150),
+    [
+      "time,plc,label,value,minimum,maximum,state",
+      "1970-01-01T00:00:00.060Z,dairy,Plant.level,2,,,good",
+      "1970-01-01T00:00:00.110Z,\"north \"\"a\"\"\",Plant.note,\"say \"\"a,b\"\"\",,,good",
+      "1970-01-01T00:00:00.120Z,dairy,Plant.level,3,,,good",
+      "",
+    ].join("\r\n"),
+  );
 });

@@ -74,5 +74,11 @@ export class StandIn {
 
 if (process.argv[1] && import.meta.url === pathToFileURL(process.argv[1]).href) {
   const [packages, port] = process.argv.slice(2);
-  console.log(await new StandIn(packages).start(Number(port ?? 8090)));
+  const standIn = new StandIn(packages);
+  const hour = 3600000;
+  const alarm = { plc: "dairy", label: "Plant.tank[1].level", condition: "above 90", value: 92.1, acknowledgedBy: null, acknowledgedAt: null };
+  standIn.setAlarm({ ...alarm, id: "1", text: "Tank 1 is nearly full", state: "active", since: Date.now() - 90000, ended: null });
+  standIn.setAlarm({ ...alarm, id: "2", label: "Plant.running", condition: "is FALSE", text: "The line stands", state: "ended", since: Date.now() - 2 * hour, ended: Date.now() - hour });
+  standIn.setAlarm({ ...alarm, id: "3", plc: "store", label: "Store.temperature", condition: "above -18", text: "The cold store is too warm", state: "normal", since: null, ended: null });
+  console.log(await standIn.start(Number(port ?? 8090)));
 }

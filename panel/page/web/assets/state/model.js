@@ -14,6 +14,7 @@ export class Model {
     this.order = []; // rows as the subscription counts them
     this.alarms = new Map();
     this.alarmsKnown = false;
+    this.streams = 0; // how many have begun
     this.trouble = null; // what the server said last against a subscription
     this.listeners = new Set(); // told of each event: {values, gap}
   }
@@ -49,6 +50,7 @@ export class Model {
   // A stream began; false: its beginning came too late to count.
   begin(event, names, described, reading, asked) {
     this.trouble = null;
+    ++this.streams;
     this.order = names.map((name) => this.rows.get(keyOf(name)) ?? new Row(name));
     described.forEach((one, i) => this.order[i]?.describe(one));
     for (const plc of this.plcs.values()) plc.confirmed = null;

@@ -37,6 +37,11 @@ export class ServerClock {
     return this.#last !== null && this.#lapse(reading) <= SILENCE_LIMIT;
   }
 
+  // The server's time of the newest event; -Infinity when nothing was heard.
+  get heardUntil() {
+    return this.#last?.server ?? -Infinity;
+  }
+
   // The server's time now, at least; null when it was never heard.
   now(reading) {
     return this.#last && this.#last.server + Math.max(0, this.#lapse(reading));

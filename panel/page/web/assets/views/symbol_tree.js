@@ -8,7 +8,8 @@ import { keyOf } from "../state/rows.js";
 const SEARCH_DELAY = 250; // ms
 const SEARCH_LIMIT = 200;
 
-export function SymbolTree({ panel }) {
+// choice: {isChosen(name), toggle(name), addAll(names)}, what a click on a value does.
+export function SymbolTree({ panel, choice }) {
   const [words, setWords] = useState("");
   const [found, setFound] = useState(null);
   const plcs = [...panel.model.plcs.keys()];
@@ -36,7 +37,7 @@ export function SymbolTree({ panel }) {
     <input id="search" type="search" placeholder="Search labels and descriptions  ( / )" aria-label="Search for values"
       value=${words} onInput=${(event) => setWords(event.target.value)} onKeyDown=${leave} />
     ${found && html`<p class="hint" role="status">${found.length >= SEARCH_LIMIT ? `The first ${found.length} matches` : `${found.length} ${found.length === 1 ? "match" : "matches"}`}</p>`}
-    <${Tree} key=${found ? "found" : "all"} panel=${panel} roots=${roots} wholeLabels=${found !== null} />
+    <${Tree} key=${found ? "found" : "all"} panel=${panel} choice=${choice} roots=${roots} wholeLabels=${found !== null} />
   `;
 }
 
@@ -51,7 +52,7 @@ async function search(plc, words) {
 
 const nodeKey = (node) => `${node.kind === "plc" ? "plc" : "symbol"} ${keyOf(node)}`;
 
-function Tree({ panel, roots, wholeLabels }) {
+function Tree({ panel, choice, roots, wholeLabels }) {
   const [opened, setOpened] = useState(() => new Map()); // key -> children, null while asked for
   const [focused, setFocused] = useState("");
   const list = useRef(null);
@@ -86,11 +87,10 @@ function Tree({ panel, roots, wholeLabels }) {
 
   async function choose(node) {
     if (node.kind === "plc") return toggle(node);
-    if (node.kind === "value") return panel.isChosen(node) ? panel.remove([node]) : panel.add([node]);
+    if (node.kind === "value") return choice.toggle({ plc: node.plc, label: node.label });
     try {
       const names = await panel.valuesBelow(node.plc, node);
-      panel.add(names);
-      panel.tell(`${names.length} values of ${node.label} are in the table.`);
+      choice.addAll(names);
     } catch (error) {
       panel.tell(`The values of ${node.label} did not come: ${error.message}`);
     }
@@ -124,7 +124,7 @@ function Tree({ panel, roots, wholeLabels }) {
 
   return html`<ul class="tree" role="tree" aria-label="Symbols" ref=${list} onKeyDown=${press}>
     ${lines.map(({ node, depth }, i) => html`<${Node} key=${nodeKey(node)} node=${node} depth=${depth}
-      open=${opened.has(nodeKey(node))} focusable=${i === current} chosen=${node.kind === "value" && panel.isChosen(node)}
+      open=${opened.has(nodeKey(node))} focusable=${i === current} chosen=${node.kind === "value" && choice.isChosen(node)}
       text=${wholeLabels && depth === 0 ? node.label : node.name} several=${panel.model.plcs.size > 1 && wholeLabels && depth === 0}
       onToggle=${() => toggle(node)} onChoose=${() => choose(node)} onFocus=${() => setFocused(nodeKey(node))} />`)}
   </ul>`;

@@ -6,10 +6,18 @@ import { ValuesTable } from "./values_table.js";
 
 export function ValuesView({ panel }) {
   const open = panel.treeOpen;
+  const choice = {
+    isChosen: (name) => panel.isChosen(name),
+    toggle: (name) => (panel.isChosen(name) ? panel.remove([name]) : panel.add([name])),
+    addAll: (names) => {
+      panel.add(names);
+      panel.tell(`${names.length} values are in the table.`);
+    },
+  };
   return html`
     <aside class=${open ? "side open" : "side"} aria-label="Symbols">
       <button type="button" class="side-switch primary" onClick=${() => panel.openTree(false)}>Show the table</button>
-      <${SymbolTree} panel=${panel} />
+      <${SymbolTree} panel=${panel} choice=${choice} />
     </aside>
     <${ValuesTable} panel=${panel} />
   `;

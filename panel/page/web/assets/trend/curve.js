@@ -1,0 +1,83 @@
+// One value in the trend: what was recorded of it, as far as that was asked for, and what came live
+// since.
+
+import { formatShort } from "../values/format.js";
+import { drawSteps } from "./step_path.js";
+import { extent, Trace } from "./trace.js";
+
+const LIVE_LIMIT = 20000; // changes
+
+export class Curve {
+  constructor({ plc, label }) {
+    Object.assign(this, { plc, label, type: "", unit: "", axis: "left" });
+    this.past = new Trace(Infinity);
+    this.pastUntil = -Infinity;
+    this.recent = new Trace(LIVE_LIMIT);
+  }
+
+  takePast(trace, until) {
+    this.past = trace;
+    this.pastUntil = until;
+  }
+
+  // Stretches of time with the trace that holds there: [{trace, from, to, until}].
+  parts(from, to, heardUntil) {
+    const parts = [];
+    if (from < this.pastUntil) {
+      const end = Math.min(to, this.pastUntil);
+      parts.push({ trace: this.past, from, to: end, until: end });
+    }
+    if (to > this.pastUntil) {
+      parts.push({ trace: this.recent, from: Math.max(from, this.pastUntil), to, until: heardUntil });
+    }
+    return parts;
+  }
+
+  // Least and greatest that are seen in [from, to]; null where nothing is.
+  extent(from, to) {
+    let seen = null;
+    for (const part of this.parts(from, to, to)) {
+      const one = extent(part.trace, part.from, part.to);
+      if (one) seen = seen ? { least: Math.min(seen.least, one.least), most: Math.max(seen.most, one.most) } : one;
+    }
+    return seen;
+  }
+
+  // Changes in [from, to].
+  count(from, to) {
+    return this.parts(from, to, to).reduce((sum, part) => sum + part.trace.at(part.to) - part.trace.at(part.from), 0);
+  }
+
+  draw(path, { from, to, heardUntil, toX, toY }) {
+    for (const part of this.parts(from, to, heardUntil)) drawSteps(path, part.trace, { ...part, toX, toY });
+  }
+
+  // The area between the least and the greatest of aggregates.
+  drawBand(path, { from, to, toX, toY }) {
+    const { past } = this;
+    if (!past.low) return;
+    for (let i = Math.max(0, past.at(from)); i < past.length && past.times[i] <= Math.min(to, this.pastUntil); ++i) {
+      if (Number.isNaN(past.low[i])) continue;
+      const left = toX(Math.max(from, past.times[i]));
+      const right = toX(Math.min(to, past.times[i] + past.step));
+      const top = toY(past.high[i]);
+      path.rect(left, top, right - left, toY(past.low[i]) - top);
+    }
+  }
+
+  // What held at a time: {text, word}.
+  textAt(time, heardUntil) {
+    const trace = time < this.pastUntil ? this.past : this.recent;
+    const i = trace.at(time);
+    if (i < 0 || (trace === this.recent && time > heardUntil)) return { text: "—", word: "not known" };
+    if (trace.words[i]) return { text: "—", word: trace.words[i] };
+    if (trace.low) return { text: aggregateText(trace, i), word: "mean" };
+    return { text: formatShort(trace.raw[i], this.type), word: "" };
+  }
+}
+
+const rounded = (number) => String(Number(number.toPrecision(6)));
+
+function aggregateText(trace, i) {
+  return `${rounded(trace.numbers[i])} (${rounded(trace.low[i])} … ${rounded(trace.high[i])})`;
+}

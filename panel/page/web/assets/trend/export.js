@@ -1,0 +1,82 @@
+// What the plot shows, as CSV and as PNG.
+
+import { formatValue } from "../values/format.js";
+import { isTextOfDigits } from "../values/types.js";
+import { DASHES } from "./plot_lines.js";
+
+const field = (text) => (/[",\r\n]/.test(text) ? `"${text.replaceAll('"', '""')}"` : text);
+
+// RFC 4180, times in UTC: what held at the beginning of the window, and every change in it. A line
+// with a state and without a value says from when on nothing is known.
+export function csvOf(curves, { from, to }, heardUntil) {
+  const lines = curves.flatMap((curve, i) => curveLines(curve, from, to, heardUntil).map((line) => ({ ...line, i })));
+  lines.sort((a, b) => a.time - b.time || a.i - b.i);
+  const rows = lines.map(({ time, i, cells }) => [new Date(time).toISOString(), curves[i].plc, curves[i].label, ...cells]);
+  return [["time", "plc", "label", "value", "minimum", "maximum", "state"], ...rows]
+    .map((row) => row.map((text) => field(String(text))).join(",") + "\r\n")
+    .join("");
+}
+
+function curveLines(curve, from, to, heardUntil) {
+  const lines = [];
+  for (const { trace, from: begin, to: end } of curve.parts(from, Math.min(to, heardUntil), heardUntil)) {
+    for (let i = Math.max(0, trace.at(begin)); i < trace.length && trace.times[i] <= end; ++i) {
+      const cells = cellsOf(trace, i, curve.type);
+      // What was recorded goes on live with the same value.
+      if (i <= trace.at(begin) && lines.at(-1)?.cells.join() === cells.join()) continue;
+      lines.push({ time: Math.max(begin, Math.round(trace.times[i])), cells });
+    }
+  }
+  return lines;
+}
+
+function cellsOf(trace, i, type) {
+  if (trace.words[i]) return ["", "", "", trace.words[i]];
+  if (trace.low) return [trace.numbers[i], trace.low[i], trace.high[i], "mean"];
+  return [plainText(trace.raw[i], type), "", "", "good"];
+}
+
+// Numbers as numbers, so that spreadsheets read them.
+function plainText(value, type) {
+  if (typeof value === "boolean" || isTextOfDigits(type)) return String(value);
+  return typeof value === "number" ? String(value) : formatValue(value, type);
+}
+
+// A picture of the plot with its names.
+export function pngOf(plot, curves, title) {
+  const source = plot.plot.ctx.canvas;
+  const ratio = devicePixelRatio;
+  const line = 20 * ratio;
+  const canvas = document.createElement("canvas");
+  canvas.width = source.width;
+  canvas.height = source.height + line * (curves.length + 1.6);
+  const ctx = canvas.getContext("2d");
+  const { ground, text, series, font } = plot.colours;
+  ctx.fillStyle = ground;
+  ctx.fillRect(0, 0, canvas.width, canvas.height);
+  ctx.drawImage(source, 0, line * 1.3);
+  ctx.font = font.replace("12px", `${12 * ratio}px`);
+  ctx.fillStyle = text;
+  ctx.fillText(title, 12 * ratio, line * 0.9);
+  curves.forEach((curve, i) => {
+    const y = source.height + line * (1.9 + i);
+    ctx.strokeStyle = series[i];
+    ctx.lineWidth = 2 * ratio;
+    ctx.setLineDash(DASHES[i].map((length) => length * ratio));
+    ctx.beginPath();
+    ctx.moveTo(12 * ratio, y - 4 * ratio);
+    ctx.lineTo(52 * ratio, y - 4 * ratio);
+    ctx.stroke();
+    ctx.fillText(`${curve.plc} ${curve.label}${curve.unit ? ` [${curve.unit}]` : ""}, ${curve.axis} axis`, 62 * ratio, y);
+  });
+  return new Promise((done) => canvas.toBlob(done, "image/png"));
+}
+
+// Hands a file to the browser's downloads.
+export function download(name, blob) {
+  const link = document.createElement("a");
+  link.href = URL.createObjectURL(blob);
+  link.download = name;
+  link.click();
+  setTimeout(() => URL.revokeObjectURL(link.href), 10000);
+}

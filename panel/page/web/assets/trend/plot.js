@@ -1,0 +1,118 @@
+// The plot: axes and grid by uPlot, lines of our own, since each value has times of its own and
+// holds until the next one.
+
+import uPlot from "../lib/uplot.js";
+import { axisRange } from "./axis_range.js";
+import { drawLines } from "./plot_lines.js";
+import { timeTexts } from "./time_axis.js";
+
+const MIN_HEIGHT = 120;
+
+export class Plot {
+  // onCursor(time or null): the pointer moved over the plot.
+  constructor(element, { onCursor }) {
+    this.element = element;
+    this.curves = [];
+    this.window = { from: 0, to: 1 };
+    this.heardUntil = -Infinity;
+    this.onCursor = onCursor;
+    this.observer = new ResizeObserver(() => this.resize());
+    this.restyle();
+    this.observer.observe(element);
+  }
+
+  dispose() {
+    this.observer.disconnect();
+    this.plot.destroy();
+  }
+
+  // Anew, with the colours that the page has now.
+  restyle() {
+    const size = this.#size();
+    this.plot?.destroy();
+    this.colours = readColours(this.element);
+    this.plot = new uPlot(this.#options(size), [[0, 1], [null, null], [null, null]], this.element);
+  }
+
+  resize() {
+    this.plot.setSize(this.#size());
+  }
+
+  draw(curves, window, heardUntil) {
+    Object.assign(this, { curves, window, heardUntil });
+    const { from, to } = window;
+    const on = (axis) => curves.filter((curve) => curve.axis === axis);
+    const showsRight = on("right").length > 0;
+    if (this.showsRight !== showsRight) {
+      this.showsRight = showsRight;
+      this.restyle();
+    }
+    this.plot.batch(() => {
+      this.plot.setScale("x", { min: from, max: to });
+      this.plot.setScale("left", axisRange(on("left"), from, to));
+      this.plot.setScale("right", axisRange(on("right"), from, to));
+    });
+  }
+
+  timeAt(clientX) {
+    const left = clientX - this.plot.over.getBoundingClientRect().left;
+    return this.plot.posToVal(left, "x");
+  }
+
+  get width() {
+    return Math.max(1, this.plot.over.clientWidth);
+  }
+
+  setCursor(time) {
+    const left = time === null ? -10 : this.plot.valToPos(time, "x");
+    this.plot.setCursor({ left, top: time === null ? -10 : this.plot.over.clientHeight / 2 }, false);
+  }
+
+  #size() {
+    const { clientWidth, clientHeight } = this.element;
+    return { width: Math.max(200, clientWidth), height: Math.max(MIN_HEIGHT, clientHeight) };
+  }
+
+  #options(size) {
+    const { ink, edge } = this.colours;
+    const line = { stroke: ink, grid: { stroke: edge, width: 1 }, ticks: { stroke: edge, width: 1 }, font: this.colours.font };
+    return {
+      ...size,
+      ms: 1,
+      legend: { show: false },
+      cursor: { drag: { setScale: false, x: false, y: false }, points: { show: false }, y: false },
+      scales: { x: { time: true, auto: false }, left: { auto: false, range: axisLimits }, right: { auto: false, range: axisLimits } },
+      axes: [
+        { ...line, values: (_, splits, __, ___, distance) => timeTexts(splits, distance), size: 42 },
+        { ...line, scale: "left", size: axisSize },
+        { ...line, scale: "right", side: 1, grid: { show: false }, size: axisSize, show: this.showsRight === true },
+      ],
+      series: [{}, { scale: "left", show: true }, { scale: "right", show: true }],
+      hooks: {
+        draw: [(plot) => drawLines(plot, this)],
+        setCursor: [(plot) => this.onCursor(plot.cursor.left >= 0 ? plot.posToVal(plot.cursor.left, "x") : null)],
+      },
+    };
+  }
+}
+
+const axisLimits = (_, min, max) => [min ?? 0, max ?? 1];
+
+// As wide as the longest text.
+function axisSize(_, values) {
+  const longest = Math.max(0, ...(values ?? []).map((text) => String(text ?? "").length));
+  return Math.max(42, 18 + 7.5 * longest);
+}
+
+function readColours(element) {
+  const style = getComputedStyle(element);
+  const colour = (name) => style.getPropertyValue(name).trim();
+  return {
+    ink: colour("--soft"),
+    edge: colour("--edge"),
+    ground: colour("--surface"),
+    text: colour("--ink"),
+    series: Array.from({ length: 8 }, (_, i) => colour(`--series-${i + 1}`)),
+    font: `12px ${style.fontFamily}`,
+  };
+}

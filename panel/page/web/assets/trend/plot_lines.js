@@ -1,0 +1,80 @@
+// The lines of the plot, clipped to it. Beside its colour each has a pattern and, at its end, a number.
+
+export const DASHES = [[], [8, 3], [2, 3], [10, 3, 2, 3], [5, 5], [14, 4], [2, 6], [10, 3, 2, 3, 2, 3]];
+
+const LINE_WIDTH = 1.6;
+// Lines of one pixel are drawn many times as fast as wider ones, and where a line changes in most
+// columns of pixels nobody sees the difference.
+const HAIRLINE = 1;
+const BAND_OPACITY = 0.18;
+const SPARSE = 0.25; // changes a pixel above which a pattern shows nothing and takes a browser's time
+
+export function drawLines(plot, { curves, window, heardUntil, colours }) {
+  const { ctx, bbox } = plot;
+  const { from, to } = window;
+  const ratio = devicePixelRatio;
+  const toX = (time) => bbox.left + ((time - from) / (to - from)) * bbox.width;
+  ctx.save();
+  ctx.beginPath();
+  ctx.rect(bbox.left, bbox.top, bbox.width, bbox.height);
+  ctx.clip();
+  ctx.lineJoin = "bevel";
+  const ends = [];
+  curves.forEach((curve, i) => {
+    const { min, max } = plot.scales[curve.axis];
+    const toY = (number) => bbox.top + bbox.height - ((number - min) / (max - min)) * bbox.height;
+    const place = { from, to, heardUntil, toX, toY };
+    ctx.strokeStyle = ctx.fillStyle = colours.series[i];
+    const band = new Path2D();
+    curve.drawBand(band, place);
+    ctx.globalAlpha = BAND_OPACITY;
+    ctx.fill(band);
+    ctx.globalAlpha = 1;
+    const isSparse = curve.count(from, to) < SPARSE * bbox.width;
+    ctx.lineWidth = isSparse ? LINE_WIDTH * ratio : HAIRLINE;
+    ctx.setLineDash(isSparse ? DASHES[i].map((length) => length * ratio) : []);
+    const path = new LinePath();
+    curve.draw(path, place);
+    ctx.stroke(path.path);
+    if (path.x !== null) ends.push({ text: String(i + 1), x: path.x, y: path.y, colour: colours.series[i] });
+  });
+  ctx.setLineDash([]);
+  drawNumbers(ctx, ends, colours, ratio);
+  ctx.restore();
+}
+
+// A path that knows where its line ends.
+class LinePath {
+  path = new Path2D();
+  x = null;
+  y = null;
+
+  moveTo(x, y) {
+    this.path.moveTo(x, y);
+    this.x = x;
+    this.y = y;
+  }
+
+  lineTo(x, y) {
+    this.path.lineTo(x, y);
+    this.x = x;
+    this.y = y;
+  }
+}
+
+// The numbers of the legend at the ends of the lines, one below the other where lines meet.
+function drawNumbers(ctx, ends, colours, ratio) {
+  const height = 13 * ratio;
+  ctx.font = colours.font.replace("12px", `bold ${11 * ratio}px`);
+  ctx.textAlign = "center";
+  ctx.textBaseline = "middle";
+  let free = -Infinity;
+  for (const { text, x, y, colour } of ends.sort((a, b) => a.y - b.y)) {
+    const place = Math.max(y, free);
+    free = place + height;
+    ctx.fillStyle = colours.ground;
+    ctx.fillRect(x - 13 * ratio, place - height / 2, 12 * ratio, height);
+    ctx.fillStyle = colour;
+    ctx.fillText(text, x - 7 * ratio, place);
+  }
+}

@@ -1,0 +1,63 @@
+// Above the plot: the span of time, live or back in time, zoom, export.
+
+import { csvOf, download, pngOf } from "../trend/export.js";
+import { html } from "../html.js";
+import { pan, spanChoices, zoom } from "../trend/time_window.js";
+import { query, ROOT_PATH } from "../server/api.js";
+import { timeText } from "../state/ages.js";
+
+export function TrendTools({ panel, curves, plot, window, onChange }) {
+  const { view } = panel;
+  const { from, to } = window();
+  const around = (factor) => () => {
+    const { from: begin, to: end } = window();
+    onChange(zoom({ from: begin, to: end }, factor, view.range ? (begin + end) / 2 : end));
+  };
+  const move = (share) => () => onChange(pan(window(), share));
+  const known = spanChoices().some(([span]) => span === Math.round(view.span));
+  return html`<div class="toolbar">
+    <button type="button" class="side-switch" onClick=${() => panel.openTree(true)}>Choose …</button>
+    <button type="button" class="live" aria-pressed=${String(view.range === null)} onClick=${() => panel.show({ range: null })}>Live</button>
+    <select aria-label="Span of time" value=${known ? view.span : ""} onChange=${(event) => setSpan(panel, Number(event.target.value))}>
+      ${!known && html`<option value="" selected>${Math.round(view.span / 1000)} s</option>`}
+      ${spanChoices().map(([span, text]) => html`<option key=${span} value=${span} selected=${view.span === span}>${text}</option>`)}
+    </select>
+    <span class="group">
+      <button type="button" aria-label="Earlier" onClick=${move(-0.5)}>◀</button>
+      <button type="button" aria-label="Later" onClick=${move(0.5)}>▶</button>
+      <button type="button" aria-label="Wider" onClick=${around(2)}>−</button>
+      <button type="button" aria-label="Narrower" onClick=${around(0.5)}>+</button>
+    </span>
+    <span class="note count">${view.range ? `${timeText(from)} to ${timeText(to)}` : "up to now"}</span>
+    <${Exports} panel=${panel} curves=${curves} plot=${plot} window=${window} />
+  </div>`;
+}
+
+function setSpan(panel, span) {
+  const { range } = panel.view;
+  panel.show({ span, range: range && { from: range.to - span, to: range.to } });
+}
+
+function Exports({ panel, curves, plot, window }) {
+  const none = panel.view.series.length === 0;
+  const name = (ending) => `trend-${timeText(window().from).replaceAll(":", "").replace(" ", "-")}.${ending}`;
+  const csv = () => {
+    const text = csvOf(curves.all, window(), panel.model.clock.heardUntil);
+    download(name("csv"), new Blob([text], { type: "text/csv" }));
+  };
+  const png = async () => {
+    const { from, to } = window();
+    download(name("png"), await pngOf(plot.current, curves.all, `${timeText(from)} to ${timeText(to)}`));
+  };
+  const plcs = [...new Set(panel.view.series.map(({ plc }) => plc))];
+  const exact = (plc) => {
+    const { from, to } = window();
+    const label = panel.view.series.filter((one) => one.plc === plc).map((one) => one.label);
+    return `${ROOT_PATH}/history.csv${query({ plc, label, from: Math.floor(from), to: Math.ceil(to) })}`;
+  };
+  return html`<span class="group">
+    <button type="button" disabled=${none} title="What the plot shows" onClick=${csv}>CSV</button>
+    <button type="button" disabled=${none} title="A picture of the plot" onClick=${png}>PNG</button>
+    ${plcs.map((plc) => html`<a key=${plc} class="button" href=${exact(plc)} download title=${`Every recorded change of ${plc} in this span of time`}>${plcs.length > 1 ? `${plc}: all` : "All changes"}</a>`)}
+  </span>`;
+}
