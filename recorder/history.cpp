@@ -27,8 +27,8 @@ QVector<Window> windowsOf(const QVector<Run>& runs, qint64 from, qint64 to)
     qint64 end = std::numeric_limits<qint64>::max();
     for (int i = int(runs.size()) - 1; i >= 0; --i) {
         const Run& run = runs[i];
-        if (run.begin < to && std::min(run.until, end) >= from)
-            windows.prepend({run, std::min(to, end)});
+        if (run.first < to && std::min(run.until, end) >= from)
+            windows.prepend({run, std::min(to - 1, end) + 1});
         end = std::min(end, run.begin);
     }
     return windows;

@@ -66,7 +66,7 @@ private:
         qint64 time = 0;
         QByteArray batch; ///< The changes as they are stored; empty without any.
         std::optional<Run> ended;
-        std::optional<Run> begun; ///< Or the present one, which begins earlier than was known.
+        std::optional<Run> begun; ///< Or the present one with an earlier sample.
         bool isNewRun = false;
     };
 
@@ -203,19 +203,20 @@ Recorder::Implementation::Transaction Recorder::Implementation::transactionOf(
     const QVector<Change>& changes, qint64 now) const
 {
     Transaction transaction;
-    qint64 begin = now;
+    qint64 first = now;
     for (const Change& change : changes)
-        begin = std::min(begin, change.sample.time);
+        first = std::min(first, change.sample.time);
     if (!m_run || m_break) {
         if (m_run)
             transaction.ended = endedRun(m_now);
-        transaction.begun = nextRun(begin);
+        transaction.begun = nextRun(now);
+        transaction.begun->first = first;
         transaction.isNewRun = true;
         if (m_run)
-            restate(changes, begin, &transaction);
-    } else if (begin < m_run->begin) {
+            restate(changes, now, &transaction);
+    } else if (first < m_run->first) {
         transaction.begun = m_run;
-        transaction.begun->begin = begin;
+        transaction.begun->first = first;
     }
     transaction.time = transaction.isNewRun ? now : std::max(now, m_run->until);
     for (const Change& change : changes) {
@@ -255,6 +256,7 @@ Run Recorder::Implementation::nextRun(qint64 now) const
     Run run;
     run.id = m_lastRun + 1;
     run.begin = now;
+    run.first = now;
     run.until = now;
     return run;
 }
@@ -355,6 +357,8 @@ Expected<void> Recorder::Implementation::end(qint64 now)
 
 qint64 Recorder::Implementation::tailLimit() const
 {
+    if (m_limits.unsorted > 0)
+        return m_limits.unsorted;
     const qint64 wanted = qBound(kSmallTail, m_series.size() * kTailOfSeries, kLargeTail);
     return m_limits.size > 0 ? std::min(wanted, m_limits.size / kTailPart) : wanted;
 }

@@ -20,6 +20,9 @@ struct Limits {
 
     qint64 size = 0; ///< Bytes of the file, without the journal beside it; 0: as large as it gets.
     qint64 age = 0;  ///< Milliseconds; up to a 32nd more is kept. 0: without end.
+    /// Bytes of changes as they came, before they are put together by series: few make small
+    /// writes, many a slow start of reading. 0: as befits the number of series.
+    qint64 unsorted = 0;
 };
 
 /// Records changes of values in a file, an SQLite database.

@@ -22,6 +22,7 @@ constexpr char kSchema[] = R"(
     CREATE TABLE run(
         id INTEGER PRIMARY KEY,
         begin INTEGER NOT NULL,
+        first INTEGER NOT NULL,
         until INTEGER NOT NULL,
         ending INTEGER NOT NULL);
     CREATE TABLE batch(

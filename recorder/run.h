@@ -18,6 +18,8 @@ enum class Ending {
 struct Run {
     qint64 id = 0;
     qint64 begin = 0;
+    /// Least time of its samples, or the begin: values may have been asked for before.
+    qint64 first = 0;
     qint64 until = 0; ///< Values are known up to here.
     Ending ending = Ending::Open;
 };

@@ -25,13 +25,14 @@ bool takeLastBatch(SqliteDatabase* database, Run* run)
 
 std::optional<QVector<Run>> loadRuns(SqliteDatabase* database)
 {
-    SqliteStatement rows(*database, "SELECT id, begin, until, ending FROM run ORDER BY id");
+    SqliteStatement rows(*database, "SELECT id, begin, first, until, ending FROM run ORDER BY id");
     if (!rows.isPrepared())
         return {};
     QVector<Run> runs;
     SqliteStatement::Step step = rows.step();
     for (; step == SqliteStatement::Row; step = rows.step())
-        runs.append({rows.number(0), rows.number(1), rows.number(2), Ending(rows.number(3))});
+        runs.append({rows.number(0), rows.number(1), rows.number(2), rows.number(3),
+                     Ending(rows.number(4))});
     if (step == SqliteStatement::Failed)
         return {};
     if (!runs.isEmpty() && !takeLastBatch(database, &runs.last()))
@@ -41,10 +42,14 @@ std::optional<QVector<Run>> loadRuns(SqliteDatabase* database)
 
 bool saveRun(SqliteDatabase* database, const Run& run)
 {
-    SqliteStatement save(*database, "REPLACE INTO run VALUES(?, ?, ?, ?)");
+    SqliteStatement save(*database, "REPLACE INTO run VALUES(?, ?, ?, ?, ?)");
     if (!save.isPrepared())
         return false;
-    save.bind(0, run.id).bind(1, run.begin).bind(2, run.until).bind(3, qint64(run.ending));
+    save.bind(0, run.id)
+        .bind(1, run.begin)
+        .bind(2, run.first)
+        .bind(3, run.until)
+        .bind(4, qint64(run.ending));
     return save.step() == SqliteStatement::Done;
 }
 
