@@ -1,14 +1,13 @@
 #include "cli/log_command.h"
 
 #include <QtCore/QDateTime>
-#include <QtCore/QElapsedTimer>
 
-#include "cli/progress.h"
+#include "cli/log_export_command.h"
 #include "cli/run_view.h"
 #include "cli/value_lines.h"
 #include "host/points/value_codec.h"
 #include "log/csv_log.h"
-#include "log/log_export.h"
+#include "log/recorder_log.h"
 #include "log/sqlite_log.h"
 #include "options/readers.h"
 #include "values/nearest_name.h"
@@ -25,70 +24,10 @@ constexpr int kWriteInterval = 1000;                    // ms
 constexpr qint64 kLongestPeriod = 366LL * kLongestTime; // ms
 const QLatin1String kCsvSuffix(".csv");
 
-Expected<void> checkExport(const LogOptions& options)
-{
-    if (!options.arguments.isEmpty())
-        return Error{QStringLiteral("--export takes the whole database; leave out the labels")};
-    if (isDatabase(options.output))
-        return Error{QStringLiteral("--export writes a .csv file, not %1")
-                         .arg(values::quoted(options.output))};
-    const struct {
-        bool isGiven;
-        const char* name;
-    } kOthers[] = {{options.every > 0, "every"},
-                   {options.rotateSize > 0, "rotate-size"},
-                   {options.rotateEvery > 0, "rotate-every"},
-                   {options.keep > 0, "keep"}};
-    for (const auto& other : kOthers) {
-        if (other.isGiven) {
-            return Error{
-                QStringLiteral("--%1 has no meaning with --export").arg(QLatin1String(other.name))};
-        }
-    }
-    return {};
-}
-
-void printResult(const LogOptions& options, qint64 records, qint64 duration)
-{
-    const QString seconds = QString::number(double(duration) / 1000, 'f', 1);
-    if (!options.json) {
-        print(
-            QStringLiteral("%1: %2 records in %3 s").arg(options.output).arg(records).arg(seconds));
-        return;
-    }
-    JsonLine line;
-    line.add("output", options.output);
-    line.add("records", records);
-    print(line.add("duration", duration).text());
-}
-
-/// Turns a log in a database into a CSV file. Needs no PLC. Returns the exit code.
-int exportDatabase(const LogOptions& options)
-{
-    QElapsedTimer clock;
-    clock.start();
-    bool isMediumFailing = false;
-    std::optional<Progress> progress;
-    const auto show = [&](qint64 done, qint64 total) {
-        if (!progress)
-            progress.emplace(QStringLiteral("exporting"), QStringLiteral("records"), total, 0);
-        progress->advance(done, clock.elapsed());
-    };
-    const Expected<qint64> records =
-        log::exportLog(options.exported, options.output, show, &isMediumFailing);
-    progress.reset();
-    if (!records) {
-        complain(records.error().text);
-        return isMediumFailing ? kExitRefused : kExitUsage;
-    }
-    printResult(options, *records, clock.elapsed());
-    return kExitDone;
-}
-
 int logValues(const LogOptions& options)
 {
-    if (!options.exported.isEmpty())
-        return exportDatabase(options);
+    if (!options.exported.isEmpty() || !options.converted.isEmpty())
+        return exportOrConvert(options);
     return inContext(options, [&](const CommandContext& context) {
         return LogCommand(options, context).execute();
     });
@@ -132,11 +71,29 @@ options::Table LogOptions::table()
                {"--keep N", "number of rotated files to keep; the oldest are removed (all)",
                 integer(&keep, 1, std::numeric_limits<int>::max()), kCompleteNothing,
                 "Keep `N` of the older files, those with the highest numbers; all if not given."},
-               {"--export DATABASE",
-                "turn this database into the CSV file --output; needs no project", text(&exported),
-                kCompleteFile,
-                "Turn the log in a database into a new CSV file `--output`; one that exists is an "
+               {"--export DATABASE", "turn this database into the file --output; needs no project",
+                text(&exported), kCompleteFile,
+                "Turn the log in a database into a new file `--output`; one that exists is an "
                 "error. Needs neither a project nor a PLC."},
+               {"--format FORMAT",
+                "with --export: csv, influx, postgresql, openmetrics or prometheus (csv)",
+                text(&format), kCompleteNothing,
+                "What `--export` makes: `csv`; `influx`, line protocol; `postgresql`, a script for "
+                "psql with COPY; `openmetrics`, for `promtool tsdb create-blocks-from`; or "
+                "`prometheus`, the last values. A log of version 1.0 has to be converted first for "
+                "all but CSV."},
+               {"--from TIME", "with --export: from this time on, such as 2026-11-21T06:00:00Z",
+                text(&from), kCompleteNothing,
+                "Export from this time on, in UTC or with a distance from it: "
+                "`2026-11-21T06:00:00Z`, `2026-11-21T07:00:00+01:00`."},
+               {"--to TIME", "with --export: up to this time", text(&to), kCompleteNothing,
+                "Export what is before this time."},
+               {"--convert LOG",
+                "make the database --output of this log, in CSV or of version 1.0; needs no "
+                "project",
+                text(&converted), kCompleteFile,
+                "Make a new database `--output` of a log in CSV, or in a database of version 1.0. "
+                "With `--every` of a log that was made so. Needs neither a project nor a PLC."},
            } +
            CyclicOptions::table();
 }
@@ -146,7 +103,10 @@ Expected<void> LogOptions::check()
     const bool rotates = rotateSize > 0 || rotateEvery > 0;
     if (output.isEmpty())
         return Error{QStringLiteral("plc log takes --output FILE, ending in .csv or .sqlite")};
-    if (!isDatabase(output) && !output.endsWith(kCsvSuffix, Qt::CaseInsensitive)) {
+    if (const Expected<void> isGood = checkExport(*this); !isGood)
+        return isGood.error();
+    const bool isForOthers = !exported.isEmpty() && exportFormat(*this) != log::ExportFormat::Csv;
+    if (!isForOthers && !isDatabase(output) && !output.endsWith(kCsvSuffix, Qt::CaseInsensitive)) {
         return Error{QStringLiteral("--output takes a file that ends in .csv, .sqlite, .sqlite3 "
                                     "or .db, not %1")
                          .arg(values::quoted(output))};
@@ -155,10 +115,6 @@ Expected<void> LogOptions::check()
         return Error{QStringLiteral("--rotate-size and --rotate-every are for .csv files")};
     if (keep > 0 && !rotates)
         return Error{QStringLiteral("--keep goes with --rotate-size or --rotate-every")};
-    if (!exported.isEmpty()) {
-        if (const Expected<void> isGood = checkExport(*this); !isGood)
-            return isGood.error();
-    }
     return CyclicOptions::check();
 }
 
@@ -187,15 +143,33 @@ bool LogCommand::prepare()
     return false;
 }
 
-Expected<std::unique_ptr<log::LogWriter>> LogCommand::openWriter(bool* isMediumFailing) const
+/// A log of version 1.0 goes on as it is.
+Expected<std::unique_ptr<log::LogWriter>> LogCommand::openDatabase(bool* isMediumFailing)
 {
-    if (isDatabase(m_options.output)) {
+    if (log::isLogDatabase(m_options.output)) {
         Expected<std::unique_ptr<log::SqliteLog>> writer =
             log::SqliteLog::open(m_options.output, isMediumFailing);
         if (!writer)
             return writer.error();
         return std::unique_ptr<log::LogWriter>(std::move(*writer));
     }
+    QHash<QString, recorder::SeriesDescription> series;
+    const host::ValueTable& values = runtime().values();
+    for (int row = 0; row < values.size(); ++row) {
+        const host::DataPoint& point = values.point(row);
+        series.insert(point.text, recorder::describe(point, project().name));
+    }
+    Expected<std::unique_ptr<log::RecorderLog>> writer = log::RecorderLog::open(
+        m_options.output, series, QDateTime::currentMSecsSinceEpoch, isMediumFailing);
+    if (!writer)
+        return writer.error();
+    return std::unique_ptr<log::LogWriter>(std::move(*writer));
+}
+
+Expected<std::unique_ptr<log::LogWriter>> LogCommand::openWriter(bool* isMediumFailing)
+{
+    if (isDatabase(m_options.output))
+        return openDatabase(isMediumFailing);
     const log::LogRotation rotation{m_options.rotateSize, m_options.rotateEvery, m_options.keep};
     Expected<std::unique_ptr<log::CsvLog>> writer =
         log::CsvLog::open(m_options.output, rotation, isMediumFailing);
@@ -300,7 +274,8 @@ void LogCommand::collect(int row)
     else
         record.time -= values.age(row, now);
     if (values.wasRead(row)) {
-        const QVector<values::Value> elements = host::decodeValues(point, values.bytes(row));
+        record.bytes = values.bytes(row);
+        const QVector<values::Value> elements = host::decodeValues(point, record.bytes);
         record.value = host::pointText(point, elements);
         if (elements.size() == 1)
             record.number = values::numericValue(elements.first());
@@ -329,7 +304,7 @@ void LogCommand::write()
 
 void LogCommand::ended()
 {
-    printResult(m_options, m_written, link().now());
+    printLogResult(m_options, m_written, link().now());
 }
 
 } // namespace plc::cli

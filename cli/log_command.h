@@ -16,6 +16,10 @@ namespace plc::cli {
 struct LogOptions : CyclicOptions {
     QString output;         ///< The log, or the CSV file of an export.
     QString exported;       ///< The database to be exported; empty: values are logged.
+    QString converted;      ///< The log to be made a recording of; empty: values are logged.
+    QString format;         ///< What is exported; empty: CSV.
+    QString from;           ///< Begin of what is exported; empty: all.
+    QString to;             ///< Its end.
     int every = 0;          ///< ms from record to record; 0: changes.
     qint64 rotateSize = 0;  ///< Bytes; 0: as large as it gets.
     qint64 rotateEvery = 0; ///< ms; 0: without end.
@@ -25,7 +29,7 @@ struct LogOptions : CyclicOptions {
     Expected<void> check() override;
     bool lacksProject() const override
     {
-        return exported.isEmpty() && CyclicOptions::lacksProject();
+        return exported.isEmpty() && converted.isEmpty() && CyclicOptions::lacksProject();
     }
 };
 
@@ -53,7 +57,8 @@ private:
     void aboutToEnd() override { write(); }
     void ended() override;
 
-    Expected<std::unique_ptr<log::LogWriter>> openWriter(bool* isMediumFailing) const;
+    Expected<std::unique_ptr<log::LogWriter>> openWriter(bool* isMediumFailing);
+    Expected<std::unique_ptr<log::LogWriter>> openDatabase(bool* isMediumFailing);
     void collectChanges();
     void collectFirst();
     void collectAll();

@@ -3,7 +3,10 @@
 #include <QtCore/QFileInfo>
 
 #include "log/log_record.h"
+#include "log/recorder_log.h"
 #include "log/sqlite_log.h"
+#include "recorder/handover.h"
+#include "recorder/recording_file.h"
 #include "streams/file_replacement.h"
 #include "values/csv.h"
 
@@ -28,7 +31,91 @@ qint64 writeRows(database::SqliteStatement* rows, database::SqliteStatement::Ste
     return done;
 }
 
+Expected<recorder::Handover> writeCsv(recorder::Reader* reader, const recorder::TimeRange& range,
+                                      const recorder::TakeText& take)
+{
+    const Expected<QVector<recorder::Series>> all = reader->series();
+    if (!all)
+        return all.error();
+    QHash<int, recorder::SeriesDescription> series;
+    for (const recorder::Series& one : *all)
+        series.insert(one.id, one.description);
+    recorder::Handover handover;
+    take(values::csv::row(logColumns()).toUtf8() + '\n');
+    const Expected<void> done = reader->forEachChange(range, [&](const recorder::Change& change) {
+        const std::optional<LogState> state = stateOf(change.sample.quality);
+        if (!state)
+            return true;
+        const recorder::SeriesDescription& described = series[change.series];
+        ++handover.rows;
+        return take(values::csv::row({logTimeText(change.sample.time), described.label,
+                                      recorder::seriesText(described, change.sample.bytes),
+                                      logStateWord(*state)})
+                        .toUtf8() +
+                    '\n');
+    });
+    if (!done)
+        return done.error();
+    return handover;
+}
+
+Expected<recorder::Handover> writeAs(ExportFormat format, recorder::Reader* reader,
+                                     const recorder::TimeRange& range,
+                                     const recorder::TakeText& take)
+{
+    switch (format) {
+        case ExportFormat::Csv:
+            return writeCsv(reader, range, take);
+        case ExportFormat::InfluxLines:
+            return recorder::writeInfluxLines(reader, range, take);
+        case ExportFormat::PostgresqlCopy:
+            return recorder::writePostgresqlCopy(reader, range, take);
+        case ExportFormat::OpenMetrics:
+            return recorder::writeOpenMetrics(reader, range, take);
+        case ExportFormat::Prometheus:
+            break;
+    }
+    return recorder::writeExposition(reader, take);
+}
+
+Error existsAlready(const QString& path)
+{
+    return {QStringLiteral("%1 exists; remove it or name another file").arg(path)};
+}
+
 } // namespace
+
+Expected<qint64> exportRecording(const QString& recordingPath, const QString& outputPath,
+                                 ExportFormat format, const recorder::TimeRange& range,
+                                 const ExportProgress& progress, bool* isMediumFailing)
+{
+    bool ignored = false;
+    bool& isFailing = isMediumFailing ? *isMediumFailing : ignored;
+    isFailing = false;
+    const Expected<std::unique_ptr<recorder::Reader>> reader =
+        recorder::Reader::open(recordingPath);
+    if (!reader)
+        return reader.error();
+    if (QFileInfo::exists(outputPath))
+        return existsAlready(outputPath);
+    const qint64 total = (*reader)->countChanges().valueOr(0);
+    streams::FileReplacement file(outputPath);
+    if (const Expected<void> opened = file.open(); !opened)
+        return opened.error();
+    qint64 done = 0;
+    const Expected<recorder::Handover> handover =
+        writeAs(format, reader->get(), range, [&](const QByteArray& text) {
+            progress(++done, total);
+            return file.write(text);
+        });
+    if (!handover)
+        return handover.error();
+    const Expected<void> committed = file.commit();
+    isFailing = !committed;
+    if (!committed)
+        return committed.error();
+    return handover->rows;
+}
 
 Expected<qint64> exportLog(const QString& databasePath, const QString& csvPath,
                            const ExportProgress& progress, bool* isMediumFailing)
@@ -36,6 +123,10 @@ Expected<qint64> exportLog(const QString& databasePath, const QString& csvPath,
     bool ignored = false;
     if (!isMediumFailing)
         isMediumFailing = &ignored;
+    if (recorder::isRecording(databasePath)) {
+        return exportRecording(databasePath, csvPath, ExportFormat::Csv, recorder::TimeRange(),
+                               progress, isMediumFailing);
+    }
     database::SqliteDatabase database;
     const auto databaseFailure = [&] {
         *isMediumFailing = database.isMediumFailing();
@@ -47,7 +138,7 @@ Expected<qint64> exportLog(const QString& databasePath, const QString& csvPath,
         return opened.error();
     }
     if (QFileInfo::exists(csvPath))
-        return Error{QStringLiteral("%1 exists; remove it or name another file").arg(csvPath)};
+        return existsAlready(csvPath);
     const std::optional<qint64> total = database.number("SELECT count(*) FROM sample");
     database::SqliteStatement rows(database, "SELECT time, label, value, state FROM log");
     if (!total || !rows.isPrepared())

@@ -28,6 +28,15 @@ QString logStateWord(LogState state)
     return QStringLiteral("refused");
 }
 
+std::optional<LogState> parseLogState(const QString& word)
+{
+    for (const LogState state : {LogState::Fresh, LogState::Stale, LogState::Refused}) {
+        if (word == logStateWord(state))
+            return state;
+    }
+    return {};
+}
+
 QStringList logColumns()
 {
     return {QStringLiteral("time"), QStringLiteral("label"), QStringLiteral("value"),

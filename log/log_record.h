@@ -1,6 +1,7 @@
 #ifndef PLC_LOG_LOG_RECORD_H
 #define PLC_LOG_LOG_RECORD_H
 
+#include <QtCore/QByteArray>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -21,6 +22,7 @@ struct LogRecord {
     QString value;                ///< As `plc read` shows it; empty when it was never read.
     std::optional<double> number; ///< The value, where it is a single number.
     LogState state = LogState::Fresh;
+    QByteArray bytes; ///< The value as the driver gives it; empty when it was never read.
 };
 
 /// "2026-11-21T06:00:00.123Z"
@@ -31,6 +33,9 @@ std::optional<qint64> parseLogTime(const QString& text);
 
 /// "fresh", "stale" or "refused"
 QString logStateWord(LogState state);
+
+/// The state of that word; nothing if it is none.
+std::optional<LogState> parseLogState(const QString& word);
 
 /// Names of the columns of a log in CSV.
 QStringList logColumns();

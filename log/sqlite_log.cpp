@@ -63,6 +63,12 @@ Expected<void> openOrBegin(const QString& path, database::SqliteDatabase* databa
 
 } // namespace
 
+bool isLogDatabase(const QString& path)
+{
+    database::SqliteDatabase database;
+    return database.open(path, false) && isLog(&database).value_or(false);
+}
+
 Expected<void> openLogDatabase(const QString& path, database::SqliteDatabase* database)
 {
     const std::optional<bool> isOurs =

@@ -10,7 +10,7 @@
 
 namespace plc::log {
 
-/// A log in an SQLite database:
+/// A log in an SQLite database as version 1.0 made them; new ones are recordings:
 ///
 ///   label(id, name)
 ///   sample(time, label, value, number, state)   label: its id; number: the value, or null
@@ -43,6 +43,9 @@ private:
     std::unique_ptr<database::SqliteStatement> m_insertSample;
     QHash<QString, qint64> m_labelIds; ///< Of this program's run.
 };
+
+/// Whether the file exists and is such a log.
+bool isLogDatabase(const QString& path);
 
 /// Opens a database that holds a log.
 Expected<void> openLogDatabase(const QString& path, database::SqliteDatabase* database);

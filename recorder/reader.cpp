@@ -36,6 +36,9 @@ public:
     Expected<qint64> countChanges();
 
 private:
+    /// By series, with the run.
+    using LastSamples = QMap<int, std::pair<qint64, Sample>>;
+
     /// All queries of `work` see one state of the file.
     template <typename T, typename Work>
     Expected<T> inSnapshot(Work work)
@@ -59,7 +62,8 @@ private:
 
     std::optional<SeriesDescription> description(int series);
     bool walk(int series, qint64 from, qint64 to, const TakeSample& take);
-    std::optional<qint64> addTail(QMap<int, Sample>* last, qint64* changes);
+    std::optional<qint64> addTail(LastSamples* last);
+    bool addBlocks(const QVector<Series>& all, LastSamples* last);
 
     SqliteDatabase m_database;
 };
@@ -121,47 +125,60 @@ Expected<QVector<Aggregate>> Reader::Implementation::aggregates(int series, qint
     });
 }
 
-/// The last samples in the batches, and how many there are in all.
-std::optional<qint64> Reader::Implementation::addTail(QMap<int, Sample>* last, qint64* changes)
+/// Samples of batches, the last of each series with its run; and how many there are in all.
+std::optional<qint64> Reader::Implementation::addTail(LastSamples* last)
 {
-    SqliteStatement rows(m_database, "SELECT time, changes FROM batch ORDER BY id");
+    SqliteStatement rows(m_database, "SELECT run, time, changes FROM batch ORDER BY id");
     if (!rows.isPrepared())
         return {};
+    qint64 count = 0;
     SqliteStatement::Step step = rows.step();
     for (; step == SqliteStatement::Row; step = rows.step()) {
-        BatchDecoder decoder(rows.bytes(1), rows.number(0));
-        for (; decoder.next(); ++*changes)
-            last->insert(decoder.series(), decoder.sample());
+        BatchDecoder decoder(rows.bytes(2), rows.number(1));
+        for (; decoder.next(); ++count)
+            last->insert(decoder.series(), {rows.number(0), decoder.sample()});
     }
-    return step == SqliteStatement::Done ? std::optional(*changes) : std::nullopt;
+    return step == SqliteStatement::Done ? std::optional(count) : std::nullopt;
+}
+
+/// Of the series that have no samples in batches.
+bool Reader::Implementation::addBlocks(const QVector<Series>& all, LastSamples* last)
+{
+    BlockTable blocks(&m_database);
+    SqliteStatement newest(m_database, "SELECT ifnull(max(id), 0) FROM block WHERE series = ?");
+    if (!blocks.isPrepared() || !newest.isPrepared())
+        return false;
+    for (const Series& series : all) {
+        if (last->contains(series.id))
+            continue;
+        if (newest.bind(0, qint64(series.id)).step() != SqliteStatement::Row)
+            return false;
+        const std::optional<Block> block = blocks.load(newest.number(0));
+        newest.reset();
+        if (!block)
+            return false;
+        SampleDecoder decoder(block->samples);
+        while (decoder.next())
+            last->insert(series.id, {block->run, decoder.sample()});
+    }
+    return true;
 }
 
 Expected<QVector<Change>> Reader::Implementation::lastValues()
 {
     return inSnapshot<QVector<Change>>([this]() -> std::optional<QVector<Change>> {
-        QMap<int, Sample> last;
-        qint64 changes = 0;
+        LastSamples last;
+        const std::optional<QVector<Run>> runs = loadRuns(&m_database);
         const std::optional<QVector<Series>> all = loadSeries(&m_database);
-        BlockTable blocks(&m_database);
-        SqliteStatement newest(m_database, "SELECT ifnull(max(id), 0) FROM block WHERE series = ?");
-        if (!all || !blocks.isPrepared() || !newest.isPrepared() || !addTail(&last, &changes))
+        if (!runs || !all || !addTail(&last) || !addBlocks(*all, &last))
             return {};
-        for (const Series& series : *all) {
-            if (last.contains(series.id))
-                continue;
-            if (newest.bind(0, qint64(series.id)).step() != SqliteStatement::Row)
-                return {};
-            const std::optional<Block> block = blocks.load(newest.number(0));
-            newest.reset();
-            if (!block)
-                return {};
-            SampleDecoder decoder(block->samples);
-            while (decoder.next())
-                last.insert(series.id, decoder.sample());
-        }
+        const Run present = runs->isEmpty() ? Run() : runs->last();
         QVector<Change> result;
-        for (auto one = last.constBegin(); one != last.constEnd(); ++one)
-            result.append({one.key(), one.value()});
+        for (auto one = last.constBegin(); one != last.constEnd(); ++one) {
+            const bool isOver = one->first != present.id || present.ending != Ending::Open;
+            const Sample gap{present.until, Quality::Gap, {}};
+            result.append({one.key(), isOver ? gap : one->second});
+        }
         return result;
     });
 }
@@ -203,13 +220,13 @@ Expected<void> Reader::Implementation::forEachChange(
 Expected<qint64> Reader::Implementation::countChanges()
 {
     return inSnapshot<qint64>([this]() -> std::optional<qint64> {
-        QMap<int, Sample> last;
-        qint64 tail = 0;
+        LastSamples last;
+        const std::optional<qint64> tail = addTail(&last);
         const std::optional<qint64> blocks =
             m_database.number("SELECT ifnull(sum(count), 0) FROM block");
-        if (!blocks || !addTail(&last, &tail))
+        if (!blocks || !tail)
             return {};
-        return *blocks + tail;
+        return *blocks + *tail;
     });
 }
 

@@ -55,8 +55,8 @@ public:
 
     /// What a series held at `time`, with the time of that sample; a gap where nothing is known.
     Expected<Sample> valueAt(int series, qint64 time);
-    /// The last sample of each series that has one, in the order of series, also where the
-    /// recording has ended.
+    /// What each series that was ever recorded holds, as far as is recorded, in the order of
+    /// series: its last sample, or a gap where its run is over.
     Expected<QVector<Change>> lastValues();
 
     /// Every change in [from, to) exactly, unless they are more than `most`.

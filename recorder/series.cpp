@@ -40,6 +40,18 @@ bool operator==(const SeriesDescription& a, const SeriesDescription& b)
            !(a.deadband < b.deadband) && !(b.deadband < a.deadband);
 }
 
+SeriesDescription describe(const host::DataPoint& point, const QString& source)
+{
+    SeriesDescription series;
+    series.source = source;
+    series.label = point.text;
+    series.type = point.type;
+    series.elements = point.elements;
+    series.stringLength = point.stringLength;
+    series.unit = point.unit;
+    return series;
+}
+
 QVector<values::Value> seriesValues(const SeriesDescription& series, const QByteArray& bytes)
 {
     if (!series.type)

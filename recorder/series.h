@@ -30,6 +30,9 @@ struct SeriesDescription {
 
 bool operator==(const SeriesDescription& a, const SeriesDescription& b);
 
+/// The series of a value that a host reads.
+SeriesDescription describe(const host::DataPoint& point, const QString& source);
+
 struct Series {
     int id = 0;
     SeriesDescription description;

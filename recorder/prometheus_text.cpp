@@ -1,0 +1,187 @@
+#include "recorder/elements.h"
+#include "recorder/handover.h"
+
+namespace plc::recorder {
+namespace {
+
+QByteArray labelText(const QString& text)
+{
+    QByteArray escaped = text.toUtf8();
+    return escaped.replace('\\', "\\\\").replace('"', "\\\"").replace('\n', "\\n");
+}
+
+QByteArray sampleName(const char* metric, const SeriesDescription& series, int element)
+{
+    QByteArray name = QByteArray(metric) + "{source=\"" + labelText(series.source) + "\",label=\"" +
+                      labelText(series.label) + "\",unit=\"" + labelText(series.unit) + '"';
+    if (series.elements > 1)
+        name += ",element=\"" + QByteArray::number(element) + '"';
+    return name + "} ";
+}
+
+QByteArray valueText(const values::Value& value)
+{
+    if (const bool* const flag = std::get_if<bool>(&value))
+        return *flag ? "1" : "0";
+    if (const qint64* const number = std::get_if<qint64>(&value))
+        return QByteArray::number(*number);
+    if (const quint64* const number = std::get_if<quint64>(&value))
+        return QByteArray::number(*number);
+    const QByteArray text = numberText(doubleOf(value).value_or(0));
+    return text == "nan" ? "NaN" : text == "inf" ? "+Inf" : text == "-inf" ? "-Inf" : text;
+}
+
+/// Seconds with their milliseconds.
+QByteArray secondsText(qint64 time)
+{
+    const qint64 seconds = time >= 0 ? time / 1000 : (time - 999) / 1000;
+    return QByteArray::number(seconds) + '.' +
+           QByteArray::number(time - seconds * 1000).rightJustified(3, '0');
+}
+
+QByteArray head(const char* metric, const char* meaning)
+{
+    return QByteArray("# HELP ") + metric + ' ' + meaning + "\n# TYPE " + metric + " gauge\n";
+}
+
+constexpr char kValueMeaning[] = "Values of PLCs while they are known.";
+constexpr char kGoodMeaning[] = "1 while the value is known, 0 while it is not.";
+
+/// A text is no number, and its series has no place.
+bool isText(const SeriesDescription& series)
+{
+    return series.type && values::isText(*series.type);
+}
+
+/// Gives the samples of a series with those of one time made one, the last.
+template <typename Visit>
+bool visitLastOfEachTime(const QVector<Sample>& samples, Visit visit)
+{
+    for (int i = 0; i < samples.size(); ++i) {
+        const bool isLast = i + 1 == samples.size() || samples[i + 1].time != samples[i].time;
+        if (isLast && !visit(samples[i]))
+            return false;
+    }
+    return true;
+}
+
+class OpenMetrics {
+public:
+    OpenMetrics(Reader* reader, const TimeRange& range, const TakeText& take)
+        : m_reader(reader), m_range(range), m_take(take)
+    {
+    }
+
+    Expected<void> write(const QVector<Series>& all)
+    {
+        m_take(head("plc_value", kValueMeaning));
+        for (const Series& series : all) {
+            for (int i = 0; i < series.description.elements; ++i) {
+                if (const Expected<void> done = writeValues(series, i); !done)
+                    return done;
+            }
+        }
+        m_take(head("plc_good", kGoodMeaning));
+        for (const Series& series : all) {
+            if (const Expected<void> done = writeGood(series); !done)
+                return done;
+        }
+        m_take("# EOF\n");
+        return {};
+    }
+    const Handover& handover() const { return m_handover; }
+
+private:
+    Expected<void> writeValues(const Series& series, int element)
+    {
+        const Expected<History> history = m_reader->changes(series.id, m_range.from, m_range.to);
+        if (!history)
+            return history.error();
+        const QByteArray name = sampleName("plc_value", series.description, element);
+        visitLastOfEachTime(history->samples, [&](const Sample& sample) {
+            const QVector<values::Value> known = knownElements(series.description, sample);
+            if (element >= known.size())
+                return true;
+            if (!doubleOf(known[element])) {
+                ++m_handover.leftOut;
+                return true;
+            }
+            return writeRow(name, sample.time, valueText(known[element]));
+        });
+        return {};
+    }
+    Expected<void> writeGood(const Series& series)
+    {
+        if (isText(series.description))
+            return {};
+        const Expected<History> history = m_reader->changes(series.id, m_range.from, m_range.to);
+        if (!history)
+            return history.error();
+        SeriesDescription whole = series.description;
+        whole.elements = 1;
+        const QByteArray name = sampleName("plc_good", whole, 0);
+        visitLastOfEachTime(history->samples, [&](const Sample& sample) {
+            return writeRow(name, sample.time, sample.quality == Quality::Good ? "1" : "0");
+        });
+        return {};
+    }
+    bool writeRow(const QByteArray& name, qint64 time, const QByteArray& value)
+    {
+        ++m_handover.rows;
+        return m_take(name + value + ' ' + secondsText(time) + '\n');
+    }
+
+    Reader* const m_reader;
+    const TimeRange m_range;
+    const TakeText& m_take;
+    Handover m_handover;
+};
+
+} // namespace
+
+Expected<Handover> writeOpenMetrics(Reader* reader, const TimeRange& range, const TakeText& take)
+{
+    const Expected<QVector<Series>> series = reader->series();
+    if (!series)
+        return series.error();
+    OpenMetrics metrics(reader, range, take);
+    if (const Expected<void> done = metrics.write(*series); !done)
+        return done.error();
+    return metrics.handover();
+}
+
+Expected<Handover> writeExposition(Reader* reader, const TakeText& take)
+{
+    const Expected<QVector<Series>> series = reader->series();
+    const Expected<QVector<Change>> last = reader->lastValues();
+    if (!series)
+        return series.error();
+    if (!last)
+        return last.error();
+    const QHash<int, SeriesDescription> byId = seriesById(*series);
+    Handover handover;
+    take(head("plc_value", kValueMeaning));
+    for (const Change& change : *last) {
+        const SeriesDescription& described = byId[change.series];
+        const QVector<values::Value> known = knownElements(described, change.sample);
+        for (int i = 0; i < known.size(); ++i) {
+            const bool isNumber = doubleOf(known[i]).has_value();
+            ++(isNumber ? handover.rows : handover.leftOut);
+            if (isNumber)
+                take(sampleName("plc_value", described, i) + valueText(known[i]) + '\n');
+        }
+    }
+    take(head("plc_good", kGoodMeaning));
+    for (const Change& change : *last) {
+        SeriesDescription whole = byId[change.series];
+        whole.elements = 1;
+        if (isText(whole))
+            continue;
+        ++handover.rows;
+        take(sampleName("plc_good", whole, 0) +
+             (change.sample.quality == Quality::Good ? "1\n" : "0\n"));
+    }
+    return handover;
+}
+
+} // namespace plc::recorder
