@@ -45,7 +45,8 @@ std::optional<ChangeQueue::Portion> ChangeQueue::take()
     m_portions.pop_front();
     m_changes -= first.changes.size() + first.lost.size();
     m_bytes -= bytesOf(first.changes) + bytesOf(first.lost);
-    while (!m_portions.empty() && goesAlong(first)) {
+    // What holds behind a loss does so from that portion's time on.
+    while (!first.isBehindLoss && !m_portions.empty() && goesAlong(first)) {
         const Portion& next = m_portions.front();
         m_changes -= next.changes.size();
         m_bytes -= bytesOf(next.changes);

@@ -1,0 +1,146 @@
+#include <sys/resource.h>
+#include <csignal>
+
+#include <QtCore/QFileInfo>
+
+#include "tests/recorder/recording.h"
+#include "tests/support/random.h"
+
+namespace plc::recorder {
+namespace test {
+namespace {
+
+class LimitsTest : public Recording {
+protected:
+    QByteArray rubbish(int size)
+    {
+        QByteArray bytes;
+        for (int i = 0; i < size; ++i)
+            bytes.append(char(m_random.below(256)));
+        return bytes;
+    }
+    SeriesDescription text(const char* label)
+    {
+        SeriesDescription series = ofType(label, "STRING");
+        series.stringLength = 1000;
+        return series;
+    }
+
+    plc::test::Random m_random{7};
+};
+
+TEST_F(LimitsTest, TheOldestGoesWhenTheFileWouldBeTooLarge)
+{
+    Limits limits;
+    limits.size = Limits::kSmallest;
+    const std::unique_ptr<Recorder> recorder = open(0, limits);
+    const int constant = recorder->series(ofType("P.constant", "INT"));
+    const int often = recorder->series(text("P.often"));
+    append(*recorder, {good(constant, 0, QByteArray("\1\0", 2))}, 0);
+    QVector<Sample> given;
+    for (qint64 time = 1; time <= 6000; ++time) {
+        given.append(good(often, 1000 * time, rubbish(1000)).sample);
+        append(*recorder, {{often, given.last()}}, 1000 * time);
+        ASSERT_EQ("", recorder->maintenanceError().toStdString());
+        ASSERT_LE(QFileInfo(file).size(), Limits::kSmallest) << time;
+    }
+    // 6 MB were given. What stays are the last, whole, and the value that never changed.
+    const History kept = history(often, 0, 7000000);
+    const int count = int(kept.samples.size()) - 1; // and the gap at the end of what is recorded
+    ASSERT_GT(count, 500);
+    ASSERT_LT(count, 1000);
+    EXPECT_EQ(given.mid(int(given.size()) - count), kept.samples.mid(0, count));
+    const Expected<Sample> held = read()->valueAt(constant, 5999000);
+    ASSERT_TRUE(succeeds(held));
+    EXPECT_EQ(good(constant, 0, QByteArray("\1\0", 2)).sample, *held);
+}
+
+TEST_F(LimitsTest, WhatIsTooOldGoesAndWhatItHeldStays)
+{
+    Limits limits;
+    limits.age = 100000;
+    const std::unique_ptr<Recorder> recorder = open(1000000, limits);
+    const int level = recorder->series(ofType("P.level", "INT"));
+    for (qint64 time = 1000000; time <= 2000000; time += 1000)
+        append(*recorder, {good(level, time, QByteArray::number(time))}, time);
+    const History kept = history(level, 0, 3000000);
+    // The horizon lies 100 s back, at most a 32nd of them more, and before it the value held there.
+    EXPECT_LE(1895000, kept.samples.first().time);
+    EXPECT_GE(1900000, kept.samples.first().time);
+    EXPECT_EQ(2000000, kept.samples.last().time);
+}
+
+TEST_F(LimitsTest, RunsThatAreTooOldGoAltogether)
+{
+    Limits limits;
+    limits.age = 100000;
+    for (const qint64 time : {0, 50000, 500000}) {
+        const std::unique_ptr<Recorder> recorder = open(time, limits);
+        append(*recorder, {good(recorder->series(ofType("P.a", "INT")), time, "1")}, time);
+    }
+    EXPECT_EQ(1, runs().size());
+    EXPECT_EQ(500000, history(1, 0, 1000000).samples.first().time);
+}
+
+TEST_F(LimitsTest, TooSmallASizeIsAnError)
+{
+    Limits limits;
+    limits.size = 1000;
+    EXPECT_FALSE(succeeds(Recorder::open(file, limits, 0)));
+    EXPECT_EQ("a recording may be limited to 1048576 bytes and more, not to 1000", error);
+}
+
+TEST_F(LimitsTest, OnAFullDiskWhatWasRecordedIsReadAndTheRestIsAGap)
+{
+    std::unique_ptr<Recorder> recorder = open(0);
+    const int series = recorder->series(text("P.text"));
+    append(*recorder, {good(series, 1000, "kept")}, 1000);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlim_t unlimited = RLIM_INFINITY;
+    const rlimit limit = {150000, unlimited};
+    const rlimit none = {unlimited, unlimited};
+    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &limit));
+    const QVector<Change> lost{good(series, 2000, rubbish(200000))};
+    EXPECT_FALSE(succeeds(recorder->append(lost, 2000)));
+    EXPECT_TRUE(error.startsWith(file)) << error.toStdString();
+    EXPECT_EQ("kept", history(series, 0, 5000).samples.first().bytes.toStdString());
+    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &none));
+    recorder->giveUp({good(series, 2000, "lost")});
+    append(*recorder, {}, 3000);
+    recorder.reset();
+    const QVector<Sample> wanted{good(series, 1000, "kept").sample, gap(1000),
+                                 good(series, 3000, "lost").sample, gap(3000)};
+    EXPECT_EQ(wanted, history(series, 0, 5000).samples);
+    EXPECT_EQ(Ending::ChangesLost, runs().first().ending);
+}
+
+TEST_F(LimitsTest, ChangesNeedLessThan35BytesOnTheDisk)
+{
+    std::unique_ptr<Recorder> recorder = open(0);
+    QVector<int> series;
+    for (int i = 0; i < 100; ++i)
+        series.append(recorder->series(ofType(QByteArray("P.v").append(char('0' + i)), "REAL")));
+    for (qint64 second = 1; second <= 300; ++second) {
+        QVector<Change> changes;
+        for (int one : series)
+            changes.append(good(one, 1000 * second - m_random.below(20), rubbish(4)));
+        append(*recorder, changes, 1000 * second);
+    }
+    recorder.reset();
+    EXPECT_LT(double(QFileInfo(file).size()) / 30000, 12);
+}
+
+TEST_F(LimitsTest, SingleChangesNeedLessThan35BytesToo)
+{
+    std::unique_ptr<Recorder> recorder = open(0);
+    const int series = recorder->series(ofType("P.v", "REAL"));
+    for (qint64 i = 1; i <= 3000; ++i)
+        append(*recorder, {good(series, 61003 * i, rubbish(4))}, 61003 * i);
+    recorder.reset();
+    // The tables of an empty recording have 44 KiB.
+    EXPECT_LT(double(QFileInfo(file).size() - 45056) / 3000, 35);
+}
+
+} // namespace
+} // namespace test
+} // namespace plc::recorder
