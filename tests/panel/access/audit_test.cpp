@@ -93,7 +93,8 @@ TEST(AuditLine, TellsAnUnknownOldValueAsNullAndAnOutcomeWithItsReason)
     const QByteArray line = recordLine(outcome, 1, "ab");
     EXPECT_TRUE(line.contains("\"phase\":\"outcome\""));
     EXPECT_TRUE(line.contains("\"old\":null"));
-    EXPECT_TRUE(line.contains("\"outcome\":\"refused\",\"reason\":\"status 8: \\\"no\\\"\\u000a\""));
+    EXPECT_TRUE(
+        line.contains("\"outcome\":\"refused\",\"reason\":\"status 8: \\\"no\\\"\\u000a\""));
 }
 
 TEST(AuditLine, TellsALongValueByItsBeginningLengthAndHash)
