@@ -111,9 +111,14 @@ MHD_Result Exchange::begin(const QByteArray& method)
     std::optional<Response> refused = refusal(method, headers);
     if (!refused)
         return MHD_YES;
+    if (!m_hasBody) {
+        // An answer before the end of the request would cost the connection.
+        m_isDispatched = true;
+        give(std::move(*refused));
+        return MHD_YES;
+    }
     // What follows the head is not read, and must not be taken for the next request.
-    if (m_hasBody)
-        refused->addHeader("Connection", "close");
+    refused->addHeader("Connection", "close");
     return send(std::move(*refused));
 }
 
