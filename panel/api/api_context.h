@@ -1,0 +1,54 @@
+#ifndef PLC_PANEL_API_API_CONTEXT_H
+#define PLC_PANEL_API_API_CONTEXT_H
+
+#include <functional>
+#include <memory>
+
+#include "panel/access/access.h"
+#include "panel/api/subscriptions.h"
+#include "panel/api/write_desk.h"
+#include "panel/http/route.h"
+#include "panel/plants/plants.h"
+
+namespace plc::panel {
+
+/// What the routes work on. All of it outlives them.
+struct ApiContext {
+    Plants* plants = nullptr;
+    Subscriptions* subscriptions = nullptr;
+    WriteDesk* writes = nullptr;
+    Access* access = nullptr;
+    std::function<qint64()> time; ///< Milliseconds since 1970-01-01T00:00:00Z; for any thread.
+    /// Has the thread of the PLCs do something; for any thread.
+    std::function<void(std::function<void()>)> post;
+    QString version;
+    bool isReadOnly = false;
+    QString auditFile; ///< Empty: there is none.
+};
+
+/// What a client did wrong, or what there is not: told instead of an answer.
+inline Response badRequest(const QString& sentence)
+{
+    return Response::error(400, sentence);
+}
+inline Response notFound(const QString& sentence)
+{
+    return Response::error(404, sentence);
+}
+
+using PlantHandler = void (*)(const ApiContext&, const Request&, const Responder&);
+
+/// A handler that is called in the thread of the PLCs.
+inline std::function<void(const Request&, Responder)> onPlants(const ApiContext& context,
+                                                               PlantHandler handle)
+{
+    return [context, handle](const Request& request, Responder respond) {
+        context.post([context, handle, request, respond = std::move(respond)] {
+            handle(context, request, respond);
+        });
+    };
+}
+
+} // namespace plc::panel
+
+#endif

@@ -1,0 +1,11 @@
+#include "panel/api/api_routes.h"
+
+namespace plc::panel {
+
+QVector<Route> apiRoutes(const ApiContext& context)
+{
+    return sessionRoutes(context) + plantRoutes(context) + eventRoutes(context) +
+           writeRoutes(context);
+}
+
+} // namespace plc::panel

@@ -1,0 +1,171 @@
+#include "exchange/shown_unit.h"
+#include "panel/api/api_routes.h"
+#include "panel/api/json_text.h"
+#include "panel/api/link_json.h"
+#include "panel/api/symbol_list.h"
+#include "panel/api/value_reads.h"
+#include "project/symbol_tree.h"
+#include "values/nearest_name.h"
+
+namespace plc::panel {
+namespace {
+
+constexpr int kUsualFound = 200;
+constexpr int kMostFound = 2000;
+constexpr int kMostAsked = 2000;
+
+/// The PLC of the query; answers and gives null where there is none.
+Plant* plantOf(const ApiContext& context, const Request& request, const Responder& respond)
+{
+    const std::optional<QString> name = request.first(QStringLiteral("plc"));
+    if (!name && context.plants->size() == 1)
+        return context.plants->begin()->get();
+    if (!name) {
+        respond(badRequest(QStringLiteral("\"plc\" is missing")));
+        return nullptr;
+    }
+    Plant* const plant = context.plants->find(*name);
+    if (!plant)
+        respond(notFound(QStringLiteral("there is no PLC %1").arg(values::quoted(*name))));
+    return plant;
+}
+
+void appendPlant(const Plant& plant, QByteArray* json)
+{
+    json->append('{');
+    appendMember("name", plant.name(), json);
+    appendMember("title", plant.project().name.isEmpty() ? plant.name() : plant.project().name,
+                 json);
+    appendMember("address", plant.address(), json);
+    json->append(",\"readOnly\":").append(plant.isReadOnly() ? "true" : "false");
+    json->append(",\"link\":{");
+    appendLinkMembers(plant.link(), json);
+    json->append('}');
+    appendMember("values", plant.wanted(), json);
+    appendMember("passTime", plant.passTime(), json);
+    json->append('}');
+}
+
+void listPlants(const ApiContext& context, const Request&, const Responder& respond)
+{
+    QByteArray json = "{";
+    appendMember("time", context.time(), &json);
+    json.append(",\"plcs\":[");
+    for (const std::unique_ptr<Plant>& plant : *context.plants) {
+        if (!json.endsWith('['))
+            json.append(',');
+        appendPlant(*plant, &json);
+    }
+    respond(Response::json(json.append("]}\n")));
+}
+
+void appendSymbol(const Plant& plant, const ListedSymbol& symbol, QByteArray* json)
+{
+    host::DataPoint named; // rules look at no more of it
+    named.text = symbol.label;
+    const bool isWritable = symbol.kind == ListedSymbol::Value && plant.isWritable(named);
+    json->append(json->endsWith('[') ? "{" : ",{");
+    appendMember("name", symbol.name, json);
+    appendMember("label", symbol.label, json);
+    appendMember("kind", QLatin1String(kindWord(symbol.kind)), json);
+    appendMember("type", symbol.type, json);
+    appendMember("unit", symbol.unit, json);
+    appendMember("description", symbol.description, json);
+    appendMember("children", symbol.children, json);
+    json->append(",\"writable\":").append(isWritable ? "true}" : "false}");
+}
+
+void listSymbols(const ApiContext& context, const Request& request, const Responder& respond)
+{
+    const Plant* const plant = plantOf(context, request, respond);
+    if (!plant)
+        return;
+    const std::optional<QString> search = request.first(QStringLiteral("search"));
+    const QString under = request.first(QStringLiteral("under")).value_or(QString());
+    QVector<ListedSymbol> symbols;
+    if (search) {
+        bool ok = true;
+        const std::optional<QString> limit = request.first(QStringLiteral("limit"));
+        const int most = limit ? limit->toInt(&ok) : kUsualFound;
+        if (!ok || most < 1 || most > kMostFound) {
+            respond(badRequest(
+                QStringLiteral("\"limit\": a number from 1 to %1 is expected").arg(kMostFound)));
+            return;
+        }
+        symbols = searchSymbols(*search, most, plant->project());
+    } else {
+        const Expected<QVector<ListedSymbol>> found = symbolsUnder(under, plant->project());
+        if (!found) {
+            respond(notFound(found.error().text));
+            return;
+        }
+        symbols = *found;
+    }
+    QByteArray json = "{";
+    appendMember("under", under, &json);
+    json.append(",\"symbols\":[");
+    for (const ListedSymbol& symbol : std::as_const(symbols))
+        appendSymbol(*plant, symbol, &json);
+    respond(Response::json(json.append("]}\n")));
+}
+
+void appendFound(const QString& plc, const FoundValue& found, QByteArray* json)
+{
+    json->append(json->endsWith('[') ? "{" : ",{");
+    appendMember("plc", plc, json);
+    appendMember("label", found.label, json);
+    json->append(",\"value\":");
+    if (found.error.isEmpty())
+        appendValue(found.point, found.value.bytes, json);
+    else
+        json->append("null");
+    appendMember("quality", QLatin1String(qualityWord(found.value.quality)), json);
+    json->append(",\"time\":");
+    appendTime(found.value.time, json);
+    if (found.error.isEmpty()) {
+        appendMember("type", QLatin1String(found.point.type->name), json);
+        appendMember("unit", exchange::shownUnit(found.point), json);
+    } else {
+        appendMember("error", found.error, json);
+    }
+    json->append('}');
+}
+
+void readSomeValues(const ApiContext& context, const Request& request, const Responder& respond)
+{
+    Plant* const plant = plantOf(context, request, respond);
+    if (!plant)
+        return;
+    const QStringList labels = request.all(QStringLiteral("label"));
+    if (labels.isEmpty() || labels.size() > kMostAsked) {
+        respond(badRequest(QStringLiteral("1 to %1 times \"label\" is expected").arg(kMostAsked)));
+        return;
+    }
+    const QString name = plant->name();
+    readValues(plant, labels, context.time,
+               [time = context.time, name, respond](const QVector<FoundValue>& found) {
+                   QByteArray json = "{";
+                   appendMember("time", time(), &json);
+                   json.append(",\"values\":[");
+                   for (const FoundValue& each : found)
+                       appendFound(name, each, &json);
+                   respond(Response::json(json.append("]}\n")));
+               });
+}
+
+} // namespace
+
+QVector<Route> plantRoutes(const ApiContext& context)
+{
+    return {
+        {Method::Get, "/api/v1/plcs", Role::Viewer, Route::Reads, "PLCs and their links",
+         onPlants(context, &listPlants)},
+        {Method::Get, "/api/v1/symbols", Role::Viewer, Route::Reads,
+         "Symbols below a label, or found by words", onPlants(context, &listSymbols)},
+        {Method::Get, "/api/v1/values", Role::Viewer, Route::Reads,
+         "Values now; those that are not read all the time are read once",
+         onPlants(context, &readSomeValues)},
+    };
+}
+
+} // namespace plc::panel

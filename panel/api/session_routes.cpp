@@ -1,0 +1,106 @@
+#include "exchange/flat_json.h"
+#include "panel/access/role_name.h"
+#include "panel/api/api_routes.h"
+#include "panel/api/json_text.h"
+
+namespace plc::panel {
+namespace {
+
+void appendTextOrNull(const char* key, const QString& text, QByteArray* json)
+{
+    if (!text.isEmpty())
+        appendMember(key, text, json);
+    else
+        json->append(",\"").append(key).append("\":null");
+}
+
+QByteArray truth(bool value)
+{
+    return value ? "true" : "false";
+}
+
+QByteArray sessionText(const ApiContext& context, const Caller& caller)
+{
+    QByteArray json = "{";
+    appendMember("time", context.time(), &json);
+    appendTextOrNull("user", caller.user, &json);
+    appendTextOrNull("role", roleName(caller.role), &json);
+    json.append(",\"loginRequired\":").append(truth(context.access->isLoginRequired()));
+    json.append(",\"readOnly\":").append(truth(context.isReadOnly));
+    appendMember("version", context.version, &json);
+    return json;
+}
+
+Response loginResponse(const ApiContext& context, const LoginResult& result)
+{
+    if (result.kind == LoginResult::Wrong)
+        return Response::error(401, QStringLiteral("the user or the password is wrong"));
+    if (result.kind == LoginResult::TooOften) {
+        Response response =
+            Response::error(429, QStringLiteral("too many attempts; wait a little"));
+        response.addHeader("Retry-After", QByteArray::number((result.wait + 999) / 1000));
+        return response;
+    }
+    QByteArray json = sessionText(context, result.caller);
+    appendMember("token", QString::fromLatin1(result.token), &json);
+    Response response = Response::json(json.append("}\n"));
+    response.addHeader("Set-Cookie", context.access->cookie(result.token));
+    return response;
+}
+
+/// The only text of a member; nothing where there is none.
+std::optional<QString> textOf(const exchange::FlatJson& json, const char* key)
+{
+    const exchange::JsonItem* item = json.member(key);
+    if (!item || item->isList || item->values.size() != 1)
+        return {};
+    const QString* text = std::get_if<QString>(&item->values.first());
+    return text ? std::optional<QString>(*text) : std::nullopt;
+}
+
+void logIn(const ApiContext& context, const Request& request, const Responder& respond)
+{
+    const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
+    const std::optional<QString> user = json ? textOf(*json, "user") : std::nullopt;
+    const std::optional<QString> password = json ? textOf(*json, "password") : std::nullopt;
+    if (!user || !password) {
+        respond(badRequest(QStringLiteral("the texts \"user\" and \"password\" are expected")));
+        return;
+    }
+    if (!context.access->isLoginRequired()) {
+        respond(badRequest(QStringLiteral("this panel has no users")));
+        return;
+    }
+    context.access->login(
+        *user, *password, request.caller.address,
+        [context, respond](const LoginResult& result) { respond(loginResponse(context, result)); });
+}
+
+} // namespace
+
+QVector<Route> sessionRoutes(const ApiContext& context)
+{
+    Route show{Method::Get,
+               "/api/v1/session",
+               Role::None,
+               Route::Reads,
+               "Who the caller is, and what he may do",
+               {}};
+    show.handler = [context](const Request& request, const Responder& respond) {
+        respond(Response::json(sessionText(context, request.caller) + "}\n"));
+    };
+    Route open{Method::Post, "/api/v1/session", Role::None, Route::Reads, "Log in", {}};
+    open.handler = [context](const Request& request, const Responder& respond) {
+        logIn(context, request, respond);
+    };
+    Route close{Method::Delete, "/api/v1/session", Role::Viewer, Route::Reads, "Log out", {}};
+    close.handler = [context](const Request& request, const Responder& respond) {
+        context.access->logout(request.caller);
+        Response response = Response::nothing();
+        response.addHeader("Set-Cookie", context.access->clearedCookie());
+        respond(response);
+    };
+    return {show, open, close};
+}
+
+} // namespace plc::panel

@@ -1,0 +1,112 @@
+#ifndef PLC_PANEL_API_SUBSCRIPTIONS_H
+#define PLC_PANEL_API_SUBSCRIPTIONS_H
+
+#include <QtCore/QHash>
+#include <QtCore/QMap>
+#include <QtCore/QString>
+#include <QtCore/QVector>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "panel/http/event_stream.h"
+#include "panel/plants/plants.h"
+
+namespace plc::panel {
+
+/// A value as clients name it.
+struct ValueName {
+    QString plc;
+    QString label;
+
+    bool operator==(const ValueName& other) const
+    {
+        return plc == other.plc && label == other.label;
+    }
+};
+
+/// Brings values to event streams.
+///
+/// 1. Subscriptions to equal lists of values share what is read of the PLC and what is written for
+///    the clients: each event is made once, whoever reads it.
+/// 2. A stream begins with everything, and goes on with what changes. What a client missed it does
+///    not get later: a new stream begins with everything again.
+/// 3. A client that does not read fast enough is cut off.
+///
+/// For the thread of the PLCs. Times are milliseconds since 1970-01-01T00:00:00Z.
+class Subscriptions {
+public:
+    static constexpr qint64 kKeptIdle = 60000; ///< ms that a subscription is kept without a stream.
+    static constexpr int kMostSubscriptions = 2000;
+    static constexpr int kMostValues = 20000; ///< Of one subscription.
+
+    using Clock = std::function<qint64()>;
+
+    Subscriptions(Plants* plants, Clock time);
+    ~Subscriptions();
+
+    struct Item {
+        ValueName name;
+        Plant* plant = nullptr;
+        int slot = -1; ///< Of the plant; -1: there is no such value.
+        QString error; ///< Why not.
+    };
+
+    /// The id of a new subscription. An error: there are too many of them.
+    Expected<QString> add(const QVector<ValueName>& names);
+    bool remove(const QString& id);
+    /// Null: there is no such subscription.
+    const QVector<Item>* items(const QString& id) const;
+
+    /// A stream of a subscription; null: there is none of this id. It is ended once `isAllowed`,
+    /// which is asked each second, says so.
+    std::shared_ptr<EventStream> open(const QString& id, std::function<bool()> isAllowed);
+
+    /// See PlantListener.
+    void sampled(Plant* plant, const QVector<int>& changed);
+    void linkChanged(Plant* plant);
+    /// An event for all streams: `data` is a JSON object.
+    void tellAll(const char* event, const QByteArray& data);
+    /// Once a second: a sign of life where nothing else was sent, and the end of what is idle.
+    void passSecond();
+    /// Ends all streams and forgets all subscriptions; before PLCs are exchanged.
+    void clear();
+
+    int streams() const;
+    int contents() const { return int(m_contents.size()); }
+    int size() const { return int(m_subscriptions.size()); }
+
+private:
+    struct Content;
+    struct Subscription {
+        std::shared_ptr<Content> content;
+        int streams = 0;
+        qint64 idleSince = 0;
+    };
+    struct Watch {
+        Content* content;
+        int index;
+    };
+
+    std::shared_ptr<Content> contentOf(const QVector<ValueName>& names);
+    void makeContent(const QVector<ValueName>& names, Content* content);
+    void endContent(Content* content);
+    void push(Content* content, const std::shared_ptr<const QByteArray>& event);
+    std::shared_ptr<const QByteArray> wholeOf(Content* content);
+    QByteArray hello(const QString& id, const Content& content) const;
+    QByteArray linkEvent(const Plant& plant) const;
+    void lostStream(const QString& id);
+
+    Plants* const m_plants;
+    const Clock m_time;
+    QHash<QString, Subscription> m_subscriptions;
+    std::vector<std::shared_ptr<Content>> m_contents;
+    QHash<const Plant*, QVector<QVector<Watch>>> m_watches; ///< By slots.
+    quint64 m_nextId = 1;
+    quint64 m_samples = 0; ///< So far; what was made for one of them is good until the next.
+};
+
+} // namespace plc::panel
+
+#endif

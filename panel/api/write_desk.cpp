@@ -1,0 +1,182 @@
+#include "panel/api/write_desk.h"
+
+#include "host/points/value_codec.h"
+#include "host/transfers/result_text.h"
+#include "panel/api/json_text.h"
+#include "values/nearest_name.h"
+
+namespace plc::panel {
+namespace {
+
+constexpr int kLongestId = 64;
+
+bool isSame(const WriteRequest& a, const WriteRequest& b)
+{
+    return a.plc == b.plc && a.label == b.label && a.values == b.values && a.isList == b.isList;
+}
+
+WriteOutcome outcomeOf(const host::DataPoint& point, const host::TransferOutcome& ending,
+                       qint64 time)
+{
+    WriteOutcome outcome;
+    outcome.time = time;
+    outcome.status = ending.status;
+    switch (ending.kind) {
+        case host::TransferOutcome::Done:
+            outcome.kind = WriteOutcome::Done;
+            break;
+        case host::TransferOutcome::Refused:
+            outcome.kind = WriteOutcome::Refused;
+            break;
+        case host::TransferOutcome::LinkLost:
+            outcome.kind = WriteOutcome::Unknown;
+            break;
+        case host::TransferOutcome::NotSent:
+            outcome.kind = WriteOutcome::NotSent;
+            break;
+    }
+    if (!ending.isDone())
+        outcome.reason = host::writeOutcomeText(point, ending);
+    return outcome;
+}
+
+/// What the PLC is known to have; empty: nothing is.
+QByteArray knownValue(const Plant& plant, const host::DataPoint& point)
+{
+    const int slot = plant.findSlot(point.text);
+    QByteArray json;
+    if (slot >= 0 && plant.value(slot).quality == Quality::Good)
+        appendValue(point, plant.value(slot).bytes, &json);
+    return json;
+}
+
+QString textOrNull(const QByteArray& json)
+{
+    return json.isEmpty() ? QString() : QString::fromUtf8(json);
+}
+
+} // namespace
+
+WriteDesk::WriteDesk(Plants* plants, Audit audit, Clock time)
+    : m_plants(plants), m_audit(std::move(audit)), m_time(std::move(time))
+{
+}
+
+const WriteRecord* WriteDesk::find(const QString& id) const
+{
+    const auto found = m_writes.constFind(id);
+    return found == m_writes.constEnd() ? nullptr : &(*found)->record;
+}
+
+WriteDesk::Taken WriteDesk::take(const WriteRequest& request, Settled settled)
+{
+    if (request.id.isEmpty() || request.id.size() > kLongestId)
+        return {Refusal::Senseless,
+                QStringLiteral("\"id\": a text of 1 to %1 characters is expected").arg(kLongestId)};
+    const auto known = m_writes.find(request.id);
+    if (known != m_writes.end()) {
+        if (!isSame((*known)->record.request, request))
+            return {Refusal::OtherContent,
+                    QStringLiteral("another write had the id %1").arg(values::quoted(request.id))};
+        if ((*known)->record.isSettled)
+            settled((*known)->record);
+        else
+            (*known)->waiting.push_back(std::move(settled));
+        return {};
+    }
+    Plant* const plant = m_plants->find(request.plc);
+    if (!plant)
+        return {Refusal::NoSuchPlc,
+                QStringLiteral("there is no PLC %1").arg(values::quoted(request.plc))};
+    return begin(request, plant, std::move(settled));
+}
+
+WriteDesk::Taken WriteDesk::begin(const WriteRequest& request, Plant* plant, Settled settled)
+{
+    const Expected<host::DataPoint> point = plant->find(request.label);
+    if (!point)
+        return {Refusal::Senseless, point.error().text};
+    if (request.isList != (point->elements > 1))
+        return {Refusal::Senseless,
+                point->elements > 1
+                    ? QStringLiteral("a list of %1 values is expected").arg(point->elements)
+                    : QStringLiteral("one value is expected, not a list")};
+    const Expected<QVector<values::Value>> values = valuesOfClient(*point, request.values);
+    if (!values)
+        return {Refusal::Senseless, values.error().text};
+
+    auto kept = std::make_shared<Kept>();
+    kept->record.request = request;
+    kept->record.value = valueText(*point, *values);
+    kept->record.old =
+        request.oldText.isNull() ? knownValue(*plant, *point) : request.oldText.toUtf8();
+    kept->waiting.push_back(std::move(settled));
+    m_writes.insert(request.id, kept);
+    m_order.push_back(request.id);
+    forgetOld();
+
+    QString obstacle = plant->writeObstacle(*point, *values);
+    if (obstacle.isEmpty() && plant->openWrites() >= kMostOpen)
+        obstacle = QStringLiteral("too many writes are under way");
+    if (obstacle.isEmpty() && !audit(kept->record, AuditRecord::Requested))
+        obstacle =
+            QStringLiteral("the audit cannot be written, so nothing is: %1").arg(m_auditError);
+    if (!obstacle.isEmpty()) {
+        settle(request.id, WriteOutcome::notSent(obstacle, m_time()));
+        return {};
+    }
+    // A PLC may end behind the desk, and settles then what is open.
+    plant->write(*point, *values,
+                 [desk = weak_from_this(), id = request.id,
+                  target = *point](const host::TransferOutcome& ending) {
+                     if (const std::shared_ptr<WriteDesk> there = desk.lock())
+                         there->settle(id, outcomeOf(target, ending, there->m_time()));
+                 });
+    return {};
+}
+
+void WriteDesk::settle(const QString& id, const WriteOutcome& outcome)
+{
+    const std::shared_ptr<Kept> kept = m_writes.value(id);
+    if (!kept || kept->record.isSettled)
+        return;
+    kept->record.isSettled = true;
+    kept->record.outcome = outcome;
+    ++m_counts[outcome.kind];
+    static_cast<void>(audit(kept->record, AuditRecord::Outcome));
+    const std::vector<Settled> waiting = std::exchange(kept->waiting, {});
+    for (const Settled& settled : waiting)
+        settled(kept->record);
+}
+
+bool WriteDesk::audit(const WriteRecord& record, AuditRecord::Phase phase)
+{
+    AuditRecord line;
+    line.time = m_time();
+    line.phase = phase;
+    line.user = record.request.user;
+    line.address = record.request.address;
+    line.plc = record.request.plc;
+    line.label = record.request.label;
+    line.oldValue = textOrNull(record.old);
+    line.newValue = textOrNull(record.value);
+    line.id = record.request.id;
+    if (phase == AuditRecord::Outcome) {
+        line.outcome = QLatin1String(outcomeWord(record.outcome.kind));
+        line.reason = record.outcome.reason;
+    }
+    const Expected<void> written = m_audit(line);
+    m_auditError = written ? QString() : written.error().text;
+    return bool(written);
+}
+
+/// Writes under way stay.
+void WriteDesk::forgetOld()
+{
+    while (int(m_order.size()) > kMostKept && m_writes.value(m_order.front())->record.isSettled) {
+        m_writes.remove(m_order.front());
+        m_order.pop_front();
+    }
+}
+
+} // namespace plc::panel

@@ -1,0 +1,139 @@
+#include "exchange/flat_json.h"
+#include "panel/api/api_routes.h"
+#include "panel/api/json_text.h"
+
+namespace plc::panel {
+namespace {
+
+using exchange::FlatJson;
+using exchange::JsonItem;
+
+/// A text that must be there.
+Expected<QString> textMember(const FlatJson& json, const char* key)
+{
+    const JsonItem* item = json.member(key);
+    const QString* text = item && !item->isList && item->values.size() == 1
+                              ? std::get_if<QString>(&item->values.first())
+                              : nullptr;
+    if (!text)
+        return Error{QStringLiteral("\"%1\": a text is expected").arg(QLatin1String(key))};
+    return *text;
+}
+
+QString jsonOf(const JsonItem& item)
+{
+    QStringList texts;
+    for (const values::Value& value : item.values)
+        texts.append(values::valueJson(value));
+    const QString text = texts.join(QLatin1Char(','));
+    return item.isList ? QLatin1Char('[') + text + QLatin1Char(']') : text;
+}
+
+Expected<WriteRequest> requestOf(const Request& request)
+{
+    const Expected<FlatJson> json = exchange::parseFlatJson(request.body);
+    if (!json)
+        return json.error();
+    for (const exchange::JsonMember& member : json->members) {
+        if (!QStringList{QStringLiteral("id"), QStringLiteral("plc"), QStringLiteral("label"),
+                         QStringLiteral("value"), QStringLiteral("old")}
+                 .contains(member.key))
+            return Error{QStringLiteral("%1: not known; id, plc, label, value and old are")
+                             .arg(values::jsonText(member.key))};
+    }
+    const Expected<QString> id = textMember(*json, "id");
+    const Expected<QString> plc = textMember(*json, "plc");
+    const Expected<QString> label = textMember(*json, "label");
+    for (const Expected<QString>* text : {&id, &plc, &label}) {
+        if (!*text)
+            return text->error();
+    }
+    const JsonItem* value = json->member("value");
+    if (!value || value->values.isEmpty())
+        return Error{QStringLiteral("\"value\": a value is expected")};
+    WriteRequest write;
+    write.id = *id;
+    write.plc = *plc;
+    write.label = *label;
+    write.values = value->values;
+    write.isList = value->isList;
+    if (const JsonItem* old = json->member("old"); old && !old->values.isEmpty())
+        write.oldText = jsonOf(*old);
+    write.user = request.caller.user;
+    write.address = request.caller.address;
+    return write;
+}
+
+QByteArray recordText(const WriteRecord& record)
+{
+    QByteArray json = "{";
+    appendMember("id", record.request.id, &json);
+    appendMember("plc", record.request.plc, &json);
+    appendMember("label", record.request.label, &json);
+    appendKey("value", &json);
+    json.append(record.value);
+    appendKey("old", &json);
+    json.append(record.old.isEmpty() ? QByteArray("null") : record.old);
+    if (!record.isSettled) {
+        appendMember("outcome", QStringLiteral("pending"), &json);
+        return json.append("}\n");
+    }
+    appendMember("outcome", QLatin1String(outcomeWord(record.outcome.kind)), &json);
+    appendKey("status", &json);
+    if (record.outcome.status < 0)
+        json.append("null");
+    else
+        appendNumber(record.outcome.status, &json);
+    appendMember("reason", record.outcome.reason, &json);
+    appendMember("time", record.outcome.time, &json);
+    return json.append("}\n");
+}
+
+void write(const ApiContext& context, const Request& request, const Responder& respond)
+{
+    const Expected<WriteRequest> wanted = requestOf(request);
+    if (!wanted) {
+        respond(badRequest(wanted.error().text));
+        return;
+    }
+    const WriteDesk::Taken taken = context.writes->take(
+        *wanted,
+        [respond](const WriteRecord& record) { respond(Response::json(recordText(record))); });
+    switch (taken.refusal) {
+        case WriteDesk::Refusal::None:
+            return;
+        case WriteDesk::Refusal::Senseless:
+            respond(badRequest(taken.reason));
+            return;
+        case WriteDesk::Refusal::NoSuchPlc:
+            respond(notFound(taken.reason));
+            return;
+        case WriteDesk::Refusal::OtherContent:
+            respond(Response::error(409, taken.reason));
+            return;
+    }
+}
+
+void showWrite(const ApiContext& context, const Request& request, const Responder& respond)
+{
+    const WriteRecord* record =
+        context.writes->find(request.parameters.value(QStringLiteral("id")));
+    if (record)
+        respond(Response::json(recordText(*record)));
+    else
+        respond(notFound(QStringLiteral("there is no write of this id")));
+}
+
+} // namespace
+
+QVector<Route> writeRoutes(const ApiContext& context)
+{
+    return {
+        {Method::Post, "/api/v1/writes", Role::Operator, Route::Changes, "Write a value",
+         onPlants(context, &write)},
+        {Method::Get, "/api/v1/writes/{id}", Role::Operator, Route::Reads, "How a write ended",
+         onPlants(context, &showWrite)},
+    };
+}
+
+} // namespace plc::panel

@@ -1,0 +1,158 @@
+#include "panel/config/settings.h"
+
+#include <QtCore/QFileInfo>
+
+#include "configuration/field_readers.h"
+#include "configuration/listen_address.h"
+#include "configuration/service_paths.h"
+#include "panel/config/plc_reader.h"
+#include "project/json_document.h"
+#include "project/json_node.h"
+#include "streams/input_file.h"
+#include "values/nearest_name.h"
+
+namespace plc::panel {
+
+using project::JsonNode;
+
+namespace {
+
+constexpr streams::InputFileKind kConfiguration = {"a configuration", qint64(16) * 1024 * 1024,
+                                                   "a configuration has less"};
+constexpr qint64 kSmallestRecord = qint64(1024) * 1024; // bytes
+constexpr qint64 kDay = qint64(24) * 60 * 60 * 1000;    // ms
+constexpr qint64 kMostDays = 36500;
+
+void readListen(const JsonNode& node, PanelSettings* settings)
+{
+    const auto found = configuration::parseListenAddress(node.text());
+    if (!found) {
+        node.failExpecting(QStringLiteral("an address with a port, such as 127.0.0.1:8080"));
+        return;
+    }
+    settings->address = found->address;
+    settings->port = found->port;
+}
+
+void readTls(const JsonNode& node, PanelSettings* settings)
+{
+    node.checkKeys({"certificate", "key"}, {});
+    settings->certificate = configuration::readPath(node.member("certificate"));
+    settings->key = configuration::readPath(node.member("key"));
+}
+
+/// Days, for longer than the other durations of a configuration.
+qint64 readDays(const JsonNode& node)
+{
+    const QString text = node.text();
+    bool ok = false;
+    const qint64 days = text.endsWith(QLatin1Char('d')) ? text.chopped(1).toLongLong(&ok) : 0;
+    if (!ok || days < 1 || days > kMostDays)
+        node.failExpecting(QStringLiteral("a number of days such as \"400d\""));
+    return days * kDay;
+}
+
+RecordSettings readRecord(const JsonNode& node)
+{
+    RecordSettings record;
+    node.checkKeys({"file"}, {"size", "age"});
+    record.file = configuration::readPath(node.member("file"));
+    if (node.has("size"))
+        record.size = configuration::readSize(node.member("size"), kSmallestRecord);
+    if (node.has("age"))
+        record.age = readDays(node.member("age"));
+    return record;
+}
+
+void readFiles(const JsonNode& root, PanelSettings* settings)
+{
+    if (root.has("users"))
+        settings->usersFile = configuration::readPath(root.member("users"));
+    if (root.has("audit"))
+        settings->auditFile = configuration::readPath(root.member("audit"));
+    if (root.has("record"))
+        settings->record = readRecord(root.member("record"));
+    if (root.has("recipes"))
+        settings->recipes = configuration::readPath(root.member("recipes"));
+}
+
+PanelSettings readSettings(const JsonNode& root)
+{
+    PanelSettings settings;
+    root.checkKeys({"plcs"}, {"$schema", "listen", "socket", "tls", "users", "audit", "record",
+                              "readOnly", "recipes"});
+    if (!root.errors()->isEmpty())
+        return settings;
+    if (root.has("listen"))
+        readListen(root.member("listen"), &settings);
+    if (root.has("socket"))
+        settings.socket = configuration::readSocketPath(root.member("socket"));
+    if (root.has("tls"))
+        readTls(root.member("tls"), &settings);
+    readFiles(root, &settings);
+    if (root.has("readOnly"))
+        settings.isReadOnly = root.member("readOnly").boolean();
+    settings.plcs = readPlcs(root.member("plcs"));
+    return settings;
+}
+
+void resolvePaths(const QString& folder, PanelSettings* settings)
+{
+    for (QString* path :
+         {&settings->socket, &settings->certificate, &settings->key, &settings->usersFile,
+          &settings->auditFile, &settings->record.file, &settings->recipes})
+        *path = configuration::resolvedPath(*path, folder);
+    for (PlcSettings& plc : settings->plcs)
+        plc.project = configuration::resolvedPath(plc.project, folder);
+}
+
+} // namespace
+
+Expected<PanelSettings> loadSettings(const QString& path)
+{
+    const Expected<QByteArray> json = streams::readInputFile(path, kConfiguration);
+    if (!json)
+        return json.error();
+    Expected<PanelSettings> settings = parseSettings(*json, path);
+    if (settings)
+        resolvePaths(QFileInfo(path).absolutePath(), &*settings);
+    return settings;
+}
+
+Expected<PanelSettings> parseSettings(const QByteArray& json, const QString& name)
+{
+    if (const Expected<void> isGood = streams::checkInputSize(json, name, kConfiguration); !isGood)
+        return isGood.error();
+    const Expected<project::JsonDocument> document = project::JsonDocument::parse(json);
+    if (!document)
+        return Error{QStringLiteral("%1: %2").arg(name, document.error().text)};
+    project::DocumentErrors errors(name);
+    PanelSettings settings = readSettings(JsonNode(document->root(), &errors));
+    if (!errors.isEmpty())
+        return Error{errors.first()};
+    return settings;
+}
+
+Expected<QVector<PlcSettings>> plcsOfProjects(const QStringList& projects)
+{
+    QVector<PlcSettings> plcs;
+    for (const QString& project : projects) {
+        PlcSettings plc;
+        plc.project = project;
+        plc.name = QFileInfo(project).completeBaseName();
+        for (const PlcSettings& other : std::as_const(plcs)) {
+            if (other.name == plc.name)
+                return Error{QStringLiteral("%1 and %2 would both be called %3; a configuration "
+                                            "file gives them names")
+                                 .arg(other.project, project, values::quoted(plc.name))};
+        }
+        plcs.append(plc);
+    }
+    if (plcs.size() > kMostPlcs)
+        return Error{QStringLiteral("%1 projects are given, %2 at most are served")
+                         .arg(plcs.size())
+                         .arg(kMostPlcs)};
+    return plcs;
+}
+
+} // namespace plc::panel

@@ -1,0 +1,269 @@
+#include "panel/plants/plant.h"
+
+#include <QtCore/QFileInfo>
+#include <QtCore/QSet>
+
+#include <utility>
+
+#include "project/label_expansion.h"
+#include "project/label_syntax.h"
+#include "setup/runtime_settings.h"
+#include "values/nearest_name.h"
+
+namespace plc::panel {
+namespace {
+
+constexpr int kSecond = 1000; // ms
+/// Of one PLC; more than this no pass would read in a useful time.
+constexpr int kMostRecorded = 100000;
+
+/// A label as it is spelt everywhere: subscripts as plain numbers.
+QString spelt(const QString& label)
+{
+    const Expected<QVector<project::LabelPart>> parts = project::parseLabel(label);
+    if (!parts || project::isPattern(*parts))
+        return label;
+    const Expected<QStringList> labels = project::expandPattern(*parts, 1);
+    return labels ? labels->value(0, label) : label;
+}
+
+qint64 wallClock()
+{
+    return QDateTime::currentMSecsSinceEpoch();
+}
+
+} // namespace
+
+Plant::Plant(const PlcSettings& settings, bool isReadOnly, PlantListener* listener)
+    : m_settings(settings), m_isReadOnly(isReadOnly), m_listener(listener)
+{
+    m_link.since = wallClock();
+    m_exchange.setSingleShot(true);
+    m_exchange.setInterval(0);
+    QObject::connect(&m_exchange, &QTimer::timeout, &m_exchange, [this] { readWanted(); });
+    QObject::connect(&m_seconds, &QTimer::timeout, &m_seconds, [this] { passSecond(); });
+}
+
+Plant::~Plant() = default;
+
+Expected<std::unique_ptr<Plant>> Plant::create(const PlcSettings& settings, bool isReadOnly,
+                                               const QString& driver, PlantListener* listener)
+{
+    std::unique_ptr<Plant> plant(new Plant(settings, isReadOnly, listener));
+    if (const Expected<void> prepared = plant->prepare(driver); !prepared)
+        return Error{
+            QStringLiteral("PLC %1: %2").arg(values::quoted(settings.name), prepared.error().text)};
+    return plant;
+}
+
+Expected<void> Plant::prepare(const QString& driver)
+{
+    m_projectTime = QFileInfo(m_settings.project).lastModified();
+    Expected<project::Project> project = project::loadProject(m_settings.project);
+    if (!project)
+        return project.error();
+    m_project = std::move(*project);
+    m_project.address = m_settings.address.value_or(m_project.address);
+    m_project.port = m_settings.port.value_or(m_project.port);
+
+    const Expected<host::DriverLibrary> library = host::DriverLibrary::loadCopy(driver);
+    if (!library)
+        return library.error();
+    m_library = *library;
+    host::RuntimeSettings settings =
+        setup::runtimeSettings(m_project.settings, m_settings.cycleTime);
+    settings.readOnly = isReadOnly();
+    m_runtime = std::make_unique<host::Runtime>(m_library->functions(), settings, m_project,
+                                                static_cast<host::RuntimeListener*>(this));
+    m_tcp =
+        std::make_unique<host::TcpLink>(&m_runtime->session(), m_project.address, m_project.port);
+
+    const Expected<QVector<host::DataPoint>> recorded = recordedPoints();
+    if (!recorded)
+        return recorded.error();
+    for (const host::DataPoint& point : *recorded)
+        m_recorded.append(m_wanted.want(point));
+    if (m_settings.writable) {
+        Expected<WriteRules> rules =
+            WriteRules::make(*m_settings.writable, m_project, m_runtime->points());
+        if (!rules)
+            return rules.error();
+        m_rules = std::move(*rules);
+    }
+    return {};
+}
+
+Expected<QVector<host::DataPoint>> Plant::recordedPoints() const
+{
+    QVector<host::DataPoint> points;
+    QSet<QString> known;
+    const auto add = [&](const Expected<host::DataPoint>& point) -> Expected<void> {
+        if (!point)
+            return point.error();
+        if (known.contains(point->text))
+            return {};
+        if (points.size() == kMostRecorded)
+            return Error{QStringLiteral("more than %1 values are recorded; name fewer labels")
+                             .arg(kMostRecorded)};
+        known.insert(point->text);
+        points.append(*point);
+        return {};
+    };
+    project::LabelExpander expander(m_project);
+    for (const QString& text : m_settings.record) {
+        const Expected<QStringList> labels = expander.expand(text);
+        if (!labels)
+            return labels.error();
+        for (const QString& label : *labels) {
+            if (const Expected<void> added = add(find(label)); !added)
+                return added.error();
+        }
+    }
+    if (!m_settings.record.isEmpty())
+        return points;
+    for (const project::CyclicLabel& label : m_project.cyclic) {
+        const Expected<void> added =
+            add(m_runtime->points().find(label.label, label.elements, label.station));
+        if (!added)
+            return added.error();
+    }
+    return points;
+}
+
+bool Plant::isAs(const PlcSettings& settings, bool isReadOnly) const
+{
+    return isReadOnly == m_isReadOnly && isSame(settings, m_settings) &&
+           QFileInfo(m_settings.project).lastModified() == m_projectTime;
+}
+
+QString Plant::address() const
+{
+    return QStringLiteral("%1:%2").arg(m_project.address).arg(m_project.port);
+}
+
+void Plant::start()
+{
+    readWanted();
+    m_seconds.start(kSecond);
+    m_tcp->start();
+}
+
+void Plant::stop()
+{
+    m_seconds.stop();
+    m_tcp->stop();
+}
+
+Expected<host::DataPoint> Plant::find(const QString& text) const
+{
+    const int star = int(text.lastIndexOf(QLatin1Char('*')));
+    return m_runtime->points().find(star < 0 ? spelt(text)
+                                             : spelt(text.left(star)) + text.mid(star));
+}
+
+int Plant::want(const host::DataPoint& point)
+{
+    const int slot = m_wanted.want(point);
+    m_exchange.start();
+    return slot;
+}
+
+void Plant::release(int slot)
+{
+    m_wanted.release(slot, m_tcp->now());
+}
+
+const LiveValue& Plant::value(int slot) const
+{
+    static const LiveValue kUnknown;
+    return m_live.has(slot) ? m_live.value(slot) : kUnknown;
+}
+
+bool Plant::isWritable(const host::DataPoint& point) const
+{
+    return !isReadOnly() && m_rules.isWritable(point);
+}
+
+QString Plant::writeObstacle(const host::DataPoint& point,
+                             const QVector<values::Value>& values) const
+{
+    return isReadOnly() ? QStringLiteral("the PLC is read-only here")
+                        : m_rules.obstacle(point, values);
+}
+
+void Plant::write(const host::DataPoint& point, const QVector<values::Value>& values,
+                  host::WriteSettled settled)
+{
+    m_runtime->write(point, values, m_tcp->now(), std::move(settled));
+    m_tcp->pump();
+}
+
+void Plant::readOnce(const host::DataPoint& point, host::ReadSettled settled)
+{
+    m_runtime->readOnce(point, m_tcp->now(), std::move(settled));
+    m_tcp->pump();
+}
+
+void Plant::readWanted()
+{
+    if (!m_wanted.takeChange())
+        return;
+    m_rows = m_wanted.used();
+    QVector<host::DataPoint> points;
+    points.reserve(m_rows.size());
+    for (const int slot : std::as_const(m_rows))
+        points.append(m_wanted.point(slot));
+    m_runtime->readCyclically(points, m_tcp->now());
+    m_tcp->pump();
+}
+
+void Plant::sample()
+{
+    m_wasSampled = true;
+    m_listener->sampled(this,
+                        m_live.sample(m_runtime->values(), m_rows, m_tcp->now(), wallClock()));
+}
+
+/// What no pass shows: values that become stale, and what came of a pass that takes long.
+void Plant::passSecond()
+{
+    if (!std::exchange(m_wasSampled, false)) {
+        sample();
+        m_wasSampled = false;
+    }
+    for (const int slot : m_wanted.expire(m_tcp->now()))
+        m_live.forget(slot);
+    readWanted();
+}
+
+/// A PLC that cannot be reached is down, however often it is tried again.
+void Plant::linkChanged(host::LinkState state, const QString& reason, int retryDelay)
+{
+    Q_UNUSED(retryDelay)
+    if (state == host::LinkState::Connecting)
+        return;
+    const PlcLink::State now = state == host::LinkState::Up ? PlcLink::Up : PlcLink::Down;
+    m_passEndedAt = -1;
+    m_lastPasses = m_runtime->session().passes();
+    if (now == m_link.state && reason == m_link.reason)
+        return;
+    if (now != m_link.state)
+        m_link.since = wallClock();
+    m_link.state = now;
+    m_link.reason = now == PlcLink::Up ? QString() : reason;
+    m_listener->linkChanged(this);
+}
+
+void Plant::requestSettled()
+{
+    const int passes = m_runtime->session().passes();
+    if (passes == m_lastPasses)
+        return;
+    m_lastPasses = passes;
+    const qint64 now = m_tcp->now();
+    m_passTime = m_passEndedAt < 0 ? m_passTime : now - m_passEndedAt;
+    m_passEndedAt = now;
+    sample();
+}
+
+} // namespace plc::panel

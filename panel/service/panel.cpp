@@ -1,0 +1,180 @@
+#include "panel/service/panel.h"
+
+#include <QtCore/QDateTime>
+
+#include "panel/api/api_routes.h"
+#include "panel/service/page_routes.h"
+#include "values/nearest_name.h"
+
+namespace plc::panel {
+namespace {
+
+constexpr int kSecond = 1000; // ms
+
+qint64 wallClock()
+{
+    return QDateTime::currentMSecsSinceEpoch();
+}
+
+ServerSettings serverSettings(const PanelSettings& settings)
+{
+    ServerSettings server;
+    server.address = settings.address;
+    server.port = settings.port;
+    server.certificate = settings.certificate;
+    server.key = settings.key;
+    server.socket = settings.socket;
+    return server;
+}
+
+} // namespace
+
+Panel::Panel(const PanelSettings& settings, const QString& driver, const QString& version, Log log)
+    : m_settings(settings),
+      m_driver(driver),
+      m_version(version),
+      m_log(std::move(log)),
+      m_subscriptions(&m_plants, &wallClock),
+      m_owner(std::make_unique<QObject>())
+{
+    m_writes = std::make_shared<WriteDesk>(
+        &m_plants,
+        [this](const AuditRecord& record) {
+            return m_audit ? m_audit->append(record) : Expected<void>();
+        },
+        &wallClock);
+    QObject::connect(&m_seconds, &QTimer::timeout, &m_seconds, [this] { passSecond(); });
+}
+
+/// First whoever asks, then what is under way, which PLCs settle when they end.
+Panel::~Panel()
+{
+    m_server.reset();
+    m_owner.reset();
+    m_seconds.stop();
+    m_subscriptions.clear();
+    for (const std::unique_ptr<Plant>& plant : m_plants)
+        plant->stop();
+    m_plants.takeAll();
+}
+
+Expected<void> Panel::prepare()
+{
+    const bool hasUsers = !m_settings.usersFile.isEmpty();
+    if (!m_settings.address.isEmpty()) {
+        const Expected<void> mayListen =
+            checkListening(m_settings.address, !m_settings.certificate.isEmpty(), hasUsers);
+        if (!mayListen)
+            return mayListen.error();
+    }
+    AccessSettings access;
+    access.users = m_settings.usersFile;
+    access.isEncrypted = !m_settings.certificate.isEmpty();
+    Expected<std::unique_ptr<Access>> opened = Access::open(access);
+    if (!opened)
+        return opened.error();
+    m_access = std::move(*opened);
+    m_guard = std::make_unique<AccessGuard>(m_access.get(), QStringList{m_settings.address},
+                                            m_settings.isReadOnly);
+    for (const PlcSettings& settings : m_settings.plcs) {
+        Expected<std::unique_ptr<Plant>> plant =
+            Plant::create(settings, m_settings.isReadOnly, m_driver, this);
+        if (!plant)
+            return plant.error();
+        m_plants.add(std::move(*plant));
+    }
+    return {};
+}
+
+ApiContext Panel::context()
+{
+    ApiContext context;
+    context.plants = &m_plants;
+    context.subscriptions = &m_subscriptions;
+    context.writes = m_writes.get();
+    context.access = m_access.get();
+    context.time = &wallClock;
+    context.post = [owner = m_owner.get()](std::function<void()> work) {
+        QMetaObject::invokeMethod(owner, std::move(work), Qt::QueuedConnection);
+    };
+    context.version = m_version;
+    context.isReadOnly = m_settings.isReadOnly;
+    context.auditFile = m_settings.auditFile;
+    return context;
+}
+
+Expected<void> Panel::start()
+{
+    if (!m_settings.auditFile.isEmpty()) {
+        Expected<std::unique_ptr<AuditLog>> audit =
+            AuditLog::open(m_settings.auditFile, wallClock());
+        if (!audit)
+            return audit.error();
+        m_audit = std::move(*audit);
+    }
+    Expected<std::unique_ptr<Server>> server = Server::start(
+        serverSettings(m_settings), apiRoutes(context()) + pageRoutes(), m_guard.get());
+    if (!server)
+        return server.error();
+    m_server = std::move(*server);
+    for (const std::unique_ptr<Plant>& plant : m_plants)
+        plant->start();
+    m_seconds.start(kSecond);
+    return {};
+}
+
+void Panel::readAgain()
+{
+    const Expected<void> reloaded = m_access->reload();
+    m_log(reloaded ? QStringLiteral("the users were read again")
+                   : QStringLiteral("the users stay as they were: %1").arg(reloaded.error().text));
+    if (!m_audit)
+        return;
+    if (const Expected<void> reopened = m_audit->reopen(wallClock()); !reopened)
+        m_log(QStringLiteral("the audit file stays as it was: %1").arg(reopened.error().text));
+}
+
+QString Panel::address() const
+{
+    if (m_settings.address.isEmpty())
+        return {};
+    const QString host = m_settings.address.contains(QLatin1Char(':'))
+                             ? QStringLiteral("[%1]").arg(m_settings.address)
+                             : m_settings.address;
+    return QStringLiteral("%1://%2:%3/")
+        .arg(m_settings.certificate.isEmpty() ? QStringLiteral("http") : QStringLiteral("https"),
+             host)
+        .arg(m_server->port());
+}
+
+QString Panel::status() const
+{
+    int up = 0;
+    for (const std::unique_ptr<Plant>& plant : m_plants)
+        up += plant->link().state == PlcLink::Up ? 1 : 0;
+    return QStringLiteral("%1 of %2 PLCs up, %3 streams")
+        .arg(up)
+        .arg(m_plants.size())
+        .arg(m_subscriptions.streams());
+}
+
+void Panel::sampled(Plant* plant, const QVector<int>& changed)
+{
+    m_subscriptions.sampled(plant, changed);
+}
+
+void Panel::linkChanged(Plant* plant)
+{
+    const PlcLink& link = plant->link();
+    m_log(link.state == PlcLink::Up
+              ? QStringLiteral("PLC %1: connected").arg(values::quoted(plant->name()))
+              : QStringLiteral("PLC %1: %2").arg(values::quoted(plant->name()), link.reason));
+    m_subscriptions.linkChanged(plant);
+}
+
+void Panel::passSecond()
+{
+    m_subscriptions.passSecond();
+}
+
+} // namespace plc::panel

@@ -1,0 +1,65 @@
+#ifndef PLC_PANEL_SERVICE_PANEL_H
+#define PLC_PANEL_SERVICE_PANEL_H
+
+#include <QtCore/QObject>
+#include <QtCore/QTimer>
+
+#include <memory>
+
+#include "panel/access/access.h"
+#include "panel/access/access_guard.h"
+#include "panel/access/audit_log.h"
+#include "panel/api/api_context.h"
+#include "panel/config/settings.h"
+#include "panel/http/server.h"
+#include "panel/plants/plants.h"
+
+namespace plc::panel {
+
+/// All of a panel that runs: PLCs, what follows them, and the server. Lives in one thread with an
+/// event loop, to which the server's thread posts what concerns PLCs.
+class Panel : private PlantListener {
+public:
+    using Log = std::function<void(const QString&)>;
+
+    Panel(const PanelSettings& settings, const QString& driver, const QString& version, Log log);
+    ~Panel() override;
+
+    /// Reads projects and files, and loads the driver for each PLC. Nothing is connected yet.
+    Expected<void> prepare();
+    /// Connects the PLCs and listens.
+    Expected<void> start();
+    /// Reads again who may log in, and goes on with a new audit file.
+    void readAgain();
+
+    const Plants& plants() const { return m_plants; }
+    /// "http://127.0.0.1:8080/"; empty without TCP.
+    QString address() const;
+    /// One line for those who ask how the panel does.
+    QString status() const;
+
+private:
+    void sampled(Plant* plant, const QVector<int>& changed) override;
+    void linkChanged(Plant* plant) override;
+    void passSecond();
+    ApiContext context();
+
+    const PanelSettings m_settings;
+    const QString m_driver;
+    const QString m_version;
+    const Log m_log;
+    std::unique_ptr<Access> m_access;
+    std::unique_ptr<AccessGuard> m_guard;
+    std::unique_ptr<AuditLog> m_audit;
+    // What stands first ends last: PLCs settle what is open when they end.
+    Plants m_plants;
+    Subscriptions m_subscriptions;
+    std::shared_ptr<WriteDesk> m_writes;
+    QTimer m_seconds;
+    std::unique_ptr<QObject> m_owner; ///< Receives what the server's thread posts.
+    std::unique_ptr<Server> m_server;
+};
+
+} // namespace plc::panel
+
+#endif
