@@ -93,6 +93,34 @@ TEST_F(LogOptionsTest, AnExportNeedsNoProject)
               complaint({"--export", "a.db", "-o", "a.csv", "--every", "1s"}));
 }
 
+TEST_F(LogOptionsTest, AnExportHasAFormatAndARange)
+{
+    const LogOptions options =
+        log({"--export", "a.db", "-o", "a.txt", "--format", "influx", "--from",
+             "2026-11-21T06:00:00Z", "--to", "2026-11-21T08:00:00+01:00"});
+    EXPECT_EQ("influx", options.format);
+    EXPECT_EQ("--format takes csv, influx, postgresql, openmetrics or prometheus, not \"xml\"",
+              complaint({"--export", "a.db", "-o", "a.csv", "--format", "xml"}));
+    EXPECT_EQ("--from takes a time such as 2026-11-21T06:00:00Z, not \"2026-11-21T06:00:00\"",
+              complaint({"--export", "a.db", "-o", "a.csv", "--from", "2026-11-21T06:00:00"}));
+    EXPECT_EQ("--to has no meaning without --export",
+              complaint({"-o", "a.csv", "--to", "2026-11-21T06:00:00Z"}));
+    EXPECT_EQ("--export writes a .csv file, not \"a.txt\"",
+              complaint({"--export", "a.db", "-o", "a.txt"}));
+}
+
+TEST_F(LogOptionsTest, AConversionMakesADatabaseAndNeedsNoProject)
+{
+    qunsetenv("PLC_PROJECT");
+    EXPECT_EQ("a.csv", log({"--convert", "a.csv", "-o", "a.db", "--every", "10s"}).converted);
+    EXPECT_EQ("--convert makes a database, not \"b.csv\"",
+              complaint({"--convert", "a.db", "-o", "b.csv"}));
+    EXPECT_EQ("--convert takes the whole log; leave out the labels",
+              complaint({"--convert", "a.csv", "-o", "a.db", "A.x"}));
+    EXPECT_EQ("--export and --convert do not go together",
+              complaint({"--convert", "a.db", "--export", "a.db", "-o", "b.csv"}));
+}
+
 } // namespace
 } // namespace test
 } // namespace plc::cli

@@ -23,6 +23,139 @@ TEST_F(RecorderTest, WhatWasAppendedIsReadInItsRange)
     EXPECT_EQ((Sample{1300, Quality::Gap, {}}), history->samples[2]);
 }
 
+TEST_F(RecorderTest, AfterTheClockWasSetBackTheLaterRecordHoldsAndNothingIsLost)
+{
+    std::unique_ptr<Recorder> recorder = open(1000);
+    const int a = recorder->series(ofType("P.a", "INT"));
+    const int b = recorder->series(ofType("P.b", "INT"));
+    append(*recorder, {good(a, 1000, "1"), good(b, 1000, "2")}, 1000);
+    append(*recorder, {good(a, 5000, "3")}, 5000);
+    append(*recorder, {good(a, 4000, "4")}, 4000);
+    append(*recorder, {}, 6000);
+    recorder.reset();
+    // Where the later record begins there is a gap of no time.
+    const QVector<Sample> wanted{good(a, 1000, "1").sample, gap(4000), good(a, 4000, "4").sample,
+                                 gap(6000)};
+    EXPECT_EQ(wanted, history(a, 0, 10000).samples);
+    const QVector<Sample> held{good(b, 1000, "2").sample, gap(4000), good(b, 4000, "2").sample,
+                               gap(6000)};
+    EXPECT_EQ(held, history(b, 0, 10000).samples);
+    EXPECT_EQ(Ending::ClockSetBack, runs().first().ending);
+    QVector<Sample> all;
+    const Expected<void> visited = read()->forEachChange(TimeRange(), [&](const Change& change) {
+        if (change.series == a)
+            all.append(change.sample);
+        return true;
+    });
+    ASSERT_TRUE(succeeds(visited));
+    const QVector<Sample> recorded{good(a, 1000, "1").sample, good(a, 5000, "3").sample, gap(5000),
+                                   good(a, 4000, "4").sample, gap(6000)};
+    EXPECT_EQ(recorded, all);
+}
+
+TEST_F(RecorderTest, OnlyADeadbandLeavesChangesOut)
+{
+    std::unique_ptr<Recorder> recorder = open(0);
+    SeriesDescription rough = ofType("P.rough", "SINT");
+    rough.deadband = 3;
+    const int exact = recorder->series(ofType("P.exact", "SINT"));
+    const int few = recorder->series(rough);
+    // 10, 12, 13, 11, 10: at least 3 away from the one recorded before are 13 and the last.
+    qint64 now = 0;
+    for (const char value : QByteArray("\x0a\x0c\x0d\x0b\x0a")) {
+        const QByteArray bytes(1, value);
+        append(*recorder, {good(exact, now, bytes), good(few, now, bytes)}, now);
+        ++now;
+    }
+    append(*recorder, {{few, {100, Quality::Stale, QByteArray(1, 10)}}}, 100);
+    recorder.reset();
+    EXPECT_EQ(6, history(exact, 0, 1000).samples.size());
+    QByteArray values;
+    for (const Sample& sample : history(few, 0, 1000).samples)
+        values += sample.bytes;
+    EXPECT_EQ(QByteArray("\x0a\x0d\x0a\x0a"), values);
+}
+
+TEST_F(RecorderTest, AnotherDescriptionIsAnotherSeriesAndTheSameOneStays)
+{
+    SeriesDescription series = ofType("P.a", "INT");
+    series.source = QStringLiteral("Line 1");
+    series.unit = QStringLiteral("bar");
+    int id = 0;
+    {
+        const std::unique_ptr<Recorder> recorder = open(0);
+        id = recorder->series(series);
+        append(*recorder, {good(id, 0, "1")}, 0);
+    }
+    const std::unique_ptr<Recorder> recorder = open(1000);
+    EXPECT_EQ(id, recorder->series(series));
+    SeriesDescription other = series;
+    other.unit = QStringLiteral("mbar");
+    EXPECT_NE(id, recorder->series(other));
+    append(*recorder, {good(recorder->series(other), 1000, "2")}, 1000);
+    const Expected<QVector<Series>> all = read()->series();
+    ASSERT_TRUE(succeeds(all));
+    ASSERT_EQ(2, all->size());
+    EXPECT_TRUE(all->first().description == series);
+    EXPECT_TRUE(all->last().description == other);
+}
+
+TEST_F(RecorderTest, TwoCannotRecordIntoOneFile)
+{
+    std::unique_ptr<Recorder> first = open(0);
+    EXPECT_FALSE(succeeds(Recorder::open(file, Limits(), 0)));
+    EXPECT_TRUE(error.endsWith(
+        QStringLiteral("a.sqlite: another program is recording into it; name another file")))
+        << error.toStdString();
+    first.reset();
+    EXPECT_TRUE(succeeds(Recorder::open(file, Limits(), 1000)));
+    EXPECT_EQ("a.sqlite", names());
+}
+
+TEST_F(RecorderTest, LastValuesAreThoseOfTheRunThatGoesOn)
+{
+    {
+        const std::unique_ptr<Recorder> recorder = open(0);
+        append(*recorder, {good(recorder->series(ofType("P.old", "INT")), 0, "1")}, 0);
+    }
+    const std::unique_ptr<Recorder> recorder = open(1000);
+    append(*recorder, {good(recorder->series(ofType("P.new", "INT")), 1000, "2")}, 1000);
+    const Expected<QVector<Change>> last = read()->lastValues();
+    ASSERT_TRUE(succeeds(last));
+    ASSERT_EQ(2, last->size());
+    EXPECT_EQ(Quality::Gap, last->first().sample.quality);
+    EXPECT_EQ(good(2, 1000, "2").sample, last->last().sample);
+}
+
+TEST_F(RecorderTest, MoreChangesThanAskedForAreToldAndNotGiven)
+{
+    const std::unique_ptr<Recorder> recorder = open(0);
+    const int a = recorder->series(ofType("P.a", "INT"));
+    append(*recorder, {good(a, 1, "1"), good(a, 2, "2"), good(a, 3, "3")}, 3);
+    EXPECT_TRUE(read()->changes(a, 0, 3, 1)->isCut);
+    EXPECT_FALSE(read()->changes(a, 0, 3, 2)->isCut);
+}
+
+TEST(Aggregates, AreWeightedByTime)
+{
+    // 1 for 2 s, 4 for 3 s, then nothing.
+    const QVector<NumberSample> samples{{0, 1, true}, {2000, 4, true}, {5000, 0, false}};
+    const QVector<Aggregate> one = aggregatesOf(NumberSample(), samples, 0, 10000, 10000);
+    ASSERT_EQ(1, one.size());
+    EXPECT_DOUBLE_EQ(2.8, one[0].mean);
+    EXPECT_DOUBLE_EQ(1, one[0].minimum);
+    EXPECT_DOUBLE_EQ(4, one[0].maximum);
+    EXPECT_DOUBLE_EQ(0.5, one[0].coverage);
+    // The last step is shorter, and what the step before held at its end is no value of the next.
+    const QVector<Aggregate> steps = aggregatesOf({-1, 9, true}, samples, 0, 7000, 2000);
+    ASSERT_EQ(4, steps.size());
+    EXPECT_DOUBLE_EQ(1, steps[0].maximum);
+    EXPECT_DOUBLE_EQ(4, steps[1].minimum);
+    EXPECT_DOUBLE_EQ(0.5, steps[2].coverage);
+    EXPECT_DOUBLE_EQ(0, steps[3].coverage);
+    EXPECT_EQ(6000, steps[3].begin);
+}
+
 } // namespace
 } // namespace test
 } // namespace plc::recorder

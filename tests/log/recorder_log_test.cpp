@@ -1,0 +1,169 @@
+#include "log/recorder_log.h"
+
+#include "log/log_conversion.h"
+#include "log/log_export.h"
+#include "log/sqlite_log.h"
+#include "recorder/reader.h"
+#include "tests/log/log_files.h"
+
+namespace plc::log {
+namespace test {
+namespace {
+
+class RecorderLogTest : public LogFiles {
+protected:
+    RecorderLogTest()
+    {
+        recorder::SeriesDescription series;
+        series.label = QStringLiteral("P.a");
+        series.type = values::findIecType(QStringLiteral("INT"));
+        m_series.insert(series.label, series);
+        series.label = QStringLiteral("P.text");
+        series.type = values::findIecType(QStringLiteral("STRING"));
+        series.stringLength = 10;
+        m_series.insert(series.label, series);
+    }
+
+    std::unique_ptr<RecorderLog> open()
+    {
+        Expected<std::unique_ptr<RecorderLog>> log =
+            RecorderLog::open(file, m_series, [this] { return m_now; });
+        EXPECT_TRUE(succeeds(log)) << error.toStdString();
+        return log ? std::move(*log) : nullptr;
+    }
+    static LogRecord of(qint64 time, const char* label, const QByteArray& bytes)
+    {
+        LogRecord given = record(time, label, "");
+        given.bytes = bytes;
+        return given;
+    }
+    std::string exported(const char* csv)
+    {
+        const Expected<qint64> records = exportLog(file, path(csv), [](qint64, qint64) {});
+        EXPECT_TRUE(succeeds(records)) << error.toStdString();
+        return content(path(csv));
+    }
+    recorder::History history(const QString& recording, int series)
+    {
+        const auto reader = recorder::Reader::open(recording);
+        EXPECT_TRUE(succeeds(reader)) << error.toStdString();
+        const auto found = reader ? (*reader)->changes(series, 0, kStart + 1000000)
+                                  : Expected<recorder::History>(reader.error());
+        EXPECT_TRUE(succeeds(found)) << error.toStdString();
+        return found ? *found : recorder::History();
+    }
+    /// Times behind kStart with the values, gaps as "-".
+    static std::string text(const recorder::History& history)
+    {
+        QStringList texts;
+        for (const recorder::Sample& sample : history.samples) {
+            const bool isGap = sample.quality == recorder::Quality::Gap;
+            texts.append(QStringLiteral("%1 %2")
+                             .arg(sample.time - kStart)
+                             .arg(isGap ? QStringLiteral("-") : QString::fromUtf8(sample.bytes)));
+        }
+        return texts.join(QStringLiteral(", ")).toStdString();
+    }
+
+    const QString file = path("a.sqlite");
+    qint64 m_now = kStart;
+    QHash<QString, recorder::SeriesDescription> m_series;
+};
+
+TEST_F(RecorderLogTest, IsExportedAsTheLogsBeforeInTheOrderOfTime)
+{
+    LogRecord stale = of(1000, "P.a", QByteArray("\xFE\xFF", 2));
+    stale.state = LogState::Stale;
+    LogRecord refused = of(2000, "P.a", {});
+    refused.state = LogState::Refused;
+    std::unique_ptr<RecorderLog> log = open();
+    m_now += 2000;
+    EXPECT_TRUE(succeeds(
+        log->write({of(7, "P.text", "a,b"), of(5, "P.a", QByteArray("\1\0", 2)), stale, refused})));
+    log.reset();
+    EXPECT_EQ(exported("a.csv"),
+              "time,label,value,state\n"
+              "2026-11-21T06:00:00.005Z,P.a,1,fresh\n"
+              "2026-11-21T06:00:00.007Z,P.text,\"'a,b'\",fresh\n"
+              "2026-11-21T06:00:01.000Z,P.a,-2,stale\n"
+              "2026-11-21T06:00:02.000Z,P.a,,refused\n");
+}
+
+TEST_F(RecorderLogTest, WithoutRecordsTheValuesAreKnownToHoldOn)
+{
+    std::unique_ptr<RecorderLog> log = open();
+    EXPECT_TRUE(succeeds(log->write({of(0, "P.a", QByteArray("1 ", 2))})));
+    m_now += 60000;
+    EXPECT_TRUE(succeeds(log->write({})));
+    log.reset();
+    EXPECT_EQ("0 1 , 60000 -", text(history(file, 1)));
+}
+
+TEST_F(RecorderLogTest, LeavesADatabaseAloneThatIsNoRecording)
+{
+    put(file, "this is a letter and no database at all");
+    EXPECT_FALSE(succeeds(RecorderLog::open(file, m_series, [this] { return m_now; })));
+    EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("a.sqlite: file is not a database"));
+    EXPECT_EQ(content(file), "this is a letter and no database at all");
+    EXPECT_EQ(names(), "a.sqlite");
+}
+
+TEST_F(RecorderLogTest, IsMadeOfALogOfVersion1WithAGapWhereThatWasBegunAnew)
+{
+    const QVector<LogRecord> records{record(0, "P.a", "1"),      record(0, "P.b", "'x'"),
+                                     record(1000, "P.a", "2"),   record(9000, "P.a", "2"),
+                                     record(9000, "P.b", "'x'"), record(9500, "P.a", "-3.5")};
+    auto old = SqliteLog::open(path("old.sqlite"));
+    ASSERT_TRUE(succeeds(old));
+    ASSERT_TRUE(succeeds((*old)->write(records)));
+    const auto converted = convertLog(path("old.sqlite"), file, 0, [](qint64, qint64) {});
+    ASSERT_TRUE(succeeds(converted)) << error.toStdString();
+    EXPECT_EQ(6, *converted);
+    EXPECT_EQ("0 1, 1000 2, 1000 -, 9000 2, 9500 -3.5, 9500 -", text(history(file, 1)));
+    EXPECT_EQ("0 'x', 1000 -, 9000 'x', 9500 -", text(history(file, 2)));
+    const auto reader = recorder::Reader::open(file);
+    const auto mean = (*reader)->aggregates(1, kStart, kStart + 10000, 10000);
+    // 1 for 1 s, 2 for 0.5 s; the last value held for no time.
+    EXPECT_DOUBLE_EQ(2.0 / 1.5, mean->first().mean);
+    EXPECT_DOUBLE_EQ(0.15, mean->first().coverage);
+    EXPECT_DOUBLE_EQ(-3.5, mean->first().minimum);
+}
+
+TEST_F(RecorderLogTest, IsMadeOfACsvLogThatWasMadeAtAnInterval)
+{
+    put(path("old.csv"),
+        "time,label,value,state\n"
+        "2026-11-21T06:00:00.000Z,P.a,\"[1, 2]\",fresh\n"
+        "2026-11-21T06:00:10.000Z,P.a,\"[1, 2]\",fresh\n"
+        "2026-11-21T06:00:40.000Z,P.a,\"[1, 2]\",stale\n"
+        "2026-11-21T06:00:5");
+    const auto converted = convertLog(path("old.csv"), file, 10000, [](qint64, qint64) {});
+    ASSERT_TRUE(succeeds(converted)) << error.toStdString();
+    EXPECT_EQ(3, *converted);
+    EXPECT_EQ("0 [1, 2], 10000 [1, 2], 10000 -, 40000 [1, 2], 40000 -", text(history(file, 1)));
+    EXPECT_EQ(exported("a.csv"),
+              "time,label,value,state\n"
+              "2026-11-21T06:00:00.000Z,P.a,\"[1, 2]\",fresh\n"
+              "2026-11-21T06:00:10.000Z,P.a,\"[1, 2]\",fresh\n"
+              "2026-11-21T06:00:40.000Z,P.a,\"[1, 2]\",stale\n");
+}
+
+TEST_F(RecorderLogTest, OfWhatIsNoLogNothingIsMade)
+{
+    put(path("old.csv"), "time,label,value,state\nsoon,P.a,1,fresh\n");
+    EXPECT_FALSE(succeeds(convertLog(path("old.csv"), file, 0, [](qint64, qint64) {})));
+    EXPECT_THAT(error.toStdString(), ::testing::EndsWith("old.csv: line 2: not a record of a log"));
+    EXPECT_EQ(names(), "old.csv");
+}
+
+TEST_F(RecorderLogTest, AConversionReplacesNoFile)
+{
+    put(path("old.csv"), "time,label,value,state\n2026-11-21T06:00:00.000Z,P.a,1,fresh\n");
+    put(file, "mine");
+    EXPECT_FALSE(succeeds(convertLog(path("old.csv"), file, 0, [](qint64, qint64) {})));
+    EXPECT_EQ(content(file), "mine");
+}
+
+} // namespace
+} // namespace test
+} // namespace plc::log
