@@ -27,10 +27,13 @@ build_packages=(cmake ninja-build g++ ccache libsimdjson-dev libsqlite3-dev)
 # What the gateway is built with, and the broker that it is shown with.
 gateway_packages=(pkg-config libmosquitto-dev libprotobuf-dev protobuf-compiler libmicrohttpd-dev libsystemd-dev mosquitto)
 
-# What the panel in the browser is built with.
-panel_packages=(libmicrohttpd-dev libsodium-dev libsystemd-dev)
+# What fetches the packages of the panel's page, and consumes in the tests what the gateway publishes.
+# Node that is not Debian's brings npm along, and Debian's npm does not go with it.
+node_packages=()
+command -v npm >/dev/null || node_packages=(nodejs npm)
 
-# What consumes its messages in the tests. Node that is not Debian's brings npm along, and Debian's npm
-# does not go with it.
-consumer_packages=()
-command -v npm >/dev/null || consumer_packages=(nodejs npm)
+# What the panel in the browser is built with.
+panel_packages=(libmicrohttpd-dev libsodium-dev libsystemd-dev "${node_packages[@]}")
+
+# The browser of its tests, with a font.
+browser_packages=(chromium fonts-dejavu-core)

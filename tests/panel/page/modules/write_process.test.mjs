@@ -74,6 +74,14 @@ test("after a lost answer or a fault of the server it is asked what became of th
   }
 });
 
+test("a request that the browser repeated is pending until the first one's outcome is there", () => {
+  const process = sent();
+  process.answered(200, { outcome: "pending" }, 0);
+  assert.equal(process.state, "missing");
+  process.answered(200, { outcome: "done" }, 1000);
+  assert.equal(process.outcome.outcome, "done");
+});
+
 test("a server that does not know the write may have passed it on: not known", () => {
   const process = sent();
   process.lost(0);

@@ -67,13 +67,15 @@ const ROUTES = {
     standIn.streams.add(response, id, standIn.subscriptions.get(id) ?? []);
   },
   "POST writes": ({ standIn, tell, body, response }) => {
+    // Browsers repeat a request by themselves when its connection breaks.
+    if (standIn.writes.has(body.id)) return tell(200, standIn.writes.get(body.id));
     standIn.sent.push(body);
     const outcome = write(standIn, body);
     standIn.writes.set(body.id, { outcome: "pending" });
     setTimeout(() => {
       standIn.writes.set(body.id, outcome);
       if (!standIn.faults.losesAnswer) tell(200, outcome);
-    }, standIn.faults.delay);
+    }, standIn.faults.delay).unref();
     if (standIn.faults.losesAnswer) setTimeout(() => response.destroy(), 200);
   },
   "GET writes/*": ({ standIn, tell, name }) =>

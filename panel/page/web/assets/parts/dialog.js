@@ -6,8 +6,13 @@ export function Dialog({ title, onClose, children, wide }) {
   const element = useRef(null);
   useLayoutEffect(() => {
     const before = document.activeElement;
-    element.current.showModal();
-    return () => before?.isConnected && before.focus();
+    const dialog = element.current;
+    dialog.showModal();
+    return () => {
+      // While it is open nothing outside takes the focus.
+      dialog.close();
+      if (before?.isConnected) before.focus();
+    };
   }, []);
   const cancel = (event) => {
     event.preventDefault();

@@ -1,5 +1,7 @@
 // One write, from the dialog to its outcome. A write is sent once: when its answer is lost the server
-// is asked what became of it, and what cannot be learnt is told as not known.
+// is asked what became of it, and what cannot be learnt is told as not known. Browsers repeat a request
+// by themselves when a connection breaks before its answer; by the id the server knows it again, and may
+// answer that the outcome is pending.
 //
 //   editing -> asking -> sending -> over
 //                ^  |        |       ^
@@ -56,6 +58,7 @@ export class WriteProcess {
   answered(status, body, now) {
     if (this.state === "over") return;
     if (status === 200 && OUTCOMES[body?.outcome]) return this.#end(body);
+    if (this.state === "sending" && status === 200 && body?.outcome === "pending") return this.lost(now);
     if (this.state === "sending") return this.#requestRefused(status, body, now);
     if (status === 404) {
       // It came never, or came to a server that has begun anew since and may have passed it on.

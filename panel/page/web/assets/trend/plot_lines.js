@@ -13,7 +13,6 @@ export function drawLines(plot, { curves, window, heardUntil, colours }) {
   const { ctx, bbox } = plot;
   const { from, to } = window;
   const ratio = devicePixelRatio;
-  const toX = (time) => bbox.left + ((time - from) / (to - from)) * bbox.width;
   ctx.save();
   ctx.beginPath();
   ctx.rect(bbox.left, bbox.top, bbox.width, bbox.height);
@@ -21,16 +20,14 @@ export function drawLines(plot, { curves, window, heardUntil, colours }) {
   ctx.lineJoin = "bevel";
   const ends = [];
   curves.forEach((curve, i) => {
-    const { min, max } = plot.scales[curve.axis];
-    const toY = (number) => bbox.top + bbox.height - ((number - min) / (max - min)) * bbox.height;
-    const place = { from, to, heardUntil, toX, toY };
+    const isSparse = curve.count(from, to) < SPARSE * bbox.width;
+    const place = { from, to, heardUntil, ...pixels(bbox, window, plot.scales[curve.axis], isSparse ? same : centre) };
     ctx.strokeStyle = ctx.fillStyle = colours.series[i];
     const band = new Path2D();
     curve.drawBand(band, place);
     ctx.globalAlpha = BAND_OPACITY;
     ctx.fill(band);
     ctx.globalAlpha = 1;
-    const isSparse = curve.count(from, to) < SPARSE * bbox.width;
     ctx.lineWidth = isSparse ? LINE_WIDTH * ratio : HAIRLINE;
     ctx.setLineDash(isSparse ? DASHES[i].map((length) => length * ratio) : []);
     const path = new LinePath();
@@ -41,6 +38,17 @@ export function drawLines(plot, { curves, window, heardUntil, colours }) {
   ctx.setLineDash([]);
   drawNumbers(ctx, ends, colours, ratio);
   ctx.restore();
+}
+
+const same = (pixel) => pixel;
+// A hairline between two pixels would be a grey line of two.
+const centre = (pixel) => Math.floor(pixel) + 0.5;
+
+function pixels({ left, top, width, height }, { from, to }, { min, max }, place) {
+  return {
+    toX: (time) => place(left + ((time - from) / (to - from)) * width),
+    toY: (number) => place(top + height - ((number - min) / (max - min)) * height),
+  };
 }
 
 // A path that knows where its line ends.

@@ -1,0 +1,90 @@
+// Login, alarms, recipes.
+
+import assert from "node:assert/strict";
+import { after, before, test } from "node:test";
+
+import { named, openPage, rowOf, shows, standIn, until, withBrowser } from "./support.mjs";
+
+let server;
+withBrowser();
+before(async () => (server = await standIn()));
+after(() => server.stop());
+
+const alarm = { id: "1", plc: "dairy", label: "Plant.mode", text: "The line stands", condition: "is 0", state: "active", since: 1700000000000, ended: null, value: 0, acknowledgedBy: null, acknowledgedAt: null };
+
+test("where users are asked for, nothing is shown before the login", async () => {
+  Object.assign(server.session, { loginRequired: true, user: null, role: null });
+  const page = await openPage(server.address, { hash: named("Plant.mode") });
+  await page.fill("input[name=user]", "erna");
+  await page.fill("input[name=password]", "butter");
+  await page.keyboard.press("Enter");
+  await shows(page.locator(".error"), "User or password is wrong.");
+  assert.equal(await page.locator(".row").count(), 0);
+  await page.fill("input[name=password]", "milk");
+  await page.keyboard.press("Enter");
+  await shows(rowOf(page, "Plant.mode").locator(".mark-word"), "good");
+  await shows(page.locator(".tools .note"), "erna");
+  await page.click("text=Log out");
+  await page.waitForSelector("input[name=password]");
+  await page.end();
+  Object.assign(server.session, { loginRequired: false, user: null, role: "engineer" });
+});
+
+test("alarms come, are acknowledged, end", async () => {
+  const page = await openPage(server.address, { hash: "#alarms" });
+  await shows(page.locator(".empty"), "No alarm is configured.");
+  server.setAlarm(alarm);
+  await shows(page.locator(".alarm .state"), "▲ active");
+  await shows(page.locator(".tab .badge"), "1 active");
+  await page.click("text=Acknowledge >> nth=-1");
+  await shows(page.locator("[data-name=Acknowledged]"), /^local/);
+  server.setAlarm({ ...server.alarms.get("1"), state: "ended", ended: 1700000060000 });
+  await shows(page.locator(".alarm .state"), "ended");
+  await page.click("text=History");
+  await shows(page.locator(".alarm strong"), "The line stands");
+  await page.end();
+});
+
+test("an alarm that has come anew meanwhile is not acknowledged", async () => {
+  server.setAlarm(alarm);
+  const page = await openPage(server.address, { hash: "#alarms" });
+  await shows(page.locator(".alarm .state"), "▲ active");
+  server.alarms.set("1", { ...alarm, since: alarm.since + 1 });
+  await page.click("button:has-text('Acknowledge')");
+  await shows(page.locator(".notice"), "Not acknowledged: That occurrence is over.");
+  await page.end();
+});
+
+test("alarms are not known while the server is not heard", async () => {
+  server.setAlarm(alarm);
+  const page = await openPage(server.address, { hash: "#alarms" });
+  await shows(page.locator(".alarm .state"), "▲ active");
+  server.faults.silent = true;
+  await shows(page.locator(".alarm .state"), "not known");
+  server.faults.silent = false;
+  await shows(page.locator(".alarm .state"), "▲ active");
+  await page.end();
+});
+
+test("a recipe is saved, compared and restored with a report", async () => {
+  const { written } = server.plants.get("dairy");
+  const page = await openPage(server.address, { hash: `${named("Plant.mode", "Plant.interlock", "Totals.note")}`.replace("#values", "#recipes") });
+  await page.click("text=Save the table");
+  await page.fill("input[name=name]", "Morning start");
+  await page.click("dialog button[type=submit]");
+  await shows(page.locator(".list tbody td strong"), "Morning start");
+  written.set("Plant.mode", 1);
+  written.set("Plant.interlock", 9);
+  await page.click("button:has-text('Compare')");
+  await shows(page.locator(".result p"), "2 of 3 differ.");
+  await page.click("button:has-text('Restore')");
+  await shows(page.locator("dialog p"), /^3 values are written to dairy/);
+  await page.click("dialog button:has-text('Restore')");
+  await shows(page.locator(".result p"), "2 written, 1 not written, 0 not known.");
+  await shows(page.locator(".result .outcome-refused"), /The PLC refused it with status 3/);
+  assert.equal(written.get("Plant.mode"), 2);
+  await page.click("button:has-text('Delete')");
+  await page.click("dialog button:has-text('Delete')");
+  await until(async () => (await page.locator(".empty").count()) === 1, "no recipe is left");
+  await page.end();
+});

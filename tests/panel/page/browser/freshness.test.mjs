@@ -1,0 +1,105 @@
+// Nothing that may not hold now looks as if it did.
+
+import assert from "node:assert/strict";
+import { after, before, test } from "node:test";
+
+import { looksFresh, named, openPage, rowOf, shows, standIn, until, withBrowser } from "./support.mjs";
+
+let server;
+withBrowser();
+before(async () => (server = await standIn()));
+after(() => server.stop());
+
+async function withFreshRow(label = "Plant.mode") {
+  const page = await openPage(server.address, { hash: named(label) });
+  const row = rowOf(page, label);
+  await shows(row.locator(".mark-word"), "good");
+  assert.equal(await looksFresh(row), true);
+  return { page, row };
+}
+
+test("a server that falls silent leaves nothing fresh after three seconds", async () => {
+  const { page, row } = await withFreshRow();
+  server.faults.silent = true;
+  await shows(row.locator(".mark-word"), "not known");
+  assert.equal(await looksFresh(row), false);
+  await shows(page.locator(".banner"), /Not connected to the server/);
+  await shows(page.locator(".link-word"), "not known");
+  server.faults.silent = false;
+  await shows(row.locator(".mark-word"), "good");
+  assert.equal(await page.locator(".banner").count(), 0);
+  await page.end();
+});
+
+test("a killed server leaves nothing fresh, and all comes back with it", async () => {
+  const { page, row } = await withFreshRow();
+  const { port } = server;
+  await server.stop();
+  await shows(row.locator(".mark-word"), "not known");
+  assert.equal(await looksFresh(row), false);
+  await server.start(port);
+  await shows(row.locator(".mark-word"), "good");
+  assert.equal(await looksFresh(row), true);
+  await page.end();
+});
+
+test("a computer that slept shows nothing fresh until it has heard of the server anew", async () => {
+  const { page, row } = await withFreshRow();
+  const before = await page.evaluate(() => {
+    window.slept = 3600000;
+    return new Promise((done) => {
+      const look = () => {
+        const word = document.querySelector(".row.value .mark-word").textContent;
+        if (word !== "good") done(word);
+        else requestAnimationFrame(look);
+      };
+      look();
+      setTimeout(() => done("never"), 5000);
+    });
+  });
+  assert.equal(before, "not known");
+  await shows(row.locator(".mark-word"), "good");
+  await page.end();
+});
+
+test("a lost PLC marks its values and no others", async () => {
+  const page = await openPage(server.address, { hash: named("Plant.mode", "store|Store.packs") });
+  const lost = rowOf(page, "Plant.mode");
+  const other = rowOf(page, "Store.packs");
+  await shows(lost.locator(".mark-word"), "good");
+  server.setLink("dairy", "down", "The PLC does not answer.");
+  await shows(lost.locator(".mark-word"), "no link");
+  assert.equal(await looksFresh(lost), false);
+  await shows(page.locator(".link-down .link-word"), "no link");
+  await shows(other.locator(".mark-word"), "good");
+  server.setLink("dairy", "connecting");
+  await shows(page.locator(".link-connecting .link-word"), "connecting");
+  assert.equal(await looksFresh(lost), false);
+  server.setLink("dairy", "up");
+  await shows(lost.locator(".mark-word"), "good");
+  await page.end();
+});
+
+test("stale and refused values carry their word", async () => {
+  const { page, row } = await withFreshRow();
+  server.faults.stale.add("Plant.mode");
+  await shows(row.locator(".mark-word"), "stale");
+  assert.equal(await looksFresh(row), false);
+  server.faults.stale.clear();
+  server.faults.bad.add("Plant.mode");
+  await shows(row.locator(".mark-word"), "bad");
+  assert.equal(await looksFresh(row), false);
+  server.faults.bad.clear();
+  await shows(row.locator(".mark-word"), "good");
+  await page.end();
+});
+
+test("values that stay the same are still young while the PLC confirms them", async () => {
+  const { page, row } = await withFreshRow();
+  const end = Date.now() + 3500;
+  while (Date.now() < end) {
+    assert.match(await row.locator(".cell-age").textContent(), /^[0-2]\.\d s$/);
+    await page.waitForTimeout(200);
+  }
+  await page.end();
+});

@@ -1,0 +1,183 @@
+// The trend: lines, gaps, zoom, pan, cursor, export, and how fast it is drawn.
+
+import assert from "node:assert/strict";
+import { after, before, test } from "node:test";
+import { readFile } from "node:fs/promises";
+
+import { drawn, openPage, shows, standIn, until, withBrowser } from "./support.mjs";
+
+let server;
+withBrowser();
+before(async () => (server = await standIn()));
+after(() => server.stop());
+
+// Columns of the plot in which the last line is, out of a hundred. It is drawn over the others.
+const inked = (page) =>
+  page.locator(".plot canvas").evaluate((canvas) => {
+    const style = getComputedStyle(canvas);
+    const probe = document.createElement("canvas").getContext("2d", { willReadFrequently: true });
+    const count = document.querySelectorAll(".legend li").length;
+    probe.fillStyle = style.getPropertyValue(`--series-${count}`).trim();
+    probe.fillRect(0, 0, 1, 1);
+    const [r, g, b] = probe.getImageData(0, 0, 1, 1).data;
+    const { width, height } = canvas;
+    const { data } = canvas.getContext("2d").getImageData(0, 0, width, height);
+    const columns = new Set();
+    for (let i = 0; i < data.length; i += 4) {
+      const near = Math.abs(data[i] - r) + Math.abs(data[i + 1] - g) + Math.abs(data[i + 2] - b) < 90 && data[i + 3] > 128;
+      if (near) columns.add(Math.floor((((i / 4) % width) / width) * 100));
+    }
+    return [...columns];
+  });
+
+const rangeOf = async (page) => {
+  const fields = new URLSearchParams((await page.evaluate(() => location.hash)).split("?")[1]);
+  return fields.has("from") ? { from: Number(fields.get("from")), to: Number(fields.get("to")) } : null;
+};
+
+test("what was recorded and what comes live are one line, with a gap where nothing was recorded", async () => {
+  const page = await openPage(server.address, { hash: drawn("Plant.lineSpeed") });
+  await until(async () => (await inked(page)).length > 60, "the line is drawn");
+  const columns = await inked(page);
+  // The gap is 5 to 3 minutes ago: in the window of ten minutes from half to seven tenths of the width.
+  assert.ok(columns.includes(20) && columns.includes(90), `drawn in ${columns}`);
+  assert.ok(!columns.includes(58) && !columns.includes(62), `drawn in ${columns}`);
+  await shows(page.locator(".legend .mark-word"), "good");
+  await page.end();
+});
+
+test("the wheel zooms, dragging pans back in time, End is live again", async () => {
+  const page = await openPage(server.address, { hash: drawn("Plant.lineSpeed") });
+  await until(async () => (await inked(page)).length > 60, "the line is drawn");
+  const box = await page.locator(".plot").boundingBox();
+  await page.mouse.move(box.x + box.width / 2, box.y + box.height / 2);
+  await page.mouse.wheel(0, -300);
+  await until(async () => (await rangeOf(page)) !== null, "the view is back in time");
+  const zoomed = await rangeOf(page);
+  assert.ok(Math.abs(zoomed.to - zoomed.from - 500000) < 2000, `span ${zoomed.to - zoomed.from}`);
+  await page.mouse.down();
+  await page.mouse.move(box.x + box.width / 2 + 200, box.y + 50, { steps: 4 });
+  await page.mouse.up();
+  await until(async () => (await rangeOf(page)).to < zoomed.to - 50000, "panned to the past");
+  const panned = await rangeOf(page);
+  assert.ok(Math.abs(panned.to - panned.from - (zoomed.to - zoomed.from)) < 5, "the span stays");
+  await page.locator(".plot").focus();
+  await page.keyboard.press("End");
+  await until(async () => (await rangeOf(page)) === null, "live");
+  await page.end();
+});
+
+test("keys zoom, pan and move the cursor, whose values stand in the legend", async () => {
+  const page = await openPage(server.address, { hash: drawn("Plant.lineSpeed", "Plant.mode") });
+  await until(async () => (await inked(page)).length > 60, "the line is drawn");
+  await page.locator(".plot").focus();
+  await page.keyboard.press("PageUp");
+  await until(async () => (await rangeOf(page)) !== null, "a window back");
+  await page.keyboard.press("ArrowRight");
+  await shows(page.locator(".legend-time"), /^At \d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}$/);
+  await shows(page.locator(".legend li").nth(1).locator(".number"), "2");
+  const before = await page.locator(".legend-time").textContent();
+  await page.keyboard.press("ArrowLeft");
+  await until(async () => (await page.locator(".legend-time").textContent()) !== before, "the cursor moves");
+  const wide = await rangeOf(page);
+  await page.keyboard.press("+");
+  await until(async () => { const now = await rangeOf(page); return now.to - now.from < (wide.to - wide.from) * 0.7; }, "narrower");
+  await page.end();
+});
+
+test("two fingers zoom", async () => {
+  const page = await openPage(server.address, { hash: drawn("Plant.lineSpeed"), touch: true });
+  await until(async () => (await inked(page)).length > 60, "the line is drawn");
+  await page.locator(".plot").evaluate((plot) => {
+    plot.setPointerCapture = () => {};
+    const { left, width } = plot.getBoundingClientRect();
+    const touch = (type, pointerId, x) => plot.dispatchEvent(new PointerEvent(type, { pointerId, pointerType: "touch", clientX: x, clientY: 300 }));
+    touch("pointerdown", 1, left + width * 0.45);
+    touch("pointerdown", 2, left + width * 0.55);
+    touch("pointermove", 1, left + width * 0.35);
+    touch("pointermove", 2, left + width * 0.65);
+    touch("pointerup", 1, 0);
+    touch("pointerup", 2, 0);
+  });
+  await until(async () => (await rangeOf(page)) !== null, "zoomed");
+  const { from, to } = await rangeOf(page);
+  assert.ok(Math.abs(to - from - 200000) < 5000, `a third of ten minutes: ${to - from}`);
+  await page.end();
+});
+
+test("eight values at most, on two axes", async () => {
+  const labels = ["tank[1].level", "tank[2].level", "tank[3].level", "tank[1].volume", "tank[2].volume", "tank[3].volume", "mode", "lineSpeed"];
+  const page = await openPage(server.address, { hash: drawn(...labels.map((label) => `Plant.${label}`)) });
+  await until(async () => (await page.locator(".legend li").count()) === 8, "eight lines");
+  await page.locator(".legend li").nth(3).locator("text=left axis").click();
+  await until(async () => (await page.evaluate(() => location.hash)).includes("tank[1].volume|right"), "on the right");
+  await page.fill("#search", "heartbeat");
+  await page.click("[role=treeitem]:has-text('heartbeat')");
+  await shows(page.locator(".notice"), "The trend shows at most 8 values; take one out first.");
+  await page.end();
+});
+
+test("what is seen is exported as CSV and as PNG", async () => {
+  const page = await openPage(server.address, { hash: drawn("Plant.mode") });
+  await until(async () => (await inked(page)).length > 60, "the line is drawn");
+  const csv = page.waitForEvent("download");
+  await page.click("button:has-text('CSV')");
+  const lines = (await readFile(await (await csv).path(), "utf8")).split("\r\n");
+  assert.equal(lines[0], "time,plc,label,value,minimum,maximum,state");
+  assert.match(lines[1], /^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z,dairy,Plant\.mode,2,,,good$/);
+  assert.equal(lines.filter((line) => line.endsWith(",,,,not recorded")).length, 1);
+  const png = page.waitForEvent("download");
+  await page.click("button:has-text('PNG')");
+  const picture = await readFile(await (await png).path());
+  assert.equal(picture.subarray(1, 4).toString(), "PNG");
+  assert.ok(picture.readUInt32BE(16) > 800, "as wide as the plot");
+  await page.end();
+});
+
+test("a PLC that is away leaves a gap", async () => {
+  const page = await openPage(server.address, { hash: drawn("Plant.mode") });
+  await until(async () => (await inked(page)).length > 60, "the line is drawn");
+  server.setLink("dairy", "down", "gone");
+  await shows(page.locator(".legend .mark-word"), "no link");
+  server.setLink("dairy", "up");
+  await shows(page.locator(".legend .mark-word"), "good");
+  await page.end();
+});
+
+test("eight values of 3,600 points each are drawn while somebody pans", async () => {
+  const labels = ["tank[1].level", "tank[2].level", "tank[3].level", "tank[1].volume", "tank[2].volume", "tank[3].volume", "heartbeat", "lineSpeed"];
+  const page = await openPage(server.address, { hash: `${drawn(...labels.map((label) => `Plant.${label}`))}&span=3600000` });
+  await until(async () => (await inked(page)).length > 60, "the lines are drawn");
+  const { frames, milliseconds, slow } = await page.locator(".plot").evaluate(pan180);
+  console.log(`frames a second while panning: ${((frames / milliseconds) * 1000).toFixed(1)}, median ${slow.median.toFixed(1)} ms, of a hundred the fifth longest ${slow.long.toFixed(1)} ms`);
+  assert.equal(frames, 180);
+  await page.end();
+});
+
+// Pans in every frame and counts the pictures that were drawn.
+async function pan180(plot) {
+  plot.setPointerCapture = () => {};
+  const touch = (type, x) => plot.dispatchEvent(new PointerEvent(type, { pointerId: 1, pointerType: "touch", clientX: x, clientY: 300 }));
+  let pictures = 0;
+  const clear = CanvasRenderingContext2D.prototype.clearRect;
+  CanvasRenderingContext2D.prototype.clearRect = function (...place) {
+    ++pictures;
+    return clear.apply(this, place);
+  };
+  touch("pointerdown", 300);
+  await new Promise(requestAnimationFrame);
+  const gaps = [];
+  const begin = performance.now();
+  let last = begin;
+  pictures = 0;
+  for (let i = 1; i <= 180; ++i) {
+    touch("pointermove", 300 + 2 * i);
+    await new Promise(requestAnimationFrame);
+    gaps.push(performance.now() - last);
+    last = performance.now();
+  }
+  touch("pointerup", 0);
+  CanvasRenderingContext2D.prototype.clearRect = clear;
+  gaps.sort((a, b) => a - b);
+  return { frames: Math.min(180, pictures), milliseconds: last - begin, slow: { median: gaps[90], long: gaps[171] } };
+}

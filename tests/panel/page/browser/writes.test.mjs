@@ -1,0 +1,119 @@
+// Writing a value: asked, told, and never sent twice.
+
+import assert from "node:assert/strict";
+import { after, before, beforeEach, test } from "node:test";
+
+import { named, openPage, rowOf, shows, standIn, until, withBrowser } from "./support.mjs";
+
+let server;
+withBrowser();
+before(async () => (server = await standIn()));
+after(() => server.stop());
+beforeEach(() => {
+  server.sent.length = 0;
+  server.plants.get("dairy").written.clear();
+  Object.assign(server.faults, { losesAnswer: false, delay: 0 });
+});
+
+async function proposed(label, text) {
+  const page = await openPage(server.address, { hash: named(label) });
+  const row = rowOf(page, label);
+  await shows(row.locator(".mark-word"), "good");
+  await row.focus();
+  await page.keyboard.press("Enter");
+  await page.fill("#new-value", text);
+  await page.keyboard.press("Enter");
+  return { page, row };
+}
+
+test("a write shows old and new value, asks, and tells that it was done", async () => {
+  const { page, row } = await proposed("Plant.mode", "3");
+  await shows(page.locator(".change .old"), "2");
+  await shows(page.locator(".change .new"), "3");
+  assert.deepEqual(server.sent, []);
+  await page.click("dialog button.danger");
+  await shows(page.locator(".outcome strong"), "done");
+  assert.equal(server.sent.length, 1);
+  const { id, ...rest } = server.sent[0];
+  assert.match(id, /^[0-9a-f]{32}$/);
+  assert.deepEqual(rest, { plc: "dairy", label: "Plant.mode", value: 3, old: 2 });
+  await page.keyboard.press("Escape");
+  await shows(row.locator(".cell-value"), "3");
+  await page.end();
+});
+
+test("a refused write tells the number and the words of the PLC", async () => {
+  const { page } = await proposed("Plant.interlock", "8");
+  await page.click("dialog button.danger");
+  await shows(page.locator(".outcome"), /^refused The PLC refused it with status 3: the address is not allowed\.$/);
+  await shows(page.locator("dialog dl"), /Status ?3/);
+  await page.end();
+});
+
+test("what cannot be a value is not asked for, and nothing is sent when somebody leaves", async () => {
+  const { page } = await proposed("Plant.mode", "300");
+  await shows(page.locator("#write-error"), /outside the range of USINT, 0 to 255/);
+  await page.fill("#new-value", "1");
+  await page.keyboard.press("Enter");
+  await page.click("text=Back");
+  await page.keyboard.press("Escape");
+  await until(async () => (await page.locator("dialog").count()) === 0, "the dialog is closed");
+  assert.deepEqual(server.sent, []);
+  await page.end();
+});
+
+test("a second press while the PLC takes its time sends nothing", async () => {
+  server.faults.delay = 1000;
+  const { page } = await proposed("Plant.mode", "3");
+  const button = await page.locator("dialog button.danger").elementHandle();
+  await button.evaluate((element) => {
+    element.click();
+    element.click();
+  });
+  await shows(page.locator(".outcome strong"), "done");
+  assert.equal(server.sent.length, 1);
+  await page.end();
+});
+
+test("a lost answer is asked for, and the write is not sent again", async () => {
+  Object.assign(server.faults, { losesAnswer: true, delay: 1500 });
+  const { page } = await proposed("Plant.mode", "3");
+  await page.click("dialog button.danger");
+  await shows(page.locator(".outcome.pending"), /not sent again/);
+  await shows(page.locator(".outcome strong"), "done");
+  assert.equal(server.sent.length, 1);
+  assert.equal(server.requests.filter((one) => one === `GET /api/v1/writes/${server.sent[0].id}`).length >= 1, true);
+  await page.end();
+});
+
+test("a server that was restarted meanwhile leaves the outcome not known", async () => {
+  server.faults.delay = 60000;
+  const { page } = await proposed("Plant.mode", "3");
+  await page.click("dialog button.danger");
+  await until(() => server.sent.length === 1, "the write has come");
+  const { port } = server;
+  await server.stop();
+  await shows(page.locator(".outcome.pending"), /not sent again/);
+  await server.start(port);
+  await shows(page.locator(".outcome strong"), "not known");
+  assert.equal(server.sent.length, 1);
+  await page.end();
+});
+
+test("values that are not writable, and roles that do not write, are told so", async () => {
+  const page = await openPage(server.address, { hash: named("Plant.heartbeat", "Plant.mode") });
+  await shows(rowOf(page, "Plant.heartbeat").locator(".mark-word"), "good");
+  await rowOf(page, "Plant.heartbeat").focus();
+  await page.keyboard.press("Enter");
+  await shows(page.locator(".notice"), "This value is not writable.");
+  await page.end();
+  server.session.role = "viewer";
+  const viewer = await openPage(server.address, { hash: named("Plant.mode") });
+  await shows(rowOf(viewer, "Plant.mode").locator(".mark-word"), "good");
+  await rowOf(viewer, "Plant.mode").focus();
+  await viewer.keyboard.press("Enter");
+  await shows(viewer.locator(".notice"), "Your role does not write.");
+  assert.equal(await viewer.locator("dialog").count(), 0);
+  server.session.role = "engineer";
+  await viewer.end();
+});
