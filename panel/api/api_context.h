@@ -12,13 +12,16 @@
 
 namespace plc::panel {
 
+class HistoryQueries;
+
 /// What the routes work on. All of it outlives them.
 struct ApiContext {
     Plants* plants = nullptr;
     Subscriptions* subscriptions = nullptr;
     WriteDesk* writes = nullptr;
     Access* access = nullptr;
-    std::function<qint64()> time; ///< Milliseconds since 1970-01-01T00:00:00Z; for any thread.
+    HistoryQueries* history = nullptr; ///< Null: nothing is recorded.
+    std::function<qint64()> time;      ///< Milliseconds since 1970-01-01T00:00:00Z; for any thread.
     /// Has the thread of the PLCs do something; for any thread.
     std::function<void(std::function<void()>)> post;
     QString version;

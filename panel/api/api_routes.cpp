@@ -5,7 +5,7 @@ namespace plc::panel {
 QVector<Route> apiRoutes(const ApiContext& context)
 {
     return sessionRoutes(context) + plantRoutes(context) + eventRoutes(context) +
-           writeRoutes(context);
+           writeRoutes(context) + historyRoutes(context);
 }
 
 } // namespace plc::panel

@@ -13,6 +13,7 @@ QVector<Route> plantRoutes(const ApiContext& context);
 /// Subscriptions and their events.
 QVector<Route> eventRoutes(const ApiContext& context);
 QVector<Route> writeRoutes(const ApiContext& context);
+QVector<Route> historyRoutes(const ApiContext& context);
 
 /// All of them.
 QVector<Route> apiRoutes(const ApiContext& context);

@@ -93,6 +93,7 @@ ApiContext Panel::context()
     context.subscriptions = &m_subscriptions;
     context.writes = m_writes.get();
     context.access = m_access.get();
+    context.history = m_history.get();
     context.time = &wallClock;
     context.post = [owner = m_owner.get()](std::function<void()> work) {
         QMetaObject::invokeMethod(owner, std::move(work), Qt::QueuedConnection);
@@ -112,6 +113,8 @@ Expected<void> Panel::start()
             return audit.error();
         m_audit = std::move(*audit);
     }
+    if (const Expected<void> recording = startRecording(); !recording)
+        return recording.error();
     Expected<std::unique_ptr<Server>> server = Server::start(
         serverSettings(m_settings), apiRoutes(context()) + pageRoutes(), m_guard.get());
     if (!server)
@@ -120,6 +123,24 @@ Expected<void> Panel::start()
     for (const std::unique_ptr<Plant>& plant : m_plants)
         plant->start();
     m_seconds.start(kSecond);
+    return {};
+}
+
+Expected<void> Panel::startRecording()
+{
+    if (m_settings.record.file.isEmpty())
+        return {};
+    const qint64 now = wallClock();
+    Expected<std::unique_ptr<ValueRecorder>> recorder =
+        ValueRecorder::start(m_settings.record, now);
+    if (!recorder)
+        return recorder.error();
+    m_recorder = std::move(*recorder);
+    for (const std::unique_ptr<Plant>& plant : m_plants) {
+        if (const Expected<void> added = m_recorder->add(*plant, now); !added)
+            return added.error();
+    }
+    m_history = std::make_unique<HistoryQueries>(m_settings.record.file);
     return {};
 }
 
@@ -161,6 +182,8 @@ QString Panel::status() const
 void Panel::sampled(Plant* plant, const QVector<int>& changed)
 {
     m_subscriptions.sampled(plant, changed);
+    if (m_recorder)
+        m_recorder->sampled(*plant, changed, wallClock());
 }
 
 void Panel::linkChanged(Plant* plant)
@@ -175,6 +198,20 @@ void Panel::linkChanged(Plant* plant)
 void Panel::passSecond()
 {
     m_subscriptions.passSecond();
+    if (m_recorder)
+        tellRecorder();
+}
+
+/// Each trouble once.
+void Panel::tellRecorder()
+{
+    m_recorder->passSecond(wallClock());
+    const QString error = m_recorder->status().error;
+    if (error == m_toldRecorderError)
+        return;
+    m_toldRecorderError = error;
+    m_log(error.isEmpty() ? QStringLiteral("changes are recorded again")
+                          : QStringLiteral("nothing is recorded: %1").arg(error));
 }
 
 } // namespace plc::panel

@@ -10,9 +10,11 @@
 #include "panel/access/access_guard.h"
 #include "panel/access/audit_log.h"
 #include "panel/api/api_context.h"
+#include "panel/api/history_queries.h"
 #include "panel/config/settings.h"
 #include "panel/http/server.h"
 #include "panel/plants/plants.h"
+#include "panel/plants/value_recorder.h"
 
 namespace plc::panel {
 
@@ -42,6 +44,8 @@ private:
     void sampled(Plant* plant, const QVector<int>& changed) override;
     void linkChanged(Plant* plant) override;
     void passSecond();
+    Expected<void> startRecording();
+    void tellRecorder();
     ApiContext context();
 
     const PanelSettings m_settings;
@@ -55,6 +59,9 @@ private:
     Plants m_plants;
     Subscriptions m_subscriptions;
     std::shared_ptr<WriteDesk> m_writes;
+    std::unique_ptr<ValueRecorder> m_recorder; ///< Null: nothing is recorded.
+    std::unique_ptr<HistoryQueries> m_history;
+    QString m_toldRecorderError;
     QTimer m_seconds;
     std::unique_ptr<QObject> m_owner; ///< Receives what the server's thread posts.
     std::unique_ptr<Server> m_server;

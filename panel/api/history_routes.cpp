@@ -1,0 +1,78 @@
+#include "panel/api/api_routes.h"
+#include "panel/api/history_queries.h"
+
+namespace plc::panel {
+namespace {
+
+constexpr int kUsualPoints = 2000;
+constexpr int kMostPoints = 20000;
+constexpr int kMostSeries = 1000;
+
+/// A number of the query that must be there.
+Expected<qint64> numberOf(const Request& request, const char* name)
+{
+    bool ok = false;
+    const qint64 number =
+        request.first(QLatin1String(name)).value_or(QString()).toLongLong(&ok, 10);
+    if (!ok)
+        return Error{QStringLiteral("\"%1\": a number of milliseconds since 1970 is expected")
+                         .arg(QLatin1String(name))};
+    return number;
+}
+
+Expected<HistoryQuestion> questionOf(const Request& request)
+{
+    HistoryQuestion question;
+    const Expected<qint64> from = numberOf(request, "from");
+    const Expected<qint64> to = numberOf(request, "to");
+    if (!from)
+        return from.error();
+    if (!to)
+        return to.error();
+    if (*from < 0 || *to <= *from)
+        return Error{QStringLiteral("\"to\" has to be behind \"from\"")};
+    question.from = *from;
+    question.to = *to;
+    question.plc = request.first(QStringLiteral("plc")).value_or(QString());
+    question.labels = request.all(QStringLiteral("label"));
+    if (question.plc.isEmpty() || question.labels.isEmpty() || question.labels.size() > kMostSeries)
+        return Error{
+            QStringLiteral("\"plc\" and 1 to %1 times \"label\" are expected").arg(kMostSeries)};
+    bool ok = true;
+    const std::optional<QString> points = request.first(QStringLiteral("points"));
+    question.points = points ? points->toInt(&ok) : kUsualPoints;
+    if (!ok || question.points < 1 || question.points > kMostPoints)
+        return Error{
+            QStringLiteral("\"points\": a number from 1 to %1 is expected").arg(kMostPoints)};
+    return question;
+}
+
+using Query = void (HistoryQueries::*)(const HistoryQuestion&, const Responder&);
+
+Route historyRoute(const ApiContext& context, const char* pattern, const char* summary, Query query)
+{
+    Route route{Method::Get, pattern, Role::Viewer, Route::Reads, summary, {}};
+    route.handler = [context, query](const Request& request, const Responder& respond) {
+        const Expected<HistoryQuestion> question = questionOf(request);
+        if (!question)
+            respond(badRequest(question.error().text));
+        else if (!context.history)
+            respond(notFound(QStringLiteral("nothing is recorded here; see --record")));
+        else
+            (context.history->*query)(*question, respond);
+    };
+    return route;
+}
+
+} // namespace
+
+QVector<Route> historyRoutes(const ApiContext& context)
+{
+    return {historyRoute(context, "/api/v1/history",
+                         "What values were: their changes, or averages weighted by time",
+                         &HistoryQueries::readSeries),
+            historyRoute(context, "/api/v1/history.csv", "Each change as CSV",
+                         &HistoryQueries::readCsv)};
+}
+
+} // namespace plc::panel

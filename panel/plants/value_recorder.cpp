@@ -1,0 +1,110 @@
+#include "panel/plants/value_recorder.h"
+
+#include <algorithm>
+
+#include "configuration/label_places.h"
+
+namespace plc::panel {
+namespace {
+
+recorder::Quality recordedQuality(Quality quality)
+{
+    switch (quality) {
+        case Quality::Good:
+            return recorder::Quality::Good;
+        case Quality::Stale:
+            return recorder::Quality::Stale;
+        case Quality::Bad:
+            break;
+    }
+    return recorder::Quality::Bad;
+}
+
+recorder::SeriesDescription descriptionOf(const Plant& plant, int slot)
+{
+    const host::DataPoint& point = plant.point(slot);
+    recorder::SeriesDescription series;
+    series.source = plant.name();
+    series.label = point.text;
+    series.type = point.type;
+    series.elements = point.elements;
+    series.stringLength = point.stringLength;
+    series.unit = point.unit;
+    return series;
+}
+
+/// One for each recorded value.
+Expected<QVector<double>> deadbandsOf(const Plant& plant)
+{
+    configuration::LabelPlaces places(plant.project());
+    for (const int slot : plant.recorded())
+        places.append(plant.point(slot).text);
+    QVector<double> deadbands(plant.recorded().size(), 0.0);
+    for (const configuration::DeadbandRule& rule : plant.settings().deadbands) {
+        const Expected<QVector<int>> fitting = places.fitting(rule.labels);
+        if (!fitting)
+            return Error{
+                QStringLiteral("PLC %1: deadband: %2").arg(plant.name(), fitting.error().text)};
+        for (const int place : *fitting)
+            deadbands[place] = rule.deadband;
+    }
+    return deadbands;
+}
+
+} // namespace
+
+Expected<std::unique_ptr<ValueRecorder>> ValueRecorder::start(const RecordSettings& settings,
+                                                              qint64 time)
+{
+    recorder::Limits limits;
+    limits.size = settings.size;
+    limits.age = settings.age;
+    Expected<std::unique_ptr<recorder::RecorderThread>> thread =
+        recorder::RecorderThread::start(settings.file, limits, time);
+    if (!thread)
+        return thread.error();
+    return std::unique_ptr<ValueRecorder>(new ValueRecorder(std::move(*thread)));
+}
+
+Expected<void> ValueRecorder::add(const Plant& plant, qint64 time)
+{
+    const Expected<QVector<double>> deadbands = deadbandsOf(plant);
+    if (!deadbands)
+        return deadbands.error();
+    QVector<Followed>& followed = m_followed[&plant];
+    QVector<recorder::Change> changes;
+    for (int i = 0; i < int(plant.recorded().size()); ++i) {
+        const int slot = plant.recorded()[i];
+        recorder::SeriesDescription series = descriptionOf(plant, slot);
+        if (recorder::isNumeric(series))
+            series.deadband = deadbands->at(i);
+        if (followed.size() <= slot)
+            followed.resize(slot + 1);
+        followed[slot] = {m_thread->series(series), time};
+        changes.append({followed[slot].series, {time, recorder::Quality::Stale, {}}});
+    }
+    m_thread->append(changes, time);
+    return {};
+}
+
+void ValueRecorder::sampled(const Plant& plant, const QVector<int>& changed, qint64 time)
+{
+    const auto found = m_followed.find(&plant);
+    if (found == m_followed.end())
+        return;
+    QVector<recorder::Change> changes;
+    for (const int slot : changed) {
+        if (slot >= found->size() || found->at(slot).series < 0)
+            continue;
+        Followed& followed = (*found)[slot];
+        const LiveValue& value = plant.value(slot);
+        // A reply may be older than the moment at which it was given up waiting for it.
+        const qint64 since = value.quality == Quality::Good ? value.time : time;
+        followed.told = std::min(std::max(since, followed.told), time);
+        changes.append(
+            {followed.series, {followed.told, recordedQuality(value.quality), value.bytes}});
+    }
+    m_thread->append(changes, time);
+}
+
+} // namespace plc::panel
