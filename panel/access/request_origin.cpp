@@ -1,5 +1,7 @@
 #include "panel/access/request_origin.h"
 
+#include <arpa/inet.h>
+
 #include <algorithm>
 
 namespace plc::panel {
@@ -48,6 +50,13 @@ bool isHost(const QByteArray& host, bool hasBrackets)
                        hasBrackets ? isAddressCharacter : isHostCharacter);
 }
 
+bool isAddress(const QByteArray& host)
+{
+    in6_addr address = {};
+    return ::inet_pton(AF_INET, host.constData(), &address) == 1 ||
+           ::inet_pton(AF_INET6, host.constData(), &address) == 1;
+}
+
 } // namespace
 
 std::optional<HostAndPort> parseHost(const QByteArray& text)
@@ -75,12 +84,15 @@ HostNames::HostNames(const QStringList& names) : m_names{"localhost", "127.0.0.1
 {
     for (const QString& name : names)
         m_names += name.toLower().toUtf8();
+    m_takesAddresses = m_names.contains("0.0.0.0") || m_names.contains("::");
 }
 
 bool HostNames::contains(const QByteArray& host) const
 {
     const std::optional<HostAndPort> parsed = parseHost(host);
-    return parsed && m_names.contains(parsed->host);
+    if (!parsed)
+        return false;
+    return m_names.contains(parsed->host) || (m_takesAddresses && isAddress(parsed->host));
 }
 
 bool isSameOrigin(const QByteArray& origin, const QByteArray& host, bool isEncrypted)

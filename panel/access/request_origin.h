@@ -21,13 +21,16 @@ std::optional<HostAndPort> parseHost(const QByteArray& text);
 /// server point at this machine, so that its own pages may talk to it.
 class HostNames {
 public:
-    /// localhost, 127.0.0.1 and ::1, and these.
+    /// localhost, 127.0.0.1 and ::1, and these. With "0.0.0.0" or "::", which stand for all
+    /// addresses of this machine, any numeric address: behind one is no name that could point
+    /// elsewhere.
     explicit HostNames(const QStringList& names);
     /// Any port: a tunnel has another one than this server.
     bool contains(const QByteArray& host) const;
 
 private:
     QList<QByteArray> m_names;
+    bool m_takesAddresses = false;
 };
 
 /// Whether a page of `origin` was served by this server, which the request calls `host`. The origin

@@ -1,5 +1,7 @@
 #include "panel/access/request_token.h"
 
+#include <QtCore/QList>
+
 #include <algorithm>
 
 namespace plc::panel {

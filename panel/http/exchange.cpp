@@ -1,5 +1,7 @@
 #include "panel/http/exchange.h"
 
+#include <QtCore/QList>
+
 #include <utility>
 
 #include "panel/http/sent_response.h"

@@ -36,6 +36,18 @@ TEST(HostNames, AreThoseOfThisMachineAndTheConfiguredOnes)
         EXPECT_FALSE(names.contains(host)) << host;
 }
 
+TEST(HostNames, AreAllNumericAddressesWhereAllAreListenedOn)
+{
+    for (const char* all : {"0.0.0.0", "::"}) {
+        const HostNames names({stated(all)});
+        EXPECT_TRUE(names.contains("192.168.0.5:8443"));
+        EXPECT_TRUE(names.contains("[fe80::1]"));
+        EXPECT_FALSE(names.contains("evil.example"));
+        EXPECT_FALSE(names.contains("192.168.0.5.evil.example"));
+        EXPECT_FALSE(names.contains("192.168.0"));
+    }
+}
+
 TEST(Origin, IsTheSameWhereSchemeNameAndPortAre)
 {
     EXPECT_TRUE(isSameOrigin("http://localhost:8080", "localhost:8080", false));
