@@ -1,0 +1,123 @@
+// What anyone can send to a panel: targets, hosts, origins, cookies and lines of an audit that
+// somebody has changed, as far as our own code takes them apart.
+
+#include <cctype>
+
+#include "fuzz_input.h"
+#include "panel/access/audit_chain.h"
+#include "panel/access/request_origin.h"
+#include "panel/access/request_token.h"
+#include "panel/http/route_table.h"
+#include "panel/http/target.h"
+#include "promise.h"
+
+namespace {
+
+using plc::fuzz::FuzzInput;
+using plc::fuzz::require;
+using namespace plc::panel;
+
+Route route(Method method, const char* pattern)
+{
+    return {method, pattern, Role::None, Route::Reads, "", [](const Request&, const Responder&) {}};
+}
+
+const RouteTable& routes()
+{
+    static const RouteTable kTable = *RouteTable::make(
+        {route(Method::Get, "/"), route(Method::Get, "/api/v1/recipes/{name}"),
+         route(Method::Put, "/api/v1/recipes/{name}"), route(Method::Get, "/api/v1/recipes/all"),
+         route(Method::Post, "/api/v1/recipes/{name}/restore")});
+    return kTable;
+}
+
+bool hasControl(const QString& text)
+{
+    for (const QChar character : text) {
+        if (character.unicode() < 0x20 || character.unicode() == 0x7F)
+            return true;
+    }
+    return false;
+}
+
+void checkTarget(const QByteArray& text)
+{
+    const std::optional<Target> target = parseTarget(text);
+    if (!target)
+        return;
+    require(text.startsWith('/'), "a target is a path from the root");
+    for (const QString& part : target->parts)
+        require(!hasControl(part), "a path has no control characters");
+    for (const auto& [name, value] : target->query)
+        require(!hasControl(name) && !hasControl(value), "a query has no control characters");
+    const RouteMatch match = routes().find(target->parts, Method::Get);
+    require(!match.route || match.route->method == Method::Get, "a method leads to its own route");
+    require(!match.route || match.allowed.contains("GET"), "what is found is allowed");
+    for (const QString& value : match.parameters)
+        require(target->parts.contains(value), "a parameter is a part of the path");
+}
+
+void checkSender(const QByteArray& host, const QByteArray& origin)
+{
+    const std::optional<HostAndPort> parsed = parseHost(host);
+    require(!parsed || (parsed->port >= -1 && parsed->port <= 65535), "a port is a port");
+    static const HostNames kNames({QStringLiteral("panel.example")});
+    if (!kNames.contains(host))
+        return;
+    require(parsed.has_value(), "what is no host is no name of ours");
+    if (!isSameOrigin(origin, host, true))
+        return;
+    require(origin.startsWith("https://"), "a page came over TLS");
+    require(kNames.contains(origin.mid(8)), "a page is of a server of our name");
+}
+
+void checkToken(const QByteArray& cookie, const QByteArray& authorization)
+{
+    const QByteArray token = requestToken(cookie, authorization);
+    require(token.size() <= 128, "a token is short");
+    for (const char character : token)
+        require(std::isalnum(static_cast<unsigned char>(character)) || character == '-' ||
+                    character == '_',
+                "a token has no odd characters");
+}
+
+void checkAudit(FuzzInput* input, const QByteArray& bytes)
+{
+    const std::optional<AuditLink> changed = parseAuditLine(bytes);
+    require(!changed || (changed->number >= 0 && changed->previous.size() == 64),
+            "a line has a place in its chain");
+    AuditRecord record;
+    record.user = QString::fromUtf8(input->bytes(20));
+    record.label = QString::fromUtf8(bytes);
+    record.newValue = record.label;
+    const QByteArray line = recordLine(record, 7, QByteArray(64, 'a'));
+    require(!line.contains('\n'), "a record is a line");
+    const std::optional<AuditLink> link = parseAuditLine(line);
+    require(link && link->number == 7 && !link->isBeginning && link->cut.isEmpty(),
+            "what a caller says does not change the place of a record");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    FuzzInput input(data, size);
+    switch (input.below(4)) {
+        case 0:
+            checkTarget(input.bytes(int(size)));
+            break;
+        case 1: {
+            const QByteArray host = input.bytes(input.byte());
+            checkSender(host, input.bytes(int(size)));
+            break;
+        }
+        case 2: {
+            const QByteArray cookie = input.bytes(input.byte());
+            checkToken(cookie, input.bytes(int(size)));
+            break;
+        }
+        default:
+            checkAudit(&input, input.bytes(int(size)));
+    }
+    return 0;
+}
