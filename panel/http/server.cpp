@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstring>
 #include <thread>
 #include <utility>
 
