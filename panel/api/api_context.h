@@ -12,7 +12,9 @@
 
 namespace plc::panel {
 
+class AlarmFeed;
 class HistoryQueries;
+class RecipeDesk;
 
 /// What the routes work on. All of it outlives them.
 struct ApiContext {
@@ -21,7 +23,12 @@ struct ApiContext {
     WriteDesk* writes = nullptr;
     Access* access = nullptr;
     HistoryQueries* history = nullptr; ///< Null: nothing is recorded.
-    std::function<qint64()> time;      ///< Milliseconds since 1970-01-01T00:00:00Z; for any thread.
+    AlarmFeed* alarms = nullptr;
+    RecipeDesk* recipes = nullptr; ///< Null: none are kept.
+    std::function<Expected<void>(const AuditRecord&)> audit;
+    /// Has a thread of its own work out a response; for any thread.
+    std::function<void(const Responder&, std::function<Response()>)> slowly;
+    std::function<qint64()> time; ///< Milliseconds since 1970-01-01T00:00:00Z; for any thread.
     /// Has the thread of the PLCs do something; for any thread.
     std::function<void(std::function<void()>)> post;
     QString version;

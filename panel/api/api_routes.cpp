@@ -5,7 +5,8 @@ namespace plc::panel {
 QVector<Route> apiRoutes(const ApiContext& context)
 {
     return sessionRoutes(context) + plantRoutes(context) + eventRoutes(context) +
-           writeRoutes(context) + historyRoutes(context);
+           writeRoutes(context) + historyRoutes(context) + alarmRoutes(context) +
+           recipeRoutes(context) + auditRoutes(context);
 }
 
 } // namespace plc::panel

@@ -14,6 +14,9 @@ QVector<Route> plantRoutes(const ApiContext& context);
 QVector<Route> eventRoutes(const ApiContext& context);
 QVector<Route> writeRoutes(const ApiContext& context);
 QVector<Route> historyRoutes(const ApiContext& context);
+QVector<Route> alarmRoutes(const ApiContext& context);
+QVector<Route> recipeRoutes(const ApiContext& context);
+QVector<Route> auditRoutes(const ApiContext& context);
 
 /// All of them.
 QVector<Route> apiRoutes(const ApiContext& context);

@@ -38,8 +38,10 @@ public:
     /// Every change exactly.
     void readCsv(const HistoryQuestion& question, const Responder& respond);
 
-private:
+    /// Other work that waits for a disk.
     void submit(const Responder& respond, std::function<Response()> work);
+
+private:
     Expected<recorder::Reader*> reader();
     Expected<QVector<recorder::Series>> seriesOf(const HistoryQuestion& question);
     Response seriesResponse(const HistoryQuestion& question);

@@ -12,7 +12,8 @@ constexpr int kLongestId = 64;
 
 bool isSame(const WriteRequest& a, const WriteRequest& b)
 {
-    return a.plc == b.plc && a.label == b.label && a.values == b.values && a.isList == b.isList;
+    return a.plc == b.plc && a.label == b.label && a.values == b.values && a.isList == b.isList &&
+           a.areExact == b.areExact;
 }
 
 WriteOutcome outcomeOf(const host::DataPoint& point, const host::TransferOutcome& ending,
@@ -96,12 +97,13 @@ WriteDesk::Taken WriteDesk::begin(const WriteRequest& request, Plant* plant, Set
     const Expected<host::DataPoint> point = plant->find(request.label);
     if (!point)
         return {Refusal::Senseless, point.error().text};
-    if (request.isList != (point->elements > 1))
+    if (!request.areExact && request.isList != (point->elements > 1))
         return {Refusal::Senseless,
                 point->elements > 1
                     ? QStringLiteral("a list of %1 values is expected").arg(point->elements)
                     : QStringLiteral("one value is expected, not a list")};
-    const Expected<QVector<values::Value>> values = valuesOfClient(*point, request.values);
+    const Expected<QVector<values::Value>> values =
+        request.areExact ? request.values : valuesOfClient(*point, request.values);
     if (!values)
         return {Refusal::Senseless, values.error().text};
 

@@ -22,7 +22,8 @@ struct WriteRequest {
     QString label;
     QVector<values::Value> values; ///< As the client gave them.
     bool isList = false;
-    QString oldText; ///< JSON of the value that the user saw; null: not told.
+    bool areExact = false; ///< The values are of the type already.
+    QString oldText;       ///< JSON of the value that the user saw; null: not told.
     QString user;
     QString address;
 };

@@ -35,14 +35,11 @@ Panel::Panel(const PanelSettings& settings, const QString& driver, const QString
       m_version(version),
       m_log(std::move(log)),
       m_subscriptions(&m_plants, &wallClock),
+      m_queries(settings.record.file),
       m_owner(std::make_unique<QObject>())
 {
     m_writes = std::make_shared<WriteDesk>(
-        &m_plants,
-        [this](const AuditRecord& record) {
-            return m_audit ? m_audit->append(record) : Expected<void>();
-        },
-        &wallClock);
+        &m_plants, [this](const AuditRecord& record) { return audit(record); }, &wallClock);
     QObject::connect(&m_seconds, &QTimer::timeout, &m_seconds, [this] { passSecond(); });
 }
 
@@ -93,7 +90,13 @@ ApiContext Panel::context()
     context.subscriptions = &m_subscriptions;
     context.writes = m_writes.get();
     context.access = m_access.get();
-    context.history = m_history.get();
+    context.history = m_recorder ? &m_queries : nullptr;
+    context.alarms = m_alarms.get();
+    context.recipes = m_recipes.get();
+    context.audit = [this](const AuditRecord& record) { return audit(record); };
+    context.slowly = [this](const Responder& respond, std::function<Response()> work) {
+        m_queries.submit(respond, std::move(work));
+    };
     context.time = &wallClock;
     context.post = [owner = m_owner.get()](std::function<void()> work) {
         QMetaObject::invokeMethod(owner, std::move(work), Qt::QueuedConnection);
@@ -115,6 +118,10 @@ Expected<void> Panel::start()
     }
     if (const Expected<void> recording = startRecording(); !recording)
         return recording.error();
+    if (const Expected<void> alarms = startAlarms(); !alarms)
+        return alarms.error();
+    if (!m_settings.recipes.isEmpty())
+        m_recipes = std::make_unique<RecipeDesk>(m_settings.recipes);
     Expected<std::unique_ptr<Server>> server = Server::start(
         serverSettings(m_settings), apiRoutes(context()) + pageRoutes(), m_guard.get());
     if (!server)
@@ -140,8 +147,28 @@ Expected<void> Panel::startRecording()
         if (const Expected<void> added = m_recorder->add(*plant, now); !added)
             return added.error();
     }
-    m_history = std::make_unique<HistoryQueries>(m_settings.record.file);
     return {};
+}
+
+/// Where changes are recorded, alarms are, too.
+Expected<void> Panel::startAlarms()
+{
+    const QString file = m_settings.record.file.isEmpty()
+                             ? QString()
+                             : m_settings.record.file + QStringLiteral(".alarms");
+    Expected<std::unique_ptr<AlarmFeed>> alarms = AlarmFeed::start(
+        m_plants, file, wallClock(),
+        [this](const QByteArray& alarm) { m_subscriptions.tellAll("alarm", alarm); });
+    if (!alarms)
+        return alarms.error();
+    m_alarms = std::move(*alarms);
+    return {};
+}
+
+/// Without a file nothing is kept.
+Expected<void> Panel::audit(const AuditRecord& record)
+{
+    return m_audit ? m_audit->append(record) : Expected<void>();
 }
 
 void Panel::readAgain()
@@ -184,6 +211,7 @@ void Panel::sampled(Plant* plant, const QVector<int>& changed)
     m_subscriptions.sampled(plant, changed);
     if (m_recorder)
         m_recorder->sampled(*plant, changed, wallClock());
+    m_alarms->sampled(*plant, changed, wallClock());
 }
 
 void Panel::linkChanged(Plant* plant)
@@ -198,6 +226,7 @@ void Panel::linkChanged(Plant* plant)
 void Panel::passSecond()
 {
     m_subscriptions.passSecond();
+    m_alarms->settle(wallClock());
     if (m_recorder)
         tellRecorder();
 }

@@ -9,12 +9,14 @@
 #include "panel/access/access.h"
 #include "panel/access/access_guard.h"
 #include "panel/access/audit_log.h"
+#include "panel/api/alarm_feed.h"
 #include "panel/api/api_context.h"
 #include "panel/api/history_queries.h"
 #include "panel/config/settings.h"
 #include "panel/http/server.h"
 #include "panel/plants/plants.h"
 #include "panel/plants/value_recorder.h"
+#include "panel/recipes/recipe_desk.h"
 
 namespace plc::panel {
 
@@ -45,6 +47,8 @@ private:
     void linkChanged(Plant* plant) override;
     void passSecond();
     Expected<void> startRecording();
+    Expected<void> startAlarms();
+    Expected<void> audit(const AuditRecord& record);
     void tellRecorder();
     ApiContext context();
 
@@ -60,7 +64,9 @@ private:
     Subscriptions m_subscriptions;
     std::shared_ptr<WriteDesk> m_writes;
     std::unique_ptr<ValueRecorder> m_recorder; ///< Null: nothing is recorded.
-    std::unique_ptr<HistoryQueries> m_history;
+    std::unique_ptr<AlarmFeed> m_alarms;
+    std::unique_ptr<RecipeDesk> m_recipes; ///< Null: none are kept.
+    HistoryQueries m_queries;
     QString m_toldRecorderError;
     QTimer m_seconds;
     std::unique_ptr<QObject> m_owner; ///< Receives what the server's thread posts.
