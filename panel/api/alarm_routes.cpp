@@ -1,96 +1,95 @@
 #include <limits>
 
 #include "exchange/flat_json.h"
-#include "panel/api/alarm_feed.h"
+#include "panel/api/alarm_watch.h"
 #include "panel/api/api_routes.h"
+#include "panel/api/query_numbers.h"
 
 namespace plc::panel {
 namespace {
 
-constexpr int kUsualOccurrences = 1000;
-constexpr int kMostOccurrences = 10000;
+constexpr int kUsualAlarms = 1000;
+constexpr int kMostAlarms = 10000;
 
 void listAlarms(const ApiContext& context, const Request&, const Responder& respond)
 {
-    const AlarmEngine& engine = context.alarms->desk().engine();
-    QByteArray json = "{\"alarms\":[";
-    for (int alarm = 0; alarm < int(engine.alarms().size()); ++alarm) {
-        if (alarm > 0)
-            json.append(',');
-        json.append(alarmText(engine, alarm));
-    }
-    respond(Response::json(json.append("]}\n")));
+    respond(Response::json(context.alarms->list()));
 }
 
-void listPastAlarms(const ApiContext& context, const Request& request, const Responder& respond)
+void showPast(const ApiContext& context, const Request& request, const Responder& respond)
 {
-    bool isGood = true;
-    const auto number = [&](const char* name, qint64 usual) {
-        const std::optional<QString> text = request.first(QLatin1String(name));
-        bool ok = true;
-        const qint64 found = text ? text->toLongLong(&ok, 10) : usual;
-        isGood = isGood && ok;
-        return found;
-    };
-    const qint64 from = number("from", 0);
-    const qint64 to = number("to", std::numeric_limits<qint64>::max());
-    const qint64 limit = number("limit", kUsualOccurrences);
-    if (!isGood || limit < 1 || limit > kMostOccurrences) {
-        respond(badRequest(QStringLiteral("\"from\" and \"to\" are milliseconds since 1970, "
-                                          "\"limit\" is from 1 to %1")
-                               .arg(kMostOccurrences)));
-        return;
+    const Expected<qint64> from = timeOf(request, "from", 0);
+    const Expected<qint64> to = timeOf(request, "to", context.time());
+    const Expected<qint64> limit = numberOf(request, "limit", kUsualAlarms, 1, kMostAlarms);
+    for (const Expected<qint64>* number : {&from, &to, &limit}) {
+        if (!*number)
+            return respond(badRequest(number->error().text));
     }
-    const auto found = context.alarms->desk().between(from, to, int(limit));
-    if (!found) {
-        respond(Response::error(503, found.error().text));
-        return;
-    }
-    QByteArray json = "{\"alarms\":[";
-    for (const AlarmOccurrence& occurrence : *found) {
-        if (!json.endsWith('['))
-            json.append(',');
-        json.append(occurrenceText(occurrence));
-    }
-    respond(Response::json(json.append("]}\n")));
+    const Expected<QByteArray> past = context.alarms->history(*from, *to, int(*limit));
+    respond(past ? Response::json(*past) : Response::error(500, past.error().text));
 }
 
-std::optional<qint64> beginOf(const QByteArray& body)
+/// The time in the body; an error: there is none.
+Expected<qint64> sinceOf(const Request& request)
 {
-    const Expected<exchange::FlatJson> json = exchange::parseFlatJson(body);
+    const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
     const exchange::JsonItem* item = json ? json->member("since") : nullptr;
-    if (!item || item->isList || item->values.size() != 1)
-        return {};
-    const qint64* number = std::get_if<qint64>(&item->values.first());
-    return number ? std::optional<qint64>(*number) : std::nullopt;
+    if (item && !item->isList && item->values.size() == 1) {
+        if (const auto* number = std::get_if<qint64>(&item->values.first()))
+            return *number;
+    }
+    return Error{QStringLiteral("\"since\": the begin of the occurrence in ms is expected")};
+}
+
+int statusOf(AlarmDesk::Refusal refusal)
+{
+    switch (refusal) {
+        case AlarmDesk::Refusal::NoSuchAlarm:
+            return 404;
+        case AlarmDesk::Refusal::NotThat:
+            return 409;
+        default:
+            return 503;
+    }
+}
+
+AuditRecord acknowledgementRecord(const ApiContext& context, const Request& request, int alarm)
+{
+    AuditRecord record;
+    record.time = context.time();
+    record.action = QStringLiteral("acknowledge");
+    record.user = request.caller.user;
+    record.address = request.caller.address;
+    record.id = request.parameters.value(QStringLiteral("id"));
+    if (alarm >= 0) {
+        record.plc = context.alarms->desk()->engine().alarms()[alarm].plc;
+        record.label = context.alarms->desk()->engine().alarms()[alarm].label;
+    }
+    return record;
 }
 
 void acknowledge(const ApiContext& context, const Request& request, const Responder& respond)
 {
-    const std::optional<qint64> begin = beginOf(request.body);
-    if (!begin) {
-        respond(badRequest(QStringLiteral("\"since\" of the alarm is expected")));
-        return;
-    }
-    AlarmDesk& desk = context.alarms->desk();
+    const Expected<qint64> since = sinceOf(request);
+    if (!since)
+        return respond(badRequest(since.error().text));
     const QString id = request.parameters.value(QStringLiteral("id"));
-    const AlarmDesk::Acknowledgement result =
-        desk.acknowledge(id, *begin, request.caller.user, context.time());
-    switch (result.refusal) {
-        case AlarmDesk::Refusal::None:
-            context.alarms->settle(context.time());
-            respond(Response::json(alarmText(desk.engine(), desk.engine().find(id)) + '\n'));
-            return;
-        case AlarmDesk::Refusal::NoSuchAlarm:
-            respond(notFound(result.reason));
-            return;
-        case AlarmDesk::Refusal::NotThat:
-            respond(Response::error(409, result.reason));
-            return;
-        case AlarmDesk::Refusal::NotKept:
-            respond(Response::error(503, result.reason));
-            return;
-    }
+    const int alarm = context.alarms->desk()->engine().find(id);
+    AuditRecord record = acknowledgementRecord(context, request, alarm);
+    if (const Expected<void> isKept = context.audit(record); !isKept)
+        return respond(Response::error(
+            503, QStringLiteral("the audit cannot be written: %1").arg(isKept.error().text)));
+    const AlarmDesk::Acknowledgement done =
+        context.alarms->desk()->acknowledge(id, *since, request.caller.user, context.time());
+    record.phase = AuditRecord::Outcome;
+    record.outcome = done.refusal == AlarmDesk::Refusal::None ? QStringLiteral("done")
+                                                              : QStringLiteral("refused");
+    record.reason = done.reason;
+    static_cast<void>(context.audit(record));
+    if (done.refusal != AlarmDesk::Refusal::None)
+        return respond(Response::error(statusOf(done.refusal), done.reason));
+    context.alarms->passSecond();
+    respond(Response::json(context.alarms->one(alarm) + '\n'));
 }
 
 } // namespace
@@ -98,10 +97,10 @@ void acknowledge(const ApiContext& context, const Request& request, const Respon
 QVector<Route> alarmRoutes(const ApiContext& context)
 {
     return {
-        {Method::Get, "/api/v1/alarms", Role::Viewer, Route::Reads, "Alarms and their states",
+        {Method::Get, "/api/v1/alarms", Role::Viewer, Route::Reads, "Alarms as they are now",
          onPlants(context, &listAlarms)},
         {Method::Get, "/api/v1/alarms/history", Role::Viewer, Route::Reads,
-         "Alarms of the past, the newest first", onPlants(context, &listPastAlarms)},
+         "Alarms of a time, the newest first", onPlants(context, &showPast)},
         {Method::Post, "/api/v1/alarms/{id}/acknowledge", Role::Operator, Route::Changes,
          "Acknowledge an alarm", onPlants(context, &acknowledge)},
     };

@@ -12,7 +12,7 @@
 
 namespace plc::panel {
 
-class AlarmFeed;
+class AlarmWatch;
 class HistoryQueries;
 class RecipeDesk;
 
@@ -23,7 +23,7 @@ struct ApiContext {
     WriteDesk* writes = nullptr;
     Access* access = nullptr;
     HistoryQueries* history = nullptr; ///< Null: nothing is recorded.
-    AlarmFeed* alarms = nullptr;
+    AlarmWatch* alarms = nullptr;
     RecipeDesk* recipes = nullptr; ///< Null: none are kept.
     std::function<Expected<void>(const AuditRecord&)> audit;
     /// Has a thread of its own work out a response; for any thread.

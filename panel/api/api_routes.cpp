@@ -6,7 +6,7 @@ QVector<Route> apiRoutes(const ApiContext& context)
 {
     return sessionRoutes(context) + plantRoutes(context) + eventRoutes(context) +
            writeRoutes(context) + historyRoutes(context) + alarmRoutes(context) +
-           recipeRoutes(context) + auditRoutes(context);
+           recipeRoutes(context) + auditRoutes(context) + openApiRoutes();
 }
 
 } // namespace plc::panel

@@ -17,6 +17,8 @@ QVector<Route> historyRoutes(const ApiContext& context);
 QVector<Route> alarmRoutes(const ApiContext& context);
 QVector<Route> recipeRoutes(const ApiContext& context);
 QVector<Route> auditRoutes(const ApiContext& context);
+/// The description of all others.
+QVector<Route> openApiRoutes();
 
 /// All of them.
 QVector<Route> apiRoutes(const ApiContext& context);

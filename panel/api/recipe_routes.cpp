@@ -1,143 +1,108 @@
+#include <QtCore/QCryptographicHash>
+
 #include "exchange/flat_json.h"
 #include "panel/api/api_routes.h"
-#include "panel/api/json_text.h"
-#include "panel/api/plant_recipe.h"
+#include "panel/api/plant_recipe_plc.h"
+#include "panel/api/recipe_texts.h"
 #include "panel/recipes/recipe_desk.h"
-#include "values/nearest_name.h"
 
 namespace plc::panel {
 namespace {
 
-Response failureResponse(const RecipeFailure& failure)
+constexpr int kIdLetters = 24;
+
+QString nameOf(const Request& request)
 {
-    constexpr int kStatus[] = {400, 404, 409, 503, 500};
-    return Response::error(kStatus[failure.kind], failure.text);
+    return request.parameters.value(QStringLiteral("name"));
 }
 
-QByteArray contentText(const RecipeContent& content)
+Response refusal(const RecipeFailure& failure)
 {
-    host::DataPoint point;
-    point.type = content.type.type;
-    point.elements = content.type.elements;
-    return valueText(point, content.values);
-}
-
-void appendContent(const char* key, const std::optional<RecipeContent>& content, QByteArray* json)
-{
-    appendKey(key, json);
-    json->append(content ? contentText(*content) : QByteArray("null"));
-}
-
-void appendTruth(const char* key, const std::optional<bool>& truth, QByteArray* json)
-{
-    appendKey(key, json);
-    json->append(!truth ? "null" : *truth ? "true" : "false");
-}
-
-QByteArray recipeText(const Recipe& recipe)
-{
-    QByteArray json = "{";
-    appendMember("name", recipe.name, &json);
-    appendMember("plc", recipe.plc, &json);
-    appendMember("savedAt", recipe.savedAt, &json);
-    appendMember("savedBy", recipe.savedBy, &json);
-    json.append(",\"values\":[");
-    for (const RecipeEntry& entry : recipe.entries) {
-        json.append(json.endsWith('[') ? "{" : ",{");
-        appendMember("label", entry.label, &json);
-        appendMember("type", recipeTypeText(entry.content.type), &json);
-        appendContent("value", entry.content, &json);
-        json.append('}');
+    switch (failure.kind) {
+        case RecipeFailure::Senseless:
+            return badRequest(failure.text);
+        case RecipeFailure::Missing:
+            return notFound(failure.text);
+        case RecipeFailure::Conflict:
+            return Response::error(409, failure.text);
+        case RecipeFailure::Unreadable:
+            return Response::error(503, failure.text);
+        default:
+            return Response::error(500, failure.text);
     }
-    return json.append("]}\n");
 }
 
-QByteArray comparisonText(const QVector<ComparedValue>& values)
+/// Whether recipes are kept at all; answers where they are not.
+bool hasFolder(const ApiContext& context, const Responder& respond)
 {
-    QByteArray json = "{\"values\":[";
-    for (const ComparedValue& value : values) {
-        json.append(json.endsWith('[') ? "{" : ",{");
-        appendMember("label", value.label, &json);
-        appendContent("saved", value.saved, &json);
-        appendContent("now", value.now, &json);
-        appendTruth("equal", value.isEqual, &json);
-        appendMember("reason", value.reason, &json);
-        json.append('}');
-    }
-    return json.append("]}\n");
+    if (context.recipes)
+        return true;
+    respond(notFound(QStringLiteral("no recipes are kept: the configuration names no folder")));
+    return false;
 }
 
-QByteArray reportText(const RestoreReport& report)
+/// The recipe of the path; answers and gives nothing where there is none.
+std::optional<Recipe> recipeOf(const ApiContext& context, const Request& request,
+                               const Responder& respond)
 {
-    QByteArray json = "{";
-    appendMember("id", report.id, &json);
-    appendMember("recipe", report.recipe, &json);
-    appendMember("plc", report.plc, &json);
-    json.append(",\"values\":[");
-    for (const RestoredValue& value : report.values) {
-        json.append(json.endsWith('[') ? "{" : ",{");
-        appendMember("label", value.label, &json);
-        appendContent("saved", value.saved, &json);
-        appendContent("before", value.before, &json);
-        appendContent("after", value.after, &json);
-        appendMember("outcome",
-                     value.isEqual ? QStringLiteral("equal") : recipeOutcomeText(value.outcome),
-                     &json);
-        appendMember("reason", value.reason, &json);
-        appendTruth("verified", value.isVerified, &json);
-        json.append('}');
+    if (!hasFolder(context, respond))
+        return {};
+    RecipeResult<Recipe> found = context.recipes->find(nameOf(request));
+    if (const auto* failure = std::get_if<RecipeFailure>(&found)) {
+        respond(refusal(*failure));
+        return {};
     }
-    json.append(']');
-    appendMember("written", report.written, &json);
-    appendMember("equal", report.equal, &json);
-    appendMember("notWritten", report.notWritten, &json);
-    appendMember("notKnown", report.notKnown, &json);
-    return json.append("}\n");
+    return std::get<Recipe>(std::move(found));
 }
 
-/// What a recipe is to be sent to or read from; null, and answered, where it is not there.
-std::shared_ptr<RecipePlc> plcOf(const ApiContext& context, const Request& request,
-                                 const QString& plc, const QString& id, const Responder& respond)
+/// Null, and answered, where the panel has no such PLC.
+std::shared_ptr<RecipePlc> plcOf(const ApiContext& context, const QString& plc,
+                                 const Request& request, const Responder& respond,
+                                 const QString& writes = {})
 {
-    Plant* const plant = context.plants->find(plc);
-    if (!plant) {
-        respond(notFound(QStringLiteral("there is no PLC %1").arg(values::quoted(plc))));
-        return nullptr;
-    }
-    WriteRequest pattern;
-    pattern.id = id;
-    pattern.user = request.caller.user;
-    pattern.address = request.caller.address;
-    return std::make_shared<PlantRecipe>(plant, context.writes, pattern);
+    if (context.plants->find(plc))
+        return std::make_shared<PlantRecipePlc>(context, plc, request.caller, writes);
+    respond(notFound(QStringLiteral("there is no PLC %1").arg(plc)));
+    return nullptr;
+}
+
+AuditRecord recordOf(const ApiContext& context, const Request& request, const char* action,
+                     const QString& plc)
+{
+    AuditRecord record;
+    record.time = context.time();
+    record.action = QLatin1String(action);
+    record.user = request.caller.user;
+    record.address = request.caller.address;
+    record.plc = plc;
+    record.label = nameOf(request);
+    return record;
+}
+
+/// Whether it is on record that this is asked for; answers where it cannot be.
+bool isRecorded(const ApiContext& context, const AuditRecord& record, const Responder& respond)
+{
+    const Expected<void> isKept = context.audit(record);
+    if (!isKept)
+        respond(Response::error(
+            503, QStringLiteral("the audit cannot be written: %1").arg(isKept.error().text)));
+    return bool(isKept);
+}
+
+/// `reason` is empty for what is done.
+void recordEnd(const ApiContext& context, AuditRecord record, const QString& reason)
+{
+    record.time = context.time();
+    record.phase = AuditRecord::Outcome;
+    record.outcome = reason.isEmpty() ? QStringLiteral("done") : QStringLiteral("refused");
+    record.reason = reason;
+    static_cast<void>(context.audit(record));
 }
 
 void listRecipes(const ApiContext& context, const Request&, const Responder& respond)
 {
-    QByteArray json = "{\"recipes\":[";
-    for (const RecipeSummary& recipe : context.recipes->folder().list()) {
-        json.append(json.endsWith('[') ? "{" : ",{");
-        appendMember("name", recipe.name, &json);
-        appendMember("plc", recipe.plc, &json);
-        appendMember("values", recipe.values, &json);
-        appendMember("savedAt", recipe.savedAt, &json);
-        appendMember("savedBy", recipe.savedBy, &json);
-        if (!recipe.error.isEmpty())
-            appendMember("error", recipe.error, &json);
-        json.append('}');
-    }
-    respond(Response::json(json.append("]}\n")));
-}
-
-/// The recipe of the path; nothing, and answered, where it is not there.
-std::optional<Recipe> recipeOf(const ApiContext& context, const Request& request,
-                               const Responder& respond)
-{
-    const RecipeResult<Recipe> found =
-        context.recipes->find(request.parameters.value(QStringLiteral("name")));
-    if (const Recipe* recipe = std::get_if<Recipe>(&found))
-        return *recipe;
-    respond(failureResponse(std::get<RecipeFailure>(found)));
-    return {};
+    respond(Response::json(recipeListText(context.recipes ? context.recipes->folder().list()
+                                                          : QVector<RecipeSummary>())));
 }
 
 void showRecipe(const ApiContext& context, const Request& request, const Responder& respond)
@@ -146,68 +111,60 @@ void showRecipe(const ApiContext& context, const Request& request, const Respond
         respond(Response::json(recipeText(*recipe)));
 }
 
-/// What changes on disk alone; a restore's writes have records of their own.
-bool auditChange(const ApiContext& context, const Request& request, const QString& action,
-                 const QString& plc)
+/// The PLC and the labels of the body.
+Expected<RecipeDesk::SaveOrder> orderOf(const ApiContext& context, const Request& request)
 {
-    AuditRecord record;
-    record.time = context.time();
-    record.action = action;
-    record.user = request.caller.user;
-    record.address = request.caller.address;
-    record.plc = plc;
-    record.newValue = request.parameters.value(QStringLiteral("name"));
-    return bool(context.audit(record));
+    const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
+    if (!json)
+        return json.error();
+    const exchange::JsonItem* plc = json->member("plc");
+    const exchange::JsonItem* labels = json->member("labels");
+    const auto* name = plc && !plc->isList && plc->values.size() == 1
+                           ? std::get_if<QString>(&plc->values.first())
+                           : nullptr;
+    if (!name)
+        return Error{QStringLiteral("\"plc\": a text is expected")};
+    if (!labels || !labels->isList)
+        return Error{QStringLiteral("\"labels\": a list of texts is expected")};
+    RecipeDesk::SaveOrder order{nameOf(request), *name, {}, request.caller.user, context.time()};
+    for (const values::Value& value : labels->values) {
+        const auto* label = std::get_if<QString>(&value);
+        if (!label)
+            return Error{QStringLiteral("\"labels\": a list of texts is expected")};
+        order.labels.append(*label);
+    }
+    return order;
 }
 
 void saveRecipe(const ApiContext& context, const Request& request, const Responder& respond)
 {
-    const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
-    const exchange::JsonItem* plc = json ? json->member("plc") : nullptr;
-    const exchange::JsonItem* labels = json ? json->member("labels") : nullptr;
-    RecipeDesk::SaveOrder order;
-    bool isGood = plc && labels && labels->isList && plc->values.size() == 1;
-    if (isGood) {
-        for (const values::Value& label : labels->values) {
-            const QString* text = std::get_if<QString>(&label);
-            isGood = isGood && text;
-            order.labels.append(text ? *text : QString());
-        }
-        const QString* name = std::get_if<QString>(&plc->values.first());
-        isGood = isGood && name;
-        order.plc = name ? *name : QString();
-    }
-    if (!isGood) {
-        respond(badRequest(QStringLiteral("\"plc\" and a list \"labels\" are expected")));
+    if (!hasFolder(context, respond))
         return;
-    }
-    order.name = request.parameters.value(QStringLiteral("name"));
-    order.user = request.caller.user;
-    order.time = context.time();
-    std::shared_ptr<RecipePlc> target = plcOf(context, request, order.plc, order.name, respond);
-    if (!target)
+    const Expected<RecipeDesk::SaveOrder> order = orderOf(context, request);
+    if (!order)
+        return respond(badRequest(order.error().text));
+    const std::shared_ptr<RecipePlc> plc = plcOf(context, order->plc, request, respond);
+    const AuditRecord record = recordOf(context, request, "save recipe", order->plc);
+    if (!plc || !isRecorded(context, record, respond))
         return;
-    if (!auditChange(context, request, QStringLiteral("recipe"), order.plc)) {
-        respond(Response::error(503, QStringLiteral("the audit cannot be written")));
-        return;
-    }
-    context.recipes->save(order, target, [respond](const RecipeResult<Recipe>& result) {
-        const Recipe* recipe = std::get_if<Recipe>(&result);
-        respond(recipe ? Response::json(recipeText(*recipe))
-                       : failureResponse(std::get<RecipeFailure>(result)));
-    });
+    context.recipes->save(
+        *order, plc, [context, record, respond](const RecipeResult<Recipe>& saved) {
+            const auto* failure = std::get_if<RecipeFailure>(&saved);
+            recordEnd(context, record, failure ? failure->text : QString());
+            respond(failure ? refusal(*failure)
+                            : Response::json(recipeText(std::get<Recipe>(saved))));
+        });
 }
 
 void removeRecipe(const ApiContext& context, const Request& request, const Responder& respond)
 {
-    if (!auditChange(context, request, QStringLiteral("recipe removed"), QString())) {
-        respond(Response::error(503, QStringLiteral("the audit cannot be written")));
+    const AuditRecord record = recordOf(context, request, "remove recipe", {});
+    if (!hasFolder(context, respond) || !isRecorded(context, record, respond))
         return;
-    }
-    const RecipeResult<bool> removed =
-        context.recipes->remove(request.parameters.value(QStringLiteral("name")));
-    const RecipeFailure* failure = std::get_if<RecipeFailure>(&removed);
-    respond(failure ? failureResponse(*failure) : Response::nothing());
+    const RecipeResult<bool> removed = context.recipes->remove(nameOf(request));
+    const auto* failure = std::get_if<RecipeFailure>(&removed);
+    recordEnd(context, record, failure ? failure->text : QString());
+    respond(failure ? refusal(*failure) : Response::nothing());
 }
 
 void compareRecipe(const ApiContext& context, const Request& request, const Responder& respond)
@@ -215,63 +172,79 @@ void compareRecipe(const ApiContext& context, const Request& request, const Resp
     const std::optional<Recipe> recipe = recipeOf(context, request, respond);
     if (!recipe)
         return;
-    const auto target = plcOf(context, request, recipe->plc, recipe->name, respond);
-    if (!target)
+    const std::shared_ptr<RecipePlc> plc = plcOf(context, recipe->plc, request, respond);
+    if (!plc)
         return;
-    RecipeDesk::compare(*recipe, target,
-                        [respond](const RecipeResult<QVector<ComparedValue>>& result) {
-                            const auto* values = std::get_if<QVector<ComparedValue>>(&result);
-                            respond(values ? Response::json(comparisonText(*values))
-                                           : failureResponse(std::get<RecipeFailure>(result)));
-                        });
+    RecipeDesk::compare(
+        *recipe, plc,
+        [recipe = *recipe, respond](const RecipeResult<QVector<ComparedValue>>& compared) {
+            respond(
+                Response::json(comparisonText(recipe, std::get<QVector<ComparedValue>>(compared))));
+        });
+}
+
+/// What the ids of a restore's writes begin with: as short as ids are to be.
+QString writeIds(const QString& id)
+{
+    const QByteArray hash = QCryptographicHash::hash(id.toUtf8(), QCryptographicHash::Sha256);
+    return QStringLiteral("restore/") + QString::fromLatin1(hash.toHex().left(kIdLetters));
+}
+
+QString summaryOf(const RestoreReport& report)
+{
+    return QStringLiteral("%1 written, %2 equal, %3 not written, %4 not known")
+        .arg(report.written)
+        .arg(report.equal)
+        .arg(report.notWritten)
+        .arg(report.notKnown);
 }
 
 void restoreRecipe(const ApiContext& context, const Request& request, const Responder& respond)
 {
     const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
     const exchange::JsonItem* item = json ? json->member("id") : nullptr;
-    const QString* id = item && !item->isList && item->values.size() == 1
-                            ? std::get_if<QString>(&item->values.first())
-                            : nullptr;
-    constexpr int kLongestId = 50;
-    if (!id || id->isEmpty() || id->size() > kLongestId) {
-        respond(badRequest(
-            QStringLiteral("\"id\": a text of 1 to %1 characters is expected").arg(kLongestId)));
-        return;
-    }
+    const auto* id = item && !item->isList && item->values.size() == 1
+                         ? std::get_if<QString>(&item->values.first())
+                         : nullptr;
+    if (!id)
+        return respond(badRequest(QStringLiteral("\"id\": a text is expected")));
     const std::optional<Recipe> recipe = recipeOf(context, request, respond);
     if (!recipe)
         return;
-    const auto target = plcOf(context, request, recipe->plc, *id, respond);
-    if (!target)
+    const std::shared_ptr<RecipePlc> plc =
+        plcOf(context, recipe->plc, request, respond, writeIds(*id));
+    AuditRecord record = recordOf(context, request, "restore recipe", recipe->plc);
+    record.id = *id;
+    if (!plc || !isRecorded(context, record, respond))
         return;
-    context.recipes->restore(*id, *recipe, target,
-                             [respond](const RecipeResult<RestoreReport>& result) {
-                                 const auto* report = std::get_if<RestoreReport>(&result);
-                                 respond(report ? Response::json(reportText(*report))
-                                                : failureResponse(std::get<RecipeFailure>(result)));
-                             });
+    context.recipes->restore(
+        *id, *recipe, plc, [context, record, respond](const RecipeResult<RestoreReport>& restored) {
+            AuditRecord ended = record;
+            const auto* failure = std::get_if<RecipeFailure>(&restored);
+            ended.newValue = failure ? QString() : summaryOf(std::get<RestoreReport>(restored));
+            recordEnd(context, ended, failure ? failure->text : QString());
+            respond(failure ? refusal(*failure)
+                            : Response::json(reportText(std::get<RestoreReport>(restored))));
+        });
 }
 
 } // namespace
 
 QVector<Route> recipeRoutes(const ApiContext& context)
 {
-    if (!context.recipes)
-        return {};
     return {
-        {Method::Get, "/api/v1/recipes", Role::Viewer, Route::Reads, "Saved sets of values",
+        {Method::Get, "/api/v1/recipes", Role::Viewer, Route::Reads, "Sets of values that are kept",
          onPlants(context, &listRecipes)},
-        {Method::Get, "/api/v1/recipes/{name}", Role::Viewer, Route::Reads, "One of them",
+        {Method::Get, "/api/v1/recipes/{name}", Role::Viewer, Route::Reads, "The values of a set",
          onPlants(context, &showRecipe)},
         {Method::Put, "/api/v1/recipes/{name}", Role::Engineer, Route::Changes,
-         "Read values from a PLC and save them", onPlants(context, &saveRecipe)},
+         "Keep the values that a PLC has now", onPlants(context, &saveRecipe)},
         {Method::Delete, "/api/v1/recipes/{name}", Role::Engineer, Route::Changes,
-         "Remove a saved set", onPlants(context, &removeRecipe)},
+         "Forget a set of values", onPlants(context, &removeRecipe)},
         {Method::Get, "/api/v1/recipes/{name}/comparison", Role::Viewer, Route::Reads,
-         "Compare with what the PLC has now", onPlants(context, &compareRecipe)},
+         "A set beside what the PLC has now", onPlants(context, &compareRecipe)},
         {Method::Post, "/api/v1/recipes/{name}/restore", Role::Operator, Route::Changes,
-         "Write what differs, and read it back", onPlants(context, &restoreRecipe)},
+         "Write what differs and read it back", onPlants(context, &restoreRecipe)},
     };
 }
 

@@ -78,6 +78,8 @@ Expected<void> Panel::prepare()
             Plant::create(settings, m_settings.isReadOnly, m_driver, this);
         if (!plant)
             return plant.error();
+        if (const Expected<void> areSensible = AlarmWatch::check(**plant); !areSensible)
+            return areSensible.error();
         m_plants.add(std::move(*plant));
     }
     return {};
@@ -156,12 +158,25 @@ Expected<void> Panel::startAlarms()
     const QString file = m_settings.record.file.isEmpty()
                              ? QString()
                              : m_settings.record.file + QStringLiteral(".alarms");
-    Expected<std::unique_ptr<AlarmFeed>> alarms = AlarmFeed::start(
-        m_plants, file, wallClock(),
+    QVector<AlarmSettings> alarms;
+    for (const PlcSettings& plc : m_settings.plcs)
+        alarms += plc.alarms;
+    std::unique_ptr<AlarmHistory> history;
+    if (!file.isEmpty() && !alarms.isEmpty()) {
+        Expected<std::unique_ptr<AlarmHistory>> opened = AlarmHistory::open(file, {});
+        if (!opened)
+            return opened.error();
+        history = std::move(*opened);
+    }
+    Expected<std::unique_ptr<AlarmDesk>> desk =
+        AlarmDesk::open(alarms, std::move(history), wallClock());
+    if (!desk)
+        return desk.error();
+    m_alarmDesk = std::move(*desk);
+    m_alarms = std::make_unique<AlarmWatch>(
+        &m_plants, m_alarmDesk.get(), &wallClock,
         [this](const QByteArray& alarm) { m_subscriptions.tellAll("alarm", alarm); });
-    if (!alarms)
-        return alarms.error();
-    m_alarms = std::move(*alarms);
+    m_alarms->begin();
     return {};
 }
 
@@ -211,7 +226,7 @@ void Panel::sampled(Plant* plant, const QVector<int>& changed)
     m_subscriptions.sampled(plant, changed);
     if (m_recorder)
         m_recorder->sampled(*plant, changed, wallClock());
-    m_alarms->sampled(*plant, changed, wallClock());
+    m_alarms->sampled(plant, changed);
 }
 
 void Panel::linkChanged(Plant* plant)
@@ -226,9 +241,21 @@ void Panel::linkChanged(Plant* plant)
 void Panel::passSecond()
 {
     m_subscriptions.passSecond();
-    m_alarms->settle(wallClock());
+    tellAlarms();
     if (m_recorder)
         tellRecorder();
+}
+
+/// Each trouble once.
+void Panel::tellAlarms()
+{
+    m_alarms->passSecond();
+    const QString error = m_alarms->failure();
+    if (error == m_toldAlarmError)
+        return;
+    m_toldAlarmError = error;
+    m_log(error.isEmpty() ? QStringLiteral("alarms are kept again")
+                          : QStringLiteral("alarms are not kept: %1").arg(error));
 }
 
 /// Each trouble once.

@@ -9,7 +9,7 @@
 #include "panel/access/access.h"
 #include "panel/access/access_guard.h"
 #include "panel/access/audit_log.h"
-#include "panel/api/alarm_feed.h"
+#include "panel/api/alarm_watch.h"
 #include "panel/api/api_context.h"
 #include "panel/api/history_queries.h"
 #include "panel/config/settings.h"
@@ -50,6 +50,7 @@ private:
     Expected<void> startAlarms();
     Expected<void> audit(const AuditRecord& record);
     void tellRecorder();
+    void tellAlarms();
     ApiContext context();
 
     const PanelSettings m_settings;
@@ -64,7 +65,9 @@ private:
     Subscriptions m_subscriptions;
     std::shared_ptr<WriteDesk> m_writes;
     std::unique_ptr<ValueRecorder> m_recorder; ///< Null: nothing is recorded.
-    std::unique_ptr<AlarmFeed> m_alarms;
+    std::unique_ptr<AlarmDesk> m_alarmDesk;
+    std::unique_ptr<AlarmWatch> m_alarms;
+    QString m_toldAlarmError;
     std::unique_ptr<RecipeDesk> m_recipes; ///< Null: none are kept.
     HistoryQueries m_queries;
     QString m_toldRecorderError;

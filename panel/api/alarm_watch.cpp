@@ -1,0 +1,146 @@
+#include "panel/api/alarm_watch.h"
+
+#include "host/points/value_codec.h"
+#include "panel/api/alarm_json.h"
+
+namespace plc::panel {
+namespace {
+
+bool fits(const AlarmSettings& alarm, const values::IecType& type)
+{
+    const bool isTruth = type.format == values::ValueFormat::Boolean;
+    const bool isNumber = !isTruth && !values::isText(type);
+    switch (alarm.condition) {
+        case AlarmSettings::Above:
+        case AlarmSettings::Below:
+            return isNumber;
+        case AlarmSettings::Is:
+            if (std::holds_alternative<bool>(alarm.state))
+                return isTruth;
+            return std::holds_alternative<QString>(alarm.state) ? values::isText(type) : isNumber;
+        default:
+            return true;
+    }
+}
+
+Error problem(const AlarmSettings& alarm, const QString& text)
+{
+    return {QStringLiteral("%1: the alarm %2 %3: %4")
+                .arg(alarm.plc, alarm.label, conditionText(alarm), text)};
+}
+
+} // namespace
+
+Expected<void> AlarmWatch::check(const Plant& plant)
+{
+    for (const AlarmSettings& alarm : plant.settings().alarms) {
+        const Expected<host::DataPoint> point = plant.find(alarm.label);
+        if (!point)
+            return problem(alarm, point.error().text);
+        if (point->elements > 1)
+            return problem(alarm, QStringLiteral("expected one value, not several"));
+        if (!fits(alarm, *point->type))
+            return problem(alarm, QStringLiteral("the value is %1, which is never so")
+                                      .arg(QLatin1String(point->type->name)));
+    }
+    return {};
+}
+
+AlarmWatch::AlarmWatch(Plants* plants, AlarmDesk* desk, Clock time, Tell tell)
+    : m_plants(plants), m_desk(desk), m_time(std::move(time)), m_tell(std::move(tell))
+{
+}
+
+void AlarmWatch::begin()
+{
+    m_watched.clear();
+    for (const AlarmSettings& alarm : m_desk->engine().alarms()) {
+        Plant* const plant = m_plants->find(alarm.plc);
+        if (!plant)
+            continue;
+        const Expected<host::DataPoint> point = plant->find(alarm.label);
+        if (!point)
+            continue;
+        const Watched watched{plant->want(*point), alarm.label};
+        m_watched[plant].append(watched);
+        observe(*plant, watched);
+    }
+    settle();
+}
+
+void AlarmWatch::sampled(Plant* plant, const QVector<int>& changed)
+{
+    const auto found = m_watched.find(plant);
+    if (found == m_watched.end())
+        return;
+    for (const Watched& watched : std::as_const(found->second)) {
+        if (changed.contains(watched.slot))
+            observe(*plant, watched);
+    }
+    if (const std::optional<qint64> confirmed = plant->confirmed())
+        m_desk->confirm(plant->name(), *confirmed);
+    settle();
+}
+
+void AlarmWatch::observe(const Plant& plant, const Watched& watched)
+{
+    const LiveValue& value = plant.value(watched.slot);
+    AlarmObservation observation;
+    observation.time = m_time();
+    if (value.quality == Quality::Good && value.wasRead()) {
+        observation.value = host::decodeValue(plant.point(watched.slot), value.bytes);
+        observation.time = value.time;
+    }
+    m_desk->take(plant.name(), watched.label, observation);
+}
+
+void AlarmWatch::settle()
+{
+    const QVector<int> changed = m_desk->settle(m_time());
+    for (const int alarm : changed)
+        m_tell(one(alarm));
+}
+
+const values::IecType* AlarmWatch::typeOf(const QString& plc, const QString& label) const
+{
+    const Plant* const plant = m_plants->find(plc);
+    const Expected<host::DataPoint> point =
+        plant ? plant->find(label) : Expected<host::DataPoint>(Error{});
+    return point ? point->type : nullptr;
+}
+
+QByteArray AlarmWatch::one(int alarm) const
+{
+    const AlarmEngine& engine = m_desk->engine();
+    const AlarmSettings& settings = engine.alarms()[alarm];
+    const values::IecType* type = typeOf(settings.plc, settings.label);
+    static const values::IecType* const kUnknown = values::findIecType(std::string_view("LREAL"));
+    return alarmText(settings, engine.id(alarm), engine.status(alarm), type ? *type : *kUnknown);
+}
+
+QByteArray AlarmWatch::list() const
+{
+    QByteArray json = "{\"alarms\":[";
+    for (int i = 0; i < int(m_desk->engine().alarms().size()); ++i)
+        json.append(i == 0 ? "" : ",").append(one(i));
+    return json.append("]}\n");
+}
+
+Expected<QByteArray> AlarmWatch::history(qint64 from, qint64 to, int most)
+{
+    const Expected<QVector<AlarmOccurrence>> found = m_desk->between(from, to, most);
+    if (!found)
+        return found.error();
+    QByteArray json = "{\"alarms\":[";
+    for (const AlarmOccurrence& occurrence : *found) {
+        const int alarm = m_desk->engine().find(occurrence.alarm);
+        AlarmState state = AlarmState::Ended;
+        if (!occurrence.end)
+            state = alarm < 0 ? AlarmState::Unknown : m_desk->engine().status(alarm).state;
+        json.append(json.endsWith('[') ? "" : ",")
+            .append(pastAlarmText(occurrence, state, typeOf(occurrence.plc, occurrence.label)));
+    }
+    return json.append("]}\n");
+}
+
+} // namespace plc::panel
