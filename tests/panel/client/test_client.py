@@ -1,0 +1,290 @@
+"""The client for Python against the program itself."""
+
+import http.client
+import json
+import math
+import socket
+import subprocess
+import sys
+import threading
+import time
+import unittest
+
+from panel_site import PATIENCE, SOURCES, Events, Site, comes_true, free_port
+from plc_panel_client import Confirmed, Link, Lost, Panel, PanelError, Value
+
+
+class Cutter:
+    """Leads connections to a panel, and cuts those that carry a write when it has gone through."""
+
+    def __init__(self, port):
+        self._target = port
+        self._server = socket.create_server(("127.0.0.1", 0))
+        self.port = self._server.getsockname()[1]
+        self.cuts = 0
+        threading.Thread(target=self._accept, daemon=True).start()
+
+    def _accept(self):
+        while True:
+            try:
+                client, _ = self._server.accept()
+            except OSError:
+                return
+            threading.Thread(target=self._serve, args=(client,), daemon=True).start()
+
+    def _serve(self, client):
+        with client, socket.create_connection(("127.0.0.1", self._target)) as panel:
+            request = client.recv(65536)
+            while b"POST" in request and not request.endswith(b"}"):
+                request += client.recv(65536)
+            panel.sendall(request)
+            answer = panel.recv(65536)
+            if request.startswith(b"POST"):
+                self.cuts += 1
+                return
+            while answer:
+                client.sendall(answer)
+                panel.settimeout(0.2)
+                try:
+                    answer = panel.recv(65536)
+                except OSError:
+                    return
+
+    def close(self):
+        self._server.close()
+
+
+class ClientTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.site = Site().start()
+        cls.panel = cls.site.up()
+        cls.plc = cls.site.plc
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.site.close()
+
+    def known(self, label, value):
+        comes_true(lambda: self.panel.read("plant", label)[0].value == value, f"{label} = {value}")
+
+    def test_plcs_and_symbols_are_listed(self):
+        plc = self.panel.plcs()[0]
+        self.assertEqual("plant", plc["name"])
+        self.assertEqual("up", plc["link"]["state"])
+        self.assertEqual(["P"], [scope["label"] for scope in self.panel.symbols("plant")])
+        symbols = {symbol["label"]: symbol for symbol in self.panel.symbols("plant", "P")}
+        self.assertEqual("REAL", symbols["P.level"]["type"])
+        self.assertEqual("%", symbols["P.level"]["unit"])
+        self.assertIn("P.level", [found["label"] for found in self.panel.search("plant", "filling")])
+
+    def test_values_of_each_kind_come_as_pythons_own(self):
+        self.plc.set("P.level", "2.5")
+        self.plc.set("P.wide", "-9007199254740993")
+        self.plc.set("P.on", "TRUE")
+        self.plc.set("P.name", "'Grüße'")
+        self.plc.set("P.exact", "LREAL#-inf")
+        self.plc.set("P.list[2]", "-7")
+        self.known("P.level", 2.5)
+        self.known("P.wide", -9007199254740993)
+        self.known("P.on", True)
+        self.known("P.name", "Grüße")
+        self.known("P.exact", -math.inf)
+        value = self.panel.read("plant", "P.list[1]*3")[0]
+        self.assertEqual([0, -7, 0], value.value)
+        self.assertEqual("good", value.quality)
+        self.assertLess(abs(time.time() - value.time), PATIENCE)
+
+    def test_a_write_tells_that_it_is_done(self):
+        outcome = self.panel.write("plant", "P.count", 41)
+        self.assertEqual("done", outcome.word)
+        self.assertTrue(outcome.is_done)
+        self.assertEqual("41", self.plc.get("P.count"))
+
+    def test_wide_integers_and_lists_are_written_exactly(self):
+        self.assertTrue(self.panel.write("plant", "P.wide", -9007199254740995).is_done)
+        self.assertEqual("-9007199254740995", self.plc.get("P.wide"))
+        self.assertTrue(self.panel.write("plant", "P.list[4]*2", [5, -6]).is_done)
+        self.assertEqual("-6", self.plc.get("P.list[5]"))
+
+    def test_a_refused_write_tells_number_and_words(self):
+        self.plc.set("P.count", "7")
+        self.plc.command("fail-writes on")
+        try:
+            outcome = self.panel.write("plant", "P.count", 8)
+        finally:
+            self.plc.command("fail-writes off")
+        self.assertEqual("refused", outcome.word)
+        self.assertEqual(0x40, outcome.details["status"])
+        self.assertIn("64", outcome.reason.replace("0x0040", "64").replace("0x40", "64"))
+        self.assertEqual("7", self.plc.get("P.count"))
+
+    def test_what_makes_no_sense_is_an_error_and_no_write(self):
+        for label, value, status in (("P.nothing", 1, 400), ("P.count", "x", 400)):
+            with self.assertRaises(PanelError) as caught:
+                self.panel.write("plant", label, value)
+            self.assertEqual(status, caught.exception.status)
+        with self.assertRaises(PanelError) as caught:
+            self.panel.write("mill", "P.count", 1)
+        self.assertEqual(404, caught.exception.status)
+
+    def test_the_same_id_writes_once(self):
+        self.assertTrue(self.panel.write("plant", "P.count", 50, "once").is_done)
+        self.plc.set("P.count", "51")
+        self.assertTrue(self.panel.write("plant", "P.count", 50, "once").is_done)
+        self.assertEqual("51", self.plc.get("P.count"))
+        with self.assertRaises(PanelError) as caught:
+            self.panel.write("plant", "P.count", 52, "once")
+        self.assertEqual(409, caught.exception.status)
+
+    def test_a_write_whose_answer_is_lost_is_asked_for_and_not_sent_again(self):
+        cutter = Cutter(self.site.port)
+        self.addCleanup(cutter.close)
+        panel = Panel(f"http://127.0.0.1:{cutter.port}", timeout=10)
+        self.addCleanup(panel.close)
+        outcome = panel.write("plant", "P.count", 60)
+        self.assertEqual("done", outcome.word)
+        self.assertEqual("60", self.plc.get("P.count"))
+        self.assertEqual(1, cutter.cuts)
+
+    def test_a_write_to_nobody_is_not_known(self):
+        panel = Panel(f"http://127.0.0.1:{free_port()}", timeout=0.5)
+        self.assertEqual("unknown", panel.write("plant", "P.count", 60).word)
+
+    def test_a_subscription_begins_with_all_and_goes_on_with_changes(self):
+        self.plc.set("P.count", "70")
+        self.known("P.count", 70)
+        events = Events(self.panel, [("plant", "P.count"), ("plant", "P.wide")])
+        self.assertEqual(70, events.wait(Value, lambda e: e.label == "P.count").value)
+        self.assertIsInstance(events.wait(Value, lambda e: e.label == "P.wide").value, int)
+        self.assertEqual("up", events.wait(Link).state)
+        events.forget()
+        before = time.time()
+        self.plc.set("P.count", "71")
+        changed = events.wait(Value)
+        self.assertEqual(("plant", "P.count", 71, "good"), changed[:4])
+        self.assertGreater(changed.time, before - PATIENCE)
+        events.wait(Confirmed, lambda e: e.time and e.time >= before)
+
+    def test_the_socket_of_the_file_system_serves_too(self):
+        panel = Panel(f"unix:{self.site.folder}/panel.sock")
+        self.addCleanup(panel.close)
+        self.assertEqual("plant", panel.plcs()[0]["name"])
+        self.assertTrue(panel.write("plant", "P.count", 80).is_done)
+
+    def test_an_idle_connection_that_the_server_has_closed_does_not_matter(self):
+        panel = self.site.panel()
+        panel.plcs()
+        panel._idle.sock.shutdown(socket.SHUT_RDWR)
+        self.assertEqual("plant", panel.plcs()[0]["name"])
+
+    def test_the_program_in_the_shell(self):
+        def run(*arguments):
+            command = [sys.executable, str(SOURCES / "docs/examples/plc_panel_client.py"),
+                       "--panel", self.site.address, *arguments]
+            return subprocess.run(command, capture_output=True, text=True, timeout=PATIENCE)
+
+        self.assertEqual("plant up \n", run("plcs").stdout)
+        self.assertEqual("done \n", run("write", "plant", "P.count", "90").stdout)
+        self.known("P.count", 90)
+        self.assertEqual("P.count 90 good\n", run("read", "plant", "P.count").stdout)
+        failed = run("read", "nowhere", "P.count")
+        self.assertEqual(1, failed.returncode)
+        self.assertIn("nowhere", failed.stderr)
+
+    def test_the_interface_is_served_as_it_is_documented(self):
+        documented = json.loads((SOURCES / "docs/openapi.json").read_text())
+        self.assertEqual(documented, self.panel.get("/openapi.json"))
+
+
+class LostPanelTest(unittest.TestCase):
+    def test_a_subscription_tells_the_loss_and_goes_on_with_the_next_panel(self):
+        site = Site().start()
+        self.addCleanup(site.close)
+        events = Events(site.up(), [("plant", "P.count")])
+        events.wait(Value)
+        site.kill()
+        events.wait(Lost)
+        events.forget()
+        site.plc.set("P.count", "5")
+        site.start()
+        events.wait(Value, lambda e: e.value == 5 and e.quality == "good")
+
+    def test_a_plc_that_goes_away_is_told(self):
+        site = Site().start()
+        self.addCleanup(site.close)
+        events = Events(site.up(), [("plant", "P.count")])
+        events.wait(Value, lambda e: e.quality == "good")
+        site.plc.command("offline")
+        events.wait(Link, lambda e: e.state == "down")
+        events.wait(Value, lambda e: e.quality == "stale")
+        outcome = site.panel().write("plant", "P.count", 1)
+        self.assertEqual("notSent", outcome.word)
+        site.plc.command("online")
+        events.forget()
+        events.wait(Value, lambda e: e.quality == "good")
+
+
+class UsersTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.site = Site(users="users")
+        for name, role in (("vera", "viewer"), ("otto", "operator"), ("emma", "engineer")):
+            code, printed = cls.site.run("user", "add", name, role, "--users",
+                                         str(cls.site.folder / "users"), text=f"{name}-secret-9\n")
+            assert code == 0, printed
+        cls.site.start()
+        cls.site.up(cls.as_user("emma"))
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.site.close()
+
+    @classmethod
+    def as_user(cls, name):
+        return cls.site.panel(user=name, password=f"{name}-secret-9")
+
+    def refusal(self, call):
+        with self.assertRaises(PanelError) as caught:
+            call()
+        return caught.exception.status
+
+    def test_nobody_gets_nothing(self):
+        self.assertEqual(401, self.refusal(self.site.panel().plcs))
+
+    def test_a_wrong_password_is_refused(self):
+        panel = self.site.panel(user="vera", password="wrong")
+        self.assertEqual(401, self.refusal(panel.plcs))
+
+    def test_a_viewer_reads_and_does_not_write(self):
+        panel = self.as_user("vera")
+        self.assertEqual("viewer", panel.get("/session")["role"])
+        self.assertEqual(403, self.refusal(lambda: panel.write("plant", "P.count", 1)))
+
+    def test_the_audit_names_who_wrote(self):
+        panel = self.as_user("otto")
+        panel.write("plant", "P.count", 3)
+        records = [record for record in self.site.audit() if record["action"] == "write"]
+        self.assertEqual({"otto"}, {record["user"] for record in records})
+        self.assertEqual("done", records[-1]["outcome"])
+
+    def test_a_session_that_the_server_has_forgotten_is_opened_again(self):
+        panel = self.as_user("vera")
+        panel.plcs()
+        self.site.stop()
+        self.site.start()
+        self.assertEqual("plant", panel.plcs()[0]["name"])
+
+    def test_after_the_logout_the_token_is_worth_nothing(self):
+        panel = self.as_user("vera")
+        panel.plcs()
+        token = panel._token
+        panel.logout()
+        connection = http.client.HTTPConnection("127.0.0.1", self.site.port)
+        self.addCleanup(connection.close)
+        connection.request("GET", "/api/v1/plcs", headers={"Authorization": f"Bearer {token}"})
+        self.assertEqual(401, connection.getresponse().status)
+
+
+if __name__ == "__main__":
+    unittest.main()
