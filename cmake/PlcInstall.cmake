@@ -1,7 +1,7 @@
 # What `cmake --install` puts where, in components: runtime (the driver's shared library), development
 # (its header, CMake package, pkg-config file, documents), host and tcp (the shared libraries of the
-# host), host_development (their headers and static libraries), tools (programs, manual pages, demo)
-# and gateway (plc-gateway, its manual page and its service).
+# host), host_development (their headers and static libraries), tools (programs, manual pages, demo),
+# gateway (plc-gateway, its manual page and its service) and panel (the same of plc-panel).
 
 include(CMakePackageConfigHelpers)
 
@@ -97,10 +97,10 @@ install(DIRECTORY docs
   PATTERN "*.md" PATTERN "*.json" PATTERN "*.svg" PATTERN "*.h" PATTERN "*.cpp")
 
 if(PLC_BUILD_TOOLS)
-  foreach(tool plc plc-simulator plc-gateway)
+  foreach(tool plc plc-simulator plc-gateway plc-panel)
     set(plc_component tools)
-    if(tool STREQUAL plc-gateway)
-      set(plc_component gateway)
+    if(tool MATCHES "^plc-(gateway|panel)$")
+      set(plc_component ${CMAKE_MATCH_1})
     endif()
     if(TARGET ${tool})
       install(TARGETS ${tool}
@@ -121,6 +121,14 @@ if(PLC_BUILD_TOOLS)
       DESTINATION ${plc_data_dir} COMPONENT gateway)
     install(FILES docs/examples/gateway.json docs/examples/tank.json
       DESTINATION ${plc_data_dir}/gateway COMPONENT gateway)
+  endif()
+  if(TARGET plc-panel)
+    install(FILES ${PROJECT_BINARY_DIR}/panel/plc-panel@.service
+      DESTINATION lib/systemd/system COMPONENT panel)
+    install(FILES docs/panel-config.schema.json DESTINATION ${plc_data_dir} COMPONENT panel OPTIONAL)
+    install(FILES docs/examples/panel.json DESTINATION ${plc_data_dir}/panel COMPONENT panel)
+    install(PROGRAMS docs/examples/plc_panel_client.py
+      DESTINATION ${plc_data_dir}/panel COMPONENT panel)
   endif()
   install(DIRECTORY simulator/demo/ DESTINATION ${plc_data_dir}/demo COMPONENT tools)
   install(FILES tools/wireshark/plc_block.lua tools/wireshark/README.md

@@ -10,6 +10,7 @@ set(plc_runtime_package libplc-driver-qt${PLC_QT_MAJOR}-${PROJECT_VERSION_MAJOR}
 set(plc_development_package libplc-driver-qt${PLC_QT_MAJOR}-dev)
 set(plc_tools_package plc-tools)
 set(plc_gateway_package plc-gateway)
+set(plc_panel_package plc-panel)
 set(plc_host_package libplc-host-qt${PLC_QT_MAJOR}-${PROJECT_VERSION_MAJOR})
 set(plc_tcp_package libplc-host-tcp-qt${PLC_QT_MAJOR}-${PROJECT_VERSION_MAJOR})
 set(plc_host_development_package libplc-host-qt${PLC_QT_MAJOR}-dev)
@@ -29,9 +30,11 @@ set(CPACK_COMPONENTS_ALL runtime development)
 if(PLC_BUILD_TOOLS)
   list(APPEND CPACK_COMPONENTS_ALL tools host tcp host_development)
 endif()
-if(TARGET plc-gateway)
-  list(APPEND CPACK_COMPONENTS_ALL gateway)
-endif()
+foreach(component gateway panel)
+  if(TARGET plc-${component})
+    list(APPEND CPACK_COMPONENTS_ALL ${component})
+  endif()
+endforeach()
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${PLC_PACKAGE_REVISION})
 set(CPACK_DEBIAN_PACKAGE_SOURCE plc-driver)
@@ -123,6 +126,16 @@ This package holds plc-gateway, which publishes the values of PLCs by MQTT, as
 Sparkplug B or as JSON, and its service for systemd.")
 set(CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS "${plc_runtime_package} (= ${plc_package_version})")
 set(CPACK_DEBIAN_GATEWAY_PACKAGE_SUGGESTS "mosquitto, plc-tools, prometheus")
+set(CPACK_DEBIAN_PANEL_PACKAGE_NAME ${plc_panel_package})
+set(CPACK_DEBIAN_PANEL_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_PANEL_DESCRIPTION "values of PLCs in the browser, with a recorder
+${plc_about}
+
+This package holds plc-panel, which shows the values of PLCs in the browser,
+live and back in time, writes them with confirmation, watches for alarms and
+serves programs over HTTP; its service for systemd; and a client for Python.")
+set(CPACK_DEBIAN_PANEL_PACKAGE_DEPENDS "${plc_runtime_package} (= ${plc_package_version})")
+set(CPACK_DEBIAN_PANEL_PACKAGE_SUGGESTS "plc-tools, python3")
 
 # What only the packages hold: the papers that Debian asks for, and the dissector where Wireshark
 # looks for it.
