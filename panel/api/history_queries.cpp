@@ -74,7 +74,7 @@ void appendChanges(const SeriesDescription& series, const recorder::History& his
     json->append("],\"qualities\":[").append(qualities).append("]}");
 }
 
-void appendReal(double number, QByteArray* json)
+void appendNumberOrNull(double number, QByteArray* json)
 {
     if (std::isfinite(number))
         json->append(QByteArray::number(number, 'g', 12));
@@ -93,10 +93,10 @@ void appendAggregates(const QVector<recorder::Aggregate>& aggregates, qint64 ste
         }
         const double nothing = std::nan("");
         appendNumber(aggregate.begin, &columns[0]);
-        appendReal(isKnown ? aggregate.mean : nothing, &columns[1]);
-        appendReal(isKnown ? aggregate.minimum : nothing, &columns[2]);
-        appendReal(isKnown ? aggregate.maximum : nothing, &columns[3]);
-        appendReal(aggregate.coverage, &columns[4]);
+        appendNumberOrNull(isKnown ? aggregate.mean : nothing, &columns[1]);
+        appendNumberOrNull(isKnown ? aggregate.minimum : nothing, &columns[2]);
+        appendNumberOrNull(isKnown ? aggregate.maximum : nothing, &columns[3]);
+        appendNumberOrNull(aggregate.coverage, &columns[4]);
     }
     json->append(",\"kind\":\"aggregates\"");
     appendMember("step", step, json);
