@@ -113,7 +113,7 @@ class Site:
         self.folder = pathlib.Path(self._folder.name)
         self.port = free_port()
         self.configuration = {"listen": f"127.0.0.1:{self.port}", "audit": "audit.jsonl",
-                              "recipes": "recipes", "alarmHistory": "alarms.sqlite",
+                              "recipes": "recipes", "record": {"file": "record.sqlite"},
                               "socket": "panel.sock"}
         self.configuration.update(configuration)
         path = self.folder / "project.json"
