@@ -3,7 +3,7 @@
 import { ageText, timeText } from "../state/ages.js";
 import { formatShort, formatValue } from "../values/format.js";
 import { html } from "../html.js";
-import { isDrawn } from "../values/types.js";
+import { isDrawn, typeOf } from "../values/types.js";
 import { Mark } from "../parts/mark.js";
 import { Sparkline } from "../parts/sparkline.js";
 import { startWrite } from "./write_dialog.js";
@@ -26,7 +26,7 @@ export function ValueRow({ panel, row, now, index, focusable, onFocus }) {
     </div>
     <${ValueCell} row=${row} fresh=${fresh} />
     <div role="gridcell" class="cell cell-unit">${row.unit}</div>
-    <div role="gridcell" class="cell cell-last-minute">${isDrawn(row.type) && html`<${Sparkline} trace=${row.trace} now=${now} fresh=${fresh} />`}</div>
+    <div role="gridcell" class="cell cell-trend" title="The last minute">${isDrawn(row.type) && html`<${Sparkline} trace=${row.trace} now=${now} fresh=${fresh} />`}</div>
     <div role="gridcell" class="cell cell-age">${ageText(panel.age(row))}</div>
     <div role="gridcell" class="cell cell-mark"><${Mark} mark=${mark} /></div>
     <${ExtremeCell} name="minimum" row=${row} value=${row.minimum} />
@@ -39,23 +39,24 @@ export function ValueRow({ panel, row, now, index, focusable, onFocus }) {
 const LONG = 14;
 const LONGER = 17;
 
-function sizeOf(text) {
+function sizeOf(text, type) {
+  if (typeOf(type).form === "text") return "number text";
   return text.length > LONGER ? "number longer" : text.length > LONG ? "number long" : "number";
 }
 
 function ExtremeCell({ name, row, value }) {
   const text = value === null ? "" : formatShort(value, row.type);
   const title = `${text}\nsince ${timeText(row.since)}`;
-  return html`<div role="gridcell" class=${`cell cell-${name}${text.length > 9 ? " long" : ""}`} title=${title}>${text}</div>`;
+  return html`<div role="gridcell" class=${`cell cell-${name}${text.length > 9 ? " long" : text.length > 7 ? " middling" : ""}`} title=${title}>${text}</div>`;
 }
 
 function ValueCell({ row, fresh }) {
   const text = formatValue(row.value, row.type);
   const [, main, beside] = /^(16#\S+) (\(\d+\))$/.exec(text) ?? [null, text, ""];
-  const size = sizeOf(main);
+  const size = sizeOf(main, row.type);
   return html`<div role="gridcell" class="cell cell-value" title=${text}>
     ${fresh ? html`<span class=${size}>${main}</span>` : html`<s class=${size}>${main}</s>`}
-    ${beside && html` <span class=${beside.length > 8 ? "beside below" : "beside"}>${beside}</span>`}
+    ${beside && html` <span class=${main.length + beside.length > LONG ? "beside below" : "beside"}>${beside}</span>`}
   </div>`;
 }
 

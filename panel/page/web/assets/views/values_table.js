@@ -12,7 +12,7 @@ const COLUMNS = [
   ["label", "Label"],
   ["value", "Value"],
   [null, "Unit"],
-  [null, "Last minute"],
+  [null, "Trend"],
   ["age", "Age"],
   ["mark", "Quality"],
   [null, "Minimum"],
