@@ -21,7 +21,7 @@ export function ValueRow({ panel, row, now, index, focusable, onFocus }) {
   return html`<div class=${`row value is-${mark}`} role="row" data-key=${row.key} aria-rowindex=${index} tabindex=${focusable ? 0 : -1}
       onFocus=${onFocus} onDblClick=${() => startWrite(panel, row)}>
     <div role="gridcell" class="cell cell-label" title=${[row.label, row.type, row.description, row.error].filter(Boolean).join("\n")}>
-      ${named && html`<span class="plc">${row.plc} </span>`}${row.label}
+      <span class="name">${named && html`<span class="plc">${row.plc} </span>`}${breakable(row.label)}</span>
       ${row.description && html`<span class="description">${row.description}</span>`}
     </div>
     <${ValueCell} row=${row} fresh=${fresh} />
@@ -43,6 +43,9 @@ function sizeOf(text, type) {
   if (typeOf(type).form === "text") return "number text";
   return text.length > LONGER ? "number longer" : text.length > LONG ? "number long" : "number";
 }
+
+// A label may go on in the next line before each of its parts.
+const breakable = (label) => label.split(/(?=[.[])/).map((part) => html`${part}<wbr />`);
 
 function ExtremeCell({ name, row, value }) {
   const text = value === null ? "" : formatShort(value, row.type);
