@@ -1,5 +1,3 @@
-#include <limits>
-
 #include "exchange/flat_json.h"
 #include "panel/api/alarm_watch.h"
 #include "panel/api/api_routes.h"

@@ -39,7 +39,7 @@ RecipeRestore::RecipeRestore(const QString& id, const Recipe& recipe,
         RestoredValue value;
         value.label = entry.label;
         value.saved = entry.content;
-        m_report.values.append(value);
+        m_report.values.push_back(value);
     }
 }
 

@@ -2,6 +2,7 @@
 #define PLC_PANEL_RECIPES_RECIPE_RESTORE_H
 
 #include <memory>
+#include <vector>
 
 #include "panel/recipes/recipe_plc.h"
 
@@ -25,7 +26,7 @@ struct RestoreReport {
     QString id;
     QString recipe;
     QString plc;
-    QVector<RestoredValue> values;
+    std::vector<RestoredValue> values;
     // Of the values each counts once:
     int written = 0;
     int equal = 0;
@@ -57,7 +58,7 @@ private:
     void goToNext();
     void giveUp(const QString& reason);
     void finish();
-    RestoredValue& current() { return m_report.values[m_place]; }
+    RestoredValue& current() { return m_report.values[std::size_t(m_place)]; }
 
     const std::shared_ptr<RecipePlc> m_plc;
     const Finished m_finished;

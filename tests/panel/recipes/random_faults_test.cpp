@@ -127,7 +127,7 @@ TEST(RandomFaults, AReportTellsWhatWasSoInThePlc)
         RestoreReport report;
         RecipeRestore::start(QStringLiteral("1"), letters(kValues), plc,
                              [&report](const RestoreReport& done) { report = done; });
-        ASSERT_EQ(kValues, report.values.size());
+        ASSERT_EQ(kValues, int(report.values.size()));
         EXPECT_EQ(kValues, report.written + report.equal + report.notWritten + report.notKnown);
         for (const RestoredValue& value : report.values) {
             check(value, *plc, before.at(value.label));

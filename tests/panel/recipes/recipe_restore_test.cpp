@@ -35,7 +35,7 @@ protected:
     /// "a 1: 5>1 done verified", or "a 1: ->- notSent false (reason)"
     std::string shown(int place) const
     {
-        const RestoredValue& value = report->values[place];
+        const RestoredValue& value = report->values[std::size_t(place)];
         std::string text = value.label.toStdString() + " " + valueText(value.saved) + ": " +
                            valueText(value.before) + ">" + valueText(value.after) + " " +
                            recipeOutcomeText(value.outcome).toStdString();
