@@ -1,0 +1,42 @@
+#ifndef PLC_BENCH_PANEL_PANEL_LOAD_H
+#define PLC_BENCH_PANEL_PANEL_LOAD_H
+
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+
+namespace plc::bench {
+
+/// A simulated PLC whose values all change once a second, and a panel that reads and records them
+/// once a second.
+class PanelLoad {
+public:
+    explicit PanelLoad(int values);
+    ~PanelLoad();
+
+    void start();
+
+    quint16 port() const { return m_port; }
+    qint64 panel() const { return m_panel.processId(); }
+    /// Requests that the PLC has had.
+    qint64 requests();
+
+    /// The answer to a request without events; its body.
+    QByteArray ask(const QByteArray& method, const QByteArray& target,
+                   const QByteArray& body = {}) const;
+    /// The id of a subscription to `count` values from number `first` (from 1) on.
+    QByteArray subscribe(int first, int count) const;
+
+private:
+    QString file(const char* name, const QByteArray& content) const;
+    static QByteArray lineOf(QProcess* process);
+
+    const int m_values;
+    const QTemporaryDir m_folder;
+    QProcess m_simulator;
+    QProcess m_panel;
+    quint16 m_port = 0;
+};
+
+} // namespace plc::bench
+
+#endif
