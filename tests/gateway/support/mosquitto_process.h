@@ -8,16 +8,10 @@
 #include <QtNetwork/QTcpServer>
 #include <QtNetwork/QTcpSocket>
 
+#include "support/plc_process.h"
+
 namespace plc {
 namespace test {
-
-/// A port that nobody listens on at this moment.
-inline quint16 freePort()
-{
-    QTcpServer server;
-    server.listen(QHostAddress::LocalHost);
-    return server.serverPort();
-}
 
 /// A broker of its own for a test, which can be killed and started again on the same port.
 class MosquittoProcess {

@@ -1,0 +1,149 @@
+#include <gmock/gmock.h>
+
+#include "panel/e2e/panel_site.h"
+
+namespace plc {
+namespace test {
+namespace {
+
+class PanelValues : public PanelSite {
+protected:
+    QJsonObject link()
+    {
+        return get("plcs")
+            .value(QLatin1String("plcs"))
+            .toArray()
+            .at(0)
+            .toObject()
+            .value(QLatin1String("link"))
+            .toObject();
+    }
+    std::string linkState()
+    {
+        return link().value(QLatin1String("state")).toString().toStdString();
+    }
+};
+
+TEST_F(PanelValues, AreThoseOfThePlc)
+{
+    plc->set("T.level", QStringLiteral("1234"));
+    plc->set("T.total", QStringLiteral("18446744073709551615"));
+    plc->set("T.temperature", QStringLiteral("-1.5"));
+    start();
+    EXPECT_TRUE(comesToShow("T.level", "1234"));
+    EXPECT_TRUE(comesToShow("T.total", "\"18446744073709551615\""));
+    EXPECT_TRUE(comesToShow("T.temperature", "-1.5"));
+    plc->set("T.level", QStringLiteral("65535"));
+    EXPECT_TRUE(comesToShow("T.level", "65535"));
+    EXPECT_EQ("mm", value("T.level").value(QLatin1String("unit")).toString().toStdString());
+}
+
+TEST_F(PanelValues, ThatAreNotReadAllTheTimeAreReadOnce)
+{
+    plc->set("T.aside", QStringLiteral("-7"));
+    plc->set("T.name", QStringLiteral("'north'"));
+    start();
+    EXPECT_EQ("-7", shown("T.aside"));
+    EXPECT_EQ("\"north\"", shown("T.name"));
+    EXPECT_EQ("good", quality("T.aside"));
+}
+
+TEST_F(PanelValues, ComeToAStreamAsTheyChange)
+{
+    plc->set("T.level", QStringLiteral("10"));
+    start();
+    const auto events = stream(subscribe("T.set,T.level"));
+    EXPECT_TRUE(events->waitFor("[1,10,\"g\","));
+    plc->set("T.level", QStringLiteral("11"));
+    EXPECT_TRUE(events->waitFor("\"rows\":[[1,11,\"g\","));
+}
+
+TEST_F(PanelValues, AreAllToldAgainToAStreamThatBeginsAnew)
+{
+    start();
+    const QByteArray id = subscribe("T.level");
+    stream(id).reset();
+    plc->set("T.level", QStringLiteral("77"));
+    ASSERT_TRUE(comesToShow("T.level", "77"));
+    EXPECT_TRUE(stream(id)->waitFor("\"rows\":[[0,77,\"g\","));
+}
+
+TEST_F(PanelValues, OfALostLinkAreStaleAndComeBack)
+{
+    plc->set("T.level", QStringLiteral("5"));
+    start();
+    ASSERT_TRUE(comesToShow("T.level", "5"));
+    const auto events = stream(subscribe("T.level"));
+    plc->kill();
+    EXPECT_TRUE(events->waitFor("\"state\":\"down\""));
+    EXPECT_TRUE(events->waitFor("[0,5,\"s\","));
+    EXPECT_EQ("down", linkState());
+    EXPECT_FALSE(link().value(QLatin1String("reason")).toString().isEmpty());
+    // What was read last is still shown, as what it is.
+    EXPECT_EQ("stale", quality("T.level"));
+    EXPECT_EQ("5", shown("T.level"));
+    // What is not read all the time is not known at all.
+    EXPECT_EQ("null", shown("T.aside"));
+    EXPECT_EQ("stale", quality("T.aside"));
+    ASSERT_TRUE(plc->start());
+    plc->set("T.level", QStringLiteral("6"));
+    EXPECT_TRUE(events->waitFor("[0,6,\"g\","));
+    EXPECT_EQ("up", linkState());
+}
+
+TEST_F(PanelValues, ThatThePlcRefusesAreBadAndOthersAreRead)
+{
+    start();
+    const auto events = stream(subscribe("T.missing,T.level"));
+    EXPECT_TRUE(events->waitFor("[0,null,\"b\",null]"));
+    plc->set("T.level", QStringLiteral("42"));
+    EXPECT_TRUE(events->waitFor("[1,42,\"g\","));
+}
+
+TEST_F(PanelValues, OfManySubscribersCauseTheRequestsOfOne)
+{
+    device[QStringLiteral("cycle")] = 1000;
+    start();
+    const auto first = stream(subscribe("T.aside,T.level"));
+    ASSERT_TRUE(first->waitFor("[0,0,\"g\","));
+    // A value of another area is read by the same request. Each pass is one of these.
+    std::vector<std::unique_ptr<HttpConnection>> streams;
+    for (int i = 0; i < 30; ++i)
+        streams.push_back(stream(subscribe(i % 2 ? "T.aside,T.level" : "T.level")));
+    const auto passes = [&] { return int(first->received().count("event: values")); };
+    const int before = passes();
+    const qint64 requests = plc->requests();
+    while (passes() < before + 4)
+        ASSERT_TRUE(first->receive());
+    // Four events, of which the first may be of a pass before; and as many on the way.
+    EXPECT_LE(plc->requests() - requests, 5);
+    EXPECT_GE(plc->requests() - requests, 3);
+}
+
+TEST_F(PanelValues, WithLabelsThatMakeNoSenseAreToldSo)
+{
+    start();
+    const HttpAnswer answer = post(
+        "subscriptions", R"({"values":[{"plc":"tank","label":"T.nope"},{"plc":"x","label":"y"}]})");
+    EXPECT_EQ(201, answer.status);
+    EXPECT_THAT(answer.body.toStdString(), testing::HasSubstr("has no"));
+    EXPECT_THAT(answer.body.toStdString(), testing::HasSubstr("there is no such PLC"));
+    EXPECT_EQ(400, HttpConnection(port).get("/api/v1/events?plc=tank&label=T.nope").status);
+    EXPECT_EQ(404, HttpConnection(port).get("/api/v1/values?plc=x&label=T.level").status);
+}
+
+TEST_F(PanelValues, HaveTheirSymbols)
+{
+    start();
+    const QJsonObject scopes = get("symbols?plc=tank");
+    EXPECT_EQ(1, scopes.value(QLatin1String("symbols")).toArray().size());
+    const QJsonArray found =
+        get("symbols?plc=tank&search=TANK%20lev").value(QLatin1String("symbols")).toArray();
+    ASSERT_EQ(1, found.size());
+    EXPECT_EQ("T.level",
+              found.at(0).toObject().value(QLatin1String("label")).toString().toStdString());
+}
+
+} // namespace
+} // namespace test
+} // namespace plc
