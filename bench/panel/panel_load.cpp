@@ -53,8 +53,9 @@ void PanelLoad::start()
     {"name": "clock", "type": "UDINT", "array": [[1, )" +
                                                      QByteArray::number(m_values) +
                                                      R"(]], "area": 0, "offset": 0,
-     "signal": {"kind": "clock", "interval": 1000}}]}],
-  "cyclic": ["Load.*"]})");
+     "signal": {"kind": "clock", "interval": 1}}]}],
+  "cyclic": ["Load.clock[1..)" + QByteArray::number(m_values) +
+                                                     R"(]"]})");
     m_simulator.start(
         QStringLiteral(PLC_SIMULATOR),
         {project, QStringLiteral("--port"), QStringLiteral("0"), QStringLiteral("--quiet")});
