@@ -42,6 +42,8 @@ std::optional<Response> AccessGuard::refusal(const RequestHead& head, const Call
 {
     if (std::optional<Response> refused = checkSender(head))
         return refused;
+    if (std::optional<Response> refused = checkInstance(head))
+        return refused;
     if (std::optional<Response> refused = checkCaller(*head.route, caller))
         return refused;
     return checkChange(*head.route, caller);
@@ -63,6 +65,18 @@ std::optional<Response> AccessGuard::checkSender(const RequestHead& head) const
         return Response::error(kUnsupportedMediaType,
                                QStringLiteral("the body has to be application/json"));
     return std::nullopt;
+}
+
+/// Browsers repeat a request by themselves when a connection breaks before its answer. What another
+/// run of the program was asked, and may have done, is not done once more.
+std::optional<Response> AccessGuard::checkInstance(const RequestHead& head) const
+{
+    if (head.route->kind != Route::Changes || head.instance.isEmpty() ||
+        head.instance == m_instance)
+        return std::nullopt;
+    return Response::error(
+        412, QStringLiteral("the panel was started again meanwhile; whether it had carried this out "
+                            "before is not known"));
 }
 
 std::optional<Response> AccessGuard::checkCaller(const Route& route, const Caller& caller) const

@@ -14,9 +14,13 @@ namespace plc::panel {
 /// changed at all.
 class AccessGuard : public Guard {
 public:
-    /// `names`: by which this server is reached, beside localhost. `access` outlives the guard.
-    AccessGuard(Access* access, const QStringList& names, bool isReadOnly)
-        : m_access(access), m_names(names), m_isReadOnly(isReadOnly)
+    /// `names`: by which this server is reached, beside localhost. `instance`: another one in each
+    /// run of the program. `access` outlives the guard.
+    AccessGuard(Access* access, const QStringList& names, QByteArray instance, bool isReadOnly)
+        : m_access(access),
+          m_names(names),
+          m_instance(std::move(instance)),
+          m_isReadOnly(isReadOnly)
     {
     }
 
@@ -24,12 +28,14 @@ public:
 
 private:
     std::optional<Response> refusal(const RequestHead& head, const Caller& caller);
+    std::optional<Response> checkInstance(const RequestHead& head) const;
     std::optional<Response> checkSender(const RequestHead& head) const;
     std::optional<Response> checkCaller(const Route& route, const Caller& caller) const;
     std::optional<Response> checkChange(const Route& route, const Caller& caller);
 
     Access* const m_access;
     const HostNames m_names;
+    const QByteArray m_instance;
     const bool m_isReadOnly;
 };
 

@@ -32,6 +32,7 @@ struct ApiContext {
     /// Has the thread of the PLCs do something; for any thread.
     std::function<void(std::function<void()>)> post;
     QString version;
+    QByteArray instance; ///< Another one in each run of the program.
     bool isReadOnly = false;
     QString auditFile; ///< Empty: there is none.
 };

@@ -28,6 +28,7 @@ QByteArray sessionText(const ApiContext& context, const Caller& caller)
     json.append(",\"loginRequired\":").append(truth(context.access->isLoginRequired()));
     json.append(",\"readOnly\":").append(truth(context.isReadOnly));
     appendMember("version", context.version, &json);
+    appendMember("instance", QString::fromLatin1(context.instance), &json);
     return json;
 }
 

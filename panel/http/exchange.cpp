@@ -16,6 +16,7 @@ struct Exchange::Headers {
     QByteArray fetchSite;
     QByteArray cookie;
     QByteArray authorization;
+    QByteArray instance;
     QByteArray contentType;
     QByteArray contentLength;
     QByteArray transferEncoding;
@@ -30,6 +31,7 @@ struct Exchange::Headers {
             {"sec-fetch-site", &fetchSite},
             {"cookie", &cookie},
             {"authorization", &authorization},
+            {"panel-instance", &instance},
             {"content-type", &contentType},
             {"content-length", &contentLength},
             {"transfer-encoding", &transferEncoding},
@@ -146,6 +148,7 @@ std::optional<Response> Exchange::find(const QByteArray& method, const Headers& 
     head.fetchSite = headers.fetchSite;
     head.cookie = headers.cookie;
     head.authorization = headers.authorization;
+    head.instance = headers.instance;
     head.contentType = mediaType(headers.contentType);
     head.hasBody = m_hasBody;
     head.address = m_connection->address;

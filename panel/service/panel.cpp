@@ -72,7 +72,7 @@ Expected<void> Panel::prepare()
         return opened.error();
     m_access = std::move(*opened);
     m_guard = std::make_unique<AccessGuard>(m_access.get(), QStringList{m_settings.address},
-                                            m_settings.isReadOnly);
+                                            m_instance, m_settings.isReadOnly);
     for (const PlcSettings& settings : m_settings.plcs) {
         Expected<std::unique_ptr<Plant>> plant =
             Plant::create(settings, m_settings.isReadOnly, m_driver, this);
@@ -104,6 +104,7 @@ ApiContext Panel::context()
         QMetaObject::invokeMethod(owner, std::move(work), Qt::QueuedConnection);
     };
     context.version = m_version;
+    context.instance = m_instance;
     context.isReadOnly = m_settings.isReadOnly;
     context.auditFile = m_settings.auditFile;
     return context;

@@ -9,6 +9,7 @@
 #include "panel/access/access.h"
 #include "panel/access/access_guard.h"
 #include "panel/access/audit_log.h"
+#include "panel/access/secrets.h"
 #include "panel/api/alarm_watch.h"
 #include "panel/api/api_context.h"
 #include "panel/api/history_queries.h"
@@ -43,6 +44,8 @@ public:
     QString status() const;
 
 private:
+    static constexpr int kInstanceBytes = 16;
+
     void sampled(Plant* plant, const QVector<int>& changed) override;
     void linkChanged(Plant* plant) override;
     void passSecond();
@@ -56,6 +59,7 @@ private:
     const PanelSettings m_settings;
     const QString m_driver;
     const QString m_version;
+    const QByteArray m_instance = randomBytes(kInstanceBytes).toHex();
     const Log m_log;
     std::unique_ptr<Access> m_access;
     std::unique_ptr<AccessGuard> m_guard;

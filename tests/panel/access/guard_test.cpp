@@ -92,12 +92,13 @@ TEST_F(Guarded, EveryRouteIsRefusedToWhoeverMayNot)
 
 class Deciding : public AccessTest {
 protected:
-    Decision decide(AccessGuard* guard, const Route& route)
+    Decision decide(AccessGuard* guard, const Route& route, const QByteArray& instance = {})
     {
         RequestHead head;
         head.route = &route;
         head.host = "localhost";
         head.address = stated("127.0.0.1");
+        head.instance = instance;
         return guard->decide(head);
     }
 };
@@ -106,11 +107,36 @@ TEST_F(Deciding, LetsWhoeverIsOnThisMachineDoAllWithoutUsers)
 {
     Expected<std::unique_ptr<Access>> opened = Access::open({});
     ASSERT_TRUE(succeeds(opened));
-    AccessGuard guard(opened->get(), {}, false);
+    AccessGuard guard(opened->get(), {}, "run", false);
     const Decision decision =
         decide(&guard, {Method::Put, "/x", Role::Engineer, Route::Changes, "", {}});
     EXPECT_FALSE(decision.refusal);
     EXPECT_EQ(stated("local"), decision.caller.user);
+}
+
+TEST_F(Deciding, RefusesChangesThatAnotherRunWasAsked)
+{
+    Expected<std::unique_ptr<Access>> opened = Access::open({});
+    ASSERT_TRUE(succeeds(opened));
+    AccessGuard guard(opened->get(), {}, "run", false);
+    const Route change{Method::Post, "/x", Role::Operator, Route::Changes, "", {}};
+    const Route reading{Method::Get, "/x", Role::Viewer, Route::Reads, "", {}};
+    EXPECT_FALSE(decide(&guard, change, "run").refusal);
+    EXPECT_FALSE(decide(&guard, change, "").refusal);
+    const Decision refused = decide(&guard, change, "run before");
+    ASSERT_TRUE(refused.refusal);
+    EXPECT_EQ(412, refused.refusal->status);
+    EXPECT_FALSE(decide(&guard, reading, "run before").refusal);
+}
+
+TEST_F(Deciding, TellsOfAnotherRunBeforeItAsksForALogin)
+{
+    open();
+    AccessGuard guard(access.get(), {}, "run", false);
+    const Route change{Method::Post, "/x", Role::Operator, Route::Changes, "", {}};
+    EXPECT_EQ(412, decide(&guard, change, "run before").refusal->status)
+        << "the sessions of that run are no more";
+    EXPECT_EQ(401, decide(&guard, change, "run").refusal->status);
 }
 
 TEST_F(Deciding, LimitsHowOftenAnAddressChangesSomething)
@@ -119,7 +145,7 @@ TEST_F(Deciding, LimitsHowOftenAnAddressChangesSomething)
     few.changesOfAddress = {2, 1500};
     Expected<std::unique_ptr<Access>> opened = Access::open(few, [this] { return now.load(); });
     ASSERT_TRUE(succeeds(opened));
-    AccessGuard guard(opened->get(), {}, false);
+    AccessGuard guard(opened->get(), {}, "run", false);
     const Route change{Method::Post, "/x", Role::Operator, Route::Changes, "", {}};
     const Route reading{Method::Get, "/x", Role::Viewer, Route::Reads, "", {}};
     EXPECT_FALSE(decide(&guard, change).refusal);

@@ -6,6 +6,10 @@ const PATIENCE = 10000; // ms
 // The server could not be reached, or did not answer in time.
 export class Unreachable extends Error {}
 
+// The run of the server that the page has seen last. A change that a browser repeats by itself after the
+// server was started again is refused by it.
+let instance = null;
+
 // {status, body}: body is the JSON of the answer, null where there is none.
 export async function request(method, path, body, { patience = PATIENCE } = {}) {
   const options = { method, cache: "no-store", credentials: "same-origin", signal: AbortSignal.timeout(patience) };
@@ -13,10 +17,13 @@ export async function request(method, path, body, { patience = PATIENCE } = {}) 
     options.body = JSON.stringify(body);
     options.headers = { "Content-Type": "application/json" };
   }
+  if (method !== "GET" && instance) options.headers = { ...options.headers, "Panel-Instance": instance };
   try {
     const response = await fetch(ROOT + path, options);
     const text = await response.text();
-    return { status: response.status, body: text ? parsed(text) : null };
+    const answer = { status: response.status, body: text ? parsed(text) : null };
+    if (path === "/session") instance = answer.body?.instance ?? instance;
+    return answer;
   } catch (error) {
     throw new Unreachable(error.message);
   }

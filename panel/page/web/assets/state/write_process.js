@@ -60,7 +60,9 @@ export class WriteProcess {
     if (status === 200 && OUTCOMES[body?.outcome]) return this.#end(body);
     if (this.state === "sending" && status === 200 && body?.outcome === "pending") return this.lost(now);
     if (this.state === "sending") return this.#requestRefused(status, body, now);
-    if (status === 404) {
+    if (status === 404 && this.refusal) {
+      this.#end({ outcome: "notSent", reason: this.refusal });
+    } else if (status === 404) {
       // It came never, or came to a server that has begun anew since and may have passed it on.
       this.#end({ outcome: "unknown", reason: "The server does not know of this write; it may have been restarted." });
     } else if (this.hasAskedLongEnough(now)) {
@@ -69,8 +71,15 @@ export class WriteProcess {
   }
 
   #requestRefused(status, body, now) {
-    const isRefusal = status >= 400 && status < 500 && status !== 408;
-    if (isRefusal) this.#end({ outcome: "notSent", reason: body?.error ?? `The server answered ${status}.` });
+    const reason = body?.error ?? `The server answered ${status}.`;
+    // Another run of the server may have passed the write on, and may not.
+    if (status === 412) return this.#end({ outcome: "unknown", reason });
+    // So may what came before it, when the browser has repeated the request.
+    if (status === 429) {
+      this.refusal = reason;
+      return this.lost(now);
+    }
+    if (status >= 400 && status < 500 && status !== 408) this.#end({ outcome: "notSent", reason });
     else this.lost(now);
   }
 
