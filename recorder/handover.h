@@ -36,7 +36,18 @@ Expected<Handover> writePostgresqlCopy(Reader* reader, const TimeRange& range,
 /// the history of the series; of several changes in one ms it has the last. Texts are left out.
 Expected<Handover> writeOpenMetrics(Reader* reader, const TimeRange& range, const TakeText& take);
 
-/// The last values as Prometheus reads them, metrics as with OpenMetrics.
+/// A text as it stands in the quotes of a label of Prometheus.
+QByteArray prometheusLabel(const QString& text);
+
+/// The last value of a series.
+struct LastValue {
+    SeriesDescription series;
+    Sample sample;
+};
+/// Values as Prometheus reads them, metrics as with OpenMetrics. `handover`, unless null, counts.
+QByteArray expositionText(const QVector<LastValue>& values, Handover* handover);
+
+/// The last values that are recorded, in the same form.
 Expected<Handover> writeExposition(Reader* reader, const TakeText& take);
 
 } // namespace plc::recorder

@@ -4,16 +4,11 @@
 namespace plc::recorder {
 namespace {
 
-QByteArray labelText(const QString& text)
-{
-    QByteArray escaped = text.toUtf8();
-    return escaped.replace('\\', "\\\\").replace('"', "\\\"").replace('\n', "\\n");
-}
-
 QByteArray sampleName(const char* metric, const SeriesDescription& series, int element)
 {
-    QByteArray name = QByteArray(metric) + "{source=\"" + labelText(series.source) + "\",label=\"" +
-                      labelText(series.label) + "\",unit=\"" + labelText(series.unit) + '"';
+    QByteArray name = QByteArray(metric) + "{source=\"" + prometheusLabel(series.source) +
+                      "\",label=\"" + prometheusLabel(series.label) + "\",unit=\"" +
+                      prometheusLabel(series.unit) + '"';
     if (series.elements > 1)
         name += ",element=\"" + QByteArray::number(element) + '"';
     return name + "} ";
@@ -139,6 +134,12 @@ private:
 
 } // namespace
 
+QByteArray prometheusLabel(const QString& text)
+{
+    QByteArray escaped = text.toUtf8();
+    return escaped.replace('\\', "\\\\").replace('"', "\\\"").replace('\n', "\\n");
+}
+
 Expected<Handover> writeOpenMetrics(Reader* reader, const TimeRange& range, const TakeText& take)
 {
     const Expected<QVector<Series>> series = reader->series();
@@ -150,6 +151,34 @@ Expected<Handover> writeOpenMetrics(Reader* reader, const TimeRange& range, cons
     return metrics.handover();
 }
 
+QByteArray expositionText(const QVector<LastValue>& values, Handover* handover)
+{
+    Handover count;
+    QByteArray text = head("plc_value", kValueMeaning);
+    for (const LastValue& last : values) {
+        const QVector<values::Value> known = knownElements(last.series, last.sample);
+        for (int i = 0; i < known.size(); ++i) {
+            const bool isNumber = doubleOf(known[i]).has_value();
+            ++(isNumber ? count.rows : count.leftOut);
+            if (isNumber)
+                text += sampleName("plc_value", last.series, i) + valueText(known[i]) + '\n';
+        }
+    }
+    text += head("plc_good", kGoodMeaning);
+    for (const LastValue& last : values) {
+        if (isText(last.series))
+            continue;
+        SeriesDescription whole = last.series;
+        whole.elements = 1;
+        ++count.rows;
+        text += sampleName("plc_good", whole, 0);
+        text += last.sample.quality == Quality::Good ? "1\n" : "0\n";
+    }
+    if (handover)
+        *handover = count;
+    return text;
+}
+
 Expected<Handover> writeExposition(Reader* reader, const TakeText& take)
 {
     const Expected<QVector<Series>> series = reader->series();
@@ -159,28 +188,11 @@ Expected<Handover> writeExposition(Reader* reader, const TakeText& take)
     if (!last)
         return last.error();
     const QHash<int, SeriesDescription> byId = seriesById(*series);
+    QVector<LastValue> values;
+    for (const Change& change : *last)
+        values.append({byId[change.series], change.sample});
     Handover handover;
-    take(head("plc_value", kValueMeaning));
-    for (const Change& change : *last) {
-        const SeriesDescription& described = byId[change.series];
-        const QVector<values::Value> known = knownElements(described, change.sample);
-        for (int i = 0; i < known.size(); ++i) {
-            const bool isNumber = doubleOf(known[i]).has_value();
-            ++(isNumber ? handover.rows : handover.leftOut);
-            if (isNumber)
-                take(sampleName("plc_value", described, i) + valueText(known[i]) + '\n');
-        }
-    }
-    take(head("plc_good", kGoodMeaning));
-    for (const Change& change : *last) {
-        SeriesDescription whole = byId[change.series];
-        whole.elements = 1;
-        if (isText(whole))
-            continue;
-        ++handover.rows;
-        take(sampleName("plc_good", whole, 0) +
-             (change.sample.quality == Quality::Good ? "1\n" : "0\n"));
-    }
+    take(expositionText(values, &handover));
     return handover;
 }
 

@@ -75,8 +75,9 @@ std::optional<Response> AccessGuard::checkInstance(const RequestHead& head) cons
         head.instance == m_instance)
         return std::nullopt;
     return Response::error(
-        412, QStringLiteral("the panel was started again meanwhile; whether it had carried this out "
-                            "before is not known"));
+        412,
+        QStringLiteral("the panel was started again meanwhile; whether it had carried this out "
+                       "before is not known"));
 }
 
 std::optional<Response> AccessGuard::checkCaller(const Route& route, const Caller& caller) const

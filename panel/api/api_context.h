@@ -3,12 +3,15 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "panel/access/access.h"
 #include "panel/api/subscriptions.h"
 #include "panel/api/write_desk.h"
 #include "panel/http/route.h"
+#include "panel/http/server.h"
 #include "panel/plants/plants.h"
+#include "recorder/recorder_thread.h"
 
 namespace plc::panel {
 
@@ -26,6 +29,8 @@ struct ApiContext {
     AlarmWatch* alarms = nullptr;
     RecipeDesk* recipes = nullptr; ///< Null: none are kept.
     std::function<Expected<void>(const AuditRecord&)> audit;
+    std::function<ServerStatistics()> server;
+    std::function<std::optional<recorder::RecorderStatus>()> recorder; ///< Nothing is recorded.
     /// Has a thread of its own work out a response; for any thread.
     std::function<void(const Responder&, std::function<Response()>)> slowly;
     std::function<qint64()> time; ///< Milliseconds since 1970-01-01T00:00:00Z; for any thread.

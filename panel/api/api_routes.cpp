@@ -6,7 +6,8 @@ QVector<Route> apiRoutes(const ApiContext& context)
 {
     return sessionRoutes(context) + plantRoutes(context) + eventRoutes(context) +
            writeRoutes(context) + historyRoutes(context) + alarmRoutes(context) +
-           recipeRoutes(context) + auditRoutes(context) + openApiRoutes();
+           recipeRoutes(context) + auditRoutes(context) + statisticsRoutes(context) +
+           openApiRoutes();
 }
 
 } // namespace plc::panel

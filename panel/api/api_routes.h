@@ -17,6 +17,7 @@ QVector<Route> historyRoutes(const ApiContext& context);
 QVector<Route> alarmRoutes(const ApiContext& context);
 QVector<Route> recipeRoutes(const ApiContext& context);
 QVector<Route> auditRoutes(const ApiContext& context);
+QVector<Route> statisticsRoutes(const ApiContext& context);
 /// The description of all others.
 QVector<Route> openApiRoutes();
 

@@ -16,7 +16,8 @@ struct RequestHead {
     QByteArray fetchSite;         ///< Sec-Fetch-Site; empty: not said.
     QByteArray cookie;
     QByteArray authorization;
-    QByteArray instance; ///< Panel-Instance: the run of the program that the client means; empty: any.
+    QByteArray
+        instance; ///< Panel-Instance: the run of the program that the client means; empty: any.
     QByteArray contentType; ///< Of the body, without parameters, in small letters.
     bool hasBody = false;
     QString address; ///< As Caller::address.

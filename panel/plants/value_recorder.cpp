@@ -7,32 +7,6 @@
 namespace plc::panel {
 namespace {
 
-recorder::Quality recordedQuality(Quality quality)
-{
-    switch (quality) {
-        case Quality::Good:
-            return recorder::Quality::Good;
-        case Quality::Stale:
-            return recorder::Quality::Stale;
-        case Quality::Bad:
-            break;
-    }
-    return recorder::Quality::Bad;
-}
-
-recorder::SeriesDescription descriptionOf(const Plant& plant, int slot)
-{
-    const host::DataPoint& point = plant.point(slot);
-    recorder::SeriesDescription series;
-    series.source = plant.name();
-    series.label = point.text;
-    series.type = point.type;
-    series.elements = point.elements;
-    series.stringLength = point.stringLength;
-    series.unit = point.unit;
-    return series;
-}
-
 /// One for each recorded value.
 Expected<QVector<double>> deadbandsOf(const Plant& plant)
 {
@@ -52,6 +26,19 @@ Expected<QVector<double>> deadbandsOf(const Plant& plant)
 }
 
 } // namespace
+
+recorder::Quality recordedQuality(Quality quality)
+{
+    switch (quality) {
+        case Quality::Good:
+            return recorder::Quality::Good;
+        case Quality::Stale:
+            return recorder::Quality::Stale;
+        case Quality::Bad:
+            break;
+    }
+    return recorder::Quality::Bad;
+}
 
 Expected<std::unique_ptr<ValueRecorder>> ValueRecorder::start(const RecordSettings& settings,
                                                               qint64 time)
@@ -75,7 +62,7 @@ Expected<void> ValueRecorder::add(const Plant& plant, qint64 time)
     QVector<recorder::Change> changes;
     for (int i = 0; i < int(plant.recorded().size()); ++i) {
         const int slot = plant.recorded()[i];
-        recorder::SeriesDescription series = descriptionOf(plant, slot);
+        recorder::SeriesDescription series = recorder::describe(plant.point(slot), plant.name());
         if (recorder::isNumeric(series))
             series.deadband = deadbands->at(i);
         if (followed.size() <= slot)

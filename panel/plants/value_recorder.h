@@ -11,6 +11,9 @@
 
 namespace plc::panel {
 
+/// The quality as recordings have it.
+recorder::Quality recordedQuality(Quality quality);
+
 /// Records the values of PLCs that the configuration names, each change of value or quality. For
 /// the thread of the PLCs; times are milliseconds since 1970-01-01T00:00:00Z.
 class ValueRecorder {

@@ -103,6 +103,10 @@ ApiContext Panel::context()
     context.post = [owner = m_owner.get()](std::function<void()> work) {
         QMetaObject::invokeMethod(owner, std::move(work), Qt::QueuedConnection);
     };
+    context.server = [this] { return m_server ? m_server->statistics() : ServerStatistics(); };
+    context.recorder = [this] {
+        return m_recorder ? std::make_optional(m_recorder->status()) : std::nullopt;
+    };
     context.version = m_version;
     context.instance = m_instance;
     context.isReadOnly = m_settings.isReadOnly;

@@ -141,7 +141,8 @@ private:
     int port()
     {
         if (!m_server) {
-            m_guard = std::make_unique<panel::AccessGuard>(m_access, QStringList(), "run", m_isReadOnly);
+            m_guard =
+                std::make_unique<panel::AccessGuard>(m_access, QStringList(), "run", m_isReadOnly);
             panel::ServerSettings settings;
             settings.port = 0;
             Expected<std::unique_ptr<panel::Server>> started =

@@ -108,7 +108,7 @@ TEST(OpenApi, WhatIsReferredToIsThereAndAllThatIsThereIsReferredTo)
     std::set<std::string> references;
     gatherReferences(whole, &references);
     std::set<std::string> present;
-    for (const char* kind : {"schemas", "responses"}) {
+    for (const char* kind : {"schemas", "responses", "parameters"}) {
         const QJsonObject all =
             whole[QStringLiteral("components")].toObject()[QLatin1String(kind)].toObject();
         for (const QString& name : all.keys())

@@ -78,12 +78,18 @@ protected:
     {
         return QJsonDocument::fromJson(HttpConnection(port).get("/api/v1/" + target).body).object();
     }
-    HttpAnswer post(const QByteArray& target, const QByteArray& body)
+    /// `instance`: the run of the panel that is meant; empty: any.
+    HttpAnswer postTo(const QByteArray& instance, const QByteArray& target, const QByteArray& body)
     {
         return HttpConnection(port).ask(
-            "POST /api/v1/" + target +
-            " HTTP/1.1\r\nHost: localhost\r\nContent-Type: application/json\r\nContent-Length: " +
-            QByteArray::number(body.size()) + "\r\n\r\n" + body);
+            "POST /api/v1/" + target + " HTTP/1.1\r\nHost: localhost\r\n" +
+            (instance.isEmpty() ? QByteArray() : "Panel-Instance: " + instance + "\r\n") +
+            "Content-Type: application/json\r\nContent-Length: " + QByteArray::number(body.size()) +
+            "\r\n\r\n" + body);
+    }
+    HttpAnswer post(const QByteArray& target, const QByteArray& body)
+    {
+        return postTo(QByteArray(), target, body);
     }
     QJsonObject value(const char* label)
     {

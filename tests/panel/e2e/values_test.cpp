@@ -38,6 +38,34 @@ TEST_F(PanelValues, AreThoseOfThePlc)
     EXPECT_EQ("mm", value("T.level").value(QLatin1String("unit")).toString().toStdString());
 }
 
+TEST_F(PanelValues, AreMetricsWhileTheyAreKnown)
+{
+    plc->set("T.level", QStringLiteral("1234"));
+    start();
+    ASSERT_TRUE(comesToShow("T.level", "1234"));
+    const auto metrics = [this] { return HttpConnection(port).get("/metrics").body; };
+    const QByteArray known = "{source=\"tank\",label=\"T.level\",unit=\"mm\"} ";
+    EXPECT_TRUE(metrics().contains("\nplc_value" + known + "1234\n")) << metrics().toStdString();
+    EXPECT_TRUE(metrics().contains("\nplc_good" + known + "1\n"));
+    EXPECT_TRUE(metrics().contains("\nplc_up{source=\"tank\"} 1\n"));
+    plc->kill();
+    EXPECT_TRUE(comesTrue([&] { return metrics().contains("\nplc_good" + known + "0\n"); }));
+    EXPECT_FALSE(metrics().contains("\nplc_value" + known));
+    EXPECT_TRUE(metrics().contains("\nplc_up{source=\"tank\"} 0\n"));
+}
+
+TEST_F(PanelValues, AreCountedInTheStatistics)
+{
+    start();
+    ASSERT_TRUE(comesToShow("T.level", "0"));
+    const QJsonObject statistics = get("statistics");
+    const QJsonObject tank = statistics.value(QLatin1String("plcs")).toArray().at(0).toObject();
+    EXPECT_EQ("tank", tank.value(QLatin1String("name")).toString().toStdString());
+    EXPECT_LE(1, tank.value(QLatin1String("accepted")).toInt());
+    EXPECT_EQ(0, tank.value(QLatin1String("refused")).toInt());
+    EXPECT_LT(1000000, statistics.value(QLatin1String("memory")).toDouble());
+}
+
 TEST_F(PanelValues, ThatAreNotReadAllTheTimeAreReadOnce)
 {
     plc->set("T.aside", QStringLiteral("-7"));

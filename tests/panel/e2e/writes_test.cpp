@@ -123,6 +123,19 @@ TEST_F(PanelWrites, ThatMakeNoSenseAreToldSo)
     EXPECT_EQ("done", outcome(write("w1", "T.set", "1"))) << "the id is still free";
 }
 
+TEST_F(PanelWrites, ThatABrowserRepeatsToAnotherRunAreNotCarriedOutTwice)
+{
+    start();
+    const QByteArray run = get("session").value(QLatin1String("instance")).toString().toLatin1();
+    ASSERT_EQ(32, run.size());
+    EXPECT_EQ(200, postTo(run, "writes", order("w1", "T.set", "5")).status);
+    stop();
+    plc->set("T.set", QStringLiteral("6"));
+    start();
+    EXPECT_EQ(412, postTo(run, "writes", order("w1", "T.set", "5")).status);
+    EXPECT_EQ("6", plc->command(QStringLiteral("get T.set")).toStdString());
+}
+
 TEST_F(PanelWrites, AreRefusedByAPanelThatIsReadOnly)
 {
     settings[QStringLiteral("readOnly")] = true;
