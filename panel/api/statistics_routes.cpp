@@ -1,24 +1,11 @@
-#include <QtCore/QFile>
-
-#include <unistd.h>
-
 #include "panel/api/api_routes.h"
 #include "panel/api/json_text.h"
 #include "panel/plants/value_recorder.h"
 #include "recorder/handover.h"
+#include "service/process_usage.h"
 
 namespace plc::panel {
 namespace {
-
-/// Bytes that the program has in memory; 0: not known.
-qint64 residentBytes()
-{
-    QFile file(QStringLiteral("/proc/self/statm"));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    const QList<QByteArray> pages = file.readAll().split(' ');
-    return pages.size() < 2 ? 0 : pages[1].toLongLong() * ::sysconf(_SC_PAGESIZE);
-}
 
 void appendPlant(const Plant& plant, QByteArray* json)
 {
@@ -64,7 +51,7 @@ void showStatistics(const ApiContext& context, const Request&, const Responder& 
 {
     QByteArray json = "{";
     appendMember("time", context.time(), &json);
-    appendMember("memory", residentBytes(), &json);
+    appendMember("memory", service::processUsage().residentBytes, &json);
     json.append(",\"plcs\":[");
     for (const std::unique_ptr<Plant>& plant : *context.plants) {
         if (!json.endsWith('['))

@@ -1,0 +1,103 @@
+#include "panel/config/settings.h"
+
+#include <gtest/gtest.h>
+
+namespace plc::panel {
+namespace {
+
+/// In which ' stands for ".
+Expected<PanelSettings> parsed(QByteArray json)
+{
+    return parseSettings(json.replace('\'', '"'), QStringLiteral("c"));
+}
+
+std::string errorOf(const QByteArray& json)
+{
+    const Expected<PanelSettings> settings = parsed(json);
+    return settings ? std::string() : settings.error().text.toStdString();
+}
+
+std::string errorOfPlc(const QByteArray& members)
+{
+    return errorOf("{'plcs':[{'name':'a','project':'a.json'," + members + "}]}");
+}
+
+TEST(PanelSettings, NeedPlcsAlone)
+{
+    const Expected<PanelSettings> settings = parsed("{'plcs':[{'name':'a','project':'a.json'}]}");
+    ASSERT_TRUE(settings) << settings.error().text.toStdString();
+    EXPECT_EQ("127.0.0.1", settings->address.toStdString());
+    EXPECT_EQ(8080, settings->port);
+    EXPECT_EQ(1, settings->plcs.size());
+    EXPECT_EQ(1000, settings->plcs[0].cycleTime);
+    EXPECT_FALSE(settings->plcs[0].writable) << "all that the project has";
+    EXPECT_FALSE(settings->isReadOnly);
+}
+
+TEST(PanelSettings, HaveWhatTheFileSays)
+{
+    const Expected<PanelSettings> settings = parsed(
+        "{'listen':'[::1]:0','socket':'s','tls':{'certificate':'c','key':'k'},'users':'u',"
+        "'audit':'a','record':{'file':'r','size':'10M','age':'400d'},'readOnly':true,"
+        "'recipes':'f','plcs':[{'name':'a','project':'a.json','address':'x','port':9,"
+        "'cycle':'500ms','record':['T.*'],'deadband':[{'labels':'T.a','deadband':2}],"
+        "'writable':[],'alarms':[{'label':'T.a','below':1,'delay':'2s','text':'low'},"
+        "{'label':'T.b','is':true},{'label':'T.b','notGood':true,'delay':5}]}]}");
+    ASSERT_TRUE(settings) << settings.error().text.toStdString();
+    EXPECT_EQ("::1", settings->address.toStdString());
+    EXPECT_EQ(0, settings->port);
+    EXPECT_EQ(10 * 1024 * 1024, settings->record.size);
+    EXPECT_EQ(400 * Q_INT64_C(86400000), settings->record.age);
+    const PlcSettings& plc = settings->plcs[0];
+    EXPECT_EQ(500, plc.cycleTime);
+    ASSERT_TRUE(plc.writable);
+    EXPECT_TRUE(plc.writable->isEmpty()) << "nothing";
+    ASSERT_EQ(3, plc.alarms.size());
+    EXPECT_EQ(AlarmSettings::Below, plc.alarms[0].condition);
+    EXPECT_EQ(2000, plc.alarms[0].delay);
+    EXPECT_EQ(values::Value(true), plc.alarms[1].state);
+    EXPECT_EQ(AlarmSettings::NotGood, plc.alarms[2].condition);
+}
+
+TEST(PanelSettings, ErrorsNameThePlace)
+{
+    EXPECT_EQ(0u, errorOf("{'plcs':[]}").find("c: /plcs: found no PLC"));
+    EXPECT_EQ(0u, errorOf("{'plcs':[{'name':'','project':'p'}]}").find("c: /plcs/0/name: "));
+    EXPECT_EQ(0u, errorOf("{'listen':'here','plcs':[]}").find("c: /listen: "));
+    EXPECT_EQ(0u, errorOf("{'record':{'file':'f','age':'0d'},'plcs':[]}").find("c: /record/age: "));
+    EXPECT_EQ(0u, errorOfPlc("'record':[]").find("c: /plcs/0/record: "));
+    EXPECT_EQ(0u, errorOfPlc("'cycle':1").find("c: /plcs/0/cycle: "));
+    EXPECT_EQ(0u, errorOfPlc("'alarms':[{'label':'x'}]").find("c: /plcs/0/alarms/0: "));
+    EXPECT_EQ(0u, errorOfPlc("'alarms':[{'label':'x','above':1,'below':2}]")
+                      .find("c: /plcs/0/alarms/0: an alarm has one of the keys"));
+    EXPECT_EQ(0u, errorOfPlc("'nope':1").find("c: /plcs/0/nope: unknown key"));
+}
+
+TEST(PanelSettings, TwoPlcsOfOneNameAreAnError)
+{
+    EXPECT_EQ("c: /plcs/1/name: two PLCs are called \"a\"",
+              errorOf("{'plcs':[{'name':'a','project':'p'},{'name':'a','project':'q'}]}"));
+}
+
+TEST(PanelSettings, OfProjectsAreNamedAsTheirFiles)
+{
+    const auto plcs = plcsOfProjects({QStringLiteral("/x/one.json"), QStringLiteral("two.json")});
+    ASSERT_TRUE(plcs);
+    EXPECT_EQ("one", plcs->at(0).name.toStdString());
+    EXPECT_EQ("two", plcs->at(1).name.toStdString());
+    const auto same = plcsOfProjects({QStringLiteral("/x/a.json"), QStringLiteral("/y/a.json")});
+    ASSERT_FALSE(same);
+    EXPECT_EQ(0u, same.error().text.toStdString().find("/x/a.json and /y/a.json"));
+}
+
+TEST(PanelSettings, OfTheExampleCanBeLoaded)
+{
+    const Expected<PanelSettings> settings =
+        loadSettings(QStringLiteral(PLC_SOURCE_DIR "/docs/examples/panel.json"));
+    ASSERT_TRUE(settings) << settings.error().text.toStdString();
+    EXPECT_EQ(QStringLiteral(PLC_SOURCE_DIR "/docs/examples/tank.json"), settings->plcs[0].project);
+    EXPECT_EQ(2, settings->plcs[0].alarms.size());
+}
+
+} // namespace
+} // namespace plc::panel
