@@ -5,21 +5,14 @@
 #include <QtCore/QFile>
 #include <QtCore/QProcess>
 #include <QtCore/QThread>
-#include <QtNetwork/QTcpServer>
 
 #include <memory>
 
 #include "e2e/line_process.h"
+#include "support/free_port.h"
+
 namespace plc {
 namespace test {
-
-/// A port that nobody listens on at this moment.
-inline quint16 freePort()
-{
-    QTcpServer server;
-    server.listen(QHostAddress::LocalHost);
-    return server.serverPort();
-}
 
 /// Whether this becomes true on a machine that is busy with other tests.
 template <typename Condition>

@@ -5,10 +5,9 @@
 #include <QtCore/QFile>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
-#include <QtNetwork/QTcpServer>
 #include <QtNetwork/QTcpSocket>
 
-#include "support/plc_process.h"
+#include "support/free_port.h"
 
 namespace plc {
 namespace test {
