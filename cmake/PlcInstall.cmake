@@ -94,7 +94,7 @@ install(DIRECTORY docs
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development
   FILES_MATCHING
   PATTERN man EXCLUDE
-  PATTERN "*.md" PATTERN "*.json" PATTERN "*.svg" PATTERN "*.h" PATTERN "*.cpp")
+  PATTERN "*.md" PATTERN "*.json" PATTERN "*.svg" PATTERN "*.png" PATTERN "*.h" PATTERN "*.cpp" PATTERN "*.py")
 
 if(PLC_BUILD_TOOLS)
   foreach(tool plc plc-simulator plc-gateway plc-panel)
@@ -125,7 +125,7 @@ if(PLC_BUILD_TOOLS)
   if(TARGET plc-panel)
     install(FILES ${PROJECT_BINARY_DIR}/panel/plc-panel@.service
       DESTINATION lib/systemd/system COMPONENT panel)
-    install(FILES docs/panel-config.schema.json DESTINATION ${plc_data_dir} COMPONENT panel OPTIONAL)
+    install(FILES docs/panel-config.schema.json DESTINATION ${plc_data_dir} COMPONENT panel)
     install(FILES docs/examples/panel.json DESTINATION ${plc_data_dir}/panel COMPONENT panel)
     install(PROGRAMS docs/examples/plc_panel_client.py
       DESTINATION ${plc_data_dir}/panel COMPONENT panel)
