@@ -79,7 +79,8 @@ QVector<RecipeSummary> RecipeFolder::list() const
         found.append(summaryOf(load(nameOf(file)), nameOf(file)));
     }
     std::sort(found.begin(), found.end(), [](const RecipeSummary& a, const RecipeSummary& b) {
-        return QString::localeAwareCompare(a.name, b.name) < 0;
+        const int order = a.name.compare(b.name, Qt::CaseInsensitive);
+        return order != 0 ? order < 0 : a.name < b.name;
     });
     return found;
 }
