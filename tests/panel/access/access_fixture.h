@@ -39,7 +39,8 @@ protected:
     {
         for (const Role role : {Role::Viewer, Role::Operator, Role::Engineer})
             putUser(name(role), role, password(name(role)));
-        Expected<std::unique_ptr<Access>> opened = Access::open(settings, [this] { return now.load(); });
+        Expected<std::unique_ptr<Access>> opened =
+            Access::open(settings, [this] { return now.load(); });
         ASSERT_TRUE(succeeds(opened)) << error.toStdString();
         access = std::move(*opened);
     }
