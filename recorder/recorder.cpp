@@ -71,7 +71,8 @@ private:
     };
 
     Expected<void> check(const QVector<Change>& changes) const;
-    bool isOutsideDeadband(const Change& change) const;
+    bool isOutsideDeadband(const Change& change, const Sample& last) const;
+    QVector<Change> outsideDeadbands(const QVector<Change>& changes) const;
     Transaction transactionOf(const QVector<Change>& changes, qint64 now) const;
     void restate(const QVector<Change>& changes, qint64 begin, Transaction* transaction) const;
     Run endedRun(qint64 now) const;
@@ -184,19 +185,36 @@ Expected<void> Recorder::Implementation::check(const QVector<Change>& changes) c
     return {};
 }
 
-bool Recorder::Implementation::isOutsideDeadband(const Change& change) const
+bool Recorder::Implementation::isOutsideDeadband(const Change& change, const Sample& last) const
 {
-    const SeriesDescription& series = *m_series.description(change.series);
-    const auto last = m_latest.constFind(change.series);
-    if (!(series.deadband > 0) || last == m_latest.constEnd() ||
-        last->quality != change.sample.quality)
+    if (last.quality != change.sample.quality)
         return true;
+    const SeriesDescription& series = *m_series.description(change.series);
     const SeriesNumbers numbers(series);
-    const std::optional<double> before = numbers.number(last->bytes);
+    const std::optional<double> before = numbers.number(last.bytes);
     const std::optional<double> number = numbers.number(change.sample.bytes);
     if (!before || !number)
-        return last->bytes != change.sample.bytes;
+        return last.bytes != change.sample.bytes;
     return std::abs(*number - *before) >= series.deadband;
+}
+
+/// Each is compared with the one recorded before, which may be among them.
+QVector<Change> Recorder::Implementation::outsideDeadbands(const QVector<Change>& changes) const
+{
+    QVector<Change> outside;
+    QHash<int, Sample> recorded;
+    for (const Change& change : changes) {
+        if (m_series.description(change.series)->deadband > 0) {
+            const QHash<int, Sample>& latest =
+                recorded.contains(change.series) ? recorded : m_latest;
+            const auto last = latest.constFind(change.series);
+            if (last != latest.constEnd() && !isOutsideDeadband(change, *last))
+                continue;
+            recorded.insert(change.series, change.sample);
+        }
+        outside.append(change);
+    }
+    return outside;
 }
 
 Recorder::Implementation::Transaction Recorder::Implementation::transactionOf(
@@ -219,11 +237,9 @@ Recorder::Implementation::Transaction Recorder::Implementation::transactionOf(
         transaction.begun->first = first;
     }
     transaction.time = transaction.isNewRun ? now : std::max(now, m_run->until);
-    for (const Change& change : changes) {
-        if (isOutsideDeadband(change))
-            transaction.changes.append(change);
+    transaction.changes += outsideDeadbands(changes);
+    for (const Change& change : changes)
         transaction.time = std::max(transaction.time, change.sample.time);
-    }
     transaction.batch = encodeBatch(transaction.changes, transaction.time);
     return transaction;
 }

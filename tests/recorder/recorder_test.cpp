@@ -76,6 +76,27 @@ TEST_F(RecorderTest, OnlyADeadbandLeavesChangesOut)
     EXPECT_EQ(QByteArray("\x0a\x0d\x0a\x0a"), values);
 }
 
+TEST_F(RecorderTest, ADeadbandComparesWithWhatTheSameCallRecordedBefore)
+{
+    std::unique_ptr<Recorder> recorder = open(0);
+    SeriesDescription rough = ofType("P.rough", "SINT");
+    rough.deadband = 3;
+    const int level = recorder->series(rough);
+    const QByteArray zero(1, 0);
+    const QByteArray two(1, 2);
+    const QByteArray five(1, 5);
+    append(*recorder, {good(level, 1, zero)}, 1);
+    // 2 is less than 3 away from 5 as well as from 0; the last of a call is 0 again.
+    append(*recorder, {good(level, 2, five), good(level, 3, zero), good(level, 4, two)}, 4);
+    // Back from bad, though the value is the one from before.
+    append(*recorder, {{level, {5, Quality::Bad, {}}}, good(level, 6, zero)}, 6);
+    recorder.reset();
+    const QVector<Sample> wanted{good(level, 1, zero).sample, good(level, 2, five).sample,
+                                 good(level, 3, zero).sample, Sample{5, Quality::Bad, {}},
+                                 good(level, 6, zero).sample, gap(6)};
+    EXPECT_EQ(wanted, history(level, 0, 1000).samples);
+}
+
 TEST_F(RecorderTest, AnotherDescriptionIsAnotherSeriesAndTheSameOneStays)
 {
     SeriesDescription series = ofType("P.a", "INT");
