@@ -72,7 +72,7 @@ private:
 
     Expected<void> check(const QVector<Change>& changes) const;
     bool isOutsideDeadband(const Change& change, const Sample& last) const;
-    QVector<Change> outsideDeadbands(const QVector<Change>& changes) const;
+    QVector<Change> outsideDeadbands(const QVector<Change>& changes, bool isNewRun) const;
     Transaction transactionOf(const QVector<Change>& changes, qint64 now) const;
     void restate(const QVector<Change>& changes, qint64 begin, Transaction* transaction) const;
     Run endedRun(qint64 now) const;
@@ -198,15 +198,16 @@ bool Recorder::Implementation::isOutsideDeadband(const Change& change, const Sam
     return std::abs(*number - *before) >= series.deadband;
 }
 
-/// Each is compared with the one recorded before, which may be among them.
-QVector<Change> Recorder::Implementation::outsideDeadbands(const QVector<Change>& changes) const
+/// Each is compared with the one recorded before in its run, which may be among them.
+QVector<Change> Recorder::Implementation::outsideDeadbands(const QVector<Change>& changes,
+                                                           bool isNewRun) const
 {
     QVector<Change> outside;
     QHash<int, Sample> recorded;
     for (const Change& change : changes) {
         if (m_series.description(change.series)->deadband > 0) {
             const QHash<int, Sample>& latest =
-                recorded.contains(change.series) ? recorded : m_latest;
+                isNewRun || recorded.contains(change.series) ? recorded : m_latest;
             const auto last = latest.constFind(change.series);
             if (last != latest.constEnd() && !isOutsideDeadband(change, *last))
                 continue;
@@ -237,7 +238,7 @@ Recorder::Implementation::Transaction Recorder::Implementation::transactionOf(
         transaction.begun->first = first;
     }
     transaction.time = transaction.isNewRun ? now : std::max(now, m_run->until);
-    transaction.changes += outsideDeadbands(changes);
+    transaction.changes += outsideDeadbands(changes, transaction.isNewRun);
     for (const Change& change : changes)
         transaction.time = std::max(transaction.time, change.sample.time);
     transaction.batch = encodeBatch(transaction.changes, transaction.time);

@@ -97,6 +97,25 @@ TEST_F(RecorderTest, ADeadbandComparesWithWhatTheSameCallRecordedBefore)
     EXPECT_EQ(wanted, history(level, 0, 1000).samples);
 }
 
+TEST_F(RecorderTest, ADeadbandLeavesNothingOutThatANewRunBeginsWith)
+{
+    std::unique_ptr<Recorder> recorder = open(0);
+    SeriesDescription rough = ofType("P.rough", "SINT");
+    rough.deadband = 3;
+    const int level = recorder->series(rough);
+    const QByteArray ten(1, 10);
+    const QByteArray eleven(1, 11);
+    append(*recorder, {good(level, 5000, ten)}, 5000);
+    // The clock is set back, and the second change is too near to the first one of the new run.
+    append(*recorder, {good(level, 4000, eleven), good(level, 4100, ten)}, 4100);
+    recorder->giveUp({});
+    append(*recorder, {good(level, 6000, ten)}, 6000);
+    recorder.reset();
+    const QVector<Sample> wanted{good(level, 4000, eleven).sample, gap(4100),
+                                 good(level, 6000, ten).sample, gap(6000)};
+    EXPECT_EQ(wanted, history(level, 0, 10000).samples);
+}
+
 TEST_F(RecorderTest, AnotherDescriptionIsAnotherSeriesAndTheSameOneStays)
 {
     SeriesDescription series = ofType("P.a", "INT");
