@@ -1,5 +1,7 @@
 #include "recorder/compaction.h"
 
+#include <iterator>
+
 #include "recorder/change_batch.h"
 #include "recorder/sample_block.h"
 
@@ -17,9 +19,16 @@ bool Compaction::run()
     bool isDone = blocks.isPrepared();
     for (auto one = samples.constBegin(); one != samples.constEnd() && isDone; ++one)
         isDone = store(&blocks, one.key(), one.value());
-    if (!isDone)
-        m_last.clear();
+    if (isDone && !samples.isEmpty())
+        keepOnly(samples.lastKey().first);
     return isDone;
+}
+
+/// Runs that are over get no more samples.
+void Compaction::keepOnly(qint64 run)
+{
+    for (auto one = m_last.begin(); one != m_last.end();)
+        one = one.key().first == run ? std::next(one) : m_last.erase(one);
 }
 
 /// What stands behind damage in a batch cannot be known.
@@ -67,9 +76,10 @@ std::optional<Block> Compaction::lastBlock(BlockTable* blocks, const RunAndSerie
     if (!id)
         return {};
     const std::optional<Block> block = blocks->load(*id);
-    if (block && (block->id == 0 || block->samples.size() >= kFullBlock))
-        return Block(key.second, key.first);
-    return block;
+    if (!block)
+        return {};
+    const bool isOfKey = block->run == key.first && block->series == key.second;
+    return isOfKey && block->samples.size() < kFullBlock ? *block : Block(key.second, key.first);
 }
 
 bool Compaction::save(BlockTable* blocks, Block* block)

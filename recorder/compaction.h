@@ -19,6 +19,8 @@ public:
     /// Makes blocks of all batches, inside a transaction. Returns false after a failure, behind
     /// which the transaction has to be rolled back.
     bool run();
+    /// The transaction was rolled back: the numbers of its blocks are given to others.
+    void forget() { m_last.clear(); }
 
 private:
     using RunAndSeries = QPair<qint64, int>;
@@ -28,9 +30,10 @@ private:
     bool store(BlockTable* blocks, const RunAndSeries& key, const QVector<Sample>& samples);
     std::optional<Block> lastBlock(BlockTable* blocks, const RunAndSeries& key) const;
     bool save(BlockTable* blocks, Block* block);
+    void keepOnly(qint64 run);
 
     database::SqliteDatabase* const m_database;
-    /// Numbers of the last blocks of this and the present run: to find them among many takes long.
+    /// Numbers of the last blocks of the present run: to find them among many takes long.
     QHash<RunAndSeries, qint64> m_last;
 };
 

@@ -408,6 +408,8 @@ Expected<void> Recorder::Implementation::compact()
         [&] { return m_compaction.run() && (!m_run || saveRun(&m_database, *m_run)); });
     if (done)
         m_tailBytes = 0;
+    else
+        m_compaction.forget();
     return done;
 }
 

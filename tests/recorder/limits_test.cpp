@@ -114,6 +114,40 @@ TEST_F(LimitsTest, OnAFullDiskWhatWasRecordedIsReadAndTheRestIsAGap)
     EXPECT_EQ(Ending::ChangesLost, runs().first().ending);
 }
 
+TEST_F(LimitsTest, ValuesKeepTheirSeriesWhenTheDiskWasFullAsTheyWerePutTogether)
+{
+    Limits limits;
+    limits.unsorted = 60000; // 20 values of 3,000 bytes
+    std::unique_ptr<Recorder> recorder = open(0, limits);
+    const int rare = recorder->series(text("P.rare"));
+    QVector<Change> given;
+    for (int i = 1; i <= 20; ++i) {
+        const int series = recorder->series(text(QByteArray("P.v").append(char('0' + i))));
+        given.append(good(series, 1000 * i, rubbish(3000)));
+    }
+    for (const Change& change : given.mid(0, 19))
+        append(*recorder, {change}, change.sample.time);
+    // Of the journal there is room for the last value, and not for the blocks of all of them.
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlim_t unlimited = RLIM_INFINITY;
+    const rlim_t size = rlim_t(QFileInfo(file + QStringLiteral("-wal")).size());
+    const rlimit limit = {size + 40000, unlimited};
+    const rlimit none = {unlimited, unlimited};
+    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &limit));
+    append(*recorder, {given.last()}, 20000);
+    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &none));
+    EXPECT_NE("", recorder->maintenanceError());
+    append(*recorder, {good(rare, 81000, "seldom")}, 81000);
+    EXPECT_EQ("", recorder->maintenanceError());
+    recorder.reset();
+    EXPECT_EQ((QVector<Sample>{good(rare, 81000, "seldom").sample, gap(81000)}),
+              history(rare, 0, 100000).samples);
+    for (const Change& change : given) {
+        EXPECT_EQ((QVector<Sample>{change.sample, gap(81000)}),
+                  history(change.series, 0, 100000).samples);
+    }
+}
+
 TEST_F(LimitsTest, ChangesNeedLessThan35BytesOnTheDisk)
 {
     std::unique_ptr<Recorder> recorder = open(0);
