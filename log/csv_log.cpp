@@ -17,6 +17,7 @@
 
 #include "streams/system_error.h"
 #include "values/csv.h"
+#include "values/utc_time.h"
 
 namespace plc::log {
 namespace {
@@ -42,7 +43,7 @@ QByteArray headerLine()
 QByteArray recordLine(const LogRecord& record)
 {
     return lineOf(
-        {logTimeText(record.time), record.label, record.value, logStateWord(record.state)});
+        {values::utcTimeText(record.time), record.label, record.value, logStateWord(record.state)});
 }
 
 QByteArray readAt(int file, qint64 position, qint64 count)

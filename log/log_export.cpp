@@ -9,6 +9,7 @@
 #include "recorder/recording_file.h"
 #include "streams/file_replacement.h"
 #include "values/csv.h"
+#include "values/utc_time.h"
 
 namespace plc::log {
 namespace {
@@ -48,7 +49,7 @@ Expected<recorder::Handover> writeCsv(recorder::Reader* reader, const recorder::
             return true;
         const recorder::SeriesDescription& described = series[change.series];
         ++handover.rows;
-        return take(values::csv::row({logTimeText(change.sample.time), described.label,
+        return take(values::csv::row({values::utcTimeText(change.sample.time), described.label,
                                       recorder::seriesText(described, change.sample.bytes),
                                       logStateWord(*state)})
                         .toUtf8() +

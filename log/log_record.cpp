@@ -4,11 +4,6 @@
 
 namespace plc::log {
 
-QString logTimeText(qint64 time)
-{
-    return QDateTime::fromMSecsSinceEpoch(time, Qt::UTC).toString(Qt::ISODateWithMs);
-}
-
 std::optional<qint64> parseLogTime(const QString& text)
 {
     const QDateTime time = QDateTime::fromString(text, Qt::ISODateWithMs);

@@ -25,10 +25,7 @@ struct LogRecord {
     QByteArray bytes; ///< The value as the driver gives it; empty when it was never read.
 };
 
-/// "2026-11-21T06:00:00.123Z"
-QString logTimeText(qint64 time);
-
-/// The time that logTimeText() wrote; nothing if it is none.
+/// The time that values::utcTimeText() wrote; nothing if it is none.
 std::optional<qint64> parseLogTime(const QString& text);
 
 /// "fresh", "stale" or "refused"

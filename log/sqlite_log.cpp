@@ -1,4 +1,5 @@
 #include "log/sqlite_log.h"
+#include "values/utc_time.h"
 
 namespace plc::log {
 namespace {
@@ -131,7 +132,7 @@ bool SqliteLog::insert(const QVector<LogRecord>& records)
         const qint64 label = labelId(record.label);
         if (label < 0)
             return false;
-        m_insertSample->bind(0, logTimeText(record.time))
+        m_insertSample->bind(0, values::utcTimeText(record.time))
             .bind(1, label)
             .bind(2, record.value)
             .bind(3, record.number)

@@ -36,9 +36,6 @@ Expected<Handover> writePostgresqlCopy(Reader* reader, const TimeRange& range,
 /// the history of the series; of several changes in one ms it has the last. Texts are left out.
 Expected<Handover> writeOpenMetrics(Reader* reader, const TimeRange& range, const TakeText& take);
 
-/// A text as it stands in the quotes of a label of Prometheus.
-QByteArray prometheusLabel(const QString& text);
-
 /// The last value of a series.
 struct LastValue {
     SeriesDescription series;

@@ -3,6 +3,7 @@
 
 #include "recorder/elements.h"
 #include "recorder/handover.h"
+#include "values/utc_time.h"
 
 namespace plc::recorder {
 namespace {
@@ -72,10 +73,8 @@ QByteArray valueColumns(const values::Value& value)
 QByteArray rowsOf(const SeriesDescription& series, const Sample& sample, qint64* count)
 {
     const QVector<values::Value> elements = knownElements(series, sample);
-    const QByteArray begin = QDateTime::fromMSecsSinceEpoch(sample.time, Qt::UTC)
-                                 .toString(Qt::ISODateWithMs)
-                                 .toLatin1() +
-                             '\t' + column(series.source) + '\t' + column(series.label) + '\t';
+    const QByteArray begin = values::utcTimeText(sample.time).toLatin1() + '\t' +
+                             column(series.source) + '\t' + column(series.label) + '\t';
     const QByteArray end = '\t' + QByteArray(series.type ? series.type->name : "") + '\t' +
                            column(series.unit) + '\t' + qualityWord(sample.quality) + '\t';
     QByteArray rows;

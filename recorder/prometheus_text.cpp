@@ -1,14 +1,15 @@
 #include "recorder/elements.h"
 #include "recorder/handover.h"
+#include "values/prometheus_label.h"
 
 namespace plc::recorder {
 namespace {
 
 QByteArray sampleName(const char* metric, const SeriesDescription& series, int element)
 {
-    QByteArray name = QByteArray(metric) + "{source=\"" + prometheusLabel(series.source) +
-                      "\",label=\"" + prometheusLabel(series.label) + "\",unit=\"" +
-                      prometheusLabel(series.unit) + '"';
+    QByteArray name = QByteArray(metric) + "{source=\"" + values::prometheusLabel(series.source) +
+                      "\",label=\"" + values::prometheusLabel(series.label) + "\",unit=\"" +
+                      values::prometheusLabel(series.unit) + '"';
     if (series.elements > 1)
         name += ",element=\"" + QByteArray::number(element) + '"';
     return name + "} ";
@@ -133,12 +134,6 @@ private:
 };
 
 } // namespace
-
-QByteArray prometheusLabel(const QString& text)
-{
-    QByteArray escaped = text.toUtf8();
-    return escaped.replace('\\', "\\\\").replace('"', "\\\"").replace('\n', "\\n");
-}
 
 Expected<Handover> writeOpenMetrics(Reader* reader, const TimeRange& range, const TakeText& take)
 {

@@ -2,6 +2,7 @@
 
 #include <QtCore/QDateTime>
 
+#include "values/utc_time.h"
 #include "values/value_text.h"
 
 namespace plc::gateway {
@@ -18,11 +19,6 @@ void append(const char* key, const QString& value, QString* members)
 
 } // namespace
 
-QString isoTime(qint64 time)
-{
-    return QDateTime::fromMSecsSinceEpoch(time, Qt::UTC).toString(Qt::ISODateWithMs);
-}
-
 QString outcomeJson(const WriteOutcome& outcome, const QString& device)
 {
     QString members;
@@ -32,7 +28,7 @@ QString outcomeJson(const WriteOutcome& outcome, const QString& device)
     append("value", outcome.value, &members);
     append("outcome", outcomeWord(outcome.kind), &members);
     append("reason", outcome.reason, &members);
-    append("time", isoTime(outcome.time), &members);
+    append("time", values::utcTimeText(outcome.time), &members);
     return QLatin1Char('{') + members + QLatin1Char('}');
 }
 

@@ -7,9 +7,6 @@
 
 namespace plc::gateway {
 
-/// The time as ISO 8601 in UTC with milliseconds: "2026-11-22T08:44:00.123Z".
-QString isoTime(qint64 time);
-
 /// How a write ended, for consumers:
 ///
 ///     {"id":"7","device":"pump","name":"Plant/speed","value":"300","outcome":"refused",

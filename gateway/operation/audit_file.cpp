@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "values/utc_time.h"
 #include "values/value_text.h"
 
 namespace plc::gateway {
@@ -43,9 +44,7 @@ bool endsInLine(int file)
 
 QByteArray auditLine(const AuditRecord& record)
 {
-    const QString time =
-        QDateTime::fromMSecsSinceEpoch(record.time, Qt::UTC).toString(Qt::ISODateWithMs);
-    const std::pair<const char*, QString> fields[] = {{"time", time},
+    const std::pair<const char*, QString> fields[] = {{"time", values::utcTimeText(record.time)},
                                                       {"device", record.device},
                                                       {"label", record.label},
                                                       {"value", record.value},

@@ -1,4 +1,5 @@
 #include "gateway/operation/metrics_text.h"
+#include "values/prometheus_label.h"
 
 #include <initializer_list>
 #include <utility>
@@ -18,15 +19,6 @@ QByteArray numberText(quint64 number)
     return QByteArray::number(number);
 }
 
-QByteArray escaped(const QString& text)
-{
-    QByteArray bytes = text.toUtf8();
-    bytes.replace('\\', "\\\\");
-    bytes.replace('"', "\\\"");
-    bytes.replace('\n', "\\n");
-    return bytes;
-}
-
 using Labels = std::initializer_list<std::pair<const char*, QString>>;
 
 /// Families of samples, each with its explanation.
@@ -44,7 +36,7 @@ public:
         m_text += m_name + suffix;
         const char* before = "{";
         for (const auto& [label, value] : labels) {
-            m_text += before + QByteArray(label) + "=\"" + escaped(value) + '"';
+            m_text += before + QByteArray(label) + "=\"" + values::prometheusLabel(value) + '"';
             before = ",";
         }
         m_text += labels.size() > 0 ? "} " : " ";

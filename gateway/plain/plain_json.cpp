@@ -6,6 +6,7 @@
 #include "gateway/exchange/outcome_json.h"
 #include "host/points/value_codec.h"
 #include "values/nearest_name.h"
+#include "values/utc_time.h"
 
 namespace plc::gateway {
 namespace {
@@ -33,7 +34,7 @@ QString unitMember(const host::DataPoint& point)
 
 QString timeMember(qint64 time)
 {
-    return QStringLiteral(",\"time\":\"%1\"").arg(isoTime(time));
+    return QStringLiteral(",\"time\":\"%1\"").arg(values::utcTimeText(time));
 }
 
 /// A text, or a whole number; nothing for anything else.

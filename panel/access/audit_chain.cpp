@@ -6,6 +6,7 @@
 
 #include "exchange/flat_json.h"
 #include "panel/access/secrets.h"
+#include "values/utc_time.h"
 #include "values/value_text.h"
 
 namespace plc::panel {
@@ -15,8 +16,7 @@ constexpr int kHashDigits = 64;
 
 QByteArray timeField(qint64 time)
 {
-    const QString text = QDateTime::fromMSecsSinceEpoch(time, Qt::UTC).toString(Qt::ISODateWithMs);
-    return "{\"time\":\"" + text.toLatin1() + '"';
+    return "{\"time\":\"" + values::utcTimeText(time).toLatin1() + '"';
 }
 
 QByteArray chainFields(qint64 number, const QByteArray& previous)

@@ -3,6 +3,7 @@
 #include "panel/plants/value_recorder.h"
 #include "recorder/handover.h"
 #include "service/process_usage.h"
+#include "values/prometheus_label.h"
 
 namespace plc::panel {
 namespace {
@@ -75,7 +76,7 @@ void showMetrics(const ApiContext& context, const Request&, const Responder& res
     QByteArray links = "# HELP plc_up 1 while there is a link to the PLC.\n# TYPE plc_up gauge\n";
     for (const std::unique_ptr<Plant>& plant : *context.plants) {
         const bool isUp = plant->link().state == PlcLink::Up;
-        links += "plc_up{source=\"" + recorder::prometheusLabel(plant->name()) + "\"} " +
+        links += "plc_up{source=\"" + values::prometheusLabel(plant->name()) + "\"} " +
                  (isUp ? "1\n" : "0\n");
         for (int slot : plant->recorded()) {
             const LiveValue& value = plant->value(slot);

@@ -1,4 +1,5 @@
 #include "gateway/exchange/outcome_json.h"
+#include "values/utc_time.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +8,8 @@ namespace {
 
 TEST(IsoTime, IsUtcWithMilliseconds)
 {
-    EXPECT_EQ("1970-01-01T00:00:00.000Z", isoTime(0));
-    EXPECT_EQ("2026-11-22T08:44:00.123Z", isoTime(1795337040123));
+    EXPECT_EQ("1970-01-01T00:00:00.000Z", values::utcTimeText(0));
+    EXPECT_EQ("2026-11-22T08:44:00.123Z", values::utcTimeText(1795337040123));
 }
 
 TEST(OutcomeJson, TellsAllThatIsKnown)
