@@ -4,14 +4,13 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QEventLoop>
-#include <QtCore/QTimer>
 
 #include <cstdio>
 #include <functional>
 
 #include "bench/gateway/consumer.h"
 #include "bench/gateway/load.h"
+#include "bench/support/measured_loop.h"
 #include "bench/support/process_figures.h"
 
 namespace plc::bench {
@@ -24,32 +23,6 @@ constexpr double kMostProcessor = 1.0; // ms a PLC and second
 constexpr double kMostMemory = 512.0;  // KiB a PLC
 constexpr double kMostAge = 1500.0;    // ms
 
-void runFor(int milliseconds)
-{
-    QEventLoop loop;
-    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-void runUntil(const char* what, const std::function<bool()>& condition)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!condition()) {
-        if (clock.hasExpired(kLongestWait))
-            qFatal("waited in vain until %s", what);
-        runFor(10);
-    }
-}
-
-bool print(const char* name, double value, double most, const char* unit)
-{
-    std::printf("%-48s %10.2f %s, at most %.1f: %s\n", name, value, unit, most,
-                value <= most ? "met" : "MISSED");
-    std::fflush(stdout);
-    return value <= most;
-}
-
 double sum(const std::vector<qint64>& processes, double (*figure)(qint64))
 {
     double total = 0.0;
@@ -61,16 +34,17 @@ double sum(const std::vector<qint64>& processes, double (*figure)(qint64))
 bool report(const Consumer& consumer, double processor, double memory, double broker, int seconds)
 {
     constexpr int kPlants = kSize.gateways * kSize.plants;
-    bool isMet = print("processor time of a PLC and second", processor / seconds / kPlants,
-                       kMostProcessor, "ms");
-    isMet = print("private memory of a PLC", memory / kPlants, kMostMemory, "KiB") && isMet;
-    isMet = print("age of 99 % of the values at the consumer", consumer.agePercentile(0.99),
-                  kMostAge, "ms") &&
+    bool isMet = printFigure("processor time of a PLC and second", processor / seconds / kPlants,
+                             kMostProcessor, "ms");
+    isMet = printFigure("private memory of a PLC", memory / kPlants, kMostMemory, "KiB") && isMet;
+    isMet = printFigure("age of 99 % of the values at the consumer", consumer.agePercentile(0.99),
+                        kMostAge, "ms") &&
             isMet;
-    isMet = print("values that are missing", double(consumer.missing()), 0.0, "") && isMet;
-    isMet = print("holes in the numbers of messages", double(consumer.sequenceHoles()), 0.0, "") &&
+    isMet = printFigure("values that are missing", double(consumer.missing()), 0.0, "") && isMet;
+    isMet = printFigure("holes in the numbers of messages", double(consumer.sequenceHoles()), 0.0,
+                        "") &&
             isMet;
-    isMet = print("deaths", double(consumer.losses()), 0.0, "") && isMet;
+    isMet = printFigure("deaths", double(consumer.losses()), 0.0, "") && isMet;
     std::printf("age of half of the values %d ms, of the oldest %d ms\n",
                 consumer.agePercentile(0.5), consumer.agePercentile(1.0));
     std::printf(
@@ -93,10 +67,12 @@ int run(int seconds)
     load.startPlants();
     runFor(1000);
     Consumer consumer(load.brokerPort());
-    runUntil("the consumer is connected", [&] { return consumer.isConnected(); });
+    runUntil(
+        "the consumer is connected", [&] { return consumer.isConnected(); }, kLongestWait);
     load.startGateways();
-    runUntil("all PLCs are there",
-             [&] { return consumer.devices() == kSize.gateways * kSize.plants; });
+    runUntil(
+        "all PLCs are there", [&] { return consumer.devices() == kSize.gateways * kSize.plants; },
+        kLongestWait);
     runFor(kSettleTime);
     consumer.begin();
     const double processorBefore = sum(load.gateways(), processorMs);

@@ -3,15 +3,14 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QEventLoop>
 #include <QtCore/QRandomGenerator>
-#include <QtCore/QTimer>
 
 #include <cstdio>
 #include <functional>
 
 #include <sys/resource.h>
 
+#include "bench/support/measured_loop.h"
 #include "bench/support/process_figures.h"
 #include "plant.h"
 #include "simulators.h"
@@ -38,26 +37,6 @@ double ownProcessorMs()
     return ms(usage.ru_utime) + ms(usage.ru_stime);
 }
 
-void runFor(int milliseconds)
-{
-    QEventLoop loop;
-    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-/// Runs the event loop until this is so. Returns the milliseconds that it took.
-qint64 runUntil(const char* what, const std::function<bool()>& condition)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!condition()) {
-        if (clock.hasExpired(kPatience))
-            qFatal("waited in vain until %s", what);
-        runFor(10);
-    }
-    return clock.elapsed();
-}
-
 bool allGood(const Plants& plants)
 {
     for (const std::unique_ptr<Plant>& plant : plants) {
@@ -65,13 +44,6 @@ bool allGood(const Plants& plants)
             return false;
     }
     return true;
-}
-
-bool print(const char* name, double value, double most, const char* unit)
-{
-    std::printf("%-44s %8.2f %s, at most %.1f: %s\n", name, value, unit, most,
-                value <= most ? "met" : "MISSED");
-    return value <= most;
 }
 
 /// One plant fails and comes back. Returns whether no other was disturbed.
@@ -86,15 +58,21 @@ bool failAndReturn(const Plants& plants, Simulators* simulators)
         mostBad = qMax(mostBad, bad);
     };
     simulators->kill(failing);
-    runUntil("the plant has no good value", [&] {
-        count();
-        return plants[size_t(failing)]->goodValues() == 0;
-    });
+    runUntil(
+        "the plant has no good value",
+        [&] {
+            count();
+            return plants[size_t(failing)]->goodValues() == 0;
+        },
+        kPatience);
     simulators->start(failing);
-    const qint64 time = runUntil("all values are good again", [&] {
-        count();
-        return plants[size_t(failing)]->goodValues() == kValues;
-    });
+    const qint64 time = runUntil(
+        "all values are good again",
+        [&] {
+            count();
+            return plants[size_t(failing)]->goodValues() == kValues;
+        },
+        kPatience);
     quint64 losses = 0;
     for (int i = 0; i < kPlants; ++i)
         losses += i == failing ? 0 : plants[size_t(i)]->losses();
@@ -118,13 +96,15 @@ int run(const char* program)
             qFatal("%s", qPrintable(copy.error().text));
         plants.push_back(std::make_unique<Plant>(*copy, symbols, simulators.port(i)));
     }
-    runUntil("all values are good", [&plants] { return allGood(plants); });
+    runUntil(
+        "all values are good", [&plants] { return allGood(plants); }, kPatience);
     const double processorBefore = ownProcessorMs();
     runFor(1000 * kMeasuredSeconds);
     const double processor = (ownProcessorMs() - processorBefore) / kMeasuredSeconds / kPlants;
     const double memory = (privateKib(QCoreApplication::applicationPid()) - memoryBefore) / kPlants;
-    bool isMet = print("private memory of a plant", memory, kMostMemory, "KiB");
-    isMet = print("processor time of a plant and second", processor, kMostProcessor, "ms") && isMet;
+    bool isMet = printFigure("private memory of a plant", memory, kMostMemory, "KiB");
+    isMet = printFigure("processor time of a plant and second", processor, kMostProcessor, "ms") &&
+            isMet;
     isMet = failAndReturn(plants, &simulators) && isMet;
     return isMet ? 0 : 1;
 }

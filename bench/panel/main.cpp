@@ -3,8 +3,6 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QEventLoop>
-#include <QtCore/QTimer>
 
 #include <algorithm>
 #include <cmath>
@@ -15,6 +13,7 @@
 
 #include "bench/panel/event_reader.h"
 #include "bench/panel/panel_load.h"
+#include "bench/support/measured_loop.h"
 #include "bench/support/process_figures.h"
 
 namespace plc::bench {
@@ -31,32 +30,6 @@ constexpr int kSettleTime = 10000;   // ms
 constexpr double kMostProcessor = 25.0;     // % of a core
 constexpr double kMostMemory = 60 * 1024.0; // KiB
 constexpr double kMostRequests = 1.02;      // of those with one stream
-
-void runFor(int milliseconds)
-{
-    QEventLoop loop;
-    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-void runUntil(const char* what, const std::function<bool()>& condition)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!condition()) {
-        if (clock.hasExpired(kLongestWait))
-            qFatal("waited in vain until %s", what);
-        runFor(10);
-    }
-}
-
-bool print(const char* name, double value, double most, const char* unit)
-{
-    std::printf("%-52s %10.2f %s, at most %.2f: %s\n", name, value, unit, most,
-                value <= most ? "met" : "MISSED");
-    std::fflush(stdout);
-    return value <= most;
-}
 
 using Readers = std::vector<std::unique_ptr<EventReader>>;
 
@@ -133,8 +106,9 @@ bool trySlowReaders(PanelLoad* load, const QByteArray& subscription, const Reade
             runFor(5);
         }
     }
-    bool isMet = print("slow readers that were not cut off", kSlowReaders - ended(slow), 0, "");
-    isMet = print("other streams that ended meanwhile", ended(readers), 0, "") && isMet;
+    bool isMet =
+        printFigure("slow readers that were not cut off", kSlowReaders - ended(slow), 0, "");
+    isMet = printFigure("other streams that ended meanwhile", ended(readers), 0, "") && isMet;
     std::printf("memory with %d readers that read nothing for a minute: %+.1f MiB\n", kSlowReaders,
                 memory / 1024);
     return isMet;
@@ -153,7 +127,8 @@ int run(int seconds)
     Readers readers;
     readers.push_back(
         std::make_unique<EventReader>(load.port(), all, EventReader::Manner{true, true}));
-    runUntil("values come", [&] { return readers.front()->rows() > 2 * kValues; });
+    runUntil(
+        "values come", [&] { return readers.front()->rows() > 2 * kValues; }, kLongestWait);
     runFor(kSettleTime);
     const Figures one = measure(&load, readers, seconds);
     show("one stream", one);
@@ -168,14 +143,14 @@ int run(int seconds)
     runFor(kSettleTime);
     const Figures many = measure(&load, readers, seconds);
     show("all of them", many);
-    bool isMet = print("requests to the PLC, as much as with one stream",
-                       many.requests / one.requests, kMostRequests, "times");
-    isMet = print("processor time", many.processor, kMostProcessor, "% of a core") && isMet;
-    isMet = print("private memory", many.memory, kMostMemory, "KiB") && isMet;
-    isMet = print("values that are missing in a second", std::max(0.0, 0.99 * kValues - many.rows),
-                  0.0, "") &&
+    bool isMet = printFigure("requests to the PLC, as much as with one stream",
+                             many.requests / one.requests, kMostRequests, "times");
+    isMet = printFigure("processor time", many.processor, kMostProcessor, "% of a core") && isMet;
+    isMet = printFigure("private memory", many.memory, kMostMemory, "KiB") && isMet;
+    isMet = printFigure("values that are missing in a second",
+                        std::max(0.0, 0.99 * kValues - many.rows), 0.0, "") &&
             isMet;
-    isMet = print("streams that were cut off", ended(readers), 0.0, "") && isMet;
+    isMet = printFigure("streams that were cut off", ended(readers), 0.0, "") && isMet;
     isMet = trySlowReaders(&load, all, readers) && isMet;
     return isMet ? 0 : 1;
 }
