@@ -6,6 +6,9 @@
 
 #include <cstdio>
 
+#include "options/completion_text.h"
+#include "options/manual_text.h"
+
 namespace plc::options {
 namespace {
 
@@ -75,6 +78,18 @@ int writeDocument(int argc, char** argv, const QMap<QString, Sections>& kinds)
         return 0;
     std::fprintf(stderr, "%s\n", qPrintable(isWritten.error().text));
     return 1;
+}
+
+int writeDocumentsOf(int argc, char** argv, const Table& table, const QStringList& commands)
+{
+    constexpr int kIndent = 8; // of the cases in the completion's template
+    const QString names = QStringLiteral("    local options='%1'\n").arg(completionNames(table));
+    return writeDocument(
+        argc, argv,
+        {{QStringLiteral("manual"), {{QStringLiteral("OPTIONS"), manualList(table, commands)}}},
+         {QStringLiteral("completion"),
+          {{QStringLiteral("VALUES"), completionCases(table, kIndent)},
+           {QStringLiteral("OPTIONS"), names}}}});
 }
 
 } // namespace plc::options

@@ -2,6 +2,7 @@
 
 #include <QtCore/QFileInfo>
 
+#include "configuration/configuration_file.h"
 #include "configuration/field_readers.h"
 #include "configuration/listen_address.h"
 #include "configuration/service_paths.h"
@@ -9,9 +10,7 @@
 #include "gateway/config/device_reader.h"
 #include "gateway/config/topic_names.h"
 #include "gateway/model/change_store.h"
-#include "project/json_document.h"
 #include "project/json_node.h"
-#include "streams/input_file.h"
 
 namespace plc::gateway {
 
@@ -19,8 +18,6 @@ using project::JsonNode;
 
 namespace {
 
-constexpr streams::InputFileKind kConfiguration = {"a configuration", qint64(16) * 1024 * 1024,
-                                                   "a configuration has less"};
 constexpr int kShortestKeepAlive = 5;   // s; the MQTT library takes no shorter one
 constexpr int kLongestKeepAlive = 3600; // s
 constexpr int kHighestRate = 1000000;   // a second
@@ -150,7 +147,8 @@ void resolvePaths(const QString& folder, GatewaySettings* settings)
 
 Expected<GatewaySettings> loadSettings(const QString& path)
 {
-    const Expected<QByteArray> json = streams::readInputFile(path, kConfiguration);
+    const Expected<QByteArray> json =
+        streams::readInputFile(path, configuration::kConfigurationFile);
     if (!json)
         return json.error();
     Expected<GatewaySettings> settings = parseSettings(*json, path);
@@ -161,16 +159,7 @@ Expected<GatewaySettings> loadSettings(const QString& path)
 
 Expected<GatewaySettings> parseSettings(const QByteArray& json, const QString& name)
 {
-    if (const Expected<void> isGood = streams::checkInputSize(json, name, kConfiguration); !isGood)
-        return isGood.error();
-    const Expected<project::JsonDocument> document = project::JsonDocument::parse(json);
-    if (!document)
-        return Error{QStringLiteral("%1: %2").arg(name, document.error().text)};
-    project::DocumentErrors errors(name);
-    GatewaySettings settings = readSettings(JsonNode(document->root(), &errors));
-    if (!errors.isEmpty())
-        return Error{errors.first()};
-    return settings;
+    return configuration::parseConfiguration(json, name, &readSettings);
 }
 
 } // namespace plc::gateway

@@ -2,21 +2,10 @@
 // built.
 
 #include "gateway/service/options.h"
-#include "options/completion_text.h"
 #include "options/document.h"
-#include "options/manual_text.h"
 
 int main(int argc, char** argv)
 {
-    using namespace plc::options;
-    plc::gateway::Options options;
-    const Table all = options.table();
-    const QStringList commands = {QStringLiteral("status"), QStringLiteral("split")};
-    const QString names = QStringLiteral("    local options='%1'\n").arg(completionNames(all));
-    return writeDocument(
-        argc, argv,
-        {{QStringLiteral("manual"), {{QStringLiteral("OPTIONS"), manualList(all, commands)}}},
-         {QStringLiteral("completion"),
-          {{QStringLiteral("VALUES"), completionCases(all, 8)},
-           {QStringLiteral("OPTIONS"), names}}}});
+    return plc::options::writeDocumentsOf(argc, argv, plc::gateway::Options().table(),
+                                          {QStringLiteral("status"), QStringLiteral("split")});
 }

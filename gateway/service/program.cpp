@@ -4,7 +4,6 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QTimer>
 
-#include <unistd.h>
 #include <algorithm>
 #include <csignal>
 #include <optional>
@@ -23,36 +22,21 @@
 #include "gateway/sparkplug/sparkplug_publisher.h"
 #include "gateway/store/sqlite_change_store.h"
 #include "host/driver/driver_library.h"
+#include "service/console.h"
 #include "service/service_manager.h"
-#include "streams/output_stream.h"
 #include "streams/signal_notifier.h"
-#include "values/visible_text.h"
 
 namespace plc::gateway {
 namespace {
 
-constexpr int kExitDone = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitWrongUse = 2;
 constexpr int kSecond = 1000; // ms
 
-bool print(int descriptor, const QString& text)
-{
-    streams::OutputStream stream(descriptor);
-    return stream.write(text.toUtf8() + '\n');
-}
-
-/// The journal has the time of each line.
-void log(const QString& line)
-{
-    print(STDERR_FILENO, values::visibleText(line));
-}
-
-int complain(const QString& line, int exitCode)
-{
-    log(QStringLiteral("plc-gateway: ") + line);
-    return exitCode;
-}
+using service::complain;
+using service::kExitDone;
+using service::kExitFailed;
+using service::kExitWrongUse;
+using service::log;
+using service::print;
 
 std::unique_ptr<Publisher> makePublisher(const GatewaySettings& settings, ChangeStore* store)
 {
@@ -278,11 +262,10 @@ int check(const Options& options)
         writable += std::count_if(found.begin(), found.end(),
                                   [](const Metric& metric) { return metric.isWritable; });
     }
-    const bool isPrinted =
-        print(STDOUT_FILENO, QStringLiteral("%1 PLCs, %2 values, %3 of them writable")
-                                 .arg(settings->devices.size())
-                                 .arg(metrics)
-                                 .arg(writable));
+    const bool isPrinted = print(QStringLiteral("%1 PLCs, %2 values, %3 of them writable")
+                                     .arg(settings->devices.size())
+                                     .arg(metrics)
+                                     .arg(writable));
     return isPrinted ? kExitDone : kExitFailed;
 }
 
@@ -306,10 +289,10 @@ int printStatus(const Options& options)
         return complain(status.error().text, kExitFailed);
     if (options.isJson) {
         const QByteArray document = statusDocument(*status).trimmed();
-        return print(STDOUT_FILENO, QString::fromUtf8(document)) ? kExitDone : kExitFailed;
+        return print(QString::fromUtf8(document)) ? kExitDone : kExitFailed;
     }
     const QString text = statusTable(*status).trimmed();
-    return print(STDOUT_FILENO, text) ? kExitDone : kExitFailed;
+    return print(text) ? kExitDone : kExitFailed;
 }
 
 int split(const SplitFiles& files)
@@ -317,7 +300,7 @@ int split(const SplitFiles& files)
     const Expected<QString> report = splitFiles(files);
     if (!report)
         return complain(report.error().text, kExitWrongUse);
-    return print(STDOUT_FILENO, *report) ? kExitDone : kExitFailed;
+    return print(*report) ? kExitDone : kExitFailed;
 }
 
 } // namespace
@@ -328,7 +311,7 @@ int runProgram(const QStringList& arguments)
     if (!options)
         return complain(options.error().text, kExitWrongUse);
     if (!options->information.isEmpty())
-        return print(STDOUT_FILENO, options->information) ? kExitDone : kExitFailed;
+        return print(options->information) ? kExitDone : kExitFailed;
     if (options->wantsStatus)
         return printStatus(*options);
     if (options->wantsSplit)

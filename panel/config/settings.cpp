@@ -2,13 +2,12 @@
 
 #include <QtCore/QFileInfo>
 
+#include "configuration/configuration_file.h"
 #include "configuration/field_readers.h"
 #include "configuration/listen_address.h"
 #include "configuration/service_paths.h"
 #include "panel/config/plc_reader.h"
-#include "project/json_document.h"
 #include "project/json_node.h"
-#include "streams/input_file.h"
 #include "values/nearest_name.h"
 
 namespace plc::panel {
@@ -17,8 +16,6 @@ using project::JsonNode;
 
 namespace {
 
-constexpr streams::InputFileKind kConfiguration = {"a configuration", qint64(16) * 1024 * 1024,
-                                                   "a configuration has less"};
 constexpr qint64 kSmallestRecord = qint64(1024) * 1024; // bytes
 constexpr qint64 kDay = qint64(24) * 60 * 60 * 1000;    // ms
 constexpr qint64 kMostDays = 36500;
@@ -110,7 +107,8 @@ void resolvePaths(const QString& folder, PanelSettings* settings)
 
 Expected<PanelSettings> loadSettings(const QString& path)
 {
-    const Expected<QByteArray> json = streams::readInputFile(path, kConfiguration);
+    const Expected<QByteArray> json =
+        streams::readInputFile(path, configuration::kConfigurationFile);
     if (!json)
         return json.error();
     Expected<PanelSettings> settings = parseSettings(*json, path);
@@ -121,16 +119,7 @@ Expected<PanelSettings> loadSettings(const QString& path)
 
 Expected<PanelSettings> parseSettings(const QByteArray& json, const QString& name)
 {
-    if (const Expected<void> isGood = streams::checkInputSize(json, name, kConfiguration); !isGood)
-        return isGood.error();
-    const Expected<project::JsonDocument> document = project::JsonDocument::parse(json);
-    if (!document)
-        return Error{QStringLiteral("%1: %2").arg(name, document.error().text)};
-    project::DocumentErrors errors(name);
-    PanelSettings settings = readSettings(JsonNode(document->root(), &errors));
-    if (!errors.isEmpty())
-        return Error{errors.first()};
-    return settings;
+    return configuration::parseConfiguration(json, name, &readSettings);
 }
 
 Expected<QVector<PlcSettings>> plcsOfProjects(const QStringList& projects)

@@ -3,7 +3,6 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTimer>
 
-#include <unistd.h>
 #include <csignal>
 #include <optional>
 
@@ -12,36 +11,21 @@
 #include "panel/service/options.h"
 #include "panel/service/panel.h"
 #include "panel/service/user_command.h"
+#include "service/console.h"
 #include "service/service_manager.h"
-#include "streams/output_stream.h"
 #include "streams/signal_notifier.h"
-#include "values/visible_text.h"
 
 namespace plc::panel {
 namespace {
 
-constexpr int kExitDone = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitWrongUse = 2;
 constexpr int kStatusInterval = 1000; // ms
 
-bool print(int descriptor, const QString& text)
-{
-    streams::OutputStream stream(descriptor);
-    return stream.write(text.toUtf8() + '\n');
-}
-
-/// The journal has the time of each line.
-void log(const QString& line)
-{
-    print(STDERR_FILENO, values::visibleText(line));
-}
-
-int complain(const QString& line, int exitCode)
-{
-    log(QStringLiteral("plc-panel: ") + line);
-    return exitCode;
-}
+using service::complain;
+using service::kExitDone;
+using service::kExitFailed;
+using service::kExitWrongUse;
+using service::log;
+using service::print;
 
 /// One run of the panel, with all that is around it.
 class Run {
@@ -61,7 +45,7 @@ public:
         if (const Expected<void> started = m_panel->start(); !started)
             return complain(started.error().text, kExitFailed);
         if (!m_panel->address().isEmpty())
-            print(STDOUT_FILENO, QStringLiteral("listening on ") + m_panel->address());
+            print(QStringLiteral("listening on ") + m_panel->address());
         const int code = runEventLoop();
         m_panel.reset();
         return code;
@@ -110,14 +94,14 @@ int check(const PanelSettings& settings, const QString& driver)
     const QString line = QStringLiteral("%1 PLCs, %2 values that are read all the time")
                              .arg(panel.plants().size())
                              .arg(recorded);
-    return print(STDOUT_FILENO, line) ? kExitDone : kExitFailed;
+    return print(line) ? kExitDone : kExitFailed;
 }
 
 int report(const Expected<QString>& result)
 {
     if (!result)
         return complain(result.error().text, kExitWrongUse);
-    return result->isEmpty() || print(STDOUT_FILENO, *result) ? kExitDone : kExitFailed;
+    return result->isEmpty() || print(*result) ? kExitDone : kExitFailed;
 }
 
 int verify(const QString& file)
@@ -125,7 +109,7 @@ int verify(const QString& file)
     const Expected<AuditReport> report = auditReport(file);
     if (!report)
         return complain(report.error().text, kExitWrongUse);
-    const bool isPrinted = print(STDOUT_FILENO, report->text);
+    const bool isPrinted = print(report->text);
     return isPrinted && report->isIntact ? kExitDone : kExitFailed;
 }
 
@@ -137,7 +121,7 @@ int runProgram(const QStringList& arguments)
     if (!options)
         return complain(options.error().text, kExitWrongUse);
     if (!options->information.isEmpty())
-        return print(STDOUT_FILENO, options->information) ? kExitDone : kExitFailed;
+        return print(options->information) ? kExitDone : kExitFailed;
     if (options->task == Options::Users)
         return report(changeUsers(options->users, options->arguments));
     if (options->task == Options::Audit)
