@@ -156,4 +156,30 @@ bool walkChanges(SqliteDatabase* database, const Run& run, const QVector<int>& s
     return true;
 }
 
+std::optional<QMap<int, Sample>> heldBefore(SqliteDatabase* database, const Run& run,
+                                            const QVector<int>& series, qint64 time)
+{
+    SamplesBySeries tail;
+    BlockTable table(database);
+    if (!table.isPrepared() || !loadTail(database, run, &tail))
+        return {};
+    QMap<int, Sample> held;
+    for (int one : series) {
+        const auto take = [&](const Sample& sample) {
+            if (sample.time < time)
+                held.insert(one, sample);
+        };
+        const std::optional<qint64> id = table.lastBefore(one, run.id, time);
+        const std::optional<Block> block = id ? table.load(*id) : std::nullopt;
+        if (!block)
+            return {};
+        SampleDecoder decoder(block->samples);
+        while (decoder.next())
+            take(decoder.sample());
+        for (const Sample& sample : tail.value(one))
+            take(sample);
+    }
+    return held;
+}
+
 } // namespace plc::recorder

@@ -1,9 +1,11 @@
 #ifndef PLC_RECORDER_CHANGE_WALK_H
 #define PLC_RECORDER_CHANGE_WALK_H
 
+#include <QtCore/QMap>
 #include <QtCore/QVector>
 
 #include <functional>
+#include <optional>
 
 #include "database/sqlite_database.h"
 #include "recorder/change.h"
@@ -18,6 +20,11 @@ namespace plc::recorder {
 bool walkChanges(database::SqliteDatabase* database, const Run& run, const QVector<int>& series,
                  qint64 from, qint64 to, const std::function<bool(const Change&)>& visit,
                  bool* isEnough);
+
+/// What each of these series that has a sample before `time` in a run held there, by series;
+/// nothing after a failure of the database.
+std::optional<QMap<int, Sample>> heldBefore(database::SqliteDatabase* database, const Run& run,
+                                            const QVector<int>& series, qint64 time);
 
 } // namespace plc::recorder
 

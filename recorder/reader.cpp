@@ -21,6 +21,8 @@ using database::SqliteStatement;
 
 class Reader::Implementation {
 public:
+    using VisitChange = std::function<bool(const Change&)>;
+
     Expected<void> open(const QString& path) { return openToRead(path, &m_database); }
 
     Expected<QVector<Series>> series() { return answer(loadSeries(&m_database)); }
@@ -31,8 +33,7 @@ public:
     Expected<History> changes(int series, qint64 from, qint64 to, qint64 most);
     Expected<QVector<Aggregate>> aggregates(int series, qint64 from, qint64 to, qint64 step);
     Expected<QVector<Change>> lastValues();
-    Expected<void> forEachChange(const TimeRange& range,
-                                 const std::function<bool(const Change&)>& visit);
+    Expected<void> forEachChange(const TimeRange& range, const VisitChange& visit);
     Expected<qint64> countChanges();
 
 private:
@@ -62,6 +63,8 @@ private:
 
     std::optional<SeriesDescription> description(int series);
     bool walk(int series, qint64 from, qint64 to, const TakeSample& take);
+    bool walkRun(const Run& run, const QVector<int>& series, const TimeRange& range,
+                 const VisitChange& visit, bool* isEnough);
     std::optional<qint64> addTail(LastSamples* last);
     bool addBlocks(const QVector<Series>& all, LastSamples* last);
 
@@ -183,8 +186,34 @@ Expected<QVector<Change>> Reader::Implementation::lastValues()
     });
 }
 
-Expected<void> Reader::Implementation::forEachChange(
-    const TimeRange& range, const std::function<bool(const Change&)>& visit)
+/// False after a failure of the database; `isEnough` tells that `visit` returned false.
+bool Reader::Implementation::walkRun(const Run& run, const QVector<int>& series,
+                                     const TimeRange& range, const VisitChange& visit,
+                                     bool* isEnough)
+{
+    const bool hasEnd =
+        run.ending != Ending::Open && run.until >= range.from && run.until < range.to;
+    QMap<int, bool> holds;
+    if (hasEnd && run.first < range.from) {
+        const auto held = heldBefore(&m_database, run, series, range.from);
+        if (!held)
+            return false;
+        for (auto one = held->constBegin(); one != held->constEnd(); ++one)
+            holds.insert(one.key(), one->quality != Quality::Gap);
+    }
+    const auto take = [&](const Change& change) {
+        holds.insert(change.series, change.sample.quality != Quality::Gap);
+        return visit(change);
+    };
+    if (!walkChanges(&m_database, run, series, range.from, range.to, take, isEnough))
+        return false;
+    for (int id : hasEnd ? holds.keys(true) : QList<int>())
+        *isEnough = *isEnough || !visit({id, {run.until, Quality::Gap, {}}});
+    return true;
+}
+
+Expected<void> Reader::Implementation::forEachChange(const TimeRange& range,
+                                                     const VisitChange& visit)
 {
     const Expected<bool> done = inSnapshot<bool>([&]() -> std::optional<bool> {
         const std::optional<QVector<Run>> runs = loadRuns(&m_database);
@@ -194,23 +223,10 @@ Expected<void> Reader::Implementation::forEachChange(
         QVector<int> ids;
         for (const Series& series : *all)
             ids.append(series.id);
-        for (const Run& run : *runs) {
-            QMap<int, bool> holds;
-            const auto take = [&](const Change& change) {
-                holds.insert(change.series, change.sample.quality != Quality::Gap);
-                return visit(change);
-            };
-            bool isEnough = false;
-            if (!walkChanges(&m_database, run, ids, range.from, range.to, take, &isEnough))
+        bool isEnough = false;
+        for (auto run = runs->constBegin(); run != runs->constEnd() && !isEnough; ++run) {
+            if (!walkRun(*run, ids, range, visit, &isEnough))
                 return {};
-            const bool hasEnd =
-                run.ending != Ending::Open && run.until >= range.from && run.until < range.to;
-            for (int id : hasEnd && !isEnough ? holds.keys() : QList<int>()) {
-                if (!isEnough && holds[id])
-                    isEnough = !visit({id, {run.until, Quality::Gap, {}}});
-            }
-            if (isEnough)
-                break;
         }
         return true;
     });

@@ -53,6 +53,35 @@ TEST_F(RecorderTest, AfterTheClockWasSetBackTheLaterRecordHoldsAndNothingIsLost)
     EXPECT_EQ(recorded, all);
 }
 
+TEST_F(RecorderTest, TheEndOfARunIsAGapAlsoOfSeriesWithoutAChangeInTheRange)
+{
+    for (const qint64 unsorted : {1000000, 1}) { // in batches, and in blocks
+        file = path("unsorted%1.sqlite").arg(unsorted);
+        Limits limits;
+        limits.unsorted = unsorted;
+        std::unique_ptr<Recorder> recorder = open(0, limits);
+        const int held = recorder->series(ofType("P.held", "INT"));
+        const int often = recorder->series(ofType("P.often", "INT"));
+        const int left = recorder->series(ofType("P.left", "INT"));
+        append(*recorder, {good(held, 1000, "1"), good(often, 1000, "2"), good(left, 1000, "3")},
+               1000);
+        append(*recorder, {{left, gap(1200)}, good(often, 2000, "4")}, 2000);
+        append(*recorder, {}, 3000);
+        recorder.reset();
+        QVector<int> series;
+        QVector<Sample> samples;
+        const Expected<void> visited =
+            read()->forEachChange({1500, 3001}, [&](const Change& change) {
+                series.append(change.series);
+                samples.append(change.sample);
+                return true;
+            });
+        ASSERT_TRUE(succeeds(visited));
+        EXPECT_EQ((QVector<int>{often, held, often}), series) << unsorted;
+        EXPECT_EQ((QVector<Sample>{good(often, 2000, "4").sample, gap(3000), gap(3000)}), samples);
+    }
+}
+
 TEST_F(RecorderTest, OnlyADeadbandLeavesChangesOut)
 {
     std::unique_ptr<Recorder> recorder = open(0);
