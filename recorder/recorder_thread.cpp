@@ -44,7 +44,7 @@ private:
     void record(Lock* lock, ChangeQueue::Portion portion);
     bool waitForRetry(Lock* lock);
     void translate(QVector<Change>* changes);
-    void tell(const Expected<void>& outcome);
+    void tell(const Expected<void>& outcome, qint64 usedBytes);
 
     std::unique_ptr<Recorder> m_recorder; ///< Of the thread, without the lock.
 
@@ -111,8 +111,10 @@ void RecorderThread::Implementation::record(Lock* lock, ChangeQueue::Portion por
     for (;;) {
         lock->unlock();
         const Expected<void> outcome = m_recorder->append(portion.changes, portion.now);
+        // The database is asked without the lock, which append() waits for.
+        const qint64 usedBytes = m_recorder->usedBytes();
         lock->lock();
-        tell(outcome);
+        tell(outcome, usedBytes);
         if (outcome)
             break;
         if (!waitForRetry(lock)) {
@@ -146,11 +148,11 @@ void RecorderThread::Implementation::translate(QVector<Change>* changes)
     }
 }
 
-void RecorderThread::Implementation::tell(const Expected<void>& outcome)
+void RecorderThread::Implementation::tell(const Expected<void>& outcome, qint64 usedBytes)
 {
     m_status.error = outcome ? m_recorder->maintenanceError() : outcome.error().text;
     m_status.recorded = m_recorder->recordedChanges();
-    m_status.usedBytes = m_recorder->usedBytes();
+    m_status.usedBytes = usedBytes;
 }
 
 Expected<std::unique_ptr<RecorderThread>> RecorderThread::start(const QString& path,
