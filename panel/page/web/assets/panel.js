@@ -2,7 +2,7 @@
 
 import { carryOut } from "./server/writes.js";
 import { Live } from "./server/live.js";
-import { get, query, request, send } from "./server/api.js";
+import { currentRun, get, meetRun, query, request, send } from "./server/api.js";
 import { keep, kept } from "./state/stored.js";
 import { Model } from "./state/model.js";
 import { keyOf } from "./state/rows.js";
@@ -11,6 +11,7 @@ import { outcomeText } from "./state/write_process.js";
 import { readAddress, SERIES_LIMIT, writeAddress } from "./state/view_address.js";
 
 const KEEP_DELAY = 250; // ms
+const REFRESH_PAUSE = 1000; // ms before a question that failed is asked again
 
 export class Panel {
   constructor(changed) {
@@ -22,6 +23,7 @@ export class Panel {
     this.notice = null; // a sentence for whoever looks, or listens
     this.needsLogin = false;
     this.started = false;
+    this.refreshes = 0; // how often refresh() has begun: an answer that was overtaken counts no more
     // Where there is no room for the tree beside what is chosen in it.
     this.treesOpen = { values: this.view.chosen.length === 0, trend: false };
   }
@@ -144,7 +146,7 @@ export class Panel {
 
   // Writes the value that was confirmed in the dialog; told elsewhere too when the dialog has gone.
   async write(process) {
-    if (!process.confirm()) return;
+    if (!process.confirm(currentRun())) return;
     this.changed();
     await carryOut(process, this.changed);
     if (this.dialog?.process !== process) {
@@ -156,8 +158,7 @@ export class Panel {
   // The server
 
   async login(user, password) {
-    this.model.session = await send("POST", "/session", { user, password });
-    this.needsLogin = false;
+    this.#takeSession(await send("POST", "/session", { user, password }));
     this.#begin();
     this.changed();
   }
@@ -169,14 +170,19 @@ export class Panel {
 
   async #askSession() {
     try {
-      this.model.session = await get("/session");
-      this.needsLogin = this.model.session.loginRequired && !this.model.session.user;
+      this.#takeSession(await get("/session"));
     } catch {
       setTimeout(() => this.#askSession(), 1000);
       return this.changed();
     }
     if (!this.needsLogin) this.#begin();
     this.changed();
+  }
+
+  #takeSession(session) {
+    meetRun(session);
+    this.model.session = session;
+    this.needsLogin = session.loginRequired && !session.user;
   }
 
   #begin() {
@@ -186,14 +192,29 @@ export class Panel {
     this.refresh();
   }
 
-  // PLCs and alarms anew.
+  // Session, PLCs and alarms anew, until they have come: behind a new stream may be another run of the
+  // server, with other rights.
   async refresh() {
+    const asked = ++this.refreshes;
+    clearTimeout(this.refreshTimer);
     try {
-      this.model.setPlcs((await get("/plcs")).plcs);
-      this.model.setAlarms((await get("/alarms")).alarms);
+      const session = await get("/session");
+      if (asked !== this.refreshes) return;
+      this.#takeSession(session);
+      if (!this.needsLogin) await this.#askPlant(() => asked === this.refreshes);
     } catch (error) {
+      if (asked !== this.refreshes) return;
       if (error.status === 401) this.#askSession();
+      else this.refreshTimer = setTimeout(() => this.refresh(), REFRESH_PAUSE);
     }
+    this.changed();
+  }
+
+  async #askPlant(isWanted) {
+    const { plcs } = await get("/plcs");
+    if (isWanted()) this.model.setPlcs(plcs);
+    const { alarms } = await get("/alarms");
+    if (isWanted()) this.model.setAlarms(alarms);
   }
 
   // Address and choice

@@ -100,6 +100,36 @@ test("a server that was restarted meanwhile leaves the outcome not known", async
   await page.end();
 });
 
+test("an open page writes again after the server was restarted", async () => {
+  const page = await openPage(server.address, { hash: named("Plant.mode") });
+  const row = rowOf(page, "Plant.mode");
+  await shows(row.locator(".mark-word"), "good");
+  const { port } = server;
+  await server.stop();
+  await shows(row.locator(".mark-word"), "not known");
+  server.requests.length = 0;
+  await server.start(port);
+  await shows(row.locator(".mark-word"), "good");
+  await until(() => server.requests.filter((one) => one === "GET /api/v1/alarms").length > 0, "the page asks anew");
+  await row.focus();
+  await page.keyboard.press("Enter");
+  await page.fill("#new-value", "3");
+  await page.keyboard.press("Enter");
+  await page.click("dialog button.danger");
+  await shows(page.locator(".outcome strong"), "done");
+  assert.equal(server.sent.length, 1);
+  await page.end();
+});
+
+test("a write that meets another run of the server is not known", async () => {
+  const { page } = await proposed("Plant.mode", "3");
+  server.instance = "another run";
+  await page.click("dialog button.danger");
+  await shows(page.locator(".outcome"), /^not known The panel was started again meanwhile/);
+  assert.deepEqual(server.sent, []);
+  await page.end();
+});
+
 test("values that are not writable, and roles that do not write, are told so", async () => {
   const page = await openPage(server.address, { hash: named("Plant.heartbeat", "Plant.mode") });
   await shows(rowOf(page, "Plant.heartbeat").locator(".mark-word"), "good");

@@ -41,6 +41,13 @@ test("the request has the value that was shown before, if it was fresh", () => {
   assert.deepEqual(stale.request(), { id: "a1", plc: "dairy", label: "Plant.mode", value: 3 });
 });
 
+test("a write is meant for the run of the server that was there when it was confirmed", () => {
+  const process = proposed();
+  process.confirm("run 1");
+  process.confirm("run 2");
+  assert.equal(process.run, "run 1");
+});
+
 test("the outcome is the one of the PLC", () => {
   for (const outcome of ["done", "refused", "unknown", "notSent"]) {
     const process = sent();

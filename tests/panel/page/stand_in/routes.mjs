@@ -4,7 +4,8 @@ import { historyOf } from "./past.mjs";
 
 const ROOT = "/api/v1";
 
-export function answer(standIn, method, url, body, response) {
+export function answer(standIn, request, url, body, response) {
+  const { method } = request;
   const path = url.pathname.startsWith(ROOT) ? url.pathname.slice(ROOT.length) : "";
   const tell = (status, value) => {
     response.writeHead(status, { "Content-Type": "application/json", "Cache-Control": "no-store" });
@@ -15,10 +16,15 @@ export function answer(standIn, method, url, body, response) {
   if (first !== "session" && session.loginRequired && !session.user) return tell(401, { error: "Log in first." });
   const route = ROUTES[`${method} ${[first, second && "*", third].filter(Boolean).join("/")}`];
   if (!route) return tell(404, { error: `There is nothing at ${url.pathname}.` });
+  // What was meant for another run is not done.
+  const meant = request.headers["panel-instance"];
+  if (method !== "GET" && meant !== undefined && meant !== standIn.instance && !/subscriptions|session/.test(first)) {
+    return tell(412, { error: "The panel was started again meanwhile." });
+  }
   return route({ standIn, url, body, response, tell, name: second, fields: url.searchParams });
 }
 
-const sessionOf = (standIn) => ({ ...standIn.session, time: Date.now() });
+const sessionOf = (standIn) => ({ ...standIn.session, instance: standIn.instance, time: Date.now() });
 
 const ROUTES = {
   "GET session": ({ standIn, tell }) => tell(200, sessionOf(standIn)),

@@ -25,9 +25,11 @@ export class StandIn {
     this.alarms = new Map();
     this.recipes = new Map();
     this.requests = [];
+    this.runs = 0;
   }
 
   async start(port = 0) {
+    this.instance = `run ${++this.runs}`;
     this.server = http.createServer((request, response) => this.#serve(request, response));
     await new Promise((done) => this.server.listen(port, "127.0.0.1", done));
     this.port = this.server.address().port;
@@ -68,7 +70,7 @@ export class StandIn {
     }
     let body = "";
     request.on("data", (part) => (body += part));
-    request.on("end", () => answer(this, request.method, url, body ? JSON.parse(body) : null, response));
+    request.on("end", () => answer(this, request, url, body ? JSON.parse(body) : null, response));
   }
 }
 

@@ -10,20 +10,25 @@ export class Unreachable extends Error {}
 // server was started again is refused by it.
 let instance = null;
 
+// A session that the server told: what is asked from now on is meant for this run.
+export function meetRun(session) {
+  instance = session?.instance ?? instance;
+}
+
+export const currentRun = () => instance;
+
 // {status, body}: body is the JSON of the answer, null where there is none.
-export async function request(method, path, body, { patience = PATIENCE } = {}) {
+export async function request(method, path, body, { patience = PATIENCE, run = instance } = {}) {
   const options = { method, cache: "no-store", credentials: "same-origin", signal: AbortSignal.timeout(patience) };
   if (body !== undefined) {
     options.body = JSON.stringify(body);
     options.headers = { "Content-Type": "application/json" };
   }
-  if (method !== "GET" && instance) options.headers = { ...options.headers, "Panel-Instance": instance };
+  if (method !== "GET" && run) options.headers = { ...options.headers, "Panel-Instance": run };
   try {
     const response = await fetch(ROOT + path, options);
     const text = await response.text();
-    const answer = { status: response.status, body: text ? parsed(text) : null };
-    if (path === "/session") instance = answer.body?.instance ?? instance;
-    return answer;
+    return { status: response.status, body: text ? parsed(text) : null };
   } catch (error) {
     throw new Unreachable(error.message);
   }

@@ -7,7 +7,7 @@ const WRITE_PATIENCE = 15000; // ms for the answer of a write
 
 // Sends what process.request() says, once, and asks for its outcome until it is known or given up.
 export async function carryOut(process, changed) {
-  await step(process, () => request("POST", "/writes", process.request(), { patience: WRITE_PATIENCE }));
+  await step(process, () => request("POST", "/writes", process.request(), { patience: WRITE_PATIENCE, run: process.run }));
   changed();
   while (process.state === "missing") {
     await new Promise((done) => setTimeout(done, ASK_INTERVAL));

@@ -24,6 +24,7 @@ export class WriteProcess {
     this.value = null;
     this.outcome = null; // {outcome, status, reason, time}
     this.askedSince = null;
+    this.run = null; // of the server, that was asked to write
   }
 
   // The value that was typed is to be confirmed. `old`: the one that is shown, undefined if it is
@@ -42,9 +43,10 @@ export class WriteProcess {
     return true;
   }
 
-  // True exactly once: who gets it sends request().
-  confirm() {
+  // True exactly once: who gets it sends request() to this run of the server and to no other.
+  confirm(run = null) {
     if (this.state !== "asking") return false;
+    this.run = run;
     this.state = "sending";
     return true;
   }
