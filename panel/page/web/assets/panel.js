@@ -30,7 +30,10 @@ export class Panel {
 
   start() {
     addEventListener("hashchange", () => this.#followAddress());
-    this.model.listeners.add({ begin: () => this.refresh() });
+    this.model.listeners.add({
+      begin: () => this.refresh(),
+      gap: (plc) => plc === null && this.#dropAnswers(),
+    });
     this.#keepView();
     this.#choose();
     this.#askSession();
@@ -124,6 +127,10 @@ export class Panel {
     return this.model.clock.isHeard(readClocks());
   }
 
+  knowsAlarms() {
+    return this.model.knowsAlarms(readClocks());
+  }
+
   resetExtremes(rows) {
     for (const row of rows) row.forgetExtremes(this.now());
     this.changed();
@@ -210,11 +217,19 @@ export class Panel {
     this.changed();
   }
 
+  // Answers from before the stream broke tell nothing of what is behind it.
+  #dropAnswers() {
+    ++this.refreshes;
+    clearTimeout(this.refreshTimer);
+  }
+
   async #askPlant(isWanted) {
+    let { asked } = this.model;
     const { plcs } = await get("/plcs");
-    if (isWanted()) this.model.setPlcs(plcs);
+    if (isWanted()) this.model.setPlcs(plcs, asked);
+    ({ asked } = this.model);
     const { alarms } = await get("/alarms");
-    if (isWanted()) this.model.setAlarms(alarms);
+    if (isWanted()) this.model.setAlarms(alarms, asked);
   }
 
   // Address and choice

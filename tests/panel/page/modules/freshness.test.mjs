@@ -49,7 +49,7 @@ test("good values are as old as their PLC's confirmation", () => {
 test("the server counts as heard for three seconds after an event", () => {
   const clock = new ServerClock();
   assert.equal(clock.isHeard({ wall: 0, steady: 0 }), false);
-  clock.begin(1000000, { wall: 5000, steady: 100 }, 90);
+  clock.begin(1000000, { wall: 5000, steady: 100 }, { wall: 4990, steady: 90 });
   assert.equal(clock.isHeard({ wall: 8000, steady: 3100 }), true);
   assert.equal(clock.isHeard({ wall: 8001, steady: 3101 }), false);
   assert.equal(clock.now({ wall: 6000, steady: 1100 }), 1001000);
@@ -57,20 +57,20 @@ test("the server counts as heard for three seconds after an event", () => {
 
 test("sleep counts although the steady clock stood still", () => {
   const clock = new ServerClock();
-  clock.begin(1000000, { wall: 5000, steady: 100 }, 90);
+  clock.begin(1000000, { wall: 5000, steady: 100 }, { wall: 4990, steady: 90 });
   assert.equal(clock.isHeard({ wall: 605000, steady: 101 }), false);
   assert.equal(clock.now({ wall: 605000, steady: 101 }), 1600000);
 });
 
 test("a wall clock that was set back keeps nothing fresh", () => {
   const clock = new ServerClock();
-  clock.begin(1000000, { wall: 5000, steady: 100 }, 90);
+  clock.begin(1000000, { wall: 5000, steady: 100 }, { wall: 4990, steady: 90 });
   assert.equal(clock.isHeard({ wall: 1000, steady: 3200 }), false);
 });
 
 test("events from before a sleep tell nothing of now", () => {
   const clock = new ServerClock();
-  clock.begin(1000000, { wall: 5000, steady: 100 }, 90);
+  clock.begin(1000000, { wall: 5000, steady: 100 }, { wall: 4990, steady: 90 });
   assert.equal(clock.hear(1001000, { wall: 6000, steady: 1100 }), true);
   assert.equal(clock.hear(1002000, { wall: 600000, steady: 1200 }), false);
   assert.equal(clock.isHeard({ wall: 600000, steady: 1200 }), false);
@@ -78,13 +78,27 @@ test("events from before a sleep tell nothing of now", () => {
 
 test("a beginning that took longer than three seconds does not count as timely", () => {
   const clock = new ServerClock();
-  assert.equal(clock.begin(1000000, { wall: 5000, steady: 3101 }, 100), false);
-  assert.equal(clock.begin(1000000, { wall: 5000, steady: 3100 }, 100), true);
+  assert.equal(clock.begin(1000000, { wall: 5000, steady: 3101 }, { wall: 5000, steady: 100 }), false);
+  assert.equal(clock.begin(1000000, { wall: 5000, steady: 3100 }, { wall: 5000, steady: 100 }), true);
+});
+
+test("a beginning that was asked for before a sleep does not count as timely", () => {
+  const clock = new ServerClock();
+  assert.equal(clock.begin(1000000, { wall: 605000, steady: 101 }, { wall: 5000, steady: 100 }), false);
+});
+
+test("until when the server was heard is remembered when the stream has gone", () => {
+  const clock = new ServerClock();
+  assert.equal(clock.heardUntil, -Infinity);
+  clock.begin(1000000, { wall: 5000, steady: 100 }, { wall: 4990, steady: 90 });
+  clock.hear(1001000, { wall: 6000, steady: 1100 });
+  clock.lose();
+  assert.equal(clock.heardUntil, 1001000);
 });
 
 test("a stream that has gone is heard no more", () => {
   const clock = new ServerClock();
-  clock.begin(1000000, { wall: 5000, steady: 100 }, 90);
+  clock.begin(1000000, { wall: 5000, steady: 100 }, { wall: 4990, steady: 90 });
   clock.lose();
   assert.equal(clock.isHeard({ wall: 5000, steady: 100 }), false);
   assert.equal(clock.now({ wall: 5000, steady: 100 }), null);

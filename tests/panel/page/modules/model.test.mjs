@@ -14,7 +14,7 @@ function connected() {
   model.choose(names, START);
   model.setPlcs([{ name: "dairy", readOnly: false, link: { state: "up", since: START - 5000 } }]);
   model.session = { role: "operator", readOnly: false };
-  model.begin({ time: START }, names, [{ type: "INT", unit: "bar", writable: true }, { error: "There is no such label." }], at(0), 0);
+  model.begin({ time: START }, names, [{ type: "INT", unit: "bar", writable: true }, { error: "There is no such label." }], at(0), at(0));
   const [row, missing] = [...model.rows.values()];
   return { model, row, missing };
 }
@@ -67,6 +67,78 @@ test("an event from before a sleep changes nothing", () => {
   const { model, row } = connected();
   assert.equal(model.hear("values", values([[0, 7, "g", START]]), at(600000)), false);
   assert.equal(row.value, null);
+});
+
+// What the model knows is lost, and a stream begins `offset` ms after the first one.
+function beginAgain(model, offset) {
+  model.lose();
+  const names = [...model.rows.values()].map(({ plc, label }) => ({ plc, label }));
+  model.begin({ time: START + offset }, names, [], at(offset), at(offset));
+}
+
+test("a line ends when the server was heard last, not when its silence was noticed", () => {
+  const { model, row } = connected();
+  model.hear("values", values([[0, 7, "g", START]]), at(0));
+  model.hear("tick", { time: START + 2000 }, at(2000));
+  let told = null;
+  model.listeners.add({ gap: (plc, time) => (told = { plc, time }) });
+  assert.equal(model.hear("tick", { time: START + 2500 }, { wall: 5000 + 600000, steady: 2600 }), false);
+  model.lose();
+  assert.deepEqual([row.trace.times, row.trace.numbers, row.trace.words], [[START, START + 2000], [7, NaN], ["", "not known"]]);
+  assert.deepEqual(told, { plc: null, time: START + 2000 });
+});
+
+test("behind a stream that broke no value and no link is known before it is told anew", () => {
+  const { model, row } = connected();
+  model.hear("values", values([[0, 7, "g", START]], START), at(0));
+  beginAgain(model, 5000);
+  assert.equal(model.mark(row, at(5000)), "unknown");
+  model.hear("link", { time: START + 5000, plc: "dairy", state: "up", since: START - 5000 }, at(5000));
+  assert.equal(model.mark(row, at(5000)), "unknown");
+  model.hear("values", values([[0, 7, "g", START + 5000]], START + 5000, START + 5000), at(5000));
+  assert.equal(model.mark(row, at(5000)), "fresh");
+});
+
+test("an answer does not undo what the stream told after the question", () => {
+  const { model } = connected();
+  const alarm = { id: "1", plc: "dairy", state: "active", since: START };
+  const { asked } = model;
+  model.hear("link", { time: START + 10, plc: "dairy", state: "down", since: START + 10, reason: "no answer" }, at(10));
+  model.hear("alarm", alarm, at(10));
+  model.setPlcs([{ name: "dairy", link: { state: "up", since: START - 5000 } }], asked);
+  model.setAlarms([{ ...alarm, state: "normal", since: null }], asked);
+  assert.equal(model.plcs.get("dairy").link.state, "down");
+  assert.equal(model.alarms.get("1").state, "active");
+});
+
+test("an answer counts where the stream told something else before the question", () => {
+  const { model } = connected();
+  model.hear("link", { time: START + 10, plc: "dairy", state: "down", since: START + 10 }, at(10));
+  model.hear("alarm", { id: "1", state: "active", since: START }, at(10));
+  const { asked } = model;
+  model.setPlcs([{ name: "dairy", link: { state: "up", since: START + 20 } }], asked);
+  model.setAlarms([{ id: "1", state: "normal", since: null }], asked);
+  assert.equal(model.plcs.get("dairy").link.state, "up");
+  assert.equal(model.alarms.get("1").state, "normal");
+});
+
+test("a link that is told before its PLC is known is not forgotten", () => {
+  const { model } = connected();
+  const { asked } = model;
+  model.hear("link", { time: START + 10, plc: "store", state: "down", since: START + 10, reason: "gone" }, at(10));
+  model.setPlcs([{ name: "store", link: { state: "up", since: START } }], asked);
+  assert.equal(model.plcs.get("store").link.state, "down");
+});
+
+test("alarms are not known from a lost stream on until they were asked for anew", () => {
+  const { model } = connected();
+  assert.equal(model.knowsAlarms(at(0)), false);
+  model.setAlarms([], model.asked);
+  assert.equal(model.knowsAlarms(at(0)), true);
+  beginAgain(model, 5000);
+  assert.equal(model.knowsAlarms(at(5000)), false);
+  model.setAlarms([], model.asked);
+  assert.equal(model.knowsAlarms(at(5000)), true);
 });
 
 test("minimum and maximum are those of good values since they were chosen or reset", () => {

@@ -2,7 +2,7 @@
 // when the stream breaks, falls silent or brings what is old.
 
 import { ROOT_PATH, request, Unreachable } from "./api.js";
-import { readClocks } from "../state/server_clock.js";
+import { lapseOf, readClocks } from "../state/server_clock.js";
 
 const CHECK_INTERVAL = 500; // ms
 const FIRST_PAUSE = 500; // ms before another attempt; doubled up to the longest
@@ -50,7 +50,7 @@ export class Live {
 
   async #begin() {
     this.#drop(this.#attempt);
-    const attempt = { names: this.#wanted, id: null, source: null, asked: readClocks().steady };
+    const attempt = { names: this.#wanted, id: null, source: null, asked: readClocks() };
     this.#attempt = attempt;
     try {
       if (attempt.names.length > 0) await this.#subscribe(attempt);
@@ -72,7 +72,7 @@ export class Live {
 
   #listen(attempt) {
     const of = attempt.id === null ? "" : `?subscription=${encodeURIComponent(attempt.id)}`;
-    attempt.asked = readClocks().steady;
+    attempt.asked = readClocks();
     attempt.source = new EventSource(`${ROOT_PATH}/events${of}`);
     attempt.source.onerror = () => this.#fail(attempt, null);
     attempt.source.addEventListener("hello", (event) => this.#hello(attempt, JSON.parse(event.data)));
@@ -102,7 +102,7 @@ export class Live {
     if (attempt !== this.#attempt && attempt !== this.#current) return;
     if (attempt === this.#current) {
       this.#current = null;
-      this.model.lose(readClocks());
+      this.model.lose();
     }
     if (attempt === this.#attempt) this.#attempt = null;
     this.#drop(attempt);
@@ -125,7 +125,7 @@ export class Live {
   #check() {
     const reading = readClocks();
     if (this.#current && !this.model.clock.isHeard(reading)) this.#fail(this.#current, null);
-    if (this.#attempt?.source && reading.steady - this.#attempt.asked > HELLO_LIMIT) {
+    if (this.#attempt?.source && lapseOf(reading, this.#attempt.asked) > HELLO_LIMIT) {
       this.#fail(this.#attempt, null);
     }
     this.model.changed();

@@ -1,21 +1,25 @@
 // How a value may be shown. Only what is "fresh" looks so; everything else carries a word.
 
+export const LOST = "-"; // the quality of a value that was told before the stream broke
+
 export const MARKS = {
   fresh: { word: "", text: "asked for and answered just now" },
   unread: { word: "not read", text: "never read from the PLC" },
   stale: { word: "stale", text: "not confirmed by the PLC for too long" },
   bad: { word: "bad", text: "the PLC refuses it" },
   lost: { word: "no link", text: "the PLC is not connected" },
-  unknown: { word: "not known", text: "this page is not connected to its server" },
+  unknown: { word: "not known", text: "this page hears nothing of it from its server" },
   wrong: { word: "no such value", text: "the PLC's project has no such label" },
 };
 
 // The mark of a value. `heard`: events of the server arrive; `link`: {state, since} of its PLC;
-// `quality`: "g", "s", "b" or null while nothing was told; `confirmed`: as confirmedAt() has it.
+// `quality`: "g", "s", "b", LOST, or null while nothing was told; `confirmed`: as confirmedAt() has it.
 export function markOf({ heard, link, quality, time, confirmed, error }) {
   if (error) return "wrong";
   if (!heard) return "unknown";
+  if (link?.state === "unknown") return "unknown";
   if (link?.state !== "up") return "lost";
+  if (quality === LOST) return "unknown";
   if (quality === "b") return "bad";
   if (quality === null || quality === undefined || (time === null && quality !== "g")) return "unread";
   if (quality !== "g") return "stale";

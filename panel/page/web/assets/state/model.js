@@ -10,6 +10,8 @@ export class Model {
     this.clock = new ServerClock();
     this.session = null;
     this.plcs = new Map(); // name -> {name, title, address, readOnly, link, confirmed}
+    this.news = new Map(); // "link NAME", "alarm ID" -> {count, event}: what the stream told last
+    this.newsCount = 0;
     this.rows = new Map(); // key -> Row
     this.order = []; // rows as the subscription counts them
     this.alarms = new Map();
@@ -33,18 +35,43 @@ export class Model {
     this.changed();
   }
 
-  setPlcs(plcs) {
+  // To be taken when a question is asked, and handed in with its answer: what the stream told since
+  // then is newer than the answer.
+  get asked() {
+    return this.newsCount;
+  }
+
+  setPlcs(plcs, asked) {
     const known = this.plcs;
-    this.plcs = new Map(
-      plcs.map((plc) => [plc.name, { ...plc, confirmed: known.get(plc.name)?.confirmed ?? null }]),
-    );
+    this.plcs = new Map(plcs.map((plc) => {
+      const confirmed = known.get(plc.name)?.confirmed ?? null;
+      return [plc.name, { ...plc, confirmed, link: this.#newsSince(asked, `link ${plc.name}`) ?? plc.link }];
+    }));
     this.changed();
   }
 
-  setAlarms(alarms) {
+  setAlarms(alarms, asked) {
     this.alarms = new Map(alarms.map((alarm) => [alarm.id, alarm]));
+    for (const name of this.news.keys()) {
+      const alarm = name.startsWith("alarm ") && this.#newsSince(asked, name);
+      if (alarm) this.alarms.set(alarm.id, alarm);
+    }
     this.alarmsKnown = true;
     this.changed();
+  }
+
+  // Whether the alarms are as the server has them now.
+  knowsAlarms(reading) {
+    return this.alarmsKnown && this.clock.isHeard(reading);
+  }
+
+  #note(name, event) {
+    this.news.set(name, { count: ++this.newsCount, event });
+  }
+
+  #newsSince(asked, name) {
+    const last = this.news.get(name);
+    return last && last.count > asked ? last.event : null;
   }
 
   // A stream began; false: its beginning came too late to count.
@@ -66,16 +93,20 @@ export class Model {
     if (name !== "alarm" && !this.clock.hear(time, reading)) return false;
     if (name === "values") this.#takeValues(event);
     else if (name === "link") this.#takeLink(event);
-    else if (name === "alarm") this.alarms.set(event.id, event);
+    else if (name === "alarm") this.#takeAlarm(event);
     this.changed();
     return true;
   }
 
-  // Nothing is heard any more: from here on no value is known.
-  lose(reading) {
-    const now = this.clock.now(reading) ?? reading.wall;
-    for (const row of this.rows.values()) row.trace.gap(now, "not known");
-    for (const listener of this.listeners) listener.gap?.(null, now);
+  // Nothing is heard any more: no value, link or alarm is known from the time on that was heard last,
+  // until it is told anew.
+  lose() {
+    const last = this.clock.heardUntil;
+    for (const row of this.rows.values()) row.lose(last);
+    for (const plc of this.plcs.values()) Object.assign(plc, { link: { state: "unknown" }, confirmed: null });
+    this.alarmsKnown = false;
+    this.news.clear();
+    for (const listener of this.listeners) listener.gap?.(null, last);
     this.clock.lose();
     this.changed();
   }
@@ -107,7 +138,13 @@ export class Model {
     }
   }
 
+  #takeAlarm(alarm) {
+    this.#note(`alarm ${alarm.id}`, alarm);
+    this.alarms.set(alarm.id, alarm);
+  }
+
   #takeLink({ plc, state, since, reason, time }) {
+    this.#note(`link ${plc}`, { state, since, reason });
     const owner = this.plcs.get(plc);
     if (!owner) return;
     owner.link = { state, since, reason };

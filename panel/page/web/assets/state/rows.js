@@ -1,6 +1,7 @@
 // The values that were chosen, as they are known now.
 
 import { compareValues, drawnNumber, hasExtremes } from "../values/number.js";
+import { LOST } from "./freshness.js";
 import { Trace } from "../trend/trace.js";
 
 const QUALITIES = { g: "g", s: "s", b: "b", good: "g", stale: "s", bad: "b" };
@@ -42,6 +43,12 @@ export class Row {
     if (!hasExtremes(value, this.type)) return;
     if (this.minimum === null || compareValues(value, this.minimum) < 0) this.minimum = value;
     if (this.maximum === null || compareValues(value, this.maximum) > 0) this.maximum = value;
+  }
+
+  // Nothing is known of the value since `time`; what it was then is kept to be shown as such.
+  lose(time) {
+    if (this.quality !== null) this.quality = LOST;
+    this.trace.gap(time, "not known");
   }
 
   // Least and greatest count anew, from the value that is known now.

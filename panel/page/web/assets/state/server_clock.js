@@ -8,13 +8,16 @@ export const SILENCE_LIMIT = 3000; // ms without an event after which nothing is
 
 export class ServerClock {
   #last = null; // the newest event: {server, wall, steady}
+  #heardUntil = -Infinity;
   #offset = 0; // server less wall, as the event that was the quickest on its way tells
 
-  // A new stream began: `asked` is the reading of the steady clock when it was asked for.
+  // A new stream began: `asked` is the reading of the clocks when it was asked for. False when it took
+  // so long that its beginning tells nothing of now.
   begin(server, reading, asked) {
     this.#offset = server - reading.wall;
     this.#last = { server, ...reading };
-    return reading.steady - asked <= SILENCE_LIMIT;
+    this.#heardUntil = server;
+    return lapseOf(reading, asked) <= SILENCE_LIMIT;
   }
 
   // An event of the stream came. False when it was under way for so long that it tells nothing of
@@ -25,6 +28,7 @@ export class ServerClock {
     this.#offset = Math.max(this.#offset, offset);
     if (late > SILENCE_LIMIT) return false;
     this.#last = { server: Math.max(server, this.#last?.server ?? server), ...reading };
+    this.#heardUntil = this.#last.server;
     return true;
   }
 
@@ -37,9 +41,9 @@ export class ServerClock {
     return this.#last !== null && this.#lapse(reading) <= SILENCE_LIMIT;
   }
 
-  // The server's time of the newest event; -Infinity when nothing was heard.
+  // The server's time of the newest event, also when the stream has gone; -Infinity before the first.
   get heardUntil() {
-    return this.#last?.server ?? -Infinity;
+    return this.#heardUntil;
   }
 
   // The server's time now, at least; null when it was never heard.
@@ -48,8 +52,13 @@ export class ServerClock {
   }
 
   #lapse(reading) {
-    return Math.max(reading.wall - this.#last.wall, reading.steady - this.#last.steady);
+    return lapseOf(reading, this.#last);
   }
+}
+
+// ms between two readings: the larger lapse of the two clocks.
+export function lapseOf(later, earlier) {
+  return Math.max(later.wall - earlier.wall, later.steady - earlier.steady);
 }
 
 export function readClocks() {

@@ -11,7 +11,7 @@ const TABS = [
   ["alarms", "Alarms"],
   ["recipes", "Recipes"],
 ];
-const LINK_WORDS = { up: "connected", connecting: "connecting", down: "no link" };
+const LINK_WORDS = { up: "connected", connecting: "connecting", down: "no link", unknown: "not known" };
 const THEME_WORDS = { system: "Auto", light: "Light", dark: "Dark" };
 
 export function Header({ panel }) {
@@ -56,7 +56,7 @@ function LinkChip({ plc, heard, now }) {
 
 function Tab({ panel, name, title, number }) {
   const current = panel.view.view === name;
-  const count = name === "alarms" && panel.isHeard() ? alarmCounts(panel.model.alarms.values()) : null;
+  const count = name === "alarms" && panel.knowsAlarms() ? alarmCounts(panel.model.alarms.values()) : null;
   const badge = count && (count.active || count.waiting) ? count : null;
   return html`<button type="button" class="tab" aria-current=${current ? "page" : null} title=${`Key ${number}`}
       onClick=${() => panel.show({ view: name })}>
