@@ -66,6 +66,34 @@ test("alarms are not known while the server is not heard", async () => {
   await page.end();
 });
 
+test("an alarm of the history that has ended since is not shown as active", async () => {
+  server.setAlarm({ ...alarm, id: "9" });
+  server.recorded = [{ ...alarm, id: "9" }];
+  const page = await openPage(server.address, { hash: "#alarms" });
+  await shows(page.locator(".alarm .state"), "▲ active");
+  await page.click("text=History");
+  await shows(page.locator(".alarm .state"), "▲ active");
+  server.setAlarm({ ...alarm, id: "9", state: "ended", ended: alarm.since + 60000 });
+  await shows(page.locator(".alarm .state"), "ended");
+  server.faults.silent = true;
+  server.setAlarm({ ...alarm, id: "9", since: alarm.since });
+  await shows(page.locator(".alarm .state"), "not known");
+  server.faults.silent = false;
+  server.recorded = null;
+  await page.end();
+});
+
+test("nobody is asked to acknowledge in read-only mode", async () => {
+  server.alarms.clear();
+  server.setAlarm(alarm);
+  server.session.readOnly = true;
+  const page = await openPage(server.address, { hash: "#alarms" });
+  await shows(page.locator(".alarm .state"), "▲ active");
+  assert.equal(await page.locator("button:has-text('Acknowledge')").count(), 0);
+  server.session.readOnly = false;
+  await page.end();
+});
+
 test("a recipe is saved, compared and restored with a report", async () => {
   const { written } = server.plants.get("dairy");
   const page = await openPage(server.address, { hash: `${named("Plant.mode", "Plant.interlock", "Totals.note")}`.replace("#values", "#recipes") });

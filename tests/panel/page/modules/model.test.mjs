@@ -172,3 +172,19 @@ test("who may not write is told why", () => {
   row.writable = false;
   assert.match(model.writeObstacle(row), /not writable/);
 });
+
+test("who only looks, and everybody in read-only mode, changes nothing", () => {
+  const { model } = connected();
+  const may = () => [model.mayChange(), model.mayWriteTo("dairy"), model.mayKeep()];
+  assert.deepEqual(may(), [true, true, false]);
+  model.session = { role: "engineer", readOnly: false };
+  assert.deepEqual(may(), [true, true, true]);
+  model.plcs.get("dairy").readOnly = true;
+  assert.deepEqual(may(), [true, false, true]);
+  model.session.readOnly = true;
+  assert.deepEqual(may(), [false, false, false]);
+  model.session = { role: "viewer", readOnly: false };
+  assert.deepEqual(may(), [false, false, false]);
+  model.session = null;
+  assert.deepEqual(may(), [false, false, false]);
+});

@@ -88,7 +88,7 @@ const ROUTES = {
     standIn.writes.has(name) ? tell(200, standIn.writes.get(name)) : tell(404, { error: "No such write." }),
   "GET history": ({ standIn, tell, fields }) => tell(200, historyOf(standIn.plants.get(fields.get("plc")), fields)),
   "GET alarms": ({ standIn, tell }) => tell(200, { alarms: [...standIn.alarms.values()] }),
-  "GET alarms/*": ({ standIn, tell }) => tell(200, { alarms: [...standIn.alarms.values()].filter((alarm) => alarm.ended) }),
+  "GET alarms/*": ({ standIn, tell }) => tell(200, { alarms: standIn.recorded ?? [...standIn.alarms.values()].filter((alarm) => alarm.ended) }),
   "POST alarms/*/acknowledge": ({ standIn, tell, name, body }) => {
     const alarm = standIn.alarms.get(name);
     if (!alarm || alarm.since !== body.since) return tell(409, { error: "That occurrence is over." });

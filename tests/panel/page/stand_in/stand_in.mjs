@@ -23,6 +23,7 @@ export class StandIn {
     this.sent = []; // bodies of the writes that came
     this.faults = { losesAnswer: false, delay: 0, silent: false, bad: new Set(), stale: new Set() };
     this.alarms = new Map();
+    this.recorded = null; // occurrences of the history; null: those of the alarms that have ended
     this.recipes = new Map();
     this.requests = [];
     this.runs = 0;

@@ -34,6 +34,15 @@ export async function request(method, path, body, { patience = PATIENCE, run = i
   }
 }
 
+// The same; status null when no answer came.
+export async function ask(method, path, body, options) {
+  try {
+    return await request(method, path, body, options);
+  } catch {
+    return { status: null, body: null };
+  }
+}
+
 function parsed(text) {
   try {
     return JSON.parse(text);

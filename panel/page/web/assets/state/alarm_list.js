@@ -16,6 +16,16 @@ export function needsAcknowledgement(alarm) {
   return (alarm.state === "active" || alarm.state === "ended") && !alarm.acknowledgedBy;
 }
 
+// A recorded occurrence as it is now: one that had no end when it was asked for may have ended since.
+// `current`: its alarm as it is told now; `known`: whether that is so at this moment.
+export function occurrenceNow(recorded, current, known) {
+  if (recorded.ended) return { ...recorded, state: "ended" };
+  if (!known || !current || current.state === "unknown") return { ...recorded, state: "unknown" };
+  if (current.since !== recorded.since) return { ...recorded, state: "ended" };
+  const { state, ended, acknowledgedBy, acknowledgedAt } = current;
+  return { ...recorded, state: state === "active" ? "active" : "ended", ended, acknowledgedBy, acknowledgedAt };
+}
+
 // How many are active, and how many of all wait for somebody.
 export function alarmCounts(alarms) {
   let active = 0;

@@ -174,10 +174,25 @@ export class Model {
     return now === null || at === null ? null : Math.max(0, now - at);
   }
 
+  // Whether who looks may change anything: write, acknowledge, restore.
+  mayChange() {
+    return !this.session?.readOnly && ["operator", "engineer"].includes(this.session?.role);
+  }
+
+  // Whether they may write to a PLC.
+  mayWriteTo(plc) {
+    return this.mayChange() && !this.plcs.get(plc)?.readOnly;
+  }
+
+  // Whether they may save and delete recipes.
+  mayKeep() {
+    return this.mayChange() && this.session.role === "engineer";
+  }
+
   // Why a row cannot be written, or "" when it can.
   writeObstacle(row) {
     if (this.session?.readOnly) return "The panel is read-only.";
-    if (!["operator", "engineer"].includes(this.session?.role)) return "Your role does not write.";
+    if (!this.mayChange()) return "Your role does not write.";
     if (this.plcs.get(row.plc)?.readOnly) return `${row.plc} is read-only.`;
     return row.writable ? "" : "This value is not writable.";
   }

@@ -1,75 +1,79 @@
 // Alarms: what is active, what waits for somebody, what was.
 
 import { ageText, timeText } from "../state/ages.js";
-import { ALARM_WORDS, attentionFirst, needsAcknowledgement } from "../state/alarm_list.js";
-import { get, query, request } from "../server/api.js";
+import { ALARM_WORDS, attentionFirst, needsAcknowledgement, occurrenceNow } from "../state/alarm_list.js";
+import { ask, get, query } from "../server/api.js";
+import { changeText } from "../state/change_text.js";
 import { html, useEffect, useState } from "../html.js";
 
 const HISTORY_LIMIT = 500;
 
 export function AlarmsView({ panel }) {
-  const [past, setPast] = useState(null); // null: now; otherwise {alarms} or {error}
+  const [past, setPast] = useState(null); // null: now; otherwise {}, {alarms} or {error}
   const load = async () => {
-    setPast({ alarms: [] });
+    setPast({});
     try {
       const { alarms } = await get(`/alarms/history${query({ limit: HISTORY_LIMIT })}`);
-      setPast({ alarms });
+      setPast((shown) => shown && { alarms });
     } catch (error) {
-      setPast({ error: error.message });
+      setPast((shown) => shown && { error: error.message });
     }
   };
+  const isPast = past !== null;
+  // What came while nothing was heard.
+  useEffect(() => void (isPast && load()), [panel.model.streams]);
   return html`<section class="page-section" aria-label="Alarms">
     <div class="toolbar">
-      <button type="button" aria-pressed=${String(past === null)} onClick=${() => setPast(null)}>Now</button>
-      <button type="button" aria-pressed=${String(past !== null)} onClick=${load}>History</button>
+      <button type="button" aria-pressed=${String(!isPast)} onClick=${() => setPast(null)}>Now</button>
+      <button type="button" aria-pressed=${String(isPast)} onClick=${load}>History</button>
       <span class="note count"></span>
     </div>
-    <div class="scroll">
-      ${past === null ? html`<${Current} panel=${panel} />` : past.error ? html`<p class="empty error">The history did not come: ${past.error}</p>` : html`<${List} panel=${panel} alarms=${past.alarms} past />`}
-    </div>
+    <div class="scroll">${isPast ? html`<${Past} panel=${panel} past=${past} />` : html`<${Current} panel=${panel} />`}</div>
   </section>`;
 }
 
-function Current({ panel }) {
-  const { alarms, alarmsKnown } = panel.model;
-  if (!alarmsKnown) return html`<p class="empty">The alarms are not known yet.</p>`;
-  if (alarms.size === 0) return html`<p class="empty">No alarm is configured.</p>`;
-  return html`<${List} panel=${panel} alarms=${attentionFirst(alarms.values())} />`;
+function Past({ panel, past: { alarms, error } }) {
+  if (error) return html`<p class="empty error">The history did not come: ${error}</p>`;
+  if (!alarms) return html`<p class="empty">…</p>`;
+  if (alarms.length === 0) return html`<p class="empty">Nothing is recorded.</p>`;
+  const known = panel.knowsAlarms();
+  return html`<${List} panel=${panel} alarms=${alarms.map((one) => occurrenceNow(one, panel.model.alarms.get(one.id), known))} past />`;
 }
 
-function List({ panel, alarms, past }) {
-  const heard = panel.isHeard();
-  if (alarms.length === 0) return html`<p class="empty">Nothing is recorded.</p>`;
-  return html`<table class=${heard || past ? "list alarms" : "list alarms old"}>
+function Current({ panel }) {
+  const { alarms } = panel.model;
+  const known = panel.knowsAlarms();
+  if (alarms.size === 0) return html`<p class="empty">${known ? "No alarm is configured." : "The alarms are not known yet."}</p>`;
+  const shown = attentionFirst(alarms.values());
+  return html`<${List} panel=${panel} alarms=${known ? shown : shown.map((one) => ({ ...one, state: "unknown" }))} old=${!known} />`;
+}
+
+function List({ panel, alarms, past, old }) {
+  return html`<table class=${old ? "list alarms old" : "list alarms"}>
     <thead><tr><th>State</th><th>Alarm</th><th>Begin</th><th>End</th><th>Acknowledged</th><th><span class="unseen">Actions</span></th></tr></thead>
-    <tbody>${alarms.map((alarm) => html`<${Alarm} key=${`${alarm.id} ${alarm.since}`} panel=${panel} alarm=${alarm} known=${heard} past=${past} />`)}</tbody>
+    <tbody>${alarms.map((alarm) => html`<${Alarm} key=${`${alarm.id} ${alarm.since}`} panel=${panel} alarm=${alarm} past=${past} />`)}</tbody>
   </table>`;
 }
 
-function Alarm({ panel, alarm, known, past }) {
-  const state = past ? (alarm.ended ? "ended" : alarm.state) : known ? alarm.state : "unknown";
+function Alarm({ panel, alarm, past }) {
+  const { state } = alarm;
   const now = panel.now();
-  const begun = alarm.state !== "normal" && alarm.since;
+  const begun = state !== "normal" && alarm.since;
   const lasting = state === "active" && now !== null && alarm.since ? ` (${ageText(now - alarm.since)})` : "";
+  const asks = !past && needsAcknowledgement(alarm) && panel.model.mayChange();
   return html`<tr class=${`alarm alarm-${state}`}>
     <td><span class="state">${state === "active" ? "▲ " : ""}${ALARM_WORDS[state] ?? state}</span></td>
     <td><strong>${alarm.text || alarm.label}</strong><div class="note">${alarm.plc} · ${alarm.label} ${alarm.condition}</div></td>
     <td data-name="Begin">${begun ? timeText(alarm.since) + lasting : "—"}</td>
     <td data-name="End">${timeText(alarm.ended)}</td>
     <td data-name="Acknowledged">${alarm.acknowledgedBy ? html`${alarm.acknowledgedBy}<div class="note">${timeText(alarm.acknowledgedAt)}</div>` : "—"}</td>
-    <td>${!past && needsAcknowledgement(alarm) && html`<button type="button" disabled=${!known || !canAcknowledge(panel)} onClick=${() => acknowledge(panel, alarm)}>Acknowledge</button>`}</td>
+    <td>${asks && html`<button type="button" onClick=${() => acknowledge(panel, alarm)}>Acknowledge</button>`}</td>
   </tr>`;
 }
 
-const canAcknowledge = (panel) => ["operator", "engineer"].includes(panel.model.session?.role);
-
 async function acknowledge(panel, alarm) {
-  try {
-    const { status, body } = await request("POST", `/alarms/${encodeURIComponent(alarm.id)}/acknowledge`, { since: alarm.since });
-    if (status >= 200 && status < 300) panel.tell(`${alarm.text || alarm.label} is acknowledged.`);
-    else panel.tell(`Not acknowledged: ${body?.error ?? status}`);
-  } catch {
-    panel.tell("Whether it is acknowledged is not known: the server does not answer.");
-  }
+  const name = alarm.text || alarm.label;
+  const { status, body } = await ask("POST", `/alarms/${encodeURIComponent(alarm.id)}/acknowledge`, { since: alarm.since });
+  panel.tell(changeText(status, body, { done: `${name} is acknowledged.`, failed: "Not acknowledged", unknown: `Whether ${name} is acknowledged is not known` }));
   panel.refresh();
 }
