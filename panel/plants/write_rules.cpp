@@ -56,6 +56,8 @@ Expected<WriteRules> WriteRules::make(const QVector<WritableRule>& rules,
             if (!point)
                 return Error{QStringLiteral("writable: %1").arg(point.error().text)};
             if (!rule.pattern)
+                rule.labels.insert(point->text);
+            if (settings.lowest || settings.highest)
                 rule.points.append(*point);
         }
         result.m_rules.push_back(std::move(rule));
@@ -65,11 +67,7 @@ Expected<WriteRules> WriteRules::make(const QVector<WritableRule>& rules,
 
 bool WriteRules::fits(const Rule& rule, const host::DataPoint& point)
 {
-    if (rule.pattern)
-        return rule.pattern->matches(point.text);
-    return std::any_of(
-        rule.points.begin(), rule.points.end(),
-        [&point](const host::DataPoint& listed) { return listed.text == point.text; });
+    return rule.pattern ? rule.pattern->matches(point.text) : rule.labels.contains(point.text);
 }
 
 std::size_t WriteRules::behindFitting(const host::DataPoint& point) const

@@ -1,6 +1,7 @@
 #ifndef PLC_PANEL_PLANTS_WRITE_RULES_H
 #define PLC_PANEL_PLANTS_WRITE_RULES_H
 
+#include <QtCore/QSet>
 #include <QtCore/QVector>
 
 #include <optional>
@@ -37,7 +38,8 @@ private:
     struct Rule {
         configuration::WritableRule settings;
         std::optional<project::LabelPattern> pattern;
-        QVector<host::DataPoint> points; ///< Of a rule that is no pattern.
+        QSet<QString> labels;            ///< Of a rule that is no pattern.
+        QVector<host::DataPoint> points; ///< Of a rule with limits.
     };
 
     static bool fits(const Rule& rule, const host::DataPoint& point);

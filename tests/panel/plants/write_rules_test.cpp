@@ -93,6 +93,15 @@ TEST_F(WriteRulesTest, LimitsOfAnElementHoldForListsOverIt)
               obstacle("T.v[0]*2", {Value(quint64(5)), Value(quint64(99))}));
 }
 
+TEST_F(WriteRulesTest, LimitsByAPatternHoldForListsOverWhatItFits)
+{
+    make({rule("T.*"), {QStringLiteral("T.v[?]"), {}, 10.0}});
+    EXPECT_EQ("out of the limits ..10",
+              obstacle("T.v[0]*2", {Value(quint64(5)), Value(quint64(11))}));
+    EXPECT_EQ("", obstacle("T.v[0]*2", {Value(quint64(5)), Value(quint64(10))}));
+    EXPECT_EQ("", obstacle("T.level", {Value(quint64(11))}));
+}
+
 TEST_F(WriteRulesTest, ThatFitNothingAreAnError)
 {
     make({rule("T.nope")});
