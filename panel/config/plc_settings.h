@@ -25,9 +25,6 @@ struct PlcSettings {
     QVector<AlarmSettings> alarms;
 };
 
-/// Whether both would make the same PLC.
-bool isSame(const PlcSettings& a, const PlcSettings& b);
-
 } // namespace plc::panel
 
 #endif

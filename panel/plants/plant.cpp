@@ -1,5 +1,6 @@
 #include "panel/plants/plant.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QFileInfo>
 #include <QtCore/QSet>
 
@@ -58,7 +59,6 @@ Expected<std::unique_ptr<Plant>> Plant::create(const PlcSettings& settings, bool
 
 Expected<void> Plant::prepare(const QString& driver)
 {
-    m_projectTime = QFileInfo(m_settings.project).lastModified();
     Expected<project::Project> project = project::loadProject(m_settings.project);
     if (!project)
         return project.error();
@@ -128,12 +128,6 @@ Expected<QVector<host::DataPoint>> Plant::recordedPoints() const
             return added.error();
     }
     return points;
-}
-
-bool Plant::isAs(const PlcSettings& settings, bool isReadOnly) const
-{
-    return isReadOnly == m_isReadOnly && isSame(settings, m_settings) &&
-           QFileInfo(m_settings.project).lastModified() == m_projectTime;
 }
 
 QString Plant::address() const
@@ -219,18 +213,25 @@ void Plant::readWanted()
 
 void Plant::sample()
 {
-    m_wasSampled = true;
+    m_sampledAt = m_tcp->now();
     m_listener->sampled(this,
-                        m_live.sample(m_runtime->values(), m_rows, m_tcp->now(), wallClock()));
+                        m_live.sample(m_runtime->values(), m_rows, m_sampledAt, wallClock()));
 }
 
 /// What no pass shows: values that become stale, and what came of a pass that takes long.
+void Plant::sampleBetween()
+{
+    const qint64 now = m_tcp->now();
+    const QVector<int>& changed = m_live.sample(m_runtime->values(), m_rows, now, wallClock());
+    if (changed.isEmpty() && now - m_sampledAt < kSecond)
+        return;
+    m_sampledAt = now;
+    m_listener->sampled(this, changed);
+}
+
 void Plant::passSecond()
 {
-    if (!std::exchange(m_wasSampled, false)) {
-        sample();
-        m_wasSampled = false;
-    }
+    sampleBetween();
     for (const int slot : m_wanted.expire(m_tcp->now()))
         m_live.forget(slot);
     readWanted();
@@ -244,6 +245,7 @@ void Plant::linkChanged(host::LinkState state, const QString& reason, int retryD
         return;
     const PlcLink::State now = state == host::LinkState::Up ? PlcLink::Up : PlcLink::Down;
     m_passEndedAt = -1;
+    m_passTime = 0;
     m_lastPasses = m_runtime->session().passes();
     if (now == m_link.state && reason == m_link.reason)
         return;

@@ -1,7 +1,6 @@
 #ifndef PLC_PANEL_PLANTS_PLANT_H
 #define PLC_PANEL_PLANTS_PLANT_H
 
-#include <QtCore/QDateTime>
 #include <QtCore/QString>
 #include <QtCore/QTimer>
 
@@ -48,8 +47,6 @@ public:
     /// "192.168.0.12:1200"
     QString address() const;
     bool isReadOnly() const { return m_isReadOnly || m_project.settings.readOnly; }
-    /// Whether a new plant with these settings would be the same, from the same project file.
-    bool isAs(const PlcSettings& settings, bool isReadOnly) const;
 
     void start();
     void stop();
@@ -91,6 +88,7 @@ private:
     Expected<QVector<host::DataPoint>> recordedPoints() const;
     void readWanted();
     void sample();
+    void sampleBetween();
     void passSecond();
 
     void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
@@ -100,7 +98,6 @@ private:
     const bool m_isReadOnly;
     PlantListener* const m_listener;
     project::Project m_project;
-    QDateTime m_projectTime; ///< Of the file's last change when it was read.
     WriteRules m_rules;
     // What stands first ends last.
     std::optional<host::DriverLibrary> m_library;
@@ -116,7 +113,7 @@ private:
     int m_lastPasses = 0;
     qint64 m_passEndedAt = -1;
     qint64 m_passTime = 0;
-    bool m_wasSampled = false; ///< Since the last second.
+    qint64 m_sampledAt = 0;
 };
 
 } // namespace plc::panel
