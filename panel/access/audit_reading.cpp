@@ -3,6 +3,7 @@
 #include <QtCore/QFile>
 
 #include <algorithm>
+#include <deque>
 #include <functional>
 
 #include "panel/access/audit_chain.h"
@@ -208,14 +209,22 @@ Expected<AuditPage> readAudit(const QString& path, qint64 from, int limit)
 {
     const int most = std::min(std::max(limit, 0), kMostAuditLines);
     AuditPage page;
+    std::deque<QByteArray> last; // where `from` counts from the end
     const Expected<bool> outcome = forEachLine(path, [&](const QByteArray& bytes) {
         const qint64 place = page.total++;
-        if (from >= 0 && (place < from || page.lines.size() >= most))
+        if (from >= 0) {
+            if (place >= from && page.lines.size() < most)
+                page.lines.append(bytes);
             return;
-        page.lines.append(bytes);
-        if (from < 0 && page.lines.size() > std::min<qint64>(most, -from))
-            page.lines.removeFirst();
+        }
+        last.push_back(bytes);
+        if (qint64(last.size()) > std::min<qint64>(kMostAuditLines, -from))
+            last.pop_front();
     });
+    for (const QByteArray& line : last) {
+        if (page.lines.size() < most)
+            page.lines.append(line);
+    }
     if (!outcome)
         return outcome.error();
     return page;

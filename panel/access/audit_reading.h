@@ -36,7 +36,8 @@ struct AuditPage {
     qint64 total = 0;
 };
 
-/// `from` counts from 0; a negative one counts from the end. At most kMostAuditLines.
+/// `from` counts from 0; a negative one counts from the end, from -kMostAuditLines on. At most
+/// kMostAuditLines.
 Expected<AuditPage> readAudit(const QString& path, qint64 from, int limit);
 
 constexpr int kMostAuditLines = 10000;

@@ -78,7 +78,7 @@ TEST(AuditLine, HoldsWhoWhenWhatAndTheHashOfTheLineBefore)
     EXPECT_EQ(
         "{\"time\":\"1970-01-01T00:00:01.000Z\",\"action\":\"write\",\"phase\":\"requested\","
         "\"user\":\"anna\",\"address\":\"10.0.0.7\",\"plc\":\"line1\",\"label\":\"MAIN.speed\","
-        "\"old\":\"1\",\"new\":\"2\",\"id\":\"w1\",\"outcome\":\"\",\"reason\":\"\",\"n\":7,"
+        "\"old\":\"1\",\"seen\":null,\"new\":\"2\",\"id\":\"w1\",\"outcome\":\"\",\"reason\":\"\",\"n\":7,"
         "\"previous\":\"ab\"}",
         recordLine(record("w1"), 7, "ab").toStdString());
 }
@@ -369,6 +369,11 @@ TEST_F(Audit, IsReadInPages)
     ASSERT_TRUE(succeeds(last));
     ASSERT_EQ(1, last->lines.size());
     EXPECT_TRUE(last->lines[0].contains("\"id\":\"5\""));
+    const Expected<AuditPage> before = readAudit(file(), -4, 2);
+    ASSERT_TRUE(succeeds(before));
+    ASSERT_EQ(2, before->lines.size());
+    EXPECT_TRUE(before->lines[0].contains("\"id\":\"2\""));
+    EXPECT_TRUE(before->lines[1].contains("\"id\":\"3\""));
 }
 
 } // namespace
