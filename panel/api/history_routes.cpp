@@ -1,5 +1,6 @@
 #include "panel/api/api_routes.h"
 #include "panel/api/history_queries.h"
+#include "panel/api/query_numbers.h"
 
 namespace plc::panel {
 namespace {
@@ -8,28 +9,25 @@ constexpr int kUsualPoints = 2000;
 constexpr int kMostPoints = 20000;
 constexpr int kMostSeries = 1000;
 
-/// A number of the query that must be there.
-Expected<qint64> numberOf(const Request& request, const char* name)
+/// A time of the query that must be there.
+Expected<qint64> requiredTime(const Request& request, const char* name)
 {
-    bool ok = false;
-    const qint64 number =
-        request.first(QLatin1String(name)).value_or(QString()).toLongLong(&ok, 10);
-    if (!ok)
+    if (!request.first(QLatin1String(name)))
         return Error{QStringLiteral("\"%1\": a number of milliseconds since 1970 is expected")
                          .arg(QLatin1String(name))};
-    return number;
+    return timeOf(request, name, 0);
 }
 
 Expected<HistoryQuestion> questionOf(const Request& request)
 {
     HistoryQuestion question;
-    const Expected<qint64> from = numberOf(request, "from");
-    const Expected<qint64> to = numberOf(request, "to");
+    const Expected<qint64> from = requiredTime(request, "from");
+    const Expected<qint64> to = requiredTime(request, "to");
     if (!from)
         return from.error();
     if (!to)
         return to.error();
-    if (*from < 0 || *to <= *from)
+    if (*to <= *from)
         return Error{QStringLiteral("\"to\" has to be behind \"from\"")};
     question.from = *from;
     question.to = *to;
@@ -38,12 +36,10 @@ Expected<HistoryQuestion> questionOf(const Request& request)
     if (question.plc.isEmpty() || question.labels.isEmpty() || question.labels.size() > kMostSeries)
         return Error{
             QStringLiteral("\"plc\" and 1 to %1 times \"label\" are expected").arg(kMostSeries)};
-    bool ok = true;
-    const std::optional<QString> points = request.first(QStringLiteral("points"));
-    question.points = points ? points->toInt(&ok) : kUsualPoints;
-    if (!ok || question.points < 1 || question.points > kMostPoints)
-        return Error{
-            QStringLiteral("\"points\": a number from 1 to %1 is expected").arg(kMostPoints)};
+    const Expected<qint64> points = numberOf(request, "points", kUsualPoints, 1, kMostPoints);
+    if (!points)
+        return points.error();
+    question.points = int(*points);
     return question;
 }
 

@@ -44,9 +44,10 @@ qint64 readDays(const JsonNode& node)
     const QString text = node.text();
     bool ok = false;
     const qint64 days = text.endsWith(QLatin1Char('d')) ? text.chopped(1).toLongLong(&ok) : 0;
-    if (!ok || days < 1 || days > kMostDays)
-        node.failExpecting(QStringLiteral("a number of days such as \"400d\""));
-    return days * kDay;
+    if (ok && days >= 1 && days <= kMostDays)
+        return days * kDay;
+    node.failExpecting(QStringLiteral("a number of days such as \"400d\""));
+    return kDay;
 }
 
 RecordSettings readRecord(const JsonNode& node)
