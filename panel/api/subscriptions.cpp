@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "panel/access/secrets.h"
 #include "panel/api/json_text.h"
 #include "panel/api/link_json.h"
 
@@ -10,6 +11,7 @@ namespace {
 
 const char kQualityLetters[] = "gsb";
 /// Streams bear a few samples of all values, however many these are.
+constexpr int kIdBytes = 8;
 constexpr int kSamplesWaiting = 3;
 
 /// Without a number (0) where it does not stand at the same place of all streams.
@@ -100,7 +102,7 @@ Expected<QString> Subscriptions::add(const QVector<ValueName>& names)
     subscription.content = contentOf(names);
     subscription.idleSince = m_time();
     ++subscription.content->users;
-    const QString id = QStringLiteral("s%1").arg(m_nextId++);
+    const QString id = QString::fromLatin1(randomBytes(kIdBytes).toHex());
     m_subscriptions.insert(id, subscription);
     return id;
 }

@@ -74,7 +74,6 @@ public:
     void clear();
 
     int streams() const;
-    int contents() const { return int(m_contents.size()); }
     int size() const { return int(m_subscriptions.size()); }
 
 private:
@@ -103,7 +102,6 @@ private:
     QHash<QString, Subscription> m_subscriptions;
     std::vector<std::shared_ptr<Content>> m_contents;
     QHash<const Plant*, QVector<QVector<Watch>>> m_watches; ///< By slots.
-    quint64 m_nextId = 1;
     quint64 m_samples = 0; ///< So far; what was made for one of them is good until the next.
 };
 

@@ -111,7 +111,6 @@ MHD_Result Exchange::begin(const QByteArray& method)
     ::MHD_get_connection_values(m_handle, MHD_HEADER_KIND, &Headers::take, &headers);
     m_hasBody = !headers.transferEncoding.isNull() ||
                 (!headers.contentLength.isNull() && headers.contentLength.toLongLong() != 0);
-    m_isHead = method == "HEAD";
     std::optional<Response> refused = refusal(method, headers);
     if (!refused)
         return MHD_YES;

@@ -45,7 +45,6 @@ private:
     Request m_request;
     bool m_hasBegun = false;
     bool m_isDispatched = false;
-    bool m_isHead = false;
     bool m_hasBody = false;
 
     std::mutex m_mutex; ///< Guards all below.
