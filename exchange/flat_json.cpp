@@ -91,6 +91,14 @@ const JsonItem* FlatJson::member(const char* key) const
     return nullptr;
 }
 
+const QString* FlatJson::text(const char* key) const
+{
+    const JsonItem* const found = member(key);
+    return found && !found->isList && found->values.size() == 1
+               ? std::get_if<QString>(&found->values.first())
+               : nullptr;
+}
+
 Expected<FlatJson> parseFlatJson(const QByteArray& json)
 {
     if (json.size() > kMostBytesOfJson)

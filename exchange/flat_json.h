@@ -31,6 +31,8 @@ struct FlatJson {
 
     /// Null if there is no such member.
     const JsonItem* member(const char* key) const;
+    /// The text of a member; null if there is none, or if it is something else.
+    const QString* text(const char* key) const;
 };
 
 /// Larger texts are refused unread.

@@ -77,6 +77,7 @@ QByteArray recordLine(const AuditRecord& record, qint64 number, const QByteArray
         {"plc", present(record.plc)},
         {"label", present(record.label)},
         {"old", record.oldValue},
+        {"seen", record.seenValue},
         {"new", record.newValue},
         {"id", present(record.id)},
         {"outcome", present(record.outcome)},

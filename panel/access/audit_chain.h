@@ -19,10 +19,11 @@ struct AuditRecord {
     QString address; ///< As Caller::address.
     QString plc;
     QString label;
-    QString oldValue; ///< Null: not known.
-    QString newValue; ///< Null: none.
-    QString id;       ///< The same for what was asked for and for what came of it.
-    QString outcome;  ///< "done", "refused", "unknown", "notSent"; empty while only asked for.
+    QString oldValue;  ///< As the panel knew it from the PLC; null: not known.
+    QString seenValue; ///< As the client says that its user saw it; null: not told.
+    QString newValue;  ///< Null: none.
+    QString id;        ///< The same for what was asked for and for what came of it.
+    QString outcome;   ///< "done", "refused", "unknown", "notSent"; empty while only asked for.
     QString reason;
 };
 

@@ -1,6 +1,7 @@
 #include "exchange/flat_json.h"
 #include "panel/api/alarm_watch.h"
 #include "panel/api/api_routes.h"
+#include "panel/api/audited.h"
 #include "panel/api/query_numbers.h"
 
 namespace plc::panel {
@@ -53,11 +54,7 @@ int statusOf(AlarmDesk::Refusal refusal)
 
 AuditRecord acknowledgementRecord(const ApiContext& context, const Request& request, int alarm)
 {
-    AuditRecord record;
-    record.time = context.time();
-    record.action = QStringLiteral("acknowledge");
-    record.user = request.caller.user;
-    record.address = request.caller.address;
+    AuditRecord record = recordOf(context, request, "acknowledge", {}, {});
     record.id = request.parameters.value(QStringLiteral("id"));
     if (alarm >= 0) {
         record.plc = context.alarms->desk()->engine().alarms()[alarm].plc;
@@ -73,17 +70,12 @@ void acknowledge(const ApiContext& context, const Request& request, const Respon
         return respond(badRequest(since.error().text));
     const QString id = request.parameters.value(QStringLiteral("id"));
     const int alarm = context.alarms->desk()->engine().find(id);
-    AuditRecord record = acknowledgementRecord(context, request, alarm);
-    if (const Expected<void> isKept = context.audit(record); !isKept)
-        return respond(Response::error(
-            503, QStringLiteral("the audit cannot be written: %1").arg(isKept.error().text)));
+    const AuditRecord record = acknowledgementRecord(context, request, alarm);
+    if (!isRecorded(context, record, respond))
+        return;
     const AlarmDesk::Acknowledgement done =
         context.alarms->desk()->acknowledge(id, *since, request.caller.user, context.time());
-    record.phase = AuditRecord::Outcome;
-    record.outcome = done.refusal == AlarmDesk::Refusal::None ? QStringLiteral("done")
-                                                              : QStringLiteral("refused");
-    record.reason = done.reason;
-    static_cast<void>(context.audit(record));
+    recordEnd(context, record, done.reason);
     if (done.refusal != AlarmDesk::Refusal::None)
         return respond(Response::error(statusOf(done.refusal), done.reason));
     context.alarms->passSecond();

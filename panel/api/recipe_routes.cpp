@@ -2,6 +2,7 @@
 
 #include "exchange/flat_json.h"
 #include "panel/api/api_routes.h"
+#include "panel/api/audited.h"
 #include "panel/api/plant_recipe_plc.h"
 #include "panel/api/recipe_texts.h"
 #include "panel/recipes/recipe_desk.h"
@@ -66,39 +67,6 @@ std::shared_ptr<RecipePlc> plcOf(const ApiContext& context, const QString& plc,
     return nullptr;
 }
 
-AuditRecord recordOf(const ApiContext& context, const Request& request, const char* action,
-                     const QString& plc)
-{
-    AuditRecord record;
-    record.time = context.time();
-    record.action = QLatin1String(action);
-    record.user = request.caller.user;
-    record.address = request.caller.address;
-    record.plc = plc;
-    record.label = nameOf(request);
-    return record;
-}
-
-/// Whether it is on record that this is asked for; answers where it cannot be.
-bool isRecorded(const ApiContext& context, const AuditRecord& record, const Responder& respond)
-{
-    const Expected<void> isKept = context.audit(record);
-    if (!isKept)
-        respond(Response::error(
-            503, QStringLiteral("the audit cannot be written: %1").arg(isKept.error().text)));
-    return bool(isKept);
-}
-
-/// `reason` is empty for what is done.
-void recordEnd(const ApiContext& context, AuditRecord record, const QString& reason)
-{
-    record.time = context.time();
-    record.phase = AuditRecord::Outcome;
-    record.outcome = reason.isEmpty() ? QStringLiteral("done") : QStringLiteral("refused");
-    record.reason = reason;
-    static_cast<void>(context.audit(record));
-}
-
 void listRecipes(const ApiContext& context, const Request&, const Responder& respond)
 {
     respond(Response::json(recipeListText(context.recipes ? context.recipes->folder().list()
@@ -117,11 +85,8 @@ Expected<RecipeDesk::SaveOrder> orderOf(const ApiContext& context, const Request
     const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
     if (!json)
         return json.error();
-    const exchange::JsonItem* plc = json->member("plc");
     const exchange::JsonItem* labels = json->member("labels");
-    const auto* name = plc && !plc->isList && plc->values.size() == 1
-                           ? std::get_if<QString>(&plc->values.first())
-                           : nullptr;
+    const QString* const name = json->text("plc");
     if (!name)
         return Error{QStringLiteral("\"plc\": a text is expected")};
     if (!labels || !labels->isList)
@@ -144,7 +109,8 @@ void saveRecipe(const ApiContext& context, const Request& request, const Respond
     if (!order)
         return respond(badRequest(order.error().text));
     const std::shared_ptr<RecipePlc> plc = plcOf(context, order->plc, request, respond);
-    const AuditRecord record = recordOf(context, request, "save recipe", order->plc);
+    const AuditRecord record =
+        recordOf(context, request, "save recipe", order->plc, nameOf(request));
     if (!plc || !isRecorded(context, record, respond))
         return;
     context.recipes->save(
@@ -158,7 +124,7 @@ void saveRecipe(const ApiContext& context, const Request& request, const Respond
 
 void removeRecipe(const ApiContext& context, const Request& request, const Responder& respond)
 {
-    const AuditRecord record = recordOf(context, request, "remove recipe", {});
+    const AuditRecord record = recordOf(context, request, "remove recipe", {}, nameOf(request));
     if (!hasFolder(context, respond) || !isRecorded(context, record, respond))
         return;
     const RecipeResult<bool> removed = context.recipes->remove(nameOf(request));
@@ -199,13 +165,30 @@ QString summaryOf(const RestoreReport& report)
         .arg(report.notKnown);
 }
 
+/// What the audit tells of a restore that came to its end.
+QString outcomeOf(const RestoreReport& report)
+{
+    if (report.notKnown > 0)
+        return QStringLiteral("unknown");
+    return report.notWritten > 0 ? QStringLiteral("refused") : QStringLiteral("done");
+}
+
+void recordRestore(const ApiContext& context, AuditRecord record,
+                   const RecipeResult<RestoreReport>& restored)
+{
+    if (const auto* failure = std::get_if<RecipeFailure>(&restored))
+        return recordEnd(context, record, failure->text);
+    const auto& report = std::get<RestoreReport>(restored);
+    record.newValue = summaryOf(report);
+    const QString outcome = outcomeOf(report);
+    const bool isDone = outcome == QLatin1String("done");
+    recordEnd(context, record, isDone ? QString() : record.newValue, outcome);
+}
+
 void restoreRecipe(const ApiContext& context, const Request& request, const Responder& respond)
 {
     const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
-    const exchange::JsonItem* item = json ? json->member("id") : nullptr;
-    const auto* id = item && !item->isList && item->values.size() == 1
-                         ? std::get_if<QString>(&item->values.first())
-                         : nullptr;
+    const QString* const id = json ? json->text("id") : nullptr;
     if (!id)
         return respond(badRequest(QStringLiteral("\"id\": a text is expected")));
     const std::optional<Recipe> recipe = recipeOf(context, request, respond);
@@ -213,16 +196,18 @@ void restoreRecipe(const ApiContext& context, const Request& request, const Resp
         return;
     const std::shared_ptr<RecipePlc> plc =
         plcOf(context, recipe->plc, request, respond, writeIds(*id));
-    AuditRecord record = recordOf(context, request, "restore recipe", recipe->plc);
+    AuditRecord record = recordOf(context, request, "restore recipe", recipe->plc, nameOf(request));
     record.id = *id;
-    if (!plc || !isRecorded(context, record, respond))
+    // Who asks again is told what was done, and nothing is done.
+    const bool begins = !context.recipes->hasBegun(*id);
+    if (!plc || (begins && !isRecorded(context, record, respond)))
         return;
     context.recipes->restore(
-        *id, *recipe, plc, [context, record, respond](const RecipeResult<RestoreReport>& restored) {
-            AuditRecord ended = record;
+        *id, *recipe, plc,
+        [context, record, respond, begins](const RecipeResult<RestoreReport>& restored) {
+            if (begins)
+                recordRestore(context, record, restored);
             const auto* failure = std::get_if<RecipeFailure>(&restored);
-            ended.newValue = failure ? QString() : summaryOf(std::get<RestoreReport>(restored));
-            recordEnd(context, ended, failure ? failure->text : QString());
             respond(failure ? refusal(*failure)
                             : Response::json(reportText(std::get<RestoreReport>(restored))));
         });

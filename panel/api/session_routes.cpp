@@ -49,21 +49,11 @@ Response loginResponse(const ApiContext& context, const LoginResult& result)
     return response;
 }
 
-/// The only text of a member; nothing where there is none.
-std::optional<QString> textOf(const exchange::FlatJson& json, const char* key)
-{
-    const exchange::JsonItem* item = json.member(key);
-    if (!item || item->isList || item->values.size() != 1)
-        return {};
-    const QString* text = std::get_if<QString>(&item->values.first());
-    return text ? std::optional<QString>(*text) : std::nullopt;
-}
-
 void logIn(const ApiContext& context, const Request& request, const Responder& respond)
 {
     const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
-    const std::optional<QString> user = json ? textOf(*json, "user") : std::nullopt;
-    const std::optional<QString> password = json ? textOf(*json, "password") : std::nullopt;
+    const QString* const user = json ? json->text("user") : nullptr;
+    const QString* const password = json ? json->text("password") : nullptr;
     if (!user || !password) {
         respond(badRequest(QStringLiteral("the texts \"user\" and \"password\" are expected")));
         return;

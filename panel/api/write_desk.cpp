@@ -1,5 +1,8 @@
 #include "panel/api/write_desk.h"
 
+#include <QtCore/QCryptographicHash>
+#include <QtCore/QtEndian>
+
 #include "host/points/value_codec.h"
 #include "host/transfers/result_text.h"
 #include "panel/api/json_text.h"
@@ -51,6 +54,13 @@ QByteArray knownValue(const Plant& plant, const host::DataPoint& point)
     return json;
 }
 
+/// What is kept of an id for longer than its outcome.
+quint64 traceOf(const QString& id)
+{
+    const QByteArray hash = QCryptographicHash::hash(id.toUtf8(), QCryptographicHash::Sha256);
+    return qFromBigEndian<quint64>(hash.constData());
+}
+
 QString textOrNull(const QByteArray& json)
 {
     return json.isEmpty() ? QString() : QString::fromUtf8(json);
@@ -69,6 +79,11 @@ const WriteRecord* WriteDesk::find(const QString& id) const
     return found == m_writes.constEnd() ? nullptr : &(*found)->record;
 }
 
+bool WriteDesk::isForgotten(const QString& id) const
+{
+    return m_forgotten.contains(traceOf(id));
+}
+
 WriteDesk::Taken WriteDesk::take(const WriteRequest& request, Settled settled)
 {
     if (request.id.isEmpty() || request.id.size() > kLongestId)
@@ -85,6 +100,8 @@ WriteDesk::Taken WriteDesk::take(const WriteRequest& request, Settled settled)
             (*known)->waiting.push_back(std::move(settled));
         return {};
     }
+    if (isForgotten(request.id))
+        return {Refusal::NotKept, QString::fromLatin1(kOutcomeIsNotKept)};
     Plant* const plant = m_plants->find(request.plc);
     if (!plant)
         return {Refusal::NoSuchPlc,
@@ -110,8 +127,7 @@ WriteDesk::Taken WriteDesk::begin(const WriteRequest& request, Plant* plant, Set
     auto kept = std::make_shared<Kept>();
     kept->record.request = request;
     kept->record.value = valueText(*point, *values);
-    kept->record.old =
-        request.oldText.isNull() ? knownValue(*plant, *point) : request.oldText.toUtf8();
+    kept->record.old = knownValue(*plant, *point);
     kept->waiting.push_back(std::move(settled));
     m_writes.insert(request.id, kept);
     m_order.push_back(request.id);
@@ -161,6 +177,7 @@ bool WriteDesk::audit(const WriteRecord& record, AuditRecord::Phase phase)
     line.plc = record.request.plc;
     line.label = record.request.label;
     line.oldValue = textOrNull(record.old);
+    line.seenValue = record.request.seenText;
     line.newValue = textOrNull(record.value);
     line.id = record.request.id;
     if (phase == AuditRecord::Outcome) {
@@ -176,8 +193,15 @@ bool WriteDesk::audit(const WriteRecord& record, AuditRecord::Phase phase)
 void WriteDesk::forgetOld()
 {
     while (int(m_order.size()) > kMostKept && m_writes.value(m_order.front())->record.isSettled) {
+        const quint64 trace = traceOf(m_order.front());
+        m_forgotten.insert(trace);
+        m_forgottenOrder.push_back(trace);
         m_writes.remove(m_order.front());
         m_order.pop_front();
+    }
+    while (int(m_forgottenOrder.size()) > kMostKnown) {
+        m_forgotten.remove(m_forgottenOrder.front());
+        m_forgottenOrder.pop_front();
     }
 }
 

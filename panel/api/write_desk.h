@@ -2,6 +2,7 @@
 #define PLC_PANEL_API_WRITE_DESK_H
 
 #include <QtCore/QHash>
+#include <QtCore/QSet>
 #include <QtCore/QString>
 
 #include <deque>
@@ -23,7 +24,7 @@ struct WriteRequest {
     QVector<values::Value> values; ///< As the client gave them.
     bool isList = false;
     bool areExact = false; ///< The values are of the type already.
-    QString oldText;       ///< JSON of the value that the user saw; null: not told.
+    QString seenText;      ///< JSON of the value that the user saw; null: not told.
     QString user;
     QString address;
 };
@@ -39,7 +40,9 @@ struct WriteRecord {
 
 /// Carries out writes, and keeps how they ended.
 ///
-/// 1. An id is carried out once. Who asks again gets the outcome of the first.
+/// 1. An id is carried out once. Who asks again gets the outcome of the first, or is told that it
+/// is
+///    not kept any more.
 /// 2. Each write has exactly one outcome.
 /// 3. What is sent to a PLC goes to the audit before; where that fails, nothing is sent. Each
 ///    outcome goes to it as well.
@@ -48,7 +51,10 @@ struct WriteRecord {
 class WriteDesk : public std::enable_shared_from_this<WriteDesk> {
 public:
     static constexpr int kMostKept = 20000;
-    static constexpr int kMostOpen = 100; ///< Of one PLC.
+    static constexpr int kMostKnown = 500000; ///< Ids whose outcome is not kept.
+    static constexpr int kMostOpen = 100;     ///< Of one PLC.
+    static constexpr char kOutcomeIsNotKept[] =
+        "there was a write of this id; how it ended is not kept any more";
 
     using Audit = std::function<Expected<void>(const AuditRecord&)>;
     using Clock = std::function<qint64()>;
@@ -56,7 +62,7 @@ public:
 
     WriteDesk(Plants* plants, Audit audit, Clock time);
 
-    enum class Refusal { None, Senseless, NoSuchPlc, OtherContent };
+    enum class Refusal { None, Senseless, NoSuchPlc, OtherContent, NotKept };
     struct Taken {
         Refusal refusal = Refusal::None;
         QString reason;
@@ -65,11 +71,11 @@ public:
     Taken take(const WriteRequest& request, Settled settled);
     /// Null: there was none of this id.
     const WriteRecord* find(const QString& id) const;
+    /// Whether there was one whose outcome is not kept any more.
+    bool isForgotten(const QString& id) const;
 
     /// How many ended how.
     quint64 count(WriteOutcome::Kind kind) const { return m_counts[kind]; }
-    /// Why the last outcome is not in the audit; empty: it is.
-    const QString& auditError() const { return m_auditError; }
 
 private:
     struct Kept {
@@ -87,6 +93,8 @@ private:
     const Clock m_time;
     QHash<QString, std::shared_ptr<Kept>> m_writes; ///< By their ids.
     std::deque<QString> m_order;                    ///< Of m_writes, the oldest first.
+    QSet<quint64> m_forgotten;                      ///< What ids are, of which the outcome went.
+    std::deque<quint64> m_forgottenOrder;
     quint64 m_counts[4] = {};
     QString m_auditError;
 };

@@ -11,10 +11,7 @@ using exchange::JsonItem;
 /// A text that must be there.
 Expected<QString> textMember(const FlatJson& json, const char* key)
 {
-    const JsonItem* item = json.member(key);
-    const QString* text = item && !item->isList && item->values.size() == 1
-                              ? std::get_if<QString>(&item->values.first())
-                              : nullptr;
+    const QString* const text = json.text(key);
     if (!text)
         return Error{QStringLiteral("\"%1\": a text is expected").arg(QLatin1String(key))};
     return *text;
@@ -58,7 +55,7 @@ Expected<WriteRequest> requestOf(const Request& request)
     write.values = value->values;
     write.isList = value->isList;
     if (const JsonItem* old = json->member("old"); old && !old->values.isEmpty())
-        write.oldText = jsonOf(*old);
+        write.seenText = jsonOf(*old);
     write.user = request.caller.user;
     write.address = request.caller.address;
     return write;
@@ -111,15 +108,19 @@ void write(const ApiContext& context, const Request& request, const Responder& r
         case WriteDesk::Refusal::OtherContent:
             respond(Response::error(409, taken.reason));
             return;
+        case WriteDesk::Refusal::NotKept:
+            respond(Response::error(410, taken.reason));
+            return;
     }
 }
 
 void showWrite(const ApiContext& context, const Request& request, const Responder& respond)
 {
-    const WriteRecord* record =
-        context.writes->find(request.parameters.value(QStringLiteral("id")));
-    if (record)
+    const QString id = request.parameters.value(QStringLiteral("id"));
+    if (const WriteRecord* record = context.writes->find(id))
         respond(Response::json(recordText(*record)));
+    else if (context.writes->isForgotten(id))
+        respond(Response::error(410, QString::fromLatin1(WriteDesk::kOutcomeIsNotKept)));
     else
         respond(notFound(QStringLiteral("there is no write of this id")));
 }

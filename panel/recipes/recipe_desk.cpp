@@ -160,6 +160,11 @@ void RecipeDesk::compare(const Recipe& recipe, std::shared_ptr<RecipePlc> plc, C
     });
 }
 
+bool RecipeDesk::hasBegun(const QString& id) const
+{
+    return m_restores->byId.contains(id);
+}
+
 void RecipeDesk::restore(const QString& id, const Recipe& recipe, std::shared_ptr<RecipePlc> plc,
                          Restored restored)
 {

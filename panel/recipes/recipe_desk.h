@@ -64,6 +64,8 @@ public:
     static void compare(const Recipe& recipe, std::shared_ptr<RecipePlc> plc, Compared compared);
 
     using Restored = std::function<void(const RecipeResult<RestoreReport>&)>;
+    /// Whether a restore of this id was begun before; another one would only be told its report.
+    bool hasBegun(const QString& id) const;
     void restore(const QString& id, const Recipe& recipe, std::shared_ptr<RecipePlc> plc,
                  Restored restored);
 

@@ -188,7 +188,9 @@ Expected<void> Panel::startAlarms()
 /// Without a file nothing is kept.
 Expected<void> Panel::audit(const AuditRecord& record)
 {
-    return m_audit ? m_audit->append(record) : Expected<void>();
+    const Expected<void> kept = m_audit ? m_audit->append(record) : Expected<void>();
+    m_auditError = kept ? QString() : kept.error().text;
+    return kept;
 }
 
 void Panel::readAgain()
@@ -246,33 +248,23 @@ void Panel::linkChanged(Plant* plant)
 void Panel::passSecond()
 {
     m_subscriptions.passSecond();
-    tellAlarms();
-    if (m_recorder)
-        tellRecorder();
-}
-
-/// Each trouble once.
-void Panel::tellAlarms()
-{
+    tell(m_auditError, &m_auditTrouble);
     m_alarms->passSecond();
-    const QString error = m_alarms->failure();
-    if (error == m_toldAlarmError)
+    tell(m_alarms->failure(), &m_alarmTrouble);
+    if (!m_recorder)
         return;
-    m_toldAlarmError = error;
-    m_log(error.isEmpty() ? QStringLiteral("alarms are kept again")
-                          : QStringLiteral("alarms are not kept: %1").arg(error));
+    m_recorder->passSecond(wallClock());
+    tell(m_recorder->status().error, &m_recorderTrouble);
 }
 
 /// Each trouble once.
-void Panel::tellRecorder()
+void Panel::tell(const QString& error, Trouble* trouble)
 {
-    m_recorder->passSecond(wallClock());
-    const QString error = m_recorder->status().error;
-    if (error == m_toldRecorderError)
+    if (error == trouble->told)
         return;
-    m_toldRecorderError = error;
-    m_log(error.isEmpty() ? QStringLiteral("changes are recorded again")
-                          : QStringLiteral("nothing is recorded: %1").arg(error));
+    trouble->told = error;
+    m_log(error.isEmpty() ? QLatin1String(trouble->over)
+                          : QStringLiteral("%1: %2").arg(QLatin1String(trouble->begins), error));
 }
 
 } // namespace plc::panel

@@ -52,8 +52,13 @@ private:
     Expected<void> startRecording();
     Expected<void> startAlarms();
     Expected<void> audit(const AuditRecord& record);
-    void tellRecorder();
-    void tellAlarms();
+    /// What is told when it begins, and when it is over.
+    struct Trouble {
+        const char* begins;
+        const char* over;
+        QString told;
+    };
+    void tell(const QString& error, Trouble* trouble);
     ApiContext context();
 
     const PanelSettings m_settings;
@@ -71,10 +76,12 @@ private:
     std::unique_ptr<ValueRecorder> m_recorder; ///< Null: nothing is recorded.
     std::unique_ptr<AlarmDesk> m_alarmDesk;
     std::unique_ptr<AlarmWatch> m_alarms;
-    QString m_toldAlarmError;
     std::unique_ptr<RecipeDesk> m_recipes; ///< Null: none are kept.
     HistoryQueries m_queries;
-    QString m_toldRecorderError;
+    QString m_auditError; ///< Why the last record is not in the audit; empty: it is.
+    Trouble m_auditTrouble = {"the audit is not kept", "the audit is kept again", {}};
+    Trouble m_alarmTrouble = {"alarms are not kept", "alarms are kept again", {}};
+    Trouble m_recorderTrouble = {"nothing is recorded", "changes are recorded again", {}};
     QTimer m_seconds;
     std::unique_ptr<QObject> m_owner; ///< Receives what the server's thread posts.
     std::unique_ptr<Server> m_server;

@@ -76,6 +76,19 @@ TEST(FlatJson, RefusesAKeyThatStandsTwice)
     EXPECT_EQ("\"value\" stands twice", errorOf(R"({"value":1,"value":2})"));
 }
 
+TEST(FlatJson, GivesATextOnlyWhereAMemberIsOne)
+{
+    const Expected<FlatJson> json =
+        parseFlatJson(R"({"a":"x","number":1,"list":["x"],"none":null,"empty":""})");
+    ASSERT_TRUE(json);
+    ASSERT_TRUE(json->text("a"));
+    EXPECT_EQ("x", json->text("a")->toStdString());
+    ASSERT_TRUE(json->text("empty"));
+    EXPECT_EQ("", json->text("empty")->toStdString());
+    for (const char* other : {"number", "list", "none", "missing"})
+        EXPECT_FALSE(json->text(other)) << other;
+}
+
 TEST(FlatJson, RefusesWhatIsNestedDeeper)
 {
     EXPECT_EQ("lists and objects are nested too deeply", errorOf("[[1]]"));

@@ -75,16 +75,20 @@ class RecipesTest(unittest.TestCase):
         self.assertLessEqual({"P.count", "P.name", "P.exact"}, {r["label"] for r in written})
         restores = [r for r in self.site.audit() if r["action"] == "restore recipe"]
         self.assertEqual("Summer/1", restores[0]["label"])
+        self.assertEqual(["", "done"], [r["outcome"] for r in restores if r["id"] == "r1"],
+                         "asking again is no second restore")
 
     def test_a_refused_value_is_not_verified(self):
         self.plc.set("P.count", "3")
         self.plc.command("fail-writes on")
-        report = self.panel.restore_recipe("Summer/1")
+        report = self.panel.restore_recipe("Summer/1", "refused")
         self.assertEqual((0, 5, 1, 0), (report["written"], report["equal"], report["notWritten"],
                                         report["notKnown"]))
         count = report["values"][1]
         self.assertEqual(("refused", 3, False), (count["outcome"], count["after"], count["verified"]))
         self.assertEqual("3", self.plc.get("P.count"))
+        end = [r for r in self.site.audit() if r["id"] == "refused"][-1]
+        self.assertEqual(("restore recipe", "refused"), (end["action"], end["outcome"]))
 
     def test_nothing_is_kept_when_a_value_cannot_be_read(self):
         with self.assertRaises(PanelError) as caught:
