@@ -8,6 +8,7 @@ import { Model } from "./state/model.js";
 import { keyOf } from "./state/rows.js";
 import { readClocks } from "./state/server_clock.js";
 import { outcomeText } from "./state/write_process.js";
+import { RecipeDesk } from "./recipe_desk.js";
 import { readAddress, SERIES_LIMIT, writeAddress } from "./state/view_address.js";
 
 const KEEP_DELAY = 250; // ms
@@ -19,6 +20,7 @@ export class Panel {
     this.model = new Model(changed);
     this.live = new Live(this.model, () => this.#askSession());
     this.view = readAddress(location.hash || kept("view") || "");
+    this.recipes = new RecipeDesk(this);
     this.dialog = null; // {name, …}
     this.notice = null; // a sentence for whoever looks, or listens
     this.needsLogin = false;

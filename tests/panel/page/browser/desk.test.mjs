@@ -104,15 +104,77 @@ test("a recipe is saved, compared and restored with a report", async () => {
   written.set("Plant.mode", 1);
   written.set("Plant.interlock", 9);
   await page.click("button:has-text('Compare')");
-  await shows(page.locator(".result p"), "2 of 3 differ.");
+  await shows(page.locator(".result .summary"), "2 of 3 differ.");
+  await shows(page.locator(".result [data-name=Age]"), /^\d+\.\d s$/);
   await page.click("button:has-text('Restore')");
-  await shows(page.locator("dialog p"), /^3 values are written to dairy/);
+  await shows(page.locator("dialog p"), /^Those of the 3 values in which dairy differs from what was saved/);
   await page.click("dialog button:has-text('Restore')");
-  await shows(page.locator(".result p"), "2 written, 1 not written, 0 not known.");
+  await shows(page.locator(".result .summary"), "1 written, 1 equal, 1 not written, 0 not known.");
+  await shows(page.locator(".result .outcome-equal .state"), "equal");
   await shows(page.locator(".result .outcome-refused"), /The PLC refused it with status 3/);
   assert.equal(written.get("Plant.mode"), 2);
   await page.click("button:has-text('Delete')");
   await page.click("dialog button:has-text('Delete')");
   await until(async () => (await page.locator(".empty").count()) === 1, "no recipe is left");
+  await page.end();
+});
+
+// A page with a saved recipe of one value that the PLC has changed since.
+async function withRecipe(name) {
+  const { written } = server.plants.get("dairy");
+  written.set("Plant.mode", 2);
+  server.recipes.set(name, { plc: "dairy", savedAt: Date.now(), values: [{ label: "Plant.mode", saved: 2 }] });
+  const page = await openPage(server.address, { hash: "#recipes" });
+  await shows(page.locator(".link-word"), "connected");
+  written.set("Plant.mode", 1);
+  return { page, row: page.locator(".list tr", { hasText: name }) };
+}
+
+async function restore({ page, row }) {
+  await row.locator("button:has-text('Restore')").click();
+  await page.click("dialog button:has-text('Restore')");
+}
+
+test("what became of a restore whose answer is lost or is no refusal is not known, and nothing is sent again", async () => {
+  for (const fault of [412, 429, 503, "lost"]) {
+    server.restores = 0;
+    server.faults.restore = fault;
+    const { page, row } = await withRecipe("Evening");
+    await restore({ page, row });
+    await shows(page.locator(".result .error"), /^Which values were written is not known: .* Nothing is sent again/);
+    if (fault !== "lost") assert.equal(server.restores, 1);
+    await page.end();
+  }
+  server.faults.restore = 409;
+  const { page, row } = await withRecipe("Evening");
+  await restore({ page, row });
+  await shows(page.locator(".result .error"), "Not restored: Fault 409.");
+  await page.end();
+  server.faults.restore = null;
+});
+
+test("a report that comes while another view is looked at is told there and kept", async () => {
+  server.faults.delay = 1000;
+  const { page, row } = await withRecipe("Night");
+  await restore({ page, row });
+  await shows(page.locator(".result p[role=status]"), "Writing and reading back …");
+  await page.click(".tab:has-text('Values')");
+  await shows(page.locator(".notice"), "Night: 1 written, 0 equal, 0 not written, 0 not known.");
+  await page.click(".tab:has-text('Recipes')");
+  await shows(page.locator(".result .summary"), "1 written, 0 equal, 0 not written, 0 not known.");
+  server.faults.delay = 0;
+  await page.end();
+});
+
+test("a comparison counts no more when the link was lost behind it", async () => {
+  const { page, row } = await withRecipe("Noon");
+  await row.locator("button:has-text('Compare')").click();
+  await shows(page.locator(".result .state"), "differs");
+  assert.equal(await page.locator(".result.old").count(), 0);
+  server.setLink("store", "down", "gone");
+  server.setLink("dairy", "down", "gone");
+  await shows(page.locator(".result.old .error"), /^The connection was lost since; what the PLC has now is not known/);
+  server.setLink("store", "up");
+  server.setLink("dairy", "up");
   await page.end();
 });

@@ -111,16 +111,12 @@ const ROUTES = {
       return { label, saved, now, equal: now === saved, type: plant.values.get(label).type };
     }) });
   },
-  "POST recipes/*/restore": ({ standIn, tell, name }) => {
-    const { plc, values } = standIn.recipes.get(name);
-    const plant = standIn.plants.get(plc);
-    const report = values.map(({ label, saved }) => {
-      const before = plant.valueAt(label, Date.now());
-      const { outcome, reason } = write(standIn, { plc, label, value: saved });
-      return { label, saved, before, after: plant.valueAt(label, Date.now()), outcome, reason, verified: outcome === "done" ? true : null };
-    });
-    const count = (outcome) => report.filter((one) => one.outcome === outcome).length;
-    tell(200, { values: report, written: count("done"), notWritten: count("refused"), notKnown: count("unknown") });
+  "POST recipes/*/restore": ({ standIn, tell, name, response }) => {
+    const { restore } = standIn.faults;
+    standIn.restores++;
+    if (restore === "lost") return response.destroy();
+    if (restore) return tell(restore, { error: `Fault ${restore}.` });
+    setTimeout(() => tell(200, restored(standIn, standIn.recipes.get(name))), standIn.faults.delay);
   },
 };
 
@@ -131,4 +127,19 @@ function write(standIn, { id, plc, label, value, old }) {
   if (label.endsWith("interlock")) return { ...outcome, outcome: "refused", status: 3, reason: "The PLC refused it with status 3: the address is not allowed." };
   plant.written.set(label, value);
   return { ...outcome, outcome: "done" };
+}
+
+function restored(standIn, { plc, values }) {
+  const plant = standIn.plants.get(plc);
+  const report = values.map(({ label, saved }) => {
+    const before = plant.valueAt(label, Date.now());
+    const { type } = plant.values.get(label);
+    if (before === saved) return { label, type, saved, before, after: null, outcome: "notSent", reason: "the PLC has the saved value", equal: true, verified: true };
+    const { outcome, reason } = write(standIn, { plc, label, value: saved });
+    const isDone = outcome === "done";
+    return { label, type, saved, before, after: isDone ? saved : null, outcome, reason, equal: false, verified: isDone ? true : null };
+  });
+  const count = (...outcomes) => report.filter((one) => !one.equal && outcomes.includes(one.outcome)).length;
+  const equal = report.filter((one) => one.equal).length;
+  return { values: report, written: count("done"), equal, notWritten: count("refused", "notSent"), notKnown: count("unknown") };
 }

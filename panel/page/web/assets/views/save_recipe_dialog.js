@@ -2,7 +2,8 @@
 
 import { Dialog } from "../parts/dialog.js";
 import { html, useState } from "../html.js";
-import { send } from "../server/api.js";
+import { ask } from "../server/api.js";
+import { changeOutcome, changeText } from "../state/change_text.js";
 
 export function SaveRecipeDialog({ panel, dialog }) {
   const { chosen } = panel.view;
@@ -15,15 +16,17 @@ export function SaveRecipeDialog({ panel, dialog }) {
     event.preventDefault();
     const name = new FormData(event.target).get("name").trim();
     setBusy(true);
-    try {
-      await send("PUT", `/recipes/${encodeURIComponent(name)}`, { plc, labels }, { patience: 60000 });
-      panel.close();
-      panel.tell(`${name} is saved: ${labels.length} values of ${plc}, as the PLC has them now.`);
-      dialog.saved();
-    } catch (failure) {
-      setError(failure.status ? failure.message : "The server does not answer; whether it is saved is not known.");
-      setBusy(false);
-    }
+    const { status, body } = await ask("PUT", `/recipes/${encodeURIComponent(name)}`, { plc, labels }, { patience: 60000 });
+    const text = changeText(status, body, {
+      done: `${name} is saved: ${labels.length} values of ${plc}, as the PLC had them.`,
+      failed: "Not saved",
+      unknown: `Whether ${name} is saved is not known`,
+    });
+    setBusy(false);
+    dialog.saved();
+    if (changeOutcome(status) !== "done") return setError(text);
+    panel.close();
+    panel.tell(text);
   };
   return html`<${Dialog} title="Save a recipe" onClose=${() => panel.close()}>
     ${plcs.length === 0

@@ -21,7 +21,7 @@ export function SymbolTree({ panel, choice }) {
     let current = true;
     const timer = setTimeout(async () => {
       const lists = await Promise.all(plcs.map((plc) => search(plc, words)));
-      if (current) setFound(lists.flat());
+      if (current) setFound({ nodes: lists.flatMap(({ nodes }) => nodes), failed: lists.flatMap(({ failed }) => failed ?? []) });
     }, SEARCH_DELAY);
     return () => {
       current = false;
@@ -32,11 +32,11 @@ export function SymbolTree({ panel, choice }) {
     if (event.key === "Escape") setWords("");
     if (event.key === "ArrowDown") document.querySelector(".tree [tabindex='0']")?.focus();
   };
-  const roots = found ?? plcs.map((plc) => ({ plc, kind: "plc", name: plc, label: "", children: 1 }));
+  const roots = found?.nodes ?? plcs.map((plc) => ({ plc, kind: "plc", name: plc, label: "", children: 1 }));
   return html`
     <input id="search" type="search" placeholder="Search labels and descriptions  ( / )" aria-label="Search for values"
       value=${words} onInput=${(event) => setWords(event.target.value)} onKeyDown=${leave} />
-    ${found && html`<p class="hint" role="status">${found.length >= SEARCH_LIMIT ? `The first ${found.length} matches` : `${found.length} ${found.length === 1 ? "match" : "matches"}`}</p>`}
+    ${found && html`<p class="hint" role="status">${foundText(found)}</p>`}
     <${Tree} key=${found ? "found" : "all"} panel=${panel} choice=${choice} roots=${roots} wholeLabels=${found !== null} />
   `;
 }
@@ -44,10 +44,15 @@ export function SymbolTree({ panel, choice }) {
 async function search(plc, words) {
   try {
     const { symbols } = await get(`/symbols${query({ plc, search: words, limit: SEARCH_LIMIT })}`);
-    return symbols.map((symbol) => ({ plc, ...symbol }));
-  } catch {
-    return [];
+    return { nodes: symbols.map((symbol) => ({ plc, ...symbol })) };
+  } catch (error) {
+    return { nodes: [], failed: `${plc}: ${error.message}` };
   }
+}
+
+function foundText({ nodes: { length }, failed }) {
+  const matches = length >= SEARCH_LIMIT ? `The first ${length} matches` : `${length} ${length === 1 ? "match" : "matches"}`;
+  return failed.length === 0 ? matches : `${matches}; not known of ${failed.join(", ")}`;
 }
 
 const nodeKey = (node) => `${node.kind === "plc" ? "plc" : "symbol"} ${keyOf(node)}`;
