@@ -42,6 +42,35 @@ test("a write shows old and new value, asks, and tells that it was done", async 
   await page.end();
 });
 
+test("what was seen last beside the question is told with the write", async () => {
+  const { page } = await proposed("Plant.mode", "3");
+  await shows(page.locator(".change .old"), "2");
+  server.plants.get("dairy").written.set("Plant.mode", 1);
+  await shows(page.locator(".change .old"), "1");
+  await page.click("dialog button.danger");
+  await shows(page.locator(".outcome strong"), "done");
+  assert.equal(server.sent[0].old, 1);
+  await page.end();
+});
+
+test("a switch is offered its other state, and keeps what was chosen when somebody goes back", async () => {
+  const page = await openPage(server.address, { hash: named("Plant.running") });
+  await shows(rowOf(page, "Plant.running").locator(".cell-value"), "TRUE");
+  await rowOf(page, "Plant.running").focus();
+  await page.keyboard.press("Enter");
+  for (const state of ["FALSE", "FALSE", "TRUE"]) {
+    if (state === "TRUE") await page.selectOption("#new-value", "TRUE");
+    assert.equal(await page.inputValue("#new-value"), state);
+    await page.click("dialog button[type=submit]");
+    await shows(page.locator(".change .new"), state);
+    await page.click("text=Back");
+    assert.equal(await page.inputValue("#new-value"), state);
+  }
+  await page.keyboard.press("Escape");
+  assert.deepEqual(server.sent, []);
+  await page.end();
+});
+
 test("a refused write tells the number and the words of the PLC", async () => {
   const { page } = await proposed("Plant.interlock", "8");
   await page.click("dialog button.danger");

@@ -7,7 +7,8 @@ import { MISSING_LIMIT, newId, outcomeText, WriteProcess } from "../../../../pan
 
 const proposed = (old = 20) => {
   const process = new WriteProcess({ id: "a1", plc: "dairy", label: "Plant.mode", type: "INT", unit: "" });
-  assert.equal(process.propose(3, old), true);
+  assert.equal(process.propose(3), true);
+  process.show(old);
   return process;
 };
 const sent = () => {
@@ -19,7 +20,7 @@ const sent = () => {
 test("nothing is sent before it was confirmed", () => {
   const process = new WriteProcess({ id: "a1", plc: "dairy", label: "Plant.mode" });
   assert.equal(process.confirm(), false);
-  process.propose(3, 20);
+  process.propose(3);
   process.back();
   assert.equal(process.confirm(), false);
 });
@@ -31,14 +32,30 @@ test("a second press sends nothing", () => {
   assert.equal(process.confirm(), false);
   process.answered(200, { outcome: "done" }, 0);
   assert.equal(process.confirm(), false);
-  assert.equal(process.propose(4, 20), false);
+  assert.equal(process.propose(4), false);
 });
 
-test("the request has the value that was shown before, if it was fresh", () => {
+test("the request has the value that stood beside the question last, if it was fresh", () => {
   assert.deepEqual(proposed(20).request(), { id: "a1", plc: "dairy", label: "Plant.mode", value: 3, old: 20 });
   const stale = new WriteProcess({ id: "a1", plc: "dairy", label: "Plant.mode" });
-  stale.propose(3, undefined);
+  stale.propose(3);
   assert.deepEqual(stale.request(), { id: "a1", plc: "dairy", label: "Plant.mode", value: 3 });
+  const moving = proposed(20);
+  moving.show(21);
+  assert.equal(moving.request().old, 21);
+  moving.show(undefined);
+  assert.equal("old" in moving.request(), false);
+  moving.show(22);
+  moving.confirm();
+  moving.show(23);
+  assert.equal(moving.request().old, 22);
+});
+
+test("what was seen beside a question that was left counts no more", () => {
+  const process = proposed(20);
+  process.back();
+  process.propose(4);
+  assert.equal("old" in process.request(), false);
 });
 
 test("a write is meant for the run of the server that was there when it was confirmed", () => {

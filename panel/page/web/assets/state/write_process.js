@@ -27,14 +27,19 @@ export class WriteProcess {
     this.run = null; // of the server, that was asked to write
   }
 
-  // The value that was typed is to be confirmed. `old`: the one that is shown, undefined if it is
-  // not fresh.
-  propose(value, old) {
+  // The value that was typed is to be confirmed.
+  propose(value) {
     if (this.state !== "editing") return false;
     this.value = value;
-    this.old = old;
+    this.old = undefined;
     this.state = "asking";
     return true;
+  }
+
+  // The question stands on the screen beside this value; undefined: it is not fresh. What was shown
+  // last when somebody confirms is what they saw.
+  show(old) {
+    if (this.state === "asking") this.old = old;
   }
 
   back() {

@@ -3,7 +3,7 @@
 import { Dialog } from "../parts/dialog.js";
 import { editText } from "../values/edit_text.js";
 import { formatValue } from "../values/format.js";
-import { html, useEffect, useRef, useState } from "../html.js";
+import { html, useEffect, useLayoutEffect, useRef, useState } from "../html.js";
 import { keyOf } from "../state/rows.js";
 import { MARKS } from "../state/freshness.js";
 import { newId, outcomeText, WriteProcess } from "../state/write_process.js";
@@ -22,7 +22,13 @@ export function startWrite(panel, row) {
     panel.tell("Choose a single element of the list to write it.");
     return;
   }
-  panel.open({ name: "write", process: new WriteProcess({ id: newId(), ...row }), begin: editText(row.value, row.type) });
+  panel.open({ name: "write", process: new WriteProcess({ id: newId(), ...row }), typed: proposal(row) });
+}
+
+// With what the field begins. Who writes a switch wants the other state.
+function proposal({ value, type }) {
+  if (typeOf(type).form !== "boolean") return editText(value, type);
+  return value === true ? "FALSE" : "TRUE";
 }
 
 export function WriteDialog({ panel, dialog }) {
@@ -56,14 +62,13 @@ function Editing({ panel, dialog, process, row, onClose }) {
   }, []);
   const submit = (event) => {
     event.preventDefault();
-    dialog.begin = field.current.value;
+    dialog.typed = field.current.value;
     const { value, error: wrong } = parseWritten(field.current.value, process.type);
     if (wrong) {
       setError(wrong);
       return;
     }
-    const fresh = row && panel.mark(row) === "fresh";
-    process.propose(value, fresh ? row.value : undefined);
+    process.propose(value);
     panel.changed();
   };
   const isBoolean = typeOf(process.type).form === "boolean";
@@ -73,8 +78,8 @@ function Editing({ panel, dialog, process, row, onClose }) {
       <dt><label for="new-value">New</label></dt>
       <dd>${
         isBoolean
-          ? html`<select id="new-value" ref=${field}><option value="TRUE" selected=${dialog.begin !== "TRUE"}>TRUE</option><option value="FALSE" selected=${dialog.begin === "TRUE"}>FALSE</option></select>`
-          : html`<input id="new-value" ref=${field} defaultValue=${dialog.begin} autocomplete="off" spellcheck=${false} aria-describedby="write-error" />`
+          ? html`<select id="new-value" ref=${field}>${["TRUE", "FALSE"].map((text) => html`<option key=${text} value=${text} selected=${dialog.typed === text}>${text}</option>`)}</select>`
+          : html`<input id="new-value" ref=${field} defaultValue=${dialog.typed} autocomplete="off" spellcheck=${false} aria-describedby="write-error" />`
       } <span class="unit">${process.unit}</span></dd>
     </dl>
     <p class="error" id="write-error" role="alert">${error}</p>
@@ -88,6 +93,7 @@ function Editing({ panel, dialog, process, row, onClose }) {
 function Asking({ panel, process, row }) {
   const button = useRef(null);
   useEffect(() => button.current.focus(), []);
+  useLayoutEffect(() => process.show(row && panel.mark(row) === "fresh" ? row.value : undefined));
   const back = () => process.back() && panel.changed();
   const confirm = () => panel.write(process);
   return html`<div class="write">
