@@ -134,6 +134,30 @@ test("what is seen is exported as CSV and as PNG", async () => {
   await page.end();
 });
 
+test("an export without a connection tells that it failed, and saves nothing", async () => {
+  const page = await openPage(server.address, { hash: drawn("Plant.mode") });
+  await until(async () => (await inked(page)).length > 60, "the line is drawn");
+  let saved = 0;
+  page.on("download", () => ++saved);
+  const { port } = server;
+  await server.stop();
+  await page.click("button:has-text('CSV')");
+  await shows(page.locator(".notice"), /^Not exported: What was recorded is not known: /);
+  await page.click("button:has-text('All changes')");
+  await shows(page.locator(".notice"), /^Not exported: Failed to fetch/);
+  await server.start(port);
+  await shows(page.locator(".legend .mark-word"), "good");
+  server.faults.history = 503;
+  await page.click("button:has-text('All changes')");
+  await shows(page.locator(".notice"), "Not exported: Fault 503.");
+  server.faults.history = null;
+  assert.equal(saved, 0);
+  const file = page.waitForEvent("download");
+  await page.click("button:has-text('All changes')");
+  assert.match(await readFile(await (await file).path(), "utf8"), /^time,plc,label/);
+  await page.end();
+});
+
 test("a PLC that is away leaves a gap", async () => {
   const page = await openPage(server.address, { hash: drawn("Plant.mode") });
   await until(async () => (await inked(page)).length > 60, "the line is drawn");

@@ -76,6 +76,25 @@ test("events from before a sleep tell nothing of now", () => {
   assert.equal(clock.isHeard({ wall: 600000, steady: 1200 }), false);
 });
 
+test("events that were under way for long tell nothing of now, although the wall clock was set back meanwhile", () => {
+  const clock = new ServerClock();
+  clock.begin(1000000, { wall: 5000, steady: 100 }, { wall: 4990, steady: 90 });
+  assert.equal(clock.hear(1001000, { wall: 6000, steady: 1100 }), true);
+  // 10 s later than its time at least.
+  assert.equal(clock.hear(1002000, { wall: 1000, steady: 11100 }), false);
+});
+
+test("a clock that goes a little faster than the server's makes no event late", () => {
+  const clock = new ServerClock();
+  clock.begin(0, { wall: 0, steady: 0 }, { wall: 0, steady: 0 });
+  // 4.3 s in a day.
+  for (let second = 1; second <= 200000; ++second) {
+    const steady = second * 1000 * 1.00005;
+    if (!clock.hear(second * 1000, { wall: second * 1000, steady })) assert.fail(`late after ${second} s`);
+  }
+  assert.equal(clock.hear(200001000, { wall: 200004200, steady: 200001000 * 1.00005 + 3200 }), false);
+});
+
 test("a beginning that took longer than three seconds does not count as timely", () => {
   const clock = new ServerClock();
   assert.equal(clock.begin(1000000, { wall: 5000, steady: 3101 }, { wall: 5000, steady: 100 }), false);

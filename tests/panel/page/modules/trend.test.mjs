@@ -160,3 +160,10 @@ test("the export has what is seen, in the order of time, as RFC 4180 has it", ()
     ].join("\r\n"),
   );
 });
+
+test("there is nothing to export of a span of which nothing is known", () => {
+  const curve = new Curve({ plc: "dairy", label: "Plant.level" });
+  assert.equal(csvOf([curve], { from: 60, to: 200 }, -Infinity), null);
+  curve.recent.gap(100, "not known");
+  assert.equal(csvOf([curve], { from: 60, to: 200 }, 150), null);
+});

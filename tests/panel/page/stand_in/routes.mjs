@@ -87,6 +87,12 @@ const ROUTES = {
   "GET writes/*": ({ standIn, tell, name }) =>
     standIn.writes.has(name) ? tell(200, standIn.writes.get(name)) : tell(404, { error: "No such write." }),
   "GET history": ({ standIn, tell, fields }) => tell(200, historyOf(standIn.plants.get(fields.get("plc")), fields)),
+  "GET history.csv": ({ standIn, tell, response }) => {
+    const { history } = standIn.faults;
+    if (history) return tell(history, { error: `Fault ${history}.` });
+    response.writeHead(200, { "Content-Type": "text/csv" });
+    response.end("time,plc,label,value,unit,quality\r\n");
+  },
   "GET alarms": ({ standIn, tell }) => tell(200, { alarms: [...standIn.alarms.values()] }),
   "GET alarms/*": ({ standIn, tell }) => tell(200, { alarms: standIn.recorded ?? [...standIn.alarms.values()].filter((alarm) => alarm.ended) }),
   "POST alarms/*/acknowledge": ({ standIn, tell, name, body }) => {

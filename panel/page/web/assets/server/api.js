@@ -67,6 +67,15 @@ function bodyOf({ status, body }) {
   throw error;
 }
 
+// The content of a good answer as a file; an Error otherwise, also when it broke off.
+export async function getFile(path) {
+  const response = await fetch(ROOT + path, { cache: "no-store", credentials: "same-origin" }).catch((error) => {
+    throw new Unreachable(error.message);
+  });
+  if (!response.ok) bodyOf({ status: response.status, body: parsed(await response.text()) });
+  return response.blob();
+}
+
 // "?plc=A&label=B&label=C" of {plc: "A", label: ["B", "C"]}; what is undefined is left out.
 export function query(fields) {
   const parameters = new URLSearchParams();

@@ -6,15 +6,18 @@
 
 export const SILENCE_LIMIT = 3000; // ms without an event after which nothing is known
 
+// By so much of each lapse two clocks may drift apart; computers' clocks are better.
+const DRIFT = 1e-4;
+
 export class ServerClock {
   #last = null; // the newest event: {server, wall, steady}
   #heardUntil = -Infinity;
-  #offset = 0; // server less wall, as the event that was the quickest on its way tells
+  #offset = null; // server less each clock, as the event that was the quickest on its way tells
 
   // A new stream began: `asked` is the reading of the clocks when it was asked for. False when it took
   // so long that its beginning tells nothing of now.
   begin(server, reading, asked) {
-    this.#offset = server - reading.wall;
+    this.#offset = offsetOf(server, reading);
     this.#last = { server, ...reading };
     this.#heardUntil = server;
     return lapseOf(reading, asked) <= SILENCE_LIMIT;
@@ -23,9 +26,11 @@ export class ServerClock {
   // An event of the stream came. False when it was under way for so long that it tells nothing of
   // now: a browser hands over what it received before the computer slept.
   hear(server, reading) {
-    const offset = server - reading.wall;
-    const late = this.#offset - offset;
-    this.#offset = Math.max(this.#offset, offset);
+    const offset = offsetOf(server, reading);
+    const drift = this.#last ? DRIFT * Math.max(0, this.#lapse(reading)) : 0;
+    const best = this.#offset ?? offset;
+    const late = Math.max(best.wall - offset.wall, best.steady - offset.steady) - drift;
+    this.#offset = { wall: Math.max(best.wall - drift, offset.wall), steady: Math.max(best.steady - drift, offset.steady) };
     if (late > SILENCE_LIMIT) return false;
     this.#last = { server: Math.max(server, this.#last?.server ?? server), ...reading };
     this.#heardUntil = this.#last.server;
@@ -55,6 +60,8 @@ export class ServerClock {
     return lapseOf(reading, this.#last);
   }
 }
+
+const offsetOf = (server, { wall, steady }) => ({ wall: server - wall, steady: server - steady });
 
 // ms between two readings: the larger lapse of the two clocks.
 export function lapseOf(later, earlier) {

@@ -61,7 +61,8 @@ export class Curves {
     }
   }
 
-  // Asks for the past of a window; an answer that was overtaken by another question is dropped.
+  // Asks for the past of a window; an answer that was overtaken by another question is dropped. False
+  // when what was recorded is not known then.
   async load(from, to) {
     const asked = ++this.#asked;
     const byPlc = new Map();
@@ -72,13 +73,19 @@ export class Curves {
     try {
       const answers = await Promise.all([...byPlc].map(([plc, label]) =>
         get(`/history${query({ plc, label, from: Math.floor(from), to: Math.ceil(until), points: POINTS })}`)));
-      if (asked !== this.#asked) return;
+      if (asked !== this.#asked) return false;
       for (const one of answers.flatMap(({ series }) => series)) this.#takePast(one, until);
       this.error = "";
     } catch (error) {
-      if (asked === this.#asked) this.error = `What was recorded did not come: ${error.message}`;
+      if (asked !== this.#asked) return false;
+      // A server without a recorder.
+      const isNothing = error.status === 404;
+      this.error = isNothing ? error.message : `What was recorded is not known: ${error.message}`;
+      ++this.version;
+      return isNothing;
     }
     ++this.version;
+    return true;
   }
 
   #takePast(series, until) {

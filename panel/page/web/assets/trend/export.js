@@ -7,9 +7,10 @@ import { DASHES } from "./plot_lines.js";
 const field = (text) => (/[",\r\n]/.test(text) ? `"${text.replaceAll('"', '""')}"` : text);
 
 // RFC 4180, times in UTC: what held at the beginning of the window, and every change in it. A line
-// with a state and without a value says from when on nothing is known.
+// with a state and without a value says from when on nothing is known. Null where that is all.
 export function csvOf(curves, { from, to }, heardUntil) {
   const lines = curves.flatMap((curve, i) => curveLines(curve, from, to, heardUntil).map((line) => ({ ...line, i })));
+  if (lines.every(({ cells }) => cells[0] === "")) return null;
   lines.sort((a, b) => a.time - b.time || a.i - b.i);
   const rows = lines.map(({ time, i, cells }) => [new Date(time).toISOString(), curves[i].plc, curves[i].label, ...cells]);
   return [["time", "plc", "label", "value", "minimum", "maximum", "state"], ...rows]

@@ -3,7 +3,7 @@
 import { csvOf, download, pngOf } from "../trend/export.js";
 import { html } from "../html.js";
 import { pan, spanChoices, zoom } from "../trend/time_window.js";
-import { query, ROOT_PATH } from "../server/api.js";
+import { getFile, query } from "../server/api.js";
 import { timeText } from "../state/ages.js";
 
 export function TrendTools({ panel, curves, plot, window, onChange }) {
@@ -40,24 +40,33 @@ function setSpan(panel, span) {
 
 function Exports({ panel, curves, plot, window }) {
   const none = panel.view.series.length === 0;
-  const name = (ending) => `trend-${timeText(window().from).replaceAll(":", "").replace(" ", "-")}.${ending}`;
-  const csv = () => {
-    const text = csvOf(curves.all, window(), panel.model.clock.heardUntil);
-    download(name("csv"), new Blob([text], { type: "text/csv" }));
+  const fail = (reason) => panel.tell(`Not exported: ${reason}`);
+  const nameOf = (from, ending) => `trend-${timeText(from).replaceAll(":", "").replace(" ", "-")}.${ending}`;
+  const csv = async () => {
+    const { from, to } = window();
+    if (!(await curves.load(from, to))) return fail(curves.error || "another span of time was asked for meanwhile.");
+    const text = csvOf(curves.all, { from, to }, panel.model.clock.heardUntil);
+    if (text === null) return fail("nothing is known of this span of time.");
+    download(nameOf(from, "csv"), new Blob([text], { type: "text/csv" }));
   };
   const png = async () => {
     const { from, to } = window();
-    download(name("png"), await pngOf(plot.current, curves.all, `${timeText(from)} to ${timeText(to)}`));
+    download(nameOf(from, "png"), await pngOf(plot.current, curves.all, `${timeText(from)} to ${timeText(to)}`));
   };
   const plcs = [...new Set(panel.view.series.map(({ plc }) => plc))];
-  const exact = (plc) => {
+  const exact = async (plc) => {
     const { from, to } = window();
     const label = panel.view.series.filter((one) => one.plc === plc).map((one) => one.label);
-    return `${ROOT_PATH}/history.csv${query({ plc, label, from: Math.floor(from), to: Math.ceil(to) })}`;
+    try {
+      const file = await getFile(`/history.csv${query({ plc, label, from: Math.floor(from), to: Math.ceil(to) })}`);
+      download(`${plc}-${nameOf(from, "csv")}`, file);
+    } catch (error) {
+      fail(error.message);
+    }
   };
   return html`<span class="group">
     <button type="button" disabled=${none} title="What the plot shows" onClick=${csv}>CSV</button>
     <button type="button" disabled=${none} title="A picture of the plot" onClick=${png}>PNG</button>
-    ${plcs.map((plc) => html`<a key=${plc} class="button" href=${exact(plc)} download title=${`Every recorded change of ${plc} in this span of time`}>${plcs.length > 1 ? `${plc}: all` : "All changes"}</a>`)}
+    ${plcs.map((plc) => html`<button type="button" key=${plc} title=${`Every recorded change of ${plc} in this span of time`} onClick=${() => exact(plc)}>${plcs.length > 1 ? `${plc}: all` : "All changes"}</button>`)}
   </span>`;
 }
