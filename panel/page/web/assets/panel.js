@@ -2,7 +2,8 @@
 
 import { carryOut } from "./server/writes.js";
 import { Live } from "./server/live.js";
-import { currentRun, get, meetRun, query, request, send } from "./server/api.js";
+import { ask, currentRun, get, meetRun, query, send } from "./server/api.js";
+import { changeText } from "./state/change_text.js";
 import { keep, kept } from "./state/stored.js";
 import { Model } from "./state/model.js";
 import { keyOf } from "./state/rows.js";
@@ -12,6 +13,7 @@ import { RecipeDesk } from "./recipe_desk.js";
 import { readAddress, SERIES_LIMIT, writeAddress } from "./state/view_address.js";
 
 const KEEP_DELAY = 250; // ms
+export const VALUES_LIMIT = 2000; // that are put into the table at a time
 const REFRESH_PAUSE = 1000; // ms before a question that failed is asked again
 
 export class Panel {
@@ -138,9 +140,10 @@ export class Panel {
     this.changed();
   }
 
-  // All values below a node of the tree, at most `limit` of them.
-  async valuesBelow(plc, symbol, limit = 2000) {
+  // All values below a node of the tree, at most VALUES_LIMIT of them.
+  async valuesBelow(plc, symbol) {
     if (symbol.kind === "value") return [{ plc, label: symbol.label }];
+    const limit = VALUES_LIMIT;
     const found = [];
     const waiting = [symbol.label];
     while (waiting.length && found.length < limit) {
@@ -173,7 +176,10 @@ export class Panel {
   }
 
   async logout() {
-    await request("DELETE", "/session").catch(() => {});
+    const { status, body } = await ask("DELETE", "/session");
+    if (![204, 401].includes(status)) {
+      this.tell(changeText(status, body, { done: "", failed: "Not logged out", unknown: "Whether you are logged out is not known" }));
+    }
     await this.#askSession();
   }
 

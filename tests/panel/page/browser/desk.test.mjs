@@ -83,15 +83,37 @@ test("an alarm of the history that has ended since is not shown as active", asyn
   await page.end();
 });
 
-test("nobody is asked to acknowledge in read-only mode", async () => {
+test("nobody is asked to acknowledge or to change recipes in read-only mode, and no viewer is", async () => {
   server.alarms.clear();
   server.setAlarm(alarm);
-  server.session.readOnly = true;
-  const page = await openPage(server.address, { hash: "#alarms" });
-  await shows(page.locator(".alarm .state"), "▲ active");
-  assert.equal(await page.locator("button:has-text('Acknowledge')").count(), 0);
-  server.session.readOnly = false;
+  server.recipes.set("Dawn", { plc: "dairy", savedAt: Date.now(), values: [{ label: "Plant.mode", saved: 2 }] });
+  for (const session of [{ readOnly: true, role: "engineer" }, { readOnly: false, role: "viewer" }]) {
+    Object.assign(server.session, session);
+    const page = await openPage(server.address, { hash: "#alarms" });
+    await shows(page.locator(".alarm .state"), "▲ active");
+    assert.equal(await page.locator("button:has-text('Acknowledge')").count(), 0);
+    await page.click(".tab:has-text('Recipes')");
+    await shows(page.locator(".list tbody td strong"), "Dawn");
+    const offered = await page.locator(".page-section button:enabled").allTextContents();
+    assert.deepEqual(offered, ["Compare"]);
+    await page.end();
+  }
+  Object.assign(server.session, { readOnly: false, role: "engineer" });
+  server.recipes.clear();
+});
+
+test("a logout that the server has not answered is told as not known", async () => {
+  Object.assign(server.session, { loginRequired: true, user: "erna", role: "operator" });
+  const page = await openPage(server.address, { hash: named("Plant.mode") });
+  await shows(rowOf(page, "Plant.mode").locator(".mark-word"), "good");
+  const { port } = server;
+  await server.stop();
+  await page.click("text=Log out");
+  await shows(page.locator(".notice"), "Whether you are logged out is not known: the server does not answer.");
+  await server.start(port);
+  await shows(rowOf(page, "Plant.mode").locator(".mark-word"), "good");
   await page.end();
+  Object.assign(server.session, { loginRequired: false, user: null, role: "engineer" });
 });
 
 test("a recipe is saved, compared and restored with a report", async () => {

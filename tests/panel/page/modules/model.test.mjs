@@ -171,11 +171,12 @@ test("who may not write is told why", () => {
   model.session = { role: "operator", readOnly: false };
   row.writable = false;
   assert.match(model.writeObstacle(row), /not writable/);
+  assert.equal(model.changeObstacle("engineer"), "Only engineers do this.");
 });
 
 test("who only looks, and everybody in read-only mode, changes nothing", () => {
   const { model } = connected();
-  const may = () => [model.mayChange(), model.mayWriteTo("dairy"), model.mayKeep()];
+  const may = () => [model.mayChange(), model.mayChange("operator", "dairy"), model.mayChange("engineer")];
   assert.deepEqual(may(), [true, true, false]);
   model.session = { role: "engineer", readOnly: false };
   assert.deepEqual(may(), [true, true, true]);

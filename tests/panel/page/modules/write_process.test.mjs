@@ -110,7 +110,7 @@ test("after a lost answer or a fault of the server it is asked what became of th
   assert.equal(broken.state, "missing");
   broken.answered(200, { outcome: "refused", status: 3 }, 2000);
   assert.equal(broken.outcome.outcome, "refused");
-  for (const status of [408, 500, 503]) {
+  for (const status of [408, 410, 500, 503]) {
     const faulty = sent();
     faulty.answered(status, null, 0);
     assert.equal(faulty.state, "missing");

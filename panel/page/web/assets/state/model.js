@@ -4,6 +4,8 @@ import { confirmedAt, markOf } from "./freshness.js";
 import { keyOf, Row } from "./rows.js";
 import { ServerClock } from "./server_clock.js";
 
+const ROLES = ["viewer", "operator", "engineer"];
+
 export class Model {
   constructor(changed = () => {}) {
     this.changed = changed;
@@ -174,26 +176,27 @@ export class Model {
     return now === null || at === null ? null : Math.max(0, now - at);
   }
 
-  // Whether who looks may change anything: write, acknowledge, restore.
-  mayChange() {
-    return !this.session?.readOnly && ["operator", "engineer"].includes(this.session?.role);
+  // Whether who looks has this role, or a higher one.
+  hasRole(least) {
+    return ROLES.indexOf(this.session?.role) >= ROLES.indexOf(least);
   }
 
-  // Whether they may write to a PLC.
-  mayWriteTo(plc) {
-    return this.mayChange() && !this.plcs.get(plc)?.readOnly;
+  // Whether who looks may change what takes the role `least`: operators write, acknowledge and restore,
+  // engineers save and delete recipes too. plc: the one that is written to.
+  mayChange(least = "operator", plc = null) {
+    return this.changeObstacle(least, plc) === "";
   }
 
-  // Whether they may save and delete recipes.
-  mayKeep() {
-    return this.mayChange() && this.session.role === "engineer";
+  // Why they may not, or "" when they may.
+  changeObstacle(least = "operator", plc = null) {
+    if (this.session?.readOnly) return "The panel is read-only.";
+    if (!this.hasRole(least)) return least === "engineer" ? "Only engineers do this." : "Your role does not write.";
+    if (plc !== null && this.plcs.get(plc)?.readOnly) return `${plc} is read-only.`;
+    return "";
   }
 
   // Why a row cannot be written, or "" when it can.
   writeObstacle(row) {
-    if (this.session?.readOnly) return "The panel is read-only.";
-    if (!this.mayChange()) return "Your role does not write.";
-    if (this.plcs.get(row.plc)?.readOnly) return `${row.plc} is read-only.`;
-    return row.writable ? "" : "This value is not writable.";
+    return this.changeObstacle("operator", row.plc) || (row.writable ? "" : "This value is not writable.");
   }
 }

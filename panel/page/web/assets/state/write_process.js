@@ -8,6 +8,8 @@
 //                +--+        v       |
 //              (back)     missing ---+
 
+import { changeOutcome } from "./change_text.js";
+
 export const OUTCOMES = {
   done: { word: "done", text: "The PLC has taken the value." },
   refused: { word: "refused", text: "The PLC has refused the value." },
@@ -86,7 +88,7 @@ export class WriteProcess {
       this.refusal = reason;
       return this.lost(now);
     }
-    if (status >= 400 && status < 500 && status !== 408) this.#end({ outcome: "notSent", reason });
+    if (changeOutcome(status) === "failed") this.#end({ outcome: "notSent", reason });
     else this.lost(now);
   }
 

@@ -33,11 +33,12 @@ export function AlarmsView({ panel }) {
 }
 
 function Past({ panel, past: { alarms, error } }) {
-  if (error) return html`<p class="empty error">The history did not come: ${error}</p>`;
+  if (error) return html`<p class="empty error">The history is not known: ${error}</p>`;
   if (!alarms) return html`<p class="empty">…</p>`;
   if (alarms.length === 0) return html`<p class="empty">Nothing is recorded.</p>`;
   const known = panel.knowsAlarms();
-  return html`<${List} panel=${panel} alarms=${alarms.map((one) => occurrenceNow(one, panel.model.alarms.get(one.id), known))} past />`;
+  return html`${alarms.length >= HISTORY_LIMIT && html`<p class="empty">The newest ${HISTORY_LIMIT}.</p>`}
+    <${List} panel=${panel} alarms=${alarms.map((one) => occurrenceNow(one, panel.model.alarms.get(one.id), known))} past />`;
 }
 
 function Current({ panel }) {

@@ -16,13 +16,13 @@ export function RecipesView({ panel }) {
     }
   };
   useEffect(() => void load(), [panel.model.streams]);
-  const mayKeep = panel.model.mayKeep();
+  const obstacle = panel.model.changeObstacle("engineer");
   const { shown, results } = panel.recipes;
   const result = results.get(shown);
   return html`<section class="page-section" aria-label="Recipes">
     <div class="toolbar">
       <span class="note count">${recipes ? `${recipes.length} ${recipes.length === 1 ? "recipe" : "recipes"}` : "…"}</span>
-      <button type="button" disabled=${!mayKeep} title=${mayKeep ? "" : "Engineers save recipes."} onClick=${() => panel.open({ name: "recipe", saved: load })}>Save the table's values …</button>
+      <button type="button" disabled=${obstacle !== ""} title=${obstacle} onClick=${() => panel.open({ name: "recipe", saved: load })}>Save the table's values …</button>
     </div>
     <div class="scroll">
       ${error && html`<p class="empty error">The recipes are not known: ${error} <button type="button" onClick=${load}>Ask again</button></p>`}
@@ -64,8 +64,8 @@ function Recipe({ panel, recipe, current, onChange }) {
     <td class="buttons">
       ${desk.results.has(name) && !current && html`<button type="button" onClick=${() => desk.show(name)}>Result</button>`}
       <button type="button" disabled=${unusable} onClick=${() => desk.compare(recipe)}>Compare</button>
-      <button type="button" disabled=${unusable || !panel.model.mayWriteTo(plc)} onClick=${restore}>Restore …</button>
-      <button type="button" disabled=${busy || !panel.model.mayKeep()} onClick=${remove}>Delete …</button>
+      <button type="button" disabled=${unusable || !panel.model.mayChange("operator", plc)} onClick=${restore}>Restore …</button>
+      <button type="button" disabled=${busy || !panel.model.mayChange("engineer")} onClick=${remove}>Delete …</button>
     </td>
   </tr>`;
 }

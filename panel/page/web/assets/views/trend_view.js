@@ -22,7 +22,7 @@ export function TrendView({ panel }) {
   const choice = {
     isChosen: (name) => panel.isDrawn(name),
     toggle: (name) => panel.toggleSeries(name),
-    addAll: (names) => names.slice(0, SERIES_LIMIT - view.series.length).forEach((name) => panel.isDrawn(name) || panel.toggleSeries(name)),
+    addAll: (names) => names.filter((name) => !panel.isDrawn(name)).slice(0, SERIES_LIMIT + 1 - view.series.length).forEach((name) => panel.toggleSeries(name)),
   };
   return html`
     <aside class=${panel.treeOpen ? "side open" : "side"} aria-label="Symbols">

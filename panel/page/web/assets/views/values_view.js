@@ -1,6 +1,7 @@
 // Tree of symbols beside the table of chosen values.
 
 import { html } from "../html.js";
+import { VALUES_LIMIT } from "../panel.js";
 import { SymbolTree } from "./symbol_tree.js";
 import { ValuesTable } from "./values_table.js";
 
@@ -11,7 +12,7 @@ export function ValuesView({ panel }) {
     toggle: (name) => (panel.isChosen(name) ? panel.remove([name]) : panel.add([name])),
     addAll: (names) => {
       panel.add(names);
-      panel.tell(`${names.length} values are in the table.`);
+      panel.tell(names.length < VALUES_LIMIT ? `${names.length} values are in the table.` : `The first ${names.length} values are in the table.`);
     },
   };
   return html`
