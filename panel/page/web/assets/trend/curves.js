@@ -61,8 +61,8 @@ export class Curves {
     }
   }
 
-  // Asks for the past of a window; an answer that was overtaken by another question is dropped. False
-  // when what was recorded is not known then.
+  // Asks for the past of a window. False when what was recorded is not known then; null when the answer
+  // was overtaken by that of another question and dropped.
   async load(from, to) {
     const asked = ++this.#asked;
     const byPlc = new Map();
@@ -73,11 +73,11 @@ export class Curves {
     try {
       const answers = await Promise.all([...byPlc].map(([plc, label]) =>
         get(`/history${query({ plc, label, from: Math.floor(from), to: Math.ceil(until), points: POINTS })}`)));
-      if (asked !== this.#asked) return false;
+      if (asked !== this.#asked) return null;
       for (const one of answers.flatMap(({ series }) => series)) this.#takePast(one, until);
       this.error = "";
     } catch (error) {
-      if (asked !== this.#asked) return false;
+      if (asked !== this.#asked) return null;
       // A server without a recorder.
       const isNothing = error.status === 404;
       this.error = isNothing ? error.message : `What was recorded is not known: ${error.message}`;
