@@ -43,7 +43,9 @@ from typing import Any, Iterable, Iterator, List, NamedTuple, Optional, Tuple
 API = "/api/v1"
 WIDE_TYPES = ("LINT", "ULINT", "LWORD")  # come and go as texts of digits
 QUALITIES = {"g": "good", "s": "stale", "b": "bad"}
-SILENCE = 5.0  # s without an event: the server sends one each second
+SILENCE = 3.0  # s without an event after which nothing is known: the server sends one each second
+# Answers to a change that do not say that nothing was done.
+NOT_TOLD = (408, 410, 412)
 
 
 class PanelError(Exception):
@@ -53,6 +55,11 @@ class PanelError(Exception):
         super().__init__(text)
         self.status = status
         self.retry_after = retry_after
+
+    @property
+    def was_refused(self) -> bool:
+        """The server says that it did nothing. Otherwise it is not known whether it did."""
+        return self.status is not None and 400 <= self.status < 500 and self.status not in NOT_TOLD
 
 
 class Value(NamedTuple):
@@ -192,29 +199,34 @@ class Panel:
     def write(self, plc: str, label: str, value: Any, write_id: Optional[str] = None) -> Outcome:
         """Sends a write to the PLC, once, and tells how it ended. Raises PanelError where it was
         refused before it was looked at as a write: no right to, no such label."""
+        if self._user and not self._token:
+            self.login()
         write_id = write_id or uuid.uuid4().hex
         body = {"id": write_id, "plc": plc, "label": label, "value": _json_value(value)}
         try:
             return _outcome(self._request("POST", "/writes", body))
         except PanelError as error:
-            if error.status is not None:
+            if error.was_refused and error.status != 429:
                 raise
-            return self._outcome_behind_loss(write_id, str(error))
+            return self._outcome_behind(write_id, error)
 
-    def _outcome_behind_loss(self, write_id: str, reason: str) -> Outcome:
-        """The connection was lost before the answer came. The write is never sent again; the server
-        is asked what became of it."""
-        unknown = Outcome(write_id, "unknown", reason, {})
+    def _outcome_behind(self, write_id: str, failure: PanelError) -> Outcome:
+        """The answer to a write is lost, or does not tell its outcome. It is never sent again; the
+        server is asked what became of it."""
+        unknown = Outcome(write_id, "unknown", str(failure), {})
         end = time.monotonic() + self._timeout
         while time.monotonic() < end:
+            wait = 0.2
             try:
                 found = self.get("/writes/" + urllib.parse.quote(write_id, safe=""))
                 if found["outcome"] != "pending":
                     return _outcome(found)
             except PanelError as error:
-                if error.status is not None:
-                    return unknown
-            time.sleep(0.2)
+                if error.status == 404:
+                    # Refused as one request too many, or done by a panel that has ended since.
+                    return unknown._replace(word="notSent") if failure.was_refused else unknown
+                wait = max(wait, error.retry_after or 0.0)
+            time.sleep(min(wait, max(0.0, end - time.monotonic())))
         return unknown
 
     def subscribe(self, values: Iterable[Tuple[str, str]] = (), alarms: bool = True) -> Iterator:
@@ -302,8 +314,8 @@ class Panel:
         return self.get(_recipe(name) + "/comparison")["values"]
 
     def restore_recipe(self, name: str, restore_id: Optional[str] = None) -> dict:
-        """Writes what differs, reads it back, and reports. Sent once: PanelError without a status
-        means that it is not known what was written."""
+        """Writes what differs, reads it back, and reports. Sent once: after a PanelError that was no
+        refusal (was_refused) it is not known what was written."""
         body = {"id": restore_id or uuid.uuid4().hex}
         return self._request("POST", _recipe(name) + "/restore", body)
 

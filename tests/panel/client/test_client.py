@@ -1,6 +1,7 @@
 """The client for Python against the program itself."""
 
 import http.client
+import http.server
 import json
 import math
 import socket
@@ -11,6 +12,7 @@ import time
 import unittest
 
 from panel_site import PATIENCE, SOURCES, Events, Site, comes_true, free_port
+import plc_panel_client
 from plc_panel_client import Confirmed, Link, Lost, Panel, PanelError, Value
 
 
@@ -52,6 +54,112 @@ class Cutter:
 
     def close(self):
         self._server.close()
+
+
+class Answers:
+    """A server that answers each POST with one status, and each GET with the next of a list; the last
+    one counts for all that follow."""
+
+    def __init__(self, status, *answers):
+        outer = self
+        self.sent = 0
+        self._answers = list(answers)
+
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def answer(self, status, body):
+                content = json.dumps(body).encode()
+                self.send_response(status)
+                self.send_header("Content-Type", "application/json")
+                self.send_header("Content-Length", str(len(content)))
+                self.end_headers()
+                self.wfile.write(content)
+
+            def do_POST(self):
+                outer.sent += 1
+                self.rfile.read(int(self.headers["Content-Length"]))
+                self.answer(status, {"error": "why"})
+
+            def do_GET(self):
+                answers = outer._answers
+                self.answer(*(answers.pop(0) if len(answers) > 1 else answers[0]))
+
+            def log_message(self, *_):
+                pass
+
+        self._server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+        self.address = f"http://127.0.0.1:{self._server.server_port}"
+        threading.Thread(target=self._server.serve_forever, args=(0.02,), daemon=True).start()
+
+    def close(self):
+        self._server.shutdown()
+        self._server.server_close()
+
+
+PENDING = (200, {"id": "a", "outcome": "pending"})
+DONE = (200, {"id": "a", "outcome": "done", "reason": ""})
+NO_SUCH = (404, {"error": "there is no write of this id"})
+BUSY = (503, {"error": "busy"})
+
+
+class UntoldOutcomeTest(unittest.TestCase):
+    def write(self, status, *answers, timeout=10.0):
+        server = Answers(status, *answers)
+        self.addCleanup(server.close)
+        with Panel(server.address, timeout=timeout) as panel:
+            outcome = panel.write("plant", "P.count", 1, "a")
+        self.assertEqual(1, server.sent)
+        return outcome.word, outcome.reason
+
+    def test_an_answer_that_tells_no_outcome_is_followed_by_the_question_for_it(self):
+        for status in (408, 410, 429, 500, 503):
+            with self.subTest(status=status):
+                self.assertEqual(("done", ""), self.write(status, PENDING, BUSY, DONE))
+
+    def test_what_the_server_cannot_tell_is_not_known(self):
+        for status in (408, 410, 500, 503):
+            with self.subTest(status=status):
+                self.assertEqual(("unknown", "why"), self.write(status, NO_SUCH))
+        self.assertEqual(("unknown", "why"), self.write(503, PENDING, timeout=0.5))
+        self.assertEqual(("unknown", "why"), self.write(503, BUSY, timeout=0.5))
+
+    def test_one_request_too_many_that_the_server_does_not_know_was_not_sent(self):
+        self.assertEqual(("notSent", "why"), self.write(429, NO_SUCH))
+
+    def test_a_refused_request_is_an_error(self):
+        for status in (400, 403, 404, 409):
+            with self.subTest(status=status), self.assertRaises(PanelError) as caught:
+                self.write(status, DONE)
+            self.assertEqual((status, True), (caught.exception.status, caught.exception.was_refused))
+
+    def test_a_restore_that_was_not_refused_may_have_been_done(self):
+        for status, was_refused in ((403, True), (409, True), (408, False), (412, False), (503, False)):
+            server = Answers(status, NO_SUCH)
+            self.addCleanup(server.close)
+            with self.subTest(status=status), Panel(server.address) as panel:
+                with self.assertRaises(PanelError) as caught:
+                    panel.restore_recipe("Summer")
+                self.assertEqual(was_refused, caught.exception.was_refused)
+                self.assertEqual(1, server.sent)
+
+
+class SilenceTest(unittest.TestCase):
+    def test_a_stream_that_falls_silent_is_lost(self):
+        self.assertEqual(3.0, plc_panel_client.SILENCE)
+        server = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(server.close)
+        link = {"time": 1000, "plc": "plant", "state": "up", "since": 1000, "reason": ""}
+
+        def begin():
+            self.stream = server.accept()[0]
+            self.stream.recv(65536)
+            self.stream.sendall(b"HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\n\r\n"
+                                b"event: link\ndata: " + json.dumps(link).encode() + b"\n\n")
+
+        threading.Thread(target=begin, daemon=True).start()
+        events = Panel(f"http://127.0.0.1:{server.getsockname()[1]}").subscribe()
+        self.assertEqual(Link("plant", "up", 1.0, ""), next(events))
+        self.assertIsInstance(next(events), Lost)
+        self.stream.close()
 
 
 class ClientTest(unittest.TestCase):
