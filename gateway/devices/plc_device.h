@@ -11,10 +11,8 @@
 #include "gateway/devices/sample_taker.h"
 #include "gateway/devices/write_target.h"
 #include "gateway/model/metric.h"
-#include "host/driver/driver_library.h"
-#include "host/runtime/runtime.h"
-#include "host/tcp/tcp_link.h"
-#include "project/project.h"
+#include "setup/pass_clock.h"
+#include "setup/project_plc.h"
 #include "values/expected.h"
 
 namespace plc::gateway {
@@ -46,7 +44,7 @@ public:
     const Device& description() const override { return m_description; }
     /// What is not wrong but strange; each names the device.
     const QStringList& warnings() const { return m_warnings; }
-    QString peer() const;
+    QString peer() const { return m_plc->address(); }
 
     void start();
     void stop();
@@ -62,11 +60,11 @@ public:
     qint64 linkSince() const { return m_linkSince; }
     /// Milliseconds from the end of one pass over all values to that of the next; 0: there was
     /// none.
-    qint64 passTime() const { return m_passTime; }
-    const host::ValueTable& values() const { return m_runtime->values(); }
+    qint64 passTime() const { return m_passes.duration(); }
+    const host::ValueTable& values() const { return m_plc->runtime().values(); }
     /// Milliseconds of the clock of values().
-    qint64 now() const { return m_link->now(); }
-    const host::TrafficCounters& counters() const { return m_runtime->counters(); }
+    qint64 now() const { return m_plc->now(); }
+    const host::TrafficCounters& counters() const { return m_plc->runtime().counters(); }
 
     /// What is new since the last call. `time` is milliseconds since 1970-01-01T00:00:00Z.
     QVector<Sample> takeSamples(qint64 time);
@@ -75,7 +73,7 @@ public:
     /// Settled exactly once, possibly at once.
     void write(int metric, const QVector<values::Value>& values,
                host::WriteSettled settled) override;
-    int openWrites() const override { return m_runtime->openWrites(); }
+    int openWrites() const override { return m_plc->runtime().openWrites(); }
 
 private:
     PlcDevice(int number, const DeviceSettings& settings, PlcDeviceListener* listener);
@@ -88,21 +86,15 @@ private:
     const int m_number;
     const DeviceSettings m_settings;
     PlcDeviceListener* const m_listener;
-    project::Project m_project;
     QDateTime m_projectTime; ///< Of the file's last change when it was read.
     Device m_description;
     QStringList m_warnings;
-    // What stands first ends last.
-    std::optional<host::DriverLibrary> m_library;
-    std::unique_ptr<host::Runtime> m_runtime;
-    std::unique_ptr<host::TcpLink> m_link;
+    std::unique_ptr<setup::ProjectPlc> m_plc;
     std::unique_ptr<SampleTaker> m_samples;
     host::LinkState m_linkState = host::LinkState::Down;
     QString m_linkReason;
     qint64 m_linkSince = 0;
-    int m_lastPasses = 0;
-    qint64 m_passEndedAt = -1;
-    qint64 m_passTime = 0;
+    setup::PassClock m_passes;
     bool m_isFollowed = false; ///< Each value was asked for since the link came up.
     qint64 m_lostAt = -1;      ///< When a link whose values were followed went away.
 };

@@ -1,14 +1,12 @@
 #include "panel/plants/plant.h"
 
 #include <QtCore/QDateTime>
-#include <QtCore/QFileInfo>
 #include <QtCore/QSet>
 
 #include <utility>
 
 #include "project/label_expansion.h"
 #include "project/label_syntax.h"
-#include "setup/runtime_settings.h"
 #include "values/nearest_name.h"
 
 namespace plc::panel {
@@ -35,8 +33,8 @@ qint64 wallClock()
 
 } // namespace
 
-Plant::Plant(const PlcSettings& settings, bool isReadOnly, PlantListener* listener)
-    : m_settings(settings), m_isReadOnly(isReadOnly), m_listener(listener)
+Plant::Plant(const PlcSettings& settings, PlantListener* listener)
+    : m_settings(settings), m_listener(listener)
 {
     m_link.since = wallClock();
     m_exchange.setSingleShot(true);
@@ -50,34 +48,21 @@ Plant::~Plant() = default;
 Expected<std::unique_ptr<Plant>> Plant::create(const PlcSettings& settings, bool isReadOnly,
                                                const QString& driver, PlantListener* listener)
 {
-    std::unique_ptr<Plant> plant(new Plant(settings, isReadOnly, listener));
-    if (const Expected<void> prepared = plant->prepare(driver); !prepared)
+    std::unique_ptr<Plant> plant(new Plant(settings, listener));
+    if (const Expected<void> prepared = plant->prepare(driver, isReadOnly); !prepared)
         return Error{
             QStringLiteral("PLC %1: %2").arg(values::quoted(settings.name), prepared.error().text)};
     return plant;
 }
 
-Expected<void> Plant::prepare(const QString& driver)
+Expected<void> Plant::prepare(const QString& driver, bool isReadOnly)
 {
-    Expected<project::Project> project = project::loadProject(m_settings.project);
-    if (!project)
-        return project.error();
-    m_project = std::move(*project);
-    m_project.address = m_settings.address.value_or(m_project.address);
-    m_project.port = m_settings.port.value_or(m_project.port);
-
-    const Expected<host::DriverLibrary> library = host::DriverLibrary::loadCopy(driver);
-    if (!library)
-        return library.error();
-    m_library = *library;
-    host::RuntimeSettings settings =
-        setup::runtimeSettings(m_project.settings, m_settings.cycleTime);
-    settings.readOnly = isReadOnly();
-    m_runtime = std::make_unique<host::Runtime>(m_library->functions(), settings, m_project,
-                                                static_cast<host::RuntimeListener*>(this));
-    m_tcp =
-        std::make_unique<host::TcpLink>(&m_runtime->session(), m_project.address, m_project.port);
-
+    Expected<std::unique_ptr<setup::ProjectPlc>> plc = setup::ProjectPlc::open(
+        {m_settings.project, m_settings.address, m_settings.port, m_settings.cycleTime, isReadOnly},
+        driver, this);
+    if (!plc)
+        return plc.error();
+    m_plc = std::move(*plc);
     const Expected<QVector<host::DataPoint>> recorded = recordedPoints();
     if (!recorded)
         return recorded.error();
@@ -85,7 +70,7 @@ Expected<void> Plant::prepare(const QString& driver)
         m_recorded.append(m_wanted.want(point));
     if (m_settings.writable) {
         Expected<WriteRules> rules =
-            WriteRules::make(*m_settings.writable, m_project, m_runtime->points());
+            WriteRules::make(*m_settings.writable, project(), m_plc->runtime().points());
         if (!rules)
             return rules.error();
         m_rules = std::move(*rules);
@@ -109,7 +94,7 @@ Expected<QVector<host::DataPoint>> Plant::recordedPoints() const
         points.append(*point);
         return {};
     };
-    project::LabelExpander expander(m_project);
+    project::LabelExpander expander(project());
     for (const QString& text : m_settings.record) {
         const Expected<QStringList> labels = expander.expand(text);
         if (!labels)
@@ -121,38 +106,33 @@ Expected<QVector<host::DataPoint>> Plant::recordedPoints() const
     }
     if (!m_settings.record.isEmpty())
         return points;
-    for (const project::CyclicLabel& label : m_project.cyclic) {
+    for (const project::CyclicLabel& label : project().cyclic) {
         const Expected<void> added =
-            add(m_runtime->points().find(label.label, label.elements, label.station));
+            add(m_plc->runtime().points().find(label.label, label.elements, label.station));
         if (!added)
             return added.error();
     }
     return points;
 }
 
-QString Plant::address() const
-{
-    return QStringLiteral("%1:%2").arg(m_project.address).arg(m_project.port);
-}
-
 void Plant::start()
 {
     readWanted();
     m_seconds.start(kSecond);
-    m_tcp->start();
+    m_plc->link().start();
 }
 
 void Plant::stop()
 {
     m_seconds.stop();
-    m_tcp->stop();
+    m_plc->link().stop();
 }
 
 Expected<host::DataPoint> Plant::find(const QString& text) const
 {
     const int star = int(text.lastIndexOf(QLatin1Char('*')));
-    return m_runtime->points().find(star < 0 ? spelt(text)
-                                             : spelt(text.left(star)) + text.mid(star));
+    return m_plc->runtime().points().find(star < 0 ? spelt(text)
+                                                   : spelt(text.left(star)) + text.mid(star));
 }
 
 int Plant::want(const host::DataPoint& point)
@@ -164,7 +144,7 @@ int Plant::want(const host::DataPoint& point)
 
 void Plant::release(int slot)
 {
-    m_wanted.release(slot, m_tcp->now());
+    m_wanted.release(slot, m_plc->now());
 }
 
 const LiveValue& Plant::value(int slot) const
@@ -188,14 +168,14 @@ QString Plant::writeObstacle(const host::DataPoint& point,
 void Plant::write(const host::DataPoint& point, const QVector<values::Value>& values,
                   host::WriteSettled settled)
 {
-    m_runtime->write(point, values, m_tcp->now(), std::move(settled));
-    m_tcp->pump();
+    m_plc->runtime().write(point, values, m_plc->now(), std::move(settled));
+    m_plc->link().pump();
 }
 
 void Plant::readOnce(const host::DataPoint& point, host::ReadSettled settled)
 {
-    m_runtime->readOnce(point, m_tcp->now(), std::move(settled));
-    m_tcp->pump();
+    m_plc->runtime().readOnce(point, m_plc->now(), std::move(settled));
+    m_plc->link().pump();
 }
 
 void Plant::readWanted()
@@ -207,22 +187,23 @@ void Plant::readWanted()
     points.reserve(m_rows.size());
     for (const int slot : std::as_const(m_rows))
         points.append(m_wanted.point(slot));
-    m_runtime->readCyclically(points, m_tcp->now());
-    m_tcp->pump();
+    m_plc->runtime().readCyclically(points, m_plc->now());
+    m_plc->link().pump();
 }
 
 void Plant::sample()
 {
-    m_sampledAt = m_tcp->now();
+    m_sampledAt = m_plc->now();
     m_listener->sampled(this,
-                        m_live.sample(m_runtime->values(), m_rows, m_sampledAt, wallClock()));
+                        m_live.sample(m_plc->runtime().values(), m_rows, m_sampledAt, wallClock()));
 }
 
 /// What no pass shows: values that become stale, and what came of a pass that takes long.
 void Plant::sampleBetween()
 {
-    const qint64 now = m_tcp->now();
-    const QVector<int>& changed = m_live.sample(m_runtime->values(), m_rows, now, wallClock());
+    const qint64 now = m_plc->now();
+    const QVector<int>& changed =
+        m_live.sample(m_plc->runtime().values(), m_rows, now, wallClock());
     if (changed.isEmpty() && now - m_sampledAt < kSecond)
         return;
     m_sampledAt = now;
@@ -232,7 +213,7 @@ void Plant::sampleBetween()
 void Plant::passSecond()
 {
     sampleBetween();
-    for (const int slot : m_wanted.expire(m_tcp->now()))
+    for (const int slot : m_wanted.expire(m_plc->now()))
         m_live.forget(slot);
     readWanted();
 }
@@ -244,9 +225,7 @@ void Plant::linkChanged(host::LinkState state, const QString& reason, int retryD
     if (state == host::LinkState::Connecting)
         return;
     const PlcLink::State now = state == host::LinkState::Up ? PlcLink::Up : PlcLink::Down;
-    m_passEndedAt = -1;
-    m_passTime = 0;
-    m_lastPasses = m_runtime->session().passes();
+    m_passes.restart(m_plc->runtime().session().passes());
     if (now == m_link.state && reason == m_link.reason)
         return;
     if (now != m_link.state)
@@ -258,14 +237,8 @@ void Plant::linkChanged(host::LinkState state, const QString& reason, int retryD
 
 void Plant::requestSettled()
 {
-    const int passes = m_runtime->session().passes();
-    if (passes == m_lastPasses)
-        return;
-    m_lastPasses = passes;
-    const qint64 now = m_tcp->now();
-    m_passTime = m_passEndedAt < 0 ? m_passTime : now - m_passEndedAt;
-    m_passEndedAt = now;
-    sample();
+    if (m_passes.hasEnded(m_plc->runtime().session().passes(), m_plc->now()))
+        sample();
 }
 
 } // namespace plc::panel

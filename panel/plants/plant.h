@@ -7,16 +7,14 @@
 #include <memory>
 #include <optional>
 
-#include "host/driver/driver_library.h"
-#include "host/runtime/runtime.h"
-#include "host/tcp/tcp_link.h"
 #include "panel/config/plc_settings.h"
 #include "panel/model/live_value.h"
 #include "panel/model/plc_link.h"
 #include "panel/plants/live_table.h"
 #include "panel/plants/wanted_values.h"
 #include "panel/plants/write_rules.h"
-#include "project/project.h"
+#include "setup/pass_clock.h"
+#include "setup/project_plc.h"
 #include "values/expected.h"
 
 namespace plc::panel {
@@ -43,18 +41,18 @@ public:
 
     const PlcSettings& settings() const { return m_settings; }
     const QString& name() const { return m_settings.name; }
-    const project::Project& project() const { return m_project; }
+    const project::Project& project() const { return m_plc->project(); }
     /// "192.168.0.12:1200"
-    QString address() const;
-    bool isReadOnly() const { return m_isReadOnly || m_project.settings.readOnly; }
+    QString address() const { return m_plc->address(); }
+    bool isReadOnly() const { return m_plc->isReadOnly(); }
 
     void start();
     void stop();
 
     const PlcLink& link() const { return m_link; }
     /// ms from the end of one pass over all values to that of the next; 0: there was none.
-    qint64 passTime() const { return m_passTime; }
-    const host::TrafficCounters& counters() const { return m_runtime->counters(); }
+    qint64 passTime() const { return m_passes.duration(); }
+    const host::TrafficCounters& counters() const { return m_plc->runtime().counters(); }
 
     /// A value by its label, however that is spelt; "LABEL*N" for N elements.
     Expected<host::DataPoint> find(const QString& text) const;
@@ -80,11 +78,11 @@ public:
     void write(const host::DataPoint& point, const QVector<values::Value>& values,
                host::WriteSettled settled);
     void readOnce(const host::DataPoint& point, host::ReadSettled settled);
-    int openWrites() const { return m_runtime->openWrites(); }
+    int openWrites() const { return m_plc->runtime().openWrites(); }
 
 private:
-    Plant(const PlcSettings& settings, bool isReadOnly, PlantListener* listener);
-    Expected<void> prepare(const QString& driver);
+    Plant(const PlcSettings& settings, PlantListener* listener);
+    Expected<void> prepare(const QString& driver, bool isReadOnly);
     Expected<QVector<host::DataPoint>> recordedPoints() const;
     void readWanted();
     void sample();
@@ -95,14 +93,9 @@ private:
     void requestSettled() override;
 
     const PlcSettings m_settings;
-    const bool m_isReadOnly;
     PlantListener* const m_listener;
-    project::Project m_project;
+    std::unique_ptr<setup::ProjectPlc> m_plc;
     WriteRules m_rules;
-    // What stands first ends last.
-    std::optional<host::DriverLibrary> m_library;
-    std::unique_ptr<host::Runtime> m_runtime;
-    std::unique_ptr<host::TcpLink> m_tcp;
     PlcLink m_link;
     WantedValues m_wanted;
     QVector<int> m_recorded;
@@ -110,9 +103,7 @@ private:
     LiveTable m_live;
     QTimer m_exchange; ///< Has what is wanted read; once for many wishes.
     QTimer m_seconds;
-    int m_lastPasses = 0;
-    qint64 m_passEndedAt = -1;
-    qint64 m_passTime = 0;
+    setup::PassClock m_passes;
     qint64 m_sampledAt = 0;
 };
 
