@@ -62,7 +62,7 @@ Expected<void> readCsv(const QString& path, const TakeRecord& take)
         if (!record)
             return atLine(path, line, "not a record of a log");
         if (const Expected<void> taken = take(*record); !taken)
-            return taken;
+            return taken.error();
     }
     return {};
 }
@@ -71,7 +71,7 @@ Expected<void> readDatabase(const QString& path, const TakeRecord& take)
 {
     database::SqliteDatabase database;
     if (const Expected<void> opened = openLogDatabase(path, &database); !opened)
-        return opened;
+        return opened.error();
     database::SqliteStatement rows(database, "SELECT time, label, value, state FROM log");
     if (!rows.isPrepared())
         return Error{database.error()};
@@ -82,7 +82,7 @@ Expected<void> readDatabase(const QString& path, const TakeRecord& take)
         if (!record)
             return Error{QStringLiteral("%1: %2").arg(path, record.error().text)};
         if (const Expected<void> taken = take(*record); !taken)
-            return taken;
+            return taken.error();
     }
     if (step == database::SqliteStatement::Failed)
         return Error{database.error()};
@@ -100,11 +100,11 @@ public:
         const bool isNewRun = m_records > 0 && isBehindGap(record);
         if (isSetBack || isNewRun || m_changes.size() >= kBatch) {
             if (const Expected<void> flushed = flush(); !flushed)
-                return flushed;
+                return flushed.error();
         }
         if (isNewRun) {
             if (const Expected<void> ended = m_recorder->end(m_now); !ended)
-                return ended;
+                return ended.error();
             m_last.clear();
         }
         m_now = isSetBack || m_records == 0 ? record.time : qMax(m_now, record.time);
@@ -137,7 +137,7 @@ private:
     {
         if (m_changes.isEmpty())
             return {};
-        const Expected<void> appended = m_recorder->append(m_changes, m_now);
+        Expected<void> appended = m_recorder->append(m_changes, m_now);
         m_changes.clear();
         return appended;
     }
@@ -164,7 +164,7 @@ Expected<qint64> convertTo(const QString& path, const QString& oldPath, qint64 e
             recorder = std::move(*opened);
             conversion.emplace(recorder.get(), every);
         }
-        const Expected<void> taken = conversion->take(record);
+        Expected<void> taken = conversion->take(record);
         *isMediumFailing = !taken;
         progress(conversion->records(), 0);
         return taken;

@@ -189,7 +189,7 @@ Expected<void> AuditLog::reopen(qint64 time)
     const Expected<void> begun = begin(&*file, time, &m_file);
     if (!begun) {
         close(&*file);
-        return begun;
+        return begun.error();
     }
     close(&m_file);
     m_file = *file;

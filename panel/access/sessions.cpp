@@ -14,7 +14,7 @@ QByteArray Sessions::open(const QString& user, Role role, qint64 now)
     closeUnless([this, now](const Session& session) { return !isOver(session, now); });
     makeRoom(&user, m_limits.mostOfUser);
     makeRoom(nullptr, m_limits.most);
-    const QByteArray token =
+    QByteArray token =
         randomBytes(kTokenBytes)
             .toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals);
     m_sessions.insert(keyOf(token), {user, role, now, now});

@@ -91,7 +91,8 @@ Expected<void> UsersFile::read(const QByteArray& bytes)
     const QJsonValue list = document.object().value(usersKey());
     if (!list.isArray())
         return Error{QStringLiteral("no file of users")};
-    for (const QJsonValue& item : list.toArray()) {
+    const QJsonArray users = list.toArray();
+    for (const auto& item : users) {
         const QJsonObject fields = item.toObject();
         const std::optional<Role> role = findRole(fields.value(roleKey()).toString());
         const User user{fields.value(nameKey()).toString(), role.value_or(Role::None),
@@ -102,7 +103,7 @@ Expected<void> UsersFile::read(const QByteArray& bytes)
             return Error{QStringLiteral("%1 has no password").arg(user.name)};
         const Expected<void> isPut = put(user);
         if (!isPut)
-            return isPut;
+            return isPut.error();
     }
     return {};
 }
@@ -118,7 +119,7 @@ Expected<void> UsersFile::save() const
     streams::FileReplacement file(m_path);
     const Expected<void> isOpen = file.open();
     if (!isOpen)
-        return isOpen;
+        return isOpen.error();
     if (::fchmod(file.descriptor(), kOwnerAlone) != 0)
         return Error{QStringLiteral("%1: its rights cannot be set").arg(m_path)};
     file.write(QJsonDocument(QJsonObject{{usersKey(), list}}).toJson());
@@ -136,7 +137,7 @@ Expected<void> UsersFile::put(const User& user)
 {
     const Expected<void> isName = checkName(user.name);
     if (!isName)
-        return isName;
+        return isName.error();
     if (user.role == Role::None)
         return Error{QStringLiteral("%1: a role is viewer, operator or engineer").arg(user.name)};
     remove(user.name);
