@@ -102,7 +102,7 @@ Expected<QString> Subscriptions::add(const QVector<ValueName>& names)
     subscription.content = contentOf(names);
     subscription.idleSince = m_time();
     ++subscription.content->users;
-    const QString id = QString::fromLatin1(randomBytes(kIdBytes).toHex());
+    QString id = QString::fromLatin1(randomBytes(kIdBytes).toHex());
     m_subscriptions.insert(id, subscription);
     return id;
 }

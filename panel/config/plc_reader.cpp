@@ -19,7 +19,7 @@ constexpr int kLongestName = 64;
 
 QString readName(const JsonNode& node)
 {
-    const QString name = node.text();
+    QString name = node.text();
     if (name.trimmed().isEmpty() || name.size() > kLongestName)
         node.failExpecting(QStringLiteral("a name of 1 to %1 characters").arg(kLongestName));
     for (int i = 0; i < int(name.size()); ++i) {

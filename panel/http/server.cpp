@@ -27,7 +27,7 @@ constexpr int kBacklog = 128;
 constexpr int kSendBuffer = 128 * 1024; // bytes that the system keeps for a slow client
 constexpr int kSpareConnections = 64;   // that are being ended while others come
 constexpr std::chrono::milliseconds kWatchPeriod{250};
-constexpr streams::InputFileKind kPemFile{"a PEM file", 1024 * 1024, ""};
+constexpr streams::InputFileKind kPemFile{"a PEM file", qint64(1024) * 1024, ""};
 
 /// TLS 1.2 and 1.3, forward secrecy and authenticated encryption alone.
 constexpr char kPriorities[] =
@@ -162,12 +162,12 @@ Expected<void> Server::Private::listen()
     if (!settings.address.isEmpty()) {
         const Expected<void> listening = listenOnTcp();
         if (!listening)
-            return listening;
+            return listening.error();
     }
     if (!settings.socket.isEmpty()) {
         const Expected<void> listening = listenOnSocket();
         if (!listening)
-            return listening;
+            return listening.error();
     }
     m_watch = std::thread([this] { watch(); });
     return {};
@@ -184,7 +184,7 @@ Expected<void> Server::Private::listenOnTcp()
     if (isEncrypted) {
         const Expected<void> isRead = readCertificate();
         if (!isRead)
-            return isRead;
+            return isRead.error();
     }
     const Expected<int> socket = service::listenOnAddress(settings.address, settings.port);
     if (!socket)

@@ -120,7 +120,7 @@ Expected<void> RecipeFolder::save(const Recipe& recipe) const
         return Error{QStringLiteral("%1: the folder cannot be made").arg(m_path)};
     streams::FileReplacement file(fileOf(recipe.name));
     if (const Expected<void> isOpen = file.open(); !isOpen)
-        return isOpen;
+        return isOpen.error();
     file.write(recipeJson(recipe));
     return file.commit();
 }

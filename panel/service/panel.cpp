@@ -188,7 +188,7 @@ Expected<void> Panel::startAlarms()
 /// Without a file nothing is kept.
 Expected<void> Panel::audit(const AuditRecord& record)
 {
-    const Expected<void> kept = m_audit ? m_audit->append(record) : Expected<void>();
+    Expected<void> kept = m_audit ? m_audit->append(record) : Expected<void>();
     m_auditError = kept ? QString() : kept.error().text;
     return kept;
 }

@@ -58,10 +58,10 @@ Expected<QString> readLine(const char* prompt)
 
 Expected<QString> readPassword()
 {
-    const Expected<QString> first = readLine("password: ");
+    Expected<QString> first = readLine("password: ");
     if (!first || ::isatty(STDIN_FILENO) == 0)
         return first;
-    const Expected<QString> second = readLine("once more: ");
+    Expected<QString> second = readLine("once more: ");
     if (second && *second != *first)
         return Error{QStringLiteral("these are two passwords")};
     return second;
