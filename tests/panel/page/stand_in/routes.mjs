@@ -86,7 +86,11 @@ const ROUTES = {
   },
   "GET writes/*": ({ standIn, tell, name }) =>
     standIn.writes.has(name) ? tell(200, standIn.writes.get(name)) : tell(404, { error: "No such write." }),
-  "GET history": ({ standIn, tell, fields }) => tell(200, historyOf(standIn.plants.get(fields.get("plc")), fields)),
+  "GET history": ({ standIn, tell, fields }) => {
+    const answer = historyOf(standIn.plants.get(fields.get("plc")), fields);
+    standIn.answered = answer.series;
+    tell(200, answer);
+  },
   "GET history.csv": ({ standIn, tell, response }) => {
     const { history } = standIn.faults;
     if (history) return tell(history, { error: `Fault ${history}.` });

@@ -6,7 +6,7 @@ const MARK_ORDER = ["wrong", "unknown", "lost", "bad", "stale", "unread", "fresh
 const naturally = new Intl.Collator("en", { numeric: true }).compare;
 
 // "Plant" of "Plant.tank[1].level".
-export const scopeOf = (label) => label.split(/[.[]/, 1)[0];
+const scopeOf = (label) => label.split(/[.[]/, 1)[0];
 
 // Rows whose PLC, label or description has all words of `filter`, without regard to case.
 export function filtered(rows, filter) {

@@ -4,8 +4,8 @@
 //   #trend?v=…&t=PLC|LABEL&t=PLC|LABEL|right&span=600000&from=…&to=…
 
 export const VIEWS = ["values", "trend", "alarms", "recipes"];
-export const GROUPS = ["none", "plc", "scope", "mark"];
-export const SORTS = ["chosen", "label", "value", "age", "mark"];
+const GROUPS = ["none", "plc", "scope", "mark"];
+const SORTS = ["chosen", "label", "value", "age", "mark"];
 export const SERIES_LIMIT = 8;
 const SPAN = 600000; // ms
 

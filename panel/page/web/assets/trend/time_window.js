@@ -1,7 +1,7 @@
 // The stretch of time that a plot shows, and how zooming and panning change it.
 
 export const LEAST_SPAN = 1000; // ms
-export const MOST_SPAN = 400 * 86400000;
+const MOST_SPAN = 400 * 86400000;
 
 const bounded = (span) => Math.min(MOST_SPAN, Math.max(LEAST_SPAN, span));
 

@@ -77,7 +77,6 @@ function keepDrawn(panel, curves, plot, window) {
     curves.describe();
     plot.draw(curves.all, { from, to }, panel.model.clock.heardUntil);
     plot.drawn = { from, to, version: curves.version, heard: panel.model.clock.heardUntil, size: plot.plot.width, at: performance.now() };
-    plot.frames = (plot.frames ?? 0) + 1;
   });
   return () => cancelAnimationFrame(frame);
 }
