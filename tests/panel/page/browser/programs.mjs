@@ -53,6 +53,8 @@ export class Site {
     this.project = join(this.folder, "plant.json");
     writeFileSync(this.project, JSON.stringify(plant));
     this.port = await freePort();
+    this.configuration = join(this.folder, "panel.json");
+    writeFileSync(this.configuration, JSON.stringify(this.#settings()));
     await this.startSimulator();
     await this.startPanel();
     this.address = `http://127.0.0.1:${this.port}/`;
@@ -63,7 +65,20 @@ export class Site {
   }
 
   startPanel() {
-    return this.panel.start("panel/plc-panel", ["--listen", `127.0.0.1:${this.port}`, "--record", join(this.folder, "record.db"), this.project], "listening on");
+    return this.panel.start("panel/plc-panel", ["--config", this.configuration], "listening on");
+  }
+
+  #settings() {
+    const standing = { label: "Plant.mode", is: 0, text: "The line stands" };
+    return {
+      listen: `127.0.0.1:${this.port}`, record: { file: "record.db" }, audit: "audit.jsonl", recipes: "recipes",
+      plcs: [{ name: "plant", project: this.project, alarms: [standing] }],
+    };
+  }
+
+  // As if the program of the PLC did it.
+  command(line) {
+    this.simulator.child.stdin.write(`${line}\n`);
   }
 
   async stop() {

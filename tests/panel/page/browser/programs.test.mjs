@@ -2,8 +2,9 @@
 
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
+import { readFile } from "node:fs/promises";
 
-import { looksFresh, openPage, rowOf, shows, until, withBrowser } from "./support.mjs";
+import { inkOf, looksFresh, openPage, rowOf, shows, until, withBrowser } from "./support.mjs";
 import { Site } from "./programs.mjs";
 
 const site = new Site();
@@ -67,7 +68,7 @@ test("a value is written after it was asked for, and the PLC has it", async () =
 });
 
 test("a write that the PLC refuses tells its number and words", async () => {
-  site.simulator.child.stdin.write("fail-writes on\n");
+  site.command("fail-writes on");
   const page = await open("Plant.mode");
   const row = rowOf(page, "Plant.mode");
   await shows(row.locator(".mark-word"), "good");
@@ -80,7 +81,7 @@ test("a write that the PLC refuses tells its number and words", async () => {
   await shows(page.locator(".outcome strong"), "refused");
   // 0x0040: what the simulated PLC answers to a write that it refuses.
   await shows(page.locator(".outcome"), /0x0040|16#0040|\b64\b/i);
-  site.simulator.child.stdin.write("fail-writes off\n");
+  site.command("fail-writes off");
   await page.keyboard.press("Enter");
   await shows(row.locator(".cell-value"), "2");
   await page.end();
@@ -118,5 +119,94 @@ test("the trend goes on live", async () => {
   await shows(page.locator(".legend .mark-word"), "good");
   const first = await page.locator(".legend .number").textContent();
   await until(async () => (await page.locator(".legend .number").textContent()) !== first, "the value changes");
+  await page.end();
+});
+
+// What the CSV of the trend has: [{time, value, state}].
+async function exported(page) {
+  const file = page.waitForEvent("download");
+  await page.click("button:has-text('CSV')");
+  const lines = (await readFile(await (await file).path(), "utf8")).trim().split("\r\n").slice(1);
+  return lines.map((line) => line.split(",")).map(([time, , , value, , , state]) => ({ time: Date.parse(time), value, state }));
+}
+
+test("the trend shows what was recorded before the page was there, and a killed PLC as a gap", async () => {
+  const span = 60000;
+  const hash = `#trend?t=plant|Plant.mode&span=${span}`;
+  const before = await openPage(site.address, { hash: view("Plant.mode") });
+  await shows(rowOf(before, "Plant.mode").locator(".mark-word"), "good");
+  await before.end();
+  await new Promise((done) => setTimeout(done, 6000));
+  const killed = Date.now();
+  await site.simulator.kill();
+  await new Promise((done) => setTimeout(done, 8000));
+  const back = Date.now();
+  await site.startSimulator();
+  await until(async () => (await site.get("plcs")).plcs[0].link.state === "up", "the PLC is back");
+  const up = Date.now();
+  await new Promise((done) => setTimeout(done, 8000));
+  const page = await openPage(site.address, { hash });
+  await shows(page.locator(".legend .mark-word"), "good");
+  // The picture of now: from columns of a hundredth of a minute each.
+  await until(async () => (await inkOf(page)).columns.length > 15, "the line is drawn");
+  await page.waitForTimeout(1000);
+  const columnOf = (time) => Math.round(100 * (1 - (Date.now() - time) / span));
+  const { columns } = await inkOf(page);
+  // The PLC counts as lost when it has not answered in time, and is asked anew within a pass.
+  const [from, to] = [columnOf(killed + 3000), columnOf(back - 1000)];
+  assert.ok(to - from >= 5, `${from} to ${to}`);
+  for (let column = from; column <= to; ++column) assert.ok(!columns.includes(column), `${column} is in ${columns}`);
+  for (const column of [columnOf(killed - 3000), columnOf(up + 3000)]) assert.ok(columns.includes(column), `${column} is not in ${columns}`);
+  await page.reload();
+  await until(async () => (await inkOf(page)).columns.includes(columnOf(killed - 3000)), "the past is there again");
+  // Longer than the recorder is behind.
+  await page.waitForTimeout(3000);
+  const lines = await exported(page);
+  const inGap = lines.filter(({ time }) => time > killed - 2000 && time < back && time !== lines[0].time);
+  assert.ok(inGap.length > 0 && inGap.every(({ value, state }) => value === "" && ["stale", "not recorded"].includes(state)), JSON.stringify({ killed, back, lines }));
+  // Up to the last pass before the end nothing is missing.
+  assert.equal(lines.findLast(({ time }) => time < killed - 2000).value, "2");
+  assert.equal(lines.at(-1).value, "2");
+  await page.end();
+});
+
+test("an alarm begins, is acknowledged, ends and stands in the history", async () => {
+  const page = await openPage(site.address, { hash: "#alarms" });
+  await shows(page.locator(".alarm .state"), "normal");
+  site.command("set Plant.mode 0");
+  await shows(page.locator(".alarm .state"), "▲ active");
+  await shows(page.locator(".tab .badge"), "1 active");
+  await page.click("button:has-text('Acknowledge')");
+  await shows(page.locator("[data-name=Acknowledged]"), /^local/);
+  site.command("set Plant.mode 2");
+  await shows(page.locator(".alarm .state"), "normal");
+  await page.click("button:has-text('History')");
+  await shows(page.locator(".alarm .state"), "ended");
+  await shows(page.locator(".alarm strong"), "The line stands");
+  for (const name of ["Begin", "End"]) await shows(page.locator(`[data-name=${name}]`), /^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d/);
+  await shows(page.locator("[data-name=Acknowledged]"), /^local ?\d{4}/);
+  await page.end();
+});
+
+test("a recipe is saved, compared and restored with a report", async () => {
+  const labels = ["Plant.pump[1].setpoint", "Plant.pump[2].setpoint"];
+  site.command(`set ${labels[0]} 20`);
+  site.command(`set ${labels[1]} 20`);
+  const page = await openPage(site.address, { hash: view(...labels).replace("#values", "#recipes") });
+  await shows(page.locator(".link-word"), "connected");
+  await page.click("text=Save the table");
+  await page.fill("input[name=name]", "Summer");
+  await page.click("dialog button[type=submit]");
+  await shows(page.locator(".list tbody td strong"), "Summer");
+  site.command(`set ${labels[0]} 7.5`);
+  await page.click("button:has-text('Compare')");
+  await shows(page.locator(".result .summary"), "1 of 2 differ.");
+  await shows(page.locator(".result .equal-false [data-name='In the PLC']"), "7.5");
+  await page.click("button:has-text('Restore')");
+  await page.click("dialog button:has-text('Restore')");
+  await shows(page.locator(".result .summary"), "1 written, 1 equal, 0 not written, 0 not known.");
+  await shows(page.locator(".result .outcome-done"), /Plant\.pump\[1\]\.setpoint ?7\.5 ?20 ?20 ?done read back equal/);
+  const asked = `values?plc=plant&label=${encodeURIComponent(labels[0])}`;
+  await until(async () => (await site.get(asked)).values[0].value === 20, "the PLC has it");
   await page.end();
 });

@@ -103,3 +103,27 @@ export async function looksFresh(row) {
     return !struck && element.classList.contains("is-fresh") && element.querySelector(".mark-word").textContent === "good";
   });
 }
+
+// Where the last line of the trend is, in hundredths of the plot's width and height. It is drawn over the others.
+export const inkOf = (page) =>
+  page.locator(".plot canvas").evaluate((canvas) => {
+    const probe = document.createElement("canvas").getContext("2d", { willReadFrequently: true });
+    const count = document.querySelectorAll(".legend li").length;
+    probe.fillStyle = getComputedStyle(canvas).getPropertyValue(`--series-${count}`).trim();
+    probe.fillRect(0, 0, 1, 1);
+    const [r, g, b] = probe.getImageData(0, 0, 1, 1).data;
+    const whole = canvas.getBoundingClientRect();
+    const over = document.querySelector(".plot .u-over").getBoundingClientRect();
+    if (!whole.width || !over.width) return { columns: [], rows: [] }; // made anew just now
+    const ratio = canvas.width / whole.width;
+    const [left, top, width, height] = [over.left - whole.left, over.top - whole.top, over.width, over.height].map((one) => Math.round(one * ratio));
+    const { data } = canvas.getContext("2d").getImageData(left, top, width, height);
+    const columns = new Set();
+    const rows = new Set();
+    for (let i = 0; i < data.length; i += 4) {
+      if (Math.abs(data[i] - r) + Math.abs(data[i + 1] - g) + Math.abs(data[i + 2] - b) >= 90 || data[i + 3] <= 128) continue;
+      columns.add(Math.floor((((i / 4) % width) / width) * 100));
+      rows.add(Math.floor((Math.floor(i / 4 / width) / height) * 100));
+    }
+    return { columns: [...columns].sort((a, b) => a - b), rows: [...rows].sort((a, b) => a - b) };
+  });

@@ -4,36 +4,13 @@ import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
 import { readFile } from "node:fs/promises";
 
-import { drawn, openPage, shows, standIn, until, withBrowser } from "./support.mjs";
+import { drawn, inkOf, openPage, shows, standIn, until, withBrowser } from "./support.mjs";
 
 let server;
 withBrowser();
 before(async () => (server = await standIn()));
 after(() => server.stop());
 
-// Where the last line is, in hundredths of the plot's width and height. It is drawn over the others.
-const inkOf = (page) =>
-  page.locator(".plot canvas").evaluate((canvas) => {
-    const probe = document.createElement("canvas").getContext("2d", { willReadFrequently: true });
-    const count = document.querySelectorAll(".legend li").length;
-    probe.fillStyle = getComputedStyle(canvas).getPropertyValue(`--series-${count}`).trim();
-    probe.fillRect(0, 0, 1, 1);
-    const [r, g, b] = probe.getImageData(0, 0, 1, 1).data;
-    const whole = canvas.getBoundingClientRect();
-    const over = document.querySelector(".plot .u-over").getBoundingClientRect();
-    if (!whole.width || !over.width) return { columns: [], rows: [] }; // made anew just now
-    const ratio = canvas.width / whole.width;
-    const [left, top, width, height] = [over.left - whole.left, over.top - whole.top, over.width, over.height].map((one) => Math.round(one * ratio));
-    const { data } = canvas.getContext("2d").getImageData(left, top, width, height);
-    const columns = new Set();
-    const rows = new Set();
-    for (let i = 0; i < data.length; i += 4) {
-      if (Math.abs(data[i] - r) + Math.abs(data[i + 1] - g) + Math.abs(data[i + 2] - b) >= 90 || data[i + 3] <= 128) continue;
-      columns.add(Math.floor((((i / 4) % width) / width) * 100));
-      rows.add(Math.floor((Math.floor(i / 4 / width) / height) * 100));
-    }
-    return { columns: [...columns].sort((a, b) => a - b), rows: [...rows].sort((a, b) => a - b) };
-  });
 const inked = async (page) => (await inkOf(page)).columns;
 
 const rangeOf = async (page) => {

@@ -126,6 +126,24 @@ function curveOf() {
   return curve;
 }
 
+test("what came live fills in what is not recorded yet, and nothing else does", () => {
+  const answer = () => traceOfSeries(series({ kind: "changes", times: [0, 50, 80, 80], values: [1, 2, 2, null], qualities: ["g", "g", "g", "-"] }));
+  const live = new Curve({ plc: "dairy", label: "Plant.level" });
+  live.recent.append(70, 2, 2);
+  live.recent.append(90, 3, 3);
+  live.takePast(answer(), 100);
+  assert.deepEqual(live.parts(0, 120, 120).map(({ from, to }) => [from, to]), [[0, 80], [80, 120]]);
+  assert.equal(live.textAt(85, 120).text, "2");
+  assert.doesNotMatch(csvOf([live], { from: 0, to: 80 }, 80), /not recorded/);
+  const late = new Curve({ plc: "dairy", label: "Plant.level" });
+  late.recent.append(90, 3, 3);
+  late.takePast(answer(), 100);
+  assert.deepEqual(late.textAt(85, 120), { text: "—", word: "not recorded" });
+  const whole = traceOfSeries(series({ kind: "changes", times: [0, 50], values: [null, 2], qualities: ["-", "g"] }));
+  live.takePast(whole, 100);
+  assert.equal(live.pastUntil, 100);
+});
+
 test("a curve goes on live where the recorded past ends", () => {
   const path = new Recorder();
   curveOf().draw(path, { from: 0, to: 200, heardUntil: 150, toX: (time) => time, toY: (number) => number });

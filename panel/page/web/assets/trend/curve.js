@@ -15,9 +15,15 @@ export class Curve {
     this.recent = new Trace(LIVE_LIMIT);
   }
 
+  // What was recorded up to `until`. The recorder is a little behind: where the live part has what is
+  // missing at the end, that counts.
   takePast(trace, until) {
     this.past = trace;
     this.pastUntil = until;
+    if (this.recent.times[0] <= trace.end.time && trace.end.time <= until) {
+      this.pastUntil = trace.end.time;
+      trace.cut(trace.end.index);
+    }
   }
 
   // Stretches of time with the trace that holds there: [{trace, from, to, until}].

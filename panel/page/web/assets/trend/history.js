@@ -6,9 +6,19 @@ import { Trace } from "./trace.js";
 const WORDS = { s: "stale", b: "bad", "-": "not recorded" };
 
 // A trace of one series of an answer. Changes keep what was recorded; aggregates have a mean, and the
-// least and greatest in `low` and `high`.
+// least and greatest in `low` and `high`. `end`: see below.
 export function traceOf(series) {
-  return series.kind === "aggregates" ? aggregateTrace(series) : changeTrace(series);
+  const trace = series.kind === "aggregates" ? aggregateTrace(series) : changeTrace(series);
+  trace.end = endOf(trace);
+  return trace;
+}
+
+// Where nothing is recorded any more: {index, time}; time Infinity: it goes on to the end of what was
+// asked for.
+function endOf({ times, words }) {
+  let index = times.length;
+  while (index > 0 && words[index - 1] === WORDS["-"]) --index;
+  return { index, time: times[index] ?? Infinity };
 }
 
 function changeTrace({ times, values, qualities, type }) {

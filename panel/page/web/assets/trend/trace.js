@@ -12,6 +12,7 @@ export class Trace {
     this.numbers = [];
     this.raw = []; // what the server sent, for the cursor
     this.words = []; // "" or the word that says why nothing is drawn
+    this.end = { index: 0, time: Infinity }; // of what was recorded; see history.js
   }
 
   get length() {
@@ -38,6 +39,11 @@ export class Trace {
     const last = this.times.length - 1;
     if (last >= 0 && Number.isNaN(this.numbers[last]) && this.words[last] === word) return;
     this.append(last >= 0 ? Math.max(time, this.times[last]) : time, NaN, null, word);
+  }
+
+  // Only the first entries stay.
+  cut(length) {
+    for (const list of [this.times, this.numbers, this.raw, this.words]) list.length = length;
   }
 
   // Index of the entry that holds at `time`; -1 before the first.
