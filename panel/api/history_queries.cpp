@@ -2,8 +2,6 @@
 
 #include <QtCore/QHash>
 
-#include <cmath>
-
 #include "panel/api/json_text.h"
 #include "values/csv.h"
 
@@ -74,29 +72,36 @@ void appendChanges(const SeriesDescription& series, const recorder::History& his
     json->append("],\"qualities\":[").append(qualities).append("]}");
 }
 
-void appendNumberOrNull(double number, QByteArray* json)
+/// As a value of the series is written: of a REAL the digits of a REAL.
+void appendExtreme(const SeriesDescription& series, double number, QByteArray* json)
 {
-    if (std::isfinite(number))
-        json->append(QByteArray::number(number, 'g', 12));
+    const bool isReal = series.type && series.type->format == values::ValueFormat::Real &&
+                        series.type->size == int(sizeof(float));
+    if (isReal)
+        appendFiniteNumber(float(number), json);
     else
-        json->append("null");
+        appendFiniteNumber(number, json);
 }
 
-void appendAggregates(const QVector<recorder::Aggregate>& aggregates, qint64 step, QByteArray* json)
+void appendAggregates(const SeriesDescription& series,
+                      const QVector<recorder::Aggregate>& aggregates, qint64 step, QByteArray* json)
 {
     QByteArray columns[5];
     for (const recorder::Aggregate& aggregate : aggregates) {
-        const bool isKnown = aggregate.coverage > 0;
         for (QByteArray& column : columns) {
             if (!column.isEmpty())
                 column.append(',');
         }
-        const double nothing = std::nan("");
         appendNumber(aggregate.begin, &columns[0]);
-        appendNumberOrNull(isKnown ? aggregate.mean : nothing, &columns[1]);
-        appendNumberOrNull(isKnown ? aggregate.minimum : nothing, &columns[2]);
-        appendNumberOrNull(isKnown ? aggregate.maximum : nothing, &columns[3]);
-        appendNumberOrNull(aggregate.coverage, &columns[4]);
+        if (aggregate.coverage > 0) {
+            appendFiniteNumber(aggregate.mean, &columns[1]);
+            appendExtreme(series, aggregate.minimum, &columns[2]);
+            appendExtreme(series, aggregate.maximum, &columns[3]);
+        } else {
+            for (int i : {1, 2, 3})
+                columns[i].append("null");
+        }
+        appendFiniteNumber(aggregate.coverage, &columns[4]);
     }
     json->append(",\"kind\":\"aggregates\"");
     appendMember("step", step, json);
@@ -228,7 +233,7 @@ Response HistoryQueries::seriesResponse(const HistoryQuestion& question)
                     m_reader->aggregates(each.id, question.from, question.to, step);
                 if (!aggregates)
                     return failure(aggregates.error());
-                appendAggregates(*aggregates, step, &json);
+                appendAggregates(each.description, *aggregates, step, &json);
                 continue;
             }
             history = *changes;

@@ -22,12 +22,21 @@ void appendPlain(Number number, QByteArray* json)
 }
 
 template <typename Real>
-void appendReal(Real number, QByteArray* json)
+void appendPlainOr(const char* otherwise, Real number, QByteArray* json)
 {
     if (std::isfinite(number))
         appendPlain(number, json);
     else
-        json->append(std::isnan(number) ? "\"nan\"" : number > 0 ? "\"inf\"" : "\"-inf\"");
+        json->append(otherwise);
+}
+
+template <typename Real>
+void appendReal(Real number, QByteArray* json)
+{
+    appendPlainOr(std::isnan(number) ? "\"nan\""
+                  : number > 0       ? "\"inf\""
+                                     : "\"-inf\"",
+                  number, json);
 }
 
 bool isLong(const values::IecType& type)
@@ -72,6 +81,16 @@ bool needsEscape(ushort unit)
 void appendNumber(qint64 number, QByteArray* json)
 {
     appendPlain(number, json);
+}
+
+void appendFiniteNumber(double number, QByteArray* json)
+{
+    appendPlainOr("null", number, json);
+}
+
+void appendFiniteNumber(float number, QByteArray* json)
+{
+    appendPlainOr("null", number, json);
 }
 
 void appendText(const QString& text, QByteArray* json)
