@@ -1,7 +1,9 @@
 #include "panel/access/audit_chain.h"
 
 #include <QtCore/QDateTime>
+#include <QtCore/QRegularExpression>
 
+#include <cstring>
 #include <utility>
 
 #include "exchange/flat_json.h"
@@ -13,10 +15,11 @@ namespace plc::panel {
 namespace {
 
 constexpr int kHashDigits = 64;
+constexpr char kTimeKey[] = "{\"time\":\"";
 
 QByteArray timeField(qint64 time)
 {
-    return "{\"time\":\"" + values::utcTimeText(time).toLatin1() + '"';
+    return kTimeKey + values::utcTimeText(time).toLatin1() + '"';
 }
 
 QByteArray chainFields(qint64 number, const QByteArray& previous)
@@ -97,6 +100,19 @@ QByteArray beginningLine(qint64 time, bool isContinued, qint64 number, const QBy
 QByteArray cutLine(qint64 time, const QByteArray& cut, qint64 number, const QByteArray& previous)
 {
     return timeField(time) + ",\"cut\":\"" + cut + '"' + chainFields(number, previous);
+}
+
+bool isCutBeginning(const QByteArray& bytes)
+{
+    static const QRegularExpression kBeginning(QStringLiteral(
+        "\\A\\{\"time\":\"[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z\""
+        ",\"audit\":\"(new|continued)\",\"n\":[0-9]+,\"previous\":\"[0-9a-f]{64}\"\\}\\z"));
+    // Of fewer bytes nobody could say whose they are.
+    if (bytes.size() <= int(std::strlen(kTimeKey)))
+        return false;
+    const QRegularExpressionMatch match = kBeginning.match(
+        QString::fromLatin1(bytes), 0, QRegularExpression::PartialPreferCompleteMatch);
+    return match.hasMatch() || match.hasPartialMatch();
 }
 
 std::optional<AuditLink> parseAuditLine(const QByteArray& line)

@@ -52,6 +52,10 @@ struct AuditLink {
     QByteArray hash; ///< Of the line itself.
 };
 
+/// Whether these bytes are the begin of a beginningLine(), or one without its end, and nothing
+/// else: all that a process or a disk leaves that ends within the first line.
+bool isCutBeginning(const QByteArray& bytes);
+
 /// Nothing for what is no line of an audit.
 std::optional<AuditLink> parseAuditLine(const QByteArray& line);
 

@@ -17,8 +17,6 @@ namespace plc::panel {
 namespace {
 
 constexpr mode_t kMode = S_IRUSR | S_IWUSR | S_IRGRP;
-constexpr int kLongestBeginning = 300; // bytes: more than the first line has
-constexpr int kCommonBytes = 9;        // that all lines begin with
 constexpr int kHashBytes = 32;
 
 Error failure(const QString& path, const char* what)
@@ -115,9 +113,7 @@ Expected<void> AuditLog::findEnd(const QString& path, File* file)
         end = begin - 1;
     }
     file->unended = tail.mid(end + 1);
-    const bool isFirstLine = file->unended.size() <= kLongestBeginning &&
-                             beginningLine(0, false, 0, {}).startsWith(tail.left(kCommonBytes));
-    if (file->number >= 0 || file->unended.isEmpty() || isFirstLine)
+    if (file->number >= 0 || tail.isEmpty() || isCutBeginning(tail))
         return {};
     return Error{QStringLiteral("%1: is no audit that can be gone on with").arg(path)};
 }
@@ -127,7 +123,7 @@ Expected<void> AuditLog::begin(File* file, qint64 time, const File* before)
 {
     if (file->number >= 0)
         return {};
-    // Not even the first line is there: nobody was told that there is an audit.
+    // At most a part of the first line is there: nobody was told that there is an audit.
     if (::ftruncate(file->descriptor, 0) != 0)
         return failure(m_path, "cannot be written");
     file->unended.clear();

@@ -295,6 +295,34 @@ TEST_F(Audit, LeavesAnotherFileAlone)
     EXPECT_EQ("root:x:0:0\n", files.content(file()));
 }
 
+TEST_F(Audit, LeavesFilesAloneThatLookLikeItsFirstLineForAWhile)
+{
+    const char* const others[] = {
+        "{\"time\":\"",
+        "{\"time\":\"1970-01-01T00:00:01.000Z\",\"message\":\"started\"}\n",
+        "{\"time\":\"1970-01-01T00:00:01.000Z\",\"message\":\"star",
+        "{\"time\":\"1970-01-01T00:00:01.000Z\",\"audit\":\"ok\"}",
+        "{\"time\":\"1970-01-0\n",
+    };
+    for (const char* const other : others) {
+        files.put(file(), other);
+        EXPECT_FALSE(open()) << other;
+        EXPECT_EQ(other, files.content(file()));
+    }
+}
+
+TEST_F(Audit, BeginsAnewWhereverItsFirstLineWasCut)
+{
+    write(0);
+    const QByteArray first = lines()[0];
+    for (const int length : {10, 40, 60, 100, int(first.size())}) {
+        files.put(file(), first.left(length).constData());
+        write(1);
+        EXPECT_EQ(AuditVerification::None, verify().flaw) << length;
+        EXPECT_EQ(2, verify().lines) << length;
+    }
+}
+
 TEST_F(Audit, IsWrittenByOneProcessAtATime)
 {
     const auto log = open();
