@@ -43,6 +43,10 @@ const char kSchema[] = R"(
     PRAGMA user_version = 1;
     COMMIT)";
 
+// Those that files of before do not have.
+const char kIndices[] =
+    "CREATE INDEX IF NOT EXISTS occurrenceEnded ON occurrence(ended) WHERE ended IS NOT NULL";
+
 // Held as long as it is open. Whoever is told that an alarm was acknowledged relies on it, so a
 // transaction is on the disk when it has ended.
 const char kMode[] =
@@ -179,22 +183,14 @@ Expected<std::unique_ptr<AlarmHistory>> AlarmHistory::open(const QString& path,
     return history;
 }
 
-Expected<void> AlarmHistory::prepare(const QString& path)
+/// Whether the database is empty. An error where it is something else, which is left as it is.
+Expected<bool> AlarmHistory::checkKind(const QString& path)
 {
-    if (!m_database.open(path, true))
-        return failed();
-    if (!m_database.execute(kMode)) {
-        if (m_database.isHeldByAnother())
-            return Error{QStringLiteral("%1: the history of alarms is in use by another process; "
-                                        "give each panel one of its own")
-                             .arg(path)};
-        return failed();
-    }
     const std::optional<qint64> id = m_database.number("PRAGMA application_id");
     const std::optional<qint64> version = m_database.number("PRAGMA user_version");
     const std::optional<qint64> tables = m_database.number("SELECT count(*) FROM sqlite_master");
-    if (!id || !version || !tables || (*tables == 0 && !m_database.execute(kSchema)))
-        return failed();
+    if (!id || !version || !tables)
+        return cannotOpen(path);
     if (*tables > 0 && *id != kApplicationId)
         return Error{QStringLiteral("%1: the database exists and is no history of alarms; name "
                                     "another file")
@@ -205,6 +201,29 @@ Expected<void> AlarmHistory::prepare(const QString& path)
                          .arg(path)
                          .arg(*version)
                          .arg(kVersion)};
+    return *tables == 0;
+}
+
+Error AlarmHistory::cannotOpen(const QString& path) const
+{
+    if (!m_database.isHeldByAnother())
+        return failed();
+    return {QStringLiteral("%1: the history of alarms is in use by another process; give each "
+                           "panel one of its own")
+                .arg(path)};
+}
+
+Expected<void> AlarmHistory::prepare(const QString& path)
+{
+    if (!m_database.open(path, true))
+        return failed();
+    const Expected<bool> isEmpty = checkKind(path);
+    if (!isEmpty)
+        return isEmpty.error();
+    if (!m_database.execute(kMode))
+        return cannotOpen(path);
+    if ((*isEmpty && !m_database.execute(kSchema)) || !m_database.execute(kIndices))
+        return failed();
     m_statements = std::make_unique<Statements>(m_database);
     if (!m_statements->arePrepared())
         return failed();

@@ -49,6 +49,8 @@ public:
 private:
     AlarmHistory() = default;
     Expected<void> prepare(const QString& path);
+    Expected<bool> checkKind(const QString& path);
+    Error cannotOpen(const QString& path) const;
     bool saveOne(const AlarmOccurrence& occurrence);
     bool removeOld(qint64 now);
     Error failed() const;

@@ -212,6 +212,31 @@ TEST_F(AlarmHistoryTest, NumbersAreNotGivenAgainWhenTheNewestHaveGone)
     EXPECT_EQ(10, history->nextNumber().valueOr(0));
 }
 
+TEST_F(AlarmHistoryTest, FilesOfBeforeGetTheIndexByWhichTheOldIsFound)
+{
+    const char kIndex[] = "SELECT count(*) FROM sqlite_master WHERE name = 'occurrenceEnded'";
+    open();
+    {
+        database::SqliteDatabase older;
+        ASSERT_TRUE(older.open(file, false));
+        ASSERT_TRUE(older.execute("DROP INDEX occurrenceEnded"));
+    }
+    open();
+    database::SqliteDatabase database;
+    ASSERT_TRUE(database.open(file, false));
+    EXPECT_EQ(1, database.number(kIndex).value_or(0));
+}
+
+TEST_F(AlarmHistoryTest, IsOfOneProcess)
+{
+    const std::unique_ptr<AlarmHistory> history = open();
+    EXPECT_FALSE(succeeds(AlarmHistory::open(file, {})));
+    EXPECT_EQ(file +
+                  ": the history of alarms is in use by another process; give each panel one of "
+                  "its own",
+              error);
+}
+
 TEST_F(AlarmHistoryTest, OtherFilesAreRefused)
 {
     files.put(file, "no database, but longer than nothing");
@@ -223,8 +248,10 @@ TEST_F(AlarmHistoryTest, OtherFilesAreRefused)
         ASSERT_TRUE(other.open(file, true));
         ASSERT_TRUE(other.execute("CREATE TABLE t(x)"));
     }
+    const std::string before = files.content(file);
     EXPECT_FALSE(succeeds(AlarmHistory::open(file, {})));
     EXPECT_TRUE(error.contains("is no history of alarms")) << error.toStdString();
+    EXPECT_EQ(before, files.content(file)) << "which its journal mode is part of";
     file = path("newer.sqlite");
     open();
     {
