@@ -7,6 +7,8 @@ namespace {
 
 /// Of what cannot be written, the oldest go when there are more.
 constexpr int kMostUnsaved = 10000;
+/// Between attempts to write while that fails, which waits for the disk.
+constexpr qint64 kRetryInterval = 1000; // ms
 
 bool isNewer(const AlarmOccurrence& a, const AlarmOccurrence& b)
 {
@@ -49,9 +51,13 @@ void AlarmDesk::save(qint64 now)
 {
     if (m_unsaved.isEmpty())
         return;
-    if (m_history) {
+    // A clock that was set back makes nothing wait.
+    const bool mustWait =
+        !m_failure.isEmpty() && now >= m_failedAt && now < m_failedAt + kRetryInterval;
+    if (m_history && !mustWait) {
         const Expected<void> isSaved = m_history->save(m_unsaved.values().toVector(), now);
         m_failure = isSaved ? QString() : isSaved.error().text;
+        m_failedAt = now;
         if (isSaved)
             m_unsaved.clear();
     }

@@ -11,8 +11,8 @@
 namespace plc::panel {
 
 /// Alarms with their history. Where that cannot be written, alarms go on, and what it lacks is
-/// written when that is possible again; but nothing is acknowledged, since nobody would know of it
-/// after a restart. For one thread; times as those of AlarmEngine.
+/// written when that is possible again, tried once a second; but nothing is acknowledged, since
+/// nobody would know of it after a restart. For one thread; times as those of AlarmEngine.
 class AlarmDesk {
 public:
     /// `history` may be null: then the past is not kept beyond the end of the process.
@@ -62,6 +62,7 @@ private:
     /// By number: what the history lacks, or all of what there is where there is none.
     QMap<qint64, AlarmOccurrence> m_unsaved;
     QString m_failure;
+    qint64 m_failedAt = 0; ///< The last attempt; of use while there is a failure.
 };
 
 } // namespace plc::panel

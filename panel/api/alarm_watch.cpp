@@ -1,5 +1,7 @@
 #include "panel/api/alarm_watch.h"
 
+#include <QtCore/QSet>
+
 #include "host/points/value_codec.h"
 #include "panel/api/alarm_json.h"
 
@@ -73,8 +75,9 @@ void AlarmWatch::sampled(Plant* plant, const QVector<int>& changed)
     const auto found = m_watched.find(plant);
     if (found == m_watched.end())
         return;
+    const QSet<int> changedSlots(changed.begin(), changed.end());
     for (const Watched& watched : std::as_const(found->second)) {
-        if (changed.contains(watched.slot))
+        if (changedSlots.contains(watched.slot))
             observe(*plant, watched);
     }
     if (const std::optional<qint64> confirmed = plant->confirmed())

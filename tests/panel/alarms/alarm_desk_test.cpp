@@ -118,6 +118,35 @@ TEST_F(AlarmDeskTest, GoesOnWithoutItsHistoryAndMakesUpForItLater)
     EXPECT_EQ(kStart + 1000, all()[0].end.value_or(0));
 }
 
+TEST_F(AlarmDeskTest, TriesAFailingHistoryOnceASecond)
+{
+    value(0, 0);
+    letFilesGrow(false);
+    value(1000, 81);
+    EXPECT_NE("", desk->failure().toStdString());
+    letFilesGrow(true);
+    value(1500, 0);
+    desk->settle(kStart + 1999);
+    EXPECT_NE("", desk->failure().toStdString()) << "not tried yet";
+    ASSERT_EQ(1, all().size());
+    EXPECT_EQ(kStart + 1500, all()[0].end.value_or(0));
+    desk->settle(kStart + 2000);
+    EXPECT_EQ("", desk->failure().toStdString());
+    start(3000);
+    EXPECT_EQ(1, all().size());
+}
+
+TEST_F(AlarmDeskTest, WaitsForNoClockThatWasSetBack)
+{
+    value(5000, 0);
+    letFilesGrow(false);
+    value(6000, 81);
+    EXPECT_NE("", desk->failure().toStdString());
+    letFilesGrow(true);
+    desk->settle(kStart + 2000);
+    EXPECT_EQ("", desk->failure().toStdString());
+}
+
 TEST(AlarmDesk, WorksWithoutAHistory)
 {
     const std::unique_ptr<AlarmDesk> desk =
