@@ -4,7 +4,6 @@
 #include <limits>
 
 #include "recorder/block_table.h"
-#include "recorder/change_batch.h"
 #include "recorder/sample_block.h"
 
 namespace plc::recorder {
@@ -36,22 +35,20 @@ QVector<Window> windowsOf(const QVector<Run>& runs, qint64 from, qint64 to)
 
 class Walk {
 public:
-    Walk(SqliteDatabase* database, int series, qint64 from, const TakeSample& take)
-        : m_series(series),
+    Walk(SqliteDatabase* database, const RecentSamples& recent, int series, qint64 from,
+         const TakeSample& take)
+        : m_recent(recent),
+          m_series(series),
           m_from(from),
           m_take(take),
           m_table(database),
           m_blocks(*database,
                    "SELECT samples FROM block WHERE series = ? AND run = ? AND first >= ?"
-                   " AND first < ? AND id > ? ORDER BY id"),
-          m_batches(*database, "SELECT time, changes FROM batch WHERE run = ? ORDER BY id")
+                   " AND first < ? AND id > ? ORDER BY id")
     {
     }
 
-    bool isPrepared() const
-    {
-        return m_table.isPrepared() && m_blocks.isPrepared() && m_batches.isPrepared();
-    }
+    bool isPrepared() const { return m_table.isPrepared() && m_blocks.isPrepared(); }
     bool walk(const Window& window);
     bool isEnough() const { return m_isEnough; }
 
@@ -63,14 +60,13 @@ private:
     }
     void giveBlock(const QByteArray& samples);
     bool walkBlocks(const Window& window);
-    bool walkBatches(const Window& window);
 
+    const RecentSamples& m_recent;
     const int m_series;
     const qint64 m_from;
     const TakeSample& m_take;
     BlockTable m_table;
     SqliteStatement m_blocks;
-    SqliteStatement m_batches;
     bool m_isEnough = false;
 };
 
@@ -78,8 +74,10 @@ bool Walk::walk(const Window& window)
 {
     if (!give({window.run.begin, Quality::Gap, {}}))
         return true;
-    if (!walkBlocks(window) || (!m_isEnough && !walkBatches(window)))
+    if (!walkBlocks(window))
         return false;
+    if (!m_isEnough)
+        giveBlock(m_recent.block(m_series, window.run.id));
     return m_isEnough || give({window.run.until, Quality::Gap, {}}) || true;
 }
 
@@ -110,27 +108,12 @@ bool Walk::walkBlocks(const Window& window)
     return step != SqliteStatement::Failed;
 }
 
-bool Walk::walkBatches(const Window& window)
-{
-    m_batches.bind(0, window.run.id);
-    SqliteStatement::Step step = SqliteStatement::Row;
-    while (!m_isEnough && (step = m_batches.step()) == SqliteStatement::Row) {
-        BatchDecoder changes(m_batches.bytes(1), m_batches.number(0));
-        while (!m_isEnough && changes.next()) {
-            if (changes.series() == m_series)
-                give(changes.sample());
-        }
-    }
-    m_batches.reset();
-    return step != SqliteStatement::Failed;
-}
-
 } // namespace
 
-bool walkSamples(SqliteDatabase* database, const QVector<Run>& runs, int series, qint64 from,
-                 qint64 to, const TakeSample& take)
+bool walkSamples(SqliteDatabase* database, const QVector<Run>& runs, const RecentSamples& recent,
+                 int series, qint64 from, qint64 to, const TakeSample& take)
 {
-    Walk walk(database, series, from, take);
+    Walk walk(database, recent, series, from, take);
     if (!walk.isPrepared())
         return false;
     for (const Window& window : windowsOf(runs, from, to)) {

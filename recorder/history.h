@@ -7,6 +7,7 @@
 
 #include "database/sqlite_database.h"
 #include "recorder/change.h"
+#include "recorder/recent_samples.h"
 #include "recorder/run.h"
 
 namespace plc::recorder {

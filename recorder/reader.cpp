@@ -3,11 +3,13 @@
 #include <QtCore/QMap>
 
 #include <algorithm>
+#include <utility>
 
 #include "recorder/block_table.h"
 #include "recorder/change_batch.h"
 #include "recorder/change_walk.h"
 #include "recorder/history.h"
+#include "recorder/recent_samples.h"
 #include "recorder/recording_file.h"
 #include "recorder/run_table.h"
 #include "recorder/sample_block.h"
@@ -30,8 +32,10 @@ public:
     {
         return inSnapshot<QVector<Run>>([this] { return loadRuns(&m_database); });
     }
-    Expected<History> changes(int series, qint64 from, qint64 to, qint64 most);
-    Expected<QVector<Aggregate>> aggregates(int series, qint64 from, qint64 to, qint64 step);
+    Expected<History> changes(int series, qint64 from, qint64 to, qint64 most, qint64 mostBytes);
+    Expected<QVector<Aggregate>> aggregates(int series, qint64 from, qint64 to, qint64 step,
+                                            qint64 mostAtOnce);
+    Expected<void> inOneState(const QVector<int>& series, const std::function<void()>& work);
     Expected<QVector<Change>> lastValues();
     Expected<void> forEachChange(const TimeRange& range, const VisitChange& visit);
     Expected<qint64> countChanges();
@@ -40,18 +44,38 @@ private:
     /// By series, with the run.
     using LastSamples = QMap<int, std::pair<qint64, Sample>>;
 
-    /// All queries of `work` see one state of the file.
+    /// All queries of `work` see one state of the file, which may be that of a call around this.
     template <typename T, typename Work>
     Expected<T> inSnapshot(Work work)
     {
+        const bool isOutermost = !m_isInSnapshot;
+        m_isInSnapshot = !isOutermost || m_database.execute("BEGIN");
         std::optional<T> result;
-        if (m_database.execute("BEGIN"))
+        if (m_isInSnapshot)
             result = work();
         const Error error{result ? QString() : m_database.error()};
-        m_database.execute("COMMIT");
+        if (isOutermost) {
+            m_database.execute("COMMIT");
+            m_isInSnapshot = false;
+        }
         if (!result)
             return error;
         return *result;
+    }
+    /// The same, with what the batches have of the series in m_recent.
+    template <typename T, typename Work>
+    Expected<T> withRecent(const QVector<int>& series, Work work)
+    {
+        return inSnapshot<T>([&]() -> std::optional<T> {
+            if (m_recent)
+                return work();
+            m_recent.emplace();
+            std::optional<T> result;
+            if (m_recent->load(&m_database, series))
+                result = work();
+            m_recent.reset();
+            return result;
+        });
     }
     template <typename T>
     Expected<T> answer(const std::optional<T>& result) const
@@ -62,6 +86,9 @@ private:
     }
 
     std::optional<SeriesDescription> description(int series);
+    /// Returns whether it was not too much, nothing after a failure of the database.
+    std::optional<bool> aggregate(const SeriesNumbers& numbers, int series, qint64 from, qint64 to,
+                                  qint64 step, qint64 mostAtOnce, QVector<Aggregate>* aggregates);
     bool walk(int series, qint64 from, qint64 to, const TakeSample& take);
     bool walkRun(const Run& run, const QVector<int>& series, const TimeRange& range,
                  const VisitChange& visit, bool* isEnough);
@@ -69,12 +96,14 @@ private:
     bool addBlocks(const QVector<Series>& all, LastSamples* last);
 
     SqliteDatabase m_database;
+    bool m_isInSnapshot = false;
+    std::optional<RecentSamples> m_recent; ///< In a snapshot, of the series that it is about.
 };
 
 bool Reader::Implementation::walk(int series, qint64 from, qint64 to, const TakeSample& take)
 {
     const std::optional<QVector<Run>> runs = loadRuns(&m_database);
-    return runs && walkSamples(&m_database, *runs, series, from, to, take);
+    return runs && walkSamples(&m_database, *runs, *m_recent, series, from, to, take);
 }
 
 std::optional<SeriesDescription> Reader::Implementation::description(int series)
@@ -89,43 +118,90 @@ std::optional<SeriesDescription> Reader::Implementation::description(int series)
     return SeriesDescription();
 }
 
-Expected<History> Reader::Implementation::changes(int series, qint64 from, qint64 to, qint64 most)
+Expected<History> Reader::Implementation::changes(int series, qint64 from, qint64 to, qint64 most,
+                                                  qint64 mostBytes)
 {
-    return inSnapshot<History>([&]() -> std::optional<History> {
+    return withRecent<History>({series}, [&]() -> std::optional<History> {
         Timeline<Sample> timeline(from, to, {from, Quality::Gap, {}});
+        qint64 bytes = 0;
+        const auto isTooMuch = [&] {
+            return timeline.elements().size() > most || bytes > mostBytes;
+        };
         const auto take = [&](const Sample& sample) {
             timeline.add(sample);
-            return timeline.elements().size() <= most;
+            bytes += sample.time >= from && sample.time < to ? sample.bytes.size() : 0;
+            return !isTooMuch();
         };
         if (!walk(series, from, to, take))
             return {};
         History history;
         history.before = timeline.before();
         history.samples = timeline.elements();
-        history.isCut = history.samples.size() > most;
+        history.isCut = isTooMuch();
         return history;
     });
 }
 
-Expected<QVector<Aggregate>> Reader::Implementation::aggregates(int series, qint64 from, qint64 to,
-                                                                qint64 step)
+std::optional<bool> Reader::Implementation::aggregate(const SeriesNumbers& numbers, int series,
+                                                      qint64 from, qint64 to, qint64 step,
+                                                      qint64 mostAtOnce,
+                                                      QVector<Aggregate>* aggregates)
 {
-    return inSnapshot<QVector<Aggregate>>([&]() -> std::optional<QVector<Aggregate>> {
+    Timeline<NumberSample> timeline(from, to, {from, 0, false});
+    const auto take = [&](const Sample& sample) {
+        const std::optional<double> number =
+            sample.quality == Quality::Good ? numbers.number(sample.bytes) : std::nullopt;
+        timeline.add({sample.time, number.value_or(0), number.has_value()});
+        return timeline.elements().size() <= mostAtOnce;
+    };
+    if (!walk(series, from, to, take))
+        return {};
+    if (timeline.elements().size() > mostAtOnce)
+        return false;
+    *aggregates += aggregatesOf(timeline.before(), timeline.elements(), from, to, step);
+    return true;
+}
+
+/// A part of the range at a time where all of it has too many changes.
+Expected<QVector<Aggregate>> Reader::Implementation::aggregates(int series, qint64 from, qint64 to,
+                                                                qint64 step, qint64 mostAtOnce)
+{
+    bool isTooMuch = false;
+    QVector<Aggregate> aggregates;
+    const Expected<bool> done = withRecent<bool>({series}, [&]() -> std::optional<bool> {
         const std::optional<SeriesDescription> described = description(series);
         if (!described)
             return {};
         const SeriesNumbers numbers(*described);
-        Timeline<NumberSample> timeline(from, to, {from, 0, false});
-        const auto take = [&](const Sample& sample) {
-            const std::optional<double> number =
-                sample.quality == Quality::Good ? numbers.number(sample.bytes) : std::nullopt;
-            timeline.add({sample.time, number.value_or(0), number.has_value()});
-            return true;
-        };
-        if (!walk(series, from, to, take))
-            return {};
-        return aggregatesOf(timeline.before(), timeline.elements(), from, to, step);
+        qint64 steps = (to - from - 1) / step + 1;
+        for (qint64 begin = from; begin < to && !isTooMuch;) {
+            const qint64 end = (to - begin) / step >= steps ? begin + steps * step : to;
+            const std::optional<bool> fits =
+                aggregate(numbers, series, begin, end, step, mostAtOnce, &aggregates);
+            if (!fits)
+                return {};
+            if (*fits)
+                begin = end;
+            else
+                isTooMuch = std::exchange(steps, (steps + 1) / 2) == 1;
+        }
+        return true;
     });
+    if (!done)
+        return done.error();
+    if (isTooMuch)
+        return Error{QStringLiteral("more than %1 changes in one step").arg(mostAtOnce)};
+    return aggregates;
+}
+
+Expected<void> Reader::Implementation::inOneState(const QVector<int>& series,
+                                                  const std::function<void()>& work)
+{
+    const Expected<bool> done = withRecent<bool>(series, [&]() -> std::optional<bool> {
+        work();
+        return true;
+    });
+    return done ? Expected<void>() : Expected<void>(done.error());
 }
 
 /// Samples of batches, the last of each series with its run; and how many there are in all.
@@ -273,7 +349,7 @@ Expected<QVector<Run>> Reader::runs()
 
 Expected<Sample> Reader::valueAt(int series, qint64 time)
 {
-    const Expected<History> history = m_implementation->changes(series, time, time + 1, kAll);
+    const Expected<History> history = m_implementation->changes(series, time, time + 1, kAll, kAll);
     if (!history)
         return history.error();
     return history->samples.isEmpty() ? history->before : history->samples.last();
@@ -284,14 +360,20 @@ Expected<QVector<Change>> Reader::lastValues()
     return m_implementation->lastValues();
 }
 
-Expected<History> Reader::changes(int series, qint64 from, qint64 to, qint64 most)
+Expected<History> Reader::changes(int series, qint64 from, qint64 to, qint64 most, qint64 mostBytes)
 {
-    return m_implementation->changes(series, from, to, most);
+    return m_implementation->changes(series, from, to, most, mostBytes);
 }
 
-Expected<QVector<Aggregate>> Reader::aggregates(int series, qint64 from, qint64 to, qint64 step)
+Expected<QVector<Aggregate>> Reader::aggregates(int series, qint64 from, qint64 to, qint64 step,
+                                                qint64 mostAtOnce)
 {
-    return m_implementation->aggregates(series, from, to, step);
+    return m_implementation->aggregates(series, from, to, step, mostAtOnce);
+}
+
+Expected<void> Reader::inOneState(const QVector<int>& series, const std::function<void()>& work)
+{
+    return m_implementation->inOneState(series, work);
 }
 
 Expected<void> Reader::forEachChange(const TimeRange& range,

@@ -42,6 +42,7 @@ struct TimeRange {
 class Reader {
 public:
     static constexpr qint64 kAll = std::numeric_limits<qint64>::max();
+    static constexpr qint64 kMostAtOnce = 1000000;
 
     static Expected<std::unique_ptr<Reader>> open(const QString& path);
     ~Reader();
@@ -59,12 +60,20 @@ public:
     /// series: its last sample, or a gap where its run is over.
     Expected<QVector<Change>> lastValues();
 
-    /// Every change in [from, to) exactly, unless they are more than `most`.
-    Expected<History> changes(int series, qint64 from, qint64 to, qint64 most = kAll);
+    /// Every change in [from, to) exactly, unless they are more than `most`, or their values have
+    /// more than `mostBytes`.
+    Expected<History> changes(int series, qint64 from, qint64 to, qint64 most = kAll,
+                              qint64 mostBytes = kAll);
 
     /// Aggregates of a series that isNumeric(), or has no type, in steps of `step` ms, which is
-    /// above 0.
-    Expected<QVector<Aggregate>> aggregates(int series, qint64 from, qint64 to, qint64 step);
+    /// above 0. An error where one step has more than `mostAtOnce` changes, as far as is seen
+    /// before what was recorded again is left out; so many are in memory.
+    Expected<QVector<Aggregate>> aggregates(int series, qint64 from, qint64 to, qint64 step,
+                                            qint64 mostAtOnce = kMostAtOnce);
+
+    /// All calls of `work`, which are about these series, see one state of the file, whose latest
+    /// changes are looked through once for all.
+    Expected<void> inOneState(const QVector<int>& series, const std::function<void()>& work);
 
     /// All that was recorded of these times, also what was recorded before the clock went back: run
     /// by run, in a run in the order of time, where each series keeps the order in which it was

@@ -205,6 +205,50 @@ TEST_F(RecorderTest, MoreChangesThanAskedForAreToldAndNotGiven)
     EXPECT_FALSE(read()->changes(a, 0, 3, 2)->isCut);
 }
 
+TEST_F(RecorderTest, MoreBytesThanAskedForAreToldAndNotGiven)
+{
+    const std::unique_ptr<Recorder> recorder = open(0);
+    const int a = recorder->series(ofType("P.a", "STRING"));
+    append(*recorder, {good(a, 1, "123"), good(a, 2, "45"), good(a, 3, "678")}, 3);
+    EXPECT_TRUE(read()->changes(a, 2, 4, 100, 4)->isCut);
+    EXPECT_FALSE(read()->changes(a, 2, 4, 100, 5)->isCut);
+}
+
+TEST_F(RecorderTest, AggregatesOfMoreThanMayBeInMemoryAreMadePartByPart)
+{
+    const std::unique_ptr<Recorder> recorder = open(0);
+    const int a = recorder->series(ofType("P.a", "SINT"));
+    QVector<Change> changes;
+    for (char i = 0; i < 8; ++i)
+        changes.append(good(a, i * 10, QByteArray(1, i)));
+    append(*recorder, changes, 80);
+    const Expected<QVector<Aggregate>> steps = read()->aggregates(a, 0, 80, 20, 2);
+    ASSERT_TRUE(succeeds(steps)) << error.toStdString();
+    ASSERT_EQ(4, steps->size());
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_DOUBLE_EQ(2 * i + 0.5, (*steps)[i].mean);
+        EXPECT_DOUBLE_EQ(1, (*steps)[i].coverage);
+    }
+    EXPECT_FALSE(succeeds(read()->aggregates(a, 0, 80, 40, 2)));
+    EXPECT_EQ("more than 2 changes in one step", error);
+}
+
+TEST_F(RecorderTest, CallsThatBelongTogetherSeeOneState)
+{
+    const std::unique_ptr<Recorder> recorder = open(0);
+    const int a = recorder->series(ofType("P.a", "INT"));
+    const int b = recorder->series(ofType("P.b", "INT"));
+    append(*recorder, {good(a, 1, "1"), good(b, 1, "1")}, 1);
+    const std::unique_ptr<Reader> reader = read();
+    const auto count = [&](int series) { return reader->changes(series, 0, 100)->samples.size(); };
+    ASSERT_TRUE(succeeds(reader->inOneState({a, b}, [&] {
+        EXPECT_EQ(2, count(a));
+        append(*recorder, {good(b, 2, "2")}, 2);
+        EXPECT_EQ(2, count(b));
+    })));
+    EXPECT_EQ(3, count(b));
+}
+
 TEST(Aggregates, AreWeightedByTime)
 {
     // 1 for 2 s, 4 for 3 s, then nothing.
