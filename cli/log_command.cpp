@@ -273,8 +273,9 @@ void LogCommand::collect(int row)
         record.state = log::LogState::Stale;
     else
         record.time -= values.age(row, now);
-    if (values.wasRead(row)) {
+    if (values.wasRead(row))
         record.bytes = values.bytes(row);
+    if (values.wasRead(row) && m_writer && m_writer->needsTexts()) {
         const QVector<values::Value> elements = host::decodeValues(point, record.bytes);
         record.value = host::pointText(point, elements);
         if (elements.size() == 1)

@@ -5,6 +5,7 @@
 #include "log/log_record.h"
 #include "log/recorder_log.h"
 #include "log/sqlite_log.h"
+#include "recorder/elements.h"
 #include "recorder/handover.h"
 #include "recorder/recording_file.h"
 #include "streams/file_replacement.h"
@@ -38,16 +39,14 @@ Expected<recorder::Handover> writeCsv(recorder::Reader* reader, const recorder::
     const Expected<QVector<recorder::Series>> all = reader->series();
     if (!all)
         return all.error();
-    QHash<int, recorder::SeriesDescription> series;
-    for (const recorder::Series& one : *all)
-        series.insert(one.id, one.description);
+    const QHash<int, recorder::SeriesDescription> series = recorder::seriesById(*all);
     recorder::Handover handover;
     take(values::csv::row(logColumns()).toUtf8() + '\n');
     const Expected<void> done = reader->forEachChange(range, [&](const recorder::Change& change) {
         const std::optional<LogState> state = stateOf(change.sample.quality);
         if (!state)
             return true;
-        const recorder::SeriesDescription& described = series[change.series];
+        const recorder::SeriesDescription described = series.value(change.series);
         ++handover.rows;
         return take(values::csv::row({values::utcTimeText(change.sample.time), described.label,
                                       recorder::seriesText(described, change.sample.bytes),

@@ -24,6 +24,7 @@ public:
         const QString& path, const QHash<QString, recorder::SeriesDescription>& series,
         const LogClock& clock, bool* isMediumFailing = nullptr);
 
+    bool needsTexts() const override { return false; }
     /// Also without records: the values are known to hold on.
     Expected<void> write(const QVector<LogRecord>& records) override;
 

@@ -63,17 +63,22 @@ QByteArray head(const SeriesDescription& series)
 
 class Lines {
 public:
-    explicit Lines(const QHash<int, SeriesDescription>& series) : m_series(series) {}
+    explicit Lines(const QVector<Series>& all) : m_series(seriesById(all))
+    {
+        for (const Series& series : all)
+            m_heads.insert(series.id, head(series.description));
+    }
 
     QByteArray of(const Change& change, qint64* rows)
     {
-        const SeriesDescription& series = m_series[change.series];
+        const SeriesDescription series = m_series.value(change.series);
+        const QByteArray head = m_heads.value(change.series);
         const QVector<values::Value> elements = knownElements(series, change.sample);
         const QByteArray quality = " quality=\"" + qualityWord(change.sample.quality) + '"';
         const QByteArray time = ' ' + QByteArray::number(timeOf(change)) + '\n';
         QByteArray lines;
         for (int i = 0; i < std::max(1, series.elements); ++i) {
-            lines += head(series);
+            lines += head;
             if (series.elements > 1)
                 lines += ",element=" + QByteArray::number(i);
             lines += quality;
@@ -97,7 +102,8 @@ private:
         return time;
     }
 
-    QHash<int, SeriesDescription> m_series;
+    const QHash<int, SeriesDescription> m_series;
+    QHash<int, QByteArray> m_heads;
     QHash<int, qint64> m_last;
 };
 
@@ -108,7 +114,7 @@ Expected<Handover> writeInfluxLines(Reader* reader, const TimeRange& range, cons
     const Expected<QVector<Series>> series = reader->series();
     if (!series)
         return series.error();
-    Lines lines(seriesById(*series));
+    Lines lines(*series);
     Handover handover;
     const Expected<void> done = reader->forEachChange(
         range, [&](const Change& change) { return take(lines.of(change, &handover.rows)); });

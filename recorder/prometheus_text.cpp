@@ -70,12 +70,22 @@ public:
 
     Expected<void> write(const QVector<Series>& all)
     {
+        QVector<int> ids;
+        for (const Series& series : all)
+            ids.append(series.id);
+        Expected<void> done;
+        const Expected<void> isRead = m_reader->inOneState(ids, [&] { done = writeAll(all); });
+        return isRead ? done : isRead;
+    }
+    const Handover& handover() const { return m_handover; }
+
+private:
+    Expected<void> writeAll(const QVector<Series>& all)
+    {
         m_take(head("plc_value", kValueMeaning));
         for (const Series& series : all) {
-            for (int i = 0; i < series.description.elements; ++i) {
-                if (const Expected<void> done = writeValues(series, i); !done)
-                    return done;
-            }
+            if (const Expected<void> done = writeValues(series); !done)
+                return done;
         }
         m_take(head("plc_good", kGoodMeaning));
         for (const Series& series : all) {
@@ -85,16 +95,20 @@ public:
         m_take("# EOF\n");
         return {};
     }
-    const Handover& handover() const { return m_handover; }
-
-private:
-    Expected<void> writeValues(const Series& series, int element)
+    /// Each element is a metric, whose samples stand together.
+    Expected<void> writeValues(const Series& series)
     {
         const Expected<History> history = m_reader->changes(series.id, m_range.from, m_range.to);
         if (!history)
             return history.error();
+        for (int i = 0; i < series.description.elements; ++i)
+            writeElement(series, i, *history);
+        return {};
+    }
+    void writeElement(const Series& series, int element, const History& history)
+    {
         const QByteArray name = sampleName("plc_value", series.description, element);
-        visitLastOfEachTime(history->samples, [&](const Sample& sample) {
+        visitLastOfEachTime(history.samples, [&](const Sample& sample) {
             const QVector<values::Value> known = knownElements(series.description, sample);
             if (element >= known.size())
                 return true;
@@ -104,7 +118,6 @@ private:
             }
             return writeRow(name, sample.time, valueText(known[element]));
         });
-        return {};
     }
     Expected<void> writeGood(const Series& series)
     {
