@@ -10,6 +10,8 @@
 #include <cstring>
 #include <thread>
 
+#include "values/steady_time.h"
+
 namespace plc::gateway {
 namespace {
 
@@ -19,12 +21,6 @@ constexpr int kLoopTime = 100;         // ms, after which the end of a connectio
 constexpr int kMostWaitingMessages = 1000;
 constexpr qint64 kMostWaitingBytes = qint64(8) * 1024 * 1024;
 constexpr int kRefusedSubscription = 0x80;
-
-qint64 steadyTime()
-{
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
-}
 
 void initialiseOnce()
 {
@@ -196,7 +192,7 @@ QString MosquittoConnection::prepareTls()
 /// Serves the connection until it ends. Returns why it did.
 QString MosquittoConnection::converse()
 {
-    m_startedAt = steadyTime();
+    m_startedAt = values::steadyTime();
     int code = mosquitto_connect_async(m_handle, m_settings.host.toUtf8().constData(),
                                        m_settings.port, m_keepAlive);
     while (code == MOSQ_ERR_SUCCESS && m_lostReason.isEmpty()) {
@@ -204,7 +200,7 @@ QString MosquittoConnection::converse()
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (m_end == End::Drop)
             return m_endReason;
-        if (m_end == End::Close && steadyTime() - m_endWantedAt > kCloseTimeout)
+        if (m_end == End::Close && values::steadyTime() - m_endWantedAt > kCloseTimeout)
             return QStringLiteral("closed before everything was sent");
         if (m_end == End::None && isOverdue())
             return QStringLiteral("no answer within %1 s").arg(kConnectTimeout / 1000);
@@ -224,7 +220,7 @@ QString MosquittoConnection::converse()
 
 bool MosquittoConnection::isOverdue() const
 {
-    return !m_isConnected && steadyTime() - m_startedAt > kConnectTimeout;
+    return !m_isConnected && values::steadyTime() - m_startedAt > kConnectTimeout;
 }
 
 void MosquittoConnection::loseWith(const QString& reason)
@@ -359,7 +355,7 @@ void MosquittoConnection::close()
         if (m_end != End::None || m_hasEnded)
             return;
         m_end = End::Close;
-        m_endWantedAt = steadyTime();
+        m_endWantedAt = values::steadyTime();
     }
     const std::lock_guard<std::mutex> lock(m_handleMutex);
     if (!m_handle)

@@ -1,7 +1,6 @@
 #include "panel/access/access.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 #include "panel/access/request_token.h"
@@ -19,12 +18,6 @@ QByteArray hashOfNobody()
 }
 
 } // namespace
-
-qint64 Access::steadyTime()
-{
-    const auto time = std::chrono::steady_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
-}
 
 Expected<std::unique_ptr<Access>> Access::open(const AccessSettings& settings, Clock clock)
 {

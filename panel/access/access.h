@@ -11,6 +11,7 @@
 #include "panel/access/password_hash.h"
 #include "panel/access/sessions.h"
 #include "panel/access/users_file.h"
+#include "values/steady_time.h"
 
 namespace plc::panel {
 
@@ -39,11 +40,9 @@ class Access {
 public:
     using Clock = std::function<qint64()>; ///< ms; never goes back.
 
-    /// The system's.
-    static qint64 steadyTime();
     /// An error when the file of users cannot be read.
     static Expected<std::unique_ptr<Access>> open(const AccessSettings& settings,
-                                                  Clock clock = &steadyTime);
+                                                  Clock clock = &values::steadyTime);
     Access(const Access&) = delete;
     Access& operator=(const Access&) = delete;
 

@@ -2,19 +2,13 @@
 
 #include <sys/socket.h>
 
-#include <chrono>
 #include <utility>
 
 #include "panel/http/exchange.h"
+#include "values/steady_time.h"
 
 namespace plc::panel {
 namespace {
-
-qint64 now()
-{
-    const auto time = std::chrono::steady_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
-}
 
 ConnectionLimits limitsOf(const ServerSettings& settings)
 {
@@ -54,7 +48,7 @@ bool ServerCore::admit(const QString& address)
 void ServerCore::add(const std::shared_ptr<Connection>& connection)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    connection->id = m_table.add(connection->address, now());
+    connection->id = m_table.add(connection->address, values::steadyTime());
     m_connections[connection->id] = connection;
     if (m_isEnding)
         connection->suspension->end();
@@ -70,7 +64,7 @@ void ServerCore::remove(const Connection& connection)
 void ServerCore::enter(const Connection& connection, Phase phase)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_table.enter(connection.id, phase, now());
+    m_table.enter(connection.id, phase, values::steadyTime());
 }
 
 void ServerCore::setExchange(Connection* connection, const std::shared_ptr<Exchange>& exchange)
@@ -84,7 +78,7 @@ void ServerCore::endOverdue()
     std::vector<std::shared_ptr<Exchange>> unanswered;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        for (const ConnectionTable::Id id : m_table.endOverdue(now()))
+        for (const ConnectionTable::Id id : m_table.endOverdue(values::steadyTime()))
             unanswered.push_back(m_connections[id]->exchange.lock());
     }
     for (const std::shared_ptr<Exchange>& exchange : unanswered) {
