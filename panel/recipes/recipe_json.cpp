@@ -2,8 +2,9 @@
 
 #include <QtCore/QSet>
 
+#include <algorithm>
 #include <cmath>
-#include <limits>
+#include <optional>
 
 #include "project/json_document.h"
 #include "project/json_node.h"
@@ -29,15 +30,30 @@ QString elementText(const values::IecType& type, const Value& value)
     return text;
 }
 
+/// The bits of a NaN of the type, all of its digits.
+std::optional<Value> nanOfBits(const values::IecType& type, const QString& digits)
+{
+    const bool isHexadecimal = std::all_of(digits.begin(), digits.end(), [](QChar digit) {
+        return (digit >= QLatin1Char('0') && digit <= QLatin1Char('9')) ||
+               (digit >= QLatin1Char('A') && digit <= QLatin1Char('F'));
+    });
+    if (!isHexadecimal || digits.size() != 2 * type.size)
+        return {};
+    const Value value = values::valueOfBits(type, digits.toULongLong(nullptr, 16));
+    const float* const real = std::get_if<float>(&value);
+    const bool isNan = real ? std::isnan(*real) : std::isnan(std::get<double>(value));
+    return isNan ? std::optional(value) : std::nullopt;
+}
+
 Expected<Value> parseElement(const RecipeType& type, const QString& text)
 {
     if (type.type->format != values::ValueFormat::Real || !text.startsWith(kUnusualNan))
         return values::parseValue(*type.type, type.stringLength, text);
-    bool isNumber = false;
-    const quint64 bits = text.mid(kUnusualNan.size()).toULongLong(&isNumber, 16);
-    if (!isNumber)
-        return Error{QStringLiteral("expected the bits of a NaN")};
-    return values::valueOfBits(*type.type, bits);
+    const std::optional<Value> nan = nanOfBits(*type.type, text.mid(kUnusualNan.size()));
+    if (!nan)
+        return Error{QStringLiteral("expected the %1 digits of a NaN, 0-9 and A-F")
+                         .arg(2 * type.type->size)};
+    return *nan;
 }
 
 QString entryJson(const RecipeEntry& entry)

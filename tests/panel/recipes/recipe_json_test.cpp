@@ -104,6 +104,30 @@ TEST(RecipeJson, KeepsEveryBitOfEachType)
     }
 }
 
+/// The bits of the only value of a recipe that says so; 0 when it is refused.
+quint64 bitsOf(const char* type, const char* text)
+{
+    const Expected<Recipe> recipe = parseRecipe(
+        QByteArray(R"({"recipe":1,"name":"a","plc":"p","savedAt":1,"savedBy":"","values":)") +
+            R"([{"label":"x","type":")" + type + R"(","values":[")" + text + R"("]}]})",
+        kFile);
+    return recipe ? values::valueBits(recipe->entries[0].content.values[0]) : 0;
+}
+
+TEST(RecipeJson, ANanKeepsItsBitsAndNothingElseIsGivenAsBits)
+{
+    EXPECT_EQ(0x7fc00001U, bitsOf("REAL", "NAN 16#7FC00001"));
+    EXPECT_EQ(0xff800001U, bitsOf("REAL", "NAN 16#FF800001")) << "which signals";
+    EXPECT_EQ(0x7ff0000000000001U, bitsOf("LREAL", "NAN 16#7FF0000000000001"));
+    for (const char* const other :
+         {"NAN 16#3F800000", "NAN 16#7F800000", "NAN 16#17FC00001", "NAN 16#7FC0001", "NAN 16#",
+          "NAN 16#+FC00001", "NAN 16# 7FC0001", "NAN 16#7fc00001", "NAN 16#7FF8000000000001"})
+        EXPECT_EQ(0U, bitsOf("REAL", other)) << other;
+    for (const char* const other : {"NAN 16#7FC00001", "NAN 16#7FF0000000000000"})
+        EXPECT_EQ(0U, bitsOf("LREAL", other)) << other;
+    EXPECT_EQ(0U, bitsOf("DWORD", "NAN 16#7FC00001"));
+}
+
 TEST(RecipeJson, WhatIsWrongIsNamedWithItsPlace)
 {
     EXPECT_NE("", errorOf("{"));

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/panel/recipes/model_plc.h"
+#include "values/value_bits.h"
 
 namespace plc::panel {
 namespace {
@@ -52,6 +53,22 @@ protected:
     std::shared_ptr<ModelPlc> plc = std::make_shared<ModelPlc>();
     std::optional<RestoreReport> report;
 };
+
+TEST_F(RecipeRestoreTest, ANanIsRestoredBitByBit)
+{
+    const auto nan = [](quint64 bits) {
+        return content("REAL", {values::valueOfBits(*test::typeOf("REAL").type, bits)});
+    };
+    Recipe recipe = letters(0);
+    recipe.entries = {{QStringLiteral("a"), nan(0x7fc00001)},
+                      {QStringLiteral("b"), nan(0xff800001)}};
+    plc->values[QStringLiteral("a")] = nan(0x7fc00002);
+    plc->values[QStringLiteral("b")] = nan(0xff800001);
+    restore(recipe);
+    EXPECT_EQ("1 written, 1 equal, 0 not, 0 unknown", counts());
+    EXPECT_EQ(true, report->values[0].isVerified);
+    EXPECT_EQ(0x7fc00001U, values::valueBits(plc->values[QStringLiteral("a")].values[0]));
+}
 
 TEST_F(RecipeRestoreTest, WritesOnlyWhatDiffersOneAfterTheOtherAndReadsItBack)
 {
