@@ -17,9 +17,11 @@ using TakeSample = std::function<bool(const Sample&)>;
 
 /// Walks through the samples of one series in the order in which they were recorded, with gaps
 /// where runs begin and end: those from `from` on and before `to`, and the one before them. Others
-/// may be among them. Returns false after a failure of the database.
-bool walkSamples(database::SqliteDatabase* database, const QVector<Run>& runs, int series,
-                 qint64 from, qint64 to, const TakeSample& take);
+/// may be among them. `recent` has what the batches have of the series. Returns false after a
+/// failure of the database.
+bool walkSamples(database::SqliteDatabase* database, const QVector<Run>& runs,
+                 const RecentSamples& recent, int series, qint64 from, qint64 to,
+                 const TakeSample& take);
 
 } // namespace plc::recorder
 

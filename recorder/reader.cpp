@@ -189,9 +189,7 @@ Expected<QVector<Aggregate>> Reader::Implementation::aggregates(int series, qint
     });
     if (!done)
         return done.error();
-    if (isTooMuch)
-        return Error{QStringLiteral("more than %1 changes in one step").arg(mostAtOnce)};
-    return aggregates;
+    return isTooMuch ? QVector<Aggregate>() : aggregates;
 }
 
 Expected<void> Reader::Implementation::inOneState(const QVector<int>& series,

@@ -66,8 +66,8 @@ public:
                               qint64 mostBytes = kAll);
 
     /// Aggregates of a series that isNumeric(), or has no type, in steps of `step` ms, which is
-    /// above 0. An error where one step has more than `mostAtOnce` changes, as far as is seen
-    /// before what was recorded again is left out; so many are in memory.
+    /// above 0. None where one step has more than `mostAtOnce` changes, as far as is seen before
+    /// what was recorded again is left out; so many are in memory.
     Expected<QVector<Aggregate>> aggregates(int series, qint64 from, qint64 to, qint64 step,
                                             qint64 mostAtOnce = kMostAtOnce);
 

@@ -1,17 +1,21 @@
 // Bytes a change on the disk, and how long a day takes to open, of a recording and of a log of
 // version 1.0 with the same values:
 //
-//     bench_recorder FOLDER [VALUES [SECONDS]]
+//     bench_recorder FOLDER [VALUES [SECONDS [READERS]]]
 //
 // VALUES (1,000) REAL values change each second, for SECONDS (86,400) in the recording and for a
-// hundredth of them in the log, which is written one change a row. Needs some 2 GB in FOLDER.
+// hundredth of them in the log, which is written one change a row. READERS (4) read at
+// once, as in the panel. Needs some 2 GB in FOLDER.
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFileInfo>
 
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <random>
+#include <thread>
+#include <vector>
 
 #include "log/sqlite_log.h"
 #include "recorder/reader.h"
@@ -120,24 +124,29 @@ int logAsBefore(const QString& file, int values, qint64 seconds)
     return 0;
 }
 
-int open(const QString& file, int values, qint64 seconds)
+/// One after the other with one reader, at once with several.
+int open(const QString& file, int values, qint64 seconds, int readers)
 {
     QElapsedTimer clock;
     clock.start();
-    const auto reader = recorder::Reader::open(file);
-    if (!reader)
-        return fail(reader.error().text);
-    int points = 0;
-    for (int i = 0; i < kShown; ++i) {
-        const auto aggregates = (*reader)->aggregates(
-            1 + i * values / kShown, kStart, kStart + seconds * 1000, seconds * 1000 / kPoints);
-        if (!aggregates)
-            return fail(aggregates.error().text);
-        points += int(aggregates->size());
-    }
-    std::printf("opened: %d values, %d points in all, in %lld ms\n", kShown, points,
-                clock.elapsed());
-    return 0;
+    std::atomic<int> next{0};
+    std::atomic<int> points{0};
+    std::vector<std::thread> threads;
+    const auto read = [&] {
+        const auto reader = recorder::Reader::open(file);
+        for (int i = next++; reader && i < kShown; i = next++) {
+            const auto aggregates = (*reader)->aggregates(
+                1 + i * values / kShown, kStart, kStart + seconds * 1000, seconds * 1000 / kPoints);
+            points += aggregates ? int(aggregates->size()) : 0;
+        }
+    };
+    for (int i = 0; i < readers; ++i)
+        threads.emplace_back(read);
+    for (std::thread& thread : threads)
+        thread.join();
+    std::printf("opened: %d values, %d points in all, by %d readers, in %lld ms\n", kShown,
+                points.load(), readers, clock.elapsed());
+    return points == kShown * kPoints ? 0 : fail(QStringLiteral("not all points were read"));
 }
 
 } // namespace
@@ -146,7 +155,8 @@ int open(const QString& file, int values, qint64 seconds)
 int main(int count, char** arguments)
 {
     if (count < 2)
-        return plc::fail(QStringLiteral("usage: bench_recorder FOLDER [VALUES [SECONDS]]"));
+        return plc::fail(
+            QStringLiteral("usage: bench_recorder FOLDER [VALUES [SECONDS [READERS]]]"));
     const QString folder = QString::fromLocal8Bit(arguments[1]);
     const int values = count > 2 ? std::atoi(arguments[2]) : 1000;
     const qint64 seconds = count > 3 ? std::atoi(arguments[3]) : 86400;
@@ -157,5 +167,6 @@ int main(int count, char** arguments)
         failed = plc::record(recording, values, seconds) ||
                  plc::logAsBefore(folder + QStringLiteral("/log.sqlite"), values, seconds / 100);
     }
-    return failed || plc::open(recording, values, seconds);
+    const int readers = count > 4 ? std::atoi(arguments[4]) : 4;
+    return failed || plc::open(recording, values, seconds, readers);
 }

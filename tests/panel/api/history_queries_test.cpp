@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <cstring>
 #include <future>
 
@@ -44,10 +45,17 @@ protected:
     Response ask(void (HistoryQueries::*query)(const HistoryQuestion&, const Responder&),
                  const HistoryQuestion& question)
     {
-        HistoryQueries queries(file);
+        HistoryQueries queries(file, limits);
         std::promise<Response> promise;
         (queries.*query)(question, [&](const Response& response) { promise.set_value(response); });
         return promise.get_future().get();
+    }
+    std::string refusal(void (HistoryQueries::*query)(const HistoryQuestion&, const Responder&),
+                        const HistoryQuestion& question)
+    {
+        const Response response = ask(query, question);
+        EXPECT_EQ(400, response.status);
+        return response.body.toStdString();
     }
     std::string series(const HistoryQuestion& question)
     {
@@ -56,7 +64,105 @@ protected:
 
     static constexpr qint64 kEnd = 3000;
     const QString file = path("a.sqlite");
+    HistoryLimits limits;
 };
+
+TEST_F(HistoryQueriesTest, ChangesBeginWithWhatHeldBefore)
+{
+    record("T.level", "INT", {good(0, qint16(1)), {1000, recorder::Quality::Bad, {}}});
+    HistoryQuestion later = question({QStringLiteral("T.level"), QStringLiteral("T.other")});
+    later.from = 500;
+    const Response response = ask(&HistoryQueries::readSeries, later);
+    EXPECT_EQ(200, response.status);
+    EXPECT_EQ(R"({"from":500,"to":3000,"series":[)"
+              R"({"plc":"press","label":"T.level","type":"INT","unit":"","kind":"changes",)"
+              R"("times":[500,1000],"values":[1,null],"qualities":["g","b"]},)"
+              R"({"plc":"press","label":"T.other","type":"","unit":"","kind":"changes",)"
+              R"("times":[500],"values":[null],"qualities":["-"]}]})"
+              "\n",
+              response.body.toStdString());
+}
+
+TEST_F(HistoryQueriesTest, CsvHasEachChange)
+{
+    record("T.level", "INT", {good(0, qint16(1)), good(1000, qint16(2))});
+    EXPECT_EQ(
+        "time,plc,label,value,unit,quality\r\n"
+        "500,press,T.level,1,,good\r\n"
+        "1000,press,T.level,2,,good\r\n",
+        ask(&HistoryQueries::readCsv,
+            {QStringLiteral("press"), {QStringLiteral("T.level")}, 500, kEnd, 1})
+            .body.toStdString());
+}
+
+TEST_F(HistoryQueriesTest, AnAnswerHasNoMoreBytesThanItMay)
+{
+    record("T.level", "INT", {good(0, qint16(1)), good(1000, qint16(2))});
+    const HistoryQuestion both = question({QStringLiteral("T.level"), QStringLiteral("T.level")});
+    const int size = int(series(both).size());
+    limits.bytes = size - 3; // without what closes it
+    EXPECT_EQ(size, int(series(both).size()));
+    limits.bytes = size - 4;
+    EXPECT_THAT(refusal(&HistoryQueries::readSeries, both),
+                testing::HasSubstr("the answer has more than"));
+    limits.bytes = 100;
+    EXPECT_THAT(refusal(&HistoryQueries::readCsv, both),
+                testing::HasSubstr("the answer has more than 100 bytes; ask for fewer labels"));
+}
+
+TEST_F(HistoryQueriesTest, LongTextsAreNotEvenRead)
+{
+    const recorder::Sample text{0, recorder::Quality::Good, QByteArray(5000, 'x')};
+    recorder::Sample other = text;
+    other.time = 1000;
+    record("T.text", "STRING", {text, other});
+    const HistoryQuestion one = question({QStringLiteral("T.text")});
+    EXPECT_EQ(200, ask(&HistoryQueries::readSeries, one).status);
+    limits.bytes = 10000;
+    EXPECT_THAT(refusal(&HistoryQueries::readSeries, one),
+                testing::HasSubstr("T.text has more than 100000 changes or 99"));
+    EXPECT_THAT(refusal(&HistoryQueries::readCsv, one),
+                testing::HasSubstr("more than 500000 changes or 10000 bytes; ask for less time"));
+}
+
+TEST_F(HistoryQueriesTest, MoreChangesThanAnAnswerMayHaveAreRefused)
+{
+    record("T.on", "BOOL", {good(0, true), good(1000, false), good(2000, true)});
+    limits.rows = 2;
+    EXPECT_THAT(refusal(&HistoryQueries::readCsv, question({QStringLiteral("T.on")})),
+                testing::HasSubstr("more than 2 changes"));
+    limits.atOnce = 2;
+    EXPECT_THAT(refusal(&HistoryQueries::readSeries, question({QStringLiteral("T.on")}, 1)),
+                testing::HasSubstr("T.on has more than 2 changes a point; ask for less time"));
+}
+
+TEST_F(HistoryQueriesTest, WhatCannotBeReadIsToldSo)
+{
+    EXPECT_EQ(503, ask(&HistoryQueries::readSeries, question({QStringLiteral("x")})).status);
+}
+
+TEST_F(HistoryQueriesTest, MoreQuestionsThanMayWaitAreRefusedAtOnce)
+{
+    std::promise<void> goOn;
+    const std::shared_future<void> mayGoOn = goOn.get_future().share();
+    std::atomic<int> refused{0};
+    std::atomic<int> answered{0};
+    {
+        HistoryQueries queries(file);
+        const auto count = [&](const Response& response) {
+            ++(response.status == 503 ? refused : answered);
+        };
+        for (int i = 0; i < HistoryQueries::kMostWaiting + 2; ++i) {
+            queries.submit(count, [mayGoOn] {
+                mayGoOn.wait();
+                return Response::nothing();
+            });
+        }
+        EXPECT_EQ(2, refused);
+        goOn.set_value();
+    }
+    EXPECT_EQ(HistoryQueries::kMostWaiting, answered);
+}
 
 TEST_F(HistoryQueriesTest, AggregatesKeepAllDigits)
 {

@@ -1,0 +1,41 @@
+#ifndef PLC_PANEL_API_HISTORY_ANSWER_H
+#define PLC_PANEL_API_HISTORY_ANSWER_H
+
+#include <QtCore/QStringList>
+
+#include "panel/http/response.h"
+#include "recorder/reader.h"
+
+namespace plc::panel {
+
+/// What is asked of the past of one PLC.
+struct HistoryQuestion {
+    QString plc;
+    QStringList labels;
+    qint64 from = 0; ///< Milliseconds since 1970-01-01T00:00:00Z; to: behind the last.
+    qint64 to = 0;
+    int points = 0; ///< Of each series at most.
+};
+
+/// How much one answer may have; it is in memory as a whole.
+struct HistoryLimits {
+    qint64 bytes = 32 * 1000 * 1000;
+    qint64 changes = 100000;                       ///< Of a series of which no aggregates are made.
+    qint64 rows = 500000;                          ///< Of a CSV.
+    qint64 atOnce = recorder::Reader::kMostAtOnce; ///< Changes of one step.
+};
+
+/// {"from","to","series":[…]}
+Response seriesAnswer(recorder::Reader* reader, const HistoryQuestion& question,
+                      const HistoryLimits& limits);
+
+/// Every change exactly, as CSV.
+Response csvAnswer(recorder::Reader* reader, const HistoryQuestion& question,
+                   const HistoryLimits& limits);
+
+/// What is told where the recording cannot be read.
+Response historyFailure(const Error& error);
+
+} // namespace plc::panel
+
+#endif
