@@ -2,6 +2,7 @@
 
 import { html, useEffect } from "./html.js";
 import { AlarmsView } from "./views/alarms_view.js";
+import { AxesDialog } from "./views/axes_dialog.js";
 import { ConfirmDialog } from "./views/confirm_dialog.js";
 import { Header } from "./views/header.js";
 import { HelpDialog } from "./views/help_dialog.js";
@@ -29,6 +30,7 @@ export function App({ panel }) {
     ${panel.dialog?.name === "write" && html`<${WriteDialog} key=${panel.dialog.process.id} panel=${panel} dialog=${panel.dialog} />`}
     ${panel.dialog?.name === "confirm" && html`<${ConfirmDialog} panel=${panel} dialog=${panel.dialog} />`}
     ${panel.dialog?.name === "recipe" && html`<${SaveRecipeDialog} panel=${panel} dialog=${panel.dialog} />`}
+    ${panel.dialog?.name === "axes" && html`<${AxesDialog} panel=${panel} />`}
     ${panel.dialog?.name === "help" && html`<${HelpDialog} panel=${panel} />`}
   `;
 }

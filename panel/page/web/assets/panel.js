@@ -4,6 +4,7 @@ import { carryOut } from "./server/writes.js";
 import { Live } from "./server/live.js";
 import { ask, currentRun, get, meetRun, query, send } from "./server/api.js";
 import { changeText } from "./state/change_text.js";
+import { keepLimits, keptLimits } from "./state/axis_limits.js";
 import { keep, kept } from "./state/stored.js";
 import { Model } from "./state/model.js";
 import { keyOf } from "./state/rows.js";
@@ -23,6 +24,7 @@ export class Panel {
     this.live = new Live(this.model, () => this.#askSession());
     this.view = readAddress(location.hash || kept("view") || "");
     this.recipes = new RecipeDesk(this);
+    this.axes = keptLimits(); // of the trend
     this.dialog = null; // {name, …}
     this.notice = null; // a sentence for whoever looks, or listens
     this.needsLogin = false;
@@ -84,6 +86,12 @@ export class Panel {
       this.show({ series: [...this.view.series, { plc, label }] });
       this.tell(`${label} is in the trend.`);
     }
+  }
+
+  limitAxes(limits) {
+    this.axes = limits;
+    keepLimits(limits);
+    this.changed();
   }
 
   open(dialog) {

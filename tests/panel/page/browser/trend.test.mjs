@@ -100,6 +100,32 @@ test("a value on the right axis is drawn by the range of that axis", async () =>
   await page.end();
 });
 
+test("an axis has the range that was given, tells what is beyond it, and keeps it", async () => {
+  const page = await openPage(server.address, { hash: drawn("Plant.interlock") });
+  const isAt = (row) => until(async () => (await inkOf(page)).rows.some((one) => one === row || one === row - 1), `the line is at ${row}`);
+  const limit = async (lowest, highest) => {
+    await page.click("button:has-text('Axes')");
+    await page.fill("input[name=left-lowest]", lowest);
+    await page.fill("input[name=left-highest]", highest);
+    await page.click("dialog button[type=submit]");
+  };
+  await isAt(50);
+  await limit("9", "3");
+  await shows(page.locator("dialog .error"), "Left axis: The lowest has to be less than the highest.");
+  await page.keyboard.press("Escape");
+  // 7 of 0 to 10.
+  await limit("0", "10");
+  await isAt(30);
+  await page.reload();
+  await isAt(30);
+  await limit("0", "5");
+  await shows(page.locator(".plot-beyond"), "Beyond the axes that were set: line 1");
+  await limit("", "");
+  await isAt(50);
+  assert.equal(await page.locator(".plot-beyond").count(), 0);
+  await page.end();
+});
+
 test("eight values at most, on two axes", async () => {
   const labels = ["tank[1].level", "tank[2].level", "tank[3].level", "tank[1].volume", "tank[2].volume", "tank[3].volume", "mode", "lineSpeed"];
   const page = await openPage(server.address, { hash: drawn(...labels.map((label) => `Plant.${label}`)) });

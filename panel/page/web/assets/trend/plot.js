@@ -2,7 +2,8 @@
 // holds until the next one.
 
 import uPlot from "../lib/uplot.js";
-import { axisRange } from "./axis_range.js";
+import { AXES, isSet } from "../state/axis_limits.js";
+import { axisRange, beyondRange } from "./axis_range.js";
 import { drawLines } from "./plot_lines.js";
 import { timeTexts } from "./time_axis.js";
 
@@ -13,6 +14,7 @@ export class Plot {
   constructor(element, { onCursor }) {
     this.element = element;
     this.curves = [];
+    this.beyond = [];
     this.window = { from: 0, to: 1 };
     this.heardUntil = -Infinity;
     this.onCursor = onCursor;
@@ -38,10 +40,14 @@ export class Plot {
     this.plot.setSize(this.#size());
   }
 
-  draw(curves, window, heardUntil) {
+  // limits: of each axis; see state/axis_limits.js. Afterwards `beyond` has the curves of which something
+  // is outside of them.
+  draw(curves, window, heardUntil, limits) {
     Object.assign(this, { curves, window, heardUntil });
     const { from, to } = window;
     const on = (axis) => curves.filter((curve) => curve.axis === axis);
+    const ranges = Object.fromEntries(AXES.map((axis) => [axis, axisRange(on(axis), from, to, limits[axis])]));
+    this.beyond = AXES.flatMap((axis) => (isSet(limits[axis]) ? beyondRange(on(axis), from, to, ranges[axis]) : []));
     const showsRight = on("right").length > 0;
     if (this.showsRight !== showsRight) {
       this.showsRight = showsRight;
@@ -49,8 +55,7 @@ export class Plot {
     }
     this.plot.batch(() => {
       this.plot.setScale("x", { min: from, max: to });
-      this.plot.setScale("left", axisRange(on("left"), from, to));
-      this.plot.setScale("right", axisRange(on("right"), from, to));
+      for (const axis of AXES) this.plot.setScale(axis, ranges[axis]);
     });
   }
 

@@ -51,8 +51,16 @@ export function TrendPlot({ panel, curves, plot, window, cursor, onChange, onCur
   return html`<div class="plot-frame">
     <div class="plot" ref=${element} tabindex="0" role="application" aria-label="Plot. Arrows move the cursor, plus and minus zoom, shift and arrows pan, End is live."></div>
     ${view.series.length === 0 && html`<p class="empty plot-empty">Choose up to eight values in the tree, or press <kbd>t</kbd> at a row of the table.</p>`}
+    <${Beyond} curves=${curves} plot=${plot.current} />
     ${curves.error && html`<p class="plot-error" role="status">${curves.error}</p>`}
   </div>`;
+}
+
+// What given axes cut off must not look as if it were not there.
+function Beyond({ curves, plot }) {
+  const numbers = curves.all.flatMap((curve, i) => (plot?.beyond.includes(curve) ? [i + 1] : []));
+  if (numbers.length === 0) return null;
+  return html`<p class="plot-beyond" role="status">Beyond the axes that were set: line ${numbers.join(", ")}</p>`;
 }
 
 function load(curves, window) {
@@ -71,12 +79,12 @@ function keepDrawn(panel, curves, plot, window) {
     const last = plot.drawn;
     const pixels = last ? ((to - last.to) / (to - from)) * plot.width : Infinity;
     const moved = !last || Math.abs(pixels) >= 1 || Math.abs(to - from - (last.to - last.from)) > 1;
-    const news = !last || last.version !== curves.version || last.heard !== panel.model.clock.heardUntil || last.size !== plot.plot.width;
+    const news = !last || last.version !== curves.version || last.heard !== panel.model.clock.heardUntil || last.axes !== panel.axes || last.size !== plot.plot.width;
     if (!moved && !news) return;
     if (calm.matches && last && panel.view.range === null && performance.now() - last.at < CALM_INTERVAL) return;
     curves.describe();
-    plot.draw(curves.all, { from, to }, panel.model.clock.heardUntil);
-    plot.drawn = { from, to, version: curves.version, heard: panel.model.clock.heardUntil, size: plot.plot.width, at: performance.now() };
+    plot.draw(curves.all, { from, to }, panel.model.clock.heardUntil, panel.axes);
+    plot.drawn = { from, to, version: curves.version, heard: panel.model.clock.heardUntil, axes: panel.axes, size: plot.plot.width, at: performance.now() };
   });
   return () => cancelAnimationFrame(frame);
 }

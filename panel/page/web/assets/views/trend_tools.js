@@ -1,5 +1,6 @@
 // Above the plot: the span of time, live or back in time, zoom, export.
 
+import { AXES, isSet } from "../state/axis_limits.js";
 import { csvOf, download, pngOf } from "../trend/export.js";
 import { html } from "../html.js";
 import { pan, spanChoices, zoom } from "../trend/time_window.js";
@@ -30,6 +31,7 @@ export function TrendTools({ panel, curves, plot, window, onChange }) {
       <button type="button" aria-label="Wider" onClick=${around(2)}>−</button>
       <button type="button" aria-label="Narrower" onClick=${around(0.5)}>+</button>
     </span>
+    <button type="button" aria-pressed=${String(AXES.some((axis) => isSet(panel.axes[axis])))} onClick=${() => panel.open({ name: "axes" })}>Axes …</button>
     <span class="note count">${view.range ? `${timeText(from)} to ${timeText(to)}` : "up to now"}</span>
     <${Exports} panel=${panel} curves=${curves} plot=${plot} window=${window} />
   </div>`;
