@@ -2,6 +2,7 @@
 
 import { html, useEffect } from "./html.js";
 import { AlarmsView } from "./views/alarms_view.js";
+import { AuditView } from "./views/audit_view.js";
 import { AxesDialog } from "./views/axes_dialog.js";
 import { ConfirmDialog } from "./views/confirm_dialog.js";
 import { Header } from "./views/header.js";
@@ -15,7 +16,7 @@ import { TrendView } from "./views/trend_view.js";
 import { ValuesView } from "./views/values_view.js";
 import { WriteDialog } from "./views/write_dialog.js";
 
-const VIEWS = { values: ValuesView, trend: TrendView, alarms: AlarmsView, recipes: RecipesView };
+const VIEWS = { values: ValuesView, trend: TrendView, alarms: AlarmsView, recipes: RecipesView, audit: AuditView };
 
 export function App({ panel }) {
   useEffect(() => listenForKeys(panel), []);

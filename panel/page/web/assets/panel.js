@@ -1,5 +1,6 @@
 // What the views show and what can be done in them: the page without its looks.
 
+import { AuditSign } from "./server/audit_sign.js";
 import { carryOut } from "./server/writes.js";
 import { Live } from "./server/live.js";
 import { ask, currentRun, get, meetRun, query, send } from "./server/api.js";
@@ -11,7 +12,7 @@ import { keyOf } from "./state/rows.js";
 import { readClocks } from "./state/server_clock.js";
 import { outcomeText } from "./state/write_process.js";
 import { RecipeDesk } from "./recipe_desk.js";
-import { readAddress, SERIES_LIMIT, writeAddress } from "./state/view_address.js";
+import { readAddress, SERIES_LIMIT, VIEWS, writeAddress } from "./state/view_address.js";
 
 const KEEP_DELAY = 250; // ms
 export const VALUES_LIMIT = 2000; // that are put into the table at a time
@@ -24,6 +25,7 @@ export class Panel {
     this.live = new Live(this.model, () => this.#askSession());
     this.view = readAddress(location.hash || kept("view") || "");
     this.recipes = new RecipeDesk(this);
+    this.audit = new AuditSign(changed);
     this.axes = keptLimits(); // of the trend
     this.dialog = null; // {name, …}
     this.notice = null; // a sentence for whoever looks, or listens
@@ -46,6 +48,11 @@ export class Panel {
   }
 
   // Views
+
+  // Those that there are for who looks.
+  get views() {
+    return VIEWS.filter((view) => view !== "audit" || this.audit.isThere);
+  }
 
   show(changes) {
     const before = this.view;
@@ -206,6 +213,7 @@ export class Panel {
     meetRun(session);
     this.model.session = session;
     this.needsLogin = session.loginRequired && !session.user;
+    this.audit.look(session);
   }
 
   #begin() {

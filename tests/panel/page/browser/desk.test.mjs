@@ -200,3 +200,54 @@ test("a comparison counts no more when the link was lost behind it", async () =>
   server.setLink("dairy", "up");
   await page.end();
 });
+
+const auditLine = (n) => JSON.stringify({ time: new Date(1700000000000 + 1000 * n).toISOString(), action: "write", phase: "outcome", user: "erna", address: "10.1.2.3", plc: "dairy", label: "Plant.mode", old: "2", seen: "1", new: String(n), id: `w${n}`, outcome: n === 249 ? "refused" : "done", reason: n === 249 ? "not allowed" : "", n, previous: "00" });
+
+test("engineers read the audit, the newest first and page by page", async () => {
+  server.audit = Array.from({ length: 250 }, (_, n) => auditLine(n));
+  const page = await openPage(server.address, { hash: "#values" });
+  await page.click(".tab:has-text('Audit')");
+  const first = page.locator(".list tbody tr").first();
+  await shows(first, /^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d ?erna ?10\.1\.2\.3 ?write ?dairy ?Plant\.mode ?2 ?1 ?249 ?refused ?not allowed$/);
+  await shows(page.locator(".toolbar .count"), /^151 to 250 of 250 lines at /);
+  await shows(page.locator(".toolbar [role=status]"), "No line was altered.");
+  assert.equal(await page.locator(".list tbody tr").count(), 100);
+  // A new line changes nothing of where the pages are.
+  server.audit.push(auditLine(250));
+  await page.click("button:has-text('Older')");
+  await shows(page.locator(".toolbar .count"), /^51 to 150 of 251 lines/);
+  await shows(first.locator("[data-name=New]"), "149");
+  await page.click("button:has-text('Older')");
+  await shows(page.locator(".toolbar .count"), /^1 to 50 of 251 lines/);
+  assert.equal(await page.locator("button:has-text('Older')").isDisabled(), true);
+  await page.click("button:has-text('Newer')");
+  await shows(page.locator(".toolbar .count"), /^51 to 150 of 251 lines/);
+  server.flaw = "line 7 was altered: the hashes do not fit it";
+  await page.click("button:has-text('Newest')");
+  await shows(page.locator(".toolbar .count"), /^152 to 251 of 251 lines/);
+  await shows(page.locator(".toolbar .error"), "Not intact: line 7 was altered: the hashes do not fit it");
+  server.flaw = "";
+  const { port } = server;
+  await server.stop();
+  await page.click("button:has-text('Older')");
+  await shows(page.locator(".error[role=status]"), "The audit is not known: the server does not answer.");
+  await server.start(port);
+  await page.end();
+});
+
+test("the audit is offered to nobody else, and nowhere where there is none", async () => {
+  for (const [audit, role] of [[null, "engineer"], [[auditLine(0)], "operator"]]) {
+    server.audit = audit;
+    server.session.role = role;
+    server.requests.length = 0;
+    const page = await openPage(server.address, { hash: "#values" });
+    await until(async () => (await page.locator(".link-up").count()) === 2, "both links");
+    if (role === "engineer") await until(() => server.requests.includes("GET /api/v1/audit"), "asked for");
+    await page.waitForTimeout(300);
+    assert.equal(await page.locator(".tab").count(), 4);
+    assert.equal(server.requests.includes("GET /api/v1/audit"), role === "engineer");
+    await page.end();
+  }
+  server.audit = null;
+  server.session.role = "engineer";
+});

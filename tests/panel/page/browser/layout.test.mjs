@@ -13,6 +13,8 @@ withBrowser();
 before(async () => {
   server = await standIn();
   server.setAlarm({ id: "1", plc: "dairy", label: "Plant.mode", text: "The line stands", condition: "is 0", state: "active", since: Date.now(), ended: null, value: 0, acknowledgedBy: null, acknowledgedAt: null });
+  const line = { time: "2026-11-22T16:04:30.600Z", action: "write", phase: "outcome", user: "erna", address: "10.1.2.3", plc: "dairy", label: "Plant.tank[1].setpoint", old: "6.5", seen: "6.5", new: "7", outcome: "refused", reason: "refused: the PLC's status 0x0031: it may not have this address" };
+  server.audit = [JSON.stringify({ ...line, audit: "new" }), JSON.stringify(line), JSON.stringify({ ...line, outcome: "done", reason: "" })];
   server.recipes.set("Morning", { plc: "dairy", savedAt: Date.now(), values: [{ label: "Plant.mode", saved: 2 }] });
 });
 after(() => server.stop());
@@ -21,7 +23,7 @@ for (const [name, [width, height]] of Object.entries(SIZES)) {
   test(`nothing is wider than a ${name} of ${width} by ${height}, and links are in sight`, async () => {
     const page = await openPage(server.address, { width, height, hash: VALUES });
     await until(async () => (await page.locator(".link-up").count()) === 2, "both links");
-    for (const hash of [VALUES, drawn("Plant.lineSpeed"), "#alarms", "#recipes"]) {
+    for (const hash of [VALUES, drawn("Plant.lineSpeed"), "#alarms", "#recipes", "#audit"]) {
       await follow(page, hash);
       await page.waitForTimeout(400);
       assert.equal(await page.evaluate(() => document.documentElement.scrollWidth), width, hash);
@@ -71,7 +73,7 @@ for (const dark of [false, true]) {
   test(`all text has a contrast of 4.5 in ${dark ? "dark" : "light"} colours`, async () => {
     const page = await openPage(server.address, { dark, hash: VALUES });
     await until(async () => (await page.locator(".link-up").count()) === 2, "both links");
-    for (const hash of [VALUES, drawn("Plant.lineSpeed", "Plant.mode"), "#alarms", "#recipes"]) {
+    for (const hash of [VALUES, drawn("Plant.lineSpeed", "Plant.mode"), "#alarms", "#recipes", "#audit"]) {
       await follow(page, hash);
       await page.waitForTimeout(400);
       const { contrast, text } = await page.evaluate(leastContrast);

@@ -210,3 +210,17 @@ test("a recipe is saved, compared and restored with a report", async () => {
   await until(async () => (await site.get(asked)).values[0].value === 20, "the PLC has it");
   await page.end();
 });
+
+test("who has written what stands in the audit", async () => {
+  const body = { id: "audited", plc: "plant", label: "Plant.pump[1].setpoint", value: 21.5, old: 20 };
+  const headers = { "Content-Type": "application/json" };
+  const answer = await fetch(`${site.address}api/v1/writes`, { method: "POST", headers, body: JSON.stringify(body) });
+  assert.equal((await answer.json()).outcome, "done");
+  const page = await openPage(site.address, { hash: "#audit" });
+  const lines = page.locator(".list tbody tr");
+  await shows(lines.nth(0), /local ?127\.0\.0\.1 ?write ?plant ?Plant\.pump\[1\]\.setpoint ?20 ?20 ?21\.5 ?done$/);
+  await shows(lines.nth(1), /Plant\.pump\[1\]\.setpoint ?20 ?20 ?21\.5 ?asked for$/);
+  await shows(lines.last(), /the audit begins$/);
+  await shows(page.locator(".toolbar [role=status]"), "No line was altered.");
+  await page.end();
+});

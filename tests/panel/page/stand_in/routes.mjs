@@ -105,6 +105,14 @@ const ROUTES = {
     standIn.setAlarm({ ...alarm, acknowledgedBy: standIn.session.user ?? "local", acknowledgedAt: Date.now() });
     tell(200, standIn.alarms.get(name));
   },
+  "GET audit": ({ standIn, tell, fields }) => {
+    const { audit } = standIn;
+    if (!audit) return tell(404, { error: "there is no audit; see --audit" });
+    const from = Number(fields.get("from"));
+    const first = from < 0 ? Math.max(0, audit.length + from) : from;
+    const lines = audit.slice(first, first + Number(fields.get("limit")));
+    tell(200, { total: audit.length, intact: !standIn.flaw, flaw: standIn.flaw, head: "ab12", lines });
+  },
   "GET recipes": ({ standIn, tell }) =>
     tell(200, { recipes: [...standIn.recipes].map(([name, recipe]) => ({ name, plc: recipe.plc, values: recipe.values.length, savedAt: recipe.savedAt, savedBy: "local" })) }),
   "PUT recipes/*": ({ standIn, tell, name, body }) => {

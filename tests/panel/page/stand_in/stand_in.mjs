@@ -24,6 +24,8 @@ export class StandIn {
     this.faults = { losesAnswer: false, delay: 0, silent: false, restore: null, history: null, bad: new Set(), stale: new Set() };
     this.alarms = new Map();
     this.recorded = null; // occurrences of the history; null: those of the alarms that have ended
+    this.audit = null; // lines; null: there is none
+    this.flaw = ""; // of the audit
     this.answered = []; // series of the last question for the past
     this.recipes = new Map();
     this.restores = 0; // that were asked for

@@ -3,7 +3,7 @@
 //   #values?v=PLC|LABEL&v=…&group=scope&sort=label&filter=text
 //   #trend?v=…&t=PLC|LABEL&t=PLC|LABEL|right&span=600000&from=…&to=…
 
-export const VIEWS = ["values", "trend", "alarms", "recipes"];
+export const VIEWS = ["values", "trend", "alarms", "recipes", "audit"];
 const GROUPS = ["none", "plc", "scope", "mark"];
 const SORTS = ["chosen", "label", "value", "age", "mark"];
 export const SERIES_LIMIT = 8;

@@ -5,12 +5,7 @@ import { alarmCounts } from "../state/alarm_list.js";
 import { ageText } from "../state/ages.js";
 import { currentTheme, switchTheme } from "../state/theme.js";
 
-const TABS = [
-  ["values", "Values"],
-  ["trend", "Trend"],
-  ["alarms", "Alarms"],
-  ["recipes", "Recipes"],
-];
+const TITLES = { values: "Values", trend: "Trend", alarms: "Alarms", recipes: "Recipes", audit: "Audit" };
 const LINK_WORDS = { up: "connected", connecting: "connecting", down: "no link", unknown: "not known" };
 const THEME_WORDS = { system: "Auto", light: "Light", dark: "Dark" };
 
@@ -26,7 +21,7 @@ export function Header({ panel }) {
       <${Tools} panel=${panel} />
     </header>
     <nav class="tabs" aria-label="Views">
-      ${TABS.map(([name, title], i) => html`<${Tab} key=${name} panel=${panel} name=${name} title=${title} number=${i + 1} />`)}
+      ${panel.views.map((name, i) => html`<${Tab} key=${name} panel=${panel} name=${name} title=${TITLES[name]} number=${i + 1} />`)}
     </nav>
     ${!heard && html`<${Banner} panel=${panel} />`}
   `;

@@ -7,7 +7,7 @@ import { MARKS } from "../state/freshness.js";
 
 const KEYS = [
   ["Everywhere", [
-    ["1 2 3 4", "values, trend, alarms, recipes"],
+    ["1 2 3 4 5", "values, trend, alarms, recipes, audit"],
     ["/", "search for values"],
     ["b", "to the tree of symbols"],
     ["?", "this help"],

@@ -1,7 +1,5 @@
 // Keys that work everywhere, but not while somebody types or a dialog is open.
 
-import { VIEWS } from "../state/view_address.js";
-
 const FOCUS_DELAY = 150; // ms
 
 export function listenForKeys(panel) {
@@ -16,8 +14,8 @@ export function listenForKeys(panel) {
 }
 
 function press(panel, key) {
-  if (key >= "1" && key <= String(VIEWS.length)) {
-    panel.show({ view: VIEWS[Number(key) - 1] });
+  if (key >= "1" && key <= String(panel.views.length)) {
+    panel.show({ view: panel.views[Number(key) - 1] });
     return true;
   }
   if (key === "?") {
