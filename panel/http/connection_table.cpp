@@ -21,7 +21,7 @@ bool ConnectionTable::admit(const QString& address)
 
 ConnectionTable::Id ConnectionTable::add(const QString& address, qint64 now)
 {
-    m_entries[++m_last] = {address, Phase::Idle, now};
+    m_entries[++m_last] = {address, Phase::Idle, now, 0};
     return m_last;
 }
 
@@ -31,6 +31,18 @@ void ConnectionTable::enter(Id id, Phase phase, qint64 now)
     if (entry == m_entries.end() || entry->second.phase == Phase::Ending)
         return;
     entry->second.phase = phase;
+    entry->second.since = now;
+    entry->second.sent = 0;
+}
+
+void ConnectionTable::sent(Id id, qint64 bytes, qint64 now)
+{
+    const auto entry = m_entries.find(id);
+    if (entry == m_entries.end() || entry->second.phase != Phase::Sending)
+        return;
+    if (m_limits.sentBytes <= 0 || bytes - entry->second.sent < m_limits.sentBytes)
+        return;
+    entry->second.sent = bytes;
     entry->second.since = now;
 }
 

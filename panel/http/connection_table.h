@@ -19,7 +19,8 @@ struct ConnectionLimits {
     qint64 idle = 0;
     qint64 receiving = 0;
     qint64 answering = 0;
-    qint64 sending = 0;
+    qint64 sending = 0;   ///< For the next sentBytes, or for what is left.
+    qint64 sentBytes = 0; ///< 0: `sending` is for all.
 };
 
 /// All connections of a server: who is let in, and whose time is over. Where there are too many,
@@ -41,6 +42,9 @@ public:
     bool admit(const QString& address);
     Id add(const QString& address, qint64 now);
     void enter(Id id, Phase phase, qint64 now);
+    /// So many bytes of what is being sent are on their way. Whoever reads steadily gets the time
+    /// again and again, however much there is; whoever reads next to nothing does not.
+    void sent(Id id, qint64 bytes, qint64 now);
     void remove(Id id) { m_entries.erase(id); }
     /// Ends all connections whose time is over, but those that wait for an answer of our own: they
     /// are returned.
@@ -54,6 +58,7 @@ private:
         QString address;
         Phase phase = Phase::Idle;
         qint64 since = 0;
+        qint64 sent = 0; ///< Bytes that were on their way at `since`.
     };
 
     qint64 limitOf(Phase phase) const;

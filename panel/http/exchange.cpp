@@ -106,7 +106,7 @@ MHD_Result Exchange::begin(const QByteArray& method)
 {
     m_hasBegun = true;
     ++m_core->requests;
-    m_core->enter(*m_connection, Phase::Receiving);
+    m_core->enter(m_connection.get(), Phase::Receiving);
     Headers headers;
     ::MHD_get_connection_values(m_handle, MHD_HEADER_KIND, &Headers::take, &headers);
     m_hasBody = !headers.transferEncoding.isNull() ||
@@ -203,7 +203,7 @@ MHD_Result Exchange::receive(const char* upload, std::size_t* uploadSize)
 void Exchange::dispatch()
 {
     m_isDispatched = true;
-    m_core->enter(*m_connection, Phase::Answering);
+    m_core->enter(m_connection.get(), Phase::Answering);
     const auto answer = std::make_shared<Answer>(weak_from_this());
     m_core->handle(*m_match.route, m_request,
                    [answer](Response response) { answer->give(std::move(response)); });
@@ -243,7 +243,7 @@ void Exchange::give(Response response)
 
 void Exchange::complete()
 {
-    m_core->enter(*m_connection, Phase::Idle);
+    m_core->enter(m_connection.get(), Phase::Idle);
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_isAnswered = true;
     if (m_response && m_response->stream)
@@ -254,9 +254,11 @@ MHD_Result Exchange::send(Response response)
 {
     if (response.status >= 400)
         ++m_core->refused;
-    const bool isStream = response.stream != nullptr;
-    m_core->enter(*m_connection, isStream ? Phase::Streaming : Phase::Sending);
-    return sendResponse(m_handle, std::move(response), m_connection->suspension, &m_core->streams);
+    if (response.stream)
+        m_core->enterStreaming(m_connection.get(), response.stream);
+    else
+        m_core->enter(m_connection.get(), Phase::Sending);
+    return sendResponse(m_handle, std::move(response), m_core, m_connection);
 }
 
 } // namespace plc::panel

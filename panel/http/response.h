@@ -18,7 +18,7 @@ namespace plc::panel {
 struct Response {
     int status = 200;
     QByteArray contentType; ///< Empty: there is no body.
-    QByteArray body;        ///< Shared, never copied.
+    QByteArray body;        ///< Shared by all whom it is sent to.
     QVector<QPair<QByteArray, QByteArray>> headers;
     std::shared_ptr<EventStream> stream; ///< In place of a body.
 

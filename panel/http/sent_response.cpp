@@ -1,12 +1,13 @@
 #include "panel/http/sent_response.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace plc::panel {
 namespace {
 
-constexpr std::size_t kBlock = std::size_t(16) * 1024; // bytes of a stream that are sent at once
+constexpr std::size_t kBlock = std::size_t(16) * 1024; // bytes that are sent at once
 
 /// What the content of all responses may do in a browser: nothing but show what this server gives.
 const std::pair<const char*, const char*> kHeaders[] = {
@@ -21,23 +22,24 @@ const std::pair<const char*, const char*> kHeaders[] = {
 /// A stream that is being sent.
 class SentStream {
 public:
-    SentStream(std::shared_ptr<EventStream> stream, std::shared_ptr<Suspension> suspension,
-               std::atomic<int>* count)
-        : m_stream(std::move(stream)), m_suspension(std::move(suspension)), m_count(count)
+    SentStream(std::shared_ptr<EventStream> stream, ServerCore* core,
+               std::shared_ptr<Connection> connection)
+        : m_stream(std::move(stream)), m_core(core), m_connection(std::move(connection))
     {
-        ++*m_count;
-        m_stream->begin([suspension = m_suspension] { suspension->wake(); });
+        ++m_core->streams;
+        m_stream->begin([suspension = m_connection->suspension] { suspension->wake(); });
     }
     ~SentStream()
     {
         m_stream->abandon();
-        --*m_count;
+        --m_core->streams;
     }
     SentStream(const SentStream&) = delete;
     SentStream& operator=(const SentStream&) = delete;
 
-    ssize_t read(char* buffer, std::size_t most)
+    ssize_t read(quint64 position, char* buffer, std::size_t most)
     {
+        m_core->sent(*m_connection, qint64(position));
         for (;;) {
             std::size_t count = 0;
             switch (m_stream->read(buffer, most, &count)) {
@@ -50,58 +52,76 @@ public:
                 case EventStream::Reading::Nothing:
                     break;
             }
-            if (m_suspension->suspend())
+            if (m_connection->suspension->suspend())
                 return 0;
-            if (m_suspension->hasEnded())
+            if (m_connection->suspension->hasEnded())
                 return MHD_CONTENT_READER_END_WITH_ERROR;
         }
     }
 
 private:
     const std::shared_ptr<EventStream> m_stream;
-    const std::shared_ptr<Suspension> m_suspension;
-    std::atomic<int>* const m_count;
+    ServerCore* const m_core;
+    const std::shared_ptr<Connection> m_connection;
 };
 
-ssize_t readStream(void* stream, quint64, char* buffer, std::size_t most)
-{
-    return static_cast<SentStream*>(stream)->read(buffer, most);
-}
+/// A body that is being sent.
+class SentBody {
+public:
+    SentBody(QByteArray body, ServerCore* core, std::shared_ptr<Connection> connection)
+        : m_body(std::move(body)), m_core(core), m_connection(std::move(connection))
+    {
+    }
 
-void freeStream(void* stream)
-{
-    delete static_cast<SentStream*>(stream);
-}
+    ssize_t read(quint64 position, char* buffer, std::size_t most)
+    {
+        const quint64 size = quint64(m_body.size());
+        if (position >= size)
+            return MHD_CONTENT_READER_END_OF_STREAM;
+        m_core->sent(*m_connection, qint64(position));
+        const std::size_t count = std::size_t(std::min(quint64(most), size - position));
+        std::memcpy(buffer, m_body.constData() + position, count);
+        return ssize_t(count);
+    }
 
-void freeBody(void* body)
-{
-    delete static_cast<QByteArray*>(body);
-}
+private:
+    const QByteArray m_body;
+    ServerCore* const m_core;
+    const std::shared_ptr<Connection> m_connection;
+};
 
-MHD_Response* streamResponse(const std::shared_ptr<EventStream>& stream,
-                             const std::shared_ptr<Suspension>& suspension,
-                             std::atomic<int>* streams)
+/// A response of `size` bytes, or MHD_SIZE_UNKNOWN, that are read from `sent` little by little.
+template <typename Sent>
+MHD_Response* responseFrom(std::unique_ptr<Sent> sent, quint64 size)
 {
-    auto sent = std::make_unique<SentStream>(stream, suspension, streams);
     MHD_Response* response = ::MHD_create_response_from_callback(
-        MHD_SIZE_UNKNOWN, kBlock,
+        size, kBlock,
         [](void* cls, std::uint64_t position, char* buffer, std::size_t most) {
-            return readStream(cls, position, buffer, most);
+            return static_cast<Sent*>(cls)->read(position, buffer, most);
         },
-        sent.get(), &freeStream);
+        sent.get(), [](void* cls) { delete static_cast<Sent*>(cls); });
     if (response)
         static_cast<void>(sent.release());
     return response;
 }
 
-MHD_Response* bodyResponse(const QByteArray& body)
+/// What is sent at once needs no account of how far it is.
+MHD_Response* shortResponse(QByteArray body)
 {
-    auto kept = std::make_unique<QByteArray>(body);
-    MHD_Response* response = ::MHD_create_response_from_buffer_with_free_callback_cls(
-        std::size_t(kept->size()), const_cast<char*>(kept->constData()), &freeBody, kept.get());
-    if (response)
-        static_cast<void>(kept.release());
-    return response;
+    return ::MHD_create_response_from_buffer(std::size_t(body.size()), body.data(),
+                                             MHD_RESPMEM_MUST_COPY);
+}
+
+MHD_Response* makeResponse(const Response& response, ServerCore* core,
+                           const std::shared_ptr<Connection>& connection)
+{
+    if (response.stream)
+        return responseFrom(std::make_unique<SentStream>(response.stream, core, connection),
+                            MHD_SIZE_UNKNOWN);
+    if (std::size_t(response.body.size()) <= kBlock)
+        return shortResponse(response.body);
+    return responseFrom(std::make_unique<SentBody>(response.body, core, connection),
+                        quint64(response.body.size()));
 }
 
 void addHeaders(MHD_Response* sent, const Response& response)
@@ -122,16 +142,15 @@ void addHeaders(MHD_Response* sent, const Response& response)
 
 } // namespace
 
-MHD_Result sendResponse(MHD_Connection* connection, Response response,
-                        const std::shared_ptr<Suspension>& suspension, std::atomic<int>* streams)
+MHD_Result sendResponse(MHD_Connection* handle, Response response, ServerCore* core,
+                        const std::shared_ptr<Connection>& connection)
 {
-    MHD_Response* sent = response.stream ? streamResponse(response.stream, suspension, streams)
-                                         : bodyResponse(response.body);
+    MHD_Response* sent = makeResponse(response, core, connection);
     if (!sent)
         return MHD_NO;
     addHeaders(sent, response);
     const MHD_Result queued =
-        ::MHD_queue_response(connection, static_cast<unsigned int>(response.status), sent);
+        ::MHD_queue_response(handle, static_cast<unsigned int>(response.status), sent);
     ::MHD_destroy_response(sent);
     return queued;
 }

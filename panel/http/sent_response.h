@@ -3,18 +3,17 @@
 
 #include <microhttpd.h>
 
-#include <atomic>
 #include <memory>
 
 #include "panel/http/response.h"
-#include "panel/http/suspension.h"
+#include "panel/http/server_core.h"
 
 namespace plc::panel {
 
-/// Hands a response to the library, with the headers that all have. `streams` counts the streams
-/// that are being sent.
-MHD_Result sendResponse(MHD_Connection* connection, Response response,
-                        const std::shared_ptr<Suspension>& suspension, std::atomic<int>* streams);
+/// Hands a response to the library, with the headers that all have, and tells the core what of it
+/// is on its way. The core outlives the connection.
+MHD_Result sendResponse(MHD_Connection* handle, Response response, ServerCore* core,
+                        const std::shared_ptr<Connection>& connection);
 
 } // namespace plc::panel
 

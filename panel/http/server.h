@@ -27,7 +27,8 @@ struct ServerSettings {
     int idleTime = 20000;    ///< Until the head of a request is there.
     int requestTime = 20000; ///< From there until its body is.
     int answerTime = 60000;  ///< For a handler to answer.
-    int sendTime = 60000;    ///< For a client to read a response, streams apart.
+    int sendTime = 60000;    ///< For a client to read the next sendBytes, or what is left.
+    int sendBytes = 256 * 1024;
 };
 
 /// What a server does at the moment.

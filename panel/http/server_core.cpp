@@ -14,7 +14,8 @@ ConnectionLimits limitsOf(const ServerSettings& settings)
 {
     return {settings.mostConnections, settings.mostConnectionsOfAddress,
             settings.idleTime,        settings.requestTime,
-            settings.answerTime,      settings.sendTime};
+            settings.answerTime,      settings.sendTime,
+            settings.sendBytes};
 }
 
 } // namespace
@@ -61,10 +62,24 @@ void ServerCore::remove(const Connection& connection)
     m_connections.erase(connection.id);
 }
 
-void ServerCore::enter(const Connection& connection, Phase phase)
+void ServerCore::enter(Connection* connection, Phase phase)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_table.enter(connection.id, phase, values::steadyTime());
+    connection->stream.reset();
+    m_table.enter(connection->id, phase, values::steadyTime());
+}
+
+void ServerCore::enterStreaming(Connection* connection, const std::shared_ptr<EventStream>& stream)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    connection->stream = stream;
+    m_table.enter(connection->id, Phase::Streaming, values::steadyTime());
+}
+
+void ServerCore::sent(const Connection& connection, qint64 bytes)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_table.sent(connection.id, bytes, values::steadyTime());
 }
 
 void ServerCore::setExchange(Connection* connection, const std::shared_ptr<Exchange>& exchange)
@@ -78,6 +93,7 @@ void ServerCore::endOverdue()
     std::vector<std::shared_ptr<Exchange>> unanswered;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
+        limitEndedStreams();
         for (const ConnectionTable::Id id : m_table.endOverdue(values::steadyTime()))
             unanswered.push_back(m_connections[id]->exchange.lock());
     }
@@ -105,6 +121,18 @@ ServerStatistics ServerCore::statistics() const
     statistics.refused = refused;
     statistics.cutOff = m_table.ended();
     return statistics;
+}
+
+/// A client that does not read is never asked for its stream again, so that it would not be seen
+/// there that the stream has ended: what is left of it has to be read in the time of a response.
+void ServerCore::limitEndedStreams()
+{
+    for (const auto& [id, connection] : m_connections) {
+        if (!connection->stream || connection->stream->isOpen())
+            continue;
+        connection->stream.reset();
+        m_table.enter(id, Phase::Sending, values::steadyTime());
+    }
 }
 
 /// The socket is open as long as the connection is in the table.

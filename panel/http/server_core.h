@@ -23,7 +23,8 @@ struct Connection {
     QString address;
     bool isEncrypted = false;
     std::shared_ptr<Suspension> suspension;
-    std::weak_ptr<Exchange> exchange; ///< The request under way.
+    std::weak_ptr<Exchange> exchange;    ///< The request under way.
+    std::shared_ptr<EventStream> stream; ///< That is being sent; guarded by the core.
 };
 
 /// What all connections of a server share.
@@ -39,7 +40,10 @@ public:
     bool admit(const QString& address);
     void add(const std::shared_ptr<Connection>& connection);
     void remove(const Connection& connection);
-    void enter(const Connection& connection, Phase phase);
+    void enter(Connection* connection, Phase phase);
+    void enterStreaming(Connection* connection, const std::shared_ptr<EventStream>& stream);
+    /// So many bytes of the response are on their way.
+    void sent(const Connection& connection, qint64 bytes);
     void setExchange(Connection* connection, const std::shared_ptr<Exchange>& exchange);
     /// Ends what takes too long. To be called now and then, by any thread.
     void endOverdue();
@@ -52,6 +56,7 @@ public:
     std::atomic<int> streams{0};
 
 private:
+    void limitEndedStreams();
     void shutDown(ConnectionTable::Id id);
 
     const ServerSettings m_settings;

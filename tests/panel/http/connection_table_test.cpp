@@ -14,8 +14,9 @@ protected:
     bool admits(const char* address) { return table.admit(QString::fromLatin1(address)); }
 
     std::vector<Id> ended;
-    // Five in all, three of an address; idle 100, receiving 200, answering 300, sending 400 ms.
-    ConnectionTable table{{5, 3, 100, 200, 300, 400}, [this](Id id) { ended.push_back(id); }};
+    // Five in all, three of an address; idle 100, receiving 200, answering 300, sending 400 ms for
+    // each 50 bytes.
+    ConnectionTable table{{5, 3, 100, 200, 300, 400, 50}, [this](Id id) { ended.push_back(id); }};
 };
 
 using Ids = std::vector<ConnectionTable::Id>;
@@ -77,6 +78,49 @@ TEST_F(Connections, HaveATimeForEachPhase)
     table.endOverdue(1000000000);
     EXPECT_EQ(3U, ended.size());
     EXPECT_EQ(3, table.ended());
+}
+
+TEST_F(Connections, GetTheTimeForSendingAgainWithEachPortionThatIsRead)
+{
+    const Id steady = add("a", 0);
+    const Id slow = add("b", 0);
+    for (const Id id : {steady, slow})
+        table.enter(id, Phase::Sending, 0);
+    table.sent(steady, 50, 399);
+    table.sent(slow, 49, 399);
+    table.endOverdue(400);
+    EXPECT_EQ(Ids({slow}), ended);
+    table.sent(steady, 99, 700);
+    table.endOverdue(798);
+    EXPECT_EQ(1U, ended.size());
+    table.sent(steady, 100, 798);
+    table.endOverdue(1197);
+    EXPECT_EQ(1U, ended.size());
+    table.endOverdue(1198);
+    EXPECT_EQ(Ids({slow, steady}), ended);
+}
+
+TEST_F(Connections, BeginToCountWhatIsReadWithEachResponse)
+{
+    const Id id = add("a", 0);
+    table.enter(id, Phase::Sending, 0);
+    table.sent(id, 1000, 10);
+    table.enter(id, Phase::Idle, 20);
+    table.enter(id, Phase::Sending, 30);
+    table.sent(id, 50, 200);
+    table.endOverdue(599);
+    EXPECT_TRUE(ended.empty());
+    table.endOverdue(600);
+    EXPECT_EQ(Ids({id}), ended);
+}
+
+TEST_F(Connections, GetNoTimeForSendingInAnotherPhase)
+{
+    const Id id = add("a", 0);
+    table.enter(id, Phase::Receiving, 0);
+    table.sent(id, 1000, 100);
+    table.endOverdue(200);
+    EXPECT_EQ(Ids({id}), ended);
 }
 
 TEST_F(Connections, ThatWaitForAnAnswerOfOursAreToldRatherThanEnded)

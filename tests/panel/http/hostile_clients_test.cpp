@@ -223,6 +223,77 @@ TEST_F(HostileClients, AStreamThatIsNotReadIsCutOffAndTheOthersAreNot)
     EXPECT_EQ(1, server->statistics().streams);
 }
 
+class HostileReaders : public HostileClients {
+protected:
+    /// A stream to a client that reads the head of the response and nothing else.
+    void stream()
+    {
+        start({route(Method::Get, "/events", [this](const Request&, const Responder& answer) {
+            answer(Response::events(events));
+        })});
+        connection = std::make_unique<HttpConnection>(server->port());
+        connection->send("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
+        EXPECT_TRUE(connection->waitFor("\r\n\r\n"));
+    }
+    void expectNoConnections()
+    {
+        for (int i = 0; i < 1000 && server->statistics().connections > 0; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        EXPECT_EQ(0, server->statistics().connections);
+        EXPECT_EQ(0, server->statistics().streams);
+    }
+
+    const std::shared_ptr<QByteArray> frame =
+        std::make_shared<QByteArray>("data: " + QByteArray(20000, 'x') + "\n\n");
+    std::shared_ptr<EventStream> events = std::make_shared<EventStream>();
+    std::unique_ptr<HttpConnection> connection;
+};
+
+TEST_F(HostileReaders, OfNothingLoseTheConnectionWithTheirStream)
+{
+    stream();
+    while (events->push(frame))
+        std::this_thread::yield();
+    expectNoConnections();
+}
+
+TEST_F(HostileReaders, OfNothingLoseTheConnectionWhenTheirStreamIsClosed)
+{
+    stream();
+    // Until the client's buffers are full and the rest stays here.
+    const int most = EventStream::kMostWaiting - 2 * int(frame->size());
+    while (events->waiting() < most) {
+        while (events->waiting() < most)
+            ASSERT_TRUE(events->push(frame));
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    events->close();
+    expectNoConnections();
+}
+
+TEST_F(HostileClients, OnesThatReadSteadilyGetLongAnswersWhole)
+{
+    constexpr int kSize = 64 * 1024 * 1024;
+    settings.sendTime = 2000;
+    start({route(Method::Get, "/large",
+                 [body = QByteArray(kSize, 'x')](const Request&, const Responder& answer) {
+                     answer(Response::json(body));
+                 }),
+           greeting()});
+    HttpConnection connection(server->port());
+    connection.send("GET /large HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n");
+    ASSERT_TRUE(connection.waitFor("\r\n\r\n"));
+    const auto begin = std::chrono::steady_clock::now();
+    while (connection.receive()) {
+        if (std::chrono::steady_clock::now() - begin < std::chrono::milliseconds(5000))
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    const int head = int(connection.received().indexOf("\r\n\r\n")) + 4;
+    EXPECT_EQ(kSize, connection.received().size() - head);
+    EXPECT_GT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2500));
+    EXPECT_EQ(0, server->statistics().cutOff);
+}
+
 TEST_F(HostileClients, OnesThatLeaveEndTheirStreams)
 {
     auto stream = std::make_shared<EventStream>();
