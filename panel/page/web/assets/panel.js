@@ -1,6 +1,5 @@
 // What the views show and what can be done in them: the page without its looks.
 
-import { AuditSign } from "./server/audit_sign.js";
 import { carryOut } from "./server/writes.js";
 import { Live } from "./server/live.js";
 import { ask, currentRun, get, meetRun, query, send } from "./server/api.js";
@@ -25,7 +24,7 @@ export class Panel {
     this.live = new Live(this.model, () => this.#askSession());
     this.view = readAddress(location.hash || kept("view") || "");
     this.recipes = new RecipeDesk(this);
-    this.audit = new AuditSign(changed);
+    this.runWithoutAudit = null; // that of the server which said so
     this.axes = keptLimits(); // of the trend
     this.dialog = null; // {name, …}
     this.notice = null; // a sentence for whoever looks, or listens
@@ -49,9 +48,17 @@ export class Panel {
 
   // Views
 
-  // Those that there are for who looks.
+  // Those that there are for who looks. Whether there is an audit is learnt when somebody wants to look
+  // at it: a server reads all of a file that may be large before it tells anything of it.
   get views() {
-    return VIEWS.filter((view) => view !== "audit" || this.audit.isThere);
+    const { session } = this.model;
+    const hasAudit = this.model.hasRole("engineer") && session.instance !== this.runWithoutAudit;
+    return VIEWS.filter((view) => view !== "audit" || hasAudit);
+  }
+
+  missAudit() {
+    this.runWithoutAudit = this.model.session.instance;
+    this.changed();
   }
 
   show(changes) {
@@ -213,7 +220,6 @@ export class Panel {
     meetRun(session);
     this.model.session = session;
     this.needsLogin = session.loginRequired && !session.user;
-    this.audit.look(session);
   }
 
   #begin() {
