@@ -56,7 +56,7 @@ function Tab({ panel, name, title, number }) {
   return html`<button type="button" class="tab" aria-current=${current ? "page" : null} title=${`Key ${number}`}
       onClick=${() => panel.show({ view: name })}>
     ${title}
-    ${badge && html`<span class=${badge.active ? "badge active" : "badge"}>${badge.active ? `${badge.active} active` : `${badge.waiting} to acknowledge`}</span>`}
+    ${badge && html`<span class=${badge.active ? "badge active" : "badge"}>${badge.active || badge.waiting}<span class="badge-word"> ${badge.active ? "active" : "to acknowledge"}</span></span>`}
   </button>`;
 }
 
