@@ -175,6 +175,32 @@ test("what became of a restore whose answer is lost or is no refusal is not know
   server.faults.restore = null;
 });
 
+test("a recipe that could not be saved is told, also when the dialog was closed meanwhile", async () => {
+  const page = await openPage(server.address, { hash: named("Plant.mode").replace("#values", "#recipes") });
+  await shows(page.locator(".link-word"), "connected");
+  const save = async () => {
+    await page.click("text=Save the table");
+    await page.fill("input[name=name]", "Dusk");
+    await page.click("dialog button[type=submit]");
+  };
+  server.faults.save = 403;
+  await save();
+  await shows(page.locator("dialog .error"), "Not saved: Fault 403.");
+  await page.keyboard.press("Escape");
+  let answer;
+  Object.assign(server.faults, { save: 503, gate: new Promise((done) => (answer = done)) });
+  await save();
+  await page.keyboard.press("Escape");
+  await until(async () => (await page.locator("dialog").count()) === 0, "the dialog is closed");
+  await page.keyboard.press("?");
+  await shows(page.locator("dialog h2"), "Keys and marks");
+  answer();
+  await shows(page.locator(".notice"), "Whether Dusk is saved is not known: Fault 503.");
+  await shows(page.locator("dialog h2"), "Keys and marks");
+  Object.assign(server.faults, { save: null, gate: null });
+  await page.end();
+});
+
 test("a report that comes while another view is looked at is told there and kept", async () => {
   server.faults.delay = 1000;
   const { page, row } = await withRecipe("Night");

@@ -115,8 +115,10 @@ const ROUTES = {
   },
   "GET recipes": ({ standIn, tell }) =>
     tell(200, { recipes: [...standIn.recipes].map(([name, recipe]) => ({ name, plc: recipe.plc, values: recipe.values.length, savedAt: recipe.savedAt, savedBy: "local" })) }),
-  "PUT recipes/*": ({ standIn, tell, name, body }) => {
+  "PUT recipes/*": async ({ standIn, tell, name, body }) => {
     const plant = standIn.plants.get(body.plc);
+    await standIn.faults.gate;
+    if (standIn.faults.save) return tell(standIn.faults.save, { error: `Fault ${standIn.faults.save}.` });
     standIn.recipes.set(name, { plc: body.plc, savedAt: Date.now(), values: body.labels.map((label) => ({ label, saved: plant.valueAt(label, Date.now()) })) });
     tell(200, { name });
   },

@@ -22,10 +22,15 @@ export function SaveRecipeDialog({ panel, dialog }) {
       failed: "Not saved",
       unknown: `Whether ${name} is saved is not known`,
     });
-    setBusy(false);
     dialog.saved();
-    if (changeOutcome(status) !== "done") return setError(text);
-    panel.close();
+    // Somebody may have closed it meanwhile, and opened another one.
+    const isOpen = panel.dialog === dialog;
+    if (isOpen && changeOutcome(status) !== "done") {
+      setBusy(false);
+      setError(text);
+      return;
+    }
+    if (isOpen) panel.close();
     panel.tell(text);
   };
   return html`<${Dialog} title="Save a recipe" onClose=${() => panel.close()}>
