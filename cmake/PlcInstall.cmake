@@ -126,7 +126,8 @@ if(PLC_BUILD_TOOLS)
     install(FILES ${PROJECT_BINARY_DIR}/panel/plc-panel@.service
       DESTINATION lib/systemd/system COMPONENT panel)
     install(FILES docs/panel-config.schema.json DESTINATION ${plc_data_dir} COMPONENT panel)
-    install(FILES docs/examples/panel.json DESTINATION ${plc_data_dir}/panel COMPONENT panel)
+    install(FILES docs/examples/panel.json docs/examples/tank.json
+      DESTINATION ${plc_data_dir}/panel COMPONENT panel)
     install(PROGRAMS docs/examples/plc_panel_client.py
       DESTINATION ${plc_data_dir}/panel COMPONENT panel)
   endif()

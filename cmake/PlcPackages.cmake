@@ -152,9 +152,17 @@ foreach(file copyright changelog.Debian)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/${file}.in debian/${file} @ONLY)
 endforeach()
 configure_file(${PROJECT_SOURCE_DIR}/CHANGELOG.md debian/changelog COPYONLY)
+# The panel's program holds the packages of its page.
+file(READ ${PROJECT_BINARY_DIR}/debian/copyright plc_copyright)
+file(READ ${CMAKE_CURRENT_LIST_DIR}/debian/copyright-panel plc_copyright_of_page)
+file(WRITE ${PROJECT_BINARY_DIR}/debian/panel/copyright "${plc_copyright}${plc_copyright_of_page}")
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  set(plc_copyright_file ${PROJECT_BINARY_DIR}/debian/copyright)
+  if(component STREQUAL panel)
+    set(plc_copyright_file ${PROJECT_BINARY_DIR}/debian/panel/copyright)
+  endif()
   install(FILES
-    ${PROJECT_BINARY_DIR}/debian/copyright
+    ${plc_copyright_file}
     ${PROJECT_BINARY_DIR}/debian/changelog
     ${PROJECT_BINARY_DIR}/debian/changelog.Debian
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${plc_${component}_package}
