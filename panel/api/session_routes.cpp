@@ -6,6 +6,9 @@
 namespace plc::panel {
 namespace {
 
+/// Bytes: whoever comes may send one.
+constexpr int kLongestLogin = 4096;
+
 void appendTextOrNull(const char* key, const QString& text, QByteArray* json)
 {
     if (!text.isEmpty())
@@ -81,6 +84,7 @@ QVector<Route> sessionRoutes(const ApiContext& context)
         respond(Response::json(sessionText(context, request.caller) + "}\n"));
     };
     Route open{Method::Post, "/api/v1/session", Role::None, Route::Reads, "Log in", {}};
+    open.mostBodyBytes = kLongestLogin;
     open.handler = [context](const Request& request, const Responder& respond) {
         logIn(context, request, respond);
     };

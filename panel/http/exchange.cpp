@@ -2,6 +2,7 @@
 
 #include <QtCore/QList>
 
+#include <algorithm>
 #include <utility>
 
 #include "panel/http/sent_response.h"
@@ -183,17 +184,22 @@ std::optional<Response> Exchange::checkBody(const Headers& headers)
     } else if (!headers.contentLength.isNull()) {
         bool isNumber = false;
         const qint64 length = headers.contentLength.toLongLong(&isNumber);
-        if (!isNumber || length > m_core->settings().mostBodyBytes)
-            return Response::error(413, QStringLiteral("the body has more than %1 bytes")
-                                            .arg(m_core->settings().mostBodyBytes));
+        if (!isNumber || length > mostBodyBytes())
+            return Response::error(
+                413, QStringLiteral("the body has more than %1 bytes").arg(mostBodyBytes()));
     }
     return std::nullopt;
+}
+
+int Exchange::mostBodyBytes() const
+{
+    return std::min(m_core->settings().mostBodyBytes, m_match.route->mostBodyBytes);
 }
 
 /// A body that turns out to be too long once it is under way cannot be answered any more.
 MHD_Result Exchange::receive(const char* upload, std::size_t* uploadSize)
 {
-    if (qint64(*uploadSize) > m_core->settings().mostBodyBytes - qint64(m_request.body.size()))
+    if (qint64(*uploadSize) > mostBodyBytes() - qint64(m_request.body.size()))
         return MHD_NO;
     m_request.body.append(upload, int(*uploadSize));
     *uploadSize = 0;

@@ -32,6 +32,7 @@ private:
     std::optional<Response> refusal(const QByteArray& method, const Headers& headers);
     std::optional<Response> find(const QByteArray& method, const Headers& headers);
     std::optional<Response> checkBody(const Headers& headers);
+    int mostBodyBytes() const;
     MHD_Result receive(const char* upload, std::size_t* uploadSize);
     void dispatch();
     MHD_Result answerOrWait();

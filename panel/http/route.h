@@ -2,6 +2,7 @@
 #define PLC_PANEL_HTTP_ROUTE_H
 
 #include <functional>
+#include <limits>
 
 #include "panel/http/request.h"
 #include "panel/http/response.h"
@@ -19,6 +20,8 @@ struct Route {
     QByteArray summary;      ///< One line for people.
     /// Called on the server's thread, one call at a time: it must not wait.
     std::function<void(const Request&, Responder)> handler;
+    /// Of a request; the server's own bound counts as well.
+    int mostBodyBytes = std::numeric_limits<int>::max();
 };
 
 } // namespace plc::panel

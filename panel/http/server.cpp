@@ -18,7 +18,6 @@
 #include "panel/http/loopback.h"
 #include "panel/http/server_core.h"
 #include "service/listening_socket.h"
-#include "streams/input_file.h"
 
 namespace plc::panel {
 namespace {
@@ -27,7 +26,6 @@ constexpr int kBacklog = 128;
 constexpr int kSendBuffer = 128 * 1024; // bytes that the system keeps for a slow client
 constexpr int kSpareConnections = 64;   // that are being ended while others come
 constexpr std::chrono::milliseconds kWatchPeriod{250};
-constexpr streams::InputFileKind kPemFile{"a PEM file", qint64(1024) * 1024, ""};
 
 /// TLS 1.2 and 1.3, forward secrecy and authenticated encryption alone.
 constexpr char kPriorities[] =
@@ -50,9 +48,12 @@ QString addressText(const sockaddr* address)
     return text[0] ? QString::fromLatin1(text) : QStringLiteral("socket");
 }
 
-MHD_Result admit(void* core, const sockaddr* address, socklen_t)
+/// In the thread that goes on with the connection, where nothing of TLS has happened yet.
+MHD_Result admit(void* cls, const sockaddr* address, socklen_t)
 {
-    return static_cast<ServerCore*>(core)->admit(addressText(address)) ? MHD_YES : MHD_NO;
+    ServerCore* core = static_cast<ServerCore*>(cls);
+    core->identities.useInThisThread();
+    return core->admit(addressText(address)) ? MHD_YES : MHD_NO;
 }
 
 void connectionBegins(ServerCore* core, MHD_Connection* handle, void** context)
@@ -135,17 +136,15 @@ public:
     Expected<void> listen();
     quint16 port() const { return m_port; }
     ServerStatistics statistics() const { return m_core.statistics(); }
+    Expected<QDateTime> readCertificate();
 
 private:
     Expected<void> listenOnTcp();
     Expected<void> listenOnSocket();
     Expected<void> startDaemon(int socket, bool isEncrypted);
-    Expected<void> readCertificate();
     void watch();
 
     ServerCore m_core;
-    QByteArray m_certificate;
-    QByteArray m_key;
     std::vector<MHD_Daemon*> m_daemons;
     QString m_socketPath; ///< That has to be removed.
     quint16 m_port = 0;
@@ -182,7 +181,7 @@ Expected<void> Server::Private::listenOnTcp()
                                     "need a certificate")
                          .arg(settings.address)};
     if (isEncrypted) {
-        const Expected<void> isRead = readCertificate();
+        const Expected<QDateTime> isRead = readCertificate();
         if (!isRead)
             return isRead.error();
     }
@@ -203,18 +202,9 @@ Expected<void> Server::Private::listenOnSocket()
     return startDaemon(*socket, false);
 }
 
-Expected<void> Server::Private::readCertificate()
+Expected<QDateTime> Server::Private::readCertificate()
 {
-    const Expected<QByteArray> certificate =
-        streams::readInputFile(m_core.settings().certificate, kPemFile);
-    if (!certificate)
-        return certificate.error();
-    const Expected<QByteArray> key = streams::readInputFile(m_core.settings().key, kPemFile);
-    if (!key)
-        return key.error();
-    m_certificate = *certificate;
-    m_key = *key;
-    return {};
+    return m_core.identities.load(m_core.settings().certificate, m_core.settings().key);
 }
 
 Expected<void> Server::Private::startDaemon(int socket, bool isEncrypted)
@@ -228,8 +218,8 @@ Expected<void> Server::Private::startDaemon(int socket, bool isEncrypted)
         {MHD_OPTION_CONNECTION_MEMORY_LIMIT, settings.mostHeaderBytes, nullptr},
         {MHD_OPTION_STRICT_FOR_CLIENT, 1, nullptr}};
     if (isEncrypted) {
-        options.push_back({MHD_OPTION_HTTPS_MEM_CERT, 0, m_certificate.data()});
-        options.push_back({MHD_OPTION_HTTPS_MEM_KEY, 0, m_key.data()});
+        options.push_back(
+            {MHD_OPTION_HTTPS_CERT_CALLBACK, 0, reinterpret_cast<void*>(&TlsIdentities::choose)});
         options.push_back({MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char*>(kPriorities)});
     }
     options.push_back({MHD_OPTION_END, 0, nullptr});
@@ -243,10 +233,7 @@ Expected<void> Server::Private::startDaemon(int socket, bool isEncrypted)
         &leaveEscaped, nullptr, MHD_OPTION_ARRAY, options.data(), MHD_OPTION_END);
     if (!daemon) {
         ::close(socket);
-        return Error{isEncrypted ? QStringLiteral("%1 and %2: no certificate that TLS can be "
-                                                  "offered with")
-                                       .arg(settings.certificate, settings.key)
-                                 : QStringLiteral("the web server cannot be started")};
+        return Error{QStringLiteral("the web server cannot be started")};
     }
     m_daemons.push_back(daemon);
     return {};
@@ -295,6 +282,11 @@ Server::~Server() = default;
 quint16 Server::port() const
 {
     return m_d->port();
+}
+
+Expected<QDateTime> Server::readCertificate()
+{
+    return m_d->readCertificate();
 }
 
 ServerStatistics Server::statistics() const

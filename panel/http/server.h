@@ -1,6 +1,7 @@
 #ifndef PLC_PANEL_HTTP_SERVER_H
 #define PLC_PANEL_HTTP_SERVER_H
 
+#include <QtCore/QDateTime>
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
@@ -55,6 +56,9 @@ public:
     /// 0 without TCP.
     quint16 port() const;
     ServerStatistics statistics() const;
+    /// Reads certificate and key again, for connections that come from here on; streams and other
+    /// connections go on. After an error all is as it was. Returns when the certificate ends.
+    Expected<QDateTime> readCertificate();
 
 private:
     class Private;

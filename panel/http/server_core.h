@@ -11,6 +11,7 @@
 #include "panel/http/route_table.h"
 #include "panel/http/server.h"
 #include "panel/http/suspension.h"
+#include "panel/http/tls_identity.h"
 
 namespace plc::panel {
 
@@ -54,6 +55,7 @@ public:
     std::atomic<qint64> requests{0};
     std::atomic<qint64> refused{0};
     std::atomic<int> streams{0};
+    TlsIdentities identities; ///< Empty without TLS.
 
 private:
     void limitEndedStreams();

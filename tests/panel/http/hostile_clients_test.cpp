@@ -69,6 +69,27 @@ TEST_F(HostileClients, ABodyOfTheMostBytesIsTaken)
               connection.ask(QByteArray(kPost) + "Content-Length: 1048576\r\n\r\n" + body).body);
 }
 
+TEST_F(HostileClients, TooLongABodyForARouteIsRefusedOrCutOff)
+{
+    Route small = count();
+    small.mostBodyBytes = 4096;
+    start({small, greeting()});
+    HttpConnection most(server->port());
+    EXPECT_EQ(
+        "4096",
+        most.ask(QByteArray(kPost) + "Content-Length: 4096\r\n\r\n" + QByteArray(4096, 'x')).body);
+    HttpConnection told(server->port());
+    const test::HttpAnswer refused = told.ask(QByteArray(kPost) + "Content-Length: 4097\r\n\r\n");
+    EXPECT_EQ(413, refused.status);
+    EXPECT_EQ("{\"error\":\"the body has more than 4096 bytes\"}\n", refused.body);
+    HttpConnection untold(server->port());
+    untold.send(QByteArray(kPost) + "Transfer-Encoding: chunked\r\n\r\n1001\r\n" +
+                QByteArray(4097, 'x') + "\r\n0\r\n\r\n");
+    EXPECT_TRUE(untold.ends());
+    EXPECT_EQ("", untold.received());
+    expectServing();
+}
+
 TEST_F(HostileClients, AnEndlessBodyInPartsIsCutOffAtTheMostBytes)
 {
     start({count(), greeting()});

@@ -1,5 +1,6 @@
 #ifdef PLC_OPENSSL
 
+#include <QtCore/QFile>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 
@@ -15,6 +16,12 @@ protected:
     {
         settings.certificate = m_folder.filePath(QStringLiteral("certificate.pem"));
         settings.key = m_folder.filePath(QStringLiteral("key.pem"));
+        makePair("localhost", settings.certificate, settings.key);
+    }
+    /// `signer`: options that name who signs it; else it does itself.
+    void makePair(const char* name, const QString& certificate, const QString& key,
+                  const QStringList& signer = {})
+    {
         const QStringList command{QStringLiteral("req"),
                                   QStringLiteral("-x509"),
                                   QStringLiteral("-newkey"),
@@ -23,14 +30,14 @@ protected:
                                   QStringLiteral("ec_paramgen_curve:P-256"),
                                   QStringLiteral("-nodes"),
                                   QStringLiteral("-subj"),
-                                  QStringLiteral("/CN=localhost"),
+                                  QStringLiteral("/CN=%1").arg(QLatin1String(name)),
                                   QStringLiteral("-days"),
                                   QStringLiteral("2"),
                                   QStringLiteral("-keyout"),
-                                  settings.key,
+                                  key,
                                   QStringLiteral("-out"),
-                                  settings.certificate};
-        openssl(command, {});
+                                  certificate};
+        openssl(command + signer, {});
     }
     QByteArray openssl(const QStringList& arguments, const QByteArray& input)
     {
@@ -44,15 +51,24 @@ protected:
         process.waitForFinished(20000);
         return process.readAll();
     }
+    QByteArray target() const { return "127.0.0.1:" + QByteArray::number(server->port()); }
+    /// Whether a process writes this.
+    static bool hears(QProcess* process, const QByteArray& text)
+    {
+        QByteArray heard;
+        while (!heard.contains(text) && process->waitForReadyRead(10000))
+            heard += process->readAllStandardOutput();
+        return heard.contains(text);
+    }
     /// What a client gets that speaks in a certain way.
     QByteArray ask(const QStringList& options)
     {
         return openssl(QStringList{QStringLiteral("s_client"), QStringLiteral("-ign_eof"),
-                                   QStringLiteral("-connect"),
-                                   QStringLiteral("127.0.0.1:%1").arg(server->port())} +
+                                   QStringLiteral("-connect"), QString::fromLatin1(target())} +
                            options,
                        "GET /greeting HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n");
     }
+    QString path(const char* name) const { return m_folder.filePath(QLatin1String(name)); }
     static QStringList options(const char* text)
     {
         return QString::fromLatin1(text).split(QLatin1Char(' '));
@@ -98,6 +114,68 @@ TEST_F(Tls, IsNeededWhereItIsOffered)
     plain.send("GET /greeting HTTP/1.1\r\nHost: localhost\r\n\r\n");
     EXPECT_TRUE(plain.ends());
     EXPECT_FALSE(plain.received().contains("hello"));
+}
+
+TEST_F(Tls, HasANewCertificateForNewConnectionsWhileStreamsGoOn)
+{
+    auto stream = std::make_shared<EventStream>();
+    start({greeting(),
+           route(Method::Get, "/events", [&stream](const Request&, const Responder& answer) {
+               answer(Response::events(stream));
+           })});
+    QProcess streaming;
+    streaming.start(QStringLiteral(PLC_OPENSSL),
+                    options("s_client -quiet -connect") + options(target().constData()));
+    streaming.write("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
+    EXPECT_TRUE(hears(&streaming, "text/event-stream"));
+    EXPECT_TRUE(ask({}).contains("subject=CN = localhost\n"));
+
+    makePair("renewed", settings.certificate, settings.key);
+    const Expected<QDateTime> end = server->readCertificate();
+    ASSERT_TRUE(end) << end.error().text.toStdString();
+    const qint64 left = QDateTime::currentDateTimeUtc().secsTo(*end);
+    EXPECT_NEAR(double(2 * 24 * 3600), double(left), 60.0);
+    for (const char* version : {"-tls1_2", "-tls1_3"}) {
+        const QByteArray output = ask(options(version));
+        EXPECT_TRUE(output.contains("subject=CN = renewed\n")) << output.toStdString();
+        EXPECT_TRUE(output.contains("hello"));
+    }
+    EXPECT_TRUE(stream->push(std::make_shared<QByteArray>("data: still here\n\n")));
+    EXPECT_TRUE(hears(&streaming, "data: still here"));
+    streaming.closeWriteChannel();
+    streaming.kill();
+    streaming.waitForFinished();
+}
+
+TEST_F(Tls, KeepsItsCertificateWhereTheNewOneIsNoPair)
+{
+    start({greeting()});
+    makePair("renewed", settings.certificate, path("another.pem"));
+    const Expected<QDateTime> end = server->readCertificate();
+    ASSERT_FALSE(end);
+    EXPECT_EQ((settings.certificate + QStringLiteral(" and ") + settings.key +
+               QStringLiteral(": no certificate that TLS can be offered with"))
+                  .toStdString(),
+              end.error().text.toStdString());
+    EXPECT_TRUE(ask({}).contains("subject=CN = localhost\n"));
+    QFile::remove(settings.key);
+    EXPECT_FALSE(server->readCertificate());
+    EXPECT_TRUE(ask({}).contains("hello"));
+}
+
+TEST_F(Tls, SendsTheWholeChain)
+{
+    makePair("authority", path("authority.pem"), path("authority_key.pem"));
+    makePair("localhost", settings.certificate, settings.key,
+             {QStringLiteral("-CA"), path("authority.pem"), QStringLiteral("-CAkey"),
+              path("authority_key.pem")});
+    QFile chain(settings.certificate);
+    QFile authority(path("authority.pem"));
+    ASSERT_TRUE(chain.open(QIODevice::Append) && authority.open(QIODevice::ReadOnly));
+    chain.write(authority.readAll());
+    chain.close();
+    start({greeting()});
+    EXPECT_EQ(2, int(ask(options("-showcerts")).count("BEGIN CERTIFICATE")));
 }
 
 TEST_F(Tls, SaysWhatIsWrongWithTheFiles)
