@@ -82,8 +82,12 @@ std::optional<HostAndPort> parseHost(const QByteArray& text)
 
 HostNames::HostNames(const QStringList& names) : m_names{"localhost", "127.0.0.1", "::1"}
 {
-    for (const QString& name : names)
-        m_names += name.toLower().toUtf8();
+    for (const QString& name : names) {
+        QByteArray host = name.toLower().toUtf8();
+        if (host.endsWith('.'))
+            host.chop(1);
+        m_names += host;
+    }
     m_takesAddresses = m_names.contains("0.0.0.0") || m_names.contains("::");
 }
 

@@ -1,6 +1,10 @@
 #include "panel/config/settings.h"
 
+#include <arpa/inet.h>
+
 #include <QtCore/QFileInfo>
+
+#include <algorithm>
 
 #include "configuration/configuration_file.h"
 #include "configuration/field_readers.h"
@@ -16,6 +20,7 @@ using project::JsonNode;
 
 namespace {
 
+constexpr int kLongestHost = 255;                       // characters
 constexpr qint64 kSmallestRecord = qint64(1024) * 1024; // bytes
 constexpr qint64 kDay = qint64(24) * 60 * 60 * 1000;    // ms
 constexpr qint64 kMostDays = 36500;
@@ -29,6 +34,31 @@ void readListen(const JsonNode& node, PanelSettings* settings)
     }
     settings->address = found->address;
     settings->port = found->port;
+}
+
+bool isHost(const QString& text)
+{
+    const QByteArray bytes = text.toLatin1();
+    in6_addr address = {};
+    if (::inet_pton(AF_INET6, bytes.constData(), &address) == 1)
+        return true;
+    const auto isOfNames = [](QChar character) {
+        const ushort code = character.unicode();
+        return (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z') ||
+               (code >= '0' && code <= '9') || code == '-' || code == '.' || code == '_';
+    };
+    return !text.isEmpty() && text.size() <= kLongestHost &&
+           std::all_of(text.begin(), text.end(), isOfNames);
+}
+
+/// Names of other scripts stand as browsers send them: in letters of ASCII ("xn--…").
+QString readHost(const JsonNode& node)
+{
+    const QString host = node.text();
+    if (!isHost(host))
+        node.failExpecting(
+            QStringLiteral("a name or an address without a port, such as panel.example"));
+    return host;
 }
 
 void readTls(const JsonNode& node, PanelSettings* settings)
@@ -77,12 +107,16 @@ void readFiles(const JsonNode& root, PanelSettings* settings)
 PanelSettings readSettings(const JsonNode& root)
 {
     PanelSettings settings;
-    root.checkKeys({"plcs"}, {"$schema", "listen", "socket", "tls", "users", "audit", "record",
-                              "readOnly", "recipes"});
+    root.checkKeys({"plcs"}, {"$schema", "listen", "hosts", "socket", "tls", "users", "audit",
+                              "record", "readOnly", "recipes"});
     if (!root.errors()->isEmpty())
         return settings;
     if (root.has("listen"))
         readListen(root.member("listen"), &settings);
+    if (root.has("hosts")) {
+        for (const JsonNode host : root.member("hosts").elements())
+            settings.hosts.append(readHost(host));
+    }
     if (root.has("socket"))
         settings.socket = configuration::readSocketPath(root.member("socket"));
     if (root.has("tls"))

@@ -1,6 +1,8 @@
 #ifndef PLC_PANEL_CONFIG_SETTINGS_H
 #define PLC_PANEL_CONFIG_SETTINGS_H
 
+#include <QtCore/QStringList>
+
 #include "panel/config/plc_settings.h"
 #include "values/expected.h"
 
@@ -21,6 +23,7 @@ struct RecordSettings {
 struct PanelSettings {
     QString address = QStringLiteral("127.0.0.1"); ///< Empty: no TCP.
     quint16 port = 8080;
+    QStringList hosts; ///< Names by which browsers reach it, beside the address and localhost.
     QString socket; ///< Path of a Unix socket; empty: none.
     QString certificate;
     QString key;

@@ -71,7 +71,8 @@ Expected<void> Panel::prepare()
     if (!opened)
         return opened.error();
     m_access = std::move(*opened);
-    m_guard = std::make_unique<AccessGuard>(m_access.get(), QStringList{m_settings.address},
+    m_guard = std::make_unique<AccessGuard>(m_access.get(),
+                                            QStringList{m_settings.address} + m_settings.hosts,
                                             m_instance, m_settings.isReadOnly);
     for (const PlcSettings& settings : m_settings.plcs) {
         Expected<std::unique_ptr<Plant>> plant =

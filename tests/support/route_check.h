@@ -43,7 +43,10 @@ public:
             SCOPED_TRACE((methodName(route.method) + (' ' + route.pattern)).toStdString());
             const QByteArray engineer = bearer(highest);
             expect(200, route, "Host: localhost\r\n" + engineer);
+            expect(200, route, "Host: panel.example:8443\r\n" + engineer);
             expect(421, route, "Host: evil.example\r\n" + engineer);
+            expect(421, route, "Host: panel.example.evil.example\r\n" + engineer);
+            expect(421, route, "Host: other.panel.example\r\n" + engineer);
             expect(421, route, "Host: localhost.evil.example\r\n" + engineer);
             expect(400, route, "Host: localhost\r\nHost: localhost\r\n" + engineer);
             checkRoles(route, token);
@@ -89,6 +92,11 @@ private:
         for (const char* origin : {"http://evil.example", "null", "http://localhost:81",
                                    "http://localhost.evil.example", "ftp://localhost"})
             expect(isGet ? 200 : 403, route, head + "Origin: " + origin + "\r\n");
+        // A name that is known is no reason to let its pages write by another one.
+        const QByteArray named = "Host: panel.example\r\n" + engineer;
+        expect(200, route, named + "Origin: http://panel.example\r\n");
+        for (const char* origin : {"http://localhost", "http://evil.panel.example"})
+            expect(isGet ? 200 : 403, route, named + "Origin: " + origin + "\r\n");
         for (const char* site : {"cross-site", "same-site", "other"})
             expect(isPage ? 200 : 403, route, head + "Sec-Fetch-Site: " + site + "\r\n");
         if (!isGet)
@@ -141,8 +149,8 @@ private:
     int port()
     {
         if (!m_server) {
-            m_guard =
-                std::make_unique<panel::AccessGuard>(m_access, QStringList(), "run", m_isReadOnly);
+            m_guard = std::make_unique<panel::AccessGuard>(
+                m_access, QStringList{QStringLiteral("panel.example")}, "run", m_isReadOnly);
             panel::ServerSettings settings;
             settings.port = 0;
             Expected<std::unique_ptr<panel::Server>> started =

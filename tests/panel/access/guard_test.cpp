@@ -28,9 +28,9 @@ TEST(Host, IsANameOrAnAddressWithOrWithoutAPort)
 
 TEST(HostNames, AreThoseOfThisMachineAndTheConfiguredOnes)
 {
-    const HostNames names({stated("Panel.Plant"), stated("192.168.0.5")});
-    for (const char* host :
-         {"localhost", "LOCALHOST:8080", "127.0.0.1:1", "[::1]", "panel.plant:9", "192.168.0.5"})
+    const HostNames names({stated("Panel.Plant"), stated("192.168.0.5"), stated("dotted.plant.")});
+    for (const char* host : {"localhost", "LOCALHOST:8080", "127.0.0.1:1", "[::1]", "panel.plant:9",
+                             "192.168.0.5", "dotted.plant", "dotted.plant.:9"})
         EXPECT_TRUE(names.contains(host)) << host;
     for (const char* host : {"", "evil.example", "localhost.evil.example", "127.0.0.2", "panel"})
         EXPECT_FALSE(names.contains(host)) << host;

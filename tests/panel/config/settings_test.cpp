@@ -73,6 +73,25 @@ TEST(PanelSettings, ErrorsNameThePlace)
     EXPECT_EQ(0u, errorOfPlc("'nope':1").find("c: /plcs/0/nope: unknown key"));
 }
 
+TEST(PanelSettings, HostsAreNamesOrAddressesWithoutPorts)
+{
+    const Expected<PanelSettings> settings = parsed(
+        "{'hosts':['Panel.example','plant_1.','10.0.0.5','fe80::1'],"
+        "'plcs':[{'name':'a','project':'a.json'}]}");
+    ASSERT_TRUE(settings) << settings.error().text.toStdString();
+    EXPECT_EQ("Panel.example plant_1. 10.0.0.5 fe80::1",
+              settings->hosts.join(QLatin1Char(' ')).toStdString());
+    EXPECT_EQ(
+        "c: /hosts/1: found \"panel.example:8443\", expected a name or an address without a "
+        "port, such as panel.example",
+        errorOf("{'hosts':['a','panel.example:8443'],'plcs':[]}"));
+    for (const char* host : {"", "*.example", "https://panel", "[::1]", "a b", "\xC3\xA9.example"})
+        EXPECT_EQ(0u,
+                  errorOf(QByteArray("{'hosts':['") + host + "'],'plcs':[]}").find("c: /hosts/0: "))
+            << host;
+    EXPECT_EQ(0u, errorOf("{'hosts':'panel.example','plcs':[]}").find("c: /hosts: "));
+}
+
 TEST(PanelSettings, TwoPlcsOfOneNameAreAnError)
 {
     EXPECT_EQ("c: /plcs/1/name: two PLCs are called \"a\"",
