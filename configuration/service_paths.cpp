@@ -39,4 +39,10 @@ QString missingFolder(const QString& resolvedPath)
     return QString();
 }
 
+bool isCredential(const QString& resolvedPath)
+{
+    const QString folder = qEnvironmentVariable("CREDENTIALS_DIRECTORY");
+    return !folder.isEmpty() && resolvedPath.startsWith(folder + QLatin1Char('/'));
+}
+
 } // namespace plc::configuration

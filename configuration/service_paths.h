@@ -14,6 +14,9 @@ QString resolvedPath(const QString& path, const QString& folder);
 /// sign: "RUNTIME_DIRECTORY". Empty for other paths.
 QString missingFolder(const QString& resolvedPath);
 
+/// Whether the service manager keeps this file for the service: a copy of the start.
+bool isCredential(const QString& resolvedPath);
+
 } // namespace plc::configuration
 
 #endif

@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include "panel/access/access.h"
+#include "panel/access/login_audit.h"
 #include "panel/api/subscriptions.h"
 #include "panel/api/write_desk.h"
 #include "panel/http/route.h"
@@ -25,6 +25,7 @@ struct ApiContext {
     Subscriptions* subscriptions = nullptr;
     WriteDesk* writes = nullptr;
     Access* access = nullptr;
+    LoginAudit* logins = nullptr;
     HistoryQueries* history = nullptr; ///< Null: nothing is recorded.
     AlarmWatch* alarms = nullptr;
     RecipeDesk* recipes = nullptr; ///< Null: none are kept.

@@ -1,6 +1,7 @@
 #include "exchange/flat_json.h"
 #include "panel/access/role_name.h"
 #include "panel/api/api_routes.h"
+#include "panel/api/audited.h"
 #include "panel/api/json_text.h"
 
 namespace plc::panel {
@@ -52,6 +53,24 @@ Response loginResponse(const ApiContext& context, const LoginResult& result)
     return response;
 }
 
+/// What is recorded is on the disk before the answer goes, by the thread that writes all records. A
+/// disk that takes none keeps nobody from looking.
+void answerLogin(const ApiContext& context, const LoginResult& result, const QString& user,
+                 const QString& address, const Responder& respond)
+{
+    std::optional<AuditRecord> record =
+        context.logins->attempted(user, address, result, Access::steadyTime());
+    if (!record) {
+        respond(loginResponse(context, result));
+        return;
+    }
+    record->time = context.time();
+    context.post([context, result, record = *record, respond] {
+        static_cast<void>(context.audit(record));
+        respond(loginResponse(context, result));
+    });
+}
+
 void logIn(const ApiContext& context, const Request& request, const Responder& respond)
 {
     const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
@@ -65,9 +84,25 @@ void logIn(const ApiContext& context, const Request& request, const Responder& r
         respond(badRequest(QStringLiteral("this panel has no users")));
         return;
     }
-    context.access->login(
-        *user, *password, request.caller.address,
-        [context, respond](const LoginResult& result) { respond(loginResponse(context, result)); });
+    const QString address = request.caller.address;
+    context.access->login(*user, *password, address,
+                          [context, respond, name = *user, address](const LoginResult& result) {
+                              answerLogin(context, result, name, address, respond);
+                          });
+}
+
+void logOut(const ApiContext& context, const Request& request, const Responder& respond)
+{
+    Response response = Response::nothing();
+    response.addHeader("Set-Cookie", context.access->clearedCookie());
+    if (!context.access->logout(request.caller)) {
+        respond(response);
+        return;
+    }
+    context.post([context, request, respond, response] {
+        recordEnd(context, recordOf(context, request, "logout", {}, {}), {});
+        respond(response);
+    });
 }
 
 } // namespace
@@ -90,10 +125,7 @@ QVector<Route> sessionRoutes(const ApiContext& context)
     };
     Route close{Method::Delete, "/api/v1/session", Role::Viewer, Route::Reads, "Log out", {}};
     close.handler = [context](const Request& request, const Responder& respond) {
-        context.access->logout(request.caller);
-        Response response = Response::nothing();
-        response.addHeader("Set-Cookie", context.access->clearedCookie());
-        respond(response);
+        logOut(context, request, respond);
     };
     return {show, open, close};
 }

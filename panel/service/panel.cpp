@@ -2,6 +2,7 @@
 
 #include <QtCore/QDateTime>
 
+#include "configuration/service_paths.h"
 #include "panel/api/api_routes.h"
 #include "panel/service/page_routes.h"
 #include "values/nearest_name.h"
@@ -47,8 +48,11 @@ Panel::Panel(const PanelSettings& settings, const QString& driver, const QString
 Panel::~Panel()
 {
     m_server.reset();
+    m_guard.reset();
+    m_access.reset(); // whose thread posts what came of a login
     m_owner.reset();
     m_seconds.stop();
+    recordLogins(m_logins.finish());
     m_subscriptions.clear();
     for (const std::unique_ptr<Plant>& plant : m_plants)
         plant->stop();
@@ -93,6 +97,7 @@ ApiContext Panel::context()
     context.subscriptions = &m_subscriptions;
     context.writes = m_writes.get();
     context.access = m_access.get();
+    context.logins = &m_logins;
     context.history = m_recorder ? &m_queries : nullptr;
     context.alarms = m_alarms.get();
     context.recipes = m_recipes.get();
@@ -194,15 +199,43 @@ Expected<void> Panel::audit(const AuditRecord& record)
     return kept;
 }
 
+void Panel::recordLogins(std::optional<AuditRecord> record)
+{
+    if (!record)
+        return;
+    record->time = wallClock();
+    static_cast<void>(audit(*record));
+}
+
 void Panel::readAgain()
 {
-    const Expected<void> reloaded = m_access->reload();
-    m_log(reloaded ? QStringLiteral("the users were read again")
-                   : QStringLiteral("the users stay as they were: %1").arg(reloaded.error().text));
-    if (!m_audit)
-        return;
-    if (const Expected<void> reopened = m_audit->reopen(wallClock()); !reopened)
-        m_log(QStringLiteral("the audit file stays as it was: %1").arg(reopened.error().text));
+    if (m_access->isLoginRequired())
+        tellReading(QStringLiteral("the users"), m_access->reload());
+    if (!m_settings.certificate.isEmpty()) {
+        const Expected<QDateTime> end = m_server->readCertificate();
+        tellReading(QStringLiteral("the certificate"),
+                    end ? Expected<void>() : Expected<void>(end.error()));
+        if (end)
+            m_log(QStringLiteral("the certificate ends on %1").arg(end->toString(Qt::ISODate)));
+    }
+    if (m_audit)
+        tellReading(QStringLiteral("the audit file"), m_audit->reopen(wallClock()));
+    for (const QString& path : {m_settings.usersFile, m_settings.certificate, m_settings.key}) {
+        if (!configuration::isCredential(path))
+            continue;
+        m_log(QStringLiteral("%1 is a credential of the service: unless the service manager renews "
+                             "it with a reload, another one takes a restart")
+                  .arg(path));
+    }
+    m_log(
+        QStringLiteral("configuration and projects are not read again: changed ones take a "
+                       "restart"));
+}
+
+void Panel::tellReading(const QString& what, const Expected<void>& outcome)
+{
+    m_log(outcome ? QStringLiteral("%1: read again").arg(what)
+                  : QStringLiteral("%1: as before, for %2").arg(what, outcome.error().text));
 }
 
 QString Panel::address() const
@@ -249,6 +282,7 @@ void Panel::linkChanged(Plant* plant)
 void Panel::passSecond()
 {
     m_subscriptions.passSecond();
+    recordLogins(m_logins.passTime(Access::steadyTime()));
     tell(m_auditError, &m_auditTrouble);
     m_alarms->passSecond();
     tell(m_alarms->failure(), &m_alarmTrouble);

@@ -9,6 +9,7 @@
 #include "panel/access/access.h"
 #include "panel/access/access_guard.h"
 #include "panel/access/audit_log.h"
+#include "panel/access/login_audit.h"
 #include "panel/access/secrets.h"
 #include "panel/api/alarm_watch.h"
 #include "panel/api/api_context.h"
@@ -34,7 +35,8 @@ public:
     Expected<void> prepare();
     /// Connects the PLCs and listens.
     Expected<void> start();
-    /// Reads again who may log in, and goes on with a new audit file.
+    /// Reads again who may log in and the certificate, goes on with a new audit file, and tells
+    /// what came of it.
     void readAgain();
 
     const Plants& plants() const { return m_plants; }
@@ -52,6 +54,8 @@ private:
     Expected<void> startRecording();
     Expected<void> startAlarms();
     Expected<void> audit(const AuditRecord& record);
+    void tellReading(const QString& what, const Expected<void>& outcome);
+    void recordLogins(std::optional<AuditRecord> record);
     /// What is told when it begins, and when it is over.
     struct Trouble {
         const char* begins;
@@ -68,6 +72,7 @@ private:
     const Log m_log;
     std::unique_ptr<Access> m_access;
     std::unique_ptr<AccessGuard> m_guard;
+    LoginAudit m_logins;
     std::unique_ptr<AuditLog> m_audit;
     // What stands first ends last: PLCs settle what is open when they end.
     Plants m_plants;
