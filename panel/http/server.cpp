@@ -262,6 +262,14 @@ Server::Private::~Private()
         ::MHD_stop_daemon(daemon); // closes the socket
 }
 
+Expected<void> checkCertificate(const ServerSettings& settings)
+{
+    if (settings.certificate.isEmpty())
+        return {};
+    const auto loaded = TlsIdentity::load(settings.certificate, settings.key);
+    return loaded ? Expected<void>() : Expected<void>(loaded.error());
+}
+
 Expected<std::unique_ptr<Server>> Server::start(const ServerSettings& settings,
                                                 const QVector<Route>& routes, Guard* guard)
 {

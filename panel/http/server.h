@@ -32,6 +32,9 @@ struct ServerSettings {
     int sendBytes = 256 * 1024;
 };
 
+/// Whether the files of the settings, if any, hold a certificate that TLS can be offered with.
+Expected<void> checkCertificate(const ServerSettings& settings);
+
 /// What a server does at the moment.
 struct ServerStatistics {
     int connections = 0;

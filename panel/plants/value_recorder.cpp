@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "configuration/label_places.h"
+#include "values/nearest_name.h"
 
 namespace plc::panel {
 namespace {
@@ -19,8 +20,15 @@ Expected<QVector<double>> deadbandsOf(const Plant& plant)
         if (!fitting)
             return Error{
                 QStringLiteral("PLC %1: deadband: %2").arg(plant.name(), fitting.error().text)};
-        for (const int place : *fitting)
+        bool hasNumber = false;
+        for (const int place : *fitting) {
             deadbands[place] = rule.deadband;
+            const host::DataPoint& point = plant.point(plant.recorded()[place]);
+            hasNumber = hasNumber || recorder::isNumeric(recorder::describe(point, plant.name()));
+        }
+        if (!hasNumber)
+            return Error{QStringLiteral("PLC %1: deadband: %2 is no number")
+                             .arg(plant.name(), values::quoted(rule.labels))};
     }
     return deadbands;
 }
@@ -51,6 +59,12 @@ Expected<std::unique_ptr<ValueRecorder>> ValueRecorder::start(const RecordSettin
     if (!thread)
         return thread.error();
     return std::unique_ptr<ValueRecorder>(new ValueRecorder(std::move(*thread)));
+}
+
+Expected<void> ValueRecorder::checkDeadbands(const Plant& plant)
+{
+    const Expected<QVector<double>> deadbands = deadbandsOf(plant);
+    return deadbands ? Expected<void>() : Expected<void>(deadbands.error());
 }
 
 Expected<void> ValueRecorder::add(const Plant& plant, qint64 time)

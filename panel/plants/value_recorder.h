@@ -21,6 +21,8 @@ public:
     static Expected<std::unique_ptr<ValueRecorder>> start(const RecordSettings& settings,
                                                           qint64 time);
 
+    /// An error names a deadband that fits none of the recorded values, or no number among them.
+    static Expected<void> checkDeadbands(const Plant& plant);
     /// Begins with what is known of its values: nothing. An error names a deadband that fits none.
     Expected<void> add(const Plant& plant, qint64 time);
     /// See PlantListener.

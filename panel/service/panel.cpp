@@ -5,6 +5,7 @@
 #include "configuration/service_paths.h"
 #include "panel/api/api_routes.h"
 #include "panel/service/page_routes.h"
+#include "panel/service/start_check.h"
 #include "values/nearest_name.h"
 
 namespace plc::panel {
@@ -61,12 +62,17 @@ Panel::~Panel()
 
 Expected<void> Panel::prepare()
 {
+    if (const Expected<void> areThere = checkFolders(m_settings); !areThere)
+        return areThere;
     const bool hasUsers = !m_settings.usersFile.isEmpty();
     if (!m_settings.address.isEmpty()) {
         const Expected<void> mayListen =
             checkListening(m_settings.address, !m_settings.certificate.isEmpty(), hasUsers);
         if (!mayListen)
             return mayListen.error();
+        const Expected<void> isPair = checkCertificate(serverSettings(m_settings));
+        if (!isPair)
+            return isPair;
     }
     AccessSettings access;
     access.users = m_settings.usersFile;
@@ -83,6 +89,8 @@ Expected<void> Panel::prepare()
             Plant::create(settings, m_settings.isReadOnly, m_driver, this);
         if (!plant)
             return plant.error();
+        if (const Expected<void> fit = ValueRecorder::checkDeadbands(**plant); !fit)
+            return fit.error();
         if (const Expected<void> areSensible = AlarmWatch::check(**plant); !areSensible)
             return areSensible.error();
         m_plants.add(std::move(*plant));

@@ -10,6 +10,7 @@
 #include "panel/service/audit_command.h"
 #include "panel/service/options.h"
 #include "panel/service/panel.h"
+#include "panel/service/start_check.h"
 #include "panel/service/user_command.h"
 #include "service/console.h"
 #include "service/service_manager.h"
@@ -88,6 +89,8 @@ int check(const PanelSettings& settings, const QString& driver)
     Panel panel(settings, driver, QCoreApplication::applicationVersion(), log);
     if (const Expected<void> prepared = panel.prepare(); !prepared)
         return complain(prepared.error().text, kExitWrongUse);
+    if (const Expected<void> areThere = checkPlaces(settings); !areThere)
+        return complain(areThere.error().text, kExitWrongUse);
     int recorded = 0;
     for (const std::unique_ptr<Plant>& plant : panel.plants())
         recorded += int(plant->recorded().size());

@@ -73,6 +73,7 @@ protected:
         ASSERT_TRUE(comesTrue([this] { return quality("T.level") == "good"; }));
     }
     void stop() { m_panel.reset(); }
+    LineProcess& panel() { return *m_panel; }
 
     QJsonObject get(const QByteArray& target)
     {
