@@ -33,7 +33,7 @@ node_packages=()
 command -v npm >/dev/null || node_packages=(nodejs npm)
 
 # What the panel in the browser is built with.
-panel_packages=(libmicrohttpd-dev libsodium-dev libsystemd-dev "${node_packages[@]}")
+panel_packages=(libmicrohttpd-dev libgnutls28-dev libsodium-dev libsystemd-dev "${node_packages[@]}")
 
 # The browser of its tests, with a font.
 browser_packages=(chromium fonts-dejavu-core)

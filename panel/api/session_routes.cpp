@@ -59,7 +59,7 @@ void answerLogin(const ApiContext& context, const LoginResult& result, const QSt
                  const QString& address, const Responder& respond)
 {
     std::optional<AuditRecord> record =
-        context.logins->attempted(user, address, result, Access::steadyTime());
+        context.logins->attempted(user, address, result, values::steadyTime());
     if (!record) {
         respond(loginResponse(context, result));
         return;

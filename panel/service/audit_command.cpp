@@ -1,10 +1,15 @@
 #include "panel/service/audit_command.h"
 
+#include <QtCore/QStringList>
+
 #include "panel/access/audit_reading.h"
+#include "panel/access/audit_text.h"
 
 namespace plc::panel {
 
-Expected<AuditReport> auditReport(const QString& file)
+namespace {
+
+Expected<AuditReport> verificationOf(const QString& file)
 {
     const Expected<AuditVerification> found = verifyAudit(file);
     if (!found)
@@ -24,6 +29,23 @@ Expected<AuditReport> auditReport(const QString& file)
         text +=
             QStringLiteral("\n%1 times a process or a disk ended within a line").arg(found->cuts);
     return AuditReport{text, true};
+}
+
+} // namespace
+
+Expected<AuditReport> auditReport(const QString& file, int lines)
+{
+    const Expected<AuditReport> verification = verificationOf(file);
+    if (!verification || lines == 0)
+        return verification;
+    const Expected<AuditPage> page = readAudit(file, -qint64(lines), lines);
+    if (!page)
+        return page.error();
+    QStringList texts;
+    for (const QByteArray& line : page->lines)
+        texts.append(auditLineText(line));
+    texts.append(verification->text);
+    return AuditReport{texts.join(QLatin1Char('\n')), verification->isIntact};
 }
 
 } // namespace plc::panel

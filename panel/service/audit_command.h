@@ -12,8 +12,8 @@ struct AuditReport {
     bool isIntact = false;
 };
 
-/// Whether the hashes of an audit file hold, in words.
-Expected<AuditReport> auditReport(const QString& file);
+/// Whether the hashes of an audit file hold, in words, below so many of its last lines.
+Expected<AuditReport> auditReport(const QString& file, int lines = 0);
 
 } // namespace plc::panel
 

@@ -4,6 +4,7 @@
 #include "options/command_line.h"
 #include "options/help_text.h"
 #include "options/readers.h"
+#include "panel/access/audit_reading.h"
 
 namespace plc::panel {
 namespace {
@@ -12,12 +13,12 @@ constexpr char kUsage[] =
     "usage: plc-panel [OPTION...] PROJECT...\n"
     "       plc-panel [OPTION...] --config CONFIG\n"
     "       plc-panel user --users FILE (add NAME ROLE | remove NAME | list)\n"
-    "       plc-panel audit FILE\n"
+    "       plc-panel audit FILE [--lines N]\n"
     "\n"
     "Shows the values of PLCs in the browser, with their trends, and writes them. Serves a\n"
     "page and an interface for programs. Runs until SIGTERM or Ctrl-C; SIGHUP has it read\n"
     "its files again. \"user\" changes who may log in; \"audit\" tells whether a record of\n"
-    "writes was altered.\n"
+    "writes and logins was altered, and shows it.\n"
     "\n"
     "Options:\n";
 
@@ -72,6 +73,8 @@ options::Table Options::table()
                 "The file of users, which `plc-panel user` changes. Without one, only this machine "
                 "reaches the panel, and whoever does may do everything."},
                {"--audit FILE", "record who wrote what", text(&audit), kCompleteFile},
+               {"--lines N", "with the command audit: show its last N lines, too",
+                integer(&auditLines, 1, kMostAuditLines)},
                {"--driver FILE", "the driver library (beside the program, or installed)",
                 text(&driverFile), kCompleteFile,
                 "The driver library; if not given, it is looked for beside the program and where "

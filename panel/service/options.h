@@ -25,6 +25,7 @@ struct Options {
     QString key;
     QString users;
     QString audit;
+    int auditLines = 0; ///< Of the task Audit: the last ones are shown.
     bool isReadOnly = false;
     /// Help or version text: to be printed, and nothing else done.
     QString information;

@@ -290,7 +290,7 @@ void Panel::linkChanged(Plant* plant)
 void Panel::passSecond()
 {
     m_subscriptions.passSecond();
-    recordLogins(m_logins.passTime(Access::steadyTime()));
+    recordLogins(m_logins.passTime(values::steadyTime()));
     tell(m_auditError, &m_auditTrouble);
     m_alarms->passSecond();
     tell(m_alarms->failure(), &m_alarmTrouble);

@@ -107,9 +107,9 @@ int report(const Expected<QString>& result)
     return result->isEmpty() || print(*result) ? kExitDone : kExitFailed;
 }
 
-int verify(const QString& file)
+int verify(const Options& options)
 {
-    const Expected<AuditReport> report = auditReport(file);
+    const Expected<AuditReport> report = auditReport(options.arguments.first(), options.auditLines);
     if (!report)
         return complain(report.error().text, kExitWrongUse);
     const bool isPrinted = print(report->text);
@@ -128,7 +128,7 @@ int runProgram(const QStringList& arguments)
     if (options->task == Options::Users)
         return report(changeUsers(options->users, options->arguments));
     if (options->task == Options::Audit)
-        return verify(options->arguments.first());
+        return verify(*options);
     const Expected<PanelSettings> settings = settingsOf(*options);
     if (!settings)
         return complain(settings.error().text, kExitWrongUse);

@@ -94,7 +94,10 @@ Expected<QString> removeUser(UsersFile* users, const QString& name)
         return Error{QStringLiteral("there is no user %1").arg(values::quoted(name))};
     if (const Expected<void> saved = users->save(); !saved)
         return saved.error();
-    return QStringLiteral("%1 may not log in any more").arg(values::quoted(name));
+    return QStringLiteral(
+               "%1 is removed; a panel that runs is told by SIGHUP, or by a restart where "
+               "the file is a credential")
+        .arg(values::quoted(name));
 }
 
 QString listUsers(const UsersFile& users)
