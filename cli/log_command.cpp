@@ -289,6 +289,8 @@ void LogCommand::write()
 {
     if (!m_writer)
         return;
+    if (m_attention.wasLost(QDateTime::currentMSecsSinceEpoch()))
+        m_writer->interrupt();
     collectChanges();
     const Expected<void> written = m_writer->write(m_records);
     if (written) {

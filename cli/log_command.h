@@ -10,6 +10,7 @@
 #include "cli/cyclic_command.h"
 #include "cli/value_changes.h"
 #include "log/log_writer.h"
+#include "recorder/attention.h"
 
 namespace plc::cli {
 
@@ -67,6 +68,7 @@ private:
 
     const LogOptions& m_options;
     std::unique_ptr<log::LogWriter> m_writer;
+    recorder::Attention m_attention;
     ValueChanges m_changes;
     QVector<bool> m_hasBegun;          ///< Rows that have a record, of those logged at an interval.
     int m_begun = 0;                   ///< How many they are.

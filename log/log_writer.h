@@ -17,6 +17,9 @@ public:
     /// Whether records need their value as a text and as a number beside the bytes.
     virtual bool needsTexts() const { return true; }
 
+    /// Nobody looked at the values since the last write().
+    virtual void interrupt() {}
+
     /// Keeps the records: they are on the disk when this returns. After an error the
     /// log ends, readable, with the records of earlier calls and perhaps some of these.
     virtual Expected<void> write(const QVector<LogRecord>& records) = 0;

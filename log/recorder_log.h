@@ -25,6 +25,7 @@ public:
         const LogClock& clock, bool* isMediumFailing = nullptr);
 
     bool needsTexts() const override { return false; }
+    void interrupt() override { m_recorder->interrupt(); }
     /// Also without records: the values are known to hold on.
     Expected<void> write(const QVector<LogRecord>& records) override;
 

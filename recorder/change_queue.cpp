@@ -1,6 +1,7 @@
 #include "recorder/change_queue.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace plc::recorder {
 namespace {
@@ -21,6 +22,7 @@ void ChangeQueue::add(const QVector<Change>& changes, qint64 now)
     Portion portion;
     portion.changes = changes;
     portion.now = now;
+    portion.isBehindPause = std::exchange(m_isInterrupted, false);
     if (m_isDropping) {
         portion.isBehindLoss = true;
         for (auto lost = m_lost.constBegin(); lost != m_lost.constEnd(); ++lost)
@@ -30,7 +32,7 @@ void ChangeQueue::add(const QVector<Change>& changes, qint64 now)
     }
     m_changes += portion.changes.size() + portion.lost.size();
     m_bytes += bytesOf(portion.changes) + bytesOf(portion.lost);
-    const bool tellsTimeOnly = changes.isEmpty() && !portion.isBehindLoss;
+    const bool tellsTimeOnly = changes.isEmpty() && !portion.beginsAnew();
     if (tellsTimeOnly && !m_portions.empty() && m_portions.back().now <= now)
         m_portions.back().now = now;
     else
@@ -45,8 +47,8 @@ std::optional<ChangeQueue::Portion> ChangeQueue::take()
     m_portions.pop_front();
     m_changes -= first.changes.size() + first.lost.size();
     m_bytes -= bytesOf(first.changes) + bytesOf(first.lost);
-    // What holds behind a loss does so from that portion's time on.
-    while (!first.isBehindLoss && !m_portions.empty() && goesAlong(first)) {
+    // What holds behind a loss or a pause does so from that portion's time on.
+    while (!first.beginsAnew() && !m_portions.empty() && goesAlong(first)) {
         const Portion& next = m_portions.front();
         m_changes -= next.changes.size();
         m_bytes -= bytesOf(next.changes);
@@ -90,7 +92,7 @@ void ChangeQueue::drop(const QVector<Change>& changes)
 bool ChangeQueue::goesAlong(const Portion& first) const
 {
     const Portion& next = m_portions.front();
-    return !next.isBehindLoss && next.now >= first.now &&
+    return !next.beginsAnew() && next.now >= first.now &&
            first.changes.size() + next.changes.size() <= kMostAtOnce;
 }
 

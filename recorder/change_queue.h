@@ -32,9 +32,15 @@ public:
         /// are what has come of them.
         bool isBehindLoss = false;
         QVector<Change> lost;
+        bool isBehindPause = false; ///< See interrupt().
+
+        /// A new run begins with it, at its time.
+        bool beginsAnew() const { return isBehindLoss || isBehindPause; }
     };
 
     void add(const QVector<Change>& changes, qint64 now);
+    /// Nothing is known from what was added last to what is added next.
+    void interrupt() { m_isInterrupted = true; }
     /// The oldest portion, with those behind it that can go along; nothing when it is empty.
     std::optional<Portion> take();
 
@@ -56,6 +62,7 @@ private:
     qint64 m_changes = 0;
     qint64 m_bytes = 0;
     bool m_isDropping = false;
+    bool m_isInterrupted = false;
     QHash<int, Sample> m_lost; ///< The last dropped change of each series.
     qint64 m_dropped = 0;
 };

@@ -52,6 +52,7 @@ public:
     int series(const SeriesDescription& description) { return m_series.find(description); }
     Expected<void> append(const QVector<Change>& changes, qint64 now);
     void giveUp(const QVector<Change>& changes);
+    void interrupt();
     Expected<void> end(qint64 now);
     Expected<void> endAtLastTime() { return end(m_now); }
 
@@ -358,6 +359,12 @@ void Recorder::Implementation::giveUp(const QVector<Change>& changes)
         m_latest.insert(change.series, change.sample);
 }
 
+void Recorder::Implementation::interrupt()
+{
+    if (m_run && !m_break)
+        m_break = Ending::Interrupted;
+}
+
 Expected<void> Recorder::Implementation::end(qint64 now)
 {
     if (!m_run)
@@ -504,6 +511,11 @@ Expected<void> Recorder::append(const QVector<Change>& changes, qint64 now)
 void Recorder::giveUp(const QVector<Change>& changes)
 {
     m_implementation->giveUp(changes);
+}
+
+void Recorder::interrupt()
+{
+    m_implementation->interrupt();
 }
 
 Expected<void> Recorder::end(qint64 now)

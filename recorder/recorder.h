@@ -63,6 +63,10 @@ public:
     /// from the last success to the next one, where they hold what was given here.
     void giveUp(const QVector<Change>& changes);
 
+    /// Nobody looked at the values since the last append(): the series show a gap from there to the
+    /// next one, where they hold what they held, or what that gives.
+    void interrupt();
+
     /// Ends the recording; append() begins it anew.
     Expected<void> end(qint64 now);
 

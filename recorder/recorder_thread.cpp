@@ -35,6 +35,11 @@ public:
         m_queue.add(changes, now);
         m_wake.notify_one();
     }
+    void interrupt()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_queue.interrupt();
+    }
     RecorderStatus status() const;
 
 private:
@@ -108,6 +113,8 @@ void RecorderThread::Implementation::record(Lock* lock, ChangeQueue::Portion por
     translate(&portion.lost);
     if (portion.isBehindLoss)
         m_recorder->giveUp(portion.lost);
+    if (portion.isBehindPause)
+        m_recorder->interrupt();
     for (;;) {
         lock->unlock();
         const Expected<void> outcome = m_recorder->append(portion.changes, portion.now);
@@ -181,6 +188,11 @@ int RecorderThread::series(const SeriesDescription& description)
 void RecorderThread::append(const QVector<Change>& changes, qint64 now)
 {
     m_implementation->append(changes, now);
+}
+
+void RecorderThread::interrupt()
+{
+    m_implementation->interrupt();
 }
 
 RecorderStatus RecorderThread::status() const

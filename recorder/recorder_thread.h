@@ -41,6 +41,9 @@ public:
     /// it the series hold what they were given last.
     void append(const QVector<Change>& changes, qint64 now);
 
+    /// As Recorder::interrupt().
+    void interrupt();
+
     RecorderStatus status() const;
 
 private:

@@ -11,7 +11,7 @@ enum class Ending {
     Ended = 1,        ///< As it should.
     ClockSetBack = 2, ///< The next one goes on at once, by another clock.
     ChangesLost = 3,  ///< The disk was full or too slow.
-    Interrupted = 4,  ///< The program or the computer died.
+    Interrupted = 4,  ///< The program or the computer died, or stood still.
 };
 
 /// A stretch of recording without gaps.

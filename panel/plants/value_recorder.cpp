@@ -1,7 +1,5 @@
 #include "panel/plants/value_recorder.h"
 
-#include <algorithm>
-
 #include "configuration/label_places.h"
 #include "values/nearest_name.h"
 
@@ -35,19 +33,6 @@ Expected<QVector<double>> deadbandsOf(const Plant& plant)
 
 } // namespace
 
-recorder::Quality recordedQuality(Quality quality)
-{
-    switch (quality) {
-        case Quality::Good:
-            return recorder::Quality::Good;
-        case Quality::Stale:
-            return recorder::Quality::Stale;
-        case Quality::Bad:
-            break;
-    }
-    return recorder::Quality::Bad;
-}
-
 Expected<std::unique_ptr<ValueRecorder>> ValueRecorder::start(const RecordSettings& settings,
                                                               qint64 time)
 {
@@ -72,19 +57,15 @@ Expected<void> ValueRecorder::add(const Plant& plant, qint64 time)
     const Expected<QVector<double>> deadbands = deadbandsOf(plant);
     if (!deadbands)
         return deadbands.error();
-    QVector<Followed>& followed = m_followed[&plant];
-    QVector<recorder::Change> changes;
+    FollowedValues& followed = m_followed[&plant];
     for (int i = 0; i < int(plant.recorded().size()); ++i) {
         const int slot = plant.recorded()[i];
         recorder::SeriesDescription series = recorder::describe(plant.point(slot), plant.name());
         if (recorder::isNumeric(series))
             series.deadband = deadbands->at(i);
-        if (followed.size() <= slot)
-            followed.resize(slot + 1);
-        followed[slot] = {m_thread->series(series), time};
-        changes.append({followed[slot].series, {time, recorder::Quality::Stale, {}}});
+        followed.follow(slot, m_thread->series(series));
     }
-    m_thread->append(changes, time);
+    m_thread->append(followed.forget(time), time);
     return {};
 }
 
@@ -93,18 +74,26 @@ void ValueRecorder::sampled(const Plant& plant, const QVector<int>& changed, qin
     const auto found = m_followed.find(&plant);
     if (found == m_followed.end())
         return;
+    look(time);
+    const auto value = [&plant](int slot) -> const LiveValue& { return plant.value(slot); };
+    m_thread->append(found->second.sampled(value, changed, time), time);
+}
+
+void ValueRecorder::passSecond(qint64 time)
+{
+    look(time);
+    m_thread->append({}, time);
+}
+
+/// Behind a pause nothing is known, and nothing was in between.
+void ValueRecorder::look(qint64 time)
+{
+    if (!m_attention.wasLost(time))
+        return;
+    m_thread->interrupt();
     QVector<recorder::Change> changes;
-    for (const int slot : changed) {
-        if (slot >= found->size() || found->at(slot).series < 0)
-            continue;
-        Followed& followed = (*found)[slot];
-        const LiveValue& value = plant.value(slot);
-        // A reply may be older than the moment at which it was given up waiting for it.
-        const qint64 since = value.quality == Quality::Good ? value.time : time;
-        followed.told = std::min(std::max(since, followed.told), time);
-        changes.append(
-            {followed.series, {followed.told, recordedQuality(value.quality), value.bytes}});
-    }
+    for (auto& [plant, followed] : m_followed)
+        changes += followed.forget(time);
     m_thread->append(changes, time);
 }
 

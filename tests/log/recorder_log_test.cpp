@@ -70,6 +70,19 @@ protected:
     QHash<QString, recorder::SeriesDescription> m_series;
 };
 
+TEST_F(RecorderLogTest, ClaimsNothingOfATimeInWhichItStoodStill)
+{
+    std::unique_ptr<RecorderLog> log = open();
+    ASSERT_TRUE(succeeds(log->write({of(0, "P.a", "1")})));
+    m_now += 1000;
+    ASSERT_TRUE(succeeds(log->write({})));
+    m_now += 60000;
+    log->interrupt();
+    ASSERT_TRUE(succeeds(log->write({of(60500, "P.a", "2")})));
+    log.reset();
+    EXPECT_EQ("0 1, 1000 -, 60500 2, 61000 -", text(history(file, 1)));
+}
+
 TEST_F(RecorderLogTest, IsExportedAsTheLogsBeforeInTheOrderOfTime)
 {
     LogRecord stale = of(1000, "P.a", QByteArray("\xFE\xFF", 2));

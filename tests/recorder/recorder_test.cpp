@@ -1,5 +1,6 @@
 #include "recorder/recorder.h"
 
+#include "recorder/attention.h"
 #include "tests/recorder/recording.h"
 
 namespace plc::recorder {
@@ -51,6 +52,37 @@ TEST_F(RecorderTest, AfterTheClockWasSetBackTheLaterRecordHoldsAndNothingIsLost)
     const QVector<Sample> recorded{good(a, 1000, "1").sample, good(a, 5000, "3").sample, gap(5000),
                                    good(a, 4000, "4").sample, gap(6000)};
     EXPECT_EQ(recorded, all);
+}
+
+TEST_F(RecorderTest, APauseIsAGapBehindWhichTheSeriesHoldWhatIsGiven)
+{
+    std::unique_ptr<Recorder> recorder = open(1000);
+    const int a = recorder->series(ofType("P.a", "INT"));
+    const int b = recorder->series(ofType("P.b", "INT"));
+    append(*recorder, {good(a, 1000, "1"), good(b, 1000, "2")}, 1000);
+    append(*recorder, {}, 2000);
+    recorder->interrupt();
+    append(*recorder, {{a, {60000, Quality::Stale, {}}}}, 60000);
+    append(*recorder, {}, 61000);
+    recorder.reset();
+    const QVector<Sample> wanted{good(a, 1000, "1").sample, gap(2000),
+                                 Sample{60000, Quality::Stale, {}}, gap(61000)};
+    EXPECT_EQ(wanted, history(a, 0, 100000).samples);
+    const QVector<Sample> held{good(b, 1000, "2").sample, gap(2000), good(b, 60000, "2").sample,
+                               gap(61000)};
+    EXPECT_EQ(held, history(b, 0, 100000).samples);
+    EXPECT_EQ(Ending::Interrupted, runs().first().ending);
+}
+
+TEST(RecorderAttention, IsLostWhereSecondsAreLeftOut)
+{
+    Attention attention;
+    EXPECT_FALSE(attention.wasLost(100000));
+    EXPECT_FALSE(attention.wasLost(101000));
+    EXPECT_FALSE(attention.wasLost(106000));
+    EXPECT_TRUE(attention.wasLost(111001));
+    EXPECT_FALSE(attention.wasLost(111002));
+    EXPECT_FALSE(attention.wasLost(50000)) << "a clock that is set back has a run of its own";
 }
 
 TEST_F(RecorderTest, TheEndOfARunIsAGapAlsoOfSeriesWithoutAChangeInTheRange)

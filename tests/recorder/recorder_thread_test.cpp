@@ -39,6 +39,29 @@ TEST_F(RecorderThreadTest, RecordsAllThatItWasGivenBeforeItEnds)
     EXPECT_EQ(2000, runs().last().until);
 }
 
+TEST_F(RecorderThreadTest, APauseIsAGapAlsoWhereTheDiskIsLate)
+{
+    std::unique_ptr<RecorderThread> thread = start();
+    const int a = thread->series(ofType("P.a", "INT"));
+    {
+        database::SqliteDatabase other;
+        ASSERT_TRUE(other.open(file, false));
+        ASSERT_TRUE(other.execute("BEGIN IMMEDIATE"));
+        // All this waits in the queue, where times go together.
+        thread->append({good(a, 100, "1")}, 100);
+        thread->append({}, 1000);
+        thread->interrupt();
+        thread->append({}, 60000);
+        thread->append({good(a, 60500, "2")}, 61000);
+        ASSERT_TRUE(other.execute("COMMIT"));
+    }
+    thread.reset();
+    const QVector<Sample> wanted{good(a, 100, "1").sample, gap(1000), good(a, 60000, "1").sample,
+                                 good(a, 60500, "2").sample, gap(61000)};
+    EXPECT_EQ(wanted, history(1, 1, 100000).samples);
+    EXPECT_EQ(Ending::Interrupted, runs().first().ending);
+}
+
 TEST_F(RecorderThreadTest, ADiskThatIsTooSlowIsAGapBehindWhichTheLastValuesHold)
 {
     QueueLimits limits;
