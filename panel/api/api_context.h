@@ -32,7 +32,7 @@ struct ApiContext {
     std::function<Expected<void>(const AuditRecord&)> audit;
     std::function<ServerStatistics()> server;
     std::function<std::optional<recorder::RecorderStatus>()> recorder; ///< Nothing is recorded.
-    /// Has a thread of its own work out a response; for any thread.
+    /// Has another thread work out a response, one of a few; for any thread.
     std::function<void(const Responder&, std::function<Response()>)> slowly;
     std::function<qint64()> time; ///< Milliseconds since 1970-01-01T00:00:00Z; for any thread.
     /// Has the thread of the PLCs do something; for any thread.

@@ -28,7 +28,7 @@ void HistoryQueries::submit(const Responder& respond, std::function<Response()> 
 {
     if (++m_waiting > kMostWaiting) {
         --m_waiting;
-        respond(Response::error(503, QStringLiteral("too many questions about the past wait")));
+        respond(Response::error(503, QStringLiteral("too many questions wait; ask again later")));
         return;
     }
     m_pool.start([this, respond, work = std::move(work)] {

@@ -59,11 +59,22 @@ void listPlants(const ApiContext& context, const Request&, const Responder& resp
     respond(Response::json(json.append("]}\n")));
 }
 
-void appendSymbol(const Plant& plant, const ListedSymbol& symbol, QByteArray* json)
+/// What is asked of the symbols of a PLC, for any thread: what it shares with the PLC never
+/// changes.
+struct SymbolQuestion {
+    project::Symbols symbols;
+    std::shared_ptr<const WriteRules> writable; ///< Null: nothing may be written.
+    std::optional<QString> search;
+    QString under;
+    int most = kUsualFound; ///< Of a search.
+};
+
+void appendSymbol(const SymbolQuestion& question, const ListedSymbol& symbol, QByteArray* json)
 {
     host::DataPoint named; // rules look at no more of it
     named.text = symbol.label;
-    const bool isWritable = symbol.kind == ListedSymbol::Value && plant.isWritable(named);
+    const bool isWritable = symbol.kind == ListedSymbol::Value && question.writable &&
+                            question.writable->isWritable(named);
     json->append(json->endsWith('[') ? "{" : ",{");
     appendMember("name", symbol.name, json);
     appendMember("label", symbol.label, json);
@@ -75,38 +86,41 @@ void appendSymbol(const Plant& plant, const ListedSymbol& symbol, QByteArray* js
     json->append(",\"writable\":").append(isWritable ? "true}" : "false}");
 }
 
+Response symbolResponse(const SymbolQuestion& question)
+{
+    const Expected<QVector<ListedSymbol>> symbols =
+        question.search ? searchSymbols(*question.search, question.most, question.symbols)
+                        : symbolsUnder(question.under, question.symbols);
+    if (!symbols)
+        return notFound(symbols.error().text);
+    QByteArray json = "{";
+    appendMember("under", question.under, &json);
+    json.append(",\"symbols\":[");
+    for (const ListedSymbol& symbol : *symbols)
+        appendSymbol(question, symbol, &json);
+    return Response::json(json.append("]}\n"));
+}
+
+/// A search goes through many symbols, for which no PLC waits.
 void listSymbols(const ApiContext& context, const Request& request, const Responder& respond)
 {
     const Plant* const plant = plantOf(context, request, respond);
     if (!plant)
         return;
-    const std::optional<QString> search = request.first(QStringLiteral("search"));
-    const QString under = request.first(QStringLiteral("under")).value_or(QString());
-    QVector<ListedSymbol> symbols;
-    if (search) {
-        bool ok = true;
-        const std::optional<QString> limit = request.first(QStringLiteral("limit"));
-        const int most = limit ? limit->toInt(&ok) : kUsualFound;
-        if (!ok || most < 1 || most > kMostFound) {
-            respond(badRequest(
-                QStringLiteral("\"limit\": a number from 1 to %1 is expected").arg(kMostFound)));
-            return;
-        }
-        symbols = searchSymbols(*search, most, plant->project());
-    } else {
-        const Expected<QVector<ListedSymbol>> found = symbolsUnder(under, plant->project());
-        if (!found) {
-            respond(notFound(found.error().text));
-            return;
-        }
-        symbols = *found;
+    SymbolQuestion question;
+    question.symbols = plant->project();
+    question.writable = plant->writable();
+    question.search = request.first(QStringLiteral("search"));
+    question.under = request.first(QStringLiteral("under")).value_or(QString());
+    bool ok = true;
+    if (const std::optional<QString> limit = request.first(QStringLiteral("limit")))
+        question.most = limit->toInt(&ok);
+    if (question.search && (!ok || question.most < 1 || question.most > kMostFound)) {
+        respond(badRequest(
+            QStringLiteral("\"limit\": a number from 1 to %1 is expected").arg(kMostFound)));
+        return;
     }
-    QByteArray json = "{";
-    appendMember("under", under, &json);
-    json.append(",\"symbols\":[");
-    for (const ListedSymbol& symbol : std::as_const(symbols))
-        appendSymbol(*plant, symbol, &json);
-    respond(Response::json(json.append("]}\n")));
+    context.slowly(respond, [question] { return symbolResponse(question); });
 }
 
 void appendFound(const QString& plc, const FoundValue& found, QByteArray* json)

@@ -67,10 +67,16 @@ std::shared_ptr<RecipePlc> plcOf(const ApiContext& context, const QString& plc,
     return nullptr;
 }
 
+/// Each file is read, for which no PLC waits.
 void listRecipes(const ApiContext& context, const Request&, const Responder& respond)
 {
-    respond(Response::json(recipeListText(context.recipes ? context.recipes->folder().list()
-                                                          : QVector<RecipeSummary>())));
+    if (!context.recipes) {
+        respond(Response::json(recipeListText({})));
+        return;
+    }
+    context.slowly(respond, [folder = context.recipes->folder()] {
+        return Response::json(recipeListText(folder.list()));
+    });
 }
 
 void showRecipe(const ApiContext& context, const Request& request, const Responder& respond)

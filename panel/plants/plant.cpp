@@ -73,7 +73,7 @@ Expected<void> Plant::prepare(const QString& driver, bool isReadOnly)
             WriteRules::make(*m_settings.writable, project(), m_plc->runtime().points());
         if (!rules)
             return rules.error();
-        m_rules = std::move(*rules);
+        m_rules = std::make_shared<WriteRules>(std::move(*rules));
     }
     return {};
 }
@@ -155,14 +155,14 @@ const LiveValue& Plant::value(int slot) const
 
 bool Plant::isWritable(const host::DataPoint& point) const
 {
-    return !isReadOnly() && m_rules.isWritable(point);
+    return !isReadOnly() && m_rules->isWritable(point);
 }
 
 QString Plant::writeObstacle(const host::DataPoint& point,
                              const QVector<values::Value>& values) const
 {
     return isReadOnly() ? QStringLiteral("the PLC is read-only here")
-                        : m_rules.obstacle(point, values);
+                        : m_rules->obstacle(point, values);
 }
 
 void Plant::write(const host::DataPoint& point, const QVector<values::Value>& values,

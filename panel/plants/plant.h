@@ -71,6 +71,8 @@ public:
     /// As LiveTable::confirmed().
     std::optional<qint64> confirmed() const { return m_live.confirmed(); }
 
+    /// Which values may be written, for any thread; null: none may.
+    std::shared_ptr<const WriteRules> writable() const { return isReadOnly() ? nullptr : m_rules; }
     bool isWritable(const host::DataPoint& point) const;
     /// Why these values must not be written; empty: they may be.
     QString writeObstacle(const host::DataPoint& point, const QVector<values::Value>& values) const;
@@ -95,7 +97,7 @@ private:
     const PlcSettings m_settings;
     PlantListener* const m_listener;
     std::unique_ptr<setup::ProjectPlc> m_plc;
-    WriteRules m_rules;
+    std::shared_ptr<const WriteRules> m_rules = std::make_shared<WriteRules>();
     PlcLink m_link;
     WantedValues m_wanted;
     QVector<int> m_recorded;
