@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <QtCore/QFile>
+#include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QMap>
 #include <QtCore/QSet>
 
 #include "panel/config/settings.h"
@@ -21,13 +23,25 @@ QJsonObject schema()
     return document.object();
 }
 
-QJsonObject at(QJsonObject object, const char* path)
+/// Each object of the schema that lists properties, by its place: "/$defs/plc".
+QMap<QString, QJsonObject> objectsWithin(const QJsonValue& value, const QString& place = {})
 {
-    for (const QString& key : QString::fromLatin1(path).split(QLatin1Char('/'))) {
-        if (!key.isEmpty())
-            object = object.value(key).toObject();
-    }
-    return object;
+    QMap<QString, QJsonObject> found;
+    const auto addWithin = [&](const QString& key, const QJsonValue& part) {
+        const QMap<QString, QJsonObject> within =
+            objectsWithin(part, place + QLatin1Char('/') + key);
+        for (auto one = within.begin(); one != within.end(); ++one)
+            found.insert(one.key(), *one);
+    };
+    const QJsonObject object = value.toObject();
+    const QJsonArray list = value.toArray();
+    if (object.contains(QLatin1String("properties")))
+        found.insert(place, object);
+    for (auto member = object.begin(); member != object.end(); ++member)
+        addWithin(member.key(), member.value());
+    for (int i = 0; i < int(list.size()); ++i)
+        addWithin(QString::number(i), list[i]);
+    return found;
 }
 
 /// What the loader takes for known keys, as its complaint about an unknown one lists them.
@@ -44,22 +58,33 @@ QSet<QString> loaderKeys(QByteArray json)
     return {keys.begin(), keys.end()};
 }
 
-void expectKeys(const char* path, const QByteArray& json)
+/// A PLC with an unknown key in it.
+QByteArray plcWith(const char* members)
 {
-    const QJsonObject object = at(schema(), path);
-    const QStringList keys = object.value(QLatin1String("properties")).toObject().keys();
-    EXPECT_EQ(loaderKeys(json), QSet<QString>(keys.begin(), keys.end())) << path;
-    EXPECT_EQ(QJsonValue(false), object.value(QLatin1String("additionalProperties"))) << path;
+    return QByteArray("{'plcs':[{'name':'a','project':'p',") + members + "}]}";
 }
 
 TEST(PanelConfigSchema, HasTheKeysOfTheLoader)
 {
-    expectKeys("", "{'plcs':[],'?':1}");
-    expectKeys("properties/tls", "{'plcs':[],'tls':{'certificate':'c','key':'k','?':1}}");
-    expectKeys("properties/record", "{'plcs':[],'record':{'file':'f','?':1}}");
-    expectKeys("$defs/plc", "{'plcs':[{'name':'a','project':'p','?':1}]}");
-    expectKeys("$defs/alarm",
-               "{'plcs':[{'name':'a','project':'p','alarms':[{'label':'x','?':1}]}]}");
+    const QMap<QString, QByteArray> unknown{
+        {QString(), "{'plcs':[],'?':1}"},
+        {QStringLiteral("/properties/tls"),
+         "{'plcs':[],'tls':{'certificate':'c','key':'k','?':1}}"},
+        {QStringLiteral("/properties/record"), "{'plcs':[],'record':{'file':'f','?':1}}"},
+        {QStringLiteral("/$defs/plc"), plcWith("'?':1")},
+        {QStringLiteral("/$defs/plc/properties/deadband/items"),
+         plcWith("'deadband':[{'labels':'x','deadband':1,'?':1}]")},
+        {QStringLiteral("/$defs/plc/properties/writable/items/oneOf/1"),
+         plcWith("'writable':[{'labels':'x','?':1}]")},
+        {QStringLiteral("/$defs/alarm"), plcWith("'alarms':[{'label':'x','?':1}]")}};
+    const QMap<QString, QJsonObject> objects = objectsWithin(schema());
+    EXPECT_EQ(unknown.keys(), objects.keys()) << "all objects of the schema, and no others";
+    for (auto object = objects.begin(); object != objects.end(); ++object) {
+        SCOPED_TRACE(object.key().toStdString());
+        const QStringList keys = object->value(QLatin1String("properties")).toObject().keys();
+        EXPECT_EQ(loaderKeys(unknown.value(object.key())), QSet<QString>(keys.begin(), keys.end()));
+        EXPECT_EQ(QJsonValue(false), object->value(QLatin1String("additionalProperties")));
+    }
 }
 
 } // namespace

@@ -41,22 +41,74 @@ TEST(PanelSettings, HaveWhatTheFileSays)
         "'audit':'a','record':{'file':'r','size':'10M','age':'400d'},'readOnly':true,"
         "'recipes':'f','plcs':[{'name':'a','project':'a.json','address':'x','port':9,"
         "'cycle':'500ms','record':['T.*'],'deadband':[{'labels':'T.a','deadband':2}],"
-        "'writable':[],'alarms':[{'label':'T.a','below':1,'delay':'2s','text':'low'},"
-        "{'label':'T.b','is':true},{'label':'T.b','notGood':true,'delay':5}]}]}");
+        "'writable':[]}]}");
     ASSERT_TRUE(settings) << settings.error().text.toStdString();
     EXPECT_EQ("::1", settings->address.toStdString());
     EXPECT_EQ(0, settings->port);
+    EXPECT_EQ("s", settings->socket.toStdString());
+    EXPECT_EQ("c", settings->certificate.toStdString());
+    EXPECT_EQ("k", settings->key.toStdString());
+    EXPECT_EQ("u", settings->usersFile.toStdString());
+    EXPECT_EQ("a", settings->auditFile.toStdString());
+    EXPECT_EQ("r", settings->record.file.toStdString());
+    EXPECT_TRUE(settings->isReadOnly);
+    EXPECT_EQ("f", settings->recipes.toStdString());
     EXPECT_EQ(10 * 1024 * 1024, settings->record.size);
     EXPECT_EQ(400 * Q_INT64_C(86400000), settings->record.age);
+    ASSERT_EQ(1, settings->plcs.size());
     const PlcSettings& plc = settings->plcs[0];
+    EXPECT_EQ("a", plc.name.toStdString());
+    EXPECT_EQ("a.json", plc.project.toStdString());
+    EXPECT_EQ("x", plc.address.value_or(QString()).toStdString());
+    EXPECT_EQ(9, plc.port.value_or(0));
     EXPECT_EQ(500, plc.cycleTime);
+    EXPECT_EQ(QVector<QString>{QStringLiteral("T.*")}, plc.record);
+    ASSERT_EQ(1, plc.deadbands.size());
+    EXPECT_EQ("T.a", plc.deadbands[0].labels.toStdString());
+    EXPECT_EQ(2, plc.deadbands[0].deadband);
     ASSERT_TRUE(plc.writable);
     EXPECT_TRUE(plc.writable->isEmpty()) << "nothing";
-    ASSERT_EQ(3, plc.alarms.size());
-    EXPECT_EQ(AlarmSettings::Below, plc.alarms[0].condition);
-    EXPECT_EQ(2000, plc.alarms[0].delay);
-    EXPECT_EQ(values::Value(true), plc.alarms[1].state);
-    EXPECT_EQ(AlarmSettings::NotGood, plc.alarms[2].condition);
+}
+
+TEST(PanelSettings, HaveTheAlarmsThatTheFileDescribes)
+{
+    const Expected<PanelSettings> settings = parsed(
+        "{'plcs':[{'name':'a','project':'a.json','alarms':[{'label':'T.a','below':1,"
+        "'delay':'2s','text':'low','deadband':0.5},{'label':'T.a','above':3},"
+        "{'label':'T.b','is':true},{'label':'T.b','notGood':true,'delay':5}]}]}");
+    ASSERT_TRUE(settings) << settings.error().text.toStdString();
+    const QVector<AlarmSettings>& alarms = settings->plcs[0].alarms;
+    ASSERT_EQ(4, alarms.size());
+    EXPECT_EQ("a", alarms[0].plc.toStdString());
+    EXPECT_EQ("T.a", alarms[0].label.toStdString());
+    EXPECT_EQ(AlarmSettings::Below, alarms[0].condition);
+    EXPECT_EQ(1, alarms[0].limit);
+    EXPECT_EQ(2000, alarms[0].delay);
+    EXPECT_EQ("low", alarms[0].text.toStdString());
+    EXPECT_EQ(0.5, alarms[0].deadband);
+    EXPECT_EQ(AlarmSettings::Above, alarms[1].condition);
+    EXPECT_EQ(3, alarms[1].limit);
+    EXPECT_EQ(AlarmSettings::Is, alarms[2].condition);
+    EXPECT_EQ(values::Value(true), alarms[2].state);
+    EXPECT_EQ(AlarmSettings::NotGood, alarms[3].condition);
+    EXPECT_EQ(5, alarms[3].delay);
+}
+
+TEST(PanelSettings, LimitWhatMayBeWritten)
+{
+    const Expected<PanelSettings> settings = parsed(
+        "{'plcs':[{'name':'a','project':'a.json','writable':['T.*',"
+        "{'labels':'T.a','lowest':-1.5,'highest':2}]}]}");
+    ASSERT_TRUE(settings) << settings.error().text.toStdString();
+    const auto& writable = settings->plcs[0].writable;
+    ASSERT_TRUE(writable);
+    ASSERT_EQ(2, writable->size());
+    EXPECT_EQ("T.*", writable->at(0).labels.toStdString());
+    EXPECT_FALSE(writable->at(0).lowest);
+    EXPECT_FALSE(writable->at(0).highest);
+    EXPECT_EQ("T.a", writable->at(1).labels.toStdString());
+    EXPECT_EQ(-1.5, writable->at(1).lowest);
+    EXPECT_EQ(2, writable->at(1).highest);
 }
 
 TEST(PanelSettings, ErrorsNameThePlace)
