@@ -99,7 +99,12 @@ Expected<QString> Subscriptions::add(const QVector<ValueName>& names)
     if (m_subscriptions.size() >= kMostSubscriptions)
         return Error{QStringLiteral("there are too many subscriptions; end some")};
     Subscription subscription;
-    subscription.content = contentOf(names);
+    subscription.content = findContent(names);
+    if (!subscription.content && m_values + names.size() > kMostInAll)
+        return Error{QStringLiteral("more than %1 values would be followed; end some subscriptions")
+                         .arg(kMostInAll)};
+    if (!subscription.content)
+        subscription.content = addContent(names);
     subscription.idleSince = m_time();
     ++subscription.content->users;
     QString id = QString::fromLatin1(randomBytes(kIdBytes).toHex());
@@ -107,12 +112,18 @@ Expected<QString> Subscriptions::add(const QVector<ValueName>& names)
     return id;
 }
 
-std::shared_ptr<Subscriptions::Content> Subscriptions::contentOf(const QVector<ValueName>& names)
+std::shared_ptr<Subscriptions::Content> Subscriptions::findContent(
+    const QVector<ValueName>& names) const
 {
-    for (const std::shared_ptr<Content>& content : m_contents) {
-        if (content->names == names)
-            return content;
-    }
+    const auto found =
+        std::find_if(m_contents.begin(), m_contents.end(),
+                     [&names](const auto& content) { return content->names == names; });
+    return found == m_contents.end() ? nullptr : *found;
+}
+
+std::shared_ptr<Subscriptions::Content> Subscriptions::addContent(const QVector<ValueName>& names)
+{
+    m_values += int(names.size());
     auto content = std::make_shared<Content>();
     makeContent(names, content.get());
     m_contents.push_back(content);
@@ -156,6 +167,7 @@ void Subscriptions::endContent(Content* content)
             watches.end());
         item.plant->release(item.slot);
     }
+    m_values -= int(content->names.size());
     m_contents.erase(std::find_if(m_contents.begin(), m_contents.end(),
                                   [content](const auto& each) { return each.get() == content; }));
 }

@@ -40,6 +40,8 @@ public:
     static constexpr qint64 kKeptIdle = 60000; ///< ms that a subscription is kept without a stream.
     static constexpr int kMostSubscriptions = 2000;
     static constexpr int kMostValues = 20000; ///< Of one subscription.
+    /// Of all together, where equal lists count once.
+    static constexpr int kMostInAll = 200000;
 
     using Clock = std::function<qint64()>;
 
@@ -53,7 +55,7 @@ public:
         QString error; ///< Why not.
     };
 
-    /// The id of a new subscription. An error: there are too many of them.
+    /// The id of a new subscription. An error: there are too many of them, or of their values.
     Expected<QString> add(const QVector<ValueName>& names);
     bool remove(const QString& id);
     /// Null: there is no such subscription.
@@ -88,7 +90,8 @@ private:
         int index;
     };
 
-    std::shared_ptr<Content> contentOf(const QVector<ValueName>& names);
+    std::shared_ptr<Content> findContent(const QVector<ValueName>& names) const;
+    std::shared_ptr<Content> addContent(const QVector<ValueName>& names);
     void makeContent(const QVector<ValueName>& names, Content* content);
     void endContent(Content* content);
     void push(Content* content, const std::shared_ptr<const QByteArray>& event);
@@ -101,6 +104,7 @@ private:
     const Clock m_time;
     QHash<QString, Subscription> m_subscriptions;
     std::vector<std::shared_ptr<Content>> m_contents;
+    int m_values = 0;                                       ///< Of all contents.
     QHash<const Plant*, QVector<QVector<Watch>>> m_watches; ///< By slots.
     quint64 m_samples = 0; ///< So far; what was made for one of them is good until the next.
 };
