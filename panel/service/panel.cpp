@@ -226,8 +226,12 @@ void Panel::readAgain()
         if (end)
             m_log(QStringLiteral("the certificate ends on %1").arg(end->toString(Qt::ISODate)));
     }
-    if (m_audit)
-        tellReading(QStringLiteral("the audit file"), m_audit->reopen(wallClock()));
+    if (m_audit) {
+        const Expected<void> reopened = m_audit->reopen(wallClock());
+        m_log(reopened ? QStringLiteral("the audit goes on in %1").arg(m_audit->path())
+                       : QStringLiteral("the audit stays in the file that it was in, for %1")
+                             .arg(reopened.error().text));
+    }
     for (const QString& path : {m_settings.usersFile, m_settings.certificate, m_settings.key}) {
         if (!configuration::isCredential(path))
             continue;

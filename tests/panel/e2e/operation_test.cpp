@@ -119,12 +119,12 @@ TEST_F(PanelOperation, TellsWhatIsReadAgainAndWhatIsNot)
     ASSERT_EQ(0, signal(SIGTERM));
     EXPECT_EQ(0, panel().exitCode());
     const std::string told = panel().errors().toStdString();
-    const std::string rest =
-        "configuration and projects are not read again: changed ones take a "
-        "restart\n";
-    EXPECT_THAT(told, testing::HasSubstr("the audit file: read again\n" + rest));
-    EXPECT_THAT(
-        told, testing::HasSubstr("the audit file: as before, for " + path("audit").toStdString()));
+    const std::string audit = path("audit").toStdString();
+    EXPECT_THAT(told, testing::HasSubstr("the audit goes on in " + audit +
+                                         "\nconfiguration and projects are not read again: "
+                                         "changed ones take a restart\n"));
+    EXPECT_THAT(told,
+                testing::HasSubstr("the audit stays in the file that it was in, for " + audit));
     EXPECT_THAT(told, testing::Not(testing::HasSubstr("users"))) << "there are none";
 }
 
