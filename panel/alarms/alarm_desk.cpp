@@ -33,13 +33,19 @@ Expected<std::unique_ptr<AlarmDesk>> AlarmDesk::open(const QVector<AlarmSettings
     }
     std::unique_ptr<AlarmDesk> desk(
         new AlarmDesk(AlarmEngine(alarms, kept, firstNumber, now), std::move(history)));
-    desk->settle(now);
+    desk->keepChanges(now);
     return desk;
 }
 
-QVector<int> AlarmDesk::settle(qint64 now)
+QVector<int> AlarmDesk::settle(const Moment& now)
 {
     m_engine.advance(now);
+    return keepChanges(now.time);
+}
+
+/// Returns the alarms whose status is another one.
+QVector<int> AlarmDesk::keepChanges(qint64 now)
+{
     const AlarmEngine::Changes changes = m_engine.takeChanges();
     for (const AlarmOccurrence& occurrence : changes.occurrences)
         m_unsaved.insert(occurrence.number, occurrence);

@@ -26,11 +26,11 @@ public:
     {
         m_engine.take(plc, label, observation);
     }
-    void confirm(const QString& plc, qint64 time) { m_engine.confirm(plc, time); }
+    void confirm(const QString& plc, const Moment& moment) { m_engine.confirm(plc, moment); }
 
     /// Brings what has changed into the history. To be called behind take() and confirm(), and once
     /// a second. Returns the alarms that have another status than before.
-    QVector<int> settle(qint64 now);
+    QVector<int> settle(const Moment& now);
 
     enum class Refusal {
         None,
@@ -55,6 +55,7 @@ private:
         : m_engine(std::move(engine)), m_history(std::move(history))
     {
     }
+    QVector<int> keepChanges(qint64 now);
     void save(qint64 now);
 
     AlarmEngine m_engine;

@@ -87,22 +87,22 @@ void AlarmEngine::take(const QString& plc, const QString& label,
         const AlarmSettings& settings = m_alarms[alarm];
         if (settings.condition == AlarmSettings::NotGood) {
             const bool isGood = observation.value.has_value();
-            takeGood(alarm, {}, !isGood, isGood, observation.time);
+            takeGood(alarm, {}, !isGood, isGood, observation.moment);
             continue;
         }
         const Verdict verdict =
             observation.value ? judge(settings, *observation.value) : Verdict::NotComparable;
         if (verdict == Verdict::NotComparable)
-            loseValue(alarm, observation.time);
+            loseValue(alarm, observation.moment.time);
         else
             takeGood(alarm, observation.value, verdict == Verdict::Holds, verdict == Verdict::Clear,
-                     observation.time);
+                     observation.moment);
     }
 }
 
 /// The condition holds, or the value is clear of it, or in between.
 void AlarmEngine::takeGood(int alarm, const std::optional<values::Value>& value, bool holds,
-                           bool isClear, qint64 time)
+                           bool isClear, const Moment& moment)
 {
     Watch& found = watch(alarm);
     const bool wasUnknown = !found.isKnown;
@@ -111,7 +111,7 @@ void AlarmEngine::takeGood(int alarm, const std::optional<values::Value>& value,
         tell(alarm);
     if (isOpen(found.occurrence)) {
         if (isClear)
-            end(alarm, time, wasUnknown);
+            end(alarm, moment.time, wasUnknown);
         return;
     }
     if (!holds) {
@@ -119,8 +119,8 @@ void AlarmEngine::takeGood(int alarm, const std::optional<values::Value>& value,
         return;
     }
     if (!found.pending)
-        found.pending = Pending{time, value, wasUnknown};
-    beginIfDue(alarm, time);
+        found.pending = Pending{moment.steady, value, wasUnknown};
+    beginIfDue(alarm, moment);
 }
 
 void AlarmEngine::loseValue(int alarm, qint64 time)
@@ -138,34 +138,32 @@ void AlarmEngine::loseValue(int alarm, qint64 time)
     tell(alarm);
 }
 
-void AlarmEngine::confirm(const QString& plc, qint64 time)
+void AlarmEngine::confirm(const QString& plc, const Moment& moment)
 {
     const QVector<int> concerned = m_byPlc.value(plc);
     for (const int alarm : concerned) {
         if (m_alarms[alarm].condition != AlarmSettings::NotGood)
-            beginIfDue(alarm, time);
+            beginIfDue(alarm, moment);
     }
 }
 
-void AlarmEngine::advance(qint64 now)
+void AlarmEngine::advance(const Moment& now)
 {
     for (int alarm = 0; alarm < int(m_alarms.size()); ++alarm) {
-        std::optional<Pending>& pending = watch(alarm).pending;
-        if (!pending)
-            continue;
-        // Else a clock that was put back would hold the alarm off for as long.
-        pending->since = std::min(pending->since, now);
         if (m_alarms[alarm].condition == AlarmSettings::NotGood)
             beginIfDue(alarm, now);
     }
 }
 
-/// The condition is known to have held up to `time`.
-void AlarmEngine::beginIfDue(int alarm, qint64 time)
+/// The condition is known to have held up to `moment`.
+void AlarmEngine::beginIfDue(int alarm, const Moment& moment)
 {
     Watch& found = watch(alarm);
     const AlarmSettings& settings = m_alarms[alarm];
-    if (!found.pending || time - found.pending->since < settings.delay)
+    if (!found.pending)
+        return;
+    const qint64 held = moment.steady - found.pending->since;
+    if (held < settings.delay)
         return;
     found.unacknowledgedBefore += found.occurrence ? 1 : 0;
     AlarmOccurrence begun;
@@ -175,7 +173,8 @@ void AlarmEngine::beginIfDue(int alarm, qint64 time)
     begun.label = settings.label;
     begun.text = settings.text;
     begun.condition = conditionText(settings);
-    begun.begin = found.pending->since;
+    // Whoever has set the clock meanwhile did so because it was wrong.
+    begun.begin = moment.before(held).time;
     begun.value = found.pending->value;
     begun.isBeginUnseen = found.pending->isBeginUnseen;
     found.occurrence = begun;

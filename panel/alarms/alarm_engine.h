@@ -10,6 +10,7 @@
 
 #include "panel/alarms/alarm_occurrence.h"
 #include "panel/alarms/alarm_settings.h"
+#include "panel/model/moment.h"
 #include "values/expected.h"
 
 namespace plc::panel {
@@ -38,7 +39,7 @@ struct AlarmStatus {
 struct AlarmObservation {
     std::optional<values::Value> value; ///< Nothing: stale, refused or lost.
     /// Of a value when the PLC was asked for it, else when it was found.
-    qint64 time = 0;
+    Moment moment;
 };
 
 /// Of an alarm, what an earlier run has left.
@@ -57,8 +58,10 @@ struct KeptOccurrence {
 /// 4. An occurrence of an earlier run that had not ended goes on until the value is known again;
 ///    that the program was away is told of it.
 ///
-/// Has neither clock nor files. Times are milliseconds since 1970-01-01T00:00:00Z; a clock that is
-/// put back makes delays longer, not shorter, and no occurrence end before its begin.
+/// Has neither clock nor files. Delays are of the steady clock. Times that are told are of the
+/// clock that people read, milliseconds since 1970-01-01T00:00:00Z: a begin as that clock went when
+/// the delay was over, an end as it went when the end was found. Where it was set in between, an
+/// occurrence is longer or shorter by as much as it was set, but never ends before its begin.
 class AlarmEngine {
 public:
     /// The alarms are as checkAlarms() wants them. Occurrences get the numbers from `firstNumber`
@@ -76,8 +79,8 @@ public:
     void take(const QString& plc, const QString& label, const AlarmObservation& observation);
     /// Every value of the PLC that is good was asked for at this time or later and is as it was
     /// told last.
-    void confirm(const QString& plc, qint64 time);
-    void advance(qint64 now);
+    void confirm(const QString& plc, const Moment& moment);
+    void advance(const Moment& now);
 
     /// The occurrence with this begin as it is when `user` has acknowledged it; an error when it
     /// cannot be acknowledged. Nothing is changed: see acknowledge().
@@ -97,7 +100,7 @@ public:
 private:
     /// A condition whose delay is not over.
     struct Pending {
-        qint64 since = 0;
+        qint64 since = 0; ///< Of the steady clock.
         std::optional<values::Value> value;
         bool isBeginUnseen = false;
     };
@@ -113,9 +116,9 @@ private:
 
     void restore(const KeptOccurrence& kept, qint64 now);
     void takeGood(int alarm, const std::optional<values::Value>& value, bool holds, bool isClear,
-                  qint64 time);
+                  const Moment& moment);
     void loseValue(int alarm, qint64 time);
-    void beginIfDue(int alarm, qint64 time);
+    void beginIfDue(int alarm, const Moment& moment);
     void end(int alarm, qint64 time, bool isUnseen);
     void tell(int alarm);
     void keep(const AlarmOccurrence& occurrence);

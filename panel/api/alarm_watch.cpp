@@ -80,7 +80,7 @@ void AlarmWatch::sampled(Plant* plant, const QVector<int>& changed)
         if (changedSlots.contains(watched.slot))
             observe(*plant, watched);
     }
-    if (const std::optional<qint64> confirmed = plant->confirmed())
+    if (const std::optional<Moment>& confirmed = plant->confirmed())
         m_desk->confirm(plant->name(), *confirmed);
     settle();
 }
@@ -89,10 +89,10 @@ void AlarmWatch::observe(const Plant& plant, const Watched& watched)
 {
     const LiveValue& value = plant.value(watched.slot);
     AlarmObservation observation;
-    observation.time = m_time();
+    observation.moment = m_time();
     if (value.quality == Quality::Good && value.wasRead()) {
         observation.value = host::decodeValue(plant.point(watched.slot), value.bytes);
-        observation.time = value.time;
+        observation.moment = value.moment();
     }
     m_desk->take(plant.name(), watched.label, observation);
 }

@@ -14,7 +14,7 @@ namespace plc::panel {
 /// PLCs.
 class AlarmWatch {
 public:
-    using Clock = std::function<qint64()>;
+    using Clock = std::function<Moment()>;
     /// Of an alarm that has changed: as GET /alarms has it.
     using Tell = std::function<void(const QByteArray& alarm)>;
 

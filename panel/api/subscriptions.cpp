@@ -57,7 +57,7 @@ QByteArray valuesData(qint64 time, const Plant& plant, const QByteArray& rows)
     appendMember("time", time, &data);
     appendMember("plc", plant.name(), &data);
     appendKey("confirmed", &data);
-    appendTime(plant.confirmed().value_or(0), &data);
+    appendTime(plant.confirmed().value_or(Moment()).time, &data);
     return data.append(",\"rows\":[").append(rows).append("]}");
 }
 

@@ -3,6 +3,8 @@
 
 #include <QtCore/QByteArray>
 
+#include "panel/model/moment.h"
+
 namespace plc::panel {
 
 enum class Quality {
@@ -25,8 +27,10 @@ struct LiveValue {
     /// When the PLC was asked for these bytes, in milliseconds since 1970-01-01T00:00:00Z; 0: the
     /// value was never read.
     qint64 time = 0;
+    qint64 steady = 0; ///< The same moment as values::steadyTime() counts.
 
     bool wasRead() const { return time != 0; }
+    Moment moment() const { return {time, steady}; }
 };
 
 } // namespace plc::panel

@@ -15,7 +15,7 @@ Quality qualityOf(const host::ValueTable& values, int row, qint64 now)
 } // namespace
 
 const QVector<int>& LiveTable::sample(const host::ValueTable& values, const QVector<int>& places,
-                                      qint64 now, qint64 time)
+                                      qint64 now, const Moment& moment)
 {
     m_changed.clear();
     m_confirmed.reset();
@@ -26,10 +26,13 @@ const QVector<int>& LiveTable::sample(const host::ValueTable& values, const QVec
         LiveValue& known = m_values[std::size_t(slot)];
         const Quality quality = qualityOf(values, row, now);
         const bool isFirst = values.wasRead(row) && !known.wasRead();
-        if (values.wasRead(row))
-            known.time = time - std::max<qint64>(0, values.age(row, now));
-        if (quality == Quality::Good)
-            m_confirmed = std::min(m_confirmed.value_or(known.time), known.time);
+        if (values.wasRead(row)) {
+            const Moment asked = moment.before(std::max<qint64>(0, values.age(row, now)));
+            known.time = asked.time;
+            known.steady = asked.steady;
+        }
+        if (quality == Quality::Good && (!m_confirmed || known.steady < m_confirmed->steady))
+            m_confirmed = known.moment();
         if (quality == known.quality && !isFirst && values.bytes(row) == known.bytes)
             continue;
         known.quality = quality;

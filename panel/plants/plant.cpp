@@ -194,8 +194,8 @@ void Plant::readWanted()
 void Plant::sample()
 {
     m_sampledAt = m_plc->now();
-    m_listener->sampled(this,
-                        m_live.sample(m_plc->runtime().values(), m_rows, m_sampledAt, wallClock()));
+    m_listener->sampled(
+        this, m_live.sample(m_plc->runtime().values(), m_rows, m_sampledAt, currentMoment()));
 }
 
 /// What no pass shows: values that become stale, and what came of a pass that takes long.
@@ -203,7 +203,7 @@ void Plant::sampleBetween()
 {
     const qint64 now = m_plc->now();
     const QVector<int>& changed =
-        m_live.sample(m_plc->runtime().values(), m_rows, now, wallClock());
+        m_live.sample(m_plc->runtime().values(), m_rows, now, currentMoment());
     if (changed.isEmpty() && now - m_sampledAt < kSecond)
         return;
     m_sampledAt = now;

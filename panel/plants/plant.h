@@ -69,7 +69,7 @@ public:
     /// What is known of it, as of the last sample.
     const LiveValue& value(int slot) const;
     /// As LiveTable::confirmed().
-    std::optional<qint64> confirmed() const { return m_live.confirmed(); }
+    const std::optional<Moment>& confirmed() const { return m_live.confirmed(); }
 
     /// Which values may be written, for any thread; null: none may.
     std::shared_ptr<const WriteRules> writable() const { return isReadOnly() ? nullptr : m_rules; }

@@ -193,7 +193,7 @@ Expected<void> Panel::startAlarms()
         return desk.error();
     m_alarmDesk = std::move(*desk);
     m_alarms = std::make_unique<AlarmWatch>(
-        &m_plants, m_alarmDesk.get(), &wallClock,
+        &m_plants, m_alarmDesk.get(), &currentMoment,
         [this](const QByteArray& alarm) { m_subscriptions.tellAll("alarm", alarm); });
     m_alarms->begin();
     return {};

@@ -12,6 +12,7 @@ namespace plc::panel {
 namespace {
 
 using test::above;
+using test::at;
 using test::kStart;
 using values::Value;
 
@@ -32,8 +33,8 @@ protected:
     void value(qint64 time, double value)
     {
         desk->take(QStringLiteral("press"), QStringLiteral("Plant.level"),
-                   {Value(value), kStart + time});
-        desk->settle(kStart + time);
+                   {Value(value), at(time)});
+        desk->settle(at(time));
     }
     AlarmDesk::Acknowledgement acknowledge(qint64 begin, qint64 now)
     {
@@ -51,7 +52,7 @@ TEST_F(AlarmDeskTest, WhatIsAcknowledgedStaysSoBehindARestart)
     value(1000, 0);
     value(2000, 81);
     EXPECT_EQ(AlarmDesk::Refusal::None, acknowledge(2000, 3000).refusal);
-    EXPECT_EQ(QVector<int>{0}, desk->settle(kStart + 3000));
+    EXPECT_EQ(QVector<int>{0}, desk->settle(at(3000)));
     start(10000);
     const AlarmStatus status = desk->engine().status(0);
     EXPECT_EQ(AlarmState::Unknown, status.state);
@@ -111,7 +112,7 @@ TEST_F(AlarmDeskTest, GoesOnWithoutItsHistoryAndMakesUpForItLater)
     ASSERT_EQ(1, all().size());
     EXPECT_EQ(kStart + 1000, all()[0].end.value_or(0)) << "though it is not in the file";
     letFilesGrow(true);
-    desk->settle(kStart + 2000);
+    desk->settle(at(2000));
     EXPECT_EQ("", desk->failure().toStdString());
     start(3000);
     ASSERT_EQ(1, all().size());
@@ -126,11 +127,11 @@ TEST_F(AlarmDeskTest, TriesAFailingHistoryOnceASecond)
     EXPECT_NE("", desk->failure().toStdString());
     letFilesGrow(true);
     value(1500, 0);
-    desk->settle(kStart + 1999);
+    desk->settle(at(1999));
     EXPECT_NE("", desk->failure().toStdString()) << "not tried yet";
     ASSERT_EQ(1, all().size());
     EXPECT_EQ(kStart + 1500, all()[0].end.value_or(0));
-    desk->settle(kStart + 2000);
+    desk->settle(at(2000));
     EXPECT_EQ("", desk->failure().toStdString());
     start(3000);
     EXPECT_EQ(1, all().size());
@@ -143,7 +144,7 @@ TEST_F(AlarmDeskTest, WaitsForNoClockThatWasSetBack)
     value(6000, 81);
     EXPECT_NE("", desk->failure().toStdString());
     letFilesGrow(true);
-    desk->settle(kStart + 2000);
+    desk->settle(at(2000));
     EXPECT_EQ("", desk->failure().toStdString());
 }
 
@@ -151,8 +152,8 @@ TEST(AlarmDesk, WorksWithoutAHistory)
 {
     const std::unique_ptr<AlarmDesk> desk =
         std::move(*AlarmDesk::open({above(80)}, nullptr, kStart));
-    desk->take(QStringLiteral("press"), QStringLiteral("Plant.level"), {Value(81.0), kStart});
-    EXPECT_EQ(QVector<int>{0}, desk->settle(kStart));
+    desk->take(QStringLiteral("press"), QStringLiteral("Plant.level"), {Value(81.0), at(0)});
+    EXPECT_EQ(QVector<int>{0}, desk->settle(at(0)));
     EXPECT_EQ(1, desk->between(0, kStart, 10).valueOr({}).size());
     EXPECT_EQ(
         AlarmDesk::Refusal::None,

@@ -10,6 +10,7 @@ namespace plc::panel {
 namespace {
 
 using test::above;
+using test::at;
 using test::below;
 using test::is;
 using test::kStart;
@@ -26,13 +27,10 @@ public:
         : engine({alarm}, kept, 7, kStart)
     {
     }
-    void value(qint64 time, const Value& value)
-    {
-        engine.take(kPlc, kLabel, {value, kStart + time});
-    }
-    void lost(qint64 time) { engine.take(kPlc, kLabel, {{}, kStart + time}); }
-    void confirm(qint64 time) { engine.confirm(kPlc, kStart + time); }
-    void advance(qint64 time) { engine.advance(kStart + time); }
+    void value(qint64 time, const Value& value) { engine.take(kPlc, kLabel, {value, at(time)}); }
+    void lost(qint64 time) { engine.take(kPlc, kLabel, {{}, at(time)}); }
+    void confirm(qint64 time) { engine.confirm(kPlc, at(time)); }
+    void advance(qint64 time) { engine.advance(at(time)); }
     AlarmStatus status() const { return engine.status(0); }
     std::string state() const { return alarmStateText(status().state).toStdString(); }
     /// "1000..3000 Bb", times from kStart: B: its begin was not seen, E: nor its end, g: a gap, r:
@@ -291,16 +289,43 @@ TEST(AlarmEngine, AClockThatIsPutBackMakesNoEndBeforeTheBegin)
     Alarm alarm(above(80));
     alarm.value(0, 0.0);
     alarm.value(10000, 81.0);
-    alarm.value(4000, 0.0);
+    alarm.engine.take(kPlc, kLabel, {Value(0.0), at(12000, -8000)});
     EXPECT_EQ("10000..10000", alarm.shown());
+}
+
+TEST(AlarmEngine, AClockThatIsPutBackHoldsNoAlarmOff)
+{
     Alarm delayed(notGood(5000));
     delayed.value(0, 1.0);
     delayed.lost(100000);
-    delayed.advance(10000);
-    delayed.advance(14999);
+    delayed.engine.advance(at(104999, -90000));
     EXPECT_EQ("normal", delayed.state());
-    delayed.advance(15000);
+    delayed.engine.advance(at(105000, -90000));
     EXPECT_EQ("active", delayed.state()) << "not only when the old time is reached again";
+    EXPECT_EQ("10000..", delayed.shown()) << "5 s ago, as the clock goes now";
+}
+
+TEST(AlarmEngine, AClockThatIsSetForthEndsNoDelay)
+{
+    constexpr qint64 kHour = 3600000;
+    Alarm alarm(above(80, 0, 600000));
+    alarm.value(0, 0.0);
+    alarm.value(1000, 81.0);
+    alarm.engine.confirm(kPlc, at(4000, kHour));
+    alarm.engine.take(kPlc, kLabel, {Value(82.0), at(5000, kHour)});
+    alarm.engine.advance(at(6000, kHour));
+    alarm.engine.confirm(kPlc, at(600999, kHour));
+    EXPECT_EQ("normal", alarm.state());
+    alarm.engine.confirm(kPlc, at(601000, kHour));
+    EXPECT_EQ("active", alarm.state());
+    EXPECT_EQ("3601000..", alarm.shown()) << "ten minutes ago, as the clock goes now";
+    Alarm lost(notGood(5000));
+    lost.value(0, 1.0);
+    lost.lost(1000);
+    lost.engine.advance(at(5999, kHour));
+    EXPECT_EQ("normal", lost.state());
+    lost.engine.advance(at(6000, kHour));
+    EXPECT_EQ("3601000..", lost.shown());
 }
 
 /// What an earlier run has left: an occurrence that had begun 5 s before kStart.
@@ -359,15 +384,15 @@ TEST(AlarmEngine, AnOccurrenceOfAnAlarmThatIsNotConfiguredAnyMoreIsClosed)
 TEST(AlarmEngine, OtherLabelsAndPlcsDoNotCount)
 {
     AlarmEngine engine({above(80)}, {}, 1, kStart);
-    engine.take(QStringLiteral("mill"), kLabel, {Value(90.0), kStart});
-    engine.take(kPlc, QStringLiteral("Plant.flow"), {Value(90.0), kStart});
+    engine.take(QStringLiteral("mill"), kLabel, {Value(90.0), at(0)});
+    engine.take(kPlc, QStringLiteral("Plant.flow"), {Value(90.0), at(0)});
     EXPECT_EQ(AlarmState::Unknown, engine.status(0).state);
 }
 
 TEST(AlarmEngine, SeveralAlarmsMayWatchOneLabel)
 {
     AlarmEngine engine({above(80), above(90), notGood(1000)}, {}, 1, kStart);
-    engine.take(kPlc, kLabel, {Value(85.0), kStart});
+    engine.take(kPlc, kLabel, {Value(85.0), at(0)});
     EXPECT_EQ(AlarmState::Active, engine.status(0).state);
     EXPECT_EQ(AlarmState::Normal, engine.status(1).state);
     EXPECT_EQ(AlarmState::Normal, engine.status(2).state);

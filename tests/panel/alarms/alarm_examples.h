@@ -2,12 +2,19 @@
 #define PLC_TESTS_PANEL_ALARMS_ALARM_EXAMPLES_H
 
 #include "panel/alarms/alarm_settings.h"
+#include "panel/model/moment.h"
 
 namespace plc::panel {
 namespace test {
 
 /// 2026-11-22T00:00:00Z: 20779 days of 86400 s since 1970.
 constexpr qint64 kStart = 20779LL * 86400 * 1000;
+
+/// So long after kStart; the wall clock was set forth, or back, by `set` until then.
+inline Moment at(qint64 time, qint64 set = 0)
+{
+    return {kStart + time + set, time};
+}
 
 inline AlarmSettings alarmOn(const char* label, AlarmSettings::Condition condition)
 {

@@ -170,15 +170,16 @@ public:
 
     void take(int time, const Tick& tick)
     {
+        const Moment now{time, time};
         if (tick.restarts)
             restart(time);
         if (tick.value)
-            m_engine->take(m_alarm.plc, m_alarm.label, {values::Value(qint64(*tick.value)), time});
+            m_engine->take(m_alarm.plc, m_alarm.label, {values::Value(qint64(*tick.value)), now});
         else if (tick.isLost)
-            m_engine->take(m_alarm.plc, m_alarm.label, {{}, time});
+            m_engine->take(m_alarm.plc, m_alarm.label, {{}, now});
         if (tick.isConfirmed)
-            m_engine->confirm(m_alarm.plc, time);
-        m_engine->advance(time);
+            m_engine->confirm(m_alarm.plc, now);
+        m_engine->advance(now);
         collect();
     }
     /// The number of the occurrence that was acknowledged, counted from 0.

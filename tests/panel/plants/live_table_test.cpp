@@ -10,6 +10,7 @@ namespace {
 constexpr int kStaleAfter = 3000; // ms
 /// What the clock of the wall shows when that of the table shows 0.
 constexpr qint64 kWall = 1000000;
+constexpr qint64 kSteady = 5000000;
 
 /// Two values of 16 bits, at the addresses 0 and 2, in the slots 3 and 1.
 class LiveTableTest : public testing::Test {
@@ -31,7 +32,12 @@ protected:
         table.replyAccepted({entry}, {QByteArray(1, '\0') + QByteArray(1, value)}, sentAt,
                             sentAt + 20);
     }
-    QVector<int> sample(qint64 now) { return live.sample(table, {3, 1}, now, kWall + now); }
+    QVector<int> sample(qint64 now)
+    {
+        return live.sample(table, {3, 1}, now, {kWall + now, kSteady + now});
+    }
+
+    qint64 confirmedTime() const { return live.confirmed().value_or(Moment()).time; }
 
     host::ValueTable table{{point(0), point(2)}, kStaleAfter, 998, 0};
     LiveTable live;
@@ -50,8 +56,9 @@ TEST_F(LiveTableTest, ValueHasTheTimeOfItsRequest)
     read(0, 5, 200);
     EXPECT_EQ(QVector<int>{3}, sample(250));
     EXPECT_EQ(kWall + 200, live.value(3).time);
+    EXPECT_EQ(kSteady + 200, live.value(3).steady);
     EXPECT_EQ(Quality::Good, live.value(3).quality);
-    EXPECT_EQ(kWall + 200, live.confirmed().value_or(0));
+    EXPECT_EQ(kWall + 200, confirmedTime());
 }
 
 TEST_F(LiveTableTest, UnchangedValueIsYoungerButNotChanged)
@@ -61,7 +68,7 @@ TEST_F(LiveTableTest, UnchangedValueIsYoungerButNotChanged)
     read(0, 5, 1200);
     EXPECT_TRUE(sample(1250).isEmpty());
     EXPECT_EQ(kWall + 1200, live.value(3).time);
-    EXPECT_EQ(kWall + 1200, live.confirmed().value_or(0));
+    EXPECT_EQ(kWall + 1200, confirmedTime());
 }
 
 TEST_F(LiveTableTest, ConfirmedIsTheOldestGoodValue)
@@ -69,10 +76,11 @@ TEST_F(LiveTableTest, ConfirmedIsTheOldestGoodValue)
     read(0, 5, 200);
     read(2, 6, 900);
     EXPECT_EQ((QVector<int>{3, 1}), sample(950));
-    EXPECT_EQ(kWall + 200, live.confirmed().value_or(0));
+    EXPECT_EQ(kWall + 200, confirmedTime());
     read(0, 5, 1000);
     sample(1050);
-    EXPECT_EQ(kWall + 900, live.confirmed().value_or(0));
+    EXPECT_EQ(kWall + 900, confirmedTime());
+    EXPECT_EQ(kSteady + 900, live.confirmed()->steady);
 }
 
 TEST_F(LiveTableTest, StaleValueKeepsBytesAndTime)
