@@ -73,7 +73,7 @@ void checkSender(const QByteArray& host, const QByteArray& origin)
 
 void checkToken(const QByteArray& cookie, const QByteArray& authorization)
 {
-    const QByteArray token = requestToken(cookie, authorization);
+    const QByteArray token = requestToken(cookieName(0), cookie, authorization);
     require(token.size() <= 128, "a token is short");
     for (const char character : token)
         require(std::isalnum(static_cast<unsigned char>(character)) || character == '-' ||

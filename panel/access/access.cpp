@@ -148,7 +148,7 @@ Caller Access::identify(const QByteArray& cookie, const QByteArray& authorizatio
         caller.role = Role::Engineer;
         return caller;
     }
-    const QByteArray token = requestToken(cookie, authorization);
+    const QByteArray token = requestToken(m_settings.cookie, cookie, authorization);
     if (token.isEmpty())
         return caller;
     const QByteArray key = Sessions::keyOf(token);
@@ -170,12 +170,13 @@ qint64 Access::waitToChange(const QString& address)
 
 QByteArray Access::cookie(const QByteArray& token) const
 {
-    return sessionCookie(token, m_settings.sessions.longest / 1000, m_settings.isEncrypted);
+    return sessionCookie(m_settings.cookie, token, m_settings.sessions.longest / 1000,
+                         m_settings.isEncrypted);
 }
 
 QByteArray Access::clearedCookie() const
 {
-    return sessionCookie({}, 0, m_settings.isEncrypted);
+    return sessionCookie(m_settings.cookie, {}, 0, m_settings.isEncrypted);
 }
 
 Expected<void> checkListening(const QString& address, bool hasCertificate, bool hasUsers)

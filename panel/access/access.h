@@ -9,6 +9,7 @@
 #include "panel/access/leaky_buckets.h"
 #include "panel/access/login_queue.h"
 #include "panel/access/password_hash.h"
+#include "panel/access/request_token.h"
 #include "panel/access/sessions.h"
 #include "panel/access/users_file.h"
 #include "values/steady_time.h"
@@ -17,7 +18,8 @@ namespace plc::panel {
 
 struct AccessSettings {
     QString users; ///< File; empty: nobody logs in, and whoever is on this machine may all.
-    bool isEncrypted = false; ///< Cookies go over TLS alone.
+    bool isEncrypted = false;          ///< Cookies go over TLS alone.
+    QByteArray cookie = cookieName(0); ///< Its name.
     SessionLimits sessions;
     RateLimit loginsOfAddress{10, 6000};
     RateLimit loginsOfUser{10, 10000};

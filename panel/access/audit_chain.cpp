@@ -3,6 +3,7 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QRegularExpression>
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -67,6 +68,24 @@ qint64 numberOf(const exchange::FlatJson& json, const char* key)
     return number ? *number : -1;
 }
 
+/// A line that has nothing but this between its time and its place in the chain.
+QRegularExpression lineWith(const QString& field)
+{
+    return QRegularExpression(
+        QStringLiteral(
+            "\\A\\{\"time\":\"[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z"
+            "\",%1,\"n\":[0-9]+,\"previous\":\"[0-9a-f]{64}\"\\}\\z")
+            .arg(field));
+}
+
+/// Whether the bytes are its beginning, or all of it.
+bool isPartOf(const QRegularExpression& line, const QByteArray& bytes)
+{
+    const QRegularExpressionMatch match =
+        line.match(QString::fromLatin1(bytes), 0, QRegularExpression::PartialPreferCompleteMatch);
+    return match.hasMatch() || match.hasPartialMatch();
+}
+
 } // namespace
 
 QByteArray recordLine(const AuditRecord& record, qint64 number, const QByteArray& previous)
@@ -104,15 +123,18 @@ QByteArray cutLine(qint64 time, const QByteArray& cut, qint64 number, const QByt
 
 bool isCutBeginning(const QByteArray& bytes)
 {
-    static const QRegularExpression kBeginning(QStringLiteral(
-        "\\A\\{\"time\":\"[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z\""
-        ",\"audit\":\"(new|continued)\",\"n\":[0-9]+,\"previous\":\"[0-9a-f]{64}\"\\}\\z"));
+    static const QRegularExpression kBeginning =
+        lineWith(QStringLiteral("\"audit\":\"(new|continued)\""));
     // Of fewer bytes nobody could say whose they are.
-    if (bytes.size() <= int(std::strlen(kTimeKey)))
-        return false;
-    const QRegularExpressionMatch match = kBeginning.match(
-        QString::fromLatin1(bytes), 0, QRegularExpression::PartialPreferCompleteMatch);
-    return match.hasMatch() || match.hasPartialMatch();
+    return bytes.size() > int(std::strlen(kTimeKey)) && isPartOf(kBeginning, bytes);
+}
+
+bool isCutPart(const QByteArray& bytes)
+{
+    static const QRegularExpression kCut = lineWith(QStringLiteral("\"cut\":\"[0-9a-f]{64}\""));
+    const QList<QByteArray> lines = bytes.split('\n');
+    return std::all_of(lines.begin() + 1, lines.end(),
+                       [](const QByteArray& line) { return isPartOf(kCut, line); });
 }
 
 std::optional<AuditLink> parseAuditLine(const QByteArray& line)

@@ -56,6 +56,11 @@ struct AuditLink {
 /// else: all that a process or a disk leaves that ends within the first line.
 bool isCutBeginning(const QByteArray& bytes);
 
+/// Whether these bytes may have been left by processes or a disk that ended within a line: a part
+/// of one, and behind it parts of cutLine() alone, each in a line of its own. What was written
+/// whole is none.
+bool isCutPart(const QByteArray& bytes);
+
 /// Nothing for what is no line of an audit.
 std::optional<AuditLink> parseAuditLine(const QByteArray& line);
 

@@ -113,6 +113,8 @@ Expected<void> AuditLog::findEnd(const QString& path, File* file)
         end = begin - 1;
     }
     file->unended = tail.mid(end + 1);
+    if (file->number >= 0 && !isCutPart(file->unended))
+        file->flaw = QStringLiteral("%1: its last lines are none of an audit").arg(path);
     if (file->number >= 0 || tail.isEmpty() || isCutBeginning(tail))
         return {};
     return Error{QStringLiteral("%1: is no audit that can be gone on with").arg(path)};
@@ -132,6 +134,13 @@ Expected<void> AuditLog::begin(File* file, qint64 time, const File* before)
     return add(file, beginningLine(time, before != nullptr, file->number + 1, file->head));
 }
 
+/// What is in a file without a name is gone with the process.
+bool AuditLog::hasName(const File& file)
+{
+    struct stat status = {};
+    return ::fstat(file.descriptor, &status) == 0 && status.st_nlink > 0;
+}
+
 Expected<void> AuditLog::append(const AuditRecord& record)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -140,6 +149,8 @@ Expected<void> AuditLog::append(const AuditRecord& record)
     // What the disk did with the last line is only known by looking.
     if (!wasWorking)
         outcome = findEnd(m_path, &m_file);
+    if (outcome && !hasName(m_file))
+        outcome = change(record.time);
     if (outcome && !m_file.unended.isEmpty())
         outcome = add(&m_file,
                       cutLine(record.time, sha256(m_file.unended), m_file.number + 1, m_file.head));
@@ -179,6 +190,14 @@ Expected<void> AuditLog::reopen(qint64 time)
         ::fstat(m_file.descriptor, &own) == 0 && there.st_dev == own.st_dev &&
         there.st_ino == own.st_ino)
         return {};
+    const Expected<void> changed = change(time);
+    m_isWorking = m_isWorking || changed;
+    return changed;
+}
+
+/// To the file that has the name now.
+Expected<void> AuditLog::change(qint64 time)
+{
     Expected<File> file = openFile(m_path);
     if (!file)
         return file.error();
@@ -189,8 +208,13 @@ Expected<void> AuditLog::reopen(qint64 time)
     }
     close(&m_file);
     m_file = *file;
-    m_isWorking = true;
     return {};
+}
+
+QString AuditLog::flaw() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_file.flaw;
 }
 
 QByteArray AuditLog::head() const

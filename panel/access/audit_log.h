@@ -23,7 +23,8 @@ public:
     AuditLog& operator=(const AuditLog&) = delete;
 
     /// The record is on the disk when this returns. After an error it is not known to be there, and
-    /// what it tells of must not be done.
+    /// what it tells of must not be done. Goes on as reopen() does where the file was removed; one
+    /// that was renamed is added to until reopen().
     Expected<void> append(const AuditRecord& record);
     /// Goes on with a file of the same name, after the one until now was renamed; the chain goes
     /// on. After an error it is still that one.
@@ -31,6 +32,9 @@ public:
     /// The hash of the last line: noted elsewhere, it shows whether lines were taken away at the
     /// end.
     QByteArray head() const;
+    /// What is wrong with the end of the file that was gone on with; empty: nothing. What follows
+    /// is chained to the last line that is one.
+    QString flaw() const;
     /// Whether the last record came onto the disk.
     bool isWorking() const;
     const QString& path() const { return m_path; }
@@ -42,11 +46,14 @@ private:
         QByteArray head;
         qint64 number = -1; ///< Of the last line; -1: there is none.
         QByteArray unended; ///< What stands behind the last line, and is none.
+        QString flaw;       ///< Of what stands there.
     };
 
     explicit AuditLog(QString path) : m_path(std::move(path)) {}
     static Expected<File> openFile(const QString& path);
     static Expected<void> findEnd(const QString& path, File* file);
+    static bool hasName(const File& file);
+    Expected<void> change(qint64 time);
     Expected<void> begin(File* file, qint64 time, const File* before);
     Expected<void> add(File* file, const QByteArray& line);
     static void close(File* file);

@@ -41,8 +41,8 @@ public:
     }
     AuditVerification finish(bool endsWithinLine)
     {
-        if (m_result.flaw == AuditVerification::None && !m_rest.isEmpty() &&
-            (m_firstOfRest == 1 || !endsWithinLine))
+        const bool isCutNow = endsWithinLine && m_firstOfRest > 1 && isCutPart(m_rest);
+        if (m_result.flaw == AuditVerification::None && !m_rest.isEmpty() && !isCutNow)
             report(AuditVerification::Altered, m_firstOfRest,
                    QStringLiteral("is no line of an audit"));
         m_result.endsWithinLine = endsWithinLine;
@@ -106,7 +106,7 @@ private:
     /// A part of a line stands before; it may look whole but for its end.
     bool isCut(const AuditLink& link)
     {
-        const bool isRest = !m_rest.isEmpty() && link.cut == sha256(m_rest) &&
+        const bool isRest = !m_rest.isEmpty() && isCutPart(m_rest) && link.cut == sha256(m_rest) &&
                             link.previous == m_last.hash && link.number == m_last.number + 1;
         const bool isLast = m_rest.isEmpty() && link.cut == m_last.hash &&
                             link.previous == m_before.hash && link.number == m_before.number + 1;
@@ -218,7 +218,7 @@ Expected<AuditPage> readAudit(const QString& path, qint64 from, int limit)
             return;
         }
         last.push_back(bytes);
-        if (qint64(last.size()) > std::min<qint64>(kMostAuditLines, -from))
+        if (qint64(last.size()) > -std::max<qint64>(from, -kMostAuditLines))
             last.pop_front();
     });
     for (const QByteArray& line : last) {

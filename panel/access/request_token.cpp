@@ -7,7 +7,7 @@
 namespace plc::panel {
 namespace {
 
-constexpr char kCookie[] = "plc_panel=";
+constexpr char kCookie[] = "plc_panel";
 constexpr char kScheme[] = "bearer ";
 constexpr int kLongestToken = 128;
 
@@ -26,7 +26,13 @@ QByteArray checkedToken(const QByteArray& token)
 
 } // namespace
 
-QByteArray requestToken(const QByteArray& cookie, const QByteArray& authorization)
+QByteArray cookieName(quint16 port)
+{
+    return port == 0 ? QByteArray(kCookie) : kCookie + QByteArray("_") + QByteArray::number(port);
+}
+
+QByteArray requestToken(const QByteArray& name, const QByteArray& cookie,
+                        const QByteArray& authorization)
 {
     const int scheme = int(sizeof kScheme) - 1;
     if (authorization.left(scheme).toLower() == kScheme)
@@ -34,18 +40,19 @@ QByteArray requestToken(const QByteArray& cookie, const QByteArray& authorizatio
     QByteArray token;
     for (const QByteArray& item : cookie.split(';')) {
         const QByteArray pair = item.trimmed();
-        if (!pair.startsWith(kCookie))
+        if (!pair.startsWith(name + '='))
             continue;
         if (!token.isNull())
             return {};
-        token = checkedToken(pair.mid(int(sizeof kCookie) - 1));
+        token = checkedToken(pair.mid(int(name.size()) + 1));
     }
     return token;
 }
 
-QByteArray sessionCookie(const QByteArray& token, qint64 seconds, bool isEncrypted)
+QByteArray sessionCookie(const QByteArray& name, const QByteArray& token, qint64 seconds,
+                         bool isEncrypted)
 {
-    QByteArray cookie = kCookie + token + "; Path=/; HttpOnly; SameSite=Strict; Max-Age=" +
+    QByteArray cookie = name + '=' + token + "; Path=/; HttpOnly; SameSite=Strict; Max-Age=" +
                         QByteArray::number(token.isEmpty() ? 0 : seconds);
     return isEncrypted ? cookie + "; Secure" : cookie;
 }

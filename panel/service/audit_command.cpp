@@ -15,8 +15,7 @@ Expected<AuditReport> verificationOf(const QString& file)
     if (!found)
         return found.error();
     if (found->flaw != AuditVerification::None)
-        return AuditReport{
-            QStringLiteral("line %1: %2").arg(found->flawedLine).arg(found->sentence), false};
+        return AuditReport{found->sentence, false};
     QString text = QStringLiteral("%1 lines, none of them altered; the last one has the hash %2")
                        .arg(found->lines)
                        .arg(QString::fromLatin1(found->head));

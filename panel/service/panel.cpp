@@ -75,6 +75,7 @@ Expected<void> Panel::prepare()
             return isPair;
     }
     AccessSettings access;
+    access.cookie = cookieName(m_settings.address.isEmpty() ? quint16(0) : m_settings.port);
     access.users = m_settings.usersFile;
     access.isEncrypted = !m_settings.certificate.isEmpty();
     Expected<std::unique_ptr<Access>> opened = Access::open(access);
@@ -136,6 +137,8 @@ Expected<void> Panel::start()
         if (!audit)
             return audit.error();
         m_audit = std::move(*audit);
+        if (const QString flaw = m_audit->flaw(); !flaw.isEmpty())
+            m_log(QStringLiteral("%1; see plc-panel audit").arg(flaw));
     }
     if (const Expected<void> recording = startRecording(); !recording)
         return recording.error();

@@ -184,18 +184,33 @@ TEST_F(Login, CookieIsForThisServerAloneAndForNoScript)
               access->cookie("ab"));
     EXPECT_EQ("plc_panel=; Path=/; HttpOnly; SameSite=Strict; Max-Age=0", access->clearedCookie());
     EXPECT_EQ("plc_panel=ab; Path=/; HttpOnly; SameSite=Strict; Max-Age=60; Secure",
-              sessionCookie("ab", 60, true));
+              sessionCookie("plc_panel", "ab", 60, true));
+}
+
+TEST_F(Login, ToOneServerOfAMachineLeavesThatToTheOthersAlone)
+{
+    EXPECT_EQ("plc_panel_8080", cookieName(8080));
+    settings.cookie = cookieName(8080);
+    open();
+    const QByteArray own = token(Role::Operator);
+    EXPECT_TRUE(access->cookie(own).startsWith("plc_panel_8080=" + own + ";"));
+    EXPECT_TRUE(access->clearedCookie().startsWith("plc_panel_8080=;"));
+    const QString address = stated("127.0.0.1");
+    EXPECT_EQ(Role::Operator,
+              access->identify("plc_panel_8081=other; plc_panel_8080=" + own, {}, address).role);
+    EXPECT_EQ(Role::None, access->identify("plc_panel_8081=" + own, {}, address).role);
+    EXPECT_EQ(Role::None, access->identify("plc_panel=" + own, {}, address).role);
 }
 
 TEST(RequestToken, IsTakenFromAuthorizationBeforeTheCookie)
 {
-    EXPECT_EQ("abc", requestToken("a=1; plc_panel=abc; b=2", {}));
-    EXPECT_EQ("xyz", requestToken("plc_panel=abc", "bearer  xyz"));
-    EXPECT_EQ("abc", requestToken("plc_panel=abc", "Basic xyz"));
-    EXPECT_EQ("", requestToken("plc_panel=abc; plc_panel=abd", {}));
-    EXPECT_EQ("", requestToken("xplc_panel=abc", {}));
-    EXPECT_EQ("", requestToken("plc_panel=a b", {}));
-    EXPECT_EQ("", requestToken("plc_panel=" + QByteArray(129, 'a'), {}));
+    EXPECT_EQ("abc", requestToken("plc_panel", "a=1; plc_panel=abc; b=2", {}));
+    EXPECT_EQ("xyz", requestToken("plc_panel", "plc_panel=abc", "bearer  xyz"));
+    EXPECT_EQ("abc", requestToken("plc_panel", "plc_panel=abc", "Basic xyz"));
+    EXPECT_EQ("", requestToken("plc_panel", "plc_panel=abc; plc_panel=abd", {}));
+    EXPECT_EQ("", requestToken("plc_panel", "xplc_panel=abc", {}));
+    EXPECT_EQ("", requestToken("plc_panel", "plc_panel=a b", {}));
+    EXPECT_EQ("", requestToken("plc_panel", "plc_panel=" + QByteArray(129, 'a'), {}));
 }
 
 TEST(Sessions, AreBoundedForEachUserAndForAll)

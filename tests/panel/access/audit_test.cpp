@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <limits>
 
 #include "panel/access/audit_log.h"
 #include "panel/access/audit_reading.h"
@@ -78,7 +79,8 @@ TEST(AuditLine, HoldsWhoWhenWhatAndTheHashOfTheLineBefore)
     EXPECT_EQ(
         "{\"time\":\"1970-01-01T00:00:01.000Z\",\"action\":\"write\",\"phase\":\"requested\","
         "\"user\":\"anna\",\"address\":\"10.0.0.7\",\"plc\":\"line1\",\"label\":\"MAIN.speed\","
-        "\"old\":\"1\",\"seen\":null,\"new\":\"2\",\"id\":\"w1\",\"outcome\":\"\",\"reason\":\"\",\"n\":7,"
+        "\"old\":\"1\",\"seen\":null,\"new\":\"2\",\"id\":\"w1\",\"outcome\":\"\",\"reason\":\"\","
+        "\"n\":7,"
         "\"previous\":\"ab\"}",
         recordLine(record("w1"), 7, "ab").toStdString());
 }
@@ -268,6 +270,50 @@ TEST_F(Audit, GoesOnWhereItWasCutAgainBeforeItCouldSaySo)
     EXPECT_EQ(1, verify().cuts);
 }
 
+TEST_F(Audit, NamesLastLinesThatWereMadeIllegibleThoughTheFileEndsWithinALine)
+{
+    write(6);
+    QList<QByteArray> all = lines();
+    for (int i = 4; i < 7; ++i)
+        all[i].replace("anna", "eve\"a");
+    const QByteArray scrambled = all.join('\n');
+    files.put(file(), scrambled.constData());
+    expectFlaw(AuditVerification::Altered, 5);
+    // One alone looks like what a crash leaves.
+    files.put(file(), QByteArray(all.mid(0, 4).join('\n') + '\n' + all[4]).constData());
+    EXPECT_EQ(AuditVerification::None, verify().flaw);
+    EXPECT_TRUE(verify().endsWithinLine);
+    // Whole lines may neither stand behind it.
+    files.put(file(),
+              QByteArray(all.mid(0, 4).join('\n') + "\n{\"time\":\"19\n" + all[4]).constData());
+    expectFlaw(AuditVerification::Altered, 5);
+}
+
+TEST_F(Audit, BlessesNoIllegibleLinesByGoingOnBehindThem)
+{
+    write(6);
+    QList<QByteArray> all = lines();
+    for (int i = 4; i < 7; ++i)
+        all[i].replace("anna", "eve\"a");
+    files.put(file(), all.join('\n').constData());
+    {
+        const auto log = open();
+        ASSERT_TRUE(log);
+        EXPECT_EQ(file() + stated(": its last lines are none of an audit"), log->flaw());
+        EXPECT_TRUE(log->append(record("7"))) << "writes go on";
+    }
+    expectFlaw(AuditVerification::Altered, 5);
+    EXPECT_EQ(0, verify().cuts);
+}
+
+TEST_F(Audit, HasNoFlawBehindHalfALine)
+{
+    write(1);
+    EXPECT_EQ("", open()->flaw().toStdString());
+    files.append(file(), "{\"time\":\"19\n{\"time\":\"1970-01");
+    EXPECT_EQ("", open()->flaw().toStdString());
+}
+
 TEST_F(Audit, ShowsWhenACutPartWasAlteredLater)
 {
     write(1);
@@ -351,6 +397,36 @@ TEST_F(Audit, GoesOnAcrossFiles)
     EXPECT_EQ(log->head(), after.head);
 }
 
+TEST_F(Audit, GoesOnInANewFileWhereItsOwnWasRemoved)
+{
+    const auto log = open();
+    ASSERT_TRUE(log->append(record("1")));
+    const QByteArray head = log->head();
+    ASSERT_TRUE(QFile::remove(file()));
+    ASSERT_TRUE(succeeds(log->append(record("2")))) << error.toStdString();
+    const AuditVerification after = verify();
+    EXPECT_EQ(AuditVerification::None, after.flaw) << after.sentence.toStdString();
+    EXPECT_TRUE(after.isContinued);
+    EXPECT_EQ(head, after.previous);
+    EXPECT_EQ(2, after.firstNumber);
+    EXPECT_EQ(2, after.lines);
+    EXPECT_NE(std::string::npos, files.content(file()).find("\"id\":\"2\""));
+}
+
+TEST_F(Audit, RefusesWhereItsFileWasRemovedAndNoOtherCanBeMade)
+{
+    const auto log = open();
+    ASSERT_TRUE(QFile::remove(file()));
+    ASSERT_TRUE(QDir().mkdir(file()));
+    EXPECT_FALSE(succeeds(log->append(record("1"))));
+    EXPECT_TRUE(error.startsWith(file())) << error.toStdString();
+    EXPECT_FALSE(log->isWorking());
+    ASSERT_TRUE(QDir().rmdir(file()));
+    EXPECT_TRUE(succeeds(log->append(record("2")))) << error.toStdString();
+    EXPECT_TRUE(log->isWorking());
+    EXPECT_EQ(2, verify().lines);
+}
+
 TEST_F(Audit, StaysWithItsFileWhereAnotherCannotBeOpened)
 {
     const auto log = open();
@@ -402,6 +478,9 @@ TEST_F(Audit, IsReadInPages)
     ASSERT_EQ(2, before->lines.size());
     EXPECT_TRUE(before->lines[0].contains("\"id\":\"2\""));
     EXPECT_TRUE(before->lines[1].contains("\"id\":\"3\""));
+    const Expected<AuditPage> all = readAudit(file(), std::numeric_limits<qint64>::min(), 10);
+    ASSERT_TRUE(succeeds(all));
+    EXPECT_EQ(6, all->lines.size());
 }
 
 } // namespace
