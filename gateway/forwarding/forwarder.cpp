@@ -26,8 +26,12 @@ bool isGood(const Sample& sample)
 } // namespace
 
 Forwarder::Forwarder(Publisher* publisher, Broker* broker, ChangeStore* store, int historyRate,
-                     const QString& version)
-    : m_publisher(publisher), m_broker(broker), m_store(store), m_historyRate(historyRate)
+                     const QString& version, TopicRecord* record)
+    : m_publisher(publisher),
+      m_broker(broker),
+      m_store(store),
+      m_historyRate(historyRate),
+      m_topics(record)
 {
     m_own.version = version;
 }
@@ -97,8 +101,21 @@ void Forwarder::tell(const WriteOutcome& outcome, qint64 now, qint64 time)
         m_outcomes.pop_front();
 }
 
-void Forwarder::connected(qint64 now, qint64 time)
+void Forwarder::removeStrangers(qint64 now)
 {
+    if (!m_isLive)
+        return;
+    const QVector<Message> removals =
+        m_topics.removals([this](const QString& topic) { return m_publisher->isKept(topic); });
+    if (removals.isEmpty())
+        return;
+    m_unconfirmed.addRemoval(m_topics.lastRemoval());
+    publish(removals, now);
+}
+
+void Forwarder::connected(qint64 now, qint64 time, const QString& broker)
+{
+    m_topics.begin(broker);
     m_isConnected = true;
     m_publisher->connected();
     beginIfWanted(now, time);
@@ -138,6 +155,8 @@ void Forwarder::keepWhatIsOnTheWay()
 void Forwarder::confirmed(quint64 mark)
 {
     for (const UnconfirmedSamples::Batch& batch : m_unconfirmed.take(mark)) {
+        if (batch.removal > 0)
+            m_topics.confirmed(batch.removal);
         if (batch.historyTo > 0)
             endHistory(batch.historyTo, batch.unsendable);
         if (batch.storedTo == 0)
@@ -180,6 +199,8 @@ void Forwarder::begin(qint64 now, qint64 time)
 void Forwarder::open(qint64 now, qint64 time)
 {
     m_bornAt = now;
+    // Before the node is online, which makes what is kept look like values of now.
+    removeStrangers(now);
     publish(m_publisher->opening(ownState(now), time), now);
 }
 
@@ -249,6 +270,7 @@ StoredChange Forwarder::named(int number, const Sample& sample) const
 
 void Forwarder::publish(const QVector<Message>& messages, qint64 now, State* state)
 {
+    m_topics.note(messages);
     for (const Message& message : messages) {
         const qint64 bytes = qint64(message.topic.size()) + qint64(message.payload.size());
         m_broker->publish(message);

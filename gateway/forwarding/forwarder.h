@@ -9,6 +9,7 @@
 #include <map>
 
 #include "gateway/broker/broker.h"
+#include "gateway/forwarding/kept_topics.h"
 #include "gateway/forwarding/unconfirmed_samples.h"
 #include "gateway/model/change_store.h"
 #include "gateway/model/publisher.h"
@@ -37,21 +38,27 @@ struct ForwardingCounters {
 /// 4. A broker that takes too little gets no more live changes until it has caught up; then it
 ///    gets the last of each at once.
 /// 5. A device that is away is announced only while there is history of it to be sent.
+/// 6. What the broker keeps of values and devices that are no more is taken back: before a session
+///    opens, and when they go.
 class Forwarder {
 public:
-    /// All must outlive the forwarder. `historyRate` is stored changes a second.
+    /// All must outlive the forwarder; `record` may be null. `historyRate` is stored changes a
+    /// second.
     Forwarder(Publisher* publisher, Broker* broker, ChangeStore* store, int historyRate,
-              const QString& version);
+              const QString& version, TopicRecord* record = nullptr);
 
     /// `told` has a sample for each metric. A number is never used again.
     void addDevice(int number, const Device& device, const QVector<Sample>& told);
     void removeDevice(int number, qint64 now, qint64 time);
+    /// Devices were removed, and those that take their places are there.
+    void removeStrangers(qint64 now);
 
     /// Whether the device is there, and what is new of its values.
     void update(int number, bool isAlive, const QVector<Sample>& samples, qint64 now, qint64 time);
     void tell(const WriteOutcome& outcome, qint64 now, qint64 time);
 
-    void connected(qint64 now, qint64 time);
+    /// `broker` is the name under which the record has its topics.
+    void connected(qint64 now, qint64 time, const QString& broker = QString());
     void lost(qint64 now);
     void confirmed(quint64 mark);
     /// The publisher was shown a message, and may see consumers where there were none.
@@ -127,6 +134,7 @@ private:
     bool m_isLive = false;
     bool m_isCongested = false;
     UnconfirmedSamples m_unconfirmed;
+    KeptTopics m_topics;
     QVector<StoredChange> m_kept; ///< To be stored.
     qint64 m_flushedAt = 0;
     QString m_storeError;

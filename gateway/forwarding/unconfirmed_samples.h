@@ -29,6 +29,7 @@ public:
         qint64 storedTo = 0;
         qint64 historyTo = 0;   ///< The last change from the store that was published.
         quint64 unsendable = 0; ///< Changes from the store that could not be.
+        quint64 removal = 0;    ///< The last removal of a kept message; 0: none.
     };
 
     bool isEmpty() const { return m_batches.empty() && !isGrowing(); }
@@ -41,6 +42,7 @@ public:
     /// Stored changes up to this one were sent, or there was nobody to send them to. Returns false
     /// when nothing is on its way with which they could be confirmed.
     bool addHistory(qint64 number, quint64 unsendable);
+    void addRemoval(quint64 removal) { m_growing.removal = removal; }
     void addBytes(qint64 bytes, qint64 now);
     bool isGrowing() const { return m_growing.bytes > 0; }
     /// Ends the batch. Returns the mark to ask for.

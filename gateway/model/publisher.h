@@ -73,6 +73,10 @@ public:
     /// What is to be said before the connection is closed on purpose.
     virtual QVector<Message> closing(qint64 time) = 0;
 
+    /// Whether a message that a broker keeps on this topic is one that the devices of now have it
+    /// keep.
+    virtual bool isKept(const QString& topic) const = 0;
+
     /// A message from the broker. Whatever it holds, it is answered by a Received.
     virtual Received received(const Message& message, qint64 time) = 0;
 };

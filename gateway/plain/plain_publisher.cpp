@@ -199,6 +199,18 @@ QVector<Message> PlainPublisher::closing(qint64 time)
     return messages;
 }
 
+bool PlainPublisher::isKept(const QString& topic) const
+{
+    if (topic == m_topics.ofNode("state"))
+        return true;
+    const std::optional<PlainTopics::Target> value = m_topics.value(topic);
+    const KnownDevice* device = value ? find(m_numbers.value(value->device, -1)) : nullptr;
+    if (!device)
+        return false;
+    return topic == m_topics.ofDevice(device->topic, "state") ||
+           (m_retainsValues && device->metricsByPath.contains(value->path));
+}
+
 Message PlainPublisher::deviceState(const KnownDevice& device, bool isOnline, qint64 time) const
 {
     return Message{m_topics.ofDevice(device.topic, "state"), stateMessage(isOnline, time), kQos,

@@ -41,6 +41,7 @@ public:
     QVector<Message> deviceEnds(int number, qint64 time) override;
     QVector<Message> outcome(const WriteOutcome& outcome, qint64 time) override;
     QVector<Message> closing(qint64 time) override;
+    bool isKept(const QString& topic) const override;
 
     Received received(const Message& message, qint64 time) override;
 

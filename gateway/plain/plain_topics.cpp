@@ -54,14 +54,20 @@ QVector<QString> PlainTopics::writeFilters(int levels) const
 
 std::optional<PlainTopics::Target> PlainTopics::target(const QString& topic) const
 {
-    if (!topic.startsWith(m_base) || !topic.endsWith(kSet))
+    if (!topic.endsWith(kSet))
+        return std::nullopt;
+    return value(topic.left(topic.size() - kSet.size()));
+}
+
+std::optional<PlainTopics::Target> PlainTopics::value(const QString& topic) const
+{
+    if (!topic.startsWith(m_base))
         return std::nullopt;
     const int start = int(m_base.size());
     const int slash = int(topic.indexOf(QLatin1Char('/'), start));
-    const int pathSize = int(topic.size()) - int(kSet.size()) - slash - 1;
-    if (slash <= start || pathSize <= 0)
+    if (slash <= start || slash + 1 >= int(topic.size()))
         return std::nullopt;
-    return Target{topic.mid(start, slash - start), topic.mid(slash + 1, pathSize)};
+    return Target{topic.mid(start, slash - start), topic.mid(slash + 1)};
 }
 
 } // namespace plc::gateway

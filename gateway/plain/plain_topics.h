@@ -29,12 +29,14 @@ public:
     /// where something stands behind the wildcards.
     QVector<QString> writeFilters(int levels) const;
 
-    /// Device and path of a topic for writes.
     struct Target {
         QString device;
         QString path;
     };
+    /// Device and path of a topic for writes.
     std::optional<Target> target(const QString& topic) const;
+    /// Device and path of a topic as ofValue() gives it.
+    std::optional<Target> value(const QString& topic) const;
 
 private:
     const QString m_base; ///< With the slash behind it.

@@ -37,7 +37,7 @@ Gateway::Gateway(const GatewaySettings& settings, GatewayParts parts)
     m_clock.start();
     m_forwarder =
         std::make_unique<Forwarder>(m_parts.publisher.get(), &m_broker, m_parts.store.get(),
-                                    settings.historyRate, m_parts.version);
+                                    settings.historyRate, m_parts.version, m_parts.topics.get());
     m_choice = std::make_unique<BrokerChoice>(int(settings.brokers.size()), std::random_device{}());
     m_retry.setSingleShot(true);
     QObject::connect(&m_retry, &QTimer::timeout, this, [this] { openBroker(); });
@@ -149,7 +149,7 @@ void Gateway::brokerConnected()
         m_toldReasons.clear();
         log(QStringLiteral("connected to the broker %1").arg(brokerName()));
     }
-    m_forwarder->connected(now(), wallTime());
+    m_forwarder->connected(now(), wallTime(), brokerName());
 }
 
 void Gateway::brokerLost(const QString& reason)
@@ -320,6 +320,7 @@ Expected<void> Gateway::reconfigure(const GatewaySettings& settings)
         addDevice(std::move(device));
         added->start();
     }
+    m_forwarder->removeStrangers(now());
     const bool hasOtherBrokers = !isSame(settings.brokers, m_settings.brokers);
     m_settings = settings;
     if (hasOtherBrokers)

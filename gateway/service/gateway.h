@@ -16,6 +16,7 @@
 #include "gateway/forwarding/forwarder.h"
 #include "gateway/model/change_store.h"
 #include "gateway/model/publisher.h"
+#include "gateway/model/topic_record.h"
 #include "gateway/operation/statistics.h"
 #include "gateway/service/broker_choice.h"
 #include "gateway/service/write_desk.h"
@@ -28,6 +29,7 @@ struct GatewayParts {
     QString version;
     std::unique_ptr<Publisher> publisher;
     std::unique_ptr<ChangeStore> store;
+    std::unique_ptr<TopicRecord> topics; ///< What brokers keep.
     WriteDesk::Audit audit;
     std::function<void(const QString&)> log; ///< One line for those who operate it.
 };

@@ -21,6 +21,7 @@
 #include "gateway/service/statistics_collection.h"
 #include "gateway/sparkplug/sparkplug_publisher.h"
 #include "gateway/store/sqlite_change_store.h"
+#include "gateway/store/topic_file.h"
 #include "host/driver/driver_library.h"
 #include "service/console.h"
 #include "service/service_manager.h"
@@ -105,6 +106,8 @@ Expected<GatewayParts> Run::makeParts()
     m_store = store->get();
     tellStore();
     parts.store = std::move(*store);
+    parts.topics =
+        std::make_unique<TopicFile>(m_settings.storeFile + QStringLiteral(".topics"), log);
     parts.publisher = makePublisher(m_settings, parts.store.get());
     if (!m_settings.auditFile.isEmpty()) {
         Expected<std::unique_ptr<AuditFile>> audit = AuditFile::open(m_settings.auditFile);

@@ -49,6 +49,7 @@ public:
     QVector<Message> deviceEnds(int number, qint64 time) override;
     QVector<Message> outcome(const WriteOutcome& outcome, qint64 time) override;
     QVector<Message> closing(qint64 time) override;
+    bool isKept(const QString&) const override { return false; }
 
     Received received(const Message& message, qint64 time) override;
 

@@ -9,6 +9,7 @@ namespace {
 struct Line {
     QString topic;
     QJsonObject json;
+    bool isEmpty = false;
 };
 
 class Subscriber {
@@ -26,8 +27,10 @@ public:
     {
         const QString line = m_process.nextLine();
         EXPECT_FALSE(line.isEmpty()) << m_process.errors().toStdString();
+        const QString payload = line.section(QLatin1Char(' '), 1);
         return {line.section(QLatin1Char(' '), 0, 0),
-                QJsonDocument::fromJson(line.section(QLatin1Char(' '), 1).toUtf8()).object()};
+                QJsonDocument::fromJson(payload.toUtf8()).object(),
+                payload == QLatin1String("(null)")};
     }
     /// The next message with this topic; one without a topic if none comes.
     Line await(const char* topic)
@@ -44,6 +47,14 @@ public:
         while (!line.topic.isEmpty() && line.json[QStringLiteral("value")] != value)
             line = await(topic);
         return line;
+    }
+    /// Reads on until this topic has an empty message.
+    bool awaitEmpty(const char* topic)
+    {
+        Line line = await(topic);
+        while (!line.topic.isEmpty() && !line.isEmpty)
+            line = await(topic);
+        return line.isEmpty;
     }
     Line awaitState(const char* topic, bool isOnline)
     {
@@ -122,6 +133,37 @@ TEST_P(PlainGateway, ShowsNoDeviceOnlineThatWasSoForAProcessThatWasKilled)
     site.gateway.start();
     EXPECT_FALSE(subscriber.awaitState("works/hall/oven/state", false).topic.isEmpty());
     EXPECT_FALSE(subscriber.awaitState("works/hall/state", true).topic.isEmpty());
+}
+
+TEST_P(PlainGateway, TakesBackWhatItNoLongerPublishes)
+{
+    site.addPlc("press", kOvenProject);
+    Subscriber subscriber(port(), GetParam());
+    site.start();
+    subscriber.awaitState("works/hall/oven/state", true);
+    subscriber.awaitState("works/hall/press/state", true);
+    // Of a device that goes while the gateway runs, and of one that goes while it does not.
+    site.removeDevice("oven");
+    site.writeConfiguration();
+    site.gateway.signal(SIGHUP);
+    EXPECT_FALSE(subscriber.awaitState("works/hall/oven/state", false).topic.isEmpty());
+    EXPECT_TRUE(subscriber.awaitEmpty("works/hall/oven/Oven/count"));
+    site.gateway.kill();
+    subscriber.awaitState("works/hall/state", false);
+    site.removeDevice("press");
+    site.addPlc("saw", kOvenProject);
+    site.start();
+    EXPECT_TRUE(subscriber.awaitEmpty("works/hall/press/Oven/count"));
+    EXPECT_TRUE(subscriber.awaitEmpty("works/hall/press/state"));
+    EXPECT_FALSE(subscriber.awaitState("works/hall/state", true).topic.isEmpty());
+    // Who comes later sees nothing but what is so now.
+    subscriber.awaitState("works/hall/saw/state", true);
+    Subscriber late(port(), GetParam());
+    for (Line line = late.next(); line.topic != QLatin1String("works/hall/saw/state");
+         line = late.next())
+        ASSERT_FALSE(line.topic.contains(QLatin1String("oven")) ||
+                     line.topic.contains(QLatin1String("press")) || line.topic.isEmpty())
+            << line.topic.toStdString();
 }
 
 TEST_P(PlainGateway, TellsHowWritesEnd)

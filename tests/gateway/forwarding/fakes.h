@@ -58,10 +58,12 @@ public:
         return {message(QStringLiteral("outcome ") + outcome.id)};
     }
     QVector<gateway::Message> closing(qint64) override { return {}; }
+    bool isKept(const QString& topic) const override { return !strangers.contains(topic); }
     gateway::Received received(const gateway::Message&, qint64) override { return {}; }
 
     gateway::NodeState opened; ///< What the last opening told of the gateway.
     bool mayPublishNow = true;
+    QSet<QString> strangers; ///< Topics that are not to be kept.
     bool hasTimesInBirths = false;
 
 private:

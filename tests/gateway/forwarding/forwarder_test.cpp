@@ -430,5 +430,53 @@ TEST_F(ForwarderTest, RebirthTellsTheStoreAsItIsThen)
     EXPECT_EQ(4u, publisher.opened.dropped);
 }
 
+/// A broker "b" that keeps messages on these topics.
+class OldTopics : public TopicRecord {
+public:
+    QStringList topics(const QString& broker) const override
+    {
+        return broker == QLatin1String("b") ? known : QStringList();
+    }
+    void add(const QString&, const QStringList& topics) override { known += topics; }
+    void remove(const QString&, const QStringList& topics) override
+    {
+        for (const QString& topic : topics)
+            known.removeAll(topic);
+    }
+
+    QStringList known;
+};
+
+TEST_F(ForwarderTest, WhatTheBrokerKeepsOfFormerRunsIsRemovedBeforeTheSessionOpens)
+{
+    OldTopics record;
+    record.known = QStringList{"gone", "here"};
+    publisher.strangers = {QStringLiteral("gone")};
+    Forwarder other(&publisher, &broker, &store, 1000, QStringLiteral("1"), &record);
+    other.connected(now, now, QStringLiteral("b"));
+    // A removal has no payload.
+    EXPECT_EQ((QStringList{"", "open"}), published());
+    EXPECT_EQ((QStringList{"gone", "here"}), record.known);
+    other.confirmed(broker.marks.last());
+    EXPECT_EQ(QStringList{"here"}, record.known);
+    other.wantRebirth(now + 1000, now);
+    EXPECT_EQ(QStringList{"open"}, published());
+}
+
+TEST_F(ForwarderTest, WhatTheBrokerKeepsIsRemovedWhenItHasNoDeviceAnyMore)
+{
+    OldTopics record;
+    record.known = QStringList{"gone"};
+    Forwarder other(&publisher, &broker, &store, 1000, QStringLiteral("1"), &record);
+    other.connected(now, now, QStringLiteral("b"));
+    EXPECT_EQ(QStringList{"open"}, published());
+    publisher.strangers = {QStringLiteral("gone")};
+    other.removeStrangers(now);
+    EXPECT_EQ(QStringList{""}, published());
+    other.tick(now, now);
+    other.confirmed(broker.marks.last());
+    EXPECT_EQ(QStringList(), record.known);
+}
+
 } // namespace
 } // namespace plc::gateway

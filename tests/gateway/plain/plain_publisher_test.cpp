@@ -111,6 +111,20 @@ TEST_F(PlainSession, EscapesNamesInTopics)
               lines(m_publisher.deviceBegins(3, {good(0, "01")}, 0)));
 }
 
+TEST_F(PlainSession, HasTheBrokerKeepStatesOfItsDevicesOnly)
+{
+    EXPECT_TRUE(m_publisher.isKept(QStringLiteral("works/hall/state")));
+    EXPECT_TRUE(m_publisher.isKept(QStringLiteral("works/hall/pump/state")));
+    // Values are kept when they are to be retained.
+    EXPECT_FALSE(m_publisher.isKept(QStringLiteral("works/hall/pump/P/speed")));
+    EXPECT_FALSE(m_publisher.isKept(QStringLiteral("works/hall/press/state")));
+    EXPECT_FALSE(m_publisher.isKept(QStringLiteral("works/attic/state")));
+    m_publisher.removeDevice(1);
+    EXPECT_FALSE(m_publisher.isKept(QStringLiteral("works/hall/pump/state")));
+    m_publisher.addDevice(4, device("A+", {}));
+    EXPECT_TRUE(m_publisher.isKept(QStringLiteral("works/hall/A%2B/state")));
+}
+
 class RetainedValues : public PlainFixture {
 protected:
     RetainedValues() : PlainFixture(true) {}
@@ -123,6 +137,18 @@ TEST_F(RetainedValues, AreTheLiveOnesOnly)
               lines(m_publisher.changes(1, {good(0, "FFFF")}, 0)));
     EXPECT_EQ(QStringList{valueLine("pump/P/speed", "1", ",\"historical\":true")},
               lines(m_publisher.history(1, {good(0, "0100")}, 0)));
+}
+
+TEST_F(RetainedValues, AreKeptWhileTheirDeviceHasThem)
+{
+    EXPECT_TRUE(m_publisher.isKept(QStringLiteral("works/hall/pump/P/speed")));
+    EXPECT_FALSE(m_publisher.isKept(QStringLiteral("works/hall/pump/P/pressure")));
+    EXPECT_FALSE(m_publisher.isKept(QStringLiteral("works/hall/oven/P/speed")));
+    EXPECT_FALSE(m_publisher.isKept(QStringLiteral("works/hall/pump/P/speed/outcome")));
+    m_publisher.removeDevice(1);
+    m_publisher.addDevice(3, device("pump", {metric("P/set", "INT")}));
+    EXPECT_FALSE(m_publisher.isKept(QStringLiteral("works/hall/pump/P/speed")));
+    EXPECT_TRUE(m_publisher.isKept(QStringLiteral("works/hall/pump/P/set")));
 }
 
 } // namespace
