@@ -21,6 +21,8 @@ constexpr int kLoopTime = 100;         // ms, after which the end of a connectio
 constexpr int kMostWaitingMessages = 1000;
 constexpr qint64 kMostWaitingBytes = qint64(8) * 1024 * 1024;
 constexpr int kRefusedSubscription = 0x80;
+// Each takes longer, the more are not acknowledged, and packet numbers have 16 bits.
+constexpr std::size_t kMostInFlight = 1000;
 
 void initialiseOnce()
 {
@@ -114,7 +116,8 @@ QString MosquittoConnection::prepare()
     mosquitto_int_option(m_handle, MOSQ_OPT_PROTOCOL_VERSION,
                          m_settings.isVersion5 ? MQTT_PROTOCOL_V5 : MQTT_PROTOCOL_V311);
     mosquitto_int_option(m_handle, MOSQ_OPT_TCP_NODELAY, 1);
-    // What is published goes out at once, in order; how much is on its way is the owner's concern.
+    // How much is on its way is decided here: libmosquitto would have other packets overtake what
+    // it keeps back.
     mosquitto_max_inflight_messages_set(m_handle, 0);
     mosquitto_log_callback_set(m_handle, [](mosquitto*, void* self, int level, const char* text) {
         if (level == MOSQ_LOG_ERR)
@@ -197,6 +200,8 @@ QString MosquittoConnection::converse()
                                        m_settings.port, m_keepAlive);
     while (code == MOSQ_ERR_SUCCESS && m_lostReason.isEmpty()) {
         code = mosquitto_loop(m_handle, kLoopTime, 1);
+        handOver();
+        sayGoodbye();
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (m_end == End::Drop)
             return m_endReason;
@@ -277,27 +282,66 @@ void MosquittoConnection::handleArrived(Message message)
 
 void MosquittoConnection::publish(const Message& message)
 {
-    int packet = 0;
-    int code = MOSQ_ERR_NO_CONN;
+    enqueue({message, 0});
+}
+
+void MosquittoConnection::askConfirmation(quint64 mark)
+{
+    enqueue({std::nullopt, mark});
+}
+
+void MosquittoConnection::enqueue(Step step)
+{
     {
-        const std::lock_guard<std::mutex> lock(m_handleMutex);
-        if (m_handle) {
-            code = mosquitto_publish(m_handle, &packet, message.topic.toUtf8().constData(),
-                                     int(message.payload.size()), message.payload.constData(),
-                                     message.qos, message.isRetained);
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_waiting.push_back(std::move(step));
+    }
+    handOver();
+}
+
+/// As much of what waits as may be on its way.
+void MosquittoConnection::handOver()
+{
+    const std::lock_guard<std::mutex> lock(m_handleMutex);
+    while (const std::optional<Step> step = nextStep()) {
+        const QString problem = step->message ? send(*step->message) : ask(step->mark);
+        // What follows would hide that this is missing.
+        if (!problem.isEmpty()) {
+            drop(problem);
+            return;
         }
     }
-    // What follows would hide that this message is missing.
-    if (code != MOSQ_ERR_SUCCESS) {
-        drop(QStringLiteral("cannot publish %1: %2").arg(message.topic, errorText(code)));
-        return;
+}
+
+std::optional<MosquittoConnection::Step> MosquittoConnection::nextStep()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_waiting.empty() || m_open.size() >= kMostInFlight || m_end == End::Drop)
+        return std::nullopt;
+    Step step = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    return step;
+}
+
+/// Under m_handleMutex. Returns what is wrong.
+QString MosquittoConnection::send(const Message& message)
+{
+    int packet = 0;
+    int code = MOSQ_ERR_NO_CONN;
+    if (m_handle) {
+        code = mosquitto_publish(m_handle, &packet, message.topic.toUtf8().constData(),
+                                 int(message.payload.size()), message.payload.constData(),
+                                 message.qos, message.isRetained);
     }
+    if (code != MOSQ_ERR_SUCCESS)
+        return QStringLiteral("cannot publish %1: %2").arg(message.topic, errorText(code));
     const std::lock_guard<std::mutex> lock(m_mutex);
     ++m_published;
-    if (m_early.erase(packet) > 0)
-        return;
-    m_open[packet] = m_published;
-    m_openInOrder.insert(m_published);
+    if (m_early.erase(packet) == 0) {
+        m_open[packet] = m_published;
+        m_openInOrder.insert(m_published);
+    }
+    return QString();
 }
 
 void MosquittoConnection::handleAcknowledged(int packet)
@@ -314,25 +358,21 @@ void MosquittoConnection::handleAcknowledged(int packet)
 }
 
 /// A broker answers packets in order, so the answer to one that does nothing shows that all before
-/// it were taken: at QoS 0, where messages have no answer of their own, too.
-void MosquittoConnection::askConfirmation(quint64 mark)
+/// it were taken: at QoS 0, where messages have no answer of their own, too. Under m_handleMutex.
+/// Returns what is wrong.
+QString MosquittoConnection::ask(quint64 mark)
 {
     int packet = 0;
     const QByteArray nobodysTopic = m_clientId + "/mark";
     int code = MOSQ_ERR_NO_CONN;
-    {
-        const std::lock_guard<std::mutex> lock(m_handleMutex);
-        if (m_handle)
-            code = mosquitto_unsubscribe(m_handle, &packet, nobodysTopic.constData());
-    }
-    // Without it, what was published would wait for ever.
-    if (code != MOSQ_ERR_SUCCESS) {
-        drop(QStringLiteral("cannot ask for a confirmation: %1").arg(errorText(code)));
-        return;
-    }
+    if (m_handle)
+        code = mosquitto_unsubscribe(m_handle, &packet, nobodysTopic.constData());
+    if (code != MOSQ_ERR_SUCCESS)
+        return QStringLiteral("cannot ask for a confirmation: %1").arg(errorText(code));
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_marks.push_back({mark, m_published, packet, m_early.erase(packet) > 0});
     confirmMarks();
+    return QString();
 }
 
 void MosquittoConnection::handleUnsubscribed(int packet)
@@ -357,9 +397,20 @@ void MosquittoConnection::close()
         m_end = End::Close;
         m_endWantedAt = values::steadyTime();
     }
-    const std::lock_guard<std::mutex> lock(m_handleMutex);
-    if (!m_handle)
-        return;
+    sayGoodbye();
+}
+
+/// Behind everything else: a broker throws away what it has not taken when the goodbye comes.
+void MosquittoConnection::sayGoodbye()
+{
+    const std::lock_guard<std::mutex> handleLock(m_handleMutex);
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const bool isAllSent = m_waiting.empty() && m_openInOrder.empty();
+        if (m_end != End::Close || m_isGoodbyeSaid || !isAllSent || !m_handle)
+            return;
+        m_isGoodbyeSaid = true;
+    }
     // Sparkplug wants the death told by the broker, too, where the protocol can say so.
     if (m_settings.isVersion5)
         mosquitto_disconnect_v5(m_handle, MQTT_RC_DISCONNECT_WITH_WILL_MSG, nullptr);

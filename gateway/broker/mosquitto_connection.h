@@ -37,7 +37,8 @@ struct BrokerEvent {
 /// 2. Events wait until they are taken. `wake` is called in the thread when there are some where
 ///    there were none, and never again after forgetOwner().
 /// 3. Lost is the last event.
-/// 4. What consumers send is kept up to a limit; what comes beyond it is counted and gone.
+/// 4. Of what is published only so much is on its way at a time; the rest waits here, in order.
+/// 5. What consumers send is kept up to a limit; what comes beyond it is counted and gone.
 class MosquittoConnection : public std::enable_shared_from_this<MosquittoConnection> {
 public:
     MosquittoConnection(const QString& clientId, int keepAlive, const BrokerSettings& settings,
@@ -60,6 +61,12 @@ public:
 private:
     enum class End { None, Close, Drop };
 
+    /// What is to go out: a message, or the question for a mark.
+    struct Step {
+        std::optional<Message> message;
+        quint64 mark;
+    };
+
     /// Something the broker acknowledges, in the order in which it was handed over.
     struct Mark {
         quint64 number;
@@ -79,6 +86,12 @@ private:
     void handleUnsubscribed(int packet);
     void handleArrived(Message message);
     void loseWith(const QString& reason);
+    void enqueue(Step step);
+    void handOver();
+    std::optional<Step> nextStep();
+    QString send(const Message& message);
+    QString ask(quint64 mark);
+    void sayGoodbye();
     void confirmMarks();
     void post(BrokerEvent event);
 
@@ -87,7 +100,8 @@ private:
     const BrokerSettings m_settings;
     const std::optional<Message> m_will;
     const QVector<Subscription> m_subscriptions;
-    /// Held by the owner while it uses m_handle, and by the thread when it ends that.
+    /// Held by who hands something over, and by the thread when it ends m_handle. Never locked
+    /// under m_mutex.
     std::mutex m_handleMutex;
     mosquitto* m_handle = nullptr;
 
@@ -108,6 +122,8 @@ private:
     End m_end = End::None;
     qint64 m_endWantedAt = 0;
     QString m_endReason;
+    bool m_isGoodbyeSaid = false;
+    std::deque<Step> m_waiting;
     bool m_hasEnded = false;
     std::condition_variable m_ended;
     // Messages that are not acknowledged (at QoS 0: not handed to the socket), by packet number,

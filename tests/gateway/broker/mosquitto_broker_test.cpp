@@ -116,6 +116,61 @@ TEST_P(MosquittoBrokerTest, CloseSendsWhatWasPublishedAndWithVersion5TheWillBehi
     EXPECT_EQ("next", m_watched.messages.last().topic);
 }
 
+TEST_P(MosquittoBrokerTest, CloseWaitsUntilTheBrokerHasTakenEverything)
+{
+    constexpr int kMessages = 200;
+    watch(QStringLiteral("#"));
+    connect(Message{QStringLiteral("will"), "gone", 1, false});
+    for (int i = 0; i < kMessages; ++i)
+        m_broker.publish({QStringLiteral("last"), QByteArray::number(i), 1, true});
+    m_broker.close();
+    ASSERT_TRUE(waitUntil([this] { return m_diary.losses.size() == 1; }));
+    EXPECT_EQ("closed", m_diary.losses[0]);
+    // The broker tells what it took in its order, so the next message of another is behind it.
+    m_watcher.publish({QStringLiteral("next"), "words", 1, false});
+    ASSERT_TRUE(waitUntil([this] {
+        return !m_watched.messages.isEmpty() && m_watched.messages.last().topic == "next";
+    }));
+    ASSERT_EQ(kMessages + (GetParam() ? 2 : 1), m_watched.messages.size());
+    for (int i = 0; i < kMessages; ++i)
+        ASSERT_EQ(QByteArray::number(i), m_watched.messages[i].payload);
+}
+
+TEST_P(MosquittoBrokerTest, MoreMessagesThanPacketNumbersAreConfirmed)
+{
+    constexpr int kMessages = 70000; // A packet has a number of 16 bits.
+    connect();
+    for (int i = 0; i < kMessages; ++i)
+        m_broker.publish({QStringLiteral("values/a"), "1", 1, false});
+    m_broker.askConfirmation(1);
+    ASSERT_TRUE(waitUntil([this] { return !m_diary.marks.isEmpty(); }));
+    EXPECT_TRUE(m_diary.losses.isEmpty());
+}
+
+TEST_P(MosquittoBrokerTest, MessagesKeepTheirOrderBeyondWhatIsInFlight)
+{
+    constexpr int kMessages = 5000;
+    // At QoS 0 the broker tells them as they come.
+    m_watcher.open(settings(), {}, {{QStringLiteral("values/#"), 0}});
+    ASSERT_TRUE(waitUntil([this] { return m_watched.connections == 1; }));
+    connect();
+    for (int i = 0; i < kMessages; ++i)
+        m_broker.publish({QStringLiteral("values/a"), QByteArray::number(i), 1, false});
+    m_broker.askConfirmation(1);
+    ASSERT_TRUE(waitUntil([this] { return m_diary.marks.size() == 1; }));
+    m_broker.publish({QStringLiteral("values/b"), "last", 0, false});
+    ASSERT_TRUE(waitUntil([this] {
+        return !m_watched.messages.isEmpty() && m_watched.messages.last().payload == "last";
+    }));
+    // Some may be missing at a watcher that does not keep up, but none overtakes another.
+    int before = -1;
+    for (int i = 0; i + 1 < int(m_watched.messages.size()); ++i) {
+        const int number = m_watched.messages[i].payload.toInt();
+        ASSERT_LT(before, number);
+        before = number;
+    }
+}
+
 TEST_P(MosquittoBrokerTest, NothingIsKeptForAGatewayThatIsNotThere)
 {
     watch(QStringLiteral("none"));
