@@ -14,6 +14,7 @@ constexpr int kCongestedAfter = 5000;     // ms without confirmation
 constexpr qint64 kMostOnTheWay = 4 << 20; // bytes without confirmation
 constexpr int kMostKept = 50000;          // changes in memory while the store does not work
 constexpr int kHistoryAtOnce = 500;       // changes
+constexpr int kSlowHistory = 200;         // changes, where confirmations are late
 constexpr int kBirthInterval = 500;       // ms
 constexpr int kOwnStateInterval = 5000;   // ms
 constexpr size_t kMostOutcomes = 1000;
@@ -127,6 +128,8 @@ void Forwarder::lost(qint64 now)
     m_isLive = false;
     m_isCongested = false;
     m_isRebirthWanted = false;
+    m_wasConfirmed = false;
+    m_isConfirming = false;
     m_publisher->disconnected();
     keepWhatIsOnTheWay();
     for (auto& [number, state] : m_devices) {
@@ -154,17 +157,14 @@ void Forwarder::keepWhatIsOnTheWay()
 
 void Forwarder::confirmed(quint64 mark)
 {
+    m_wasConfirmed = true;
     for (const UnconfirmedSamples::Batch& batch : m_unconfirmed.take(mark)) {
         if (batch.removal > 0)
             m_topics.confirmed(batch.removal);
         if (batch.historyTo > 0)
             endHistory(batch.historyTo, batch.unsendable);
-        if (batch.storedTo == 0)
-            continue;
-        // Where older ones wait before them they stay, and are sent twice.
-        const QVector<StoredChange> head = m_store->oldest(0, 1);
-        if (!head.isEmpty() && head.first().number >= batch.storedFrom)
-            m_store->removeUpTo(batch.storedTo);
+        if (batch.storedTo > 0)
+            m_store->removeRange(batch.storedFrom, batch.storedTo);
     }
 }
 
@@ -301,6 +301,11 @@ void Forwarder::tick(qint64 now, qint64 time)
     m_historyBudget = std::min(m_historyBudget + double(passed) * m_historyRate / 1000.0,
                                std::max(double(kHistoryAtOnce), m_historyRate / 2.0));
     if (m_isLive) {
+        if (std::exchange(m_wasConfirmed, false)) {
+            m_confirmedAt = now;
+            m_isConfirming = true;
+        }
+        m_isConfirming = m_isConfirming && now - m_confirmedAt <= kStoreAfter;
         bearAgain(now, time);
         judgeCongestion(now, time);
         sendHistory(now, time);
@@ -400,11 +405,31 @@ void Forwarder::catchUp(qint64 now, qint64 time)
     }
 }
 
+/// What is in the store for the case alone that it does not arrive is no history yet.
+QVector<StoredChange> Forwarder::waitingHistory(qint64 behind, int count)
+{
+    QVector<StoredChange> changes = m_store->oldest(behind, count);
+    if (const qint64 end = m_unconfirmed.firstStored(); end > 0) {
+        const auto first =
+            std::find_if(changes.begin(), changes.end(),
+                         [end](const StoredChange& change) { return change.number >= end; });
+        changes.erase(first, changes.end());
+    }
+    return changes;
+}
+
 void Forwarder::sendHistory(qint64 now, qint64 time)
 {
-    if (m_isCongested || m_unconfirmed.age(now) > kStoreAfter || m_historyBudget < 1.0)
+    if (m_isCongested || m_historyBudget < 1.0)
         return;
-    const QVector<StoredChange> changes = m_store->oldest(m_historySentTo, int(m_historyBudget));
+    int count = int(m_historyBudget);
+    // On a slow way, too, history gets on, but no faster than it is confirmed.
+    if (m_unconfirmed.age(now) > kStoreAfter) {
+        if (!m_isConfirming || m_unconfirmed.hasHistory())
+            return;
+        count = std::min(count, kSlowHistory);
+    }
+    const QVector<StoredChange> changes = waitingHistory(m_historySentTo, count);
     if (changes.isEmpty())
         return;
     m_historyBudget -= double(changes.size());
@@ -453,7 +478,7 @@ void Forwarder::sendHistoryOf(int number, const QVector<Sample>& samples, qint64
 
 void Forwarder::endIdleDevices(qint64 now, qint64 time)
 {
-    if (m_store->size() > 0)
+    if (!waitingHistory(0, 1).isEmpty())
         return;
     for (auto& [number, state] : m_devices) {
         if (!state.isAlive)

@@ -33,8 +33,8 @@ struct ForwardingCounters {
 ///    connection is lost before the broker has confirmed it. So it may arrive twice, but is not
 ///    lost, unless the store counts it as dropped.
 /// 2. What the broker has not confirmed for a second is in the store, too.
-/// 3. Stored changes are sent in their order, as history, only while live ones are confirmed in
-///    time, and at a limited rate. They leave the store when they are confirmed.
+/// 3. Stored changes are sent in their order, as history, at a limited rate; where live ones are
+///    confirmed late, a few at a time. They leave the store when they are confirmed.
 /// 4. A broker that takes too little gets no more live changes until it has caught up; then it
 ///    gets the last of each at once.
 /// 5. A device that is away is announced only while there is history of it to be sent.
@@ -114,6 +114,7 @@ private:
     void storeUnconfirmed(qint64 now, int olderThan);
     void judgeCongestion(qint64 now, qint64 time);
     void catchUp(qint64 now, qint64 time);
+    QVector<StoredChange> waitingHistory(qint64 behind, int count);
     void sendHistory(qint64 now, qint64 time);
     quint64 sendStored(const QVector<StoredChange>& changes, qint64 now, qint64 time);
     void sendHistoryOf(int number, const QVector<Sample>& samples, qint64 now, qint64 time);
@@ -138,6 +139,9 @@ private:
     QVector<StoredChange> m_kept; ///< To be stored.
     qint64 m_flushedAt = 0;
     QString m_storeError;
+    bool m_isConfirming = false; ///< Something was confirmed in this session within a second.
+    bool m_wasConfirmed = false; ///< Since the last tick.
+    qint64 m_confirmedAt = 0;
     qint64 m_historySentTo = 0; ///< Number of the last stored change that was sent.
     double m_historyBudget = 0.0;
     qint64 m_lastTick = -1;

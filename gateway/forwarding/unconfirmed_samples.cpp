@@ -5,6 +5,24 @@
 
 namespace plc::gateway {
 
+bool UnconfirmedSamples::hasHistory() const
+{
+    return m_growing.historyTo > 0 ||
+           std::any_of(m_batches.begin(), m_batches.end(),
+                       [](const Batch& batch) { return batch.historyTo > 0; });
+}
+
+qint64 UnconfirmedSamples::firstStored() const
+{
+    // Where the store failed meanwhile they are not in order.
+    qint64 first = 0;
+    for (const Batch& batch : m_batches) {
+        if (batch.storedFrom > 0 && (first == 0 || batch.storedFrom < first))
+            first = batch.storedFrom;
+    }
+    return first;
+}
+
 void UnconfirmedSamples::addBytes(qint64 bytes, qint64 now)
 {
     if (!isGrowing())

@@ -32,6 +32,11 @@ public:
         quint64 removal = 0;    ///< The last removal of a kept message; 0: none.
     };
 
+    /// Whether changes from the store are on their way.
+    bool hasHistory() const;
+    /// The first number in the store of what is there only until it is confirmed; 0: nothing is.
+    qint64 firstStored() const;
+
     bool isEmpty() const { return m_batches.empty() && !isGrowing(); }
     qint64 bytes() const { return m_bytes; }
     /// How long the oldest batch that has ended has been waiting; 0 when none is.

@@ -39,6 +39,8 @@ public:
     virtual QVector<StoredChange> oldest(qint64 behind, int count) = 0;
     /// These have reached the broker.
     virtual void removeUpTo(qint64 number) = 0;
+    /// So have these, from the first to the last, while older ones may wait.
+    virtual void removeRange(qint64 first, qint64 last) = 0;
     /// The number of the newest that was ever appended; 0: none.
     virtual qint64 last() const = 0;
     virtual quint64 size() const = 0;

@@ -57,6 +57,7 @@ struct ChangeDatabase::Statements {
                        "INSERT INTO metric(device, name, type) VALUES(?, ?, ?) RETURNING id"),
           insertChange(database, "INSERT INTO change VALUES(?, ?, ?, ?, ?)"),
           removeUpTo(database, "DELETE FROM change WHERE number <= ?"),
+          removeRange(database, "DELETE FROM change WHERE number BETWEEN ? AND ?"),
           lengths(database,
                   "SELECT number, length(bytes) FROM change WHERE number <= ? ORDER BY number"),
           save(database, "UPDATE state SET dropped = ?, session = ?, last = ?"),
@@ -69,8 +70,8 @@ struct ChangeDatabase::Statements {
     bool arePrepared() const
     {
         const SqliteStatement* const all[] = {&insertDevice, &insertMetric, &insertChange,
-                                              &removeUpTo,   &lengths,      &save,
-                                              &oldest,       &countBehind};
+                                              &removeUpTo,   &removeRange,  &lengths,
+                                              &save,         &oldest,       &countBehind};
         return std::all_of(std::begin(all), std::end(all), [](const SqliteStatement* statement) {
             return statement->isPrepared();
         });
@@ -80,6 +81,7 @@ struct ChangeDatabase::Statements {
     SqliteStatement insertMetric;
     SqliteStatement insertChange;
     SqliteStatement removeUpTo;
+    SqliteStatement removeRange;
     SqliteStatement lengths;
     SqliteStatement save;
     SqliteStatement oldest;
@@ -288,6 +290,14 @@ std::optional<qint64> ChangeDatabase::removeOldest(qint64 bytes, qint64 last)
     if (number == 0)
         return 0;
     if (m_statements->removeUpTo.bind(0, number).step() != SqliteStatement::Done)
+        return {};
+    return m_database.changedRows();
+}
+
+std::optional<qint64> ChangeDatabase::removeRange(qint64 first, qint64 last)
+{
+    SqliteStatement& remove = m_statements->removeRange;
+    if (remove.bind(0, first).bind(1, last).step() != SqliteStatement::Done)
         return {};
     return m_database.changedRows();
 }

@@ -72,6 +72,8 @@ public:
     /// many they were; nothing on failure.
     std::optional<qint64> removeOldest(qint64 bytes,
                                        qint64 last = std::numeric_limits<qint64>::max());
+    /// Returns how many they were; nothing on failure.
+    std::optional<qint64> removeRange(qint64 first, qint64 last);
     bool save(const StoreState& state);
 
     std::optional<QVector<StoredChange>> oldest(qint64 behind, int count);

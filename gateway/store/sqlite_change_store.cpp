@@ -306,6 +306,22 @@ void SqliteChangeStore::removeUpTo(qint64 number)
         m_consumedRows = m_books.count - m_database->countBehind(number).value_or(m_books.count);
 }
 
+void SqliteChangeStore::removeRange(qint64 first, qint64 last)
+{
+    // What is consumed is counted already.
+    first = std::max(first, m_consumed + 1);
+    if (first > last)
+        return;
+    const Expected<void> removed = transact([&](Books* books) {
+        const std::optional<qint64> rows = m_database->removeRange(first, last);
+        books->count -= rows.value_or(0);
+        return rows.has_value();
+    });
+    // What the disk does not let go of is sent once more.
+    if (!removed)
+        tellOnce(removed.error().text);
+}
+
 void SqliteChangeStore::countDropped(quint64 changes)
 {
     m_books.state.dropped += changes;

@@ -25,6 +25,7 @@ public:
     Expected<void> append(const QVector<StoredChange>& changes) override;
     QVector<StoredChange> oldest(qint64 behind, int count) override;
     void removeUpTo(qint64 number) override;
+    void removeRange(qint64 first, qint64 last) override;
     qint64 last() const override { return m_books.state.last; }
     quint64 size() const override { return quint64(m_books.count - m_consumedRows); }
     void countDropped(quint64 changes) override;

@@ -148,6 +148,14 @@ public:
         while (!m_changes.isEmpty() && m_changes.first().number <= number)
             m_changes.removeFirst();
     }
+    void removeRange(qint64 first, qint64 last) override
+    {
+        const auto isAway = [=](const gateway::StoredChange& change) {
+            return change.number >= first && change.number <= last;
+        };
+        m_changes.erase(std::remove_if(m_changes.begin(), m_changes.end(), isAway),
+                        m_changes.end());
+    }
     qint64 last() const override { return m_last; }
     quint64 size() const override { return quint64(m_changes.size()); }
     void countDropped(quint64 changes) override { m_dropped += changes; }

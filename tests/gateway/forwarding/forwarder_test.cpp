@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <deque>
+#include <utility>
+
 #include "tests/gateway/forwarding/fakes.h"
 #include "values/iec_types.h"
 
@@ -428,6 +431,86 @@ TEST_F(ForwarderTest, RebirthTellsTheStoreAsItIsThen)
     store.countDropped(4);
     forwarder.wantRebirth(now, now);
     EXPECT_EQ(4u, publisher.opened.dropped);
+}
+
+/// A way on which everything is confirmed after some time.
+class SlowWay : public ForwarderTest {
+protected:
+    void pass(int milliseconds, int delay)
+    {
+        for (int i = 0; i < milliseconds; i += kTick) {
+            if (now % 500 == 0)
+                update('a', {good(0, now, QByteArray::number(++m_value).constData())});
+            ForwarderTest::pass(kTick);
+            for (; m_asked < int(broker.marks.size()); ++m_asked)
+                m_open.push_back({now + delay, broker.marks[m_asked]});
+            while (!m_open.empty() && m_open.front().first <= now) {
+                forwarder.confirmed(m_open.front().second);
+                m_open.pop_front();
+            }
+        }
+    }
+    /// Each change that was sent, as often as it was.
+    QHash<QString, int> sent()
+    {
+        QHash<QString, int> times;
+        for (const QString& message : published()) {
+            const QStringList words = message.split(QLatin1Char(' '));
+            for (const QString& word : words) {
+                if (word.contains(QLatin1Char('@')))
+                    ++times[word];
+            }
+        }
+        return times;
+    }
+
+private:
+    int m_value = 0;
+    int m_asked = 0;
+    std::deque<std::pair<qint64, quint64>> m_open;
+};
+
+TEST_F(SlowWay, HistoryGetsOnAndNothingDeliveredIsDropped)
+{
+    for (const int delay : {1000, 2000, 4000}) {
+        store.limit = 2000;
+        SlowWay::pass(600000, delay); // 1,200 changes without a broker.
+        EXPECT_GE(store.size(), 1200u);
+        connect();
+        // At least 200 within 4 s and two ticks.
+        SlowWay::pass(60000, delay);
+        // What was stored is there; of what is on its way a copy is.
+        EXPECT_LE(store.size(), 2u * unsigned(delay) / 1000u + 2u) << delay;
+        EXPECT_EQ(0u, store.dropped()) << delay;
+        // For each loss what was on its way comes again.
+        lose();
+    }
+}
+
+TEST_F(SlowWay, NothingIsSentTwice)
+{
+    connect();
+    update('a', {good(0, 1, "1")});
+    SlowWay::pass(10000, 1000);
+    sent();
+    for (const int delay : {750, 1000, 1250, 3000}) {
+        SlowWay::pass(60000, delay);
+        const QHash<QString, int> times = sent();
+        EXPECT_GE(times.size(), 119) << delay;
+        for (auto each = times.begin(); each != times.end(); ++each)
+            ASSERT_EQ(1, each.value()) << delay << ": " << each.key().toStdString();
+    }
+}
+
+TEST_F(SlowWay, DeviceThatIsAwayEndsWhenItsHistoryHasArrived)
+{
+    update('b', {good(0, 1, "1")});
+    update('b', {stale(0, 2, "1")}, false);
+    connect();
+    SlowWay::pass(30000, 3000);
+    const QStringList all = published();
+    EXPECT_TRUE(all.contains(QStringLiteral("old b x=1@1 x=~1@2")));
+    EXPECT_TRUE(all.contains(QStringLiteral("end b")));
 }
 
 /// A broker "b" that keeps messages on these topics.

@@ -84,6 +84,29 @@ TEST_F(SqliteChangeStoreTest, LetsGoOfWhatHasReachedTheBroker)
     EXPECT_EQ(0u, store->dropped());
 }
 
+TEST_F(SqliteChangeStoreTest, LetsGoOfARangeBehindOlderOnes)
+{
+    {
+        const auto store = open();
+        append(*store, changes(0, 10));
+        store->removeRange(4, 6);
+        EXPECT_EQ(7u, store->size());
+        const QVector<StoredChange> left = store->oldest(2, 2);
+        ASSERT_EQ(2, left.size());
+        EXPECT_EQ(3, left[0].number);
+        EXPECT_EQ(7, left[1].number);
+        store->removeUpTo(7);
+        EXPECT_EQ(3u, store->size());
+        // Of 6 to 8 only 8 is still there.
+        store->removeRange(6, 8);
+        EXPECT_EQ(2u, store->size());
+        store->removeRange(1, 2);
+        EXPECT_EQ(2u, store->size());
+        EXPECT_EQ(0u, store->dropped());
+    }
+    EXPECT_EQ(2u, open()->size());
+}
+
 TEST_F(SqliteChangeStoreTest, NeverGivesANumberTwice)
 {
     {
