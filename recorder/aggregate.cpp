@@ -1,72 +1,79 @@
 #include "recorder/aggregate.h"
 
 #include <algorithm>
-#include <limits>
+#include <utility>
 
 namespace plc::recorder {
 namespace {
 
-/// One step in the making.
-class StepSum {
-public:
-    /// The number held for so many ms, or none and was recorded all the same.
-    void add(double number, qint64 duration)
-    {
-        m_minimum = std::min(m_minimum, number);
-        m_maximum = std::max(m_maximum, number);
-        // With the range of a double the sum of large numbers would have no room.
-        m_sum += static_cast<long double>(number) * static_cast<long double>(duration);
-        m_known += duration;
-    }
-
-    Aggregate aggregate(qint64 begin, qint64 duration) const
-    {
-        Aggregate result;
-        result.begin = begin;
-        if (m_known == 0)
-            return result;
-        result.mean = double(m_sum / static_cast<long double>(m_known));
-        result.minimum = m_minimum;
-        result.maximum = m_maximum;
-        result.coverage = double(m_known) / double(duration);
-        return result;
-    }
-
-private:
-    double m_minimum = std::numeric_limits<double>::infinity();
-    double m_maximum = -std::numeric_limits<double>::infinity();
-    long double m_sum = 0;
-    qint64 m_known = 0;
-};
+qint64 endOf(qint64 begin, qint64 to, qint64 step)
+{
+    return to - begin > step ? begin + step : to;
+}
 
 } // namespace
 
-QVector<Aggregate> aggregatesOf(const NumberSample& before, const QVector<NumberSample>& samples,
-                                qint64 from, qint64 to, qint64 step)
+void StepSum::add(double number, qint64 duration)
 {
-    QVector<Aggregate> aggregates;
-    NumberSample held = before;
-    auto next = samples.constBegin();
-    for (qint64 begin = from; begin < to;) {
-        const qint64 end = to - begin > step ? begin + step : to;
-        StepSum sum;
-        qint64 since = begin;
-        const auto add = [&](qint64 until) {
-            // What the step before held until its end is no value of this one.
-            const bool counts = until > since || held.time >= begin;
-            if (held.isKnown && counts)
-                sum.add(held.number, until - since);
-            since = until;
-        };
-        for (; next != samples.constEnd() && next->time < end; ++next) {
-            add(next->time);
-            held = *next;
-        }
-        add(end);
-        aggregates.append(sum.aggregate(begin, end - begin));
-        begin = end;
+    m_minimum = std::min(m_minimum, number);
+    m_maximum = std::max(m_maximum, number);
+    // With the range of a double the sum of large numbers would have no room.
+    m_sum += static_cast<long double>(number) * static_cast<long double>(duration);
+    m_known += duration;
+}
+
+Aggregate StepSum::aggregate(qint64 begin, qint64 duration) const
+{
+    Aggregate result;
+    result.begin = begin;
+    if (m_known == 0)
+        return result;
+    result.mean = double(m_sum / static_cast<long double>(m_known));
+    result.minimum = m_minimum;
+    result.maximum = m_maximum;
+    result.coverage = double(m_known) / double(duration);
+    return result;
+}
+
+AggregateSum::AggregateSum(qint64 from, qint64 to, qint64 step)
+    : m_to(to), m_step(step), m_begin(from), m_end(endOf(from, to, step)), m_since(from)
+{
+}
+
+void AggregateSum::add(const NumberSample& sample)
+{
+    if (sample.time >= m_to)
+        return;
+    if (sample.time >= m_begin) {
+        while (sample.time >= m_end)
+            endStep();
+        hold(sample.time);
     }
-    return aggregates;
+    m_held = sample;
+}
+
+QVector<Aggregate> AggregateSum::finish()
+{
+    while (m_begin < m_to)
+        endStep();
+    return std::exchange(m_aggregates, {});
+}
+
+void AggregateSum::hold(qint64 until)
+{
+    // What the step before held until its end is no value of this one.
+    const bool counts = until > m_since || m_held.time >= m_begin;
+    if (m_held.isKnown && counts)
+        m_sum.add(m_held.number, until - m_since);
+    m_since = until;
+}
+
+void AggregateSum::endStep()
+{
+    hold(m_end);
+    m_aggregates.append(std::exchange(m_sum, StepSum()).aggregate(m_begin, m_end - m_begin));
+    m_begin = m_end;
+    m_end = endOf(m_begin, m_to, m_step);
 }
 
 } // namespace plc::recorder

@@ -55,7 +55,9 @@ public:
 private:
     bool give(const Sample& sample)
     {
-        m_isEnough = !m_take(sample);
+        // Of these times there is a later record, or nothing is asked.
+        if (sample.time < m_end)
+            m_isEnough = !m_take(sample);
         return !m_isEnough;
     }
     void giveBlock(const QByteArray& samples);
@@ -67,11 +69,13 @@ private:
     const TakeSample& m_take;
     BlockTable m_table;
     SqliteStatement m_blocks;
+    qint64 m_end = 0; ///< Of the window.
     bool m_isEnough = false;
 };
 
 bool Walk::walk(const Window& window)
 {
+    m_end = window.end;
     if (!give({window.run.begin, Quality::Gap, {}}))
         return true;
     if (!walkBlocks(window))

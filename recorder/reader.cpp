@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "recorder/aggregate_timeline.h"
 #include "recorder/block_table.h"
 #include "recorder/change_batch.h"
 #include "recorder/change_walk.h"
@@ -34,7 +35,7 @@ public:
     }
     Expected<History> changes(int series, qint64 from, qint64 to, qint64 most, qint64 mostBytes);
     Expected<QVector<Aggregate>> aggregates(int series, qint64 from, qint64 to, qint64 step,
-                                            qint64 mostAtOnce);
+                                            qint64 mostKept);
     Expected<void> inOneState(const QVector<int>& series, const std::function<void()>& work);
     Expected<QVector<Change>> lastValues();
     Expected<void> forEachChange(const TimeRange& range, const VisitChange& visit);
@@ -86,9 +87,6 @@ private:
     }
 
     std::optional<SeriesDescription> description(int series);
-    /// Returns whether it was not too much, nothing after a failure of the database.
-    std::optional<bool> aggregate(const SeriesNumbers& numbers, int series, qint64 from, qint64 to,
-                                  qint64 step, qint64 mostAtOnce, QVector<Aggregate>* aggregates);
     bool walk(int series, qint64 from, qint64 to, const TakeSample& take);
     bool walkRun(const Run& run, const QVector<int>& series, const TimeRange& range,
                  const VisitChange& visit, bool* isEnough);
@@ -142,54 +140,27 @@ Expected<History> Reader::Implementation::changes(int series, qint64 from, qint6
     });
 }
 
-std::optional<bool> Reader::Implementation::aggregate(const SeriesNumbers& numbers, int series,
-                                                      qint64 from, qint64 to, qint64 step,
-                                                      qint64 mostAtOnce,
-                                                      QVector<Aggregate>* aggregates)
-{
-    Timeline<NumberSample> timeline(from, to, {from, 0, false});
-    const auto take = [&](const Sample& sample) {
-        const std::optional<double> number =
-            sample.quality == Quality::Good ? numbers.number(sample.bytes) : std::nullopt;
-        timeline.add({sample.time, number.value_or(0), number.has_value()});
-        return timeline.elements().size() <= mostAtOnce;
-    };
-    if (!walk(series, from, to, take))
-        return {};
-    if (timeline.elements().size() > mostAtOnce)
-        return false;
-    *aggregates += aggregatesOf(timeline.before(), timeline.elements(), from, to, step);
-    return true;
-}
-
-/// A part of the range at a time where all of it has too many changes.
 Expected<QVector<Aggregate>> Reader::Implementation::aggregates(int series, qint64 from, qint64 to,
-                                                                qint64 step, qint64 mostAtOnce)
+                                                                qint64 step, qint64 mostKept)
 {
-    bool isTooMuch = false;
-    QVector<Aggregate> aggregates;
-    const Expected<bool> done = withRecent<bool>({series}, [&]() -> std::optional<bool> {
+    return withRecent<QVector<Aggregate>>({series}, [&]() -> std::optional<QVector<Aggregate>> {
         const std::optional<SeriesDescription> described = description(series);
         if (!described)
             return {};
         const SeriesNumbers numbers(*described);
-        qint64 steps = (to - from - 1) / step + 1;
-        for (qint64 begin = from; begin < to && !isTooMuch;) {
-            const qint64 end = (to - begin) / step >= steps ? begin + steps * step : to;
-            const std::optional<bool> fits =
-                aggregate(numbers, series, begin, end, step, mostAtOnce, &aggregates);
-            if (!fits)
+        AggregateTimeline timeline(from, to, step, mostKept);
+        const auto take = [&](const Sample& sample) {
+            const std::optional<double> number =
+                sample.quality == Quality::Good ? numbers.number(sample.bytes) : std::nullopt;
+            timeline.add({sample.time, number.value_or(0), number.has_value()});
+            return true;
+        };
+        do {
+            if (!walk(series, from, to, take))
                 return {};
-            if (*fits)
-                begin = end;
-            else
-                isTooMuch = std::exchange(steps, (steps + 1) / 2) == 1;
-        }
-        return true;
+        } while (!timeline.isFinished());
+        return timeline.aggregates();
     });
-    if (!done)
-        return done.error();
-    return isTooMuch ? QVector<Aggregate>() : aggregates;
 }
 
 Expected<void> Reader::Implementation::inOneState(const QVector<int>& series,
@@ -364,9 +335,9 @@ Expected<History> Reader::changes(int series, qint64 from, qint64 to, qint64 mos
 }
 
 Expected<QVector<Aggregate>> Reader::aggregates(int series, qint64 from, qint64 to, qint64 step,
-                                                qint64 mostAtOnce)
+                                                qint64 mostKept)
 {
-    return m_implementation->aggregates(series, from, to, step, mostAtOnce);
+    return m_implementation->aggregates(series, from, to, step, mostKept);
 }
 
 Expected<void> Reader::inOneState(const QVector<int>& series, const std::function<void()>& work)

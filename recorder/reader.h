@@ -42,7 +42,8 @@ struct TimeRange {
 class Reader {
 public:
     static constexpr qint64 kAll = std::numeric_limits<qint64>::max();
-    static constexpr qint64 kMostAtOnce = 1000000;
+    /// 1.5 MB, and more than are told late.
+    static constexpr qint64 kMostKept = 65536;
 
     static Expected<std::unique_ptr<Reader>> open(const QString& path);
     ~Reader();
@@ -66,10 +67,10 @@ public:
                               qint64 mostBytes = kAll);
 
     /// Aggregates of a series that isNumeric(), or has no type, in steps of `step` ms, which is
-    /// above 0. None where one step has more than `mostAtOnce` changes, as far as is seen before
-    /// what was recorded again is left out; so many are in memory.
+    /// above 0. They are summed as they are read; the latest `mostKept` changes are in memory.
+    /// Where more than these were recorded again it is read twice.
     Expected<QVector<Aggregate>> aggregates(int series, qint64 from, qint64 to, qint64 step,
-                                            qint64 mostAtOnce = kMostAtOnce);
+                                            qint64 mostKept = kMostKept);
 
     /// All calls of `work`, which are about these series, see one state of the file, whose latest
     /// changes are looked through once for all.

@@ -3,7 +3,6 @@
 
 #include <QtCore/QVector>
 
-#include "recorder/aggregate.h"
 #include "recorder/change.h"
 
 namespace plc::recorder {
@@ -11,11 +10,6 @@ namespace plc::recorder {
 inline bool isGap(const Sample& sample)
 {
     return sample.quality == Quality::Gap;
-}
-
-inline bool isGap(const NumberSample& sample)
-{
-    return !sample.isKnown;
 }
 
 /// What a series held in a range of time, made of its samples in the order in which they were

@@ -256,14 +256,9 @@ Answer::Problem Answer::appendAggregatesOf(const Series& series)
 {
     const qint64 step =
         (m_question.to - m_question.from + m_question.points - 1) / m_question.points;
-    const auto aggregates =
-        m_reader->aggregates(series.id, m_question.from, m_question.to, step, m_limits.atOnce);
+    const auto aggregates = m_reader->aggregates(series.id, m_question.from, m_question.to, step);
     if (!aggregates)
         return historyFailure(aggregates.error());
-    if (aggregates->isEmpty())
-        return tooMuch(QStringLiteral("%1 has more than %2 changes a point")
-                           .arg(series.description.label)
-                           .arg(m_limits.atOnce));
     appendAggregates(series.description, *aggregates, step, &m_text);
     return {};
 }

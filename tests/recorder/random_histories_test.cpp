@@ -264,9 +264,8 @@ private:
     {
         const int step = m_random.between(1, to - from);
         const int most = m_random.between(1, 30);
-        Expected<QVector<Aggregate>> steps = reader.aggregates(m_ids[series], from, to, step, most);
-        if (steps && steps->isEmpty()) // one step has more
-            steps = reader.aggregates(m_ids[series], from, to, step);
+        const Expected<QVector<Aggregate>> steps =
+            reader.aggregates(m_ids[series], from, to, step, most);
         ASSERT_TRUE(succeeds(steps)) << error.toStdString();
         ASSERT_EQ((to - from + step - 1) / step, steps->size());
         const SeriesNumbers numbers(m_descriptions[series]);

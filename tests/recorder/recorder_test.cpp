@@ -246,7 +246,7 @@ TEST_F(RecorderTest, MoreBytesThanAskedForAreToldAndNotGiven)
     EXPECT_FALSE(read()->changes(a, 2, 4, 100, 5)->isCut);
 }
 
-TEST_F(RecorderTest, AggregatesOfMoreThanMayBeInMemoryAreMadePartByPart)
+TEST_F(RecorderTest, AggregatesNeedFewChangesInMemory)
 {
     const std::unique_ptr<Recorder> recorder = open(0);
     const int a = recorder->series(ofType("P.a", "SINT"));
@@ -261,9 +261,31 @@ TEST_F(RecorderTest, AggregatesOfMoreThanMayBeInMemoryAreMadePartByPart)
         EXPECT_DOUBLE_EQ(2 * i + 0.5, (*steps)[i].mean);
         EXPECT_DOUBLE_EQ(1, (*steps)[i].coverage);
     }
-    const Expected<QVector<Aggregate>> none = read()->aggregates(a, 0, 80, 40, 2);
-    ASSERT_TRUE(succeeds(none)) << error.toStdString();
-    EXPECT_TRUE(none->isEmpty());
+    const Expected<QVector<Aggregate>> all = read()->aggregates(a, 0, 80, 80, 2);
+    ASSERT_TRUE(succeeds(all)) << error.toStdString();
+    ASSERT_EQ(1, all->size());
+    EXPECT_DOUBLE_EQ(3.5, all->first().mean);
+    EXPECT_EQ(7, all->first().maximum);
+}
+
+TEST_F(RecorderTest, AggregatesLeaveOutWhatWasRecordedAgainBehindManyChanges)
+{
+    const std::unique_ptr<Recorder> recorder = open(0);
+    const int a = recorder->series(ofType("P.a", "SINT"));
+    QVector<Change> changes;
+    for (char i = 0; i < 8; ++i)
+        changes.append(good(a, i * 10, QByteArray(1, i)));
+    append(*recorder, changes, 80);
+    // From 15 ms on it was 100, as is told late, and from 5 ms on it was 50, as is told later.
+    append(*recorder, {good(a, 15, QByteArray(1, 100)), good(a, 5, QByteArray(1, 50))}, 80);
+    const Expected<QVector<Aggregate>> steps = read()->aggregates(a, 0, 80, 10, 1);
+    ASSERT_TRUE(succeeds(steps)) << error.toStdString();
+    ASSERT_EQ(8, steps->size());
+    EXPECT_DOUBLE_EQ(25, steps->first().mean);
+    for (int i = 1; i < 8; ++i) {
+        EXPECT_EQ(50, (*steps)[i].minimum) << i;
+        EXPECT_EQ(50, (*steps)[i].maximum) << i;
+    }
 }
 
 TEST_F(RecorderTest, CallsThatBelongTogetherSeeOneState)
@@ -280,6 +302,16 @@ TEST_F(RecorderTest, CallsThatBelongTogetherSeeOneState)
         EXPECT_EQ(2, count(b));
     })));
     EXPECT_EQ(3, count(b));
+}
+
+QVector<Aggregate> aggregatesOf(const NumberSample& before, const QVector<NumberSample>& samples,
+                                qint64 from, qint64 to, qint64 step)
+{
+    AggregateSum sum(from, to, step);
+    sum.add({from - 1, before.number, before.isKnown});
+    for (const NumberSample& sample : samples)
+        sum.add(sample);
+    return sum.finish();
 }
 
 TEST(Aggregates, AreWeightedByTime)

@@ -131,9 +131,6 @@ TEST_F(HistoryQueriesTest, MoreChangesThanAnAnswerMayHaveAreRefused)
     limits.rows = 2;
     EXPECT_THAT(refusal(&HistoryQueries::readCsv, question({QStringLiteral("T.on")})),
                 testing::HasSubstr("more than 2 changes"));
-    limits.atOnce = 2;
-    EXPECT_THAT(refusal(&HistoryQueries::readSeries, question({QStringLiteral("T.on")}, 1)),
-                testing::HasSubstr("T.on has more than 2 changes a point; ask for less time"));
 }
 
 TEST_F(HistoryQueriesTest, WhatCannotBeReadIsToldSo)
