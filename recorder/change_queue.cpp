@@ -13,7 +13,7 @@ constexpr int kMostAtOnce = 100000;
 
 } // namespace
 
-void ChangeQueue::add(const QVector<Change>& changes, qint64 now)
+void ChangeQueue::add(const QVector<Change>& changes, qint64 now, qint64 steady)
 {
     if (m_isDropping ? !isHalfEmpty() : isFullFor(changes)) {
         drop(changes);
@@ -22,6 +22,7 @@ void ChangeQueue::add(const QVector<Change>& changes, qint64 now)
     Portion portion;
     portion.changes = changes;
     portion.now = now;
+    portion.steady = steady;
     portion.isBehindPause = std::exchange(m_isInterrupted, false);
     if (m_isDropping) {
         portion.isBehindLoss = true;
@@ -33,10 +34,12 @@ void ChangeQueue::add(const QVector<Change>& changes, qint64 now)
     m_changes += portion.changes.size() + portion.lost.size();
     m_bytes += bytesOf(portion.changes) + bytesOf(portion.lost);
     const bool tellsTimeOnly = changes.isEmpty() && !portion.beginsAnew();
-    if (tellsTimeOnly && !m_portions.empty() && m_portions.back().now <= now)
+    if (tellsTimeOnly && !m_portions.empty() && m_portions.back().now <= now) {
         m_portions.back().now = now;
-    else
+        m_portions.back().steady = steady;
+    } else {
         m_portions.push_back(portion);
+    }
 }
 
 std::optional<ChangeQueue::Portion> ChangeQueue::take()
@@ -54,6 +57,7 @@ std::optional<ChangeQueue::Portion> ChangeQueue::take()
         m_bytes -= bytesOf(next.changes);
         first.changes += next.changes;
         first.now = next.now;
+        first.steady = next.steady;
         m_portions.pop_front();
     }
     return first;

@@ -28,6 +28,7 @@ public:
     struct Portion {
         QVector<Change> changes;
         qint64 now = 0;
+        qint64 steady = 0; ///< By the clock that nobody sets.
         /// Between the portion before and this one changes were dropped; these, of one a series,
         /// are what has come of them.
         bool isBehindLoss = false;
@@ -38,7 +39,7 @@ public:
         bool beginsAnew() const { return isBehindLoss || isBehindPause; }
     };
 
-    void add(const QVector<Change>& changes, qint64 now);
+    void add(const QVector<Change>& changes, qint64 now, qint64 steady);
     /// Nothing is known from what was added last to what is added next.
     void interrupt() { m_isInterrupted = true; }
     /// The oldest portion, with those behind it that can go along; nothing when it is empty.

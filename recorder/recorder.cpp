@@ -13,6 +13,7 @@
 #include "recorder/run_table.h"
 #include "recorder/series_table.h"
 #include "recorder/write_lock.h"
+#include "values/confirmed_time.h"
 
 namespace plc::recorder {
 
@@ -50,7 +51,7 @@ public:
     bool isMediumFailing() const { return m_isMediumFailing || m_database.isMediumFailing(); }
 
     int series(const SeriesDescription& description) { return m_series.find(description); }
-    Expected<void> append(const QVector<Change>& changes, qint64 now);
+    Expected<void> append(const QVector<Change>& changes, qint64 now, std::optional<qint64> steady);
     void giveUp(const QVector<Change>& changes);
     void interrupt();
     Expected<void> end(qint64 now);
@@ -89,11 +90,12 @@ private:
 
     void maintain(qint64 now);
     Expected<void> compact();
-    Expected<void> removeOld(qint64 now);
+    Expected<void> removeOld();
     Expected<void> removeLarge();
     Expected<void> remove(const Horizon& horizon);
     qint64 tailLimit() const;
-    bool isTooOld(qint64 now) const;
+    std::optional<qint64> oldestToKeep() const;
+    bool isTooOld() const;
     std::optional<qint64> usedPages();
 
     const Limits m_limits;
@@ -112,6 +114,9 @@ private:
     qint64 m_retryAt = 0; ///< After a failure to put things in order; 0: there was none.
     bool m_isMediumFailing = false;
     Horizon m_horizon;
+    values::ConfirmedTime m_clock;
+    std::optional<qint64> m_confirmed; ///< Of the last success.
+    std::optional<qint64> m_keptFrom;  ///< What is older was removed by its age the last time.
     QString m_maintenanceError;
     qint64 m_recorded = 0;
 };
@@ -157,7 +162,8 @@ Expected<void> Recorder::Implementation::open(const QString& path, qint64 now)
     return begun;
 }
 
-Expected<void> Recorder::Implementation::append(const QVector<Change>& changes, qint64 now)
+Expected<void> Recorder::Implementation::append(const QVector<Change>& changes, qint64 now,
+                                                std::optional<qint64> steady)
 {
     if (const Expected<void> isGood = check(changes); !isGood)
         return isGood;
@@ -173,6 +179,7 @@ Expected<void> Recorder::Implementation::append(const QVector<Change>& changes, 
     if (!done)
         return done;
     stored(transaction, now);
+    m_confirmed = steady ? m_clock.update(now, *steady) : now;
     maintain(now);
     return {};
 }
@@ -387,21 +394,30 @@ qint64 Recorder::Implementation::tailLimit() const
     return m_limits.size > 0 ? std::min(wanted, m_limits.size / kTailPart) : wanted;
 }
 
-bool Recorder::Implementation::isTooOld(qint64 now) const
+/// Nothing without a limit, and while no time is confirmed.
+std::optional<qint64> Recorder::Implementation::oldestToKeep() const
 {
-    return m_limits.age > 0 && now - m_limits.age - m_limits.age / kAgePart > m_horizon.time;
+    return m_limits.age > 0 && m_confirmed ? std::optional(*m_confirmed - m_limits.age)
+                                           : std::nullopt;
+}
+
+/// Also where the clock was set back.
+bool Recorder::Implementation::isTooOld() const
+{
+    const std::optional<qint64> oldest = oldestToKeep();
+    return oldest && (!m_keptFrom || qAbs(*oldest - *m_keptFrom) > m_limits.age / kAgePart);
 }
 
 /// What fails here is tried again, and nothing is lost.
 void Recorder::Implementation::maintain(qint64 now)
 {
-    const bool isOld = isTooOld(now);
+    const bool isOld = isTooOld();
     const bool mustWait = now < m_retryAt && m_retryAt <= now + kRetryInterval;
     if (mustWait || (!isOld && m_tailBytes < tailLimit()))
         return;
     Expected<void> done = compact();
     if (done && isOld)
-        done = removeOld(now);
+        done = removeOld();
     if (done)
         done = removeLarge();
     m_maintenanceError = done ? QString() : done.error().text;
@@ -420,12 +436,17 @@ Expected<void> Recorder::Implementation::compact()
     return done;
 }
 
-Expected<void> Recorder::Implementation::removeOld(qint64 now)
+Expected<void> Recorder::Implementation::removeOld()
 {
     const std::optional<QVector<Run>> runs = loadRuns(&m_database);
     if (!runs)
         return Error{m_database.error()};
-    return remove(horizonOfTime(*runs, now - m_limits.age));
+    const qint64 oldest = *oldestToKeep();
+    const Horizon horizon = horizonOfTime(*runs, oldest);
+    const Expected<void> removed = m_horizon < horizon ? remove(horizon) : Expected<void>();
+    if (removed)
+        m_keptFrom = oldest;
+    return removed;
 }
 
 Expected<void> Recorder::Implementation::removeLarge()
@@ -503,9 +524,10 @@ int Recorder::series(const SeriesDescription& description)
     return m_implementation->series(description);
 }
 
-Expected<void> Recorder::append(const QVector<Change>& changes, qint64 now)
+Expected<void> Recorder::append(const QVector<Change>& changes, qint64 now,
+                                std::optional<qint64> steady)
 {
-    return m_implementation->append(changes, now);
+    return m_implementation->append(changes, now, steady);
 }
 
 void Recorder::giveUp(const QVector<Change>& changes)

@@ -5,6 +5,7 @@
 #include <QtCore/QVector>
 
 #include <memory>
+#include <optional>
 
 #include "recorder/change.h"
 #include "recorder/series.h"
@@ -19,7 +20,9 @@ struct Limits {
     static constexpr qint64 kSmallest = 1024 * 1024;
 
     qint64 size = 0; ///< Bytes of the file, without the journal beside it; 0: as large as it gets.
-    qint64 age = 0;  ///< Milliseconds; up to a 32nd more is kept. 0: without end.
+    /// Milliseconds; up to a 32nd more is kept, and more while the time is not confirmed, see
+    /// Recorder::append(). 0: without end.
+    qint64 age = 0;
     /// Bytes of changes as they came, before they are put together by series: few make small
     /// writes, many a slow start of reading. 0: as befits the number of series.
     qint64 unsorted = 0;
@@ -57,7 +60,12 @@ public:
     /// Records changes, each at most as late as `now`, in the order of the times at which they are
     /// told. To be called about once a second also without changes: until `now` the series are
     /// known to have held their values.
-    Expected<void> append(const QVector<Change>& changes, qint64 now);
+    ///
+    /// `steady` is in ms of a clock that nobody sets. By age is removed only what was too old when
+    /// both clocks had gone along for an hour, and as time passes by this one: a clock that is
+    /// wrong for a minute removes nothing. Without it `now` is trusted.
+    Expected<void> append(const QVector<Change>& changes, qint64 now,
+                          std::optional<qint64> steady = {});
 
     /// What append() failed for, or what was never given to it, is given up: the series show a gap
     /// from the last success to the next one, where they hold what was given here.

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "recorder/series_table.h"
+#include "values/steady_time.h"
 
 namespace plc::recorder {
 namespace {
@@ -32,7 +33,7 @@ public:
     void append(const QVector<Change>& changes, qint64 now)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_queue.add(changes, now);
+        m_queue.add(changes, now, values::steadyTime());
         m_wake.notify_one();
     }
     void interrupt()
@@ -117,7 +118,8 @@ void RecorderThread::Implementation::record(Lock* lock, ChangeQueue::Portion por
         m_recorder->interrupt();
     for (;;) {
         lock->unlock();
-        const Expected<void> outcome = m_recorder->append(portion.changes, portion.now);
+        const Expected<void> outcome =
+            m_recorder->append(portion.changes, portion.now, portion.steady);
         // The database is asked without the lock, which append() waits for.
         const qint64 usedBytes = m_recorder->usedBytes();
         lock->lock();

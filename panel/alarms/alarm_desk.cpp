@@ -39,6 +39,7 @@ Expected<std::unique_ptr<AlarmDesk>> AlarmDesk::open(const QVector<AlarmSettings
 
 QVector<int> AlarmDesk::settle(const Moment& now)
 {
+    m_confirmed = m_clock.update(now.time, now.steady);
     m_engine.advance(now);
     return keepChanges(now.time);
 }
@@ -61,7 +62,7 @@ void AlarmDesk::save(qint64 now)
     const bool mustWait =
         !m_failure.isEmpty() && now >= m_failedAt && now < m_failedAt + kRetryInterval;
     if (m_history && !mustWait) {
-        const Expected<void> isSaved = m_history->save(m_unsaved.values().toVector(), now);
+        const Expected<void> isSaved = m_history->save(m_unsaved.values().toVector(), m_confirmed);
         m_failure = isSaved ? QString() : isSaved.error().text;
         m_failedAt = now;
         if (isSaved)
@@ -81,7 +82,7 @@ AlarmDesk::Acknowledgement AlarmDesk::acknowledge(const QString& id, qint64 begi
     if (!occurrence)
         return {Refusal::NotThat, occurrence.error().text};
     if (m_history) {
-        if (const Expected<void> isSaved = m_history->save({*occurrence}, now); !isSaved)
+        if (const Expected<void> isSaved = m_history->save({*occurrence}, m_confirmed); !isSaved)
             return {Refusal::NotKept, isSaved.error().text};
     }
     m_engine.acknowledge(alarm, *occurrence);

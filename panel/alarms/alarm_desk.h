@@ -4,9 +4,11 @@
 #include <QtCore/QMap>
 
 #include <memory>
+#include <optional>
 
 #include "panel/alarms/alarm_engine.h"
 #include "panel/alarms/alarm_history.h"
+#include "values/confirmed_time.h"
 
 namespace plc::panel {
 
@@ -29,7 +31,8 @@ public:
     void confirm(const QString& plc, const Moment& moment) { m_engine.confirm(plc, moment); }
 
     /// Brings what has changed into the history. To be called behind take() and confirm(), and once
-    /// a second. Returns the alarms that have another status than before.
+    /// a second. Returns the alarms that have another status than before. The history removes by
+    /// age what is too old at a time that both clocks confirm.
     QVector<int> settle(const Moment& now);
 
     enum class Refusal {
@@ -60,6 +63,8 @@ private:
 
     AlarmEngine m_engine;
     std::unique_ptr<AlarmHistory> m_history;
+    values::ConfirmedTime m_clock;
+    std::optional<qint64> m_confirmed; ///< At the last settle().
     /// By number: what the history lacks, or all of what there is where there is none.
     QMap<qint64, AlarmOccurrence> m_unsaved;
     QString m_failure;

@@ -1,6 +1,7 @@
 #include "panel/alarms/alarm_history.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "values/value_bits.h"
 
@@ -230,12 +231,13 @@ Expected<void> AlarmHistory::prepare(const QString& path)
     return {};
 }
 
-Expected<void> AlarmHistory::save(const QVector<AlarmOccurrence>& occurrences, qint64 now)
+Expected<void> AlarmHistory::save(const QVector<AlarmOccurrence>& occurrences,
+                                  std::optional<qint64> confirmed)
 {
     bool isSaved = m_database.execute("BEGIN IMMEDIATE");
     for (const AlarmOccurrence& occurrence : occurrences)
         isSaved = isSaved && saveOne(occurrence);
-    isSaved = isSaved && removeOld(now) && m_database.execute("COMMIT");
+    isSaved = isSaved && removeOld(confirmed) && m_database.execute("COMMIT");
     if (isSaved)
         return {};
     const Error error = failed();
@@ -271,12 +273,13 @@ bool AlarmHistory::saveOne(const AlarmOccurrence& occurrence)
     return m_statements->update.step() == SqliteStatement::Done;
 }
 
-bool AlarmHistory::removeOld(qint64 now)
+bool AlarmHistory::removeOld(std::optional<qint64> confirmed)
 {
     // Numbers ascend one by one, so that they tell how many there are, or fewer.
     const std::optional<qint64> newest = m_database.number("SELECT max(number) FROM occurrence");
-    m_statements->removeOld.bind(0, now - m_limits.age)
-        .bind(1, newest.value_or(0) - m_limits.occurrences);
+    const qint64 oldest =
+        confirmed ? *confirmed - m_limits.age : std::numeric_limits<qint64>::min();
+    m_statements->removeOld.bind(0, oldest).bind(1, newest.value_or(0) - m_limits.occurrences);
     return m_statements->removeOld.step() == SqliteStatement::Done;
 }
 

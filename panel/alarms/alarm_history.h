@@ -4,6 +4,7 @@
 #include <QtCore/QVector>
 
 #include <memory>
+#include <optional>
 
 #include "database/sqlite_database.h"
 #include "panel/alarms/alarm_engine.h"
@@ -35,8 +36,9 @@ public:
     ~AlarmHistory();
 
     /// All or none; new ones, or known ones that have changed. What is beyond the limits is
-    /// removed.
-    Expected<void> save(const QVector<AlarmOccurrence>& occurrences, qint64 now);
+    /// removed; by its age only at a time that is confirmed.
+    Expected<void> save(const QVector<AlarmOccurrence>& occurrences,
+                        std::optional<qint64> confirmed);
 
     /// The newest of each alarm that has not ended or is not acknowledged.
     Expected<QVector<KeptOccurrence>> kept();
@@ -52,7 +54,7 @@ private:
     Expected<bool> checkKind(const QString& path);
     Error cannotOpen(const QString& path) const;
     bool saveOne(const AlarmOccurrence& occurrence);
-    bool removeOld(qint64 now);
+    bool removeOld(std::optional<qint64> confirmed);
     Error failed() const;
 
     database::SqliteDatabase m_database;

@@ -82,6 +82,88 @@ TEST_F(LimitsTest, RunsThatAreTooOldGoAltogether)
     EXPECT_EQ(500000, history(1, 0, 1000000).samples.first().time);
 }
 
+/// Five days of a value that changes each hour, of which ten days are kept. The clock is right.
+class AgeTest : public LimitsTest {
+protected:
+    static constexpr qint64 kHour = 3600000;
+    static constexpr qint64 kDay = 24 * kHour;
+    static constexpr qint64 kBegin = 1800000000000;
+
+    AgeTest()
+    {
+        limits.age = 10 * kDay;
+        start(kBegin);
+        for (int hour = 0; hour <= 120; ++hour)
+            pass(kBegin + hour * kHour, hour * kHour);
+    }
+    void start(qint64 now)
+    {
+        recorder.reset();
+        recorder = open(now, limits);
+        level = recorder->series(ofType("P.level", "INT"));
+    }
+    void pass(qint64 now, qint64 steady)
+    {
+        const Change change = good(level, now, QByteArray::number(now));
+        EXPECT_TRUE(succeeds(recorder->append({change}, now, steady))) << error.toStdString();
+    }
+    /// Changes that were recorded in the five days.
+    int kept()
+    {
+        int count = 0;
+        for (const Sample& sample : history(level, kBegin, kBegin + 5 * kDay + 1).samples)
+            count += sample.quality == Quality::Good;
+        return count;
+    }
+
+    Limits limits;
+    std::unique_ptr<Recorder> recorder;
+    int level = 0;
+};
+
+TEST_F(AgeTest, AClockThatIsWrongForASecondRemovesNothing)
+{
+    EXPECT_EQ(121, kept());
+    const qint64 now = kBegin + 5 * kDay;
+    pass(now + 400 * kDay, 5 * kDay);
+    pass(now + 400 * kDay + 1000, 5 * kDay + 1000);
+    pass(now + 2000, 5 * kDay + 2000);
+    EXPECT_EQ(121, kept());
+}
+
+TEST_F(AgeTest, RemovalGoesOnAsTimePassesBehindAClockThatWasWrong)
+{
+    const qint64 now = kBegin + 5 * kDay;
+    pass(now + 400 * kDay, 5 * kDay);
+    for (int hour = 1; hour <= 9 * 24; ++hour)
+        pass(now + hour * kHour, 5 * kDay + hour * kHour);
+    // Of 14 days the last ten are kept, at most a 32nd of them more.
+    const History all = history(level, kBegin, kBegin + 20 * kDay);
+    EXPECT_GE(kBegin + 4 * kDay, all.samples.first().time);
+    EXPECT_LE(kBegin + 4 * kDay - 10 * kDay / 32 - kHour, all.samples.first().time);
+}
+
+TEST_F(AgeTest, AClockThatStaysWhereItWasSetCountsAfterAnHour)
+{
+    const qint64 now = kBegin + 405 * kDay;
+    pass(now, 5 * kDay);
+    pass(now + kHour - 1000, 5 * kDay + kHour - 1000);
+    EXPECT_EQ(121, kept());
+    pass(now + kHour, 5 * kDay + kHour);
+    EXPECT_EQ(1, kept()); // what it held there
+}
+
+TEST_F(AgeTest, AStartFarAheadRemovesNothingBeforeTheClockWasRightForAnHour)
+{
+    const qint64 now = kBegin + 405 * kDay;
+    start(now);
+    pass(now, 7);
+    pass(now + kHour - 1000, kHour - 1000 + 7);
+    EXPECT_EQ(121, kept());
+    pass(now + kHour, kHour + 7);
+    EXPECT_EQ(0, kept());
+}
+
 TEST_F(LimitsTest, TooSmallASizeIsAnError)
 {
     Limits limits;

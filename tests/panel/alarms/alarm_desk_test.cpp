@@ -30,11 +30,12 @@ protected:
         ASSERT_TRUE(succeeds(opened)) << error.toStdString();
         desk = std::move(*opened);
     }
-    void value(qint64 time, double value)
+    /// With a clock that is wrong by `set`.
+    void value(qint64 time, double value, qint64 set = 0)
     {
         desk->take(QStringLiteral("press"), QStringLiteral("Plant.level"),
-                   {Value(value), at(time)});
-        desk->settle(at(time));
+                   {Value(value), at(time, set)});
+        desk->settle(at(time, set));
     }
     AlarmDesk::Acknowledgement acknowledge(qint64 begin, qint64 now)
     {
@@ -158,6 +159,24 @@ TEST(AlarmDesk, WorksWithoutAHistory)
     EXPECT_EQ(
         AlarmDesk::Refusal::None,
         desk->acknowledge(alarmId(above(80)), kStart, QStringLiteral("anna"), kStart).refusal);
+}
+
+TEST_F(AlarmDeskTest, AClockThatIsWrongRemovesNothingFromTheHistoryByItsAge)
+{
+    constexpr qint64 kHour = 3600000;
+    constexpr qint64 kFuture = 500 * 24 * kHour; // the history keeps 400 days
+    value(1000, 0);
+    value(2000, 81);
+    value(3000, 0);
+    EXPECT_EQ(AlarmDesk::Refusal::None, acknowledge(2000, 3000).refusal);
+    value(4000, 81, kFuture);
+    value(kHour + 3999, 0, kFuture);
+    EXPECT_EQ(2, all().size());
+    EXPECT_EQ(kStart + 2000, all().last().begin);
+    // It is taken for right when it was not set for an hour.
+    value(kHour + 4000, 81, kFuture);
+    EXPECT_EQ(2, all().size());
+    EXPECT_NE(kStart + 2000, all().last().begin);
 }
 
 } // namespace
