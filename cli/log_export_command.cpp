@@ -8,6 +8,7 @@
 #include "cli/run_view.h"
 #include "cli/value_lines.h"
 #include "log/log_conversion.h"
+#include "log/sqlite_log.h"
 #include "recorder/recording_file.h"
 #include "values/nearest_name.h"
 

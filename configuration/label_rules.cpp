@@ -15,6 +15,16 @@ std::optional<double> readBound(const JsonNode& object, const char* key)
     return object.has(key) ? std::optional(object.member(key).number()) : std::nullopt;
 }
 
+/// Numbers of a configuration are doubles, which hold integers up to 2^53.
+bool isExact(const values::IecType& type, const WritableRule& rule)
+{
+    const auto isHeld = [](const std::optional<double>& bound) {
+        return !bound || std::fabs(*bound) <= values::kExactIntegers;
+    };
+    return type.format == values::ValueFormat::Real ||
+           (isHeld(rule.lowest) && isHeld(rule.highest));
+}
+
 } // namespace
 
 QString readLabels(const JsonNode& node)
@@ -54,6 +64,20 @@ WritableRule readWritable(const JsonNode& node)
                       .arg(*rule.highest));
     }
     return rule;
+}
+
+Expected<void> checkLimits(const WritableRule& rule, const QString& label,
+                           const values::IecType& type)
+{
+    if (rule.isLimited() && !values::isNumeric(type))
+        return Error{
+            QStringLiteral("%1 is a %2 and has no lowest or highest value; list it without")
+                .arg(label, QLatin1String(type.name))};
+    if (!isExact(type, rule))
+        return Error{QStringLiteral("%1 is a %2, and a lowest or highest value beyond "
+                                    "9007199254740992 is not exact")
+                         .arg(label, QLatin1String(type.name))};
+    return {};
 }
 
 } // namespace plc::configuration

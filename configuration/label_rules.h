@@ -6,6 +6,9 @@
 #include <optional>
 
 #include "project/json_node.h"
+#include "values/expected.h"
+#include "values/iec_types.h"
+#include "values/value_range.h"
 
 namespace plc::configuration {
 
@@ -20,6 +23,9 @@ struct WritableRule {
     QString labels;
     std::optional<double> lowest;
     std::optional<double> highest;
+
+    values::ValueRange limits() const { return {lowest, highest}; }
+    bool isLimited() const { return lowest || highest; }
 };
 
 // Each reports what does not fit.
@@ -28,6 +34,10 @@ QString readLabels(const project::JsonNode& node);
 DeadbandRule readDeadband(const project::JsonNode& node);
 /// A label, or an object with the key "labels" and limits.
 WritableRule readWritable(const project::JsonNode& node);
+
+/// Whether its limits make sense for a value of this type. `label` is for the error.
+Expected<void> checkLimits(const WritableRule& rule, const QString& label,
+                           const values::IecType& type);
 
 } // namespace plc::configuration
 

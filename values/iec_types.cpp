@@ -52,6 +52,11 @@ bool isBit(const IecType& type)
     return type.code == kBitTypeCode;
 }
 
+bool isNumeric(const IecType& type)
+{
+    return !isText(type) && type.format != ValueFormat::Boolean;
+}
+
 IecRange iecRange(const IecType& type)
 {
     const int bits = 8 * type.size;

@@ -43,6 +43,9 @@ PLC_HOST_EXPORT bool isText(const IecType& type);
 /// Whether addresses count bits (BIT).
 PLC_HOST_EXPORT bool isBit(const IecType& type);
 
+/// Whether values are numbers: neither texts nor true or false.
+PLC_HOST_EXPORT bool isNumeric(const IecType& type);
+
 /// Range of a type that is not a text.
 PLC_HOST_EXPORT IecRange iecRange(const IecType& type);
 

@@ -15,21 +15,6 @@ namespace {
 using host::DataPoint;
 using project::CyclicLabel;
 
-bool isNumeric(const values::IecType& type)
-{
-    return !values::isText(type) && type.format != values::ValueFormat::Boolean;
-}
-
-/// Numbers of a configuration are doubles, which hold integers up to 2^53.
-bool isExact(const values::IecType& type, const values::ValueRange& limits)
-{
-    const auto isHeld = [](const std::optional<double>& bound) {
-        return !bound || std::fabs(*bound) <= values::kExactIntegers;
-    };
-    return type.format == values::ValueFormat::Real ||
-           (isHeld(limits.lowest) && isHeld(limits.highest));
-}
-
 /// Finds what a device publishes, and applies to it what the configuration says of labels.
 class DeviceBuilder {
 public:
@@ -146,7 +131,7 @@ private:
                 return fail(QStringLiteral("deadband: %1").arg(places.error().text));
             bool hasNumber = false;
             for (int place : *places) {
-                if (!isNumeric(*metrics()[place].point.type))
+                if (!values::isNumeric(*metrics()[place].point.type))
                     continue;
                 metrics()[place].deadband = settings.deadband;
                 hasNumber = true;
@@ -175,18 +160,12 @@ private:
 
     bool applyWritable(const configuration::WritableRule& settings, Metric* metric)
     {
-        const values::ValueRange limits{settings.lowest, settings.highest};
-        const bool isLimited = limits.lowest || limits.highest;
-        if (isLimited && !isNumeric(*metric->point.type))
-            return fail(QStringLiteral("writable: %1 is a %2 and has no lowest or highest value; "
-                                       "list it without")
-                            .arg(metric->point.text, QLatin1String(metric->point.type->name)));
-        if (!isExact(*metric->point.type, limits))
-            return fail(QStringLiteral("writable: %1 is a %2, and a lowest or highest value beyond "
-                                       "9007199254740992 is not exact")
-                            .arg(metric->point.text, QLatin1String(metric->point.type->name)));
+        const Expected<void> checked =
+            configuration::checkLimits(settings, metric->point.text, *metric->point.type);
+        if (!checked)
+            return fail(QStringLiteral("writable: %1").arg(checked.error().text));
         metric->isWritable = true;
-        metric->limits = limits;
+        metric->limits = settings.limits();
         return true;
     }
 

@@ -42,6 +42,9 @@ private:
                                             .variable("level", "UINT", 1, 0)
                                             .variable("speed", "UINT", 1, 2)
                                             .variable("v", "UINT", 1, 4, {{0, 3}})
+                                            .scope(QStringLiteral("R"))
+                                            .variable("raw", "BYTE", 1, 0, {{0, 3}})
+                                            .variable("flag", "BOOL", 1, 20)
                                             .build();
     QList<Label_Type_Info> m_list;
     host::DriverFunctions m_driver = plc::test::builtDriver();
@@ -100,6 +103,60 @@ TEST_F(WriteRulesTest, LimitsByAPatternHoldForListsOverWhatItFits)
               obstacle("T.v[0]*2", {Value(quint64(5)), Value(quint64(11))}));
     EXPECT_EQ("", obstacle("T.v[0]*2", {Value(quint64(5)), Value(quint64(10))}));
     EXPECT_EQ("", obstacle("T.level", {Value(quint64(11))}));
+}
+
+TEST_F(WriteRulesTest, LimitsHoldForListsThatALaterRuleOpens)
+{
+    make({{QStringLiteral("T.v[1]"), 0.0, 10.0}, rule("T.v[0]*4")});
+    const auto list = [](quint64 second) {
+        return QVector<Value>{quint64(1), second, quint64(999), quint64(999)};
+    };
+    EXPECT_EQ("out of the limits 0..10", obstacle("T.v[1]", {Value(quint64(999))}));
+    EXPECT_EQ("out of the limits 0..10", obstacle("T.v[0]*4", list(999)));
+    EXPECT_EQ("", obstacle("T.v[0]*4", list(10)));
+}
+
+TEST_F(WriteRulesTest, LimitsOfAListHoldForEachOfItsElements)
+{
+    make({rule("T.*"), {QStringLiteral("T.v[0]*2"), 0.0, 10.0}});
+    EXPECT_EQ("out of the limits 0..10",
+              obstacle("T.v[0]*2", {Value(quint64(5)), Value(quint64(11))}));
+    EXPECT_EQ("out of the limits 0..10",
+              obstacle("T.v[1]*2", {Value(quint64(11)), Value(quint64(99))}));
+    EXPECT_EQ("", obstacle("T.v[1]*2", {Value(quint64(10)), Value(quint64(99))}));
+    EXPECT_EQ("out of the limits 0..10", obstacle("T.v[1]", {Value(quint64(11))}));
+}
+
+TEST_F(WriteRulesTest, WhatLiesOverAValueWithLimitsIsNotWritten)
+{
+    make({rule("*"), {QStringLiteral("T.level"), {}, 1000.0}});
+    EXPECT_EQ("it lies over T.level, which has limits",
+              obstacle("R.raw[0]*2", {Value(quint64(0)), Value(quint64(1))}));
+    EXPECT_EQ("it lies over T.level, which has limits", obstacle("R.raw[1]", {Value(quint64(1))}));
+    EXPECT_EQ("it lies over T.level, which has limits",
+              obstacle("R.raw[1]*2", {Value(quint64(1)), Value(quint64(1))}));
+    EXPECT_EQ("", obstacle("R.raw[2]*2", {Value(quint64(255)), Value(quint64(255))}));
+    EXPECT_EQ("", obstacle("T.level", {Value(quint64(1000))}));
+    EXPECT_EQ("", obstacle("T.speed", {Value(quint64(1001))}));
+}
+
+TEST_F(WriteRulesTest, LaterRuleWithoutLimitsFreesTheValuesThatItFits)
+{
+    make({{QStringLiteral("T.v[?]"), 0.0, 10.0}, rule("T.v[2]")});
+    EXPECT_EQ("", obstacle("T.v[2]", {Value(quint64(99))}));
+    EXPECT_EQ("out of the limits 0..10", obstacle("T.v[1]", {Value(quint64(99))}));
+}
+
+TEST_F(WriteRulesTest, LimitsThatAValueCannotHaveAreAnError)
+{
+    make({{QStringLiteral("R.flag"), 0.0, {}}});
+    EXPECT_EQ("writable: R.flag is a BOOL and has no lowest or highest value; list it without",
+              m_error);
+    make({{QStringLiteral("T.level"), {}, 1e17}});
+    EXPECT_EQ(
+        "writable: T.level is a UINT, and a lowest or highest value beyond 9007199254740992 "
+        "is not exact",
+        m_error);
 }
 
 TEST_F(WriteRulesTest, ThatFitNothingAreAnError)
