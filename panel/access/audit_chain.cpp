@@ -28,20 +28,10 @@ QByteArray chainFields(qint64 number, const QByteArray& previous)
     return ",\"n\":" + QByteArray::number(number) + ",\"previous\":\"" + previous + "\"}";
 }
 
-QString shortened(const QString& text)
-{
-    if (int(text.size()) <= kLongestAuditText)
-        return text;
-    return QStringLiteral("%1… (%2 characters, SHA-256 %3)")
-        .arg(text.left(kLongestAuditText))
-        .arg(text.size())
-        .arg(QString::fromLatin1(sha256(text.toUtf8())));
-}
-
 QByteArray textField(const char* name, const QString& text)
 {
     const QByteArray value =
-        text.isNull() ? QByteArray("null") : values::jsonText(shortened(text)).toUtf8();
+        text.isNull() ? QByteArray("null") : values::jsonText(auditText(text)).toUtf8();
     return QByteArray(",\"") + name + "\":" + value;
 }
 
@@ -87,6 +77,16 @@ bool isPartOf(const QRegularExpression& line, const QByteArray& bytes)
 }
 
 } // namespace
+
+QString auditText(const QString& text)
+{
+    if (int(text.size()) <= kLongestAuditText)
+        return text;
+    return QStringLiteral("%1… (%2 characters, SHA-256 %3)")
+        .arg(text.left(kLongestAuditText))
+        .arg(text.size())
+        .arg(QString::fromLatin1(sha256(text.toUtf8())));
+}
 
 QByteArray recordLine(const AuditRecord& record, qint64 number, const QByteArray& previous)
 {

@@ -1,6 +1,7 @@
 #include "panel/api/write_desk.h"
 
 #include <QtCore/QCryptographicHash>
+#include <QtCore/QDataStream>
 #include <QtCore/QtEndian>
 
 #include "host/points/value_codec.h"
@@ -12,11 +13,27 @@ namespace plc::panel {
 namespace {
 
 constexpr int kLongestId = 64;
+constexpr int kLongestLabel = 1000;
 
-bool isSame(const WriteRequest& a, const WriteRequest& b)
+/// What tells a write from another one, bit by bit: NaN is the same as itself.
+QByteArray contentOf(const WriteRequest& request)
 {
-    return a.plc == b.plc && a.label == b.label && a.values == b.values && a.isList == b.isList &&
-           a.areExact == b.areExact;
+    QByteArray content;
+    QDataStream stream(&content, QIODevice::WriteOnly);
+    stream << request.plc << request.label << request.isList << request.areExact;
+    for (const values::Value& value : request.values) {
+        stream << quint8(value.index());
+        std::visit([&stream](const auto& plain) { stream << plain; }, value);
+    }
+    return QCryptographicHash::hash(content, QCryptographicHash::Sha256);
+}
+
+/// Bytes that an ended write takes, about.
+qint64 sizeOf(const WriteRecord& record)
+{
+    constexpr int kWithoutTexts = 600;
+    return kWithoutTexts + record.value.size() + record.old.size() +
+           2 * (record.request.label.size() + record.outcome.reason.size());
 }
 
 WriteOutcome outcomeOf(const host::DataPoint& point, const host::TransferOutcome& ending,
@@ -68,8 +85,8 @@ QString textOrNull(const QByteArray& json)
 
 } // namespace
 
-WriteDesk::WriteDesk(Plants* plants, Audit audit, Clock time)
-    : m_plants(plants), m_audit(std::move(audit)), m_time(std::move(time))
+WriteDesk::WriteDesk(Plants* plants, Audit audit, Clock time, const Limits& limits)
+    : m_plants(plants), m_audit(std::move(audit)), m_time(std::move(time)), m_limits(limits)
 {
 }
 
@@ -91,7 +108,7 @@ WriteDesk::Taken WriteDesk::take(const WriteRequest& request, Settled settled)
                 QStringLiteral("\"id\": a text of 1 to %1 characters is expected").arg(kLongestId)};
     const auto known = m_writes.find(request.id);
     if (known != m_writes.end()) {
-        if (!isSame((*known)->record.request, request))
+        if ((*known)->content != contentOf(request))
             return {Refusal::OtherContent,
                     QStringLiteral("another write had the id %1").arg(values::quoted(request.id))};
         if ((*known)->record.isSettled)
@@ -100,6 +117,8 @@ WriteDesk::Taken WriteDesk::take(const WriteRequest& request, Settled settled)
             (*known)->waiting.push_back(std::move(settled));
         return {};
     }
+    if (request.label.size() > kLongestLabel)
+        return {Refusal::Senseless, QStringLiteral("there is no label this long")};
     if (isForgotten(request.id))
         return {Refusal::NotKept, QString::fromLatin1(kOutcomeIsNotKept)};
     Plant* const plant = m_plants->find(request.plc);
@@ -126,12 +145,12 @@ WriteDesk::Taken WriteDesk::begin(const WriteRequest& request, Plant* plant, Set
 
     auto kept = std::make_shared<Kept>();
     kept->record.request = request;
+    kept->content = contentOf(request);
     kept->record.value = valueText(*point, *values);
     kept->record.old = knownValue(*plant, *point);
     kept->waiting.push_back(std::move(settled));
     m_writes.insert(request.id, kept);
     m_order.push_back(request.id);
-    forgetOld();
 
     QString obstacle = plant->writeObstacle(*point, *values);
     if (obstacle.isEmpty() && plant->openWrites() >= kMostOpen)
@@ -162,6 +181,10 @@ void WriteDesk::settle(const QString& id, const WriteOutcome& outcome)
     kept->record.outcome = outcome;
     ++m_counts[outcome.kind];
     static_cast<void>(audit(kept->record, AuditRecord::Outcome));
+    kept->record.request.values.clear();
+    kept->record.request.seenText.clear();
+    m_keptBytes += sizeOf(kept->record);
+    forgetOld();
     const std::vector<Settled> waiting = std::exchange(kept->waiting, {});
     for (const Settled& settled : waiting)
         settled(kept->record);
@@ -192,14 +215,18 @@ bool WriteDesk::audit(const WriteRecord& record, AuditRecord::Phase phase)
 /// Writes under way stay.
 void WriteDesk::forgetOld()
 {
-    while (int(m_order.size()) > kMostKept && m_writes.value(m_order.front())->record.isSettled) {
+    const auto isTooMuch = [this] {
+        return int(m_order.size()) > m_limits.kept || m_keptBytes > m_limits.keptBytes;
+    };
+    while (isTooMuch() && m_writes.value(m_order.front())->record.isSettled) {
+        m_keptBytes -= sizeOf(m_writes.value(m_order.front())->record);
         const quint64 trace = traceOf(m_order.front());
         m_forgotten.insert(trace);
         m_forgottenOrder.push_back(trace);
         m_writes.remove(m_order.front());
         m_order.pop_front();
     }
-    while (int(m_forgottenOrder.size()) > kMostKnown) {
+    while (int(m_forgottenOrder.size()) > m_limits.known) {
         m_forgotten.remove(m_forgottenOrder.front());
         m_forgottenOrder.pop_front();
     }

@@ -24,7 +24,7 @@ struct WriteRequest {
     QVector<values::Value> values; ///< As the client gave them.
     bool isList = false;
     bool areExact = false; ///< The values are of the type already.
-    QString seenText;      ///< JSON of the value that the user saw; null: not told.
+    QString seenText;      ///< JSON of the value that the user saw, as auditText(); null: not told.
     QString user;
     QString address;
 };
@@ -50,9 +50,12 @@ struct WriteRecord {
 /// For the thread of the PLCs.
 class WriteDesk : public std::enable_shared_from_this<WriteDesk> {
 public:
-    static constexpr int kMostKept = 20000;
-    static constexpr int kMostKnown = 500000; ///< Ids whose outcome is not kept.
-    static constexpr int kMostOpen = 100;     ///< Of one PLC.
+    struct Limits {
+        int kept = 20000;                            ///< Writes whose outcome is kept.
+        qint64 keptBytes = qint64(32) * 1024 * 1024; ///< Of those that ended.
+        int known = 500000;                          ///< Ids whose outcome is not kept.
+    };
+    static constexpr int kMostOpen = 100; ///< Of one PLC.
     static constexpr char kOutcomeIsNotKept[] =
         "there was a write of this id; how it ended is not kept any more";
 
@@ -60,7 +63,7 @@ public:
     using Clock = std::function<qint64()>;
     using Settled = std::function<void(const WriteRecord&)>;
 
-    WriteDesk(Plants* plants, Audit audit, Clock time);
+    WriteDesk(Plants* plants, Audit audit, Clock time, const Limits& limits);
 
     enum class Refusal { None, Senseless, NoSuchPlc, OtherContent, NotKept };
     struct Taken {
@@ -79,7 +82,8 @@ public:
 
 private:
     struct Kept {
-        WriteRecord record;
+        WriteRecord record; ///< Without the values of the request once it has ended.
+        QByteArray content; ///< contentOf() the request.
         std::vector<Settled> waiting;
     };
 
@@ -91,10 +95,12 @@ private:
     Plants* const m_plants;
     const Audit m_audit;
     const Clock m_time;
+    const Limits m_limits;
     QHash<QString, std::shared_ptr<Kept>> m_writes; ///< By their ids.
     std::deque<QString> m_order;                    ///< Of m_writes, the oldest first.
     QSet<quint64> m_forgotten;                      ///< What ids are, of which the outcome went.
     std::deque<quint64> m_forgottenOrder;
+    qint64 m_keptBytes = 0;
     quint64 m_counts[4] = {};
     QString m_auditError;
 };

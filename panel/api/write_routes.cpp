@@ -1,4 +1,5 @@
 #include "exchange/flat_json.h"
+#include "panel/access/audit_chain.h"
 #include "panel/api/api_routes.h"
 #include "panel/api/json_text.h"
 
@@ -55,7 +56,7 @@ Expected<WriteRequest> requestOf(const Request& request)
     write.values = value->values;
     write.isList = value->isList;
     if (const JsonItem* old = json->member("old"); old && !old->values.isEmpty())
-        write.seenText = jsonOf(*old);
+        write.seenText = auditText(jsonOf(*old));
     write.user = request.caller.user;
     write.address = request.caller.address;
     return write;

@@ -4,6 +4,8 @@
 
 #include <QtCore/QTemporaryDir>
 
+#include <limits>
+
 #include "panel/plants/plants.h"
 #include "tests/support/test_folder.h"
 
@@ -13,8 +15,11 @@ namespace {
 constexpr char kProject[] = R"json({
   "name": "A tank",
   "plc": {"address": "127.0.0.1", "port": 1200},
-  "areas": [{"index": 1, "size": 64}],
-  "scopes": [{"name": "T", "variables": [{"name": "set", "type": "INT", "area": 1, "offset": 0}]}]})json";
+  "areas": [{"index": 1, "size": 20000}],
+  "scopes": [{"name": "T", "variables": [
+    {"name": "set", "type": "INT", "area": 1, "offset": 0},
+    {"name": "real", "type": "REAL", "area": 1, "offset": 4},
+    {"name": "list", "type": "USINT", "array": [[0, 9999]], "area": 1, "offset": 8}]}]})json";
 
 class NoListener : public PlantListener {
     void sampled(Plant*, const QVector<int>&) override {}
@@ -63,13 +68,22 @@ private:
     Plants m_plants;
 
 protected:
+    static WriteDesk::Limits limitsOfTests()
+    {
+        WriteDesk::Limits limits;
+        limits.kept = 100;
+        limits.keptBytes = 100000;
+        limits.known = 3;
+        return limits;
+    }
+    const WriteDesk::Limits limits = limitsOfTests();
     std::shared_ptr<WriteDesk> desk = std::make_shared<WriteDesk>(
         &m_plants,
         [this](const AuditRecord& record) {
             audit.push_back(record);
             return Expected<void>();
         },
-        [this] { return ++now; });
+        [this] { return ++now; }, limits);
 };
 
 TEST_F(WriteDeskTest, KeepsInTheAuditWhatThePanelKnewAndWhatTheClientSaysThatItsUserSaw)
@@ -89,10 +103,10 @@ TEST_F(WriteDeskTest, NeverUsesAnIdAgainWhoseOutcomeItNoLongerKeeps)
 {
     addPlc(true);
     const auto id = [](int i) { return QStringLiteral("w%1").arg(i); };
-    for (int i = 0; i <= WriteDesk::kMostKept; ++i)
+    for (int i = 0; i <= limits.kept; ++i)
         ASSERT_EQ(WriteDesk::Refusal::None, take(request(id(i), i % 100)));
     const std::size_t before = settled.size();
-    EXPECT_EQ(std::size_t(WriteDesk::kMostKept) + 1, before);
+    EXPECT_EQ(std::size_t(limits.kept) + 1, before);
 
     EXPECT_FALSE(desk->find(id(0)));
     EXPECT_TRUE(desk->isForgotten(id(0)));
@@ -105,6 +119,58 @@ TEST_F(WriteDeskTest, NeverUsesAnIdAgainWhoseOutcomeItNoLongerKeeps)
     EXPECT_EQ(WriteDesk::Refusal::OtherContent, take(request(id(1), 2)));
     EXPECT_EQ(before + 1, settled.size());
     EXPECT_FALSE(desk->isForgotten(QStringLiteral("never")));
+
+    for (int i = 1; i <= 3; ++i)
+        ASSERT_EQ(WriteDesk::Refusal::None, take(request(id(limits.kept + i), 1)));
+    EXPECT_FALSE(desk->isForgotten(id(0))) << "of the ids, too, the oldest go";
+    EXPECT_TRUE(desk->isForgotten(id(1)));
+}
+
+TEST_F(WriteDeskTest, KeepsNoMoreThanItsBytes)
+{
+    addPlc(true);
+    const auto list = [](int i) {
+        WriteRequest write = request(QStringLiteral("w%1").arg(i), 0);
+        write.label = QStringLiteral("T.list[0]*10000");
+        write.values = QVector<values::Value>(10000, values::Value(qint64(7)));
+        write.isList = true;
+        return write;
+    };
+    ASSERT_EQ(WriteDesk::Refusal::None, take(list(0)));
+    ASSERT_EQ("the PLC is read-only here", settled.back().reason.toStdString());
+    ASSERT_EQ(20001, desk->find(QStringLiteral("w0"))->value.size()) << "\"[7,7,…,7]\"";
+    EXPECT_TRUE(desk->find(QStringLiteral("w0"))->request.values.isEmpty());
+    // 600 bytes, the value, and twice the 15 characters of the label and the 25 of the reason.
+    const int fitting = int(limits.keptBytes) / (600 + 20001 + 2 * (15 + 25));
+    for (int i = 1; i < fitting; ++i)
+        take(list(i));
+    EXPECT_TRUE(desk->find(QStringLiteral("w0")));
+    take(list(fitting));
+    EXPECT_TRUE(desk->isForgotten(QStringLiteral("w0")));
+    EXPECT_TRUE(desk->find(QStringLiteral("w1")));
+}
+
+TEST_F(WriteDeskTest, RefusesALabelThatIsLongerThanAnyUnread)
+{
+    addPlc(true);
+    WriteRequest write = request(QStringLiteral("a"), 5);
+    write.label = QString(1001, QLatin1Char('x'));
+    EXPECT_EQ(WriteDesk::Refusal::Senseless, take(write));
+    EXPECT_TRUE(audit.empty());
+}
+
+TEST_F(WriteDeskTest, TakesTheSameNumberThatIsNoneForTheSameContent)
+{
+    addPlc(true);
+    WriteRequest write = request(QStringLiteral("nan"), 0);
+    write.label = QStringLiteral("T.real");
+    write.values = {values::Value(std::numeric_limits<float>::quiet_NaN())};
+    write.areExact = true;
+    EXPECT_EQ(WriteDesk::Refusal::None, take(write));
+    EXPECT_EQ(WriteDesk::Refusal::None, take(write));
+    write.values = {values::Value(0.0F)};
+    EXPECT_EQ(WriteDesk::Refusal::OtherContent, take(write));
+    EXPECT_EQ(2U, settled.size());
 }
 
 } // namespace
