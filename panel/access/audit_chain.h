@@ -23,7 +23,8 @@ struct AuditRecord {
     QString seenValue; ///< As the client says that its user saw it; null: not told.
     QString newValue;  ///< Null: none.
     QString id;        ///< The same for what was asked for and for what came of it.
-    QString outcome;   ///< "done", "refused", "unknown", "notSent"; empty while only asked for.
+    QString outcome; ///< "done", "refused", "unknown", "notSent", "notDone"; empty while only asked
+                     ///< for.
     QString reason;
 };
 

@@ -30,9 +30,10 @@ inline bool isRecorded(const ApiContext& context, const AuditRecord& record,
     return bool(isKept);
 }
 
-/// What came of it. `reason` is empty for what is done.
+/// What came of it. `reason` is empty for what is done. What the panel itself could not do was
+/// refused by nobody.
 inline void recordEnd(const ApiContext& context, AuditRecord record, const QString& reason,
-                      const QString& outcome = QStringLiteral("refused"))
+                      const QString& outcome = QStringLiteral("notDone"))
 {
     record.time = context.time();
     record.phase = AuditRecord::Outcome;

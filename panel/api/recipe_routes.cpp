@@ -1,5 +1,7 @@
 #include <QtCore/QCryptographicHash>
 
+#include <algorithm>
+
 #include "exchange/flat_json.h"
 #include "panel/api/api_routes.h"
 #include "panel/api/audited.h"
@@ -171,12 +173,18 @@ QString summaryOf(const RestoreReport& report)
         .arg(report.notKnown);
 }
 
-/// What the audit tells of a restore that came to its end.
+/// What the audit tells of a restore that came to its end: the worst that became of a value.
 QString outcomeOf(const RestoreReport& report)
 {
     if (report.notKnown > 0)
-        return QStringLiteral("unknown");
-    return report.notWritten > 0 ? QStringLiteral("refused") : QStringLiteral("done");
+        return recipeOutcomeText(RecipePlc::Outcome::Unknown);
+    if (report.notWritten == 0)
+        return recipeOutcomeText(RecipePlc::Outcome::Done);
+    const bool isRefused =
+        std::any_of(report.values.begin(), report.values.end(), [](const RestoredValue& value) {
+            return !value.isEqual && value.outcome == RecipePlc::Outcome::Refused;
+        });
+    return recipeOutcomeText(isRefused ? RecipePlc::Outcome::Refused : RecipePlc::Outcome::NotSent);
 }
 
 void recordRestore(const ApiContext& context, AuditRecord record,
@@ -186,9 +194,8 @@ void recordRestore(const ApiContext& context, AuditRecord record,
         return recordEnd(context, record, failure->text);
     const auto& report = std::get<RestoreReport>(restored);
     record.newValue = summaryOf(report);
-    const QString outcome = outcomeOf(report);
-    const bool isDone = outcome == QLatin1String("done");
-    recordEnd(context, record, isDone ? QString() : record.newValue, outcome);
+    const bool isDone = report.notKnown == 0 && report.notWritten == 0;
+    recordEnd(context, record, isDone ? QString() : record.newValue, outcomeOf(report));
 }
 
 void restoreRecipe(const ApiContext& context, const Request& request, const Responder& respond)

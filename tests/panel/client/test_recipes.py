@@ -99,7 +99,11 @@ class RecipesTest(unittest.TestCase):
         try:
             with self.assertRaises(PanelError):
                 self.panel.save_recipe("Half", "plant", ["P.count"])
-            report = self.panel.restore_recipe("Summer/1")
+            end = [r for r in self.site.audit() if r["action"] == "save recipe"][-1]
+            self.assertEqual(("outcome", "notDone"), (end["phase"], end["outcome"]))
+            report = self.panel.restore_recipe("Summer/1", "offline")
+            self.assertEqual("notSent", [r for r in self.site.audit() if r["id"] == "offline"][-1]
+                             ["outcome"])
             self.assertEqual({"notSent"}, {value["outcome"] for value in report["values"]})
             self.assertEqual({None}, {value["verified"] for value in report["values"]})
             self.assertEqual({None}, {value["equal"] for value in self.compared().values()})
