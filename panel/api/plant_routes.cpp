@@ -88,15 +88,16 @@ void appendSymbol(const SymbolQuestion& question, const ListedSymbol& symbol, QB
 
 Response symbolResponse(const SymbolQuestion& question)
 {
-    const Expected<QVector<ListedSymbol>> symbols =
+    const Expected<SymbolList> list =
         question.search ? searchSymbols(*question.search, question.most, question.symbols)
                         : symbolsUnder(question.under, question.symbols);
-    if (!symbols)
-        return notFound(symbols.error().text);
+    if (!list)
+        return notFound(list.error().text);
     QByteArray json = "{";
     appendMember("under", question.under, &json);
+    json.append(",\"complete\":").append(list->isComplete ? "true" : "false");
     json.append(",\"symbols\":[");
-    for (const ListedSymbol& symbol : *symbols)
+    for (const ListedSymbol& symbol : list->symbols)
         appendSymbol(question, symbol, &json);
     return Response::json(json.append("]}\n"));
 }

@@ -14,9 +14,6 @@ namespace {
 using project::ArrayDimension;
 using project::Variable;
 
-/// A search looks at so many symbols at most; arrays of structures of arrays have any number.
-constexpr int kMostSearched = 200000;
-
 int elementsOf(const Variable& variable)
 {
     qint64 count = 1;
@@ -99,33 +96,30 @@ bool areWithin(const QVector<project::SubscriptRange>& subscripts, const Variabl
     return true;
 }
 
-QVector<ListedSymbol> membersOf(const QString& label, const QVector<Variable>& variables)
+SymbolList membersOf(const QString& label, const QVector<Variable>& variables)
 {
-    QVector<ListedSymbol> symbols;
-    for (const Variable& variable : variables) {
-        if (symbols.size() == kMostListed)
-            break;
-        symbols.append(variableSymbol(label, variable));
-    }
-    return symbols;
+    SymbolList list;
+    list.isComplete = variables.size() <= kMostListed;
+    for (const Variable& variable : variables.mid(0, kMostListed))
+        list.symbols.append(variableSymbol(label, variable));
+    return list;
 }
 
-QVector<ListedSymbol> partsOf(const QString& label, const Variable& variable, bool isElement)
+SymbolList partsOf(const QString& label, const Variable& variable, bool isElement)
 {
     if (variable.dimensions.isEmpty() || isElement)
-        return variable.structure ? membersOf(label, variable.structure->members)
-                                  : QVector<ListedSymbol>();
-    QVector<ListedSymbol> symbols;
-    const int count = std::min(elementsOf(variable), kMostListed);
-    for (int element = 0; element < count; ++element)
-        symbols.append(elementSymbol(label, variable, element));
-    return symbols;
+        return variable.structure ? membersOf(label, variable.structure->members) : SymbolList();
+    SymbolList list;
+    const int all = elementsOf(variable);
+    list.isComplete = all <= kMostListed;
+    for (int element = 0; element < std::min(all, kMostListed); ++element)
+        list.symbols.append(elementSymbol(label, variable, element));
+    return list;
 }
 
 /// What is below `label`, whose parts behind the scope lead through these variables.
-Expected<QVector<ListedSymbol>> follow(const QString& label,
-                                       const QVector<project::LabelPart>& parts,
-                                       const QVector<Variable>* variables)
+Expected<SymbolList> follow(const QString& label, const QVector<project::LabelPart>& parts,
+                            const QVector<Variable>* variables)
 {
     const Error missing{QStringLiteral("%1 leads to nothing").arg(label)};
     for (int i = 1; i < int(parts.size()); ++i) {
@@ -153,7 +147,7 @@ public:
     void walk(const QString& parent, const QVector<Variable>& variables)
     {
         for (const Variable& variable : variables) {
-            if (isOver())
+            if (!m_found.isComplete)
                 return;
             const ListedSymbol symbol = variableSymbol(parent, variable);
             take(symbol);
@@ -163,7 +157,7 @@ public:
                 walk(symbol.label, variable.structure->members);
                 continue;
             }
-            for (int i = 0; i < symbol.children && !isOver(); ++i) {
+            for (int i = 0; i < symbol.children && m_found.isComplete; ++i) {
                 const ListedSymbol element = elementSymbol(symbol.label, variable, i);
                 take(element);
                 walk(element.label, variable.structure->members);
@@ -171,38 +165,44 @@ public:
         }
     }
 
-    const QVector<ListedSymbol>& found() const { return m_found; }
+    const SymbolList& found() const { return m_found; }
 
 private:
-    bool isOver() const { return m_found.size() >= m_limit || m_searched >= kMostSearched; }
-
+    /// Up to the first that there is no room for.
     void take(const ListedSymbol& symbol)
     {
-        ++m_searched;
+        if (!m_found.isComplete)
+            return;
+        if (m_searched++ == kMostSearched) {
+            m_found.isComplete = false;
+            return;
+        }
         const bool isFound =
             std::all_of(m_words.begin(), m_words.end(), [&symbol](const QString& word) {
                 return symbol.label.contains(word, Qt::CaseInsensitive) ||
                        symbol.description.contains(word, Qt::CaseInsensitive);
             });
-        if (isFound && !isOver())
-            m_found.append(symbol);
+        if (isFound && m_found.symbols.size() == m_limit)
+            m_found.isComplete = false;
+        else if (isFound)
+            m_found.symbols.append(symbol);
     }
 
     const QStringList m_words;
     const int m_limit;
-    QVector<ListedSymbol> m_found;
+    SymbolList m_found;
     int m_searched = 0;
 };
 
 } // namespace
 
-Expected<QVector<ListedSymbol>> symbolsUnder(const QString& label, const project::Symbols& symbols)
+Expected<SymbolList> symbolsUnder(const QString& label, const project::Symbols& symbols)
 {
-    QVector<ListedSymbol> scopes;
+    SymbolList scopes;
     for (const project::ScopeDefinition& scope : symbols.scopes) {
         if (!label.isEmpty() && scope.name == label)
             return membersOf(label, scope.variables);
-        scopes.append(scopeSymbol(scope));
+        scopes.symbols.append(scopeSymbol(scope));
     }
     if (label.isEmpty())
         return scopes;
@@ -216,7 +216,7 @@ Expected<QVector<ListedSymbol>> symbolsUnder(const QString& label, const project
     return Error{QStringLiteral("%1 leads to nothing").arg(label)};
 }
 
-QVector<ListedSymbol> searchSymbols(const QString& text, int limit, const project::Symbols& symbols)
+SymbolList searchSymbols(const QString& text, int limit, const project::Symbols& symbols)
 {
     Search search(text, limit);
     for (const project::ScopeDefinition& scope : symbols.scopes)

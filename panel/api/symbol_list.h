@@ -29,16 +29,22 @@ inline const char* kindWord(ListedSymbol::Kind kind)
     return kWords[kind];
 }
 
+struct SymbolList {
+    QVector<ListedSymbol> symbols;
+    bool isComplete = true; ///< False: there are more, or may be.
+};
+
 constexpr int kMostListed = 10000;
+constexpr int kMostSearched = 200000;
 
 /// What is directly below a label, kMostListed at most; the scopes below an empty one. An error
 /// where there is no such label.
-Expected<QVector<ListedSymbol>> symbolsUnder(const QString& label, const project::Symbols& symbols);
+Expected<SymbolList> symbolsUnder(const QString& label, const project::Symbols& symbols);
 
 /// Values, arrays and structures whose labels or descriptions have all words of `text`, in any
-/// case: `limit` at most.
-QVector<ListedSymbol> searchSymbols(const QString& text, int limit,
-                                    const project::Symbols& symbols);
+/// case: `limit` at most, of the first kMostSearched, for arrays of structures of arrays have any
+/// number.
+SymbolList searchSymbols(const QString& text, int limit, const project::Symbols& symbols);
 
 } // namespace plc::panel
 

@@ -10,13 +10,15 @@ namespace {
 class SymbolListTest : public testing::Test {
 protected:
     /// "label kind children" of each.
-    static std::string shown(const QVector<ListedSymbol>& symbols)
+    static std::string shown(const SymbolList& list)
     {
         QStringList texts;
-        for (const ListedSymbol& symbol : symbols)
+        for (const ListedSymbol& symbol : list.symbols)
             texts.append(QStringLiteral("%1 %2 %3")
                              .arg(symbol.label, QLatin1String(kindWord(symbol.kind)))
                              .arg(symbol.children));
+        if (!list.isComplete)
+            texts.append(QStringLiteral("and more"));
         return texts.join(QLatin1String("; ")).toStdString();
     }
     std::string under(const char* label)
@@ -74,7 +76,47 @@ TEST_F(SymbolListTest, FindsAllWordsInAnyCase)
 
 TEST_F(SymbolListTest, EndsAtItsLimit)
 {
-    EXPECT_EQ("A.one.level value 0; A.many[1].level value 0", search("level", 2));
+    EXPECT_EQ("A.one.level value 0; A.many[1].level value 0; and more", search("level", 2));
+    EXPECT_EQ(
+        "A.one.level value 0; A.many[1].level value 0; A.many[2].level value 0; "
+        "B.level value 0",
+        search("level", 4))
+        << "all there are";
+}
+
+/// A scope with an array of so many INTs, and one with a value behind it.
+project::Symbols longArray(int elements)
+{
+    return *project::SymbolBuilder()
+                .structure(QStringLiteral("Pump"), 2)
+                .member("flow", "INT", 0)
+                .scope(QStringLiteral("A"))
+                .variable("values", "INT", 1, 0, {{1, elements}})
+                .variable("pumps", "Pump", 1, 100000, {{1, elements}})
+                .scope(QStringLiteral("B"))
+                .variable("last", "INT", 2, 0)
+                .build();
+}
+
+TEST(SymbolList, TellsWhereThereAreMoreThanItLists)
+{
+    const QString values = QStringLiteral("A.values");
+    EXPECT_TRUE(symbolsUnder(values, longArray(10000))->isComplete);
+    const Expected<SymbolList> more = symbolsUnder(values, longArray(10001));
+    EXPECT_EQ(10000, more->symbols.size());
+    EXPECT_FALSE(more->isComplete);
+}
+
+TEST(SymbolList, TellsWhereItSearchedNotAll)
+{
+    // Values, pumps, 99,998 pumps with a value each, and the last one: 200,000 less one.
+    const QString last = QStringLiteral("last");
+    const SymbolList all = searchSymbols(last, 10, longArray(99998));
+    EXPECT_EQ(1, all.symbols.size());
+    EXPECT_TRUE(all.isComplete);
+    const SymbolList some = searchSymbols(last, 10, longArray(99999));
+    EXPECT_EQ(0, some.symbols.size());
+    EXPECT_FALSE(some.isComplete);
 }
 
 } // namespace

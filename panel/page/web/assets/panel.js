@@ -6,6 +6,7 @@ import { ask, currentRun, get, meetRun, query, send } from "./server/api.js";
 import { changeText } from "./state/change_text.js";
 import { keepLimits, keptLimits } from "./state/axis_limits.js";
 import { keep, kept } from "./state/stored.js";
+import { restText } from "./state/listed_symbols.js";
 import { Model } from "./state/model.js";
 import { keyOf } from "./state/rows.js";
 import { readClocks } from "./state/server_clock.js";
@@ -169,7 +170,9 @@ export class Panel {
     const found = [];
     const waiting = [symbol.label];
     while (waiting.length && found.length < limit) {
-      const { symbols } = await get(`/symbols${query({ plc, under: waiting.shift() })}`);
+      const under = waiting.shift();
+      const { symbols, complete } = await get(`/symbols${query({ plc, under })}`);
+      if (!complete) this.tell(restText(under, symbols.length));
       for (const one of symbols) {
         if (one.kind === "value") found.push({ plc, label: one.label });
         else waiting.push(one.label);

@@ -50,10 +50,11 @@ const ROUTES = {
     if (words) {
       const found = [...plant.nodes.values()].map(({ symbol }) => symbol).filter((symbol) =>
         symbol.kind !== "scope" && words.every((word) => `${symbol.label} ${symbol.description}`.toLowerCase().includes(word)));
-      return tell(200, { symbols: found.slice(0, Number(fields.get("limit") ?? 200)) });
+      const limit = Number(fields.get("limit") ?? 200);
+      return tell(200, { complete: found.length <= limit, symbols: found.slice(0, limit) });
     }
     const under = fields.get("under") ?? "";
-    tell(200, { under, symbols: under ? plant.nodes.get(under).children : plant.roots });
+    tell(200, { under, complete: true, symbols: under ? plant.nodes.get(under).children : plant.roots });
   },
   "POST subscriptions": ({ standIn, tell, body }) => {
     const id = `s${standIn.subscriptions.size + 1}`;

@@ -3,6 +3,7 @@
 
 import { get, query } from "../server/api.js";
 import { html, useEffect, useRef, useState } from "../html.js";
+import { allFound, foundText, restText } from "../state/listed_symbols.js";
 import { keyOf } from "../state/rows.js";
 
 const SEARCH_DELAY = 250; // ms
@@ -21,7 +22,7 @@ export function SymbolTree({ panel, choice }) {
     let current = true;
     const timer = setTimeout(async () => {
       const lists = await Promise.all(plcs.map((plc) => search(plc, words)));
-      if (current) setFound({ nodes: lists.flatMap(({ nodes }) => nodes), failed: lists.flatMap(({ failed }) => failed ?? []) });
+      if (current) setFound(allFound(lists));
     }, SEARCH_DELAY);
     return () => {
       current = false;
@@ -43,16 +44,11 @@ export function SymbolTree({ panel, choice }) {
 
 async function search(plc, words) {
   try {
-    const { symbols } = await get(`/symbols${query({ plc, search: words, limit: SEARCH_LIMIT })}`);
-    return { nodes: symbols.map((symbol) => ({ plc, ...symbol })) };
+    const { symbols, complete } = await get(`/symbols${query({ plc, search: words, limit: SEARCH_LIMIT })}`);
+    return { nodes: symbols.map((symbol) => ({ plc, ...symbol })), isComplete: complete };
   } catch (error) {
     return { nodes: [], failed: `${plc}: ${error.message}` };
   }
-}
-
-function foundText({ nodes: { length }, failed }) {
-  const matches = length >= SEARCH_LIMIT ? `The first ${length} matches` : `${length} ${length === 1 ? "match" : "matches"}`;
-  return failed.length === 0 ? matches : `${matches}; not known of ${failed.join(", ")}`;
 }
 
 const nodeKey = (node) => `${node.kind === "plc" ? "plc" : "symbol"} ${keyOf(node)}`;
@@ -81,7 +77,8 @@ function Tree({ panel, choice, roots, wholeLabels }) {
     }
     setOpened((map) => new Map(map).set(key, []));
     try {
-      const { symbols } = await get(`/symbols${query({ plc: node.plc, under: node.label || undefined })}`);
+      const { symbols, complete } = await get(`/symbols${query({ plc: node.plc, under: node.label || undefined })}`);
+      if (!complete) panel.tell(restText(node.label || node.plc, symbols.length));
       const children = symbols.map((symbol) => ({ plc: node.plc, ...symbol }));
       setOpened((map) => (map.has(key) ? new Map(map).set(key, children) : map));
     } catch (error) {
