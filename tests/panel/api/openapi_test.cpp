@@ -62,6 +62,26 @@ TEST(OpenApi, PathsMethodsAndRolesAreThoseOfTheServer)
     EXPECT_EQ(served(), documented);
 }
 
+TEST(OpenApi, WhatChangesMayBeAskedTooOftenOrOfAnotherRun)
+{
+    const QJsonObject all = paths();
+    int changing = 0;
+    for (const Route& route : apiRoutes({})) {
+        if (route.kind != Route::Changes)
+            continue;
+        ++changing;
+        const QJsonObject responses =
+            all[QString::fromLatin1(route.pattern)]
+                .toObject()[QString::fromLatin1(methodName(route.method)).toLower()]
+                .toObject()[QStringLiteral("responses")]
+                .toObject();
+        for (const char* status : {"401", "403", "412", "429", "503"})
+            EXPECT_TRUE(responses.contains(QLatin1String(status)))
+                << methodName(route.method) << ' ' << route.pattern.toStdString() << ' ' << status;
+    }
+    EXPECT_EQ(5, changing);
+}
+
 TEST(OpenApi, EachParameterOfAPathIsDescribed)
 {
     const QJsonObject all = paths();
