@@ -31,6 +31,7 @@ QByteArray sessionText(const ApiContext& context, const Caller& caller)
     appendTextOrNull("role", roleName(caller.role), &json);
     json.append(",\"loginRequired\":").append(truth(context.access->isLoginRequired()));
     json.append(",\"readOnly\":").append(truth(context.isReadOnly));
+    json.append(",\"audit\":").append(truth(!context.auditFile.isEmpty()));
     appendMember("version", context.version, &json);
     appendMember("instance", QString::fromLatin1(context.instance), &json);
     return json;

@@ -48,6 +48,18 @@ TEST_F(PanelWrites, AreDoneInThePlcAndAuditedBeforeAndAfter)
     EXPECT_EQ("18446744073709551615", plc->command(QStringLiteral("get T.total")).toStdString());
 }
 
+TEST_F(PanelWrites, AreAuditedWhereTheSessionSaysSo)
+{
+    start();
+    EXPECT_TRUE(get("session").value(QLatin1String("audit")).toBool());
+    stop();
+    settings.remove(QStringLiteral("audit"));
+    start();
+    const QJsonValue none = get("session").value(QLatin1String("audit"));
+    EXPECT_TRUE(none.isBool());
+    EXPECT_FALSE(none.toBool());
+}
+
 TEST_F(PanelWrites, OfTheSameIdAreSentOnce)
 {
     start();

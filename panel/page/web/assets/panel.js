@@ -25,7 +25,6 @@ export class Panel {
     this.live = new Live(this.model, () => this.#askSession());
     this.view = readAddress(location.hash || kept("view") || "");
     this.recipes = new RecipeDesk(this);
-    this.runWithoutAudit = null; // that of the server which said so
     this.axes = keptLimits(); // of the trend
     this.dialog = null; // {name, …}
     this.notice = null; // a sentence for whoever looks, or listens
@@ -49,17 +48,10 @@ export class Panel {
 
   // Views
 
-  // Those that there are for who looks. Whether there is an audit is learnt when somebody wants to look
-  // at it: a server reads all of a file that may be large before it tells anything of it.
+  // Those that there are for who looks.
   get views() {
-    const { session } = this.model;
-    const hasAudit = this.model.hasRole("engineer") && session.instance !== this.runWithoutAudit;
+    const hasAudit = this.model.hasRole("engineer") && this.model.session.audit;
     return VIEWS.filter((view) => view !== "audit" || hasAudit);
-  }
-
-  missAudit() {
-    this.runWithoutAudit = this.model.session.instance;
-    this.changed();
   }
 
   show(changes) {

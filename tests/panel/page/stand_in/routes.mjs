@@ -24,7 +24,7 @@ export function answer(standIn, request, url, body, response) {
   return route({ standIn, url, body, response, tell, name: second, fields: url.searchParams });
 }
 
-const sessionOf = (standIn) => ({ ...standIn.session, instance: standIn.instance, time: Date.now() });
+const sessionOf = (standIn) => ({ ...standIn.session, audit: standIn.audit !== null, instance: standIn.instance, time: Date.now() });
 
 const ROUTES = {
   "GET session": ({ standIn, tell }) => tell(200, sessionOf(standIn)),

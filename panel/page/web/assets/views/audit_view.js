@@ -28,13 +28,13 @@ export function AuditView({ panel }) {
     if (number !== loads.current) return;
     setEnd(wanted);
     if (status === 200) setShown({ answer: { ...body, ...placeOf(asked, body) }, at: panel.now() });
-    else if (status === 404) panel.missAudit();
     else setShown({ error: body?.error ?? "the server does not answer." });
   };
   const isEngineer = panel.model.hasRole("engineer");
-  useEffect(() => void (isEngineer && load(end)), [panel.model.streams, isEngineer]);
+  const isShown = panel.views.includes("audit");
+  useEffect(() => void (isShown && load(end)), [panel.model.streams, isShown]);
   if (!isEngineer) return html`<section class="page-section" aria-label="Audit"><p class="empty">Engineers read the audit.</p></section>`;
-  if (!panel.views.includes("audit")) return html`<section class="page-section" aria-label="Audit"><p class="empty">This panel keeps no audit; <code>--audit</code> or its configuration names a file for it.</p></section>`;
+  if (!isShown) return html`<section class="page-section" aria-label="Audit"><p class="empty">This panel keeps no audit; <code>--audit</code> or its configuration names a file for it.</p></section>`;
   return html`<section class="page-section" aria-label="Audit">
     <div class="toolbar">
       <button type="button" onClick=${() => load(null)}>Newest</button>
