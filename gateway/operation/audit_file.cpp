@@ -17,12 +17,7 @@ namespace plc::gateway {
 namespace {
 
 constexpr mode_t kMode = S_IRUSR | S_IWUSR | S_IRGRP;
-
-QString failureText(const QString& path, const char* what)
-{
-    const QString reason = QString::fromLocal8Bit(std::strerror(errno));
-    return QStringLiteral("%1: %2: %3").arg(path, QLatin1String(what), reason);
-}
+constexpr qint64 kLongestSync = 5000; // ms
 
 int openFile(const QString& path)
 {
@@ -61,30 +56,40 @@ QByteArray auditLine(const AuditRecord& record)
     return line + '}';
 }
 
-AuditFile::AuditFile(const QString& path, int file)
-    : m_path(path), m_file(file), m_isInLine(endsInLine(file))
+AuditFile::AuditFile(const QString& path, int file, DiskSync::Sync sync)
+    : m_path(path), m_file(file), m_isInLine(endsInLine(file)), m_sync(std::move(sync))
 {
 }
 
 AuditFile::~AuditFile()
 {
-    ::close(m_file);
+    if (m_isDirty)
+        beginSync();
+    if (m_file >= 0)
+        ::close(m_file);
 }
 
-Expected<std::unique_ptr<AuditFile>> AuditFile::open(const QString& path)
+Expected<std::unique_ptr<AuditFile>> AuditFile::open(const QString& path, DiskSync::Sync sync)
 {
     const int file = openFile(path);
-    if (file < 0)
-        return Error{failureText(path, "cannot be opened for writing")};
-    return std::unique_ptr<AuditFile>(new AuditFile(path, file));
+    const int reason = errno;
+    std::unique_ptr<AuditFile> audit(new AuditFile(path, file, std::move(sync)));
+    if (file >= 0)
+        return audit;
+    const QString failure = audit->failureText("cannot be opened for writing", reason);
+    if (reason != ENOSPC && reason != EDQUOT)
+        return Error{failure};
+    audit->m_problem = failure;
+    return audit;
 }
 
-Error AuditFile::failure(const char* what)
+QString AuditFile::failureText(const char* what, int reason) const
 {
-    m_isWorking = false;
-    return Error{failureText(m_path, what)};
+    return QStringLiteral("%1: %2: %3")
+        .arg(m_path, QLatin1String(what), QString::fromLocal8Bit(std::strerror(reason)));
 }
 
+/// Where it fails, errno tells why.
 bool AuditFile::writeAll(const QByteArray& bytes)
 {
     qint64 done = 0;
@@ -111,34 +116,76 @@ Expected<void> AuditFile::append(const QVector<AuditRecord>& records)
         lines += auditLine(record) + '\n';
     if (m_isInLine)
         lines.prepend('\n');
-    if (!writeAll(lines))
-        return failure("cannot be written");
-    m_isWorking = true;
+    if (!hasFile() || !writeAll(lines))
+        return Error{failureText("cannot be written", errno)};
     return {};
 }
 
-Expected<void> AuditFile::sync()
+/// Makes it where there was no room for it before.
+bool AuditFile::hasFile()
 {
-    if (!m_isDirty)
-        return {};
-    // Pipes and devices have no disk behind them.
-    if (::fdatasync(m_file) != 0 && errno != EINVAL && errno != EROFS)
-        return failure("cannot be brought onto the disk");
+    if (m_file >= 0)
+        return true;
+    m_file = openFile(m_path);
+    if (m_file >= 0)
+        m_problem.clear();
+    return m_file >= 0;
+}
+
+/// Of what is in the file until now.
+void AuditFile::beginSync()
+{
+    const int file = ::fcntl(m_file, F_DUPFD_CLOEXEC, 0);
+    if (file < 0) {
+        m_problem = failureText("cannot be brought onto the disk", errno);
+        return;
+    }
     m_isDirty = false;
-    return {};
+    m_sync.begin(file);
+}
+
+void AuditFile::takeSyncResult()
+{
+    const std::optional<int> result = m_sync.takeResult();
+    if (!result)
+        return;
+    m_problem.clear();
+    if (*result == 0)
+        return;
+    m_problem =
+        failureText("cannot be brought onto the disk, which may lack its last lines", *result);
+    m_isDirty = m_file >= 0;
+}
+
+void AuditFile::bringOntoDisk(qint64 now)
+{
+    if (!hasFile())
+        return;
+    takeSyncResult();
+    if (m_sync.running() > 0) {
+        if (m_syncSeenAt < 0)
+            m_syncSeenAt = now;
+        else if (now - m_syncSeenAt > kLongestSync)
+            m_problem = QStringLiteral("%1: the disk takes too long for it").arg(m_path);
+        return;
+    }
+    m_syncSeenAt = m_isDirty ? now : -1;
+    if (m_isDirty)
+        beginSync();
 }
 
 Expected<void> AuditFile::reopen()
 {
-    Expected<void> synced = sync();
     const int file = openFile(m_path);
     if (file < 0)
-        return Error{failureText(m_path, "cannot be opened for writing")};
-    ::close(m_file);
+        return Error{failureText("cannot be opened for writing", errno)};
+    if (m_isDirty)
+        beginSync();
+    if (m_file >= 0)
+        ::close(m_file);
     m_file = file;
     m_isInLine = endsInLine(file);
-    m_isDirty = false;
-    return synced;
+    return {};
 }
 
 } // namespace plc::gateway

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "gateway/model/write_request.h"
+#include "gateway/operation/disk_sync.h"
 #include "values/expected.h"
 
 namespace plc::gateway {
@@ -28,38 +29,48 @@ QByteArray auditLine(const AuditRecord& record);
 
 /// A file to which each write that was asked for adds a line. Nothing is ever taken away from it.
 ///
-/// A line is the system's before append() returns, so that it outlives the process, and on the disk
-/// when sync() has returned: call that once a second. For one thread.
+/// A line is the system's before append() returns, so that it outlives the process, and soon after
+/// bringOntoDisk() on the disk: call that once a second. Writes that could not be recorded should
+/// not be carried out. For one thread.
 class AuditFile {
 public:
-    /// Makes the file, readable by owner and group alone, or goes on with it.
-    static Expected<std::unique_ptr<AuditFile>> open(const QString& path);
+    /// Makes the file, readable by owner and group alone, or goes on with it. On a disk without any
+    /// room for it, it is made when there is.
+    static Expected<std::unique_ptr<AuditFile>> open(const QString& path,
+                                                     DiskSync::Sync sync = gateway::bringOntoDisk);
+    /// Returns when all of it is on the disk, or was refused.
     ~AuditFile();
     AuditFile(const AuditFile&) = delete;
     AuditFile& operator=(const AuditFile&) = delete;
 
     /// An error means that not all of the lines are in the file.
     Expected<void> append(const QVector<AuditRecord>& records);
-    /// An error means that lines may be lost when the power is.
-    Expected<void> sync();
-    /// Goes on with a file of the same name, after the one until now was renamed. After an error it
-    /// is still that one.
+    /// Has the disk take what was appended, and waits for nothing. `now` is milliseconds of a clock
+    /// that never goes back.
+    void bringOntoDisk(qint64 now);
+    /// Goes on with a file of the same name, after the one until now was renamed, which comes onto
+    /// the disk as well. After an error it is still that one.
     Expected<void> reopen();
-    /// Whether the last lines came into the file and onto the disk. Writes that could not be
-    /// recorded should not be carried out.
-    bool isWorking() const { return m_isWorking; }
+    /// Why lines may not come onto the disk; empty: nothing is known of that kind. What append()
+    /// returned is not part of it.
+    const QString& problem() const { return m_problem; }
 
 private:
-    AuditFile(const QString& path, int file);
+    AuditFile(const QString& path, int file, DiskSync::Sync sync);
 
-    Error failure(const char* what);
+    bool hasFile();
+    QString failureText(const char* what, int reason) const;
     bool writeAll(const QByteArray& bytes);
+    void beginSync();
+    void takeSyncResult();
 
     QString m_path;
-    int m_file;
+    int m_file;              ///< -1: it could not be made.
     bool m_isInLine = false; ///< What stands last in the file is only the beginning of a line.
     bool m_isDirty = false;
-    bool m_isWorking = true;
+    qint64 m_syncSeenAt = -1; ///< The one that runs; -1: none does.
+    QString m_problem;
+    DiskSync m_sync;
 };
 
 } // namespace plc::gateway

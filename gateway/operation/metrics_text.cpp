@@ -151,6 +151,18 @@ void addStore(const StoreStatistics& store, Writer* writer)
                    quint64(store.problem.isEmpty()));
 }
 
+void addAudit(const AuditStatistics& audit, Writer* writer)
+{
+    writer->single("plc_gateway_audit_working", "gauge",
+                   "Whether writes can be recorded; they are refused otherwise.",
+                   quint64(audit.problem.isEmpty()));
+    writer->single("plc_gateway_audit_lines_waiting", "gauge",
+                   "Lines that the audit file has not taken yet.", audit.waiting);
+    writer->single("plc_gateway_unanswered_requests_total", "counter",
+                   "Requests to write what is not writable, refused without an outcome.",
+                   audit.unanswered);
+}
+
 void addLatency(const Histogram& latency, Writer* writer)
 {
     writer->begin("plc_gateway_latency_seconds", "histogram",
@@ -175,6 +187,7 @@ QByteArray metricsText(const GatewayStatistics& statistics)
         quint64(1));
     addBroker(statistics.broker, &writer);
     addStore(statistics.store, &writer);
+    addAudit(statistics.audit, &writer);
     addLatency(statistics.latency, &writer);
     addDevices(statistics.devices, &writer);
     writer.single("process_start_time_seconds", "gauge", "When the process began.",

@@ -94,6 +94,13 @@ struct StoreStatistics {
     QString problem;
 };
 
+struct AuditStatistics {
+    quint64 waiting = 0; ///< Lines that the file has not taken yet.
+    quint64 unanswered =
+        0;           ///< Requests for what is not writable that were refused without outcome.
+    QString problem; ///< Why writes are refused.
+};
+
 struct GatewayStatistics {
     QString version;
     QString group;
@@ -102,6 +109,7 @@ struct GatewayStatistics {
     qint64 time = 0; ///< When this was so.
     BrokerStatistics broker;
     StoreStatistics store;
+    AuditStatistics audit;
     QVector<DeviceStatistics> devices;
     /// From the request of a value until its change was handed over to be sent.
     Histogram latency;

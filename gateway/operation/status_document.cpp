@@ -94,6 +94,14 @@ void visitStore(Visitor& visitor, Store& store)
     visitor.member("problem", store.problem);
 }
 
+template <typename Visitor, typename Audit>
+void visitAudit(Visitor& visitor, Audit& audit)
+{
+    visitor.member("waiting", audit.waiting);
+    visitor.member("unanswered", audit.unanswered);
+    visitor.member("problem", audit.problem);
+}
+
 template <typename Visitor, typename Gateway>
 void visitGateway(Visitor& visitor, Gateway& gateway)
 {
@@ -110,10 +118,11 @@ void visitGateway(Visitor& visitor, Gateway& gateway)
 
 QByteArray statusDocument(const GatewayStatistics& statistics)
 {
-    ObjectWriter gateway, broker, store;
+    ObjectWriter gateway, broker, store, audit;
     visitGateway(gateway, statistics);
     visitBroker(broker, statistics.broker);
     visitStore(store, statistics.store);
+    visitAudit(audit, statistics.audit);
     QJsonArray devices;
     for (const DeviceStatistics& each : statistics.devices) {
         ObjectWriter device;
@@ -122,6 +131,7 @@ QByteArray statusDocument(const GatewayStatistics& statistics)
     }
     gateway.object.insert(QStringLiteral("broker"), broker.object);
     gateway.object.insert(QStringLiteral("store"), store.object);
+    gateway.object.insert(QStringLiteral("audit"), audit.object);
     gateway.object.insert(QStringLiteral("devices"), devices);
     return QJsonDocument(gateway.object).toJson(QJsonDocument::Compact) + '\n';
 }
@@ -139,6 +149,8 @@ Expected<GatewayStatistics> parseStatus(const QByteArray& document)
     visitBroker(broker, statistics.broker);
     ObjectReader store(object.value(QLatin1String("store")).toObject());
     visitStore(store, statistics.store);
+    ObjectReader audit(object.value(QLatin1String("audit")).toObject());
+    visitAudit(audit, statistics.audit);
     const QJsonArray devices = object.value(QLatin1String("devices")).toArray();
     for (const QJsonValue& value : devices) {
         ObjectReader device(value.toObject());

@@ -68,6 +68,17 @@ QString storeLine(const StoreStatistics& store)
     return withProblem(line, store.problem);
 }
 
+/// Empty while there is nothing to tell.
+QString auditText(const AuditStatistics& audit)
+{
+    if (audit.waiting == 0 && audit.unanswered == 0 && audit.problem.isEmpty())
+        return QString();
+    const QString line = QStringLiteral("Audit %1 lines wait; %2 requests were refused unanswered")
+                             .arg(audit.waiting)
+                             .arg(audit.unanswered);
+    return withProblem(line, audit.problem) + QLatin1Char('\n');
+}
+
 using Row = QStringList;
 
 Row deviceRow(const DeviceStatistics& device, qint64 now)
@@ -130,8 +141,9 @@ QString statusTable(const GatewayStatistics& statistics)
                  values::visibleText(statistics.version),
                  sinceText(statistics.started, statistics.time));
     return head + QLatin1Char('\n') + brokerLine(statistics.broker, statistics.time) +
-           QLatin1Char('\n') + storeLine(statistics.store) + QLatin1String("\n\n") +
-           tableText(rows) + QLatin1String("\nWrites: done/refused/unknown\n");
+           QLatin1Char('\n') + storeLine(statistics.store) + QLatin1Char('\n') +
+           auditText(statistics.audit) + QLatin1Char('\n') + tableText(rows) +
+           QLatin1String("\nWrites: done/refused/unknown\n");
 }
 
 } // namespace plc::gateway

@@ -30,7 +30,7 @@ Gateway::Gateway(const GatewaySettings& settings, GatewayParts parts)
       m_broker(QStringLiteral("plc-gateway-%1-%2").arg(settings.group, settings.node),
                settings.keepAlive, this),
       m_writes(
-          m_parts.audit,
+          AuditTrail(m_parts.audit, m_parts.auditProblem),
           [this](const WriteOutcome& outcome) { m_forwarder->tell(outcome, now(), outcome.time); },
           wallTime)
 {
@@ -122,7 +122,17 @@ void Gateway::endWhenConfirmed()
         m_broker.waitForEnd(kLastWords);
     }
     m_forwarder->flush(now());
+    recordLastWrites();
     std::exchange(m_ended, nullptr)();
+}
+
+void Gateway::recordLastWrites()
+{
+    m_writes.secondPassed();
+    if (const quint64 missing = m_writes.audit().waiting(); missing > 0)
+        log(QStringLiteral("%1 outcomes of writes are not in the audit file: %2")
+                .arg(missing)
+                .arg(m_writes.audit().error()));
 }
 
 void Gateway::openBroker()
@@ -266,18 +276,36 @@ void Gateway::tick()
     if (isSecond) {
         m_writes.secondPassed();
         tellDropped();
+        tellFlooded();
         // Values become stale without anything happening.
         for (const auto& [number, device] : m_devices)
             takeFrom(device.get());
     }
     m_forwarder->tick(now(), wallTime());
-    if (m_forwarder->storeError() != m_toldStoreError) {
-        m_toldStoreError = m_forwarder->storeError();
-        log(m_toldStoreError.isEmpty()
-                ? QStringLiteral("the store takes changes again")
-                : QStringLiteral("changes cannot be stored: %1").arg(m_toldStoreError));
-    }
+    tellStore();
+    tellAudit();
     endWhenConfirmed();
+}
+
+void Gateway::tellStore()
+{
+    if (m_forwarder->storeError() == m_toldStoreError)
+        return;
+    m_toldStoreError = m_forwarder->storeError();
+    log(m_toldStoreError.isEmpty()
+            ? QStringLiteral("the store takes changes again")
+            : QStringLiteral("changes cannot be stored: %1").arg(m_toldStoreError));
+}
+
+void Gateway::tellAudit()
+{
+    const QString error = m_writes.audit().error();
+    if (error == m_toldAuditError)
+        return;
+    m_toldAuditError = error;
+    log(error.isEmpty()
+            ? QStringLiteral("writes are recorded again, and carried out")
+            : QStringLiteral("writes cannot be recorded and are refused: %1").arg(error));
 }
 
 /// Once a second at most: a flood would fill the log as well.
@@ -287,6 +315,17 @@ void Gateway::tellDropped()
     m_toldDropped = m_counters.droppedCommands;
     if (count > 0)
         log(QStringLiteral("%1 messages came faster than they could be read, and are gone")
+                .arg(count));
+}
+
+/// Once a second at most, too.
+void Gateway::tellFlooded()
+{
+    const quint64 count = m_writes.flooded() - m_toldFlooded;
+    m_toldFlooded = m_writes.flooded();
+    if (count > 0)
+        log(QStringLiteral("%1 requests to write what is not writable were refused without an "
+                           "outcome")
                 .arg(count));
 }
 

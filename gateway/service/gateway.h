@@ -30,7 +30,8 @@ struct GatewayParts {
     std::unique_ptr<Publisher> publisher;
     std::unique_ptr<ChangeStore> store;
     std::unique_ptr<TopicRecord> topics; ///< What brokers keep.
-    WriteDesk::Audit audit;
+    AuditTrail::Append audit;
+    AuditTrail::Problem auditProblem;
     std::function<void(const QString&)> log; ///< One line for those who operate it.
 };
 
@@ -98,7 +99,11 @@ private:
     void leaveBroker();
     void beginWithBrokers();
     void tellDropped();
+    void tellFlooded();
+    void tellAudit();
+    void tellStore();
     void endWhenConfirmed();
+    void recordLastWrites();
     void log(const QString& line) const { m_parts.log(line); }
 
     GatewaySettings m_settings;
@@ -123,6 +128,8 @@ private:
     QHash<QString, QString> m_toldReasons; ///< Of each broker why it was not there, as logged.
     bool m_isHostMissing = false;          ///< The primary host has left, and that was logged.
     QString m_toldStoreError;
+    QString m_toldAuditError;
+    quint64 m_toldFlooded = 0;
     GatewayCounters m_counters;
     std::function<void()> m_ended;
     qint64 m_endWantedAt = -1;

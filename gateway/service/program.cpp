@@ -71,7 +71,6 @@ private:
     void handleSignal(int number);
     void readAgain();
     void passSecond();
-    void syncAudit();
     void tellStore();
     GatewayStatistics statistics() const;
 
@@ -86,7 +85,6 @@ private:
     service::ServiceManager m_manager;
     QTimer m_seconds;
     QTimer m_watchdog;
-    QString m_toldAuditError;
 };
 
 Expected<GatewayParts> Run::makeParts()
@@ -119,6 +117,7 @@ Expected<GatewayParts> Run::makeParts()
     parts.audit = [this](const WriteOutcome& outcome) -> Expected<void> {
         return m_audit ? m_audit->append({recordOf(outcome)}) : Expected<void>();
     };
+    parts.auditProblem = [this] { return m_audit ? m_audit->problem() : QString(); };
     return parts;
 }
 
@@ -203,14 +202,16 @@ void Run::readAgain()
               : QStringLiteral("the configuration stays as it was: %1").arg(taken.error().text));
     if (m_audit) {
         if (const Expected<void> reopened = m_audit->reopen(); !reopened)
-            log(QStringLiteral("the audit file stays as it was: %1").arg(reopened.error().text));
+            log(QStringLiteral("the audit file stays the one that it was: %1")
+                    .arg(reopened.error().text));
     }
     m_manager.ready();
 }
 
 void Run::passSecond()
 {
-    syncAudit();
+    if (m_audit)
+        m_audit->bringOntoDisk(m_gateway->now());
     tellStore();
     const GatewayStatistics now = statistics();
     if (m_metrics)
@@ -222,17 +223,6 @@ void Run::passSecond()
                          .arg(now.devices.size())
                          .arg(now.broker.name, now.broker.isConnected ? QStringLiteral("connected")
                                                                       : QStringLiteral("away")));
-}
-
-void Run::syncAudit()
-{
-    if (!m_audit)
-        return;
-    const Expected<void> synced = m_audit->sync();
-    const QString error = synced ? QString() : synced.error().text;
-    if (error != m_toldAuditError && !error.isEmpty())
-        log(error);
-    m_toldAuditError = error;
 }
 
 void Run::tellStore()

@@ -74,6 +74,10 @@ GatewayStatistics collectStatistics(const Gateway& gateway, const QString& versi
     statistics.store.dropped = gateway.store().dropped();
     statistics.store.problem = gateway.forwarder().storeError();
 
+    statistics.audit.waiting = gateway.writes().audit().waiting();
+    statistics.audit.unanswered = gateway.writes().flooded();
+    statistics.audit.problem = gateway.writes().audit().error();
+
     for (const auto& [number, device] : gateway.devices())
         statistics.devices.append(deviceStatistics(gateway, *device));
     statistics.latency = gateway.latency();

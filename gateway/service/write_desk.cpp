@@ -9,13 +9,22 @@ namespace plc::gateway {
 namespace {
 
 constexpr int kMostOpenWrites = 100;        // of one PLC
-constexpr int kMostRefusalsPerSecond = 100; // of all
+constexpr int kMostRefusalsPerSecond = 100; // of requests for what is not writable
+constexpr int kLongestRefusedText = 256;    // of a value that is not writable, in the audit
 
 bool isWithinLimits(const Metric& metric, const QVector<values::Value>& values)
 {
     return std::all_of(values.begin(), values.end(), [&metric](const values::Value& value) {
         return metric.limits.contains(value);
     });
+}
+
+/// What strangers send fills no disk.
+QString shortened(const QString& text)
+{
+    return int(text.size()) <= kLongestRefusedText
+               ? text
+               : text.left(kLongestRefusedText) + QStringLiteral("…");
 }
 
 } // namespace
@@ -27,7 +36,7 @@ void WriteCounts::count(WriteOutcome::Kind kind)
     unknown += kind == WriteOutcome::Unknown ? 1 : 0;
 }
 
-WriteDesk::WriteDesk(Audit audit, Tell tell, Clock time)
+WriteDesk::WriteDesk(AuditTrail audit, Tell tell, Clock time)
     : m_audit(std::move(audit)),
       m_tell(std::move(tell)),
       m_time(std::move(time)),
@@ -44,6 +53,7 @@ WriteCounts WriteDesk::counts(int device) const
 void WriteDesk::secondPassed()
 {
     m_refusalsLeft = kMostRefusalsPerSecond;
+    m_audit.secondPassed(m_time());
 }
 
 void WriteDesk::take(const WriteRequest& request, WriteTarget* target)
@@ -63,12 +73,18 @@ void WriteDesk::take(const WriteRequest& request, WriteTarget* target)
             outcome.value = host::pointText(point, request.values);
     }
     const QString reason = obstacle(request, target);
+    const bool isKnown = target && request.metric >= 0;
+    if (!isKnown || !target->description().metrics[request.metric].isWritable) {
+        refuseStranger(outcome, reason, isKnown);
+        return;
+    }
     if (!reason.isEmpty()) {
         refuse(outcome, reason);
         return;
     }
     outcome.kind = WriteOutcome::Requested;
-    if (!record(&outcome)) {
+    outcome.time = m_time();
+    if (!m_audit.permits(outcome)) {
         refuse(outcome, QStringLiteral("the audit file cannot be written"));
         return;
     }
@@ -100,14 +116,33 @@ QString WriteDesk::obstacle(const WriteRequest& request, const WriteTarget* targ
 
 void WriteDesk::refuse(WriteOutcome outcome, const QString& reason)
 {
+    outcome.kind = WriteOutcome::Refused;
+    outcome.reason = reason;
+    outcome.time = m_time();
+    m_audit.addRefusal(outcome);
+    tell(outcome);
+}
+
+/// A request for what is not writable, or, where nothing is known of it, not there.
+void WriteDesk::refuseStranger(const WriteOutcome& outcome, const QString& reason, bool isKnown)
+{
     if (m_refusalsLeft <= 0) {
         ++m_flooded;
+        m_audit.countRefusal();
         return;
     }
     --m_refusalsLeft;
-    outcome.kind = WriteOutcome::Refused;
-    outcome.reason = reason;
-    end(outcome);
+    WriteOutcome refusal = outcome;
+    refusal.value = shortened(outcome.value);
+    if (isKnown) {
+        refuse(refusal, reason);
+        return;
+    }
+    refusal.kind = WriteOutcome::Refused;
+    refusal.reason = reason;
+    refusal.time = m_time();
+    m_audit.countRefusal();
+    tell(refusal);
 }
 
 void WriteDesk::settle(WriteOutcome outcome, const Metric& metric,
@@ -127,24 +162,16 @@ void WriteDesk::settle(WriteOutcome outcome, const Metric& metric,
     }
     if (!ending.isDone())
         outcome.reason = host::writeOutcomeText(metric.point, ending);
-    end(outcome);
+    outcome.time = m_time();
+    m_audit.addOutcome(outcome);
+    tell(outcome);
 }
 
-void WriteDesk::end(WriteOutcome outcome)
+void WriteDesk::tell(const WriteOutcome& outcome)
 {
     m_counts.count(outcome.kind);
     m_countsByDevice[outcome.device].count(outcome.kind);
-    static_cast<void>(record(&outcome));
     m_tell(outcome);
-}
-
-/// Now. Returns whether it is in the audit file.
-bool WriteDesk::record(WriteOutcome* outcome)
-{
-    outcome->time = m_time();
-    const Expected<void> written = m_audit(*outcome);
-    m_auditError = written ? QString() : written.error().text;
-    return bool(written);
 }
 
 } // namespace plc::gateway

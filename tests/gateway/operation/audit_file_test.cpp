@@ -8,7 +8,13 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
+#include <atomic>
+#include <cerrno>
+#include <condition_variable>
 #include <csignal>
+#include <functional>
+#include <mutex>
+#include <thread>
 
 #include "tests/support/file_test.h"
 
@@ -59,7 +65,6 @@ TEST_F(AuditFileTest, HasALineForEachWrite)
 {
     const auto audit = open();
     ASSERT_TRUE(audit->append({record("1"), record("2")}));
-    ASSERT_TRUE(audit->sync());
     EXPECT_EQ(line("1") + line("2"), content());
 }
 
@@ -150,11 +155,124 @@ TEST_F(AuditFileTest, AFullDiskIsToldAndTheNextLineIsWhole)
     ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &limit));
     EXPECT_FALSE(succeeds(audit->append({record("2")})));
     EXPECT_THAT(error.toStdString(), EndsWith("writes.jsonl: cannot be written: File too large"));
-    EXPECT_FALSE(audit->isWorking());
     ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &before));
     ASSERT_TRUE(audit->append({record("3")}));
-    EXPECT_TRUE(audit->isWorking());
     EXPECT_EQ(line("1") + line("2").substr(0, 20) + "\n" + line("3"), content());
+}
+
+/// A disk of which the test says when, and whether, it has taken a file.
+class SlowDisk {
+public:
+    /// To be set before the sync that it is for has begun.
+    std::atomic<int> error{0};
+    /// Lets one sync more end.
+    void letEnd()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        ++m_allowed;
+        m_changed.notify_all();
+    }
+    DiskSync::Sync sync()
+    {
+        return [this](int) {
+            const int result = error;
+            std::unique_lock<std::mutex> lock(m_mutex);
+            ++m_begun;
+            m_changed.notify_all();
+            m_changed.wait(lock, [this] { return m_allowed > 0; });
+            --m_allowed;
+            return result;
+        };
+    }
+    void awaitBegun(int count)
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_changed.wait(lock, [this, count] { return m_begun >= count; });
+    }
+    int begun()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_begun;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    int m_allowed = 0;
+    int m_begun = 0;
+};
+
+class AuditFileOnSlowDisk : public AuditFileTest {
+protected:
+    /// Asks at this time until the sync that was let end has been seen.
+    void awaitProblem(qint64 now, const std::function<bool(const QString&)>& isIt)
+    {
+        while (!isIt(audit->problem())) {
+            audit->bringOntoDisk(now);
+            std::this_thread::yield();
+        }
+    }
+    ~AuditFileOnSlowDisk() override
+    {
+        for (int i = 0; i < 3; ++i)
+            disk.letEnd();
+    }
+
+    SlowDisk disk;
+    const std::unique_ptr<AuditFile> audit = std::move(*AuditFile::open(file, disk.sync()));
+};
+
+TEST_F(AuditFileOnSlowDisk, NobodyWaitsForTheDisk)
+{
+    ASSERT_TRUE(audit->append({record("1")}));
+    audit->bringOntoDisk(1000);
+    disk.awaitBegun(1);
+    ASSERT_TRUE(audit->append({record("2")}));
+    audit->bringOntoDisk(6000);
+    EXPECT_EQ("", audit->problem().toStdString());
+    audit->bringOntoDisk(6001);
+    EXPECT_THAT(audit->problem().toStdString(),
+                EndsWith("writes.jsonl: the disk takes too long for it"));
+    EXPECT_EQ(1, disk.begun());
+    disk.letEnd();
+    awaitProblem(6002, [](const QString& problem) { return problem.isEmpty(); });
+    disk.awaitBegun(2);
+    EXPECT_EQ(line("1") + line("2"), content());
+}
+
+TEST_F(AuditFileOnSlowDisk, ADiskThatTakesNothingIsToldUntilItDoes)
+{
+    disk.error = EIO;
+    ASSERT_TRUE(audit->append({record("1")}));
+    audit->bringOntoDisk(1000);
+    disk.awaitBegun(1);
+    disk.error = 0;
+    disk.letEnd();
+    awaitProblem(2000, [](const QString& problem) { return !problem.isEmpty(); });
+    EXPECT_THAT(audit->problem().toStdString(),
+                EndsWith("writes.jsonl: cannot be brought onto the disk, which may lack its last "
+                         "lines: Input/output error"));
+    ASSERT_TRUE(audit->append({record("2")}));
+    EXPECT_NE("", audit->problem().toStdString()) << "it is in the file, and not on the disk";
+    disk.letEnd();
+    awaitProblem(3000, [](const QString& problem) { return problem.isEmpty(); });
+}
+
+TEST_F(AuditFileOnSlowDisk, ANewFileIsGoneOnWithAlsoWhenTheDiskDoesNotTakeTheOldOne)
+{
+    ASSERT_TRUE(audit->append({record("1")}));
+    ASSERT_TRUE(QFile::rename(file, path("writes.jsonl.1")));
+    disk.error = EIO;
+    EXPECT_TRUE(succeeds(audit->reopen()));
+    disk.awaitBegun(1);
+    disk.error = 0;
+    disk.letEnd();
+    awaitProblem(2000, [](const QString& problem) { return !problem.isEmpty(); });
+    ASSERT_TRUE(audit->append({record("2")}));
+    EXPECT_EQ(line("1"), files.content(path("writes.jsonl.1")));
+    EXPECT_EQ(line("2"), content());
+    disk.letEnd();
+    awaitProblem(3000, [](const QString& problem) { return problem.isEmpty(); });
 }
 
 TEST_F(AuditFileTest, AFileThatCannotBeMadeIsNamed)

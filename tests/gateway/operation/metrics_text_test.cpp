@@ -46,6 +46,8 @@ TEST(MetricsText, HasAllThatIsCounted)
           "plc_gateway_complaints_total 4\n", "plc_gateway_store_changes 5\n",
           "plc_gateway_store_stored_total 66\n", "plc_gateway_store_sent_total 57\n",
           "plc_gateway_store_dropped_total 6\n", "plc_gateway_store_working 1\n",
+          "plc_gateway_audit_working 1\n", "plc_gateway_audit_lines_waiting 41\n",
+          "plc_gateway_unanswered_requests_total 42\n",
           "plc_gateway_device_values{device=\"Press\\n1\",quality=\"good\"} 100\n",
           "plc_gateway_device_values{device=\"Press\\n1\",quality=\"stale\"} 7\n",
           "plc_gateway_device_values{device=\"Press\\n1\",quality=\"bad\"} 8\n",
@@ -82,10 +84,12 @@ TEST(MetricsText, WithoutBrokerAndStoreSaysSo)
     GatewayStatistics statistics = exampleStatistics();
     statistics.broker.isConnected = false;
     statistics.store.problem = QStringLiteral("the disk is full");
+    statistics.audit.problem = QStringLiteral("the disk is full");
     const std::string told = metricsText(statistics).toStdString();
     EXPECT_THAT(told, HasSubstr("\nplc_gateway_broker_connected 0\n"));
     EXPECT_THAT(told, HasSubstr("_connected_since_timestamp_seconds 0\n"));
     EXPECT_THAT(told, HasSubstr("\nplc_gateway_store_working 0\n"));
+    EXPECT_THAT(told, HasSubstr("\nplc_gateway_audit_working 0\n"));
 }
 
 #ifdef PLC_PROMTOOL

@@ -31,6 +31,8 @@ inline GatewayStatistics exampleStatistics()
     statistics.store.stored = 66;
     statistics.store.sent = 57;
     statistics.store.dropped = 6;
+    statistics.audit.waiting = 41;
+    statistics.audit.unanswered = 42;
     DeviceStatistics up;
     up.name = QStringLiteral("Press\n1");
     up.address = QStringLiteral("10.0.0.1:1200");

@@ -15,6 +15,7 @@ TEST(StatusTable, TellsHowBrokerStoreAndDevicesDo)
               "Broker 127.0.0.1:1883 connected since 2026-11-22 07:58:29Z (1m30s); 1001 messages, "
               "2 connections, 3 rebirths\n"
               "Store 5 changes wait, 66 were stored, 57 sent, 6 dropped in all\n"
+              "Audit 41 lines wait; 42 requests were refused unanswered\n"
               "\n"
               "Device        Link  For  Good  Stale  Bad  Oldest   Cycle  Published  Stored  "
               "Writes    Problem\n"
@@ -32,10 +33,14 @@ TEST(StatusTable, TellsWhatIsWrong)
     statistics.broker.name = QStringLiteral("b:1");
     statistics.broker.problem = QStringLiteral("refused\nby it");
     statistics.store.problem = QStringLiteral("disk full");
+    statistics.audit.waiting = 3;
+    statistics.audit.unanswered = 4;
+    statistics.audit.problem = QStringLiteral("disk is full");
     const std::string table = statusTable(statistics).toStdString();
     EXPECT_NE(std::string::npos, table.find("Broker b:1 not connected since the start; 0 messages, "
                                             "0 connections, 0 rebirths: refused\\u000aby it\n"));
-    EXPECT_NE(std::string::npos, table.find("0 dropped in all: disk full\n"));
+    EXPECT_NE(std::string::npos, table.find("0 dropped in all: disk full\nAudit 3 lines wait; 4 "
+                                            "requests were refused unanswered: disk is full\n"));
 }
 
 } // namespace

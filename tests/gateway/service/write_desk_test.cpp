@@ -64,17 +64,41 @@ protected:
         EXPECT_TRUE(plc.writes.isEmpty());
         EXPECT_EQ(1, audited.size());
     }
+    /// Of what is not there the audit has the number alone.
+    void expectCountedRefusal(const char* reason)
+    {
+        ASSERT_EQ(1, told.size());
+        EXPECT_EQ(WriteOutcome::Refused, told[0].kind);
+        EXPECT_EQ(reason, told[0].reason.toStdString());
+        EXPECT_TRUE(audited.isEmpty());
+        desk.secondPassed();
+        ASSERT_EQ(1, audited.size());
+        EXPECT_EQ("so many requests were refused without a line of their own: 1",
+                  audited[0].reason.toStdString());
+        EXPECT_EQ(1234, audited[0].time);
+        desk.secondPassed();
+        EXPECT_EQ(1, audited.size());
+    }
+    static WriteRequest requestForWhatIsNotWritable()
+    {
+        WriteRequest result = request(1);
+        result.metric = 1;
+        return result;
+    }
 
     WaitingPlc plc;
     QVector<WriteOutcome> told;
     QVector<WriteOutcome> audited;
     QString auditError;
-    WriteDesk desk{[this](const WriteOutcome& outcome) -> Expected<void> {
-                       if (!auditError.isEmpty())
-                           return Error{auditError};
-                       audited.append(outcome);
-                       return {};
-                   },
+    QString diskError;
+    WriteDesk desk{AuditTrail(
+                       [this](const WriteOutcome& outcome) -> Expected<void> {
+                           if (!auditError.isEmpty())
+                               return Error{auditError};
+                           audited.append(outcome);
+                           return {};
+                       },
+                       [this] { return diskError; }),
                    [this](const WriteOutcome& outcome) { told.append(outcome); },
                    [] { return qint64(1234); }};
 };
@@ -106,9 +130,7 @@ TEST_F(WriteDeskTest, WriteIsCarriedOutAndItsOutcomeKeptAndTold)
 
 TEST_F(WriteDeskTest, ValueThatIsNotListedIsRefused)
 {
-    WriteRequest other = request(1);
-    other.metric = 1;
-    desk.take(other, &plc);
+    desk.take(requestForWhatIsNotWritable(), &plc);
     expectRefusal("the configuration does not list it as writable");
 }
 
@@ -143,7 +165,7 @@ TEST_F(WriteDeskTest, RequestThatMakesNoSenseIsRefusedWithItsReason)
 TEST_F(WriteDeskTest, UnknownDeviceIsRefused)
 {
     desk.take(request(1), nullptr);
-    expectRefusal("there is no such device");
+    expectCountedRefusal("there is no such device");
 }
 
 TEST_F(WriteDeskTest, UnknownValueIsRefused)
@@ -151,7 +173,7 @@ TEST_F(WriteDeskTest, UnknownValueIsRefused)
     WriteRequest bad = request(1);
     bad.metric = -1;
     desk.take(bad, &plc);
-    expectRefusal("there is no such value");
+    expectCountedRefusal("there is no such value");
 }
 
 TEST_F(WriteDeskTest, WriteWhoseLinkIsLostIsNotKnown)
@@ -183,11 +205,39 @@ TEST_F(WriteDeskTest, NothingIsWrittenThatTheAuditDoesNotTake)
     ASSERT_EQ(1, told.size());
     EXPECT_EQ(WriteOutcome::Refused, told[0].kind);
     EXPECT_EQ("the audit file cannot be written", told[0].reason);
-    EXPECT_EQ("disk full", desk.auditError());
+    EXPECT_EQ("disk full", desk.audit().error());
     auditError.clear();
     desk.take(request(2), &plc);
     EXPECT_EQ(1, plc.writes.size());
-    EXPECT_EQ(QString(), desk.auditError());
+    EXPECT_EQ(QString(), desk.audit().error());
+}
+
+TEST_F(WriteDeskTest, NothingIsWrittenWhileTheDiskDoesNotTakeTheAudit)
+{
+    diskError = QStringLiteral("input/output error");
+    desk.take(request(1), &plc);
+    EXPECT_TRUE(plc.writes.isEmpty());
+    ASSERT_EQ(1, told.size());
+    EXPECT_EQ("the audit file cannot be written", told[0].reason);
+    ASSERT_EQ(1, audited.size());
+    EXPECT_EQ(WriteOutcome::Refused, audited[0].kind);
+    EXPECT_EQ("input/output error", desk.audit().error());
+}
+
+TEST_F(WriteDeskTest, OutcomeThatTheAuditDoesNotTakeIsKeptForIt)
+{
+    desk.take(request(1), &plc);
+    auditError = QStringLiteral("disk full");
+    plc.writes[0](TransferOutcome());
+    EXPECT_EQ(WriteOutcome::Done, told[0].kind);
+    EXPECT_EQ("disk full", desk.audit().error());
+    EXPECT_EQ(1u, desk.audit().waiting());
+    auditError.clear();
+    desk.secondPassed();
+    ASSERT_EQ(2, audited.size());
+    EXPECT_EQ(WriteOutcome::Done, audited[1].kind);
+    EXPECT_EQ(0u, desk.audit().waiting());
+    EXPECT_EQ(QString(), desk.audit().error());
 }
 
 TEST_F(WriteDeskTest, MoreOpenWritesThanAPlcCanTakeAreRefused)
@@ -198,14 +248,40 @@ TEST_F(WriteDeskTest, MoreOpenWritesThanAPlcCanTakeAreRefused)
     EXPECT_EQ("too many writes are under way", told.last().reason);
 }
 
+TEST_F(WriteDeskTest, EachRequestForWhatIsWritableHasItsOutcome)
+{
+    for (int i = 0; i < 400; ++i)
+        desk.take(request(1), &plc);
+    for (const host::WriteSettled& settled : std::as_const(plc.writes))
+        settled(TransferOutcome());
+    EXPECT_EQ(400, told.size());
+    EXPECT_EQ(100u, desk.counts().done);
+    EXPECT_EQ(300u, desk.counts().refused);
+    EXPECT_EQ(500, audited.size()) << "those that were sent have a second line";
+    EXPECT_EQ(0u, desk.flooded());
+}
+
+TEST_F(WriteDeskTest, ValueThatIsNotWritableIsShortInTheAudit)
+{
+    WriteRequest many = requestForWhatIsNotWritable();
+    many.values = QVector<values::Value>(10000, values::Value(qint64(7)));
+    desk.take(many, &plc);
+    ASSERT_EQ(1, audited.size());
+    EXPECT_EQ(257, audited[0].value.size()) << "256 and the sign for what is left out";
+}
+
 TEST_F(WriteDeskTest, FloodOfRefusalsIsCountedAndNotTold)
 {
     for (int i = 0; i < 250; ++i)
-        desk.take(request(99), &plc);
+        desk.take(requestForWhatIsNotWritable(), &plc);
     EXPECT_EQ(100, told.size());
+    EXPECT_EQ(100, audited.size());
     EXPECT_EQ(150u, desk.flooded());
     desk.secondPassed();
-    desk.take(request(99), &plc);
+    ASSERT_EQ(101, audited.size());
+    EXPECT_EQ("so many requests were refused without a line of their own: 150",
+              audited[100].reason.toStdString());
+    desk.take(requestForWhatIsNotWritable(), &plc);
     EXPECT_EQ(101, told.size());
 }
 
