@@ -225,8 +225,10 @@ Message PlainPublisher::nodeState(const QByteArray& payload) const
 Received PlainPublisher::received(const Message& message, qint64)
 {
     Received received;
-    const std::optional<PlainTopics::Target> target = m_topics.target(message.topic);
-    if (!target || int(message.topic.size()) > kLongestTopic) {
+    const bool isLong = int(message.topic.size()) > kLongestTopic;
+    const std::optional<PlainTopics::Target> target =
+        isLong ? std::nullopt : m_topics.target(message.topic);
+    if (!target) {
         received.complaint = QStringLiteral("nothing is expected there");
         return received;
     }

@@ -5,6 +5,9 @@ namespace {
 
 const QLatin1String kSet("/set");
 
+/// No device of a configuration has a longer name; each of its 256 bytes may be escaped.
+constexpr int kLongestDevice = 3 * 256;
+
 } // namespace
 
 PlainTopics::PlainTopics(const QString& group, const QString& node)
@@ -65,7 +68,7 @@ std::optional<PlainTopics::Target> PlainTopics::value(const QString& topic) cons
         return std::nullopt;
     const int start = int(m_base.size());
     const int slash = int(topic.indexOf(QLatin1Char('/'), start));
-    if (slash <= start || slash + 1 >= int(topic.size()))
+    if (slash <= start || slash - start > kLongestDevice || slash + 1 >= int(topic.size()))
         return std::nullopt;
     return Target{topic.mid(start, slash - start), topic.mid(slash + 1)};
 }

@@ -15,6 +15,7 @@ namespace {
 
 constexpr int kTickTime = 250; // ms
 constexpr int kTicksPerSecond = 1000 / kTickTime;
+constexpr int kLongestToldTopic = 256;
 constexpr int kLastWords = 2000; // ms in which the end waits for the broker
 
 qint64 wallTime()
@@ -189,7 +190,8 @@ void Gateway::messageArrived(const Message& message)
     const Received received = m_parts.publisher->received(message, wallTime());
     if (!received.complaint.isEmpty()) {
         if (m_counters.complaints++ % 1000 == 0)
-            log(QStringLiteral("%1: %2").arg(message.topic, received.complaint));
+            log(QStringLiteral("%1: %2").arg(message.topic.left(kLongestToldTopic),
+                                             received.complaint));
     }
     if (received.isRebirthWanted) {
         ++m_counters.rebirths;

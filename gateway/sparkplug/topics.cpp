@@ -9,6 +9,9 @@ const QString& root()
     return text;
 }
 
+/// No device of a configuration has a longer name.
+constexpr int kLongestDevice = 256; // bytes
+
 } // namespace
 
 QString Topics::ofNode(const char* kind) const
@@ -35,10 +38,11 @@ bool Topics::isOfHost(const QString& topic, const QString& host)
 std::optional<QString> Topics::commandedDevice(const QString& topic) const
 {
     const QString start = ofDevice("DCMD", QString());
-    if (!topic.startsWith(start))
+    if (topic.size() > start.size() + kLongestDevice || !topic.startsWith(start))
         return std::nullopt;
     const QString device = topic.mid(int(start.size()));
-    if (device.isEmpty() || device.contains(QLatin1Char('/')))
+    if (device.isEmpty() || device.toUtf8().size() > kLongestDevice ||
+        device.contains(QLatin1Char('/')))
         return std::nullopt;
     return device;
 }

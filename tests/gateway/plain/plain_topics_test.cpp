@@ -45,6 +45,16 @@ TEST(PlainTopics, KnowWhatIsToBeWritten)
     EXPECT_EQ("pump|/", targetText("works/hall/pump///set"));
 }
 
+TEST(PlainTopics, TakeNoLongerDeviceThanAConfigurationMayName)
+{
+    const auto text = [](int size) {
+        return targetText(
+            QStringLiteral("works/hall/%1/P/set").arg(QString(size, QLatin1Char('x'))).toUtf8());
+    };
+    EXPECT_NE("none", text(768));
+    EXPECT_EQ("none", text(769));
+}
+
 TEST(PlainTopics, OthersAreNoWrites)
 {
     const char* topics[] = {"",

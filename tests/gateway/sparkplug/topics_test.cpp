@@ -38,6 +38,16 @@ TEST(Topics, TakeNoCommandsOfOthers)
         EXPECT_FALSE(kTopics.commandedDevice(QString::fromLatin1(topic))) << topic;
 }
 
+TEST(Topics, TakeNoLongerDeviceThanAConfigurationMayName)
+{
+    const QString start = QStringLiteral("spBv1.0/works/DCMD/hall 3/");
+    EXPECT_TRUE(kTopics.commandedDevice(start + QString(256, QLatin1Char('x'))));
+    EXPECT_FALSE(kTopics.commandedDevice(start + QString(257, QLatin1Char('x'))));
+    // Two bytes each.
+    EXPECT_TRUE(kTopics.commandedDevice(start + QString(128, QChar(0xE4))));
+    EXPECT_FALSE(kTopics.commandedDevice(start + QString(129, QChar(0xE4))));
+}
+
 TEST(Topics, OfAHostAreKnownWithSlashesForDotsToo)
 {
     const QString host = QStringLiteral("scada.north");
