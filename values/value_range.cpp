@@ -23,6 +23,18 @@ int compareInteger(Integer value, double bound)
     return whole < bound ? -1 : 0;
 }
 
+/// The bound as a value of this type has it: 0.1 is more than the limit 0.1 where it was written to
+/// 32 bits. A bound that these cannot express, as 1e300 or 1e-50, stays what it is.
+template <typename Number>
+double boundAs(double bound)
+{
+    constexpr double kLargest = double(std::numeric_limits<Number>::max());
+    if (std::abs(bound) > kLargest)
+        return bound;
+    const auto rounded = double(Number(bound));
+    return rounded == 0 ? bound : rounded;
+}
+
 template <typename Number>
 bool isInside(const Number& value, const ValueRange& range)
 {
@@ -30,8 +42,8 @@ bool isInside(const Number& value, const ValueRange& range)
         Q_UNUSED(value)
         return !range.lowest && !range.highest;
     } else if constexpr (std::is_floating_point_v<Number>) {
-        return (!range.lowest || double(value) >= *range.lowest) &&
-               (!range.highest || double(value) <= *range.highest);
+        return (!range.lowest || double(value) >= boundAs<Number>(*range.lowest)) &&
+               (!range.highest || double(value) <= boundAs<Number>(*range.highest));
     } else if constexpr (std::is_same_v<Number, bool>) {
         return isInside(qint64(value), range);
     } else {

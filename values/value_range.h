@@ -17,7 +17,8 @@ struct PLC_HOST_EXPORT ValueRange {
     std::optional<double> lowest;
     std::optional<double> highest;
 
-    /// Compares exactly: an integer beyond 2^53 is not rounded before.
+    /// Compares exactly: an integer beyond 2^53 is not rounded before. A value of 32 bits with a
+    /// fraction is compared with the bounds as 32 bits have them, so that each bound is inside.
     bool contains(const Value& value) const;
     /// "-5..50", "..50", "-5.."
     QString text() const;

@@ -20,6 +20,31 @@ TEST(ValueRange, HasBothItsEnds)
     EXPECT_TRUE(range.contains(-5.0f));
 }
 
+TEST(ValueRange, HasItsEndsAlsoInThirtyTwoBits)
+{
+    // The nearest floats: 0.1 is 13421773 * 2^-27, above it; 0.7 is 11744051 * 2^-24, below it;
+    // 99.9 is 13094093 * 2^-17, above it.
+    EXPECT_TRUE((ValueRange{{}, 0.1}).contains(0.1f));
+    EXPECT_FALSE((ValueRange{{}, 0.1}).contains(13421774.0f / 134217728.0f));
+    EXPECT_TRUE((ValueRange{0.1, {}}).contains(13421773.0f / 134217728.0f));
+    EXPECT_FALSE((ValueRange{0.1, {}}).contains(13421772.0f / 134217728.0f));
+    EXPECT_TRUE((ValueRange{0.7, {}}).contains(0.7f));
+    EXPECT_FALSE((ValueRange{0.7, {}}).contains(11744050.0f / 16777216.0f));
+    EXPECT_TRUE((ValueRange{99.9, 99.9}).contains(99.9f));
+    EXPECT_FALSE((ValueRange{99.9, 99.9}).contains(13094094.0f / 131072.0f));
+    EXPECT_FALSE((ValueRange{{}, 0.1}).contains(double(0.1f))) << "64 bits have the bound itself";
+}
+
+TEST(ValueRange, BoundsThatThirtyTwoBitsCannotExpressStayAsTheyAre)
+{
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    EXPECT_FALSE((ValueRange{{}, 1e300}).contains(kInfinity));
+    EXPECT_FALSE((ValueRange{-1e300, {}}).contains(-kInfinity));
+    EXPECT_TRUE((ValueRange{-1e300, 1e300}).contains(std::numeric_limits<float>::max()));
+    EXPECT_FALSE((ValueRange{1e-50, {}}).contains(0.0f));
+    EXPECT_TRUE((ValueRange{{}, 1e-50}).contains(0.0f));
+}
+
 TEST(ValueRange, FractionOfABoundCountsForIntegers)
 {
     const ValueRange range{-1.5, 2.5};
