@@ -4,6 +4,7 @@
 
 #include <QtCore/QFile>
 
+#include <cerrno>
 #include <cstring>
 
 namespace plc::database {
@@ -58,7 +59,9 @@ QString SqliteDatabase::error() const
 bool SqliteDatabase::isMediumFailing() const
 {
     const int result = ::sqlite3_errcode(m_handle);
-    return result == SQLITE_FULL || result == SQLITE_IOERR;
+    const int reason = ::sqlite3_system_errno(m_handle);
+    const bool isFileRefused = result == SQLITE_CANTOPEN && (reason == ENOSPC || reason == EDQUOT);
+    return result == SQLITE_FULL || result == SQLITE_IOERR || isFileRefused;
 }
 
 bool SqliteDatabase::isDamaged() const

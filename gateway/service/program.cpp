@@ -83,6 +83,7 @@ private:
     std::unique_ptr<MetricsServer> m_metrics;
     std::unique_ptr<StatusServer> m_status;
     service::ServiceManager m_manager;
+    bool m_isEnding = false;
     QTimer m_seconds;
     QTimer m_watchdog;
 };
@@ -177,16 +178,23 @@ int Run::runEventLoop()
 
 GatewayStatistics Run::statistics() const
 {
-    return collectStatistics(*m_gateway, QCoreApplication::applicationVersion(), m_started,
-                             QDateTime::currentMSecsSinceEpoch());
+    GatewayStatistics statistics =
+        collectStatistics(*m_gateway, QCoreApplication::applicationVersion(), m_started,
+                          QDateTime::currentMSecsSinceEpoch());
+    if (statistics.store.problem.isEmpty())
+        statistics.store.problem = m_store->problem();
+    return statistics;
 }
 
 void Run::handleSignal(int number)
 {
+    if (m_isEnding)
+        return;
     if (number == SIGHUP) {
         readAgain();
         return;
     }
+    m_isEnding = true;
     m_manager.stopping();
     m_gateway->stop([] { QCoreApplication::exit(kExitDone); });
 }
@@ -212,6 +220,7 @@ void Run::passSecond()
 {
     if (m_audit)
         m_audit->bringOntoDisk(m_gateway->now());
+    m_store->tryAgain();
     tellStore();
     const GatewayStatistics now = statistics();
     if (m_metrics)

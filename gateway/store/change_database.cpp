@@ -102,6 +102,7 @@ ChangeDatabase::Opening ChangeDatabase::open(const QString& path, const StoreLim
     } else if (opening.error.isEmpty()) {
         opening.error = database->error();
         opening.isDamaged = database->isDamaged();
+        opening.isMediumFailing = database->isMediumFailing();
     }
     return opening;
 }
@@ -165,8 +166,19 @@ bool ChangeDatabase::prepareTables(const StoreLimits& limits, Opening* opening)
                                 "PRAGMA journal_size_limit = %2")
                                 .arg(limits.journalPages / 2)
                                 .arg(limits.journalPages * kPageSize);
-    return m_database.execute(journal.toLatin1().constData()) &&
-           m_database.execute(kForgetUnusedNames) && prepareStatements() && loadNames();
+    return m_database.execute(journal.toLatin1().constData()) && forgetUnusedNames() &&
+           prepareStatements() && loadNames();
+}
+
+/// A full disk is no reason not to begin.
+bool ChangeDatabase::forgetUnusedNames()
+{
+    if (m_database.execute(kForgetUnusedNames))
+        return true;
+    if (!m_database.isMediumFailing())
+        return false;
+    m_database.execute("ROLLBACK");
+    return true;
 }
 
 bool ChangeDatabase::prepareStatements()

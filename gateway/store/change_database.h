@@ -55,7 +55,8 @@ public:
     struct Opening {
         std::unique_ptr<ChangeDatabase> database; ///< Null: `error` tells why.
         QString error;
-        bool isDamaged = false; ///< It is a store, or no database at all, and cannot be read.
+        bool isDamaged = false;       ///< It is a store, or no database at all, and cannot be read.
+        bool isMediumFailing = false; ///< The disk is full, or takes nothing.
         std::optional<StoreState> state;
         std::optional<qint64> count; ///< Of the changes.
     };
@@ -108,6 +109,7 @@ private:
     ChangeDatabase() = default;
     bool openFile(const QString& path, Opening* opening);
     bool prepareTables(const StoreLimits& limits, Opening* opening);
+    bool forgetUnusedNames();
     bool prepareStatements();
     bool loadNames();
     std::optional<StoreState> loadState();

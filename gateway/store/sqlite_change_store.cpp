@@ -85,9 +85,20 @@ Expected<std::unique_ptr<SqliteChangeStore>> SqliteChangeStore::open(const QStri
 {
     std::unique_ptr<SqliteChangeStore> store(new SqliteChangeStore(path, sizeLimit));
     const Expected<void> opened = store->openDatabase();
-    if (!opened)
+    if (!opened && !store->m_isMediumFailing)
         return opened.error();
+    if (!opened)
+        store->m_notice =
+            QStringLiteral("%1; until there is room no change is stored").arg(opened.error().text);
     return store;
+}
+
+void SqliteChangeStore::tryAgain()
+{
+    if (m_database)
+        return;
+    if (openDatabase() && m_notice.isEmpty())
+        m_notice = QStringLiteral("%1: the store is open now").arg(m_path);
 }
 
 ChangeDatabase::Opening SqliteChangeStore::openFile()
@@ -95,13 +106,25 @@ ChangeDatabase::Opening SqliteChangeStore::openFile()
     ChangeDatabase::Opening opening = ChangeDatabase::open(m_path, m_limits);
     // What this process knows counts more than what the file, perhaps a new one, has.
     if (opening.state && !m_isStateKnown) {
+        const StoreState before = m_books.state;
         m_books.state = *opening.state;
+        m_books.state.dropped += before.dropped;
+        if (before.session >= 0)
+            m_books.state.session = before.session;
         m_isStateKnown = true;
     }
+    m_isMediumFailing = opening.isMediumFailing;
     return opening;
 }
 
 Expected<void> SqliteChangeStore::openDatabase()
+{
+    const Expected<void> opened = openAndFit();
+    m_problem = opened ? QString() : opened.error().text;
+    return opened;
+}
+
+Expected<void> SqliteChangeStore::openAndFit()
 {
     ChangeDatabase::Opening opening = openFile();
     if (opening.isDamaged) {

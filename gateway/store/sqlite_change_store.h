@@ -17,8 +17,9 @@ class SqliteChangeStore : public ChangeStore {
 public:
     static constexpr qint64 kSmallestLimit = kSmallestStore;
 
-    /// Creates the file if it does not exist. A damaged one is set aside, see takeNotice(). An
-    /// error: it cannot be created or read, another process has it open, or it is something else.
+    /// Creates the file if it does not exist. A damaged one is set aside, see takeNotice(). Where
+    /// the disk has no room for it, see problem(). An error: it cannot be created or read, another
+    /// process has it open, or it is something else.
     /// A limit below kSmallestLimit is taken for that.
     static Expected<std::unique_ptr<SqliteChangeStore>> open(const QString& path, qint64 sizeLimit);
 
@@ -32,6 +33,10 @@ public:
     quint64 dropped() const override { return m_books.state.dropped; }
     int takeSessionNumber() override;
 
+    /// Why there is no file; empty: there is. Until there is one, it has no changes and takes none.
+    const QString& problem() const { return m_problem; }
+    /// Opens the file where that failed. To be called now and then.
+    void tryAgain();
     /// What an operator should know, one line: that a damaged file was set aside, or that the
     /// store cannot be read. Empty: nothing. Each is told once; ask after open() and now and then.
     QString takeNotice();
@@ -46,6 +51,7 @@ private:
     SqliteChangeStore(const QString& path, qint64 sizeLimit);
 
     Expected<void> openDatabase();
+    Expected<void> openAndFit();
     ChangeDatabase::Opening openFile();
     Expected<void> setAside(const QString& reason, std::optional<qint64> changes);
     Error failed();
@@ -68,6 +74,8 @@ private:
     bool m_isStateKnown = false;
     qint64 m_consumed = 0;     ///< Up to here changes are at the broker.
     qint64 m_consumedRows = 0; ///< Of these the ones that the disk did not let go of.
+    QString m_problem;
+    bool m_isMediumFailing = false; ///< When it was opened.
     QString m_notice;
     QString m_toldFailure; ///< Empty since the last success.
 };

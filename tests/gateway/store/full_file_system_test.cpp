@@ -1,5 +1,7 @@
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "tests/gateway/store/store_test.h"
 
@@ -35,6 +37,43 @@ protected:
         while (store.append(changes(count, 500)))
             count += 500;
         return count;
+    }
+
+    /// Other files take all that is left, but for what the caller may free again.
+    void fillByOthers()
+    {
+        QFile other(path("disk/other"));
+        ASSERT_TRUE(other.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered));
+        while (other.write(QByteArray(512, 'x')) == 512) {
+        }
+    }
+    void makeRoom() { ASSERT_TRUE(QFile::remove(path("disk/other"))); }
+    /// What a process that was killed leaves behind.
+    void appendAndBeKilled()
+    {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const auto store = open();
+            append(*store, changes(0, 1000));
+            store->removeUpTo(100);
+            ::_exit(0);
+        }
+        ASSERT_GT(child, 0);
+        ASSERT_EQ(child, ::waitpid(child, nullptr, 0));
+    }
+    /// The store has 900 changes, the disk no room for more; later it has.
+    void expectItGoesOn()
+    {
+        const auto store = open();
+        ASSERT_TRUE(store);
+        EXPECT_EQ("", store->problem().toStdString());
+        EXPECT_EQ(900u, store->size());
+        EXPECT_EQ(100, indexOf(store->oldest(0, 1).first()));
+        EXPECT_FALSE(succeeds(store->append(changes(1000, 5000))));
+        makeRoom();
+        append(*store, changes(1000, 500));
+        EXPECT_EQ(1400u, store->size());
+        EXPECT_EQ(1500, store->last());
     }
 
 private:
@@ -75,6 +114,64 @@ TEST_F(StoreOnASmallFileSystem, IsGoneOnWithAfterARestart)
     store->removeUpTo(count / 2);
     append(*store, changes(count, 500));
     EXPECT_EQ(count - count / 2 + 500, int(store->size()));
+}
+
+TEST_F(StoreOnASmallFileSystem, BeginsWithWhatItHasWhenOthersHaveFilledTheDisk)
+{
+    {
+        const auto store = open();
+        append(*store, changes(0, 1000));
+        store->removeUpTo(100);
+    }
+    fillByOthers();
+    expectItGoesOn();
+}
+
+TEST_F(StoreOnASmallFileSystem, BeginsWithWhatAKilledProcessLeftWhenOthersHaveFilledTheDisk)
+{
+    appendAndBeKilled();
+    fillByOthers();
+    expectItGoesOn();
+}
+
+TEST_F(StoreOnASmallFileSystem, NamesThatNobodyUsesAnyMoreAreNoReasonNotToBegin)
+{
+    {
+        const auto store = open();
+        append(*store, changes(0, 1000));
+        store->removeUpTo(1000);
+    }
+    fillByOthers();
+    const auto store = open();
+    ASSERT_TRUE(store);
+    EXPECT_EQ(0u, store->size());
+    EXPECT_EQ("", store->problem().toStdString());
+}
+
+TEST_F(StoreOnASmallFileSystem, IsMadeLaterWhereThereIsNoRoomForIt)
+{
+    fillByOthers();
+    const auto store = open();
+    ASSERT_TRUE(store);
+    EXPECT_THAT(store->problem().toStdString(), ::testing::HasSubstr("changes.sqlite: "));
+    EXPECT_THAT(store->takeNotice().toStdString(),
+                ::testing::EndsWith("; until there is room no change is stored"));
+    EXPECT_FALSE(succeeds(store->append(changes(0, 10))));
+    store->countDropped(10);
+    EXPECT_EQ(0, store->takeSessionNumber());
+    EXPECT_EQ(1, store->takeSessionNumber());
+    EXPECT_EQ(0, store->oldest(0, 10).size());
+    store->tryAgain();
+    EXPECT_NE("", store->problem().toStdString());
+    makeRoom();
+    store->tryAgain();
+    EXPECT_EQ("", store->problem().toStdString());
+    EXPECT_THAT(store->takeNotice().toStdString(),
+                ::testing::EndsWith("changes.sqlite: the store is open now"));
+    EXPECT_EQ(10u, store->dropped());
+    EXPECT_EQ(2, store->takeSessionNumber());
+    append(*store, changes(10, 10));
+    EXPECT_EQ(10u, store->size());
 }
 
 } // namespace
