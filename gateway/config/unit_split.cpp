@@ -1,5 +1,6 @@
 #include "gateway/config/unit_split.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QHash>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -79,6 +80,55 @@ void numberPort(int number, QJsonObject* metrics)
     const int colon = int(listen.lastIndexOf(QLatin1Char(':')));
     metrics->insert(
         key, listen.left(colon + 1) + QString::number(listen.mid(colon + 1).toInt() + number - 1));
+}
+
+/// Leads from one folder to where a path leads from another.
+class PathMove {
+public:
+    explicit PathMove(const SplitTask& task)
+        : m_from(realFolder(task.patternFolder)), m_to(realFolder(task.folder))
+    {
+    }
+
+    void apply(const char* key, QJsonObject* object) const
+    {
+        const QLatin1String name(key);
+        const QString path = object->value(name).toString();
+        // Others than relative ones: those of a folder of the service begin with its variable.
+        if (m_from == m_to || path.isEmpty() || QDir::isAbsolutePath(path) ||
+            path.startsWith(QLatin1Char('$')))
+            return;
+        object->insert(name, m_to.relativeFilePath(m_from.absoluteFilePath(path)));
+    }
+
+private:
+    /// Steps upwards lead from the real folder, whatever links lead to it.
+    static QDir realFolder(const QString& path)
+    {
+        const QString real = QDir(path).canonicalPath();
+        return QDir(real.isEmpty() ? QDir(path).absolutePath() : real);
+    }
+
+    const QDir m_from;
+    const QDir m_to;
+};
+
+QJsonArray movedBrokers(const QJsonArray& brokers, const PathMove& move)
+{
+    QJsonArray moved;
+    for (const QJsonValue& each : brokers) {
+        QJsonObject broker = each.toObject();
+        move.apply("passwordFile", &broker);
+        const QLatin1String tlsKey("tls");
+        if (broker.contains(tlsKey)) {
+            QJsonObject tls = broker.value(tlsKey).toObject();
+            for (const char* key : {"authorities", "certificate", "key"})
+                move.apply(key, &tls);
+            broker.insert(tlsKey, tls);
+        }
+        moved.append(broker);
+    }
+    return moved;
 }
 
 /// The pattern for a unit, still without devices.
@@ -225,13 +275,18 @@ Expected<QVector<UnitConfiguration>> splitUnits(const SplitTask& task)
         return devices.error();
     const int most = std::clamp(task.devices, 1, kMostDevices);
     const QString node = pattern->value(QLatin1String("node")).toString();
+    const PathMove move(task);
+    const QLatin1String brokersKey("brokers");
     QVector<UnitConfiguration> units;
     for (int first = 0; first < int(devices->size()); first += most) {
         const int number = int(units.size()) + 1;
         QJsonArray some;
-        for (const QJsonObject& device : devices->mid(first, most))
+        for (QJsonObject device : devices->mid(first, most)) {
+            move.apply("project", &device);
             some.append(device);
+        }
         QJsonObject unit = numberedUnit(*pattern, number);
+        unit.insert(brokersKey, movedBrokers(pattern->value(brokersKey).toArray(), move));
         unit.insert(devicesKey, some);
         const QString name = QStringLiteral("%1-%2.json").arg(plainName(node), numberText(number));
         units.append({name, configText(unit)});

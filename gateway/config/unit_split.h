@@ -23,6 +23,11 @@ struct SplitTask {
     QString list;
     QString listName;
     int devices = kUsualDevices; ///< Of one process at most.
+    /// Where the pattern lies, and where the configurations will. Projects, passwords, keys and
+    /// certificates stay where they are: their relative paths, also those of the list, lead from
+    /// the one, and will lead from the other. Empty: from the same folder.
+    QString patternFolder;
+    QString folder;
 };
 
 /// The configuration of one process.
@@ -33,9 +38,9 @@ struct UnitConfiguration {
 
 /// A configuration for the first 50 PLCs of the list, one for the next 50, and so on: PLCs that are
 /// added at the end of the list leave all others where they are. The second one has the node
-/// NODE-02, the pattern's port for metrics plus one, and paths with -02 behind their name, except
-/// such as lie in the service's own folders. Paths of projects stay as they are written. An error
-/// names file and line.
+/// NODE-02, the pattern's port for metrics plus one, and of what the process itself writes paths
+/// with -02 behind their name, except such as lie in the service's own folders. An error names file
+/// and line.
 Expected<QVector<UnitConfiguration>> splitUnits(const SplitTask& task);
 
 /// What writeUnits() did; names of files.

@@ -1,5 +1,7 @@
 #include "gateway/service/split_files.h"
 
+#include <QtCore/QFileInfo>
+
 #include "streams/input_file.h"
 #include "values/visible_text.h"
 
@@ -41,6 +43,8 @@ Expected<QString> splitFiles(const SplitFiles& files)
     task.list = QString::fromUtf8(*list);
     task.listName = files.list;
     task.devices = files.devices;
+    task.patternFolder = QFileInfo(files.pattern).absolutePath();
+    task.folder = files.folder;
     const Expected<QVector<UnitConfiguration>> units = splitUnits(task);
     if (!units)
         return units.error();

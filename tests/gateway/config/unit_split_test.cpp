@@ -122,6 +122,36 @@ TEST_F(UnitSplit, PlcsAtTheEndLeaveTheOthersWhereTheyAre)
     EXPECT_EQ(names(before[1]), names(after[1]).mid(0, 25));
 }
 
+TEST_F(UnitSplit, PathsLeadFromAnotherFolderToTheSameFiles)
+{
+    task.pattern.replace(R"({"port": 1884, "host": "b"})", R"({"host": "b", "user": "u",
+        "passwordFile": "secret/p", "tls": {"authorities": "/etc/ca.pem", "certificate": "c.pem",
+        "key": "$CREDENTIALS_DIRECTORY/key"}})");
+    task.patternFolder = path("a/b");
+    task.folder = path("c");
+    const QVector<UnitConfiguration> all =
+        units(QStringLiteral("name,project\nP1,\nP2,../two.json\nP3,/three.json\n"));
+    ASSERT_EQ(1, all.size());
+    const std::string json = all[0].json.toStdString();
+    EXPECT_THAT(json, HasSubstr(R"("passwordFile": "../a/b/secret/p", "tls": {"authorities": )"
+                                R"("/etc/ca.pem", "certificate": "../a/b/c.pem", "key": )"
+                                R"("$CREDENTIALS_DIRECTORY/key"})"));
+    EXPECT_THAT(json, HasSubstr(R"("name": "P1", "project": "../a/b/press.json")"));
+    EXPECT_THAT(json, HasSubstr(R"("name": "P2", "project": "../a/two.json")"));
+    EXPECT_THAT(json, HasSubstr(R"("name": "P3", "project": "/three.json")"));
+    EXPECT_THAT(json, HasSubstr(R"("audit": "a.b/writes-01")")) << "it is the process's own";
+}
+
+TEST_F(UnitSplit, PathsLeadFromTheRealFolderBehindALink)
+{
+    ASSERT_TRUE(QDir().mkpath(path("deep/er")));
+    ASSERT_TRUE(QFile::link(path("deep/er"), path("link")));
+    task.patternFolder = path(".");
+    task.folder = path("link");
+    EXPECT_THAT(units(listOf(1))[0].json.toStdString(),
+                HasSubstr(R"("project": "../../press.json")"));
+}
+
 TEST_F(UnitSplit, MistakesInTheListAreNamedWithTheirLine)
 {
     EXPECT_EQ(

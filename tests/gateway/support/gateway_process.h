@@ -72,9 +72,13 @@ public:
     /// Runs the program once more, beside this gateway.
     Answer run(const QStringList& arguments) const
     {
+        return answerTo(arguments + QStringList{m_configuration});
+    }
+    /// Of the program without this configuration.
+    static Answer answerTo(const QStringList& arguments)
+    {
         QProcess process;
-        process.start(QStringLiteral(PLC_GATEWAY),
-                      options() + arguments + QStringList{m_configuration});
+        process.start(QStringLiteral(PLC_GATEWAY), options() + arguments);
         Answer answer;
         if (process.waitForFinished(kPatience) && process.exitStatus() == QProcess::NormalExit)
             answer.exitCode = process.exitCode();
