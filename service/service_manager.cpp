@@ -12,6 +12,7 @@ namespace {
 
 constexpr int kKeepsEnvironment = 0;
 constexpr std::uint64_t kMicrosecondsInMillisecond = 1000;
+constexpr qint64 kMicrosecondsInSecond = 1000000;
 
 void tell(const QByteArray& state)
 {
@@ -23,10 +24,15 @@ QByteArray monotonicTime()
 {
     timespec now = {};
     ::clock_gettime(CLOCK_MONOTONIC, &now);
-    return QByteArray::number(qint64(now.tv_sec) * 1000000 + now.tv_nsec / 1000);
+    return QByteArray::number(qint64(now.tv_sec) * kMicrosecondsInSecond + now.tv_nsec / 1000);
 }
 
 } // namespace
+
+void ServiceManager::readyWithin(qint64 seconds)
+{
+    tell("EXTEND_TIMEOUT_USEC=" + QByteArray::number(seconds * kMicrosecondsInSecond));
+}
 
 void ServiceManager::ready()
 {

@@ -11,6 +11,8 @@ namespace plc::service {
 /// one, nothing happens.
 class ServiceManager {
 public:
+    /// It may take so many seconds from now until ready(): to be called before work that is long.
+    void readyWithin(qint64 seconds);
     /// Work has begun, or goes on after reloading().
     void ready();
     /// One line for those who ask how the service is.

@@ -64,8 +64,11 @@ void readStore(const JsonNode& node, GatewaySettings* settings)
 {
     node.checkKeys({"file"}, {"size", "rate"});
     settings->storeFile = configuration::readPath(node.member("file"));
-    if (node.has("size"))
+    if (node.has("size")) {
         settings->storeSize = configuration::readSize(node.member("size"), kSmallestStore);
+        if (settings->storeSize > kLargestStore)
+            node.member("size").failExpecting(QStringLiteral("at most 10G"));
+    }
     if (node.has("rate"))
         settings->historyRate = int(node.member("rate").integer(1, kHighestRate));
 }

@@ -25,6 +25,8 @@ struct StoredChange {
 
 /// Bytes on disk below which no store is made.
 constexpr qint64 kSmallestStore = 1024 * 1024;
+/// All of it is read when it is opened.
+constexpr qint64 kLargestStore = qint64(10) * 1024 * 1024 * 1024;
 
 /// Changes that no consumer has, in the order in which they were found, beyond the end of the
 /// process.

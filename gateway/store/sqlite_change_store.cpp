@@ -2,6 +2,7 @@
 
 #include <QtCore/QDateTime>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QSet>
 
 #include <algorithm>
@@ -26,6 +27,10 @@ constexpr qint64 kLongRow = 400;
 constexpr qint64 kBlockShare = 4; ///< Of the journal one in so many pages is for removing.
 
 constexpr int kSessionNumbers = 256;
+
+constexpr qint64 kSlowDisk = 2000000;   // bytes in a second
+constexpr qint64 kPassesOfOpening = 4;  // check, copy, journal, and that taken in
+constexpr qint64 kShortestOpening = 60; // s
 
 StoreLimits storeLimits(qint64 bytes)
 {
@@ -91,6 +96,12 @@ Expected<std::unique_ptr<SqliteChangeStore>> SqliteChangeStore::open(const QStri
         store->m_notice =
             QStringLiteral("%1; until there is room no change is stored").arg(opened.error().text);
     return store;
+}
+
+qint64 SqliteChangeStore::longestOpening(const QString& path)
+{
+    const qint64 bytes = QFileInfo(path).size() + QFileInfo(path + QStringLiteral("-wal")).size();
+    return kShortestOpening + kPassesOfOpening * bytes / kSlowDisk;
 }
 
 void SqliteChangeStore::tryAgain()

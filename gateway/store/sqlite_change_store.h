@@ -23,6 +23,10 @@ public:
     /// A limit below kSmallestLimit is taken for that.
     static Expected<std::unique_ptr<SqliteChangeStore>> open(const QString& path, qint64 sizeLimit);
 
+    /// How many seconds open() takes at most, which reads all of the file, and writes it anew where
+    /// it has become smaller than it is: on a disk of 2 MB a second.
+    static qint64 longestOpening(const QString& path);
+
     Expected<void> append(const QVector<StoredChange>& changes) override;
     QVector<StoredChange> oldest(qint64 behind, int count) override;
     void removeUpTo(qint64 number) override;

@@ -50,6 +50,8 @@ private:
 
 TEST_F(ServiceManagerTest, IsToldOfEachStep)
 {
+    manager.readyWithin(90);
+    EXPECT_EQ("EXTEND_TIMEOUT_USEC=90000000", told());
     manager.ready();
     EXPECT_EQ("READY=1", told());
     manager.alive();

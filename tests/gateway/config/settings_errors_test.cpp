@@ -149,6 +149,11 @@ TEST(SettingsErrors, PortsDurationsAndSizesAreInRange)
     }
     EXPECT_EQ(
         "", errorOf(settingsText(R"("audit": "a")", R"("store": {"file": "s", "size": 1048576})")));
+    EXPECT_EQ("",
+              errorOf(settingsText(R"("audit": "a")", R"("store": {"file": "s", "size": "10G"})")));
+    EXPECT_EQ(
+        "/store/size: found 10737418241, expected at most 10G",
+        errorOf(settingsText(R"("audit": "a")", R"("store": {"file": "s", "size": 10737418241})")));
     EXPECT_EQ("/keepAlive: found 4, expected a whole number from 5 to 3600",
               errorOf(settingsText(R"("keepAlive": 4)")));
 }

@@ -244,6 +244,17 @@ TEST_F(SqliteChangeStoreTest, HasAllThatItToldItKeepsWhenTheProcessIsKilled)
     }
 }
 
+TEST_F(SqliteChangeStoreTest, OpeningTakesLongerTheMoreThereIs)
+{
+    EXPECT_EQ(60, SqliteChangeStore::longestOpening(file));
+    QFile sparse(file);
+    ASSERT_TRUE(sparse.open(QIODevice::WriteOnly) && sparse.resize(900000000));
+    QFile journal(file + QStringLiteral("-wal"));
+    ASSERT_TRUE(journal.open(QIODevice::WriteOnly) && journal.resize(100000000));
+    // 1,000,000,000 bytes four times at 2,000,000 a second: 2,000 s.
+    EXPECT_EQ(2060, SqliteChangeStore::longestOpening(file));
+}
+
 } // namespace
 } // namespace test
 } // namespace plc::gateway
