@@ -98,6 +98,7 @@ Expected<GatewayParts> Run::makeParts()
     parts.driver = *driver;
     parts.version = QCoreApplication::applicationVersion();
     parts.log = log;
+    m_manager.readyWithin(SqliteChangeStore::longestOpening(m_settings.storeFile));
     Expected<std::unique_ptr<SqliteChangeStore>> store =
         SqliteChangeStore::open(m_settings.storeFile, m_settings.storeSize);
     if (!store)

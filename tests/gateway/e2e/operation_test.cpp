@@ -128,6 +128,51 @@ TEST_P(GatewayOperation, GoesOnWithANewAuditFileWhenTheOldOneWasRenamed)
     EXPECT_EQ(3, deviceStatus("oven")[QStringLiteral("good")].toInt());
 }
 
+TEST_P(GatewayOperation, BeginsNothingAnewOnceItEnds)
+{
+    if (!hasOwnBroker())
+        GTEST_SKIP() << "the broker cannot be held";
+    startAndAwaitValues();
+    // It waits for what the broker has not confirmed.
+    ::kill(pid_t(broker().pid()), SIGSTOP);
+    const double before = deviceStatus("oven")[QStringLiteral("changesPublished")].toDouble();
+    EXPECT_EQ("", site.plc("oven").command(QStringLiteral("set Oven.count 5")));
+    EXPECT_TRUE(comesTrue([&] {
+        return deviceStatus("oven")[QStringLiteral("changesPublished")].toDouble() > before;
+    }));
+    site.gateway.signal(SIGTERM);
+    site.addPlc("press", kOvenProject);
+    site.writeConfiguration();
+    site.gateway.signal(SIGHUP);
+    EXPECT_EQ(0, site.gateway.stop());
+    ::kill(pid_t(broker().pid()), SIGCONT);
+    EXPECT_FALSE(site.gateway.log().contains(QStringLiteral("the configuration was read again")));
+    EXPECT_FALSE(site.gateway.log().contains(QStringLiteral("press")));
+}
+
+TEST_P(GatewayOperation, SplitsIntoConfigurationsThatWorkInAnotherFolder)
+{
+    const QString project = QStringLiteral("project0.json");
+    ASSERT_TRUE(QFile::exists(site.path(project)));
+    site.writeConfiguration();
+    QByteArray pattern = readFile(site.path(QStringLiteral("gateway.json")));
+    pattern.replace(site.path(project).toUtf8(), project.toUtf8());
+    writeFile(site.path(QStringLiteral("pattern.json")), pattern);
+    writeFile(site.path(QStringLiteral("plcs.csv")),
+              "name,address\nPress 1,10.0.0.1\nPress 2,10.0.0.2\nPress 3,10.0.0.3\n");
+    const QString folder = site.path(QStringLiteral("units"));
+    ASSERT_TRUE(QDir().mkdir(folder));
+    const GatewayProcess::Answer split = GatewayProcess::answerTo(
+        {QStringLiteral("split"), QStringLiteral("--devices"), QStringLiteral("2"),
+         site.path(QStringLiteral("pattern.json")), site.path(QStringLiteral("plcs.csv")), folder});
+    EXPECT_EQ("", split.errors.toStdString());
+    EXPECT_EQ("added     hall-01.json\nadded     hall-02.json\n", split.output.toStdString());
+    const GatewayProcess::Answer checked = GatewayProcess::answerTo(
+        {QStringLiteral("--check"), folder + QStringLiteral("/hall-01.json")});
+    EXPECT_EQ("", checked.errors.toStdString());
+    EXPECT_EQ("2 PLCs, 6 values, 2 of them writable\n", checked.output.toStdString());
+}
+
 TEST_P(GatewayOperation, AWrongConfigurationIsAnExitCodeOfItsOwn)
 {
     site.set("keepAlive", 1);
