@@ -182,11 +182,13 @@ class Panel:
         return self.get("/plcs")["plcs"]
 
     def symbols(self, plc: str, under: str = "") -> List[dict]:
-        """The members of a scope, structure or array; the scopes where `under` is empty."""
+        """The members of a scope, structure or array; the scopes where `under` is empty.
+
+        At most the first 10,000."""
         return self.get("/symbols", plc=plc, under=under)["symbols"]
 
     def search(self, plc: str, words: str, limit: int = 200) -> List[dict]:
-        """Values whose label or description has all of the words."""
+        """The first values, at most `limit`, whose label or description has all of the words."""
         return self.get("/symbols", plc=plc, search=words, limit=limit)["symbols"]
 
     # Values

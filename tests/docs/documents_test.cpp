@@ -4,6 +4,9 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QSet>
+#include <QtCore/QTemporaryFile>
+
+#include <cstdlib>
 
 #include "markdown.h"
 
@@ -256,4 +259,19 @@ TEST(HostGuide, DescribesEveryMemberOfEveryRecord)
             << name.toStdString();
     }
     EXPECT_EQ(15 + 9 + 4 + 19 + 13 + 5, members);
+}
+
+/// Loaded where no user of a service exists, as on a machine that has just started. nft looks at
+/// them for those alone who may load them.
+TEST(Security, RulesOfTheFirewallLoad)
+{
+    if (std::system("nft list tables > /dev/null 2>&1") != 0)
+        GTEST_SKIP() << "nft is not here, or not for this user";
+    const std::vector<FencedBlock> blocks = allBlocks(QStringLiteral("nft"));
+    ASSERT_EQ(1U, blocks.size());
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    file.write(blocks[0].lines.join(QLatin1Char('\n')).toUtf8() + '\n');
+    ASSERT_TRUE(file.flush());
+    EXPECT_EQ(0, std::system(("nft --check --file " + file.fileName().toStdString()).c_str()));
 }
