@@ -1,5 +1,11 @@
+#include <QtCore/QHash>
+#include <QtCore/QMap>
+
+#include <functional>
+
 #include "recorder/elements.h"
 #include "recorder/handover.h"
+#include "recorder/timeline.h"
 #include "values/prometheus_label.h"
 
 namespace plc::recorder {
@@ -49,6 +55,47 @@ bool isText(const SeriesDescription& series)
     return series.type && values::isText(*series.type);
 }
 
+/// What all names of a series have in common. Several series may have it: those of one label
+/// whose deadband, or whose type was changed. One name has one place and its times in order.
+QByteArray nameOf(const SeriesDescription& series)
+{
+    SeriesDescription whole = series;
+    whole.elements = 1;
+    return sampleName("", whole, 0);
+}
+
+/// Rows of names, of which each has one at a time: the last that was given.
+class Rows {
+public:
+    void add(const QByteArray& name, qint64 time, const QByteArray& value)
+    {
+        if (!m_rows.contains(name))
+            m_names.append(name);
+        m_rows[name].insert(time, value);
+    }
+    void addUnlessThere(const QByteArray& name, qint64 time, const QByteArray& value)
+    {
+        if (!m_rows.value(name).contains(time))
+            add(name, time, value);
+    }
+    /// False when no more can be taken.
+    bool visit(const std::function<bool(const QByteArray&, qint64, const QByteArray&)>& take) const
+    {
+        for (const QByteArray& name : m_names) {
+            const QMap<qint64, QByteArray> rows = m_rows[name];
+            for (auto row = rows.constBegin(); row != rows.constEnd(); ++row) {
+                if (!take(name, row.key(), *row))
+                    return false;
+            }
+        }
+        return true;
+    }
+
+private:
+    QVector<QByteArray> m_names;
+    QHash<QByteArray, QMap<qint64, QByteArray>> m_rows;
+};
+
 /// Gives the samples of a series with those of one time made one, the last.
 template <typename Visit>
 bool visitLastOfEachTime(const QVector<Sample>& samples, Visit visit)
@@ -59,6 +106,24 @@ bool visitLastOfEachTime(const QVector<Sample>& samples, Visit visit)
             return false;
     }
     return true;
+}
+
+/// Of several series of one name the one that goes on.
+QVector<LastValue> oneOfEachName(const QVector<LastValue>& values)
+{
+    QVector<LastValue> chosen;
+    QHash<QByteArray, int> places;
+    for (const LastValue& value : values) {
+        const QByteArray name = nameOf(value.series);
+        const auto place = places.constFind(name);
+        if (place == places.constEnd()) {
+            places.insert(name, int(chosen.size()));
+            chosen.append(value);
+        } else if (!isGap(value.sample) || isGap(chosen[*place].sample)) {
+            chosen[*place] = value;
+        }
+    }
+    return chosen;
 }
 
 class OpenMetrics {
@@ -82,57 +147,95 @@ public:
 private:
     Expected<void> writeAll(const QVector<Series>& all)
     {
-        m_take(head("plc_value", kValueMeaning));
+        QVector<QByteArray> names;
+        QHash<QByteArray, QVector<Series>> groups;
         for (const Series& series : all) {
-            if (const Expected<void> done = writeValues(series); !done)
+            const QByteArray name = nameOf(series.description);
+            if (!groups.contains(name))
+                names.append(name);
+            groups[name].append(series);
+        }
+        m_take(head("plc_value", kValueMeaning));
+        for (const QByteArray& name : names) {
+            if (const Expected<void> done = writeValues(groups[name]); !done)
                 return done;
         }
         m_take(head("plc_good", kGoodMeaning));
-        for (const Series& series : all) {
-            if (const Expected<void> done = writeGood(series); !done)
+        for (const QByteArray& name : names) {
+            if (const Expected<void> done = writeGood("plc_good" + name, groups[name]); !done)
                 return done;
         }
         m_take("# EOF\n");
         return {};
     }
-    /// Each element is a metric, whose samples stand together.
-    Expected<void> writeValues(const Series& series)
+    using TakeRow =
+        std::function<bool(const QByteArray& name, qint64 time, const QByteArray& value)>;
+
+    /// Each element is a metric, whose samples stand together. What is of one series alone, as
+    /// nearly all is, needs no memory for its rows.
+    Expected<void> writeValues(const QVector<Series>& group)
     {
-        const Expected<History> history = m_reader->changes(series.id, m_range.from, m_range.to);
-        if (!history)
-            return history.error();
-        for (int i = 0; i < series.description.elements; ++i)
-            writeElement(series, i, *history);
+        Rows rows;
+        const TakeRow keep = [&](const QByteArray& name, qint64 time, const QByteArray& value) {
+            rows.add(name, time, value);
+            return true;
+        };
+        const TakeRow write = writeRows();
+        for (const Series& series : group) {
+            const Expected<History> history =
+                m_reader->changes(series.id, m_range.from, m_range.to);
+            if (!history)
+                return history.error();
+            for (int i = 0; i < series.description.elements; ++i)
+                giveElement(series, i, *history, group.size() == 1 ? write : keep);
+        }
+        rows.visit(write);
         return {};
     }
-    void writeElement(const Series& series, int element, const History& history)
+    void giveElement(const Series& series, int element, const History& history, const TakeRow& take)
     {
         const QByteArray name = sampleName("plc_value", series.description, element);
         visitLastOfEachTime(history.samples, [&](const Sample& sample) {
             const QVector<values::Value> known = knownElements(series.description, sample);
             if (element >= known.size())
                 return true;
-            if (!doubleOf(known[element])) {
-                ++m_handover.leftOut;
-                return true;
-            }
-            return writeRow(name, sample.time, valueText(known[element]));
+            if (doubleOf(known[element]))
+                return take(name, sample.time, valueText(known[element]));
+            ++m_handover.leftOut;
+            return true;
         });
     }
-    Expected<void> writeGood(const Series& series)
+    Expected<void> writeGood(const QByteArray& name, const QVector<Series>& group)
     {
-        if (isText(series.description))
-            return {};
-        const Expected<History> history = m_reader->changes(series.id, m_range.from, m_range.to);
-        if (!history)
-            return history.error();
-        SeriesDescription whole = series.description;
-        whole.elements = 1;
-        const QByteArray name = sampleName("plc_good", whole, 0);
-        visitLastOfEachTime(history->samples, [&](const Sample& sample) {
-            return writeRow(name, sample.time, sample.quality == Quality::Good ? "1" : "0");
-        });
+        Rows rows;
+        const TakeRow write = writeRows();
+        for (const Series& series : group) {
+            if (isText(series.description))
+                continue;
+            const Expected<History> history =
+                m_reader->changes(series.id, m_range.from, m_range.to);
+            if (!history)
+                return history.error();
+            visitLastOfEachTime(history->samples, [&](const Sample& sample) {
+                const QByteArray value = sample.quality == Quality::Good ? "1" : "0";
+                if (group.size() == 1)
+                    return write(name, sample.time, value);
+                // Where one of them ends another one may begin.
+                if (isGap(sample))
+                    rows.addUnlessThere(name, sample.time, value);
+                else
+                    rows.add(name, sample.time, value);
+                return true;
+            });
+        }
+        rows.visit(write);
         return {};
+    }
+    TakeRow writeRows()
+    {
+        return [this](const QByteArray& name, qint64 time, const QByteArray& value) {
+            return writeRow(name, time, value);
+        };
     }
     bool writeRow(const QByteArray& name, qint64 time, const QByteArray& value)
     {
@@ -159,8 +262,9 @@ Expected<Handover> writeOpenMetrics(Reader* reader, const TimeRange& range, cons
     return metrics.handover();
 }
 
-QByteArray expositionText(const QVector<LastValue>& values, Handover* handover)
+QByteArray expositionText(const QVector<LastValue>& all, Handover* handover)
 {
+    const QVector<LastValue> values = oneOfEachName(all);
     Handover count;
     QByteArray text = head("plc_value", kValueMeaning);
     for (const LastValue& last : values) {
