@@ -44,8 +44,10 @@ Expected<void> readCsv(const QString& path, const TakeRecord& take)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return Error{QStringLiteral("%1: %2").arg(path, file.errorString())};
-    for (int line = 1; !file.atEnd(); ++line) {
+    for (int line = 1;; ++line) {
         const QByteArray bytes = file.readLine();
+        if (file.error() != QFileDevice::NoError)
+            return Error{QStringLiteral("%1: %2").arg(path, file.errorString())};
         // Half a line is what a killed program leaves.
         if (!bytes.endsWith('\n'))
             break;

@@ -142,6 +142,16 @@ TEST_F(RecorderLogTest, IsMadeOfALogOfVersion1WithAGapWhereThatWasBegunAnew)
     EXPECT_DOUBLE_EQ(-3.5, mean->first().minimum);
 }
 
+TEST_F(RecorderLogTest, IsNotMadeOfALogThatCannotBeReadToItsEnd)
+{
+    // Nothing lies at the begin of a program's memory: reading there is an error of the device.
+    ASSERT_TRUE(QFile::link(QStringLiteral("/proc/self/mem"), path("old.csv")));
+    const auto converted = convertLog(path("old.csv"), file, 0, [](qint64, qint64) {});
+    ASSERT_FALSE(succeeds(converted));
+    EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("Input/output error"));
+    EXPECT_FALSE(QFile::exists(file));
+}
+
 TEST_F(RecorderLogTest, IsMadeOfACsvLogThatWasMadeAtAnInterval)
 {
     put(path("old.csv"),
