@@ -8,6 +8,7 @@
 #include "database/sqlite_database.h"
 #include "recorder/change_batch.h"
 #include "recorder/compaction.h"
+#include "recorder/file_identity.h"
 #include "recorder/recording_file.h"
 #include "recorder/removal.h"
 #include "recorder/run_table.h"
@@ -73,6 +74,7 @@ private:
     };
 
     Expected<void> check(const QVector<Change>& changes) const;
+    Expected<void> checkFile(qint64 now);
     bool isOutsideDeadband(const Change& change, const Sample& last) const;
     QVector<Change> outsideDeadbands(const QVector<Change>& changes, bool isNewRun) const;
     Transaction transactionOf(const QVector<Change>& changes, qint64 now) const;
@@ -100,6 +102,9 @@ private:
 
     const Limits m_limits;
     WriteLock m_lock;
+    FileIdentity m_file;
+    qint64 m_lookedAt = 0; ///< For the file.
+    bool m_isTakenAway = false;
     SqliteDatabase m_database;
     Compaction m_compaction;
     SeriesTable m_series;
@@ -139,6 +144,8 @@ Expected<void> Recorder::Implementation::open(const QString& path, qint64 now)
         m_database.number("SELECT ifnull(sum(length(changes)), 0) + 20 * count(*) FROM batch");
     if (!series || !runs || !horizon || !tail)
         return Error{m_database.error()};
+    m_file = FileIdentity(path);
+    m_lookedAt = now;
     m_series = SeriesTable(*series);
     m_storedSeries = m_series.size();
     m_horizon = *horizon;
@@ -167,6 +174,8 @@ Expected<void> Recorder::Implementation::append(const QVector<Change>& changes, 
 {
     if (const Expected<void> isGood = check(changes); !isGood)
         return isGood;
+    if (const Expected<void> isThere = checkFile(now); !isThere)
+        return isThere;
     if (m_run && !m_break && now < m_now)
         m_break = Ending::ClockSetBack;
     const Transaction transaction = transactionOf(changes, now);
@@ -191,6 +200,20 @@ Expected<void> Recorder::Implementation::check(const QVector<Change>& changes) c
             return Error{QStringLiteral("no series has the number %1").arg(change.series)};
     }
     return {};
+}
+
+/// A file without a name takes all that is written, and nobody will ever read it.
+Expected<void> Recorder::Implementation::checkFile(qint64 now)
+{
+    if (!m_isTakenAway && qAbs(now - m_lookedAt) >= kAliveInterval) {
+        m_lookedAt = now;
+        m_isTakenAway = !m_file.isStill();
+    }
+    if (!m_isTakenAway)
+        return {};
+    return Error{QStringLiteral("%1: the recording was moved or removed while it was open; start"
+                                " the program again")
+                     .arg(m_file.path())};
 }
 
 bool Recorder::Implementation::isOutsideDeadband(const Change& change, const Sample& last) const

@@ -61,6 +61,9 @@ public:
     /// told. To be called about once a second also without changes: until `now` the series are
     /// known to have held their values.
     ///
+    /// An error also from when the file was moved or removed, which is looked for every 10 s, until
+    /// another recorder is made.
+    ///
     /// `steady` is in ms of a clock that nobody sets. By age is removed only what was too old when
     /// both clocks had gone along for an hour, and as time passes by this one: a clock that is
     /// wrong for a minute removes nothing. Without it `now` is trusted.

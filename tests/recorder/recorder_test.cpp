@@ -213,6 +213,26 @@ TEST_F(RecorderTest, TwoCannotRecordIntoOneFile)
     EXPECT_EQ("a.sqlite", names());
 }
 
+TEST_F(RecorderTest, AFileThatWasTakenAwayIsToldWithinTenSeconds)
+{
+    const std::unique_ptr<Recorder> recorder = open(0);
+    const int a = recorder->series(ofType("P.a", "INT"));
+    append(*recorder, {good(a, 1000, "1")}, 1000);
+    append(*recorder, {good(a, 10000, "2")}, 10000);
+    ASSERT_TRUE(QFile::rename(file, path("moved.sqlite")));
+    append(*recorder, {good(a, 19999, "3")}, 19999);
+    const std::string wanted = file.toStdString() +
+                               ": the recording was moved or removed while it was open;"
+                               " start the program again";
+    EXPECT_FALSE(succeeds(recorder->append({good(a, 20000, "4")}, 20000)));
+    EXPECT_EQ(wanted, error.toStdString());
+    EXPECT_FALSE(succeeds(recorder->append({}, 20001)));
+    EXPECT_EQ(3, recorder->recordedChanges());
+    // Another file of that name is not the one either.
+    ASSERT_TRUE(QFile::copy(path("moved.sqlite"), file));
+    EXPECT_FALSE(succeeds(recorder->append({}, 40000)));
+}
+
 TEST_F(RecorderTest, LastValuesAreThoseOfTheRunThatGoesOn)
 {
     {

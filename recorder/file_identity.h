@@ -1,0 +1,40 @@
+#ifndef PLC_RECORDER_FILE_IDENTITY_H
+#define PLC_RECORDER_FILE_IDENTITY_H
+
+#include <sys/stat.h>
+
+#include <QtCore/QFile>
+
+#include <cerrno>
+
+namespace plc::recorder {
+
+/// Which file a name leads to. What is recorded into one that was moved or removed while it was
+/// open is lost, and nothing else tells.
+class FileIdentity {
+public:
+    FileIdentity() = default;
+    explicit FileIdentity(const QString& path) : m_name(QFile::encodeName(path))
+    {
+        isThere(&m_status);
+    }
+
+    QString path() const { return QFile::decodeName(m_name); }
+    /// Whether the name leads to the same file; also when it cannot be told.
+    bool isStill() const
+    {
+        struct stat now = {};
+        return isThere(&now) ? now.st_dev == m_status.st_dev && now.st_ino == m_status.st_ino
+                             : errno != ENOENT && errno != ENOTDIR;
+    }
+
+private:
+    bool isThere(struct stat* status) const { return ::stat(m_name.constData(), status) == 0; }
+
+    QByteArray m_name;
+    struct stat m_status = {};
+};
+
+} // namespace plc::recorder
+
+#endif
