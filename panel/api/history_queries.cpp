@@ -11,6 +11,7 @@ HistoryQueries::HistoryQueries(const QString& file, const HistoryLimits& limits)
 
 HistoryQueries::~HistoryQueries()
 {
+    stop();
     m_pool.waitForDone();
 }
 
@@ -39,6 +40,8 @@ void HistoryQueries::submit(const Responder& respond, std::function<Response()> 
 
 Response HistoryQueries::answer(Answer answerOf, const HistoryQuestion& question)
 {
+    if (m_isStopping)
+        return Response::error(503, QStringLiteral("the program ends"));
     Expected<std::unique_ptr<recorder::Reader>> reader = takeReader();
     if (!reader)
         return historyFailure(reader.error());

@@ -28,6 +28,10 @@ public:
     void readSeries(const HistoryQuestion& question, const Responder& respond);
     void readCsv(const HistoryQuestion& question, const Responder& respond);
 
+    /// Questions of the past that nobody has begun to answer are refused from now on: the program
+    /// does not wait for them when it ends.
+    void stop() { m_isStopping = true; }
+
     /// Other work that waits for a disk.
     void submit(const Responder& respond, std::function<Response()> work);
 
@@ -42,6 +46,7 @@ private:
     std::mutex m_mutex;
     std::vector<std::unique_ptr<recorder::Reader>> m_idle; ///< Guarded by the mutex.
     std::atomic<int> m_waiting{0};
+    std::atomic<bool> m_isStopping{false};
     QThreadPool m_pool; ///< Ends before what its threads use.
 };
 

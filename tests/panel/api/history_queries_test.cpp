@@ -161,6 +161,29 @@ TEST_F(HistoryQueriesTest, MoreQuestionsThanMayWaitAreRefusedAtOnce)
     EXPECT_EQ(HistoryQueries::kMostWaiting, answered);
 }
 
+TEST_F(HistoryQueriesTest, WhatWaitsWhenTheProgramEndsIsRefused)
+{
+    record("T.on", "BOOL", {good(0, true)});
+    std::promise<void> goOn;
+    const std::shared_future<void> mayGoOn = goOn.get_future().share();
+    int status = 0;
+    {
+        HistoryQueries queries(file);
+        for (int i = 0; i < HistoryQueries::kReaders; ++i) {
+            queries.submit([](const Response&) {},
+                           [mayGoOn] {
+                               mayGoOn.wait();
+                               return Response::nothing();
+                           });
+        }
+        queries.readSeries(question({QStringLiteral("T.on")}),
+                           [&](const Response& response) { status = response.status; });
+        queries.stop();
+        goOn.set_value();
+    }
+    EXPECT_EQ(503, status);
+}
+
 TEST_F(HistoryQueriesTest, AggregatesKeepAllDigits)
 {
     // 1/3 for 1 s, 2/3 for 2 s: the mean is 5/9.
