@@ -1,5 +1,6 @@
 #include "gateway/broker/mosquitto_broker.h"
 
+#include "gateway/broker/client_id.h"
 #include "gateway/broker/mosquitto_connection.h"
 
 namespace plc::gateway {
@@ -23,14 +24,10 @@ void MosquittoBroker::open(const BrokerSettings& settings, const std::optional<M
     // What wakes this thread belongs to this object: Qt drops it when the object ends before.
     const auto wake = [this] {
         QMetaObject::invokeMethod(
-            this, [this] { takeEvents(m_connection); }, Qt::QueuedConnection);
+            this, [this] { takeEvents(); }, Qt::QueuedConnection);
     };
-    // Another client for each broker: a cluster keeps what a client subscribes on the node to which
-    // it came first, and refuses it at the others while that one is down.
-    const QString clientId = m_clientId + QLatin1Char('-') + settings.host + QLatin1Char('-') +
-                             QString::number(settings.port);
-    m_connection = std::make_shared<MosquittoConnection>(clientId, m_keepAlive, settings, will,
-                                                         subscriptions, wake);
+    m_connection = std::make_shared<MosquittoConnection>(
+        clientId(m_clientId, settings), m_keepAlive, settings, will, subscriptions, wake);
     m_last = m_connection;
     m_connection->start();
 }
@@ -65,12 +62,13 @@ void MosquittoBroker::waitForEnd(int milliseconds)
         m_last->waitForEnd(milliseconds);
 }
 
-void MosquittoBroker::takeEvents(const std::shared_ptr<MosquittoConnection>& connection)
+void MosquittoBroker::takeEvents()
 {
+    // A copy: the listener may have begun another connection meanwhile.
+    const std::shared_ptr<MosquittoConnection> connection = m_connection;
     if (!connection)
         return;
     for (const BrokerEvent& event : connection->takeEvents()) {
-        // The listener may have begun another connection meanwhile.
         if (connection != m_connection)
             return;
         switch (event.kind) {

@@ -34,7 +34,7 @@ public:
 
 private:
     friend class MosquittoConnection;
-    void takeEvents(const std::shared_ptr<MosquittoConnection>& connection);
+    void takeEvents();
 
     const QString m_clientId;
     const int m_keepAlive;

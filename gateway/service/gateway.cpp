@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "gateway/broker/client_id.h"
 #include "gateway/config/same_settings.h"
 
 namespace plc::gateway {
@@ -28,8 +29,7 @@ qint64 wallTime()
 Gateway::Gateway(const GatewaySettings& settings, GatewayParts parts)
     : m_settings(settings),
       m_parts(std::move(parts)),
-      m_broker(QStringLiteral("plc-gateway-%1-%2").arg(settings.group, settings.node),
-               settings.keepAlive, this),
+      m_broker(clientId(settings.group, settings.node), settings.keepAlive, this),
       m_writes(
           AuditTrail(m_parts.audit, m_parts.auditProblem),
           [this](const WriteOutcome& outcome) { m_forwarder->tell(outcome, now(), outcome.time); },
