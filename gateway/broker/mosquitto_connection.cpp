@@ -5,6 +5,7 @@
 #include <mosquitto.h>
 #include <mqtt_protocol.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -20,6 +21,10 @@ constexpr int kCloseTimeout = 3000;    // ms, for what is still to be sent
 constexpr int kLoopTime = 100;         // ms, after which the end of a connection is noticed
 constexpr int kMostWaitingMessages = 1000;
 constexpr qint64 kMostWaitingBytes = qint64(8) * 1024 * 1024;
+/// Where the system's authorities are, unless the environment tells otherwise, as for OpenSSL.
+constexpr char kSystemAuthorities[] = "/etc/ssl/certs";
+constexpr int kMostVitalMessages = 100;
+constexpr int kLongestVitalMessage = 4096; // bytes
 constexpr int kRefusedSubscription = 0x80;
 // Each takes longer, the more are not acknowledged, and packet numbers have 16 bits.
 constexpr std::size_t kMostInFlight = 1000;
@@ -182,7 +187,12 @@ QString MosquittoConnection::prepareTls()
     if (tls.authorities.isEmpty())
         code = mosquitto_int_option(m_handle, MOSQ_OPT_TLS_USE_OS_CERTS, 1);
     if (code == MOSQ_ERR_SUCCESS && !(tls.authorities.isEmpty() && tls.certificate.isEmpty())) {
-        code = mosquitto_tls_set(m_handle, OptionalText(tls.authorities).get(), nullptr,
+        // It wants authorities by name beside a certificate, also where those of the system count.
+        const QByteArray folder = qEnvironmentVariableIsSet("SSL_CERT_DIR")
+                                      ? qgetenv("SSL_CERT_DIR")
+                                      : QByteArray(kSystemAuthorities);
+        code = mosquitto_tls_set(m_handle, OptionalText(tls.authorities).get(),
+                                 tls.authorities.isEmpty() ? folder.constData() : nullptr,
                                  OptionalText(tls.certificate).get(), OptionalText(tls.key).get(),
                                  nullptr);
     }
@@ -266,8 +276,33 @@ void MosquittoConnection::handleSubscribed(int packet, bool isGranted)
     }
 }
 
+bool MosquittoConnection::isVital(const QString& topic) const
+{
+    // Some brokers tell what they keep with slashes in the place of dots.
+    const auto plain = [](QString text) {
+        return text.replace(QLatin1Char('.'), QLatin1Char('/'));
+    };
+    return std::any_of(m_subscriptions.begin(), m_subscriptions.end(),
+                       [&](const Subscription& subscription) {
+                           return subscription.isVital && plain(subscription.topic) == plain(topic);
+                       });
+}
+
 void MosquittoConnection::handleArrived(Message message)
 {
+    if (isVital(message.topic)) {
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            ++m_vitalEvents;
+            const bool isLong = message.payload.size() > kLongestVitalMessage;
+            if (m_vitalEvents <= kMostVitalMessages && !isLong) {
+                tell({BrokerEvent::Arrived, {}, std::move(message), 0});
+                return;
+            }
+        }
+        drop(QStringLiteral("more came on %1 than can be taken").arg(message.topic));
+        return;
+    }
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (m_arrivedEvents >= kMostWaitingMessages || m_arrivedBytes >= kMostWaitingBytes) {
@@ -435,6 +470,7 @@ std::deque<BrokerEvent> MosquittoConnection::takeEvents()
         m_droppedMessages = 0;
     }
     m_arrivedEvents = 0;
+    m_vitalEvents = 0;
     m_arrivedBytes = 0;
     return std::exchange(m_events, {});
 }
@@ -460,16 +496,20 @@ void MosquittoConnection::confirmMarks()
         const bool isOpen = !m_openInOrder.empty() && *m_openInOrder.begin() <= mark.behind;
         if (!mark.isAnswered || isOpen)
             return;
-        m_events.push_back({BrokerEvent::Confirmed, {}, {}, mark.number});
+        tell({BrokerEvent::Confirmed, {}, {}, mark.number});
         m_marks.pop_front();
-        if (m_events.size() == 1 && m_wake)
-            m_wake();
     }
 }
 
 void MosquittoConnection::post(BrokerEvent event)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    tell(std::move(event));
+}
+
+/// Under m_mutex.
+void MosquittoConnection::tell(BrokerEvent event)
+{
     m_events.push_back(std::move(event));
     if (m_events.size() == 1 && m_wake)
         m_wake();

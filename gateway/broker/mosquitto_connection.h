@@ -38,7 +38,8 @@ struct BrokerEvent {
 ///    there were none, and never again after forgetOwner().
 /// 3. Lost is the last event.
 /// 4. Of what is published only so much is on its way at a time; the rest waits here, in order.
-/// 5. What consumers send is kept up to a limit; what comes beyond it is counted and gone.
+/// 5. What consumers send is kept up to a limit; what comes beyond it is counted and gone. Vital
+///    topics have a limit of their own, beyond which the connection is dropped.
 class MosquittoConnection : public std::enable_shared_from_this<MosquittoConnection> {
 public:
     MosquittoConnection(const QString& clientId, int keepAlive, const BrokerSettings& settings,
@@ -85,6 +86,7 @@ private:
     void handleAcknowledged(int packet);
     void handleUnsubscribed(int packet);
     void handleArrived(Message message);
+    bool isVital(const QString& topic) const;
     void loseWith(const QString& reason);
     void enqueue(Step step);
     void handOver();
@@ -94,6 +96,7 @@ private:
     void sayGoodbye();
     void confirmMarks();
     void post(BrokerEvent event);
+    void tell(BrokerEvent event);
 
     const QByteArray m_clientId;
     const int m_keepAlive;
@@ -118,6 +121,7 @@ private:
     std::deque<BrokerEvent> m_events;
     int m_arrivedEvents = 0;
     qint64 m_arrivedBytes = 0;
+    int m_vitalEvents = 0;
     quint64 m_droppedMessages = 0;
     End m_end = End::None;
     qint64 m_endWantedAt = 0;

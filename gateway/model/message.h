@@ -17,6 +17,9 @@ struct Message {
 struct Subscription {
     QString topic;
     int qos = 1;
+    /// None of it may be missed: where more comes than can be taken, the connection ends, and the
+    /// next one begins with what the broker keeps.
+    bool isVital = false;
 };
 
 } // namespace plc::gateway

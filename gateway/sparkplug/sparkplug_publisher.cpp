@@ -82,7 +82,7 @@ QVector<Subscription> SparkplugPublisher::subscriptions() const
     QVector<Subscription> list{{m_topics.ofNode("NCMD"), 1},
                                {m_topics.ofDevice("DCMD", QStringLiteral("+")), 1}};
     if (!m_identity.primaryHost.isEmpty())
-        list.append({Topics::ofHost(m_identity.primaryHost), 1});
+        list.append({Topics::ofHost(m_identity.primaryHost), 1, true});
     return list;
 }
 

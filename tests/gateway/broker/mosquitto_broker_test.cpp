@@ -281,6 +281,89 @@ TEST_P(MosquittoBrokerTest, ManyMessagesAreCountedBeyondTheLimit)
     }));
 }
 
+TEST_P(MosquittoBrokerTest, VitalMessageArrivesInAFloodOfOthers)
+{
+    constexpr int kMostWaiting = 1000;
+    const auto slow = std::make_shared<MosquittoConnection>(
+        QStringLiteral("slow"), 10, settings(), std::nullopt,
+        QVector<Subscription>{{QStringLiteral("flood"), 0},
+                              {QStringLiteral("v1.0/state"), 1, true}},
+        [] {});
+    slow->start();
+    connect();
+    std::deque<BrokerEvent> events;
+    ASSERT_TRUE(waitUntil([&] {
+        events = slow->takeEvents();
+        return !events.empty();
+    }));
+    ASSERT_EQ(BrokerEvent::Connected, events.front().kind);
+    for (int i = 0; i < 3 * kMostWaiting; ++i)
+        m_broker.publish({QStringLiteral("flood"), "x", 0, false});
+    m_broker.publish({QStringLiteral("v1.0/state"), "online", 1, true});
+    m_broker.askConfirmation(1);
+    ASSERT_TRUE(waitUntil([this] { return m_diary.marks.size() == 1; }));
+    // What is taken only now has it behind what there was room for.
+    QThread::msleep(500);
+    bool isThere = false;
+    quint64 dropped = 0;
+    ASSERT_TRUE(waitUntil([&] {
+        for (const BrokerEvent& event : slow->takeEvents()) {
+            isThere = isThere || event.message.payload == "online";
+            dropped += event.kind == BrokerEvent::Dropped ? event.number : 0;
+        }
+        return isThere;
+    }));
+    EXPECT_GT(dropped, 0u);
+}
+
+TEST_P(MosquittoBrokerTest, FloodOfVitalMessagesEndsTheConnection)
+{
+    const auto slow = std::make_shared<MosquittoConnection>(
+        QStringLiteral("slow"), 10, settings(), std::nullopt,
+        QVector<Subscription>{{QStringLiteral("state"), 1, true}}, [] {});
+    slow->start();
+    connect();
+    ASSERT_TRUE(waitUntil([&] { return !slow->takeEvents().empty(); }));
+    for (int i = 0; i < 101; ++i)
+        m_broker.publish({QStringLiteral("state"), "x", 1, false});
+    ASSERT_TRUE(slow->waitForEnd(kPatience));
+    const std::deque<BrokerEvent> events = slow->takeEvents();
+    ASSERT_EQ(101u, events.size());
+    EXPECT_EQ("more came on state than can be taken", events.back().reason);
+}
+
+/// Begins another connection as soon as one has messages.
+class Jumper : public Diary {
+public:
+    void messageArrived(const Message& message) override
+    {
+        Diary::messageArrived(message);
+        if (messages.size() == 1)
+            begin();
+    }
+    std::function<void()> begin;
+};
+
+TEST_P(MosquittoBrokerTest, NothingOfAConnectionIsToldWhenTheNextHasBegun)
+{
+    Jumper jumper;
+    MosquittoBroker broker(QStringLiteral("five"), 10, &jumper);
+    jumper.begin = [&] {
+        broker.drop(QStringLiteral("on purpose"));
+        broker.open(settings(), {}, {});
+    };
+    broker.open(settings(), {}, {{QStringLiteral("a"), 1}});
+    ASSERT_TRUE(waitUntil([&] { return jumper.connections == 1; }));
+    connect();
+    m_broker.publish({QStringLiteral("a"), "1", 1, false});
+    m_broker.publish({QStringLiteral("a"), "2", 1, false});
+    m_broker.askConfirmation(1);
+    // Both are there when they are taken.
+    QThread::msleep(500);
+    ASSERT_TRUE(waitUntil([&] { return jumper.connections == 2; }));
+    EXPECT_EQ(1, jumper.messages.size());
+}
+
 TEST_P(MosquittoBrokerTest, EndWhileConnectedIsHarmless)
 {
     MosquittoBroker broker(QStringLiteral("three"), 10, &m_diary);

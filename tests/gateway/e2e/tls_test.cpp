@@ -28,6 +28,10 @@ public:
              file(m_name, ".key"), "-CAcreateserial", "-extfile", wanted, "-out",
              file(name, ".crt")});
     }
+    QString file(const char* name, const char* ending) const
+    {
+        return file(QLatin1String(name), ending);
+    }
     QString file(const QString& name, const char* ending) const
     {
         return m_folder + QLatin1Char('/') + name + QLatin1String(ending);
@@ -146,6 +150,33 @@ TEST_P(SecureBroker, TakesAGatewayByItsCertificate)
     ASSERT_TRUE(site.gateway.waitForLog(QStringLiteral("connected to the broker localhost")));
     EXPECT_TRUE(isTold({QStringLiteral("--key"), key.toString(), QStringLiteral("--cert"),
                         certificate.toString()}));
+}
+
+TEST_P(SecureBroker, OfTheSystemsAuthoritiesTakesAGatewayByItsCertificate)
+{
+    startBroker("require_certificate true\nuse_identity_as_username true\n");
+    // The folder of authorities, which have names that openssl gives.
+    const QString folder = path("authorities");
+    ASSERT_TRUE(QDir().mkpath(folder));
+    ASSERT_TRUE(QFile::copy(authority().certificate(), folder + QStringLiteral("/authority.crt")));
+    ASSERT_EQ(0, QProcess::execute(QStringLiteral("openssl"), {QStringLiteral("rehash"), folder}));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("SSL_CERT_DIR"), folder);
+    site.gateway.setEnvironment(environment);
+    startGateway("localhost",
+                 {{QStringLiteral("key"), authority().file("gateway", ".key")},
+                  {QStringLiteral("certificate"), authority().file("gateway", ".crt")}});
+    EXPECT_TRUE(site.gateway.waitForLog(QStringLiteral("connected to the broker localhost")));
+}
+
+TEST_P(SecureBroker, WithACertificateTellsThatTheSystemDoesNotKnowTheAuthority)
+{
+    startBroker("require_certificate true\n");
+    startGateway("localhost",
+                 {{QStringLiteral("key"), authority().file("gateway", ".key")},
+                  {QStringLiteral("certificate"), authority().file("gateway", ".crt")}});
+    EXPECT_TRUE(site.gateway.waitForLog(QStringLiteral("certificate verify failed")));
+    EXPECT_FALSE(site.gateway.log().contains(QLatin1String("connected to the broker")));
 }
 
 TEST_P(SecureBroker, OfAnotherAuthorityIsRefused)
