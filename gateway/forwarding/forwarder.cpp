@@ -17,7 +17,7 @@ constexpr int kHistoryAtOnce = 500;       // changes
 constexpr int kSlowHistory = 200;         // changes, where confirmations are late
 constexpr int kBirthInterval = 500;       // ms
 constexpr int kOwnStateInterval = 5000;   // ms
-constexpr size_t kMostOutcomes = 1000;
+constexpr size_t kMostOutcomes = 10000;
 
 bool isGood(const Sample& sample)
 {
@@ -98,8 +98,13 @@ void Forwarder::tell(const WriteOutcome& outcome, qint64 now, qint64 time)
         return;
     }
     m_outcomes.push_back(outcome);
-    if (m_outcomes.size() > kMostOutcomes)
-        m_outcomes.pop_front();
+    limitOutcomes();
+}
+
+void Forwarder::limitOutcomes()
+{
+    for (; m_outcomes.size() > kMostOutcomes; m_outcomes.pop_front())
+        ++m_counters.lostOutcomes;
 }
 
 void Forwarder::removeStrangers(qint64 now)
@@ -152,6 +157,7 @@ void Forwarder::keepWhatIsOnTheWay()
     }
     m_kept = changes + m_kept;
     m_outcomes.insert(m_outcomes.begin(), outcomes.begin(), outcomes.end());
+    limitOutcomes();
     m_historySentTo = 0;
 }
 

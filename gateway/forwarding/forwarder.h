@@ -23,6 +23,8 @@ struct ForwardingCounters {
     quint64 live = 0;       ///< Changes that were published when they were found.
     quint64 historical = 0; ///< Changes that were published from the store.
     quint64 stored = 0;     ///< Changes that were put into the store.
+    /// Outcomes of writes that were too many to be kept until they could be told.
+    quint64 lostOutcomes = 0;
 };
 
 /// Takes changes to consumers: over the broker while it takes them, through the store while it does
@@ -106,6 +108,7 @@ private:
     void holdBack(int number, State* state, const QVector<Sample>& samples);
     StoredChange named(int number, const Sample& sample) const;
     void keepWhatIsOnTheWay();
+    void limitOutcomes();
     void open(qint64 now, qint64 time);
     const NodeState& ownState(qint64 now);
     void endHistory(qint64 number, quint64 unsendable);

@@ -327,6 +327,29 @@ TEST_F(ForwarderTest, OutcomeIsToldAgainWhereItMayBeLost)
     EXPECT_EQ(QStringList{"open"}, published());
 }
 
+TEST_F(ForwarderTest, OutcomesThatAreTooManyToBeKeptAreCounted)
+{
+    WriteOutcome outcome;
+    connect();
+    for (int i = 0; i < 10000; ++i) {
+        outcome.id = QString::number(i);
+        forwarder.tell(outcome, now, now);
+    }
+    lose();
+    EXPECT_EQ(0u, forwarder.counters().lostOutcomes);
+    for (int i = 10000; i < 10003; ++i) {
+        outcome.id = QString::number(i);
+        forwarder.tell(outcome, now, now);
+    }
+    EXPECT_EQ(3u, forwarder.counters().lostOutcomes);
+    published();
+    connect();
+    const QStringList told = published();
+    EXPECT_EQ(10001, told.size());
+    EXPECT_EQ("outcome 3", told.value(1));
+    EXPECT_EQ("outcome 10002", told.last());
+}
+
 TEST_F(ForwarderTest, RemovedDeviceIsEndedAndWhatWasOnItsWayIsStored)
 {
     connect();
