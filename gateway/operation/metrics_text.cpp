@@ -121,8 +121,12 @@ void addDevices(const QVector<DeviceStatistics>& devices, Writer* writer)
 
 void addBroker(const BrokerStatistics& broker, Writer* writer)
 {
-    writer->single("plc_gateway_broker_connected", "gauge", "Whether a broker takes messages.",
+    writer->single("plc_gateway_broker_connected", "gauge", "Whether a broker is connected.",
                    quint64(broker.isConnected));
+    writer->single("plc_gateway_publishing", "gauge",
+                   "Whether values are published: a broker is connected, and the primary host is "
+                   "there, where one is configured.",
+                   quint64(broker.isPublishing));
     const double since = broker.isConnected ? double(broker.since) * kMillisecond : 0;
     writer->single("plc_gateway_broker_connected_since_timestamp_seconds", "gauge",
                    "When the connection to the broker began; 0 without one.", since);
@@ -135,6 +139,8 @@ void addBroker(const BrokerStatistics& broker, Writer* writer)
                    broker.rebirths);
     writer->single("plc_gateway_complaints_total", "counter",
                    "Messages from the broker that made no sense.", broker.complaints);
+    writer->single("plc_gateway_write_outcomes_dropped_total", "counter",
+                   "Outcomes of writes that consumers will not see.", broker.lostOutcomes);
 }
 
 void addStore(const StoreStatistics& store, Writer* writer)

@@ -77,13 +77,15 @@ struct DeviceStatistics {
 struct BrokerStatistics {
     QString name; ///< "broker.example.com:8883"
     bool isConnected = false;
-    qint64 since = 0; ///< Since when it is connected, or not; 0: it never was.
+    bool isPublishing = false; ///< It is given values: the primary host is there, too.
+    qint64 since = 0;          ///< Since when it is connected, or not; 0: it never was.
     QString problem;
-    quint64 connections = 0; ///< That came about.
-    quint64 messages = 0;    ///< Published.
-    quint64 bytes = 0;       ///< Of their payloads.
-    quint64 rebirths = 0;    ///< Births that consumers asked for.
-    quint64 complaints = 0;  ///< Messages from it that make no sense.
+    quint64 connections = 0;  ///< That came about.
+    quint64 messages = 0;     ///< Published.
+    quint64 bytes = 0;        ///< Of their payloads.
+    quint64 rebirths = 0;     ///< Births that consumers asked for.
+    quint64 complaints = 0;   ///< Messages from it that make no sense.
+    quint64 lostOutcomes = 0; ///< Of writes, which consumers will not see.
 };
 
 struct StoreStatistics {

@@ -75,6 +75,7 @@ void visitBroker(Visitor& visitor, Broker& broker)
 {
     visitor.member("name", broker.name);
     visitor.member("connected", broker.isConnected);
+    visitor.member("publishing", broker.isPublishing);
     visitor.member("since", broker.since);
     visitor.member("problem", broker.problem);
     visitor.member("connections", broker.connections);
@@ -82,6 +83,7 @@ void visitBroker(Visitor& visitor, Broker& broker)
     visitor.member("bytes", broker.bytes);
     visitor.member("rebirths", broker.rebirths);
     visitor.member("complaints", broker.complaints);
+    visitor.member("lostOutcomes", broker.lostOutcomes);
 }
 
 template <typename Visitor, typename Store>

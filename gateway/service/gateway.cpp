@@ -17,7 +17,9 @@ namespace {
 constexpr int kTickTime = 250; // ms
 constexpr int kTicksPerSecond = 1000 / kTickTime;
 constexpr int kLongestToldTopic = 256;
-constexpr int kLastWords = 2000; // ms in which the end waits for the broker
+constexpr int kLastWords = 2000;    // ms in which the end waits for the broker
+constexpr int kProvenAfter = 5000;  // ms of a connection
+constexpr int kHostPatience = 2000; // ms for a broker to tell what it keeps of the primary host
 
 qint64 wallTime()
 {
@@ -155,12 +157,30 @@ void Gateway::brokerConnected()
     m_brokerSince = wallTime();
     m_brokerReason.clear();
     ++m_counters.brokerConnections;
-    m_choice->succeeded();
+    m_connectedAt = now();
     if (!m_isHostMissing) {
         m_toldReasons.clear();
         log(QStringLiteral("connected to the broker %1").arg(brokerName()));
     }
     m_forwarder->connected(now(), wallTime(), brokerName());
+    judgeBroker();
+}
+
+/// A broker that takes values, or that has not lost us for some seconds, is as good as any. Not so
+/// one that takes a connection only for us to find that the primary host is elsewhere.
+void Gateway::judgeBroker()
+{
+    if (!m_isConnected)
+        return;
+    const qint64 lasted = now() - m_connectedAt;
+    if (isPublishing() || lasted > kProvenAfter)
+        m_choice->succeeded();
+    if (isPublishing())
+        m_isWaitTold = false;
+    else if (lasted > kHostPatience && !m_isHostMissing && !std::exchange(m_isWaitTold, true))
+        log(QStringLiteral("waits for the primary host %1, of which the broker %2 tells nothing; "
+                           "changes are stored")
+                .arg(m_settings.primaryHost, brokerName()));
 }
 
 void Gateway::brokerLost(const QString& reason)
@@ -203,12 +223,13 @@ void Gateway::messageArrived(const Message& message)
         m_writes.take(request, found == m_devices.end() ? nullptr : found->second.get());
     }
     m_forwarder->beginIfWanted(now(), wallTime());
-    if (m_isHostMissing && m_parts.publisher->mayPublish()) {
+    if ((m_isHostMissing || m_isWaitTold) && m_parts.publisher->mayPublish()) {
         m_isHostMissing = false;
         m_toldReasons.clear();
         log(QStringLiteral("the primary host is at the broker %1").arg(brokerName()));
     }
     leaveIfWanted();
+    judgeBroker();
 }
 
 /// The primary host is elsewhere: the next broker may be where it is.
@@ -279,6 +300,7 @@ void Gateway::tick()
         m_writes.secondPassed();
         tellDropped();
         tellFlooded();
+        tellLostOutcomes();
         // Values become stale without anything happening.
         for (const auto& [number, device] : m_devices)
             takeFrom(device.get());
@@ -286,6 +308,7 @@ void Gateway::tick()
     m_forwarder->tick(now(), wallTime());
     tellStore();
     tellAudit();
+    judgeBroker();
     endWhenConfirmed();
 }
 
@@ -328,6 +351,16 @@ void Gateway::tellFlooded()
     if (count > 0)
         log(QStringLiteral("%1 requests to write what is not writable were refused without an "
                            "outcome")
+                .arg(count));
+}
+
+void Gateway::tellLostOutcomes()
+{
+    const quint64 count = m_forwarder->counters().lostOutcomes - m_toldLostOutcomes;
+    m_toldLostOutcomes += count;
+    if (count > 0)
+        log(QStringLiteral("%1 outcomes of writes were too many to be kept for a broker; "
+                           "consumers will not see them")
                 .arg(count));
 }
 

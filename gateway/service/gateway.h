@@ -68,6 +68,8 @@ public:
     const WriteDesk& writes() const { return m_writes; }
     const GatewayCounters& counters() const { return m_counters; }
     bool isBrokerConnected() const { return m_isConnected; }
+    /// Whether values go out: a broker is connected, and the primary host there, if one is wanted.
+    bool isPublishing() const { return m_isConnected && m_forwarder->isLive(); }
     /// Of the broker that is connected, or tried next.
     QString brokerName() const;
     const QString& brokerReason() const { return m_brokerReason; }
@@ -98,10 +100,12 @@ private:
     void leaveIfWanted();
     void leaveBroker();
     void beginWithBrokers();
+    void judgeBroker();
     void tellDropped();
     void tellFlooded();
     void tellAudit();
     void tellStore();
+    void tellLostOutcomes();
     void endWhenConfirmed();
     void recordLastWrites();
     void log(const QString& line) const { m_parts.log(line); }
@@ -121,12 +125,15 @@ private:
     bool m_isConnected = false;
     bool m_hasOtherBrokers = false; ///< The next one to be tried is the first of a new list.
     quint64 m_toldDropped = 0;
+    quint64 m_toldLostOutcomes = 0;
+    qint64 m_connectedAt = 0;
     bool m_isLeaving = false; ///< The connection was closed from here, and is not gone yet.
     qint64 m_brokerSince = 0;
     Histogram m_latency;
     QString m_brokerReason;
     QHash<QString, QString> m_toldReasons; ///< Of each broker why it was not there, as logged.
     bool m_isHostMissing = false;          ///< The primary host has left, and that was logged.
+    bool m_isWaitTold = false;             ///< Nothing is known of the primary host, as logged.
     QString m_toldStoreError;
     QString m_toldAuditError;
     quint64 m_toldFlooded = 0;

@@ -61,7 +61,12 @@ GatewayStatistics collectStatistics(const Gateway& gateway, const QString& versi
     statistics.broker.name = gateway.brokerName();
     statistics.broker.isConnected = gateway.isBrokerConnected();
     statistics.broker.since = gateway.brokerSince();
+    statistics.broker.isPublishing = gateway.isPublishing();
     statistics.broker.problem = gateway.brokerReason();
+    if (gateway.isBrokerConnected() && !gateway.isPublishing())
+        statistics.broker.problem =
+            QStringLiteral("waits for the primary host %1").arg(gateway.settings().primaryHost);
+    statistics.broker.lostOutcomes = forwarded.lostOutcomes;
     statistics.broker.connections = counted.brokerConnections;
     statistics.broker.messages = forwarded.messages;
     statistics.broker.bytes = forwarded.bytes;

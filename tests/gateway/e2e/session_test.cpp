@@ -125,10 +125,22 @@ TEST_P(GatewaySession, PublishesNothingUntilThePrimaryHostIsOnline)
     ASSERT_TRUE(site.plc("oven").isSeen());
     other->catchUp();
     EXPECT_EQ(0, other->count("NBIRTH"));
+    // That nothing is published although a broker is there can be seen.
+    ASSERT_TRUE(site.gateway.waitForLog(QStringLiteral("waits for the primary host scada")));
+    const auto broker = [this] {
+        return site.gateway.status()[QStringLiteral("broker")].toObject();
+    };
+    EXPECT_TRUE(broker()[QStringLiteral("connected")].toBool());
+    EXPECT_FALSE(broker()[QStringLiteral("publishing")].toBool(true));
+    EXPECT_EQ("waits for the primary host scada",
+              broker()[QStringLiteral("problem")].toString().toStdString());
 
     auto host = watcher({QStringLiteral("--state"), QStringLiteral("scada")});
     EXPECT_FALSE(host->await("DBIRTH", "oven").isEmpty());
     other->await("DBIRTH", "oven");
+    EXPECT_TRUE(broker()[QStringLiteral("publishing")].toBool());
+    EXPECT_EQ("", broker()[QStringLiteral("problem")].toString().toStdString());
+    EXPECT_TRUE(site.gateway.waitForLog(QStringLiteral("the primary host is at the broker")));
     // What happens before the host is back comes later.
     host.reset(); // It is killed; the broker tells so.
     EXPECT_FALSE(other->await("NDEATH").isEmpty());
@@ -167,6 +179,28 @@ TEST_P(GatewaySession, LooksForThePrimaryHostAgainAndAgainButLogsItOnce)
     EXPECT_EQ(1, site.gateway.log().count(QLatin1String("connected to the broker")));
     EXPECT_EQ(1, site.gateway.log().count(QLatin1String("the primary host left the broker")));
     EXPECT_EQ(0, site.gateway.log().count(QLatin1String("lost the broker")));
+}
+
+TEST_P(GatewaySession, LooksForThePrimaryHostEverMoreSeldomWhereItIsAtNoBroker)
+{
+    // Six connections are three rounds, between which there are pauses of 1 s and 2 s less at most
+    // a fourth.
+    constexpr int kConnections = 6;
+    constexpr int kShortestTime = 2250; // ms
+    site.set("primaryHost", QStringLiteral("scada"));
+    site.addBroker({{QStringLiteral("host"), QStringLiteral("localhost")},
+                    {QStringLiteral("port"), port()},
+                    {QStringLiteral("protocol"), QLatin1String(GetParam())}});
+    auto host = watcher({QStringLiteral("--state"), QStringLiteral("scada")});
+    host.reset();
+    QElapsedTimer clock;
+    clock.start();
+    site.start();
+    ASSERT_TRUE(comesTrue([&] {
+        const QJsonObject broker = site.gateway.status()[QStringLiteral("broker")].toObject();
+        return broker[QStringLiteral("connections")].toInt() >= kConnections;
+    }));
+    EXPECT_GE(clock.elapsed(), kShortestTime);
 }
 
 TEST_P(GatewaySession, IsToldDeadByTheBrokerAndBringsWhatWasStoredWhenItIsBack)

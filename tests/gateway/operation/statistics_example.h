@@ -21,12 +21,14 @@ inline GatewayStatistics exampleStatistics()
     statistics.process = {12.5, 30000000};
     statistics.broker.name = QStringLiteral("127.0.0.1:1883");
     statistics.broker.isConnected = true;
+    statistics.broker.isPublishing = true;
     statistics.broker.since = kNow - 90500;
     statistics.broker.connections = 2;
     statistics.broker.messages = 1001;
     statistics.broker.bytes = 123456;
     statistics.broker.rebirths = 3;
     statistics.broker.complaints = 4;
+    statistics.broker.lostOutcomes = 13;
     statistics.store.waiting = 5;
     statistics.store.stored = 66;
     statistics.store.sent = 57;
