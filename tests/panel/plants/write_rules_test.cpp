@@ -42,6 +42,7 @@ private:
                                             .variable("level", "UINT", 1, 0)
                                             .variable("speed", "UINT", 1, 2)
                                             .variable("v", "UINT", 1, 4, {{0, 3}})
+                                            .variable("ratio", "REAL", 1, 12)
                                             .scope(QStringLiteral("R"))
                                             .variable("raw", "BYTE", 1, 0, {{0, 3}})
                                             .variable("flag", "BOOL", 1, 20)
@@ -86,6 +87,15 @@ TEST_F(WriteRulesTest, LastThatFitsCounts)
     EXPECT_EQ("", obstacle("T.speed", {Value(quint64(100))}));
     EXPECT_EQ("out of the limits 0..100", obstacle("T.speed", {Value(quint64(101))}));
     EXPECT_EQ("out of the limits 0..10", obstacle("T.level", {Value(quint64(11))}));
+}
+
+TEST_F(WriteRulesTest, TheLimitsThemselvesMayBeWrittenToAReal)
+{
+    // The nearest float is 13421773 * 2^-27, above 0.1.
+    make({{QStringLiteral("T.ratio"), 0.1, 0.1}});
+    EXPECT_EQ("", obstacle("T.ratio", {Value(0.1f)}));
+    EXPECT_EQ("out of the limits 0.1..0.1",
+              obstacle("T.ratio", {Value(13421774.0f / 134217728.0f)}));
 }
 
 TEST_F(WriteRulesTest, LimitsOfAnElementHoldForListsOverIt)
