@@ -35,10 +35,10 @@ QVector<Window> windowsOf(const QVector<Run>& runs, qint64 from, qint64 to)
 
 class Walk {
 public:
-    Walk(SqliteDatabase* database, const RecentSamples& recent, int series, qint64 from,
-         const TakeSample& take)
+    Walk(SqliteDatabase* database, const RecentSamples& recent, const SeriesIds& series,
+         qint64 from, const TakeSample& take)
         : m_recent(recent),
-          m_series(series),
+          m_series(series.ids),
           m_from(from),
           m_take(take),
           m_table(database),
@@ -61,10 +61,10 @@ private:
         return !m_isEnough;
     }
     void giveBlock(const QByteArray& samples);
-    bool walkBlocks(const Window& window);
+    bool walkBlocks(int series, const Window& window);
 
     const RecentSamples& m_recent;
-    const int m_series;
+    const QVector<int> m_series;
     const qint64 m_from;
     const TakeSample& m_take;
     BlockTable m_table;
@@ -78,10 +78,12 @@ bool Walk::walk(const Window& window)
     m_end = window.end;
     if (!give({window.run.begin, Quality::Gap, {}}))
         return true;
-    if (!walkBlocks(window))
-        return false;
-    if (!m_isEnough)
-        giveBlock(m_recent.block(m_series, window.run.id));
+    for (auto series = m_series.begin(); series != m_series.end() && !m_isEnough; ++series) {
+        if (!walkBlocks(*series, window))
+            return false;
+        if (!m_isEnough)
+            giveBlock(m_recent.block(*series, window.run.id));
+    }
     return m_isEnough || give({window.run.until, Quality::Gap, {}}) || true;
 }
 
@@ -92,15 +94,15 @@ void Walk::giveBlock(const QByteArray& samples)
     }
 }
 
-bool Walk::walkBlocks(const Window& window)
+bool Walk::walkBlocks(int series, const Window& window)
 {
     // All behind the last block that begins before a time begin later.
-    const std::optional<qint64> id = m_table.lastBefore(m_series, window.run.id, m_from);
+    const std::optional<qint64> id = m_table.lastBefore(series, window.run.id, m_from);
     const std::optional<Block> block = id ? m_table.load(*id) : std::nullopt;
     if (!block)
         return false;
     giveBlock(block->samples);
-    m_blocks.bind(0, qint64(m_series))
+    m_blocks.bind(0, qint64(series))
         .bind(1, window.run.id)
         .bind(2, m_from)
         .bind(3, window.end)
@@ -115,7 +117,7 @@ bool Walk::walkBlocks(const Window& window)
 } // namespace
 
 bool walkSamples(SqliteDatabase* database, const QVector<Run>& runs, const RecentSamples& recent,
-                 int series, qint64 from, qint64 to, const TakeSample& take)
+                 const SeriesIds& series, qint64 from, qint64 to, const TakeSample& take)
 {
     Walk walk(database, recent, series, from, take);
     if (!walk.isPrepared())

@@ -9,18 +9,19 @@
 #include "recorder/change.h"
 #include "recorder/recent_samples.h"
 #include "recorder/run.h"
+#include "recorder/series.h"
 
 namespace plc::recorder {
 
 /// Takes a sample; false: no more are wanted.
 using TakeSample = std::function<bool(const Sample&)>;
 
-/// Walks through the samples of one series in the order in which they were recorded, with gaps
+/// Walks through the samples of a value in the order in which they were recorded, with gaps
 /// where runs begin and end: those from `from` on and before `to`, and the one before them. Others
 /// may be among them. `recent` has what the batches have of the series. Returns false after a
 /// failure of the database.
 bool walkSamples(database::SqliteDatabase* database, const QVector<Run>& runs,
-                 const RecentSamples& recent, int series, qint64 from, qint64 to,
+                 const RecentSamples& recent, const SeriesIds& series, qint64 from, qint64 to,
                  const TakeSample& take);
 
 } // namespace plc::recorder

@@ -33,11 +33,13 @@ public:
     {
         return inSnapshot<QVector<Run>>([this] { return loadRuns(&m_database); });
     }
-    Expected<History> changes(int series, qint64 from, qint64 to, qint64 most, qint64 mostBytes);
-    Expected<QVector<Aggregate>> aggregates(int series, qint64 from, qint64 to, qint64 step,
-                                            qint64 mostKept);
+    Expected<History> changes(const SeriesIds& series, qint64 from, qint64 to, qint64 most,
+                              qint64 mostBytes);
+    Expected<QVector<Aggregate>> aggregates(const SeriesIds& series, qint64 from, qint64 to,
+                                            qint64 step, qint64 mostKept);
     Expected<void> inOneState(const QVector<int>& series, const std::function<void()>& work);
     Expected<QVector<Change>> lastValues();
+    Expected<QMap<int, qint64>> lastRuns();
     Expected<void> forEachChange(const TimeRange& range, const VisitChange& visit);
     Expected<qint64> countChanges();
 
@@ -87,7 +89,7 @@ private:
     }
 
     std::optional<SeriesDescription> description(int series);
-    bool walk(int series, qint64 from, qint64 to, const TakeSample& take);
+    bool walk(const SeriesIds& series, qint64 from, qint64 to, const TakeSample& take);
     bool walkRun(const Run& run, const QVector<int>& series, const TimeRange& range,
                  const VisitChange& visit, bool* isEnough);
     std::optional<qint64> addTail(LastSamples* last);
@@ -98,7 +100,8 @@ private:
     std::optional<RecentSamples> m_recent; ///< In a snapshot, of the series that it is about.
 };
 
-bool Reader::Implementation::walk(int series, qint64 from, qint64 to, const TakeSample& take)
+bool Reader::Implementation::walk(const SeriesIds& series, qint64 from, qint64 to,
+                                  const TakeSample& take)
 {
     const std::optional<QVector<Run>> runs = loadRuns(&m_database);
     return runs && walkSamples(&m_database, *runs, *m_recent, series, from, to, take);
@@ -116,10 +119,10 @@ std::optional<SeriesDescription> Reader::Implementation::description(int series)
     return SeriesDescription();
 }
 
-Expected<History> Reader::Implementation::changes(int series, qint64 from, qint64 to, qint64 most,
-                                                  qint64 mostBytes)
+Expected<History> Reader::Implementation::changes(const SeriesIds& series, qint64 from, qint64 to,
+                                                  qint64 most, qint64 mostBytes)
 {
-    return withRecent<History>({series}, [&]() -> std::optional<History> {
+    return withRecent<History>(series.ids, [&]() -> std::optional<History> {
         Timeline<Sample> timeline(from, to, {from, Quality::Gap, {}});
         qint64 bytes = 0;
         const auto isTooMuch = [&] {
@@ -140,11 +143,12 @@ Expected<History> Reader::Implementation::changes(int series, qint64 from, qint6
     });
 }
 
-Expected<QVector<Aggregate>> Reader::Implementation::aggregates(int series, qint64 from, qint64 to,
-                                                                qint64 step, qint64 mostKept)
+Expected<QVector<Aggregate>> Reader::Implementation::aggregates(const SeriesIds& series,
+                                                                qint64 from, qint64 to, qint64 step,
+                                                                qint64 mostKept)
 {
-    return withRecent<QVector<Aggregate>>({series}, [&]() -> std::optional<QVector<Aggregate>> {
-        const std::optional<SeriesDescription> described = description(series);
+    return withRecent<QVector<Aggregate>>(series.ids, [&]() -> std::optional<QVector<Aggregate>> {
+        const std::optional<SeriesDescription> described = description(series.ids.value(0, -1));
         if (!described)
             return {};
         const SeriesNumbers numbers(*described);
@@ -228,6 +232,20 @@ Expected<QVector<Change>> Reader::Implementation::lastValues()
             result.append({one.key(), isOver ? gap : one->second});
         }
         return result;
+    });
+}
+
+Expected<QMap<int, qint64>> Reader::Implementation::lastRuns()
+{
+    return inSnapshot<QMap<int, qint64>>([this]() -> std::optional<QMap<int, qint64>> {
+        LastSamples last;
+        const std::optional<QVector<Series>> all = loadSeries(&m_database);
+        if (!all || !addTail(&last) || !addBlocks(*all, &last))
+            return {};
+        QMap<int, qint64> runs;
+        for (auto one = last.constBegin(); one != last.constEnd(); ++one)
+            runs.insert(one.key(), one->first);
+        return runs;
     });
 }
 
@@ -329,13 +347,19 @@ Expected<QVector<Change>> Reader::lastValues()
     return m_implementation->lastValues();
 }
 
-Expected<History> Reader::changes(int series, qint64 from, qint64 to, qint64 most, qint64 mostBytes)
+Expected<QMap<int, qint64>> Reader::lastRuns()
+{
+    return m_implementation->lastRuns();
+}
+
+Expected<History> Reader::changes(const SeriesIds& series, qint64 from, qint64 to, qint64 most,
+                                  qint64 mostBytes)
 {
     return m_implementation->changes(series, from, to, most, mostBytes);
 }
 
-Expected<QVector<Aggregate>> Reader::aggregates(int series, qint64 from, qint64 to, qint64 step,
-                                                qint64 mostKept)
+Expected<QVector<Aggregate>> Reader::aggregates(const SeriesIds& series, qint64 from, qint64 to,
+                                                qint64 step, qint64 mostKept)
 {
     return m_implementation->aggregates(series, from, to, step, mostKept);
 }

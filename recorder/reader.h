@@ -1,6 +1,7 @@
 #ifndef PLC_RECORDER_READER_H
 #define PLC_RECORDER_READER_H
 
+#include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
@@ -61,16 +62,19 @@ public:
     /// series: its last sample, or a gap where its run is over.
     Expected<QVector<Change>> lastValues();
 
+    /// The run in which each series that was ever recorded was recorded last, by series.
+    Expected<QMap<int, qint64>> lastRuns();
+
     /// Every change in [from, to) exactly, unless they are more than `most`, or their values have
     /// more than `mostBytes`.
-    Expected<History> changes(int series, qint64 from, qint64 to, qint64 most = kAll,
+    Expected<History> changes(const SeriesIds& series, qint64 from, qint64 to, qint64 most = kAll,
                               qint64 mostBytes = kAll);
 
     /// Aggregates of a series that isNumeric(), or has no type, in steps of `step` ms, which is
     /// above 0. They are summed as they are read; the latest `mostKept` changes are in memory.
     /// Where more than these were recorded again it is read twice.
-    Expected<QVector<Aggregate>> aggregates(int series, qint64 from, qint64 to, qint64 step,
-                                            qint64 mostKept = kMostKept);
+    Expected<QVector<Aggregate>> aggregates(const SeriesIds& series, qint64 from, qint64 to,
+                                            qint64 step, qint64 mostKept = kMostKept);
 
     /// All calls of `work`, which are about these series, see one state of the file, whose latest
     /// changes are looked through once for all.

@@ -38,6 +38,14 @@ struct Series {
     SeriesDescription description;
 };
 
+/// One series, or several of one value that take turns: each run has samples of one of them.
+struct SeriesIds {
+    SeriesIds(int id) : ids{id} {}
+    SeriesIds(const QVector<int>& all) : ids(all) {}
+
+    QVector<int> ids;
+};
+
 /// The elements of a value; of a series without a type its text.
 QVector<values::Value> seriesValues(const SeriesDescription& series, const QByteArray& bytes);
 

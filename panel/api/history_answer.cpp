@@ -2,6 +2,7 @@
 
 #include <QtCore/QHash>
 
+#include <algorithm>
 #include <optional>
 
 #include "panel/api/json_text.h"
@@ -16,6 +17,14 @@ using recorder::SeriesDescription;
 
 const char kRecordedLetters[] = "gsb-";
 constexpr const char* kRecordedWords[] = {"good", "stale", "bad", "gap"};
+
+/// What a label was recorded as.
+struct Recorded {
+    SeriesDescription description;
+    QVector<int> ids; ///< Of the series that differ in nothing but the deadband; none: none.
+    /// What it was recorded as, too: with another type or unit its numbers are other numbers.
+    QVector<SeriesDescription> others;
+};
 
 host::DataPoint pointOf(const SeriesDescription& series)
 {
@@ -38,13 +47,28 @@ void appendSampleValue(const SeriesDescription& series, const Sample& sample, QB
         appendValue(pointOf(series), sample.bytes, json);
 }
 
-void appendHead(const SeriesDescription& series, QByteArray* json)
+void appendType(const SeriesDescription& series, QByteArray* json)
 {
+    appendMember("type", series.type ? QLatin1String(series.type->name) : QLatin1String(), json);
+    appendMember("unit", series.unit, json);
+}
+
+void appendHead(const Recorded& recorded, QByteArray* json)
+{
+    const SeriesDescription& series = recorded.description;
     json->append(json->endsWith('[') ? "{" : ",{");
     appendMember("plc", series.source, json);
     appendMember("label", series.label, json);
-    appendMember("type", series.type ? QLatin1String(series.type->name) : QLatin1String(), json);
-    appendMember("unit", series.unit, json);
+    appendType(series, json);
+    if (recorded.others.isEmpty())
+        return;
+    json->append(",\"others\":[");
+    for (const SeriesDescription& other : recorded.others) {
+        json->append(json->endsWith('[') ? "{" : ",{");
+        appendType(other, json);
+        json->append('}');
+    }
+    json->append(']');
 }
 
 /// What held at `from` comes first.
@@ -124,22 +148,77 @@ void appendCsvRow(const SeriesDescription& series, const Sample& sample, qint64 
     csv->append("\r\n");
 }
 
-/// In the order of the labels. Of several series of a label the one that was begun last: another
-/// type is another value. What was not recorded has the number -1.
-QVector<Series> seriesOf(const QVector<Series>& all, const HistoryQuestion& question)
+bool isAlike(SeriesDescription a, const SeriesDescription& b)
 {
-    QHash<QString, Series> byLabel;
+    a.deadband = b.deadband;
+    return a == b;
+}
+
+/// In the order in which they were begun.
+QVector<Recorded> groupsOf(const QVector<Series>& all, const QString& plc, const QString& label)
+{
+    QVector<Recorded> groups;
     for (const Series& series : all) {
-        if (series.description.source == question.plc)
-            byLabel.insert(series.description.label, series);
+        if (series.description.source != plc || series.description.label != label)
+            continue;
+        const auto group =
+            std::find_if(groups.begin(), groups.end(), [&series](const Recorded& one) {
+                return isAlike(one.description, series.description);
+            });
+        if (group != groups.end())
+            group->ids.append(series.id);
+        else
+            groups.append({series.description, {series.id}, {}});
     }
-    QVector<Series> found;
+    return groups;
+}
+
+/// The group that was recorded last, by the last runs of all series.
+Recorded latestOf(const QVector<Recorded>& groups, const QMap<int, qint64>& lastRuns)
+{
+    const auto lastRun = [&lastRuns](const Recorded& group) {
+        qint64 run = -1;
+        for (const int id : group.ids)
+            run = std::max(run, lastRuns.value(id, -1));
+        return run;
+    };
+    int latest = 0;
+    for (int i = 1; i < int(groups.size()); ++i) {
+        if (lastRun(groups[i]) >= lastRun(groups[latest]))
+            latest = i;
+    }
+    Recorded found = groups[latest];
+    for (int i = 0; i < int(groups.size()); ++i) {
+        if (i != latest)
+            found.others.append(groups[i].description);
+    }
+    return found;
+}
+
+/// In the order of the labels.
+Expected<QVector<Recorded>> recordedOf(recorder::Reader* reader, const HistoryQuestion& question)
+{
+    const Expected<QVector<Series>> all = reader->series();
+    if (!all)
+        return all.error();
+    QHash<QString, QVector<Series>> byLabel;
+    for (const Series& series : *all)
+        byLabel[series.description.label].append(series);
+    std::optional<QMap<int, qint64>> lastRuns;
+    QVector<Recorded> found;
     for (const QString& label : question.labels) {
-        Series none;
-        none.id = -1;
+        const QVector<Recorded> groups = groupsOf(byLabel.value(label), question.plc, label);
+        if (groups.size() > 1 && !lastRuns) {
+            const Expected<QMap<int, qint64>> runs = reader->lastRuns();
+            if (!runs)
+                return runs.error();
+            lastRuns = *runs;
+        }
+        Recorded none;
         none.description.source = question.plc;
         none.description.label = label;
-        found.append(byLabel.value(label, none));
+        found.append(groups.isEmpty() ? none
+                                      : latestOf(groups, lastRuns.value_or(QMap<int, qint64>())));
     }
     return found;
 }
@@ -177,10 +256,10 @@ private:
     /// Why there is no answer; nothing: it goes on.
     using Problem = std::optional<Response>;
 
-    Problem forEachSeries(Problem (Answer::*append)(const Series&));
-    Problem appendSeries(const Series& series);
-    Problem appendAggregatesOf(const Series& series);
-    Problem appendRows(const Series& series);
+    Problem forEachSeries(Problem (Answer::*append)(const Recorded&));
+    Problem appendSeries(const Recorded& recorded);
+    Problem appendAggregatesOf(const Recorded& recorded);
+    Problem appendRows(const Recorded& recorded);
     Problem checkSize() const;
     static Response tooMuch(const QString& what)
     {
@@ -196,18 +275,17 @@ private:
     QByteArray m_text;
 };
 
-Answer::Problem Answer::forEachSeries(Problem (Answer::*append)(const Series&))
+Answer::Problem Answer::forEachSeries(Problem (Answer::*append)(const Recorded&))
 {
-    const Expected<QVector<Series>> all = m_reader->series();
-    if (!all)
-        return historyFailure(all.error());
-    const QVector<Series> asked = seriesOf(*all, m_question);
+    const Expected<QVector<Recorded>> asked = recordedOf(m_reader, m_question);
+    if (!asked)
+        return historyFailure(asked.error());
     QVector<int> ids;
-    for (const Series& series : asked)
-        ids.append(series.id);
+    for (const Recorded& recorded : *asked)
+        ids += recorded.ids;
     Problem problem;
     const Expected<void> isRead = m_reader->inOneState(ids, [&] {
-        for (auto one = asked.begin(); one != asked.end() && !problem; ++one) {
+        for (auto one = asked->begin(); one != asked->end() && !problem; ++one) {
             problem = (this->*append)(*one);
             if (!problem)
                 problem = checkSize();
@@ -226,59 +304,61 @@ Answer::Problem Answer::checkSize() const
                                .arg(m_limits.bytes));
 }
 
-Answer::Problem Answer::appendSeries(const Series& series)
+Answer::Problem Answer::appendSeries(const Recorded& recorded)
 {
-    appendHead(series.description, &m_text);
+    const SeriesDescription& series = recorded.description;
+    appendHead(recorded, &m_text);
     recorder::History history;
     history.before.quality = recorder::Quality::Gap;
-    if (series.id < 0) {
-        appendChanges(series.description, history, m_question.from, &m_text);
+    if (recorded.ids.isEmpty()) {
+        appendChanges(series, history, m_question.from, &m_text);
         return {};
     }
-    const bool isNumber = series.description.type && recorder::isNumeric(series.description);
+    const bool isNumber = series.type && recorder::isNumeric(series);
     const Expected<recorder::History> changes =
-        m_reader->changes(series.id, m_question.from, m_question.to,
+        m_reader->changes(recorded.ids, m_question.from, m_question.to,
                           isNumber ? m_question.points : m_limits.changes, bytesLeft());
     if (!changes)
         return historyFailure(changes.error());
     if (changes->isCut && isNumber)
-        return appendAggregatesOf(series);
+        return appendAggregatesOf(recorded);
     if (changes->isCut)
         return tooMuch(QStringLiteral("%1 has more than %2 changes or %3 bytes")
-                           .arg(series.description.label)
+                           .arg(series.label)
                            .arg(m_limits.changes)
                            .arg(bytesLeft()));
-    appendChanges(series.description, *changes, m_question.from, &m_text);
+    appendChanges(series, *changes, m_question.from, &m_text);
     return {};
 }
 
-Answer::Problem Answer::appendAggregatesOf(const Series& series)
+Answer::Problem Answer::appendAggregatesOf(const Recorded& recorded)
 {
     const qint64 step =
         (m_question.to - m_question.from + m_question.points - 1) / m_question.points;
-    const auto aggregates = m_reader->aggregates(series.id, m_question.from, m_question.to, step);
+    const auto aggregates =
+        m_reader->aggregates(recorded.ids, m_question.from, m_question.to, step);
     if (!aggregates)
         return historyFailure(aggregates.error());
-    appendAggregates(series.description, *aggregates, step, &m_text);
+    appendAggregates(recorded.description, *aggregates, step, &m_text);
     return {};
 }
 
-Answer::Problem Answer::appendRows(const Series& series)
+Answer::Problem Answer::appendRows(const Recorded& recorded)
 {
-    if (series.id < 0)
+    if (recorded.ids.isEmpty())
         return {};
     const Expected<recorder::History> changes =
-        m_reader->changes(series.id, m_question.from, m_question.to, m_rowsLeft, bytesLeft());
+        m_reader->changes(recorded.ids, m_question.from, m_question.to, m_rowsLeft, bytesLeft());
     if (!changes)
         return historyFailure(changes.error());
     if (changes->isCut)
         return tooMuch(QStringLiteral("more than %1 changes or %2 bytes")
                            .arg(m_limits.rows)
                            .arg(m_limits.bytes));
-    appendCsvRow(series.description, changes->before, m_question.from, &m_text);
+    appendCsvRow(recorded.description, changes->before, m_question.from, &m_text);
     for (auto sample = changes->samples.begin();
          sample != changes->samples.end() && bytesLeft() >= 0; ++sample)
-        appendCsvRow(series.description, *sample, sample->time, &m_text);
+        appendCsvRow(recorded.description, *sample, sample->time, &m_text);
     m_rowsLeft -= changes->samples.size();
     return {};
 }

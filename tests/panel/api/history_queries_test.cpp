@@ -31,6 +31,21 @@ protected:
             changes.append({id, sample});
         ASSERT_TRUE(succeeds((*recorder)->append(changes, kEnd)));
     }
+    /// A run of its own, of one sample and five seconds.
+    void recordRun(qint64 begin, double deadband, const char* unit, qint16 value)
+    {
+        auto recorder = recorder::Recorder::open(file, recorder::Limits(), begin);
+        ASSERT_TRUE(succeeds(recorder)) << error.toStdString();
+        recorder::SeriesDescription series;
+        series.source = QStringLiteral("press");
+        series.label = QStringLiteral("T.level");
+        series.type = values::findIecType(QStringLiteral("INT"));
+        series.deadband = deadband;
+        series.unit = QString::fromUtf8(unit);
+        const Change change{(*recorder)->series(series), good(begin, value)};
+        ASSERT_TRUE(succeeds((*recorder)->append({change}, begin)));
+        ASSERT_TRUE(succeeds((*recorder)->end(begin + 5000)));
+    }
     template <typename Number>
     static recorder::Sample good(qint64 time, Number number)
     {
@@ -93,6 +108,42 @@ TEST_F(HistoryQueriesTest, CsvHasEachChange)
         ask(&HistoryQueries::readCsv,
             {QStringLiteral("press"), {QStringLiteral("T.level")}, 500, kEnd, 1})
             .body.toStdString());
+}
+
+TEST_F(HistoryQueriesTest, AValueGoesOnWhateverItsDeadbandWas)
+{
+    recordRun(0, 0, "", 1);
+    recordRun(10000, 0.5, "", 2);
+    recordRun(20000, 0, "", 3);
+    HistoryQuestion all = question({QStringLiteral("T.level")});
+    all.to = 30000;
+    EXPECT_THAT(series(all), testing::HasSubstr(R"("times":[0,0,5000,10000,15000,20000,25000],)"
+                                                R"("values":[null,1,null,2,null,3,null],)"
+                                                R"("qualities":["-","g","-","g","-","g","-"])"));
+    // 1, 2 and 3 for half of each ten seconds.
+    all.points = 3;
+    EXPECT_THAT(series(all), testing::HasSubstr(R"("mean":[1,2,3],"minimum":[1,2,3],)"
+                                                R"("maximum":[1,2,3],"coverage":[0.5,0.5,0.5])"));
+    EXPECT_THAT(ask(&HistoryQueries::readCsv, all).body.toStdString(),
+                testing::AllOf(testing::HasSubstr("0,press,T.level,1,"),
+                               testing::HasSubstr("10000,press,T.level,2,"),
+                               testing::HasSubstr("20000,press,T.level,3,")));
+}
+
+TEST_F(HistoryQueriesTest, NumbersOfAnotherUnitAreNotMixedInButTold)
+{
+    recordRun(0, 0, "bar", 1);
+    recordRun(10000, 0, "mbar", 2000);
+    HistoryQuestion all = question({QStringLiteral("T.level")});
+    all.to = 30000;
+    EXPECT_THAT(series(all), testing::HasSubstr(R"("type":"INT","unit":"mbar",)"
+                                                R"("others":[{"type":"INT","unit":"bar"}],)"));
+    EXPECT_THAT(series(all),
+                testing::HasSubstr(R"("times":[0,10000,15000],"values":[null,2000,null])"));
+    recordRun(20000, 0, "bar", 3);
+    EXPECT_THAT(series(all), testing::HasSubstr(R"("unit":"bar","others":[{"type":"INT",)"
+                                                R"("unit":"mbar"}],)"));
+    EXPECT_THAT(series(all), testing::HasSubstr(R"("values":[null,1,null,3,null])"));
 }
 
 TEST_F(HistoryQueriesTest, AnAnswerHasNoMoreBytesThanItMay)
