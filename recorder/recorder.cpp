@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "database/confirmed_time.h"
 #include "database/sqlite_database.h"
 #include "recorder/change_batch.h"
 #include "recorder/compaction.h"
@@ -14,7 +15,6 @@
 #include "recorder/run_table.h"
 #include "recorder/series_table.h"
 #include "recorder/write_lock.h"
-#include "values/confirmed_time.h"
 
 namespace plc::recorder {
 
@@ -119,7 +119,7 @@ private:
     qint64 m_retryAt = 0; ///< After a failure to put things in order; 0: there was none.
     bool m_isMediumFailing = false;
     Horizon m_horizon;
-    values::ConfirmedTime m_clock;
+    database::ConfirmedTime m_clock;
     std::optional<qint64> m_confirmed; ///< Of the last success.
     std::optional<qint64> m_keptFrom;  ///< What is older was removed by its age the last time.
     QString m_maintenanceError;

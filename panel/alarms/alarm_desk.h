@@ -6,9 +6,9 @@
 #include <memory>
 #include <optional>
 
+#include "database/confirmed_time.h"
 #include "panel/alarms/alarm_engine.h"
 #include "panel/alarms/alarm_history.h"
-#include "values/confirmed_time.h"
 
 namespace plc::panel {
 
@@ -63,7 +63,7 @@ private:
 
     AlarmEngine m_engine;
     std::unique_ptr<AlarmHistory> m_history;
-    values::ConfirmedTime m_clock;
+    database::ConfirmedTime m_clock;
     std::optional<qint64> m_confirmed; ///< At the last settle().
     /// By number: what the history lacks, or all of what there is where there is none.
     QMap<qint64, AlarmOccurrence> m_unsaved;

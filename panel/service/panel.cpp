@@ -41,7 +41,8 @@ Panel::Panel(const PanelSettings& settings, const QString& driver, const QString
       m_owner(std::make_unique<QObject>())
 {
     m_writes = std::make_shared<WriteDesk>(
-        &m_plants, [this](const AuditRecord& record) { return audit(record); }, &wallClock, WriteDesk::Limits());
+        &m_plants, [this](const AuditRecord& record) { return audit(record); }, &wallClock,
+        WriteDesk::Limits());
     QObject::connect(&m_seconds, &QTimer::timeout, &m_seconds, [this] { passSecond(); });
 }
 

@@ -1,8 +1,8 @@
-#include "values/confirmed_time.h"
+#include "database/confirmed_time.h"
 
 #include <algorithm>
 
-namespace plc::values {
+namespace plc::database {
 
 std::optional<qint64> ConfirmedTime::update(qint64 now, qint64 steady)
 {
@@ -21,4 +21,4 @@ std::optional<qint64> ConfirmedTime::update(qint64 now, qint64 steady)
     return std::min(*m_confirmed, now);
 }
 
-} // namespace plc::values
+} // namespace plc::database

@@ -1,8 +1,8 @@
-#include "values/confirmed_time.h"
+#include "database/confirmed_time.h"
 
 #include <gtest/gtest.h>
 
-namespace plc::values {
+namespace plc::database {
 namespace test {
 namespace {
 
@@ -54,4 +54,4 @@ TEST(ConfirmedTime, BearsAClockThatIsSlewed)
 
 } // namespace
 } // namespace test
-} // namespace plc::values
+} // namespace plc::database

@@ -1,11 +1,11 @@
-#ifndef PLC_VALUES_CONFIRMED_TIME_H
-#define PLC_VALUES_CONFIRMED_TIME_H
+#ifndef PLC_DATABASE_CONFIRMED_TIME_H
+#define PLC_DATABASE_CONFIRMED_TIME_H
 
 #include <QtCore/QtGlobal>
 
 #include <optional>
 
-namespace plc::values {
+namespace plc::database {
 
 /// A time of day that may be trusted so far that things are removed by their age: the clock of the
 /// computer may be set wrong for a while. It is taken as it is once it went along with a clock that
@@ -28,6 +28,6 @@ private:
     qint64 m_offset = 0; ///< Between the clocks, since then.
 };
 
-} // namespace plc::values
+} // namespace plc::database
 
 #endif
