@@ -1,6 +1,8 @@
 #include "panel/service/panel.h"
 
 #include <QtCore/QDateTime>
+#include <QtCore/QFileInfo>
+#include <QtCore/QStorageInfo>
 
 #include "configuration/service_paths.h"
 #include "panel/api/api_routes.h"
@@ -12,6 +14,9 @@ namespace plc::panel {
 namespace {
 
 constexpr int kSecond = 1000; // ms
+constexpr int kTryRecordingAgain = 10 * kSecond;
+/// Bytes that a disk has at least where a file can be begun.
+constexpr qint64 kLeastRoom = 256 * 1024;
 
 qint64 wallClock()
 {
@@ -27,6 +32,12 @@ ServerSettings serverSettings(const PanelSettings& settings)
     server.key = settings.key;
     server.socket = settings.socket;
     return server;
+}
+
+/// Whether a file beside this one, or more of it, has no room.
+bool isDiskFull(const QString& file)
+{
+    return QStorageInfo(QFileInfo(file).absolutePath()).bytesAvailable() < kLeastRoom;
 }
 
 } // namespace
@@ -49,6 +60,7 @@ Panel::Panel(const PanelSettings& settings, const QString& driver, const QString
 /// First whoever asks, then what is under way, which PLCs settle when they end.
 Panel::~Panel()
 {
+    m_queries.stop();
     m_server.reset();
     m_guard.reset();
     m_access.reset(); // whose thread posts what came of a login
@@ -59,6 +71,8 @@ Panel::~Panel()
     for (const std::unique_ptr<Plant>& plant : m_plants)
         plant->stop();
     m_plants.takeAll();
+    // Its run ends before anybody waits for a question of the past that takes long.
+    m_recorder.reset();
 }
 
 Expected<void> Panel::prepare()
@@ -108,7 +122,7 @@ ApiContext Panel::context()
     context.writes = m_writes.get();
     context.access = m_access.get();
     context.logins = &m_logins;
-    context.history = m_recorder ? &m_queries : nullptr;
+    context.history = m_settings.record.file.isEmpty() ? nullptr : &m_queries;
     context.alarms = m_alarms.get();
     context.recipes = m_recipes.get();
     context.audit = [this](const AuditRecord& record) { return audit(record); };
@@ -132,17 +146,16 @@ ApiContext Panel::context()
 
 Expected<void> Panel::start()
 {
-    if (!m_settings.auditFile.isEmpty()) {
-        Expected<std::unique_ptr<AuditLog>> audit =
-            AuditLog::open(m_settings.auditFile, wallClock());
-        if (!audit)
+    if (const Expected<void> audit = openAudit(); !audit) {
+        if (!isDiskFull(m_settings.auditFile))
             return audit.error();
-        m_audit = std::move(*audit);
-        if (const QString flaw = m_audit->flaw(); !flaw.isEmpty())
-            m_log(QStringLiteral("%1; see plc-panel audit").arg(flaw));
+        m_auditError = audit.error().text;
     }
-    if (const Expected<void> recording = startRecording(); !recording)
-        return recording.error();
+    if (const Expected<void> recording = startRecording(); !recording) {
+        if (!isDiskFull(m_settings.record.file))
+            return recording.error();
+        m_recordingError = recording.error().text;
+    }
     if (const Expected<void> alarms = startAlarms(); !alarms)
         return alarms.error();
     if (!m_settings.recipes.isEmpty())
@@ -172,10 +185,23 @@ Expected<void> Panel::startRecording()
         if (const Expected<void> added = m_recorder->add(*plant, now); !added)
             return added.error();
     }
+    m_recordingError.clear();
     return {};
 }
 
-/// Where changes are recorded, alarms are, too.
+/// What could not be begun for want of room on the disk.
+void Panel::tryRecordingAgain()
+{
+    const qint64 now = values::steadyTime();
+    if (m_recordingTriedAt >= 0 && now - m_recordingTriedAt < kTryRecordingAgain)
+        return;
+    m_recordingTriedAt = now;
+    if (const Expected<void> recording = startRecording(); !recording)
+        m_recordingError = recording.error().text;
+}
+
+/// Where changes are recorded, alarms are, too. On a full disk they are not kept until the program
+/// starts again.
 Expected<void> Panel::startAlarms()
 {
     const QString file = m_settings.record.file.isEmpty()
@@ -187,9 +213,13 @@ Expected<void> Panel::startAlarms()
     std::unique_ptr<AlarmHistory> history;
     if (!file.isEmpty() && !alarms.isEmpty()) {
         Expected<std::unique_ptr<AlarmHistory>> opened = AlarmHistory::open(file, {});
-        if (!opened)
+        if (!opened && !isDiskFull(file))
             return opened.error();
-        history = std::move(*opened);
+        if (opened)
+            history = std::move(*opened);
+        else
+            m_log(QStringLiteral("alarms are not kept until the next start: %1")
+                      .arg(opened.error().text));
     }
     Expected<std::unique_ptr<AlarmDesk>> desk =
         AlarmDesk::open(alarms, std::move(history), wallClock());
@@ -203,10 +233,25 @@ Expected<void> Panel::startAlarms()
     return {};
 }
 
-/// Without a file nothing is kept.
+Expected<void> Panel::openAudit()
+{
+    if (m_settings.auditFile.isEmpty() || m_audit)
+        return {};
+    Expected<std::unique_ptr<AuditLog>> audit = AuditLog::open(m_settings.auditFile, wallClock());
+    if (!audit)
+        return audit.error();
+    m_audit = std::move(*audit);
+    if (const QString flaw = m_audit->flaw(); !flaw.isEmpty())
+        m_log(QStringLiteral("%1; see plc-panel audit").arg(flaw));
+    return {};
+}
+
+/// Without a file nothing is kept. One for which the disk had no room is begun once it has.
 Expected<void> Panel::audit(const AuditRecord& record)
 {
-    Expected<void> kept = m_audit ? m_audit->append(record) : Expected<void>();
+    Expected<void> kept = openAudit();
+    if (kept && m_audit)
+        kept = m_audit->append(record);
     m_auditError = kept ? QString() : kept.error().text;
     return kept;
 }
@@ -302,10 +347,11 @@ void Panel::passSecond()
     tell(m_auditError, &m_auditTrouble);
     m_alarms->passSecond();
     tell(m_alarms->failure(), &m_alarmTrouble);
-    if (!m_recorder)
-        return;
-    m_recorder->passSecond(wallClock());
-    tell(m_recorder->status().error, &m_recorderTrouble);
+    if (!m_recorder && !m_recordingError.isEmpty())
+        tryRecordingAgain();
+    if (m_recorder)
+        m_recorder->passSecond(wallClock());
+    tell(m_recorder ? m_recorder->status().error : m_recordingError, &m_recorderTrouble);
 }
 
 /// Each trouble once.

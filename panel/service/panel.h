@@ -52,7 +52,9 @@ private:
     void linkChanged(Plant* plant) override;
     void passSecond();
     Expected<void> startRecording();
+    void tryRecordingAgain();
     Expected<void> startAlarms();
+    Expected<void> openAudit();
     Expected<void> audit(const AuditRecord& record);
     void tellReading(const QString& what, const Expected<void>& outcome);
     void recordLogins(std::optional<AuditRecord> record);
@@ -79,6 +81,8 @@ private:
     Subscriptions m_subscriptions;
     std::shared_ptr<WriteDesk> m_writes;
     std::unique_ptr<ValueRecorder> m_recorder; ///< Null: nothing is recorded.
+    QString m_recordingError;                  ///< Why there is none although there is to be one.
+    qint64 m_recordingTriedAt = -1;            ///< By the steady clock.
     std::unique_ptr<AlarmDesk> m_alarmDesk;
     std::unique_ptr<AlarmWatch> m_alarms;
     std::unique_ptr<RecipeDesk> m_recipes; ///< Null: none are kept.
