@@ -26,6 +26,9 @@ void MosquittoBroker::open(const BrokerSettings& settings, const std::optional<M
         QMetaObject::invokeMethod(
             this, [this] { takeEvents(); }, Qt::QueuedConnection);
     };
+    // One that was dropped may take its time to end, and has nothing to tell any more.
+    if (m_last)
+        m_last->forgetOwner();
     m_connection = std::make_shared<MosquittoConnection>(
         clientId(m_clientId, settings), m_keepAlive, settings, will, subscriptions, wake);
     m_last = m_connection;
