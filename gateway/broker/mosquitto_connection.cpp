@@ -317,12 +317,12 @@ void MosquittoConnection::handleArrived(Message message)
 
 void MosquittoConnection::publish(const Message& message)
 {
-    enqueue({message, 0});
+    enqueue({false, 0, message});
 }
 
 void MosquittoConnection::askConfirmation(quint64 mark)
 {
-    enqueue({std::nullopt, mark});
+    enqueue({true, mark, {}});
 }
 
 void MosquittoConnection::enqueue(Step step)
@@ -338,8 +338,8 @@ void MosquittoConnection::enqueue(Step step)
 void MosquittoConnection::handOver()
 {
     const std::lock_guard<std::mutex> lock(m_handleMutex);
-    while (const std::optional<Step> step = nextStep()) {
-        const QString problem = step->message ? send(*step->message) : ask(step->mark);
+    for (Step step; takeStep(&step);) {
+        const QString problem = step.isMark ? ask(step.mark) : send(step.message);
         // What follows would hide that this is missing.
         if (!problem.isEmpty()) {
             drop(problem);
@@ -348,14 +348,14 @@ void MosquittoConnection::handOver()
     }
 }
 
-std::optional<MosquittoConnection::Step> MosquittoConnection::nextStep()
+bool MosquittoConnection::takeStep(Step* step)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_waiting.empty() || m_open.size() >= kMostInFlight || m_end == End::Drop)
-        return std::nullopt;
-    Step step = std::move(m_waiting.front());
+        return false;
+    *step = std::move(m_waiting.front());
     m_waiting.pop_front();
-    return step;
+    return true;
 }
 
 /// Under m_handleMutex. Returns what is wrong.

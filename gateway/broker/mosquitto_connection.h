@@ -64,8 +64,9 @@ private:
 
     /// What is to go out: a message, or the question for a mark.
     struct Step {
-        std::optional<Message> message;
-        quint64 mark;
+        bool isMark = false;
+        quint64 mark = 0;
+        Message message;
     };
 
     /// Something the broker acknowledges, in the order in which it was handed over.
@@ -90,7 +91,8 @@ private:
     void loseWith(const QString& reason);
     void enqueue(Step step);
     void handOver();
-    std::optional<Step> nextStep();
+    /// False: nothing is to be handed over now.
+    bool takeStep(Step* step);
     QString send(const Message& message);
     QString ask(quint64 mark);
     void sayGoodbye();
