@@ -256,6 +256,16 @@ protected:
         connection->send("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
         EXPECT_TRUE(connection->waitFor("\r\n\r\n"));
     }
+    /// Until the client's buffers are full and the rest stays here.
+    void fillTheClient()
+    {
+        const int most = EventStream::kMostWaiting - 2 * int(frame->size());
+        while (events->waiting() < most) {
+            while (events->waiting() < most)
+                ASSERT_TRUE(events->push(frame));
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+    }
     void expectNoConnections()
     {
         for (int i = 0; i < 1000 && server->statistics().connections > 0; ++i)
@@ -273,21 +283,16 @@ protected:
 TEST_F(HostileReaders, OfNothingLoseTheConnectionWithTheirStream)
 {
     stream();
-    while (events->push(frame))
-        std::this_thread::yield();
+    fillTheClient();
+    while (events->push(frame)) {
+    }
     expectNoConnections();
 }
 
 TEST_F(HostileReaders, OfNothingLoseTheConnectionWhenTheirStreamIsClosed)
 {
     stream();
-    // Until the client's buffers are full and the rest stays here.
-    const int most = EventStream::kMostWaiting - 2 * int(frame->size());
-    while (events->waiting() < most) {
-        while (events->waiting() < most)
-            ASSERT_TRUE(events->push(frame));
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
+    fillTheClient();
     events->close();
     expectNoConnections();
 }
