@@ -48,7 +48,7 @@ public:
                 case EventStream::Reading::End:
                     return MHD_CONTENT_READER_END_OF_STREAM;
                 case EventStream::Reading::CutOff:
-                    return MHD_CONTENT_READER_END_WITH_ERROR;
+                    return cutOff();
                 case EventStream::Reading::Nothing:
                     break;
             }
@@ -60,6 +60,12 @@ public:
     }
 
 private:
+    ssize_t cutOff()
+    {
+        m_connection->suspension->expire();
+        return MHD_CONTENT_READER_END_WITH_ERROR;
+    }
+
     const std::shared_ptr<EventStream> m_stream;
     ServerCore* const m_core;
     const std::shared_ptr<Connection> m_connection;

@@ -39,6 +39,14 @@ bool Suspension::hasEnded() const
     return m_hasEnded;
 }
 
+void Suspension::expire()
+{
+    constexpr unsigned int kSoon = 1; // s
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_connection)
+        ::MHD_set_connection_option(m_connection, MHD_CONNECTION_OPTION_TIMEOUT, kSoon);
+}
+
 void Suspension::forget()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);

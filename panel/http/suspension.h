@@ -24,6 +24,10 @@ public:
     /// The connection never rests again, for a server can only be stopped when none does.
     void end();
     bool hasEnded() const;
+    /// To be called when the reader of a response fails: libmicrohttpd closes the connection, but
+    /// looks at it again only when something happens on its socket, which a client that reads
+    /// nothing never lets happen, or when its time is over, as is soon then.
+    void expire();
     /// The connection is no more.
     void forget();
 

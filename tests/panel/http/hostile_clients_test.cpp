@@ -289,6 +289,14 @@ TEST_F(HostileReaders, OfNothingLoseTheConnectionWithTheirStream)
     expectNoConnections();
 }
 
+TEST_F(HostileReaders, OfNothingLoseTheConnectionWithAStreamThatIsCutOffAtOnce)
+{
+    stream();
+    while (events->push(frame))
+        std::this_thread::yield();
+    expectNoConnections();
+}
+
 TEST_F(HostileReaders, OfNothingLoseTheConnectionWhenTheirStreamIsClosed)
 {
     stream();
