@@ -16,6 +16,8 @@ namespace plc::panel {
 namespace {
 
 constexpr int kHashDigits = 64;
+/// Characters behind the beginning of a text that is not told whole.
+constexpr int kLongestSummary = kHashDigits + 48;
 constexpr char kTimeKey[] = "{\"time\":\"";
 
 QByteArray timeField(qint64 time)
@@ -83,7 +85,7 @@ QString auditText(const QString& text)
     if (int(text.size()) <= kLongestAuditText)
         return text;
     return QStringLiteral("%1… (%2 characters, SHA-256 %3)")
-        .arg(text.left(kLongestAuditText))
+        .arg(text.left(kLongestAuditText - kLongestSummary))
         .arg(text.size())
         .arg(QString::fromLatin1(sha256(text.toUtf8())));
 }

@@ -33,9 +33,9 @@ struct AuditRecord {
 // random digits there, that of a file that goes on with a chain the hash of the last line of the
 // file before. Lines are given without their end.
 
-/// Texts longer than this (characters) are told by their beginning, length and hash, which
-/// auditText() gives.
-constexpr int kLongestAuditText = 48 * 1024;
+constexpr int kLongestAuditText = 48 * 1024; ///< Characters.
+/// As a line has the text: of a longer one its beginning, length and hash, which is not too long
+/// any more.
 QString auditText(const QString& text);
 constexpr qint64 kLongestAuditLine = qint64(1024) * 1024; ///< Bytes.
 

@@ -109,6 +109,16 @@ TEST(AuditLine, TellsALongValueByItsBeginningLengthAndHash)
     EXPECT_TRUE(parseAuditLine(line));
 }
 
+TEST(AuditLine, TellsALongValueOnceHoweverOftenItIsAsked)
+{
+    const QString told = auditText(QString(1000000, QLatin1Char('7')));
+    EXPECT_TRUE(told.contains(QLatin1String("(1000000 characters, SHA-256 ")));
+    EXPECT_LE(int(told.size()), kLongestAuditText);
+    EXPECT_EQ(told, auditText(told));
+    const QString longest(kLongestAuditText, QLatin1Char('7'));
+    EXPECT_EQ(longest, auditText(longest));
+}
+
 TEST(Sha256, IsTheOneOfSha256sum)
 {
     // printf abc | sha256sum
