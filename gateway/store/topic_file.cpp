@@ -3,7 +3,8 @@
 #include <QtCore/QFile>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
-#include <QtCore/QSaveFile>
+
+#include "streams/file_replacement.h"
 
 namespace plc::gateway {
 namespace {
@@ -102,14 +103,14 @@ QString TopicFile::append(const QByteArray& lines) const
 
 QString TopicFile::rewrite() const
 {
-    QSaveFile file(m_path);
-    if (!file.open(QIODevice::WriteOnly))
-        return file.errorString();
+    streams::FileReplacement file(m_path);
+    if (!file.open())
+        return file.reason();
     for (auto broker = m_topics.begin(); broker != m_topics.end(); ++broker) {
         for (const QString& topic : broker.value())
             file.write(lineOf(kAdded, broker.key(), topic));
     }
-    return file.commit() ? QString() : file.errorString();
+    return file.commit() ? QString() : file.reason();
 }
 
 } // namespace plc::gateway
