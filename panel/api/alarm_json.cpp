@@ -13,12 +13,6 @@ void appendTimeMember(const char* key, const std::optional<qint64>& time, QByteA
     appendTime(time.value_or(0), json);
 }
 
-void appendTruth(const char* key, bool value, QByteArray* json)
-{
-    appendKey(key, json);
-    json->append(value ? "true" : "false");
-}
-
 /// The type that a value of an alarm which is not configured any more may have had.
 const values::IecType& widestType(const values::Value& value)
 {

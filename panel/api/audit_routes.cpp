@@ -16,7 +16,7 @@ Response auditResponse(const QString& file, qint64 from, int limit)
     const bool isIntact = verified->flaw == AuditVerification::None;
     QByteArray json = "{";
     appendMember("total", page->total, &json);
-    json.append(",\"intact\":").append(isIntact ? "true" : "false");
+    appendTruth("intact", isIntact, &json);
     appendMember("flaw", verified->sentence, &json);
     appendMember("head", QString::fromLatin1(verified->head), &json);
     json.append(",\"lines\":[");

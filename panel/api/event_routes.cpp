@@ -51,7 +51,7 @@ void appendItem(const Subscriptions::Item& item, QByteArray* json)
         appendMember("type", QLatin1String(point.type->name), json);
         appendMember("unit", exchange::shownUnit(point), json);
         appendMember("description", point.description, json);
-        json->append(",\"writable\":").append(item.plant->isWritable(point) ? "true" : "false");
+        appendTruth("writable", item.plant->isWritable(point), json);
     }
     json->append('}');
 }

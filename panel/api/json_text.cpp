@@ -151,6 +151,12 @@ void appendKey(const char* key, QByteArray* json)
     json->append('"').append(key).append("\":");
 }
 
+void appendTruth(const char* key, std::optional<bool> truth, QByteArray* json)
+{
+    appendKey(key, json);
+    json->append(!truth ? "null" : *truth ? "true" : "false");
+}
+
 void appendMember(const char* key, const QString& text, QByteArray* json)
 {
     appendKey(key, json);

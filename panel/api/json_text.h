@@ -5,6 +5,8 @@
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
+#include <optional>
+
 #include "host/points/data_point.h"
 #include "panel/model/live_value.h"
 #include "values/expected.h"
@@ -36,6 +38,8 @@ void appendKey(const char* key, QByteArray* json);
 /// Members of an object, each behind a comma.
 void appendMember(const char* key, const QString& text, QByteArray* json);
 void appendMember(const char* key, qint64 number, QByteArray* json);
+/// null: not known.
+void appendTruth(const char* key, std::optional<bool> truth, QByteArray* json);
 
 /// The values that a client means; 64-bit integers as numbers or as texts of digits.
 Expected<QVector<values::Value>> valuesOfClient(const host::DataPoint& point,

@@ -37,7 +37,7 @@ void appendPlant(const Plant& plant, QByteArray* json)
     appendMember("title", plant.project().name.isEmpty() ? plant.name() : plant.project().name,
                  json);
     appendMember("address", plant.address(), json);
-    json->append(",\"readOnly\":").append(plant.isReadOnly() ? "true" : "false");
+    appendTruth("readOnly", plant.isReadOnly(), json);
     json->append(",\"link\":{");
     appendLinkMembers(plant.link(), json);
     json->append('}');
@@ -95,7 +95,7 @@ Response symbolResponse(const SymbolQuestion& question)
         return notFound(list.error().text);
     QByteArray json = "{";
     appendMember("under", question.under, &json);
-    json.append(",\"complete\":").append(list->isComplete ? "true" : "false");
+    appendTruth("complete", list->isComplete, &json);
     json.append(",\"symbols\":[");
     for (const ListedSymbol& symbol : list->symbols)
         appendSymbol(question, symbol, &json);

@@ -19,12 +19,6 @@ void appendContent(const char* key, const std::optional<RecipeContent>& content,
     json->append(valueText(point, content->values));
 }
 
-void appendTruth(const char* key, const std::optional<bool>& value, QByteArray* json)
-{
-    appendKey(key, json);
-    json->append(!value ? "null" : *value ? "true" : "false");
-}
-
 /// What both the list and a recipe itself have, without the values.
 void appendHead(const QString& name, const QString& plc, qint64 savedAt, const QString& savedBy,
                 QByteArray* json)

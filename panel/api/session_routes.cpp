@@ -18,20 +18,15 @@ void appendTextOrNull(const char* key, const QString& text, QByteArray* json)
         json->append(",\"").append(key).append("\":null");
 }
 
-QByteArray truth(bool value)
-{
-    return value ? "true" : "false";
-}
-
 QByteArray sessionText(const ApiContext& context, const Caller& caller)
 {
     QByteArray json = "{";
     appendMember("time", context.time(), &json);
     appendTextOrNull("user", caller.user, &json);
     appendTextOrNull("role", roleName(caller.role), &json);
-    json.append(",\"loginRequired\":").append(truth(context.access->isLoginRequired()));
-    json.append(",\"readOnly\":").append(truth(context.isReadOnly));
-    json.append(",\"audit\":").append(truth(!context.auditFile.isEmpty()));
+    appendTruth("loginRequired", context.access->isLoginRequired(), &json);
+    appendTruth("readOnly", context.isReadOnly, &json);
+    appendTruth("audit", !context.auditFile.isEmpty(), &json);
     appendMember("version", context.version, &json);
     appendMember("instance", QString::fromLatin1(context.instance), &json);
     return json;

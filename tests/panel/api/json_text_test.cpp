@@ -94,5 +94,14 @@ TEST(JsonMembers, AreSeparated)
     EXPECT_EQ(R"({"a":1,"b":"x","c":null)", json.toStdString());
 }
 
+TEST(JsonMembers, MayBeTrueFalseOrNotKnown)
+{
+    QByteArray json = "{";
+    appendTruth("a", true, &json);
+    appendTruth("b", false, &json);
+    appendTruth("c", std::nullopt, &json);
+    EXPECT_EQ(R"({"a":true,"b":false,"c":null)", json.toStdString());
+}
+
 } // namespace
 } // namespace plc::panel
