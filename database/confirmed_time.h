@@ -13,9 +13,9 @@ namespace plc::database {
 /// as that one.
 class ConfirmedTime {
 public:
-    static constexpr qint64 kProbation = 3600 * 1000; // ms
+    static constexpr qint64 kProbation = qint64(3600) * 1000; // ms
     /// Clocks are slewed without being set.
-    static constexpr qint64 kDeviation = 10 * 1000; // ms
+    static constexpr qint64 kDeviation = qint64(10) * 1000; // ms
 
     /// `now` by the computer's clock, `steady` by one that nobody sets, both in ms. Returns the
     /// latest time that is confirmed, never one behind `now`; nothing before the first hour.

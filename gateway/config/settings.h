@@ -60,9 +60,9 @@ struct GatewaySettings {
     QVector<BrokerSettings> brokers; ///< In the order in which they are tried.
     int keepAlive = 10;              ///< Seconds.
     QString storeFile;
-    qint64 storeSize = 100 * 1024 * 1024; ///< Bytes on disk at most.
-    int historyRate = 2000;               ///< Stored changes sent in a second at most.
-    QString auditFile;                    ///< Empty: none; then nothing may be writable.
+    qint64 storeSize = qint64(100) * 1024 * 1024; ///< Bytes on disk at most.
+    int historyRate = 2000;                       ///< Stored changes sent in a second at most.
+    QString auditFile;                            ///< Empty: none; then nothing may be writable.
     MetricsSettings metrics;
     QString statusSocket; ///< Path of the Unix socket for `plc-gateway status`; empty: none.
     QVector<DeviceSettings> devices;

@@ -24,7 +24,7 @@ struct StoredChange {
 };
 
 /// Bytes on disk below which no store is made.
-constexpr qint64 kSmallestStore = 1024 * 1024;
+constexpr qint64 kSmallestStore = qint64(1024) * 1024;
 /// All of it is read when it is opened.
 constexpr qint64 kLargestStore = qint64(10) * 1024 * 1024 * 1024;
 

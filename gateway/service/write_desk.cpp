@@ -114,13 +114,19 @@ QString WriteDesk::obstacle(const WriteRequest& request, const WriteTarget* targ
     return QString();
 }
 
-void WriteDesk::refuse(WriteOutcome outcome, const QString& reason)
+WriteOutcome WriteDesk::refusalOf(WriteOutcome outcome, const QString& reason) const
 {
     outcome.kind = WriteOutcome::Refused;
     outcome.reason = reason;
     outcome.time = m_time();
-    m_audit.addRefusal(outcome);
-    tell(outcome);
+    return outcome;
+}
+
+void WriteDesk::refuse(const WriteOutcome& outcome, const QString& reason)
+{
+    const WriteOutcome refusal = refusalOf(outcome, reason);
+    m_audit.addRefusal(refusal);
+    tell(refusal);
 }
 
 /// A request for what is not writable, or, where nothing is known of it, not there.
@@ -132,16 +138,12 @@ void WriteDesk::refuseStranger(const WriteOutcome& outcome, const QString& reaso
         return;
     }
     --m_refusalsLeft;
-    WriteOutcome refusal = outcome;
+    WriteOutcome refusal = refusalOf(outcome, reason);
     refusal.value = shortened(outcome.value);
-    if (isKnown) {
-        refuse(refusal, reason);
-        return;
-    }
-    refusal.kind = WriteOutcome::Refused;
-    refusal.reason = reason;
-    refusal.time = m_time();
-    m_audit.countRefusal();
+    if (isKnown)
+        m_audit.addRefusal(refusal);
+    else
+        m_audit.countRefusal();
     tell(refusal);
 }
 

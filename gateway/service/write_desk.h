@@ -52,7 +52,8 @@ public:
 
 private:
     QString obstacle(const WriteRequest& request, const WriteTarget* target) const;
-    void refuse(WriteOutcome outcome, const QString& reason);
+    WriteOutcome refusalOf(WriteOutcome outcome, const QString& reason) const;
+    void refuse(const WriteOutcome& outcome, const QString& reason);
     void refuseStranger(const WriteOutcome& outcome, const QString& reason, bool isKnown);
     void settle(WriteOutcome outcome, const Metric& metric, const host::TransferOutcome& ending);
     void tell(const WriteOutcome& outcome);
