@@ -16,6 +16,7 @@ test("a line of an outcome tells who has changed what, and how it ended", () => 
   });
   assert.equal(of({ outcome: "unknown" }).word, "not known");
   assert.equal(of({ outcome: "notSent" }).word, "not sent");
+  assert.equal(of({ outcome: "notDone" }).word, "not done");
   assert.equal(of({ outcome: "locked" }).word, "locked");
 });
 

@@ -20,6 +20,7 @@ export function lineOf(text) {
 
 function endOf(phase, outcome) {
   if (phase !== "outcome") return { outcome: "asked", word: "asked for" };
+  if (outcome === "notDone") return { outcome, word: "not done" }; // the panel itself could not
   return { outcome, word: OUTCOMES[outcome]?.word ?? outcome };
 }
 
