@@ -14,7 +14,7 @@ namespace plc::recorder {
 /// How much may wait for a disk that is slow.
 struct QueueLimits {
     qint64 changes = 1000000;
-    qint64 bytes = 64 * 1024 * 1024; ///< Of values, and of what the queue itself needs.
+    qint64 bytes = qint64(64) * 1024 * 1024; ///< Of values, and of what the queue itself needs.
 };
 
 /// Changes that wait to be recorded, with a limit. What it has no room for is dropped, until half

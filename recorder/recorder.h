@@ -17,7 +17,7 @@ namespace plc::recorder {
 /// series held at the end of what went stays.
 struct Limits {
     /// Smallest size that can be asked for.
-    static constexpr qint64 kSmallest = 1024 * 1024;
+    static constexpr qint64 kSmallest = qint64(1024) * 1024;
 
     qint64 size = 0; ///< Bytes of the file, without the journal beside it; 0: as large as it gets.
     /// Milliseconds; up to a 32nd more is kept, and more while the time is not confirmed, see

@@ -11,7 +11,7 @@ namespace {
 
 /// What a message of history holds at most; a sample that is larger goes alone.
 constexpr int kMostSamplesOfMessage = 500;
-constexpr std::size_t kMostBytesOfMessage = 256 * 1024;
+constexpr std::size_t kMostBytesOfMessage = std::size_t(256) * 1024;
 
 /// Messages of a session are numbered in a circle.
 constexpr int kMessageNumbers = 256;

@@ -56,7 +56,7 @@ public:
         m_newNames.insert(key);
         // A name of Latin letters has one byte for each, one of Chinese signs three.
         m_bytes += 2 * kRowOverhead +
-                   3 * (change.device.size() + change.metric.size() + change.type.size());
+                   qint64(3) * (change.device.size() + change.metric.size() + change.type.size());
     }
     qint64 pages() const { return m_bytes / kFilledOfPage + kSparePages; }
 
@@ -130,7 +130,7 @@ ChangeDatabase::Opening SqliteChangeStore::openFile()
 
 Expected<void> SqliteChangeStore::openDatabase()
 {
-    const Expected<void> opened = openAndFit();
+    Expected<void> opened = openAndFit();
     m_problem = opened ? QString() : opened.error().text;
     return opened;
 }
@@ -183,7 +183,7 @@ Expected<void> SqliteChangeStore::setAside(const QString& reason, std::optional<
 /// Call after a call of the database failed. Tells why; sets a damaged one aside.
 Error SqliteChangeStore::failed()
 {
-    const Error error{m_database->error()};
+    Error error{m_database->error()};
     const bool isDamaged = m_database->isDamaged();
     m_database->rollback();
     if (isDamaged) {

@@ -190,7 +190,7 @@ Expected<void> AuditLog::reopen(qint64 time)
         ::fstat(m_file.descriptor, &own) == 0 && there.st_dev == own.st_dev &&
         there.st_ino == own.st_ino)
         return {};
-    const Expected<void> changed = change(time);
+    Expected<void> changed = change(time);
     m_isWorking = m_isWorking || changed;
     return changed;
 }

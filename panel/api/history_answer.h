@@ -19,7 +19,7 @@ struct HistoryQuestion {
 
 /// How much one answer may have; it is in memory as a whole.
 struct HistoryLimits {
-    qint64 bytes = 32 * 1000 * 1000;
+    qint64 bytes = qint64(32) * 1000 * 1000;
     qint64 changes = 100000; ///< Of a series of which no aggregates are made.
     qint64 rows = 500000;    ///< Of a CSV.
 };

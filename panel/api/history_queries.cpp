@@ -45,7 +45,7 @@ Response HistoryQueries::answer(Answer answerOf, const HistoryQuestion& question
     Expected<std::unique_ptr<recorder::Reader>> reader = takeReader();
     if (!reader)
         return historyFailure(reader.error());
-    const Response response = answerOf(reader->get(), question, m_limits);
+    Response response = answerOf(reader->get(), question, m_limits);
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_idle.push_back(std::move(*reader));
     return response;

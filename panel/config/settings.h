@@ -24,7 +24,7 @@ struct PanelSettings {
     QString address = QStringLiteral("127.0.0.1"); ///< Empty: no TCP.
     quint16 port = 8080;
     QStringList hosts; ///< Names by which browsers reach it, beside the address and localhost.
-    QString socket; ///< Path of a Unix socket; empty: none.
+    QString socket;    ///< Path of a Unix socket; empty: none.
     QString certificate;
     QString key;
     QString usersFile; ///< Empty: whoever reaches the panel may do everything.
