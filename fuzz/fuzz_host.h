@@ -8,8 +8,7 @@
 #include "guarded_memory.h"
 #include "promise.h"
 
-namespace plc {
-namespace fuzz {
+namespace plc::fuzz {
 
 /// A host around a driver as after loading, with one scope MAIN: a variable of each type code, t0
 /// to t18, and an array of structures, rec.
@@ -157,7 +156,6 @@ private:
 
 inline bool FuzzHost::s_calledUnlocked = false;
 
-} // namespace fuzz
-} // namespace plc
+} // namespace plc::fuzz
 
 #endif

@@ -8,8 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace plc {
-namespace fuzz {
+namespace plc::fuzz {
 
 /// Reads an input from its front. Behind its end there are zeros.
 class FuzzInput {
@@ -105,7 +104,6 @@ private:
     std::size_t m_left;
 };
 
-} // namespace fuzz
-} // namespace plc
+} // namespace plc::fuzz
 
 #endif

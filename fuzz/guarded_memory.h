@@ -9,8 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace plc {
-namespace fuzz {
+namespace plc::fuzz {
 
 /// Memory that ends at an unmapped page: reading a single byte behind what is placed in it ends the
 /// process. What is placed stays until the next is.
@@ -59,7 +58,6 @@ private:
     char* m_end;
 };
 
-} // namespace fuzz
-} // namespace plc
+} // namespace plc::fuzz
 
 #endif

@@ -4,8 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace plc {
-namespace fuzz {
+namespace plc::fuzz {
 
 /// Ends the process with a report when a promise is broken.
 inline void require(bool isTrue, const char* promise)
@@ -16,7 +15,6 @@ inline void require(bool isTrue, const char* promise)
     std::abort();
 }
 
-} // namespace fuzz
-} // namespace plc
+} // namespace plc::fuzz
 
 #endif

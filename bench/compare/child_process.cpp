@@ -11,8 +11,7 @@
 
 #include "sockets.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 /// In the new process: becomes the program, with its output in the pipe and without input.
@@ -69,5 +68,4 @@ ChildProcess::~ChildProcess()
     ::waitpid(m_id, nullptr, 0);
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -5,8 +5,7 @@
 
 #include <sys/types.h>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// A server or proxy in a process of its own, so that its processor time is not the client's. It
 /// prints its port first and ends with this process.
@@ -24,7 +23,6 @@ private:
     quint16 m_port = 0;
 };
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -4,8 +4,7 @@
 #include "plant.h"
 #include "recorder.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// One of those that are compared.
 class Client {
@@ -20,7 +19,6 @@ public:
 /// No client takes longer than this for an answer, in milliseconds.
 constexpr int kAnswerTimeout = 30000;
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -17,8 +17,7 @@
 #include "libmodbus_client.h"
 #include "qt_modbus_client.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 /// One entry takes the whole block; its reply is far below the largest that the protocol has.
@@ -272,5 +271,4 @@ const Result* find(const std::vector<Result>& results, Work work, int delay, Pee
     return nullptr;
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

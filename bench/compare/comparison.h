@@ -9,8 +9,7 @@
 #include "plant.h"
 #include "recorder.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Those that are compared; the first three are this repository's host in several ways of use.
 enum class Peer { Host, HostShortEntries, HostLabelsEach, Libmodbus, Qt, QtOneByOne };
@@ -46,7 +45,6 @@ double speedRatio(const std::vector<Result>& results, const Result& result, Peer
 /// The result of a peer, or null.
 const Result* find(const std::vector<Result>& results, Work work, int delay, Peer peer);
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -12,8 +12,7 @@
 
 #include "sockets.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -123,5 +122,4 @@ void runDelayingProxy(quint16 serverPort, std::chrono::microseconds roundTrip)
     }
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -5,14 +5,12 @@
 
 #include <chrono>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Relays one client at a time to a server, byte for byte and in both directions at once, and holds
 /// back what goes each way for half of the round-trip time. Never returns.
 [[noreturn]] void runDelayingProxy(quint16 serverPort, std::chrono::microseconds roundTrip);
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

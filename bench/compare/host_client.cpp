@@ -10,8 +10,7 @@
 #include "registers.h"
 #include "setup/runtime_settings.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 project::Project projectWith(const project::Project& plant, int maxReadBytes)
@@ -258,5 +257,4 @@ void HostClient::measure(Work work, quint16 port, Recorder* recorder)
         giveUp(QStringLiteral("plc: %1: wrong values").arg(titleOf(work)));
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

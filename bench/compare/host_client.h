@@ -5,8 +5,7 @@
 #include "host/driver/driver_functions.h"
 #include "project/project.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// How the host is told to do the work.
 struct HostSettings {
@@ -30,7 +29,6 @@ private:
     const HostSettings m_settings;
 };
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

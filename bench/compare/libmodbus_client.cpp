@@ -8,8 +8,7 @@
 
 #include "registers.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 struct Closer {
@@ -111,5 +110,4 @@ void LibmodbusClient::measure(Work work, quint16 port, Recorder* recorder)
         giveUp(QStringLiteral("libmodbus: %1: wrong values").arg(titleOf(work)));
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

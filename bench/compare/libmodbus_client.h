@@ -3,8 +3,7 @@
 
 #include "client.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// libmodbus as its interface is meant: each call sends a request and waits for its answer.
 class LibmodbusClient : public Client {
@@ -12,7 +11,6 @@ public:
     void measure(Work work, quint16 port, Recorder* recorder) override;
 };
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -8,8 +8,7 @@
 #include "registers.h"
 #include "sockets.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 modbus_mapping_t* newMapping()
@@ -65,5 +64,4 @@ void runLibmodbusServer()
     }
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -9,8 +9,7 @@
 #include "report.h"
 #include "requirements.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 constexpr char kAbout[] =
@@ -129,8 +128,7 @@ private:
 };
 
 } // namespace
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 int main(int argc, char** argv)
 {

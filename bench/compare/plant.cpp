@@ -4,8 +4,7 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 constexpr int kBytesPerRegister = 2;
@@ -241,5 +240,4 @@ QString settingLabel(int index)
     return QStringLiteral("Plant.setting[%1].value").arg(index);
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -6,8 +6,7 @@
 
 #include <vector>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// What all sides do.
 enum class Work {
@@ -56,7 +55,6 @@ QString scatteredLabel(int index);
 QString clusterLabel(int cluster, int member);
 QString settingLabel(int index);
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

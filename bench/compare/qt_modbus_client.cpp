@@ -7,8 +7,7 @@
 
 #include "registers.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 constexpr int kServerAddress = 1;
@@ -151,5 +150,4 @@ void QtModbusClient::measure(Work work, quint16 port, Recorder* recorder)
     client.disconnectDevice();
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -3,8 +3,7 @@
 
 #include "client.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Requests that a Modbus server is to take at a time at most, by the Modbus messaging guide; many
 /// take one.
@@ -21,7 +20,6 @@ private:
     const int m_requestsUnderWay;
 };
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

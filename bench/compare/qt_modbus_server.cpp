@@ -8,8 +8,7 @@
 #include "registers.h"
 #include "sockets.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 QVector<quint16> wordsOf(const std::vector<std::uint16_t>& registers)
@@ -89,5 +88,4 @@ int runQtModbusServer()
     return QCoreApplication::exec();
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

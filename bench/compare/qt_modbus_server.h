@@ -1,14 +1,12 @@
 #ifndef PLC_BENCH_COMPARE_QT_MODBUS_SERVER_H
 #define PLC_BENCH_COMPARE_QT_MODBUS_SERVER_H
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Serves the plant's registers with Qt's own Modbus server. Needs an application object; returns
 /// when its event loop ends.
 int runQtModbusServer();
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <ctime>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 double processorSeconds()
@@ -74,5 +73,4 @@ double Recorder::latencyOf(double share) const
     return 0;
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -6,8 +6,7 @@
 
 #include "sockets.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// What one client showed while it did a work again and again.
 struct Measurement {
@@ -62,7 +61,6 @@ private:
     Measurement m_result;
 };
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -4,8 +4,7 @@
 
 #include <cstring>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 constexpr int kFirstCluster = 10000;
@@ -170,5 +169,4 @@ bool areRight(Work work, const ReceivedValues& values)
     return values.words.size() == expected;
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

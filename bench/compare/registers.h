@@ -6,8 +6,7 @@
 
 #include "plant.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 // The plant as Modbus registers: block and clusters are input registers, what is scattered or
 // written are holding registers. Between the holding registers lie addresses that do not exist: a
@@ -49,7 +48,6 @@ void receive(Work work, const std::uint16_t* registers, int count, ReceivedValue
 /// Whether these are the values that the plant holds.
 bool areRight(Work work, const ReceivedValues& values);
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -7,8 +7,7 @@
 
 #include <cstdio>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 constexpr double kMicrosecondsInSecond = 1e6;
@@ -111,5 +110,4 @@ void writeJson(const std::vector<Result>& results, const QString& path)
         giveUp(QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

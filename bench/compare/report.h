@@ -3,8 +3,7 @@
 
 #include "comparison.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Prints the table of all results.
 void printTable(const std::vector<Result>& results);
@@ -12,7 +11,6 @@ void printTable(const std::vector<Result>& results);
 /// Writes all results, with the medians and every round, as JSON.
 void writeJson(const std::vector<Result>& results, const QString& path);
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

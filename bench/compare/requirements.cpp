@@ -2,8 +2,7 @@
 
 #include <cstdio>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 struct Requirement {
@@ -36,5 +35,4 @@ bool checkRequirements(const std::vector<Result>& results)
     return good;
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -3,14 +3,12 @@
 
 #include "comparison.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Prints for each requirement that the results are about whether it is reached. Returns whether
 /// all are.
 bool checkRequirements(const std::vector<Result>& results);
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -10,8 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 /// Descriptors of this process lie below.
@@ -116,5 +115,4 @@ Traffic trafficTo(quint16 port)
     return traffic;
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -4,8 +4,7 @@
 #include <QtCore/QString>
 #include <QtCore/QtGlobal>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Prints why and ends the process: a comparison that lacks a side is of no use.
 [[noreturn]] void giveUp(const QString& message);
@@ -31,7 +30,6 @@ struct Traffic {
 /// The traffic of the one connection that this process has to the port.
 Traffic trafficTo(quint16 port);
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

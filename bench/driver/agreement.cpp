@@ -4,8 +4,7 @@
 #include "support/labelled_plant.h"
 #include "support/replies.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -101,5 +100,4 @@ bool baselineAgrees()
     return true;
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -1,8 +1,7 @@
 #ifndef PLC_BENCH_BENCHMARKS_H
 #define PLC_BENCH_BENCHMARKS_H
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 // Each registers the benchmarks of one topic, named WORK/PARAMETERS.../WHO: who is the driver, the
 // baseline, or the floor.
@@ -17,7 +16,6 @@ void registerChosenInputBenchmarks();
 /// Whether the baseline does the same work as the driver; says what differs.
 bool baselineAgrees();
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -6,8 +6,7 @@
 #include "support/measure.h"
 #include "support/symbols.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -160,5 +159,4 @@ void registerChosenInputBenchmarks()
     }
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

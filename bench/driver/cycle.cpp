@@ -7,8 +7,7 @@
 #include "support/measure.h"
 #include "support/replies.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -237,5 +236,4 @@ void registerCycleBenchmarks()
     }
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

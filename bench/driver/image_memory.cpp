@@ -3,8 +3,7 @@
 #include "support/driver.h"
 #include "support/measure.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -104,5 +103,4 @@ void registerImageMemoryBenchmarks()
     }
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -2,8 +2,7 @@
 #include "support/labelled_plant.h"
 #include "support/measure.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -90,5 +89,4 @@ void registerOneShotBenchmarks()
     add(kByBaseline, addByBaseline);
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -8,8 +8,7 @@
 #include "support/shuffle.h"
 #include "support/symbols.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -206,5 +205,4 @@ void registerRebuildBenchmarks()
     }
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

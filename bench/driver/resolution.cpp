@@ -2,8 +2,7 @@
 #include "support/measure.h"
 #include "visits.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -81,5 +80,4 @@ void registerResolutionBenchmarks()
     }
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -2,8 +2,7 @@
 #include "support/measure.h"
 #include "visits.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -133,5 +132,4 @@ void registerValueBenchmarks()
                       [=](benchmark::State& state) { queueWrites(state, shape); });
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

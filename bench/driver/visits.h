@@ -7,8 +7,7 @@
 
 #include "support/labelled_plant.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Which labels of a plant are visited, over and over, each benchmark of one work alike.
 enum class Visits {
@@ -71,7 +70,6 @@ inline std::vector<LabelCase> labelCases(const std::vector<int>& registerCounts)
     return cases;
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

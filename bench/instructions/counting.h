@@ -3,8 +3,7 @@
 
 #include <valgrind/callgrind.h>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Does `work` twice and has callgrind count the instructions of the second time, under this name:
 /// the first time allocates, fills caches and binds symbols.
@@ -19,7 +18,6 @@ void count(const char* name, Work work)
     CALLGRIND_STOP_INSTRUMENTATION;
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -9,8 +9,7 @@
 #include "support/replies.h"
 #include "support/symbols.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 constexpr int kLabels = 10000;
@@ -185,8 +184,7 @@ void countAll()
 }
 
 } // namespace
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 int main()
 {

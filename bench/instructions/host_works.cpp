@@ -12,8 +12,7 @@
 #include "setup/runtime_settings.h"
 #include "support/replies.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace {
 
 constexpr int kDeclaredVariables = 100000;
@@ -188,8 +187,7 @@ void writeProject(const char* path)
 }
 
 } // namespace
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 int main(int argc, char** argv)
 {

@@ -7,8 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -89,5 +88,4 @@ double Measurements::timeRatio(const QString& name, const QString& other) const
         [&](const Round& round) { return round.value(name).time / round.value(other).time; });
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

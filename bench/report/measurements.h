@@ -9,8 +9,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// What one benchmark showed in one round, a call.
 struct Measurement {
@@ -66,7 +65,6 @@ private:
 /// The JSON object in a file. Ends the program when there is none.
 QJsonObject readObject(const QString& path);
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

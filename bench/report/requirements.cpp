@@ -4,8 +4,7 @@
 
 #include <cstdio>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -83,5 +82,4 @@ bool checkRequirements(const Measurements& measurements, const QString& path)
     return reached;
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -3,8 +3,7 @@
 
 #include "measurements.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Judges the run by the requirements in a file and prints each with what was measured. Returns
 /// whether all are reached.
@@ -13,7 +12,6 @@ namespace bench {
 /// is to be "atMost" or "atLeast" a number. Both sums give a weight to each benchmark's name.
 bool checkRequirements(const Measurements& measurements, const QString& path);
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -6,8 +6,7 @@
 #include <cmath>
 #include <cstdio>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -94,5 +93,4 @@ void storeRatios(const Measurements& measurements, const QString& path)
     std::printf("%d ratios stored in %s\n", int(ratios.size()), qPrintable(path));
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -3,8 +3,7 @@
 
 #include "measurements.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Compares the run with the ratios that an earlier one stored, work by work: driver to floor (or
 /// to the baseline where there is no floor), and allocations a call. Returns whether none has
@@ -14,7 +13,6 @@ bool compareWithStored(const Measurements& measurements, const QString& path);
 /// Puts the ratios of this run into the file, in place of those of the same Qt version.
 void storeRatios(const Measurements& measurements, const QString& path);
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

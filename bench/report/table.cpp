@@ -2,8 +2,7 @@
 
 #include <cstdio>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -55,5 +54,4 @@ void printTable(const Measurements& measurements)
         "times floor: how many times the time of the floor\n\n");
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -3,13 +3,11 @@
 
 #include "measurements.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Prints what the driver takes for each work, beside the baseline and the floor.
 void printTable(const Measurements& measurements);
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

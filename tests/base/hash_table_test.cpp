@@ -4,8 +4,7 @@
 
 #include <set>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 struct Slot {
@@ -157,5 +156,4 @@ TEST(HashTable, ReservingKeepsWhatItHolds)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -10,8 +10,7 @@
 #include <set>
 #include <string>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 TEST(FoldedProduct, IsTheUpperHalfOverTheLower)
@@ -131,5 +130,4 @@ TEST(ProcessKey, DiffersFromProcessToProcess)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

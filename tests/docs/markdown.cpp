@@ -5,8 +5,7 @@
 
 #include <stdexcept>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 namespace {
 
@@ -102,5 +101,4 @@ QString anchorOf(const QString& heading)
     return anchor;
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -6,8 +6,7 @@
 
 #include <vector>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// One fenced block of a Markdown file: "```hex read-request" has the language "hex" and the name
 /// "read-request".
@@ -36,7 +35,6 @@ QStringList proseOf(const QString& file);
 /// Name under which a heading is linked to.
 QString anchorOf(const QString& heading);
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

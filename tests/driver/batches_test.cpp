@@ -1,7 +1,6 @@
 #include "tests/driver/request_cycle_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 TEST_F(LoggedIn, WriteBatchCarriesHeadAndFollowers)
@@ -354,5 +353,4 @@ TEST_F(LoggedIn, StationSwitchedOnAgainIsServedByTheNextCall)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

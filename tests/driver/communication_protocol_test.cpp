@@ -2,8 +2,7 @@
 
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 void expectFresh(const RW_VAR& var)
@@ -153,5 +152,4 @@ TEST(BatchSize, StaysWithinTheArrayWhateverTheCounterSays)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

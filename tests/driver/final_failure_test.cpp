@@ -1,7 +1,6 @@
 #include "tests/driver/reply_processing_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 TEST_F(Exchange, RetryKeepsEverythingAndCallsNobody)
@@ -332,5 +331,4 @@ TEST_F(Exchange, ListFilledByTheFailureCallbackHarmsNothing)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

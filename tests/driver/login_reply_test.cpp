@@ -1,7 +1,6 @@
 #include "tests/driver/reply_processing_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 TEST_F(ReplyProcessing, LoginTakesTwoRepliesOfTwoCallsEach)
@@ -166,5 +165,4 @@ TEST_F(ReplyProcessing, LoginReplyOfFixedLengthThatIsNoFrameGives71)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -2,8 +2,7 @@
 
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 /// A record in which every member differs from its default and from every other member.
@@ -241,5 +240,4 @@ TEST(PassRetValue, OverItselfKeepsEverythingButTheData)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -2,8 +2,7 @@
 
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 /// ComInfo as the plain words that a host may fill it as.
@@ -160,5 +159,4 @@ TEST_F(Registration, QueryFinishFlagAnswersOneBeforeAndAfterSetUp)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -1,7 +1,6 @@
 #include "tests/image/image_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 /// A request for two bytes at 100 that waits for its reply.
@@ -290,5 +289,4 @@ TEST_F(RemoteReply, WithoutSettingsAGoodReplyIsStillGood)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -6,8 +6,7 @@
 
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -81,7 +80,6 @@ protected:
     Exchange() { logIn(); }
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -1,7 +1,6 @@
 #include "tests/driver/reply_processing_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 TEST_F(ReplyProcessing, WithoutARequestTheReplyRecordSaysOneAndNothingChanges)
@@ -476,5 +475,4 @@ TEST_F(ReplyProcessing, RandomRepliesNeverBreakTheDriver)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

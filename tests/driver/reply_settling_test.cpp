@@ -1,7 +1,6 @@
 #include "tests/driver/reply_processing_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 TEST_F(Exchange, GoodReplyTakesTheFailureBack)
@@ -512,5 +511,4 @@ TEST_F(Exchange, RemoteCyclicBatchIsRotatedToo)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

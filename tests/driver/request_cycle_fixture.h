@@ -6,8 +6,7 @@
 
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 inline int fieldOf(const QByteArray& frame, int offset)
 {
@@ -103,7 +102,6 @@ protected:
     LoggedIn() { logIn(0x12, 0x34); }
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -1,7 +1,6 @@
 #include "tests/driver/request_cycle_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 TEST_F(LoggedIn, WaitingRequestIsHandedOutAgainAndAgain)
@@ -427,5 +426,4 @@ TEST_F(LoggedIn, ListsAndStationsMayBeChangedFromOtherThreads)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -4,8 +4,7 @@
 
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 /// One category and the host numbers of the internal codes 0 to 7.
@@ -115,5 +114,4 @@ TEST_F(ResultCodes, ChangeNothing)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -5,8 +5,7 @@
 
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 /// The map of the driver while these stations are switched off.
@@ -168,5 +167,4 @@ TEST_F(Stations, AreSwitchedWhileTheListLockIsHeld)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -2,8 +2,7 @@
 
 #include "tests/e2e/plant.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr char kProject[] = R"({
@@ -224,5 +223,4 @@ TEST_F(CommandLine, RunEndsAfterItsTimeWithASummary)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

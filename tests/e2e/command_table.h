@@ -8,8 +8,7 @@
 
 #include "tests/e2e/spawned_process.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// The commands that `plc --help` names, so that no test of all of them misses a new one.
 inline QStringList allCommands()
@@ -26,7 +25,6 @@ inline QStringList allCommands()
     return names;
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

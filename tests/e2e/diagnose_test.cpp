@@ -8,8 +8,7 @@
 #include "tests/e2e/plant.h"
 #include "tests/e2e/scripted_plc.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr char kProject[] = R"({
@@ -337,5 +336,4 @@ TEST_F(Diagnose, AreaThatEndsBeforeTheLabel)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

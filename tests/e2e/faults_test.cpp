@@ -6,8 +6,7 @@
 #include "tests/e2e/plant.h"
 #include "tests/e2e/scripted_plc.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr int kVariables = 24;
@@ -172,5 +171,4 @@ TEST_F(Faults, APlcThatAcceptsAndStaysSilentEndsWithExitCode1)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

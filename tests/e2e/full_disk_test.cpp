@@ -5,8 +5,7 @@
 #include "tests/e2e/spawned_process.h"
 #include "tests/support/test_folder.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr char kProject[] = R"({
@@ -169,5 +168,4 @@ TEST_F(FullDiskOfALink, ACaptureEndsWithAWholePacketAndIsTold)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -17,8 +17,7 @@
 #include "tests/e2e/plant.h"
 #include "tests/support/random.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr char kProject[] =
@@ -287,5 +286,4 @@ TEST_F(RubbishServer, FramesThatNobodyAskedForDoNotFillTheMemoryOfTheHost)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -2,8 +2,7 @@
 
 #include "tests/e2e/plant.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr char kDeclarations[] = R"((* Filling line *)
@@ -246,5 +245,4 @@ TEST_F(Import, PlacesVariablesFromABaseOnTheStandardOutput)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -4,8 +4,7 @@
 #include <QtCore/QProcess>
 #include <QtCore/QStringList>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// How long anything that must happen may take on a machine that is busy with other tests.
 constexpr int kPatience = 30000; // ms
@@ -80,7 +79,6 @@ private:
     QProcess m_process;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -10,8 +10,7 @@
 
 #include "tests/e2e/plant.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 // The counter goes on by one fifty times a second.
@@ -336,5 +335,4 @@ TEST_F(Logging, AFileThatCannotBeWrittenIsWrongUsage)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

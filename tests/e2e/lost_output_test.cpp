@@ -4,8 +4,7 @@
 #include "tests/e2e/command_table.h"
 #include "tests/e2e/plant.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr char kProject[] = R"({
@@ -211,5 +210,4 @@ TEST_F(LostOutput, OfTheSimulatorDoesNotKeepItFromServing)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -4,8 +4,7 @@
 #include "tests/e2e/plant.h"
 #include "tests/e2e/spawned_process.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr char kProject[] = R"({
@@ -58,5 +57,4 @@ TEST_F(SilentNameServer, DoesNotOutlastTheTimeOfARun)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -8,8 +8,7 @@
 #include "tests/e2e/terminal_process.h"
 #include "values/visible_text.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 /// Sets a terminal's title, rings, blinks, begins a C1 sequence, and turns the line around.
@@ -319,5 +318,4 @@ TEST_F(OutsideTextInSimulator, ComesOutOfNoControlCommandAsATerminalWouldObeyIt)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -13,8 +13,7 @@
 
 #include "tests/e2e/line_process.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// What a run of `plc` left.
 struct Outcome {
@@ -157,7 +156,6 @@ inline QJsonObject parseJson(const QString& line)
     return QJsonDocument::fromJson(line.toUtf8()).object();
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

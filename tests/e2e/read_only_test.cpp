@@ -3,8 +3,7 @@
 #include "tests/e2e/plant.h"
 #include "tests/e2e/terminal_process.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 class ReadOnly : public Plant {
@@ -81,5 +80,4 @@ TEST_F(ReadOnly, WatchAsksForNoValue)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -5,8 +5,7 @@
 
 #include "tests/e2e/plant.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 // Of area 1 the PLC has 100 bytes, so that it refuses every label but G.v0 to G.v4; of area 2 it
@@ -221,5 +220,4 @@ TEST_F(Refusals, QuitWaitsForTheOutcomesOfWrites)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -6,8 +6,7 @@
 
 #include "tests/e2e/plant.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 // The filler makes one entry of 996 bytes of area 1, which leaves no room in its request: R.b is
@@ -244,5 +243,4 @@ TEST_F(Running, TwoThousandScatteredLabelsAreAllReadRight)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

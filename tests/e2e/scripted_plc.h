@@ -9,8 +9,7 @@
 
 #include "tests/e2e/line_process.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// A PLC that answers each request with bytes that the test gives, and those behind them not at
 /// all.
@@ -63,7 +62,6 @@ inline QByteArray loginReply(int payload)
     return reply + QByteArray(payload, '\0');
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -14,8 +14,7 @@
 #include <utility>
 #include <vector>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// What a program is started with.
 struct Surroundings {
@@ -166,7 +165,6 @@ inline Ending runToEnd(const QString& program, const QStringList& arguments,
     return SpawnedProcess(program, arguments, surroundings).wait();
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -3,8 +3,7 @@
 #include "tests/e2e/plant.h"
 #include "tests/e2e/spawned_process.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr char kProject[] = R"({
@@ -57,5 +56,4 @@ TEST_F(Spreadsheet, TakesNoTextForAFormulaAndLabelsComeBack)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

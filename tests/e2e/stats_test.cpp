@@ -6,8 +6,7 @@
 
 #include "tests/e2e/plant.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr char kProject[] = R"({
@@ -152,5 +151,4 @@ TEST_F(Stats, AreToldWhenTheUserEndsThem)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

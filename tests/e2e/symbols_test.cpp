@@ -2,8 +2,7 @@
 
 #include "tests/e2e/plant.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr char kProject[] = R"({
@@ -136,5 +135,4 @@ TEST_F(Symbols, CheckHasExitCode1WhenAnOverlapIsNotMarked)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

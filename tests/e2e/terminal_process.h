@@ -19,8 +19,7 @@
 
 #include "tests/e2e/line_process.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// What a terminal shows, of the sequences that plc writes: moving to a line, clearing, and
 /// colours, which are left out.
@@ -234,7 +233,6 @@ private:
     QByteArray m_output;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -2,8 +2,7 @@
 
 #include "tests/e2e/plant.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr char kProject[] = R"({
@@ -229,5 +228,4 @@ TEST_F(Types, AValueOfSeveralRequestsIsWrittenAndReadWhole)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

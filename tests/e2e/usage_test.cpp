@@ -7,8 +7,7 @@
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStandardPaths>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 class Usage : public Plant {
@@ -156,5 +155,4 @@ TEST_F(Completion, GoesOnInsideQuotes)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -8,8 +8,7 @@
 
 #include "tests/e2e/plant.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 /// The words of a label's values in a run's output: "LABEL = VALUE ...".
@@ -147,5 +146,4 @@ TEST_F(ShownValues, AreNotFreshAfterTheProgramStoodStill)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -3,8 +3,7 @@
 #include "tests/e2e/plant.h"
 #include "tests/e2e/terminal_process.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr char kProject[] = R"({
@@ -273,5 +272,4 @@ TEST_F(Watching, ALabelOrPatternThatIsNotThereIsWrongUsage)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -2,8 +2,7 @@
 
 #include "faults/frames.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 constexpr int kConnectionChances = 4;
@@ -111,5 +110,4 @@ QByteArray FaultPlan::withOtherLength(QByteArray frame)
     return frame;
 }
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

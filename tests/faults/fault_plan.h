@@ -5,8 +5,7 @@
 
 #include "support/random.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 /// What happens to a new connection.
 enum class ConnectionFault {
@@ -81,7 +80,6 @@ private:
     int m_left;
 };
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

@@ -10,8 +10,7 @@
 #include "host/points/value_codec.h"
 #include "setup/runtime_settings.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 constexpr int kFewestFaults = 2;
@@ -349,5 +348,4 @@ void FaultRun::requestAnswered(const host::SentRequest&, const host::Answer&, co
     m_sentAt = -1;
 }
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

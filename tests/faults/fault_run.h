@@ -17,8 +17,7 @@
 #include "project/project.h"
 #include "support/random.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 /// A host that reads and writes a simulated PLC over a wire on which things go wrong for a while,
 /// all as a seed says. Its checks are GoogleTest expectations.
@@ -93,7 +92,6 @@ private:
     bool m_refusesLogin = false;
 };
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

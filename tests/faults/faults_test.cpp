@@ -6,8 +6,7 @@
 #include "faults/run_options.h"
 #include "support/built_driver.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 class FaultyWire : public ::testing::TestWithParam<std::uint32_t> {};
@@ -27,5 +26,4 @@ INSTANTIATE_TEST_SUITE_P(Seed, FaultyWire, ::testing::ValuesIn(seedsOfRuns()),
                          ::testing::PrintToStringParamName());
 
 } // namespace
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

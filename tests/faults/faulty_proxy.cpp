@@ -7,8 +7,7 @@
 
 #include "faults/frames.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 constexpr int kPauseBetweenBytes = 1; // ms
@@ -245,5 +244,4 @@ void FaultyProxy::stopListeningFor(int milliseconds)
     });
 }
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

@@ -10,8 +10,7 @@
 
 #include "faults/fault_plan.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 /// Times in milliseconds that the faults keep to.
 struct FaultTimes {
@@ -44,7 +43,6 @@ private:
     QStringList m_history;
 };
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

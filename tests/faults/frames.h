@@ -3,8 +3,7 @@
 
 #include <QtCore/QByteArray>
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 constexpr int kHeaderSize = 6;
 /// Of the two bytes of the length that count.
@@ -47,7 +46,6 @@ inline QByteArray takeFrame(QByteArray* stream)
     return frame;
 }
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

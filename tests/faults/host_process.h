@@ -12,8 +12,7 @@
 
 #include <functional>
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 /// The program `plc`, whose output is read only when the test wants it.
 class HostProcess {
@@ -62,7 +61,6 @@ private:
     QByteArray m_unread;
 };
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

@@ -5,8 +5,7 @@
 
 #include "faults/frames.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 const Array kWords{"word", Array::Word, 1, 2700, 20};
@@ -214,5 +213,4 @@ QVector<PlannedWrite> writesOfEachKind(int number)
             blockWrite(number + 3), wordWrite(0, number + 4)};
 }
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

@@ -8,8 +8,7 @@
 #include "support/random.h"
 #include "values/value_text.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 /// Settings of the host, in milliseconds where they are times.
 struct HostSettings {
@@ -72,7 +71,6 @@ PlannedWrite anyWrite(test::Random* random, int number);
 /// Writes to each kind of place, with values marked by the numbers from `number` on.
 QVector<PlannedWrite> writesOfEachKind(int number);
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

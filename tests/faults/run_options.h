@@ -11,8 +11,7 @@
 #define PLC_FAULT_RUNS 30
 #endif
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 /// Which runs are made: as many as `runs` says, from the seed `firstSeed` on.
 struct RunOptions {
@@ -44,7 +43,6 @@ inline std::vector<std::uint32_t> seedsOfProcesses()
     return seeds;
 }
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

@@ -2,8 +2,7 @@
 
 #include "faults/frames.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 constexpr int kPatience = 30000; // ms
@@ -111,5 +110,4 @@ void SimulatedPlc::noteWrite(const QByteArray& request)
     }
 }
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

@@ -7,8 +7,7 @@
 
 #include <vector>
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 /// One value of a write request that reached the PLC.
 struct WriteRecord {
@@ -50,7 +49,6 @@ private:
     QHash<QByteArray, std::size_t> m_unanswered;
 };
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

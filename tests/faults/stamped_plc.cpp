@@ -4,8 +4,7 @@
 
 #include "faults/frames.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 constexpr int kIdentificationService = 0x01;
@@ -118,5 +117,4 @@ QByteArray StampedPlc::answerWrite(const QByteArray& request, qint64 requestedAt
     return isTaken ? frameOf(QByteArray(2, '\0')) : refusal();
 }
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

@@ -6,8 +6,7 @@
 
 #include <vector>
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 /// Bytes of PLC memory.
 struct Range {
@@ -91,7 +90,6 @@ private:
     PlcRecord m_record;
 };
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

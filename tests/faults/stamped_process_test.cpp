@@ -16,8 +16,7 @@
 #include "faults/told_lines.h"
 #include "support/random.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 constexpr int kReplyTimeout = 300; // ms
@@ -186,5 +185,4 @@ INSTANTIATE_TEST_SUITE_P(Seed, StampedProcess, ::testing::ValuesIn(seedsOfProces
                          ::testing::PrintToStringParamName());
 
 } // namespace
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

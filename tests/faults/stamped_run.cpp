@@ -9,8 +9,7 @@
 #include "host/points/value_codec.h"
 #include "setup/runtime_settings.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 constexpr int kFewestFaults = 5;
@@ -488,5 +487,4 @@ void StampedRun::requestAnswered(const host::SentRequest&, const host::Answer& a
                    .arg(m_now - m_sentAt));
 }
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

@@ -16,8 +16,7 @@
 #include "project/project.h"
 #include "support/random.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 /// A host and a stamped PLC without sockets and with a clock of their own, on which things go wrong
 /// for a while as a seed says. All that the host tells is judged at each step. Its checks are
@@ -113,7 +112,6 @@ private:
     QVector<Range> m_refusedReads;
 };
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

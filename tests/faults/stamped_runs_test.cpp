@@ -7,8 +7,7 @@
 #include "faults/stamped_run.h"
 #include "support/built_driver.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 class StampedPlant : public ::testing::TestWithParam<std::uint32_t> {};
@@ -30,5 +29,4 @@ INSTANTIATE_TEST_SUITE_P(Seed, StampedPlant, ::testing::ValuesIn(seedsOfRuns()),
                          ::testing::PrintToStringParamName());
 
 } // namespace
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

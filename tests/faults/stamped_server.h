@@ -10,8 +10,7 @@
 #include "faults/frames.h"
 #include "faults/stamped_plc.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 /// A stamped PLC on a port of this machine, for one host at a time. The times of its record are
 /// milliseconds since 1970 at which requests arrived, and so no earlier than they were sent.
@@ -62,7 +61,6 @@ private:
     QByteArray m_requests;
 };
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

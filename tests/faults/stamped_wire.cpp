@@ -4,8 +4,7 @@
 
 #include "faults/frames.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 constexpr int kReplyChances = 10;
@@ -288,5 +287,4 @@ Arrival StampedWire::arrival() const
     return isRefusal || isAlike ? Arrival::SecondCopy : Arrival::OtherReply;
 }
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

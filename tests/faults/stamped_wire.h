@@ -10,8 +10,7 @@
 #include "faults/stamped_plc.h"
 #include "support/random.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 /// What the first whole frame that came after a request is.
 enum class Arrival {
@@ -107,7 +106,6 @@ private:
     QStringList m_history;
 };
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

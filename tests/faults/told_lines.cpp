@@ -7,8 +7,7 @@
 
 #include <algorithm>
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 /// "F.name[0]*300" names the array "name".
@@ -93,5 +92,4 @@ std::optional<ToldValue> toldByLog(const QByteArray& line)
     return told;
 }
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

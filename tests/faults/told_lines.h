@@ -7,8 +7,7 @@
 
 #include "faults/truth_judge.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 // What `plc` prints and logs about kStampedArrays; nothing for lines that tell no value.
 
@@ -19,7 +18,6 @@ std::optional<ToldValue> toldByRead(const QByteArray& line, qint64 startedAt);
 /// A record of `plc log` as CSV.
 std::optional<ToldValue> toldByLog(const QByteArray& line);
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

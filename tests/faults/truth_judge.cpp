@@ -4,8 +4,7 @@
 
 #include "faults/frames.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 Range rangeOf(const Array& array)
@@ -188,5 +187,4 @@ TruthJudge::Arrived TruthJudge::arrival(const PlannedWrite& write, int element,
     return arrival;
 }
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

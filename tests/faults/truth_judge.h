@@ -7,8 +7,7 @@
 #include "faults/plant.h"
 #include "faults/stamped_plc.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 
 /// A value as a host told it.
 struct ToldValue {
@@ -58,7 +57,6 @@ private:
     const PlcRecord* const m_record;
 };
 
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults
 
 #endif

@@ -6,8 +6,7 @@
 
 #include "faults/frames.h"
 
-namespace plc {
-namespace faults {
+namespace plc::faults {
 namespace {
 
 using ::testing::HasSubstr;
@@ -203,5 +202,4 @@ TEST_F(Judge, LeavesAMisplacedValueItsBytes)
 }
 
 } // namespace
-} // namespace faults
-} // namespace plc
+} // namespace plc::faults

@@ -4,8 +4,7 @@
 
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 TEST(FrameWriter, BeginsWithZerosOfTheGivenSize)
@@ -135,5 +134,4 @@ TEST(FrameReader, SkipsToTheEndAtMost)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -4,8 +4,7 @@
 
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 unsigned char* unsignedBytes(ExactBytes& bytes)
@@ -176,5 +175,4 @@ TEST(AsciiToDigital, DoesNotFoldLowerCase)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

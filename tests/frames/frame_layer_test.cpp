@@ -5,8 +5,7 @@
 #include "driver/reply_judging.h"
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 int completeness(const QByteArray& reply)
@@ -212,5 +211,4 @@ TEST_F(FrameLayer, ChecksChangeNothing)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

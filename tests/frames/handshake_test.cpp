@@ -6,8 +6,7 @@
 #include "driver/request_building.h"
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 class Handshake : public DriverTest {
@@ -310,5 +309,4 @@ TEST_F(Handshake, CheckChangesNeitherQueueNorCounters)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

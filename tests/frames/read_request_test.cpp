@@ -5,8 +5,7 @@
 #include "driver/request_building.h"
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 class ReadRequest : public DriverTest {
@@ -268,5 +267,4 @@ TEST_F(ReadRequest, WithoutSettingsNothingIsTouched)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

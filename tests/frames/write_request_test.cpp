@@ -6,8 +6,7 @@
 #include "driver/request_building.h"
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 RW_VAR writeEntry(int areaIndex, int address, int length, const QByteArray& data, int dataType = 3)
@@ -422,5 +421,4 @@ TEST_F(WriteRequest, WithoutSettingsNothingCrashes)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -8,8 +8,7 @@
 #include "base/wrapped_int.h"
 #include "support/random.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 typedef std::vector<uchar> Bytes;
@@ -490,5 +489,4 @@ TEST_P(DataImageTwins, BehavesAsAMapOfBytes)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -13,8 +13,7 @@
 #include "support/lock_check.h"
 #include "support/random.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 constexpr int kArea = 3;
 
@@ -52,7 +51,6 @@ inline std::string image(int address, int count, int area = kArea)
     return text;
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

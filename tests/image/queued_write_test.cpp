@@ -1,7 +1,6 @@
 #include "tests/image/value_write_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 TEST_F(QueuedWrite, RecordCarriesTheArgumentsTheSettingsAndThePlace)
@@ -376,5 +375,4 @@ TEST_F(QueuedWrite, ListLockIsTakenAndDataLockOnlyWhileTheLinkIsDown)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

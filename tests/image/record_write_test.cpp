@@ -1,7 +1,6 @@
 #include "tests/image/image_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 class ImageWrite : public DriverTest {
@@ -214,5 +213,4 @@ TEST_F(ImageWrite, RandomBitRunsEqualBitsWrittenOneByOne)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -1,7 +1,6 @@
 #include "tests/image/image_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using ImageKey = DriverTest;
@@ -258,5 +257,4 @@ TEST_F(Storing, ReplyIsNotChanged)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

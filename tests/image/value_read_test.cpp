@@ -8,8 +8,7 @@
 #include "support/random.h"
 #include "support/symbol_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr int kArea = 3;
@@ -394,5 +393,4 @@ TEST_F(ValueRead, RandomReadsEqualThePlainConversions)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -8,8 +8,7 @@
 #include "support/record_checks.h"
 #include "support/symbol_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 constexpr int kArea = 3;
 constexpr int kStart = 1000;
@@ -68,7 +67,6 @@ protected:
 using QueuedWrite = ValueWrite;
 using ImageOnlyWrite = ValueWrite;
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -2,8 +2,7 @@
 #include "model/library_side.h"
 #include "tests/image/value_write_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 TEST_F(ImageOnlyWrite, StoresTheFirstBytesUnconverted)
@@ -187,5 +186,4 @@ TEST_F(QueuedWrite, BitsWrittenWhileTheLinkIsDownAreReadBack)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -15,8 +15,7 @@
 #include "support/symbol_fixture.h"
 #include "support/watched_text.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 inline RW_VAR entry(int address, int length, const QString& label = QString(), int areaIndex = 3)
 {
@@ -41,7 +40,6 @@ inline Places folded(const Places& group, int maxLen)
     return places(PLC_driver.readList);
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

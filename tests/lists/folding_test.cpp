@@ -1,7 +1,6 @@
 #include "tests/lists/folding_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using AddressSort = DriverTest;
@@ -330,5 +329,4 @@ TEST_F(FoldingWithoutMerging, GroupStartsItsOwnEntryBehindOneOfAnotherArea)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -4,8 +4,7 @@
 
 #include "support/symbol_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 struct Range {
@@ -195,5 +194,4 @@ TEST(LengthConversion, EqualsThePlainFormulasForAllSmallCounts)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

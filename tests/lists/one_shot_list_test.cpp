@@ -2,8 +2,7 @@
 #include "model/library_side.h"
 #include "tests/lists/variable_lists_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 class OneShotList : public DriverTest {
@@ -454,5 +453,4 @@ TEST_F(OneShotList, EqualsAPlainListForRandomRequests)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -1,7 +1,6 @@
 #include "tests/lists/variable_lists_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using PieceCutting = DriverTest;
@@ -179,5 +178,4 @@ TEST_F(PieceCutting, PiecesCoverTheTotalWithoutGapOrOverlap)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

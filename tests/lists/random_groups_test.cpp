@@ -2,8 +2,7 @@
 #include "model/library_side.h"
 #include "tests/lists/folding_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using model::DriverModel;
@@ -151,5 +150,4 @@ TEST_F(RandomGroups, EveryByteOfEveryVariableIsRead)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -1,7 +1,6 @@
 #include "tests/lists/folding_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 class Rebuild : public DriverTest {
@@ -308,5 +307,4 @@ TEST_F(Rebuild, ListsAreFreeWhileLabelsAreResolved)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

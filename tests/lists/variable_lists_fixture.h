@@ -12,8 +12,7 @@
 #include "support/record_checks.h"
 #include "support/symbol_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 inline RW_VAR writeOf(int address, int aux1)
 {
@@ -35,7 +34,6 @@ inline std::vector<int> writeTags()
     return tags;
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

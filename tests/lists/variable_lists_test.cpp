@@ -2,8 +2,7 @@
 #include "model/library_side.h"
 #include "tests/lists/variable_lists_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using ReadList = DriverTest;
@@ -248,5 +247,4 @@ TEST_F(WriteList, EqualsAPlainListForRandomWrites)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -1,7 +1,6 @@
 #include "tests/lists/variable_lists_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 class WritePieces : public DriverTest {
@@ -155,5 +154,4 @@ TEST_F(WritePieces, PiecesOfAWrappedAddressEqualWritesOneAfterTheOther)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -219,5 +218,4 @@ bool DriverModel::finishRequest(const Variable& head)
     return true;
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

@@ -2,8 +2,7 @@
 
 #include "model/library_side.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -68,5 +67,4 @@ void Differences::checkRequest(int index, const Request& expected, const Protoco
                << textOf(actual) << '\n';
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

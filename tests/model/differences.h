@@ -7,8 +7,7 @@
 #include "driver/Communication_Protocol.h"
 #include "model/records.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 /// Compares what the model expects with what the driver has, and tells each difference in a line or
 /// a few.
@@ -47,7 +46,6 @@ private:
     std::ostringstream m_text;
 };
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

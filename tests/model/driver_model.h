@@ -7,8 +7,7 @@
 #include "model/label_model.h"
 #include "model/records.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 /// Numbers that the host knows from the replies it is given.
 enum LastKind { kCyclic = 0, kWrite = 1, kOnce = 2, kNone = 100 };
@@ -102,7 +101,6 @@ private:
     void fold(const std::vector<Variable>& group, int maxLen);
 };
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

@@ -4,8 +4,7 @@
 
 #include "model/shrinking.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 namespace {
 
 void expectSame(const Sequence& sequence)
@@ -69,5 +68,4 @@ TEST(FoundSequences, ReadOfPackedBytesLeavesNothingOldBehindThem)
 }
 
 } // namespace
-} // namespace model
-} // namespace plc
+} // namespace plc::model

@@ -1,7 +1,6 @@
 #include "model/image_model.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -49,5 +48,4 @@ void ImageModel::store(const Variable& var)
     }
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

@@ -6,8 +6,7 @@
 
 #include "model/records.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 /// The image of PLC memory: a byte for each area index and address.
 class ImageModel {
@@ -44,7 +43,6 @@ private:
     std::set<Key> m_touched;
 };
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

@@ -2,8 +2,7 @@
 
 #include <QtCore/QString>
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -175,5 +174,4 @@ int LabelModel::resolve(const std::u16string& label, Place& place) const
     return resolvePart(*variable, parts, 1, place);
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

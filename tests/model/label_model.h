@@ -5,8 +5,7 @@
 
 #include "model/records.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 /// Where a label leads; what the walk did not write is left as the caller set it.
 struct Place {
@@ -30,7 +29,6 @@ private:
     std::map<std::u16string, Symbol> m_scopes;
 };
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -204,5 +203,4 @@ bool isSame(const Protocol& actual, const Request& expected)
            isSame(actual.var, expected.var);
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

@@ -4,8 +4,7 @@
 #include "driver/Communication_Protocol.h"
 #include "model/records.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 // The records of the driver's interface from those of the model, and back.
 
@@ -28,7 +27,6 @@ Settings fromQt(const ComInfo& record);
 bool isSame(const RW_VAR& actual, const Variable& expected);
 bool isSame(const Protocol& actual, const Request& expected);
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

@@ -3,8 +3,7 @@
 
 #include "model/driver_model.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -281,5 +280,4 @@ void DriverModel::fold(const std::vector<Variable>& group, int maxLen)
     }
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <random>
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -105,5 +104,4 @@ Bytes plannedReply(const ReplyPlan& plan, const DriverModel& model, const Bytes&
     return reply;
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

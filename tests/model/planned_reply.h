@@ -4,14 +4,12 @@
 #include "model/driver_model.h"
 #include "model/steps.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 /// The bytes that the plan makes of the request that waits in `model`. `lastReply` is what came
 /// before.
 Bytes plannedReply(const ReplyPlan& plan, const DriverModel& model, const Bytes& lastReply);
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

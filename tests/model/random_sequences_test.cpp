@@ -5,8 +5,7 @@
 #include "model/step_generator.h"
 #include "model/step_text.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 namespace {
 
 constexpr std::size_t kStepsOfSequence = 300;
@@ -35,5 +34,4 @@ INSTANTIATE_TEST_SUITE_P(Seed, RandomSequences, ::testing::ValuesIn(runOptions()
                          ::testing::PrintToStringParamName());
 
 } // namespace
-} // namespace model
-} // namespace plc
+} // namespace plc::model

@@ -9,8 +9,7 @@
 /// The model of the driver: its rules once more, written for the tests alone in the plainest way
 /// that states them. It shares no code with the driver, so that a mistake in one shows as a
 /// difference from the other.
-namespace plc {
-namespace model {
+namespace plc::model {
 
 typedef std::vector<std::uint8_t> Bytes;
 
@@ -134,7 +133,6 @@ inline bool operator==(const CallbackCall& a, const CallbackCall& b)
            a.argument[2] == b.argument[2] && a.argument[3] == b.argument[3];
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

@@ -1,7 +1,6 @@
 #include "model/driver_model.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -284,5 +283,4 @@ void DriverModel::purge(std::vector<Variable>& list) const
     list = kept;
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

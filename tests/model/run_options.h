@@ -4,8 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 /// How much the random sequences do.
 struct RunOptions {
@@ -20,7 +19,6 @@ inline RunOptions& runOptions()
     return options;
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

@@ -4,8 +4,7 @@
 
 #include "model/side_by_side.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -345,5 +344,4 @@ Sequence shrink(const Sequence& failing, const Finder& find)
     return Shrinker(failing, find).shrink();
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

@@ -6,8 +6,7 @@
 
 #include "model/steps.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 /// What a run of a sequence found.
 struct Finding {
@@ -30,7 +29,6 @@ typedef std::function<Finding(const Sequence&)> Finder;
 /// no entry, can be left without losing it.
 Sequence shrink(const Sequence& failing, const Finder& find = findDifference);
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

@@ -5,8 +5,7 @@
 #include "model/step_generator.h"
 #include "model/step_text.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 namespace {
 
 /// Finds a retry limit of 2 or more that is set after a request was asked for.
@@ -94,5 +93,4 @@ TEST(Shrinking, PrintsATestToPaste)
 }
 
 } // namespace
-} // namespace model
-} // namespace plc
+} // namespace plc::model

@@ -12,8 +12,7 @@
 #include "model/library_side.h"
 #include "model/planned_reply.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -447,5 +446,4 @@ void SideBySide::checkCounters()
                         int(PLC_driver.spareList.size() + PLC_driver.extendList.size()));
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

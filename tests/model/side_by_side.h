@@ -8,8 +8,7 @@
 #include "model/driver_model.h"
 #include "model/steps.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 /// The driver and the model, both as after loading, given the same steps and compared in every
 /// member after each. One at a time: there is one driver object.
@@ -69,7 +68,6 @@ private:
     Differences m_differences;
 };
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

@@ -4,8 +4,7 @@
 
 #include <gmock/gmock.h>
 
-namespace plc {
-namespace model {
+namespace plc::model {
 namespace {
 
 using ::testing::HasSubstr;
@@ -108,5 +107,4 @@ TEST(SideBySide, CallbackTooMuchIsSeen)
 }
 
 } // namespace
-} // namespace model
-} // namespace plc
+} // namespace plc::model

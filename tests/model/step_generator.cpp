@@ -1,7 +1,6 @@
 #include "model/step_generator.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -532,5 +531,4 @@ void StepGenerator::changeRequest()
     faultyTransaction();
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

@@ -5,8 +5,7 @@
 #include "model/symbol_generator.h"
 #include "support/random.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 /// Makes sequences of steps as hosts take them, with everything that hosts, PLCs and networks do
 /// wrong.
@@ -72,7 +71,6 @@ private:
     bool m_isAbsurd = false;
 };
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

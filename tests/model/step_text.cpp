@@ -3,8 +3,7 @@
 #include <cstdio>
 #include <sstream>
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -196,5 +195,4 @@ std::string testText(const Sequence& sequence)
     return out.str();
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

@@ -5,13 +5,11 @@
 
 #include "model/steps.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 /// The sequence as a test to paste into found_sequences_test.cpp. Replies should be in bytes.
 std::string testText(const Sequence& sequence);
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

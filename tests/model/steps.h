@@ -6,8 +6,7 @@
 
 #include "model/records.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 // One thing that a host does. A sequence of them is what a run consists of; printed, they are the
 // initialisers of a test.
@@ -149,7 +148,6 @@ typedef std::vector<Step> Sequence;
 /// Settings records that the host owns.
 constexpr int kSettingsRecords = 2;
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

@@ -2,8 +2,7 @@
 
 #include <QtCore/QString>
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -257,5 +256,4 @@ std::u16string SymbolGenerator::damaged(std::u16string label)
     return label;
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

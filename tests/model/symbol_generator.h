@@ -4,8 +4,7 @@
 #include "model/records.h"
 #include "support/random.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 /// Makes symbol lists, sound ones and broken ones, and labels that lead into them or astray.
 class SymbolGenerator {
@@ -44,7 +43,6 @@ private:
     std::vector<Symbol> m_records;
 };
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model
 
 #endif

@@ -2,8 +2,7 @@
 
 #include "model/driver_model.h"
 
-namespace plc {
-namespace model {
+namespace plc::model {
 
 namespace {
 
@@ -205,5 +204,4 @@ int DriverModel::writeValue(const std::u16string& label, const std::u16string& s
     return 0;
 }
 
-} // namespace model
-} // namespace plc
+} // namespace plc::model

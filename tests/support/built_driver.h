@@ -5,8 +5,7 @@
 
 #include "host/driver/driver_library.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// The library that was built with the tests. Loaded once: the driver of a host stays for as long
 /// as the host runs.
@@ -22,7 +21,6 @@ inline const host::DriverFunctions& builtDriver()
     return functions;
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -31,8 +31,7 @@ inline void PrintTo(const QString& text, std::ostream* out)
     *out << '"' << text.toStdString() << '"';
 }
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// Bytes from hexadecimal pairs; blanks do not count.
 inline QByteArray hex(const char* text)
@@ -273,7 +272,6 @@ private:
     }
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

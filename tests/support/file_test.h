@@ -10,8 +10,7 @@
 #include "tests/support/test_folder.h"
 #include "values/expected.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// A test with a folder of its own.
 class FileTest : public ::testing::Test {
@@ -35,7 +34,6 @@ protected:
     QString error;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -3,8 +3,7 @@
 
 #include <QtNetwork/QTcpServer>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// A port that nobody listens on at this moment.
 inline quint16 freePort()
@@ -14,7 +13,6 @@ inline quint16 freePort()
     return server.serverPort();
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -12,8 +12,7 @@
 
 #include <cstring>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// What a server answered.
 struct HttpAnswer {
@@ -153,7 +152,6 @@ private:
     QByteArray m_received;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -62,8 +62,7 @@ void lockWatched(QBasicMutex* mutex) noexcept
 
 #endif
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 bool waitsFor(QMutex& mutex, const std::function<void()>& call)
 {
@@ -92,5 +91,4 @@ bool waitsFor(QMutex& mutex, const std::function<void()>& call)
     return isWaiting;
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -5,14 +5,12 @@
 
 #include <functional>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// Whether `call`, made in a thread of its own while `mutex` is held, comes to wait for it. Returns
 /// when the call has ended.
 bool waitsFor(QMutex& mutex, const std::function<void()>& call);
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -11,8 +11,7 @@
 #include "e2e/line_process.h"
 #include "support/free_port.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// Whether this becomes true on a machine that is busy with other tests.
 template <typename Condition>
@@ -102,7 +101,6 @@ private:
     std::unique_ptr<LineProcess> m_process;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -12,8 +12,7 @@
 
 #endif
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// Drops all messages of Qt.
 inline void silenceQt()
@@ -25,7 +24,6 @@ inline void silenceQt()
 #endif
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

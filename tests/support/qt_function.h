@@ -5,8 +5,7 @@
 
 #include <cstdlib>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// The function of this linker name in Qt, behind the one of this program that stands before it.
 template <typename Function>
@@ -18,7 +17,6 @@ Function inQt(const char* name)
     return reinterpret_cast<Function>(function);
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -4,8 +4,7 @@
 #include <cstdint>
 #include <random>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// Numbers that are the same in every run and with every standard library.
 class Random {
@@ -26,7 +25,6 @@ private:
     std::mt19937 m_engine;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -6,8 +6,7 @@
 
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// A record in which every member has a value of its own.
 inline RW_VAR fullRecord()
@@ -72,7 +71,6 @@ inline Places places(const QList<RW_VAR>& list)
     return out;
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

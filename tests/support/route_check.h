@@ -13,8 +13,7 @@
 #include "panel/http/server.h"
 #include "tests/support/http_client.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// Asks a server for each of its routes as those do who may not, and sees that each is refused with
 /// the right status and that nothing is carried out. The table is that of the server under test:
@@ -169,7 +168,6 @@ private:
     std::unique_ptr<panel::Server> m_server;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -6,8 +6,7 @@
 #include "driver/label_access.h"
 #include "support/driver_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 constexpr int kArrayFlag = 0x100;
 constexpr int kStructureFlag = 0x200;
@@ -130,7 +129,6 @@ inline Resolution resolved(int dataType, int address, int areaIndex)
     return Resolution{0, dataType, address, areaIndex};
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

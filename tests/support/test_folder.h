@@ -9,8 +9,7 @@
 #include <string>
 #include <utility>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// The files of a folder that a test works in.
 class TestFolder {
@@ -53,7 +52,6 @@ private:
     QDir m_folder;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

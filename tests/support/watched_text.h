@@ -11,8 +11,7 @@
 #include <functional>
 #include <utility>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// A text that calls a function when its characters are read for the first time, by the thread that
 /// reads them: they lie in a page that nobody may read until then. One may live at a time.
@@ -77,7 +76,6 @@ private:
     struct sigaction m_before;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

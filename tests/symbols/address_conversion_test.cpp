@@ -6,8 +6,7 @@
 
 #include "support/symbol_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using AddressConversion = DriverTest;
@@ -113,5 +112,4 @@ TEST_F(AddressQuery, IsZeroWhateverItIsGiven)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

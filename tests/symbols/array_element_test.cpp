@@ -1,7 +1,6 @@
 #include "tests/symbols/label_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using ArrayElement = DriverTest;
@@ -364,5 +363,4 @@ TEST_F(NumberBase, SubscriptsConvertAsQtConvertsThem)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -11,8 +11,7 @@
 #include "support/random.h"
 #include "support/symbol_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 inline Resolution failed(int result)
 {
@@ -30,7 +29,6 @@ inline void passVariables(const QList<Label_Type_Info>& variables)
     passSymbols({scope("MAIN", variables)});
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -1,7 +1,6 @@
 #include "tests/symbols/label_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using LabelGrammar = DriverTest;
@@ -379,5 +378,4 @@ TEST_F(ScopeLookup, FiveThousandVariablesAreAllFound)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -2,8 +2,7 @@
 #include "model/library_side.h"
 #include "tests/symbols/label_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using RandomLabels = DriverTest;
@@ -231,5 +230,4 @@ TEST_F(RandomLabels, TextOfBracketsCommasAndDotsResolvesAsTheModelResolvesIt)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -1,7 +1,6 @@
 #include "tests/symbols/label_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using StructureWalk = DriverTest;
@@ -245,5 +244,4 @@ TEST_F(PartWalk, PartMayHoldADotWhenItIsHandedInWhole)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

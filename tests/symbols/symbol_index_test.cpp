@@ -5,8 +5,7 @@
 #include "support/random.h"
 #include "support/symbol_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 /// Offset of the variable that the index finds; -1: no such scope, -2: no such variable.
@@ -402,5 +401,4 @@ TEST(ChosenNames, OfAnyRegularityAreOrdinary)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -2,8 +2,7 @@
 
 #include "support/symbol_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using SymbolTable = DriverTest;
@@ -351,5 +350,4 @@ TEST_F(SymbolTable, ThousandScopesOfOneCallAreAllFound)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

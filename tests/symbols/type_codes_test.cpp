@@ -4,8 +4,7 @@
 
 #include "support/symbol_fixture.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using TypeCodeWithoutSize = DriverTest;
@@ -121,5 +120,4 @@ TEST_F(TextTypeCodes, ElementsLie255BytesApart)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

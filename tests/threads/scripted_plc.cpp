@@ -1,7 +1,6 @@
 #include "threads/scripted_plc.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 namespace {
 
@@ -88,5 +87,4 @@ void ScriptedPlc::write(const QByteArray& request)
     }
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -8,8 +8,7 @@
 
 #include "support/random.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// A PLC in memory that answers request frames, and now and then does not. Used by one thread.
 class ScriptedPlc {
@@ -34,7 +33,6 @@ private:
     std::map<std::pair<int, int>, char> m_memory;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

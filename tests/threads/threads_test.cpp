@@ -13,8 +13,7 @@
 #include "support/symbol_fixture.h"
 #include "threads/scripted_plc.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 constexpr int kWriters = 3;
@@ -288,5 +287,4 @@ TEST_F(Threads, EveryWriteIsSettledOnceWhileAllElseGoesOn)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

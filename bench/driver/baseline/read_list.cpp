@@ -5,8 +5,7 @@
 #include "baseline/straightforward_driver.h"
 #include "support/symbols.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace baseline {
 
 namespace {
@@ -97,5 +96,4 @@ int StraightforwardDriver::addOnceRead(const RW_VAR& wanted)
 }
 
 } // namespace baseline
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

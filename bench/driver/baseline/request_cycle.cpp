@@ -1,8 +1,7 @@
 #include "baseline/straightforward_driver.h"
 #include "support/replies.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace baseline {
 
 namespace {
@@ -170,5 +169,4 @@ void StraightforwardDriver::storeReply(const QByteArray& reply)
 }
 
 } // namespace baseline
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

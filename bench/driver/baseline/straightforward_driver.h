@@ -6,8 +6,7 @@
 
 #include "driver/plc_driver.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace baseline {
 
 /// Where a label leads.
@@ -70,7 +69,6 @@ private:
 };
 
 } // namespace baseline
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

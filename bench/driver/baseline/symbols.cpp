@@ -3,8 +3,7 @@
 #include "baseline/straightforward_driver.h"
 #include "support/symbols.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace baseline {
 
 namespace {
@@ -125,5 +124,4 @@ bool StraightforwardDriver::resolveParts(const Label_Type_Info& record, const QS
 }
 
 } // namespace baseline
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

@@ -1,8 +1,7 @@
 #include "baseline/straightforward_driver.h"
 #include "support/symbols.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 namespace baseline {
 
 namespace {
@@ -77,5 +76,4 @@ void StraightforwardDriver::store(int areaIndex, int address, const QByteArray& 
 }
 
 } // namespace baseline
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

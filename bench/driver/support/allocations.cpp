@@ -93,8 +93,7 @@ PLC_REPLACES_LIBRARY int posix_memalign(void** block, std::size_t alignment,
     return *block ? 0 : ENOMEM;
 }
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 Allocations allocations()
 {
@@ -117,5 +116,4 @@ std::int64_t HeapMeter::bytesHeld() const
     return heldBytes;
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

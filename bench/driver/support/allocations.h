@@ -3,8 +3,7 @@
 
 #include <cstdint>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// What the whole process has asked of the heap. malloc() and its kin are replaced in this binary,
 /// so that the containers of Qt and operator new are counted alike. Counted without locks: the
@@ -40,7 +39,6 @@ private:
     HeapMeter& operator=(const HeapMeter&) = delete;
 };
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

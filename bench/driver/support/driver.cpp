@@ -7,8 +7,7 @@
 
 #include "support/replies.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -99,5 +98,4 @@ void Driver::dropQueued()
     enCommStation(kStation, kOn);
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

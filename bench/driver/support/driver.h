@@ -5,8 +5,7 @@
 #include "driver/label_access.h"
 #include "driver/plc_driver.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Station of everything that is read or written.
 constexpr int kStation = 1;
@@ -47,7 +46,6 @@ private:
     Q_DISABLE_COPY(Driver)
 };
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

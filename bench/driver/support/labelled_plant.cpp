@@ -3,8 +3,7 @@
 #include "support/shuffle.h"
 #include "support/symbols.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -166,5 +165,4 @@ const QHash<QString, int>& LabelledPlant::table()
     return m_table;
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

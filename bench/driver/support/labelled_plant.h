@@ -8,8 +8,7 @@
 #include "baseline/straightforward_driver.h"
 #include "support/driver.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// What the labels name.
 enum class LabelKind {
@@ -51,7 +50,6 @@ private:
     QHash<QString, int> m_table;
 };
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -8,8 +8,7 @@
 
 #include "support/allocations.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 // What a work is done by; the last part of a benchmark's name.
 constexpr const char* kByDriver = "driver";
@@ -103,7 +102,6 @@ private:
     std::size_t m_next = 0;
 };
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

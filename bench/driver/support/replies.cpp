@@ -1,7 +1,6 @@
 #include "support/replies.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 namespace {
 
@@ -59,5 +58,4 @@ QByteArray writeReply()
     return frameOf(QByteArray(kStatusSize, '\0'));
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench

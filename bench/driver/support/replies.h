@@ -5,8 +5,7 @@
 
 #include <vector>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// A reply of open length is handed over twice: its size is recorded, then it is consumed.
 constexpr int kPassesOfAReply = 2;
@@ -29,7 +28,6 @@ QByteArray readReply(const std::vector<int>& lengths);
 /// A good acknowledgement of a write.
 QByteArray writeReply();
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -6,8 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 /// Puts `items` into an order that is the same in every run and with every standard library.
 template <typename Item>
@@ -18,7 +17,6 @@ void shuffle(std::vector<Item>& items)
         std::swap(items[left - 1], items[engine() % left]);
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -3,8 +3,7 @@
 
 #include "driver/plc_driver.h"
 
-namespace plc {
-namespace bench {
+namespace plc::bench {
 
 constexpr int kArrayFlag = 0x100;
 constexpr int kStructureFlag = 0x200;
@@ -70,7 +69,6 @@ inline Label_Type_Info scope(const QString& name, const QList<Label_Type_Info>& 
     return record;
 }
 
-} // namespace bench
-} // namespace plc
+} // namespace plc::bench
 
 #endif

@@ -11,8 +11,7 @@
 #include "tests/e2e/plant.h"
 #include "tests/wireshark/dissection.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using ::testing::AnyOf;
@@ -242,5 +241,4 @@ TEST_F(Capture, IsNotTouchedByWrongUsage)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -10,8 +10,7 @@
 #include "gateway/model/change_store.h"
 #include "gateway/model/publisher.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// Publishes texts that a test can read: "open", "begin a x=1 y=?", "a x=1@1000", "old a x=1@1000",
 /// "end a". What is not good has its quality's letter before the value.
@@ -172,7 +171,6 @@ private:
     quint64 m_dropped = 0;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -10,8 +10,7 @@
 #include "gateway/support/mosquitto_process.h"
 #include "support/plc_process.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// plc-gateway with a configuration. What it logs goes into a file, over all its lives.
 class GatewayProcess {
@@ -103,7 +102,6 @@ private:
     QProcess m_process;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

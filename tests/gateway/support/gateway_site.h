@@ -8,8 +8,7 @@
 
 #include "gateway/support/gateway_process.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// The node "hall" of the group "works": PLCs, a configuration, and the gateway that it is for, in
 /// a folder of their own.
@@ -102,7 +101,6 @@ public:
     GatewayProcess gateway{path(QStringLiteral("gateway.json")), path(QStringLiteral("log"))};
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -9,8 +9,7 @@
 
 #include "support/free_port.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// A broker of its own for a test, which can be killed and started again on the same port.
 class MosquittoProcess {
@@ -73,7 +72,6 @@ private:
     QProcess m_process;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

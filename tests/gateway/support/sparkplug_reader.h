@@ -6,8 +6,7 @@
 
 #include <optional>
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 /// Fields of a message of Protocol Buffers, one after the other. Shares nothing with the gateway.
 class WireReader {
@@ -158,7 +157,6 @@ inline ReadPayload readPayload(const QByteArray& bytes)
     return payload;
 }
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

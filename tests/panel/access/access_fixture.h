@@ -6,8 +6,7 @@
 #include "panel/access/access.h"
 #include "tests/support/file_test.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 
 /// The least that the library allows, so that tests take no time.
 inline HashCost cheapHash()
@@ -62,7 +61,6 @@ protected:
     std::unique_ptr<Access> access;
 };
 
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel
 
 #endif

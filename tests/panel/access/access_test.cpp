@@ -3,8 +3,7 @@
 #include "panel/access/request_token.h"
 #include "tests/panel/access/access_fixture.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 using Login = AccessTest;
@@ -274,5 +273,4 @@ TEST(Listening, ElsewhereNeedsACertificateAndUsers)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

@@ -11,8 +11,7 @@
 #include "panel/access/secrets.h"
 #include "tests/support/file_test.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 AuditRecord record(const char* id)
@@ -494,5 +493,4 @@ TEST_F(Audit, IsReadInPages)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

@@ -4,8 +4,7 @@
 
 #include "panel/access/audit_chain.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 std::string shown(const AuditRecord& record)
@@ -65,5 +64,4 @@ TEST(AuditText, IsNothingThatATerminalObeys)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

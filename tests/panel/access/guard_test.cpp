@@ -4,8 +4,7 @@
 #include "tests/panel/access/access_fixture.h"
 #include "tests/support/route_check.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 QString stated(const char* text)
@@ -162,5 +161,4 @@ TEST_F(Deciding, LimitsHowOftenAnAddressChangesSomething)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

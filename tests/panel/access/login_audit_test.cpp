@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 class LoginRecords : public ::testing::Test {
@@ -93,5 +92,4 @@ TEST_F(LoginRecords, AreShortWhateverTheUserIsCalled)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

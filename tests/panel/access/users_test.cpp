@@ -2,8 +2,7 @@
 
 #include "tests/panel/access/access_fixture.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 QString stated(const char* text)
@@ -125,5 +124,4 @@ TEST_F(Users, OfAMalformedFileAreNone)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

@@ -7,8 +7,7 @@
 
 #include "panel_site.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 /// A panel whose recording lies on a disk of two megabytes, which other files fill.
@@ -78,5 +77,4 @@ TEST_F(PanelOnAFullDisk, ShowsValuesAndRecordsAndWritesOnceThereIsRoom)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -2,8 +2,7 @@
 
 #include "panel/e2e/panel_site.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 class PanelHistory : public PanelSite {
@@ -81,5 +80,4 @@ TEST_F(PanelHistory, ShowsLostLinksAndAnEndOfThePanel)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -2,8 +2,7 @@
 
 #include "panel/e2e/panel_site.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 /// A parameter that has to be given, with something that makes sense.
@@ -101,5 +100,4 @@ TEST_F(DescribedAnswers, HaveAStatusThatIsToldAnd400WithoutAParameterThatIsNeede
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -6,8 +6,7 @@
 
 #include "panel_site.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 /// What --check says, and its exit code behind it.
@@ -129,5 +128,4 @@ TEST_F(PanelOperation, TellsWhatIsReadAgainAndWhatIsNot)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -12,8 +12,7 @@
 #include "support/plc_process.h"
 #include "tests/support/http_client.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 
 constexpr char kTank[] = R"json({
   "name": "A tank",
@@ -153,7 +152,6 @@ private:
     std::unique_ptr<LineProcess> m_panel;
 };
 
-} // namespace test
-} // namespace plc
+} // namespace plc::test
 
 #endif

@@ -2,8 +2,7 @@
 
 #include "panel/e2e/panel_site.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 class PanelValues : public PanelSite {
@@ -173,5 +172,4 @@ TEST_F(PanelValues, HaveTheirSymbols)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

@@ -2,8 +2,7 @@
 
 #include "panel/e2e/panel_site.h"
 
-namespace plc {
-namespace test {
+namespace plc::test {
 namespace {
 
 using testing::HasSubstr;
@@ -156,5 +155,4 @@ TEST_F(PanelWrites, AreRefusedByAPanelThatIsReadOnly)
 }
 
 } // namespace
-} // namespace test
-} // namespace plc
+} // namespace plc::test

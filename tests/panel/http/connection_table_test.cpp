@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 class Connections : public ::testing::Test {
@@ -144,5 +143,4 @@ TEST_F(Connections, ThatAreBeingEndedAreEndedOnce)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

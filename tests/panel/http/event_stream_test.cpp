@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 using Reading = EventStream::Reading;
@@ -114,5 +113,4 @@ TEST_F(Events, AreSharedAndNotKeptOnceRead)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

@@ -12,8 +12,7 @@
 #include "tests/panel/http/http_fixture.h"
 #include "tests/support/random.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 using test::HttpAnswer;
@@ -397,5 +396,4 @@ TEST_F(HostileClients, RubbishLeavesTheServerServing)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

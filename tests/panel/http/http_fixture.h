@@ -6,8 +6,7 @@
 #include "panel/http/server.h"
 #include "tests/support/http_client.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 
 /// Lets everybody do everything.
 class OpenGuard : public Guard {
@@ -69,7 +68,6 @@ protected:
     std::unique_ptr<Server> server;
 };
 
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel
 
 #endif

@@ -9,8 +9,7 @@
 
 #include "tests/panel/http/http_fixture.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 using test::HttpAnswer;
@@ -187,5 +186,4 @@ TEST_F(WebServer, ListensOnASocketForOwnerAndGroup)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

@@ -4,8 +4,7 @@
 
 #include "panel/http/route_table.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 QString stated(const char* text)
@@ -86,5 +85,4 @@ TEST_F(Routes, AreNoneForOtherPaths)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

@@ -6,8 +6,7 @@
 
 #include "tests/panel/http/http_fixture.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 class Tls : public WebServer {
@@ -193,7 +192,6 @@ TEST_F(Tls, SaysWhatIsWrongWithTheFiles)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel
 
 #endif

@@ -4,8 +4,7 @@
 #include "panel/access/audit_reading.h"
 #include "tests/support/file_test.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 class AuditCommand : public test::FileTest {
@@ -45,5 +44,4 @@ TEST_F(AuditCommand, NamesAnAlteredLineOnce)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

@@ -5,8 +5,7 @@
 #include "tests/panel/access/access_fixture.h"
 #include "tests/support/route_check.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 /// All that the program serves.
@@ -39,5 +38,4 @@ TEST_F(ServedRoutes, ShowNothingOfAPlcToWhoeverComes)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel

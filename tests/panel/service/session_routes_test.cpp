@@ -3,8 +3,7 @@
 #include "panel/api/api_routes.h"
 #include "tests/panel/access/access_fixture.h"
 
-namespace plc {
-namespace panel {
+namespace plc::panel {
 namespace {
 
 /// Logins and logouts as the routes do them, with an audit that is looked at.
@@ -110,5 +109,4 @@ TEST_F(SessionRoutes, LetPeopleLookWhereNothingCanBeRecorded)
 }
 
 } // namespace
-} // namespace panel
-} // namespace plc
+} // namespace plc::panel
