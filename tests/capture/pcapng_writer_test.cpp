@@ -49,7 +49,7 @@ TEST_F(PcapngFile, BeginsWithSectionAndInterface)
 {
     const PcapngWriter writer(&m_buffer, QStringLiteral("plc"));
 
-    EXPECT_EQ(hex(), kFileHead);
+    EXPECT_EQ(kFileHead, hex());
     EXPECT_EQ(QString(), writer.error());
 }
 

@@ -11,18 +11,18 @@ namespace {
 
 TEST(LabelColumn, OfALongLabelTheEndIsShown)
 {
-    EXPECT_EQ(labelColumn({"Plant.mode", "Plant.pasteuriser.temperature"}, 14),
-              (QStringList{"Plant.mode    ", QString::fromUtf8("…r.temperature")}));
+    EXPECT_EQ((QStringList{"Plant.mode    ", QString::fromUtf8("…r.temperature")}),
+              labelColumn({"Plant.mode", "Plant.pasteuriser.temperature"}, 14));
 }
 
 TEST(LabelColumn, LabelsThatWouldLookEqualAreShortenedInTheMiddle)
 {
     EXPECT_EQ(
-        labelColumn({"Plant.tank[1].outlet.valve.speed", "Plant.tank[2].outlet.valve.speed"}, 20),
         (QStringList{QString::fromUtf8("…nt.tank[1…lve.speed"),
-                     QString::fromUtf8("…nt.tank[2…lve.speed")}));
-    EXPECT_EQ(labelColumn({"A.inlet.temperature.limit", "B.inlet.temperature.limit"}, 12),
-              (QStringList{QString::fromUtf8("A…ture.limit"), QString::fromUtf8("B…ture.limit")}));
+                     QString::fromUtf8("…nt.tank[2…lve.speed")}),
+        labelColumn({"Plant.tank[1].outlet.valve.speed", "Plant.tank[2].outlet.valve.speed"}, 20));
+    EXPECT_EQ((QStringList{QString::fromUtf8("A…ture.limit"), QString::fromUtf8("B…ture.limit")}),
+              labelColumn({"A.inlet.temperature.limit", "B.inlet.temperature.limit"}, 12));
 }
 
 TEST(LabelColumn, OneThatIsClearStaysAsItIs)
@@ -57,7 +57,7 @@ TEST(LabelColumn, TheSameLabelTwiceLooksTheSame)
 {
     const QString label = QStringLiteral("Plant.pasteuriser.temperature");
     const QStringList shown = labelColumn({label, label}, 14);
-    EXPECT_EQ(shown[0], QString::fromUtf8("…r.temperature"));
+    EXPECT_EQ(QString::fromUtf8("…r.temperature"), shown[0]);
     EXPECT_EQ(shown[1], shown[0]);
 }
 

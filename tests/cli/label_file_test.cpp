@@ -34,28 +34,28 @@ protected:
 
 TEST_F(LabelFile, HasALabelALineInTheFirstColumn)
 {
-    EXPECT_EQ(labelsOf("Main.speed\nMain.count\n"), (QStringList{"Main.speed", "Main.count"}));
-    EXPECT_EQ(labelsOf("Main.speed,INT,\"rpm, fast\"\r\n\r\n Main.count ,x"),
-              (QStringList{"Main.speed", "Main.count"}));
+    EXPECT_EQ((QStringList{"Main.speed", "Main.count"}), labelsOf("Main.speed\nMain.count\n"));
+    EXPECT_EQ((QStringList{"Main.speed", "Main.count"}),
+              labelsOf("Main.speed,INT,\"rpm, fast\"\r\n\r\n Main.count ,x"));
 }
 
 TEST_F(LabelFile, MayNameItsColumnsFirst)
 {
-    EXPECT_EQ(labelsOf("Label,type\nMain.speed,INT\n"), (QStringList{"Main.speed"}));
+    EXPECT_EQ((QStringList{"Main.speed"}), labelsOf("Label,type\nMain.speed,INT\n"));
     EXPECT_EQ("line 2: label \"label\": expected Scope.variable",
               labelsOf("Main.speed\nlabel\n").first());
 }
 
 TEST_F(LabelFile, TakesWhatTheCommandLineTakes)
 {
-    EXPECT_EQ(labelsOf("Big.block[0]*600\nBig.block[0..3]\nMain.*\n"),
-              (QStringList{"Big.block[0]*600", "Big.block[0..3]", "Main.*"}));
+    EXPECT_EQ((QStringList{"Big.block[0]*600", "Big.block[0..3]", "Main.*"}),
+              labelsOf("Big.block[0]*600\nBig.block[0..3]\nMain.*\n"));
 }
 
 TEST_F(LabelFile, APatternMayEndInANumber)
 {
-    EXPECT_EQ(labelsOf("*1\nMain.table[*5]\nMain.s*1\n"),
-              (QStringList{"*1", "Main.table[*5]", "Main.s*1"}));
+    EXPECT_EQ((QStringList{"*1", "Main.table[*5]", "Main.s*1"}),
+              labelsOf("*1\nMain.table[*5]\nMain.s*1\n"));
 }
 
 TEST_F(LabelFile, ALabelThatIsUnknownIsShownWithItsLine)

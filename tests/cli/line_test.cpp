@@ -32,8 +32,8 @@ TEST_F(LineTest, AssignmentIsSplitAtItsFirstSign)
     EXPECT_EQ("Main.speed", assignment("Main.speed=5").point.label);
     EXPECT_EQ(QVector<values::Value>{qint64(5)}, assignment("Main.speed = 5").values);
     EXPECT_EQ(QVector<values::Value>{QStringLiteral("a=b")}, assignment("Main.text=a=b").values);
-    EXPECT_EQ(assignment("Main.bytes[0]*2=1,2").values,
-              (QVector<values::Value>{quint64(1), quint64(2)}));
+    EXPECT_EQ((QVector<values::Value>{quint64(1), quint64(2)}),
+              assignment("Main.bytes[0]*2=1,2").values);
 }
 
 TEST_F(LineTest, WrongAssignmentIsExplained)

@@ -22,7 +22,7 @@ TEST_F(OptionsTest, CommandAndItsArgumentsStandAnywhereAmongTheOptions)
     const QStringList line{"--json", "read", "-p", "a.json", "A.x", "--port", "99", "A.y"};
     EXPECT_EQ(&kReadCommand, parse(line)->command);
     const auto options = optionsOf<ReadOptions>(line);
-    EXPECT_EQ(options.arguments, (QStringList{"A.x", "A.y"}));
+    EXPECT_EQ((QStringList{"A.x", "A.y"}), options.arguments);
     EXPECT_EQ("a.json", options.projectFile);
     EXPECT_EQ(99, options.port);
     EXPECT_TRUE(options.json);
@@ -50,7 +50,7 @@ TEST_F(OptionsTest, RunHasItsOwnOptions)
     EXPECT_EQ(2500, options.duration);
     EXPECT_EQ(0, options.cycleTime);
     EXPECT_EQ(50, options.interval);
-    EXPECT_EQ(options.stationsOff, (QVector<int>{3, 4}));
+    EXPECT_EQ((QVector<int>{3, 4}), options.stationsOff);
     EXPECT_EQ("plc.local", options.address);
     EXPECT_EQ(250, options.timeout);
     EXPECT_TRUE(options.trace);
@@ -87,7 +87,7 @@ TEST_F(OptionsTest, ImportNeedsNoProject)
     const auto options = optionsOf<ImportOptions>(
         {"import", "a.st", "b.st", "-o", "c.json", "--area", "1", "--base", "2:100", "--align", "8",
          "--scope", "GVL", "--name", "Line", "--all-warnings"});
-    EXPECT_EQ(options.arguments, (QStringList{"a.st", "b.st"}));
+    EXPECT_EQ((QStringList{"a.st", "b.st"}), options.arguments);
     EXPECT_EQ("c.json", options.output);
     EXPECT_EQ("Line", options.name);
     EXPECT_TRUE(options.allWarnings);

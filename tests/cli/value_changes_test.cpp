@@ -41,7 +41,7 @@ TEST_F(ValueChangesTest, ThereIsNothingBeforeTheFirstRead)
 TEST_F(ValueChangesTest, TheFirstReadIsNewAndTheSameAgainIsNot)
 {
     readBoth(10);
-    EXPECT_EQ(take(10), (QVector<int>{0, 1}));
+    EXPECT_EQ((QVector<int>{0, 1}), take(10));
     readBoth(20);
     EXPECT_EQ(QVector<int>(), take(20));
 }
@@ -70,15 +70,15 @@ TEST_F(ValueChangesTest, StaleAndFreshAgainAreNewOnceEach)
     readBoth(10);
     take(10);
     EXPECT_EQ(QVector<int>(), take(10 + kStaleAfter));
-    EXPECT_EQ(take(11 + kStaleAfter), (QVector<int>{0, 1}));
+    EXPECT_EQ((QVector<int>{0, 1}), take(11 + kStaleAfter));
     EXPECT_EQ(QVector<int>(), take(12 + kStaleAfter));
     readBoth(4000);
-    EXPECT_EQ(take(4000), (QVector<int>{0, 1}));
+    EXPECT_EQ((QVector<int>{0, 1}), take(4000));
 }
 
 TEST_F(ValueChangesTest, AValueNeverReadIsToldWhenItIsWaitedForTooLong)
 {
-    EXPECT_EQ(take(kStaleAfter + 1), (QVector<int>{0, 1}));
+    EXPECT_EQ((QVector<int>{0, 1}), take(kStaleAfter + 1));
 }
 
 } // namespace

@@ -93,19 +93,19 @@ TEST(ValueHistory, WhatIsOlderThanAMinuteIsForgotten)
 
 TEST(Sparkline, ScalesFromTheLowestToTheHighest)
 {
-    EXPECT_EQ(sparkline({0.0, 1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0}), QString::fromUtf8("▁▂▃▄▅▆▇█"));
-    EXPECT_EQ(sparkline({-10.0, 10.0}), QString::fromUtf8("▁█"));
-    EXPECT_EQ(sparkline({-1.7e308, 1.7e308}), QString::fromUtf8("▁█"));
+    EXPECT_EQ(QString::fromUtf8("▁▂▃▄▅▆▇█"), sparkline({0.0, 1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0}));
+    EXPECT_EQ(QString::fromUtf8("▁█"), sparkline({-10.0, 10.0}));
+    EXPECT_EQ(QString::fromUtf8("▁█"), sparkline({-1.7e308, 1.7e308}));
 }
 
 TEST(Sparkline, IsFlatWhereNothingChanges)
 {
-    EXPECT_EQ(sparkline({5.0, 5.0}), QString::fromUtf8("▁▁"));
+    EXPECT_EQ(QString::fromUtf8("▁▁"), sparkline({5.0, 5.0}));
 }
 
 TEST(Sparkline, HasBlanksWhereThereIsNoValue)
 {
-    EXPECT_EQ(sparkline({std::nullopt, 1.0, std::nullopt, 2.0}), QString::fromUtf8(" ▁ █"));
+    EXPECT_EQ(QString::fromUtf8(" ▁ █"), sparkline({std::nullopt, 1.0, std::nullopt, 2.0}));
     EXPECT_EQ("  ", sparkline({std::nullopt, std::nullopt}));
     EXPECT_EQ("", sparkline({}));
 }

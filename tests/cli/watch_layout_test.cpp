@@ -98,8 +98,9 @@ TEST(WatchLayout, ShowsAllColumnsInEightyByTwentyFour)
     EXPECT_EQ("3 values, as named", lines[1].trimmed());
     EXPECT_EQ("  LABEL               VALUE                TREND         AGE       MIN       MAX",
               lines[2]);
-    EXPECT_EQ(lines[3], QString::fromUtf8("> Plant.tank[0].level 12.5 %               "
-                                          "▁▁▁▁▁▁▁▁█   40 ms        -3     99.75"));
+    EXPECT_EQ(QString::fromUtf8("> Plant.tank[0].level 12.5 %               "
+                                "▁▁▁▁▁▁▁▁█   40 ms        -3     99.75"),
+              lines[3]);
     EXPECT_EQ("  Plant.tank[1].level ", lines[4].left(22));
     EXPECT_EQ("written", lines[22].trimmed());
     EXPECT_EQ("?:help  w:write  p:pause  s:sort  /:filter  r:reset  q:end", lines[23].trimmed());
@@ -222,7 +223,7 @@ TEST(WatchLayout, AMessageThatIsTooLongIsCutOffAtItsEnd)
     const QStringList lines = layOutWatch(told, stateOf(rows(30), 11), 12, 11, kPlain);
     EXPECT_EQ("one two     ", lines[7]);
     EXPECT_EQ("three four  ", lines[8]);
-    EXPECT_EQ(lines[9], QString::fromUtf8("five six se…"));
+    EXPECT_EQ(QString::fromUtf8("five six se…"), lines[9]);
 }
 
 TEST(WatchLayout, AQuestionIsShownWholeOnANarrowTerminal)
@@ -285,7 +286,7 @@ TEST(WatchLayout, ALongPromptTakesLinesOfTheTableAndItsEndIsAlwaysShown)
     EXPECT_EQ("now 12.5 %) = 12345678901234_", lines[23].trimmed());
     state.setPage(watchPage(2));
     lines = layOutWatch(frame(), state, 40, 2, kPlain);
-    EXPECT_EQ(lines[0].left(8), QString::fromUtf8("…xxxxxxx"));
+    EXPECT_EQ(QString::fromUtf8("…xxxxxxx"), lines[0].left(8));
     EXPECT_EQ("now 12.5 %) = 12345678901234_", lines[1].trimmed());
 }
 

@@ -286,7 +286,7 @@ TEST_F(HostRules, GoodReplyWithoutDataEndsARefusedReadAndKeepsTheLogin)
     EXPECT_EQ(0, settings.retryCount);
     EXPECT_TRUE(PLC_driver.localImage.contains(plc::DataImage::key(3, 10)));
     EXPECT_FALSE(PLC_driver.localImage.contains(plc::DataImage::key(3, 20)));
-    EXPECT_EQ(addressesIn(ComCommunication()->frame), (std::vector<int>{10, 20}));
+    EXPECT_EQ((std::vector<int>{10, 20}), addressesIn(ComCommunication()->frame));
 }
 
 TEST_F(HostRules, OneShotReadThatEndsWithoutDataIsReportedAsDone)

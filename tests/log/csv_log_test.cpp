@@ -30,38 +30,42 @@ TEST_F(CsvLogTest, BeginsWithTheNamesOfTheColumnsAndHasALineForEachRecord)
     LogRecord stale = record(61001, "P.text", "'x'");
     stale.state = LogState::Stale;
     write(*open(), {record(0, "P.level", "12.5"), stale});
-    EXPECT_EQ(content(file),
-              "time,label,value,state\n"
-              "2026-11-21T06:00:00.000Z,P.level,12.5,fresh\n"
-              "2026-11-21T06:01:01.001Z,P.text,'x',stale\n");
+    EXPECT_EQ(
+        "time,label,value,state\n"
+        "2026-11-21T06:00:00.000Z,P.level,12.5,fresh\n"
+        "2026-11-21T06:01:01.001Z,P.text,'x',stale\n",
+        content(file));
 }
 
 TEST_F(CsvLogTest, QuotesFieldsThatHoldCommasOrQuotes)
 {
     write(*open(), {record(0, "P.t[1,2]*2", "[1, 2]"), record(0, "P.wide", "\"a\"")});
-    EXPECT_EQ(content(file),
-              "time,label,value,state\n"
-              "2026-11-21T06:00:00.000Z,\"P.t[1,2]*2\",\"[1, 2]\",fresh\n"
-              "2026-11-21T06:00:00.000Z,P.wide,\"\"\"a\"\"\",fresh\n");
+    EXPECT_EQ(
+        "time,label,value,state\n"
+        "2026-11-21T06:00:00.000Z,\"P.t[1,2]*2\",\"[1, 2]\",fresh\n"
+        "2026-11-21T06:00:00.000Z,P.wide,\"\"\"a\"\"\",fresh\n",
+        content(file));
 }
 
 TEST_F(CsvLogTest, MarksTextsThatASpreadsheetWouldCompute)
 {
     write(*open(), {record(0, "@S.a", "-5"), record(0, "-S.b", "'=1+1'")});
-    EXPECT_EQ(content(file),
-              "time,label,value,state\n"
-              "2026-11-21T06:00:00.000Z,'@S.a,-5,fresh\n"
-              "2026-11-21T06:00:00.000Z,'-S.b,''=1+1',fresh\n");
+    EXPECT_EQ(
+        "time,label,value,state\n"
+        "2026-11-21T06:00:00.000Z,'@S.a,-5,fresh\n"
+        "2026-11-21T06:00:00.000Z,'-S.b,''=1+1',fresh\n",
+        content(file));
 }
 
 TEST_F(CsvLogTest, GoesOnWithAFileThatExists)
 {
     write(*open(), {record(0, "P.a", "1")});
     write(*open(), {record(1, "P.a", "2")});
-    EXPECT_EQ(content(file),
-              "time,label,value,state\n"
-              "2026-11-21T06:00:00.000Z,P.a,1,fresh\n"
-              "2026-11-21T06:00:00.001Z,P.a,2,fresh\n");
+    EXPECT_EQ(
+        "time,label,value,state\n"
+        "2026-11-21T06:00:00.000Z,P.a,1,fresh\n"
+        "2026-11-21T06:00:00.001Z,P.a,2,fresh\n",
+        content(file));
 }
 
 TEST_F(CsvLogTest, CutsHalfALineThatWasLeftAtTheEnd)
@@ -69,12 +73,13 @@ TEST_F(CsvLogTest, CutsHalfALineThatWasLeftAtTheEnd)
     write(*open(), {record(0, "P.a", "1")});
     put(file, "2026-11-21T06:00:00.0");
     const std::unique_ptr<CsvLog> log = open();
-    EXPECT_EQ(log->cutBytes(), 21);
+    EXPECT_EQ(21, log->cutBytes());
     write(*log, {record(1, "P.a", "2")});
-    EXPECT_EQ(content(file),
-              "time,label,value,state\n"
-              "2026-11-21T06:00:00.000Z,P.a,1,fresh\n"
-              "2026-11-21T06:00:00.001Z,P.a,2,fresh\n");
+    EXPECT_EQ(
+        "time,label,value,state\n"
+        "2026-11-21T06:00:00.000Z,P.a,1,fresh\n"
+        "2026-11-21T06:00:00.001Z,P.a,2,fresh\n",
+        content(file));
 }
 
 TEST_F(CsvLogTest, IsWholeAgainWhereverItWasCutOff)
@@ -98,7 +103,7 @@ TEST_F(CsvLogTest, FindsTheEndOfTheLastLineFarBack)
     write(*open(), {record(0, "P.a", "1")});
     const std::string whole = content(file);
     put(file, std::string(200000, 'x').c_str());
-    EXPECT_EQ(open()->cutBytes(), 200000);
+    EXPECT_EQ(200000, open()->cutBytes());
     EXPECT_EQ(content(file), whole);
 }
 
@@ -107,7 +112,7 @@ TEST_F(CsvLogTest, LeavesAFileAloneThatIsNoLog)
     put(file, "time;speed\n1;2\nhalf a line");
     EXPECT_FALSE(succeeds(CsvLog::open(file, LogRotation())));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("a.csv: the file exists and is no log"));
-    EXPECT_EQ(content(file), "time;speed\n1;2\nhalf a line");
+    EXPECT_EQ("time;speed\n1;2\nhalf a line", content(file));
 }
 
 TEST_F(CsvLogTest, TwoAtATimeCannotLogToOneFile)
@@ -124,11 +129,12 @@ TEST_F(CsvLogTest, GoesOnInANewFileBeforeOneGetsTooLarge)
     LogRotation rotation;
     rotation.size = 97;
     write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2"), record(2, "P.a", "3")});
-    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.csv");
-    EXPECT_EQ(content(path("a.000001.20261121T060000000Z.csv")).size(), 97u);
-    EXPECT_EQ(content(file),
-              "time,label,value,state\n"
-              "2026-11-21T06:00:00.002Z,P.a,3,fresh\n");
+    EXPECT_EQ("a.000001.20261121T060000000Z.csv a.csv", names());
+    EXPECT_EQ(97u, content(path("a.000001.20261121T060000000Z.csv")).size());
+    EXPECT_EQ(
+        "time,label,value,state\n"
+        "2026-11-21T06:00:00.002Z,P.a,3,fresh\n",
+        content(file));
 }
 
 TEST_F(CsvLogTest, TheSizeOfAnEarlierRunCounts)
@@ -137,7 +143,7 @@ TEST_F(CsvLogTest, TheSizeOfAnEarlierRunCounts)
     rotation.size = 97;
     write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2")});
     write(*open(rotation), {record(2, "P.a", "3")});
-    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.csv");
+    EXPECT_EQ("a.000001.20261121T060000000Z.csv a.csv", names());
 }
 
 TEST_F(CsvLogTest, ARecordThatIsLargerThanAFileMayBeIsKeptAlone)
@@ -145,10 +151,11 @@ TEST_F(CsvLogTest, ARecordThatIsLargerThanAFileMayBeIsKeptAlone)
     LogRotation rotation;
     rotation.size = 1;
     write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2")});
-    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.csv");
-    EXPECT_EQ(content(file),
-              "time,label,value,state\n"
-              "2026-11-21T06:00:00.001Z,P.a,2,fresh\n");
+    EXPECT_EQ("a.000001.20261121T060000000Z.csv a.csv", names());
+    EXPECT_EQ(
+        "time,label,value,state\n"
+        "2026-11-21T06:00:00.001Z,P.a,2,fresh\n",
+        content(file));
 }
 
 TEST_F(CsvLogTest, GoesOnInANewFileWhenThePeriodIsOver)
@@ -156,11 +163,11 @@ TEST_F(CsvLogTest, GoesOnInANewFileWhenThePeriodIsOver)
     LogRotation rotation;
     rotation.period = 60000;
     write(*open(rotation), {record(0, "P.a", "1"), record(59999, "P.a", "2")});
-    EXPECT_EQ(names(), "a.csv");
+    EXPECT_EQ("a.csv", names());
     write(*open(rotation), {record(60000, "P.a", "3"), record(119999, "P.a", "4")});
-    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.csv");
+    EXPECT_EQ("a.000001.20261121T060000000Z.csv a.csv", names());
     write(*open(rotation), {record(120000, "P.a", "5")});
-    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.000002.20261121T060100000Z.csv a.csv");
+    EXPECT_EQ("a.000001.20261121T060000000Z.csv a.000002.20261121T060100000Z.csv a.csv", names());
 }
 
 TEST_F(CsvLogTest, TheOldestFilesGoAndOthersStay)
@@ -173,9 +180,9 @@ TEST_F(CsvLogTest, TheOldestFilesGoAndOthersStay)
     write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2"), record(2, "P.a", "3"),
                             record(3, "P.a", "4")});
     EXPECT_EQ(
-        names(),
         "a.000002.20261121T060000001Z.csv a.000003.20261121T060000002Z.csv a.20200101.csv a.csv "
-        "ab.20200101T000000000Z.csv");
+        "ab.20200101T000000000Z.csv",
+        names());
 }
 
 TEST_F(CsvLogTest, FilesThatBeginAtTheSameTimeDoNotReplaceEachOther)
@@ -183,7 +190,7 @@ TEST_F(CsvLogTest, FilesThatBeginAtTheSameTimeDoNotReplaceEachOther)
     LogRotation rotation;
     rotation.size = 1;
     write(*open(rotation), {record(0, "P.a", "1"), record(0, "P.b", "2"), record(0, "P.c", "3")});
-    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.000002.20261121T060000000Z.csv a.csv");
+    EXPECT_EQ("a.000001.20261121T060000000Z.csv a.000002.20261121T060000000Z.csv a.csv", names());
 }
 
 TEST_F(CsvLogTest, TheOldestFilesGoAlsoWhenTheClockWasSetBack)
@@ -195,7 +202,7 @@ TEST_F(CsvLogTest, TheOldestFilesGoAlsoWhenTheClockWasSetBack)
     constexpr qint64 kDay = 86400000;
     write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2"), record(-kDay, "P.a", "3"),
                             record(1 - kDay, "P.a", "4")});
-    EXPECT_EQ(names(), "a.000002.20261121T060000001Z.csv a.000003.20261120T060000000Z.csv a.csv");
+    EXPECT_EQ("a.000002.20261121T060000001Z.csv a.000003.20261120T060000000Z.csv a.csv", names());
 }
 
 TEST_F(CsvLogTest, FilesWithoutANumberAreOlderThanThoseWithOne)
@@ -206,9 +213,9 @@ TEST_F(CsvLogTest, FilesWithoutANumberAreOlderThanThoseWithOne)
     rotation.size = 1;
     rotation.keep = 2;
     write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2")});
-    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.20300101T000000000Z.csv a.csv");
+    EXPECT_EQ("a.000001.20261121T060000000Z.csv a.20300101T000000000Z.csv a.csv", names());
     write(*open(rotation), {record(2, "P.a", "3")});
-    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.000002.20261121T060000001Z.csv a.csv");
+    EXPECT_EQ("a.000001.20261121T060000000Z.csv a.000002.20261121T060000001Z.csv a.csv", names());
 }
 
 TEST_F(CsvLogTest, NumbersAreComparedAsNumbers)
@@ -218,9 +225,9 @@ TEST_F(CsvLogTest, NumbersAreComparedAsNumbers)
     rotation.size = 1;
     rotation.keep = 1;
     write(*open(rotation), {record(0, "P.a", "1"), record(1, "P.a", "2")});
-    EXPECT_EQ(names(), "a.1000000.20261121T060000000Z.csv a.csv");
+    EXPECT_EQ("a.1000000.20261121T060000000Z.csv a.csv", names());
     write(*open(rotation), {record(2, "P.a", "3")});
-    EXPECT_EQ(names(), "a.1000001.20261121T060000001Z.csv a.csv");
+    EXPECT_EQ("a.1000001.20261121T060000001Z.csv a.csv", names());
 }
 
 TEST_F(CsvLogTest, GoesOnInNewFilesAlsoWhenTheClockWasSetBack)
@@ -230,7 +237,7 @@ TEST_F(CsvLogTest, GoesOnInNewFilesAlsoWhenTheClockWasSetBack)
     constexpr qint64 kDay = 86400000;
     write(*open(rotation), {record(0, "P.a", "1"), record(-kDay, "P.a", "2"),
                             record(59999 - kDay, "P.a", "3"), record(60000 - kDay, "P.a", "4")});
-    EXPECT_EQ(names(), "a.000001.20261121T060000000Z.csv a.000002.20261120T060000000Z.csv a.csv");
+    EXPECT_EQ("a.000001.20261121T060000000Z.csv a.000002.20261120T060000000Z.csv a.csv", names());
 }
 
 TEST_F(CsvLogTest, AFileThatCannotBeCreatedIsNamedWithTheReason)
@@ -244,7 +251,7 @@ TEST_F(CsvLogTest, AFileThatCannotBeCreatedIsNamedWithTheReason)
 TEST_F(CsvLogTest, AFullDiskIsToldFromTheFirstLineOn)
 {
     EXPECT_FALSE(succeeds(CsvLog::open(QStringLiteral("/dev/full"), LogRotation())));
-    EXPECT_EQ(error, "/dev/full: cannot be written: No space left on device");
+    EXPECT_EQ("/dev/full: cannot be written: No space left on device", error);
 }
 
 TEST_F(CsvLogTest, WhenTheDiskIsFullTheFileEndsWithAWholeLine)
@@ -255,7 +262,7 @@ TEST_F(CsvLogTest, WhenTheDiskIsFullTheFileEndsWithAWholeLine)
     // A limit on files is met like the end of a disk: in the middle of a line.
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit = {100, RLIM_INFINITY};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &limit));
     EXPECT_FALSE(succeeds(log->write({record(1, "P.a", "2"), record(2, "P.a", "3")})));
     EXPECT_THAT(error.toStdString(),
                 ::testing::HasSubstr("a.csv: cannot be written: File too large"));

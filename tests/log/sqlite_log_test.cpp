@@ -59,12 +59,13 @@ TEST_F(SqliteLogTest, HoldsTimeLabelValueNumberAndState)
     LogRecord text = record(1, "P.text", "'x'");
     text.state = LogState::Stale;
     write(*open(), {number, text});
-    EXPECT_EQ(rows("SELECT time || '|' || label || '|' || value || '|' || "
-                   "ifnull(number, 'null') || '|' || state FROM log"),
-              "2026-11-21T06:00:00.000Z|P.level|16#0C|12.0|fresh\n"
-              "2026-11-21T06:00:00.001Z|P.text|'x'|null|stale\n");
-    EXPECT_EQ(rows("SELECT julianday(time) - julianday('2026-11-21 06:00:00') FROM log LIMIT 1"),
-              "0.0\n");
+    EXPECT_EQ(
+        "2026-11-21T06:00:00.000Z|P.level|16#0C|12.0|fresh\n"
+        "2026-11-21T06:00:00.001Z|P.text|'x'|null|stale\n",
+        rows("SELECT time || '|' || label || '|' || value || '|' || "
+             "ifnull(number, 'null') || '|' || state FROM log"));
+    EXPECT_EQ("0.0\n",
+              rows("SELECT julianday(time) - julianday('2026-11-21 06:00:00') FROM log LIMIT 1"));
 }
 
 TEST_F(SqliteLogTest, TellsWhatThePlcRefuses)
@@ -97,18 +98,18 @@ TEST_F(SqliteLogTest, EachLabelIsKeptOnceOverSeveralRuns)
 {
     write(*open(), {record(0, "P.a", "1"), record(1, "P.a", "2"), record(1, "P.b", "2")});
     write(*open(), {record(2, "P.b", "3"), record(2, "P.a", "3")});
-    EXPECT_EQ(rows("SELECT name FROM label ORDER BY id"), "P.a\nP.b\n");
-    EXPECT_EQ(rows("SELECT label FROM log"), "P.a\nP.a\nP.b\nP.b\nP.a\n");
+    EXPECT_EQ("P.a\nP.b\n", rows("SELECT name FROM label ORDER BY id"));
+    EXPECT_EQ("P.a\nP.a\nP.b\nP.b\nP.a\n", rows("SELECT label FROM log"));
 }
 
 TEST_F(SqliteLogTest, IsReadableWhileItIsWritten)
 {
     const std::unique_ptr<SqliteLog> log = open();
     write(*log, {record(0, "P.a", "1")});
-    EXPECT_EQ(rows("PRAGMA journal_mode"), "wal\n");
-    EXPECT_EQ(rows("SELECT value FROM log"), "1\n");
+    EXPECT_EQ("wal\n", rows("PRAGMA journal_mode"));
+    EXPECT_EQ("1\n", rows("SELECT value FROM log"));
     write(*log, {record(1, "P.a", "2")});
-    EXPECT_EQ(rows("SELECT value FROM log"), "1\n2\n");
+    EXPECT_EQ("1\n2\n", rows("SELECT value FROM log"));
 }
 
 TEST_F(SqliteLogTest, ALogThatWasNotClosedGoesOn)
@@ -130,7 +131,7 @@ TEST_F(SqliteLogTest, LeavesADatabaseAloneThatIsNoLog)
     EXPECT_FALSE(succeeds(SqliteLog::open(file)));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("a.sqlite: the database exists and is no "
                                                           "log of plc"));
-    EXPECT_EQ(rows("SELECT name FROM sqlite_master"), "recipe\n");
+    EXPECT_EQ("recipe\n", rows("SELECT name FROM sqlite_master"));
     EXPECT_FALSE(exported(path("a.csv")));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("no log of plc"));
 }
@@ -140,7 +141,7 @@ TEST_F(SqliteLogTest, LeavesAFileAloneThatIsNoDatabase)
     put(file, "this is a letter and no database at all");
     EXPECT_FALSE(succeeds(SqliteLog::open(file)));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("a.sqlite: file is not a database"));
-    EXPECT_EQ(content(file), "this is a letter and no database at all");
+    EXPECT_EQ("this is a letter and no database at all", content(file));
 }
 
 TEST_F(SqliteLogTest, AFileThatCannotBeCreatedIsNamedWithTheReason)
@@ -160,11 +161,11 @@ TEST_F(SqliteLogTest, WhenTheDiskIsFullTheRecordsOfThatWriteAreLeftOutAltogether
         many.append(record(i, "P.b", "2"));
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit = {100000, RLIM_INFINITY};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &limit));
     EXPECT_FALSE(succeeds(log->write(many)));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("a.sqlite: "));
-    EXPECT_EQ(rows("SELECT value FROM log"), "1\n");
-    EXPECT_EQ(rows("SELECT name FROM label"), "P.a\n");
+    EXPECT_EQ("1\n", rows("SELECT value FROM log"));
+    EXPECT_EQ("P.a\n", rows("SELECT name FROM label"));
 }
 
 TEST_F(SqliteLogTest, ExportsToCsvInTheOrderOfTheLog)
@@ -180,12 +181,13 @@ TEST_F(SqliteLogTest, ExportsToCsvInTheOrderOfTheLog)
     });
     ASSERT_TRUE(succeeds(records)) << error.toStdString();
     EXPECT_EQ(2, *records);
-    EXPECT_EQ(told, 2);
-    EXPECT_EQ(total, 2);
-    EXPECT_EQ(content(path("a.csv")),
-              "time,label,value,state\n"
-              "2026-11-21T06:00:00.007Z,P.b,1,fresh\n"
-              "2026-11-21T06:00:00.005Z,P.a,\"[1, 2]\",stale\n");
+    EXPECT_EQ(2, told);
+    EXPECT_EQ(2, total);
+    EXPECT_EQ(
+        "time,label,value,state\n"
+        "2026-11-21T06:00:00.007Z,P.b,1,fresh\n"
+        "2026-11-21T06:00:00.005Z,P.a,\"[1, 2]\",stale\n",
+        content(path("a.csv")));
 }
 
 TEST_F(SqliteLogTest, ExportDoesNotReplaceAFile)
@@ -195,7 +197,7 @@ TEST_F(SqliteLogTest, ExportDoesNotReplaceAFile)
     EXPECT_FALSE(exported(path("a.csv")));
     EXPECT_THAT(error.toStdString(),
                 ::testing::EndsWith("a.csv exists; remove it or name another file"));
-    EXPECT_EQ(content(path("a.csv")), "mine");
+    EXPECT_EQ("mine", content(path("a.csv")));
 }
 
 TEST_F(SqliteLogTest, ExportThatCannotWriteLeavesNoFile)
@@ -210,7 +212,7 @@ TEST_F(SqliteLogTest, ExportOfNothingSaysSo)
 {
     EXPECT_FALSE(exported(path("a.csv")));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("a.sqlite: unable to open"));
-    EXPECT_EQ(names(), "");
+    EXPECT_EQ("", names());
 }
 
 } // namespace

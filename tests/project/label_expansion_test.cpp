@@ -39,48 +39,48 @@ protected:
 
 TEST_F(LabelExpansionTest, ALabelStandsForItself)
 {
-    EXPECT_EQ(expanded("Main.speed"), "Main.speed");
-    EXPECT_EQ(expanded("Main.axis[2].speed"), "Main.axis[2].speed");
-    EXPECT_EQ(expanded("no label at all"), "no label at all");
+    EXPECT_EQ("Main.speed", expanded("Main.speed"));
+    EXPECT_EQ("Main.axis[2].speed", expanded("Main.axis[2].speed"));
+    EXPECT_EQ("no label at all", expanded("no label at all"));
 }
 
 TEST_F(LabelExpansionTest, ElementsOfAnArrayStayTogether)
 {
-    EXPECT_EQ(expanded("Main.bytes[0]*5"), "Main.bytes[0]*5");
+    EXPECT_EQ("Main.bytes[0]*5", expanded("Main.bytes[0]*5"));
 }
 
 TEST_F(LabelExpansionTest, ANumberBehindAStarCountsElementsOnlyBehindALabel)
 {
-    EXPECT_EQ(expanded("Main.t*,5]"),
-              "Main.table[0,5] Main.table[1,5] Main.table[2,5] Main.table[3,5]");
-    EXPECT_EQ(expanded("Big.t*1"), "Big.t*1") << "to be explained by its lookup";
-    EXPECT_EQ(expanded("Main.table[1,1]*1"), "Main.table[1,1]*1");
-    EXPECT_EQ(numbered("*1"), "N.v1 N.v11");
-    EXPECT_EQ(numbered("N.v*1"), "N.v1 N.v11");
-    EXPECT_EQ(numbered("N.v1*1"), "N.v1*1") << "one element of N.v1";
-    EXPECT_EQ(numbered("N.v?*1"), "N.v11");
+    EXPECT_EQ("Main.table[0,5] Main.table[1,5] Main.table[2,5] Main.table[3,5]",
+              expanded("Main.t*,5]"));
+    EXPECT_EQ("Big.t*1", expanded("Big.t*1")) << "to be explained by its lookup";
+    EXPECT_EQ("Main.table[1,1]*1", expanded("Main.table[1,1]*1"));
+    EXPECT_EQ("N.v1 N.v11", numbered("*1"));
+    EXPECT_EQ("N.v1 N.v11", numbered("N.v*1"));
+    EXPECT_EQ("N.v1*1", numbered("N.v1*1")) << "one element of N.v1";
+    EXPECT_EQ("N.v11", numbered("N.v?*1"));
 }
 
 TEST_F(LabelExpansionTest, WildcardsStandForAllThatMatch)
 {
-    EXPECT_EQ(expanded("Main.axis*.speed"),
-              "Main.axis[1].speed Main.axis[2].speed Main.axis[3].speed Main.axis[4].speed");
-    EXPECT_EQ(expanded("main.?long"), "Main.ulong");
-    EXPECT_EQ(expanded("*.table[0,?]"),
-              "Main.table[0,1] Main.table[0,2] Main.table[0,3] Main.table[0,4] Main.table[0,5]");
+    EXPECT_EQ("Main.axis[1].speed Main.axis[2].speed Main.axis[3].speed Main.axis[4].speed",
+              expanded("Main.axis*.speed"));
+    EXPECT_EQ("Main.ulong", expanded("main.?long"));
+    EXPECT_EQ("Main.table[0,1] Main.table[0,2] Main.table[0,3] Main.table[0,4] Main.table[0,5]",
+              expanded("*.table[0,?]"));
 }
 
 TEST_F(LabelExpansionTest, RangesStandForEachOfTheirNumbers)
 {
-    EXPECT_EQ(expanded("Main.axis[2..3].speed"), "Main.axis[2].speed Main.axis[3].speed");
-    EXPECT_EQ(expanded("Main.table[0..1,4..5]"),
-              "Main.table[0,4] Main.table[0,5] Main.table[1,4] Main.table[1,5]");
+    EXPECT_EQ("Main.axis[2].speed Main.axis[3].speed", expanded("Main.axis[2..3].speed"));
+    EXPECT_EQ("Main.table[0,4] Main.table[0,5] Main.table[1,4] Main.table[1,5]",
+              expanded("Main.table[0..1,4..5]"));
 }
 
 TEST_F(LabelExpansionTest, WhatMatchesNothingIsExplained)
 {
-    EXPECT_EQ(expanded("Main.tank*"),
-              "Main.tank*: no label of the project matches; plc symbols lists them");
+    EXPECT_EQ("Main.tank*: no label of the project matches; plc symbols lists them",
+              expanded("Main.tank*"));
 }
 
 TEST_F(LabelExpansionTest, TooManyAreRefused)

@@ -20,18 +20,18 @@ TEST_F(LineSplitterTest, GivesLinesHoweverTheyCome)
 {
     splitter.feed("on");
     splitter.feed("e\ntwo\n\nth");
-    EXPECT_EQ(lines, (QStringList{"one", "two", ""}));
+    EXPECT_EQ((QStringList{"one", "two", ""}), lines);
     splitter.feed("ree");
     splitter.finish();
     splitter.finish();
-    EXPECT_EQ(lines, (QStringList{"one", "two", "", "three"}));
+    EXPECT_EQ((QStringList{"one", "two", "", "three"}), lines);
     EXPECT_EQ(0, refused);
 }
 
 TEST_F(LineSplitterTest, ALineThatIsTooLongIsLeftOutToItsEnd)
 {
     splitter.feed("12345678\n123456789\nnext\n");
-    EXPECT_EQ(lines, (QStringList{"12345678", "next"}));
+    EXPECT_EQ((QStringList{"12345678", "next"}), lines);
     EXPECT_EQ(1, refused);
     for (int i = 0; i < 100; ++i) {
         splitter.feed("abcde");
@@ -40,7 +40,7 @@ TEST_F(LineSplitterTest, ALineThatIsTooLongIsLeftOutToItsEnd)
     EXPECT_EQ(2, refused) << "told once, before the line has ended";
     splitter.feed("rest\nlast");
     splitter.finish();
-    EXPECT_EQ(lines, (QStringList{"12345678", "next", "last"}));
+    EXPECT_EQ((QStringList{"12345678", "next", "last"}), lines);
     EXPECT_EQ(2, refused);
 }
 

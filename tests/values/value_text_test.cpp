@@ -107,8 +107,8 @@ TEST(ValueText, WhatIsNoNumberIsTakenOnlyWithItsType)
         EXPECT_THAT(reread("LREAL", text).toStdString(), ::testing::HasSubstr("write LREAL#"))
             << text;
     }
-    EXPECT_EQ(reread("REAL", "-inf"),
-              "error: \"-inf\" is no number; write REAL#-inf if it is meant");
+    EXPECT_EQ("error: \"-inf\" is no number; write REAL#-inf if it is meant",
+              reread("REAL", "-inf"));
     EXPECT_THAT(reread("REAL", "LREAL#nan").toStdString(),
                 ::testing::HasSubstr("is no number such as"));
     EXPECT_THAT(reread("LREAL", "REAL#nan").toStdString(),
@@ -166,11 +166,11 @@ TEST(ValueText, OutOfRangeOrForeignIsRefusedWithTheReason)
 
 TEST(ValueText, BlanksAroundAreIgnoredButInTexts)
 {
-    EXPECT_EQ(reread("INT", " 5 "), "5");
-    EXPECT_EQ(reread("BOOL", " true"), "TRUE");
-    EXPECT_EQ(reread("REAL", "1.5 "), "1.5");
-    EXPECT_EQ(reread("TIME", " T#1s "), "T#1s");
-    EXPECT_EQ(reread("STRING", " a "), "' a '");
+    EXPECT_EQ("5", reread("INT", " 5 "));
+    EXPECT_EQ("TRUE", reread("BOOL", " true"));
+    EXPECT_EQ("1.5", reread("REAL", "1.5 "));
+    EXPECT_EQ("T#1s", reread("TIME", " T#1s "));
+    EXPECT_EQ("' a '", reread("STRING", " a "));
 }
 
 TEST(ValueText, RealsAreReadDirectlyInTheirPrecision)
@@ -180,7 +180,7 @@ TEST(ValueText, RealsAreReadDirectlyInTheirPrecision)
     const Expected<Value> value =
         parseValue(type("REAL"), 0, QStringLiteral("1.00000017881393432617187499"));
     ASSERT_TRUE(value);
-    EXPECT_EQ(std::get<float>(*value), 1.00000011920928955078125f);
+    EXPECT_EQ(1.00000011920928955078125f, std::get<float>(*value));
 }
 
 TEST(ValueText, EveryRealReadsBackAsItself)
@@ -200,29 +200,29 @@ TEST(ValueText, EveryRealReadsBackAsItself)
 
 TEST(ValueJson, KeepsAllDigitsAndStaysJson)
 {
-    EXPECT_EQ(valueJson(Value(true)), "true");
-    EXPECT_EQ(valueJson(Value(qint64(-9223372036854775807LL - 1))), "-9223372036854775808");
-    EXPECT_EQ(valueJson(Value(quint64(18446744073709551615ULL))), "18446744073709551615");
-    EXPECT_EQ(valueJson(Value(0.1f)), "0.1");
-    EXPECT_EQ(valueJson(Value(1e300)), "1e+300");
-    EXPECT_EQ(valueJson(Value(std::numeric_limits<double>::infinity())), "\"inf\"");
-    EXPECT_EQ(valueJson(Value(std::numeric_limits<double>::quiet_NaN())), "\"nan\"");
-    EXPECT_EQ(valueJson(Value(QStringLiteral("a\"b\\c\n"))), "\"a\\\"b\\\\c\\u000a\"");
+    EXPECT_EQ("true", valueJson(Value(true)));
+    EXPECT_EQ("-9223372036854775808", valueJson(Value(qint64(-9223372036854775807LL - 1))));
+    EXPECT_EQ("18446744073709551615", valueJson(Value(quint64(18446744073709551615ULL))));
+    EXPECT_EQ("0.1", valueJson(Value(0.1f)));
+    EXPECT_EQ("1e+300", valueJson(Value(1e300)));
+    EXPECT_EQ("\"inf\"", valueJson(Value(std::numeric_limits<double>::infinity())));
+    EXPECT_EQ("\"nan\"", valueJson(Value(std::numeric_limits<double>::quiet_NaN())));
+    EXPECT_EQ("\"a\\\"b\\\\c\\u000a\"", valueJson(Value(QStringLiteral("a\"b\\c\n"))));
 }
 
 TEST(DurationText, IsWholeMillisecondsOrNothing)
 {
-    EXPECT_EQ(parseDuration(QStringLiteral("T#1.5s")), 1500u);
-    EXPECT_EQ(parseDuration(QStringLiteral("T#1s_500ms")), 1500u);
-    EXPECT_EQ(parseDuration(QStringLiteral("T#1d_2h_3m_4s_5ms")), 93784005u);
-    EXPECT_EQ(parseDuration(QStringLiteral("T#1_000ms")), 1000u);
-    EXPECT_EQ(parseDuration(QStringLiteral("T#1h_0.5s")), 3600500u);
-    EXPECT_EQ(parseDuration(QStringLiteral("T#0.5m")), 30000u);
-    EXPECT_EQ(parseDuration(QStringLiteral("T#0.00005m")), 3u);
-    EXPECT_EQ(parseDuration(QStringLiteral("T#1h0.5s")), 3600500u);
-    EXPECT_EQ(parseDuration(QStringLiteral("T#1.000000000000s")), 1000u);
-    EXPECT_EQ(parseDuration(QStringLiteral("T#213503982334d14h25m51s615ms")),
-              18446744073709551615ULL);
+    EXPECT_EQ(1500u, parseDuration(QStringLiteral("T#1.5s")));
+    EXPECT_EQ(1500u, parseDuration(QStringLiteral("T#1s_500ms")));
+    EXPECT_EQ(93784005u, parseDuration(QStringLiteral("T#1d_2h_3m_4s_5ms")));
+    EXPECT_EQ(1000u, parseDuration(QStringLiteral("T#1_000ms")));
+    EXPECT_EQ(3600500u, parseDuration(QStringLiteral("T#1h_0.5s")));
+    EXPECT_EQ(30000u, parseDuration(QStringLiteral("T#0.5m")));
+    EXPECT_EQ(3u, parseDuration(QStringLiteral("T#0.00005m")));
+    EXPECT_EQ(3600500u, parseDuration(QStringLiteral("T#1h0.5s")));
+    EXPECT_EQ(1000u, parseDuration(QStringLiteral("T#1.000000000000s")));
+    EXPECT_EQ(18446744073709551615ULL,
+              parseDuration(QStringLiteral("T#213503982334d14h25m51s615ms")));
     for (const char* text : {"",
                              "T#",
                              "T#5",
@@ -255,8 +255,8 @@ TEST(DurationText, IsWholeMillisecondsOrNothing)
 TEST(StringLiteral, EscapesWhatCannotStandForItself)
 {
     const QString text = QStringLiteral("a'b\"c$\n\r\t\f\x01");
-    EXPECT_EQ(stringLiteral(text, QLatin1Char('\'')), "'a$'b\"c$$$L$R$T$P$01'");
-    EXPECT_EQ(stringLiteral(text, QLatin1Char('"')), "\"a'b$\"c$$$L$R$T$P$0001\"");
+    EXPECT_EQ("'a$'b\"c$$$L$R$T$P$01'", stringLiteral(text, QLatin1Char('\'')));
+    EXPECT_EQ("\"a'b$\"c$$$L$R$T$P$0001\"", stringLiteral(text, QLatin1Char('"')));
     EXPECT_EQ(text, *parseStringLiteral(stringLiteral(text, QLatin1Char('\''))));
     EXPECT_EQ(text, *parseStringLiteral(stringLiteral(text, QLatin1Char('"'))));
 }

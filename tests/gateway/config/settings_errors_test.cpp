@@ -18,10 +18,10 @@ std::string errorOfName(const QByteArray& name)
 TEST(SettingsErrors, UnknownKeyIsRefusedWithTheNearestOne)
 {
     EXPECT_EQ(
-        errorOf(settingsText(R"("keepalive": 3)")),
         "/keepalive: unknown key \"keepalive\" (did you mean \"keepAlive\"?), expected one of "
         "group, node, brokers, store, devices, $schema, format, retain, primaryHost, "
-        "keepAlive, audit, metrics, status");
+        "keepAlive, audit, metrics, status",
+        errorOf(settingsText(R"("keepalive": 3)")));
 }
 
 TEST(SettingsErrors, MissingKeysAreNamed)
@@ -62,23 +62,23 @@ TEST(SettingsErrors, NamesFitIntoTopics)
 
 TEST(SettingsErrors, DevicesDifferAlsoInLowerCase)
 {
-    EXPECT_EQ(errorOf(deviceText(R"("name": "a", "project": "p"}, {"name": "a", "project": "q")")),
-              "/devices/1/name: two devices are called \"a\"");
+    EXPECT_EQ("/devices/1/name: two devices are called \"a\"",
+              errorOf(deviceText(R"("name": "a", "project": "p"}, {"name": "a", "project": "q")")));
     EXPECT_EQ(
-        errorOf(deviceText(R"("name": "Ölpresse", "project": "p"},
-                              {"name": "ölpresse", "project": "q")")),
         "/devices/1/name: device \"ölpresse\" differs from \"Ölpresse\" only in upper and lower "
-        "case, which many consumers do not tell apart");
+        "case, which many consumers do not tell apart",
+        errorOf(deviceText(R"("name": "Ölpresse", "project": "p"},
+                              {"name": "ölpresse", "project": "q")")));
 }
 
 TEST(SettingsErrors, ThereIsABrokerAndADevice)
 {
-    EXPECT_EQ(errorOf(R"({"group": "G", "node": "N", "brokers": [], "store": {"file": "s"},
-                          "devices": []})"),
-              "/brokers: found no broker, expected at least one");
-    EXPECT_EQ(errorOf(R"({"group": "G", "node": "N", "brokers": [{"host": "b"}],
-                          "store": {"file": "s"}, "devices": []})"),
-              "/devices: found no device, expected at least one");
+    EXPECT_EQ("/brokers: found no broker, expected at least one",
+              errorOf(R"({"group": "G", "node": "N", "brokers": [], "store": {"file": "s"},
+                          "devices": []})"));
+    EXPECT_EQ("/devices: found no device, expected at least one",
+              errorOf(R"({"group": "G", "node": "N", "brokers": [{"host": "b"}],
+                          "store": {"file": "s"}, "devices": []})"));
 }
 
 TEST(SettingsErrors, SixtyFourDevicesAreEnough)
@@ -87,9 +87,10 @@ TEST(SettingsErrors, SixtyFourDevicesAreEnough)
     for (int i = 1; i < 64; ++i)
         devices += R"(}, {"name": ")" + QByteArray::number(i) + R"(", "project": "p")";
     EXPECT_EQ("", errorOf(deviceText(devices)));
-    EXPECT_EQ(errorOf(deviceText(devices + R"(}, {"name": "x", "project": "p")")),
-              "/devices: found 65 devices, expected at most 64; plc-gateway split divides them "
-              "between processes");
+    EXPECT_EQ(
+        "/devices: found 65 devices, expected at most 64; plc-gateway split divides them "
+        "between processes",
+        errorOf(deviceText(devices + R"(}, {"name": "x", "project": "p")")));
 }
 
 TEST(SettingsErrors, WritesAreRecorded)
@@ -97,9 +98,9 @@ TEST(SettingsErrors, WritesAreRecorded)
     QByteArray text = deviceText(R"("name": "D", "project": "p", "writable": ["a"])");
     EXPECT_EQ("", errorOf(text));
     EXPECT_EQ(
-        errorOf(text.replace(R"("audit": "a",)", "")),
         "/devices/0/writable: values can be written only where each write is recorded: name a "
-        "file as \"audit\"");
+        "file as \"audit\"",
+        errorOf(text.replace(R"("audit": "a",)", "")));
 }
 
 TEST(SettingsErrors, MetricsAreForThisMachine)
@@ -117,8 +118,8 @@ TEST(SettingsErrors, MetricsAreForThisMachine)
                                        "\", expected an address of this machine alone with a port, "
                                        "such as 127.0.0.1:9108");
     }
-    EXPECT_EQ(errorOf(settingsText(R"("metrics": {"listen": "127.0.0.1:1", "socket": "s"})")),
-              "/metrics: found an object, expected one of the keys \"listen\" and \"socket\"");
+    EXPECT_EQ("/metrics: found an object, expected one of the keys \"listen\" and \"socket\"",
+              errorOf(settingsText(R"("metrics": {"listen": "127.0.0.1:1", "socket": "s"})")));
     EXPECT_EQ("", errorOf(settingsText(R"("status": ")" + QByteArray(107, 'x') + "\"")));
     EXPECT_THAT(errorOf(settingsText(R"("status": ")" + QByteArray(108, 'x') + "\"")),
                 EndsWith("expected a path of a socket, of at most 107 bytes"));
@@ -160,20 +161,22 @@ TEST(SettingsErrors, PortsDurationsAndSizesAreInRange)
 
 TEST(SettingsErrors, DeadbandsAndLimitsMakeSense)
 {
-    EXPECT_EQ(errorOf(deviceText(R"("name": "D", "project": "p",
-                                    "deadband": [{"labels": "a", "deadband": -0.1}])")),
-              "/devices/0/deadband/0/deadband: found -0.1, expected a number of at least 0");
-    EXPECT_EQ(errorOf(deviceText(R"("name": "D", "project": "p",
-                                    "writable": [{"labels": "a", "lowest": 2, "highest": 1}])")),
-              "/devices/0/writable/0: found a lowest value of 2, expected at most the highest one, "
-              "1");
-    EXPECT_EQ(errorOf(deviceText(R"("name": "D", "project": "p", "writable": [1])")),
-              "/devices/0/writable/0: found 1, expected a label or an object with the key "
-              "\"labels\"");
+    EXPECT_EQ("/devices/0/deadband/0/deadband: found -0.1, expected a number of at least 0",
+              errorOf(deviceText(R"("name": "D", "project": "p",
+                                    "deadband": [{"labels": "a", "deadband": -0.1}])")));
     EXPECT_EQ(
-        errorOf(deviceText(R"("name": "D", "project": "p", "labels": [])")),
+        "/devices/0/writable/0: found a lowest value of 2, expected at most the highest one, "
+        "1",
+        errorOf(deviceText(R"("name": "D", "project": "p",
+                                    "writable": [{"labels": "a", "lowest": 2, "highest": 1}])")));
+    EXPECT_EQ(
+        "/devices/0/writable/0: found 1, expected a label or an object with the key "
+        "\"labels\"",
+        errorOf(deviceText(R"("name": "D", "project": "p", "writable": [1])")));
+    EXPECT_EQ(
         "/devices/0/labels: found no label, expected at least one; without the key it is what "
-        "the project reads");
+        "the project reads",
+        errorOf(deviceText(R"("name": "D", "project": "p", "labels": [])")));
 }
 
 TEST(SettingsErrors, CredentialsAreComplete)

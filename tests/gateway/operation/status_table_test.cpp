@@ -10,21 +10,22 @@ namespace {
 
 TEST(StatusTable, TellsHowBrokerStoreAndDevicesDo)
 {
-    EXPECT_EQ(statusTable(exampleStatistics()).toStdString(),
-              "Plant North/Hall \"1\", plc-gateway 1.2.3, running since 2026-11-22 06:00:00Z (2h)\n"
-              "Broker 127.0.0.1:1883 connected since 2026-11-22 07:58:29Z (1m30s); 1001 messages, "
-              "2 connections, 3 rebirths\n"
-              "Store 5 changes wait, 66 were stored, 57 sent, 6 dropped in all\n"
-              "Audit 41 lines wait; 42 requests were refused unanswered\n"
-              "\n"
-              "Device        Link  For  Good  Stale  Bad  Oldest   Cycle  Published  Stored  "
-              "Writes    Problem\n"
-              "Press\\u000a1  up    1h   100   7      8    1s250ms  42ms   802        60      "
-              "10/11/12\n"
-              "Press 2       down  -    0     115    0    -        -      0          0       -"
-              "         connection refused\n"
-              "\n"
-              "Writes: done/refused/unknown\n");
+    EXPECT_EQ(
+        "Plant North/Hall \"1\", plc-gateway 1.2.3, running since 2026-11-22 06:00:00Z (2h)\n"
+        "Broker 127.0.0.1:1883 connected since 2026-11-22 07:58:29Z (1m30s); 1001 messages, "
+        "2 connections, 3 rebirths\n"
+        "Store 5 changes wait, 66 were stored, 57 sent, 6 dropped in all\n"
+        "Audit 41 lines wait; 42 requests were refused unanswered\n"
+        "\n"
+        "Device        Link  For  Good  Stale  Bad  Oldest   Cycle  Published  Stored  "
+        "Writes    Problem\n"
+        "Press\\u000a1  up    1h   100   7      8    1s250ms  42ms   802        60      "
+        "10/11/12\n"
+        "Press 2       down  -    0     115    0    -        -      0          0       -"
+        "         connection refused\n"
+        "\n"
+        "Writes: done/refused/unknown\n",
+        statusTable(exampleStatistics()).toStdString());
 }
 
 TEST(StatusTable, TellsWhatIsWrong)

@@ -28,8 +28,8 @@ TEST(DriverLibrary, AllEntryPointsAreResolved)
 {
     const Expected<DriverLibrary> driver = DriverLibrary::load(QStringLiteral(PLC_LIBRARY));
     ASSERT_TRUE(driver) << driver.error().text.toStdString();
-    EXPECT_EQ(driver->functions().queryFinishFlag(), 1);
-    EXPECT_EQ(driver->functions().comCommunication(), nullptr);
+    EXPECT_EQ(1, driver->functions().queryFinishFlag());
+    EXPECT_EQ(nullptr, driver->functions().comCommunication());
 }
 
 TEST(DriverLibrary, MissingFileIsNamed)
@@ -113,8 +113,8 @@ TEST_F(FindDriverTest, WhatIsRequestedComesFirstThenTheEnvironment)
 {
     put("bin/" PLC_DRIVER_FILE);
     qputenv("PLC_DRIVER", "/from/environment.so");
-    EXPECT_EQ(found("given.so"), "given.so");
-    EXPECT_EQ(found(), "/from/environment.so");
+    EXPECT_EQ("given.so", found("given.so"));
+    EXPECT_EQ("/from/environment.so", found());
 }
 
 TEST_F(FindDriverTest, NearestFileWins)
@@ -132,14 +132,14 @@ TEST_F(FindDriverTest, NearestFileWins)
 TEST_F(FindDriverTest, LibrariesOfOtherArchitecturesAreLeftAlone)
 {
     put("lib/aaa-linux-gnu/" PLC_DRIVER_FILE);
-    EXPECT_EQ(found(), "");
+    EXPECT_EQ("", found());
     const QString own = put("lib/" PLC_LIBRARY_ARCHITECTURE "/" PLC_DRIVER_FILE);
     EXPECT_EQ(found(), own);
 }
 
 TEST_F(FindDriverTest, NothingFoundNamesThePlacesAndWhatToDo)
 {
-    EXPECT_EQ(found(), "");
+    EXPECT_EQ("", found());
     EXPECT_THAT(error.toStdString(),
                 ::testing::AllOf(::testing::HasSubstr("/bin"), ::testing::HasSubstr("/driver"),
                                  ::testing::HasSubstr("--driver or in PLC_DRIVER")));
@@ -149,7 +149,7 @@ TEST_F(FindDriverTest, LibraryForAnotherQtIsNotTakenButNamed)
 {
     const QString other =
         put(qPrintable(QStringLiteral("lib/libplc_driver_qt%1.so.1").arg(PLC_OTHER_QT)));
-    EXPECT_EQ(found(), "");
+    EXPECT_EQ("", found());
     EXPECT_THAT(error.toStdString(),
                 ::testing::EndsWith("This program uses Qt " + std::to_string(QT_VERSION_MAJOR) +
                                     " and cannot use " + other.toStdString()));

@@ -20,46 +20,46 @@ protected:
 TEST_F(DataPointTest, KnowsTypePlaceAndUnit)
 {
     const DataPoint speed = point("Main.speed");
-    EXPECT_STREQ(speed.type->name, "INT");
-    EXPECT_EQ(speed.area, 1);
-    EXPECT_EQ(speed.address, 4);
-    EXPECT_EQ(speed.elements, 1);
-    EXPECT_EQ(speed.unit, "rpm");
-    EXPECT_EQ(speed.station, 0);
+    EXPECT_STREQ("INT", speed.type->name);
+    EXPECT_EQ(1, speed.area);
+    EXPECT_EQ(4, speed.address);
+    EXPECT_EQ(1, speed.elements);
+    EXPECT_EQ("rpm", speed.unit);
+    EXPECT_EQ(0, speed.station);
 }
 
 TEST_F(DataPointTest, ElementsFollowEachOtherThroughAllDimensions)
 {
     // Rows of five: [2,3] is element 2 x 5 + 2.
     EXPECT_EQ(point("Main.table[2,3]").address, 100 + 2 * 12);
-    EXPECT_EQ(point("Main.table[0,5]").address, 108);
-    EXPECT_EQ(point("Main.table[1,1]").address, 110);
-    EXPECT_EQ(point("Main.table[3,5]").address, 138);
+    EXPECT_EQ(108, point("Main.table[0,5]").address);
+    EXPECT_EQ(110, point("Main.table[1,1]").address);
+    EXPECT_EQ(138, point("Main.table[3,5]").address);
 }
 
 TEST_F(DataPointTest, MembersOfStructuresHaveTheirPlace)
 {
     EXPECT_EQ(point("Main.axis[3].speed").address, 200 + 2 * 8 + 4);
-    EXPECT_STREQ(point("Main.axis[3].position").type->name, "DINT");
+    EXPECT_STREQ("DINT", point("Main.axis[3].position").type->name);
 }
 
 TEST_F(DataPointTest, SliceTakesElementsFromThatOneOn)
 {
     const DataPoint slice = point("Main.table[1,2]*7");
-    EXPECT_EQ(slice.label, "Main.table[1,2]");
-    EXPECT_EQ(slice.text, "Main.table[1,2]*7");
-    EXPECT_EQ(slice.elements, 7);
-    EXPECT_EQ(slice.address, 112);
-    EXPECT_EQ(point("Main.speed*1").text, "Main.speed");
+    EXPECT_EQ("Main.table[1,2]", slice.label);
+    EXPECT_EQ("Main.table[1,2]*7", slice.text);
+    EXPECT_EQ(7, slice.elements);
+    EXPECT_EQ(112, slice.address);
+    EXPECT_EQ("Main.speed", point("Main.speed*1").text);
 }
 
 TEST_F(DataPointTest, SliceEndsWithTheArray)
 {
-    EXPECT_EQ(point("Main.table[3,4]*2").elements, 2);
-    EXPECT_EQ(complaint("Main.table[3,4]*3"),
-              "Main.table[3,4]*3: only 2 element(s) of the array are left from there on");
-    EXPECT_EQ(complaint("Main.speed*2"),
-              "Main.speed*2: only 1 element(s) of the array are left from there on");
+    EXPECT_EQ(2, point("Main.table[3,4]*2").elements);
+    EXPECT_EQ("Main.table[3,4]*3: only 2 element(s) of the array are left from there on",
+              complaint("Main.table[3,4]*3"));
+    EXPECT_EQ("Main.speed*2: only 1 element(s) of the array are left from there on",
+              complaint("Main.speed*2"));
 }
 
 TEST_F(DataPointTest, WrongLabelsAreExplained)
@@ -79,11 +79,11 @@ TEST_F(DataPointTest, WrongLabelsAreExplained)
 TEST_F(DataPointTest, CyclicLabelKeepsItsStationWhereThereAreSeveral)
 {
     const QString label = QStringLiteral("Main.speed");
-    EXPECT_EQ(runtime->points().find(label, 1, 9)->station, 0);
+    EXPECT_EQ(0, runtime->points().find(label, 1, 9)->station);
     PointSettings several;
     several.multiStation = true;
     const DataPointFinder points(project, several, builtDriver());
-    EXPECT_EQ(points.find(label, 1, 9)->station, 9);
+    EXPECT_EQ(9, points.find(label, 1, 9)->station);
 }
 
 TEST(DataPointFinder, DriverWithOtherSymbolsIsNoticed)
@@ -93,9 +93,10 @@ TEST(DataPointFinder, DriverWithOtherSymbolsIsNoticed)
     const DataPointFinder points(project, PointSettings(), builtDriver());
     const Expected<DataPoint> found = points.find(QStringLiteral("Unknown.start"));
     ASSERT_FALSE(found);
-    EXPECT_EQ(found.error().text,
-              "Unknown.start: the driver finds it at address -1, the project at 3; the "
-              "driver must be given this project's symbols");
+    EXPECT_EQ(
+        "Unknown.start: the driver finds it at address -1, the project at 3; the "
+        "driver must be given this project's symbols",
+        found.error().text);
 }
 
 TEST(DataPointFinder, SliceThatTheDriverWouldNotReadIsRefused)
@@ -113,9 +114,10 @@ TEST(DataPointFinder, SliceThatTheDriverWouldNotReadIsRefused)
         return found ? std::string() : found.error().text.toStdString();
     };
     // The driver's buffer has two bytes for each BYTE.
-    EXPECT_EQ(complaint("Large.bytes[0]*8388609"),
-              "Large.bytes[0]*8388609: 8388609 elements are 16777218 bytes as the driver reads "
-              "them; one value has at most 16777216 (16 MiB)");
+    EXPECT_EQ(
+        "Large.bytes[0]*8388609: 8388609 elements are 16777218 bytes as the driver reads "
+        "them; one value has at most 16777216 (16 MiB)",
+        complaint("Large.bytes[0]*8388609"));
     EXPECT_THAT(complaint("Large.bytes[0]*2147483647"),
                 ::testing::HasSubstr("at most 16777216 (16 MiB)"));
     // One less would do, and is looked for in the driver, which has no symbols here.
@@ -131,12 +133,12 @@ TEST(SymbolWalk, TakesStructuresApartAndKeepsBounds)
         entries.append(entry);
         patterns.append(entry.pattern);
     }
-    EXPECT_EQ(patterns.value(0), "Io.start");
+    EXPECT_EQ("Io.start", patterns.value(0));
     EXPECT_TRUE(patterns.contains(QStringLiteral("Main.table[0..3,1..5]")));
     const int axis = int(patterns.indexOf(QStringLiteral("Main.axis[1..4].speed")));
     ASSERT_GE(axis, 0);
-    EXPECT_EQ(entries[axis].firstLabel, "Main.axis[1].speed");
-    EXPECT_STREQ(entries[axis].variable->type->name, "INT");
+    EXPECT_EQ("Main.axis[1].speed", entries[axis].firstLabel);
+    EXPECT_STREQ("INT", entries[axis].variable->type->name);
 }
 
 TEST(SymbolWalk, GoesOnBehindStructuresAndEmptyScopes)
@@ -157,12 +159,12 @@ TEST(SymbolWalk, GoesOnBehindStructuresAndEmptyScopes)
     project::Variable part = named("part");
     part.structure = structure;
     project::Project project;
-    EXPECT_EQ(patterns(project), "");
+    EXPECT_EQ("", patterns(project));
     project.scopes = {{QStringLiteral("None"), {}},
                       {QStringLiteral("A"), {named("a"), part, named("b")}},
                       {QStringLiteral("None2"), {}},
                       {QStringLiteral("B"), {part}}};
-    EXPECT_EQ(patterns(project), "A.a A.part.x A.part.y A.b B.part.x B.part.y");
+    EXPECT_EQ("A.a A.part.x A.part.y A.b B.part.x B.part.y", patterns(project));
 }
 
 } // namespace

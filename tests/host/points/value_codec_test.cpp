@@ -85,7 +85,7 @@ TEST_F(ValueCodecTest, CountsAreInTheUnitsOfTheEntryPoint)
     for (const TypeRow& row : typeTable()) {
         const DataPoint target = point(row.label);
         EXPECT_EQ(target.elements, row.elements) << row.label;
-        const WriteBuffer buffer = encodeValues(target, parsed(target, row.value));
+        const WriteBuffer buffer = *encodeValues(target, parsed(target, row.value));
         EXPECT_EQ(buffer.count, row.writeCount) << row.label;
         EXPECT_EQ(buffer.wireBytes, row.wire.size()) << row.label;
     }
@@ -101,7 +101,7 @@ TEST_F(ValueCodecTest, EveryTypeGoesToThePlcMostSignificantByteFirst)
             logIn();
         isFirst = false;
         const RequestContent content = parseRequest(request());
-        ASSERT_EQ(content.entries.size(), 1) << row.label;
+        ASSERT_EQ(1, content.entries.size()) << row.label;
         EXPECT_EQ(content.entries[0].address, quint32(point(row.label).address)) << row.label;
         EXPECT_EQ(content.entries[0].data, row.wire) << row.label;
         answer(writeReply());
@@ -143,32 +143,31 @@ TEST_F(ValueCodecTest, BitsHaveAByteEachInTheHostAndWordsInThePlc)
 {
     const DataPoint target = point("Io.lamp[0]*20");
     // Bits 32 to 51 lie in the words at 2 and 3, which share byte 3.
-    EXPECT_EQ(valueBytes(target).start, 2u);
-    EXPECT_EQ(valueBytes(target).size, 3u);
+    EXPECT_EQ(2u, valueBytes(target).start);
+    EXPECT_EQ(3u, valueBytes(target).size);
     const QVector<FrameEntry> pieces = oneShotPieces(target, 200);
-    ASSERT_EQ(pieces.size(), 1);
-    EXPECT_EQ(pieces[0].address, 2u);
-    EXPECT_EQ(pieces[0].length, 3u);
+    ASSERT_EQ(1, pieces.size());
+    EXPECT_EQ(2u, pieces[0].address);
+    EXPECT_EQ(3u, pieces[0].length);
 }
 
 TEST_F(ValueCodecTest, TextsAreReadWithoutTouchingWhatLiesBehindThem)
 {
     // 10 characters and their zero take 11 bytes, from 64 to 74; registers would take a twelfth.
-    EXPECT_EQ(valueBytes(point("Main.text")).start, 64u);
-    EXPECT_EQ(valueBytes(point("Main.text")).size, 10u);
+    EXPECT_EQ(64u, valueBytes(point("Main.text")).start);
+    EXPECT_EQ(10u, valueBytes(point("Main.text")).size);
     // The elements of an array lie 255 bytes apart: 255 and 11 bytes are 133 registers.
-    EXPECT_EQ(valueBytes(point("Big.texts[0]*2")).size, 266u);
+    EXPECT_EQ(266u, valueBytes(point("Big.texts[0]*2")).size);
 }
 
 TEST_F(ValueCodecTest, TextWithoutAZeroEndsWithItsCapacity)
 {
     const DataPoint target = point("Main.text");
-    EXPECT_EQ(pointText(target, decodeValues(target, "0123456789")), "'0123456789'");
-    EXPECT_EQ(pointText(target, decodeValues(target, "0123")), "'0123'");
-    EXPECT_EQ(pointText(target, decodeValues(target, QByteArray("01\0"
-                                                                "2345678",
-                                                                10))),
-              "'01'");
+    EXPECT_EQ("'0123456789'", pointText(target, decodeValues(target, "0123456789")));
+    EXPECT_EQ("'0123'", pointText(target, decodeValues(target, "0123")));
+    EXPECT_EQ("'01'", pointText(target, decodeValues(target, QByteArray("01\0"
+                                                                        "2345678",
+                                                                        10))));
 }
 
 TEST_F(ValueCodecTest, ArrayOfTextsIsReadWhole)
@@ -176,42 +175,42 @@ TEST_F(ValueCodecTest, ArrayOfTextsIsReadWhole)
     readOnce("Big.texts[1]*2");
     logIn();
     const QVector<FrameEntry> entries = parseRequest(request()).entries;
-    ASSERT_EQ(entries.size(), 1);
+    ASSERT_EQ(1, entries.size());
     QByteArray memory(266, '\0');
     memory.replace(0, 3, "one");
     memory.replace(255, 3, "two");
     answer(readReply({memory}));
-    ASSERT_EQ(reads.size(), 1u);
+    ASSERT_EQ(1u, reads.size());
     const DataPoint target = point("Big.texts[1]*2");
-    EXPECT_EQ(pointText(target, decodeValues(target, reads[0].bytes)), "['one', 'two']");
-    EXPECT_EQ(pointJson(target, decodeValues(target, reads[0].bytes)), "[\"one\", \"two\"]");
+    EXPECT_EQ("['one', 'two']", pointText(target, decodeValues(target, reads[0].bytes)));
+    EXPECT_EQ("[\"one\", \"two\"]", pointJson(target, decodeValues(target, reads[0].bytes)));
 }
 
 TEST_F(ValueCodecTest, SeveralValuesStandBetweenCommas)
 {
     const DataPoint target = point("Main.bytes[0]*3");
-    EXPECT_EQ(pointText(target, parsed(target, "1,2,3")), "[16#01, 16#02, 16#03]");
-    EXPECT_EQ(pointText(target, parsed(target, " [ 1 , 2 , 3 ] ")), "[16#01, 16#02, 16#03]");
-    EXPECT_EQ(pointJson(target, parsed(target, "1,2,3")), "[1, 2, 3]");
+    EXPECT_EQ("[16#01, 16#02, 16#03]", pointText(target, parsed(target, "1,2,3")));
+    EXPECT_EQ("[16#01, 16#02, 16#03]", pointText(target, parsed(target, " [ 1 , 2 , 3 ] ")));
+    EXPECT_EQ("[1, 2, 3]", pointJson(target, parsed(target, "1,2,3")));
 }
 
 TEST_F(ValueCodecTest, WrongValuesAreNamedWithTheirLabel)
 {
-    EXPECT_EQ(complaint("Main.bytes[0]*3", "1,2"),
-              "Main.bytes[0]*3: 3 values are expected, separated by commas, not 2");
-    EXPECT_EQ(complaint("Main.bytes[0]*3", "1,256,3"),
-              "Main.bytes[0]*3: 256 is outside the range of BYTE, 16#0 to 16#FF");
-    EXPECT_EQ(complaint("Main.speed", "fast"),
-              "Main.speed: \"fast\" is no whole number, which INT takes");
-    EXPECT_EQ(complaint("Big.texts[0]*2", "a,b"),
-              "Big.texts[0]*2: texts are written one by one, each by its own label");
+    EXPECT_EQ("Main.bytes[0]*3: 3 values are expected, separated by commas, not 2",
+              complaint("Main.bytes[0]*3", "1,2"));
+    EXPECT_EQ("Main.bytes[0]*3: 256 is outside the range of BYTE, 16#0 to 16#FF",
+              complaint("Main.bytes[0]*3", "1,256,3"));
+    EXPECT_EQ("Main.speed: \"fast\" is no whole number, which INT takes",
+              complaint("Main.speed", "fast"));
+    EXPECT_EQ("Big.texts[0]*2: texts are written one by one, each by its own label",
+              complaint("Big.texts[0]*2", "a,b"));
 }
 
 TEST_F(ValueCodecTest, ShortBuffersReadAsZeros)
 {
-    EXPECT_EQ(pointText(point("Main.long"), decodeValues(point("Main.long"), hex("01"))), "1");
-    EXPECT_EQ(pointText(point("Main.flag"), decodeValues(point("Main.flag"), QByteArray())),
-              "FALSE");
+    EXPECT_EQ("1", pointText(point("Main.long"), decodeValues(point("Main.long"), hex("01"))));
+    EXPECT_EQ("FALSE",
+              pointText(point("Main.flag"), decodeValues(point("Main.flag"), QByteArray())));
 }
 
 TEST_F(ValueCodecTest, OneElementIsThatOfItsIndex)
@@ -229,7 +228,7 @@ TEST_F(ValueCodecTest, NotANumberKeepsItsBits)
     const DataPoint target = point("Main.real");
     const QVector<values::Value> values = decodeValues(target, hex("01 00 C0 7F"));
     EXPECT_TRUE(std::isnan(std::get<float>(values[0])));
-    EXPECT_EQ(encodeValues(target, values).bytes, hex("01 00 C0 7F"));
+    EXPECT_EQ(encodeValues(target, values)->bytes, hex("01 00 C0 7F"));
 }
 
 } // namespace

@@ -35,16 +35,16 @@ TEST_F(LinkStatisticsTest, CountsRequestsByWhatBecameOfThem)
     exchange(Service::Read, Answer::Retried, 0, 30);
     exchange(Service::Read, Answer::Abandoned, 11, 40);
     exchange(Service::Read, Answer::Misfit, 0, 50);
-    EXPECT_EQ(statistics.requests(), 5u);
-    EXPECT_EQ(statistics.accepted(), 2u);
-    EXPECT_EQ(statistics.refused(), 3u);
-    EXPECT_EQ(statistics.retries(), 1u);
-    EXPECT_EQ(statistics.logins(), 1u);
-    EXPECT_EQ(statistics.unanswered(), 0u);
+    EXPECT_EQ(5u, statistics.requests());
+    EXPECT_EQ(2u, statistics.accepted());
+    EXPECT_EQ(3u, statistics.refused());
+    EXPECT_EQ(1u, statistics.retries());
+    EXPECT_EQ(1u, statistics.logins());
+    EXPECT_EQ(0u, statistics.unanswered());
     EXPECT_EQ(statistics.failures(), (QMap<int, quint64>{{11, 1}}));
-    EXPECT_EQ(statistics.roundTrips().count(), 5u);
-    EXPECT_EQ(statistics.roundTrips().percentile(0.5), 30);
-    EXPECT_EQ(statistics.roundTrips().longest(), 50);
+    EXPECT_EQ(5u, statistics.roundTrips().count());
+    EXPECT_EQ(30, statistics.roundTrips().percentile(0.5));
+    EXPECT_EQ(50, statistics.roundTrips().longest());
 }
 
 TEST_F(LinkStatisticsTest, CountsRoundTripsFromTheLoginToTheFirstValues)
@@ -55,21 +55,21 @@ TEST_F(LinkStatisticsTest, CountsRoundTripsFromTheLoginToTheFirstValues)
         exchange(Service::File, Answer::Accepted, 1, 1);
     };
     logIn();
-    EXPECT_EQ(statistics.roundTripsToValues(), 0);
+    EXPECT_EQ(0, statistics.roundTripsToValues());
     exchange(Service::Read, Answer::Accepted, 1, 1);
     exchange(Service::Write, Answer::Accepted, 1, 1);
-    EXPECT_EQ(statistics.roundTripsToValues(), 1);
+    EXPECT_EQ(1, statistics.roundTripsToValues());
     lose(QStringLiteral("gone"));
     logIn();
     exchange(Service::Write, Answer::Accepted, 1, 1);
     exchange(Service::Read, Answer::Refused, 0, 1);
-    EXPECT_EQ(statistics.roundTripsToValues(), 1);
+    EXPECT_EQ(1, statistics.roundTripsToValues());
     exchange(Service::Read, Answer::Accepted, 1, 1);
-    EXPECT_EQ(statistics.roundTripsToValues(), 3);
+    EXPECT_EQ(3, statistics.roundTripsToValues());
     lose(QStringLiteral("gone"));
     logIn();
     exchange(Service::Read, Answer::Accepted, 1, 1);
-    EXPECT_EQ(statistics.roundTripsToValues(), 3);
+    EXPECT_EQ(3, statistics.roundTripsToValues());
 }
 
 TEST_F(LinkStatisticsTest, CountsFailuresByTheirNumbers)
@@ -78,22 +78,22 @@ TEST_F(LinkStatisticsTest, CountsFailuresByTheirNumbers)
     exchange(Service::Write, Answer::Abandoned, 12, 1);
     exchange(Service::Write, Answer::Abandoned, 12, 1);
     EXPECT_EQ(statistics.failures(), (QMap<int, quint64>{{12, 2}, {201, 1}}));
-    EXPECT_EQ(statistics.logins(), 0u);
+    EXPECT_EQ(0u, statistics.logins());
 }
 
 TEST_F(LinkStatisticsTest, CountsTheReasonsOfLossesAndRequestsLeftWithoutAReply)
 {
-    EXPECT_EQ(statistics.reconnects(), 0u);
+    EXPECT_EQ(0u, statistics.reconnects());
     lose(QStringLiteral("refused"));
     statistics.linkChanged(LinkState::Up, QString(), -1);
-    EXPECT_EQ(statistics.reconnects(), 0u);
+    EXPECT_EQ(0u, statistics.reconnects());
     statistics.requestSent(now);
     lose(QStringLiteral("no reply"));
     statistics.linkChanged(LinkState::Up, QString(), -1);
     exchange(Service::Read, Answer::Accepted, 1, 5);
     lose(QStringLiteral("refused"));
-    EXPECT_EQ(statistics.reconnects(), 1u);
-    EXPECT_EQ(statistics.unanswered(), 1u);
+    EXPECT_EQ(1u, statistics.reconnects());
+    EXPECT_EQ(1u, statistics.unanswered());
     EXPECT_EQ(statistics.lossReasons(), (QMap<QString, quint64>{{QStringLiteral("no reply"), 1},
                                                                 {QStringLiteral("refused"), 2}}));
 }
@@ -102,7 +102,7 @@ TEST_F(LinkStatisticsTest, DoesNotTakeTheEndForALoss)
 {
     statistics.requestSent(now);
     statistics.linkChanged(LinkState::Down, QStringLiteral("stopped"), -1);
-    EXPECT_EQ(statistics.unanswered(), 0u);
+    EXPECT_EQ(0u, statistics.unanswered());
     EXPECT_TRUE(statistics.lossReasons().isEmpty());
 }
 
@@ -111,7 +111,7 @@ TEST_F(LinkStatisticsTest, DoesNotGrowWithTheNumberOfReasons)
     for (int i = 0; i < 1000; ++i)
         lose(QStringLiteral("only %1 bytes").arg(i));
     EXPECT_EQ(statistics.lossReasons().size(), LinkStatistics::kMostReasons + 1);
-    EXPECT_EQ(statistics.lossReasons().value(QStringLiteral("other reasons")), 980u);
+    EXPECT_EQ(980u, statistics.lossReasons().value(QStringLiteral("other reasons")));
 }
 
 } // namespace

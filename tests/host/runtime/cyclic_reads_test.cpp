@@ -316,7 +316,7 @@ TEST_F(RefusedReads, OfAStationThatIsOffAreNotTriedAndDoNotKeepOthersWaiting)
     EXPECT_EQ(std::vector<std::string>{"v2000"}, valuesGivenAgain);
     runtime->switchStation(7, true, now);
     serveFor(15000);
-    EXPECT_EQ(valuesGivenAgain, (std::vector<std::string>{"v2000", "v5000"}));
+    EXPECT_EQ((std::vector<std::string>{"v2000", "v5000"}), valuesGivenAgain);
 }
 
 TEST_F(RefusedReads, LongValueThatIsRefusedInItsSecondPartIsNeverShown)

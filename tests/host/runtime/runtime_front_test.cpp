@@ -30,17 +30,17 @@ TEST_F(RuntimeFrontTest, PostedWriteWaitsForTheOwnerAndIsSettledThere)
 {
     connect();
     post("Main.speed", "1");
-    EXPECT_EQ(wakeUps, 1);
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ(1, wakeUps);
+    EXPECT_EQ("", actions());
     front->carryOut(now);
     logIn();
     request();
     EXPECT_TRUE(writes.empty());
     answer(writeReply());
-    ASSERT_EQ(writes.size(), 1u);
+    ASSERT_EQ(1u, writes.size());
     EXPECT_TRUE(writes[0].outcome.isDone());
     front->carryOut(now);
-    EXPECT_EQ(writes.size(), 1u);
+    EXPECT_EQ(1u, writes.size());
 }
 
 TEST_F(RuntimeFrontTest, WritesKeepTheirOrder)
@@ -50,18 +50,18 @@ TEST_F(RuntimeFrontTest, WritesKeepTheirOrder)
     post("Main.speed", "1");
     post("Main.count", "2");
     front->carryOut(now);
-    ASSERT_EQ(writes.size(), 2u);
-    EXPECT_EQ(writes[0].label, "Main.speed");
-    EXPECT_EQ(writes[1].label, "Main.count");
+    ASSERT_EQ(2u, writes.size());
+    EXPECT_EQ("Main.speed", writes[0].label);
+    EXPECT_EQ("Main.count", writes[1].label);
 }
 
 TEST_F(RuntimeFrontTest, EndSettlesWhatWasNotCarriedOut)
 {
     post("Main.speed", "1");
     front.reset();
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::NotSent);
-    EXPECT_EQ(writes[0].outcome.reason, "the host has ended");
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::NotSent, writes[0].outcome.kind);
+    EXPECT_EQ("the host has ended", writes[0].outcome.reason);
 }
 
 TEST_F(RuntimeFrontTest, EndSettlesWhatIsPostedFromInsideOfASettling)
@@ -75,8 +75,8 @@ TEST_F(RuntimeFrontTest, EndSettlesWhatIsPostedFromInsideOfASettling)
                       [&](const TransferOutcome& outcome) { inner.push_back(outcome); });
     });
     front.reset();
-    ASSERT_EQ(inner.size(), 1u);
-    EXPECT_EQ(inner[0].kind, TransferOutcome::NotSent);
+    ASSERT_EQ(1u, inner.size());
+    EXPECT_EQ(TransferOutcome::NotSent, inner[0].kind);
 }
 
 TEST_F(RuntimeFrontTest, SnapshotNamesTheValuesThatItHas)
@@ -97,20 +97,20 @@ TEST_F(RuntimeFrontTest, SnapshotNamesTheValuesThatItHas)
 TEST_F(RuntimeFrontTest, SnapshotHasTheValuesAndTheLink)
 {
     cycle({"Main.speed"});
-    EXPECT_EQ(front->snapshot(now).link, LinkState::Down);
+    EXPECT_EQ(LinkState::Down, front->snapshot(now).link);
     connect();
     logIn();
     request();
     answer(readReply({hex("00 05")}));
     RuntimeSnapshot snapshot = front->snapshot(now + 7);
-    EXPECT_EQ(snapshot.link, LinkState::Up);
-    ASSERT_EQ(snapshot.values.size(), 1);
+    EXPECT_EQ(LinkState::Up, snapshot.link);
+    ASSERT_EQ(1, snapshot.values.size());
     EXPECT_EQ(snapshot.values[0].bytes, hex("05 00"));
-    EXPECT_EQ(snapshot.values[0].age, 7);
+    EXPECT_EQ(7, snapshot.values[0].age);
     session().disconnected(QStringLiteral("gone"), now);
     snapshot = front->snapshot(now);
-    EXPECT_EQ(snapshot.link, LinkState::Down);
-    EXPECT_EQ(snapshot.linkDownReason, "gone");
+    EXPECT_EQ(LinkState::Down, snapshot.link);
+    EXPECT_EQ("gone", snapshot.linkDownReason);
 }
 
 } // namespace

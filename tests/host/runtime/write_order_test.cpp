@@ -38,7 +38,7 @@ TEST_F(WriteTest, SameAddressInAnotherAreaIsTheSamePlaceForTheDriver)
     ASSERT_EQ(1, sentEntries.size());
     EXPECT_EQ(2, sentEntries[0].area);
     acknowledgeAgain();
-    EXPECT_EQ(settledLabels(), (std::vector<std::string>{"Main.count", "Main.speed", "Big.same"}));
+    EXPECT_EQ((std::vector<std::string>{"Main.count", "Main.speed", "Big.same"}), settledLabels());
 }
 
 TEST_F(WriteTest, OverlappingPlacesKeepTheirOrder)
@@ -82,7 +82,7 @@ TEST_F(WriteTest, BitsAreNeverInTheDriverTogetherWithOthers)
                   "00 00 01 00 00"),
               request());
     acknowledgeAgain();
-    EXPECT_EQ(settledLabels(), (std::vector<std::string>{"Io.start", "Main.speed", "Io.lamp[1]"}));
+    EXPECT_EQ((std::vector<std::string>{"Io.start", "Main.speed", "Io.lamp[1]"}), settledLabels());
 }
 
 TEST_F(WriteTest, SingleBitsGoTogether)

@@ -37,7 +37,7 @@ TEST(PieceTracker, RequestSettlesAllThatItCarries)
     tracker.add(2, {piece(1, 2, 2)});
     tracker.add(3, {piece(1, 4, 2)});
     tracker.requestSent({piece(1, 0, 2), piece(1, 4, 2)});
-    EXPECT_EQ(tracker.requestAccepted(), (QVector<int>{1, 3}));
+    EXPECT_EQ((QVector<int>{1, 3}), tracker.requestAccepted());
     EXPECT_TRUE(tracker.contains(2));
     EXPECT_EQ(1, tracker.pieceCount());
 }
