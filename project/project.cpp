@@ -1,5 +1,6 @@
 #include "project/project.h"
 
+#include <QtCore/QFileInfo>
 #include <QtCore/QSet>
 
 #include <limits>
@@ -8,6 +9,7 @@
 #include "project/json_document.h"
 #include "project/json_node.h"
 #include "project/label_lookup.h"
+#include "project/setting_limits.h"
 #include "project/value_limits.h"
 #include "streams/input_file.h"
 #include "values/nearest_name.h"
@@ -19,13 +21,8 @@ constexpr streams::InputFileKind kProjectFile = {"a project file", qint64(32) * 
                                                  "a project file has less"};
 constexpr int kMostCyclicLabels = 100000;
 constexpr qint64 kLargestArea = std::numeric_limits<qint32>::max();
-constexpr int kHighestPort = 65535;
-constexpr int kHighestStation = 255;
 constexpr int kMostRetries = 100;
 constexpr int kLongestTime = 24 * 60 * 60 * 1000; // ms
-// A reply carries at most 65535 bytes behind its length field: status, entry count and the leading
-// byte of the one block come first.
-constexpr int kMostReadBytes = 65535 - 2 - 4 - 1;
 
 void readPlc(const JsonNode& node, Project* project)
 {
@@ -168,9 +165,10 @@ private:
                              .arg(form.elements)
                              .arg(target->elements)};
         }
-        const QString limit = valueLimitError(*target->variable, form.elements, m_maxReadBytes);
-        if (!limit.isEmpty())
-            return Error{limit};
+        const Expected<void> fits =
+            checkValueLimits(*target->variable, form.elements, m_maxReadBytes);
+        if (!fits)
+            return fits.error();
         Expected<QStringList> labels =
             expandPattern(*parts, kMostCyclicLabels - int(m_labels.size()));
         if (!labels)
@@ -253,6 +251,11 @@ Expected<Project> parse(QByteArray json, const QString& name, SharedMemoryRule r
 }
 
 } // namespace
+
+QString plcName(const QString& path)
+{
+    return QFileInfo(path).completeBaseName();
+}
 
 Expected<Project> loadProject(const QString& path, SharedMemoryRule rule)
 {

@@ -47,6 +47,10 @@ enum class SharedMemoryRule { Refused, Allowed };
 Expected<Project> loadProject(const QString& path,
                               SharedMemoryRule rule = SharedMemoryRule::Refused);
 
+/// What the PLC of the project file at `path` is called where nobody has named it: as the file,
+/// without its last ending. Values are recorded by this name.
+QString plcName(const QString& path);
+
 /// As loadProject() from bytes; `name` stands for the file in errors.
 Expected<Project> parseProject(const QByteArray& json, const QString& name,
                                SharedMemoryRule rule = SharedMemoryRule::Refused);

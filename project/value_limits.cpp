@@ -34,27 +34,27 @@ qint64 transferPieces(const Variable& variable, qint64 elements, int maxReadByte
     return (transferBytes(variable, elements) + maxReadBytes - 1) / maxReadBytes;
 }
 
-QString valueLimitError(const Variable& variable, qint64 elements, int maxReadBytes)
+Expected<void> checkValueLimits(const Variable& variable, qint64 elements, int maxReadBytes)
 {
     const qint64 bytes = bufferBytes(variable, elements);
     if (bytes > kMostBytesOfValue) {
-        return QStringLiteral(
-                   "%1 elements are %2 bytes as the driver reads them; one value has at "
-                   "most %3 (%4 MiB)")
-            .arg(elements)
-            .arg(bytes)
-            .arg(kMostBytesOfValue)
-            .arg(kMostBytesOfValue / kBytesPerMebibyte);
+        return Error{
+            QStringLiteral("%1 elements are %2 bytes as the driver reads them; one value has at "
+                           "most %3 (%4 MiB)")
+                .arg(elements)
+                .arg(bytes)
+                .arg(kMostBytesOfValue)
+                .arg(kMostBytesOfValue / kBytesPerMebibyte)};
     }
     const qint64 pieces = transferPieces(variable, elements, maxReadBytes);
     if (pieces > kMostPiecesOfValue) {
-        return QStringLiteral(
-                   "%1 elements fall into %2 pieces of at most %3 bytes (maxReadBytes); "
-                   "one value has at most %4 pieces")
-            .arg(elements)
-            .arg(pieces)
-            .arg(maxReadBytes)
-            .arg(kMostPiecesOfValue);
+        return Error{
+            QStringLiteral("%1 elements fall into %2 pieces of at most %3 bytes (maxReadBytes); "
+                           "one value has at most %4 pieces")
+                .arg(elements)
+                .arg(pieces)
+                .arg(maxReadBytes)
+                .arg(kMostPiecesOfValue)};
     }
     return {};
 }

@@ -2,6 +2,7 @@
 #define PLC_PROJECT_VALUE_LIMITS_H
 
 #include "project/symbols.h"
+#include "values/expected.h"
 #include "values/export.h"
 
 namespace plc::project {
@@ -28,9 +29,9 @@ PLC_HOST_EXPORT qint64 bufferBytes(const Variable& variable, qint64 elements);
 /// Pieces that reading so many elements takes.
 PLC_HOST_EXPORT qint64 transferPieces(const Variable& variable, qint64 elements, int maxReadBytes);
 
-/// What is wrong with so many elements as one value, or an empty text.
-PLC_HOST_EXPORT QString valueLimitError(const Variable& variable, qint64 elements,
-                                        int maxReadBytes);
+/// An error says why so many elements are too much for one value.
+PLC_HOST_EXPORT Expected<void> checkValueLimits(const Variable& variable, qint64 elements,
+                                                int maxReadBytes);
 
 } // namespace plc::project
 
