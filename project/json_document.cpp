@@ -94,4 +94,16 @@ Expected<JsonDocument> JsonDocument::parse(QByteArray json)
     return JsonDocument(std::make_unique<Content>(document));
 }
 
+Expected<JsonDocument> JsonDocument::parseStrictly(QByteArray json)
+{
+    json.reserve(int(json.size() + qint64(simdjson::SIMDJSON_PADDING)));
+    std::optional<simdjson::dom::document> parsed = readFast(json);
+    if (!parsed)
+        return Error{QStringLiteral("not JSON")};
+    JsonDocument document(std::make_unique<Content>(std::move(*parsed)));
+    if (hasRepeatedKey(document.root()))
+        return Error{QStringLiteral("a key stands twice in one object")};
+    return document;
+}
+
 } // namespace plc::project

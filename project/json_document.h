@@ -21,6 +21,10 @@ public:
     /// parsed.
     static Expected<JsonDocument> parse(QByteArray json);
 
+    /// For what others send: nothing but JSON, and without the place of an error. Qt's parser,
+    /// which would tell it, leaks memory with some malformed documents in Qt 5.
+    static Expected<JsonDocument> parseStrictly(QByteArray json);
+
     JsonDocument(JsonDocument&& other) noexcept;
     JsonDocument& operator=(JsonDocument&& other) noexcept;
     ~JsonDocument();

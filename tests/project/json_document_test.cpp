@@ -12,7 +12,7 @@ JsonDocument documentOf(const QByteArray& json)
     return document ? std::move(*document) : std::move(*JsonDocument::parse("[]"));
 }
 
-std::string errorOf(const QByteArray& json)
+std::string parseErrorOf(const QByteArray& json)
 {
     const Expected<JsonDocument> document = JsonDocument::parse(json);
     return document ? "" : document.error().text.toStdString();
@@ -116,16 +116,16 @@ TEST(JsonDocument, KeepsEveryKindOfValueBesideWhatOnlyTheSlowerParserReads)
 
 TEST(JsonDocument, HoldsContainers1024DeepAndNoDeeper)
 {
-    EXPECT_EQ("", errorOf(QByteArray(1024, '[') + QByteArray(1024, ']')));
-    EXPECT_NE("", errorOf(QByteArray(1025, '[') + QByteArray(1025, ']')));
+    EXPECT_EQ("", parseErrorOf(QByteArray(1024, '[') + QByteArray(1024, ']')));
+    EXPECT_NE("", parseErrorOf(QByteArray(1025, '[') + QByteArray(1025, ']')));
 }
 
 TEST(JsonDocument, IsAnObjectOrAList)
 {
-    EXPECT_EQ("", errorOf("[]"));
-    EXPECT_EQ("", errorOf(" {} "));
+    EXPECT_EQ("", parseErrorOf("[]"));
+    EXPECT_EQ("", parseErrorOf(" {} "));
     for (const char* json : {"", " ", "1", "\"text\"", "null", "[1] 2", "{\"a\"}", "[\"\xff\"]"})
-        EXPECT_NE(std::string::npos, errorOf(json).find("not JSON")) << json;
+        EXPECT_NE(std::string::npos, parseErrorOf(json).find("not JSON")) << json;
 }
 
 TEST(JsonDocument, FindsAKeyRepeatedAmongMany)
@@ -133,11 +133,25 @@ TEST(JsonDocument, FindsAKeyRepeatedAmongMany)
     QByteArray json = "{";
     for (int i = 0; i < 40; ++i)
         json += "\"key" + QByteArray::number(i) + "\": 0, ";
-    EXPECT_EQ("", errorOf(json + "\"key40\": 0}"));
+    EXPECT_EQ("", parseErrorOf(json + "\"key40\": 0}"));
+    EXPECT_NE(
+        std::string::npos,
+        parseErrorOf(json + "\"key39\": 0}").find("key \"key39\" stands twice in one object"));
     EXPECT_NE(std::string::npos,
-              errorOf(json + "\"key39\": 0}").find("key \"key39\" stands twice in one object"));
-    EXPECT_NE(std::string::npos,
-              errorOf("[{}, [{\"a\": {\"b\": 1, \"b\": 2}}]]").find("\"b\" stands twice"));
+              parseErrorOf("[{}, [{\"a\": {\"b\": 1, \"b\": 2}}]]").find("\"b\" stands twice"));
+}
+
+TEST(JsonDocument, OfOthersIsNothingButJson)
+{
+    EXPECT_TRUE(JsonDocument::parseStrictly(R"({"a": [1, {"b": "c"}]})"));
+    for (const char* json : {"", "{", "[1.]", "{\"a\": \"\x01\"}", "nonsense"}) {
+        const Expected<JsonDocument> parsed = JsonDocument::parseStrictly(json);
+        ASSERT_FALSE(parsed) << json;
+        EXPECT_EQ("not JSON", parsed.error().text.toStdString());
+    }
+    const Expected<JsonDocument> twice = JsonDocument::parseStrictly(R"([{"a": 1, "a": 2}])");
+    ASSERT_FALSE(twice);
+    EXPECT_EQ("a key stands twice in one object", twice.error().text.toStdString());
 }
 
 } // namespace
