@@ -6,6 +6,7 @@
 #include "project/label_expansion.h"
 #include "project/label_lookup.h"
 #include "project/label_pattern.h"
+#include "project/label_syntax.h"
 #include "values/csv.h"
 #include "values/nearest_name.h"
 
@@ -27,7 +28,7 @@ QString problemOf(const QString& text, const project::LabelFinder& labels)
     const bool isCount = project::isElementCount(text, labels);
     if (project::hasWildcard(text) && !isCount)
         return {};
-    const QString label = isCount ? text.left(text.indexOf(QLatin1Char('*'))) : text;
+    const QString label = isCount ? project::takeCountOff(text).label : text;
     const Expected<QVector<project::LabelPart>> parts = project::parseLabel(label);
     const Expected<project::LabelTarget> target =
         parts ? labels.find(*parts) : Expected<project::LabelTarget>(parts.error());

@@ -2,6 +2,7 @@
 
 #include "cli/console.h"
 #include "cli/point_text.h"
+#include "project/label_syntax.h"
 
 namespace plc::cli {
 namespace {
@@ -10,7 +11,7 @@ int resolveLabels(const ResolveOptions& options, const CommandContext& context)
 {
     QStringList labels;
     for (const QString& text : context.arguments)
-        labels.append(text.left(text.lastIndexOf(QLatin1Char('*'))));
+        labels.append(project::takeCountOff(text).label);
     const host::DataPointFinder points = finderFor(context, labels);
     int code = kExitDone;
     for (const QString& text : context.arguments) {

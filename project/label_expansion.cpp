@@ -25,11 +25,8 @@ bool isNumber(const QString& text)
 /// What stands before the star of "TEXT*N"; empty where the text has another form.
 QString beforeCount(const QString& text)
 {
-    const int star = int(text.indexOf(QLatin1Char('*')));
-    if (star < 1 || !isNumber(text.mid(star + 1)))
-        return QString();
-    const QString before = text.left(star);
-    return hasWildcard(before) ? QString() : before;
+    const CountedLabel counted = takeCountOff(text);
+    return isNumber(counted.count) && !hasWildcard(counted.label) ? counted.label : QString();
 }
 
 /// All labels of an entry, which stands for all elements of its arrays.

@@ -30,28 +30,31 @@ bool mayStandInName(QChar character)
     return !character.isSpace() && character.isPrint();
 }
 
+bool isDigit(QChar character)
+{
+    return character >= QLatin1Char('0') && character <= QLatin1Char('9');
+}
+
 /// A decimal number with nothing around it.
-std::optional<qint64> parseSubscript(const QString& text)
+std::optional<int> parseNumber(const QString& text)
 {
     const int firstDigit = text.startsWith(QLatin1Char('-')) ? 1 : 0;
-    for (int position = firstDigit; position < int(text.size()); ++position) {
-        if (text[position] < QLatin1Char('0') || text[position] > QLatin1Char('9'))
-            return {};
-    }
+    if (!std::all_of(text.begin() + firstDigit, text.end(), isDigit))
+        return {};
     bool converted = false;
     const int number = text.toInt(&converted);
-    return converted ? std::optional<qint64>(number) : std::nullopt;
+    return converted ? std::optional<int>(number) : std::nullopt;
 }
 
 std::optional<SubscriptRange> parseRange(const QString& text)
 {
     const int sign = int(text.indexOf(kRangeSign));
     if (sign < 0) {
-        const std::optional<qint64> number = parseSubscript(text);
+        const std::optional<int> number = parseNumber(text);
         return number ? std::optional<SubscriptRange>({*number, *number}) : std::nullopt;
     }
-    const std::optional<qint64> from = parseSubscript(text.left(sign));
-    const std::optional<qint64> to = parseSubscript(text.mid(sign + 2));
+    const std::optional<int> from = parseNumber(text.left(sign));
+    const std::optional<int> to = parseNumber(text.mid(sign + 2));
     if (!from || !to || *from > *to)
         return {};
     return SubscriptRange{*from, *to};
@@ -175,6 +178,15 @@ Expected<QStringList> expandPattern(const QVector<LabelPart>& parts, int limit)
         labels = withSubscripts(labels, parts[index]);
     }
     return labels;
+}
+
+CountedLabel takeCountOff(const QString& text)
+{
+    const int star = int(text.lastIndexOf(QLatin1Char('*')));
+    if (star < 0)
+        return {text, QString(), 1};
+    const QString count = text.mid(star + 1);
+    return {text.left(star), count, std::max(0, parseNumber(count).value_or(0))};
 }
 
 bool isLabelName(const QString& name)

@@ -34,6 +34,16 @@ PLC_HOST_EXPORT bool isPattern(const QVector<LabelPart>& parts);
 /// more than `limit`.
 PLC_HOST_EXPORT Expected<QStringList> expandPattern(const QVector<LabelPart>& parts, int limit);
 
+/// "LABEL*N", a label and how many elements of its array are meant from there on, taken apart.
+struct CountedLabel {
+    QString label;    ///< What stands before the last *; all where there is none.
+    QString count;    ///< What stands behind it; empty where there is none.
+    int elements = 1; ///< 0 where `count` is no whole number from 1 on.
+};
+
+/// Takes the number of elements off a text. Whether the rest is a label is another question.
+PLC_HOST_EXPORT CountedLabel takeCountOff(const QString& text);
+
 /// Whether `name` can stand in a label: not empty, nothing that labels or command lines use as a
 /// separator, no blanks and no control characters.
 PLC_HOST_EXPORT bool isLabelName(const QString& name);
