@@ -7,6 +7,7 @@
 #include "values/duration_text.h"
 #include "values/nearest_name.h"
 #include "values/string_literal.h"
+#include "values/value_check.h"
 #include "values/visible_text.h"
 
 namespace plc::values {
@@ -103,27 +104,6 @@ IntegerForm parseInteger(const QString& text, WrittenInteger* number)
     return result.ec == std::errc() ? IntegerForm::Good : IntegerForm::TooLarge;
 }
 
-quint64 largestUnsigned(const IecType& type)
-{
-    return std::numeric_limits<quint64>::max() >> (64 - 8 * type.size);
-}
-
-QString rangeText(const IecType& type)
-{
-    const quint64 largest = largestUnsigned(type);
-    if (type.format == ValueFormat::Signed)
-        return QStringLiteral("-%1 to %2").arg(largest / 2 + 1).arg(largest / 2);
-    if (type.format == ValueFormat::Hexadecimal)
-        return QStringLiteral("16#0 to 16#%1").arg(QString::number(largest, 16).toUpper());
-    return QStringLiteral("0 to %1").arg(largest);
-}
-
-Expected<Value> outOfRange(const IecType& type, const QString& text)
-{
-    return Error{QStringLiteral("%1 is outside the range of %2, %3")
-                     .arg(text, QLatin1String(type.name), rangeText(type))};
-}
-
 Expected<Value> parseWhole(const IecType& type, const QString& text)
 {
     WrittenInteger number;
@@ -206,22 +186,9 @@ Expected<Value> parseText(const IecType& type, int stringLength, const QString& 
     const Expected<QString> characters = parseStringLiteral(text);
     if (!characters)
         return characters.error();
-    if (int(characters->size()) > stringLength) {
-        return Error{QStringLiteral("%1 has %2 characters and the %3 has room for %4")
-                         .arg(quoted(text))
-                         .arg(characters->size())
-                         .arg(QLatin1String(type.name))
-                         .arg(stringLength)};
-    }
-    const ushort last = type.format == ValueFormat::WideText ? 0xFFFF : 0xFF;
-    for (const QChar character : *characters) {
-        if (character.unicode() != 0 && character.unicode() <= last)
-            continue;
-        return Error{QStringLiteral("%1 has the character U+%2, which a %3 cannot hold")
-                         .arg(quoted(text))
-                         .arg(uint(character.unicode()), 4, 16, QLatin1Char('0'))
-                         .arg(QLatin1String(type.name))};
-    }
+    const Expected<void> checked = checkCharacters(type, stringLength, *characters);
+    if (!checked)
+        return Error{QStringLiteral("%1 %2").arg(quoted(text), checked.error().text)};
     return Value(*characters);
 }
 

@@ -1,6 +1,8 @@
 #include "host/points/data_point.h"
 
 #include "driver/plc_driver.h"
+#include "project/label_syntax.h"
+#include "project/memory_layout.h"
 #include "project/value_limits.h"
 #include "values/nearest_name.h"
 
@@ -9,20 +11,18 @@ namespace plc::host {
 static_assert(project::kMostBytesOfValue == PLC_LARGEST_VALUE &&
                   project::kMostPiecesOfValue == PLC_MOST_PIECES,
               "projects are checked against the limits of the driver");
+static_assert(values::kBitTypeCode == PLC_TYPE_BIT, "bits have one type code");
+static_assert(project::kTextElementStride == PLC_STRING_DISTANCE,
+              "projects lay arrays of texts out as the driver does");
 
 Expected<DataPoint> DataPointFinder::find(const QString& text) const
 {
-    const int star = int(text.lastIndexOf(QLatin1Char('*')));
-    if (star < 0)
-        return find(text, 1);
-    const QString number = text.mid(star + 1);
-    bool ok = false;
-    const int elements = number.toInt(&ok, 10);
-    if (!ok || elements < 1) {
+    const project::CountedLabel counted = project::takeCountOff(text);
+    if (counted.elements < 1) {
         return Error{QStringLiteral("%1: a number of elements is expected behind the *, not %2")
-                         .arg(text, values::quoted(number))};
+                         .arg(text, values::quoted(counted.count))};
     }
-    return find(text.left(star), elements);
+    return find(counted.label, counted.elements);
 }
 
 Expected<DataPoint> DataPointFinder::find(const QString& label, int elements, int station) const
@@ -31,6 +31,21 @@ Expected<DataPoint> DataPointFinder::find(const QString& label, int elements, in
     if (point && m_settings.multiStation)
         point->station = station;
     return point;
+}
+
+Expected<void> DataPointFinder::check(const DataPoint& point) const
+{
+    if (point.elements < 1)
+        return Error{QStringLiteral("the data point has %1 elements").arg(point.elements)};
+    const Expected<DataPoint> found = find(point.label, point.elements, point.station);
+    if (!found)
+        return found.error();
+    if (!isSamePlace(*found, point)) {
+        return Error{QStringLiteral("%1: the data point is not what the label leads to in this "
+                                    "program; take the one that is found by the label")
+                         .arg(point.label)};
+    }
+    return {};
 }
 
 Expected<DataPoint> DataPointFinder::find(const QString& label, int elements) const
@@ -44,10 +59,10 @@ Expected<DataPoint> DataPointFinder::find(const QString& label, int elements) co
                          .arg(elements)
                          .arg(target->elements)};
     }
-    const QString reason =
-        project::valueLimitError(*target->variable, elements, m_settings.maxReadBytes);
-    if (!reason.isEmpty())
-        return Error{QStringLiteral("%1*%2: %3").arg(label).arg(elements).arg(reason)};
+    const Expected<void> fits =
+        project::checkValueLimits(*target->variable, elements, m_settings.maxReadBytes);
+    if (!fits)
+        return Error{QStringLiteral("%1*%2: %3").arg(label).arg(elements).arg(fits.error().text)};
     DataPoint point;
     point.text = elements == 1 ? label : QStringLiteral("%1*%2").arg(label).arg(elements);
     point.label = label;

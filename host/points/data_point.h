@@ -27,12 +27,19 @@ struct DataPoint {
     QString description;
 };
 
-/// Whether both are the same bytes of a PLC and mean the same.
+/// Whether both are the same bytes of a PLC with the same meaning, by whatever text they were
+/// found.
+inline bool isSamePlace(const DataPoint& a, const DataPoint& b)
+{
+    return a.label == b.label && a.type == b.type && a.stringLength == b.stringLength &&
+           a.elements == b.elements && a.area == b.area && a.address == b.address &&
+           a.station == b.station;
+}
+
+/// The same, and both are shown alike.
 inline bool isSameValue(const DataPoint& a, const DataPoint& b)
 {
-    return a.text == b.text && a.label == b.label && a.type == b.type &&
-           a.stringLength == b.stringLength && a.elements == b.elements && a.area == b.area &&
-           a.address == b.address && a.station == b.station;
+    return a.text == b.text && isSamePlace(a, b);
 }
 
 /// What of a host's settings data points depend on.
@@ -58,6 +65,10 @@ public:
     Expected<DataPoint> find(const QString& text) const;
     /// `elements` from a label on. `station` counts only where there are several.
     Expected<DataPoint> find(const QString& label, int elements, int station) const;
+
+    /// Whether the data point is one that its label leads to. One that was made by hand, or by the
+    /// finder of another program, may name other bytes than those that the driver goes to.
+    Expected<void> check(const DataPoint& point) const;
 
 private:
     Expected<DataPoint> find(const QString& label, int elements) const;

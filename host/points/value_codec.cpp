@@ -2,6 +2,7 @@
 
 #include "project/memory_layout.h"
 #include "values/value_bits.h"
+#include "values/value_check.h"
 
 namespace plc::host {
 namespace {
@@ -76,6 +77,27 @@ WriteBuffer encodeNumbers(const DataPoint& point, const QVector<values::Value>& 
     return buffer;
 }
 
+/// What is to be written must be all of the value, and nothing beside it.
+Expected<void> checkValues(const DataPoint& point, const QVector<values::Value>& values)
+{
+    if (!point.type)
+        return Error{QStringLiteral("the data point has no type")};
+    if (values::isText(*point.type) && point.elements > 1)
+        return Error{QStringLiteral("texts are written one by one, each by its own label")};
+    if (values.isEmpty() || int(values.size()) != point.elements) {
+        const QString expected = point.elements == 1
+                                     ? QStringLiteral("one value")
+                                     : QStringLiteral("%1 values").arg(point.elements);
+        return Error{QStringLiteral("it takes %1, not %2").arg(expected).arg(values.size())};
+    }
+    for (const values::Value& value : values) {
+        Expected<void> checked = values::checkValue(*point.type, point.stringLength, value);
+        if (!checked)
+            return checked;
+    }
+    return {};
+}
+
 QString joined(const QStringList& texts, int elements)
 {
     const QString text = texts.join(QStringLiteral(", "));
@@ -102,8 +124,11 @@ QVector<values::Value> decodeValues(const DataPoint& point, const QByteArray& bu
     return values;
 }
 
-WriteBuffer encodeValues(const DataPoint& point, const QVector<values::Value>& values)
+Expected<WriteBuffer> encodeValues(const DataPoint& point, const QVector<values::Value>& values)
 {
+    const Expected<void> checked = checkValues(point, values);
+    if (!checked)
+        return checked.error();
     if (values::isText(*point.type))
         return encodeText(point, std::get<QString>(values.first()));
     return encodeNumbers(point, values);

@@ -26,8 +26,10 @@ struct WriteBuffer {
     int wireBytes = 0; ///< Bytes that go to the PLC; for BIT the bits.
 };
 
-PLC_HOST_EXPORT WriteBuffer encodeValues(const DataPoint& point,
-                                         const QVector<values::Value>& values);
+/// An error if these are not exactly the values of the data point: another number of them, of
+/// another kind, out of the range of its type, or a text that has no room.
+PLC_HOST_EXPORT Expected<WriteBuffer> encodeValues(const DataPoint& point,
+                                                   const QVector<values::Value>& values);
 
 /// One value as valueText() shows it; several as "[1, 2, 3]".
 PLC_HOST_EXPORT QString pointText(const DataPoint& point, const QVector<values::Value>& values);

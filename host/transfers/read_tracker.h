@@ -23,7 +23,7 @@ using ReadSettled = std::function<void(const TransferOutcome&, const QByteArray&
 struct OneShotRead {
     int tag = 0;
     DataPoint point;
-    ReadSettled settled;
+    ReadSettled settled = [](const TransferOutcome&, const QByteArray&) {};
     bool wasSent = false; ///< A request has carried a piece of it.
     int refusals = 0;     ///< Requests with a piece of it that the PLC refused.
 };

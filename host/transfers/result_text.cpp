@@ -1,5 +1,7 @@
 #include "host/transfers/result_text.h"
 
+#include "host/driver/driver_functions.h"
+
 namespace plc::host {
 namespace {
 
@@ -9,19 +11,35 @@ struct ResultMeaning {
     const char* text;
 };
 
-/// Failures come in groups of twelve: the number within a group tells the category of the request.
+constexpr ResultMeaning one(int result, const char* text)
+{
+    return {result, result, text};
+}
+
+/// Failures are told as a base and a shift, which tells the category of the request.
+constexpr ResultMeaning shifted(int base, const char* text)
+{
+    return {base + 1, base + 1 + PLC_LAST_SHIFTING_CATEGORY, text};
+}
+
 constexpr ResultMeaning kMeanings[] = {
-    {0, 0, "not finished"},
-    {1, 1, "accepted"},
-    {11, 22, "the reply is no good answer: its length or its status is wrong"},
-    {41, 52, "no reply arrived"},
-    {71, 82, "the reply has another size than expected"},
-    {100, 100, "accepted from the remote area"},
-    {111, 122, "remote area: the reply is no good answer: its length or its status is wrong"},
-    {141, 152, "remote area: no reply arrived"},
-    {171, 182, "remote area: the reply has another size than expected"},
-    {200, 200, "the driver has no settings, or cannot tell what happened"},
-    {201, 201, "the PLC refused the login"}};
+    one(PLC_RESULT_NOT_FINISHED, "not finished"),
+    one(PLC_RESULT_ACCEPTED, "accepted"),
+    shifted(PLC_RESULT_REFUSED_BASE,
+            "the reply is no good answer: its length or its status is wrong"),
+    shifted(PLC_RESULT_NOTHING_RECEIVED_BASE, "no reply arrived"),
+    shifted(PLC_RESULT_LENGTH_WRONG_BASE, "the reply has another size than expected"),
+    one(PLC_RESULT_REMOTE_ACCEPTED, "accepted from the remote area"),
+    shifted(PLC_RESULT_REMOTE_REFUSED_BASE,
+            "remote area: the reply is no good answer: its length or its status is wrong"),
+    shifted(PLC_RESULT_REMOTE_NOTHING_RECEIVED_BASE, "remote area: no reply arrived"),
+    shifted(PLC_RESULT_REMOTE_LENGTH_WRONG_BASE,
+            "remote area: the reply has another size than expected"),
+    one(PLC_RESULT_NO_SETTINGS, "the driver has no settings, or cannot tell what happened"),
+    one(PLC_RESULT_LOGIN_REFUSED, "the PLC refused the login")};
+static_assert(PLC_RESULT_NO_BYTES == PLC_RESULT_NOTHING_RECEIVED_BASE + 1 &&
+                  PLC_RESULT_FRAME_LENGTH_WRONG == PLC_RESULT_LENGTH_WRONG_BASE + 1,
+              "what is never shifted stands among the shifted ones");
 
 QString writeRefusalText(const TransferOutcome& outcome)
 {

@@ -25,7 +25,7 @@ struct Write {
     DataPoint point;
     WriteBuffer buffer;
     QVector<FrameEntry> pieces; ///< That the driver cuts it into.
-    WriteSettled settled;
+    WriteSettled settled = [](const TransferOutcome&) {};
     bool wasSent = false; ///< A request has carried a piece of it.
     int accepted = 0;     ///< Bytes (elements of BIT) that the PLC took.
     int confirmed = 0;    ///< The part of it that is sure.

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <map>
+#include <string>
+
 #include "driver/Communication_Protocol.h"
 #include "driver/label_access.h"
 #include "host/points/symbol_list.h"
@@ -106,6 +109,26 @@ TEST(SymbolList, LetsTheDriverFindTheWholeDemoPlant)
     PassVarName_2(&symbols);
     for (const project::CyclicLabel& cyclic : project->cyclic)
         expectAgreement(*project, cyclic.label);
+}
+
+/// values/ knows the driver's type codes by number: it uses nothing of the driver.
+TEST(SymbolList, TypesHaveTheCodesOfTheDriversHeader)
+{
+    const std::map<std::string, int> codes = {
+        {"BOOL", PLC_TYPE_BOOL},   {"BYTE", PLC_TYPE_BYTE},     {"SINT", PLC_TYPE_SINT},
+        {"USINT", PLC_TYPE_USINT}, {"INT", PLC_TYPE_INT},       {"UINT", PLC_TYPE_UINT},
+        {"WORD", PLC_TYPE_WORD},   {"DINT", PLC_TYPE_DINT},     {"UDINT", PLC_TYPE_UDINT},
+        {"REAL", PLC_TYPE_REAL},   {"DWORD", PLC_TYPE_DWORD},   {"TIME", PLC_TYPE_DWORD},
+        {"LREAL", PLC_TYPE_LREAL}, {"LINT", PLC_TYPE_LWORD},    {"ULINT", PLC_TYPE_LWORD},
+        {"LWORD", PLC_TYPE_LWORD}, {"STRING", PLC_TYPE_STRING}, {"WSTRING", PLC_TYPE_WSTRING},
+        {"BIT", PLC_TYPE_BIT}};
+    size_t types = 0;
+    for (const values::IecType* type = values::iecTypes(); type->name; ++type, ++types) {
+        const auto code = codes.find(type->name);
+        ASSERT_NE(codes.end(), code) << type->name;
+        EXPECT_EQ(code->second, type->code) << type->name;
+    }
+    EXPECT_EQ(codes.size(), types);
 }
 
 } // namespace
