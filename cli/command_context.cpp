@@ -42,6 +42,16 @@ int inContext(const ProjectOptions& options,
     return context ? carryOut(*context) : usageError(context.error());
 }
 
+int withDriver(
+    const ProjectOptions& options,
+    const std::function<int(const CommandContext& context, host::DriverClaim driver)>& carryOut)
+{
+    return inContext(options, [&](const CommandContext& context) {
+        Expected<host::DriverClaim> driver = host::DriverClaim::take(context.driver);
+        return driver ? carryOut(context, std::move(*driver)) : usageError(driver.error());
+    });
+}
+
 int usageError(const Error& error)
 {
     complain(error.text);

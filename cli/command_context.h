@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "cli/command_options.h"
+#include "host/driver/driver_claim.h"
 #include "host/driver/driver_library.h"
 #include "setup/runtime_settings.h"
 
@@ -25,6 +26,11 @@ struct CommandContext {
 /// after complaining if something cannot be loaded.
 int inContext(const ProjectOptions& options,
               const std::function<int(const CommandContext& context)>& carryOut);
+
+/// The same for a command that has the driver to itself; an error where another has it.
+int withDriver(
+    const ProjectOptions& options,
+    const std::function<int(const CommandContext& context, host::DriverClaim driver)>& carryOut);
 
 /// Complains. Returns the exit code of wrong usage.
 int usageError(const Error& error);

@@ -4,12 +4,11 @@
 
 #include "options/command_line.h"
 #include "options/readers.h"
+#include "project/setting_limits.h"
 
 namespace plc::cli {
 namespace {
 
-constexpr int kHighestPort = 65535;
-constexpr int kHighestStation = 255;
 constexpr double kLongestRun = std::numeric_limits<int>::max(); // ms
 
 } // namespace
@@ -39,7 +38,7 @@ options::Table LinkOptions::table()
                {"--address HOST", "connect to this host instead of the project's address",
                 options::text(&address), options::kCompleteHost},
                {"--port N", "connect to this port instead of the project's",
-                options::integer(&port, 1, kHighestPort)},
+                options::integer(&port, 1, project::kHighestPort)},
                {"--timeout DURATION", "time limit for the connection and for each whole reply",
                 options::milliseconds(&timeout,
                                       {options::kMillisecond, options::kAboveZero, kLongestTime})},
@@ -98,8 +97,8 @@ options::Table CyclicOptions::table()
                 options::kCompleteNothing,
                 "Shortest time from one pass over all values to the next; 100ms if not given."},
                {"--station-off N", "start with station N switched off; may be repeated",
-                options::integers(&stationsOff, 0, kHighestStation), options::kCompleteNothing,
-                "Start with station `N` switched off; may be repeated."},
+                options::integers(&stationsOff, 0, project::kHighestStation),
+                options::kCompleteNothing, "Start with station `N` switched off; may be repeated."},
            } +
            LinkOptions::table();
 }

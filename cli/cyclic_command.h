@@ -12,8 +12,9 @@ namespace plc::cli {
 /// A command that reads values again and again until its time is over or the user ends it.
 class CyclicCommand : public LinkCommand {
 protected:
-    CyclicCommand(const CyclicOptions& options, const CommandContext& context)
-        : LinkCommand(options, context, options.cycleTime), m_options(options)
+    CyclicCommand(const CyclicOptions& options, const CommandContext& context,
+                  host::DriverClaim driver)
+        : LinkCommand(options, context, std::move(driver), options.cycleTime), m_options(options)
     {
         addObserver(&m_served);
     }
@@ -40,7 +41,7 @@ protected:
 
 private:
     /// Notes whether the PLC answered a request of ours with success.
-    class ServedReads : public LinkObserver {
+    class ServedReads : public host::RuntimeListener {
     public:
         bool hasAny() const { return m_hasAny; }
         void requestAnswered(const host::SentRequest& request, const host::Answer& answer,

@@ -35,8 +35,8 @@ void printParagraph(const QString& heading, const QString& text)
 
 int diagnose(const LinkOptions& options)
 {
-    return inContext(options, [&](const CommandContext& context) {
-        return DiagnoseCommand(options, context).execute();
+    return withDriver(options, [&](const CommandContext& context, host::DriverClaim driver) {
+        return DiagnoseCommand(options, context, std::move(driver)).execute();
     });
 }
 

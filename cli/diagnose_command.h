@@ -20,8 +20,9 @@ extern const Command kDiagnoseCommand;
 /// refuses is told.
 class DiagnoseCommand : public LinkCommand {
 public:
-    DiagnoseCommand(const LinkOptions& options, const CommandContext& context)
-        : LinkCommand(options, context), m_options(options)
+    DiagnoseCommand(const LinkOptions& options, const CommandContext& context,
+                    host::DriverClaim driver)
+        : LinkCommand(options, context, std::move(driver)), m_options(options)
     {
     }
 

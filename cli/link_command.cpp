@@ -10,10 +10,12 @@
 
 namespace plc::cli {
 
-LinkCommand::LinkCommand(const LinkOptions& options, const CommandContext& context, int cycleTime)
+LinkCommand::LinkCommand(const LinkOptions& options, const CommandContext& context,
+                         host::DriverClaim driver, int cycleTime)
     : m_options(options),
       m_context(context),
-      m_runtime(context.driver, context.runtimeSettings(cycleTime), context.project, &m_observers),
+      m_runtime(std::move(driver), context.runtimeSettings(cycleTime), context.project,
+                &m_observers),
       m_link(&m_runtime.session(), context.project.address, context.project.port)
 {
     if (options.trace)
@@ -84,7 +86,6 @@ QVector<host::DataPoint> LinkCommand::findPoints() const
             complain(point.error().text);
         return point.hasValue();
     };
-    QString error;
     project::LabelExpander expander(project());
     for (const QString& text : arguments()) {
         const Expected<QStringList> labels = expander.expand(text);

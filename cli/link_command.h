@@ -15,14 +15,14 @@ namespace plc::cli {
 ///
 /// It is the last observer of its runtime. What others are to hear beside it is added in the
 /// constructors; no class between this one and a command overrides what an observer hears.
-class LinkCommand : protected LinkObserver {
+class LinkCommand : protected host::RuntimeListener {
 public:
     /// Runs the command to its end. Returns the exit code.
     int execute();
 
 protected:
     /// `options` and `context` must outlive the command. `cycleTime` is that of the session.
-    LinkCommand(const LinkOptions& options, const CommandContext& context,
+    LinkCommand(const LinkOptions& options, const CommandContext& context, host::DriverClaim driver,
                 int cycleTime = kUsualCycleTime);
     ~LinkCommand() override = default;
 

@@ -7,16 +7,6 @@
 
 namespace plc::cli {
 
-/// One of those who hear what a runtime tells. Each overrides what it wants to hear.
-class LinkObserver : public host::RuntimeListener {
-public:
-    void linkChanged(host::LinkState, const QString&, int) override {}
-    void requestSent(const host::SentRequest&) override {}
-    void requestAnswered(const host::SentRequest&, const host::Answer&, const QByteArray&) override
-    {
-    }
-};
-
 /// Hands what a runtime tells on to its observers, in the order in which they were added.
 class LinkObservers : public host::RuntimeListener {
 public:

@@ -11,8 +11,8 @@ namespace plc::cli {
 /// again, until each was read once, and prints them.
 class OnceCommand : public LinkCommand {
 public:
-    OnceCommand(const RunOptions& options, const CommandContext& context)
-        : LinkCommand(options, context, options.cycleTime), m_options(options)
+    OnceCommand(const RunOptions& options, const CommandContext& context, host::DriverClaim driver)
+        : LinkCommand(options, context, std::move(driver), options.cycleTime), m_options(options)
     {
     }
 

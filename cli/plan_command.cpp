@@ -105,13 +105,13 @@ QString planJson(const char* kind, const host::ScanPlan& plan, const host::Netwo
     return line.text();
 }
 
-int planScan(const PlanOptions& options, const CommandContext& context)
+int planScan(const PlanOptions& options, const CommandContext& context, host::DriverClaim driver)
 {
     const QVector<host::DataPoint> points = cyclicPoints(context);
     if (points.isEmpty())
         return kExitUsage;
     const host::NetworkModel network{options.roundTrip, options.bandwidth};
-    host::ScanPlanner planner(context.driver, context.runtimeSettings(), points);
+    host::ScanPlanner planner(std::move(driver), context.runtimeSettings(), points);
     const host::ScanPlan asItIs = planner.plan(context.project.settings.maxReadBytes);
     const host::ScanPlan best = bestPlan(network, asItIs, &planner);
     if (options.json) {
@@ -131,8 +131,9 @@ int planScan(const PlanOptions& options, const CommandContext& context)
 
 int plan(const PlanOptions& options)
 {
-    return inContext(options,
-                     [&](const CommandContext& context) { return planScan(options, context); });
+    return withDriver(options, [&](const CommandContext& context, host::DriverClaim driver) {
+        return planScan(options, context, std::move(driver));
+    });
 }
 
 } // namespace

@@ -9,8 +9,8 @@ namespace {
 
 int read(const ReadOptions& options)
 {
-    return inContext(options, [&](const CommandContext& context) {
-        return ReadCommand(options, context).execute();
+    return withDriver(options, [&](const CommandContext& context, host::DriverClaim driver) {
+        return ReadCommand(options, context, std::move(driver)).execute();
     });
 }
 

@@ -22,8 +22,8 @@ extern const Command kReadCommand;
 /// `plc read`: reads labels once, all together.
 class ReadCommand : public LinkCommand {
 public:
-    ReadCommand(const ReadOptions& options, const CommandContext& context)
-        : LinkCommand(options, context), m_options(options)
+    ReadCommand(const ReadOptions& options, const CommandContext& context, host::DriverClaim driver)
+        : LinkCommand(options, context, std::move(driver)), m_options(options)
     {
     }
 

@@ -30,9 +30,9 @@ std::unique_ptr<TerminalTable> makeTable(const TableContext& context)
 int run(const RunOptions& options)
 {
     const RunDisplay display{options.interval, makeTable, false};
-    return inContext(options, [&](const CommandContext& context) {
-        return options.once ? OnceCommand(options, context).execute()
-                            : RunCommand(options, display, context).execute();
+    return withDriver(options, [&](const CommandContext& context, host::DriverClaim driver) {
+        return options.once ? OnceCommand(options, context, std::move(driver)).execute()
+                            : RunCommand(options, display, context, std::move(driver)).execute();
     });
 }
 

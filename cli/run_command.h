@@ -43,8 +43,8 @@ struct RunDisplay {
 class RunCommand : public CyclicCommand {
 public:
     RunCommand(const CyclicOptions& options, const RunDisplay& display,
-               const CommandContext& context)
-        : CyclicCommand(options, context), m_options(options), m_display(display)
+               const CommandContext& context, host::DriverClaim driver)
+        : CyclicCommand(options, context, std::move(driver)), m_options(options), m_display(display)
     {
     }
 

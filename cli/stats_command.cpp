@@ -5,8 +5,8 @@ namespace {
 
 int tellStatistics(const CyclicOptions& options)
 {
-    return inContext(options, [&](const CommandContext& context) {
-        return StatsCommand(options, context).execute();
+    return withDriver(options, [&](const CommandContext& context, host::DriverClaim driver) {
+        return StatsCommand(options, context, std::move(driver)).execute();
     });
 }
 

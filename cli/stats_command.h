@@ -18,15 +18,16 @@ extern const Command kStatsCommand;
 /// `plc stats`: keeps reading the cyclic values and tells how the link fares.
 class StatsCommand : public CyclicCommand {
 public:
-    StatsCommand(const CyclicOptions& options, const CommandContext& context)
-        : CyclicCommand(options, context), m_options(options)
+    StatsCommand(const CyclicOptions& options, const CommandContext& context,
+                 host::DriverClaim driver)
+        : CyclicCommand(options, context, std::move(driver)), m_options(options)
     {
         addObserver(&m_counter);
     }
 
 private:
     /// Counts what goes over the link.
-    class Counter : public LinkObserver {
+    class Counter : public host::RuntimeListener {
     public:
         void start() { m_clock.start(); }
         qint64 elapsed() const { return m_clock.elapsed(); }

@@ -7,7 +7,7 @@ namespace plc::cli {
 
 /// Prints frames on the standard error: the time, the direction (> to the PLC, < from it), the size
 /// and the bytes, and on a second line what they mean.
-class TracePrinter : public LinkObserver {
+class TracePrinter : public host::RuntimeListener {
 public:
     void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;
     void requestSent(const host::SentRequest& request) override;

@@ -39,8 +39,8 @@ std::unique_ptr<TerminalTable> makeTable(const TableContext& context)
 int watch(const WatchOptions& options)
 {
     const RunDisplay display{options.interval, makeTable, options.interval == 0};
-    return inContext(options, [&](const CommandContext& context) {
-        return RunCommand(options, display, context).execute();
+    return withDriver(options, [&](const CommandContext& context, host::DriverClaim driver) {
+        return RunCommand(options, display, context, std::move(driver)).execute();
     });
 }
 

@@ -9,8 +9,8 @@ namespace {
 
 int write(const LinkOptions& options)
 {
-    return inContext(options, [&](const CommandContext& context) {
-        return WriteCommand(options, context).execute();
+    return withDriver(options, [&](const CommandContext& context, host::DriverClaim driver) {
+        return WriteCommand(options, context, std::move(driver)).execute();
     });
 }
 

@@ -14,8 +14,9 @@ extern const Command kWriteCommand;
 /// `plc write`: writes values and reports what the PLC said to each of them.
 class WriteCommand : public LinkCommand {
 public:
-    WriteCommand(const LinkOptions& options, const CommandContext& context)
-        : LinkCommand(options, context), m_options(options)
+    WriteCommand(const LinkOptions& options, const CommandContext& context,
+                 host::DriverClaim driver)
+        : LinkCommand(options, context, std::move(driver)), m_options(options)
     {
     }
 

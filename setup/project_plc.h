@@ -48,7 +48,6 @@ private:
     // What stands first ends last.
     project::Project m_project;
     bool m_isReadOnly = false;
-    std::optional<host::DriverLibrary> m_library;
     std::unique_ptr<host::Runtime> m_runtime;
     std::unique_ptr<host::TcpLink> m_link;
 };

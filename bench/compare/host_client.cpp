@@ -46,7 +46,8 @@ public:
            bool labelsEach, Recorder* recorder)
         : m_work(work),
           m_recorder(recorder),
-          m_runtime(driver, setup::runtimeSettings(project.settings, 0), project, this),
+          m_runtime(*host::DriverClaim::take(driver), setup::runtimeSettings(project.settings, 0),
+                    project, this),
           m_link(&m_runtime.session(), project.address, project.port)
     {
         for (const QString& label : labelsOf(work, labelsEach)) {

@@ -60,7 +60,8 @@ project::Project parsed(const QByteArray& json)
 class Plant : private host::RuntimeListener {
 public:
     Plant(const host::DriverFunctions& driver, const project::Project& project, bool readsAll)
-        : m_runtime(driver, setup::runtimeSettings(project.settings, 0), project, this)
+        : m_runtime(*host::DriverClaim::take(driver), setup::runtimeSettings(project.settings, 0),
+                    project, this)
     {
         for (int i = 0; i < kCyclicValues; ++i) {
             const Expected<host::DataPoint> point =

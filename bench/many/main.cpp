@@ -37,8 +37,18 @@ double ownProcessorMs()
     return ms(usage.ru_utime) + ms(usage.ru_stime);
 }
 
+/// Ends with a message as soon as one is.
+void requireNoneWrong(const Plants& plants)
+{
+    for (size_t i = 0; i < plants.size(); ++i) {
+        if (const int wrong = plants[i]->wrongValues())
+            qFatal("plant %d shows %d wrong values as good", int(i), wrong);
+    }
+}
+
 bool allGood(const Plants& plants)
 {
+    requireNoneWrong(plants);
     for (const std::unique_ptr<Plant>& plant : plants) {
         if (plant->goodValues() < kValues)
             return false;
@@ -52,6 +62,7 @@ bool failAndReturn(const Plants& plants, Simulators* simulators)
     const int failing = int(QRandomGenerator::global()->bounded(kPlants));
     int mostBad = 0;
     const auto count = [&] {
+        requireNoneWrong(plants);
         int bad = 0;
         for (int i = 0; i < kPlants; ++i)
             bad += i != failing && plants[size_t(i)]->goodValues() < kValues ? 1 : 0;
@@ -94,12 +105,13 @@ int run(const char* program)
         const auto copy = host::DriverLibrary::loadCopy(QStringLiteral(PLC_LIBRARY));
         if (!copy)
             qFatal("%s", qPrintable(copy.error().text));
-        plants.push_back(std::make_unique<Plant>(*copy, symbols, simulators.port(i)));
+        plants.push_back(std::make_unique<Plant>(*copy, symbols, i, simulators.port(i)));
     }
     runUntil(
         "all values are good", [&plants] { return allGood(plants); }, kPatience);
     const double processorBefore = ownProcessorMs();
     runFor(1000 * kMeasuredSeconds);
+    requireNoneWrong(plants);
     const double processor = (ownProcessorMs() - processorBefore) / kMeasuredSeconds / kPlants;
     const double memory = (privateKib(QCoreApplication::applicationPid()) - memoryBefore) / kPlants;
     bool isMet = printFigure("private memory of a plant", memory, kMostMemory, "KiB");

@@ -1,5 +1,6 @@
 #include "plant.h"
 
+#include "host/points/value_codec.h"
 #include "project/symbol_builder.h"
 #include "simulators.h"
 
@@ -26,9 +27,10 @@ project::Symbols plantSymbols()
                 .build();
 }
 
-Plant::Plant(const host::DriverLibrary& copy, const project::Symbols& symbols, quint16 port)
-    : m_library(copy),
-      m_runtime(m_library.functions(), everySecond(), symbols, &m_listener),
+Plant::Plant(const host::DriverLibrary& copy, const project::Symbols& symbols, int number,
+             quint16 port)
+    : m_number(number),
+      m_runtime(*copy.take(), everySecond(), symbols, &m_listener),
       m_link(&m_runtime.session(), QStringLiteral("127.0.0.1"), port)
 {
     m_runtime.readCyclically(points(), m_link.now());
@@ -47,15 +49,32 @@ QVector<host::DataPoint> Plant::points() const
     return points;
 }
 
+bool Plant::isGood(int row) const
+{
+    return m_runtime.values().reading(row, m_link.now()).state == host::ValueState::Good;
+}
+
+bool Plant::isRight(int row) const
+{
+    const host::ValueTable& table = m_runtime.values();
+    return host::decodeValue(table.point(row), table.bytes(row)) ==
+           values::Value(valueOf(m_number, row));
+}
+
 int Plant::goodValues() const
 {
     int good = 0;
-    for (int row = 0; row < m_runtime.values().size(); ++row) {
-        const bool isGood =
-            m_runtime.values().reading(row, m_link.now()).state == host::ValueState::Good;
-        good += isGood ? 1 : 0;
-    }
+    for (int row = 0; row < m_runtime.values().size(); ++row)
+        good += isGood(row) && isRight(row) ? 1 : 0;
     return good;
+}
+
+int Plant::wrongValues() const
+{
+    int wrong = 0;
+    for (int row = 0; row < m_runtime.values().size(); ++row)
+        wrong += isGood(row) && !isRight(row) ? 1 : 0;
+    return wrong;
 }
 
 } // namespace plc::bench

@@ -7,12 +7,25 @@ namespace {
 
 constexpr int kPatience = 30000; // ms
 
-QByteArray plantJson()
+/// What the value `i` of each tank is.
+QByteArray valuesOfTanks(int plant, int i)
+{
+    QByteArray values;
+    for (int tank = 0; tank < kTanks; ++tank) {
+        const float value = valueOf(plant, kValuesOfTank * tank + i);
+        values += (tank > 0 ? ", " : "") + QByteArray::number(int(value));
+    }
+    return values;
+}
+
+QByteArray plantJson(int plant)
 {
     QByteArray members;
     for (int i = 0; i < kValuesOfTank; ++i) {
         members += (i > 0 ? ", " : "") + QByteArray("{\"name\": \"v") + QByteArray::number(i) +
-                   "\", \"type\": \"REAL\", \"offset\": " + QByteArray::number(4 * i) + "}";
+                   "\", \"type\": \"REAL\", \"offset\": " + QByteArray::number(4 * i) +
+                   ", \"signal\": {\"kind\": \"constant\", \"value\": [" + valuesOfTanks(plant, i) +
+                   "]}}";
     }
     return "{\"name\": \"Plant\", \"areas\": [{\"index\": 1, \"size\": 1024}], \"structures\": ["
            "{\"name\": \"Tank\", \"size\": " +
@@ -24,17 +37,20 @@ QByteArray plantJson()
 
 } // namespace
 
-Simulators::Simulators(int count)
-    : m_project(m_folder.filePath(QStringLiteral("plant.json"))),
-      m_processes(size_t(count)),
-      m_ports(size_t(count), 0)
+Simulators::Simulators(int count) : m_processes(size_t(count)), m_ports(size_t(count), 0)
 {
-    QFile file(m_project);
-    if (!file.open(QIODevice::WriteOnly) || file.write(plantJson()) < 0)
-        qFatal("cannot write %s", qPrintable(m_project));
-    file.close();
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
+        QFile file(projectFile(i));
+        if (!file.open(QIODevice::WriteOnly) || file.write(plantJson(i)) < 0)
+            qFatal("cannot write %s", qPrintable(file.fileName()));
+        file.close();
         start(i);
+    }
+}
+
+QString Simulators::projectFile(int index) const
+{
+    return m_folder.filePath(QStringLiteral("plant%1.json").arg(index));
 }
 
 Simulators::~Simulators()
@@ -55,7 +71,7 @@ void Simulators::start(int index)
     process->setStandardErrorFile(QProcess::nullDevice());
     process->start(QStringLiteral(PLC_SIMULATOR),
                    {QStringLiteral("--port"), QString::number(m_ports[size_t(index)]),
-                    QStringLiteral("--quiet"), m_project});
+                    QStringLiteral("--quiet"), projectFile(index)});
     QByteArray line;
     while (!line.endsWith('\n') && process->waitForReadyRead(kPatience))
         line += process->readLine();

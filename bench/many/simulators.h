@@ -15,6 +15,12 @@ constexpr int kValuesOfTank = 7;
 constexpr int kValues = kTanks * kValuesOfTank;
 constexpr int kTankBytes = 4 * kValuesOfTank;
 
+/// What a value of a plant is, from the first value of the first tank on; no two are the same.
+constexpr float valueOf(int plant, int row)
+{
+    return float(1000 * plant + row + 1);
+}
+
 /// Simulated PLCs, each a process of its own, with a plant of kValues values.
 class Simulators {
 public:
@@ -28,8 +34,9 @@ public:
     void start(int index);
 
 private:
+    QString projectFile(int index) const;
+
     QTemporaryDir m_folder;
-    QString m_project;
     std::vector<std::unique_ptr<QProcess>> m_processes;
     std::vector<quint16> m_ports;
 };

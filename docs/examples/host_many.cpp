@@ -16,11 +16,11 @@ using namespace plc;
 
 namespace {
 
-/// One PLC. What stands first ends last: the link, then the runtime, then the library.
+/// One PLC. What stands first ends last: the link, then the runtime, with it the copy of the
+/// driver.
 struct Plant {
-    Plant(const host::DriverLibrary& copy, const project::Symbols& symbols, quint16 port)
-        : library(copy),
-          runtime(library.functions(), everySecond(), symbols, &listener),
+    Plant(host::DriverClaim driver, const project::Symbols& symbols, quint16 port)
+        : runtime(std::move(driver), everySecond(), symbols, &listener),
           link(&runtime.session(), "127.0.0.1", port)
     {
         runtime.readCyclically({*runtime.points().find("TANK.level")}, link.now());
@@ -39,7 +39,6 @@ struct Plant {
         return runtime.values().reading(0, link.now()).state == host::ValueState::Good;
     }
 
-    host::DriverLibrary library;
     host::RuntimeListener listener;
     host::Runtime runtime;
     host::TcpLink link;
@@ -57,7 +56,8 @@ int main(int argc, char** argv) // host_many DRIVER PORT...
         const auto copy = host::DriverLibrary::loadCopy(QString::fromLocal8Bit(argv[1]));
         if (!copy)
             qFatal("%s", qPrintable(copy.error().text));
-        plants.push_back(std::make_unique<Plant>(*copy, *symbols, QByteArray(argv[i]).toUShort()));
+        plants.push_back(
+            std::make_unique<Plant>(*copy->take(), *symbols, QByteArray(argv[i]).toUShort()));
     }
     QTimer show;
     QObject::connect(&show, &QTimer::timeout, [&plants] {

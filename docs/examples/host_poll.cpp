@@ -43,7 +43,7 @@ int main(int, char** argv) // host_poll DRIVER PORT
     host::RuntimeSettings settings;
     settings.times.cycleTime = 1000;
     host::RuntimeListener listener;
-    host::Runtime runtime(library->functions(), settings, *symbols, &listener);
+    host::Runtime runtime(*library->take(), settings, *symbols, &listener);
     const host::DataPoint level = *runtime.points().find("TANK.level");
     runtime.readCyclically({level}, now());
     host::Session& session = runtime.session();

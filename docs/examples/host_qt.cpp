@@ -20,7 +20,7 @@ int main(int argc, char** argv) // host_qt DRIVER PORT
     host::RuntimeSettings settings;
     settings.times.cycleTime = 1000;
     host::RuntimeListener listener;
-    host::Runtime runtime(library->functions(), settings, *symbols, &listener);
+    host::Runtime runtime(*library->take(), settings, *symbols, &listener);
     host::TcpLink link(&runtime.session(), "127.0.0.1", QByteArray(argv[2]).toUShort());
     const host::DataPoint level = *runtime.points().find("TANK.level");
     runtime.readCyclically({level}, link.now());

@@ -38,7 +38,7 @@ import sys
 import time
 import urllib.parse
 import uuid
-from typing import Any, Iterable, Iterator, List, NamedTuple, Optional, Tuple
+from typing import Any, Callable, Iterable, Iterator, List, NamedTuple, Optional, Tuple
 
 API = "/api/v1"
 WIDE_TYPES = ("LINT", "ULINT", "LWORD")  # come and go as texts of digits
@@ -51,10 +51,17 @@ NOT_TOLD = (408, 410, 412)
 class PanelError(Exception):
     """The server refused a request (status), or could not be reached (status is None)."""
 
-    def __init__(self, text: str, status: Optional[int] = None, retry_after: Optional[float] = None):
+    def __init__(
+        self,
+        text: str,
+        status: Optional[int] = None,
+        retry_after: Optional[float] = None,
+        labels: Iterable[str] = (),
+    ):
         super().__init__(text)
         self.status = status
         self.retry_after = retry_after
+        self.labels = list(labels)  # those of a question of the past that lead to nothing
 
     @property
     def was_refused(self) -> bool:
@@ -68,6 +75,7 @@ class Value(NamedTuple):
     value: Any
     quality: str  # "good", "stale" or "bad"
     time: Optional[float]  # when the PLC was asked for it; None: it was never read
+    error: str = ""  # why there is no such value
 
 
 class Confirmed(NamedTuple):
@@ -137,16 +145,18 @@ class Panel:
         password: Optional[str] = None,
         certificate: Optional[str] = None,
         timeout: float = 30.0,
+        token: Optional[str] = None,
     ):
         """`where` is "http://HOST:PORT", "https://HOST:PORT" or "unix:PATH"; `certificate` a PEM
         file by which an https server is recognised, in place of the system's authorities. With a
-        user, the first request logs in, and so does one after the session has ended."""
+        user, the first request logs in, and so does one after the session has ended. A `token`
+        that was made for the program needs no login."""
         self._where = where
         self._user = user
         self._password = password
         self._certificate = certificate
         self._timeout = timeout
-        self._token: Optional[str] = None
+        self._token = token
         self._idle: Optional[http.client.HTTPConnection] = None
 
     def close(self) -> None:
@@ -194,7 +204,8 @@ class Panel:
     # Values
 
     def read(self, plc: str, *labels: str) -> List[Value]:
-        """What is known of these values now; those that nobody reads are read once."""
+        """What is known of these values now; those that nobody reads are read once. A label that
+        makes no sense has an error."""
         answer = self.get("/values", plc=plc, label=labels)
         return [_value(value) for value in answer["values"]]
 
@@ -234,7 +245,8 @@ class Panel:
     def subscribe(self, values: Iterable[Tuple[str, str]] = (), alarms: bool = True) -> Iterator:
         """Events without end: Value for each change of these (plc, label), Confirmed, Link, Alarm.
         When the connection is lost there is one Lost; when it is back, all values are told again.
-        Ends with PanelError where the server refuses it."""
+        A label that makes no sense comes once each time, as a Value with an error. Ends with
+        PanelError where the server refuses it."""
         wanted = list(values)
         wait = 0.5
         while True:
@@ -263,23 +275,38 @@ class Panel:
             subscription = self._request("POST", "/subscriptions", body)
             rows = subscription["values"]
             path += "?" + urllib.parse.urlencode({"subscription": subscription["id"]})
+        connection, response = self._logged_in(lambda: self._open_stream(path))
+        try:
+            yield from (_mistaken(row) for row in rows if "error" in row)
+            for name, data in _events(response):
+                yield from _decoded(name, data, rows)
+        finally:
+            connection.close()
+
+    def _open_stream(self, path: str) -> tuple:
         connection = self._connection(SILENCE)
         try:
             connection.request("GET", path, headers=self._headers({"Accept": "text/event-stream"}))
             response = connection.getresponse()
             if response.status != 200:
                 _raise_refusal(response, response.read())
-            for name, data in _events(response):
-                yield from _decoded(name, data, rows)
-        finally:
+        except BaseException:
             connection.close()
+            raise
+        return connection, response
 
     # The past
 
     def history(
         self, plc: str, labels: Iterable[str], start: float, end: float, points: int = 1000
     ) -> List[dict]:
-        """One series for each label, as docs/panel-api.md has them; times in ms."""
+        """One series for each label, as docs/panel-api.md has them; times in ms.
+
+        A value that the PLC has and that was never recorded has "recorded": False; "recordedOf" names
+        PLCs that there are no more by whose names there is something. For labels that neither have,
+        PanelError names them in its labels. Of averages "coverage" is the part of each step that is
+        known, and "qualities" what held in the rest.
+        """
         return self.get(
             "/history", plc=plc, label=list(labels), **_span(start, end), points=points
         )["series"]
@@ -328,15 +355,19 @@ class Panel:
         return self._request("GET", path, query=query)
 
     def _request(self, method: str, path: str, body: Any = None, query: Any = None) -> Any:
+        return self._logged_in(lambda: self._once(method, path, body, query))
+
+    def _logged_in(self, ask: Callable[[], Any]) -> Any:
+        """Asks after a login where one is needed, or turns out to be."""
         if self._user and not self._token:
             self.login()
         try:
-            return self._once(method, path, body, query)
+            return ask()
         except PanelError as error:
             if error.status != 401 or not self._user:
                 raise
         self.login()
-        return self._once(method, path, body, query)
+        return ask()
 
     def _once(self, method: str, path: str, body: Any = None, query: Any = None) -> Any:
         target = API + path
@@ -398,12 +429,15 @@ class Panel:
 
 
 def _raise_refusal(response: http.client.HTTPResponse, content: bytes) -> None:
+    labels: List[str] = []
     try:
-        text = json.loads(content)["error"]
+        body = json.loads(content)
+        text = body["error"]
+        labels = body.get("labels", [])
     except (ValueError, KeyError, TypeError):
         text = response.reason
     after = response.getheader("Retry-After", "")
-    raise PanelError(text, response.status, float(after) if after.isdigit() else None)
+    raise PanelError(text, response.status, float(after) if after.isdigit() else None, labels)
 
 
 def _span(start: float, end: float) -> dict:
@@ -442,7 +476,18 @@ def _decoded_value(value: Any, type_text: str) -> Any:
 
 def _value(found: dict) -> Value:
     value = _decoded_value(found["value"], found.get("type") or "")
-    return Value(found["plc"], found["label"], value, found["quality"], _seconds(found["time"]))
+    return Value(
+        found["plc"],
+        found["label"],
+        value,
+        found["quality"],
+        _seconds(found["time"]),
+        found.get("error", ""),
+    )
+
+
+def _mistaken(row: dict) -> Value:
+    return Value(row["plc"], row["label"], None, "stale", None, row["error"])
 
 
 def _outcome(found: dict) -> Outcome:
@@ -509,8 +554,13 @@ def _run(panel: Panel, arguments: argparse.Namespace) -> int:
         for symbol in panel.symbols(arguments.plc, "".join(arguments.rest)):
             print(symbol["label"], symbol["type"], symbol.get("unit") or "")
     elif arguments.command == "read":
-        for value in panel.read(arguments.plc, *arguments.rest):
-            print(value.label, json.dumps(value.value), value.quality)
+        values = panel.read(arguments.plc, *arguments.rest)
+        for value in values:
+            if value.error:
+                print(f"{value.label}: {value.error}", file=sys.stderr)
+            else:
+                print(value.label, json.dumps(value.value), value.quality)
+        return 1 if any(value.error for value in values) else 0
     elif arguments.command == "write":
         label, value = arguments.rest
         outcome = panel.write(arguments.plc, label, json.loads(value))
@@ -528,7 +578,8 @@ def main() -> int:
     commands = ["plcs", "symbols", "read", "write", "watch", "history"]
     parser = argparse.ArgumentParser(description="Values of PLCs through plc-panel.")
     parser.add_argument("--panel", default="http://127.0.0.1:8080", metavar="WHERE")
-    parser.add_argument("--user", help="the password is in PLC_PANEL_PASSWORD, or asked for")
+    parser.add_argument("--user", help="the password is in PLC_PANEL_PASSWORD, or asked for; "
+        "without a user PLC_PANEL_TOKEN may hold a token")
     parser.add_argument("--certificate", metavar="FILE")
     parser.add_argument("command", choices=commands)
     parser.add_argument("plc", nargs="?", default="")
@@ -537,7 +588,8 @@ def main() -> int:
     password = os.environ.get("PLC_PANEL_PASSWORD")
     if arguments.user and password is None:
         password = getpass.getpass()
-    panel = Panel(arguments.panel, arguments.user, password, arguments.certificate)
+    token = None if arguments.user else os.environ.get("PLC_PANEL_TOKEN")
+    panel = Panel(arguments.panel, arguments.user, password, arguments.certificate, token=token)
     try:
         return _run(panel, arguments)
     except PanelError as error:

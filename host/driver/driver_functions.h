@@ -24,6 +24,8 @@ struct DriverFunctions {
     decltype(&::DataCom) dataCom = nullptr;
     decltype(&::GetRegisterData) getRegisterData = nullptr;
     decltype(&::SetRegisterData) setRegisterData = nullptr;
+    /// The driver's LB, a word that it carries for its host and never looks at. See DriverClaim.
+    void** hostWord = nullptr;
 };
 
 } // namespace plc::host

@@ -45,6 +45,7 @@ DriverFunctions resolveAll(Resolver* resolver)
     resolver->resolve("SetComInfo", &functions.setComInfo);
     resolver->resolve("RegistCallBackFuncIntf", &functions.registCallBackFuncIntf);
     resolver->resolve("FlashLocalRegister", &functions.flashLocalRegister);
+    resolver->resolve("LB", &functions.hostWord);
     resolver->resolve("QueryFinishFlag", &functions.queryFinishFlag);
     resolver->resolve("EnCommStation", &functions.enCommStation);
     resolver->resolve("EnableEthernet", &functions.enableEthernet);
@@ -83,36 +84,36 @@ QString whatToGive()
         .arg(QLatin1String(kFileName));
 }
 
-/// Why the library at `path` must not be loaded into this program; empty when it may be. Host and
-/// driver hand Qt's values to each other: with another Qt these are read wrongly, and the loading
-/// alone brings a second Qt into the process. So the file is asked, before any of it is loaded.
-QString reasonNotToLoad(const QString& path)
+/// An error says why the library at `path` must not be loaded into this program. Host and driver
+/// hand Qt's values to each other: with another Qt these are read wrongly, and the loading alone
+/// brings a second Qt into the process. So the file is asked, before any of it is loaded.
+Expected<void> checkLoadable(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return QStringLiteral("cannot load the driver library %1: %2; %3")
-            .arg(path, file.errorString(), whatToGive());
+        return Error{QStringLiteral("cannot load the driver library %1: %2; %3")
+                         .arg(path, file.errorString(), whatToGive())};
     const std::optional<QStringList> libraries = neededLibraries(&file);
     if (!libraries)
-        return QStringLiteral(
-                   "cannot load the driver library %1: it is no shared library for "
-                   "this program, or it is damaged; %2")
-            .arg(path, whatToGive());
+        return Error{
+            QStringLiteral("cannot load the driver library %1: it is no shared library for "
+                           "this program, or it is damaged; %2")
+                .arg(path, whatToGive())};
     const std::optional<int> qt = qtMajorAmong(*libraries);
     if (!qt)
-        return QStringLiteral(
-                   "cannot tell for which Qt %1 was built: it is linked with no Qt Core "
-                   "library, or with several; %2")
-            .arg(path, whatToGive());
+        return Error{
+            QStringLiteral("cannot tell for which Qt %1 was built: it is linked with no Qt Core "
+                           "library, or with several; %2")
+                .arg(path, whatToGive())};
     if (*qt != QT_VERSION_MAJOR)
-        return QStringLiteral(
-                   "the driver library %1 was built for Qt %2, and this program uses "
-                   "Qt %3; %4")
-            .arg(path)
-            .arg(*qt)
-            .arg(QT_VERSION_MAJOR)
-            .arg(whatToGive());
-    return QString();
+        return Error{
+            QStringLiteral("the driver library %1 was built for Qt %2, and this program uses "
+                           "Qt %3; %4")
+                .arg(path)
+                .arg(*qt)
+                .arg(QT_VERSION_MAJOR)
+                .arg(whatToGive())};
+    return {};
 }
 
 Error notLoaded(const QString& path, const QString& reason)
@@ -181,9 +182,8 @@ private:
 
 Expected<DriverLibrary> DriverLibrary::load(const QString& path)
 {
-    const QString reason = reasonNotToLoad(path);
-    if (!reason.isEmpty())
-        return Error{reason};
+    if (const Expected<void> isLoadable = checkLoadable(path); !isLoadable)
+        return isLoadable.error();
     // The whole path: of a bare name the loader would look for a file elsewhere.
     const QByteArray file = QFile::encodeName(QFileInfo(path).absoluteFilePath());
     void* library = ::dlopen(file.constData(), RTLD_NOW | RTLD_LOCAL);
@@ -194,9 +194,8 @@ Expected<DriverLibrary> DriverLibrary::load(const QString& path)
 
 Expected<DriverLibrary> DriverLibrary::loadCopy(const QString& path)
 {
-    const QString reason = reasonNotToLoad(path);
-    if (!reason.isEmpty())
-        return Error{reason};
+    if (const Expected<void> isLoadable = checkLoadable(path); !isLoadable)
+        return isLoadable.error();
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return notLoaded(path, file.errorString());
@@ -234,6 +233,14 @@ Expected<DriverLibrary> DriverLibrary::resolved(std::shared_ptr<Handle> handle, 
 const DriverFunctions& DriverLibrary::functions() const
 {
     return m_handle->functions;
+}
+
+Expected<DriverClaim> DriverLibrary::take() const
+{
+    Expected<DriverClaim> claim = DriverClaim::take(m_handle->functions);
+    if (claim)
+        claim->m_library = m_handle;
+    return claim;
 }
 
 Expected<QString> findDriver(const QString& requested, const QString& programFolder)

@@ -5,20 +5,21 @@
 
 #include <memory>
 
+#include "host/driver/driver_claim.h"
 #include "host/driver/driver_functions.h"
 #include "values/expected.h"
 #include "values/export.h"
 
 namespace plc::host {
 
-/// A loaded driver library. It holds all of one PLC's state: lists, image and login; so it serves
-/// one runtime at a time, and each further PLC of a process needs a copy of its own.
+/// A loaded driver library. It holds all of one PLC's state: lists, image and login; so one at a
+/// time takes it, and each further PLC of a process needs a copy of its own.
 ///
 /// 1. Nothing of a library that was built for another Qt than this program is loaded or run.
-/// 2. What load() gives is one library for all who load the same file, and stays loaded until the
-///    process ends.
+/// 2. What load() gives is one library for all who load the same file, of whom one can have taken
+///    it. It stays loaded until the process ends.
 /// 3. What loadCopy() gives shares nothing with any other. It is unloaded together with the last
-///    DriverLibrary that stands for it; by then every runtime that uses it has ended.
+///    DriverLibrary that stands for it, or the claim on it if that ends later.
 /// 4. A copy keeps one file descriptor open, closed on exec, where the system has memory files;
 ///    else none.
 ///
@@ -32,7 +33,12 @@ public:
     /// a temporary file that is gone when this returns. So the file system may be read-only.
     static Expected<DriverLibrary> loadCopy(const QString& path);
 
-    /// Valid as long as the library is loaded.
+    /// For a runtime. An error when the library is taken: by a runtime that has not ended, or
+    /// through another DriverLibrary of the same file.
+    Expected<DriverClaim> take() const;
+
+    /// Valid as long as the library is loaded. For what needs no PLC; to use more of a library than
+    /// that is to take it.
     const DriverFunctions& functions() const;
 
 private:

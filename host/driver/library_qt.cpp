@@ -120,7 +120,7 @@ std::optional<int> qtMajorAmong(const QStringList& libraries)
 {
     // libQt5Core.so.5 and libQt6Core.so.6; in Qt 4 only the version tells: libQtCore.so.4. Qt may
     // have been built with a name of the panel maker's behind "Core".
-    static const QRegularExpression core(QStringLiteral("^libQt\\d*Core[^.]*\\.so\\.(\\d+)$"));
+    const QRegularExpression core(QStringLiteral("^libQt\\d*Core[^.]*\\.so\\.(\\d+)$"));
     QSet<int> majors;
     for (const QString& library : libraries) {
         const QRegularExpressionMatch match = core.match(library);

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 #include "host/points/value_layout.h"
 #include "host/runtime/cyclic_reads.h"
 #include "host/wire/read_limits.h"
+#include "project/setting_limits.h"
 #include "project/value_limits.h"
 
 namespace plc::host {
@@ -19,10 +21,8 @@ constexpr int kLoginReplySize = kFrameHeaderSize + 200;
 
 /// The driver merges nothing.
 constexpr int kSmallestEntry = 1;
-/// An entry takes a reply of its own from this size on; larger ones are tried in steps.
-constexpr int kShortestLongEntry = 1000;
+/// Beyond those that share a request, sizes are tried in such steps.
 constexpr double kStep = 1.1;
-constexpr int kLongestEntry = 65528;
 
 /// Scans count as equally fast when they differ by less.
 constexpr double kTolerance = 0.01;
@@ -91,9 +91,12 @@ double gapShare(const ScanPlan& plan)
     return plan.memoryBytes == 0 ? 0 : double(plan.gapBytes) / double(plan.memoryBytes);
 }
 
-ScanPlanner::ScanPlanner(const DriverFunctions& driver, const RuntimeSettings& settings,
+ScanPlanner::ScanPlanner(DriverClaim driver, const RuntimeSettings& settings,
                          const QVector<DataPoint>& points)
-    : m_driver(driver), m_points(points), m_settings(planningSettings(settings))
+    : m_claim(std::move(driver)),
+      m_driver(m_claim.functions()),
+      m_points(points),
+      m_settings(planningSettings(settings))
 {
     for (const Span& span : coverage(points, false))
         m_valueBytes += span.size();
@@ -184,16 +187,16 @@ QVector<int> ScanPlanner::candidates() const
         sizes.append(PLC_REQUEST_BUDGET / entries - PLC_READ_ENTRY_OVERHEAD);
     for (int size = kSmallestEntry; size < sizes.last(); size *= 2)
         sizes.append(size);
-    double longSize = kShortestLongEntry;
-    while (longSize < kLongestEntry) {
+    double longSize = kLongestSharedEntry;
+    while (longSize < project::kMostReadBytes) {
         sizes.append(int(longSize));
         longSize *= kStep;
     }
     for (const Span& span : coverage(m_points, true)) {
-        if (span.size() <= kLongestEntry)
+        if (span.size() <= project::kMostReadBytes)
             sizes.append(int(span.size()));
     }
-    sizes.append(kLongestEntry);
+    sizes.append(project::kMostReadBytes);
     std::sort(sizes.begin(), sizes.end());
     sizes.erase(std::unique(sizes.begin(), sizes.end()), sizes.end());
     sizes.erase(std::remove_if(sizes.begin(), sizes.end(),

@@ -5,7 +5,7 @@
 
 #include <functional>
 
-#include "host/driver/driver_functions.h"
+#include "host/driver/driver_claim.h"
 #include "host/points/data_point.h"
 #include "host/runtime/runtime_settings.h"
 #include "host/runtime/scan_layout.h"
@@ -42,16 +42,14 @@ PLC_HOST_EXPORT double gapShare(const ScanPlan& plan);
 /// Plans scans with the layout that a runtime uses and with the driver itself: hands it the entries
 /// and answers its requests with zeros.
 ///
-/// 1. The driver library serves one planner or one runtime at a time: the driver has the planner's
-///    settings as long as the planner lives.
+/// 1. A driver library serves one planner or one runtime at a time, which has taken it.
 /// 2. A plan begins with an empty cyclic list and ends without a request under way; the list is
-/// empty
-///    again when the planner has gone.
+///    empty again when the planner has gone.
 /// 3. A plan depends on the values and `maxReadBytes` alone, not on the plans before it.
 class PLC_HOST_EXPORT ScanPlanner {
 public:
-    /// The driver must have the symbols of the values. It must outlive the planner.
-    ScanPlanner(const DriverFunctions& driver, const RuntimeSettings& settings,
+    /// The driver must have the symbols of the values.
+    ScanPlanner(DriverClaim driver, const RuntimeSettings& settings,
                 const QVector<DataPoint>& points);
     ~ScanPlanner();
     ScanPlanner(const ScanPlanner&) = delete;
@@ -74,6 +72,7 @@ private:
     void clearList();
     void answer(int replySize);
 
+    const DriverClaim m_claim;
     const DriverFunctions& m_driver;
     const QVector<DataPoint> m_points;
     ComInfo m_settings;

@@ -86,9 +86,10 @@ RW_VAR inStepRead(FrameEntry place, const Session& session, const ComInfo& setti
 
 } // namespace
 
-Runtime::Runtime(const DriverFunctions& driver, const RuntimeSettings& settings,
+Runtime::Runtime(DriverClaim driver, const RuntimeSettings& settings,
                  const project::Symbols& symbols, RuntimeListener* listener)
-    : m_driver(driver),
+    : m_claim(std::move(driver)),
+      m_driver(m_claim.functions()),
       m_listener(listener),
       m_settings(driverSettings(settings, m_reports.hostTag())),
       m_staleAfter(settings.staleAfter),
@@ -107,7 +108,7 @@ Runtime::Runtime(const DriverFunctions& driver, const RuntimeSettings& settings,
 Runtime::~Runtime()
 {
     // The listener may be ending, too; this one has nothing that threads could share.
-    static RuntimeListener silent;
+    RuntimeListener silent;
     m_listener = &silent;
     // The driver forgets what it has queued, and the next runtime on it finds nothing of this one.
     m_session.stop();
@@ -117,6 +118,19 @@ Runtime::~Runtime()
         m_linkDownReason = QStringLiteral("the host has ended");
     }
     settleAll(m_linkDownReason);
+    leaveDriver();
+}
+
+/// The session has emptied the lists of writes and one-shot reads already.
+void Runtime::leaveDriver()
+{
+    QList<HostVarItem> nothing;
+    m_driver.reCreatReadVarList(&nothing);
+    m_driver.enCommStation(PLC_ALL_STATIONS, PLC_STATION_ON);
+    // A scope cannot be taken away from the driver, but replaced by one that has nothing.
+    for (Label_Type_Info& scope : m_symbols)
+        scope.typeDef.clear();
+    m_driver.passVarName2(&m_symbols);
     m_driver.registCallBackFuncIntf(nullptr, nullptr);
     m_driver.setComInfo(nullptr);
 }
@@ -153,18 +167,10 @@ void Runtime::write(const DataPoint& point, const QVector<values::Value>& values
     Write write;
     write.tag = ++m_lastTag;
     write.point = point;
-    write.buffer = encodeValues(point, values);
-    write.pieces = writePieces(point, write.buffer.wireBytes);
-    write.settled = std::move(settled);
+    if (settled)
+        write.settled = std::move(settled);
     ++m_openWrites;
-    QString reason = m_isReadOnly ? readOnlyText() : obstacle(point.station);
-    if (reason.isEmpty() && write.pieces.size() > PLC_LIST_LIMIT) {
-        reason = QStringLiteral(
-                     "it takes %1 entries and the driver queues %2 at most; write fewer "
-                     "elements at a time")
-                     .arg(write.pieces.size())
-                     .arg(PLC_LIST_LIMIT);
-    }
+    const QString reason = obstacle(&write, values);
     if (!reason.isEmpty()) {
         settle(write, TransferOutcome::notSent(reason));
         return;
@@ -173,13 +179,38 @@ void Runtime::write(const DataPoint& point, const QVector<values::Value>& values
     m_session.wake(now);
 }
 
+/// Prepares a write, or says why it cannot even be queued. The driver writes what it is given to
+/// where the label leads, whatever the data point says; here alone it is seen to that both are the
+/// same.
+QString Runtime::obstacle(Write* write, const QVector<values::Value>& values)
+{
+    if (m_isReadOnly)
+        return readOnlyText();
+    QString reason = obstacle(write->point);
+    if (!reason.isEmpty())
+        return reason;
+    Expected<WriteBuffer> buffer = encodeValues(write->point, values);
+    if (!buffer)
+        return buffer.error().text;
+    write->buffer = std::move(*buffer);
+    write->pieces = writePieces(write->point, write->buffer.wireBytes);
+    if (write->pieces.size() <= PLC_LIST_LIMIT)
+        return QString();
+    return QStringLiteral(
+               "it takes %1 entries and the driver queues %2 at most; write fewer elements at a "
+               "time")
+        .arg(write->pieces.size())
+        .arg(PLC_LIST_LIMIT);
+}
+
 void Runtime::readOnce(const DataPoint& point, qint64 now, ReadSettled settled)
 {
     OneShotRead read;
     read.tag = ++m_lastTag;
     read.point = point;
-    read.settled = std::move(settled);
-    const QString reason = obstacle(point.station);
+    if (settled)
+        read.settled = std::move(settled);
+    const QString reason = obstacle(point);
     if (!reason.isEmpty()) {
         settle({read}, TransferOutcome::notSent(reason));
         return;
@@ -225,13 +256,14 @@ void Runtime::switchOffWhereIdle()
 }
 
 /// Why a transfer cannot even be queued; empty if it can.
-QString Runtime::obstacle(int station) const
+QString Runtime::obstacle(const DataPoint& point)
 {
     if (!m_linkDownReason.isEmpty())
         return QStringLiteral("the link is down: %1").arg(m_linkDownReason);
-    if (isStationOff(station))
-        return QStringLiteral("station %1 is switched off").arg(station);
-    return QString();
+    if (isStationOff(point.station))
+        return QStringLiteral("station %1 is switched off").arg(point.station);
+    const Expected<void> checked = m_checkedPoints.check(m_points, point);
+    return checked ? QString() : checked.error().text;
 }
 
 bool Runtime::prepareRequest(qint64 now, bool passIsDue)
@@ -486,7 +518,7 @@ void Runtime::settle(const Write& write, const TransferOutcome& outcome)
     const bool isSure = outcome.kind != TransferOutcome::LinkLost;
     const int taken = isSure ? write.accepted : write.confirmed;
     if (!outcome.isDone())
-        itsOutcome.taken = taken / qMax(1, write.point.type->size);
+        itsOutcome.taken = taken == 0 ? 0 : taken / qMax(1, write.point.type->size);
     write.settled(itsOutcome);
 }
 

@@ -7,10 +7,10 @@
 
 #include <mutex>
 
-#include "host/driver/driver_functions.h"
+#include "host/driver/driver_claim.h"
 #include "host/driver/report_route.h"
 #include "host/link/session.h"
-#include "host/points/data_point.h"
+#include "host/points/checked_points.h"
 #include "host/runtime/cyclic_reads.h"
 #include "host/runtime/runtime_settings.h"
 #include "host/runtime/runtime_snapshot.h"
@@ -62,8 +62,11 @@ struct TrafficCounters {
 /// out writes and one-shot reads and tells how each ended. Time comes in as an argument, in
 /// milliseconds of a clock that never goes back; bytes go in and out through session().
 ///
-/// 1. A driver library serves one runtime at a time. Several runtimes in a process have a copy of
-///    the library each, see DriverLibrary::loadCopy(), and share nothing.
+/// 1. A driver library serves one runtime at a time, which has taken it; see DriverClaim. Several
+///    runtimes in a process have a copy of the library each, see DriverLibrary::loadCopy(), and
+///    share nothing. The next one on a library finds it as if it were new: no requests, no
+///    symbols and no station off. Bytes of before may be in the driver's image, which is not
+///    looked at.
 /// 2. One thread owns a runtime, and makes all calls. snapshot() alone may be called from any; for
 ///    writes of other threads there is RuntimeFront.
 /// 3. Every write and one-shot read is settled exactly once: when its outcome is known, when the
@@ -71,9 +74,9 @@ struct TrafficCounters {
 /// 4. The listener is not called any more when the runtime ends; what settles then is.
 class PLC_HOST_EXPORT Runtime : private SessionObserver {
 public:
-    /// The driver's library, `symbols` and `listener` must outlive the runtime.
-    Runtime(const DriverFunctions& driver, const RuntimeSettings& settings,
-            const project::Symbols& symbols, RuntimeListener* listener);
+    /// `symbols` and `listener` must outlive the runtime.
+    Runtime(DriverClaim driver, const RuntimeSettings& settings, const project::Symbols& symbols,
+            RuntimeListener* listener);
     ~Runtime() override;
 
     Session& session() { return m_session; }
@@ -87,8 +90,9 @@ public:
     /// Replaces the cyclically read values. What is known of those that stay is kept.
     void readCyclically(const QVector<DataPoint>& points, qint64 now);
 
-    /// Queue a write or a one-shot read. It is settled exactly once; at once if the link is down or
-    /// the station off.
+    /// Queue a write or a one-shot read. It is settled exactly once; at once, without being sent,
+    /// if the link is down, the station off, the data point none of points(), or if the values are
+    /// not exactly those that it takes. Nobody hears of it where `settled` is empty.
     void write(const DataPoint& point, const QVector<values::Value>& values, qint64 now,
                WriteSettled settled);
     void readOnce(const DataPoint& point, qint64 now, ReadSettled settled);
@@ -112,7 +116,8 @@ private:
                          qint64 now) override;
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
 
-    QString obstacle(int station) const;
+    QString obstacle(const DataPoint& point);
+    QString obstacle(Write* write, const QVector<values::Value>& values);
     void switchOffWhereIdle();
     bool hasWaitingReads() const;
     void handOverReads(qint64 now, bool passIsDue);
@@ -127,11 +132,13 @@ private:
     void settleDoubted();
     void giveUpTransfers(const QString& reason);
     void settleAll(const QString& reason);
+    void leaveDriver();
     void settle(const Write& write, const TransferOutcome& outcome);
     void settle(const QVector<Write>& writes, const TransferOutcome& outcome);
     static void settle(const std::vector<OneShotRead>& reads, const TransferOutcome& outcome);
 
-    const DriverFunctions m_driver;
+    const DriverClaim m_claim; ///< Given back behind all others.
+    const DriverFunctions& m_driver;
     RuntimeListener* m_listener;
     ReportRoute m_reports;
     ComInfo m_settings;
@@ -139,6 +146,7 @@ private:
     const bool m_isReadOnly;
     QList<Label_Type_Info> m_symbols;
     DataPointFinder m_points;
+    CheckedPoints m_checkedPoints;
     /// Held by this thread while m_cyclicPoints, m_values, m_linkState or m_linkDownReason change,
     /// and by others while they read them.
     mutable std::mutex m_mutex;

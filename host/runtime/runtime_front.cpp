@@ -13,7 +13,7 @@ TransferOutcome endedUnsent()
 } // namespace
 
 RuntimeFront::RuntimeFront(Runtime* runtime, std::function<void()> wake)
-    : m_runtime(runtime), m_wake(std::move(wake))
+    : m_runtime(runtime), m_wake(wake ? std::move(wake) : [] {})
 {
 }
 
@@ -30,6 +30,8 @@ RuntimeFront::~RuntimeFront()
 void RuntimeFront::write(const DataPoint& point, const QVector<values::Value>& values,
                          WriteSettled settled)
 {
+    if (!settled)
+        settled = [](const TransferOutcome&) {};
     bool isEnding = false;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);

@@ -21,14 +21,15 @@ namespace plc::host {
 /// 4. The owner never waits for longer than another thread takes to copy the values.
 class PLC_HOST_EXPORT RuntimeFront {
 public:
-    /// `wake` is called in the thread that posts a write; it has the owner call carryOut() soon.
+    /// `wake` is called in the thread that posts a write; it has the owner call carryOut() soon. It
+    /// is empty if the owner does so by itself.
     RuntimeFront(Runtime* runtime, std::function<void()> wake);
     /// Writes that were posted and not carried out end unsent.
     ~RuntimeFront();
     RuntimeFront(const RuntimeFront&) = delete;
     RuntimeFront& operator=(const RuntimeFront&) = delete;
 
-    /// Posts a write. `settled` is called in the owner's thread.
+    /// Posts a write. `settled` is called in the owner's thread; it may be empty.
     void write(const DataPoint& point, const QVector<values::Value>& values, WriteSettled settled);
     /// The values and the state of the link at one moment. `now` is the owner's clock.
     RuntimeSnapshot snapshot(qint64 now) const { return m_runtime->snapshot(now); }

@@ -5,8 +5,8 @@
 
 #include <utility>
 
+#include "panel/plants/label_spelling.h"
 #include "project/label_expansion.h"
-#include "project/label_syntax.h"
 #include "values/nearest_name.h"
 
 namespace plc::panel {
@@ -15,16 +15,6 @@ namespace {
 constexpr int kSecond = 1000; // ms
 /// Of one PLC; more than this no pass would read in a useful time.
 constexpr int kMostRecorded = 100000;
-
-/// A label as it is spelt everywhere: subscripts as plain numbers.
-QString spelt(const QString& label)
-{
-    const Expected<QVector<project::LabelPart>> parts = project::parseLabel(label);
-    if (!parts || project::isPattern(*parts))
-        return label;
-    const Expected<QStringList> labels = project::expandPattern(*parts, 1);
-    return labels ? labels->value(0, label) : label;
-}
 
 qint64 wallClock()
 {
@@ -130,9 +120,7 @@ void Plant::stop()
 
 Expected<host::DataPoint> Plant::find(const QString& text) const
 {
-    const int star = int(text.lastIndexOf(QLatin1Char('*')));
-    return m_plc->runtime().points().find(star < 0 ? spelt(text)
-                                                   : spelt(text.left(star)) + text.mid(star));
+    return m_plc->runtime().points().find(spelt(text));
 }
 
 int Plant::want(const host::DataPoint& point)
@@ -191,20 +179,14 @@ void Plant::readWanted()
     m_plc->link().pump();
 }
 
-void Plant::sample()
-{
-    m_sampledAt = m_plc->now();
-    m_listener->sampled(
-        this, m_live.sample(m_plc->runtime().values(), m_rows, m_sampledAt, currentMoment()));
-}
-
-/// What no pass shows: values that become stale, and what came of a pass that takes long.
-void Plant::sampleBetween()
+/// Between passes too: what no pass shows are values that become stale, and what came of a pass
+/// that takes long.
+void Plant::sample(bool hasPassEnded)
 {
     const qint64 now = m_plc->now();
     const QVector<int>& changed =
         m_live.sample(m_plc->runtime().values(), m_rows, now, currentMoment());
-    if (changed.isEmpty() && now - m_sampledAt < kSecond)
+    if (!hasPassEnded && changed.isEmpty() && now - m_sampledAt < kSecond)
         return;
     m_sampledAt = now;
     m_listener->sampled(this, changed);
@@ -212,7 +194,7 @@ void Plant::sampleBetween()
 
 void Plant::passSecond()
 {
-    sampleBetween();
+    sample(false);
     for (const int slot : m_wanted.expire(m_plc->now()))
         m_live.forget(slot);
     readWanted();
@@ -238,7 +220,7 @@ void Plant::linkChanged(host::LinkState state, const QString& reason, int retryD
 void Plant::requestSettled()
 {
     if (m_passes.hasEnded(m_plc->runtime().session().passes(), m_plc->now()))
-        sample();
+        sample(true);
 }
 
 } // namespace plc::panel

@@ -87,8 +87,7 @@ private:
     Expected<void> prepare(const QString& driver, bool isReadOnly);
     Expected<QVector<host::DataPoint>> recordedPoints() const;
     void readWanted();
-    void sample();
-    void sampleBetween();
+    void sample(bool hasPassEnded);
     void passSecond();
 
     void linkChanged(host::LinkState state, const QString& reason, int retryDelay) override;

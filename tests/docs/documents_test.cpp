@@ -28,6 +28,7 @@ std::string placeOf(const FencedBlock& block)
 QStringList exampleSources()
 {
     return {QStringLiteral("docs/examples/entry_points.cpp"),
+            QStringLiteral("docs/examples/host_front.cpp"),
             QStringLiteral("docs/examples/host_many.cpp"),
             QStringLiteral("docs/examples/host_poll.cpp"),
             QStringLiteral("docs/examples/host_qt.cpp"),
@@ -160,6 +161,16 @@ TEST(Documents, CodeBlocksGoByOneName)
         for (const FencedBlock& block : fencedBlocks(file))
             EXPECT_FALSE(otherNames.contains(block.language))
                 << placeOf(block) << ": a block that is not \"cpp\" is not compiled";
+    }
+}
+
+TEST(Documents, NoCodeIsIndentedInPlaceOfAFence)
+{
+    const QRegularExpression code(QStringLiteral("^(?: {4,}|\\t).*[;{]$"));
+    for (const QString& file : markdownFiles()) {
+        for (const QString& line : proseOf(file))
+            EXPECT_FALSE(code.match(line).hasMatch())
+                << file.toStdString() << ": " << line.toStdString();
     }
 }
 

@@ -100,6 +100,12 @@ TEST_F(HostExamples, QtWritesAndReads)
     EXPECT_TRUE(host.prints("TANK.level 47"));
 }
 
+TEST_F(HostExamples, AnotherThreadWrites)
+{
+    Program host(PLC_HOST_FRONT, {QStringLiteral(PLC_LIBRARY), startPlc()});
+    EXPECT_EQ("done", host.line().toStdString());
+}
+
 TEST_F(HostExamples, OfManyPlcsOneGoesAndComesBackAlone)
 {
     const QStringList ports{startPlc(), startPlc(), startPlc()};

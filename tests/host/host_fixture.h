@@ -20,6 +20,7 @@ namespace plc::host {
 namespace test {
 
 using plc::test::builtDriver;
+using plc::test::takenDriver;
 using project::test::testProject;
 
 /// Bytes from hexadecimal pairs; blanks do not count.
@@ -78,7 +79,7 @@ class HostTest : public ::testing::Test, public RuntimeListener {
 protected:
     explicit HostTest(int cycleTime = 0)
         : project(testProject()),
-          runtime(std::make_unique<Runtime>(builtDriver(), settings(cycleTime), project, this))
+          runtime(std::make_unique<Runtime>(takenDriver(), settings(cycleTime), project, this))
     {
     }
 
@@ -162,7 +163,7 @@ protected:
     /// The request that went out, which must be all that happened.
     QByteArray request()
     {
-        EXPECT_EQ(actions(), "S");
+        EXPECT_EQ("S", actions());
         return sent;
     }
 
@@ -171,7 +172,7 @@ protected:
     void answerWithZeros()
     {
         const RequestContent content = parseRequest(request());
-        ASSERT_EQ(content.service, Service::Read);
+        ASSERT_EQ(Service::Read, content.service);
         QByteArray payload(6, '\0');
         for (const FrameEntry& entry : content.entries)
             payload += QByteArray(1 + int(entry.length), '\0');
@@ -192,22 +193,22 @@ protected:
     void connect()
     {
         session().start(now);
-        ASSERT_EQ(actions(), "C");
+        ASSERT_EQ("C", actions());
         session().connected(now);
     }
     /// Answers the login, whose first frame has just gone out.
     void logIn()
     {
-        ASSERT_EQ(int(uchar(request()[6])), 0x01);
+        ASSERT_EQ(0x01, int(uchar(request()[6])));
         answer(identificationReply());
-        ASSERT_EQ(int(uchar(request()[6])), 0x31);
+        ASSERT_EQ(0x31, int(uchar(request()[6])));
         answer(fileReply());
     }
     /// From the end of a waiting time to the first request behind the login.
     void reconnect(qint64 delay)
     {
         passTime(delay);
-        ASSERT_EQ(actions(), "C");
+        ASSERT_EQ("C", actions());
         session().connected(now);
         logIn();
     }

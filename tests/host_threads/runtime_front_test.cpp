@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -43,7 +44,7 @@ public:
     Plant()
         : m_library(*DriverLibrary::loadCopy(QStringLiteral(PLC_LIBRARY))),
           m_symbols(pairOfNumbers()),
-          m_runtime(m_library.functions(), RuntimeSettings(), m_symbols, &m_listener),
+          m_runtime(*m_library.take(), RuntimeSettings(), m_symbols, &m_listener),
           m_front(&m_runtime, [this] { ++wakeUps; })
     {
         m_runtime.readCyclically({point("Pair.first"), point("Pair.second")}, m_now);
@@ -117,7 +118,7 @@ TEST(RuntimeFrontThreads, SnapshotsAreOfOneMomentWhileTheOwnerReads)
         plant.turn();
     isOver = true;
     panel.join();
-    EXPECT_EQ(plant.front().snapshot(plant.now()).values[0].state, ValueState::Good);
+    EXPECT_EQ(ValueState::Good, plant.front().snapshot(plant.now()).values[0].state);
 }
 
 TEST(RuntimeFrontThreads, WritesOfSeveralThreadsAreEachSettledOnceByTheOwner)
@@ -154,12 +155,17 @@ TEST(RuntimeFrontThreads, WritesOfSeveralThreadsAreEachSettledOnceByTheOwner)
 
 TEST(RuntimeFrontThreads, RuntimesOfSeveralThreadsShareNothing)
 {
+    // ThreadSanitizer does not see the lock of the loader, which maps a driver where another
+    // thread's was until then.
+    std::mutex loading;
     std::vector<std::thread> owners;
     std::atomic<int> done{0};
     for (int owner = 0; owner < 4; ++owner) {
-        owners.emplace_back([&done] {
+        owners.emplace_back([&done, &loading] {
             for (int round = 0; round < 5; ++round) {
+                std::unique_lock<std::mutex> lock(loading);
                 Plant plant;
+                lock.unlock();
                 const DataPoint other = plant.point("Pair.other");
                 plant.front().write(
                     other, *parsePoint(other, QStringLiteral("7")),
@@ -167,6 +173,7 @@ TEST(RuntimeFrontThreads, RuntimesOfSeveralThreadsShareNothing)
                 do {
                     plant.turn();
                 } while (plant.hasOpenWrites());
+                lock.lock();
             }
         });
     }

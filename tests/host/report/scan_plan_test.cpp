@@ -30,7 +30,7 @@ protected:
     }
     ScanPlanner planner(const QStringList& labels) const
     {
-        return ScanPlanner(builtDriver(), setup::runtimeSettings(project.settings, 0),
+        return ScanPlanner(takenDriver(), setup::runtimeSettings(project.settings, 0),
                            points(labels));
     }
     /// 150 values of four bytes, the next one beginning 16 bytes behind the one before.
@@ -51,25 +51,25 @@ TEST_F(ScanPlanTest, NeighboursShareAnEntryAndTheGapBetweenThemIsRead)
     // Bytes 4 to 7 and 12 to 15 of area 1.
     ScanPlanner planner = this->planner({"Main.speed", "Main.count", "Main.long"});
     const ScanPlan plan = planner.plan(200);
-    EXPECT_EQ(planner.valueBytes(), 8);
-    EXPECT_EQ(plan.maxReadBytes, 200);
-    EXPECT_EQ(plan.entries, 1);
-    EXPECT_EQ(plan.requests, 1);
+    EXPECT_EQ(8, planner.valueBytes());
+    EXPECT_EQ(200, plan.maxReadBytes);
+    EXPECT_EQ(1, plan.entries);
+    EXPECT_EQ(1, plan.requests);
     EXPECT_EQ(plan.bytesSent, 16 + 10);
     EXPECT_EQ(plan.bytesReceived, 12 + 1 + 12);
-    EXPECT_EQ(plan.memoryBytes, 12);
-    EXPECT_EQ(plan.gapBytes, 4);
+    EXPECT_EQ(12, plan.memoryBytes);
+    EXPECT_EQ(4, plan.gapBytes);
     EXPECT_DOUBLE_EQ(gapShare(plan), 4.0 / 12.0);
 }
 
 TEST_F(ScanPlanTest, WithoutMergingThereIsNoGapButAnEntryForEachValue)
 {
     const ScanPlan plan = planner({"Main.speed", "Main.count", "Main.long"}).plan(1);
-    EXPECT_EQ(plan.entries, 3);
-    EXPECT_EQ(plan.requests, 1);
+    EXPECT_EQ(3, plan.entries);
+    EXPECT_EQ(1, plan.requests);
     EXPECT_EQ(plan.bytesSent, 16 + 3 * 10);
     EXPECT_EQ(plan.bytesReceived, 12 + 3 * 1 + 8);
-    EXPECT_EQ(plan.gapBytes, 0);
+    EXPECT_EQ(0, plan.gapBytes);
 }
 
 TEST_F(ScanPlanTest, ASettingWithWhichTheDriverReadsNothingIsNotTheBest)
@@ -87,7 +87,7 @@ TEST_F(ScanPlanTest, ASettingWithWhichTheDriverReadsNothingIsNotTheBest)
     ScanPlanner planner = this->planner({"Huge.block[0]*100000"});
     const ScanPlan best = planner.best({1, 100}, planner.plan(1000));
     EXPECT_GE(best.maxReadBytes, 7);
-    EXPECT_EQ(best.memoryBytes, 400000);
+    EXPECT_EQ(400000, best.memoryBytes);
     EXPECT_GT(best.requests, 6);
 }
 
@@ -96,17 +96,17 @@ TEST_F(ScanPlanTest, LongValuesTakeAsManyRequestsAsTheirEntriesFill)
     // 2400 bytes.
     ScanPlanner planner = this->planner({"Big.block[0]*600"});
     const ScanPlan ofTwelve = planner.plan(200);
-    EXPECT_EQ(ofTwelve.entries, 12);
-    EXPECT_EQ(ofTwelve.requests, 3) << "four entries of 200 bytes fit into a request";
+    EXPECT_EQ(12, ofTwelve.entries);
+    EXPECT_EQ(3, ofTwelve.requests) << "four entries of 200 bytes fit into a request";
     EXPECT_EQ(ofTwelve.bytesSent, 3 * (16 + 4 * 10));
     EXPECT_EQ(ofTwelve.bytesReceived, 3 * (12 + 4 * 201));
     const ScanPlan ofThree = planner.plan(998);
-    EXPECT_EQ(ofThree.entries, 3);
-    EXPECT_EQ(ofThree.requests, 3);
+    EXPECT_EQ(3, ofThree.entries);
+    EXPECT_EQ(3, ofThree.requests);
     const ScanPlan ofOne = planner.plan(2400);
-    EXPECT_EQ(ofOne.requests, 1);
+    EXPECT_EQ(1, ofOne.requests);
     EXPECT_EQ(ofOne.bytesReceived, 12 + 1 + 2400);
-    EXPECT_EQ(ofOne.gapBytes, 0);
+    EXPECT_EQ(0, ofOne.gapBytes);
 }
 
 TEST_F(ScanPlanTest, TellsAfterEachSettingHowManyOfHowManyWereTried)
@@ -128,15 +128,15 @@ TEST_F(ScanPlanTest, BytesOfSeveralValuesCountOnce)
 {
     ScanPlanner planner = this->planner({"Big.block[0]*2", "Big.block[1]*2", "Main.long"});
     EXPECT_EQ(planner.valueBytes(), 3 * 4 + 4);
-    EXPECT_EQ(planner.plan(200).gapBytes, 0);
+    EXPECT_EQ(0, planner.plan(200).gapBytes);
 }
 
 TEST_F(ScanPlanTest, BytesThatTwoEntriesReadCountAsGap)
 {
     // Without merging, entries of different addresses stay as they are.
     const ScanPlan plan = planner({"Big.block[0]*2", "Big.block[1]*2"}).plan(1);
-    EXPECT_EQ(plan.memoryBytes, 16);
-    EXPECT_EQ(plan.gapBytes, 4);
+    EXPECT_EQ(16, plan.memoryBytes);
+    EXPECT_EQ(4, plan.gapBytes);
 }
 
 TEST_F(ScanPlanTest, TimeIsThatOfTheRoundTripsAndOfTheBytes)
@@ -152,19 +152,19 @@ TEST_F(ScanPlanTest, TimeIsThatOfTheRoundTripsAndOfTheBytes)
 TEST_F(ScanPlanTest, LastRequestIsFilledUpWithEntriesOfTheNextPass)
 {
     const ScanPlan plan = planner(spreadLabels()).plan(4);
-    EXPECT_EQ(plan.entries, 150);
-    EXPECT_EQ(plan.requests, 2);
+    EXPECT_EQ(150, plan.entries);
+    EXPECT_EQ(2, plan.requests);
     EXPECT_EQ(plan.bytesSent, 2 * (16 + 99 * 10));
     EXPECT_EQ(plan.bytesReceived, 2 * (12 + 99 * 5));
     EXPECT_EQ(plan.memoryBytes, 150 * 4);
-    EXPECT_EQ(plan.gapBytes, 0);
+    EXPECT_EQ(0, plan.gapBytes);
 }
 
 TEST_F(ScanPlanTest, GapsAreReadWhereThatSavesARoundTrip)
 {
     ScanPlanner planner = this->planner(spreadLabels());
     const ScanPlan best = planner.best({10, 100}, planner.plan(4));
-    EXPECT_EQ(best.requests, 1);
+    EXPECT_EQ(1, best.requests);
     EXPECT_GT(best.gapBytes, 0);
 }
 
@@ -172,11 +172,11 @@ TEST_F(ScanPlanTest, GapsAreNotReadWhereThatSavesNothing)
 {
     ScanPlanner planner = this->planner({"Big.same", "Big.far"});
     const ScanPlan asItIs = planner.plan(16000);
-    EXPECT_EQ(asItIs.entries, 2);
+    EXPECT_EQ(2, asItIs.entries);
     const ScanPlan best = planner.best({10, 100}, asItIs);
-    EXPECT_EQ(best.requests, 1);
-    EXPECT_EQ(best.entries, 2);
-    EXPECT_EQ(best.gapBytes, 0);
+    EXPECT_EQ(1, best.requests);
+    EXPECT_EQ(2, best.entries);
+    EXPECT_EQ(0, best.gapBytes);
 }
 
 TEST_F(ScanPlanTest, WhatIsBestIsHardlySlowerThanAnyOtherSetting)
@@ -201,7 +201,7 @@ TEST_F(ScanPlanTest, SettingThatIsAlreadyBestIsKept)
 {
     ScanPlanner planner = this->planner({"Main.speed", "Main.count"});
     const ScanPlan asItIs = planner.plan(150);
-    EXPECT_EQ(planner.best({1, 100}, asItIs).maxReadBytes, 150);
+    EXPECT_EQ(150, planner.best({1, 100}, asItIs).maxReadBytes);
 }
 
 /// A host that reads the same values and sees what goes over the link.
@@ -247,11 +247,11 @@ TEST_F(ScanOfRuntimeTest, SendsWhatIsPlanned)
     QList<Label_Type_Info> symbols = symbolList(project);
     builtDriver().passVarName2(&symbols);
     const ScanPlan plan =
-        ScanPlanner(builtDriver(), setup::runtimeSettings(project.settings, 0), points).plan(200);
+        ScanPlanner(takenDriver(), setup::runtimeSettings(project.settings, 0), points).plan(200);
     EXPECT_EQ(plan.requests, requests);
     EXPECT_EQ(plan.bytesSent, bytesSent);
     EXPECT_EQ(plan.bytesReceived, bytesReceived);
-    EXPECT_EQ(requests, 2);
+    EXPECT_EQ(2, requests);
 }
 
 } // namespace

@@ -110,8 +110,8 @@ TEST_F(WriteTest, LongOneGoesAlone)
     ASSERT_EQ(1, sentEntries.size());
     EXPECT_EQ(6u, sentEntries[0].address);
     acknowledgeAgain();
-    EXPECT_EQ(settledLabels(),
-              (std::vector<std::string>{"Main.speed", "Big.block[0]*300", "Main.count"}));
+    EXPECT_EQ((std::vector<std::string>{"Main.speed", "Big.block[0]*300", "Main.count"}),
+              settledLabels());
 }
 
 TEST_F(WriteTest, ArrayOfBitsIsOneWrite)
@@ -127,8 +127,10 @@ TEST_F(WriteTest, ArrayOfBitsIsOneWrite)
 
 TEST_F(WriteTest, OfMorePiecesThanTheDriverQueuesIsNotBegun)
 {
-    DataPoint target = point("Io.lamp[0]");
-    target.elements = 1025;
+    runtime.reset();
+    project.scopes[0].variables[1].dimensions[0].upper = 1024;
+    runtime = std::make_unique<Runtime>(takenDriver(), settings(), project, this);
+    const DataPoint target = point("Io.lamp[0]*1025");
     runtime->write(target, QVector<values::Value>(1025, values::Value(true)), now,
                    [this](const TransferOutcome& outcome) {
                        writes.push_back({QString(), outcome, QByteArray()});

@@ -130,7 +130,7 @@ protected:
     {
         driver.dataCom = &judge;
         runtime.reset();
-        runtime = std::make_unique<Runtime>(driver, settings(), project, this);
+        runtime = std::make_unique<Runtime>(*DriverClaim::take(driver), settings(), project, this);
     }
 
     DriverFunctions driver = builtDriver();

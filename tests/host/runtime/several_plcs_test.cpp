@@ -12,7 +12,7 @@ protected:
         const Expected<DriverLibrary> copy = DriverLibrary::loadCopy(QStringLiteral(PLC_LIBRARY));
         EXPECT_TRUE(copy);
         library = std::make_unique<DriverLibrary>(*copy);
-        other = std::make_unique<Runtime>(library->functions(), settings(), project, this);
+        other = std::make_unique<Runtime>(*library->take(), settings(), project, this);
     }
     ~SeveralPlcs() override { other.reset(); }
 
@@ -34,11 +34,11 @@ TEST_F(SeveralPlcs, ReportsOfOneDriverReachItsOwnRuntime)
     connect();
     write("Main.speed", "1");
     writeToOther();
-    ASSERT_EQ(actions(), "S");
+    ASSERT_EQ("S", actions());
     session().disconnected(QStringLiteral("gone"), now);
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].label, "Main.speed");
-    EXPECT_EQ(other->openWrites(), 1);
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ("Main.speed", writes[0].label);
+    EXPECT_EQ(1, other->openWrites());
 }
 
 TEST_F(SeveralPlcs, OneGoesOnAfterTheOtherHasEnded)
@@ -49,7 +49,7 @@ TEST_F(SeveralPlcs, OneGoesOnAfterTheOtherHasEnded)
     logIn();
     request();
     answer(writeReply()); // The driver reports the write.
-    ASSERT_EQ(writes.size(), 1u);
+    ASSERT_EQ(1u, writes.size());
     EXPECT_TRUE(writes[0].outcome.isDone());
 }
 
@@ -66,9 +66,9 @@ TEST_F(SeveralPlcs, EachHasItsOwnValues)
     logIn();
     request();
     answer(readReply({hex("00 09")}));
-    EXPECT_EQ(shown("Main.speed"), "9");
+    EXPECT_EQ("9", shown("Main.speed"));
     std::swap(runtime, other);
-    EXPECT_EQ(shown("Main.speed"), "5");
+    EXPECT_EQ("5", shown("Main.speed"));
 }
 
 class EndOfRuntime : public HostTest {};
@@ -81,19 +81,19 @@ TEST_F(EndOfRuntime, SettlesEveryTransferOnce)
     logIn();
     request();
     runtime.reset();
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::LinkLost);
-    ASSERT_EQ(reads.size(), 1u);
-    EXPECT_EQ(reads[0].outcome.kind, TransferOutcome::NotSent);
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::LinkLost, writes[0].outcome.kind);
+    ASSERT_EQ(1u, reads.size());
+    EXPECT_EQ(TransferOutcome::NotSent, reads[0].outcome.kind);
 }
 
 TEST_F(EndOfRuntime, SettlesWhatWasQueuedBeforeTheStart)
 {
     write("Main.speed", "1");
     runtime.reset();
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].outcome.kind, TransferOutcome::NotSent);
-    EXPECT_EQ(writes[0].outcome.reason, "the host has ended");
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::NotSent, writes[0].outcome.kind);
+    EXPECT_EQ("the host has ended", writes[0].outcome.reason);
 }
 
 TEST_F(EndOfRuntime, EndsAtOnceWhatIsQueuedFromInsideOfASettling)
@@ -107,8 +107,8 @@ TEST_F(EndOfRuntime, EndsAtOnceWhatIsQueuedFromInsideOfASettling)
         });
     });
     runtime.reset();
-    ASSERT_EQ(inner.size(), 1u);
-    EXPECT_EQ(inner[0].kind, TransferOutcome::NotSent);
+    ASSERT_EQ(1u, inner.size());
+    EXPECT_EQ(TransferOutcome::NotSent, inner[0].kind);
 }
 
 TEST_F(EndOfRuntime, IsNotToldToTheListener)
@@ -126,9 +126,61 @@ TEST_F(EndOfRuntime, LeavesNothingInTheDriverForTheNextOne)
     logIn();
     request();
     runtime = nullptr;
-    runtime = std::make_unique<Runtime>(builtDriver(), settings(), project, this);
+    runtime = std::make_unique<Runtime>(takenDriver(), settings(), project, this);
     connect();
-    EXPECT_EQ(actions(), "");
+    EXPECT_EQ("", actions());
+}
+
+TEST_F(EndOfRuntime, GivesTheDriverToTheNextOne)
+{
+    EXPECT_FALSE(DriverClaim::take(builtDriver()));
+    runtime.reset();
+    EXPECT_TRUE(DriverClaim::take(builtDriver()));
+}
+
+TEST_F(EndOfRuntime, LeavesTheDriverNoCyclicReads)
+{
+    cycle({"Main.speed", "Big.far"});
+    runtime.reset();
+    RW_VAR read;
+    EXPECT_EQ(1, builtDriver().addListReadVar(&read));
+}
+
+TEST_F(EndOfRuntime, LeavesTheDriverNoSymbols)
+{
+    const int address = point("Main.speed").address;
+    EXPECT_EQ(address, builtDriver().plcAddressChangeIntef(0, QStringLiteral("Main.speed")));
+    runtime.reset();
+    EXPECT_EQ(-1, builtDriver().plcAddressChangeIntef(0, QStringLiteral("Main.speed")));
+    runtime = std::make_unique<Runtime>(takenDriver(), settings(), project, this);
+    EXPECT_EQ(address, point("Main.speed").address);
+}
+
+/// The driver drops what is asked of a station that is off without a word.
+TEST_F(EndOfRuntime, LeavesNoStationOff)
+{
+    runtime->switchStation(0, false, now);
+    runtime.reset();
+    runtime = std::make_unique<Runtime>(takenDriver(), settings(), project, this);
+    write("Main.speed", "1");
+    connect();
+    logIn();
+    EXPECT_EQ(Service::Write, parseRequest(request()).service);
+}
+
+TEST_F(EndOfRuntime, LeavesNoValueToTheNextOne)
+{
+    cycle({"Main.speed"});
+    connect();
+    logIn();
+    request();
+    answer(readReply({hex("00 05")}));
+    runtime = nullptr;
+    runtime = std::make_unique<Runtime>(takenDriver(), settings(), project, this);
+    cycle({"Main.speed"});
+    EXPECT_EQ("unread", shown("Main.speed"));
+    connect();
+    EXPECT_EQ("unread", shown("Main.speed"));
 }
 
 class ReadingTest : public HostTest {};
@@ -136,17 +188,17 @@ class ReadingTest : public HostTest {};
 TEST_F(ReadingTest, TellsBytesAgeAndState)
 {
     cycle({"Main.speed", "Big.far"});
-    EXPECT_EQ(runtime->values().reading(0, now).state, ValueState::Unread);
-    EXPECT_EQ(runtime->values().reading(0, now).age, -1);
+    EXPECT_EQ(ValueState::Unread, runtime->values().reading(0, now).state);
+    EXPECT_EQ(-1, runtime->values().reading(0, now).age);
     connect();
     logIn();
     request();
     answer(readReply({hex("00 05"), hex("00 06")}));
     const ValueReading fresh = runtime->values().reading(0, now + 3000);
     EXPECT_EQ(fresh.bytes, hex("05 00"));
-    EXPECT_EQ(fresh.age, 3000);
-    EXPECT_EQ(fresh.state, ValueState::Good);
-    EXPECT_EQ(runtime->values().reading(0, now + 3001).state, ValueState::Stale);
+    EXPECT_EQ(3000, fresh.age);
+    EXPECT_EQ(ValueState::Good, fresh.state);
+    EXPECT_EQ(ValueState::Stale, runtime->values().reading(0, now + 3001).state);
 }
 
 } // namespace

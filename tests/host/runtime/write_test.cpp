@@ -21,7 +21,7 @@ TEST_F(WriteTest, InAReadOnlyProjectEndsAtOnceUnsent)
     RuntimeSettings readOnly = settings();
     readOnly.readOnly = true;
     runtime.reset();
-    runtime = std::make_unique<Runtime>(builtDriver(), readOnly, project, this);
+    runtime = std::make_unique<Runtime>(takenDriver(), readOnly, project, this);
     connect();
     write("Main.speed", "1");
     ASSERT_EQ(1u, writes.size());
@@ -58,7 +58,7 @@ TEST_F(WriteTest, AllWritesOfARequestAreSettledByItsReply)
     ASSERT_EQ(3, sentEntries.size());
     EXPECT_EQ(hex("40 60 00 00"), sentEntries[2].data);
     answer(writeReply());
-    EXPECT_EQ(settledLabels(), (std::vector<std::string>{"Main.speed", "Main.count", "Main.real"}));
+    EXPECT_EQ((std::vector<std::string>{"Main.speed", "Main.count", "Main.real"}), settledLabels());
     for (const Settled& write : writes)
         EXPECT_TRUE(write.outcome.isDone());
 }
@@ -80,7 +80,7 @@ TEST_F(WriteTest, AllWritesOfARequestFailWithIt)
     EXPECT_TRUE(writes.empty());
     request();
     answer(identificationReply());
-    ASSERT_EQ(settledLabels(), (std::vector<std::string>{"Main.speed", "Main.count"}));
+    ASSERT_EQ((std::vector<std::string>{"Main.speed", "Main.count"}), settledLabels());
     for (const Settled& write : writes) {
         EXPECT_EQ(TransferOutcome::Refused, write.outcome.kind);
         // 10 for a reply that is no good answer, and 2 for a write.

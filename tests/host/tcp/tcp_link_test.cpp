@@ -28,7 +28,7 @@ protected:
         EXPECT_TRUE(server.listen(QHostAddress::LocalHost));
         project.settings.reconnectDelay = 1;
         runtime.reset();
-        runtime = std::make_unique<Runtime>(builtDriver(), settings(), project, this);
+        runtime = std::make_unique<Runtime>(takenDriver(), settings(), project, this);
         link =
             std::make_unique<TcpLink>(&session(), QStringLiteral("127.0.0.1"), server.serverPort());
     }
