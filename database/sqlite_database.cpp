@@ -17,7 +17,7 @@ constexpr int kBusyTimeout = 1000; // ms
 
 SqliteDatabase::~SqliteDatabase()
 {
-    ::sqlite3_close(m_handle);
+    close();
 }
 
 bool SqliteDatabase::open(const QString& path, bool create)
@@ -29,6 +29,12 @@ bool SqliteDatabase::open(const QString& path, bool create)
         return false;
     ::sqlite3_busy_timeout(m_handle, kBusyTimeout);
     return true;
+}
+
+void SqliteDatabase::close()
+{
+    ::sqlite3_close(m_handle);
+    m_handle = nullptr;
 }
 
 bool SqliteDatabase::execute(const char* statements)
@@ -44,8 +50,16 @@ std::optional<qint64> SqliteDatabase::number(const char* query)
     return statement.number(0);
 }
 
+void SqliteDatabase::interrupt()
+{
+    m_isInterrupted = true;
+    ::sqlite3_interrupt(m_handle);
+}
+
 QString SqliteDatabase::error() const
 {
+    if (m_isInterrupted)
+        return QStringLiteral("%1: interrupted").arg(m_path);
     QString text =
         QStringLiteral("%1: %2").arg(m_path, QString::fromUtf8(::sqlite3_errmsg(m_handle)));
     const int reason = ::sqlite3_system_errno(m_handle);
@@ -98,6 +112,7 @@ qint64 SqliteDatabase::insertedRow() const
 }
 
 SqliteStatement::SqliteStatement(SqliteDatabase& database, const char* statement)
+    : m_database(database)
 {
     ::sqlite3_prepare_v2(database.handle(), statement, -1, &m_handle, nullptr);
 }
@@ -140,7 +155,7 @@ SqliteStatement& SqliteStatement::bind(int parameter, const QByteArray& bytes)
 
 SqliteStatement::Step SqliteStatement::step()
 {
-    const int result = ::sqlite3_step(m_handle);
+    const int result = m_database.isInterrupted() ? SQLITE_INTERRUPT : ::sqlite3_step(m_handle);
     if (result == SQLITE_ROW)
         return Row;
     ::sqlite3_reset(m_handle);

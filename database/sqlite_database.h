@@ -4,6 +4,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -23,10 +24,17 @@ public:
 
     /// Creates the file if `create` and it does not exist.
     bool open(const QString& path, bool create);
+    /// No statement is left of it. Without a file all calls fail.
+    void close();
     /// Carries out statements that give no rows.
     bool execute(const char* statements);
     /// The number in the first column of the first row.
     std::optional<qint64> number(const char* query);
+
+    /// What runs fails soon, and all statements from now on do at once. For any thread, as long as
+    /// this object is there and open.
+    void interrupt();
+    bool isInterrupted() const { return m_isInterrupted; }
 
     QString error() const;
     /// Whether the last call failed because the disk is full or does not work.
@@ -49,9 +57,10 @@ public:
 private:
     QString m_path;
     sqlite3* m_handle = nullptr;
+    std::atomic<bool> m_isInterrupted{false};
 };
 
-/// A prepared statement, whose parameters and columns count from 0.
+/// A prepared statement of a database that outlives it, whose parameters and columns count from 0.
 class SqliteStatement {
 public:
     SqliteStatement(SqliteDatabase& database, const char* statement);
@@ -79,6 +88,7 @@ public:
     QByteArray bytes(int column) const;
 
 private:
+    const SqliteDatabase& m_database;
     sqlite3_stmt* m_handle = nullptr;
 };
 

@@ -13,25 +13,31 @@ qint64 endOf(qint64 begin, qint64 to, qint64 step)
 
 } // namespace
 
-void StepSum::add(double number, qint64 duration)
+void StepSum::add(const NumberSample& sample, qint64 duration)
 {
-    m_minimum = std::min(m_minimum, number);
-    m_maximum = std::max(m_maximum, number);
+    m_durations[std::size_t(sample.knowledge)] += duration;
+    if (sample.knowledge != Knowledge::Number)
+        return;
+    m_minimum = std::min(m_minimum, sample.number);
+    m_maximum = std::max(m_maximum, sample.number);
     // With the range of a double the sum of large numbers would have no room.
-    m_sum += static_cast<long double>(number) * static_cast<long double>(duration);
-    m_known += duration;
+    m_sum += static_cast<long double>(sample.number) * static_cast<long double>(duration);
 }
 
 Aggregate StepSum::aggregate(qint64 begin, qint64 duration) const
 {
     Aggregate result;
     result.begin = begin;
-    if (m_known == 0)
+    const auto longest = std::max_element(m_durations.begin() + 1, m_durations.end());
+    if (*longest > 0)
+        result.rest = Knowledge(longest - m_durations.begin());
+    const qint64 known = m_durations[std::size_t(Knowledge::Number)];
+    if (known == 0)
         return result;
-    result.mean = double(m_sum / static_cast<long double>(m_known));
+    result.mean = double(m_sum / static_cast<long double>(known));
     result.minimum = m_minimum;
     result.maximum = m_maximum;
-    result.coverage = double(m_known) / double(duration);
+    result.coverage = double(known) / double(duration);
     return result;
 }
 
@@ -63,8 +69,8 @@ void AggregateSum::hold(qint64 until)
 {
     // What the step before held until its end is no value of this one.
     const bool counts = until > m_since || m_held.time >= m_begin;
-    if (m_held.isKnown && counts)
-        m_sum.add(m_held.number, until - m_since);
+    if (counts)
+        m_sum.add(m_held, until - m_since);
     m_since = until;
 }
 

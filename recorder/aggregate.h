@@ -3,9 +3,19 @@
 
 #include <QtCore/QVector>
 
+#include <array>
 #include <limits>
 
 namespace plc::recorder {
+
+/// What is known of a number at some time.
+enum class Knowledge : quint8 {
+    Number,
+    Stale,    ///< Too old to be relied on, or never read.
+    Bad,      ///< The PLC does not give it.
+    Gap,      ///< Nothing was recorded.
+    NoNumber, ///< It was recorded and is infinite, NaN, or no number at all.
+};
 
 /// What a value was from `begin` to the begin of the next step. Times at which it was not good, or
 /// no finite number, count neither as value nor as coverage.
@@ -15,21 +25,23 @@ struct Aggregate {
     double minimum = 0;
     double maximum = 0;
     double coverage = 0; ///< Part of the step of which the value is known, 0 to 1. At 0 the other
-                         ///< members mean nothing.
+                         ///< numbers mean nothing.
+    /// What held for the most of the other time; Number: there is none.
+    Knowledge rest = Knowledge::Number;
 };
 
 /// A number from one time on, or that none is known.
 struct NumberSample {
     qint64 time = 0;
     double number = 0;
-    bool isKnown = false;
+    Knowledge knowledge = Knowledge::Gap;
 };
 
 /// What a value was in one step, in the making.
 class StepSum {
 public:
-    /// The number held for so many ms, or none and was recorded all the same.
-    void add(double number, qint64 duration);
+    /// It held for so many ms, or for none and was recorded all the same.
+    void add(const NumberSample& sample, qint64 duration);
     /// Of a step that began at `begin` and lasted so many ms.
     Aggregate aggregate(qint64 begin, qint64 duration) const;
 
@@ -37,7 +49,7 @@ private:
     double m_minimum = std::numeric_limits<double>::infinity();
     double m_maximum = -std::numeric_limits<double>::infinity();
     long double m_sum = 0;
-    qint64 m_known = 0;
+    std::array<qint64, 5> m_durations{}; ///< ms, by Knowledge.
 };
 
 /// Sums samples into aggregates of [from, to) in steps of `step` ms, the last of which may be

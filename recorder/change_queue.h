@@ -46,6 +46,8 @@ public:
     std::optional<Portion> take();
 
     qint64 waiting() const { return m_changes; }
+    /// Whether nothing waits, not even a time.
+    bool isEmpty() const { return m_portions.empty(); }
     /// Changes that were dropped, in all.
     qint64 dropped() const { return m_dropped; }
     /// Whether anything was dropped that no portion tells of yet.

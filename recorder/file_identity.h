@@ -2,6 +2,7 @@
 #define PLC_RECORDER_FILE_IDENTITY_H
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <QtCore/QFile>
 
@@ -24,11 +25,22 @@ public:
     bool isStill() const
     {
         struct stat now = {};
-        return isThere(&now) ? now.st_dev == m_status.st_dev && now.st_ino == m_status.st_ino
-                             : errno != ENOENT && errno != ENOTDIR;
+        return isThere(&now) ? isSame(now) : errno != ENOENT && errno != ENOTDIR;
+    }
+
+    /// Removes the file unless the name leads to another one.
+    void remove() const
+    {
+        struct stat now = {};
+        if (isThere(&now) && isSame(now))
+            ::unlink(m_name.constData());
     }
 
 private:
+    bool isSame(const struct stat& now) const
+    {
+        return now.st_dev == m_status.st_dev && now.st_ino == m_status.st_ino;
+    }
     bool isThere(struct stat* status) const { return ::stat(m_name.constData(), status) == 0; }
 
     QByteArray m_name;

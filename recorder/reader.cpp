@@ -9,6 +9,7 @@
 #include "recorder/block_table.h"
 #include "recorder/change_batch.h"
 #include "recorder/change_walk.h"
+#include "recorder/file_identity.h"
 #include "recorder/history.h"
 #include "recorder/recent_samples.h"
 #include "recorder/recording_file.h"
@@ -22,11 +23,37 @@ namespace plc::recorder {
 using database::SqliteDatabase;
 using database::SqliteStatement;
 
+namespace {
+
+NumberSample numberSample(const SeriesNumbers& numbers, const Sample& sample)
+{
+    switch (sample.quality) {
+        case Quality::Stale:
+            return {sample.time, 0, Knowledge::Stale};
+        case Quality::Bad:
+            return {sample.time, 0, Knowledge::Bad};
+        case Quality::Gap:
+            return {sample.time, 0, Knowledge::Gap};
+        case Quality::Good:
+            break;
+    }
+    const std::optional<double> number = numbers.number(sample.bytes);
+    return {sample.time, number.value_or(0), number ? Knowledge::Number : Knowledge::NoNumber};
+}
+
+} // namespace
+
 class Reader::Implementation {
 public:
     using VisitChange = std::function<bool(const Change&)>;
 
-    Expected<void> open(const QString& path) { return openToRead(path, &m_database); }
+    Expected<void> open(const QString& path)
+    {
+        m_file = FileIdentity(path);
+        return openToRead(path, &m_database);
+    }
+    bool isAtItsPath() const { return m_file.isStill(); }
+    void interrupt() { m_database.interrupt(); }
 
     Expected<QVector<Series>> series() { return answer(loadSeries(&m_database)); }
     Expected<QVector<Run>> runs()
@@ -95,6 +122,7 @@ private:
     std::optional<qint64> addTail(LastSamples* last);
     bool addBlocks(const QVector<Series>& all, LastSamples* last);
 
+    FileIdentity m_file;
     SqliteDatabase m_database;
     bool m_isInSnapshot = false;
     std::optional<RecentSamples> m_recent; ///< In a snapshot, of the series that it is about.
@@ -154,9 +182,7 @@ Expected<QVector<Aggregate>> Reader::Implementation::aggregates(const SeriesIds&
         const SeriesNumbers numbers(*described);
         AggregateTimeline timeline(from, to, step, mostKept);
         const auto take = [&](const Sample& sample) {
-            const std::optional<double> number =
-                sample.quality == Quality::Good ? numbers.number(sample.bytes) : std::nullopt;
-            timeline.add({sample.time, number.value_or(0), number.has_value()});
+            timeline.add(numberSample(numbers, sample));
             return true;
         };
         do {
@@ -323,6 +349,16 @@ Reader::Reader(std::unique_ptr<Implementation> implementation)
 }
 
 Reader::~Reader() = default;
+
+void Reader::interrupt()
+{
+    m_implementation->interrupt();
+}
+
+bool Reader::isAtItsPath() const
+{
+    return m_implementation->isAtItsPath();
+}
 
 Expected<QVector<Series>> Reader::series()
 {

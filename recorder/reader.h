@@ -50,6 +50,10 @@ public:
     ~Reader();
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
+    /// Whether the path still leads to the file; else what is recorded there now is in another one.
+    bool isAtItsPath() const;
+    /// What runs ends soon with an error, and so does all that follows. For any thread.
+    void interrupt();
 
     /// In the order in which they were first recorded.
     Expected<QVector<Series>> series();

@@ -3,18 +3,16 @@
 #include <QtCore/QHash>
 
 #include <algorithm>
-#include <cmath>
 
 #include "database/confirmed_time.h"
 #include "database/sqlite_database.h"
 #include "recorder/change_batch.h"
 #include "recorder/compaction.h"
-#include "recorder/file_identity.h"
-#include "recorder/recording_file.h"
+#include "recorder/deadband.h"
+#include "recorder/given_series.h"
+#include "recorder/recording_place.h"
 #include "recorder/removal.h"
 #include "recorder/run_table.h"
-#include "recorder/series_table.h"
-#include "recorder/write_lock.h"
 
 namespace plc::recorder {
 
@@ -56,9 +54,16 @@ public:
     void giveUp(const QVector<Change>& changes);
     void interrupt();
     Expected<void> end(qint64 now);
-    Expected<void> endAtLastTime() { return end(m_now); }
+    /// A run that cannot end is found interrupted, at the same time.
+    void endAtLastTime()
+    {
+        static_cast<void>(end(m_now));
+        if (!m_place.isThere())
+            static_cast<void>(m_place.leave(&m_database));
+    }
 
     QString maintenanceError() const { return m_maintenanceError; }
+    int changedFiles() const { return m_changedFiles; }
     qint64 recordedChanges() const { return m_recorded; }
     qint64 usedBytes();
 
@@ -74,13 +79,14 @@ private:
     };
 
     Expected<void> check(const QVector<Change>& changes) const;
+    Expected<void> openFile(const QString& path, qint64 now);
     Expected<void> checkFile(qint64 now);
-    bool isOutsideDeadband(const Change& change, const Sample& last) const;
+    Expected<void> changeFile(qint64 now);
     QVector<Change> outsideDeadbands(const QVector<Change>& changes, bool isNewRun) const;
-    Transaction transactionOf(const QVector<Change>& changes, qint64 now) const;
+    Transaction transactionOf(const QVector<Change>& changes, qint64 now);
     void restate(const QVector<Change>& changes, qint64 begin, Transaction* transaction) const;
     Run endedRun(qint64 now) const;
-    Run nextRun(qint64 now) const;
+    Run nextRun(qint64 now) const { return {m_lastRun + 1, now, now, now, Ending::Open}; }
 
     bool store(const Transaction& transaction);
     bool storeNewSeries();
@@ -101,14 +107,14 @@ private:
     std::optional<qint64> usedPages();
 
     const Limits m_limits;
-    WriteLock m_lock;
-    FileIdentity m_file;
-    qint64 m_lookedAt = 0; ///< For the file.
-    bool m_isTakenAway = false;
+    RecordingPlace m_place;
+    bool m_isTakenAway = false; ///< Nothing is recorded until it goes on in another file.
+    int m_changedFiles = 0;
     SqliteDatabase m_database;
     Compaction m_compaction;
-    SeriesTable m_series;
-    int m_storedSeries = 0; ///< So many of them are on the disk.
+    GivenSeries m_series;
+    int m_storedSeries = 0;       ///< So many of them are on the disk.
+    std::optional<Run> m_unended; ///< Of the recorder before; ends when a run begins.
     std::optional<Run> m_run;
     qint64 m_lastRun = 0;          ///< Its number, also of one that has ended.
     std::optional<Ending> m_break; ///< What the run ends with before the next change.
@@ -133,9 +139,20 @@ Expected<void> Recorder::Implementation::open(const QString& path, qint64 now)
                          .arg(Limits::kSmallest)
                          .arg(m_limits.size)};
     }
-    if (const Expected<void> locked = m_lock.take(path); !locked)
-        return locked;
-    if (const Expected<void> opened = openToRecord(path, &m_database); !opened)
+    if (const Expected<void> opened = openFile(path, now); !opened)
+        return opened;
+    const Transaction transaction = transactionOf({}, now);
+    const Expected<void> begun = inTransaction([&] { return store(transaction); });
+    if (begun) {
+        stored(transaction, now);
+        maintain(now);
+    }
+    return begun;
+}
+
+Expected<void> Recorder::Implementation::openFile(const QString& path, qint64 now)
+{
+    if (const Expected<void> opened = m_place.open(path, &m_database, now); !opened)
         return opened;
     const std::optional<QVector<Series>> series = loadSeries(&m_database);
     const std::optional<QVector<Run>> runs = loadRuns(&m_database);
@@ -144,29 +161,17 @@ Expected<void> Recorder::Implementation::open(const QString& path, qint64 now)
         m_database.number("SELECT ifnull(sum(length(changes)), 0) + 20 * count(*) FROM batch");
     if (!series || !runs || !horizon || !tail)
         return Error{m_database.error()};
-    m_file = FileIdentity(path);
-    m_lookedAt = now;
-    m_series = SeriesTable(*series);
-    m_storedSeries = m_series.size();
+    m_series.changeFile(*series);
+    m_storedSeries = m_series.stored().size();
     m_horizon = *horizon;
     m_tailBytes = *tail;
-    Transaction transaction;
-    if (!runs->isEmpty()) {
-        m_lastRun = runs->last().id;
-        if (runs->last().ending == Ending::Open) {
-            transaction.ended = runs->last();
-            transaction.ended->ending = Ending::Interrupted;
-        }
+    m_unended.reset();
+    if (!runs->isEmpty() && runs->last().ending == Ending::Open) {
+        m_unended = runs->last();
+        m_unended->ending = Ending::Interrupted;
     }
-    m_lastRun = std::max(m_lastRun, m_horizon.run - 1);
-    transaction.begun = nextRun(now);
-    transaction.isNewRun = true;
-    const Expected<void> begun = inTransaction([&] { return store(transaction); });
-    if (begun) {
-        stored(transaction, now);
-        maintain(now);
-    }
-    return begun;
+    m_lastRun = std::max(runs->isEmpty() ? 0 : runs->last().id, m_horizon.run - 1);
+    return {};
 }
 
 Expected<void> Recorder::Implementation::append(const QVector<Change>& changes, qint64 now,
@@ -205,28 +210,37 @@ Expected<void> Recorder::Implementation::check(const QVector<Change>& changes) c
 /// A file without a name takes all that is written, and nobody will ever read it.
 Expected<void> Recorder::Implementation::checkFile(qint64 now)
 {
-    if (!m_isTakenAway && qAbs(now - m_lookedAt) >= kAliveInterval) {
-        m_lookedAt = now;
-        m_isTakenAway = !m_file.isStill();
-    }
+    m_isTakenAway = m_isTakenAway || m_place.isTakenAway(now);
     if (!m_isTakenAway)
         return {};
-    return Error{QStringLiteral("%1: the recording was moved or removed while it was open; start"
-                                " the program again")
-                     .arg(m_file.path())};
+    if (const Expected<void> changed = changeFile(now); !changed) {
+        return Error{QStringLiteral("%1: the recording was moved or removed while it was open, and"
+                                    " none can be begun in its place: %2")
+                         .arg(m_place.path(), changed.error().text)};
+    }
+    m_isTakenAway = false;
+    ++m_changedFiles;
+    return {};
 }
 
-bool Recorder::Implementation::isOutsideDeadband(const Change& change, const Sample& last) const
+/// What the series hold goes along into a run of the next file.
+Expected<void> Recorder::Implementation::changeFile(qint64 now)
 {
-    if (last.quality != change.sample.quality)
-        return true;
-    const SeriesDescription& series = *m_series.description(change.series);
-    const SeriesNumbers numbers(series);
-    const std::optional<double> before = numbers.number(last.bytes);
-    const std::optional<double> number = numbers.number(change.sample.bytes);
-    if (!before || !number)
-        return last.bytes != change.sample.bytes;
-    return std::abs(*number - *before) >= series.deadband;
+    if (m_run) {
+        const Run run = endedRun(m_now);
+        static_cast<void>(inTransaction([&] { return saveRun(&m_database, run); }));
+        m_run.reset();
+        m_break.reset();
+    }
+    if (const Expected<void> left = m_place.leave(&m_database); !left)
+        return left;
+    m_compaction.forget();
+    m_keptFrom.reset();
+    m_retryAt = 0;
+    const Expected<void> opened = openFile(m_place.path(), now);
+    if (!opened)
+        m_database.close();
+    return opened;
 }
 
 /// Each is compared with the one recorded before in its run, which may be among them.
@@ -236,11 +250,12 @@ QVector<Change> Recorder::Implementation::outsideDeadbands(const QVector<Change>
     QVector<Change> outside;
     QHash<int, Sample> recorded;
     for (const Change& change : changes) {
-        if (m_series.description(change.series)->deadband > 0) {
+        const SeriesDescription& series = *m_series.description(change.series);
+        if (series.deadband > 0) {
             const QHash<int, Sample>& latest =
                 isNewRun || recorded.contains(change.series) ? recorded : m_latest;
             const auto last = latest.constFind(change.series);
-            if (last != latest.constEnd() && !isOutsideDeadband(change, *last))
+            if (last != latest.constEnd() && !isOutsideDeadband(series, *last, change.sample))
                 continue;
             recorded.insert(change.series, change.sample);
         }
@@ -250,20 +265,18 @@ QVector<Change> Recorder::Implementation::outsideDeadbands(const QVector<Change>
 }
 
 Recorder::Implementation::Transaction Recorder::Implementation::transactionOf(
-    const QVector<Change>& changes, qint64 now) const
+    const QVector<Change>& changes, qint64 now)
 {
     Transaction transaction;
     qint64 first = now;
     for (const Change& change : changes)
         first = std::min(first, change.sample.time);
     if (!m_run || m_break) {
-        if (m_run)
-            transaction.ended = endedRun(m_now);
+        transaction.ended = m_run ? endedRun(m_now) : m_unended;
         transaction.begun = nextRun(now);
         transaction.begun->first = first;
         transaction.isNewRun = true;
-        if (m_run)
-            restate(changes, now, &transaction);
+        restate(changes, now, &transaction);
     } else if (first < m_run->first) {
         transaction.begun = m_run;
         transaction.begun->first = first;
@@ -272,7 +285,7 @@ Recorder::Implementation::Transaction Recorder::Implementation::transactionOf(
     transaction.changes += outsideDeadbands(changes, transaction.isNewRun);
     for (const Change& change : changes)
         transaction.time = std::max(transaction.time, change.sample.time);
-    transaction.batch = encodeBatch(transaction.changes, transaction.time);
+    transaction.batch = encodeBatch(m_series.asStored(transaction.changes), transaction.time);
     return transaction;
 }
 
@@ -299,16 +312,6 @@ Run Recorder::Implementation::endedRun(qint64 now) const
     return run;
 }
 
-Run Recorder::Implementation::nextRun(qint64 now) const
-{
-    Run run;
-    run.id = m_lastRun + 1;
-    run.begin = now;
-    run.first = now;
-    run.until = now;
-    return run;
-}
-
 bool Recorder::Implementation::store(const Transaction& transaction)
 {
     if (transaction.ended && !saveRun(&m_database, *transaction.ended))
@@ -320,8 +323,8 @@ bool Recorder::Implementation::store(const Transaction& transaction)
 
 bool Recorder::Implementation::storeNewSeries()
 {
-    for (int i = m_storedSeries; i < m_series.size(); ++i) {
-        if (!insertSeries(&m_database, m_series[i]))
+    for (int i = m_storedSeries; i < m_series.stored().size(); ++i) {
+        if (!insertSeries(&m_database, m_series.stored()[i]))
             return false;
     }
     return true;
@@ -364,11 +367,13 @@ void Recorder::Implementation::stored(const Transaction& transaction, qint64 now
         m_run = transaction.begun;
         m_lastRun = m_run->id;
     }
-    if (transaction.isNewRun)
+    if (transaction.isNewRun) {
         m_break.reset();
+        m_unended.reset();
+    }
     const bool isOnDisk = transaction.begun || !transaction.changes.isEmpty();
     if (isOnDisk) {
-        m_storedSeries = m_series.size();
+        m_storedSeries = m_series.stored().size();
         m_tailBytes += transaction.batch.size() + kBatchOverhead;
     }
     if (isOnDisk || now - m_storedNow >= kAliveInterval)
@@ -382,9 +387,8 @@ void Recorder::Implementation::stored(const Transaction& transaction, qint64 now
 
 void Recorder::Implementation::giveUp(const QVector<Change>& changes)
 {
-    if (!m_run)
-        return;
-    m_break = Ending::ChangesLost;
+    if (m_run)
+        m_break = Ending::ChangesLost;
     for (const Change& change : changes)
         m_latest.insert(change.series, change.sample);
 }
@@ -413,7 +417,7 @@ qint64 Recorder::Implementation::tailLimit() const
 {
     if (m_limits.unsorted > 0)
         return m_limits.unsorted;
-    const qint64 wanted = qBound(kSmallTail, m_series.size() * kTailOfSeries, kLargeTail);
+    const qint64 wanted = qBound(kSmallTail, m_series.stored().size() * kTailOfSeries, kLargeTail);
     return m_limits.size > 0 ? std::min(wanted, m_limits.size / kTailPart) : wanted;
 }
 
@@ -499,8 +503,7 @@ Expected<void> Recorder::Implementation::removeLarge()
 
 Expected<void> Recorder::Implementation::remove(const Horizon& horizon)
 {
-    const Expected<void> removed =
-        inTransaction([&] { return removeBefore(&m_database, horizon); });
+    Expected<void> removed = inTransaction([&] { return removeBefore(&m_database, horizon); });
     if (removed)
         m_horizon = horizon;
     return removed;
@@ -537,9 +540,7 @@ Recorder::Recorder(std::unique_ptr<Implementation> implementation)
 
 Recorder::~Recorder()
 {
-    // Without it the next one takes the run for interrupted, at the same time.
-    const Expected<void> ended = m_implementation->endAtLastTime();
-    static_cast<void>(ended);
+    m_implementation->endAtLastTime();
 }
 
 int Recorder::series(const SeriesDescription& description)
@@ -571,6 +572,11 @@ Expected<void> Recorder::end(qint64 now)
 QString Recorder::maintenanceError() const
 {
     return m_implementation->maintenanceError();
+}
+
+int Recorder::changedFiles() const
+{
+    return m_implementation->changedFiles();
 }
 
 qint64 Recorder::recordedChanges() const

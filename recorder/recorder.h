@@ -53,16 +53,17 @@ public:
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
 
-    /// Number of a series, which stays the same as long as the file does. It comes onto the disk
-    /// with the next change.
+    /// Number of a series, which stays the same as long as the file does; for this object also
+    /// behind a file that was moved or removed. It comes onto the disk with the next change.
     int series(const SeriesDescription& description);
 
     /// Records changes, each at most as late as `now`, in the order of the times at which they are
     /// told. To be called about once a second also without changes: until `now` the series are
     /// known to have held their values.
     ///
-    /// An error also from when the file was moved or removed, which is looked for every 10 s, until
-    /// another recorder is made.
+    /// Where the file was moved or removed, which is looked for every second, it ends there and
+    /// goes on in a new one at the path, in which each series holds what it held; an error as long
+    /// as none can be begun. A recording that stands at the path meanwhile is gone on with.
     ///
     /// `steady` is in ms of a clock that nobody sets. By age is removed only what was too old when
     /// both clocks had gone along for an hour, and as time passes by this one: a clock that is
@@ -84,6 +85,8 @@ public:
     /// Why the last attempt failed to put what was recorded in order, or to remove what is too old;
     /// empty after a success. It is tried again; nothing is lost.
     QString maintenanceError() const;
+    /// How often the file was moved or removed, and another one gone on with.
+    int changedFiles() const;
     /// Changes recorded by this object, without those that a deadband left out.
     qint64 recordedChanges() const;
     /// Bytes of the file that are used.

@@ -11,19 +11,24 @@
 namespace plc::recorder {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr std::chrono::seconds kAttemptInterval(1);
-/// How long it is tried at the end to record what waits.
-constexpr std::chrono::seconds kLastPatience(5);
 
 } // namespace
 
 class RecorderThread::Implementation {
 public:
     Implementation(std::unique_ptr<Recorder> recorder, const QueueLimits& limits)
-        : m_recorder(std::move(recorder)), m_queue(limits), m_thread([this] { run(); })
+        : m_recorder(std::move(recorder)), m_queue(limits)
     {
     }
-    ~Implementation();
+
+    /// The thread.
+    void run();
+    Expected<void> drain(std::chrono::milliseconds patience);
+    /// False: the disk does not answer, and the thread lasts on.
+    bool end(const LastPatience& patience);
 
     int series(const SeriesDescription& description)
     {
@@ -46,7 +51,6 @@ public:
 private:
     using Lock = std::unique_lock<std::mutex>;
 
-    void run();
     void record(Lock* lock, ChangeQueue::Portion portion);
     bool waitForRetry(Lock* lock);
     void translate(QVector<Change>* changes);
@@ -59,23 +63,43 @@ private:
     SeriesTable m_series;
     QHash<int, int> m_ids; ///< By the numbers of m_series; of the thread.
     ChangeQueue m_queue;
-    qint64 m_underWay = 0; ///< Changes that the thread has taken from the queue.
+    bool m_isBusy = false; ///< The thread has taken something from the queue:
+    qint64 m_underWay = 0; ///< so many changes.
     RecorderStatus m_status;
+    bool m_isAwaited = false;          ///< By drain(): no attempt is put off.
+    qint64 m_failures = 0;             ///< Attempts.
+    std::condition_variable m_settled; ///< All is recorded, or an attempt has failed.
     bool m_isEnding = false;
-    std::chrono::steady_clock::time_point m_deadline;
-
-    std::thread m_thread; ///< The last member: it uses the others.
+    Clock::time_point m_deadline; ///< Of the attempts.
+    bool m_isLeftAlone = false;   ///< Nothing more is begun.
+    bool m_hasEnded = false;
+    std::condition_variable m_ended;
 };
 
-RecorderThread::Implementation::~Implementation()
+Expected<void> RecorderThread::Implementation::drain(std::chrono::milliseconds patience)
 {
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_isEnding = true;
-        m_deadline = std::chrono::steady_clock::now() + kLastPatience;
-        m_wake.notify_one();
-    }
-    m_thread.join();
+    Lock lock(m_mutex);
+    const qint64 failures = m_failures;
+    m_isAwaited = true;
+    m_wake.notify_one();
+    const auto isIdle = [this] { return m_queue.isEmpty() && !m_isBusy; };
+    const bool isInTime =
+        m_settled.wait_for(lock, patience, [&] { return isIdle() || m_failures != failures; });
+    m_isAwaited = false;
+    if (isInTime && isIdle())
+        return {};
+    return Error{isInTime ? m_status.error : QStringLiteral("the disk does not answer")};
+}
+
+bool RecorderThread::Implementation::end(const LastPatience& patience)
+{
+    Lock lock(m_mutex);
+    m_isEnding = true;
+    m_deadline = Clock::now() + patience.attempts;
+    m_wake.notify_one();
+    m_isLeftAlone =
+        !m_ended.wait_until(lock, m_deadline + patience.answer, [this] { return m_hasEnded; });
+    return m_hasEnded;
 }
 
 RecorderStatus RecorderThread::Implementation::status() const
@@ -91,6 +115,8 @@ void RecorderThread::Implementation::run()
 {
     Lock lock(m_mutex);
     for (;;) {
+        if (m_isLeftAlone)
+            break;
         std::optional<ChangeQueue::Portion> portion = m_queue.take();
         if (portion) {
             record(&lock, std::move(*portion));
@@ -100,16 +126,21 @@ void RecorderThread::Implementation::run()
             break;
         m_wake.wait(lock);
     }
-    if (m_queue.hasUntoldLoss())
+    if (m_queue.hasUntoldLoss() || m_queue.waiting() > 0)
         m_recorder->giveUp({});
+    // Which writes, and nobody may wait for the disk under the lock.
+    lock.unlock();
     m_recorder.reset();
+    lock.lock();
+    m_hasEnded = true;
+    m_ended.notify_all();
 }
 
 /// Tries until it succeeds, or it is given up at the end.
 void RecorderThread::Implementation::record(Lock* lock, ChangeQueue::Portion portion)
 {
-    const qint64 count = portion.changes.size() + portion.lost.size();
-    m_underWay = count;
+    m_isBusy = true;
+    m_underWay = portion.changes.size() + portion.lost.size();
     translate(&portion.changes);
     translate(&portion.lost);
     if (portion.isBehindLoss)
@@ -126,6 +157,8 @@ void RecorderThread::Implementation::record(Lock* lock, ChangeQueue::Portion por
         tell(outcome, usedBytes);
         if (outcome)
             break;
+        ++m_failures;
+        m_settled.notify_all();
         if (!waitForRetry(lock)) {
             m_recorder->giveUp(portion.changes);
             m_status.dropped += portion.changes.size();
@@ -133,15 +166,17 @@ void RecorderThread::Implementation::record(Lock* lock, ChangeQueue::Portion por
         }
     }
     m_underWay = 0;
+    m_isBusy = false;
+    m_settled.notify_all();
 }
 
 bool RecorderThread::Implementation::waitForRetry(Lock* lock)
 {
     if (!m_isEnding)
-        m_wake.wait_for(*lock, kAttemptInterval, [this] { return m_isEnding; });
+        m_wake.wait_for(*lock, kAttemptInterval, [this] { return m_isEnding || m_isAwaited; });
     else
         m_wake.wait_for(*lock, kAttemptInterval / 10);
-    return !m_isEnding || std::chrono::steady_clock::now() < m_deadline;
+    return !m_isEnding || Clock::now() < m_deadline;
 }
 
 /// From the numbers of append() to those of the recorder.
@@ -160,27 +195,50 @@ void RecorderThread::Implementation::translate(QVector<Change>* changes)
 void RecorderThread::Implementation::tell(const Expected<void>& outcome, qint64 usedBytes)
 {
     m_status.error = outcome ? m_recorder->maintenanceError() : outcome.error().text;
+    m_status.changedFiles = m_recorder->changedFiles();
     m_status.recorded = m_recorder->recordedChanges();
     m_status.usedBytes = usedBytes;
 }
 
 Expected<std::unique_ptr<RecorderThread>> RecorderThread::start(const QString& path,
                                                                 const Limits& limits, qint64 now,
-                                                                const QueueLimits& queue)
+                                                                const QueueLimits& queue,
+                                                                bool* isMediumFailing)
 {
-    Expected<std::unique_ptr<Recorder>> recorder = Recorder::open(path, limits, now);
+    Expected<std::unique_ptr<Recorder>> recorder =
+        Recorder::open(path, limits, now, isMediumFailing);
     if (!recorder)
         return recorder.error();
     return std::unique_ptr<RecorderThread>(
-        new RecorderThread(std::make_unique<Implementation>(std::move(*recorder), queue)));
+        new RecorderThread(std::make_shared<Implementation>(std::move(*recorder), queue)));
 }
 
-RecorderThread::RecorderThread(std::unique_ptr<Implementation> implementation)
-    : m_implementation(std::move(implementation))
+RecorderThread::RecorderThread(std::shared_ptr<Implementation> implementation)
+    : m_implementation(std::move(implementation)),
+      m_thread([shared = m_implementation] { shared->run(); })
 {
 }
 
-RecorderThread::~RecorderThread() = default;
+RecorderThread::~RecorderThread()
+{
+    finish();
+}
+
+Expected<void> RecorderThread::drain(std::chrono::milliseconds patience)
+{
+    return m_implementation->drain(patience);
+}
+
+RecorderStatus RecorderThread::finish(const LastPatience& patience)
+{
+    if (m_thread.joinable()) {
+        if (m_implementation->end(patience))
+            m_thread.join();
+        else
+            m_thread.detach();
+    }
+    return status();
+}
 
 int RecorderThread::series(const SeriesDescription& description)
 {

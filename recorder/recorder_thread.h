@@ -4,7 +4,9 @@
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
+#include <chrono>
 #include <memory>
+#include <thread>
 
 #include "recorder/change_queue.h"
 #include "recorder/recorder.h"
@@ -17,19 +19,30 @@ struct RecorderStatus {
     qint64 waiting = 0;
     qint64 dropped = 0; ///< Shown as a gap: the disk was full or too slow.
     qint64 usedBytes = 0;
+    int changedFiles = 0; ///< See Recorder::changedFiles().
     /// Why nothing can be recorded at present; empty while it works. It is tried again each second.
     QString error;
+};
+
+/// How long it is waited at the end of a recording.
+struct LastPatience {
+    /// So long it is tried to record what waits,
+    std::chrono::milliseconds attempts = std::chrono::seconds(5);
+    /// and so long the disk has behind that to answer the last attempt.
+    std::chrono::milliseconds answer = std::chrono::seconds(2);
 };
 
 /// A Recorder in a thread of its own. The functions never wait for the disk; they are called by one
 /// thread, status() by any.
 class RecorderThread {
 public:
-    /// Opens the file, which may wait for the disk, and starts the thread.
+    /// Opens the file, which may wait for the disk, and starts the thread. `isMediumFailing` as of
+    /// Recorder::open().
     static Expected<std::unique_ptr<RecorderThread>> start(const QString& path,
                                                            const Limits& limits, qint64 now,
-                                                           const QueueLimits& queue = {});
-    /// Records what waits, for a few seconds at most, and ends the recording.
+                                                           const QueueLimits& queue = {},
+                                                           bool* isMediumFailing = nullptr);
+    /// As finish().
     ~RecorderThread();
     RecorderThread(const RecorderThread&) = delete;
     RecorderThread& operator=(const RecorderThread&) = delete;
@@ -46,11 +59,22 @@ public:
 
     RecorderStatus status() const;
 
+    /// Waits until all is recorded, has it tried at once where it failed before, and returns the
+    /// error of that attempt; one, too, where it takes longer.
+    Expected<void> drain(std::chrono::milliseconds patience);
+
+    /// Records what waits and ends the recording. What is dropped or waits behind that is not known
+    /// to be recorded: a disk that does not answer keeps nobody from ending. Nothing is done behind
+    /// it.
+    RecorderStatus finish(const LastPatience& patience = {});
+
 private:
     class Implementation;
-    explicit RecorderThread(std::unique_ptr<Implementation> implementation);
+    explicit RecorderThread(std::shared_ptr<Implementation> implementation);
 
-    std::unique_ptr<Implementation> m_implementation;
+    const std::shared_ptr<Implementation>
+        m_implementation; ///< Shared with the thread, which may outlast this.
+    std::thread m_thread;
 };
 
 } // namespace plc::recorder

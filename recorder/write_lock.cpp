@@ -29,15 +29,27 @@ bool leadsTo(const QByteArray& name, int file)
 
 WriteLock::~WriteLock()
 {
+    release();
+}
+
+/// The folder may have been moved, and the name be another's.
+void WriteLock::release()
+{
     if (m_file < 0)
         return;
-    ::unlink(m_name.constData());
+    if (leadsTo(m_name, m_file))
+        ::unlink(m_name.constData());
     ::close(m_file);
+    m_file = -1;
 }
 
 Expected<void> WriteLock::take(const QString& path)
 {
-    m_name = QFile::encodeName(path) + "-lock";
+    const QByteArray name = QFile::encodeName(path) + "-lock";
+    if (m_file >= 0 && name == m_name && leadsTo(m_name, m_file))
+        return {};
+    release();
+    m_name = name;
     for (;;) {
         const int file = ::open(m_name.constData(), O_RDWR | O_CREAT | O_CLOEXEC, kFileMode);
         if (file < 0) {

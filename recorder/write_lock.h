@@ -17,10 +17,12 @@ public:
     WriteLock(const WriteLock&) = delete;
     WriteLock& operator=(const WriteLock&) = delete;
 
-    /// Locks the recording `path`.
+    /// Locks the recording `path`, unless that is locked by this already.
     Expected<void> take(const QString& path);
 
 private:
+    void release();
+
     QByteArray m_name;
     int m_file = -1;
 };

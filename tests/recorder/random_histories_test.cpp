@@ -53,10 +53,13 @@ public:
         result.minimum = std::numeric_limits<double>::infinity();
         result.maximum = -result.minimum;
         int known = 0;
+        QVector<int> others(4); // ms that it was stale, bad, not recorded, no number
         const auto take = [&](const Sample& sample, int duration) {
             const std::optional<double> number = numbers.number(sample.bytes);
-            if (sample.quality != Quality::Good || !number)
+            if (sample.quality != Quality::Good || !number) {
+                others[sample.quality == Quality::Good ? 3 : int(sample.quality) - 1] += duration;
                 return;
+            }
             result.minimum = std::min(result.minimum, *number);
             result.maximum = std::max(result.maximum, *number);
             sum += *number * duration;
@@ -69,6 +72,12 @@ public:
         }
         result.mean = sum / known;
         result.coverage = double(known) / (to - from);
+        for (int i = 0, most = 0; i < int(others.size()); ++i) {
+            if (others[i] <= most)
+                continue;
+            most = others[i];
+            result.rest = Knowledge(i + 1);
+        }
         return result;
     }
 
@@ -276,6 +285,7 @@ private:
                 m_models[series].aggregate(numbers, begin, qMin(to, begin + step));
             ASSERT_EQ(begin, found.begin);
             ASSERT_DOUBLE_EQ(wanted.coverage, found.coverage);
+            ASSERT_EQ(wanted.rest, found.rest);
             if (wanted.coverage == 0)
                 continue;
             ASSERT_NEAR(wanted.mean, found.mean, 1e-12 * std::max(1.0, std::abs(wanted.mean)));

@@ -213,26 +213,6 @@ TEST_F(RecorderTest, TwoCannotRecordIntoOneFile)
     EXPECT_EQ("a.sqlite", names());
 }
 
-TEST_F(RecorderTest, AFileThatWasTakenAwayIsToldWithinTenSeconds)
-{
-    const std::unique_ptr<Recorder> recorder = open(0);
-    const int a = recorder->series(ofType("P.a", "INT"));
-    append(*recorder, {good(a, 1000, "1")}, 1000);
-    append(*recorder, {good(a, 10000, "2")}, 10000);
-    ASSERT_TRUE(QFile::rename(file, path("moved.sqlite")));
-    append(*recorder, {good(a, 19999, "3")}, 19999);
-    const std::string wanted = file.toStdString() +
-                               ": the recording was moved or removed while it was open;"
-                               " start the program again";
-    EXPECT_FALSE(succeeds(recorder->append({good(a, 20000, "4")}, 20000)));
-    EXPECT_EQ(wanted, error.toStdString());
-    EXPECT_FALSE(succeeds(recorder->append({}, 20001)));
-    EXPECT_EQ(3, recorder->recordedChanges());
-    // Another file of that name is not the one either.
-    ASSERT_TRUE(QFile::copy(path("moved.sqlite"), file));
-    EXPECT_FALSE(succeeds(recorder->append({}, 40000)));
-}
-
 TEST_F(RecorderTest, LastValuesAreThoseOfTheRunThatGoesOn)
 {
     {
@@ -328,7 +308,7 @@ QVector<Aggregate> aggregatesOf(const NumberSample& before, const QVector<Number
                                 qint64 from, qint64 to, qint64 step)
 {
     AggregateSum sum(from, to, step);
-    sum.add({from - 1, before.number, before.isKnown});
+    sum.add({from - 1, before.number, before.knowledge});
     for (const NumberSample& sample : samples)
         sum.add(sample);
     return sum.finish();
@@ -337,7 +317,8 @@ QVector<Aggregate> aggregatesOf(const NumberSample& before, const QVector<Number
 TEST(Aggregates, AreWeightedByTime)
 {
     // 1 for 2 s, 4 for 3 s, then nothing.
-    const QVector<NumberSample> samples{{0, 1, true}, {2000, 4, true}, {5000, 0, false}};
+    const QVector<NumberSample> samples{
+        {0, 1, Knowledge::Number}, {2000, 4, Knowledge::Number}, {5000, 0, Knowledge::Gap}};
     const QVector<Aggregate> one = aggregatesOf(NumberSample(), samples, 0, 10000, 10000);
     ASSERT_EQ(1, one.size());
     EXPECT_DOUBLE_EQ(2.8, one[0].mean);
@@ -345,13 +326,32 @@ TEST(Aggregates, AreWeightedByTime)
     EXPECT_DOUBLE_EQ(4, one[0].maximum);
     EXPECT_DOUBLE_EQ(0.5, one[0].coverage);
     // The last step is shorter, and what the step before held at its end is no value of the next.
-    const QVector<Aggregate> steps = aggregatesOf({-1, 9, true}, samples, 0, 7000, 2000);
+    const QVector<Aggregate> steps =
+        aggregatesOf({-1, 9, Knowledge::Number}, samples, 0, 7000, 2000);
     ASSERT_EQ(4, steps.size());
     EXPECT_DOUBLE_EQ(1, steps[0].maximum);
     EXPECT_DOUBLE_EQ(4, steps[1].minimum);
     EXPECT_DOUBLE_EQ(0.5, steps[2].coverage);
     EXPECT_DOUBLE_EQ(0, steps[3].coverage);
     EXPECT_EQ(6000, steps[3].begin);
+}
+
+TEST(Aggregates, TellWhatHeldInTheRestOfTheTime)
+{
+    const QVector<NumberSample> samples{{100, 1, Knowledge::Number},   {103, 0, Knowledge::Bad},
+                                        {107, 0, Knowledge::Stale},    {110, 0, Knowledge::Stale},
+                                        {115, 0, Knowledge::NoNumber}, {121, 0, Knowledge::Gap},
+                                        {130, 2, Knowledge::Number},   {140, 3, Knowledge::Number}};
+    const QVector<Aggregate> steps = aggregatesOf(NumberSample(), samples, 90, 150, 10);
+    ASSERT_EQ(6, steps.size());
+    EXPECT_EQ(Knowledge::Gap, steps[0].rest) << "nothing was recorded yet";
+    EXPECT_EQ(Knowledge::Bad, steps[1].rest) << "4 ms; it was stale for 3";
+    EXPECT_DOUBLE_EQ(0.3, steps[1].coverage);
+    EXPECT_EQ(Knowledge::Stale, steps[2].rest);
+    EXPECT_EQ(Knowledge::Gap, steps[3].rest) << "9 ms; it was no number for 1";
+    EXPECT_EQ(Knowledge::Number, steps[4].rest);
+    EXPECT_DOUBLE_EQ(1, steps[5].coverage);
+    EXPECT_EQ(Knowledge::NoNumber, aggregatesOf(NumberSample(), samples, 114, 121, 7)[0].rest);
 }
 
 } // namespace

@@ -62,6 +62,22 @@ TEST_F(RecorderThreadTest, APauseIsAGapAlsoWhereTheDiskIsLate)
     EXPECT_EQ(Ending::Interrupted, runs().first().ending);
 }
 
+TEST_F(RecorderThreadTest, GoesOnInANewFileWhereItsOwnWasRemoved)
+{
+    std::unique_ptr<RecorderThread> thread = start();
+    const int a = thread->series(ofType("P.a", "INT"));
+    thread->append({good(a, 100, "1")}, 100);
+    ASSERT_TRUE(waitUntil([&] { return thread->status().recorded == 1; }));
+    ASSERT_TRUE(QFile::remove(file));
+    thread->append({}, 2000);
+    ASSERT_TRUE(waitUntil([&] { return thread->status().changedFiles == 1; }));
+    EXPECT_EQ("", thread->status().error.toStdString());
+    thread->append({good(a, 3000, "2")}, 3000);
+    thread.reset();
+    const QVector<Sample> wanted{good(a, 2000, "1").sample, good(a, 3000, "2").sample, gap(3000)};
+    EXPECT_EQ(wanted, history(1, 0, 5000).samples);
+}
+
 TEST_F(RecorderThreadTest, ADiskThatIsTooSlowIsAGapBehindWhichTheLastValuesHold)
 {
     QueueLimits limits;
