@@ -28,8 +28,8 @@ int logValues(const LogOptions& options)
 {
     if (!options.exported.isEmpty() || !options.converted.isEmpty())
         return exportOrConvert(options);
-    return inContext(options, [&](const CommandContext& context) {
-        return LogCommand(options, context).execute();
+    return withDriver(options, [&](const CommandContext& context, host::DriverClaim driver) {
+        return LogCommand(options, context, std::move(driver)).execute();
     });
 }
 
@@ -45,57 +45,74 @@ const Command kLogCommand = {"log",
 
 options::Table LogOptions::table()
 {
+    return loggingTable() + conversionTable() + CyclicOptions::table();
+}
+
+options::Table LogOptions::loggingTable()
+{
     using namespace options;
     return Table{
-               {"-o, --output FILE",
-                "the log: .csv, or a database: .sqlite, .sqlite3, .db; one that exists is "
-                "continued",
-                text(&output), kCompleteFile,
-                "The log: CSV if the name ends in `.csv`, an SQLite database if it ends in "
-                "`.sqlite`, `.sqlite3` or `.db`. A log that exists is continued."},
-               {"--every DURATION", "log all values at this interval instead of changes",
-                milliseconds(&every, {kNoPlainNumber, kAboveZero, kLongestTime}), kCompleteNothing,
-                "Log all values at this interval, whether they change or not, starting with the "
-                "first that are read."},
-               {"--rotate-size SIZE",
-                "start a new CSV file before one grows beyond this size: 500k, 64M, 2G",
-                size(&rotateSize), kCompleteNothing,
-                "Start a new CSV file before one grows beyond `SIZE` bytes, such as `500k`, "
-                "`64M` or `2G`. The name of the older file gets a number, which tells the order, "
-                "and the time of its first record: `plant.000001.20261121T060000123Z.csv`."},
-               {"--rotate-every DURATION", "start a new CSV file after this time: 1h, 1d",
-                milliseconds(&rotateEvery, {kNoPlainNumber, kAboveZero, double(kLongestPeriod)}),
-                kCompleteNothing,
-                "Start a new CSV file when the first record of one is this old, such as `1h` or "
-                "`1d`."},
-               {"--keep N", "number of rotated files to keep; the oldest are removed (all)",
-                integer(&keep, 1, std::numeric_limits<int>::max()), kCompleteNothing,
-                "Keep `N` of the older files, those with the highest numbers; all if not given."},
-               {"--export DATABASE", "turn this database into the file --output; needs no project",
-                text(&exported), kCompleteFile,
-                "Turn the log in a database into a new file `--output`; one that exists is an "
-                "error. Needs neither a project nor a PLC."},
-               {"--format FORMAT",
-                "with --export: csv, influx, postgresql, openmetrics or prometheus (csv)",
-                text(&format), kCompleteNothing,
-                "What `--export` makes: `csv`; `influx`, line protocol; `postgresql`, a script for "
-                "psql with COPY; `openmetrics`, for `promtool tsdb create-blocks-from`; or "
-                "`prometheus`, the last values. A log of version 1.0 has to be converted first for "
-                "all but CSV."},
-               {"--from TIME", "with --export: from this time on, such as 2026-11-21T06:00:00Z",
-                text(&from), kCompleteNothing,
-                "Export from this time on, in UTC or with a distance from it: "
-                "`2026-11-21T06:00:00Z`, `2026-11-21T07:00:00+01:00`."},
-               {"--to TIME", "with --export: up to this time", text(&to), kCompleteNothing,
-                "Export what is before this time."},
-               {"--convert LOG",
-                "make the database --output of this log, in CSV or of version 1.0; needs no "
-                "project",
-                text(&converted), kCompleteFile,
-                "Make a new database `--output` of a log in CSV, or in a database of version 1.0. "
-                "With `--every` of a log that was made so. Needs neither a project nor a PLC."},
-           } +
-           CyclicOptions::table();
+        {"-o, --output FILE",
+         "the log: .csv, or a database: .sqlite, .sqlite3, .db; one that exists is "
+         "continued",
+         text(&output), kCompleteFile,
+         "The log: CSV if the name ends in `.csv`, an SQLite database if it ends in "
+         "`.sqlite`, `.sqlite3` or `.db`. A log that exists is continued."},
+        {"--every DURATION", "log all values at this interval instead of changes",
+         milliseconds(&every, {kNoPlainNumber, kAboveZero, kLongestTime}), kCompleteNothing,
+         "Log all values at this interval, whether they change or not, starting with the "
+         "first that are read."},
+        {"--plc NAME",
+         "what the PLC is called in the database (as the project's file, without ending)",
+         text(&plc), kCompleteNothing,
+         "Record the values as those of the PLC `NAME`, in a database. Without it the PLC "
+         "is called as the project's file without its ending, as `plc-panel` does. With "
+         "`--convert` the values are of no PLC unless it is given."},
+        {"--rotate-size SIZE",
+         "start a new CSV file before one grows beyond this size: 500k, 64M, 2G", size(&rotateSize),
+         kCompleteNothing,
+         "Start a new CSV file before one grows beyond `SIZE` bytes, such as `500k`, "
+         "`64M` or `2G`. The name of the older file gets a number, which tells the order, "
+         "and the time of its first record: `plant.000001.20261121T060000123Z.csv`."},
+        {"--rotate-every DURATION", "start a new CSV file after this time: 1h, 1d",
+         milliseconds(&rotateEvery, {kNoPlainNumber, kAboveZero, double(kLongestPeriod)}),
+         kCompleteNothing,
+         "Start a new CSV file when the first record of one is this old, such as `1h` or "
+         "`1d`."},
+        {"--keep N", "number of rotated files to keep; the oldest are removed (all)",
+         integer(&keep, 1, std::numeric_limits<int>::max()), kCompleteNothing,
+         "Keep `N` of the older files, those with the highest numbers; all if not given."},
+    };
+}
+
+options::Table LogOptions::conversionTable()
+{
+    using namespace options;
+    return Table{
+        {"--export DATABASE", "turn this database into the file --output; needs no project",
+         text(&exported), kCompleteFile,
+         "Turn the log in a database into a new file `--output`; one that exists is an "
+         "error. Needs neither a project nor a PLC."},
+        {"--format FORMAT",
+         "with --export: csv, influx, postgresql, openmetrics or prometheus (csv)", text(&format),
+         kCompleteNothing,
+         "What `--export` makes: `csv`; `influx`, line protocol; `postgresql`, a script for "
+         "psql with COPY; `openmetrics`, for `promtool tsdb create-blocks-from`; or "
+         "`prometheus`, the last values. A log of version 1.0 has to be converted first for "
+         "all but CSV."},
+        {"--from TIME", "with --export: from this time on, such as 2026-11-21T06:00:00Z",
+         text(&from), kCompleteNothing,
+         "Export from this time on, in UTC or with a distance from it: "
+         "`2026-11-21T06:00:00Z`, `2026-11-21T07:00:00+01:00`."},
+        {"--to TIME", "with --export: up to this time", text(&to), kCompleteNothing,
+         "Export what is before this time."},
+        {"--convert LOG",
+         "make the database --output of this log, in CSV or of version 1.0; needs no "
+         "project",
+         text(&converted), kCompleteFile,
+         "Make a new database `--output` of a log in CSV, or in a database of version 1.0. "
+         "With `--every` of a log that was made so. Needs neither a project nor a PLC."},
+    };
 }
 
 Expected<void> LogOptions::check()
@@ -113,6 +130,8 @@ Expected<void> LogOptions::check()
     }
     if (rotates && isDatabase(output))
         return Error{QStringLiteral("--rotate-size and --rotate-every are for .csv files")};
+    if (!plc.isEmpty() && !isDatabase(output))
+        return Error{QStringLiteral("--plc is for databases")};
     if (keep > 0 && !rotates)
         return Error{QStringLiteral("--keep goes with --rotate-size or --rotate-every")};
     return CyclicOptions::check();
@@ -147,17 +166,24 @@ bool LogCommand::prepare()
 Expected<std::unique_ptr<log::LogWriter>> LogCommand::openDatabase(bool* isMediumFailing)
 {
     if (log::isLogDatabase(m_options.output)) {
+        if (!m_options.plc.isEmpty()) {
+            return Error{QStringLiteral("%1: a log of version 1.0 has no names of PLCs; make a "
+                                        "database of it with --convert --plc")
+                             .arg(m_options.output)};
+        }
         Expected<std::unique_ptr<log::SqliteLog>> writer =
             log::SqliteLog::open(m_options.output, isMediumFailing);
         if (!writer)
             return writer.error();
         return std::unique_ptr<log::LogWriter>(std::move(*writer));
     }
+    const QString plc =
+        m_options.plc.isEmpty() ? project::plcName(m_options.projectFile) : m_options.plc;
     QHash<QString, recorder::SeriesDescription> series;
     const host::ValueTable& values = runtime().values();
     for (int row = 0; row < values.size(); ++row) {
         const host::DataPoint& point = values.point(row);
-        series.insert(point.text, recorder::describe(point, project().name));
+        series.insert(point.text, recorder::describe(point, plc));
     }
     Expected<std::unique_ptr<log::RecorderLog>> writer = log::RecorderLog::open(
         m_options.output, series, QDateTime::currentMSecsSinceEpoch, isMediumFailing);
@@ -284,7 +310,8 @@ void LogCommand::collect(int row)
     m_records.append(record);
 }
 
-/// A log with a gap that nobody knows of is worse than one that ends: the first failure ends it.
+/// A log with a gap that nobody knows of is worse than one that ends: where the log cannot tell of
+/// it, the first failure ends it.
 void LogCommand::write()
 {
     if (!m_writer)
@@ -293,9 +320,12 @@ void LogCommand::write()
         m_writer->interrupt();
     collectChanges();
     const Expected<void> written = m_writer->write(m_records);
-    if (written) {
-        m_written += m_records.size();
+    if (const QString remark = m_writer->takeRemark(); !remark.isEmpty())
+        complain(remark);
+    if (written || m_writer->keepsTrying()) {
+        m_given += m_records.size();
         m_records.clear();
+        tellWriting(written);
         return;
     }
     m_writer.reset();
@@ -305,9 +335,39 @@ void LogCommand::write()
     end(kExitRefused);
 }
 
+void LogCommand::aboutToEnd()
+{
+    write();
+    if (m_writer)
+        m_writer->finish();
+}
+
+/// Each failure once, and that it is over.
+void LogCommand::tellWriting(const Expected<void>& written)
+{
+    const QString failure = written ? QString() : written.error().text;
+    if (failure == m_failure)
+        return;
+    m_failure = failure;
+    if (written) {
+        complain(QStringLiteral("%1: the log goes on").arg(m_options.output));
+        return;
+    }
+    complain(QStringLiteral("%1; it is tried again each second, and what there is no room for "
+                            "meanwhile will be a gap in the log")
+                 .arg(failure));
+}
+
 void LogCommand::ended()
 {
-    printLogResult(m_options, m_written, link().now());
+    const qint64 missing = m_writer ? m_writer->backlog().sum() : 0;
+    if (missing > 0) {
+        complain(
+            QStringLiteral("%1 records are not known to be written; in their place %2 has a gap")
+                .arg(missing)
+                .arg(m_options.output));
+    }
+    printLogResult(m_options, m_given - missing, link().now());
 }
 
 } // namespace plc::cli

@@ -19,6 +19,7 @@ struct LogOptions : CyclicOptions {
     QString exported;       ///< The database to be exported; empty: values are logged.
     QString converted;      ///< The log to be made a recording of; empty: values are logged.
     QString format;         ///< What is exported; empty: CSV.
+    QString plc;            ///< Name of the PLC in the database; empty: that of the project's file.
     QString from;           ///< Begin of what is exported; empty: all.
     QString to;             ///< Its end.
     int every = 0;          ///< ms from record to record; 0: changes.
@@ -32,6 +33,10 @@ struct LogOptions : CyclicOptions {
     {
         return exported.isEmpty() && converted.isEmpty() && CyclicOptions::lacksProject();
     }
+
+private:
+    options::Table loggingTable();
+    options::Table conversionTable();
 };
 
 /// Whether the log's file is a database, by its suffix, and not CSV.
@@ -43,8 +48,8 @@ extern const Command kLogCommand;
 /// once a second.
 class LogCommand : public CyclicCommand {
 public:
-    LogCommand(const LogOptions& options, const CommandContext& context)
-        : CyclicCommand(options, context), m_options(options)
+    LogCommand(const LogOptions& options, const CommandContext& context, host::DriverClaim driver)
+        : CyclicCommand(options, context, std::move(driver)), m_options(options)
     {
     }
 
@@ -55,8 +60,10 @@ private:
     void requestSettled() override;
     void valueRefused(int row) override;
     void valueGivenAgain(int row) override;
-    void aboutToEnd() override { write(); }
+    void aboutToEnd() override;
     void ended() override;
+    /// What the log does not have is told by the exit code.
+    bool hasFailed() const override { return m_writer && m_writer->backlog().sum() > 0; }
 
     Expected<std::unique_ptr<log::LogWriter>> openWriter(bool* isMediumFailing);
     Expected<std::unique_ptr<log::LogWriter>> openDatabase(bool* isMediumFailing);
@@ -65,6 +72,7 @@ private:
     void collectAll();
     void collect(int row);
     void write();
+    void tellWriting(const Expected<void>& written);
 
     const LogOptions& m_options;
     std::unique_ptr<log::LogWriter> m_writer;
@@ -73,7 +81,8 @@ private:
     QVector<bool> m_hasBegun;          ///< Rows that have a record, of those logged at an interval.
     int m_begun = 0;                   ///< How many they are.
     QVector<log::LogRecord> m_records; ///< That are not written yet.
-    qint64 m_written = 0;
+    qint64 m_given = 0;                ///< To the log.
+    QString m_failure;                 ///< Why it cannot be written at present; empty: it can.
     QTimer m_writing;
     QTimer m_sampling;
 };

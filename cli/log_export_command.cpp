@@ -125,7 +125,7 @@ Expected<void> checkExport(const LogOptions& options)
                                       {options.rotateEvery > 0, "rotate-every"},
                                       {options.keep > 0, "keep"}};
     if (!exports) {
-        if (const Expected<void> isGood = expectNone(ofExports, "without --export"); !isGood)
+        if (Expected<void> isGood = expectNone(ofExports, "without --export"); !isGood)
             return isGood;
     }
     if (!exports && !converts)
@@ -143,7 +143,7 @@ Expected<void> checkExport(const LogOptions& options)
     }
     if (converts)
         return expectNone(ofLogs, "with --convert");
-    if (const Expected<void> isGood = checkOutput(options); !isGood)
+    if (Expected<void> isGood = checkOutput(options); !isGood)
         return isGood;
     return expectNone(QVector<NamedOption>{{options.every > 0, "every"}} + ofLogs, "with --export");
 }
@@ -181,10 +181,10 @@ int exportOrConvert(const LogOptions& options)
         }
         progress->advance(done, clock.elapsed());
     };
-    const Expected<qint64> records = exports
-                                         ? exportAs(options, show, &isMediumFailing)
-                                         : log::convertLog(options.converted, options.output,
-                                                           options.every, show, &isMediumFailing);
+    const Expected<qint64> records =
+        exports ? exportAs(options, show, &isMediumFailing)
+                : log::convertLog(options.converted, options.output, options.every, options.plc,
+                                  show, &isMediumFailing);
     progress.reset();
     if (!records) {
         complain(records.error().text);

@@ -94,7 +94,10 @@ Expected<void> readDatabase(const QString& path, const TakeRecord& take)
 /// Records what a log has, with gaps where it was begun anew.
 class Conversion {
 public:
-    Conversion(recorder::Recorder* recorder, qint64 every) : m_recorder(recorder), m_every(every) {}
+    Conversion(recorder::Recorder* recorder, qint64 every, const QString& plc)
+        : m_recorder(recorder), m_every(every), m_plc(plc)
+    {
+    }
 
     Expected<void> take(const LogRecord& record)
     {
@@ -111,6 +114,7 @@ public:
         }
         m_now = isSetBack || m_records == 0 ? record.time : qMax(m_now, record.time);
         recorder::SeriesDescription series;
+        series.source = m_plc;
         series.label = record.label;
         m_changes.append({m_recorder->series(series),
                           {record.time, qualityOf(record.state), record.value.toUtf8()}});
@@ -146,6 +150,7 @@ private:
 
     recorder::Recorder* const m_recorder;
     const qint64 m_every;
+    const QString m_plc;
     QVector<recorder::Change> m_changes;
     QHash<QString, LogRecord> m_last; ///< Since the log was begun.
     qint64 m_now = 0;
@@ -153,7 +158,8 @@ private:
 };
 
 Expected<qint64> convertTo(const QString& path, const QString& oldPath, qint64 every,
-                           const ExportProgress& progress, bool* isMediumFailing)
+                           const QString& plc, const ExportProgress& progress,
+                           bool* isMediumFailing)
 {
     std::unique_ptr<recorder::Recorder> recorder;
     std::optional<Conversion> conversion;
@@ -164,7 +170,7 @@ Expected<qint64> convertTo(const QString& path, const QString& oldPath, qint64 e
             if (!opened)
                 return opened.error();
             recorder = std::move(*opened);
-            conversion.emplace(recorder.get(), every);
+            conversion.emplace(recorder.get(), every, plc);
         }
         Expected<void> taken = conversion->take(record);
         *isMediumFailing = !taken;
@@ -187,7 +193,8 @@ Expected<qint64> convertTo(const QString& path, const QString& oldPath, qint64 e
 } // namespace
 
 Expected<qint64> convertLog(const QString& oldPath, const QString& newPath, qint64 every,
-                            const ExportProgress& progress, bool* isMediumFailing)
+                            const QString& plc, const ExportProgress& progress,
+                            bool* isMediumFailing)
 {
     bool ignored = false;
     if (!isMediumFailing)
@@ -201,7 +208,7 @@ Expected<qint64> convertLog(const QString& oldPath, const QString& newPath, qint
             QFile::remove(temporary + QLatin1String(suffix));
     };
     remove();
-    Expected<qint64> records = convertTo(temporary, oldPath, every, progress, isMediumFailing);
+    Expected<qint64> records = convertTo(temporary, oldPath, every, plc, progress, isMediumFailing);
     // Closed, the recording is one file.
     if (records && !QFile::rename(temporary, newPath))
         records = Error{QStringLiteral("%1: cannot be renamed to %2").arg(temporary, newPath)};

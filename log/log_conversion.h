@@ -12,9 +12,11 @@ namespace plc::log {
 /// Such a log does not tell when nothing was logged. But a log of changes gives a value again that
 /// has not changed only where it was begun anew; there the recording has a gap from the record
 /// before. `every` is the interval of a log that was made at one, in ms, else 0: there a record
-/// that comes by half an interval later than it should is behind a gap.
+/// that comes by half an interval later than it should is behind a gap. `plc` is the name of the
+/// PLC that the values are of; empty: none.
 Expected<qint64> convertLog(const QString& oldPath, const QString& newPath, qint64 every,
-                            const ExportProgress& progress, bool* isMediumFailing = nullptr);
+                            const QString& plc, const ExportProgress& progress,
+                            bool* isMediumFailing = nullptr);
 
 } // namespace plc::log
 

@@ -1,18 +1,33 @@
 #include "log/recorder_log.h"
 
 namespace plc::log {
+namespace {
+
+/// More than SQLite waits for somebody who has the database locked, and less than what counts as a
+/// pause.
+constexpr std::chrono::milliseconds kPatience(3000);
+/// Who waits reads no PLC meanwhile.
+constexpr std::chrono::milliseconds kPatienceBehind(100);
+
+} // namespace
 
 Expected<std::unique_ptr<RecorderLog>> RecorderLog::open(
     const QString& path, const QHash<QString, recorder::SeriesDescription>& series,
-    const LogClock& clock, bool* isMediumFailing)
+    const LogClock& clock, bool* isMediumFailing, const recorder::QueueLimits& limits)
 {
-    Expected<std::unique_ptr<recorder::Recorder>> opened =
-        recorder::Recorder::open(path, recorder::Limits(), clock(), isMediumFailing);
+    Expected<std::unique_ptr<recorder::RecorderThread>> opened =
+        recorder::RecorderThread::start(path, recorder::Limits(), clock(), limits, isMediumFailing);
     if (!opened)
         return opened.error();
     std::unique_ptr<RecorderLog> log(new RecorderLog(series, clock));
     log->m_recorder = std::move(*opened);
     return log;
+}
+
+LogBacklog RecorderLog::backlog() const
+{
+    const recorder::RecorderStatus status = m_recorder->status();
+    return {status.waiting, status.dropped};
 }
 
 Expected<void> RecorderLog::write(const QVector<LogRecord>& records)
@@ -22,7 +37,21 @@ Expected<void> RecorderLog::write(const QVector<LogRecord>& records)
         const int series = m_recorder->series(m_series.value(record.label));
         changes.append({series, {record.time, qualityOf(record.state), record.bytes}});
     }
-    return m_recorder->append(changes, m_clock());
+    m_recorder->append(changes, m_clock());
+    Expected<void> recorded = m_recorder->drain(m_isBehind ? kPatienceBehind : kPatience);
+    m_isBehind = !recorded && m_recorder->status().error.isEmpty();
+    return recorded;
+}
+
+QString RecorderLog::takeRemark()
+{
+    const int files = m_recorder->status().changedFiles;
+    if (m_toldFiles == files)
+        return {};
+    m_toldFiles = files;
+    return QStringLiteral(
+        "the log was moved or removed while it was written; it goes on in another"
+        " file of its name");
 }
 
 recorder::Quality qualityOf(LogState state)

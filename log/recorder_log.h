@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "log/log_writer.h"
-#include "recorder/recorder.h"
+#include "recorder/recorder_thread.h"
 
 namespace plc::log {
 
@@ -15,6 +15,10 @@ namespace plc::log {
 using LogClock = std::function<qint64()>;
 
 /// A log as a recording, which has the bytes of the values and tells when nothing was logged.
+///
+/// What cannot be written waits, within a limit, and is tried again by each write(). What there is
+/// no room for, or is not written when this ends, shows as a gap. A disk that hangs is waited for
+/// no longer than a few seconds.
 class RecorderLog : public LogWriter {
 public:
     /// Begins a log, or goes on with it where the file exists. `series` tells of each label what
@@ -22,10 +26,16 @@ public:
     /// written, and not because of the path.
     static Expected<std::unique_ptr<RecorderLog>> open(
         const QString& path, const QHash<QString, recorder::SeriesDescription>& series,
-        const LogClock& clock, bool* isMediumFailing = nullptr);
+        const LogClock& clock, bool* isMediumFailing = nullptr,
+        const recorder::QueueLimits& limits = {});
 
     bool needsTexts() const override { return false; }
     void interrupt() override { m_recorder->interrupt(); }
+    bool keepsTrying() const override { return true; }
+    LogBacklog backlog() const override;
+    void finish() override { m_recorder->finish(); }
+    /// That the file was moved or removed, and another one is gone on with.
+    QString takeRemark() override;
     /// Also without records: the values are known to hold on.
     Expected<void> write(const QVector<LogRecord>& records) override;
 
@@ -37,7 +47,9 @@ private:
 
     const QHash<QString, recorder::SeriesDescription> m_series;
     const LogClock m_clock;
-    std::unique_ptr<recorder::Recorder> m_recorder;
+    std::unique_ptr<recorder::RecorderThread> m_recorder;
+    bool m_isBehind = false; ///< The disk did not answer the last write().
+    int m_toldFiles = 0;
 };
 
 /// What a recording says of the state of a record.

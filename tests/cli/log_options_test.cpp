@@ -42,6 +42,15 @@ TEST_F(LogOptionsTest, TheNameDecidesOnTheKindOfFile)
     EXPECT_EQ("plc log takes --output FILE, ending in .csv or .sqlite", complaint({}));
 }
 
+TEST_F(LogOptionsTest, APlcIsNamedInDatabasesOnly)
+{
+    EXPECT_EQ("Tank 1", log({"-o", "a.db", "--plc", "Tank 1"}).plc);
+    EXPECT_EQ("Tank 1", log({"-o", "a.db", "--plc", "Tank 1", "--convert", "b.csv"}).plc);
+    EXPECT_EQ("--plc is for databases", complaint({"-o", "a.csv", "--plc", "Tank 1"}));
+    EXPECT_EQ("--plc is for databases",
+              complaint({"-o", "a.csv", "--plc", "Tank 1", "--export", "b.db"}));
+}
+
 TEST_F(LogOptionsTest, DurationsHaveUnits)
 {
     EXPECT_EQ(500, log({"-o", "a.csv", "--every", "500ms"}).every);

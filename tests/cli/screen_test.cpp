@@ -47,7 +47,7 @@ TEST(KeyReader, WhatItDoesNotKnowIsOneOtherKey)
     EXPECT_EQ("", keysOf(""));
 }
 
-const Style kColoured(Style::Coloured);
+const Style kScreenStyle(Style::Coloured);
 
 ScreenContent content(int rows)
 {
@@ -83,7 +83,7 @@ TEST(ScreenLayout, FitsEveryTerminal)
                 ScreenContent screen = content(rows);
                 if (rows > 0)
                     screen.rows[0].isStale = true;
-                const QStringList lines = layOutScreen(screen, width, height, 0, kColoured);
+                const QStringList lines = layOutScreen(screen, width, height, 0, kScreenStyle);
                 ASSERT_LE(lines.size(), height);
                 for (const QString& line : lines)
                     ASSERT_LE(shownWidth(line), width)
@@ -95,7 +95,7 @@ TEST(ScreenLayout, FitsEveryTerminal)
 
 TEST(ScreenLayout, ShowsEachValueWithItsAgeAndRate)
 {
-    const QStringList lines = layOutScreen(content(3), 60, 10, 0, kColoured);
+    const QStringList lines = layOutScreen(content(3), 60, 10, 0, kScreenStyle);
     ASSERT_EQ(10, lines.size());
     EXPECT_EQ("Plant", lines[0].trimmed());
     EXPECT_EQ("connected, 3 values", lines[1].trimmed());
@@ -107,7 +107,7 @@ TEST(ScreenLayout, ShowsEachValueWithItsAgeAndRate)
 TEST(ScreenLayout, SaysWhichValuesAreInSight)
 {
     EXPECT_EQ(19, rowsOnScreen(80, 24));
-    const QStringList lines = layOutScreen(content(150), 80, 24, 100, kColoured);
+    const QStringList lines = layOutScreen(content(150), 80, 24, 100, kScreenStyle);
     EXPECT_EQ("connected, values 101 to 119 of 150", lines[1].trimmed());
     EXPECT_TRUE(lines[3].startsWith(QStringLiteral("Main.value100 ")));
 }
@@ -115,7 +115,7 @@ TEST(ScreenLayout, SaysWhichValuesAreInSight)
 TEST(ScreenLayout, WideTerminalHasColumnsFilledOneAfterTheOther)
 {
     EXPECT_EQ(38, rowsOnScreen(160, 24));
-    const QStringList lines = layOutScreen(content(150), 160, 24, 0, kColoured);
+    const QStringList lines = layOutScreen(content(150), 160, 24, 0, kScreenStyle);
     EXPECT_TRUE(lines[3].startsWith(QStringLiteral("Main.value0 ")));
     EXPECT_TRUE(lines[3].mid(80).startsWith(QStringLiteral("Main.value19 ")));
 }
@@ -124,7 +124,7 @@ TEST(ScreenLayout, StaleRowsAreRed)
 {
     ScreenContent screen = content(2);
     screen.rows[1].isStale = true;
-    const QStringList lines = layOutScreen(screen, 60, 10, 0, kColoured);
+    const QStringList lines = layOutScreen(screen, 60, 10, 0, kScreenStyle);
     EXPECT_FALSE(lines[3].contains(QChar(0x1b)));
     EXPECT_TRUE(lines[4].startsWith(QStringLiteral("\x1b[31mMain.value1 ")));
     EXPECT_TRUE(lines[4].contains(QStringLiteral("\x1b[0m")));
@@ -135,7 +135,7 @@ TEST(ScreenLayout, OfALongLabelTheEndIsShownAndOfALongValueTheBeginning)
     ScreenContent screen = content(1);
     screen.rows[0].label = QString(200, QLatin1Char('x'));
     screen.rows[0].value = QString(200, QLatin1Char('7'));
-    const QString line = layOutScreen(screen, 60, 10, 0, kColoured)[3];
+    const QString line = layOutScreen(screen, 60, 10, 0, kScreenStyle)[3];
     EXPECT_TRUE(line.startsWith(QString::fromUtf8("…xxxxxxxxxxxxxxxxxxx 7777")))
         << line.toStdString();
     EXPECT_EQ(41, line.lastIndexOf(QChar(0x2026)));
@@ -146,7 +146,7 @@ TEST(ScreenLayout, LongLabelsInSightDiffer)
     ScreenContent screen = content(2);
     screen.rows[0].label = QStringLiteral("Plant.tank[1].outlet.valve.speed");
     screen.rows[1].label = QStringLiteral("Plant.tank[2].outlet.valve.speed");
-    const QStringList lines = layOutScreen(screen, 60, 10, 0, kColoured);
+    const QStringList lines = layOutScreen(screen, 60, 10, 0, kScreenStyle);
     EXPECT_TRUE(lines[3].contains(QStringLiteral("[1"))) << lines[3].toStdString();
     EXPECT_TRUE(lines[4].contains(QStringLiteral("[2"))) << lines[4].toStdString();
 }

@@ -8,7 +8,7 @@
 namespace plc::test {
 namespace {
 
-constexpr char kProject[] = R"({
+constexpr char kFullDiskProject[] = R"({
   'name': 'Full',
   'areas': [{'index': 1, 'size': 256}, {'index': 2, 'size': 1000}],
   'scopes': [{'name': 'R', 'variables': [
@@ -23,7 +23,7 @@ class FullDisk : public Plant {
 protected:
     FullDisk()
     {
-        writeProject(kProject);
+        writeProject(kFullDiskProject);
         put("a.st", "VAR_GLOBAL a AT %MW10 : INT; END_VAR\n");
     }
 
@@ -63,6 +63,9 @@ TEST_F(FullDisk, AMergedProjectStaysAsItWas)
 
 TEST_F(FullDisk, AnImportedProjectIsNotLeftInPart)
 {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "ThreadSanitizer begins with a file of its own";
+#endif
     const std::string before = names();
     for (const rlim_t bytes : {0, 1, 50}) {
         expectTold(runWithin(bytes, {QStringLiteral("import"), path("a.st"),
@@ -124,13 +127,16 @@ TEST_F(FullDiskOfALink, ALogThatIsFullFromTheStartIsTold)
     EXPECT_TRUE(database.errors.contains("a.sqlite: ")) << database.errors.toStdString();
 }
 
-TEST_F(FullDiskOfALink, ALogInADatabaseEndsWithWhatWasWrittenBefore)
+TEST_F(FullDiskOfALink, ALogInADatabaseHasWhatWasWrittenBeforeAndTellsWhatIsMissing)
 {
     // The write-ahead log has 32 KiB of index beside it.
-    const Ending ending = runWithin(100000, log("a.sqlite", "60"));
+    const Ending ending = runWithin(70000, log("a.sqlite", "6"));
     EXPECT_EQ(1, ending.exitCode) << ending.errors.toStdString();
     EXPECT_TRUE(ending.errors.contains("a.sqlite: ")) << ending.errors.toStdString();
-    EXPECT_TRUE(ending.errors.contains("the log ends here")) << ending.errors.toStdString();
+    EXPECT_TRUE(ending.errors.contains("it is tried again each second"))
+        << ending.errors.toStdString();
+    EXPECT_TRUE(ending.errors.contains(" records are not known to be written; in their place "))
+        << ending.errors.toStdString();
     const Ending exported =
         runWithin(RLIM_INFINITY, {QStringLiteral("log"), QStringLiteral("--export"),
                                   path("a.sqlite"), QStringLiteral("--output"), path("a.csv")});

@@ -14,7 +14,7 @@ namespace plc::test {
 namespace {
 
 // The counter goes on by one fifty times a second.
-constexpr char kProject[] = R"({
+constexpr char kLogProject[] = R"({
   'name': 'Logged',
   'settings': {'staleAfter': 300, 'reconnectDelay': 50, 'reconnectDelayLimit': 100},
   'areas': [{'index': 1, 'size': 256}],
@@ -31,7 +31,7 @@ class Logging : public Plant {
 protected:
     Logging()
     {
-        writeProject(kProject);
+        writeProject(kLogProject);
         startSimulator();
         poke(1, 0, "0001");
     }
@@ -192,7 +192,7 @@ TEST_F(Logging, AtAnIntervalTheLogBeginsWithTheFirstValues)
 TEST_F(Logging, AFreshRecordHasTheTimeOfItsValueAndNotOfTheInterval)
 {
     // Read once, and still fresh at the intervals behind it.
-    writeProject(QByteArray(kProject).replace("300", "3600000"));
+    writeProject(QByteArray(kLogProject).replace("300", "3600000"));
     const QString file = path(QStringLiteral("a.csv"));
     const std::unique_ptr<LineProcess> plc = start(
         "log", {QStringLiteral("--output"), file, QStringLiteral("--cycle"),
@@ -292,6 +292,35 @@ TEST_F(Logging, AFullDiskEndsTheLogWithAMessageAndAFileThatCanBeRead)
     EXPECT_TRUE(errors.contains(QStringLiteral("a.csv: cannot be written: File too large")))
         << errors.toStdString();
     expectWhole(file);
+}
+
+TEST_F(Logging, ADatabaseWhoseFolderIsAwayForAWhileGoesOn)
+{
+    const QString folder = path(QStringLiteral("disk"));
+    ASSERT_TRUE(QDir().mkdir(folder));
+    const QString file = folder + QStringLiteral("/a.sqlite");
+    const std::unique_ptr<LineProcess> plc = log(file, {kCounter});
+    ASSERT_TRUE(
+        waitUntil([&] { return QFile::exists(file) && lines(exported(file)).size() >= 20; }));
+    const QString away = path(QStringLiteral("away"));
+    ASSERT_TRUE(QDir().rename(folder, away));
+    QString errors;
+    const auto isTold = [&](const char* text) {
+        return waitUntil([&] {
+            plc->isRunning(); // takes what has come
+            errors += plc->errors();
+            return errors.contains(QLatin1String(text));
+        });
+    };
+    EXPECT_TRUE(isTold("it is tried again each second")) << errors.toStdString();
+    EXPECT_TRUE(plc->isRunning());
+    ASSERT_TRUE(QDir().mkdir(folder));
+    EXPECT_TRUE(isTold("the log goes on")) << errors.toStdString();
+    ASSERT_EQ(0, kill(pid_t(plc->pid()), SIGINT));
+    EXPECT_EQ(0, plc->exitCode()) << "nothing is missing";
+    EXPECT_EQ(1, errors.count(QStringLiteral("it is tried again"))) << errors.toStdString();
+    expectWhole(exported(away + QStringLiteral("/a.sqlite")));
+    expectWhole(exported(file));
 }
 
 TEST_F(Logging, TwoProgramsCannotLogToOneFile)

@@ -1,14 +1,19 @@
 #include "log/recorder_log.h"
 
+#include <QtCore/QDir>
+
 #include "log/log_conversion.h"
 #include "log/log_export.h"
 #include "log/sqlite_log.h"
 #include "recorder/reader.h"
 #include "tests/log/log_files.h"
+#include "tests/support/hanging_disk.h"
 
 namespace plc::log {
 namespace test {
 namespace {
+
+const QString kPlc = QStringLiteral("Tank 1");
 
 class RecorderLogTest : public LogFiles {
 protected:
@@ -24,10 +29,10 @@ protected:
         m_series.insert(series.label, series);
     }
 
-    std::unique_ptr<RecorderLog> open()
+    std::unique_ptr<RecorderLog> open(const recorder::QueueLimits& limits = {})
     {
-        Expected<std::unique_ptr<RecorderLog>> log =
-            RecorderLog::open(file, m_series, [this] { return m_now; });
+        Expected<std::unique_ptr<RecorderLog>> log = RecorderLog::open(
+            file, m_series, [this] { return m_now; }, nullptr, limits);
         EXPECT_TRUE(succeeds(log)) << error.toStdString();
         return log ? std::move(*log) : nullptr;
     }
@@ -94,12 +99,13 @@ TEST_F(RecorderLogTest, IsExportedAsTheLogsBeforeInTheOrderOfTime)
     EXPECT_TRUE(succeeds(
         log->write({of(7, "P.text", "a,b"), of(5, "P.a", QByteArray("\1\0", 2)), stale, refused})));
     log.reset();
-    EXPECT_EQ(exported("a.csv"),
-              "time,label,value,state\n"
-              "2026-11-21T06:00:00.005Z,P.a,1,fresh\n"
-              "2026-11-21T06:00:00.007Z,P.text,\"'a,b'\",fresh\n"
-              "2026-11-21T06:00:01.000Z,P.a,-2,stale\n"
-              "2026-11-21T06:00:02.000Z,P.a,,refused\n");
+    EXPECT_EQ(
+        "time,label,value,state\n"
+        "2026-11-21T06:00:00.005Z,P.a,1,fresh\n"
+        "2026-11-21T06:00:00.007Z,P.text,\"'a,b'\",fresh\n"
+        "2026-11-21T06:00:01.000Z,P.a,-2,stale\n"
+        "2026-11-21T06:00:02.000Z,P.a,,refused\n",
+        exported("a.csv"));
 }
 
 TEST_F(RecorderLogTest, WithoutRecordsTheValuesAreKnownToHoldOn)
@@ -112,13 +118,112 @@ TEST_F(RecorderLogTest, WithoutRecordsTheValuesAreKnownToHoldOn)
     EXPECT_EQ("0 1 , 60000 -", text(history(file, 1)));
 }
 
+TEST_F(RecorderLogTest, TellsOnceThatItGoesOnInAnotherFile)
+{
+    std::unique_ptr<RecorderLog> log = open();
+    EXPECT_TRUE(succeeds(log->write({of(0, "P.a", QByteArray("1 ", 2))})));
+    EXPECT_EQ("", log->takeRemark().toStdString());
+    ASSERT_TRUE(QFile::remove(file));
+    m_now += 2000;
+    EXPECT_TRUE(succeeds(log->write({})));
+    EXPECT_EQ(
+        "the log was moved or removed while it was written; it goes on in another file of its"
+        " name",
+        log->takeRemark().toStdString());
+    EXPECT_EQ("", log->takeRemark().toStdString());
+    log.reset();
+    EXPECT_EQ("2000 1 , 2000 -", text(history(file, 1)));
+}
+
+/// The log's file removed, and a folder in its place: no other file can be begun there.
+class RecorderLogWithoutAPlace : public RecorderLogTest {
+protected:
+    void takePlaceAway()
+    {
+        ASSERT_TRUE(QFile::remove(file));
+        ASSERT_TRUE(QDir().mkdir(file));
+    }
+    void givePlaceBack() { ASSERT_TRUE(QDir().rmdir(file)); }
+    /// Writes a second, or more, behind the last time.
+    bool write(RecorderLog& log, const QVector<LogRecord>& records, qint64 after = 1000)
+    {
+        m_now += after;
+        return bool(log.write(records));
+    }
+};
+
+TEST_F(RecorderLogWithoutAPlace, WaitsWithItsRecordsAndHasThemAllBehindThat)
+{
+    std::unique_ptr<RecorderLog> log = open();
+    EXPECT_TRUE(write(*log, {of(500, "P.a", QByteArray("1 ", 2))}));
+    takePlaceAway();
+    EXPECT_FALSE(write(*log, {of(2500, "P.a", QByteArray("2 ", 2))}, 2000));
+    EXPECT_FALSE(write(*log, {of(3500, "P.a", QByteArray("3 ", 2))}));
+    EXPECT_EQ(2, log->backlog().waiting);
+    givePlaceBack();
+    EXPECT_TRUE(write(*log, {}));
+    EXPECT_EQ(0, log->backlog().sum());
+    log.reset();
+    EXPECT_EQ("2500 2 , 3500 3 , 5000 -", text(history(file, 1)));
+}
+
+TEST_F(RecorderLogWithoutAPlace, HasAGapInPlaceOfWhatThereWasNoRoomFor)
+{
+    recorder::QueueLimits limits;
+    limits.changes = 2;
+    std::unique_ptr<RecorderLog> log = open(limits);
+    EXPECT_TRUE(write(*log, {of(500, "P.a", QByteArray("1 ", 2))}));
+    takePlaceAway();
+    // One is tried to be written, two wait, and of the others the last is kept.
+    for (const qint64 time : {2500, 3500, 4500, 5500, 6500})
+        EXPECT_FALSE(write(*log, {of(time, "P.a", QByteArray::number(time).left(2))},
+                           time == 2500 ? 2000 : 1000));
+    EXPECT_EQ(3, log->backlog().waiting);
+    EXPECT_EQ(2, log->backlog().dropped);
+    givePlaceBack();
+    EXPECT_TRUE(write(*log, {}));
+    EXPECT_TRUE(write(*log, {}));
+    EXPECT_EQ(0, log->backlog().waiting);
+    log.reset();
+    EXPECT_EQ("2500 25, 3500 35, 4500 45, 5000 -, 9000 65, 9000 -", text(history(file, 1)));
+}
+
+TEST_F(RecorderLogWithoutAPlace, EndsWithAGapWhereNothingCouldBeWrittenAnyMore)
+{
+    const QString moved = path("moved.sqlite");
+    std::unique_ptr<RecorderLog> log = open();
+    EXPECT_TRUE(write(*log, {of(500, "P.a", QByteArray("1 ", 2))}));
+    ASSERT_TRUE(QFile::rename(file, moved));
+    ASSERT_TRUE(QDir().mkdir(file));
+    EXPECT_FALSE(write(*log, {of(2500, "P.a", QByteArray("2 ", 2))}, 2000));
+    EXPECT_EQ(1, log->backlog().sum());
+    log.reset();
+    EXPECT_EQ("500 1 , 1000 -", text(history(moved, 1)));
+}
+
+TEST_F(RecorderLogTest, WaitsAtADiskThatHangsNoLongerThanItMust)
+{
+    std::unique_ptr<RecorderLog> log = open();
+    EXPECT_TRUE(succeeds(log->write({of(0, "P.a", QByteArray("1 ", 2))})));
+    plc::test::diskGate().setOpen(false);
+    m_now += 1000;
+    EXPECT_FALSE(log->write({of(1000, "P.a", QByteArray("2 ", 2))}));
+    EXPECT_FALSE(log->write({of(1000, "P.text", QByteArray("ab"))}));
+    EXPECT_EQ(2, log->backlog().waiting);
+    plc::test::diskGate().setOpen(true);
+    log->finish();
+    EXPECT_EQ(0, log->backlog().sum());
+    log.reset();
+    EXPECT_EQ("0 1 , 1000 2 , 1000 -", text(history(file, 1)));
+}
+
 TEST_F(RecorderLogTest, LeavesADatabaseAloneThatIsNoRecording)
 {
     put(file, "this is a letter and no database at all");
     EXPECT_FALSE(succeeds(RecorderLog::open(file, m_series, [this] { return m_now; })));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("a.sqlite: file is not a database"));
-    EXPECT_EQ(content(file), "this is a letter and no database at all");
-    EXPECT_EQ(names(), "a.sqlite");
+    EXPECT_EQ("this is a letter and no database at all", content(file));
+    EXPECT_EQ("a.sqlite", names());
 }
 
 TEST_F(RecorderLogTest, IsMadeOfALogOfVersion1WithAGapWhereThatWasBegunAnew)
@@ -129,12 +234,14 @@ TEST_F(RecorderLogTest, IsMadeOfALogOfVersion1WithAGapWhereThatWasBegunAnew)
     auto old = SqliteLog::open(path("old.sqlite"));
     ASSERT_TRUE(succeeds(old));
     ASSERT_TRUE(succeeds((*old)->write(records)));
-    const auto converted = convertLog(path("old.sqlite"), file, 0, [](qint64, qint64) {});
+    const auto converted =
+        convertLog(path("old.sqlite"), file, 0, QString(), [](qint64, qint64) {});
     ASSERT_TRUE(succeeds(converted)) << error.toStdString();
     EXPECT_EQ(6, *converted);
     EXPECT_EQ("0 1, 1000 2, 1000 -, 9000 2, 9500 -3.5, 9500 -", text(history(file, 1)));
     EXPECT_EQ("0 'x', 1000 -, 9000 'x', 9500 -", text(history(file, 2)));
     const auto reader = recorder::Reader::open(file);
+    EXPECT_EQ(QString(), (*reader)->series()->first().description.source) << "nobody named the PLC";
     const auto mean = (*reader)->aggregates(1, kStart, kStart + 10000, 10000);
     // 1 for 1 s, 2 for 0.5 s; the last value held for no time.
     EXPECT_DOUBLE_EQ(2.0 / 1.5, mean->first().mean);
@@ -146,7 +253,7 @@ TEST_F(RecorderLogTest, IsNotMadeOfALogThatCannotBeReadToItsEnd)
 {
     // Nothing lies at the begin of a program's memory: reading there is an error of the device.
     ASSERT_TRUE(QFile::link(QStringLiteral("/proc/self/mem"), path("old.csv")));
-    const auto converted = convertLog(path("old.csv"), file, 0, [](qint64, qint64) {});
+    const auto converted = convertLog(path("old.csv"), file, 0, QString(), [](qint64, qint64) {});
     ASSERT_FALSE(succeeds(converted));
     EXPECT_THAT(error.toStdString(), ::testing::HasSubstr("Input/output error"));
     EXPECT_FALSE(QFile::exists(file));
@@ -160,31 +267,33 @@ TEST_F(RecorderLogTest, IsMadeOfACsvLogThatWasMadeAtAnInterval)
         "2026-11-21T06:00:10.000Z,P.a,\"[1, 2]\",fresh\n"
         "2026-11-21T06:00:40.000Z,P.a,\"[1, 2]\",stale\n"
         "2026-11-21T06:00:5");
-    const auto converted = convertLog(path("old.csv"), file, 10000, [](qint64, qint64) {});
+    const auto converted = convertLog(path("old.csv"), file, 10000, kPlc, [](qint64, qint64) {});
     ASSERT_TRUE(succeeds(converted)) << error.toStdString();
     EXPECT_EQ(3, *converted);
+    EXPECT_EQ(kPlc, (*recorder::Reader::open(file))->series()->first().description.source);
     EXPECT_EQ("0 [1, 2], 10000 [1, 2], 10000 -, 40000 [1, 2], 40000 -", text(history(file, 1)));
-    EXPECT_EQ(exported("a.csv"),
-              "time,label,value,state\n"
-              "2026-11-21T06:00:00.000Z,P.a,\"[1, 2]\",fresh\n"
-              "2026-11-21T06:00:10.000Z,P.a,\"[1, 2]\",fresh\n"
-              "2026-11-21T06:00:40.000Z,P.a,\"[1, 2]\",stale\n");
+    EXPECT_EQ(
+        "time,label,value,state\n"
+        "2026-11-21T06:00:00.000Z,P.a,\"[1, 2]\",fresh\n"
+        "2026-11-21T06:00:10.000Z,P.a,\"[1, 2]\",fresh\n"
+        "2026-11-21T06:00:40.000Z,P.a,\"[1, 2]\",stale\n",
+        exported("a.csv"));
 }
 
 TEST_F(RecorderLogTest, OfWhatIsNoLogNothingIsMade)
 {
     put(path("old.csv"), "time,label,value,state\nsoon,P.a,1,fresh\n");
-    EXPECT_FALSE(succeeds(convertLog(path("old.csv"), file, 0, [](qint64, qint64) {})));
+    EXPECT_FALSE(succeeds(convertLog(path("old.csv"), file, 0, QString(), [](qint64, qint64) {})));
     EXPECT_THAT(error.toStdString(), ::testing::EndsWith("old.csv: line 2: not a record of a log"));
-    EXPECT_EQ(names(), "old.csv");
+    EXPECT_EQ("old.csv", names());
 }
 
 TEST_F(RecorderLogTest, AConversionReplacesNoFile)
 {
     put(path("old.csv"), "time,label,value,state\n2026-11-21T06:00:00.000Z,P.a,1,fresh\n");
     put(file, "mine");
-    EXPECT_FALSE(succeeds(convertLog(path("old.csv"), file, 0, [](qint64, qint64) {})));
-    EXPECT_EQ(content(file), "mine");
+    EXPECT_FALSE(succeeds(convertLog(path("old.csv"), file, 0, QString(), [](qint64, qint64) {})));
+    EXPECT_EQ("mine", content(file));
 }
 
 } // namespace
