@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 namespace plc::service {
-namespace test {
 namespace {
 
 TEST(ProcessUsage, OfAProgramThatRunsIsTimeAndMemory)
@@ -14,5 +13,4 @@ TEST(ProcessUsage, OfAProgramThatRunsIsTimeAndMemory)
 }
 
 } // namespace
-} // namespace test
 } // namespace plc::service

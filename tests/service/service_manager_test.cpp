@@ -11,7 +11,6 @@
 #include "tests/support/file_test.h"
 
 namespace plc::service {
-namespace test {
 namespace {
 
 /// A service manager that listens as systemd does.
@@ -97,5 +96,4 @@ TEST_F(ServiceManagerTest, IsNotMissed)
 }
 
 } // namespace
-} // namespace test
 } // namespace plc::service
