@@ -21,11 +21,7 @@ MosquittoBroker::~MosquittoBroker()
 void MosquittoBroker::open(const BrokerSettings& settings, const std::optional<Message>& will,
                            const QVector<Subscription>& subscriptions)
 {
-    // What wakes this thread belongs to this object: Qt drops it when the object ends before.
-    const auto wake = [this] {
-        QMetaObject::invokeMethod(
-            this, [this] { takeEvents(); }, Qt::QueuedConnection);
-    };
+    const auto wake = [this] { m_inbox.post([this] { takeEvents(); }); };
     // One that was dropped may take its time to end, and has nothing to tell any more.
     if (m_last)
         m_last->forgetOwner();

@@ -1,11 +1,10 @@
 #ifndef PLC_GATEWAY_BROKER_MOSQUITTO_BROKER_H
 #define PLC_GATEWAY_BROKER_MOSQUITTO_BROKER_H
 
-#include <QtCore/QObject>
-
 #include <memory>
 
 #include "gateway/broker/broker.h"
+#include "service/inbox.h"
 
 namespace plc::gateway {
 
@@ -13,7 +12,7 @@ class MosquittoConnection;
 
 /// Connections to brokers by libmosquitto. Each has a thread of its own for names, TLS and the
 /// socket; the listener is called by the event loop of the thread in which this object lives.
-class MosquittoBroker : public QObject, public Broker {
+class MosquittoBroker : public Broker {
 public:
     /// `clientId` must be another one for each gateway of a broker; host and port of the broker are
     /// put behind it. `listener` must outlive this.
@@ -41,6 +40,7 @@ private:
     BrokerListener* const m_listener;
     std::shared_ptr<MosquittoConnection> m_connection;
     std::shared_ptr<MosquittoConnection> m_last;
+    service::Inbox m_inbox; ///< Of what the threads of the connections have to tell.
 };
 
 } // namespace plc::gateway

@@ -97,9 +97,8 @@ void MosquittoConnection::start()
 
 void MosquittoConnection::run()
 {
-    QString reason = prepare();
-    if (reason.isEmpty())
-        reason = converse();
+    const Expected<void> prepared = prepare();
+    const QString reason = prepared ? converse() : prepared.error().text;
     {
         // Without a DISCONNECT, unless one was sent: the broker publishes the will.
         const std::lock_guard<std::mutex> lock(m_handleMutex);
@@ -112,11 +111,11 @@ void MosquittoConnection::run()
     m_ended.notify_all();
 }
 
-/// Sets everything up. Returns why that failed.
-QString MosquittoConnection::prepare()
+/// Sets everything up.
+Expected<void> MosquittoConnection::prepare()
 {
     if (!m_handle)
-        return QStringLiteral("out of memory");
+        return Error{QStringLiteral("out of memory")};
     mosquitto_threaded_set(m_handle, true);
     mosquitto_int_option(m_handle, MOSQ_OPT_PROTOCOL_VERSION,
                          m_settings.isVersion5 ? MQTT_PROTOCOL_V5 : MQTT_PROTOCOL_V311);
@@ -124,6 +123,21 @@ QString MosquittoConnection::prepare()
     // How much is on its way is decided here: libmosquitto would have other packets overtake what
     // it keeps back.
     mosquitto_max_inflight_messages_set(m_handle, 0);
+    setCallbacks();
+    if (m_will) {
+        const int code = mosquitto_will_set(
+            m_handle, m_will->topic.toUtf8().constData(), int(m_will->payload.size()),
+            m_will->payload.constData(), m_will->qos, m_will->isRetained);
+        if (code != MOSQ_ERR_SUCCESS)
+            return Error{errorText(code)};
+    }
+    if (const Expected<void> isKnown = setUser(); !isKnown)
+        return isKnown.error();
+    return m_settings.tls ? prepareTls() : Expected<void>();
+}
+
+void MosquittoConnection::setCallbacks()
+{
     mosquitto_log_callback_set(m_handle, [](mosquitto*, void* self, int level, const char* text) {
         if (level == MOSQ_LOG_ERR)
             static_cast<MosquittoConnection*>(self)->m_loggedErrors += tlsText(text);
@@ -151,37 +165,34 @@ QString MosquittoConnection::prepare()
                  QByteArray(static_cast<const char*>(message->payload), message->payloadlen),
                  message->qos, message->retain});
         });
-    if (m_will) {
-        const int code = mosquitto_will_set(
-            m_handle, m_will->topic.toUtf8().constData(), int(m_will->payload.size()),
-            m_will->payload.constData(), m_will->qos, m_will->isRetained);
-        if (code != MOSQ_ERR_SUCCESS)
-            return errorText(code);
-    }
-    if (!m_settings.user.isEmpty()) {
-        QByteArray password;
-        if (!m_settings.passwordFile.isEmpty()) {
-            QFile file(m_settings.passwordFile);
-            if (!file.open(QIODevice::ReadOnly))
-                return QStringLiteral("%1: %2").arg(m_settings.passwordFile, file.errorString());
-            password = file.readLine();
-            while (password.endsWith('\n') || password.endsWith('\r'))
-                password.chop(1);
-        }
-        mosquitto_username_pw_set(
-            m_handle, m_settings.user.toUtf8().constData(),
-            m_settings.passwordFile.isEmpty() ? nullptr : password.constData());
-    }
-    return m_settings.tls ? prepareTls() : QString();
 }
 
-QString MosquittoConnection::prepareTls()
+Expected<void> MosquittoConnection::setUser()
+{
+    if (m_settings.user.isEmpty())
+        return {};
+    const QByteArray user = m_settings.user.toUtf8();
+    if (m_settings.passwordFile.isEmpty()) {
+        mosquitto_username_pw_set(m_handle, user.constData(), nullptr);
+        return {};
+    }
+    QFile file(m_settings.passwordFile);
+    if (!file.open(QIODevice::ReadOnly))
+        return Error{QStringLiteral("%1: %2").arg(m_settings.passwordFile, file.errorString())};
+    QByteArray password = file.readLine();
+    while (password.endsWith('\n') || password.endsWith('\r'))
+        password.chop(1);
+    mosquitto_username_pw_set(m_handle, user.constData(), password.constData());
+    return {};
+}
+
+Expected<void> MosquittoConnection::prepareTls()
 {
     const TlsSettings& tls = *m_settings.tls;
     for (const QString& path : {tls.authorities, tls.certificate, tls.key}) {
         QFile file(path);
         if (!path.isEmpty() && !file.open(QIODevice::ReadOnly))
-            return QStringLiteral("%1: %2").arg(path, file.errorString());
+            return Error{QStringLiteral("%1: %2").arg(path, file.errorString())};
     }
     int code = MOSQ_ERR_SUCCESS;
     if (tls.authorities.isEmpty())
@@ -197,9 +208,9 @@ QString MosquittoConnection::prepareTls()
                                  nullptr);
     }
     if (code != MOSQ_ERR_SUCCESS)
-        return QStringLiteral("the certificates cannot be used: %1").arg(errorText(code));
+        return Error{QStringLiteral("the certificates cannot be used: %1").arg(errorText(code))};
     mosquitto_tls_insecure_set(m_handle, false);
-    return QString();
+    return {};
 }
 
 /// Serves the connection until it ends. Returns why it did.
@@ -338,28 +349,28 @@ void MosquittoConnection::enqueue(Step step)
 void MosquittoConnection::handOver()
 {
     const std::lock_guard<std::mutex> lock(m_handleMutex);
-    for (Step step; takeStep(&step);) {
-        const QString problem = step.isMark ? ask(step.mark) : send(step.message);
+    while (const std::optional<Step> step = takeStep()) {
+        const Expected<void> handed = step->isMark ? ask(step->mark) : send(step->message);
         // What follows would hide that this is missing.
-        if (!problem.isEmpty()) {
-            drop(problem);
+        if (!handed) {
+            drop(handed.error().text);
             return;
         }
     }
 }
 
-bool MosquittoConnection::takeStep(Step* step)
+std::optional<MosquittoConnection::Step> MosquittoConnection::takeStep()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_waiting.empty() || m_open.size() >= kMostInFlight || m_end == End::Drop)
-        return false;
-    *step = std::move(m_waiting.front());
+        return {};
+    std::optional<Step> step = std::move(m_waiting.front());
     m_waiting.pop_front();
-    return true;
+    return step;
 }
 
-/// Under m_handleMutex. Returns what is wrong.
-QString MosquittoConnection::send(const Message& message)
+/// Under m_handleMutex.
+Expected<void> MosquittoConnection::send(const Message& message)
 {
     int packet = 0;
     int code = MOSQ_ERR_NO_CONN;
@@ -369,14 +380,14 @@ QString MosquittoConnection::send(const Message& message)
                                  message.qos, message.isRetained);
     }
     if (code != MOSQ_ERR_SUCCESS)
-        return QStringLiteral("cannot publish %1: %2").arg(message.topic, errorText(code));
+        return Error{QStringLiteral("cannot publish %1: %2").arg(message.topic, errorText(code))};
     const std::lock_guard<std::mutex> lock(m_mutex);
     ++m_published;
     if (m_early.erase(packet) == 0) {
         m_open[packet] = m_published;
         m_openInOrder.insert(m_published);
     }
-    return QString();
+    return {};
 }
 
 void MosquittoConnection::handleAcknowledged(int packet)
@@ -394,8 +405,7 @@ void MosquittoConnection::handleAcknowledged(int packet)
 
 /// A broker answers packets in order, so the answer to one that does nothing shows that all before
 /// it were taken: at QoS 0, where messages have no answer of their own, too. Under m_handleMutex.
-/// Returns what is wrong.
-QString MosquittoConnection::ask(quint64 mark)
+Expected<void> MosquittoConnection::ask(quint64 mark)
 {
     int packet = 0;
     const QByteArray nobodysTopic = m_clientId + "/mark";
@@ -403,11 +413,11 @@ QString MosquittoConnection::ask(quint64 mark)
     if (m_handle)
         code = mosquitto_unsubscribe(m_handle, &packet, nobodysTopic.constData());
     if (code != MOSQ_ERR_SUCCESS)
-        return QStringLiteral("cannot ask for a confirmation: %1").arg(errorText(code));
+        return Error{QStringLiteral("cannot ask for a confirmation: %1").arg(errorText(code))};
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_marks.push_back({mark, m_published, packet, m_early.erase(packet) > 0});
     confirmMarks();
-    return QString();
+    return {};
 }
 
 void MosquittoConnection::handleUnsubscribed(int packet)

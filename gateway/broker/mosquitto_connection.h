@@ -15,6 +15,7 @@
 
 #include "gateway/config/settings.h"
 #include "gateway/model/message.h"
+#include "values/expected.h"
 
 struct mosquitto;
 
@@ -78,8 +79,10 @@ private:
     };
 
     void run();
-    QString prepare();
-    QString prepareTls();
+    Expected<void> prepare();
+    void setCallbacks();
+    Expected<void> setUser();
+    Expected<void> prepareTls();
     QString converse();
     bool isOverdue() const;
     void handleConnected(int code);
@@ -91,10 +94,10 @@ private:
     void loseWith(const QString& reason);
     void enqueue(Step step);
     void handOver();
-    /// False: nothing is to be handed over now.
-    bool takeStep(Step* step);
-    QString send(const Message& message);
-    QString ask(quint64 mark);
+    /// None: nothing is to be handed over now.
+    std::optional<Step> takeStep();
+    Expected<void> send(const Message& message);
+    Expected<void> ask(quint64 mark);
     void sayGoodbye();
     void confirmMarks();
     void post(BrokerEvent event);
