@@ -83,34 +83,37 @@ void TopicFile::write(const char* sign, const QString& broker, const QStringList
     QByteArray lines;
     for (const QString& topic : topics)
         lines += lineOf(sign, broker, topic);
-    const QString error = m_isWhole ? append(lines) : rewrite();
-    m_isWhole = error.isEmpty();
-    if (!error.isEmpty() && !m_isFailing) {
+    const Expected<void> written = m_isWhole ? append(lines) : rewrite();
+    m_isWhole = bool(written);
+    if (!written && !m_isFailing) {
         m_log(QStringLiteral("%1: %2; what brokers keep is known to this process alone")
-                  .arg(m_path, error));
+                  .arg(m_path, written.error().text));
     }
-    m_isFailing = !error.isEmpty();
+    m_isFailing = !written;
 }
 
-/// Returns what is wrong.
-QString TopicFile::append(const QByteArray& lines) const
+Expected<void> TopicFile::append(const QByteArray& lines) const
 {
     QFile file(m_path);
     const bool isWritten = file.open(QIODevice::WriteOnly | QIODevice::Append) &&
                            file.write(lines) == lines.size() && file.flush();
-    return isWritten ? QString() : file.errorString();
+    if (!isWritten)
+        return Error{file.errorString()};
+    return {};
 }
 
-QString TopicFile::rewrite() const
+Expected<void> TopicFile::rewrite() const
 {
     streams::FileReplacement file(m_path);
     if (!file.open())
-        return file.reason();
+        return Error{file.reason()};
     for (auto broker = m_topics.begin(); broker != m_topics.end(); ++broker) {
         for (const QString& topic : broker.value())
             file.write(lineOf(kAdded, broker.key(), topic));
     }
-    return file.commit() ? QString() : file.reason();
+    if (!file.commit())
+        return Error{file.reason()};
+    return {};
 }
 
 } // namespace plc::gateway

@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "gateway/model/topic_record.h"
+#include "values/expected.h"
 
 namespace plc::gateway {
 
@@ -30,8 +31,8 @@ private:
     void read();
     void take(const QByteArray& line);
     void write(const char* sign, const QString& broker, const QStringList& topics);
-    QString append(const QByteArray& lines) const;
-    QString rewrite() const;
+    Expected<void> append(const QByteArray& lines) const;
+    Expected<void> rewrite() const;
 
     const QString m_path;
     const std::function<void(const QString&)> m_log;

@@ -30,7 +30,7 @@ protected:
     }
     Expected<DevicePoints> made()
     {
-        const host::Runtime runtime(plc::test::builtDriver(),
+        const host::Runtime runtime(plc::test::takenDriver(),
                                     setup::runtimeSettings(project.settings, 1000), project, this);
         return devicePoints(settings, project, runtime.points());
     }
