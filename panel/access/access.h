@@ -35,7 +35,8 @@ struct LoginResult {
     qint64 wait = 0;  ///< If TooOften: until it makes sense again (ms).
 };
 
-/// Who the callers are: users, logins, sessions.
+/// Who the callers are: users, logins, sessions. A program of a user may have a token of its own,
+/// with which it is who its user is until the file of users has another one or none.
 ///
 /// Thread safety: all functions may be called by any thread.
 class Access {

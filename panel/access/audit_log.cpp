@@ -7,6 +7,7 @@
 
 #include <QtCore/QFile>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -29,6 +30,22 @@ qint64 sizeOf(int descriptor)
 {
     struct stat status = {};
     return ::fstat(descriptor, &status) == 0 ? qint64(status.st_size) : 0;
+}
+
+/// Appends as many of the bytes as there is room for. Where these are not all, errno says why.
+qint64 writeMost(int descriptor, const QByteArray& bytes)
+{
+    qint64 done = 0;
+    while (done < bytes.size()) {
+        const ssize_t count =
+            ::write(descriptor, bytes.constData() + done, std::size_t(bytes.size() - done));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            break;
+        done += count;
+    }
+    return done;
 }
 
 /// The last bytes of a file.
@@ -143,42 +160,75 @@ bool AuditLog::hasName(const File& file)
 
 Expected<void> AuditLog::append(const AuditRecord& record)
 {
+    const AuditAppended appended = append(QVector<AuditRecord>{record});
+    return appended.kept == 1 ? Expected<void>() : Expected<void>(appended.failure);
+}
+
+AuditAppended AuditLog::append(const QVector<AuditRecord>& records)
+{
+    if (records.isEmpty())
+        return {};
     const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const Expected<void> isReady = makeReady(records.first().time); !isReady)
+        return {0, isReady.error()};
+    QVector<QByteArray> lines;
+    QByteArray head = m_file.head;
+    for (const AuditRecord& record : records) {
+        lines.append(recordLine(record, m_file.number + 1 + lines.size(), head));
+        head = sha256(lines.last());
+    }
+    AuditAppended appended = addAll(&m_file, lines);
+    m_isWorking = appended.kept == int(records.size());
+    return appended;
+}
+
+/// Until the next line may be added. The file is taken for one that fails until that has succeeded.
+Expected<void> AuditLog::makeReady(qint64 time)
+{
     const bool wasWorking = std::exchange(m_isWorking, false);
     Expected<void> outcome;
     // What the disk did with the last line is only known by looking.
     if (!wasWorking)
         outcome = findEnd(m_path, &m_file);
     if (outcome && !hasName(m_file))
-        outcome = change(record.time);
+        outcome = change(time);
     if (outcome && !m_file.unended.isEmpty())
-        outcome = add(&m_file,
-                      cutLine(record.time, sha256(m_file.unended), m_file.number + 1, m_file.head));
-    if (outcome)
-        outcome = add(&m_file, recordLine(record, m_file.number + 1, m_file.head));
-    m_isWorking = bool(outcome);
+        outcome =
+            add(&m_file, cutLine(time, sha256(m_file.unended), m_file.number + 1, m_file.head));
     return outcome;
 }
 
 Expected<void> AuditLog::add(File* file, const QByteArray& line)
 {
-    const QByteArray bytes = (file->unended.isEmpty() ? "" : "\n") + line + '\n';
-    qint64 done = 0;
-    while (done < bytes.size()) {
-        const ssize_t count =
-            ::write(file->descriptor, bytes.constData() + done, std::size_t(bytes.size() - done));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return failure(m_path, "cannot be written");
-        done += count;
+    const AuditAppended added = addAll(file, {line});
+    return added.kept == 1 ? Expected<void>() : Expected<void>(added.failure);
+}
+
+/// Lines that were written whole are kept, also where the next one has no room.
+AuditAppended AuditLog::addAll(File* file, const QVector<QByteArray>& lines)
+{
+    QByteArray bytes = file->unended.isEmpty() ? "" : "\n";
+    QVector<qint64> ends;
+    for (const QByteArray& line : lines) {
+        bytes += line + '\n';
+        ends.append(bytes.size());
     }
-    if (::fdatasync(file->descriptor) != 0)
-        return failure(m_path, "cannot be brought onto the disk");
+    AuditAppended added;
+    const qint64 done = writeMost(file->descriptor, bytes);
+    if (done < bytes.size())
+        added.failure = failure(m_path, "cannot be written");
+    const auto kept = int(std::upper_bound(ends.begin(), ends.end(), done) - ends.begin());
+    if (kept == 0)
+        return added;
+    if (::fdatasync(file->descriptor) != 0) {
+        added.failure = failure(m_path, "cannot be brought onto the disk");
+        return added;
+    }
+    added.kept = kept;
     file->unended.clear();
-    file->head = sha256(line);
-    ++file->number;
-    return {};
+    file->head = sha256(lines[kept - 1]);
+    file->number += kept;
+    return added;
 }
 
 Expected<void> AuditLog::reopen(qint64 time)

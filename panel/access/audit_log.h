@@ -1,6 +1,8 @@
 #ifndef PLC_PANEL_ACCESS_AUDIT_LOG_H
 #define PLC_PANEL_ACCESS_AUDIT_LOG_H
 
+#include <QtCore/QVector>
+
 #include <memory>
 #include <mutex>
 
@@ -8,6 +10,13 @@
 #include "values/expected.h"
 
 namespace plc::panel {
+
+/// What became of records that were to be added one behind the other.
+struct AuditAppended {
+    int kept = 0; ///< The first of them, which are on the disk.
+    /// Why the others are not known to be there; of use where there are any.
+    Error failure;
+};
 
 /// A file to which each record adds a line that holds the hash of the line before. Nothing is ever
 /// taken away from it, and only one process at a time adds to it.
@@ -26,6 +35,9 @@ public:
     /// what it tells of must not be done. Goes on as reopen() does where the file was removed; one
     /// that was renamed is added to until reopen().
     Expected<void> append(const AuditRecord& record);
+    /// The same of several, which the disk is waited for once. Those that had no room any more are
+    /// not kept, and those before them are.
+    AuditAppended append(const QVector<AuditRecord>& records);
     /// Goes on with a file of the same name, after the one until now was renamed; the chain goes
     /// on. After an error it is still that one.
     Expected<void> reopen(qint64 time);
@@ -55,7 +67,9 @@ private:
     static bool hasName(const File& file);
     Expected<void> change(qint64 time);
     Expected<void> begin(File* file, qint64 time, const File* before);
+    Expected<void> makeReady(qint64 time);
     Expected<void> add(File* file, const QByteArray& line);
+    AuditAppended addAll(File* file, const QVector<QByteArray>& lines);
     static void close(File* file);
 
     const QString m_path;

@@ -7,6 +7,8 @@
 namespace plc::panel {
 namespace {
 
+constexpr int kTokenBytes = 32;
+
 /// Fails only where the system has no source of random numbers; nothing is safe there.
 void startLibrary()
 {
@@ -23,6 +25,17 @@ QByteArray randomBytes(int count)
     QByteArray bytes(count, '\0');
     ::randombytes_buf(bytes.data(), std::size_t(count));
     return bytes;
+}
+
+QByteArray randomToken()
+{
+    return randomBytes(kTokenBytes)
+        .toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals);
+}
+
+QByteArray tokenHash(const QByteArray& token)
+{
+    return sha256(token);
 }
 
 QByteArray sha256(const QByteArray& bytes)

@@ -3,27 +3,20 @@
 #include "panel/access/secrets.h"
 
 namespace plc::panel {
-namespace {
-
-constexpr int kTokenBytes = 32;
-
-} // namespace
 
 QByteArray Sessions::open(const QString& user, Role role, qint64 now)
 {
     closeUnless([this, now](const Session& session) { return !isOver(session, now); });
     makeRoom(&user, m_limits.mostOfUser);
     makeRoom(nullptr, m_limits.most);
-    QByteArray token =
-        randomBytes(kTokenBytes)
-            .toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals);
+    QByteArray token = randomToken();
     m_sessions.insert(keyOf(token), {user, role, now, now});
     return token;
 }
 
 QByteArray Sessions::keyOf(const QByteArray& token)
 {
-    return sha256(token);
+    return tokenHash(token);
 }
 
 std::optional<Sessions::Session> Sessions::use(const QByteArray& key, qint64 now)

@@ -18,6 +18,7 @@ namespace plc::panel {
 namespace {
 
 constexpr streams::InputFileKind kKind{"a file of users", qint64(1024) * 1024, ""};
+constexpr int kHashLetters = 64; // of SHA-256
 constexpr mode_t kOwnerAlone = S_IRUSR | S_IWUSR;
 
 QString nameKey()
@@ -33,6 +34,11 @@ QString roleKey()
 QString passwordKey()
 {
     return QStringLiteral("password");
+}
+
+QString tokenKey()
+{
+    return QStringLiteral("token");
 }
 
 QString usersKey()
@@ -52,6 +58,11 @@ Expected<void> checkName(const QString& name)
     if (name == QLatin1String("local"))
         return Error{QStringLiteral("\"local\" is who comes where there are no users")};
     return {};
+}
+
+bool isHash(const QByteArray& text)
+{
+    return text.size() == kHashLetters && QByteArray::fromHex(text).toHex() == text;
 }
 
 /// Whoever can write it can give himself any role, and whoever reads it can guess in peace.
@@ -96,11 +107,14 @@ Expected<void> UsersFile::read(const QByteArray& bytes)
         const QJsonObject fields = item.toObject();
         const std::optional<Role> role = findRole(fields.value(roleKey()).toString());
         const User user{fields.value(nameKey()).toString(), role.value_or(Role::None),
-                        fields.value(passwordKey()).toString().toLatin1()};
+                        fields.value(passwordKey()).toString().toLatin1(),
+                        fields.value(tokenKey()).toString().toLatin1()};
         if (find(user.name))
             return Error{QStringLiteral("%1 stands there twice").arg(user.name)};
         if (user.passwordHash.isEmpty())
             return Error{QStringLiteral("%1 has no password").arg(user.name)};
+        if (fields.contains(tokenKey()) && !isHash(user.tokenHash))
+            return Error{QStringLiteral("%1 has a token that is none").arg(user.name)};
         const Expected<void> isPut = put(user);
         if (!isPut)
             return isPut.error();
@@ -112,9 +126,12 @@ Expected<void> UsersFile::save() const
 {
     QJsonArray list;
     for (const User& user : m_users) {
-        list.append(QJsonObject{{nameKey(), user.name},
-                                {roleKey(), roleName(user.role)},
-                                {passwordKey(), QString::fromLatin1(user.passwordHash)}});
+        QJsonObject fields{{nameKey(), user.name},
+                           {roleKey(), roleName(user.role)},
+                           {passwordKey(), QString::fromLatin1(user.passwordHash)}};
+        if (!user.tokenHash.isEmpty())
+            fields.insert(tokenKey(), QString::fromLatin1(user.tokenHash));
+        list.append(fields);
     }
     streams::FileReplacement file(m_path);
     const Expected<void> isOpen = file.open();
@@ -130,6 +147,14 @@ const User* UsersFile::find(const QString& name) const
 {
     const auto found = std::find_if(m_users.begin(), m_users.end(),
                                     [&name](const User& user) { return user.name == name; });
+    return found == m_users.end() ? nullptr : &*found;
+}
+
+const User* UsersFile::findByToken(const QByteArray& hash) const
+{
+    const auto found = std::find_if(m_users.begin(), m_users.end(), [&hash](const User& user) {
+        return !hash.isEmpty() && user.tokenHash == hash;
+    });
     return found == m_users.end() ? nullptr : &*found;
 }
 

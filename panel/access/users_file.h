@@ -11,7 +11,8 @@ namespace plc::panel {
 struct User {
     QString name;
     Role role = Role::None;
-    QByteArray passwordHash; ///< Of hashPassword().
+    QByteArray passwordHash;   ///< Of hashPassword().
+    QByteArray tokenHash = {}; ///< Of a program's token (tokenHash()); empty: there is none.
 };
 
 /// Who may log in: a file that its owner alone can read, and that is replaced as a whole.
@@ -29,6 +30,8 @@ public:
     const QVector<User>& users() const { return m_users; }
     /// Null: there is none of this name.
     const User* find(const QString& name) const;
+    /// Whose program has the token of this hash; null: nobody's.
+    const User* findByToken(const QByteArray& hash) const;
     /// In the place of one of the same name. An error when the name is none that a user may have.
     Expected<void> put(const User& user);
     /// Whether there was one.

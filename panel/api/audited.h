@@ -19,27 +19,31 @@ inline AuditRecord recordOf(const ApiContext& context, const Request& request, c
     return record;
 }
 
-/// Whether it is on record that this is asked for; answers where it cannot be.
-inline bool isRecorded(const ApiContext& context, const AuditRecord& record,
-                       const Responder& respond)
+/// Does what is asked for once that is on record; answers where it cannot be. Called by the thread
+/// of the PLCs, which does other things meanwhile.
+inline void whenRecorded(const ApiContext& context, const AuditRecord& record,
+                         const Responder& respond, std::function<void()> work)
 {
-    const Expected<void> isKept = context.audit(record);
-    if (!isKept)
-        respond(Response::error(
-            503, QStringLiteral("the audit cannot be written: %1").arg(isKept.error().text)));
-    return bool(isKept);
+    context.audit(record, [respond, work = std::move(work)](const Expected<void>& isKept) {
+        if (isKept)
+            work();
+        else
+            respond(Response::error(
+                503, QStringLiteral("the audit cannot be written: %1").arg(isKept.error().text)));
+    });
 }
 
-/// What came of it. `reason` is empty for what is done. What the panel itself could not do was
-/// refused by nobody.
+/// Answers once it is on record what came of it, or cannot be. `reason` is empty for what is done.
+/// What the panel itself could not do was refused by nobody.
 inline void recordEnd(const ApiContext& context, AuditRecord record, const QString& reason,
+                      std::function<void()> answer,
                       const QString& outcome = QStringLiteral("notDone"))
 {
     record.time = context.time();
     record.phase = AuditRecord::Outcome;
     record.outcome = reason.isEmpty() ? QStringLiteral("done") : outcome;
     record.reason = reason;
-    static_cast<void>(context.audit(record));
+    context.audit(record, [answer = std::move(answer)](const Expected<void>&) { answer(); });
 }
 
 } // namespace plc::panel

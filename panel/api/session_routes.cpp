@@ -1,8 +1,8 @@
-#include "exchange/flat_json.h"
 #include "panel/access/role_name.h"
 #include "panel/api/api_routes.h"
 #include "panel/api/audited.h"
 #include "panel/api/json_text.h"
+#include "panel/api/request_bodies.h"
 
 namespace plc::panel {
 namespace {
@@ -49,8 +49,8 @@ Response loginResponse(const ApiContext& context, const LoginResult& result)
     return response;
 }
 
-/// What is recorded is on the disk before the answer goes, by the thread that writes all records. A
-/// disk that takes none keeps nobody from looking.
+/// What is recorded is on the disk before the answer goes. A disk that takes none keeps nobody from
+/// looking.
 void answerLogin(const ApiContext& context, const LoginResult& result, const QString& user,
                  const QString& address, const Responder& respond)
 {
@@ -62,18 +62,17 @@ void answerLogin(const ApiContext& context, const LoginResult& result, const QSt
     }
     record->time = context.time();
     context.post([context, result, record = *record, respond] {
-        static_cast<void>(context.audit(record));
-        respond(loginResponse(context, result));
+        context.audit(record, [context, result, respond](const Expected<void>&) {
+            respond(loginResponse(context, result));
+        });
     });
 }
 
 void logIn(const ApiContext& context, const Request& request, const Responder& respond)
 {
-    const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
-    const QString* const user = json ? json->text("user") : nullptr;
-    const QString* const password = json ? json->text("password") : nullptr;
-    if (!user || !password) {
-        respond(badRequest(QStringLiteral("the texts \"user\" and \"password\" are expected")));
+    const Expected<Login> login = readLogin(request.body);
+    if (!login) {
+        respond(badRequest(login.error().text));
         return;
     }
     if (!context.access->isLoginRequired()) {
@@ -81,10 +80,11 @@ void logIn(const ApiContext& context, const Request& request, const Responder& r
         return;
     }
     const QString address = request.caller.address;
-    context.access->login(*user, *password, address,
-                          [context, respond, name = *user, address](const LoginResult& result) {
-                              answerLogin(context, result, name, address, respond);
-                          });
+    context.access->login(
+        login->user, login->password, address,
+        [context, respond, name = login->user, address](const LoginResult& result) {
+            answerLogin(context, result, name, address, respond);
+        });
 }
 
 void logOut(const ApiContext& context, const Request& request, const Responder& respond)
@@ -96,8 +96,8 @@ void logOut(const ApiContext& context, const Request& request, const Responder& 
         return;
     }
     context.post([context, request, respond, response] {
-        recordEnd(context, recordOf(context, request, "logout", {}, {}), {});
-        respond(response);
+        recordEnd(context, recordOf(context, request, "logout", {}, {}), {},
+                  [respond, response] { respond(response); });
     });
 }
 

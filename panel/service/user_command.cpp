@@ -7,6 +7,7 @@
 
 #include "panel/access/password_hash.h"
 #include "panel/access/role_name.h"
+#include "panel/access/secrets.h"
 #include "panel/access/users_file.h"
 #include "values/nearest_name.h"
 
@@ -81,7 +82,7 @@ Expected<QString> addUser(UsersFile* users, const QString& name, const QString& 
     const Expected<QByteArray> hash = hashPassword(*password);
     if (!hash)
         return hash.error();
-    if (const Expected<void> put = users->put({name, *role, *hash}); !put)
+    if (const Expected<void> put = users->put({name, *role, *hash, {}}); !put)
         return put.error();
     if (const Expected<void> saved = users->save(); !saved)
         return saved.error();
@@ -100,11 +101,45 @@ Expected<QString> removeUser(UsersFile* users, const QString& name)
         .arg(values::quoted(name));
 }
 
+/// Empty: none any more.
+Expected<void> putToken(UsersFile* users, const QString& name, const QByteArray& hash)
+{
+    const User* const found = users->find(name);
+    if (!found)
+        return Error{QStringLiteral("there is no user %1").arg(values::quoted(name))};
+    User user = *found;
+    user.tokenHash = hash;
+    if (Expected<void> put = users->put(user); !put)
+        return put;
+    return users->save();
+}
+
+Expected<QString> makeToken(UsersFile* users, const QString& name)
+{
+    const QByteArray token = randomToken();
+    if (const Expected<void> put = putToken(users, name, tokenHash(token)); !put)
+        return put.error();
+    return QString::fromLatin1(token);
+}
+
+Expected<QString> revokeToken(UsersFile* users, const QString& name)
+{
+    if (const Expected<void> put = putToken(users, name, {}); !put)
+        return put.error();
+    return QStringLiteral(
+               "%1 has no token any more; a panel that runs is told by SIGHUP, or by a "
+               "restart where the file is a credential")
+        .arg(values::quoted(name));
+}
+
 QString listUsers(const UsersFile& users)
 {
     QStringList lines;
     for (const User& user : users.users())
-        lines.append(QStringLiteral("%1  %2").arg(user.name, roleName(user.role)));
+        lines.append(
+            QStringLiteral("%1  %2%3")
+                .arg(user.name, roleName(user.role),
+                     user.tokenHash.isEmpty() ? QString() : QStringLiteral("  has a token")));
     return lines.join(QLatin1Char('\n'));
 }
 
@@ -120,10 +155,15 @@ Expected<QString> changeUsers(const QString& file, const QStringList& words)
         return addUser(&*users, words[1], words[2]);
     if (command == QLatin1String("remove") && words.size() == 2)
         return removeUser(&*users, words[1]);
+    if (command == QLatin1String("token") && words.size() == 2)
+        return makeToken(&*users, words[1]);
+    if (command == QLatin1String("revoke") && words.size() == 2)
+        return revokeToken(&*users, words[1]);
     if (command == QLatin1String("list") && words.size() == 1)
         return listUsers(*users);
     return Error{QStringLiteral(
-        "expected \"add NAME ROLE\", \"remove NAME\" or \"list\"; --help tells more")};
+        "expected \"add NAME ROLE\", \"remove NAME\", \"token NAME\", \"revoke NAME\" or \"list\"; "
+        "--help tells more")};
 }
 
 } // namespace plc::panel

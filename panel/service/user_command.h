@@ -7,8 +7,9 @@
 
 namespace plc::panel {
 
-/// "add NAME ROLE", whose password comes from the terminal or the standard input, "remove NAME" or
-/// "list". Returns what is to be printed.
+/// "add NAME ROLE", whose password comes from the terminal or the standard input, "remove NAME",
+/// "list", "token NAME", which makes a token for the user's program in place of the last one, or
+/// "revoke NAME". Returns what is to be printed: of "token" the token and nothing else.
 Expected<QString> changeUsers(const QString& file, const QStringList& words);
 
 } // namespace plc::panel

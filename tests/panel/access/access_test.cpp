@@ -1,6 +1,7 @@
 #include "panel/access/access.h"
 
 #include "panel/access/request_token.h"
+#include "panel/access/secrets.h"
 #include "tests/panel/access/access_fixture.h"
 
 namespace plc::panel {
@@ -270,6 +271,38 @@ TEST(Listening, ElsewhereNeedsACertificateAndUsers)
         checkListening(stated("0.0.0.0"), true, false).error().text.toStdString());
     EXPECT_FALSE(checkListening(stated("::"), false, true));
     EXPECT_FALSE(checkListening(stated("192.168.1.5"), false, false));
+}
+
+TEST_F(Login, IsNotNeededByAProgramWithATokenOfItsUser)
+{
+    open();
+    const QByteArray token = randomToken();
+    const auto give = [this](const QByteArray& hash, Role role) {
+        Expected<UsersFile> file = UsersFile::load(settings.users);
+        User user = *file->find(stated("vera"));
+        user.tokenHash = hash;
+        user.role = role;
+        ASSERT_TRUE(succeeds(file->put(user)));
+        ASSERT_TRUE(succeeds(file->save()));
+        ASSERT_TRUE(succeeds(access->reload()));
+    };
+    const auto caller = [this, &token] {
+        return access->identify({}, "Bearer " + token, stated("10.0.0.1"));
+    };
+    EXPECT_EQ(Role::None, caller().role);
+    give(tokenHash(token), Role::Viewer);
+    now = 100 * kHour;
+    const Caller program = caller();
+    EXPECT_EQ(stated("vera"), program.user);
+    EXPECT_EQ(Role::Viewer, program.role);
+    EXPECT_TRUE(access->isValid(program));
+    EXPECT_EQ(Role::None, access->identify({}, "Bearer " + tokenHash(token), {}).role);
+    EXPECT_FALSE(access->logout(program)) << "there is no session";
+    give(tokenHash(token), Role::Operator);
+    EXPECT_FALSE(access->isValid(program)) << "its streams end";
+    EXPECT_EQ(Role::Operator, caller().role);
+    give({}, Role::Operator);
+    EXPECT_EQ(Role::None, caller().role);
 }
 
 } // namespace

@@ -470,6 +470,54 @@ TEST_F(Audit, TellsWhatCouldNotBeWrittenAndGoesOnLater)
     EXPECT_EQ(std::string::npos, files.content(file()).find("\"id\":\"2\""));
 }
 
+TEST_F(Audit, ChainsRecordsThatAreAddedAtOnce)
+{
+    const auto log = open();
+    const AuditAppended appended = log->append(QVector<AuditRecord>{record("1"), record("2")});
+    EXPECT_EQ(2, appended.kept);
+    ASSERT_TRUE(log->append(record("3")));
+    const QList<QByteArray> all = lines();
+    ASSERT_EQ(4, all.size());
+    for (int i = 1; i < 4; ++i) {
+        EXPECT_EQ(recordLine(record(QByteArray::number(i).constData()), i, sha256(all[i - 1])),
+                  all[i]);
+    }
+    EXPECT_EQ(AuditVerification::None, verify().flaw);
+    EXPECT_EQ(sha256(all[3]), log->head());
+}
+
+TEST_F(Audit, KeepsOfRecordsThatAreAddedAtOnceThoseThatHaveRoom)
+{
+    const auto log = open();
+    const auto before = ::signal(SIGXFSZ, SIG_IGN);
+    rlimit unlimited = {};
+    ASSERT_EQ(0, ::getrlimit(RLIMIT_FSIZE, &unlimited));
+    rlimit limit = unlimited;
+    const int line = int(recordLine(record("1"), 1, QByteArray(64, 'a')).size()) + 1;
+    // Room for two lines and some of the third.
+    limit.rlim_cur = rlim_t(files.content(file()).size()) + rlim_t(2 * line + 50);
+    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &limit));
+    const AuditAppended appended =
+        log->append(QVector<AuditRecord>{record("1"), record("2"), record("3"), record("4")});
+    ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &unlimited));
+    ::signal(SIGXFSZ, before);
+    EXPECT_EQ(2, appended.kept);
+    EXPECT_EQ(file() + stated(": cannot be written: File too large"), appended.failure.text);
+    EXPECT_FALSE(log->isWorking());
+
+    EXPECT_EQ(2, log->append(QVector<AuditRecord>{record("5"), record("6")}).kept);
+    EXPECT_TRUE(log->isWorking());
+    EXPECT_EQ(AuditVerification::None, verify().flaw) << verify().sentence.toStdString();
+    EXPECT_EQ(1, verify().cuts);
+    QByteArrayList ids;
+    for (const QByteArray& one : lines()) {
+        const int begin = int(one.indexOf("\"id\":\""));
+        if (begin >= 0 && parseAuditLine(one))
+            ids.append(one.mid(begin + 6, 1));
+    }
+    EXPECT_EQ("1256", ids.join().toStdString()) << "none is lost, and none there twice";
+}
+
 TEST_F(Audit, IsReadInPages)
 {
     write(5);

@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 
+#include "panel/access/secrets.h"
 #include "tests/panel/access/access_fixture.h"
 
 namespace plc::panel {
@@ -78,6 +79,24 @@ TEST_F(Users, AreKeptInAFileForItsOwnerAlone)
     EXPECT_EQ("users.json", names());
 }
 
+TEST_F(Users, MayHaveATokenOfWhichOnlyTheHashIsKept)
+{
+    // As sha256sum tells it.
+    const QByteArray hash = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
+    EXPECT_EQ(hash, tokenHash("abc"));
+    UsersFile users = load();
+    ASSERT_TRUE(users.put({stated("anna"), Role::Viewer, "1", hash}));
+    ASSERT_TRUE(users.put({stated("bert"), Role::Engineer, "2", {}}));
+    ASSERT_TRUE(succeeds(users.save()));
+    const UsersFile again = load();
+    ASSERT_TRUE(again.findByToken(hash));
+    EXPECT_EQ(stated("anna"), again.findByToken(hash)->name);
+    EXPECT_FALSE(again.findByToken(tokenHash("abd")));
+    EXPECT_FALSE(again.findByToken({}));
+    EXPECT_NE(randomToken(), randomToken());
+    EXPECT_EQ(43, randomToken().size());
+}
+
 TEST_F(Users, TakeThePlaceOfTheOneOfTheSameName)
 {
     UsersFile users = load();
@@ -116,6 +135,10 @@ TEST_F(Users, OfAMalformedFileAreNone)
     expectMalformed("rubbish", "no file of users");
     expectMalformed("{'users':{}}", "no file of users");
     expectMalformed(R"({"users":[{"name":"a","role":"viewer"}]})", "a has no password");
+    expectMalformed(R"({"users":[{"name":"a","role":"viewer","password":"x","token":"abc"}]})",
+                    "a has a token that is none");
+    expectMalformed(R"({"users":[{"name":"a","role":"viewer","password":"x","token":7}]})",
+                    "a has a token that is none");
     expectMalformed(R"({"users":[{"name":"a","role":"chief","password":"x"}]})",
                     "a: a role is viewer, operator or engineer");
     expectMalformed(R"({"users":[{"name":"a","role":"viewer","password":"x"},

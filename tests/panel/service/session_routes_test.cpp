@@ -2,6 +2,7 @@
 
 #include "panel/api/api_routes.h"
 #include "tests/panel/access/access_fixture.h"
+#include "tests/support/gate.h"
 
 namespace plc::panel {
 namespace {
@@ -17,10 +18,14 @@ protected:
         context.logins = &logins;
         context.time = [] { return qint64(1000); };
         context.post = [](const std::function<void()>& work) { work(); };
-        context.audit = [this](const AuditRecord& record) {
+        context.audit = [this](const AuditRecord& record, const AuditWriter::Kept& kept) {
             records.append(record);
-            return isDiskFull ? Expected<void>(Error{QStringLiteral("the disk is full")})
-                              : Expected<void>();
+            if (isDiskFull)
+                kept(Error{QStringLiteral("the disk is full")});
+            else if (isDiskSlow)
+                takeLater(kept);
+            else
+                kept({});
         };
         std::promise<Response> answered;
         for (const Route& route : sessionRoutes(context)) {
@@ -33,7 +38,18 @@ protected:
                     answered.set_value(std::move(response));
                 });
         }
-        return answered.get_future().get();
+        std::future<Response> answer = answered.get_future();
+        if (isDiskSlow) {
+            handedIn.await();
+            EXPECT_EQ(std::future_status::timeout, answer.wait_for(std::chrono::seconds(0)));
+            later({});
+        }
+        return answer.get();
+    }
+    void takeLater(const AuditWriter::Kept& kept)
+    {
+        later = kept;
+        handedIn.ring();
     }
     Response logIn(const QByteArray& user, const QByteArray& secret)
     {
@@ -55,6 +71,9 @@ protected:
     QVector<AuditRecord> records;
     int recordsBefore = 0; ///< Those that were there when the answer came.
     bool isDiskFull = false;
+    bool isDiskSlow = false;
+    test::Bell handedIn;
+    AuditWriter::Kept later; ///< Of a record that a slow disk has not taken yet.
 };
 
 TEST_F(SessionRoutes, RecordALoginBeforeItIsAnswered)
@@ -98,6 +117,17 @@ TEST_F(SessionRoutes, RecordALogoutOnce)
     EXPECT_EQ("logout otto 127.0.0.1 done at 1000", recorded(0));
     EXPECT_EQ(204, ask(Method::Delete, {}, caller).status);
     EXPECT_EQ(1, records.size()) << "there was no session any more";
+}
+
+TEST_F(SessionRoutes, AnswerOnceTheDiskHasTheRecord)
+{
+    open();
+    const Caller caller = identify(token(Role::Operator));
+    isDiskSlow = true;
+    EXPECT_EQ(200, logIn("otto", "otto's secret").status);
+    EXPECT_EQ(401, logIn("otto", "a guess").status);
+    EXPECT_EQ(204, ask(Method::Delete, {}, caller).status);
+    EXPECT_EQ(3, records.size());
 }
 
 TEST_F(SessionRoutes, LetPeopleLookWhereNothingCanBeRecorded)
