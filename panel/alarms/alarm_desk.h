@@ -3,24 +3,34 @@
 
 #include <QtCore/QMap>
 
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "database/confirmed_time.h"
 #include "panel/alarms/alarm_engine.h"
-#include "panel/alarms/alarm_history.h"
+#include "panel/alarms/alarm_store.h"
+#include "service/disk_thread.h"
 
 namespace plc::panel {
 
-/// Alarms with their history. Where that cannot be written, alarms go on, and what it lacks is
-/// written when that is possible again, tried once a second; but nothing is acknowledged, since
-/// nobody would know of it after a restart. For one thread; times as those of AlarmEngine.
+/// Alarms with their history, which a thread of its own writes and reads: nobody waits for the
+/// disk. Where the history cannot be written, alarms go on, and what it lacks is written when that
+/// is possible again, tried once a second; but nothing is acknowledged, since nobody would know of
+/// it after a restart. For one thread; times as those of AlarmEngine.
 class AlarmDesk {
 public:
-    /// `history` may be null: then the past is not kept beyond the end of the process.
+    static constexpr int kMostWaiting = 32; ///< Questions of the past, and acknowledgements.
+
+    /// `store` may be null: then the past is not kept beyond the end of the process. It is read
+    /// here. `wake` is called by another thread: deliver() is to be called by this one.
     static Expected<std::unique_ptr<AlarmDesk>> open(const QVector<AlarmSettings>& alarms,
-                                                     std::unique_ptr<AlarmHistory> history,
-                                                     qint64 now);
+                                                     std::shared_ptr<AlarmStore> store,
+                                                     service::DiskThread::Wake wake, qint64 now);
 
     const AlarmEngine& engine() const { return m_engine; }
     /// As the engine's; what changes is kept by settle().
@@ -30,9 +40,9 @@ public:
     }
     void confirm(const QString& plc, const Moment& moment) { m_engine.confirm(plc, moment); }
 
-    /// Brings what has changed into the history. To be called behind take() and confirm(), and once
-    /// a second. Returns the alarms that have another status than before. The history removes by
-    /// age what is too old at a time that both clocks confirm.
+    /// Has what has changed brought into the history. To be called behind take() and confirm(), and
+    /// once a second. Returns the alarms that have another status than before. The history removes
+    /// by age what is too old at a time that both clocks confirm.
     QVector<int> settle(const Moment& now);
 
     enum class Refusal {
@@ -45,30 +55,86 @@ public:
         Refusal refusal = Refusal::None;
         QString reason;
     };
-    /// Of the occurrence of this begin. The alarm is among those that the next settle() returns.
-    Acknowledgement acknowledge(const QString& id, qint64 begin, const QString& user, qint64 now);
+    using Answered = std::function<void(const Acknowledgement&)>;
+    /// Of the occurrence of this begin; answered once, when it is in the history or cannot be. The
+    /// alarm is then among those that the next settle() returns.
+    void acknowledge(const QString& id, qint64 begin, const QString& user, const Moment& now,
+                     Answered answered);
 
-    /// As AlarmHistory::between(), with what could not be written yet.
-    Expected<QVector<AlarmOccurrence>> between(qint64 from, qint64 to, int most);
+    using Found = std::function<void(const Expected<QVector<AlarmOccurrence>>&)>;
+    /// As AlarmStore::between(), with what could not be written yet; called once, perhaps at once.
+    void between(qint64 from, qint64 to, int most, Found found);
+
+    void deliver();
+    /// Waits until all is in the history, for so long at most. Behind it nothing is kept any more.
+    void finish(std::chrono::milliseconds patience);
+    bool isIdle() const { return !m_isSaving && m_asked.empty(); }
+
     /// Why the history cannot be written; empty while it can.
     const QString& failure() const { return m_failure; }
+    /// Since when the disk has owed an answer, as values::steadyTime() counts; nothing: it owes
+    /// none.
+    std::optional<qint64> busySince() const { return m_busySince; }
 
 private:
-    AlarmDesk(AlarmEngine engine, std::unique_ptr<AlarmHistory> history)
-        : m_engine(std::move(engine)), m_history(std::move(history))
-    {
-    }
-    QVector<int> keepChanges(qint64 now);
-    void save(qint64 now);
+    struct Wish {
+        int alarm = -1;
+        qint64 begin = 0;
+        QString user;
+        qint64 time = 0;
+        Answered answered;
+    };
+    struct Refused {
+        Answered answered;
+        QString reason;
+    };
+    /// A wish that is being written.
+    struct Taken {
+        int alarm = -1;
+        AlarmOccurrence occurrence;
+        int unacknowledgedBefore = 0;
+        Answered answered;
+    };
+    struct Question {
+        qint64 from = 0;
+        qint64 to = 0;
+        int most = 0;
+        Found found;
+    };
+
+    AlarmDesk(AlarmEngine engine, std::shared_ptr<AlarmStore> store,
+              service::DiskThread::Wake wake);
+    void collect();
+    std::vector<Refused> takeWishes();
+    bool isTaken(int alarm) const;
+    bool mustWait() const;
+    void save();
+    void write();
+    void takeSaved(const Expected<void>& outcome);
+    void putBack();
+    void confirmWish(const Taken& taken);
+    void answer(const Expected<QVector<AlarmOccurrence>>& written);
 
     AlarmEngine m_engine;
-    std::unique_ptr<AlarmHistory> m_history;
+    const std::shared_ptr<AlarmStore> m_store;
     database::ConfirmedTime m_clock;
     std::optional<qint64> m_confirmed; ///< At the last settle().
+    QVector<int> m_changed;            ///< What the next settle() returns.
     /// By number: what the history lacks, or all of what there is where there is none.
     QMap<qint64, AlarmOccurrence> m_unsaved;
+    QMap<qint64, AlarmOccurrence> m_saving; ///< The same, on its way.
+    std::deque<Wish> m_wishes;
+    std::vector<Taken> m_taken; ///< Saved with m_saving.
+    std::deque<Question> m_asked;
+    bool m_isSaving = false;
+    bool m_hasEnded = false;
     QString m_failure;
-    qint64 m_failedAt = 0; ///< The last attempt; of use while there is a failure.
+    // By the steady clock:
+    qint64 m_now = 0;
+    qint64 m_triedAt = 0;
+    qint64 m_failedAt = 0; ///< Of use while there is a failure.
+    std::optional<qint64> m_busySince;
+    std::unique_ptr<service::DiskThread> m_disk; ///< Null without a store; uses the others.
 };
 
 } // namespace plc::panel

@@ -214,16 +214,23 @@ Expected<AlarmOccurrence> AlarmEngine::acknowledged(int alarm, qint64 begin, con
     return occurrence;
 }
 
-void AlarmEngine::acknowledge(int alarm, const AlarmOccurrence& occurrence)
+void AlarmEngine::acknowledge(int alarm, const AlarmOccurrence& occurrence,
+                              int unacknowledgedBefore)
 {
     Watch& found = watch(alarm);
-    if (occurrence.end)
-        found.occurrence.reset();
-    else
-        found.occurrence = occurrence;
-    found.unacknowledgedBefore = 0;
-    keep(occurrence);
+    if (!found.occurrence)
+        return;
     tell(alarm);
+    if (found.occurrence->number != occurrence.number) {
+        found.unacknowledgedBefore -= unacknowledgedBefore + 1;
+        return;
+    }
+    found.unacknowledgedBefore = 0;
+    found.occurrence->acknowledgedBy = occurrence.acknowledgedBy;
+    found.occurrence->acknowledgedAt = occurrence.acknowledgedAt;
+    keep(*found.occurrence);
+    if (found.occurrence->end)
+        found.occurrence.reset();
 }
 
 void AlarmEngine::tell(int alarm)

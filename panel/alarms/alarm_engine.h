@@ -86,8 +86,10 @@ public:
     /// cannot be acknowledged. Nothing is changed: see acknowledge().
     Expected<AlarmOccurrence> acknowledged(int alarm, qint64 begin, const QString& user,
                                            qint64 now) const;
-    /// Takes what acknowledged() gave.
-    void acknowledge(int alarm, const AlarmOccurrence& occurrence);
+    /// Takes that what acknowledged() gave is so, which took a while: the occurrence may have ended
+    /// since, and others may have begun. `unacknowledgedBefore`: how many there were before it
+    /// then.
+    void acknowledge(int alarm, const AlarmOccurrence& occurrence, int unacknowledgedBefore = 0);
 
     /// What has changed since the last call.
     struct Changes {

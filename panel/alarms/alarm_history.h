@@ -1,15 +1,10 @@
 #ifndef PLC_PANEL_ALARMS_ALARM_HISTORY_H
 #define PLC_PANEL_ALARMS_ALARM_HISTORY_H
 
-#include <QtCore/QVector>
-
 #include <memory>
-#include <optional>
 
 #include "database/sqlite_database.h"
-#include "panel/alarms/alarm_engine.h"
-#include "panel/alarms/alarm_occurrence.h"
-#include "values/expected.h"
+#include "panel/alarms/alarm_store.h"
 
 namespace plc::panel {
 
@@ -26,27 +21,20 @@ struct AlarmHistoryLimits {
 ///   occurrence(number, alarm, began, kind, bits, words, ended, acknowledgedBy, acknowledgedAt,
 ///   flags)
 ///
-/// What save() has returned for is on the disk. While it is open, no other process can open it. For
-/// one thread.
-class AlarmHistory {
+/// What save() has returned for is on the disk; it removes what is beyond the limits. While it is
+/// open, no other process can open it.
+class AlarmHistory : public AlarmStore {
 public:
     /// Creates the file if it does not exist.
     static Expected<std::unique_ptr<AlarmHistory>> open(const QString& path,
                                                         const AlarmHistoryLimits& limits);
-    ~AlarmHistory();
+    ~AlarmHistory() override;
 
-    /// All or none; new ones, or known ones that have changed. What is beyond the limits is
-    /// removed; by its age only at a time that is confirmed.
     Expected<void> save(const QVector<AlarmOccurrence>& occurrences,
-                        std::optional<qint64> confirmed);
-
-    /// The newest of each alarm that has not ended or is not acknowledged.
-    Expected<QVector<KeptOccurrence>> kept();
-    /// Those that were there at some time from `from` to `to`, both included: the newest first,
-    /// `most` of them.
-    Expected<QVector<AlarmOccurrence>> between(qint64 from, qint64 to, int most);
-    /// Behind all numbers that were ever given.
-    Expected<qint64> nextNumber();
+                        std::optional<qint64> confirmed) override;
+    Expected<QVector<KeptOccurrence>> kept() override;
+    Expected<QVector<AlarmOccurrence>> between(qint64 from, qint64 to, int most) override;
+    Expected<qint64> nextNumber() override;
 
 private:
     AlarmHistory() = default;

@@ -87,4 +87,13 @@ QByteArray pastAlarmText(const AlarmOccurrence& occurrence, AlarmState state,
     return json.append('}');
 }
 
+QByteArray pastAlarmsText(const QVector<PastAlarm>& past)
+{
+    QByteArray json = "{\"alarms\":[";
+    for (const PastAlarm& alarm : past)
+        json.append(json.endsWith('[') ? "" : ",")
+            .append(pastAlarmText(alarm.occurrence, alarm.state, alarm.type));
+    return json.append("]}\n");
+}
+
 } // namespace plc::panel

@@ -17,6 +17,16 @@ QByteArray alarmText(const AlarmSettings& alarm, const QString& id, const AlarmS
 QByteArray pastAlarmText(const AlarmOccurrence& occurrence, AlarmState state,
                          const values::IecType* type);
 
+/// What pastAlarmText() takes.
+struct PastAlarm {
+    AlarmOccurrence occurrence;
+    AlarmState state = AlarmState::Ended;
+    const values::IecType* type = nullptr;
+};
+
+/// A list of them, as the interface has it; for any thread.
+QByteArray pastAlarmsText(const QVector<PastAlarm>& past);
+
 } // namespace plc::panel
 
 #endif

@@ -24,8 +24,13 @@ void showPast(const ApiContext& context, const Request& request, const Responder
         if (!*number)
             return respond(badRequest(number->error().text));
     }
-    const Expected<QByteArray> past = context.alarms->history(*from, *to, int(*limit));
-    respond(past ? Response::json(*past) : Response::error(500, past.error().text));
+    context.alarms->history(
+        *from, *to, int(*limit), [context, respond](const Expected<QVector<PastAlarm>>& past) {
+            if (!past)
+                return respond(Response::error(503, past.error().text));
+            context.slowly(respond,
+                           [past = *past] { return Response::json(pastAlarmsText(past)); });
+        });
 }
 
 /// The time in the body; an error: there is none.
@@ -63,6 +68,28 @@ AuditRecord acknowledgementRecord(const ApiContext& context, const Request& requ
     return record;
 }
 
+Response acknowledgementResponse(const ApiContext& context, const QString& id,
+                                 const AlarmDesk::Acknowledgement& done)
+{
+    if (done.refusal != AlarmDesk::Refusal::None)
+        return Response::error(statusOf(done.refusal), done.reason);
+    context.alarms->passSecond();
+    return Response::json(context.alarms->one(context.alarms->desk()->engine().find(id)) + '\n');
+}
+
+/// `record`: what is on record as asked for.
+void carryOut(const ApiContext& context, const Request& request, const Responder& respond,
+              const AuditRecord& record, qint64 since)
+{
+    const QString id = request.parameters.value(QStringLiteral("id"));
+    context.alarms->acknowledge(
+        id, since, request.caller.user,
+        [context, respond, record, id](const AlarmDesk::Acknowledgement& done) {
+            const Response response = acknowledgementResponse(context, id, done);
+            recordEnd(context, record, done.reason, [respond, response] { respond(response); });
+        });
+}
+
 void acknowledge(const ApiContext& context, const Request& request, const Responder& respond)
 {
     const Expected<qint64> since = sinceOf(request);
@@ -71,15 +98,9 @@ void acknowledge(const ApiContext& context, const Request& request, const Respon
     const QString id = request.parameters.value(QStringLiteral("id"));
     const int alarm = context.alarms->desk()->engine().find(id);
     const AuditRecord record = acknowledgementRecord(context, request, alarm);
-    if (!isRecorded(context, record, respond))
-        return;
-    const AlarmDesk::Acknowledgement done =
-        context.alarms->desk()->acknowledge(id, *since, request.caller.user, context.time());
-    recordEnd(context, record, done.reason);
-    if (done.refusal != AlarmDesk::Refusal::None)
-        return respond(Response::error(statusOf(done.refusal), done.reason));
-    context.alarms->passSecond();
-    respond(Response::json(context.alarms->one(alarm) + '\n'));
+    whenRecorded(context, record, respond, [context, request, respond, record, since = *since] {
+        carryOut(context, request, respond, record, since);
+    });
 }
 
 } // namespace

@@ -129,21 +129,39 @@ QByteArray AlarmWatch::list() const
     return json.append("]}\n");
 }
 
-Expected<QByteArray> AlarmWatch::history(qint64 from, qint64 to, int most)
+void AlarmWatch::acknowledge(const QString& id, qint64 begin, const QString& user,
+                             AlarmDesk::Answered answered)
 {
-    const Expected<QVector<AlarmOccurrence>> found = m_desk->between(from, to, most);
-    if (!found)
-        return found.error();
-    QByteArray json = "{\"alarms\":[";
-    for (const AlarmOccurrence& occurrence : *found) {
+    m_desk->acknowledge(id, begin, user, m_time(), std::move(answered));
+}
+
+void AlarmWatch::history(qint64 from, qint64 to, int most, Past past)
+{
+    m_desk->between(
+        from, to, most,
+        [this, past = std::move(past)](const Expected<QVector<AlarmOccurrence>>& found) {
+            if (found)
+                past(pastOf(*found));
+            else
+                past(found.error());
+        });
+}
+
+QVector<PastAlarm> AlarmWatch::pastOf(const QVector<AlarmOccurrence>& occurrences) const
+{
+    QVector<PastAlarm> past;
+    QHash<QPair<QString, QString>, const values::IecType*> types;
+    for (const AlarmOccurrence& occurrence : occurrences) {
         const int alarm = m_desk->engine().find(occurrence.alarm);
         AlarmState state = AlarmState::Ended;
         if (!occurrence.end)
             state = alarm < 0 ? AlarmState::Unknown : m_desk->engine().status(alarm).state;
-        json.append(json.endsWith('[') ? "" : ",")
-            .append(pastAlarmText(occurrence, state, typeOf(occurrence.plc, occurrence.label)));
+        const QPair<QString, QString> place(occurrence.plc, occurrence.label);
+        if (!types.contains(place))
+            types.insert(place, typeOf(occurrence.plc, occurrence.label));
+        past.append({occurrence, state, types.value(place)});
     }
-    return json.append("]}\n");
+    return past;
 }
 
 } // namespace plc::panel

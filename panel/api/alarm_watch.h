@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "panel/alarms/alarm_desk.h"
+#include "panel/api/alarm_json.h"
 #include "panel/plants/plants.h"
 
 namespace plc::panel {
@@ -34,7 +35,12 @@ public:
 
     /// All alarms, in the order of the configuration.
     QByteArray list() const;
-    Expected<QByteArray> history(qint64 from, qint64 to, int most);
+    using Past = std::function<void(const Expected<QVector<PastAlarm>>&)>;
+    /// As AlarmDesk::between().
+    void history(qint64 from, qint64 to, int most, Past past);
+    /// As AlarmDesk::acknowledge().
+    void acknowledge(const QString& id, qint64 begin, const QString& user,
+                     AlarmDesk::Answered answered);
     /// As list() has it.
     QByteArray one(int alarm) const;
     AlarmDesk* desk() const { return m_desk; }
@@ -48,6 +54,7 @@ private:
     };
 
     void settle();
+    QVector<PastAlarm> pastOf(const QVector<AlarmOccurrence>& occurrences) const;
     void observe(const Plant& plant, const Watched& watched);
     const values::IecType* typeOf(const QString& plc, const QString& label) const;
 
