@@ -1,61 +1,11 @@
 #include "panel/http/exchange.h"
 
-#include <QtCore/QList>
-
-#include <algorithm>
 #include <utility>
 
 #include "panel/http/sent_response.h"
 #include "panel/http/target.h"
 
 namespace plc::panel {
-
-/// What is looked at in the head of a request.
-struct Exchange::Headers {
-    QByteArray host;
-    QByteArray origin;
-    QByteArray fetchSite;
-    QByteArray cookie;
-    QByteArray authorization;
-    QByteArray instance;
-    QByteArray contentType;
-    QByteArray contentLength;
-    QByteArray transferEncoding;
-    QByteArray ifNoneMatch;
-    bool hasTwice = false; ///< A header that may come once came again.
-
-    QByteArray* find(const QByteArray& name)
-    {
-        const std::pair<const char*, QByteArray*> known[] = {
-            {"host", &host},
-            {"origin", &origin},
-            {"sec-fetch-site", &fetchSite},
-            {"cookie", &cookie},
-            {"authorization", &authorization},
-            {"panel-instance", &instance},
-            {"content-type", &contentType},
-            {"content-length", &contentLength},
-            {"transfer-encoding", &transferEncoding},
-            {"if-none-match", &ifNoneMatch}};
-        for (const auto& [known_name, place] : known) {
-            if (name == known_name)
-                return place;
-        }
-        return nullptr;
-    }
-
-    static MHD_Result take(void* headers, MHD_ValueKind, const char* name, const char* value)
-    {
-        Headers* self = static_cast<Headers*>(headers);
-        QByteArray* place = self->find(QByteArray(name).toLower());
-        if (!place)
-            return MHD_YES;
-        if (!place->isNull())
-            self->hasTwice = true;
-        *place = value ? QByteArray(value) : QByteArray("");
-        return MHD_YES;
-    }
-};
 
 namespace {
 
@@ -79,9 +29,10 @@ private:
     const std::weak_ptr<Exchange> m_exchange;
 };
 
-QByteArray mediaType(const QByteArray& contentType)
+MHD_Result takeField(void* fields, MHD_ValueKind, const char* name, const char* value)
 {
-    return contentType.split(';').value(0).trimmed().toLower();
+    static_cast<RequestFields*>(fields)->take(name, value);
+    return MHD_YES;
 }
 
 } // namespace
@@ -108,11 +59,10 @@ MHD_Result Exchange::begin(const QByteArray& method)
     m_hasBegun = true;
     ++m_core->requests;
     m_core->enter(m_connection.get(), Phase::Receiving);
-    Headers headers;
-    ::MHD_get_connection_values(m_handle, MHD_HEADER_KIND, &Headers::take, &headers);
-    m_hasBody = !headers.transferEncoding.isNull() ||
-                (!headers.contentLength.isNull() && headers.contentLength.toLongLong() != 0);
-    std::optional<Response> refused = refusal(method, headers);
+    RequestFields fields;
+    ::MHD_get_connection_values(m_handle, MHD_HEADER_KIND, &takeField, &fields);
+    m_hasBody = fields.hasBody();
+    std::optional<Response> refused = refusal(method, fields);
     if (!refused)
         return MHD_YES;
     if (!m_hasBody) {
@@ -121,35 +71,52 @@ MHD_Result Exchange::begin(const QByteArray& method)
         give(std::move(*refused));
         return MHD_YES;
     }
-    // What follows the head is not read, and must not be taken for the next request.
+    // What follows the head is not looked at, and must not be taken for the next request.
+    m_connection->isSentTo = true;
     refused->addHeader("Connection", "close");
     return send(std::move(*refused));
 }
 
-std::optional<Response> Exchange::refusal(const QByteArray& method, const Headers& headers)
+std::optional<Response> Exchange::refusal(const QByteArray& method, const RequestFields& fields)
 {
-    if (headers.hasTwice)
-        return Response::error(400, QStringLiteral("a header came twice"));
-    if (std::optional<Response> refused = find(method, headers))
+    if (std::optional<Response> refused = checkHead())
         return refused;
-    return checkBody(headers);
+    if (std::optional<Response> refused = fields.refusal())
+        return refused;
+    if (std::optional<Response> refused = find(method, fields))
+        return refused;
+    return fields.bodyRefusal(mostBodyBytes());
+}
+
+std::optional<Response> Exchange::checkHead() const
+{
+    const int most = m_core->settings().mostHeadBytes;
+    if (m_target.size() > most)
+        return Response::error(
+            414, QStringLiteral("the target of the request has more than %1 bytes").arg(most));
+    const MHD_ConnectionInfo* info =
+        ::MHD_get_connection_info(m_handle, MHD_CONNECTION_INFO_REQUEST_HEADER_SIZE);
+    if (!info || info->header_size > std::size_t(most))
+        return Response::error(
+            431, QStringLiteral("the head of the request has more than %1 bytes").arg(most));
+    return std::nullopt;
 }
 
 /// The route, and whether the guard lets the caller through to it.
-std::optional<Response> Exchange::find(const QByteArray& method, const Headers& headers)
+std::optional<Response> Exchange::find(const QByteArray& method, const RequestFields& fields)
 {
     const std::optional<Target> target = parseTarget(m_target);
     if (target)
         m_match = m_core->routes().find(target->parts, findMethod(method));
     RequestHead head;
     head.route = m_match.route;
-    head.host = headers.host;
-    head.origin = headers.origin;
-    head.fetchSite = headers.fetchSite;
-    head.cookie = headers.cookie;
-    head.authorization = headers.authorization;
-    head.instance = headers.instance;
-    head.contentType = mediaType(headers.contentType);
+    head.host = fields.host;
+    head.origin = fields.origin;
+    head.fetchSite = fields.fetchSite;
+    head.cookie = fields.cookie;
+    head.authorization = fields.authorization;
+    head.instance = fields.instance;
+    head.contentType = fields.mediaType();
     head.hasBody = m_hasBody;
     head.address = m_connection->address;
     head.isEncrypted = m_connection->isEncrypted;
@@ -171,29 +138,15 @@ std::optional<Response> Exchange::find(const QByteArray& method, const Headers& 
     m_request.parameters = m_match.parameters;
     m_request.query = target->query;
     m_request.contentType = head.contentType;
-    m_request.ifNoneMatch = headers.ifNoneMatch;
+    m_request.ifNoneMatch = fields.ifNoneMatch;
     m_request.caller = decision.caller;
-    return std::nullopt;
-}
-
-std::optional<Response> Exchange::checkBody(const Headers& headers)
-{
-    if (!headers.transferEncoding.isNull()) {
-        if (headers.transferEncoding.toLower() != "chunked" || !headers.contentLength.isNull())
-            return Response::error(400, QStringLiteral("the length of the body is not clear"));
-    } else if (!headers.contentLength.isNull()) {
-        bool isNumber = false;
-        const qint64 length = headers.contentLength.toLongLong(&isNumber);
-        if (!isNumber || length > mostBodyBytes())
-            return Response::error(
-                413, QStringLiteral("the body has more than %1 bytes").arg(mostBodyBytes()));
-    }
     return std::nullopt;
 }
 
 int Exchange::mostBodyBytes() const
 {
-    return std::min(m_core->settings().mostBodyBytes, m_match.route->mostBodyBytes);
+    const int ofRoute = m_match.route->mostBodyBytes;
+    return ofRoute > 0 ? ofRoute : m_core->settings().mostBodyBytes;
 }
 
 /// A body that turns out to be too long once it is under way cannot be answered any more.

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 
+#include "panel/http/request_fields.h"
 #include "panel/http/server_core.h"
 
 namespace plc::panel {
@@ -26,12 +27,10 @@ public:
     void complete();
 
 private:
-    struct Headers;
-
     MHD_Result begin(const QByteArray& method);
-    std::optional<Response> refusal(const QByteArray& method, const Headers& headers);
-    std::optional<Response> find(const QByteArray& method, const Headers& headers);
-    std::optional<Response> checkBody(const Headers& headers);
+    std::optional<Response> refusal(const QByteArray& method, const RequestFields& fields);
+    std::optional<Response> checkHead() const;
+    std::optional<Response> find(const QByteArray& method, const RequestFields& fields);
     int mostBodyBytes() const;
     MHD_Result receive(const char* upload, std::size_t* uploadSize);
     void dispatch();

@@ -2,7 +2,6 @@
 #define PLC_PANEL_HTTP_ROUTE_H
 
 #include <functional>
-#include <limits>
 
 #include "panel/http/request.h"
 #include "panel/http/response.h"
@@ -20,8 +19,7 @@ struct Route {
     QByteArray summary;      ///< One line for people.
     /// Called on the server's thread, one call at a time: it must not wait.
     std::function<void(const Request&, Responder)> handler;
-    /// Of a request; the server's own bound counts as well.
-    int mostBodyBytes = std::numeric_limits<int>::max();
+    int mostBodyBytes = 0; ///< Of a request; 0: the server's own bound.
 };
 
 } // namespace plc::panel

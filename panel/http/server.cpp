@@ -18,6 +18,7 @@
 #include "panel/http/loopback.h"
 #include "panel/http/server_core.h"
 #include "service/listening_socket.h"
+#include "values/steady_time.h"
 
 namespace plc::panel {
 namespace {
@@ -26,6 +27,8 @@ constexpr int kBacklog = 128;
 constexpr int kSendBuffer = 128 * 1024; // bytes that the system keeps for a slow client
 constexpr int kSpareConnections = 64;   // that are being ended while others come
 constexpr std::chrono::milliseconds kWatchPeriod{250};
+constexpr intptr_t kRecords =
+    intptr_t(32) * 1024; // bytes for what libmicrohttpd notes of each field
 
 /// TLS 1.2 and 1.3, forward secrecy and authenticated encryption alone.
 constexpr char kPriorities[] =
@@ -56,6 +59,22 @@ MHD_Result admit(void* cls, const sockaddr* address, socklen_t)
     return core->admit(addressText(address)) ? MHD_YES : MHD_NO;
 }
 
+/// Memory of a connection. libmicrohttpd copies the cookies, which may be nearly all of a head, and
+/// gives no answer at all where there is no room for that.
+intptr_t poolSize(int mostHeadBytes)
+{
+    return 2 * intptr_t(mostHeadBytes) + kRecords;
+}
+
+/// libmicrohttpd would note each parameter in the connection's memory, and leave a request with too
+/// many of them without an answer. What it is about to look through is its own, as is this text.
+void takeQueryAway(const char* target)
+{
+    const char* const mark = target ? std::strchr(target, '?') : nullptr;
+    if (mark && mark[1] != '\0')
+        const_cast<char*>(mark)[1] = '\0';
+}
+
 void connectionBegins(ServerCore* core, MHD_Connection* handle, void** context)
 {
     auto connection = std::make_shared<Connection>();
@@ -80,6 +99,8 @@ void notifyConnection(void* cls, MHD_Connection* handle, void** context,
     }
     auto* connection = static_cast<std::shared_ptr<Connection>*>(*context);
     (*connection)->suspension->forget();
+    if ((*connection)->isSentTo)
+        core->lingering.add((*connection)->socket, values::steadyTime());
     core->remove(**connection);
     delete connection;
     *context = nullptr;
@@ -94,6 +115,7 @@ void* requestBegins(void* cls, const char* target, MHD_Connection* handle)
     const auto& connection = *static_cast<std::shared_ptr<Connection>*>(info->socket_context);
     const auto exchange = std::make_shared<Exchange>(core, connection, handle, target);
     core->setExchange(connection.get(), exchange);
+    takeQueryAway(target);
     return new Holder(exchange);
 }
 
@@ -215,8 +237,9 @@ Expected<void> Server::Private::startDaemon(int socket, bool isEncrypted)
     std::vector<MHD_OptionItem> options = {
         {MHD_OPTION_LISTEN_SOCKET, socket, nullptr},
         {MHD_OPTION_CONNECTION_LIMIT, intptr_t(most), nullptr},
-        {MHD_OPTION_CONNECTION_MEMORY_LIMIT, settings.mostHeaderBytes, nullptr},
-        {MHD_OPTION_STRICT_FOR_CLIENT, 1, nullptr}};
+        {MHD_OPTION_CONNECTION_MEMORY_LIMIT, poolSize(settings.mostHeadBytes), nullptr},
+        // Strictly, it ends connections in places where we can say what is wrong.
+        {MHD_OPTION_STRICT_FOR_CLIENT, 0, nullptr}};
     if (isEncrypted) {
         options.push_back(
             {MHD_OPTION_HTTPS_CERT_CALLBACK, 0, reinterpret_cast<void*>(&TlsIdentities::choose)});

@@ -23,7 +23,7 @@ struct ServerSettings {
 
     int mostConnections = 512;
     int mostConnectionsOfAddress = 400;
-    int mostHeaderBytes = 16 * 1024;
+    int mostHeadBytes = 64 * 1024; ///< Request line and fields.
     int mostBodyBytes = 1024 * 1024;
     int idleTime = 20000;    ///< Until the head of a request is there.
     int requestTime = 20000; ///< From there until its body is.

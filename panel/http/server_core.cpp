@@ -90,6 +90,7 @@ void ServerCore::setExchange(Connection* connection, const std::shared_ptr<Excha
 
 void ServerCore::endOverdue()
 {
+    lingering.drain(values::steadyTime());
     std::vector<std::shared_ptr<Exchange>> unanswered;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);

@@ -8,6 +8,7 @@
 
 #include "panel/http/connection_table.h"
 #include "panel/http/guard.h"
+#include "panel/http/lingering_sockets.h"
 #include "panel/http/route_table.h"
 #include "panel/http/server.h"
 #include "panel/http/suspension.h"
@@ -23,6 +24,7 @@ struct Connection {
     int socket = -1;
     QString address;
     bool isEncrypted = false;
+    bool isSentTo = false; ///< The client may still be sending a body that is not read.
     std::shared_ptr<Suspension> suspension;
     std::weak_ptr<Exchange> exchange;    ///< The request under way.
     std::shared_ptr<EventStream> stream; ///< That is being sent; guarded by the core.
@@ -52,6 +54,7 @@ public:
     void endAll();
     ServerStatistics statistics() const;
 
+    LingeringSockets lingering;
     std::atomic<qint64> requests{0};
     std::atomic<qint64> refused{0};
     std::atomic<int> streams{0};

@@ -62,7 +62,7 @@ std::optional<QString> decodePercent(const QByteArray& text)
 
 std::optional<Target> parseTarget(const QByteArray& target)
 {
-    if (!target.startsWith('/'))
+    if (!target.startsWith('/') || target.contains(' '))
         return std::nullopt;
     const int mark = int(target.indexOf('?'));
     const QByteArray path = mark < 0 ? target : target.left(mark);

@@ -59,6 +59,31 @@ TEST_F(HostileClients, TooLongABodyIsRefusedBeforeItIsSent)
         endless.ask(QByteArray(kPost) + "Content-Length: 99999999999999999999\r\n\r\n").status);
 }
 
+TEST_F(HostileClients, ARouteMayTakeMoreThanTheOthers)
+{
+    Route large = count();
+    large.mostBodyBytes = 2 * 1024 * 1024;
+    start({large});
+    HttpConnection connection(server->port());
+    const QByteArray body(2 * 1024 * 1024, 'x');
+    EXPECT_EQ("2097152",
+              connection.ask(QByteArray(kPost) + "Content-Length: 2097152\r\n\r\n" + body).body);
+}
+
+TEST_F(HostileClients, OnesThatSendTooLongABodyToItsEndCanReadTheRefusal)
+{
+    start({count(), greeting()});
+    for (const int bytes : {1048577, 1500000, 3000000, 8000000}) {
+        HttpConnection connection(server->port());
+        const QByteArray head =
+            QByteArray(kPost) + "Content-Length: " + QByteArray::number(bytes) + "\r\n\r\n";
+        EXPECT_TRUE(connection.send(head + QByteArray(bytes, 'x'))) << bytes;
+        EXPECT_EQ(413, connection.answer().status) << bytes;
+        EXPECT_TRUE(connection.ends()) << bytes;
+    }
+    expectServing();
+}
+
 TEST_F(HostileClients, ABodyOfTheMostBytesIsTaken)
 {
     start({count()});
@@ -133,6 +158,7 @@ TEST_F(HostileClients, WhatFollowsARefusedHeadIsNotTakenForARequest)
 
 TEST_F(HostileClients, ATooLongHeadIsRefused)
 {
+    settings.mostHeadBytes = 16 * 1024;
     start({greeting()});
     HttpConnection fields(server->port());
     EXPECT_EQ(431, fields
