@@ -29,7 +29,7 @@ struct ApiContext {
     HistoryQueries* history = nullptr; ///< Null: nothing is recorded.
     AlarmWatch* alarms = nullptr;
     RecipeDesk* recipes = nullptr; ///< Null: none are kept.
-    std::function<Expected<void>(const AuditRecord&)> audit;
+    WriteDesk::Audit audit;        ///< For the thread of the PLCs.
     std::function<ServerStatistics()> server;
     std::function<std::optional<recorder::RecorderStatus>()> recorder; ///< Nothing is recorded.
     /// Has another thread work out a response, one of a few; for any thread.

@@ -1,42 +1,21 @@
 #include "exchange/shown_unit.h"
 #include "panel/api/api_routes.h"
 #include "panel/api/json_text.h"
-#include "project/json_document.h"
-#include "project/json_node.h"
+#include "panel/api/request_bodies.h"
 #include "project/symbol_tree.h"
 
 namespace plc::panel {
 namespace {
 
-using project::JsonNode;
-
 constexpr int kMostNamed = 200; ///< Labels of a query.
+/// Bytes: as many values as there may be, whose PLC and label have 80 letters together.
+constexpr int kLongestList = 2 * 1024 * 1024;
 
-Expected<QVector<ValueName>> namesOf(const QByteArray& body)
+/// Users have a share wherever they come from; where nobody logs in, each address has one.
+QString ownerOf(const Caller& caller)
 {
-    const Expected<project::JsonDocument> document = project::JsonDocument::parse(body);
-    if (!document)
-        return document.error();
-    project::DocumentErrors errors(QStringLiteral("the body"));
-    const JsonNode root(document->root(), &errors);
-    root.checkKeys({"values"}, {});
-    QVector<ValueName> names;
-    if (errors.isEmpty()) {
-        const JsonNode list = root.member("values");
-        for (const JsonNode each : list.elements()) {
-            if (!errors.isEmpty())
-                break;
-            if (names.size() == Subscriptions::kMostValues) {
-                list.fail(QStringLiteral("more than %1 values").arg(Subscriptions::kMostValues));
-                break;
-            }
-            each.checkKeys({"plc", "label"}, {});
-            names.append({each.member("plc").text(), each.member("label").text()});
-        }
-    }
-    if (!errors.isEmpty())
-        return Error{errors.first()};
-    return names;
+    return caller.session.isEmpty() ? QStringLiteral("address ") + caller.address
+                                    : QStringLiteral("user ") + caller.user;
 }
 
 void appendItem(const Subscriptions::Item& item, QByteArray* json)
@@ -58,12 +37,12 @@ void appendItem(const Subscriptions::Item& item, QByteArray* json)
 
 void subscribe(const ApiContext& context, const Request& request, const Responder& respond)
 {
-    const Expected<QVector<ValueName>> names = namesOf(request.body);
+    const Expected<QVector<ValueName>> names = readValueNames(request.body);
     if (!names) {
         respond(badRequest(names.error().text));
         return;
     }
-    const Expected<QString> id = context.subscriptions->add(*names);
+    const Expected<QString> id = context.subscriptions->add(*names, ownerOf(request.caller));
     if (!id) {
         respond(Response::error(503, id.error().text));
         return;
@@ -98,7 +77,7 @@ void openEvents(const ApiContext& context, const Request& request, const Respond
         QVector<ValueName> names;
         for (const QString& label : labels)
             names.append({plc, label});
-        const Expected<QString> made = context.subscriptions->add(names);
+        const Expected<QString> made = context.subscriptions->add(names, ownerOf(request.caller));
         if (!made) {
             respond(Response::error(503, made.error().text));
             return;
@@ -128,9 +107,15 @@ void openEvents(const ApiContext& context, const Request& request, const Respond
 
 QVector<Route> eventRoutes(const ApiContext& context)
 {
+    Route follow{Method::Post,
+                 "/api/v1/subscriptions",
+                 Role::Viewer,
+                 Route::Reads,
+                 "Have values followed; /events tells them",
+                 onPlants(context, &subscribe)};
+    follow.mostBodyBytes = kLongestList;
     return {
-        {Method::Post, "/api/v1/subscriptions", Role::Viewer, Route::Reads,
-         "Have values followed; /events tells them", onPlants(context, &subscribe)},
+        follow,
         {Method::Delete, "/api/v1/subscriptions/{id}", Role::Viewer, Route::Reads,
          "End a subscription", onPlants(context, &unsubscribe)},
         {Method::Get, "/api/v1/events", Role::Viewer, Route::Reads,

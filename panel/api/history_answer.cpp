@@ -1,30 +1,24 @@
 #include "panel/api/history_answer.h"
 
-#include <QtCore/QHash>
-
-#include <algorithm>
 #include <optional>
 
 #include "panel/api/json_text.h"
 #include "values/csv.h"
+#include "values/nearest_name.h"
 
 namespace plc::panel {
 namespace {
 
 using recorder::Sample;
-using recorder::Series;
 using recorder::SeriesDescription;
 
 const char kRecordedLetters[] = "gsb-";
+/// Of what held in the part of a step of which there is no mean.
+const char kKnowledgeLetters[] = "gsb-n";
 constexpr const char* kRecordedWords[] = {"good", "stale", "bad", "gap"};
-
-/// What a label was recorded as.
-struct Recorded {
-    SeriesDescription description;
-    QVector<int> ids; ///< Of the series that differ in nothing but the deadband; none: none.
-    /// What it was recorded as, too: with another type or unit its numbers are other numbers.
-    QVector<SeriesDescription> others;
-};
+/// Of a value that never was, and of one of which something was by a name that no PLC has.
+constexpr char kNotRecorded[] = "not recorded";
+constexpr char kNotOfThisPlc[] = "not recorded of this PLC";
 
 host::DataPoint pointOf(const SeriesDescription& series)
 {
@@ -53,13 +47,8 @@ void appendType(const SeriesDescription& series, QByteArray* json)
     appendMember("unit", series.unit, json);
 }
 
-void appendHead(const Recorded& recorded, QByteArray* json)
+void appendOthers(const RecordedLabel& recorded, QByteArray* json)
 {
-    const SeriesDescription& series = recorded.description;
-    json->append(json->endsWith('[') ? "{" : ",{");
-    appendMember("plc", series.source, json);
-    appendMember("label", series.label, json);
-    appendType(series, json);
     if (recorded.others.isEmpty())
         return;
     json->append(",\"others\":[");
@@ -69,6 +58,22 @@ void appendHead(const Recorded& recorded, QByteArray* json)
         json->append('}');
     }
     json->append(']');
+}
+
+void appendHead(const RecordedLabel& recorded, QByteArray* json)
+{
+    const SeriesDescription& series = recorded.description;
+    json->append(json->endsWith('[') ? "{" : ",{");
+    appendMember("plc", series.source, json);
+    appendMember("label", series.label, json);
+    appendType(series, json);
+    if (recorded.ids.isEmpty())
+        appendTruth("recorded", false, json);
+    appendOthers(recorded, json);
+    if (!recorded.recordedOf.isEmpty()) {
+        appendKey("recordedOf", json);
+        appendTexts(recorded.recordedOf, json);
+    }
 }
 
 /// What held at `from` comes first.
@@ -110,7 +115,7 @@ void appendExtreme(const SeriesDescription& series, double number, QByteArray* j
 void appendAggregates(const SeriesDescription& series,
                       const QVector<recorder::Aggregate>& aggregates, qint64 step, QByteArray* json)
 {
-    QByteArray columns[5];
+    QByteArray columns[6];
     for (const recorder::Aggregate& aggregate : aggregates) {
         for (QByteArray& column : columns) {
             if (!column.isEmpty())
@@ -126,101 +131,50 @@ void appendAggregates(const SeriesDescription& series,
                 columns[i].append("null");
         }
         appendFiniteNumber(aggregate.coverage, &columns[4]);
+        columns[5].append('"').append(kKnowledgeLetters[int(aggregate.rest)]).append('"');
     }
     json->append(",\"kind\":\"aggregates\"");
     appendMember("step", step, json);
-    constexpr const char* kNames[] = {"times", "mean", "minimum", "maximum", "coverage"};
-    for (int i = 0; i < 5; ++i) {
+    constexpr const char* kNames[] = {"times",   "mean",     "minimum",
+                                      "maximum", "coverage", "qualities"};
+    for (int i = 0; i < 6; ++i) {
         appendKey(kNames[i], json);
         json->append('[').append(columns[i]).append(']');
     }
     json->append('}');
 }
 
+QString wordOf(const Sample& sample)
+{
+    return QLatin1String(kRecordedWords[int(sample.quality)]);
+}
+
 void appendCsvRow(const SeriesDescription& series, const Sample& sample, qint64 time,
-                  QByteArray* csv)
+                  const QString& quality, QByteArray* csv)
 {
     const QString value =
         sample.bytes.isEmpty() ? QString() : recorder::seriesText(series, sample.bytes);
     csv->append(values::csv::row({QString::number(time), series.source, series.label, value,
-                                  series.unit, QLatin1String(kRecordedWords[int(sample.quality)])})
+                                  series.unit, quality})
                     .toUtf8());
     csv->append("\r\n");
 }
 
-bool isAlike(SeriesDescription a, const SeriesDescription& b)
+/// What a label was recorded as, too, and what the answer does not have.
+QStringList leftOut(const RecordedLabel& recorded)
 {
-    a.deadband = b.deadband;
-    return a == b;
-}
-
-/// In the order in which they were begun.
-QVector<Recorded> groupsOf(const QVector<Series>& all, const QString& plc, const QString& label)
-{
-    QVector<Recorded> groups;
-    for (const Series& series : all) {
-        if (series.description.source != plc || series.description.label != label)
-            continue;
-        const auto group =
-            std::find_if(groups.begin(), groups.end(), [&series](const Recorded& one) {
-                return isAlike(one.description, series.description);
-            });
-        if (group != groups.end())
-            group->ids.append(series.id);
-        else
-            groups.append({series.description, {series.id}, {}});
+    QStringList notes;
+    for (const SeriesDescription& other : recorded.others) {
+        const QLatin1String type(other.type ? other.type->name : "text");
+        notes.append(QStringLiteral("also recorded as ") + type);
+        if (!other.unit.isEmpty())
+            notes.last() += QStringLiteral(" [%1]").arg(other.unit);
     }
-    return groups;
-}
-
-/// The group that was recorded last, by the last runs of all series.
-Recorded latestOf(const QVector<Recorded>& groups, const QMap<int, qint64>& lastRuns)
-{
-    const auto lastRun = [&lastRuns](const Recorded& group) {
-        qint64 run = -1;
-        for (const int id : group.ids)
-            run = std::max(run, lastRuns.value(id, -1));
-        return run;
-    };
-    int latest = 0;
-    for (int i = 1; i < int(groups.size()); ++i) {
-        if (lastRun(groups[i]) >= lastRun(groups[latest]))
-            latest = i;
-    }
-    Recorded found = groups[latest];
-    for (int i = 0; i < int(groups.size()); ++i) {
-        if (i != latest)
-            found.others.append(groups[i].description);
-    }
-    return found;
-}
-
-/// In the order of the labels.
-Expected<QVector<Recorded>> recordedOf(recorder::Reader* reader, const HistoryQuestion& question)
-{
-    const Expected<QVector<Series>> all = reader->series();
-    if (!all)
-        return all.error();
-    QHash<QString, QVector<Series>> byLabel;
-    for (const Series& series : *all)
-        byLabel[series.description.label].append(series);
-    std::optional<QMap<int, qint64>> lastRuns;
-    QVector<Recorded> found;
-    for (const QString& label : question.labels) {
-        const QVector<Recorded> groups = groupsOf(byLabel.value(label), question.plc, label);
-        if (groups.size() > 1 && !lastRuns) {
-            const Expected<QMap<int, qint64>> runs = reader->lastRuns();
-            if (!runs)
-                return runs.error();
-            lastRuns = *runs;
-        }
-        Recorded none;
-        none.description.source = question.plc;
-        none.description.label = label;
-        found.append(groups.isEmpty() ? none
-                                      : latestOf(groups, lastRuns.value_or(QMap<int, qint64>())));
-    }
-    return found;
+    for (const QString& plc : recorded.recordedOf)
+        notes.append(plc.isEmpty()
+                         ? QStringLiteral("also recorded without the name of a PLC")
+                         : QStringLiteral("also recorded of %1").arg(values::quoted(plc)));
+    return notes;
 }
 
 /// An answer in the making, one series after the other.
@@ -256,10 +210,10 @@ private:
     /// Why there is no answer; nothing: it goes on.
     using Problem = std::optional<Response>;
 
-    Problem forEachSeries(Problem (Answer::*append)(const Recorded&));
-    Problem appendSeries(const Recorded& recorded);
-    Problem appendAggregatesOf(const Recorded& recorded);
-    Problem appendRows(const Recorded& recorded);
+    Problem forEachSeries(Problem (Answer::*append)(const RecordedLabel&));
+    Problem appendSeries(const RecordedLabel& recorded);
+    Problem appendAggregatesOf(const RecordedLabel& recorded);
+    Problem appendRows(const RecordedLabel& recorded);
     Problem checkSize() const;
     static Response tooMuch(const QString& what)
     {
@@ -275,17 +229,17 @@ private:
     QByteArray m_text;
 };
 
-Answer::Problem Answer::forEachSeries(Problem (Answer::*append)(const Recorded&))
+Answer::Problem Answer::forEachSeries(Problem (Answer::*append)(const RecordedLabel&))
 {
-    const Expected<QVector<Recorded>> asked = recordedOf(m_reader, m_question);
-    if (!asked)
-        return historyFailure(asked.error());
+    const RecordedLabels asked = recordedLabels(m_reader, m_question.asked);
+    if (asked.problem)
+        return asked.problem;
     QVector<int> ids;
-    for (const Recorded& recorded : *asked)
+    for (const RecordedLabel& recorded : asked.labels)
         ids += recorded.ids;
     Problem problem;
     const Expected<void> isRead = m_reader->inOneState(ids, [&] {
-        for (auto one = asked->begin(); one != asked->end() && !problem; ++one) {
+        for (auto one = asked.labels.begin(); one != asked.labels.end() && !problem; ++one) {
             problem = (this->*append)(*one);
             if (!problem)
                 problem = checkSize();
@@ -304,7 +258,7 @@ Answer::Problem Answer::checkSize() const
                                .arg(m_limits.bytes));
 }
 
-Answer::Problem Answer::appendSeries(const Recorded& recorded)
+Answer::Problem Answer::appendSeries(const RecordedLabel& recorded)
 {
     const SeriesDescription& series = recorded.description;
     appendHead(recorded, &m_text);
@@ -331,7 +285,7 @@ Answer::Problem Answer::appendSeries(const Recorded& recorded)
     return {};
 }
 
-Answer::Problem Answer::appendAggregatesOf(const Recorded& recorded)
+Answer::Problem Answer::appendAggregatesOf(const RecordedLabel& recorded)
 {
     const qint64 step =
         (m_question.to - m_question.from + m_question.points - 1) / m_question.points;
@@ -343,10 +297,14 @@ Answer::Problem Answer::appendAggregatesOf(const Recorded& recorded)
     return {};
 }
 
-Answer::Problem Answer::appendRows(const Recorded& recorded)
+Answer::Problem Answer::appendRows(const RecordedLabel& recorded)
 {
-    if (recorded.ids.isEmpty())
+    if (recorded.ids.isEmpty()) {
+        appendCsvRow(recorded.description, {}, m_question.from,
+                     QLatin1String(recorded.recordedOf.isEmpty() ? kNotRecorded : kNotOfThisPlc),
+                     &m_text);
         return {};
+    }
     const Expected<recorder::History> changes =
         m_reader->changes(recorded.ids, m_question.from, m_question.to, m_rowsLeft, bytesLeft());
     if (!changes)
@@ -355,10 +313,14 @@ Answer::Problem Answer::appendRows(const Recorded& recorded)
         return tooMuch(QStringLiteral("more than %1 changes or %2 bytes")
                            .arg(m_limits.rows)
                            .arg(m_limits.bytes));
-    appendCsvRow(recorded.description, changes->before, m_question.from, &m_text);
+    // Before what held then, so that it counts for whoever goes by times.
+    for (const QString& note : leftOut(recorded))
+        appendCsvRow(recorded.description, {}, m_question.from, note, &m_text);
+    appendCsvRow(recorded.description, changes->before, m_question.from, wordOf(changes->before),
+                 &m_text);
     for (auto sample = changes->samples.begin();
          sample != changes->samples.end() && bytesLeft() >= 0; ++sample)
-        appendCsvRow(recorded.description, *sample, sample->time, &m_text);
+        appendCsvRow(recorded.description, *sample, sample->time, wordOf(*sample), &m_text);
     m_rowsLeft -= changes->samples.size();
     return {};
 }
@@ -375,11 +337,6 @@ Response csvAnswer(recorder::Reader* reader, const HistoryQuestion& question,
                    const HistoryLimits& limits)
 {
     return Answer(reader, question, limits).csv();
-}
-
-Response historyFailure(const Error& error)
-{
-    return Response::error(503, QStringLiteral("the recording cannot be read: %1").arg(error.text));
 }
 
 } // namespace plc::panel

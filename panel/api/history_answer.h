@@ -1,17 +1,13 @@
 #ifndef PLC_PANEL_API_HISTORY_ANSWER_H
 #define PLC_PANEL_API_HISTORY_ANSWER_H
 
-#include <QtCore/QStringList>
-
-#include "panel/http/response.h"
-#include "recorder/reader.h"
+#include "panel/api/recorded_labels.h"
 
 namespace plc::panel {
 
 /// What is asked of the past of one PLC.
 struct HistoryQuestion {
-    QString plc;
-    QStringList labels;
+    AskedLabels asked;
     qint64 from = 0; ///< Milliseconds since 1970-01-01T00:00:00Z; to: behind the last.
     qint64 to = 0;
     int points = 0; ///< Of each series at most.
@@ -31,9 +27,6 @@ Response seriesAnswer(recorder::Reader* reader, const HistoryQuestion& question,
 /// Every change exactly, as CSV.
 Response csvAnswer(recorder::Reader* reader, const HistoryQuestion& question,
                    const HistoryLimits& limits);
-
-/// What is told where the recording cannot be read.
-Response historyFailure(const Error& error);
 
 } // namespace plc::panel
 

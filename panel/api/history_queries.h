@@ -1,8 +1,6 @@
 #ifndef PLC_PANEL_API_HISTORY_QUERIES_H
 #define PLC_PANEL_API_HISTORY_QUERIES_H
 
-#include <QtCore/QThreadPool>
-
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -10,6 +8,7 @@
 #include <vector>
 
 #include "panel/api/history_answer.h"
+#include "service/worker_threads.h"
 
 namespace plc::panel {
 
@@ -19,7 +18,7 @@ namespace plc::panel {
 class HistoryQueries {
 public:
     static constexpr int kMostWaiting = 32;
-    /// A trend asks for its curves at once, and a disk that is busy serves several sooner than one.
+    /// Several pages ask at once, and a disk that is busy serves several sooner than one.
     static constexpr int kReaders = 4;
 
     explicit HistoryQueries(const QString& file, const HistoryLimits& limits = {});
@@ -28,26 +27,32 @@ public:
     void readSeries(const HistoryQuestion& question, const Responder& respond);
     void readCsv(const HistoryQuestion& question, const Responder& respond);
 
-    /// Questions of the past that nobody has begun to answer are refused from now on: the program
-    /// does not wait for them when it ends.
-    void stop() { m_isStopping = true; }
+    using Work = std::function<Response(recorder::Reader*)>;
+    /// What is made of the recording.
+    void read(const Responder& respond, Work work);
+
+    /// Questions of the past are refused from now on, also those that are being answered: the
+    /// program does not wait for them when it ends.
+    void stop();
 
     /// Other work that waits for a disk.
     void submit(const Responder& respond, std::function<Response()> work);
 
 private:
-    using Answer = Response (*)(recorder::Reader*, const HistoryQuestion&, const HistoryLimits&);
+    using Readers = std::vector<std::unique_ptr<recorder::Reader>>;
 
-    Response answer(Answer answerOf, const HistoryQuestion& question);
-    Expected<std::unique_ptr<recorder::Reader>> takeReader();
+    Response answer(const Work& work);
+    Expected<recorder::Reader*> takeReader();
+    void giveBack(recorder::Reader* reader);
 
     const QString m_file;
     const HistoryLimits m_limits;
     std::mutex m_mutex;
-    std::vector<std::unique_ptr<recorder::Reader>> m_idle; ///< Guarded by the mutex.
+    Readers m_idle; ///< Guarded by the mutex, as are those that work.
+    Readers m_busy;
     std::atomic<int> m_waiting{0};
     std::atomic<bool> m_isStopping{false};
-    QThreadPool m_pool; ///< Ends before what its threads use.
+    service::WorkerThreads m_threads; ///< End before what they use.
 };
 
 } // namespace plc::panel

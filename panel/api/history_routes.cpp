@@ -18,7 +18,35 @@ Expected<qint64> requiredTime(const Request& request, const char* name)
     return timeOf(request, name, 0);
 }
 
-Expected<HistoryQuestion> questionOf(const Request& request)
+/// What the PLCs have, by their names. It never changes, and is shared with other threads.
+using Programs = QMap<QString, project::Symbols>;
+
+Programs programsOf(const Plants* plants)
+{
+    Programs programs;
+    if (!plants)
+        return programs;
+    for (const std::unique_ptr<Plant>& plant : *plants)
+        programs.insert(plant->name(), plant->project());
+    return programs;
+}
+
+Expected<AskedLabels> labelsOf(const Request& request, const Programs& programs)
+{
+    AskedLabels asked;
+    const std::optional<QString> plc = request.first(QStringLiteral("plc"));
+    asked.plc = plc.value_or(QString()); // empty: of what was recorded without the name of a PLC
+    asked.labels = request.all(QStringLiteral("label"));
+    if (!plc || asked.labels.isEmpty() || asked.labels.size() > kMostSeries)
+        return Error{
+            QStringLiteral("\"plc\" and 1 to %1 times \"label\" are expected").arg(kMostSeries)};
+    asked.plcs = programs.keys();
+    if (const auto program = programs.constFind(asked.plc); program != programs.constEnd())
+        asked.program = *program;
+    return asked;
+}
+
+Expected<HistoryQuestion> questionOf(const Request& request, const Programs& programs)
 {
     HistoryQuestion question;
     const Expected<qint64> from = requiredTime(request, "from");
@@ -31,11 +59,10 @@ Expected<HistoryQuestion> questionOf(const Request& request)
         return Error{QStringLiteral("\"to\" has to be behind \"from\"")};
     question.from = *from;
     question.to = *to;
-    question.plc = request.first(QStringLiteral("plc")).value_or(QString());
-    question.labels = request.all(QStringLiteral("label"));
-    if (question.plc.isEmpty() || question.labels.isEmpty() || question.labels.size() > kMostSeries)
-        return Error{
-            QStringLiteral("\"plc\" and 1 to %1 times \"label\" are expected").arg(kMostSeries)};
+    const Expected<AskedLabels> asked = labelsOf(request, programs);
+    if (!asked)
+        return asked.error();
+    question.asked = *asked;
     const Expected<qint64> points = numberOf(request, "points", kUsualPoints, 1, kMostPoints);
     if (!points)
         return points.error();
@@ -48,8 +75,9 @@ using Query = void (HistoryQueries::*)(const HistoryQuestion&, const Responder&)
 Route historyRoute(const ApiContext& context, const char* pattern, const char* summary, Query query)
 {
     Route route{Method::Get, pattern, Role::Viewer, Route::Reads, summary, {}};
-    route.handler = [context, query](const Request& request, const Responder& respond) {
-        const Expected<HistoryQuestion> question = questionOf(request);
+    route.handler = [context, query, programs = programsOf(context.plants)](
+                        const Request& request, const Responder& respond) {
+        const Expected<HistoryQuestion> question = questionOf(request, programs);
         if (!question)
             respond(badRequest(question.error().text));
         else if (!context.history)

@@ -106,6 +106,17 @@ void appendText(const QString& text, QByteArray* json)
     }
 }
 
+void appendTexts(const QStringList& texts, QByteArray* json)
+{
+    json->append('[');
+    for (const QString& text : texts) {
+        if (!json->endsWith('['))
+            json->append(',');
+        appendText(text, json);
+    }
+    json->append(']');
+}
+
 void appendTime(qint64 time, QByteArray* json)
 {
     if (time == 0)

@@ -3,6 +3,7 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QVector>
 
 #include <optional>
@@ -23,6 +24,8 @@ void appendFiniteNumber(double number, QByteArray* json);
 void appendFiniteNumber(float number, QByteArray* json);
 /// In double quotes, with JSON's escapes.
 void appendText(const QString& text, QByteArray* json);
+/// As a list.
+void appendTexts(const QStringList& texts, QByteArray* json);
 /// "null" for 0.
 void appendTime(qint64 time, QByteArray* json);
 

@@ -7,6 +7,7 @@
 #include "panel/api/audited.h"
 #include "panel/api/plant_recipe_plc.h"
 #include "panel/api/recipe_texts.h"
+#include "panel/api/request_bodies.h"
 #include "panel/recipes/recipe_desk.h"
 
 namespace plc::panel {
@@ -28,7 +29,10 @@ Response refusal(const RecipeFailure& failure)
             return notFound(failure.text);
         case RecipeFailure::Conflict:
             return Response::error(409, failure.text);
+        case RecipeFailure::Forgotten:
+            return Response::error(410, failure.text);
         case RecipeFailure::Unreadable:
+        case RecipeFailure::NotPermitted:
             return Response::error(503, failure.text);
         default:
             return Response::error(500, failure.text);
@@ -90,23 +94,11 @@ void showRecipe(const ApiContext& context, const Request& request, const Respond
 /// The PLC and the labels of the body.
 Expected<RecipeDesk::SaveOrder> orderOf(const ApiContext& context, const Request& request)
 {
-    const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
-    if (!json)
-        return json.error();
-    const exchange::JsonItem* labels = json->member("labels");
-    const QString* const name = json->text("plc");
-    if (!name)
-        return Error{QStringLiteral("\"plc\": a text is expected")};
-    if (!labels || !labels->isList)
-        return Error{QStringLiteral("\"labels\": a list of texts is expected")};
-    RecipeDesk::SaveOrder order{nameOf(request), *name, {}, request.caller.user, context.time()};
-    for (const values::Value& value : labels->values) {
-        const auto* label = std::get_if<QString>(&value);
-        if (!label)
-            return Error{QStringLiteral("\"labels\": a list of texts is expected")};
-        order.labels.append(*label);
-    }
-    return order;
+    const Expected<RecipeOrder> read = readRecipeOrder(request.body);
+    if (!read)
+        return read.error();
+    return RecipeDesk::SaveOrder{nameOf(request), read->plc, read->labels, request.caller.user,
+                                 context.time()};
 }
 
 void saveRecipe(const ApiContext& context, const Request& request, const Responder& respond)
@@ -119,26 +111,33 @@ void saveRecipe(const ApiContext& context, const Request& request, const Respond
     const std::shared_ptr<RecipePlc> plc = plcOf(context, order->plc, request, respond);
     const AuditRecord record =
         recordOf(context, request, "save recipe", order->plc, nameOf(request));
-    if (!plc || !isRecorded(context, record, respond))
+    if (!plc)
         return;
-    context.recipes->save(
-        *order, plc, [context, record, respond](const RecipeResult<Recipe>& saved) {
-            const auto* failure = std::get_if<RecipeFailure>(&saved);
-            recordEnd(context, record, failure ? failure->text : QString());
-            respond(failure ? refusal(*failure)
-                            : Response::json(recipeText(std::get<Recipe>(saved))));
-        });
+    whenRecorded(context, record, respond, [context, order = *order, plc, record, respond] {
+        context.recipes->save(
+            order, plc, [context, record, respond](const RecipeResult<Recipe>& saved) {
+                const auto* failure = std::get_if<RecipeFailure>(&saved);
+                const Response response = failure
+                                              ? refusal(*failure)
+                                              : Response::json(recipeText(std::get<Recipe>(saved)));
+                recordEnd(context, record, failure ? failure->text : QString(),
+                          [respond, response] { respond(response); });
+            });
+    });
 }
 
 void removeRecipe(const ApiContext& context, const Request& request, const Responder& respond)
 {
-    const AuditRecord record = recordOf(context, request, "remove recipe", {}, nameOf(request));
-    if (!hasFolder(context, respond) || !isRecorded(context, record, respond))
+    if (!hasFolder(context, respond))
         return;
-    const RecipeResult<bool> removed = context.recipes->remove(nameOf(request));
-    const auto* failure = std::get_if<RecipeFailure>(&removed);
-    recordEnd(context, record, failure ? failure->text : QString());
-    respond(failure ? refusal(*failure) : Response::nothing());
+    const AuditRecord record = recordOf(context, request, "remove recipe", {}, nameOf(request));
+    whenRecorded(context, record, respond, [context, request, record, respond] {
+        const RecipeResult<bool> removed = context.recipes->remove(nameOf(request));
+        const auto* failure = std::get_if<RecipeFailure>(&removed);
+        const Response response = failure ? refusal(*failure) : Response::nothing();
+        recordEnd(context, record, failure ? failure->text : QString(),
+                  [respond, response] { respond(response); });
+    });
 }
 
 void compareRecipe(const ApiContext& context, const Request& request, const Responder& respond)
@@ -188,14 +187,22 @@ QString outcomeOf(const RestoreReport& report)
 }
 
 void recordRestore(const ApiContext& context, AuditRecord record,
-                   const RecipeResult<RestoreReport>& restored)
+                   const RecipeResult<RestoreReport>& restored, std::function<void()> answer)
 {
     if (const auto* failure = std::get_if<RecipeFailure>(&restored))
-        return recordEnd(context, record, failure->text);
+        return recordEnd(context, record, failure->text, std::move(answer));
     const auto& report = std::get<RestoreReport>(restored);
     record.newValue = summaryOf(report);
     const bool isDone = report.notKnown == 0 && report.notWritten == 0;
-    recordEnd(context, record, isDone ? QString() : record.newValue, outcomeOf(report));
+    recordEnd(context, record, isDone ? QString() : record.newValue, std::move(answer),
+              outcomeOf(report));
+}
+
+Response restoreResponse(const RecipeResult<RestoreReport>& restored)
+{
+    if (const auto* failure = std::get_if<RecipeFailure>(&restored))
+        return refusal(*failure);
+    return Response::json(reportText(std::get<RestoreReport>(restored)));
 }
 
 void restoreRecipe(const ApiContext& context, const Request& request, const Responder& respond)
@@ -204,6 +211,12 @@ void restoreRecipe(const ApiContext& context, const Request& request, const Resp
     const QString* const id = json ? json->text("id") : nullptr;
     if (!id)
         return respond(badRequest(QStringLiteral("\"id\": a text is expected")));
+    // Who asks again is told what was done, and nothing is done, also when the recipe is gone.
+    const auto repeat = [respond](const RecipeResult<RestoreReport>& restored) {
+        respond(restoreResponse(restored));
+    };
+    if (context.recipes && context.recipes->repeat(*id, nameOf(request), repeat))
+        return;
     const std::optional<Recipe> recipe = recipeOf(context, request, respond);
     if (!recipe)
         return;
@@ -211,18 +224,19 @@ void restoreRecipe(const ApiContext& context, const Request& request, const Resp
         plcOf(context, recipe->plc, request, respond, writeIds(*id));
     AuditRecord record = recordOf(context, request, "restore recipe", recipe->plc, nameOf(request));
     record.id = *id;
-    // Who asks again is told what was done, and nothing is done.
-    const bool begins = !context.recipes->hasBegun(*id);
-    if (!plc || (begins && !isRecorded(context, record, respond)))
+    if (!plc)
         return;
+    const auto finish = [context, record, respond](const RecipeResult<RestoreReport>& restored) {
+        recordRestore(context, record, restored,
+                      [respond, response = restoreResponse(restored)] { respond(response); });
+    };
     context.recipes->restore(
-        *id, *recipe, plc,
-        [context, record, respond, begins](const RecipeResult<RestoreReport>& restored) {
-            if (begins)
-                recordRestore(context, record, restored);
-            const auto* failure = std::get_if<RecipeFailure>(&restored);
-            respond(failure ? refusal(*failure)
-                            : Response::json(reportText(std::get<RestoreReport>(restored))));
+        *id, *recipe, plc, finish, [context, record](RecipeDesk::Permitted permitted) {
+            context.audit(record, [permitted = std::move(permitted)](const Expected<void>& isKept) {
+                permitted(isKept ? QString()
+                                 : QStringLiteral("the audit cannot be written: %1")
+                                       .arg(isKept.error().text));
+            });
         });
 }
 

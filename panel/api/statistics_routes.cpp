@@ -44,6 +44,7 @@ void appendRecorder(const std::optional<recorder::RecorderStatus>& status, QByte
     appendMember("waiting", status->waiting, json);
     appendMember("dropped", status->dropped, json);
     appendMember("bytes", status->usedBytes, json);
+    appendMember("changedFiles", status->changedFiles, json);
     appendMember("error", status->error, json);
     json->append('}');
 }

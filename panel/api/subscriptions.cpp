@@ -1,6 +1,8 @@
 #include "panel/api/subscriptions.h"
 
 #include <algorithm>
+#include <set>
+#include <utility>
 
 #include "panel/access/secrets.h"
 #include "panel/api/json_text.h"
@@ -94,22 +96,63 @@ Subscriptions::Subscriptions(Plants* plants, Clock time) : m_plants(plants), m_t
 
 Subscriptions::~Subscriptions() = default;
 
-Expected<QString> Subscriptions::add(const QVector<ValueName>& names)
+Expected<QString> Subscriptions::add(const QVector<ValueName>& names, const QString& owner)
 {
     if (m_subscriptions.size() >= kMostSubscriptions)
         return Error{QStringLiteral("there are too many subscriptions; end some")};
     Subscription subscription;
+    subscription.owner = owner;
     subscription.content = findContent(names);
-    if (!subscription.content && m_values + names.size() > kMostInAll)
+    const int values = int(names.size());
+    if (const auto fits = checkShare(subscription.content.get(), values, owner); !fits)
+        return fits.error();
+    if (!subscription.content && m_values + values > kMostInAll)
         return Error{QStringLiteral("more than %1 values would be followed; end some subscriptions")
                          .arg(kMostInAll)};
     if (!subscription.content)
         subscription.content = addContent(names);
     subscription.idleSince = m_time();
     ++subscription.content->users;
+    fillShare(subscription);
     QString id = QString::fromLatin1(randomBytes(kIdBytes).toHex());
     m_subscriptions.insert(id, subscription);
     return id;
+}
+
+/// `content`: null where nobody has it yet.
+Expected<void> Subscriptions::checkShare(const Content* content, int values,
+                                         const QString& owner) const
+{
+    const Share share = m_shares.value(owner);
+    if (share.subscriptions >= kMostSubscriptionsOfOwner)
+        return Error{
+            QStringLiteral("there are too many subscriptions of one user or address; end some")};
+    if (!share.contents.contains(content) && share.values + values > kMostOfOwner)
+        return Error{QStringLiteral("more than %1 values would be followed for one user or "
+                                    "address; end some subscriptions")
+                         .arg(kMostOfOwner)};
+    return {};
+}
+
+void Subscriptions::fillShare(const Subscription& subscription)
+{
+    Share& share = m_shares[subscription.owner];
+    ++share.subscriptions;
+    const Content* const content = subscription.content.get();
+    if (++share.contents[content] == 1)
+        share.values += int(content->names.size());
+}
+
+void Subscriptions::emptyShare(const Subscription& subscription)
+{
+    Share& share = m_shares[subscription.owner];
+    const Content* const content = subscription.content.get();
+    if (--share.contents[content] == 0) {
+        share.contents.remove(content);
+        share.values -= int(content->names.size());
+    }
+    if (--share.subscriptions == 0)
+        m_shares.remove(subscription.owner);
 }
 
 std::shared_ptr<Subscriptions::Content> Subscriptions::findContent(
@@ -155,16 +198,23 @@ void Subscriptions::makeContent(const QVector<ValueName>& names, Content* conten
     }
 }
 
+void Subscriptions::endWatches(QVector<Watch>* watches, const Content* content)
+{
+    watches->erase(
+        std::remove_if(watches->begin(), watches->end(),
+                       [content](const Watch& watch) { return watch.content == content; }),
+        watches->end());
+}
+
 void Subscriptions::endContent(Content* content)
 {
+    // A list may name one value thousands of times: those who have it are looked through once.
+    std::set<std::pair<Plant*, int>> ended;
     for (const Item& item : std::as_const(content->items)) {
         if (item.slot < 0)
             continue;
-        QVector<Watch>& watches = m_watches[item.plant][item.slot];
-        watches.erase(
-            std::remove_if(watches.begin(), watches.end(),
-                           [content](const Watch& watch) { return watch.content == content; }),
-            watches.end());
+        if (ended.emplace(item.plant, item.slot).second)
+            endWatches(&m_watches[item.plant][item.slot], content);
         item.plant->release(item.slot);
     }
     m_values -= int(content->names.size());
@@ -178,6 +228,7 @@ bool Subscriptions::remove(const QString& id)
     if (found == m_subscriptions.end())
         return false;
     const std::shared_ptr<Content> content = found->content;
+    emptyShare(*found);
     m_subscriptions.erase(found);
     for (const Content::Stream& each : content->streams) {
         if (each.id == id)

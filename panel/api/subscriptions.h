@@ -42,6 +42,9 @@ public:
     static constexpr int kMostValues = 20000; ///< Of one subscription.
     /// Of all together, where equal lists count once.
     static constexpr int kMostInAll = 200000;
+    /// Of one owner, whose equal lists count once: nobody shuts the others out.
+    static constexpr int kMostOfOwner = kMostInAll / 4;
+    static constexpr int kMostSubscriptionsOfOwner = kMostSubscriptions / 4;
 
     using Clock = std::function<qint64()>;
 
@@ -55,8 +58,9 @@ public:
         QString error; ///< Why not.
     };
 
-    /// The id of a new subscription. An error: there are too many of them, or of their values.
-    Expected<QString> add(const QVector<ValueName>& names);
+    /// The id of a new subscription of `owner`, whatever tells one client from another. An error:
+    /// there are too many of them, or of their values.
+    Expected<QString> add(const QVector<ValueName>& names, const QString& owner);
     bool remove(const QString& id);
     /// Null: there is no such subscription.
     const QVector<Item>* items(const QString& id) const;
@@ -82,17 +86,28 @@ private:
     struct Content;
     struct Subscription {
         std::shared_ptr<Content> content;
+        QString owner;
         int streams = 0;
         qint64 idleSince = 0;
+    };
+    /// What one owner has.
+    struct Share {
+        int subscriptions = 0;
+        int values = 0;
+        QHash<const Content*, int> contents; ///< How many of the subscriptions have each.
     };
     struct Watch {
         Content* content;
         int index;
     };
 
+    Expected<void> checkShare(const Content* content, int values, const QString& owner) const;
+    void fillShare(const Subscription& subscription);
+    void emptyShare(const Subscription& subscription);
     std::shared_ptr<Content> findContent(const QVector<ValueName>& names) const;
     std::shared_ptr<Content> addContent(const QVector<ValueName>& names);
     void makeContent(const QVector<ValueName>& names, Content* content);
+    static void endWatches(QVector<Watch>* watches, const Content* content);
     void endContent(Content* content);
     void push(Content* content, const std::shared_ptr<const QByteArray>& event);
     std::shared_ptr<const QByteArray> wholeOf(Content* content);
@@ -103,6 +118,7 @@ private:
     Plants* const m_plants;
     const Clock m_time;
     QHash<QString, Subscription> m_subscriptions;
+    QHash<QString, Share> m_shares; ///< By owners.
     std::vector<std::shared_ptr<Content>> m_contents;
     int m_values = 0;                                       ///< Of all contents.
     QHash<const Plant*, QVector<QVector<Watch>>> m_watches; ///< By slots.

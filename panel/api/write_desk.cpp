@@ -152,35 +152,94 @@ WriteDesk::Taken WriteDesk::begin(const WriteRequest& request, Plant* plant, Set
     m_writes.insert(request.id, kept);
     m_order.push_back(request.id);
 
-    QString obstacle = plant->writeObstacle(*point, *values);
-    if (obstacle.isEmpty() && plant->openWrites() >= kMostOpen)
-        obstacle = QStringLiteral("too many writes are under way");
-    if (obstacle.isEmpty() && !audit(kept->record, AuditRecord::Requested))
-        obstacle =
-            QStringLiteral("the audit cannot be written, so nothing is: %1").arg(m_auditError);
-    if (!obstacle.isEmpty()) {
-        settle(request.id, WriteOutcome::notSent(obstacle, m_time()));
+    const Target target{*point, *values};
+    QString problem = obstacle(plant, target);
+    if (problem.isEmpty() && m_open.value(request.plc) >= kMostOpen)
+        problem = QStringLiteral("too many writes are under way");
+    if (!problem.isEmpty()) {
+        settle(request.id, WriteOutcome::notSent(problem, m_time()));
         return {};
     }
-    // A PLC may end behind the desk, and settles then what is open.
-    plant->write(*point, *values,
-                 [desk = weak_from_this(), id = request.id,
-                  target = *point](const host::TransferOutcome& ending) {
-                     if (const std::shared_ptr<WriteDesk> there = desk.lock())
-                         there->settle(id, outcomeOf(target, ending, there->m_time()));
-                 });
+    kept->isOpen = true;
+    ++m_open[request.plc];
+    m_audit(lineOf(kept->record, AuditRecord::Requested),
+            [desk = weak_from_this(), id = request.id, target](const Expected<void>& isAudited) {
+                if (const std::shared_ptr<WriteDesk> there = desk.lock())
+                    there->send(id, target, isAudited);
+            });
     return {};
 }
 
+/// Why it must not be written; empty: it may be.
+QString WriteDesk::obstacle(const Plant* plant, const Target& target) const
+{
+    if (m_isStopping)
+        return QStringLiteral("the program ends");
+    if (!plant)
+        return QStringLiteral("the PLC is not there any more");
+    return plant->writeObstacle(target.point, target.values);
+}
+
+/// The disk may have taken long: what was no obstacle then may be one now.
+void WriteDesk::send(const QString& id, const Target& target, const Expected<void>& isAudited)
+{
+    const std::shared_ptr<Kept> kept = m_writes.value(id);
+    if (!kept || kept->stage != Stage::Asked)
+        return;
+    Plant* const plant = m_plants->find(kept->record.request.plc);
+    QString problem;
+    if (!isAudited)
+        problem = QStringLiteral("the audit cannot be written, so nothing is: %1")
+                      .arg(isAudited.error().text);
+    else
+        problem = obstacle(plant, target);
+    if (!problem.isEmpty())
+        return settle(id, WriteOutcome::notSent(problem, m_time()));
+    kept->stage = Stage::Sent;
+    // A PLC may end behind the desk, and settles then what is open.
+    plant->write(
+        target.point, target.values,
+        [desk = weak_from_this(), id, point = target.point](const host::TransferOutcome& ending) {
+            if (const std::shared_ptr<WriteDesk> there = desk.lock())
+                there->settle(id, outcomeOf(point, ending, there->m_time()));
+        });
+}
+
+void WriteDesk::stop()
+{
+    m_isStopping = true;
+    const std::deque<QString> ids = m_order;
+    for (const QString& id : ids) {
+        if (m_writes.value(id) && m_writes.value(id)->stage == Stage::Asked)
+            settle(id, WriteOutcome::notSent(QStringLiteral("the program ends"), m_time()));
+    }
+}
+
+/// Who waits for it is told once the audit has it, or cannot have it.
 void WriteDesk::settle(const QString& id, const WriteOutcome& outcome)
 {
     const std::shared_ptr<Kept> kept = m_writes.value(id);
-    if (!kept || kept->record.isSettled)
+    if (!kept || kept->stage == Stage::Ended || kept->stage == Stage::Told)
         return;
-    kept->record.isSettled = true;
+    kept->stage = Stage::Ended;
     kept->record.outcome = outcome;
     ++m_counts[outcome.kind];
-    static_cast<void>(audit(kept->record, AuditRecord::Outcome));
+    m_audit(lineOf(kept->record, AuditRecord::Outcome),
+            [desk = weak_from_this(), id](const Expected<void>&) {
+                if (const std::shared_ptr<WriteDesk> there = desk.lock())
+                    there->tell(id);
+            });
+}
+
+void WriteDesk::tell(const QString& id)
+{
+    const std::shared_ptr<Kept> kept = m_writes.value(id);
+    if (!kept || kept->stage != Stage::Ended)
+        return;
+    kept->stage = Stage::Told;
+    kept->record.isSettled = true;
+    if (kept->isOpen)
+        --m_open[kept->record.request.plc];
     kept->record.request.values.clear();
     kept->record.request.seenText.clear();
     m_keptBytes += sizeOf(kept->record);
@@ -190,7 +249,7 @@ void WriteDesk::settle(const QString& id, const WriteOutcome& outcome)
         settled(kept->record);
 }
 
-bool WriteDesk::audit(const WriteRecord& record, AuditRecord::Phase phase)
+AuditRecord WriteDesk::lineOf(const WriteRecord& record, AuditRecord::Phase phase) const
 {
     AuditRecord line;
     line.time = m_time();
@@ -207,9 +266,7 @@ bool WriteDesk::audit(const WriteRecord& record, AuditRecord::Phase phase)
         line.outcome = QLatin1String(outcomeWord(record.outcome.kind));
         line.reason = record.outcome.reason;
     }
-    const Expected<void> written = m_audit(line);
-    m_auditError = written ? QString() : written.error().text;
-    return bool(written);
+    return line;
 }
 
 /// Writes under way stay.

@@ -10,7 +10,7 @@
 #include <memory>
 #include <vector>
 
-#include "panel/access/audit_chain.h"
+#include "panel/access/audit_writer.h"
 #include "panel/model/write_outcome.h"
 #include "panel/plants/plants.h"
 
@@ -32,9 +32,9 @@ struct WriteRequest {
 /// A write, and how it ended.
 struct WriteRecord {
     WriteRequest request;
-    QByteArray value; ///< JSON, as it was sent.
-    QByteArray old;   ///< JSON; empty: not known.
-    bool isSettled = false;
+    QByteArray value;       ///< JSON, as it was sent.
+    QByteArray old;         ///< JSON; empty: not known.
+    bool isSettled = false; ///< Its outcome is known and went to the audit.
     WriteOutcome outcome;
 };
 
@@ -44,8 +44,9 @@ struct WriteRecord {
 /// is
 ///    not kept any more.
 /// 2. Each write has exactly one outcome.
-/// 3. What is sent to a PLC goes to the audit before; where that fails, nothing is sent. Each
-///    outcome goes to it as well.
+/// 3. What is sent to a PLC is in the audit before; where that fails, nothing is sent. Each
+///    outcome goes to it as well, before it is told. Nobody waits for the audit meanwhile.
+/// 4. What goes to a PLC does so in the order in which it was taken.
 ///
 /// For the thread of the PLCs.
 class WriteDesk : public std::enable_shared_from_this<WriteDesk> {
@@ -55,11 +56,13 @@ public:
         qint64 keptBytes = qint64(32) * 1024 * 1024; ///< Of those that ended.
         int known = 500000;                          ///< Ids whose outcome is not kept.
     };
-    static constexpr int kMostOpen = 100; ///< Of one PLC.
+    static constexpr int kMostOpen = 100; ///< Of one PLC, with those that wait for the audit.
     static constexpr char kOutcomeIsNotKept[] =
         "there was a write of this id; how it ended is not kept any more";
 
-    using Audit = std::function<Expected<void>(const AuditRecord&)>;
+    /// Has a record kept; calls the function once, behind all that were handed in before and are
+    /// kept, perhaps at once.
+    using Audit = std::function<void(const AuditRecord&, AuditWriter::Kept)>;
     using Clock = std::function<qint64()>;
     using Settled = std::function<void(const WriteRecord&)>;
 
@@ -72,6 +75,9 @@ public:
     };
     /// `settled` is called once, perhaps at once, unless the request is refused.
     Taken take(const WriteRequest& request, Settled settled);
+    /// What waits for the audit is not sent any more.
+    void stop();
+
     /// Null: there was none of this id.
     const WriteRecord* find(const QString& id) const;
     /// Whether there was one whose outcome is not kept any more.
@@ -81,15 +87,31 @@ public:
     quint64 count(WriteOutcome::Kind kind) const { return m_counts[kind]; }
 
 private:
+    enum class Stage {
+        Asked, ///< The audit is to have it.
+        Sent,
+        Ended, ///< The audit is to have its outcome.
+        Told
+    };
     struct Kept {
         WriteRecord record; ///< Without the values of the request once it has ended.
         QByteArray content; ///< contentOf() the request.
+        Stage stage = Stage::Asked;
+        bool isOpen = false; ///< Counted among those of its PLC.
         std::vector<Settled> waiting;
+    };
+    /// What is to be written where.
+    struct Target {
+        host::DataPoint point;
+        QVector<values::Value> values;
     };
 
     Taken begin(const WriteRequest& request, Plant* plant, Settled settled);
+    void send(const QString& id, const Target& target, const Expected<void>& isAudited);
+    QString obstacle(const Plant* plant, const Target& target) const;
     void settle(const QString& id, const WriteOutcome& outcome);
-    bool audit(const WriteRecord& record, AuditRecord::Phase phase);
+    void tell(const QString& id);
+    AuditRecord lineOf(const WriteRecord& record, AuditRecord::Phase phase) const;
     void forgetOld();
 
     Plants* const m_plants;
@@ -101,8 +123,9 @@ private:
     QSet<quint64> m_forgotten;                      ///< What ids are, of which the outcome went.
     std::deque<quint64> m_forgottenOrder;
     qint64 m_keptBytes = 0;
+    QHash<QString, int> m_open; ///< Of each PLC.
     quint64 m_counts[4] = {};
-    QString m_auditError;
+    bool m_isStopping = false;
 };
 
 } // namespace plc::panel

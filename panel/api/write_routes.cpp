@@ -1,64 +1,17 @@
-#include "exchange/flat_json.h"
-#include "panel/access/audit_chain.h"
 #include "panel/api/api_routes.h"
 #include "panel/api/json_text.h"
+#include "panel/api/request_bodies.h"
 
 namespace plc::panel {
 namespace {
 
-using exchange::FlatJson;
-using exchange::JsonItem;
-
-/// A text that must be there.
-Expected<QString> textMember(const FlatJson& json, const char* key)
-{
-    const QString* const text = json.text(key);
-    if (!text)
-        return Error{QStringLiteral("\"%1\": a text is expected").arg(QLatin1String(key))};
-    return *text;
-}
-
-QString jsonOf(const JsonItem& item)
-{
-    QStringList texts;
-    for (const values::Value& value : item.values)
-        texts.append(values::valueJson(value));
-    const QString text = texts.join(QLatin1Char(','));
-    return item.isList ? QLatin1Char('[') + text + QLatin1Char(']') : text;
-}
-
 Expected<WriteRequest> requestOf(const Request& request)
 {
-    const Expected<FlatJson> json = exchange::parseFlatJson(request.body);
-    if (!json)
-        return json.error();
-    for (const exchange::JsonMember& member : json->members) {
-        if (!QStringList{QStringLiteral("id"), QStringLiteral("plc"), QStringLiteral("label"),
-                         QStringLiteral("value"), QStringLiteral("old")}
-                 .contains(member.key))
-            return Error{QStringLiteral("%1: not known; id, plc, label, value and old are")
-                             .arg(values::jsonText(member.key))};
+    Expected<WriteRequest> write = readWrite(request.body);
+    if (write) {
+        write->user = request.caller.user;
+        write->address = request.caller.address;
     }
-    const Expected<QString> id = textMember(*json, "id");
-    const Expected<QString> plc = textMember(*json, "plc");
-    const Expected<QString> label = textMember(*json, "label");
-    for (const Expected<QString>* text : {&id, &plc, &label}) {
-        if (!*text)
-            return text->error();
-    }
-    const JsonItem* value = json->member("value");
-    if (!value || value->values.isEmpty())
-        return Error{QStringLiteral("\"value\": a value is expected")};
-    WriteRequest write;
-    write.id = *id;
-    write.plc = *plc;
-    write.label = *label;
-    write.values = value->values;
-    write.isList = value->isList;
-    if (const JsonItem* old = json->member("old"); old && !old->values.isEmpty())
-        write.seenText = auditText(jsonOf(*old));
-    write.user = request.caller.user;
-    write.address = request.caller.address;
     return write;
 }
 

@@ -12,6 +12,7 @@
 #include "configuration/service_paths.h"
 #include "panel/config/plc_reader.h"
 #include "project/json_node.h"
+#include "project/project.h"
 #include "values/nearest_name.h"
 
 namespace plc::panel {
@@ -163,7 +164,7 @@ Expected<QVector<PlcSettings>> plcsOfProjects(const QStringList& projects)
     for (const QString& project : projects) {
         PlcSettings plc;
         plc.project = project;
-        plc.name = QFileInfo(project).completeBaseName();
+        plc.name = project::plcName(project);
         for (const PlcSettings& other : std::as_const(plcs)) {
             if (other.name == plc.name)
                 return Error{QStringLiteral("%1 and %2 would both be called %3; a configuration "

@@ -30,6 +30,8 @@ public:
     void passSecond(qint64 time);
 
     recorder::RecorderStatus status() const { return m_thread->status(); }
+    /// See RecorderThread::finish().
+    recorder::RecorderStatus finish() { return m_thread->finish(); }
 
 private:
     explicit ValueRecorder(std::unique_ptr<recorder::RecorderThread> thread)

@@ -76,6 +76,16 @@ struct RecipeDesk::Restores {
         std::vector<Restored> waiting;       ///< None: it is finished.
     };
 
+    static void begin(const std::shared_ptr<Restores>& restores, const QString& id,
+                      const Recipe& recipe, std::shared_ptr<RecipePlc> plc,
+                      const QString& obstacle);
+    /// As if there had been none of this id.
+    void refuse(const QString& id, const RecipeFailure& failure)
+    {
+        const std::vector<Restored> waiting = byId.take(id).waiting;
+        for (const Restored& restored : waiting)
+            restored(failure);
+    }
     void finish(const QString& id, const RestoreReport& report)
     {
         busyPlcs.remove(report.plc);
@@ -97,6 +107,22 @@ struct RecipeDesk::Restores {
     QQueue<QString> forgotten; ///< Finished, and their reports not kept any more.
     QSet<QString> busyPlcs;
 };
+
+void RecipeDesk::Restores::begin(const std::shared_ptr<Restores>& restores, const QString& id,
+                                 const Recipe& recipe, std::shared_ptr<RecipePlc> plc,
+                                 const QString& obstacle)
+{
+    if (!obstacle.isEmpty())
+        return restores->refuse(id, {RecipeFailure::NotPermitted, obstacle});
+    if (restores->busyPlcs.contains(recipe.plc))
+        return restores->refuse(
+            id, {RecipeFailure::Conflict,
+                 QStringLiteral("%1 is being restored by somebody else").arg(recipe.plc)});
+    restores->busyPlcs.insert(recipe.plc);
+    RecipeRestore::start(id, recipe, std::move(plc), [restores, id](const RestoreReport& report) {
+        restores->finish(id, report);
+    });
+}
 
 RecipeDesk::RecipeDesk(const QString& folder)
     : m_folder(folder), m_restores(std::make_shared<Restores>())
@@ -160,41 +186,42 @@ void RecipeDesk::compare(const Recipe& recipe, std::shared_ptr<RecipePlc> plc, C
     });
 }
 
-bool RecipeDesk::hasBegun(const QString& id) const
+bool RecipeDesk::repeat(const QString& id, const QString& name, const Restored& restored)
 {
-    return m_restores->byId.contains(id);
+    const auto known = m_restores->byId.find(id);
+    if (known == m_restores->byId.end())
+        return false;
+    if (known->recipe != name)
+        restored(RecipeFailure{RecipeFailure::Conflict,
+                               QStringLiteral("this id restored another recipe")});
+    else if (known->report)
+        restored(RestoreReport(*known->report));
+    else if (known->waiting.empty())
+        restored(
+            RecipeFailure{RecipeFailure::Forgotten,
+                          QStringLiteral("this id was restored; its report is not kept any more")});
+    else
+        known->waiting.push_back(restored);
+    return true;
 }
 
 void RecipeDesk::restore(const QString& id, const Recipe& recipe, std::shared_ptr<RecipePlc> plc,
-                         Restored restored)
+                         Restored restored, const Before& before)
 {
     if (id.isEmpty() || id.size() > kLongestId)
         return restored(
             RecipeFailure{RecipeFailure::Senseless,
                           QStringLiteral("expected an id of 1 to %1 characters").arg(kLongestId)});
-    const auto known = m_restores->byId.find(id);
-    if (known != m_restores->byId.end()) {
-        if (known->recipe != recipe.name)
-            return restored(RecipeFailure{RecipeFailure::Conflict,
-                                          QStringLiteral("this id restored another recipe")});
-        if (known->report)
-            return restored(RestoreReport(*known->report));
-        if (known->waiting.empty())
-            return restored(RecipeFailure{
-                RecipeFailure::Conflict,
-                QStringLiteral("this id was restored; its report is not kept any more")});
-        known->waiting.push_back(std::move(restored));
+    if (repeat(id, recipe.name, restored))
         return;
-    }
-    if (m_restores->busyPlcs.contains(recipe.plc))
-        return restored(
-            RecipeFailure{RecipeFailure::Conflict,
-                          QStringLiteral("%1 is being restored by somebody else").arg(recipe.plc)});
-    m_restores->busyPlcs.insert(recipe.plc);
     m_restores->byId.insert(id, {recipe.name, {}, {std::move(restored)}});
-    RecipeRestore::start(
-        id, recipe, std::move(plc),
-        [restores = m_restores, id](const RestoreReport& report) { restores->finish(id, report); });
+    Permitted permitted = [restores = m_restores, id, recipe, plc](const QString& obstacle) {
+        Restores::begin(restores, id, recipe, plc, obstacle);
+    };
+    if (before)
+        before(std::move(permitted));
+    else
+        permitted({});
 }
 
 } // namespace plc::panel

@@ -15,11 +15,13 @@ namespace plc::panel {
 
 struct RecipeFailure {
     enum Kind {
-        Senseless,  ///< What was asked for makes no sense.
-        Missing,    ///< There is no such recipe, or its PLC is not there.
-        Conflict,   ///< It cannot be done now, or not any more.
-        Unreadable, ///< The PLC did not give a value.
-        Storage     ///< The file cannot be read or written.
+        Senseless,    ///< What was asked for makes no sense.
+        Missing,      ///< There is no such recipe, or its PLC is not there.
+        Conflict,     ///< It cannot be done now, or not any more.
+        Unreadable,   ///< The PLC did not give a value.
+        Storage,      ///< The file cannot be read or written.
+        NotPermitted, ///< What has to happen before cannot.
+        Forgotten     ///< It was done; what came of it is not kept any more.
     };
     Kind kind = Senseless;
     QString text;
@@ -64,10 +66,16 @@ public:
     static void compare(const Recipe& recipe, std::shared_ptr<RecipePlc> plc, Compared compared);
 
     using Restored = std::function<void(const RecipeResult<RestoreReport>&)>;
-    /// Whether a restore of this id was begun before; another one would only be told its report.
-    bool hasBegun(const QString& id) const;
+    /// Tells of a restore of this id that was begun before, if there was one, whatever has become
+    /// of the recipe and the PLC since. Whether there was; else `restored` is not called.
+    bool repeat(const QString& id, const QString& name, const Restored& restored);
+    /// Takes why nothing is to be done, or an empty text.
+    using Permitted = std::function<void(const QString& obstacle)>;
+    /// Called before a restore begins, which does once the function is called, perhaps later. An id
+    /// that is not permitted was never there.
+    using Before = std::function<void(Permitted)>;
     void restore(const QString& id, const Recipe& recipe, std::shared_ptr<RecipePlc> plc,
-                 Restored restored);
+                 Restored restored, const Before& before = {});
 
 private:
     struct Restores;

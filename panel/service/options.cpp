@@ -12,13 +12,15 @@ namespace {
 constexpr char kUsage[] =
     "usage: plc-panel [OPTION...] PROJECT...\n"
     "       plc-panel [OPTION...] --config CONFIG\n"
-    "       plc-panel user --users FILE (add NAME ROLE | remove NAME | list)\n"
+    "       plc-panel user --users FILE (add NAME ROLE | remove NAME |\n"
+    "                 token NAME | revoke NAME | list)\n"
     "       plc-panel audit FILE [--lines N]\n"
     "\n"
     "Shows the values of PLCs in the browser, with their trends, and writes them. Serves a\n"
     "page and an interface for programs. Runs until SIGTERM or Ctrl-C; SIGHUP has it read\n"
-    "its files again. \"user\" changes who may log in; \"audit\" tells whether a record of\n"
-    "writes and logins was altered, and shows it.\n"
+    "its files again. \"user\" changes who may log in; its \"token\" makes and prints a token for\n"
+    "a program of a user, in place of the one before. \"audit\" tells whether a record of writes\n"
+    "and logins was altered, and shows it.\n"
     "\n"
     "Options:\n";
 

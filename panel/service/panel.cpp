@@ -5,6 +5,7 @@
 #include <QtCore/QStorageInfo>
 
 #include "configuration/service_paths.h"
+#include "panel/alarms/alarm_history.h"
 #include "panel/api/api_routes.h"
 #include "panel/service/page_routes.h"
 #include "panel/service/start_check.h"
@@ -16,7 +17,11 @@ namespace {
 constexpr int kSecond = 1000; // ms
 constexpr int kTryRecordingAgain = 10 * kSecond;
 /// Bytes that a disk has at least where a file can be begun.
-constexpr qint64 kLeastRoom = 256 * 1024;
+constexpr qint64 kLeastRoom = qint64(256) * 1024;
+/// For how long a disk may take a record without anybody being told.
+constexpr qint64 kUsualWait = qint64(5) * kSecond;
+/// How long the end of the program waits for the disk.
+constexpr std::chrono::seconds kLastPatience(5);
 
 qint64 wallClock()
 {
@@ -40,6 +45,14 @@ bool isDiskFull(const QString& file)
     return QStorageInfo(QFileInfo(file).absolutePath()).bytesAvailable() < kLeastRoom;
 }
 
+/// What is wrong with a file: the last error, or a disk that has owed an answer for long.
+QString troubleOf(const QString& error, const std::optional<qint64>& busySince)
+{
+    if (error.isEmpty() && busySince && values::steadyTime() - *busySince >= kUsualWait)
+        return QStringLiteral("the disk does not answer");
+    return error;
+}
+
 } // namespace
 
 Panel::Panel(const PanelSettings& settings, const QString& driver, const QString& version, Log log)
@@ -47,17 +60,22 @@ Panel::Panel(const PanelSettings& settings, const QString& driver, const QString
       m_driver(driver),
       m_version(version),
       m_log(std::move(log)),
+      m_diskOwner(std::make_unique<service::Inbox>()),
       m_subscriptions(&m_plants, &wallClock),
       m_queries(settings.record.file),
-      m_owner(std::make_unique<QObject>())
+      m_owner(std::make_unique<service::Inbox>())
 {
     m_writes = std::make_shared<WriteDesk>(
-        &m_plants, [this](const AuditRecord& record) { return audit(record); }, &wallClock,
-        WriteDesk::Limits());
+        &m_plants,
+        [this](const AuditRecord& record, AuditWriter::Kept kept) {
+            audit(record, std::move(kept));
+        },
+        &wallClock, WriteDesk::Limits());
     QObject::connect(&m_seconds, &QTimer::timeout, &m_seconds, [this] { passSecond(); });
 }
 
-/// First whoever asks, then what is under way, which PLCs settle when they end.
+/// First whoever asks, then what is under way, which PLCs settle when they end, then what is to be
+/// on record of that.
 Panel::~Panel()
 {
     m_queries.stop();
@@ -68,16 +86,46 @@ Panel::~Panel()
     m_seconds.stop();
     recordLogins(m_logins.finish());
     m_subscriptions.clear();
+    m_writes->stop();
     for (const std::unique_ptr<Plant>& plant : m_plants)
         plant->stop();
     m_plants.takeAll();
+    finishFiles();
+    tellRecording();
     // Its run ends before anybody waits for a question of the past that takes long.
+    finishRecording();
+}
+
+/// What was on record as asked for is done, and on record as done.
+void Panel::finishFiles()
+{
+    const bool isDone = !m_audit || m_audit->drain(kLastPatience);
+    if (m_alarmDesk)
+        m_alarmDesk->finish(kLastPatience);
+    if (m_audit)
+        m_audit->finish(isDone ? kLastPatience : std::chrono::seconds(0));
+    tell(m_auditError, &m_auditTrouble);
+}
+
+void Panel::finishRecording()
+{
+    if (!m_recorder)
+        return;
+    const qint64 dropped = m_recorder->status().dropped;
+    const recorder::RecorderStatus status = m_recorder->finish();
+    const qint64 missing = status.waiting + status.dropped - dropped;
+    if (missing > 0) {
+        m_log(QStringLiteral("%1: %2 changes are not known to be recorded: the disk had not taken"
+                             " them when the program ended")
+                  .arg(m_settings.record.file)
+                  .arg(missing));
+    }
     m_recorder.reset();
 }
 
 Expected<void> Panel::prepare()
 {
-    if (const Expected<void> areThere = checkFolders(m_settings); !areThere)
+    if (Expected<void> areThere = checkFolders(m_settings); !areThere)
         return areThere;
     const bool hasUsers = !m_settings.usersFile.isEmpty();
     if (!m_settings.address.isEmpty()) {
@@ -85,7 +133,7 @@ Expected<void> Panel::prepare()
             checkListening(m_settings.address, !m_settings.certificate.isEmpty(), hasUsers);
         if (!mayListen)
             return mayListen.error();
-        const Expected<void> isPair = checkCertificate(serverSettings(m_settings));
+        Expected<void> isPair = checkCertificate(serverSettings(m_settings));
         if (!isPair)
             return isPair;
     }
@@ -125,13 +173,15 @@ ApiContext Panel::context()
     context.history = m_settings.record.file.isEmpty() ? nullptr : &m_queries;
     context.alarms = m_alarms.get();
     context.recipes = m_recipes.get();
-    context.audit = [this](const AuditRecord& record) { return audit(record); };
+    context.audit = [this](const AuditRecord& record, AuditWriter::Kept kept) {
+        audit(record, std::move(kept));
+    };
     context.slowly = [this](const Responder& respond, std::function<Response()> work) {
         m_queries.submit(respond, std::move(work));
     };
     context.time = &wallClock;
     context.post = [owner = m_owner.get()](std::function<void()> work) {
-        QMetaObject::invokeMethod(owner, std::move(work), Qt::QueuedConnection);
+        owner->post(std::move(work));
     };
     context.server = [this] { return m_server ? m_server->statistics() : ServerStatistics(); };
     context.recorder = [this] {
@@ -146,11 +196,8 @@ ApiContext Panel::context()
 
 Expected<void> Panel::start()
 {
-    if (const Expected<void> audit = openAudit(); !audit) {
-        if (!isDiskFull(m_settings.auditFile))
-            return audit.error();
-        m_auditError = audit.error().text;
-    }
+    if (const Expected<void> audit = startAudit(); !audit)
+        return audit.error();
     if (const Expected<void> recording = startRecording(); !recording) {
         if (!isDiskFull(m_settings.record.file))
             return recording.error();
@@ -221,8 +268,8 @@ Expected<void> Panel::startAlarms()
             m_log(QStringLiteral("alarms are not kept until the next start: %1")
                       .arg(opened.error().text));
     }
-    Expected<std::unique_ptr<AlarmDesk>> desk =
-        AlarmDesk::open(alarms, std::move(history), wallClock());
+    Expected<std::unique_ptr<AlarmDesk>> desk = AlarmDesk::open(
+        alarms, std::move(history), onDisk([this] { m_alarmDesk->deliver(); }), wallClock());
     if (!desk)
         return desk.error();
     m_alarmDesk = std::move(*desk);
@@ -233,27 +280,46 @@ Expected<void> Panel::startAlarms()
     return {};
 }
 
-Expected<void> Panel::openAudit()
+/// For a thread that waits for a disk: has this one take what it has done.
+service::DiskThread::Wake Panel::onDisk(std::function<void()> deliver)
 {
-    if (m_settings.auditFile.isEmpty() || m_audit)
+    return [owner = m_diskOwner.get(), deliver = std::move(deliver)] { owner->post(deliver); };
+}
+
+/// Without a file nothing is kept. One for which the disk has no room is begun once it has.
+Expected<void> Panel::startAudit()
+{
+    if (m_settings.auditFile.isEmpty())
         return {};
-    Expected<std::unique_ptr<AuditLog>> audit = AuditLog::open(m_settings.auditFile, wallClock());
-    if (!audit)
-        return audit.error();
-    m_audit = std::move(*audit);
-    if (const QString flaw = m_audit->flaw(); !flaw.isEmpty())
-        m_log(QStringLiteral("%1; see plc-panel audit").arg(flaw));
+    auto file = std::make_shared<AuditFile>(m_settings.auditFile);
+    if (const Expected<void> opened = file->open(wallClock()); !opened) {
+        if (!isDiskFull(m_settings.auditFile))
+            return opened.error();
+        m_auditError = opened.error().text;
+    }
+    tellFlaw(file->takeFlaw());
+    const auto wake = [this, owner = m_diskOwner.get()] {
+        owner->post([this] { m_audit->deliver(); });
+    };
+    m_audit = std::make_unique<AuditWriter>(file, wake, AuditWriter::Limits());
     return {};
 }
 
-/// Without a file nothing is kept. One for which the disk had no room is begun once it has.
-Expected<void> Panel::audit(const AuditRecord& record)
+/// `kept` is called when the disk has the record, or cannot have it.
+void Panel::audit(const AuditRecord& record, AuditWriter::Kept kept)
 {
-    Expected<void> kept = openAudit();
-    if (kept && m_audit)
-        kept = m_audit->append(record);
-    m_auditError = kept ? QString() : kept.error().text;
-    return kept;
+    if (!m_audit)
+        return kept({});
+    m_audit->append(record, [this, kept = std::move(kept)](const Expected<void>& isKept) {
+        m_auditError = isKept ? QString() : isKept.error().text;
+        kept(isKept);
+    });
+}
+
+void Panel::tellFlaw(const QString& flaw)
+{
+    if (!flaw.isEmpty())
+        m_log(QStringLiteral("%1; see plc-panel audit").arg(flaw));
 }
 
 void Panel::recordLogins(std::optional<AuditRecord> record)
@@ -261,7 +327,7 @@ void Panel::recordLogins(std::optional<AuditRecord> record)
     if (!record)
         return;
     record->time = wallClock();
-    static_cast<void>(audit(*record));
+    audit(*record, [](const Expected<void>&) {});
 }
 
 void Panel::readAgain()
@@ -275,12 +341,19 @@ void Panel::readAgain()
         if (end)
             m_log(QStringLiteral("the certificate ends on %1").arg(end->toString(Qt::ISODate)));
     }
-    if (m_audit) {
-        const Expected<void> reopened = m_audit->reopen(wallClock());
-        m_log(reopened ? QStringLiteral("the audit goes on in %1").arg(m_audit->path())
+    if (!m_audit)
+        return tellUnread();
+    m_audit->reopen(wallClock(), [this](const Expected<void>& reopened) {
+        m_log(reopened ? QStringLiteral("the audit goes on in %1").arg(m_settings.auditFile)
                        : QStringLiteral("the audit stays in the file that it was in, for %1")
                              .arg(reopened.error().text));
-    }
+        tellUnread();
+    });
+}
+
+/// What another one takes a restart of.
+void Panel::tellUnread()
+{
     for (const QString& path : {m_settings.usersFile, m_settings.certificate, m_settings.key}) {
         if (!configuration::isCredential(path))
             continue;
@@ -344,14 +417,30 @@ void Panel::passSecond()
 {
     m_subscriptions.passSecond();
     recordLogins(m_logins.passTime(values::steadyTime()));
-    tell(m_auditError, &m_auditTrouble);
+    if (m_audit) {
+        tell(troubleOf(m_auditError, m_audit->busySince()), &m_auditTrouble);
+        tellFlaw(m_audit->takeFlaw());
+    }
     m_alarms->passSecond();
-    tell(m_alarms->failure(), &m_alarmTrouble);
+    tell(troubleOf(m_alarms->failure(), m_alarmDesk->busySince()), &m_alarmTrouble);
     if (!m_recorder && !m_recordingError.isEmpty())
         tryRecordingAgain();
     if (m_recorder)
         m_recorder->passSecond(wallClock());
-    tell(m_recorder ? m_recorder->status().error : m_recordingError, &m_recorderTrouble);
+    tellRecording();
+}
+
+void Panel::tellRecording()
+{
+    const recorder::RecorderStatus status =
+        m_recorder ? m_recorder->status() : recorder::RecorderStatus();
+    tell(m_recorder ? status.error : m_recordingError, &m_recorderTrouble);
+    if (status.changedFiles == m_toldFiles)
+        return;
+    m_toldFiles = status.changedFiles;
+    m_log(QStringLiteral("%1: the recording was moved or removed while it was open; it goes on in"
+                         " another file of its name")
+              .arg(m_settings.record.file));
 }
 
 /// Each trouble once.

@@ -1,14 +1,13 @@
 #ifndef PLC_PANEL_SERVICE_PANEL_H
 #define PLC_PANEL_SERVICE_PANEL_H
 
-#include <QtCore/QObject>
 #include <QtCore/QTimer>
 
 #include <memory>
 
 #include "panel/access/access.h"
 #include "panel/access/access_guard.h"
-#include "panel/access/audit_log.h"
+#include "panel/access/audit_writer.h"
 #include "panel/access/login_audit.h"
 #include "panel/access/secrets.h"
 #include "panel/api/alarm_watch.h"
@@ -19,6 +18,7 @@
 #include "panel/plants/plants.h"
 #include "panel/plants/value_recorder.h"
 #include "panel/recipes/recipe_desk.h"
+#include "service/inbox.h"
 
 namespace plc::panel {
 
@@ -52,10 +52,16 @@ private:
     void linkChanged(Plant* plant) override;
     void passSecond();
     Expected<void> startRecording();
+    void tellRecording();
     void tryRecordingAgain();
     Expected<void> startAlarms();
-    Expected<void> openAudit();
-    Expected<void> audit(const AuditRecord& record);
+    service::DiskThread::Wake onDisk(std::function<void()> deliver);
+    void finishFiles();
+    void finishRecording();
+    Expected<void> startAudit();
+    void audit(const AuditRecord& record, AuditWriter::Kept kept);
+    void tellFlaw(const QString& flaw);
+    void tellUnread();
     void tellReading(const QString& what, const Expected<void>& outcome);
     void recordLogins(std::optional<AuditRecord> record);
     /// What is told when it begins, and when it is over.
@@ -75,7 +81,8 @@ private:
     std::unique_ptr<Access> m_access;
     std::unique_ptr<AccessGuard> m_guard;
     LoginAudit m_logins;
-    std::unique_ptr<AuditLog> m_audit;
+    std::unique_ptr<service::Inbox> m_diskOwner; ///< Of the threads that wait for the disk.
+    std::unique_ptr<AuditWriter> m_audit;        ///< Null: nothing is kept.
     // What stands first ends last: PLCs settle what is open when they end.
     Plants m_plants;
     Subscriptions m_subscriptions;
@@ -83,6 +90,7 @@ private:
     std::unique_ptr<ValueRecorder> m_recorder; ///< Null: nothing is recorded.
     QString m_recordingError;                  ///< Why there is none although there is to be one.
     qint64 m_recordingTriedAt = -1;            ///< By the steady clock.
+    int m_toldFiles = 0;                       ///< That were changed.
     std::unique_ptr<AlarmDesk> m_alarmDesk;
     std::unique_ptr<AlarmWatch> m_alarms;
     std::unique_ptr<RecipeDesk> m_recipes; ///< Null: none are kept.
@@ -92,7 +100,7 @@ private:
     Trouble m_alarmTrouble = {"alarms are not kept", "alarms are kept again", {}};
     Trouble m_recorderTrouble = {"nothing is recorded", "changes are recorded again", {}};
     QTimer m_seconds;
-    std::unique_ptr<QObject> m_owner; ///< Receives what the server's thread posts.
+    std::unique_ptr<service::Inbox> m_owner; ///< Receives what the server's thread posts.
     std::unique_ptr<Server> m_server;
 };
 

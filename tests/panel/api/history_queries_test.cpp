@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <QtCore/QFile>
+
 #include <atomic>
 #include <cstring>
 #include <future>
@@ -17,12 +19,13 @@ using recorder::Change;
 
 class HistoryQueriesTest : public plc::test::FileTest {
 protected:
-    void record(const char* label, const char* type, const QVector<recorder::Sample>& samples)
+    void record(const char* label, const char* type, const QVector<recorder::Sample>& samples,
+                const char* plc = "press")
     {
         auto recorder = recorder::Recorder::open(file, recorder::Limits(), 0);
         ASSERT_TRUE(succeeds(recorder)) << error.toStdString();
         recorder::SeriesDescription series;
-        series.source = QStringLiteral("press");
+        series.source = QString::fromUtf8(plc);
         series.label = QString::fromUtf8(label);
         series.type = values::findIecType(QString::fromLatin1(type));
         const int id = (*recorder)->series(series);
@@ -53,9 +56,38 @@ protected:
         std::memcpy(bytes.data(), &number, sizeof number);
         return {time, recorder::Quality::Good, bytes};
     }
+    static project::Variable variable(const char* name, const QVector<project::ArrayDimension>& of)
+    {
+        project::Variable variable;
+        variable.name = QString::fromUtf8(name);
+        variable.type = values::findIecType(QStringLiteral("INT"));
+        variable.dimensions = of;
+        return variable;
+    }
+    /// Of a PLC that has T.level, T.other and T.tank[1..4].
     static HistoryQuestion question(const QStringList& labels, int points = 100)
     {
-        return {QStringLiteral("press"), labels, 0, kEnd, points};
+        project::Symbols program;
+        program.scopes = {
+            {QStringLiteral("T"),
+             {variable("level", {}), variable("other", {}), variable("tank", {{1, 4}})}}};
+        return {
+            {QStringLiteral("press"), labels, {QStringLiteral("press")}, program}, 0, kEnd, points};
+    }
+    /// Of a PLC that is configured no more, or never was.
+    static HistoryQuestion questionOf(const char* plc, const QStringList& labels)
+    {
+        return {{QString::fromUtf8(plc), labels, {QStringLiteral("press")}, {}}, 0, kEnd, 100};
+    }
+    /// The answer, which is that there is no such thing.
+    std::string missing(const HistoryQuestion& question)
+    {
+        const Response response = ask(&HistoryQueries::readSeries, question);
+        const Response csv = ask(&HistoryQueries::readCsv, question);
+        EXPECT_EQ(404, response.status);
+        EXPECT_EQ(404, csv.status);
+        EXPECT_EQ(response.body, csv.body);
+        return response.body.toStdString();
     }
     Response ask(void (HistoryQueries::*query)(const HistoryQuestion&, const Responder&),
                  const HistoryQuestion& question)
@@ -89,25 +121,124 @@ TEST_F(HistoryQueriesTest, ChangesBeginWithWhatHeldBefore)
     later.from = 500;
     const Response response = ask(&HistoryQueries::readSeries, later);
     EXPECT_EQ(200, response.status);
-    EXPECT_EQ(R"({"from":500,"to":3000,"series":[)"
-              R"({"plc":"press","label":"T.level","type":"INT","unit":"","kind":"changes",)"
-              R"("times":[500,1000],"values":[1,null],"qualities":["g","b"]},)"
-              R"({"plc":"press","label":"T.other","type":"","unit":"","kind":"changes",)"
-              R"("times":[500],"values":[null],"qualities":["-"]}]})"
-              "\n",
-              response.body.toStdString());
+    EXPECT_EQ(
+        R"({"from":500,"to":3000,"series":[)"
+        R"({"plc":"press","label":"T.level","type":"INT","unit":"","kind":"changes",)"
+        R"("times":[500,1000],"values":[1,null],"qualities":["g","b"]},)"
+        R"({"plc":"press","label":"T.other","type":"","unit":"","recorded":false,"kind":"changes",)"
+        R"("times":[500],"values":[null],"qualities":["-"]}]})"
+        "\n",
+        response.body.toStdString());
 }
 
 TEST_F(HistoryQueriesTest, CsvHasEachChange)
 {
     record("T.level", "INT", {good(0, qint16(1)), good(1000, qint16(2))});
+    HistoryQuestion later = question({QStringLiteral("T.level"), QStringLiteral("T.other")}, 1);
+    later.from = 500;
     EXPECT_EQ(
         "time,plc,label,value,unit,quality\r\n"
         "500,press,T.level,1,,good\r\n"
-        "1000,press,T.level,2,,good\r\n",
-        ask(&HistoryQueries::readCsv,
-            {QStringLiteral("press"), {QStringLiteral("T.level")}, 500, kEnd, 1})
-            .body.toStdString());
+        "1000,press,T.level,2,,good\r\n"
+        "500,press,T.other,,,not recorded\r\n",
+        ask(&HistoryQueries::readCsv, later).body.toStdString());
+}
+
+TEST_F(HistoryQueriesTest, ALabelThatNeitherProgramNorRecordingHasIsAnError)
+{
+    record("T.level", "INT", {good(0, qint16(1))});
+    EXPECT_EQ(R"({"error":"T.levl: scope \"T\" has no \"levl\" (did you mean \"level\"?), and )"
+              R"(nothing was recorded by this name","labels":["T.levl"]})"
+              "\n",
+              missing(question({QStringLiteral("T.level"), QStringLiteral("T.levl")})));
+    EXPECT_EQ(
+        R"({"error":"T.tank[5]: the subscripts of \"tank\" must lie within [1..4], and )"
+        R"(nothing was recorded by this name; nor is there T.x","labels":["T.tank[5]","T.x"]})"
+        "\n",
+        missing(question({QStringLiteral("T.tank[5]"), QStringLiteral("T.x")})));
+}
+
+TEST_F(HistoryQueriesTest, WhatWasRecordedByANameThatNoPlcHasIsToldAndNotMixedIn)
+{
+    record("T.level", "INT", {good(0, qint16(1))}, "Press 1");
+    record("T.level", "INT", {good(0, qint16(2))}, "");
+    record("T.level", "INT", {good(0, qint16(3))}, "mill");
+    HistoryQuestion asked = question({QStringLiteral("T.level"), QStringLiteral("T.other")});
+    asked.asked.plcs.append(QStringLiteral("mill"));
+    // What is recorded of a PLC that there is, is that one's.
+    EXPECT_THAT(series(asked), testing::HasSubstr(R"("recorded":false,"recordedOf":["Press 1",""],)"
+                                                  R"("kind":"changes","times":[0],)"
+                                                  R"("values":[null],"qualities":["-"]},)"));
+    EXPECT_THAT(series(asked), testing::HasSubstr(R"("label":"T.other","type":"","unit":"",)"
+                                                  R"("recorded":false,"kind")"));
+    EXPECT_EQ(
+        "time,plc,label,value,unit,quality\r\n"
+        "0,press,T.level,,,not recorded of this PLC\r\n"
+        "0,press,T.other,,,not recorded\r\n",
+        ask(&HistoryQueries::readCsv, asked).body.toStdString());
+    // By each of its names it can be asked for.
+    EXPECT_THAT(series(questionOf("", {QStringLiteral("T.level")})),
+                testing::HasSubstr(R"("values":[null,2)"));
+    record("T.level", "INT", {good(0, qint16(4))});
+    EXPECT_THAT(series(asked), testing::HasSubstr(R"("recordedOf":["Press 1",""],"kind":)"
+                                                  R"("changes","times":[0,0],"values":[null,4])"));
+}
+
+TEST_F(HistoryQueriesTest, AFormerValueThatWasRecordedByAFormerNameIsNoError)
+{
+    record("T.former", "INT", {good(0, qint16(1))}, "Press 1");
+    EXPECT_THAT(series(question({QStringLiteral("T.former")})),
+                testing::HasSubstr(R"("recorded":false,"recordedOf":["Press 1"])"));
+}
+
+TEST_F(HistoryQueriesTest, OfManyWrongLabelsTheFirstAreTold)
+{
+    record("T.level", "INT", {good(0, qint16(1))});
+    QStringList labels;
+    for (int i = 0; i < 30; ++i)
+        labels.append(QStringLiteral("x%1.y").arg(i));
+    const std::string answer = missing(question(labels));
+    EXPECT_THAT(answer, testing::HasSubstr(R"(name; nor is there what else is in \"labels\"",)"));
+    EXPECT_THAT(answer, testing::EndsWith("\"x18.y\",\"x19.y\"]}\n"));
+}
+
+TEST_F(HistoryQueriesTest, WhatIsRecordedAndNotInTheProgramAnyMoreIsAnswered)
+{
+    record("T.former", "INT", {good(0, qint16(1))});
+    const std::string answer = series(question({QStringLiteral("T.former")}));
+    EXPECT_THAT(answer, testing::HasSubstr(R"("values":[null,1)"));
+    EXPECT_THAT(answer, testing::Not(testing::HasSubstr("\"recorded\"")));
+}
+
+TEST_F(HistoryQueriesTest, ALabelIsFoundHoweverItsSubscriptIsSpelt)
+{
+    record("T.tank[3]", "INT", {good(0, qint16(7))});
+    EXPECT_THAT(series(question({QStringLiteral("T.tank[03]")})),
+                testing::HasSubstr(R"("label":"T.tank[03]","type":"INT")"));
+    EXPECT_THAT(series(question({QStringLiteral("T.tank[2]")})),
+                testing::HasSubstr(R"("recorded":false)"));
+}
+
+TEST_F(HistoryQueriesTest, APlcThatIsNeitherThereNorRecordedIsAnError)
+{
+    record("T.level", "INT", {good(0, qint16(1))});
+    EXPECT_EQ(
+        R"({"error":"there is no PLC \"pres\" (did you mean \"press\"?), and none of this name )"
+        R"(was recorded"})"
+        "\n",
+        missing(questionOf("pres", {QStringLiteral("T.level")})));
+}
+
+TEST_F(HistoryQueriesTest, APlcThatIsGoneIsAnsweredFromWhatWasRecordedOfIt)
+{
+    record("T.level", "INT", {good(0, qint16(1))});
+    EXPECT_THAT(series(questionOf("press", {QStringLiteral("T.level")})),
+                testing::HasSubstr(R"("values":[null,1)"));
+    EXPECT_EQ(
+        R"({"error":"nothing was recorded by the name of T.levl (did you mean \"T.level\"?), )"
+        R"(and there is no PLC \"press\"","labels":["T.levl"]})"
+        "\n",
+        missing(questionOf("press", {QStringLiteral("T.levl")})));
 }
 
 TEST_F(HistoryQueriesTest, AValueGoesOnWhateverItsDeadbandWas)
@@ -123,11 +254,31 @@ TEST_F(HistoryQueriesTest, AValueGoesOnWhateverItsDeadbandWas)
     // 1, 2 and 3 for half of each ten seconds.
     all.points = 3;
     EXPECT_THAT(series(all), testing::HasSubstr(R"("mean":[1,2,3],"minimum":[1,2,3],)"
-                                                R"("maximum":[1,2,3],"coverage":[0.5,0.5,0.5])"));
+                                                R"("maximum":[1,2,3],"coverage":[0.5,0.5,0.5],)"
+                                                R"("qualities":["-","-","-"])"));
     EXPECT_THAT(ask(&HistoryQueries::readCsv, all).body.toStdString(),
                 testing::AllOf(testing::HasSubstr("0,press,T.level,1,"),
                                testing::HasSubstr("10000,press,T.level,2,"),
                                testing::HasSubstr("20000,press,T.level,3,")));
+}
+
+TEST_F(HistoryQueriesTest, AnAverageTellsWhatHeldWhileItsNumberWasNotKnown)
+{
+    using recorder::Quality;
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    record("T.level", "REAL",
+           {good(0, 1.0F),
+            good(100, 1.0F),
+            {600, Quality::Stale, {}},
+            {1000, Quality::Bad, {}},
+            good(1500, nan)});
+    // Good for 500 ms, then 100; stale for 400; bad; no number.
+    HistoryQuestion asked = question({QStringLiteral("T.level")}, 4);
+    asked.to = 2000;
+    EXPECT_THAT(series(asked), testing::HasSubstr(R"("mean":[1,1,null,null],"minimum":[1,1,null,)"
+                                                  R"(null],"maximum":[1,1,null,null],)"
+                                                  R"("coverage":[1,0.2,0,0],)"
+                                                  R"("qualities":["g","s","b","n"])"));
 }
 
 TEST_F(HistoryQueriesTest, NumbersOfAnotherUnitAreNotMixedInButTold)
@@ -144,6 +295,24 @@ TEST_F(HistoryQueriesTest, NumbersOfAnotherUnitAreNotMixedInButTold)
     EXPECT_THAT(series(all), testing::HasSubstr(R"("unit":"bar","others":[{"type":"INT",)"
                                                 R"("unit":"mbar"}],)"));
     EXPECT_THAT(series(all), testing::HasSubstr(R"("values":[null,1,null,3,null])"));
+}
+
+TEST_F(HistoryQueriesTest, CsvTellsWhatItLeavesOutBeforeTheRowsOfALabel)
+{
+    record("T.level", "INT", {good(0, qint16(1))}, "Press 1");
+    record("T.level", "INT", {good(0, qint16(1))}, "");
+    recordRun(5000, 0, "bar", 1);
+    recordRun(10000, 0, "mbar", 2000);
+    HistoryQuestion later = question({QStringLiteral("T.level")});
+    later.from = 12000;
+    later.to = 13000;
+    EXPECT_EQ(
+        "time,plc,label,value,unit,quality\r\n"
+        "12000,press,T.level,,mbar,also recorded as INT [bar]\r\n"
+        "12000,press,T.level,,mbar,\"also recorded of \"\"Press 1\"\"\"\r\n"
+        "12000,press,T.level,,mbar,also recorded without the name of a PLC\r\n"
+        "12000,press,T.level,2000,mbar,good\r\n",
+        ask(&HistoryQueries::readCsv, later).body.toStdString());
 }
 
 TEST_F(HistoryQueriesTest, AnAnswerHasNoMoreBytesThanItMay)
@@ -182,6 +351,29 @@ TEST_F(HistoryQueriesTest, MoreChangesThanAnAnswerMayHaveAreRefused)
     limits.rows = 2;
     EXPECT_THAT(refusal(&HistoryQueries::readCsv, question({QStringLiteral("T.on")})),
                 testing::HasSubstr("more than 2 changes"));
+}
+
+TEST_F(HistoryQueriesTest, ARecordingThatGoesOnInANewFileIsReadThere)
+{
+    auto recorder = recorder::Recorder::open(file, recorder::Limits(), 0);
+    ASSERT_TRUE(succeeds(recorder));
+    recorder::SeriesDescription level;
+    level.source = QStringLiteral("press");
+    level.label = QStringLiteral("T.level");
+    level.type = values::findIecType(QStringLiteral("INT"));
+    const int id = (*recorder)->series(level);
+    ASSERT_TRUE(succeeds((*recorder)->append({{id, good(0, qint16(1))}}, 100)));
+    HistoryQueries queries(file, limits);
+    const auto answer = [&] {
+        std::promise<Response> promise;
+        queries.readSeries(question({QStringLiteral("T.level")}),
+                           [&](const Response& response) { promise.set_value(response); });
+        return promise.get_future().get().body.toStdString();
+    };
+    EXPECT_THAT(answer(), testing::HasSubstr(R"("times":[0,0,100],"values":[null,1,null])"));
+    ASSERT_TRUE(QFile::rename(file, path("former.sqlite")));
+    ASSERT_TRUE(succeeds((*recorder)->append({{id, good(1500, qint16(2))}}, 2000)));
+    EXPECT_THAT(answer(), testing::HasSubstr(R"("times":[0,1500,2000],"values":[null,2,null])"));
 }
 
 TEST_F(HistoryQueriesTest, WhatCannotBeReadIsToldSo)
@@ -233,6 +425,28 @@ TEST_F(HistoryQueriesTest, WhatWaitsWhenTheProgramEndsIsRefused)
         goOn.set_value();
     }
     EXPECT_EQ(503, status);
+}
+
+TEST_F(HistoryQueriesTest, WhatIsBeingAnsweredWhenTheProgramEndsIsBrokenOff)
+{
+    record("T.on", "BOOL", {good(0, true)});
+    std::promise<void> begun;
+    Response answer;
+    {
+        HistoryQueries queries(file);
+        queries.read([&](const Response& response) { answer = response; },
+                     [&](recorder::Reader* reader) {
+                         begun.set_value();
+                         Expected<qint64> count = reader->countChanges();
+                         while (count) // it has no other end
+                             count = reader->countChanges();
+                         return historyFailure(count.error());
+                     });
+        begun.get_future().wait();
+        queries.stop();
+    }
+    EXPECT_EQ(503, answer.status);
+    EXPECT_EQ("{\"error\":\"the program ends\"}\n", answer.body.toStdString());
 }
 
 TEST_F(HistoryQueriesTest, AggregatesKeepAllDigits)

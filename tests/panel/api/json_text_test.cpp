@@ -10,7 +10,7 @@
 namespace plc::panel {
 namespace {
 
-using test::dataPoint;
+using plc::test::dataPoint;
 using values::Value;
 
 /// From the bytes that a PLC's value has.

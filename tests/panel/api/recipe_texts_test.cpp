@@ -12,7 +12,7 @@ RecipeContent content(const char* type, const QVector<values::Value>& values)
     return {*parseRecipeType(QString::fromLatin1(type)), values};
 }
 
-Recipe example()
+Recipe exampleRecipe()
 {
     Recipe recipe{
         QStringLiteral("Summer"), QStringLiteral("press"), 1234, QStringLiteral("anna"), {}};
@@ -29,12 +29,12 @@ TEST(RecipeTexts, ValuesStandAsEverywhereInTheInterface)
               R"({"label":"P.list[1]*2","type":"INT","saved":[1,-2]},)"
               R"({"label":"P.exact","type":"LREAL","saved":"nan"}]})"
               "\n",
-              recipeText(example()).toStdString());
+              recipeText(exampleRecipe()).toStdString());
 }
 
 TEST(RecipeTexts, AComparisonTellsWhatIsNotKnown)
 {
-    Recipe recipe = example();
+    Recipe recipe = exampleRecipe();
     recipe.entries.resize(2);
     const QVector<ComparedValue> values = {
         {QStringLiteral("P.wide"),

@@ -18,9 +18,9 @@ protected:
             names.append({QStringLiteral("none"), QString::number(i)});
         return names;
     }
-    QString add(const QVector<ValueName>& names)
+    QString add(const QVector<ValueName>& names, const char* owner = "vera")
     {
-        const Expected<QString> id = subscriptions.add(names);
+        const Expected<QString> id = subscriptions.add(names, QString::fromLatin1(owner));
         EXPECT_TRUE(succeeds(id)) << error.toStdString();
         return id.valueOr({});
     }
@@ -90,8 +90,8 @@ TEST_F(SubscriptionsTest, StreamsEndOnceTheyAreNotAllowedAnyMore)
 TEST_F(SubscriptionsTest, AreNoMoreThanThereMayBe)
 {
     for (int i = 0; i < Subscriptions::kMostSubscriptions; ++i)
-        add({});
-    EXPECT_FALSE(succeeds(subscriptions.add({})));
+        add({}, QByteArray::number(i % 10).constData());
+    EXPECT_FALSE(succeeds(subscriptions.add({}, QStringLiteral("another"))));
     EXPECT_EQ("there are too many subscriptions; end some", error.toStdString());
     subscriptions.clear();
     EXPECT_EQ(0, subscriptions.size());
@@ -102,17 +102,52 @@ TEST_F(SubscriptionsTest, FollowNoMoreValuesInAllThanTheyMay)
 {
     constexpr int kLists = Subscriptions::kMostInAll / Subscriptions::kMostValues;
     QString last;
-    for (int i = 0; i < kLists; ++i)
-        last =
-            add(names(Subscriptions::kMostValues, ("first" + QByteArray::number(i)).constData()));
-    EXPECT_FALSE(succeeds(subscriptions.add(names(1))));
+    for (int i = 0; i < kLists; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        last = add(names(Subscriptions::kMostValues, ("first" + number).constData()), number);
+    }
+    EXPECT_FALSE(succeeds(subscriptions.add(names(1), QStringLiteral("another"))));
     EXPECT_EQ("more than 200000 values would be followed; end some subscriptions",
               error.toStdString());
     EXPECT_EQ(kLists, subscriptions.size());
     // What is followed already costs nothing.
-    add(names(Subscriptions::kMostValues, "first0"));
+    add(names(Subscriptions::kMostValues, "first0"), "another");
     subscriptions.remove(last);
+    add(names(1), "another");
+}
+
+TEST_F(SubscriptionsTest, LeaveTheOthersTheirsWhateverOneTakes)
+{
+    const QVector<ValueName> all = names(Subscriptions::kMostValues);
+    const QString first = add(all);
+    add(names(Subscriptions::kMostValues, "first1"));
+    add(names(Subscriptions::kMostOfOwner - 2 * Subscriptions::kMostValues, "first2"));
+    EXPECT_FALSE(succeeds(subscriptions.add(names(1), QStringLiteral("vera"))));
+    EXPECT_EQ(
+        "more than 50000 values would be followed for one user or address; end some "
+        "subscriptions",
+        error.toStdString());
+    // Equal lists of one count once, and others count for themselves.
+    const QString again = add(all);
+    add(names(Subscriptions::kMostValues), "otto");
+    subscriptions.remove(first);
+    EXPECT_FALSE(succeeds(subscriptions.add(names(1), QStringLiteral("vera"))));
+    subscriptions.remove(again);
     add(names(1));
+}
+
+TEST_F(SubscriptionsTest, OfOneAreNoMoreThanHisShare)
+{
+    for (int i = 0; i < Subscriptions::kMostSubscriptionsOfOwner; ++i)
+        add({});
+    EXPECT_FALSE(succeeds(subscriptions.add({}, QStringLiteral("vera"))));
+    EXPECT_EQ("there are too many subscriptions of one user or address; end some",
+              error.toStdString());
+    add({}, "otto");
+    now += Subscriptions::kKeptIdle;
+    subscriptions.passSecond();
+    EXPECT_EQ(0, subscriptions.size());
+    add({});
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <QtCore/QTemporaryDir>
 
+#include <deque>
 #include <limits>
 
 #include "panel/plants/plants.h"
@@ -58,7 +59,20 @@ protected:
             .refusal;
     }
 
+    /// The disk has taken the oldest record, or has not.
+    void answer(const Expected<void>& isKept)
+    {
+        const AuditWriter::Kept kept = waiting.front();
+        waiting.pop_front();
+        kept(isKept);
+    }
+    Plant* plant() { return m_plants.find(QStringLiteral("tank")); }
+    void removePlcs() { m_plants.takeAll(); }
+    static QString id(int i) { return QStringLiteral("w%1").arg(i); }
+
     std::vector<AuditRecord> audit;
+    bool isDiskSlow = false;
+    std::deque<AuditWriter::Kept> waiting; ///< Of records that a slow disk has not taken yet.
     std::vector<WriteOutcome> settled;
     qint64 now = 0;
 
@@ -79,9 +93,12 @@ protected:
     const WriteDesk::Limits limits = limitsOfTests();
     std::shared_ptr<WriteDesk> desk = std::make_shared<WriteDesk>(
         &m_plants,
-        [this](const AuditRecord& record) {
+        [this](const AuditRecord& record, const AuditWriter::Kept& kept) {
             audit.push_back(record);
-            return Expected<void>();
+            if (isDiskSlow)
+                waiting.push_back(kept);
+            else
+                kept({});
         },
         [this] { return ++now; }, limits);
 };
@@ -102,7 +119,6 @@ TEST_F(WriteDeskTest, KeepsInTheAuditWhatThePanelKnewAndWhatTheClientSaysThatIts
 TEST_F(WriteDeskTest, NeverUsesAnIdAgainWhoseOutcomeItNoLongerKeeps)
 {
     addPlc(true);
-    const auto id = [](int i) { return QStringLiteral("w%1").arg(i); };
     for (int i = 0; i <= limits.kept; ++i)
         ASSERT_EQ(WriteDesk::Refusal::None, take(request(id(i), i % 100)));
     const std::size_t before = settled.size();
@@ -171,6 +187,126 @@ TEST_F(WriteDeskTest, TakesTheSameNumberThatIsNoneForTheSameContent)
     write.values = {values::Value(0.0F)};
     EXPECT_EQ(WriteDesk::Refusal::OtherContent, take(write));
     EXPECT_EQ(2U, settled.size());
+}
+
+TEST_F(WriteDeskTest, SendsNothingUntilTheAuditHasItAndTellsNothingUntilItHasTheOutcome)
+{
+    addPlc(false);
+    isDiskSlow = true;
+    EXPECT_EQ(WriteDesk::Refusal::None, take(request(id(1), 5)));
+    EXPECT_EQ(0, plant()->openWrites());
+    EXPECT_FALSE(desk->find(id(1))->isSettled);
+    answer({});
+    EXPECT_EQ(1, plant()->openWrites());
+    EXPECT_EQ(1U, audit.size());
+
+    plant()->stop();
+    removePlcs();
+    ASSERT_EQ(2U, audit.size());
+    EXPECT_EQ(AuditRecord::Outcome, audit[1].phase);
+    EXPECT_EQ("notSent", audit[1].outcome.toStdString());
+    EXPECT_TRUE(settled.empty());
+    EXPECT_FALSE(desk->find(id(1))->isSettled);
+    answer(Error{QStringLiteral("the disk is full")});
+    ASSERT_EQ(1U, settled.size()) << "as if it were kept: it was so";
+    EXPECT_EQ(WriteOutcome::NotSent, settled[0].kind);
+    EXPECT_TRUE(desk->find(id(1))->isSettled);
+    EXPECT_EQ(1U, desk->count(WriteOutcome::NotSent));
+}
+
+TEST_F(WriteDeskTest, SendsNothingThatTheAuditCannotHave)
+{
+    addPlc(false);
+    isDiskSlow = true;
+    take(request(id(1), 5));
+    answer(Error{QStringLiteral("the disk is full")});
+    answer({});
+    EXPECT_EQ(0, plant()->openWrites());
+    ASSERT_EQ(1U, settled.size());
+    EXPECT_EQ(WriteOutcome::NotSent, settled[0].kind);
+    EXPECT_EQ("the audit cannot be written, so nothing is: the disk is full",
+              settled[0].reason.toStdString());
+}
+
+TEST_F(WriteDeskTest, AnswersWhoAsksAgainWhileTheAuditIsWaitedFor)
+{
+    addPlc(false);
+    isDiskSlow = true;
+    take(request(id(1), 5));
+    take(request(id(1), 5));
+    EXPECT_EQ(WriteDesk::Refusal::OtherContent, take(request(id(1), 6)));
+    answer(Error{QStringLiteral("the disk is full")});
+    take(request(id(1), 5));
+    EXPECT_EQ(2U, audit.size());
+    answer({});
+    EXPECT_EQ(3U, settled.size());
+}
+
+TEST_F(WriteDeskTest, CountsThoseThatWaitForTheAuditAmongThoseUnderWay)
+{
+    addPlc(false);
+    isDiskSlow = true;
+    for (int i = 0; i < WriteDesk::kMostOpen; ++i)
+        take(request(id(i), i));
+    EXPECT_EQ(std::size_t(WriteDesk::kMostOpen), audit.size());
+    take(request(id(100), 1));
+    ASSERT_EQ(std::size_t(WriteDesk::kMostOpen) + 1, audit.size());
+    EXPECT_EQ(AuditRecord::Outcome, audit.back().phase);
+    EXPECT_EQ("too many writes are under way", audit.back().reason.toStdString());
+
+    answer(Error{QStringLiteral("the disk is full")});
+    take(request(id(101), 1));
+    EXPECT_EQ("too many writes are under way", audit.back().reason.toStdString())
+        << "the outcome of the first is not on record yet";
+    for (int i = 1; i < WriteDesk::kMostOpen; ++i)
+        answer({});
+    EXPECT_EQ(WriteDesk::kMostOpen - 1, plant()->openWrites());
+    answer({}); // the 101st
+    answer({}); // the first
+    EXPECT_EQ(2U, settled.size());
+    take(request(id(102), 1));
+    EXPECT_EQ(AuditRecord::Requested, audit.back().phase);
+}
+
+TEST_F(WriteDeskTest, JudgesAgainWhatWaitedForTheAudit)
+{
+    addPlc(false);
+    isDiskSlow = true;
+    take(request(id(1), 5));
+    removePlcs();
+    answer({});
+    answer({});
+    ASSERT_EQ(1U, settled.size());
+    EXPECT_EQ("the PLC is not there any more", settled[0].reason.toStdString());
+
+    addPlc(false);
+    take(request(id(2), 5));
+    removePlcs();
+    addPlc(true);
+    answer({});
+    answer({});
+    ASSERT_EQ(2U, settled.size());
+    EXPECT_EQ("the PLC is read-only here", settled[1].reason.toStdString());
+}
+
+TEST_F(WriteDeskTest, DoesNotSendAtTheEndWhatStillWaitsForTheAudit)
+{
+    addPlc(false);
+    isDiskSlow = true;
+    take(request(id(1), 5));
+    take(request(id(2), 6));
+    answer({});
+    desk->stop();
+    ASSERT_EQ(3U, audit.size());
+    EXPECT_EQ(id(2), audit[2].id);
+    EXPECT_EQ("notSent", audit[2].outcome.toStdString());
+    EXPECT_EQ("the program ends", audit[2].reason.toStdString());
+    answer({}); // that the second was asked for
+    EXPECT_EQ(1, plant()->openWrites()) << "only the first was sent";
+    answer({});
+    ASSERT_EQ(1U, settled.size());
+    take(request(id(3), 7));
+    EXPECT_EQ("the program ends", audit.back().reason.toStdString());
 }
 
 } // namespace

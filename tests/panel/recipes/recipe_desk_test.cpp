@@ -145,9 +145,33 @@ TEST_F(RecipeDeskTest, AnIdRestoresOnceAlsoWhenItsReportIsForgotten)
         ASSERT_EQ("0", outcome);
     }
     restore("0", letters(2), &outcome);
-    EXPECT_EQ("2 this id was restored; its report is not kept any more", outcome);
+    EXPECT_EQ("6 this id was restored; its report is not kept any more", outcome);
     restore("1", letters(2), &outcome);
     EXPECT_EQ("0", outcome);
+}
+
+TEST_F(RecipeDeskTest, ARestoreIsToldAgainWithoutItsRecipe)
+{
+    std::string outcome = "not called";
+    const auto tell = [&outcome](const RecipeResult<RestoreReport>& report) {
+        outcome = failure(report);
+        if (outcome.empty())
+            outcome = std::to_string(std::get<RestoreReport>(report).written);
+    };
+    EXPECT_FALSE(desk.repeat(QStringLiteral("1"), letters(2).name, tell));
+    EXPECT_EQ("not called", outcome);
+    plc->values[QStringLiteral("a")] = integer(9);
+    std::string first;
+    restore("1", letters(2), &first);
+    EXPECT_TRUE(desk.repeat(QStringLiteral("1"), letters(2).name, tell));
+    EXPECT_EQ("not called", outcome) << "it waits for the first";
+    plc->settle();
+    EXPECT_EQ("1", outcome);
+    outcome.clear();
+    EXPECT_TRUE(desk.repeat(QStringLiteral("1"), letters(2).name, tell));
+    EXPECT_EQ("1", outcome);
+    EXPECT_TRUE(desk.repeat(QStringLiteral("1"), QStringLiteral("Winter"), tell));
+    EXPECT_EQ("2 this id restored another recipe", outcome);
 }
 
 TEST_F(RecipeDeskTest, APlcIsRestoredByOneAtATime)
@@ -175,6 +199,49 @@ TEST_F(RecipeDeskTest, IdsAreShort)
     restore(QByteArray(65, 'x').constData(), letters(2), &outcome);
     EXPECT_EQ("0 expected an id of 1 to 64 characters", outcome);
     EXPECT_EQ(0, writes());
+}
+
+TEST_F(RecipeDeskTest, RestoresOnceItIsPermitted)
+{
+    std::vector<RecipeDesk::Permitted> waiting;
+    const auto restoreLater = [&](const char* id, const Recipe& recipe, std::string* outcome) {
+        *outcome = "not settled";
+        desk.restore(
+            QString::fromLatin1(id), recipe, plc,
+            [outcome](const RecipeResult<RestoreReport>& report) {
+                *outcome = failure(report);
+                if (outcome->empty())
+                    *outcome = std::to_string(std::get<RestoreReport>(report).written);
+            },
+            [&](RecipeDesk::Permitted permitted) { waiting.push_back(std::move(permitted)); });
+    };
+    const auto isKnown = [&](const char* id) {
+        return desk.repeat(QString::fromLatin1(id), letters(2).name,
+                           [](const RecipeResult<RestoreReport>&) {});
+    };
+    plc->values[QStringLiteral("a")] = integer(7);
+    std::string refused;
+    std::string again;
+    restoreLater("1", letters(2), &refused);
+    EXPECT_TRUE(isKnown("1"));
+    restoreLater("1", letters(2), &again);
+    ASSERT_EQ(1U, waiting.size()) << "who asks again waits for the first";
+    waiting[0](QStringLiteral("the disk is full"));
+    EXPECT_EQ("5 the disk is full", refused);
+    EXPECT_EQ("5 the disk is full", again);
+    EXPECT_FALSE(isKnown("1"));
+    EXPECT_TRUE(plc->log.isEmpty());
+
+    std::string first;
+    std::string second;
+    restoreLater("1", letters(2), &first);
+    restoreLater("2", letters(2), &second);
+    ASSERT_EQ(3U, waiting.size());
+    waiting[1]({});
+    waiting[2]({});
+    EXPECT_EQ("2 press is being restored by somebody else", second);
+    plc->settle();
+    EXPECT_EQ("1", first);
 }
 
 } // namespace
