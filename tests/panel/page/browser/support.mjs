@@ -69,8 +69,9 @@ export async function openPage(address, { width = 1280, height = 800, dark = fal
 // Another view of the same page, as by its address.
 export const follow = (page, hash) => page.evaluate((to) => void (location.hash = to), hash);
 
-export const named = (...labels) => `#values?${labels.map((label) => `v=${label.includes("|") ? label : `dairy|${label}`}`).join("&")}`;
-export const drawn = (...labels) => `#trend?${labels.map((label) => `t=dairy|${label}`).join("&")}`;
+const withPlc = (label) => (label.includes("|") ? label : `dairy|${label}`);
+export const named = (...labels) => `#values?${labels.map((label) => `v=${withPlc(label)}`).join("&")}`;
+export const drawn = (...labels) => `#trend?${labels.map((label) => `t=${withPlc(label)}`).join("&")}`;
 
 // The row of a label in the table.
 export const rowOf = (page, label) => page.locator(`.row.value[data-key$="|${label}"]`);

@@ -29,6 +29,19 @@ test("what was recorded and what comes live are one line, with a gap where nothi
   await page.end();
 });
 
+test("the legend tells what is not recorded, what there is not, and what was recorded as something else", async () => {
+  const page = await openPage(server.address, { hash: drawn("Plant.tank[2].setpoint", "Plant.tank[3].setpoint", "Plant.gone", "former|Plant.level", "Plant.lineSpeed") });
+  await until(async () => (await inked(page)).length > 60, "the last line is drawn");
+  const noteOf = (i) => page.locator(".legend li").nth(i).locator(".legend-note");
+  await shows(noteOf(0), "Also recorded as REAL [K], which is not drawn");
+  await shows(noteOf(1), "Is not recorded");
+  await shows(noteOf(2), "Neither in the project nor recorded");
+  await shows(noteOf(3), 'No past: there is no PLC "former", and none of this name was recorded');
+  assert.equal(await noteOf(4).count(), 0);
+  assert.equal(await page.locator(".plot-error").count(), 0);
+  await page.end();
+});
+
 test("the wheel zooms, dragging pans back in time, End is live again", async () => {
   const page = await openPage(server.address, { hash: drawn("Plant.lineSpeed") });
   await until(async () => (await inked(page)).length > 60, "the line is drawn");
@@ -144,9 +157,9 @@ test("what is seen is exported as CSV and as PNG", async () => {
   const csv = page.waitForEvent("download");
   await page.click("button:has-text('CSV')");
   const lines = (await readFile(await (await csv).path(), "utf8")).split("\r\n");
-  assert.equal(lines[0], "time,plc,label,value,minimum,maximum,state");
-  assert.match(lines[1], /^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z,dairy,Plant\.mode,2,,,good$/);
-  assert.equal(lines.filter((line) => line.endsWith(",,,,not recorded")).length, 1);
+  assert.equal(lines[0], "time,plc,label,value,minimum,maximum,state,coverage,otherwise");
+  assert.match(lines[1], /^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z,dairy,Plant\.mode,2,,,good,,$/);
+  assert.equal(lines.filter((line) => line.endsWith(",,,,not recorded,,")).length, 1);
   const png = page.waitForEvent("download");
   await page.click("button:has-text('PNG')");
   const picture = await readFile(await (await png).path());

@@ -57,6 +57,15 @@ test("a view comes back from its address as it was", () => {
   assert.deepEqual(readAddress(writeAddress(view)), view);
 });
 
+test("names come back from an address whatever signs they have", () => {
+  const names = ["Hall|A", "50%", "a%7Cb", "x%25|", "|right", "#1 & 2?", "a=b+c", "Größe [1]", "%", "a;b,c/d\\e\"f'"];
+  const chosen = names.flatMap((plc) => names.map((label) => ({ plc, label })));
+  const series = names.slice(0, 8).map((plc, i) => (i % 2 ? { plc, label: "P.x", axis: "right" } : { plc, label: "right" }));
+  const view = { ...emptyView(), view: "trend", chosen, series, filter: "100% | a" };
+  assert.deepEqual(readAddress(writeAddress(view)), view);
+  assert.deepEqual(readAddress("#values?v=50%25|P.x").chosen, [{ plc: "50%", label: "P.x" }]);
+});
+
 test("an address that makes no sense is an empty view", () => {
   assert.deepEqual(readAddress("#nonsense?v=x&sort=wrong&group=7&span=-1&from=5&to=4"), emptyView());
   assert.deepEqual(readAddress(""), emptyView());

@@ -57,6 +57,27 @@ test("REAL takes what a single holds", () => {
   assert.match(error("1,5", "REAL"), /takes a number/);
 });
 
+test("what is no number is taken with its type before it, as the command line takes it", () => {
+  assert.equal(value("REAL#nan", "REAL"), "nan");
+  assert.equal(value("real#INF", "REAL"), "inf");
+  assert.equal(value("LREAL#-inf", "LREAL"), "-inf");
+  assert.equal(value("REAL#1.5", "REAL"), 1.5);
+  assert.match(error("LREAL#nan", "REAL"), /takes a number/);
+  assert.match(error("REAL#nan", "LREAL"), /takes a number/);
+  assert.match(error("REAL#", "REAL"), /takes a number/);
+  assert.match(error("inf", "REAL"), /write REAL#inf if it is meant/);
+  assert.match(error("-inf", "LREAL"), /write LREAL#-inf if it is meant/);
+  assert.match(error("REAL#nan", "INT"), /whole number/);
+});
+
+test("whole numbers are in the bases that the command line has, and in no other", () => {
+  for (const text of ["0b11", "0o17", "0B1", "1b", "b", "2#", "16#", "0x"]) {
+    assert.match(error(text, "INT"), /whole number/, text);
+  }
+  assert.equal(value("16#0b11", "INT"), 0x0b11);
+  assert.equal(value("007", "INT"), 7);
+});
+
 test("TIME takes durations", () => {
   assert.equal(value("T#1m30s", "TIME"), 90000);
   assert.equal(value("t#1.5s", "TIME"), 1500);
@@ -74,7 +95,7 @@ test("STRING is taken as it stands, blanks too", () => {
 
 test("what a field begins with reads back as the same value", () => {
   for (const [shown, type] of [
-    [true, "BOOL"], [-7, "INT"], ["18446744073709551615", "ULINT"], [255, "WORD"], [0.1, "REAL"], [1e-7, "LREAL"], [90061001, "TIME"], ["a 'b'", "STRING"],
+    [true, "BOOL"], [-7, "INT"], ["18446744073709551615", "ULINT"], [255, "WORD"], [0.1, "REAL"], [1e-7, "LREAL"], ["nan", "REAL"], ["inf", "REAL"], ["-inf", "LREAL"], [90061001, "TIME"], ["a 'b'", "STRING"],
   ]) {
     assert.deepEqual(value(editText(shown, type), type), shown);
   }

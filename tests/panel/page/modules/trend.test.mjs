@@ -5,8 +5,9 @@ import { test } from "node:test";
 
 import { axisRange } from "../../../../panel/page/web/assets/trend/axis_range.js";
 import { csvOf } from "../../../../panel/page/web/assets/trend/export.js";
+import { Curves } from "../../../../panel/page/web/assets/trend/curves.js";
 import { Curve } from "../../../../panel/page/web/assets/trend/curve.js";
-import { traceOf as traceOfSeries } from "../../../../panel/page/web/assets/trend/history.js";
+import { noteOf, seriesOf, traceOf as traceOfSeries } from "../../../../panel/page/web/assets/trend/history.js";
 import { drawSteps } from "../../../../panel/page/web/assets/trend/step_path.js";
 import { extent, Trace } from "../../../../panel/page/web/assets/trend/trace.js";
 import { LEAST_SPAN, pan, settle, windowOf, zoom } from "../../../../panel/page/web/assets/trend/time_window.js";
@@ -112,9 +113,136 @@ test("recorded changes keep what was recorded, and tell why a stretch is empty",
 });
 
 test("aggregates have mean, least and greatest, and gaps where nothing is known", () => {
-  const trace = traceOfSeries(series({ kind: "aggregates", step: 10, times: [0, 10], mean: [5, null], minimum: [1, null], maximum: [9, null], coverage: [1, 0] }));
+  const trace = traceOfSeries(series({ kind: "aggregates", step: 10, times: [0, 10], mean: [5, null], minimum: [1, null], maximum: [9, null], coverage: [1, 0], qualities: ["g", "-"] }));
   assert.deepEqual([trace.numbers, trace.low, trace.high], [[5, NaN], [1, NaN], [9, NaN]]);
   assert.deepEqual(extent(trace, 0, 20), { least: 1, most: 9 });
+});
+
+function partlyKnown() {
+  const curve = new Curve({ plc: "dairy", label: "Plant.level" });
+  curve.type = "REAL";
+  const mean = [5, 7, 8, null, null, null];
+  curve.takePast(traceOfSeries(series({
+    kind: "aggregates", step: 10, times: [0, 10, 20, 30, 40, 50], mean, minimum: mean, maximum: mean,
+    coverage: [1, 0.009, 0.999, 0, 0, 0], qualities: ["g", "b", "-", "s", "b", "n"],
+  })), 60);
+  return curve;
+}
+
+test("of a mean of a part of the time the cursor tells the part, and what was in the rest", () => {
+  const curve = partlyKnown();
+  const words = [5, 15, 25, 35, 45, 55].map((time) => curve.textAt(time, 60).word);
+  assert.deepEqual(words, [
+    "mean", "mean of less than 1 % of the time, else bad", "mean of 99 % of the time, else not recorded", "stale", "bad", "no number",
+  ]);
+});
+
+test("the CSV has the part of the time that a mean is of, and why nothing is known", () => {
+  assert.deepEqual(csvOf([partlyKnown()], { from: 0, to: 59 }, 60).trim().split("\r\n").map((line) => line.split(",").slice(3).join()), [
+    "value,minimum,maximum,state,coverage,otherwise",
+    "5,5,5,mean,1,", "7,7,7,mean,0.009,bad", "8,8,8,mean,0.999,not recorded", ",,,stale,,", ",,,bad,,", ",,,no number,,",
+  ]);
+});
+
+test("what is a mean of a part of the time is drawn apart from what is whole", () => {
+  const curve = partlyKnown();
+  const same = (number) => number;
+  const place = { from: 0, to: 60, heardUntil: 60, toX: same, toY: same };
+  const drawn = (isWhole) => {
+    const points = [];
+    const path = { moveTo: (...to) => points.push(["M", ...to]), lineTo: (...to) => points.push(["L", ...to]) };
+    curve.draw(path, place, isWhole);
+    return points;
+  };
+  assert.equal(curve.hasParts, true);
+  assert.deepEqual(drawn(true), [["M", 0, 5], ["L", 10, 5]]);
+  assert.deepEqual(drawn(false), [["M", 10, 7], ["L", 20, 7], ["L", 20, 8], ["L", 30, 8]]);
+});
+
+test("what was recorded with another unit is told and not called not recorded", () => {
+  const others = [{ type: "INT", unit: "bar" }, { type: "STRING", unit: "" }, { type: "", unit: "" }];
+  const one = series({ kind: "changes", type: "INT", unit: "mbar", others, times: [0, 10, 15], values: [null, 2000, null], qualities: ["-", "g", "-"] });
+  assert.equal(noteOf(one), "Also recorded as INT [bar], as STRING, as text, which is not drawn");
+  const trace = traceOfSeries(one);
+  assert.deepEqual(trace.words, ["not recorded as INT [mbar]", "", "not recorded as INT [mbar]"]);
+  assert.deepEqual(trace.end, { index: 2, time: 15 });
+  const means = traceOfSeries({ ...one, kind: "aggregates", step: 10, times: [0, 10], mean: [null, 2000], minimum: [null, 1], maximum: [null, 9], coverage: [0, 1], qualities: ["-", "g"] });
+  assert.deepEqual(means.words, ["not recorded as INT [mbar]", ""]);
+});
+
+test("a value that is not recorded is told apart from one of which nothing was in this time", () => {
+  assert.equal(noteOf({ recorded: false }), "Is not recorded");
+  assert.equal(noteOf({}), "");
+});
+
+test("what was recorded by a name that no PLC has is told and not called not recorded", () => {
+  const gap = { kind: "changes", times: [0], values: [null], qualities: ["-"] };
+  const never = series({ ...gap, recorded: false, recordedOf: ["plant", ""] });
+  assert.equal(noteOf(never), "Is not recorded of dairy; recorded as a value of “plant”, without the name of a PLC");
+  assert.deepEqual(traceOfSeries(never).words, ["not recorded of dairy"]);
+  const renamed = series({ ...gap, others: [{ type: "INT", unit: "" }], recordedOf: ["plant"] });
+  assert.equal(noteOf(renamed), "Also recorded as INT, as a value of “plant”, which is not drawn");
+  assert.deepEqual(traceOfSeries(renamed).words, ["not recorded of dairy as REAL [%]"]);
+});
+
+test("labels that lead to nothing do not take the past of the others away", async () => {
+  const asked = [];
+  const ask = async (path) => {
+    asked.push(new URL(path, "http://panel").searchParams.getAll("label").join());
+    if (asked.length > 1) return { series: [{ plc: "dairy", label: "b" }] };
+    throw Object.assign(new Error("a: there is no such thing"), { status: 404, body: { labels: ["a", "c"] } });
+  };
+  const found = await seriesOf({ plc: "dairy", label: ["a", "b", "c"], from: 0, to: 1 }, ask);
+  assert.deepEqual(asked, ["a,b,c", "b"]);
+  assert.deepEqual(found.map(({ label, isMissing }) => [label, isMissing]), [["a", true], ["c", true], ["b", undefined]]);
+  assert.equal(noteOf(found[0]), "Neither in the project nor recorded");
+  assert.equal(traceOfSeries(found[0]).length, 0);
+});
+
+test("where all labels lead to nothing, nothing else is asked; another refusal stays one", async () => {
+  const refusing = (status, body) => async () => {
+    throw Object.assign(new Error("refused"), { status, body });
+  };
+  assert.equal((await seriesOf({ plc: "dairy", label: ["a"], from: 0, to: 1 }, refusing(404, { labels: ["a"] }))).length, 1);
+  const question = { plc: "dairy", label: ["a"], from: 0, to: 1 };
+  await assert.rejects(seriesOf(question, refusing(404, { error: "nothing is recorded here" })), /refused/);
+  await assert.rejects(seriesOf(question, refusing(503, { labels: ["a"] })), /refused/);
+});
+
+// Curves of "dairy" and of the PLCs named, with what `answer(plc)` gives as their past.
+async function loaded(plcs, answer) {
+  const model = { listeners: new Set(), rows: new Map(), clock: { now: () => 100 } };
+  const ask = async (path) => answer(new URL(path, "http://panel").searchParams.get("plc"));
+  const curves = new Curves(model, ask);
+  curves.show(plcs.map((plc) => ({ plc, label: "Plant.level" })));
+  const isKnown = await curves.load(0, 100);
+  return { isKnown, error: curves.error, notes: curves.all.map(({ note }) => note), texts: curves.all.map((curve) => curve.textAt(50, 100).text) };
+}
+
+function refuse(status, text) {
+  throw Object.assign(new Error(text), { status, body: { error: text } });
+}
+
+const recordedPast = (plc) => ({ series: [series({ plc, kind: "changes", times: [0], values: [1.5], qualities: ["g"] })] });
+
+test("a PLC that there is not does not take the past of the others away", async () => {
+  const answer = (plc) => (plc === "dairy" ? recordedPast(plc) : refuse(404, `there is no PLC "${plc}"`));
+  assert.deepEqual(await loaded(["gone", "dairy"], answer), {
+    isKnown: true, error: "", notes: ['No past: there is no PLC "gone"', ""], texts: ["—", "1.5"],
+  });
+});
+
+test("where no PLC has a past, the reasons are told once", async () => {
+  const nothing = await loaded(["dairy", "mill"], () => refuse(404, "nothing is recorded here"));
+  assert.deepEqual([nothing.isKnown, nothing.error], [true, "nothing is recorded here"]);
+  const gone = await loaded(["a", "b"], (plc) => refuse(404, `there is no PLC "${plc}"`));
+  assert.deepEqual([gone.isKnown, gone.error], [true, 'there is no PLC "a"; there is no PLC "b"']);
+});
+
+test("where a recording cannot be read, that is told, also beside a PLC that there is not", async () => {
+  const answer = (plc) => (plc === "gone" ? refuse(404, "there is no such PLC") : refuse(503, "the disk is gone"));
+  const { isKnown, error } = await loaded(["gone", "dairy"], answer);
+  assert.deepEqual([isKnown, error], [false, "What was recorded is not known: the disk is gone"]);
 });
 
 function curveOf() {
@@ -176,13 +304,23 @@ test("the export has what is seen, in the order of time, as RFC 4180 has it", ()
   assert.equal(
     csvOf([curve, text], { from: 60, to: 200 }, 150),
     [
-      "time,plc,label,value,minimum,maximum,state",
-      "1970-01-01T00:00:00.060Z,dairy,Plant.level,2,,,good",
-      "1970-01-01T00:00:00.110Z,\"north \"\"a\"\"\",Plant.note,\"say \"\"a,b\"\"\",,,good",
-      "1970-01-01T00:00:00.120Z,dairy,Plant.level,3,,,good",
+      "time,plc,label,value,minimum,maximum,state,coverage,otherwise",
+      "1970-01-01T00:00:00.060Z,dairy,Plant.level,2,,,good,,",
+      "1970-01-01T00:00:00.110Z,\"north \"\"a\"\"\",Plant.note,\"say \"\"a,b\"\"\",,,good,,",
+      "1970-01-01T00:00:00.120Z,dairy,Plant.level,3,,,good,,",
       "",
     ].join("\r\n"),
   );
+});
+
+test("the export tells first what is not drawn of a value", () => {
+  const curve = curveOf();
+  curve.note = noteOf(series({ others: [{ type: "INT", unit: "" }] }));
+  const rows = csvOf([curve], { from: 60, to: 100 }, 150).trim().split("\r\n").slice(1);
+  assert.deepEqual(rows, [
+    '1970-01-01T00:00:00.060Z,dairy,Plant.level,,,,"Also recorded as INT, which is not drawn",,',
+    "1970-01-01T00:00:00.060Z,dairy,Plant.level,2,,,good,,",
+  ]);
 });
 
 test("there is nothing to export of a span of which nothing is known", () => {

@@ -1,5 +1,5 @@
 // What the stand-in has recorded: its values every second, with a gap of two minutes that ends three
-// minutes ago.
+// minutes ago. The setpoint of the second tank was recorded in another unit once, that of the third never.
 
 const GAP = [300000, 180000]; // ms before now
 
@@ -11,6 +11,9 @@ export function historyOf(plant, fields) {
   const series = fields.getAll("label").map((label) => {
     const { type, unit } = plant.values.get(label);
     const common = { plc: plant.name, label, type, unit };
+    if (label === "Plant.tank[3].setpoint")
+      return { ...common, type: "", unit: "", recorded: false, kind: "changes", times: [from], values: [null], qualities: ["-"] };
+    if (label === "Plant.tank[2].setpoint") common.others = [{ type, unit: "K" }];
     return (to - from) / step <= points
       ? { ...common, kind: "changes", ...changes(plant, label, from, to, step) }
       : { ...common, kind: "aggregates", ...aggregates(plant, label, from, to, points) };
@@ -34,13 +37,14 @@ function changes(plant, label, from, to, step) {
 
 function aggregates(plant, label, from, to, points) {
   const step = Math.ceil((to - from) / points);
-  const result = { step, times: [], mean: [], minimum: [], maximum: [], coverage: [] };
+  const result = { step, times: [], mean: [], minimum: [], maximum: [], coverage: [], qualities: [] };
   for (let time = from; time < to; time += step) {
     const samples = Array.from({ length: 8 }, (_, i) => time + (step * i) / 8)
       .filter((at) => !isInGap(at))
       .map((at) => Number(plant.valueAt(label, at)));
     result.times.push(time);
     result.coverage.push(samples.length / 8);
+    result.qualities.push(samples.length === 8 ? "g" : "-");
     result.mean.push(samples.length ? samples.reduce((a, b) => a + b) / samples.length : null);
     result.minimum.push(samples.length ? Math.min(...samples) : null);
     result.maximum.push(samples.length ? Math.max(...samples) : null);

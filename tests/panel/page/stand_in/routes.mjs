@@ -88,7 +88,11 @@ const ROUTES = {
   "GET writes/*": ({ standIn, tell, name }) =>
     standIn.writes.has(name) ? tell(200, standIn.writes.get(name)) : tell(404, { error: "No such write." }),
   "GET history": ({ standIn, tell, fields }) => {
-    const answer = historyOf(standIn.plants.get(fields.get("plc")), fields);
+    const plant = standIn.plants.get(fields.get("plc"));
+    if (!plant) return tell(404, { error: `there is no PLC "${fields.get("plc")}", and none of this name was recorded` });
+    const labels = fields.getAll("label").filter((label) => !plant.values.has(label));
+    if (labels.length > 0) return tell(404, { error: `${labels[0]}: there is no such thing`, labels });
+    const answer = historyOf(plant, fields);
     standIn.answered = answer.series;
     tell(200, answer);
   },

@@ -64,6 +64,7 @@ function bodyOf({ status, body }) {
   if (status >= 200 && status < 300) return body;
   const error = new Error(body?.error ?? `The server answered ${status}.`);
   error.status = status;
+  error.body = body;
   throw error;
 }
 

@@ -23,7 +23,10 @@ export function emptyView() {
   };
 }
 
-const nameOf = ({ plc, label }) => `${plc}|${label}`;
+// Names may have the sign that stands between them.
+const escaped = (text) => text.replace(/[%|]/g, encodeURIComponent);
+const unescaped = (text) => text.replace(/%7C|%25/g, decodeURIComponent);
+const nameOf = ({ plc, label }) => `${escaped(plc)}|${escaped(label)}`;
 
 export function writeAddress(view) {
   const fields = new URLSearchParams();
@@ -68,7 +71,7 @@ export function readAddress(address) {
 }
 
 function readName(text) {
-  const [plc, label, axis] = text.split("|");
+  const [plc, label, axis] = text.split("|").map(unescaped);
   if (!plc || !label) return null;
   return axis === "right" ? { plc, label, axis } : { plc, label };
 }

@@ -9,8 +9,9 @@ const LIVE_LIMIT = 20000; // changes
 
 export class Curve {
   constructor({ plc, label }) {
-    Object.assign(this, { plc, label, type: "", unit: "", axis: "left" });
+    Object.assign(this, { plc, label, type: "", unit: "", note: "", axis: "left" });
     this.past = new Trace(Infinity);
+    this.hasParts = false;
     this.pastUntil = -Infinity;
     this.recent = new Trace(LIVE_LIMIT);
   }
@@ -19,6 +20,7 @@ export class Curve {
   // missing at the end, that counts.
   takePast(trace, until) {
     this.past = trace;
+    this.hasParts = trace.coverage?.some((part) => part > 0 && part < 1) ?? false; // means of a part of their time
     this.pastUntil = until;
     if (this.recent.times[0] <= trace.end.time && trace.end.time <= until) {
       this.pastUntil = trace.end.time;
@@ -54,16 +56,17 @@ export class Curve {
     return this.parts(from, to, to).reduce((sum, part) => sum + part.trace.at(part.to) - part.trace.at(part.from), 0);
   }
 
-  draw(path, { from, to, heardUntil, toX, toY }) {
-    for (const part of this.parts(from, to, heardUntil)) drawSteps(path, part.trace, { ...part, toX, toY });
+  // What is known of all of its time, or what is a mean of a part of it.
+  draw(path, { from, to, heardUntil, toX, toY }, isWhole) {
+    for (const part of this.parts(from, to, heardUntil)) drawSteps(path, part.trace, { ...part, toX, toY }, isWhole);
   }
 
   // The area between the least and the greatest of aggregates.
-  drawBand(path, { from, to, toX, toY }) {
+  drawBand(path, { from, to, toX, toY }, isWhole) {
     const { past } = this;
     if (!past.low) return;
     for (let i = Math.max(0, past.at(from)); i < past.length && past.times[i] <= Math.min(to, this.pastUntil); ++i) {
-      if (Number.isNaN(past.low[i])) continue;
+      if (Number.isNaN(past.low[i]) || past.isWhole(i) !== isWhole) continue;
       const left = toX(Math.max(from, past.times[i]));
       const right = toX(Math.min(to, past.times[i] + past.step));
       const top = toY(past.high[i]);
@@ -77,9 +80,16 @@ export class Curve {
     const i = trace.at(time);
     if (i < 0 || (trace === this.recent && time > heardUntil)) return { text: "—", word: "not known" };
     if (trace.words[i]) return { text: "—", word: trace.words[i] };
-    if (trace.low) return { text: aggregateText(trace, i), word: "mean" };
+    if (trace.low) return { text: aggregateText(trace, i), word: meanWord(trace, i) };
     return { text: formatShort(trace.raw[i], this.type), word: "" };
   }
+}
+
+// Of which part of the time a mean is, never told as more than it is.
+function meanWord(trace, i) {
+  if (trace.isWhole(i)) return "mean";
+  const percent = Math.floor(trace.coverage[i] * 100);
+  return `mean of ${percent < 1 ? "less than 1" : percent} % of the time, else ${trace.rests[i]}`;
 }
 
 const rounded = (number) => String(Number(number.toPrecision(6)));

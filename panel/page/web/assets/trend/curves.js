@@ -1,18 +1,18 @@
 // The curves of the trend: fed by the stream of events, and with the past that is asked for.
 
-import { get, query } from "../server/api.js";
 import { keyOf } from "../state/rows.js";
 import { readClocks } from "../state/server_clock.js";
 import { Curve } from "./curve.js";
-import { traceOf } from "./history.js";
+import { noteOf, seriesOf, traceOf } from "./history.js";
 
 const POINTS = 4000; // changes that are asked for before aggregates are taken
 
 export class Curves {
   #asked = 0;
 
-  constructor(model) {
+  constructor(model, ask) {
     this.model = model;
+    this.ask = ask;
     this.curves = new Map();
     this.error = "";
     this.loaded = null; // {from, to}: what was asked for last
@@ -70,28 +70,21 @@ export class Curves {
     const now = this.model.clock.now(readClocks()) ?? to;
     const until = Math.min(to, now);
     this.loaded = { from, to, at: now };
-    try {
-      const answers = await Promise.all([...byPlc].map(([plc, label]) =>
-        get(`/history${query({ plc, label, from: Math.floor(from), to: Math.ceil(until), points: POINTS })}`)));
-      if (asked !== this.#asked) return null;
-      for (const one of answers.flatMap(({ series }) => series)) this.#takePast(one, until);
-      this.error = "";
-    } catch (error) {
-      if (asked !== this.#asked) return null;
-      // A server without a recorder.
-      const isNothing = error.status === 404;
-      this.error = isNothing ? error.message : `What was recorded is not known: ${error.message}`;
-      ++this.version;
-      return isNothing;
-    }
+    const answers = await Promise.all([...byPlc].map(([plc, label]) =>
+      pastOf({ plc, label, from: Math.floor(from), to: Math.ceil(until), points: POINTS }, this.ask)));
+    if (asked !== this.#asked) return null;
     ++this.version;
-    return true;
+    const failure = answers.find(({ error }) => error && error.status !== 404);
+    this.error = failure ? `What was recorded is not known: ${failure.error.message}` : reasonOfNothing(answers);
+    if (this.error === "") for (const one of answers.flatMap(({ series }) => series)) this.#takePast(one, until);
+    return !failure;
   }
 
   #takePast(series, until) {
     const curve = this.curves.get(keyOf(series));
     if (!curve) return;
     if (series.type) Object.assign(curve, { type: series.type, unit: series.unit ?? curve.unit });
+    curve.note = noteOf(series);
     curve.takePast(traceOf(series), until);
   }
 
@@ -109,4 +102,20 @@ export class Curves {
     }
     ++this.version;
   }
+}
+
+// {series, error}: the past of one PLC. One that there is not, and that was never recorded, has none.
+async function pastOf(question, ask) {
+  try {
+    return { series: await seriesOf(question, ask) };
+  } catch (error) {
+    const { plc, label } = question;
+    return { series: label.map((one) => ({ plc, label: one, isMissing: true, reason: error.message })), error };
+  }
+}
+
+// Why no PLC has a past, as without a recorder; "" where one has.
+function reasonOfNothing(answers) {
+  if (answers.some(({ error }) => !error)) return "";
+  return [...new Set(answers.map(({ error }) => error.message))].join("; ");
 }

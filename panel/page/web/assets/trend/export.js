@@ -7,19 +7,22 @@ import { DASHES } from "./plot_lines.js";
 const field = (text) => (/[",\r\n]/.test(text) ? `"${text.replaceAll('"', '""')}"` : text);
 
 // RFC 4180, times in UTC: what held at the beginning of the window, and every change in it. A line
-// with a state and without a value says from when on nothing is known. Null where that is all.
+// with a state and without a value says from when on nothing is known; one at the beginning, what is not drawn of
+// a value. Of a mean `coverage` is the part of its
+// time of which it is, `otherwise` what was in the rest. Null where nothing is known at all.
 export function csvOf(curves, { from, to }, heardUntil) {
   const lines = curves.flatMap((curve, i) => curveLines(curve, from, to, heardUntil).map((line) => ({ ...line, i })));
   if (lines.every(({ cells }) => cells[0] === "")) return null;
   lines.sort((a, b) => a.time - b.time || a.i - b.i);
   const rows = lines.map(({ time, i, cells }) => [new Date(time).toISOString(), curves[i].plc, curves[i].label, ...cells]);
-  return [["time", "plc", "label", "value", "minimum", "maximum", "state"], ...rows]
+  return [["time", "plc", "label", "value", "minimum", "maximum", "state", "coverage", "otherwise"], ...rows]
     .map((row) => row.map((text) => field(String(text))).join(",") + "\r\n")
     .join("");
 }
 
 function curveLines(curve, from, to, heardUntil) {
-  const lines = [];
+  // Before what held at the beginning, so that this counts for whoever goes by times.
+  const lines = curve.note ? [{ time: from, cells: ["", "", "", curve.note, "", ""] }] : [];
   for (const { trace, from: begin, to: end } of curve.parts(from, Math.min(to, heardUntil), heardUntil)) {
     for (let i = Math.max(0, trace.at(begin)); i < trace.length && trace.times[i] <= end; ++i) {
       const cells = cellsOf(trace, i, curve.type);
@@ -32,9 +35,9 @@ function curveLines(curve, from, to, heardUntil) {
 }
 
 function cellsOf(trace, i, type) {
-  if (trace.words[i]) return ["", "", "", trace.words[i]];
-  if (trace.low) return [trace.numbers[i], trace.low[i], trace.high[i], "mean"];
-  return [plainText(trace.raw[i], type), "", "", "good"];
+  if (trace.words[i]) return ["", "", "", trace.words[i], "", ""];
+  if (trace.low) return [trace.numbers[i], trace.low[i], trace.high[i], "mean", trace.coverage[i], trace.rests[i]];
+  return [plainText(trace.raw[i], type), "", "", "good", "", ""];
 }
 
 // Numbers as numbers, so that spreadsheets read them.

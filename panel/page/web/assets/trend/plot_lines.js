@@ -7,6 +7,7 @@ const LINE_WIDTH = 1.6;
 // columns of pixels nobody sees the difference.
 const HAIRLINE = 1;
 const BAND_OPACITY = 0.18;
+const PALE = 0.4;
 const SPARSE = 0.25; // changes a pixel above which a pattern shows nothing and takes a browser's time
 
 export function drawLines(plot, { curves, window, heardUntil, colours }) {
@@ -23,21 +24,32 @@ export function drawLines(plot, { curves, window, heardUntil, colours }) {
     const isSparse = curve.count(from, to) < SPARSE * bbox.width;
     const place = { from, to, heardUntil, ...pixels(bbox, window, plot.scales[curve.axis], isSparse ? same : centre) };
     ctx.strokeStyle = ctx.fillStyle = colours.series[i];
-    const band = new Path2D();
-    curve.drawBand(band, place);
-    ctx.globalAlpha = BAND_OPACITY;
-    ctx.fill(band);
-    ctx.globalAlpha = 1;
     ctx.lineWidth = isSparse ? LINE_WIDTH * ratio : HAIRLINE;
     ctx.setLineDash(isSparse ? DASHES[i].map((length) => length * ratio) : []);
-    const path = new LinePath();
-    curve.draw(path, place);
-    ctx.stroke(path.path);
-    if (path.x !== null) ends.push({ text: String(i + 1), x: path.x, y: path.y, colour: colours.series[i] });
+    const end = drawCurve(ctx, curve, place);
+    if (end) ends.push({ text: String(i + 1), ...end, colour: colours.series[i] });
   });
   ctx.setLineDash([]);
   drawNumbers(ctx, ends, colours, ratio);
   ctx.restore();
+}
+
+// What is a mean of a part of its time is paler. Returns where the line ends; null where there is none.
+function drawCurve(ctx, curve, place) {
+  let end = null;
+  for (const isWhole of curve.hasParts ? [true, false] : [true]) {
+    const band = new Path2D();
+    curve.drawBand(band, place, isWhole);
+    ctx.globalAlpha = isWhole ? BAND_OPACITY : BAND_OPACITY * PALE;
+    ctx.fill(band);
+    const path = new LinePath();
+    curve.draw(path, place, isWhole);
+    ctx.globalAlpha = isWhole ? 1 : PALE;
+    ctx.stroke(path.path);
+    if (path.x !== null && !(path.x <= end?.x)) end = { x: path.x, y: path.y };
+  }
+  ctx.globalAlpha = 1;
+  return end;
 }
 
 const same = (pixel) => pixel;

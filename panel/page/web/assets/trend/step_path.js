@@ -2,16 +2,17 @@
 // of pixels becomes one stroke from its lowest to its highest, so that the work is that of the width
 // and not of the number of changes.
 
-// Draws `trace` over [from, to] into `path` (moveTo, lineTo). toX and toY give pixels; the last value
-// is drawn on to `until`, where it is still known to hold.
-export function drawSteps(path, trace, { from, to, until, toX, toY }) {
+// Draws `trace` over [from, to] into `path` (moveTo, lineTo): what is known of all of its time, or the rest.
+// toX and toY give pixels; the last value is drawn on to `until`, where it is still known to hold.
+export function drawSteps(path, trace, { from, to, until, toX, toY }, isWhole = true) {
   const pen = new Pen(path);
   const first = Math.max(0, trace.at(from));
   const end = Math.min(to, until);
+  const hasMeans = trace.coverage !== undefined;
   for (let i = first; i < trace.length && trace.times[i] <= to; ++i) {
     const x = toX(Math.max(from, trace.times[i]));
     const number = trace.numbers[i];
-    if (Number.isFinite(number)) pen.step(x, toY(number));
+    if (Number.isFinite(number) && (!hasMeans || trace.isWhole(i)) === isWhole) pen.step(x, toY(number));
     else pen.lift(x);
   }
   pen.lift(toX(Math.max(from, end)));

@@ -46,6 +46,11 @@ export class Trace {
     for (const list of [this.times, this.numbers, this.raw, this.words]) list.length = length;
   }
 
+  // Whether a number tells of all the time up to the next one; of a mean it may be of a part.
+  isWhole(i) {
+    return !(this.coverage?.[i] < 1);
+  }
+
   // Index of the entry that holds at `time`; -1 before the first.
   at(time) {
     let low = 0;

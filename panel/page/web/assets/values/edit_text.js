@@ -8,5 +8,6 @@ export function editText(value, typeName) {
   if (value === null || value === undefined || Array.isArray(value)) return "";
   const form = typeOf(typeName).form;
   if (form === "text") return String(value);
+  if (form === "real" && typeof value === "string") return `${typeName}#${value}`;
   return form === "pattern" ? formatValue(value, typeName).split(" ")[0] : formatValue(value, typeName);
 }

@@ -38,6 +38,7 @@ function wholeNumber(text) {
   if (!parts) return null;
   try {
     const digits = parts[3].replaceAll("_", "");
+    if (!parts[2] && !/^\d+$/.test(digits)) return null; // BigInt would take 0b11
     const magnitude = BigInt((BASES[(parts[2] ?? "").toLowerCase()] ?? "") + digits);
     return parts[1] === "-" ? -magnitude : magnitude;
   } catch {
@@ -54,7 +55,20 @@ function parseWhole(text, typeName, type) {
   return { value: isTextOfDigits(typeName) ? String(number) : Number(number) };
 }
 
+// "nan", "inf" or "-inf" where it is meant, with the type before it; null where it is not.
+function notFinite(text, typeName) {
+  const parts = /^(l?real)#\+?(-?inf|nan)$/i.exec(text);
+  return parts && parts[1].toUpperCase() === typeName ? parts[2].toLowerCase() : null;
+}
+
 function parseReal(text, typeName, type) {
+  const written = notFinite(text, typeName);
+  if (written) return { value: written };
+  if (/^[+-]?(inf|nan)$/i.test(text)) {
+    const meant = text.replace(/^\+|^-(?=nan)/i, "").toLowerCase();
+    return { error: `${typeName} takes a number; write ${typeName}#${meant} if it is meant.` };
+  }
+  if (text.slice(0, typeName.length + 1).toUpperCase() === `${typeName}#`) text = text.slice(typeName.length + 1);
   if (!/^[+-]?(\d+(\.\d*)?|\.\d+)(e[+-]?\d+)?$/i.test(text)) {
     return { error: `${typeName} takes a number, such as -1.5 or 2e6.` };
   }

@@ -54,22 +54,32 @@ async function search(plc, words) {
 const nodeKey = (node) => `${node.kind === "plc" ? "plc" : "symbol"} ${keyOf(node)}`;
 
 function Tree({ panel, choice, roots, wholeLabels }) {
-  const [opened, setOpened] = useState(() => new Map()); // key -> children, null while asked for
+  const { opened, toggle } = useOpened(panel, roots);
   const [focused, setFocused] = useState("");
   const list = useRef(null);
-  useEffect(() => {
-    if (roots.length === 1 && roots[0].kind === "plc") toggle(roots[0], true);
-  }, [roots.length]);
-
-  const lines = [];
-  const walk = (node, depth) => {
-    lines.push({ node, depth });
-    for (const child of opened.get(nodeKey(node)) ?? []) walk(child, depth + 1);
-  };
-  for (const root of roots) walk(root, 0);
+  const lines = linesOf(roots, opened);
   const current = Math.max(0, lines.findIndex(({ node }) => nodeKey(node) === focused));
+  const choose = (node) => chooseNode(node, panel, choice, toggle);
+  const move = (index) => {
+    const place = Math.min(lines.length - 1, Math.max(0, index));
+    if (!lines[place]) return;
+    setFocused(nodeKey(lines[place].node));
+    list.current.children[place]?.focus();
+  };
+  const press = (event) => pressKey(event, { lines, current, opened, move, toggle, choose });
+  const isRoot = (depth) => wholeLabels && depth === 0;
+  return html`<ul class="tree" role="tree" aria-label="Symbols" ref=${list} onKeyDown=${press}>
+    ${lines.map(({ node, depth }, i) => html`<${Node} key=${nodeKey(node)} node=${node} depth=${depth}
+      open=${opened.has(nodeKey(node))} focusable=${i === current} chosen=${node.kind === "value" && choice.isChosen(node)}
+      text=${isRoot(depth) ? node.label : node.name} several=${panel.model.plcs.size > 1 && isRoot(depth)}
+      onToggle=${() => toggle(node)} onChoose=${() => choose(node)} onFocus=${() => setFocused(nodeKey(node))} />`)}
+  </ul>`;
+}
 
-  async function toggle(node, open = !opened.has(nodeKey(node))) {
+// The nodes that are open, with their children: none while they are asked for. A PLC that is alone is open.
+function useOpened(panel, roots) {
+  const [opened, setOpened] = useState(() => new Map());
+  const toggle = async (node, open = !opened.has(nodeKey(node))) => {
     const key = nodeKey(node);
     if (!open) {
       setOpened((map) => without(map, key));
@@ -85,51 +95,51 @@ function Tree({ panel, choice, roots, wholeLabels }) {
       panel.tell(`The symbols of ${node.label || node.plc} did not come: ${error.message}`);
       setOpened((map) => without(map, key));
     }
-  }
-
-  async function choose(node) {
-    if (node.kind === "plc") return toggle(node);
-    if (node.kind === "value") return choice.toggle({ plc: node.plc, label: node.label });
-    try {
-      const names = await panel.valuesBelow(node.plc, node);
-      choice.addAll(names);
-    } catch (error) {
-      panel.tell(`The values of ${node.label} did not come: ${error.message}`);
-    }
-  }
-
-  function move(index) {
-    const line = lines[Math.min(lines.length - 1, Math.max(0, index))];
-    if (!line) return;
-    setFocused(nodeKey(line.node));
-    list.current.children[lines.indexOf(line)]?.focus();
-  }
-
-  const press = (event) => {
-    const { node, depth } = lines[current] ?? {};
-    if (!node || event.ctrlKey || event.altKey || event.metaKey) return;
-    const isOpen = opened.has(nodeKey(node));
-    const actions = {
-      ArrowDown: () => move(current + 1),
-      ArrowUp: () => move(current - 1),
-      Home: () => move(0),
-      End: () => move(lines.length - 1),
-      ArrowRight: () => (node.kind === "value" ? null : isOpen ? move(current + 1) : toggle(node, true)),
-      ArrowLeft: () => (isOpen ? toggle(node, false) : move(parentOf(lines, current, depth))),
-      Enter: () => choose(node),
-      " ": () => choose(node),
-    };
-    if (!actions[event.key]) return;
-    event.preventDefault();
-    actions[event.key]();
   };
+  useEffect(() => {
+    if (roots.length === 1 && roots[0].kind === "plc") toggle(roots[0], true);
+  }, [roots.length]);
+  return { opened, toggle };
+}
 
-  return html`<ul class="tree" role="tree" aria-label="Symbols" ref=${list} onKeyDown=${press}>
-    ${lines.map(({ node, depth }, i) => html`<${Node} key=${nodeKey(node)} node=${node} depth=${depth}
-      open=${opened.has(nodeKey(node))} focusable=${i === current} chosen=${node.kind === "value" && choice.isChosen(node)}
-      text=${wholeLabels && depth === 0 ? node.label : node.name} several=${panel.model.plcs.size > 1 && wholeLabels && depth === 0}
-      onToggle=${() => toggle(node)} onChoose=${() => choose(node)} onFocus=${() => setFocused(nodeKey(node))} />`)}
-  </ul>`;
+// The nodes one below the other: [{node, depth}].
+function linesOf(roots, opened) {
+  const lines = [];
+  const walk = (node, depth) => {
+    lines.push({ node, depth });
+    for (const child of opened.get(nodeKey(node)) ?? []) walk(child, depth + 1);
+  };
+  for (const root of roots) walk(root, 0);
+  return lines;
+}
+
+async function chooseNode(node, panel, choice, toggle) {
+  if (node.kind === "plc") return toggle(node);
+  if (node.kind === "value") return choice.toggle({ plc: node.plc, label: node.label });
+  try {
+    choice.addAll(await panel.valuesBelow(node.plc, node));
+  } catch (error) {
+    panel.tell(`The values of ${node.label} did not come: ${error.message}`);
+  }
+}
+
+function pressKey(event, { lines, current, opened, move, toggle, choose }) {
+  const { node, depth } = lines[current] ?? {};
+  if (!node || event.ctrlKey || event.altKey || event.metaKey) return;
+  const isOpen = opened.has(nodeKey(node));
+  const actions = {
+    ArrowDown: () => move(current + 1),
+    ArrowUp: () => move(current - 1),
+    Home: () => move(0),
+    End: () => move(lines.length - 1),
+    ArrowRight: () => (node.kind === "value" ? null : isOpen ? move(current + 1) : toggle(node, true)),
+    ArrowLeft: () => (isOpen ? toggle(node, false) : move(parentOf(lines, current, depth))),
+    Enter: () => choose(node),
+    " ": () => choose(node),
+  };
+  if (!actions[event.key]) return;
+  event.preventDefault();
+  actions[event.key]();
 }
 
 function without(map, key) {

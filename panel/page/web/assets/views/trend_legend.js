@@ -32,6 +32,7 @@ function Line({ panel, one, index, curve, cursor }) {
     <${Reading} panel=${panel} row=${row} curve=${curve} cursor=${cursor} />
     <button type="button" class="quiet small" aria-label=${`${one.label}: to the ${right ? "left" : "right"} axis`} onClick=${swap}>${right ? "right" : "left"} axis</button>
     <button type="button" class="quiet small" aria-label=${`${one.label}: out of the trend`} onClick=${() => panel.toggleSeries(one)}>✕</button>
+    ${curve?.note && html`<span class="legend-note note">${curve.note}</span>`}
   </li>`;
 }
 

@@ -14,46 +14,53 @@ export function TrendPlot({ panel, curves, plot, window, cursor, onChange, onCur
   state.current.cursor = cursor;
   const { view } = panel;
 
-  useEffect(() => {
-    plot.current = new Plot(element.current, { onCursor });
-    const stopGestures = listenForGestures(plot.current, element.current, {
-      window,
-      change: onChange,
-      live: () => panel.show({ range: null }),
-      cursor: () => state.current.cursor,
-      setCursor: (time) => {
-        plot.current.setCursor(time);
-        onCursor(time);
-      },
-    });
-    const stopDrawing = keepDrawn(panel, curves, plot.current, window);
-    const stopStyle = followStyle(plot.current);
-    return () => {
-      stopGestures();
-      stopDrawing();
-      stopStyle();
-      plot.current.dispose();
-      plot.current = null;
-    };
-  }, []);
-
-  const names = view.series.map((one) => `${keyOf(one)}|${one.axis ?? ""}`).join("\n");
-  useEffect(() => {
-    curves.show(panel.view.series);
-    curves.describe();
-  }, [names]);
-  const keys = view.series.map(keyOf).join("\n");
-  useEffect(() => {
-    const timer = setTimeout(() => load(curves, window), curves.loaded ? LOAD_DELAY : 0);
-    return () => clearTimeout(timer);
-  }, [keys, view.span, view.range?.from, view.range?.to, panel.model.streams]);
-
+  usePlot(element, state, { panel, curves, plot, window, onChange, onCursor });
+  useCurves(panel, curves, window);
   return html`<div class="plot-frame">
     <div class="plot" ref=${element} tabindex="0" role="application" aria-label="Plot. Arrows move the cursor, plus and minus zoom, shift and arrows pan, End is live."></div>
     ${view.series.length === 0 && html`<p class="empty plot-empty">Choose up to eight values in the tree, or press <kbd>t</kbd> at a row of the table.</p>`}
     <${Beyond} curves=${curves} plot=${plot.current} />
     ${curves.error && html`<p class="plot-error" role="status">${curves.error}</p>`}
   </div>`;
+}
+
+// The plot as long as its element is there, drawn and moved.
+function usePlot(element, state, { panel, curves, plot, window, onChange, onCursor }) {
+  useEffect(() => {
+    plot.current = new Plot(element.current, { onCursor });
+    const stops = [
+      listenForGestures(plot.current, element.current, {
+        window,
+        change: onChange,
+        live: () => panel.show({ range: null }),
+        cursor: () => state.current.cursor,
+        setCursor: (time) => {
+          plot.current.setCursor(time);
+          onCursor(time);
+        },
+      }),
+      keepDrawn(panel, curves, plot.current, window),
+      followStyle(plot.current),
+    ];
+    return () => {
+      for (const stop of stops) stop();
+      plot.current.dispose();
+      plot.current = null;
+    };
+  }, []);
+}
+
+// The curves of the view, with the past of its window.
+function useCurves(panel, curves, window) {
+  const { series, span, range } = panel.view;
+  useEffect(() => {
+    curves.show(panel.view.series);
+    curves.describe();
+  }, [series.map((one) => `${keyOf(one)}|${one.axis ?? ""}`).join("\n")]);
+  useEffect(() => {
+    const timer = setTimeout(() => load(curves, window), curves.loaded ? LOAD_DELAY : 0);
+    return () => clearTimeout(timer);
+  }, [series.map(keyOf).join("\n"), span, range?.from, range?.to, panel.model.streams]);
 }
 
 // What given axes cut off must not look as if it were not there.

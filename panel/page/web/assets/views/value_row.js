@@ -35,13 +35,18 @@ export function ValueRow({ panel, row, now, index, focusable, onFocus }) {
   </div>`;
 }
 
-// From so many characters on smaller digits, so that none is cut off.
+// From so many widths of a digit on smaller digits, so that none is cut off.
 const LONG = 14;
-const LONGER = 17;
+const SIZES = [[21, "longest"], [17, "longer"], [LONG, "long"]];
+
+// How wide a text is, in widths of a digit: durations and bit patterns have wide letters.
+const widthOf = (text) => [...text].reduce((sum, sign) => sum + (/[A-Z#m]/.test(sign) ? 1.35 : /[-.:]/.test(sign) ? 0.6 : 1), 0);
 
 function sizeOf(text, type) {
   if (typeOf(type).form === "text") return "number text";
-  return text.length > LONGER ? "number longer" : text.length > LONG ? "number long" : "number";
+  const width = widthOf(text);
+  const [, size] = SIZES.find(([most]) => width > most) ?? [0, ""];
+  return `number ${size}`.trim();
 }
 
 // A label may go on in the next line before each of its parts.
@@ -59,7 +64,7 @@ function ValueCell({ row, fresh }) {
   const size = sizeOf(main, row.type);
   return html`<div role="gridcell" class="cell cell-value" title=${text}>
     ${fresh ? html`<span class=${size}>${main}</span>` : html`<s class=${size}>${main}</s>`}
-    ${beside && html` <span class=${main.length + beside.length > LONG ? "beside below" : "beside"}>${beside}</span>`}
+    ${beside && html` <span class=${widthOf(main + beside) > LONG ? "beside below" : "beside"}>${beside}</span>`}
   </div>`;
 }
 

@@ -22,16 +22,25 @@ const COLUMNS = [
 export function ValuesTable({ panel }) {
   const { view } = panel;
   const scroller = useRef(null);
-  const [place, setPlace] = useState({ top: 0, height: 600, line: 32 });
-  const [focused, setFocused] = useState("");
-  const wanted = useRef(null); // the row that is to have the focus once it is there
-
+  const place = usePlace(scroller);
   const rows = panel.rowsOf(view.chosen);
-  const judge = { mark: (row) => panel.mark(row), age: (row) => panel.age(row) };
-  const lines = arrange(rows, view, judge);
+  const lines = arrange(rows, view, { mark: (row) => panel.mark(row), age: (row) => panel.age(row) });
   const shown = lines.filter((line) => line.row);
-  const current = Math.max(0, shown.findIndex(({ row }) => row.key === focused));
+  const focus = useRowFocus(scroller, place, lines, shown);
+  const press = (event) => pressKey(event, panel, place, shown, focus);
+  return html`<section class="table" aria-label="Chosen values">
+    <${TableTools} panel=${panel} rows=${rows} shown=${shown.length} />
+    <div class="grid" role="grid" aria-rowcount=${lines.length + 1} ref=${scroller} onKeyDown=${press}>
+      <${Head} panel=${panel} />
+      <${Lines} panel=${panel} lines=${lines} place=${place} current=${shown[focus.current]} onFocus=${focus.set} />
+      ${lines.length === 0 && html`<${Empty} panel=${panel} chosen=${rows.length} />`}
+    </div>
+  </section>`;
+}
 
+// What of the table is in sight, in pixels; `line` is the height of one.
+function usePlace(scroller) {
+  const [place, setPlace] = useState({ top: 0, height: 600, line: 32 });
   useLayoutEffect(() => {
     const element = scroller.current;
     const measure = () => {
@@ -44,6 +53,14 @@ export function ValuesTable({ panel }) {
     measure();
     return () => observer.disconnect();
   }, []);
+  return place;
+}
+
+// The row that keys are for: {current, set(row), move(index)}. It may be one that is made only when it has
+// been scrolled to.
+function useRowFocus(scroller, place, lines, shown) {
+  const [focused, setFocused] = useState("");
+  const wanted = useRef(null);
   useEffect(() => {
     if (wanted.current === null) return;
     const row = scroller.current.querySelector(`[data-key="${CSS.escape(wanted.current)}"]`);
@@ -51,61 +68,62 @@ export function ValuesTable({ panel }) {
     wanted.current = null;
     row.focus({ preventScroll: true });
   });
-
   const move = (index) => {
     const line = shown[Math.min(shown.length - 1, Math.max(0, index))];
     if (!line) return;
     setFocused(line.row.key);
     wanted.current = line.row.key;
-    const top = lines.indexOf(line) * place.line;
-    const element = scroller.current;
-    if (top < element.scrollTop + place.line) element.scrollTop = top - place.line;
-    else if (top + 2 * place.line > element.scrollTop + place.height) element.scrollTop = top + 2 * place.line - place.height;
+    bringIntoSight(scroller.current, lines.indexOf(line) * place.line, place);
   };
-  const press = (event) => {
-    if (event.ctrlKey || event.altKey || event.metaKey || event.target.closest("button")) return;
-    const row = shown[current]?.row;
-    if (!row) return;
-    const page = Math.max(1, Math.floor(place.height / place.line) - 2);
-    const actions = {
-      ArrowDown: () => move(current + 1),
-      ArrowUp: () => move(current - 1),
-      PageDown: () => move(current + page),
-      PageUp: () => move(current - page),
-      Home: () => move(0),
-      End: () => move(shown.length - 1),
-      Enter: () => startWrite(panel, row),
-      t: () => panel.toggleSeries(row),
-      r: () => panel.resetExtremes([row]),
-      Delete: () => {
-        move(current + 1 < shown.length ? current + 1 : current - 1);
-        panel.remove([row]);
-      },
-    };
-    if (!actions[event.key]) return;
-    event.preventDefault();
-    actions[event.key]();
-  };
+  return { current: Math.max(0, shown.findIndex(({ row }) => row.key === focused)), set: (row) => setFocused(row.key), move };
+}
 
+function bringIntoSight(element, top, { line, height }) {
+  if (top < element.scrollTop + line) element.scrollTop = top - line;
+  else if (top + 2 * line > element.scrollTop + height) element.scrollTop = top + 2 * line - height;
+}
+
+function pressKey(event, panel, place, shown, { current, move }) {
+  if (event.ctrlKey || event.altKey || event.metaKey || event.target.closest("button")) return;
+  const row = shown[current]?.row;
+  if (!row) return;
+  const page = Math.max(1, Math.floor(place.height / place.line) - 2);
+  const actions = {
+    ArrowDown: () => move(current + 1),
+    ArrowUp: () => move(current - 1),
+    PageDown: () => move(current + page),
+    PageUp: () => move(current - page),
+    Home: () => move(0),
+    End: () => move(shown.length - 1),
+    Enter: () => startWrite(panel, row),
+    t: () => panel.toggleSeries(row),
+    r: () => panel.resetExtremes([row]),
+    Delete: () => {
+      move(current + 1 < shown.length ? current + 1 : current - 1);
+      panel.remove([row]);
+    },
+  };
+  if (!actions[event.key]) return;
+  event.preventDefault();
+  actions[event.key]();
+}
+
+// Those in sight, between spaces as high as the others.
+function Lines({ panel, lines, place, current, onFocus }) {
   const first = Math.max(0, Math.floor(place.top / place.line) - SPARE);
   const last = Math.min(lines.length, Math.ceil((place.top + place.height) / place.line) + SPARE);
-  const visible = lines.slice(first, last);
   const now = panel.now();
-  return html`<section class="table" aria-label="Chosen values">
-    <${TableTools} panel=${panel} rows=${rows} shown=${shown.length} />
-    <div class="grid" role="grid" aria-rowcount=${lines.length + 1} ref=${scroller} onKeyDown=${press}>
-      <${Head} panel=${panel} />
-      <div role="presentation" style=${{ height: `${first * place.line}px` }}></div>
-      ${visible.map((line, i) =>
-        line.row
-          ? html`<${ValueRow} key=${line.row.key} panel=${panel} row=${line.row} now=${now} index=${first + i + 2}
-              focusable=${shown[current] === line} onFocus=${() => setFocused(line.row.key)} />`
-          : html`<${GroupRow} key=${`group ${line.title}`} line=${line} />`,
-      )}
-      <div role="presentation" style=${{ height: `${(lines.length - last) * place.line}px` }}></div>
-      ${lines.length === 0 && html`<${Empty} panel=${panel} chosen=${rows.length} />`}
-    </div>
-  </section>`;
+  const space = (count) => html`<div role="presentation" style=${{ height: `${count * place.line}px` }}></div>`;
+  return html`
+    ${space(first)}
+    ${lines.slice(first, last).map((line, i) =>
+      line.row
+        ? html`<${ValueRow} key=${line.row.key} panel=${panel} row=${line.row} now=${now} index=${first + i + 2}
+            focusable=${current === line} onFocus=${() => onFocus(line.row)} />`
+        : html`<${GroupRow} key=${`group ${line.title}`} line=${line} />`,
+    )}
+    ${space(lines.length - last)}
+  `;
 }
 
 function Head({ panel }) {
