@@ -132,10 +132,13 @@ class Site:
         """Returns when it listens."""
         self.configuration["plcs"] = list(self.settings.values())
         (self.folder / "panel.json").write_text(json.dumps(self.configuration))
+        return self.start_with("--config", str(self.folder / "panel.json"), *arguments)
+
+    def start_with(self, *arguments):
+        """Without the configuration unless the arguments name it."""
         with open(self.folder / "log", "ab") as log:
             self._process = subprocess.Popen(
-                [os.environ["PLC_PANEL"], "--driver", os.environ["PLC_LIBRARY"],
-                 "--config", str(self.folder / "panel.json"), *arguments],
+                [os.environ["PLC_PANEL"], "--driver", os.environ["PLC_LIBRARY"], *arguments],
                 stdout=subprocess.PIPE, stderr=log, stdin=subprocess.DEVNULL, text=True,
             )
         line = self._process.stdout.readline()

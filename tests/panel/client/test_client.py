@@ -4,6 +4,10 @@ import http.client
 import http.server
 import json
 import math
+import os
+import re
+import shutil
+import signal
 import socket
 import subprocess
 import sys
@@ -203,6 +207,28 @@ class ClientTest(unittest.TestCase):
         self.assertEqual("good", value.quality)
         self.assertLess(abs(time.time() - value.time), PATIENCE)
 
+    def test_a_label_that_leads_nowhere_tells_why(self):
+        good, bad = self.panel.read("plant", "P.level", "P.levl")
+        self.assertEqual("", good.error)
+        self.assertIsNone(bad.value)
+        self.assertIn('did you mean "level"', bad.error)
+        wrong = Events(self.panel, [("plant", "P.level"), ("plant", "P.levl"), ("mill", "P.level")])
+        told = wrong.wait(Value, lambda e: e.label == "P.levl")
+        self.assertIn('did you mean "level"', told.error)
+        self.assertIsNone(told.value)
+        self.assertEqual("there is no such PLC", wrong.wait(Value, lambda e: e.plc == "mill").error)
+        wrong.wait(Value, lambda e: e.plc == "plant" and e.label == "P.level" and not e.error)
+
+    def test_the_past_tells_what_is_not_recorded_and_what_there_is_not(self):
+        span = (time.time() - 10, time.time())
+        comes_true(lambda: "recorded" not in self.panel.history("plant", ["P.level"], *span)[0])
+        series = self.panel.history("plant", ["P.level", "P.list[1]"], *span)
+        self.assertEqual([False], [one["recorded"] for one in series if "recorded" in one])
+        self.assertIn(",plant,P.list[1],,,not recorded", self.panel.history_csv("plant", ["P.list[1]"], *span))
+        with self.assertRaisesRegex(PanelError, 'did you mean "level"') as refused:
+            self.panel.history("plant", ["P.level", "P.levl"], *span)
+        self.assertEqual((404, ["P.levl"]), (refused.exception.status, refused.exception.labels))
+
     def test_a_write_tells_that_it_is_done(self):
         outcome = self.panel.write("plant", "P.count", 41)
         self.assertEqual("done", outcome.word)
@@ -274,6 +300,15 @@ class ClientTest(unittest.TestCase):
         self.assertGreater(changed.time, before - PATIENCE)
         events.wait(Confirmed, lambda e: e.time and e.time >= before)
 
+    def test_as_many_values_as_may_be_followed_fit_into_a_request(self):
+        values = [{"plc": "plant", "label": "P." + "x" * 68}] * 20000
+        answer = self.panel._request("POST", "/subscriptions", {"values": values})
+        self.assertEqual(20000, len(answer["values"]))
+        self.panel._request("DELETE", "/subscriptions/" + answer["id"])
+        with self.assertRaises(PanelError) as caught:
+            self.panel._request("POST", "/subscriptions", {"values": values * 2})
+        self.assertEqual(413, caught.exception.status)
+
     def test_the_socket_of_the_file_system_serves_too(self):
         panel = Panel(f"unix:{self.site.folder}/panel.sock")
         self.addCleanup(panel.close)
@@ -299,6 +334,9 @@ class ClientTest(unittest.TestCase):
         failed = run("read", "nowhere", "P.count")
         self.assertEqual(1, failed.returncode)
         self.assertIn("nowhere", failed.stderr)
+        mixed = run("read", "plant", "P.count", "P.cuont")
+        self.assertEqual((1, "P.count 90 good\n"), (mixed.returncode, mixed.stdout))
+        self.assertIn('did you mean "count"', mixed.stderr)
 
     def test_the_interface_is_served_as_it_is_documented(self):
         documented = json.loads((SOURCES / "docs/openapi.json").read_text())
@@ -350,6 +388,22 @@ class UsersTest(unittest.TestCase):
 
     @classmethod
     def as_user(cls, name):
+        """Logged in, once the tests before have not logged in too often."""
+        panel = cls.not_yet_as_user(name)
+
+        def logs_in():
+            try:
+                return panel.login()
+            except PanelError as error:
+                if error.status != 429:
+                    raise
+                time.sleep(error.retry_after)
+
+        comes_true(logs_in, "a login")
+        return panel
+
+    @classmethod
+    def not_yet_as_user(cls, name):
         return cls.site.panel(user=name, password=f"{name}-secret-9")
 
     def refusal(self, call):
@@ -382,6 +436,97 @@ class UsersTest(unittest.TestCase):
         self.site.stop()
         self.site.start()
         self.assertEqual("plant", panel.plcs()[0]["name"])
+
+    def test_a_subscription_logs_in_by_itself(self):
+        for values in ((), [("plant", "P.count")]):
+            events = Events(self.not_yet_as_user("vera"), values)
+            self.assertEqual("up", events.wait(Link).state)
+
+    def test_a_subscription_goes_on_behind_a_restart_of_the_panel(self):
+        for values in ((), [("plant", "P.count")]):
+            events = Events(self.not_yet_as_user("vera"), values)
+            events.wait(Link)
+            self.site.stop()
+            events.wait(Lost)
+            events.forget()
+            self.site.start()
+            events.wait(Link)
+            self.assertEqual([], events.all(PanelError))
+        # Whatever test comes next finds the PLC as the others do.
+        self.site.up(self.as_user("vera"))
+
+    def test_a_wrong_password_ends_a_subscription(self):
+        events = Events(self.site.panel(user="vera", password="wrong"))
+        self.assertEqual(401, events.wait(PanelError).status)
+
+    def test_a_program_with_a_token_needs_no_login(self):
+        users = str(self.site.folder / "users")
+        self.assertEqual(0, self.site.run("user", "add", "prom", "viewer", "--users", users,
+                                          text="prom-secret-9\n")[0])
+        code, token = self.site.run("user", "token", "prom", "--users", users)
+        self.assertEqual(0, code)
+        self.assertRegex(token, r"\A[A-Za-z0-9_-]{43}\n\Z")
+        self.assertNotIn(token.strip(), (self.site.folder / "users").read_text())
+        self.assertIn("prom  viewer  has a token", self.site.run("user", "list", "--users", users)[1])
+        panel = self.site.panel(token=token.strip())
+        self.assertEqual(401, self.refusal(panel.plcs), "it is not read yet")
+        os.kill(self.site.pid, signal.SIGHUP)
+        comes_true(lambda: panel.get("/session")["user"] == "prom")
+        self.assertEqual("plant", panel.plcs()[0]["name"])
+        self.assertEqual(403, self.refusal(lambda: panel.write("plant", "P.count", 1)))
+        self.assertEqual(403, self.refusal(lambda: panel.get("/audit")))
+        self.scrape(token.strip())
+        events = Events(panel, [("plant", "P.count")])
+        events.wait(Link)
+        self.assertEqual(0, self.site.run("user", "revoke", "prom", "--users", users)[0])
+        os.kill(self.site.pid, signal.SIGHUP)
+        comes_true(lambda: panel.get("/session")["user"] is None)
+        self.assertEqual(401, events.wait(PanelError).status)
+        self.assertEqual((2, 'there is no user "nobody"'),
+                         self.said("user", "token", "nobody", "--users", users))
+
+    def said(self, *arguments):
+        code, printed = self.site.run(*arguments)
+        return code, printed.strip().partition(": ")[2]
+
+    def scrape(self, token):
+        """As Prometheus does with the configuration of the manual."""
+        connection = http.client.HTTPConnection("127.0.0.1", self.site.port)
+        self.addCleanup(connection.close)
+        connection.request("GET", "/metrics", headers={"Authorization": "Bearer " + token})
+        response = connection.getresponse()
+        metrics = response.read()
+        self.assertEqual(200, response.status)
+        self.assertIn(b'plc_up{source="plant"} 1', metrics)
+        promtool = shutil.which("promtool")
+        if not promtool:
+            return
+        done = subprocess.run([promtool, "check", "metrics"], input=metrics, capture_output=True)
+        self.assertEqual((0, b""), (done.returncode, done.stdout + done.stderr))
+        manual = (SOURCES / "docs/panel.md").read_text()
+        configuration = re.search(r"```yaml\n(scrape_configs:.*?)```", manual, re.S).group(1)
+        for name in ("panel.token", "panel.crt"):
+            (self.site.folder / name).write_text(token)
+        path = self.site.folder / "prometheus.yml"
+        path.write_text(configuration.replace("/etc/prometheus", str(self.site.folder)))
+        done = subprocess.run([promtool, "check", "config", str(path)], capture_output=True, text=True)
+        self.assertEqual(0, done.returncode, done.stdout + done.stderr)
+
+    def test_one_user_leaves_the_others_their_share_of_what_is_followed(self):
+        def follow(panel, count, last):
+            values = [{"plc": "plant", "label": "P.many[1]"}] * count
+            values.append({"plc": "plant", "label": last})
+            return panel._request("POST", "/subscriptions", {"values": values})["id"]
+
+        vera = self.as_user("vera")
+        ids = [follow(vera, 19999, f"P.many[{i}]") for i in (2, 3)]
+        ids.append(follow(vera, 9900, "P.many[4]"))
+        self.assertEqual(503, self.refusal(lambda: follow(vera, 200, "P.many[5]")))
+        self.assertEqual(503, self.refusal(lambda: follow(self.as_user("vera"), 200, "P.many[5]")))
+        follow(self.as_user("otto"), 19999, "P.many[6]")
+        for one in ids:
+            vera._request("DELETE", "/subscriptions/" + one)
+        follow(vera, 200, "P.many[5]")
 
     def test_after_the_logout_the_token_is_worth_nothing(self):
         panel = self.as_user("vera")

@@ -78,6 +78,23 @@ class RecipesTest(unittest.TestCase):
         self.assertEqual(["", "done"], [r["outcome"] for r in restores if r["id"] == "r1"],
                          "asking again is no second restore")
 
+    def test_a_restore_is_told_again_also_when_its_recipe_is_gone(self):
+        self.panel.save_recipe("Autumn", "plant", ["P.count"])
+        self.plc.set("P.count", "5")
+        report = self.panel.restore_recipe("Autumn", "autumn")
+        self.assertEqual(1, report["written"])
+        self.panel.remove_recipe("Autumn")
+        self.assertEqual(report, self.panel.restore_recipe("Autumn", "autumn"))
+        for name, status in (("Summer/1", 409), ("Winter", 409)):
+            with self.assertRaises(PanelError) as caught:
+                self.panel.restore_recipe(name, "autumn")
+            self.assertEqual(status, caught.exception.status)
+        with self.assertRaises(PanelError) as caught:
+            self.panel.restore_recipe("Autumn", "another")
+        self.assertEqual(404, caught.exception.status)
+        restores = [r for r in self.site.audit() if r["id"] == "autumn"]
+        self.assertEqual(["", "done"], [r["outcome"] for r in restores])
+
     def test_a_refused_value_is_not_verified(self):
         self.plc.set("P.count", "3")
         self.plc.command("fail-writes on")

@@ -49,26 +49,31 @@ protected:
         }
         return text;
     }
-    /// The status, which has to be among those that are told.
+    /// The status, which has to be among those that are told. `heads` replaces what a client sends
+    /// that does as it is told.
     int ask(const QByteArray& method, const QByteArray& path, const QJsonObject& operation,
-            const QByteArray& parameters)
+            const QByteArray& parameters, QByteArray heads = {})
     {
         QByteArray target = path;
         for (const char* name : {"{id}", "{name}"})
             target.replace(name, "x");
-        const QByteArray head =
-            method + ' ' + target + parameters + " HTTP/1.1\r\nHost: localhost\r\n";
-        const QByteArray body =
-            method == "GET" || method == "DELETE"
-                ? QByteArray("\r\n")
-                : QByteArray("Content-Type: application/json\r\nContent-Length: 2\r\n\r\n{}");
+        if (heads.isEmpty())
+            heads = "Host: localhost\r\n";
+        QByteArray body;
+        if (method == "POST" || method == "PUT" || heads.contains("Content-Type"))
+            body = "{}";
+        if (!body.isEmpty() && !heads.contains("Content-Type"))
+            heads += "Content-Type: application/json\r\n";
+        if (!body.isEmpty() && !heads.contains("Content-Length"))
+            heads += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
+        const QByteArray line = method + ' ' + target + parameters + " HTTP/1.1\r\n";
         HttpConnection connection(port);
-        connection.send(head + body);
+        connection.send(line + heads + "\r\n" + body);
         connection.waitFor("\r\n\r\n");
         const QByteArray status = connection.received().mid(9, 3);
         EXPECT_TRUE(
             operation[QStringLiteral("responses")].toObject().contains(QString::fromLatin1(status)))
-            << head.toStdString() << status.toStdString();
+            << line.toStdString() << heads.toStdString() << status.toStdString();
         return status.toInt();
     }
 };
@@ -97,6 +102,36 @@ TEST_F(DescribedAnswers, HaveAStatusThatIsToldAnd400WithoutAParameterThatIsNeede
         }
     }
     EXPECT_EQ(9, needed) << "label of values; plc, label, from and to of both histories";
+}
+
+TEST_F(DescribedAnswers, TellWhatIsRefusedBeforeAnybodyLooksAtIt)
+{
+    start();
+    const QByteArray host = "Host: localhost\r\n";
+    // One byte more than any operation takes.
+    const QByteArray tooLong = "Content-Length: 2097153\r\n";
+    const QJsonObject all = paths();
+    for (auto path = all.begin(); path != all.end(); ++path) {
+        const QJsonObject operations = path.value().toObject();
+        for (auto each = operations.begin(); each != operations.end(); ++each) {
+            const QByteArray method = each.key().toUpper().toLatin1();
+            const QJsonObject operation = each.value().toObject();
+            const auto refused = [&](const QByteArray& heads) {
+                return ask(method, path.key().toLatin1(), operation, {}, heads);
+            };
+            const std::string what = method.toStdString() + ' ' + path.key().toStdString();
+            EXPECT_EQ(421, refused("Host: elsewhere.example\r\n")) << what;
+            const bool isPublic =
+                operation[QStringLiteral("x-role")].toString() == QLatin1String("none");
+            EXPECT_EQ(method == "GET" && isPublic ? 200 : 403,
+                      refused(host + "Sec-Fetch-Site: cross-site\r\n"))
+                << what;
+            if (method == "GET")
+                continue;
+            EXPECT_EQ(415, refused(host + "Content-Type: text/plain\r\n")) << what;
+            EXPECT_EQ(413, refused(host + "Content-Type: application/json\r\n" + tooLong)) << what;
+        }
+    }
 }
 
 } // namespace
