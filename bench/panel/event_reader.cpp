@@ -32,6 +32,7 @@ void EventReader::forget()
     m_events = 0;
     m_rows = 0;
     m_ages.clear();
+    m_longestGap = 0;
 }
 
 void EventReader::catchUp()
@@ -64,6 +65,9 @@ void EventReader::takeLine(const QByteArray& line)
         QJsonDocument::fromJson(line.mid(6)).object()[QStringLiteral("rows")].toArray();
     if (rows.isEmpty())
         return;
+    if (m_sinceEvent.isValid())
+        m_longestGap = std::max(m_longestGap, m_sinceEvent.elapsed());
+    m_sinceEvent.start();
     double oldest = 0;
     const double now = double(QDateTime::currentMSecsSinceEpoch());
     for (const QJsonValue row : rows)

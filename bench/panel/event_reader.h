@@ -2,6 +2,7 @@
 #define PLC_BENCH_PANEL_EVENT_READER_H
 
 #include <QtCore/QByteArray>
+#include <QtCore/QElapsedTimer>
 #include <QtNetwork/QTcpSocket>
 
 #include <vector>
@@ -32,6 +33,8 @@ public:
     /// ms between the times at which the PLC was asked for the values and their coming, of each
     /// event the oldest.
     const std::vector<int>& ages() const { return m_ages; }
+    /// The longest time between two events with values, in ms, where they are checked.
+    qint64 longestGap() const { return m_longestGap; }
 
 private:
     void read();
@@ -44,6 +47,8 @@ private:
     qint64 m_events = 0;
     qint64 m_rows = 0;
     std::vector<int> m_ages;
+    qint64 m_longestGap = 0;
+    QElapsedTimer m_sinceEvent;
 };
 
 } // namespace plc::bench

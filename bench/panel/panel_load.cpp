@@ -16,7 +16,7 @@ QByteArray portOf(const QByteArray& line)
 
 } // namespace
 
-PanelLoad::PanelLoad(int values) : m_values(values) {}
+PanelLoad::PanelLoad(int values, const QString& panel) : m_values(values), m_program(panel) {}
 
 PanelLoad::~PanelLoad()
 {
@@ -48,12 +48,14 @@ void PanelLoad::start()
     const QString project = file("project.json", R"({"name": "load",
   "plc": {"address": "127.0.0.1", "port": 1200},
   "areas": [{"index": 0, "size": )" + QByteArray::number(4 * m_values) +
-                                                     R"(}],
+                                                     R"(},
+    {"index": 1, "size": 400}],
   "scopes": [{"name": "Load", "variables": [
     {"name": "clock", "type": "UDINT", "array": [[1, )" +
                                                      QByteArray::number(m_values) +
                                                      R"(]], "area": 0, "offset": 0,
-     "signal": {"kind": "clock", "interval": 1}}]}],
+     "signal": {"kind": "clock", "interval": 1}},
+    {"name": "set", "type": "UDINT", "array": [[1, 100]], "area": 1, "offset": 0}]}],
   "cyclic": ["Load.clock[1..)" + QByteArray::number(m_values) +
                                                      R"(]"]})");
     m_simulator.start(
@@ -61,11 +63,11 @@ void PanelLoad::start()
         {project, QStringLiteral("--port"), QStringLiteral("0"), QStringLiteral("--quiet")});
     const QByteArray plc = portOf(lineOf(&m_simulator));
     const QString configuration = file("panel.json", R"({"listen": "127.0.0.1:0",
-  "record": {"file": "record.sqlite"},
+  "record": {"file": "record.sqlite"}, "audit": "audit.jsonl",
   "plcs": [{"name": "plc", "project": "project.json", "cycle": 1000, "port": )" +
                                                          plc + "}]}");
     m_panel.setStandardErrorFile(m_folder.filePath(QStringLiteral("panel.log")));
-    m_panel.start(QStringLiteral(PLC_PANEL), {QStringLiteral("--config"), configuration});
+    m_panel.start(m_program, {QStringLiteral("--config"), configuration});
     m_port = portOf(lineOf(&m_panel)).toUShort();
 }
 

@@ -7,10 +7,11 @@
 namespace plc::bench {
 
 /// A simulated PLC whose values all change once a second, and a panel that reads and records them
-/// once a second.
+/// once a second, with an audit. Values 1 to 100 of "Load.set" may be written.
 class PanelLoad {
 public:
-    explicit PanelLoad(int values);
+    /// `panel`: the program that is measured.
+    explicit PanelLoad(int values, const QString& panel = QStringLiteral(PLC_PANEL));
     ~PanelLoad();
 
     void start();
@@ -31,6 +32,7 @@ private:
     static QByteArray lineOf(QProcess* process);
 
     const int m_values;
+    const QString m_program;
     const QTemporaryDir m_folder;
     QProcess m_simulator;
     QProcess m_panel;
