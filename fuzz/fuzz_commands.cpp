@@ -75,8 +75,7 @@ void checkWrite(const Device& device, const WriteRequest& write)
     require(int(write.values.size()) == metric.point.elements, "each element has a value");
     for (const plc::values::Value& value : write.values)
         checkValue(metric.point, value);
-    require(!plc::host::encodeValues(metric.point, write.values).bytes.isEmpty(),
-            "a write has bytes");
+    require(bool(plc::host::encodeValues(metric.point, write.values)), "a write can be sent");
 }
 
 void checkOutcome(const WriteRequest& write, Publisher& publisher)
@@ -91,7 +90,7 @@ void checkOutcome(const WriteRequest& write, Publisher& publisher)
     const plc::Expected<plc::exchange::FlatJson> json =
         plc::exchange::parseFlatJson(outcomeJson(outcome, QStringLiteral("d")).toUtf8());
     require(bool(json), "an outcome is JSON");
-    require(json->member("outcome") != nullptr, "an outcome says what it is");
+    require(bool(json->member("outcome")), "an outcome says what it is");
 }
 
 void check(const Device& device, const Message& message, Publisher& publisher)

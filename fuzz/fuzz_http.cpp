@@ -1,5 +1,6 @@
-// What anyone can send to a panel: targets, hosts, origins, cookies and lines of an audit that
-// somebody has changed, as far as our own code takes them apart.
+// What anyone can send to a panel: targets, fields of a head, hosts, origins, cookies, numbers of a
+// query, bodies, and lines of an audit that somebody has changed, as far as our own code takes them
+// apart.
 
 #include <cctype>
 
@@ -7,6 +8,9 @@
 #include "panel/access/audit_chain.h"
 #include "panel/access/request_origin.h"
 #include "panel/access/request_token.h"
+#include "panel/api/query_numbers.h"
+#include "panel/api/request_bodies.h"
+#include "panel/http/request_fields.h"
 #include "panel/http/route_table.h"
 #include "panel/http/target.h"
 #include "promise.h"
@@ -97,12 +101,65 @@ void checkAudit(FuzzInput* input, const QByteArray& bytes)
             "what a caller says does not change the place of a record");
 }
 
+/// Fields as they come: names and values between line ends.
+void checkFields(const QByteArray& head)
+{
+    RequestFields fields;
+    int count = 0;
+    for (const QByteArray& line : head.split('\n')) {
+        const int colon = int(line.indexOf(':'));
+        fields.take(line.left(colon), colon < 0 ? QByteArray() : line.mid(colon + 1));
+        ++count;
+    }
+    require(!fields.hasTwice || count > 1, "one field comes once");
+    require(fields.refusal() || !fields.host.isNull(), "a request names the server");
+    const QByteArray type = fields.mediaType();
+    require(!type.contains(';') && type == type.toLower(), "a type has no parameters");
+    constexpr int kMost = 1000;
+    if (fields.bodyRefusal(kMost))
+        return;
+    require(fields.transferEncoding.isNull() || fields.contentLength.isNull(),
+            "the length of a body is clear");
+    require(fields.contentLength.isNull() || fields.contentLength.toLongLong() <= kMost,
+            "a body is not too long");
+    require(fields.hasBody() || fields.transferEncoding.isNull(), "a body in parts is a body");
+}
+
+void checkNumbers(const QByteArray& query)
+{
+    const std::optional<Target> target = parseTarget("/?points=" + query);
+    if (!target)
+        return;
+    Request request;
+    request.query = target->query;
+    const plc::Expected<qint64> number = numberOf(request, "points", 7, -5, 20000);
+    require(!number || (*number >= -5 && *number <= 20000), "a number is within its bounds");
+    const plc::Expected<qint64> time = timeOf(request, "points", 0);
+    require(!time || (*time >= 0 && *time <= qint64(1) << 53), "a time is one");
+}
+
+void checkBodies(const QByteArray& body)
+{
+    if (const auto names = readValueNames(body))
+        require(names->size() <= Subscriptions::kMostValues, "a list has an end");
+    if (const auto write = readWrite(body)) {
+        require(!write->values.isEmpty(), "a write has a value");
+        require(write->user.isEmpty() && write->address.isEmpty(), "nobody says who he is");
+        require(write->isList || write->values.size() == 1, "one value is one");
+    }
+    if (const auto order = readRecipeOrder(body))
+        require(order->labels.size() <= body.size(), "labels are those of the body");
+    if (const auto login = readLogin(body))
+        require(login->user.size() + login->password.size() <= body.size(),
+                "a login is that of the body");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     FuzzInput input(data, size);
-    switch (input.below(4)) {
+    switch (input.below(7)) {
         case 0:
             checkTarget(input.bytes(int(size)));
             break;
@@ -116,6 +173,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             checkToken(cookie, input.bytes(int(size)));
             break;
         }
+        case 3:
+            checkFields(input.bytes(int(size)));
+            break;
+        case 4:
+            checkNumbers(input.bytes(int(size)));
+            break;
+        case 5:
+            checkBodies(input.bytes(int(size)));
+            break;
         default:
             checkAudit(&input, input.bytes(int(size)));
     }
