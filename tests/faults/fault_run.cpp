@@ -25,31 +25,13 @@ constexpr int kLongestPauseBetweenTransfers = 25; // ms
 /// Undisturbed writes may still be hit by a time-out when the machine stands still for a moment.
 constexpr int kRoundsOfUndisturbedWrites = 20;
 
-HostSettings settingsOf(test::Random* random)
-{
-    HostSettings settings;
-    const int readSizes[] = {100, 200, 600, 900};
-    settings.maxReadBytes = readSizes[random->below(4)];
-    settings.retryLimit = random->below(3);
-    return settings;
-}
-
-project::Project projectOf(const HostSettings& settings)
-{
-    const Expected<project::Project> project =
-        project::parseProject(projectJson(settings, kArrays), QStringLiteral("project"));
-    if (!project)
-        ADD_FAILURE() << project.error().text.toStdString();
-    return project.valueOr(project::Project());
-}
-
 } // namespace
 
 FaultRun::FaultRun(const host::DriverFunctions& driver, std::uint32_t seed)
     : m_random(seed),
-      m_settings(settingsOf(&m_random)),
+      m_settings(randomSettings(&m_random)),
       m_plan(&m_random, m_random.between(kFewestFaults, kMostFaults)),
-      m_project(projectOf(m_settings))
+      m_project(projectOf(m_settings, kArrays))
 {
     const QString projectFile = m_folder.filePath(QStringLiteral("project.json"));
     QFile file(projectFile);
@@ -64,7 +46,8 @@ FaultRun::FaultRun(const host::DriverFunctions& driver, std::uint32_t seed)
     m_proxy = std::make_unique<FaultyProxy>(m_plc->port(), &m_plan, times);
     const int cycleTime = m_random.oneIn(2) ? 0 : 5;
     m_runtime = std::make_unique<host::Runtime>(
-        driver, setup::runtimeSettings(m_project.settings, cycleTime), m_project, this);
+        *host::DriverClaim::take(driver), setup::runtimeSettings(m_project.settings, cycleTime),
+        m_project, this);
     m_link = std::make_unique<host::TcpLink>(&m_runtime->session(), QStringLiteral("127.0.0.1"),
                                              m_proxy->port());
     m_clock.start();
@@ -290,7 +273,7 @@ void FaultRun::checkRecord() const
 {
     for (const Attempt& attempt : m_attempts) {
         const std::string target = attempt.plan.target.toStdString();
-        EXPECT_EQ(attempt.outcomes, 1) << target << " has not exactly one outcome";
+        EXPECT_EQ(1, attempt.outcomes) << target << " has not exactly one outcome";
         for (const WritePiece& piece : attempt.plan.pieces) {
             const std::string value = target + " = " + piece.data.left(4).toHex().toStdString();
             if (attempt.kind == host::TransferOutcome::Done) {
@@ -299,7 +282,7 @@ void FaultRun::checkRecord() const
             if (!attempt.plan.isUnmistakable)
                 continue;
             if (attempt.kind == host::TransferOutcome::NotSent) {
-                EXPECT_EQ(recorded(piece, false), 0) << value << " is said not to have been sent";
+                EXPECT_EQ(0, recorded(piece, false)) << value << " is said not to have been sent";
             }
             EXPECT_LE(recorded(piece, false), 1 + m_settings.retryLimit)
                 << value << " was sent more often than the settings allow";
@@ -338,7 +321,7 @@ void FaultRun::linkChanged(host::LinkState state, const QString&, int retryDelay
 
 void FaultRun::requestSent(const host::SentRequest&)
 {
-    EXPECT_EQ(m_sentAt, -1) << "two requests at a time";
+    EXPECT_EQ(-1, m_sentAt) << "two requests at a time";
     m_sentAt = m_clock.elapsed();
 }
 

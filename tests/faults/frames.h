@@ -10,6 +10,9 @@ constexpr int kHeaderSize = 6;
 constexpr int kLengthPosition = 4;
 constexpr int kServicePosition = 6;
 constexpr int kStatusPosition = 6;
+/// Of a request.
+constexpr int kEntryCountPosition = 8;
+constexpr int kFirstEntryPosition = 12;
 /// Header and status.
 constexpr int kSmallestReply = 8;
 

@@ -1,5 +1,7 @@
 #include "faults/plant.h"
 
+#include <gtest/gtest.h>
+
 #include <QtCore/QMap>
 #include <QtCore/QStringList>
 
@@ -105,6 +107,15 @@ const QVector<Array> kStampedArrays{{"a", Array::Word, 1, 0, 300},
                                     {"r2", Array::Word, 5, 4, 1},
                                     {"r3", Array::Word, 5, 6, 1}};
 
+HostSettings randomSettings(test::Random* random)
+{
+    HostSettings settings;
+    const int readSizes[] = {100, 200, 600, 900};
+    settings.maxReadBytes = readSizes[random->below(4)];
+    settings.retryLimit = random->below(3);
+    return settings;
+}
+
 QByteArray projectJson(const HostSettings& settings, const QVector<Array>& arrays)
 {
     static constexpr const char* kTypeNames[] = {"BIT", "UINT", "UDINT"};
@@ -142,6 +153,15 @@ QByteArray projectJson(const HostSettings& settings, const QVector<Array>& array
             .arg(areas.join(QLatin1Char(',')), variables.join(QLatin1Char(',')),
                  cyclic.join(QLatin1Char(',')));
     return json.toUtf8().replace('\'', '"');
+}
+
+project::Project projectOf(const HostSettings& settings, const QVector<Array>& arrays)
+{
+    const Expected<project::Project> project =
+        project::parseProject(projectJson(settings, arrays), QStringLiteral("project"));
+    if (!project)
+        ADD_FAILURE() << project.error().text.toStdString();
+    return project.valueOr(project::Project());
 }
 
 QString wholeArray(const Array& array)

@@ -5,6 +5,7 @@
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
+#include "project/project.h"
 #include "support/random.h"
 #include "values/value_text.h"
 
@@ -20,6 +21,9 @@ struct HostSettings {
     int reconnectDelayLimit = 40;
     int staleAfter = 60000;
 };
+
+/// With read sizes and retries of which each run has others.
+HostSettings randomSettings(test::Random* random);
 
 /// An array of the plant and where its first element lies in the PLC's memory, by hand.
 struct Array {
@@ -38,6 +42,7 @@ extern const QVector<Array> kStampedArrays;
 
 /// The project file of a plant with these arrays, all of which are read cyclically.
 QByteArray projectJson(const HostSettings& settings, const QVector<Array>& arrays);
+project::Project projectOf(const HostSettings& settings, const QVector<Array>& arrays);
 
 /// All elements of an array as the host names them.
 QString wholeArray(const Array& array);

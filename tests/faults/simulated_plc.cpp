@@ -5,10 +5,8 @@
 namespace plc::faults {
 namespace {
 
-constexpr int kPatience = 30000; // ms
+constexpr int kCommandPatience = 30000; // ms
 constexpr int kMostPeekedBytes = 4096;
-constexpr int kEntryCountPosition = 8;
-constexpr int kFirstEntryPosition = 12;
 
 } // namespace
 
@@ -27,7 +25,7 @@ SimulatedPlc::SimulatedPlc(const QString& projectFile)
 SimulatedPlc::~SimulatedPlc()
 {
     m_process.kill();
-    m_process.waitForFinished(kPatience);
+    m_process.waitForFinished(kCommandPatience);
 }
 
 QByteArray SimulatedPlc::command(const QString& line)
@@ -65,7 +63,7 @@ void SimulatedPlc::poke(int area, int address, const QByteArray& bytes)
 
 QByteArray SimulatedPlc::nextLine()
 {
-    while (!m_process.canReadLine() && m_process.waitForReadyRead(kPatience)) {
+    while (!m_process.canReadLine() && m_process.waitForReadyRead(kCommandPatience)) {
     }
     return m_process.readLine().trimmed();
 }

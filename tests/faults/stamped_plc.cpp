@@ -9,8 +9,6 @@ namespace {
 
 constexpr int kIdentificationService = 0x01;
 constexpr int kFileService = 0x31;
-constexpr int kEntryCountPosition = 8;
-constexpr int kFirstEntryPosition = 12;
 constexpr int kEntrySize = 10;
 constexpr char kRefusal[] = {'\x00', '\x0A'};
 
@@ -34,6 +32,11 @@ char stampedByte(int area, quint32 address, quint32 generation)
 }
 
 } // namespace
+
+Range rangeOf(const Array& array)
+{
+    return {array.area, quint32(array.address), quint32(memorySize(array))};
+}
 
 QByteArray stampedBytes(const Range& range, quint32 generation)
 {

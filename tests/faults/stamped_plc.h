@@ -6,6 +6,8 @@
 
 #include <vector>
 
+#include "faults/plant.h"
+
 namespace plc::faults {
 
 /// Bytes of PLC memory.
@@ -25,6 +27,9 @@ struct Range {
                other.address < address + size;
     }
 };
+
+/// What an array takes of the memory.
+Range rangeOf(const Array& array);
 
 /// The bytes of a range as the reply of this number carries them. Every byte at an even address is
 /// another one in each of 256 successive replies, every word in each of 65,536.

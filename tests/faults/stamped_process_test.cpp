@@ -21,8 +21,8 @@ namespace {
 
 constexpr int kReplyTimeout = 300; // ms
 /// What may pass between the moment that a line tells and the printing of its time.
-constexpr qint64 kTolerance = 120; // ms
-constexpr int kPatience = 60000;   // ms
+constexpr qint64 kPrintingTolerance = 120; // ms
+constexpr int kProcessPatience = 60000;    // ms
 constexpr int kRounds = 3;
 
 class StampedProcess : public ::testing::TestWithParam<std::uint32_t> {
@@ -69,7 +69,7 @@ protected:
     {
         QElapsedTimer clock;
         clock.start();
-        while (m_host->isRunning() && clock.elapsed() < kPatience) {
+        while (m_host->isRunning() && clock.elapsed() < kProcessPatience) {
             wait(10);
             readLines();
         }
@@ -78,7 +78,8 @@ protected:
     }
     virtual void readLines()
     {
-        m_host->readLines([this](const QByteArray& line) { judge(toldByRun(line), kTolerance); });
+        m_host->readLines(
+            [this](const QByteArray& line) { judge(toldByRun(line), kPrintingTolerance); });
     }
 
     void standStill()
@@ -161,7 +162,7 @@ TEST_P(StampedProcess, LogsWhatWasSoWhenItIsStoppedMeanwhile)
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     while (!file.atEnd()) {
         // A record is of the time at which its reply was taken, which is in time.
-        judge(toldByLog(file.readLine().trimmed()), kReplyTimeout + kTolerance);
+        judge(toldByLog(file.readLine().trimmed()), kReplyTimeout + kPrintingTolerance);
     }
     expectThatValuesWereJudged();
 }

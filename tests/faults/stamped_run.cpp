@@ -12,10 +12,10 @@
 namespace plc::faults {
 namespace {
 
-constexpr int kFewestFaults = 5;
-constexpr int kMostFaults = 25;
-constexpr qint64 kLongestFaultTime = 8000; // ms
-constexpr int kLongestPauseBetweenTransfers = 60;
+constexpr int kFewestStampedFaults = 5;
+constexpr int kMostStampedFaults = 25;
+constexpr qint64 kLongestStampedFaultTime = 8000; // ms
+constexpr int kLongestStampedPause = 60;
 constexpr int kMostTransfersUnderWay = 20;
 constexpr int kStandStillChances = 150;
 constexpr int kRefusalChances = 8;
@@ -28,23 +28,11 @@ constexpr int kSlowTurnaround = 60; // ms
 /// A label that is refused no longer is found out in this time.
 constexpr qint64 kRetryPatience = 120000; // ms
 
-HostSettings settingsOf(test::Random* random)
+HostSettings settingsThatBecomeStale(test::Random* random)
 {
-    HostSettings settings;
-    const int readSizes[] = {100, 200, 600, 900};
-    settings.maxReadBytes = readSizes[random->below(4)];
-    settings.retryLimit = random->below(3);
+    HostSettings settings = randomSettings(random);
     settings.staleAfter = random->between(200, 2000);
     return settings;
-}
-
-project::Project projectOf(const HostSettings& settings)
-{
-    const Expected<project::Project> project =
-        project::parseProject(projectJson(settings, kStampedArrays), QStringLiteral("project"));
-    if (!project)
-        ADD_FAILURE() << project.error().text.toStdString();
-    return project.valueOr(project::Project());
 }
 
 /// Sizes of login replies that a read of the plant may ask for as well.
@@ -52,11 +40,6 @@ int identificationSize(test::Random* random)
 {
     const int sizes[] = {200, 206, 607, 907};
     return sizes[random->below(4)];
-}
-
-Range rangeOf(const Array& array)
-{
-    return {array.area, quint32(array.address), quint32(memorySize(array))};
 }
 
 bool meetsAny(const QVector<Range>& ranges, const Array& array)
@@ -93,17 +76,18 @@ ToldWrite::Outcome toldOutcome(host::TransferOutcome::Kind kind)
 
 StampedRun::StampedRun(const host::DriverFunctions& driver, std::uint32_t seed)
     : m_random(seed),
-      m_settings(settingsOf(&m_random)),
-      m_project(projectOf(m_settings)),
+      m_settings(settingsThatBecomeStale(&m_random)),
+      m_project(projectOf(m_settings, kStampedArrays)),
       m_plc(identificationSize(&m_random), m_random.oneIn(3) ? 200 : 30),
       m_turnaround(m_random.between(1, 10)),
       m_wire(&m_plc, &m_random, m_turnaround, m_settings.replyTimeout,
-             m_random.between(kFewestFaults, kMostFaults)),
+             m_random.between(kFewestStampedFaults, kMostStampedFaults)),
       m_judge(&m_plc.record())
 {
     const int cycleTime = m_random.oneIn(2) ? 0 : m_random.between(1, 50);
     m_runtime = std::make_unique<host::Runtime>(
-        driver, setup::runtimeSettings(m_project.settings, cycleTime), m_project, this);
+        *host::DriverClaim::take(driver), setup::runtimeSettings(m_project.settings, cycleTime),
+        m_project, this);
     m_rows.resize(int(kStampedArrays.size()));
 }
 
@@ -130,7 +114,7 @@ void StampedRun::run()
 
 void StampedRun::exchangeUnderFaults()
 {
-    const qint64 end = m_now + kLongestFaultTime;
+    const qint64 end = m_now + kLongestStampedFaultTime;
     m_nextTransfer = m_now;
     while (m_wire.hasFaultsLeft() && m_now < end) {
         step(qMin(end, m_nextTransfer));
@@ -138,7 +122,7 @@ void StampedRun::exchangeUnderFaults()
             standStill();
         if (m_now < m_nextTransfer)
             continue;
-        m_nextTransfer += m_random.between(1, kLongestPauseBetweenTransfers);
+        m_nextTransfer += m_random.between(1, kLongestStampedPause);
         startTransfer();
     }
     m_wire.finishFaults();
@@ -205,7 +189,7 @@ void StampedRun::writeUndisturbed()
     m_lastNumber += int(m_attempts.size() - first);
     until("undisturbed writes are settled", 20000, [this] { return isSettled(); });
     for (std::size_t i = first; i < m_attempts.size(); ++i) {
-        EXPECT_EQ(m_attempts[i].told.outcome, ToldWrite::Done)
+        EXPECT_EQ(ToldWrite::Done, m_attempts[i].told.outcome)
             << m_attempts[i].plan.target.toStdString() << " fails although nothing is wrong";
     }
 }
@@ -441,7 +425,7 @@ QString StampedRun::judge(const ToldValue& told) const
 void StampedRun::judgeWrites()
 {
     for (const Attempt& attempt : m_attempts) {
-        EXPECT_EQ(attempt.outcomes, 1) << attempt.plan.target.toStdString();
+        EXPECT_EQ(1, attempt.outcomes) << attempt.plan.target.toStdString();
         const bool isUndecidable =
             attempt.isUndecidable && attempt.told.outcome != ToldWrite::NotSent;
         const QString lie = m_judge.judgeWrite(attempt.plan, attempt.told);

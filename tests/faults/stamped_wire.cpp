@@ -7,7 +7,7 @@
 namespace plc::faults {
 namespace {
 
-constexpr int kReplyChances = 10;
+constexpr int kStampedReplyChances = 10;
 /// A copy may come this many round trips after the reply that it is a copy of.
 constexpr int kFarthestReplay = 12;
 
@@ -95,7 +95,7 @@ void StampedWire::send(const QByteArray& request, qint64 now)
     const Frame reply{m_plc->answer(request, now), ++m_requests, m_service};
     m_goodSize = goodReplySize(request);
     Fault fault = Fault::None;
-    if (strikes(kReplyChances)) {
+    if (strikes(kStampedReplyChances)) {
         fault = Fault(m_random->between(0, int(Fault::RubbishBehind)));
         note(QStringLiteral("reply to request %1 (%2), %3 bytes: %4")
                  .arg(m_requests)

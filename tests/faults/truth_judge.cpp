@@ -7,11 +7,6 @@
 namespace plc::faults {
 namespace {
 
-Range rangeOf(const Array& array)
-{
-    return {array.area, quint32(array.address), quint32(memorySize(array))};
-}
-
 /// Bytes in which an element cannot be told from its neighbours.
 int grain(const Array& array)
 {

@@ -10,7 +10,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-const QStringList kTwoPasses = {QStringLiteral("-2")};
+const QStringList kReadTwice = {QStringLiteral("-2")};
 const QStringList kCheckedSums = {QStringLiteral("-o"), QStringLiteral("ip.check_checksum:TRUE"),
                                   QStringLiteral("-o"), QStringLiteral("tcp.check_checksum:TRUE")};
 
@@ -41,7 +41,7 @@ TEST(Capture, ConnectionIsWholeAndInSequence)
     EXPECT_THAT(capture.rows({"frame.number", "_ws.expert.message"}, filter("tcp.analysis.flags")),
                 IsEmpty());
     // 31: opened, data, closed
-    EXPECT_THAT(capture.rows({"tcp.completeness"}, kTwoPasses + filter("frame.number == 1")),
+    EXPECT_THAT(capture.rows({"tcp.completeness"}, kReadTwice + filter("frame.number == 1")),
                 ElementsAre(Row{"31"}));
 }
 
@@ -51,7 +51,7 @@ TEST(Capture, BrokenConnectionIsSeenAsSuch)
     capture.open().login().reset();
 
     // 47: opened, data, reset
-    EXPECT_THAT(capture.rows({"tcp.completeness"}, kTwoPasses + filter("frame.number == 1")),
+    EXPECT_THAT(capture.rows({"tcp.completeness"}, kReadTwice + filter("frame.number == 1")),
                 ElementsAre(Row{"47"}));
 }
 

@@ -9,9 +9,9 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-constexpr char kReadRequest[] =
+constexpr char kTwoEntriesRequest[] =
     "bbbb 0000001e 2e00 00000002 0003 0000000a 00000002 0004 00000064 00000004 0001 1234";
-constexpr char kReadReply[] = "bbbb 0000000e 0000 00000002 00 05dc 00 42c80000";
+constexpr char kTwoEntriesReply[] = "bbbb 0000000e 0000 00000002 00 05dc 00 42c80000";
 constexpr char kWriteRequest[] =
     "bbbb 00000016 3c00 00000001 0003 00000010 00000002 abcd 0001 1234";
 
@@ -20,7 +20,7 @@ const QStringList kRepliesOnly = filter("codesys_block.reply == 1");
 TEST(BlockDissector, ReadReplyShowsValuesAtThePlacesOfTheRequest)
 {
     CaptureFile capture;
-    capture.client(kReadRequest).server(kReadReply);
+    capture.client(kTwoEntriesRequest).server(kTwoEntriesReply);
 
     EXPECT_THAT(
         capture.rows({"codesys_block.service", "codesys_block.status", "codesys_block.entry.area",
@@ -37,7 +37,7 @@ TEST(BlockDissector, ReadReplyShowsValuesAtThePlacesOfTheRequest)
 TEST(BlockDissector, ValuesAreFoundByAreaAndAddress)
 {
     CaptureFile capture;
-    capture.client(kReadRequest).server(kReadReply);
+    capture.client(kTwoEntriesRequest).server(kTwoEntriesReply);
     capture.client(kWriteRequest).server("bbbb 00000002 0000");
 
     EXPECT_THAT(capture.rows({"frame.number"}, filter("codesys_block.entry.area == 4 && "
@@ -50,7 +50,7 @@ TEST(BlockDissector, RequestAndReplyPointAtEachOther)
 {
     CaptureFile capture;
     capture.login();
-    capture.client(kReadRequest).server(kReadReply);
+    capture.client(kTwoEntriesRequest).server(kTwoEntriesReply);
     capture.client(kWriteRequest).server("bbbb 00000002 0000");
 
     EXPECT_THAT(
@@ -105,7 +105,7 @@ TEST(BlockDissector, RefusalIsAnError)
 {
     CaptureFile capture;
     capture.login();
-    capture.client(kReadRequest).server("bbbb 00000002 0031");
+    capture.client(kTwoEntriesRequest).server("bbbb 00000002 0031");
 
     EXPECT_THAT(capture.rows({"codesys_block.status", "_ws.expert.message", "_ws.expert.severity",
                               "_ws.col.Info"},
@@ -117,7 +117,7 @@ TEST(BlockDissector, RefusalIsAnError)
 TEST(BlockDissector, ReadReplyThatEndsEarlyIsFlagged)
 {
     CaptureFile capture;
-    capture.client(kReadRequest).server("bbbb 0000000d 0000 00000002 00 05dc 00 42c800");
+    capture.client(kTwoEntriesRequest).server("bbbb 0000000d 0000 00000002 00 05dc 00 42c800");
 
     EXPECT_THAT(capture.rows({"codesys_block.entry.value", "codesys_block.data"},
                              filter("codesys_block.expert.length")),
@@ -128,7 +128,8 @@ TEST(BlockDissector, ReadReplyThatEndsEarlyIsFlagged)
 TEST(BlockDissector, ReadReplyThatGoesOnIsFlagged)
 {
     CaptureFile capture;
-    capture.client(kReadRequest).server("bbbb 00000010 0000 00000002 00 05dc 00 42c80000 0102");
+    capture.client(kTwoEntriesRequest)
+        .server("bbbb 00000010 0000 00000002 00 05dc 00 42c80000 0102");
 
     EXPECT_THAT(capture.rows({"codesys_block.entry.value", "codesys_block.data"},
                              filter("codesys_block.expert.length")),
@@ -163,7 +164,7 @@ TEST(BlockDissector, EntryOfLengthZeroHasItsLeadingByteOnly)
 TEST(BlockDissector, FrameWithoutStatusIsFlagged)
 {
     CaptureFile capture;
-    capture.client(kReadRequest).server("bbbb 00000000");
+    capture.client(kTwoEntriesRequest).server("bbbb 00000000");
 
     EXPECT_THAT(capture.rows({"frame.number"}, filter("codesys_block.expert.length")),
                 ElementsAre(Row{"2"}));

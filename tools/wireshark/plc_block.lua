@@ -464,18 +464,14 @@ local function request_of_reply(tvb, pinfo, connection)
     return answered[place]
 end
 
-local function add_request_reference(tree, request)
-    tree:add(fields.service, request.service):set_generated()
-    tree:add(fields.request_in, request.frame):set_generated()
-    tree:add(fields.time, request.reply_time):set_generated()
-end
-
 local function dissect_reply(tree, tvb, pinfo, connection)
     local request = request_of_reply(tvb, pinfo, connection)
     tree:add(fields.reply, true):set_generated()
     local status = tree:add(fields.status, tvb(SERVICE_POSITION, 2))
     if request then
-        add_request_reference(tree, request)
+        tree:add(fields.service, request.service):set_generated()
+        tree:add(fields.request_in, request.frame):set_generated()
+        tree:add(fields.time, request.reply_time):set_generated()
     else
         tree:add_proto_expert_info(experts.no_request)
     end
@@ -505,21 +501,17 @@ end
 
 -- Frames ----------------------------------------------------------------------------------------
 
-local function add_header(tree, tvb)
-    tree:add(fields.magic, tvb(0, 2))
-    local length = tree:add(fields.length, tvb(2, 4))
-    if tvb(2, 2):uint() ~= 0 then
-        length:add_proto_expert_info(experts.high_length)
-    end
-end
-
 local function dissect_frame_content(tree, tvb, pinfo)
     if tvb(0, 2):uint() ~= FRAME_MARK then
         tree:add_proto_expert_info(experts.no_magic)
         tree:add(fields.data, tvb())
         return "No frame"
     end
-    add_header(tree, tvb)
+    tree:add(fields.magic, tvb(0, 2))
+    local length = tree:add(fields.length, tvb(2, 4))
+    if tvb(2, 2):uint() ~= 0 then
+        length:add_proto_expert_info(experts.high_length)
+    end
     if tvb:len() < CONTENT_POSITION then
         tree:add_proto_expert_info(experts.length, "The frame has neither service nor status")
         add_rest(tree, tvb, HEADER_SIZE, tvb:len())
