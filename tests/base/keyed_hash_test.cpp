@@ -105,7 +105,7 @@ std::string keyOfAnotherProcess()
     char program[4096] = "";
     if (readlink("/proc/self/exe", program, sizeof program - 1) < 0)
         return std::string();
-    const std::string command = std::string(kPrintsKey) + "=1 '" + program +
+    const std::string command = std::string(kPrintsKey) + "=1 " PLC_EMULATOR " '" + program +
                                 "' --gtest_filter=ProcessKey.DiffersFromProcessToProcess";
     std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
     char line[256];

@@ -14,14 +14,6 @@ using ::testing::IsEmpty;
 // Not the local device number.
 constexpr int kOtherDevice = 6;
 
-inline std::vector<int> addressesOf(const QList<RW_VAR>& list)
-{
-    std::vector<int> addresses;
-    for (const RW_VAR& var : list)
-        addresses.push_back(var.address);
-    return addresses;
-}
-
 inline RW_VAR numberedRead(int number, int length = 2)
 {
     return makeVar(1, number, length);

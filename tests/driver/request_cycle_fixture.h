@@ -35,14 +35,6 @@ inline RW_VAR numberedWrite(int number, int length)
     return makeWrite(1, number, QByteArray(length, 'x'), 1, number);
 }
 
-inline std::vector<int> addressesOf(const QList<RW_VAR>& list)
-{
-    std::vector<int> addresses;
-    for (const RW_VAR& var : list)
-        addresses.push_back(var.address);
-    return addresses;
-}
-
 inline std::vector<int> batchAddresses()
 {
     std::vector<int> addresses;

@@ -5,7 +5,7 @@
 namespace plc::test {
 namespace {
 
-constexpr char kProject[] = R"({
+constexpr char kCommandLineProject[] = R"({
   'name': 'Commands',
   'areas': [{'index': 3, 'size': 64}],
   'scopes': [{'name': 'MAIN', 'variables': [
@@ -18,7 +18,7 @@ class CommandLine : public Plant {
 protected:
     CommandLine()
     {
-        writeProject(kProject);
+        writeProject(kCommandLineProject);
         startSimulator();
     }
 };
@@ -180,8 +180,8 @@ INSTANTIATE_TEST_SUITE_P(All, WrongUsage,
 
 TEST_F(CommandLine, ABrokenProjectFileHasExitCode2AndIsShownWithItsPlace)
 {
-    writeProject(QByteArray(kProject).replace("'INT', 'area': 3, 'offset': 10",
-                                              "'INTT', 'area': 3, 'offset': 10"));
+    writeProject(QByteArray(kCommandLineProject)
+                     .replace("'INT', 'area': 3, 'offset': 10", "'INTT', 'area': 3, 'offset': 10"));
     const Outcome outcome = run("read", {QStringLiteral("MAIN.speed")});
     EXPECT_EQ(2, outcome.exitCode);
     for (const char* part : {"project.json", "/scopes/0/variables/0/type", "INTT", "INT"})

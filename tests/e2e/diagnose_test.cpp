@@ -11,7 +11,7 @@
 namespace plc::test {
 namespace {
 
-constexpr char kProject[] = R"({
+constexpr char kDiagnoseProject[] = R"({
   'name': 'Diagnosed',
   'settings': {'replyTimeout': 300, 'connectTimeout': 300, 'retryLimit': 1},
   'areas': [{'index': 3, 'size': 64}, {'index': 4, 'size': 64}],
@@ -26,7 +26,7 @@ const QByteArray kGoodRead = QByteArray::fromHex("BBBB00000009 0000 00000001 00 
 
 class Diagnose : public Plant {
 protected:
-    Diagnose() { writeProject(kProject); }
+    Diagnose() { writeProject(kDiagnoseProject); }
 
     void startPlcWith(const char* areas)
     {
@@ -34,7 +34,7 @@ protected:
         // What lies outside its areas, the PLC's own project does not have.
         writeProject(QByteArray("{'name': 'Plc', 'areas': ") + areas + ", 'scopes': []}");
         startSimulator();
-        writeProject(kProject);
+        writeProject(kDiagnoseProject);
     }
 
     /// The steps that were passed, and the one that failed with "!" before it, of a run against

@@ -13,7 +13,7 @@ constexpr int kVariables = 24;
 constexpr int kElements = 400;
 
 /// Each variable is so long that it fills a request: every value comes in a reply of its own.
-QByteArray project()
+QByteArray patientProject()
 {
     QByteArray variables, cyclic;
     for (int i = 0; i < kVariables; ++i) {
@@ -33,7 +33,7 @@ QByteArray project()
 
 class Faults : public Plant {
 protected:
-    Faults() { writeProject(project()); }
+    Faults() { writeProject(patientProject()); }
 
     /// Reads until every value has come once. No value that is shown on the way may be another's:
     /// each element of v<i> is 1000 + i.
@@ -63,7 +63,8 @@ protected:
 
 TEST_F(Faults, RepliesInSingleBytesAreReadRight)
 {
-    writeProject(QByteArray(project()).replace("'replyTimeout':300", "'replyTimeout':20000"));
+    writeProject(
+        QByteArray(patientProject()).replace("'replyTimeout':300", "'replyTimeout':20000"));
     startSimulator({QStringLiteral("--fragment"), QStringLiteral("1")});
     EXPECT_EQ("1003", readText(QStringLiteral("F.v3[7]")));
 }
@@ -123,7 +124,7 @@ TEST_F(Faults, AReadThatThePlcRefusesIsRetriedAsOftenAsConfigured)
 {
     // Area 1 ends at 24000 in the PLC's project, and later in the host's.
     startSimulator();
-    writeProject(QByteArray(project())
+    writeProject(QByteArray(patientProject())
                      .replace("'size':24000", "'size':32000")
                      .replace("'offset':0,", "'offset':31000,"));
     const int before = status("requests");

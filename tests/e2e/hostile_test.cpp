@@ -20,7 +20,7 @@
 namespace plc::test {
 namespace {
 
-constexpr char kProject[] =
+constexpr char kHostileProject[] =
     "{'name':'Hostile','settings':{'reconnectDelay':1,'reconnectDelayLimit':1},"
     "'areas':[{'index':1,'size':1000}],'scopes':[{'name':'H','variables':["
     "{'name':'speed','type':'UINT','area':1,'offset':10,"
@@ -114,7 +114,7 @@ class Hostile : public Plant {
 protected:
     Hostile()
     {
-        writeProject(kProject);
+        writeProject(kHostileProject);
         // AddressSanitizer, where it is built in, would keep what was freed for a while.
         qputenv("ASAN_OPTIONS", qgetenv("ASAN_OPTIONS") + ":quarantine_size_mb=1");
     }

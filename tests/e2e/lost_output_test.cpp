@@ -7,7 +7,7 @@
 namespace plc::test {
 namespace {
 
-constexpr char kProject[] = R"({
+constexpr char kLostOutputProject[] = R"({
   'name': 'Unheard',
   'areas': [{'index': 1, 'size': 256}],
   'scopes': [{'name': 'R', 'variables': [
@@ -24,7 +24,7 @@ class LostOutput : public Plant {
 protected:
     LostOutput()
     {
-        writeProject(kProject);
+        writeProject(kLostOutputProject);
         startSimulator();
         m_full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
         int ends[2] = {-1, -1};

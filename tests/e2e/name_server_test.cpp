@@ -7,7 +7,7 @@
 namespace plc::test {
 namespace {
 
-constexpr char kProject[] = R"({
+constexpr char kNameServerProject[] = R"({
   'name': 'Named',
   'plc': {'address': 'plc.example'},
   'settings': {'connectTimeout': 300, 'reconnectDelay': 50, 'reconnectDelayLimit': 50},
@@ -19,7 +19,7 @@ constexpr char kProject[] = R"({
 
 class SilentNameServer : public Plant {
 protected:
-    SilentNameServer() { writeProject(kProject); }
+    SilentNameServer() { writeProject(kNameServerProject); }
 
     Ending runSilent(const char* command, const QStringList& rest) const
     {

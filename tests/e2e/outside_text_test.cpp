@@ -15,7 +15,7 @@ namespace {
 constexpr char kHostile[] =
     R"(\u001b]0;owned\u0007\u001b[5m\u009b5m\u0085\u007f\u202e\u2066\u200f\u2028\ud800a\r\nb\tc)";
 
-QByteArray project()
+QByteArray describedProject()
 {
     QByteArray json = R"({
   'name': 'Name@',
@@ -63,7 +63,7 @@ class OutsideText : public Plant {
 protected:
     OutsideText()
     {
-        writeProject(project());
+        writeProject(describedProject());
         startSimulator();
         // ESC ] 0 ; x BEL, 9B, line end, 85; then the override of direction and half a character.
         poke(1, 20, "1B5D303B78079B0A85");
@@ -211,7 +211,7 @@ TEST_F(OutsideText, ComesOutOfNoCommandAsATerminalWouldObeyIt)
 
 TEST_F(OutsideText, IsUnchangedForWhoReadsTheJson)
 {
-    const QString unit = QJsonDocument::fromJson(project())
+    const QString unit = QJsonDocument::fromJson(describedProject())
                              .object()
                              .value(QLatin1String("structures"))
                              .toArray()

@@ -11,7 +11,7 @@ namespace {
 
 // The filler makes one entry of 996 bytes of area 1, which leaves no room in its request: R.b is
 // read by a request of its own and so can be switched off by its station.
-constexpr char kProject[] = R"({
+constexpr char kRunningProject[] = R"({
   'name': 'Running',
   'settings': {'replyTimeout': 500, 'reconnectDelay': 50, 'reconnectDelayLimit': 100,
                'staleAfter': 600, 'multiStation': true, 'maxReadBytes': 1000},
@@ -40,7 +40,7 @@ class Running : public Plant {
 protected:
     void startAll(const QStringList& options = {})
     {
-        writeProject(kProject);
+        writeProject(kRunningProject);
         startSimulator();
         poke(1, 0, "0001");
         poke(2, 100, "0002");

@@ -6,7 +6,7 @@
 namespace plc::test {
 namespace {
 
-constexpr char kProject[] = R"({
+constexpr char kSpreadsheetProject[] = R"({
   'name': 'Computed',
   'areas': [{'index': 1, 'size': 16}],
   'scopes': [
@@ -20,7 +20,7 @@ class Spreadsheet : public Plant {
 protected:
     Spreadsheet()
     {
-        writeProject(QByteArray(kProject).replace("\\'", "\\u0027"));
+        writeProject(QByteArray(kSpreadsheetProject).replace("\\'", "\\u0027"));
         startSimulator();
         poke(1, 0, "FFFB 0007");
     }

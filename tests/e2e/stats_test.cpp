@@ -9,7 +9,7 @@
 namespace plc::test {
 namespace {
 
-constexpr char kProject[] = R"({
+constexpr char kStatsProject[] = R"({
   'name': 'Measured',
   'settings': {'replyTimeout': 5000, 'reconnectDelay': 10, 'reconnectDelayLimit': 10,
                'retryLimit': 2},
@@ -22,7 +22,7 @@ constexpr char kProject[] = R"({
 
 class Stats : public Plant {
 protected:
-    Stats() { writeProject(kProject); }
+    Stats() { writeProject(kStatsProject); }
 
     void measure(const QStringList& arguments, int exitCode = 0)
     {
@@ -88,7 +88,7 @@ TEST_F(Stats, MeasureTheRoundTrip)
 TEST_F(Stats, CountRefusedReadsByTheStatusOfThePlc)
 {
     startSimulator();
-    writeProject(QByteArray(kProject)
+    writeProject(QByteArray(kStatsProject)
                      .replace("'size': 64", "'size': 640")
                      .replace("'offset': 12", "'offset': 600"));
     measure({QStringLiteral("MAIN.beside")}, 1);

@@ -5,7 +5,7 @@
 namespace plc::test {
 namespace {
 
-constexpr char kProject[] = R"({
+constexpr char kSymbolsProject[] = R"({
   'name': 'Symbols',
   'areas': [{'index': 3, 'size': 24}],
   'structures': [{'name': 'Pump', 'size': 4, 'members': [
@@ -19,7 +19,7 @@ constexpr char kProject[] = R"({
 
 class Symbols : public Plant {
 protected:
-    Symbols() { writeProject(kProject); }
+    Symbols() { writeProject(kSymbolsProject); }
     QString labelFile(const QByteArray& text) const
     {
         const QString path = projectPath() + QStringLiteral(".csv");
@@ -120,7 +120,7 @@ TEST_F(Symbols, CheckListsOverlapsAndGaps)
 
 TEST_F(Symbols, CheckHasExitCode1WhenAnOverlapIsNotMarked)
 {
-    writeProject(QByteArray(kProject).replace(", 'overlay': true", ""));
+    writeProject(QByteArray(kSymbolsProject).replace(", 'overlay': true", ""));
     const Outcome outcome = run("symbols", {QStringLiteral("--check"), QStringLiteral("--json"),
                                             QStringLiteral("--gap"), QStringLiteral("99")});
     EXPECT_EQ(1, outcome.exitCode);

@@ -5,7 +5,7 @@
 namespace plc::test {
 namespace {
 
-constexpr char kProject[] = R"({
+constexpr char kTypesProject[] = R"({
   'name': 'Types',
   'areas': [{'index': 0, 'size': 64}, {'index': 3, 'size': 4096}],
   'structures': [
@@ -48,7 +48,7 @@ class Types : public Plant {
 protected:
     Types()
     {
-        writeProject(kProject);
+        writeProject(kTypesProject);
         startSimulator();
     }
 };

@@ -6,7 +6,7 @@
 namespace plc::test {
 namespace {
 
-constexpr char kProject[] = R"({
+constexpr char kWatchProject[] = R"({
   'name': 'Watched',
   'settings': {'staleAfter': 600, 'reconnectDelay': 50, 'reconnectDelayLimit': 100},
   'areas': [{'index': 1, 'size': 256}],
@@ -21,7 +21,7 @@ class Watching : public Plant {
 protected:
     Watching()
     {
-        writeProject(kProject);
+        writeProject(kWatchProject);
         startSimulator();
         poke(1, 0, "0005");
     }

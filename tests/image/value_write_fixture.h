@@ -3,14 +3,13 @@
 
 #include <climits>
 
-#include "driver/image_access.h"
+#include "image/image_fixture.h"
 #include "support/random.h"
 #include "support/record_checks.h"
 #include "support/symbol_fixture.h"
 
 namespace plc::test {
 
-constexpr int kArea = 3;
 constexpr int kStart = 1000;
 constexpr int kQueuedMode = 2;
 

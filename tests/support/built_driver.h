@@ -21,6 +21,12 @@ inline const host::DriverFunctions& builtDriver()
     return functions;
 }
 
+/// The same for a runtime; no other has it then.
+inline host::DriverClaim takenDriver()
+{
+    return *host::DriverClaim::take(builtDriver());
+}
+
 } // namespace plc::test
 
 #endif

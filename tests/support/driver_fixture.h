@@ -57,6 +57,14 @@ private:
     QByteArray m_bytes;
 };
 
+inline std::vector<int> addressesOf(const QList<RW_VAR>& list)
+{
+    std::vector<int> addresses;
+    for (const RW_VAR& var : list)
+        addresses.push_back(var.address);
+    return addresses;
+}
+
 /// A frame with the low 16 bits of its payload length filled in.
 inline QByteArray frameOf(const QByteArray& payload)
 {

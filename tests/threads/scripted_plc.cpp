@@ -16,7 +16,7 @@ int number(const QByteArray& frame, int offset, int bytes)
     return int(value);
 }
 
-QByteArray frameOf(const QByteArray& payload)
+QByteArray framed(const QByteArray& payload)
 {
     QByteArray frame = QByteArray::fromHex("BBBB00000000");
     frame[4] = char(uchar(payload.size() >> 8));
@@ -36,18 +36,18 @@ QByteArray ScriptedPlc::answer(const QByteArray& request)
         return QByteArray();
     switch (uchar(request.at(kHeaderSize))) {
         case 0x01:
-            return frameOf(QByteArray(kIdentificationPayload, '\0'));
+            return framed(QByteArray(kIdentificationPayload, '\0'));
         case 0x31:
-            return frameOf(QByteArray(kFilePayload, '\0'));
+            return framed(QByteArray(kFilePayload, '\0'));
         default:
             break;
     }
     if (m_faultsOneIn > 0 && m_random.oneIn(m_faultsOneIn))
-        return frameOf(refused);
+        return framed(refused);
     if (uchar(request.at(kHeaderSize)) == 0x2E)
         return read(request);
     write(request);
-    return frameOf(done);
+    return framed(done);
 }
 
 QByteArray ScriptedPlc::memory(int area, int address, int length) const
@@ -70,7 +70,7 @@ QByteArray ScriptedPlc::read(const QByteArray& request) const
         payload.append(memory(number(request, entry, 2), number(request, entry + 2, 4),
                               number(request, entry + 6, 4)));
     }
-    return frameOf(payload);
+    return framed(payload);
 }
 
 void ScriptedPlc::write(const QByteArray& request)
