@@ -4,6 +4,9 @@
 # Every name carries the Qt major version, as that of the driver does.
 set(PLC_HOST_NAME plc_host_qt${PLC_QT_MAJOR})
 set(PLC_HOST_TCP_NAME plc_host_tcp_qt${PLC_QT_MAJOR})
+# Its binary interface is that of C++ classes with all they hold, and changes with the minor version:
+# programs find the one that they were built with, or none. Qt's and the compiler's part in it is theirs.
+set(PLC_HOST_SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 
 # plc_host_library(<component> NAME <file name> PARTS <target>... LINKS <target>...)
 #
@@ -41,7 +44,7 @@ function(plc_host_library component)
   target_link_libraries(plc_${component}_shared PRIVATE plc_options)
   set_target_properties(plc_${component}_shared PROPERTIES
     VERSION ${PROJECT_VERSION}
-    SOVERSION ${PROJECT_VERSION_MAJOR}
+    SOVERSION ${PLC_HOST_SOVERSION}
     LINK_DEPENDS ${PROJECT_SOURCE_DIR}/host/exported.map)
   target_link_options(plc_${component}_shared PRIVATE
     -Wl,--version-script=${PROJECT_SOURCE_DIR}/host/exported.map)

@@ -37,6 +37,7 @@ if(PLC_BUILD_TOOLS)
     install(EXPORT ${plc_cmake_package}-${component}Targets NAMESPACE PlcDriver::
       DESTINATION ${plc_package_dir} COMPONENT host_development)
     # Each where its path from the root of the sources says.
+    set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${plc_header_list})
     file(STRINGS ${plc_header_list} plc_headers)
     foreach(header IN LISTS plc_headers)
       get_filename_component(plc_header_dir ${header} DIRECTORY)

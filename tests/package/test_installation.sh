@@ -129,13 +129,14 @@ PkgConfigHostBuildsAndRuns() {
 }
 
 HostLibrariesCarryTheirVersionAndTheirQt() {
+    # Their binary interface goes by the minor version.
     local folder=$installation/$LIBRARY_DIR name
     for name in libplc_host_qt$QT_MAJOR libplc_host_tcp_qt$QT_MAJOR; do
-        expect_equal "SONAME" "$name.so.$VERSION_MAJOR" \
+        expect_equal "SONAME" "$name.so.${VERSION%.*}" \
             "$(readelf --dynamic --wide "$folder/$name.so" |
                 sed --quiet 's/.*(SONAME).*\[\(.*\)\]/\1/p')"
         expect_equal "SONAME link" "$name.so.$VERSION" \
-            "$(readlink "$folder/$name.so.$VERSION_MAJOR")"
+            "$(readlink "$folder/$name.so.${VERSION%.*}")"
         expect_file "$LIBRARY_DIR/$name.a"
     done
 }
