@@ -21,7 +21,7 @@ protected:
     }
 
     QTemporaryDir m_temporary;
-    test::TestFolder folder{m_temporary.path()};
+    plc::test::TestFolder folder{m_temporary.path()};
 };
 
 TEST_F(InputFileTest, GivesAllBytes)
