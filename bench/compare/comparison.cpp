@@ -250,15 +250,20 @@ double valuesPerSecond(const Measurement& measurement)
     return measurement.values / measurement.seconds;
 }
 
-double speedRatio(const std::vector<Result>& results, const Result& result, Peer other)
+double processorTimePerValue(const Measurement& measurement)
+{
+    return measurement.processorSeconds / measurement.values;
+}
+
+double ratioTo(Peer other, const std::vector<Result>& results, const Result& result,
+               double (*valueOf)(const Measurement&))
 {
     const Result* reference = find(results, result.work, result.delay, other);
     if (!reference)
         return 0;
     std::vector<double> ratios;
-    for (size_t i = 0; i < result.rounds.size(); ++i) {
-        ratios.push_back(valuesPerSecond(result.rounds[i]) / valuesPerSecond(reference->rounds[i]));
-    }
+    for (size_t i = 0; i < result.rounds.size(); ++i)
+        ratios.push_back(valueOf(result.rounds[i]) / valueOf(reference->rounds[i]));
     return median(std::move(ratios));
 }
 

@@ -37,10 +37,14 @@ std::vector<Result> compare(const ComparisonOptions& options);
 double medianOf(const Result& result, double (*valueOf)(const Measurement&));
 
 double valuesPerSecond(const Measurement& measurement);
+/// Of the client's process.
+double processorTimePerValue(const Measurement& measurement);
 
-/// How many times more values a second than another peer at the same work and delay: the median of
-/// the rounds' ratios, because in a round both are disturbed alike. 0 when it has no result.
-double speedRatio(const std::vector<Result>& results, const Result& result, Peer other);
+/// A result's quantity as a multiple of what another peer shows at the same work and delay: the
+/// median of the rounds' ratios, because in a round both are disturbed alike. 0 when the other has
+/// no result.
+double ratioTo(Peer other, const std::vector<Result>& results, const Result& result,
+               double (*valueOf)(const Measurement&));
 
 /// The result of a peer, or null.
 const Result* find(const std::vector<Result>& results, Work work, int delay, Peer peer);

@@ -28,9 +28,7 @@ constexpr Quantity kQuantities[] = {
     {"segmentsPerPass",
      [](const Measurement& one) { return double(one.traffic.segments) / one.passes; }},
     {"processorMicrosecondsPerValue",
-     [](const Measurement& one) {
-         return one.processorSeconds / one.values * kMicrosecondsInSecond;
-     }},
+     [](const Measurement& one) { return processorTimePerValue(one) * kMicrosecondsInSecond; }},
     {"medianLatency", [](const Measurement& one) { return one.medianLatency; }},
     {"latency99", [](const Measurement& one) { return one.latency99; }}};
 
@@ -43,7 +41,7 @@ QString shown(double number)
 
 void printRow(const std::vector<Result>& results, const Result& result)
 {
-    const double ratio = speedRatio(results, result, Peer::Libmodbus);
+    const double ratio = ratioTo(Peer::Libmodbus, results, result, valuesPerSecond);
     std::printf("  %-26s", qPrintable(nameOf(result.peer)));
     for (const Quantity& quantity : kQuantities)
         std::printf(" %10s", qPrintable(shown(medianOf(result, quantity.of))));
@@ -60,12 +58,12 @@ QJsonObject roundJson(const Measurement& round)
 
 QJsonObject resultJson(const std::vector<Result>& results, const Result& result)
 {
-    QJsonObject json{
-        {QStringLiteral("work"), QString(QLatin1Char(letterOf(result.work)))},
-        {QStringLiteral("title"), titleOf(result.work)},
-        {QStringLiteral("addedRoundTrip"), result.delay},
-        {QStringLiteral("peer"), nameOf(result.peer)},
-        {QStringLiteral("timesLibmodbus"), speedRatio(results, result, Peer::Libmodbus)}};
+    QJsonObject json{{QStringLiteral("work"), QString(QLatin1Char(letterOf(result.work)))},
+                     {QStringLiteral("title"), titleOf(result.work)},
+                     {QStringLiteral("addedRoundTrip"), result.delay},
+                     {QStringLiteral("peer"), nameOf(result.peer)},
+                     {QStringLiteral("timesLibmodbus"),
+                      ratioTo(Peer::Libmodbus, results, result, valuesPerSecond)}};
     for (const Quantity& quantity : kQuantities)
         json.insert(QLatin1String(quantity.key), medianOf(result, quantity.of));
     QJsonArray rounds;
