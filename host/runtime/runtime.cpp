@@ -107,9 +107,8 @@ Runtime::Runtime(DriverClaim driver, const RuntimeSettings& settings,
 
 Runtime::~Runtime()
 {
-    // The listener may be ending, too; this one has nothing that threads could share.
-    RuntimeListener silent;
-    m_listener = &silent;
+    // The listener may be ending, too.
+    m_listener = &m_nobody;
     // The driver forgets what it has queued, and the next runtime on it finds nothing of this one.
     m_session.stop();
     {

@@ -140,6 +140,7 @@ private:
     const DriverClaim m_claim; ///< Given back behind all others.
     const DriverFunctions& m_driver;
     RuntimeListener* m_listener;
+    RuntimeListener m_nobody; ///< Listens while the runtime ends.
     ReportRoute m_reports;
     ComInfo m_settings;
     const int m_staleAfter;
