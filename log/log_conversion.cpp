@@ -29,21 +29,23 @@ Expected<LogRecord> recordOf(const QStringList& fields)
     LogRecord record;
     const std::optional<qint64> time = parseLogTime(fields.value(0));
     const std::optional<LogState> state = parseLogState(fields.value(3));
-    if (fields.size() != 4 || !time || !state)
+    if (!time || !state)
         return Error{QStringLiteral("not a record of a log")};
     record.time = *time;
     record.label = fields[1];
     record.value = fields[2];
     record.state = *state;
+    record.plc = fields.value(4);
     return record;
 }
 
 /// A record is one line, so that a log of any size is read line by line.
-Expected<void> readCsv(const QString& path, const TakeRecord& take)
+Expected<void> readCsv(const QString& path, const QString& plc, const TakeRecord& take)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return Error{QStringLiteral("%1: %2").arg(path, file.errorString())};
+    QStringList columns;
     for (int line = 1;; ++line) {
         const QByteArray bytes = file.readLine();
         if (file.error() != QFileDevice::NoError)
@@ -56,12 +58,15 @@ Expected<void> readCsv(const QString& path, const TakeRecord& take)
         const QStringList fields =
             parsed && parsed->size() == 1 ? parsed->first().fields : QStringList();
         if (line == 1) {
-            if (fields != logColumns())
+            columns = fields;
+            if (columns == columnsOfSeveralPlcs() && !plc.isEmpty())
+                return atLine(path, line, "the log has a PLC for each record; name none");
+            if (columns != logColumns() && columns != columnsOfSeveralPlcs())
                 return atLine(path, line, "the file is no log");
             continue;
         }
         const Expected<LogRecord> record = recordOf(fields);
-        if (!record)
+        if (!record || fields.size() != columns.size())
             return atLine(path, line, "not a record of a log");
         if (const Expected<void> taken = take(*record); !taken)
             return taken.error();
@@ -101,8 +106,9 @@ public:
 
     Expected<void> take(const LogRecord& record)
     {
+        const int series = seriesOf(record);
         const bool isSetBack = m_records > 0 && record.time + kDisorder < m_now;
-        const bool isNewRun = m_records > 0 && isBehindGap(record);
+        const bool isNewRun = m_records > 0 && isBehindGap(series, record);
         if (isSetBack || isNewRun || m_changes.size() >= kBatch) {
             if (const Expected<void> flushed = flush(); !flushed)
                 return flushed.error();
@@ -113,12 +119,8 @@ public:
             m_last.clear();
         }
         m_now = isSetBack || m_records == 0 ? record.time : qMax(m_now, record.time);
-        recorder::SeriesDescription series;
-        series.source = m_plc;
-        series.label = record.label;
-        m_changes.append({m_recorder->series(series),
-                          {record.time, qualityOf(record.state), record.value.toUtf8()}});
-        m_last.insert(record.label, record);
+        m_changes.append({series, {record.time, qualityOf(record.state), record.value.toUtf8()}});
+        m_last.insert(series, record);
         ++m_records;
         return {};
     }
@@ -130,9 +132,16 @@ public:
     qint64 records() const { return m_records; }
 
 private:
-    bool isBehindGap(const LogRecord& record) const
+    int seriesOf(const LogRecord& record)
     {
-        const auto last = m_last.constFind(record.label);
+        recorder::SeriesDescription series;
+        series.source = record.plc.isEmpty() ? m_plc : record.plc;
+        series.label = record.label;
+        return m_recorder->series(series);
+    }
+    bool isBehindGap(int series, const LogRecord& record) const
+    {
+        const auto last = m_last.constFind(series);
         if (last == m_last.constEnd())
             return false;
         if (m_every > 0)
@@ -152,7 +161,7 @@ private:
     const qint64 m_every;
     const QString m_plc;
     QVector<recorder::Change> m_changes;
-    QHash<QString, LogRecord> m_last; ///< Since the log was begun.
+    QHash<int, LogRecord> m_last; ///< By series, since the log was begun.
     qint64 m_now = 0;
     qint64 m_records = 0;
 };
@@ -178,7 +187,8 @@ Expected<qint64> convertTo(const QString& path, const QString& oldPath, qint64 e
         return taken;
     };
     const bool isCsv = oldPath.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive);
-    if (const Expected<void> read = isCsv ? readCsv(oldPath, take) : readDatabase(oldPath, take);
+    if (const Expected<void> read =
+            isCsv ? readCsv(oldPath, plc, take) : readDatabase(oldPath, take);
         !read)
         return read.error();
     if (!recorder)

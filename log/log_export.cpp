@@ -2,6 +2,8 @@
 
 #include <QtCore/QFileInfo>
 
+#include <algorithm>
+
 #include "log/log_record.h"
 #include "log/recorder_log.h"
 #include "log/sqlite_log.h"
@@ -33,6 +35,13 @@ qint64 writeRows(database::SqliteStatement* rows, database::SqliteStatement::Ste
     return done;
 }
 
+bool isOfSeveralPlcs(const QVector<recorder::Series>& series)
+{
+    return std::any_of(series.begin(), series.end(), [&](const recorder::Series& one) {
+        return one.description.source != series.first().description.source;
+    });
+}
+
 Expected<recorder::Handover> writeCsv(recorder::Reader* reader, const recorder::TimeRange& range,
                                       const recorder::TakeText& take)
 {
@@ -40,19 +49,18 @@ Expected<recorder::Handover> writeCsv(recorder::Reader* reader, const recorder::
     if (!all)
         return all.error();
     const QHash<int, recorder::SeriesDescription> series = recorder::seriesById(*all);
+    const bool tellsPlc = isOfSeveralPlcs(*all);
     recorder::Handover handover;
-    take(values::csv::row(logColumns()).toUtf8() + '\n');
+    take(values::csv::row(tellsPlc ? columnsOfSeveralPlcs() : logColumns()).toUtf8() + '\n');
     const Expected<void> done = reader->forEachChange(range, [&](const recorder::Change& change) {
-        const std::optional<LogState> state = stateOf(change.sample.quality);
-        if (!state)
-            return true;
         const recorder::SeriesDescription described = series.value(change.series);
+        QStringList fields{values::utcTimeText(change.sample.time), described.label,
+                           recorder::seriesText(described, change.sample.bytes),
+                           logStateWord(stateOf(change.sample.quality))};
+        if (tellsPlc)
+            fields << described.source;
         ++handover.rows;
-        return take(values::csv::row({values::utcTimeText(change.sample.time), described.label,
-                                      recorder::seriesText(described, change.sample.bytes),
-                                      logStateWord(*state)})
-                        .toUtf8() +
-                    '\n');
+        return take(values::csv::row(fields).toUtf8() + '\n');
     });
     if (!done)
         return done.error();

@@ -18,14 +18,17 @@ QString logStateWord(LogState state)
         case LogState::Stale:
             return QStringLiteral("stale");
         case LogState::Refused:
+            return QStringLiteral("refused");
+        case LogState::Gap:
             break;
     }
-    return QStringLiteral("refused");
+    return QStringLiteral("gap");
 }
 
 std::optional<LogState> parseLogState(const QString& word)
 {
-    for (const LogState state : {LogState::Fresh, LogState::Stale, LogState::Refused}) {
+    for (const LogState state :
+         {LogState::Fresh, LogState::Stale, LogState::Refused, LogState::Gap}) {
         if (word == logStateWord(state))
             return state;
     }
@@ -36,6 +39,11 @@ QStringList logColumns()
 {
     return {QStringLiteral("time"), QStringLiteral("label"), QStringLiteral("value"),
             QStringLiteral("state")};
+}
+
+QStringList columnsOfSeveralPlcs()
+{
+    return logColumns() << QStringLiteral("plc");
 }
 
 } // namespace plc::log

@@ -62,12 +62,14 @@ recorder::Quality qualityOf(LogState state)
         case LogState::Stale:
             return recorder::Quality::Stale;
         case LogState::Refused:
+            return recorder::Quality::Bad;
+        case LogState::Gap:
             break;
     }
-    return recorder::Quality::Bad;
+    return recorder::Quality::Gap;
 }
 
-std::optional<LogState> stateOf(recorder::Quality quality)
+LogState stateOf(recorder::Quality quality)
 {
     switch (quality) {
         case recorder::Quality::Good:
@@ -79,7 +81,7 @@ std::optional<LogState> stateOf(recorder::Quality quality)
         case recorder::Quality::Gap:
             break;
     }
-    return {};
+    return LogState::Gap;
 }
 
 } // namespace plc::log

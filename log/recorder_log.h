@@ -56,7 +56,7 @@ private:
 recorder::Quality qualityOf(LogState state);
 
 /// The state of a record; nothing of a gap.
-std::optional<LogState> stateOf(recorder::Quality quality);
+LogState stateOf(recorder::Quality quality);
 
 } // namespace plc::log
 

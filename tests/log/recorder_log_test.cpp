@@ -104,8 +104,66 @@ TEST_F(RecorderLogTest, IsExportedAsTheLogsBeforeInTheOrderOfTime)
         "2026-11-21T06:00:00.005Z,P.a,1,fresh\n"
         "2026-11-21T06:00:00.007Z,P.text,\"'a,b'\",fresh\n"
         "2026-11-21T06:00:01.000Z,P.a,-2,stale\n"
-        "2026-11-21T06:00:02.000Z,P.a,,refused\n",
+        "2026-11-21T06:00:02.000Z,P.a,,refused\n"
+        "2026-11-21T06:00:02.000Z,P.text,,gap\n"
+        "2026-11-21T06:00:02.000Z,P.a,,gap\n",
         exported("a.csv"));
+}
+
+TEST_F(RecorderLogTest, IsExportedWithTheGapsBetweenWhatWasRecorded)
+{
+    for (const qint64 begin : {0, 60000}) {
+        std::unique_ptr<RecorderLog> log = open();
+        EXPECT_TRUE(succeeds(log->write({of(begin, "P.a", QByteArray("\1\0", 2))})));
+        m_now += 1000;
+        EXPECT_TRUE(succeeds(log->write({})));
+        log.reset();
+        m_now += 59000;
+    }
+    EXPECT_EQ(
+        "time,label,value,state\n"
+        "2026-11-21T06:00:00.000Z,P.a,1,fresh\n"
+        "2026-11-21T06:00:01.000Z,P.a,,gap\n"
+        "2026-11-21T06:01:00.000Z,P.a,1,fresh\n"
+        "2026-11-21T06:01:01.000Z,P.a,,gap\n",
+        exported("a.csv"));
+}
+
+TEST_F(RecorderLogTest, OfSeveralPlcsIsExportedAndMadeAgainWithThePlcOfEachRecord)
+{
+    {
+        auto recorder = recorder::Recorder::open(file, recorder::Limits(), kStart);
+        ASSERT_TRUE(succeeds(recorder));
+        QVector<recorder::Change> changes;
+        for (const char* plc : {"north", "south"}) {
+            recorder::SeriesDescription series = m_series.value(QStringLiteral("P.a"));
+            series.source = QLatin1String(plc);
+            const QByteArray bytes =
+                plc == std::string("north") ? QByteArray("\1\0", 2) : QByteArray("\2\0", 2);
+            changes.append({(*recorder)->series(series), {kStart, recorder::Quality::Good, bytes}});
+        }
+        ASSERT_TRUE(succeeds((*recorder)->append(changes, kStart)));
+        ASSERT_TRUE(succeeds((*recorder)->end(kStart + 1000)));
+    }
+    const QByteArray csv =
+        "time,label,value,state,plc\n"
+        "2026-11-21T06:00:00.000Z,P.a,1,fresh,north\n"
+        "2026-11-21T06:00:00.000Z,P.a,2,fresh,south\n"
+        "2026-11-21T06:00:01.000Z,P.a,,gap,north\n"
+        "2026-11-21T06:00:01.000Z,P.a,,gap,south\n";
+    ASSERT_EQ(csv.toStdString(), exported("a.csv"));
+    const QString again = path("again.sqlite");
+    const auto none = [](qint64, qint64) {};
+    EXPECT_FALSE(succeeds(convertLog(path("a.csv"), again, 0, kPlc, none)));
+    EXPECT_THAT(error.toStdString(),
+                ::testing::EndsWith("a.csv: line 1: the log has a PLC for each record; name none"));
+    ASSERT_TRUE(succeeds(convertLog(path("a.csv"), again, 0, QString(), none)));
+    const auto reader = recorder::Reader::open(again);
+    ASSERT_TRUE(succeeds(reader));
+    EXPECT_EQ("north", (*reader)->series()->at(0).description.source);
+    EXPECT_EQ("south", (*reader)->series()->at(1).description.source);
+    EXPECT_EQ("0 1, 1000 -", text(history(again, 1)));
+    EXPECT_EQ("0 2, 1000 -", text(history(again, 2)));
 }
 
 TEST_F(RecorderLogTest, WithoutRecordsTheValuesAreKnownToHoldOn)
@@ -276,7 +334,9 @@ TEST_F(RecorderLogTest, IsMadeOfACsvLogThatWasMadeAtAnInterval)
         "time,label,value,state\n"
         "2026-11-21T06:00:00.000Z,P.a,\"[1, 2]\",fresh\n"
         "2026-11-21T06:00:10.000Z,P.a,\"[1, 2]\",fresh\n"
-        "2026-11-21T06:00:40.000Z,P.a,\"[1, 2]\",stale\n",
+        "2026-11-21T06:00:10.000Z,P.a,,gap\n"
+        "2026-11-21T06:00:40.000Z,P.a,\"[1, 2]\",stale\n"
+        "2026-11-21T06:00:40.000Z,P.a,,gap\n",
         exported("a.csv"));
 }
 
