@@ -66,8 +66,9 @@ private:
     bool m_isBusy = false; ///< The thread has taken something from the queue:
     qint64 m_underWay = 0; ///< so many changes.
     RecorderStatus m_status;
-    bool m_isAwaited = false;          ///< By drain(): no attempt is put off.
-    qint64 m_failures = 0;             ///< Attempts.
+    bool m_isAwaited = false;          ///< By drain(): the next attempt is not put off.
+    qint64 m_attempts = 0;             ///< Begun.
+    qint64 m_failedAttempt = 0;        ///< The number of the last one that failed.
     std::condition_variable m_settled; ///< All is recorded, or an attempt has failed.
     bool m_isEnding = false;
     Clock::time_point m_deadline; ///< Of the attempts.
@@ -79,12 +80,13 @@ private:
 Expected<void> RecorderThread::Implementation::drain(std::chrono::milliseconds patience)
 {
     Lock lock(m_mutex);
-    const qint64 failures = m_failures;
+    // One that was begun before says nothing of what the disk takes now.
+    const qint64 earlier = m_attempts;
     m_isAwaited = true;
     m_wake.notify_one();
     const auto isIdle = [this] { return m_queue.isEmpty() && !m_isBusy; };
     const bool isInTime =
-        m_settled.wait_for(lock, patience, [&] { return isIdle() || m_failures != failures; });
+        m_settled.wait_for(lock, patience, [&] { return isIdle() || m_failedAttempt > earlier; });
     m_isAwaited = false;
     if (isInTime && isIdle())
         return {};
@@ -148,6 +150,8 @@ void RecorderThread::Implementation::record(Lock* lock, ChangeQueue::Portion por
     if (portion.isBehindPause)
         m_recorder->interrupt();
     for (;;) {
+        const qint64 attempt = ++m_attempts;
+        m_isAwaited = false;
         lock->unlock();
         const Expected<void> outcome =
             m_recorder->append(portion.changes, portion.now, portion.steady);
@@ -157,7 +161,7 @@ void RecorderThread::Implementation::record(Lock* lock, ChangeQueue::Portion por
         tell(outcome, usedBytes);
         if (outcome)
             break;
-        ++m_failures;
+        m_failedAttempt = attempt;
         m_settled.notify_all();
         if (!waitForRetry(lock)) {
             m_recorder->giveUp(portion.changes);

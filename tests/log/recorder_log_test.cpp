@@ -225,6 +225,19 @@ TEST_F(RecorderLogWithoutAPlace, WaitsWithItsRecordsAndHasThemAllBehindThat)
     EXPECT_EQ("2500 2 , 3500 3 , 5000 -", text(history(file, 1)));
 }
 
+TEST_F(RecorderLogWithoutAPlace, IsWrittenAsSoonAsItCanBe)
+{
+    std::unique_ptr<RecorderLog> log = open();
+    EXPECT_TRUE(write(*log, {}));
+    for (int round = 0; round < 50; ++round) {
+        takePlaceAway();
+        EXPECT_FALSE(write(*log, {of(m_now - kStart + 2000, "P.a", QByteArray("1 ", 2))}, 2000));
+        givePlaceBack();
+        // An attempt that was begun before fails and says nothing of what can be written now.
+        ASSERT_TRUE(write(*log, {})) << "in round " << round;
+    }
+}
+
 TEST_F(RecorderLogWithoutAPlace, HasAGapInPlaceOfWhatThereWasNoRoomFor)
 {
     recorder::QueueLimits limits;
