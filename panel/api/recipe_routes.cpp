@@ -33,6 +33,8 @@ Response refusal(const RecipeFailure& failure)
             return Response::error(410, failure.text);
         case RecipeFailure::Unreadable:
         case RecipeFailure::NotPermitted:
+        case RecipeFailure::Busy:
+        case RecipeFailure::Unanswered:
             return Response::error(503, failure.text);
         default:
             return Response::error(500, failure.text);
@@ -48,18 +50,28 @@ bool hasFolder(const ApiContext& context, const Responder& respond)
     return false;
 }
 
-/// The recipe of the path; answers and gives nothing where there is none.
-std::optional<Recipe> recipeOf(const ApiContext& context, const Request& request,
-                               const Responder& respond)
+/// Goes on with the recipe of the path once the disk has given it, and answers where it does not. A
+/// disk may take long: who is not logged in any more by then gets nothing, and no PLC is asked.
+/// `isAnswered` may answer before it matters what the disk gave.
+void withRecipe(
+    const ApiContext& context, const Request& request, const Responder& respond,
+    std::function<void(const Recipe&)> goOn,
+    std::function<bool()> isAnswered = [] { return false; })
 {
     if (!hasFolder(context, respond))
-        return {};
-    RecipeResult<Recipe> found = context.recipes->find(nameOf(request));
-    if (const auto* failure = std::get_if<RecipeFailure>(&found)) {
-        respond(refusal(*failure));
-        return {};
-    }
-    return std::get<Recipe>(std::move(found));
+        return;
+    const auto take = [context, caller = request.caller, respond, goOn = std::move(goOn),
+                       isAnswered = std::move(isAnswered)](const RecipeResult<Recipe>& found) {
+        if (!context.access->isValid(caller))
+            return respond(
+                Response::error(401, QStringLiteral("the session is over; log in again")));
+        if (isAnswered())
+            return;
+        if (const auto* failure = std::get_if<RecipeFailure>(&found))
+            return respond(refusal(*failure));
+        goOn(std::get<Recipe>(found));
+    };
+    context.recipes->find(nameOf(request), take);
 }
 
 /// Null, and answered, where the panel has no such PLC.
@@ -73,22 +85,23 @@ std::shared_ptr<RecipePlc> plcOf(const ApiContext& context, const QString& plc,
     return nullptr;
 }
 
-/// Each file is read, for which no PLC waits.
 void listRecipes(const ApiContext& context, const Request&, const Responder& respond)
 {
     if (!context.recipes) {
         respond(Response::json(recipeListText({})));
         return;
     }
-    context.slowly(respond, [folder = context.recipes->folder()] {
-        return Response::json(recipeListText(folder.list()));
+    context.recipes->list([respond](const RecipeResult<QVector<RecipeSummary>>& listed) {
+        const auto* failure = std::get_if<RecipeFailure>(&listed);
+        respond(failure ? refusal(*failure)
+                        : Response::json(recipeListText(std::get<QVector<RecipeSummary>>(listed))));
     });
 }
 
 void showRecipe(const ApiContext& context, const Request& request, const Responder& respond)
 {
-    if (const std::optional<Recipe> recipe = recipeOf(context, request, respond))
-        respond(Response::json(recipeText(*recipe)));
+    withRecipe(context, request, respond,
+               [respond](const Recipe& recipe) { respond(Response::json(recipeText(recipe))); });
 }
 
 /// The PLC and the labels of the body.
@@ -99,6 +112,19 @@ Expected<RecipeDesk::SaveOrder> orderOf(const ApiContext& context, const Request
         return read.error();
     return RecipeDesk::SaveOrder{nameOf(request), read->plc, read->labels, request.caller.user,
                                  context.time()};
+}
+
+/// Answers once it is on record what came of a change.
+template <typename T>
+void endChange(const ApiContext& context, const AuditRecord& record, const Responder& respond,
+               const RecipeResult<T>& changed, const Response& done)
+{
+    const auto* failure = std::get_if<RecipeFailure>(&changed);
+    recordEnd(
+        context, record, failure ? failure->text : QString(),
+        [respond, response = failure ? refusal(*failure) : done] { respond(response); },
+        failure && failure->kind == RecipeFailure::Unanswered ? QStringLiteral("unknown")
+                                                              : QStringLiteral("notDone"));
 }
 
 void saveRecipe(const ApiContext& context, const Request& request, const Responder& respond)
@@ -116,12 +142,9 @@ void saveRecipe(const ApiContext& context, const Request& request, const Respond
     whenRecorded(context, record, respond, [context, order = *order, plc, record, respond] {
         context.recipes->save(
             order, plc, [context, record, respond](const RecipeResult<Recipe>& saved) {
-                const auto* failure = std::get_if<RecipeFailure>(&saved);
-                const Response response = failure
-                                              ? refusal(*failure)
-                                              : Response::json(recipeText(std::get<Recipe>(saved)));
-                recordEnd(context, record, failure ? failure->text : QString(),
-                          [respond, response] { respond(response); });
+                const auto* recipe = std::get_if<Recipe>(&saved);
+                endChange(context, record, respond, saved,
+                          recipe ? Response::json(recipeText(*recipe)) : Response());
             });
     });
 }
@@ -131,29 +154,26 @@ void removeRecipe(const ApiContext& context, const Request& request, const Respo
     if (!hasFolder(context, respond))
         return;
     const AuditRecord record = recordOf(context, request, "remove recipe", {}, nameOf(request));
-    whenRecorded(context, record, respond, [context, request, record, respond] {
-        const RecipeResult<bool> removed = context.recipes->remove(nameOf(request));
-        const auto* failure = std::get_if<RecipeFailure>(&removed);
-        const Response response = failure ? refusal(*failure) : Response::nothing();
-        recordEnd(context, record, failure ? failure->text : QString(),
-                  [respond, response] { respond(response); });
+    whenRecorded(context, record, respond, [context, name = nameOf(request), record, respond] {
+        context.recipes->remove(
+            name, [context, record, respond](const RecipeResult<bool>& removed) {
+                endChange(context, record, respond, removed, Response::nothing());
+            });
     });
 }
 
 void compareRecipe(const ApiContext& context, const Request& request, const Responder& respond)
 {
-    const std::optional<Recipe> recipe = recipeOf(context, request, respond);
-    if (!recipe)
-        return;
-    const std::shared_ptr<RecipePlc> plc = plcOf(context, recipe->plc, request, respond);
-    if (!plc)
-        return;
-    RecipeDesk::compare(
-        *recipe, plc,
-        [recipe = *recipe, respond](const RecipeResult<QVector<ComparedValue>>& compared) {
-            respond(
-                Response::json(comparisonText(recipe, std::get<QVector<ComparedValue>>(compared))));
-        });
+    withRecipe(context, request, respond, [context, request, respond](const Recipe& recipe) {
+        const std::shared_ptr<RecipePlc> plc = plcOf(context, recipe.plc, request, respond);
+        if (!plc)
+            return;
+        RecipeDesk::compare(
+            recipe, plc, [recipe, respond](const RecipeResult<QVector<ComparedValue>>& compared) {
+                respond(Response::json(
+                    comparisonText(recipe, std::get<QVector<ComparedValue>>(compared))));
+            });
+    });
 }
 
 /// What the ids of a restore's writes begin with: as short as ids are to be.
@@ -205,25 +225,13 @@ Response restoreResponse(const RecipeResult<RestoreReport>& restored)
     return Response::json(reportText(std::get<RestoreReport>(restored)));
 }
 
-void restoreRecipe(const ApiContext& context, const Request& request, const Responder& respond)
+void restore(const ApiContext& context, const Request& request, const QString& id,
+             const Recipe& recipe, const Responder& respond)
 {
-    const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
-    const QString* const id = json ? json->text("id") : nullptr;
-    if (!id)
-        return respond(badRequest(QStringLiteral("\"id\": a text is expected")));
-    // Who asks again is told what was done, and nothing is done, also when the recipe is gone.
-    const auto repeat = [respond](const RecipeResult<RestoreReport>& restored) {
-        respond(restoreResponse(restored));
-    };
-    if (context.recipes && context.recipes->repeat(*id, nameOf(request), repeat))
-        return;
-    const std::optional<Recipe> recipe = recipeOf(context, request, respond);
-    if (!recipe)
-        return;
     const std::shared_ptr<RecipePlc> plc =
-        plcOf(context, recipe->plc, request, respond, writeIds(*id));
-    AuditRecord record = recordOf(context, request, "restore recipe", recipe->plc, nameOf(request));
-    record.id = *id;
+        plcOf(context, recipe.plc, request, respond, writeIds(id));
+    AuditRecord record = recordOf(context, request, "restore recipe", recipe.plc, nameOf(request));
+    record.id = id;
     if (!plc)
         return;
     const auto finish = [context, record, respond](const RecipeResult<RestoreReport>& restored) {
@@ -231,13 +239,37 @@ void restoreRecipe(const ApiContext& context, const Request& request, const Resp
                       [respond, response = restoreResponse(restored)] { respond(response); });
     };
     context.recipes->restore(
-        *id, *recipe, plc, finish, [context, record](RecipeDesk::Permitted permitted) {
+        id, recipe, plc, finish, [context, record](RecipeDesk::Permitted permitted) {
             context.audit(record, [permitted = std::move(permitted)](const Expected<void>& isKept) {
                 permitted(isKept ? QString()
                                  : QStringLiteral("the audit cannot be written: %1")
                                        .arg(isKept.error().text));
             });
         });
+}
+
+void restoreRecipe(const ApiContext& context, const Request& request, const Responder& respond)
+{
+    const Expected<exchange::FlatJson> json = exchange::parseFlatJson(request.body);
+    const QString* const id = json ? json->text("id") : nullptr;
+    if (!id)
+        return respond(badRequest(QStringLiteral("\"id\": a text is expected")));
+    // Who asks again is told what was done, and nothing is done, also when the recipe is gone.
+    const auto isTold = [recipes = context.recipes, id = *id, name = nameOf(request), respond] {
+        return recipes &&
+               recipes->repeat(id, name, [respond](const RecipeResult<RestoreReport>& report) {
+                   respond(restoreResponse(report));
+               });
+    };
+    if (isTold())
+        return;
+    // The first request of the id may begin while the disk is asked.
+    withRecipe(
+        context, request, respond,
+        [context, request, id = *id, respond](const Recipe& recipe) {
+            restore(context, request, id, recipe, respond);
+        },
+        isTold);
 }
 
 } // namespace

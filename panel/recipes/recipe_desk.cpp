@@ -124,51 +124,36 @@ void RecipeDesk::Restores::begin(const std::shared_ptr<Restores>& restores, cons
     });
 }
 
-RecipeDesk::RecipeDesk(const QString& folder)
-    : m_folder(folder), m_restores(std::make_shared<Restores>())
+RecipeDesk::RecipeDesk(const QString& folder, service::DiskThread::Wake wake)
+    : m_files(std::make_shared<RecipeFiles>(folder, std::move(wake))),
+      m_restores(std::make_shared<Restores>())
 {
 }
 
 RecipeDesk::~RecipeDesk() = default;
 
-RecipeResult<Recipe> RecipeDesk::find(const QString& name) const
-{
-    if (!m_folder.contains(name))
-        return RecipeFailure{RecipeFailure::Missing,
-                             QStringLiteral("there is no recipe of that name")};
-    Expected<Recipe> recipe = m_folder.load(name);
-    if (!recipe)
-        return RecipeFailure{RecipeFailure::Storage, recipe.error().text};
-    return *std::move(recipe);
-}
-
-RecipeResult<bool> RecipeDesk::remove(const QString& name)
-{
-    if (!m_folder.contains(name))
-        return RecipeFailure{RecipeFailure::Missing,
-                             QStringLiteral("there is no recipe of that name")};
-    if (const Expected<void> isRemoved = m_folder.remove(name); !isRemoved)
-        return RecipeFailure{RecipeFailure::Storage, isRemoved.error().text};
-    return true;
-}
-
-void RecipeDesk::save(const SaveOrder& order, std::shared_ptr<RecipePlc> plc, Saved saved)
+void RecipeDesk::save(const SaveOrder& order, std::shared_ptr<RecipePlc> plc, const Saved& saved)
 {
     QString problem = recipeNameProblem(order.name);
     if (problem.isEmpty())
         problem = problemOf(order.labels);
     if (!problem.isEmpty())
         return saved(RecipeFailure{RecipeFailure::Senseless, problem});
-    const auto finish = [folder = m_folder, order, saved](const Readings& readings) {
+    const std::optional<RecipeFiles::Place> place = m_files->takePlace(order.name, saved);
+    if (!place)
+        return;
+    const auto finish = [known = std::weak_ptr<RecipeFiles>(m_files), place = *place,
+                         order](const Readings& readings) {
+        const std::shared_ptr<RecipeFiles> files = known.lock();
+        if (!files)
+            return;
         const QString unreadable = unreadableText(order.labels, readings);
         if (!unreadable.isEmpty())
-            return saved(RecipeFailure{RecipeFailure::Unreadable, unreadable});
+            return files->giveUp(place, {RecipeFailure::Unreadable, unreadable});
         Recipe recipe{order.name, order.plc, order.time, order.user, {}};
         for (int i = 0; i < int(readings.size()); ++i)
             recipe.entries.append({order.labels[i], *readings[i].content});
-        if (const Expected<void> isSaved = folder.save(recipe); !isSaved)
-            return saved(RecipeFailure{RecipeFailure::Storage, isSaved.error().text});
-        saved(recipe);
+        files->save(place, recipe);
     };
     readAll(order.labels, std::move(plc), finish);
 }

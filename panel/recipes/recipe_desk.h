@@ -6,29 +6,11 @@
 #include <QtCore/QStringList>
 
 #include <memory>
-#include <variant>
 
-#include "panel/recipes/recipe_folder.h"
+#include "panel/recipes/recipe_files.h"
 #include "panel/recipes/recipe_restore.h"
 
 namespace plc::panel {
-
-struct RecipeFailure {
-    enum Kind {
-        Senseless,    ///< What was asked for makes no sense.
-        Missing,      ///< There is no such recipe, or its PLC is not there.
-        Conflict,     ///< It cannot be done now, or not any more.
-        Unreadable,   ///< The PLC did not give a value.
-        Storage,      ///< The file cannot be read or written.
-        NotPermitted, ///< What has to happen before cannot.
-        Forgotten     ///< It was done; what came of it is not kept any more.
-    };
-    Kind kind = Senseless;
-    QString text;
-};
-
-template <typename T>
-using RecipeResult = std::variant<T, RecipeFailure>;
 
 struct ComparedValue {
     QString label;
@@ -38,19 +20,25 @@ struct ComparedValue {
     QString reason;              ///< Why it is not known, or cannot be equal.
 };
 
-/// Saves, compares and restores recipes. For one thread.
+/// Saves, compares and restores recipes. For one thread, which never waits for the disk.
 ///
 /// 1. A set is saved as a whole, as the PLC has it now, or not at all.
-/// 2. A PLC is restored by one at a time.
-/// 3. The same id restores once: who asks again gets the report of the first.
+/// 2. What was asked for later to be saved under a name, or to be removed, is so behind what was
+///    asked for before.
+/// 3. A PLC is restored by one at a time.
+/// 4. The same id restores once: who asks again gets the report of the first.
 class RecipeDesk {
 public:
-    explicit RecipeDesk(const QString& folder);
+    /// `wake` is called by another thread: deliver() is to be called by this one.
+    RecipeDesk(const QString& folder, service::DiskThread::Wake wake);
     ~RecipeDesk();
 
-    const RecipeFolder& folder() const { return m_folder; }
-    RecipeResult<Recipe> find(const QString& name) const;
-    RecipeResult<bool> remove(const QString& name);
+    void list(const RecipeTold<QVector<RecipeSummary>>& listed) { m_files->list(listed); }
+    void find(const QString& name, const RecipeTold<Recipe>& found) { m_files->find(name, found); }
+    void remove(const QString& name, const RecipeTold<bool>& removed)
+    {
+        m_files->remove(name, removed);
+    }
 
     struct SaveOrder {
         QString name;
@@ -59,13 +47,13 @@ public:
         QString user;
         qint64 time = 0; ///< ms since 1970-01-01T00:00:00Z
     };
-    using Saved = std::function<void(const RecipeResult<Recipe>&)>;
-    void save(const SaveOrder& order, std::shared_ptr<RecipePlc> plc, Saved saved);
+    using Saved = RecipeTold<Recipe>;
+    void save(const SaveOrder& order, std::shared_ptr<RecipePlc> plc, const Saved& saved);
 
-    using Compared = std::function<void(const RecipeResult<QVector<ComparedValue>>&)>;
+    using Compared = RecipeTold<QVector<ComparedValue>>;
     static void compare(const Recipe& recipe, std::shared_ptr<RecipePlc> plc, Compared compared);
 
-    using Restored = std::function<void(const RecipeResult<RestoreReport>&)>;
+    using Restored = RecipeTold<RestoreReport>;
     /// Tells of a restore of this id that was begun before, if there was one, whatever has become
     /// of the recipe and the PLC since. Whether there was; else `restored` is not called.
     bool repeat(const QString& id, const QString& name, const Restored& restored);
@@ -77,10 +65,17 @@ public:
     void restore(const QString& id, const Recipe& recipe, std::shared_ptr<RecipePlc> plc,
                  Restored restored, const Before& before = {});
 
+    // As those of RecipeFiles.
+    void deliver() { m_files->deliver(); }
+    void stop() { m_files->stop(); }
+    void finish(std::chrono::milliseconds patience) { m_files->finish(patience); }
+    std::optional<qint64> busySince() const { return m_files->busySince(); }
+
 private:
     struct Restores;
 
-    RecipeFolder m_folder;
+    /// Known to saves that wait for the PLC, which may outlive the desk.
+    const std::shared_ptr<RecipeFiles> m_files;
     /// Shared with restores that are under way, which may outlive the desk.
     std::shared_ptr<Restores> m_restores;
 };

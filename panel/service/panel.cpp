@@ -79,6 +79,8 @@ Panel::Panel(const PanelSettings& settings, const QString& driver, const QString
 Panel::~Panel()
 {
     m_queries.stop();
+    if (m_recipes)
+        m_recipes->stop();
     m_server.reset();
     m_guard.reset();
     m_access.reset(); // whose thread posts what came of a login
@@ -100,6 +102,8 @@ Panel::~Panel()
 void Panel::finishFiles()
 {
     const bool isDone = !m_audit || m_audit->drain(kLastPatience);
+    if (m_recipes)
+        m_recipes->finish(kLastPatience);
     if (m_alarmDesk)
         m_alarmDesk->finish(kLastPatience);
     if (m_audit)
@@ -206,7 +210,8 @@ Expected<void> Panel::start()
     if (const Expected<void> alarms = startAlarms(); !alarms)
         return alarms.error();
     if (!m_settings.recipes.isEmpty())
-        m_recipes = std::make_unique<RecipeDesk>(m_settings.recipes);
+        m_recipes = std::make_unique<RecipeDesk>(m_settings.recipes,
+                                                 onDisk([this] { m_recipes->deliver(); }));
     Expected<std::unique_ptr<Server>> server = Server::start(
         serverSettings(m_settings), apiRoutes(context()) + pageRoutes(), m_guard.get());
     if (!server)
@@ -423,6 +428,8 @@ void Panel::passSecond()
     }
     m_alarms->passSecond();
     tell(troubleOf(m_alarms->failure(), m_alarmDesk->busySince()), &m_alarmTrouble);
+    if (m_recipes)
+        tell(troubleOf({}, m_recipes->busySince()), &m_recipeTrouble);
     if (!m_recorder && !m_recordingError.isEmpty())
         tryRecordingAgain();
     if (m_recorder)

@@ -98,6 +98,7 @@ private:
     QString m_auditError; ///< Why the last record is not in the audit; empty: it is.
     Trouble m_auditTrouble = {"the audit is not kept", "the audit is kept again", {}};
     Trouble m_alarmTrouble = {"alarms are not kept", "alarms are kept again", {}};
+    Trouble m_recipeTrouble = {"recipes are neither read nor kept", "recipes are kept again", {}};
     Trouble m_recorderTrouble = {"nothing is recorded", "changes are recorded again", {}};
     QTimer m_seconds;
     std::unique_ptr<service::Inbox> m_owner; ///< Receives what the server's thread posts.

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <QtCore/QDir>
 #include <QtCore/QUrl>
 
 #include <csignal>
@@ -28,10 +29,11 @@ protected:
     void answer() { QFile::remove(path("hangs")); }
 
     /// Asks; nothing is waited for.
-    std::unique_ptr<HttpConnection> ask(const QByteArray& target, const QByteArray& body)
+    std::unique_ptr<HttpConnection> ask(const QByteArray& target, const QByteArray& body,
+                                        const QByteArray& method = "POST")
     {
         auto connection = std::make_unique<HttpConnection>(port);
-        connection->send("POST /api/v1/" + target +
+        connection->send(method + " /api/v1/" + target +
                          " HTTP/1.1\r\nHost: localhost\r\nContent-Type: application/json\r\n"
                          "Content-Length: " +
                          QByteArray::number(body.size()) + "\r\n\r\n" + body);
@@ -107,6 +109,32 @@ TEST_F(PanelOnASlowDisk, GoesOnReadingWhileAnAlarmIsAcknowledged)
                 testing::HasSubstr(R"("acknowledgedBy":"local")"));
     EXPECT_EQ(200, past.answer().status);
     EXPECT_EQ("local", alarm().value(QLatin1String("acknowledgedBy")).toString().toStdString());
+}
+
+TEST_F(PanelOnASlowDisk, GoesOnReadingWhileARecipeIsKept)
+{
+    settings.remove(QStringLiteral("audit"));
+    settings[QStringLiteral("recipes")] = QStringLiteral("recipes");
+    startPanel();
+    hang();
+    const std::unique_ptr<HttpConnection> saving =
+        ask("recipes/Summer", R"({"plc":"tank","labels":["T.set"]})", "PUT");
+    // Its new file is there, and is not on the disk yet.
+    ASSERT_TRUE(comesTrue(
+        [this] { return !QDir(path("recipes")).entryList(QDir::Files | QDir::Hidden).isEmpty(); }));
+    HttpConnection showing(port);
+    showing.send("GET /api/v1/recipes/Summer HTTP/1.1\r\nHost: localhost\r\n\r\n");
+    const std::unique_ptr<HttpConnection> restoring =
+        ask("recipes/Summer/restore", R"({"id":"r1"})");
+    plc->set("T.level", QStringLiteral("42"));
+    EXPECT_TRUE(comesToShow("T.level", "42"));
+    const std::unique_ptr<HttpConnection> removing = ask("recipes/Summer", {}, "DELETE");
+    answer();
+    EXPECT_EQ(200, saving->answer().status);
+    EXPECT_EQ(200, showing.answer().status);
+    EXPECT_EQ(200, restoring->answer().status);
+    EXPECT_EQ(204, removing->answer().status);
+    EXPECT_EQ(404, HttpConnection(port).get("/api/v1/recipes/Summer").status);
 }
 
 TEST_F(PanelOnASlowDisk, SettlesAtTheEndWhatIsNotOnRecordYet)

@@ -1,9 +1,11 @@
 #include "panel/recipes/recipe_desk.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/panel/recipes/model_plc.h"
 #include "tests/support/file_test.h"
+#include "tests/support/hanging_disk.h"
 
 namespace plc::panel {
 namespace {
@@ -27,19 +29,59 @@ protected:
         const auto* found = std::get_if<RecipeFailure>(&result);
         return found ? std::to_string(found->kind) + " " + found->text.toStdString() : "";
     }
-    std::string save(const QStringList& labels)
+    static constexpr char kOpen[] = "not settled";
+
+    RecipeDesk::SaveOrder order(const QStringList& labels, const char* name = "Summer") const
     {
-        std::string outcome = "not settled";
-        desk.save({QStringLiteral("Summer"), QStringLiteral("press"), labels,
-                   QStringLiteral("anna"), 1234},
-                  plc, [&outcome](const RecipeResult<Recipe>& saved) { outcome = failure(saved); });
+        return {QString::fromLatin1(name), QStringLiteral("press"), labels, QStringLiteral("anna"),
+                1234};
+    }
+    /// What came of it, once that is known.
+    template <typename T>
+    static RecipeTold<T> into(std::string* outcome)
+    {
+        *outcome = kOpen;
+        return [outcome](const RecipeResult<T>& result) { *outcome = failure(result); };
+    }
+    /// Until the disk has answered.
+    void await(const std::string& outcome)
+    {
+        while (outcome == kOpen) {
+            bell.await();
+            desk.deliver();
+        }
+    }
+    std::string save(const QStringList& labels, const char* name = "Summer")
+    {
+        std::string outcome;
+        desk.save(order(labels, name), plc, into<Recipe>(&outcome));
         plc->settle();
+        await(outcome);
+        return outcome;
+    }
+    /// The recipe, or the failure.
+    std::string find(const char* name, Recipe* recipe = nullptr)
+    {
+        std::string outcome = kOpen;
+        desk.find(QString::fromLatin1(name), [&](const RecipeResult<Recipe>& found) {
+            outcome = failure(found);
+            if (recipe && outcome.empty())
+                *recipe = std::get<Recipe>(found);
+        });
+        await(outcome);
+        return outcome;
+    }
+    std::string remove(const char* name)
+    {
+        std::string outcome;
+        desk.remove(QString::fromLatin1(name), into<bool>(&outcome));
+        await(outcome);
         return outcome;
     }
     /// The outcome, "" for a report.
     void restore(const char* id, const Recipe& recipe, std::string* outcome)
     {
-        *outcome = "not settled";
+        *outcome = kOpen;
         desk.restore(QString::fromLatin1(id), recipe, plc,
                      [outcome](const RecipeResult<RestoreReport>& report) {
                          *outcome = failure(report);
@@ -56,16 +98,16 @@ protected:
     }
     int writes() const { return int(plc->log.filter(QStringLiteral("write")).size()); }
 
-    RecipeDesk desk{path("recipes")};
+    plc::test::Bell bell;
+    RecipeDesk desk{path("recipes"), [this] { bell.ring(); }};
     std::shared_ptr<ModelPlc> plc = std::make_shared<ModelPlc>();
 };
 
 TEST_F(RecipeDeskTest, SavesWhatThePlcHasNow)
 {
     EXPECT_EQ("", save({QStringLiteral("b"), QStringLiteral("a")}));
-    const RecipeResult<Recipe> found = desk.find(QStringLiteral("Summer"));
-    ASSERT_EQ("", failure(found));
-    const auto& recipe = std::get<Recipe>(found);
+    Recipe recipe;
+    ASSERT_EQ("", find("Summer", &recipe));
     EXPECT_EQ("press", recipe.plc.toStdString());
     EXPECT_EQ("anna", recipe.savedBy.toStdString());
     EXPECT_EQ(1234, recipe.savedAt);
@@ -79,8 +121,9 @@ TEST_F(RecipeDeskTest, SavesNothingWhenOneValueCannotBeRead)
     EXPECT_EQ("", save({QStringLiteral("a")}));
     EXPECT_EQ("3 x: the PLC refuses it (and 1 more); nothing was saved",
               save({QStringLiteral("a"), QStringLiteral("x"), QStringLiteral("y")}));
-    EXPECT_EQ(1, std::get<Recipe>(desk.find(QStringLiteral("Summer"))).entries.size())
-        << "the old one stays";
+    Recipe recipe;
+    EXPECT_EQ("", find("Summer", &recipe));
+    EXPECT_EQ(1, recipe.entries.size()) << "the old one stays";
 }
 
 TEST_F(RecipeDeskTest, WhatMakesNoSenseIsNotAsked)
@@ -88,8 +131,8 @@ TEST_F(RecipeDeskTest, WhatMakesNoSenseIsNotAsked)
     EXPECT_EQ("0 expected labels of values", save({}));
     EXPECT_EQ("0 a stands twice", save({QStringLiteral("a"), QStringLiteral("a")}));
     EXPECT_TRUE(plc->log.isEmpty());
-    EXPECT_EQ("1 there is no recipe of that name", failure(desk.find(QStringLiteral("x"))));
-    EXPECT_EQ("1 there is no recipe of that name", failure(desk.remove(QStringLiteral("../x"))));
+    EXPECT_EQ("1 there is no recipe of that name", find("x"));
+    EXPECT_EQ("1 there is no recipe of that name", remove("../x"));
 }
 
 TEST_F(RecipeDeskTest, ComparesWithWhatThePlcHasNow)
@@ -205,7 +248,7 @@ TEST_F(RecipeDeskTest, RestoresOnceItIsPermitted)
 {
     std::vector<RecipeDesk::Permitted> waiting;
     const auto restoreLater = [&](const char* id, const Recipe& recipe, std::string* outcome) {
-        *outcome = "not settled";
+        *outcome = kOpen;
         desk.restore(
             QString::fromLatin1(id), recipe, plc,
             [outcome](const RecipeResult<RestoreReport>& report) {
@@ -242,6 +285,138 @@ TEST_F(RecipeDeskTest, RestoresOnceItIsPermitted)
     EXPECT_EQ("2 press is being restored by somebody else", second);
     plc->settle();
     EXPECT_EQ("1", first);
+}
+
+TEST_F(RecipeDeskTest, ChangesOfARecipeAreMadeInTheOrderInWhichTheyWereAskedFor)
+{
+    const auto slow = std::make_shared<ModelPlc>();
+    slow->values = plc->values;
+    std::string first;
+    std::string removed;
+    std::string last;
+    desk.save(order({QStringLiteral("a"), QStringLiteral("b")}), slow, into<Recipe>(&first));
+    desk.remove(QStringLiteral("Summer"), into<bool>(&removed));
+    desk.save(order({QStringLiteral("a")}), plc, into<Recipe>(&last));
+    plc->settle();
+    EXPECT_EQ("", save({QStringLiteral("a")}, "Winter")) << "waits for no other recipe";
+    EXPECT_EQ(kOpen, removed);
+    EXPECT_EQ(kOpen, last);
+    slow->settle();
+    await(last);
+    EXPECT_EQ("", first);
+    EXPECT_EQ("", removed) << "it was there";
+    EXPECT_EQ("", last);
+    Recipe recipe;
+    EXPECT_EQ("", find("Summer", &recipe));
+    EXPECT_EQ(1, recipe.entries.size());
+}
+
+TEST_F(RecipeDeskTest, WhatFollowsASaveThatCannotBeMadeIsDone)
+{
+    EXPECT_EQ("", save({QStringLiteral("a")}));
+    const auto slow = std::make_shared<ModelPlc>();
+    std::string unreadable;
+    std::string removed;
+    desk.save(order({QStringLiteral("a")}), slow, into<Recipe>(&unreadable));
+    desk.remove(QStringLiteral("Summer"), into<bool>(&removed));
+    slow->settle();
+    EXPECT_EQ("3 a: the PLC refuses it; nothing was saved", unreadable);
+    await(removed);
+    EXPECT_EQ("", removed);
+}
+
+TEST_F(RecipeDeskTest, OfTwoSavesAtOnceOneIsTheLastThatThereIsRoomFor)
+{
+    ASSERT_TRUE(QDir().mkpath(path("recipes")));
+    for (int i = 1; i < RecipeFolder::kMostRecipes; ++i)
+        files.put(path(QByteArray("recipes/" + QByteArray::number(i)).constData()), "");
+    std::string first;
+    std::string second;
+    desk.save(order({QStringLiteral("a")}, "Summer"), plc, into<Recipe>(&first));
+    desk.save(order({QStringLiteral("a")}, "Winter"), plc, into<Recipe>(&second));
+    plc->settle();
+    await(second);
+    EXPECT_EQ("", first);
+    EXPECT_THAT(second, testing::HasSubstr("there are 1000 recipes"));
+}
+
+/// A desk whose disk answers when the test wants it to.
+class RecipesOnAHangingDisk : public RecipeDeskTest {
+protected:
+    RecipesOnAHangingDisk()
+    {
+        EXPECT_EQ("", save({QStringLiteral("a")}));
+        plc::test::diskGate().setOpen(false);
+        desk.save(order({QStringLiteral("b")}), plc, into<Recipe>(&saved));
+        plc->settle();
+        plc::test::diskGate().awaitArrival();
+    }
+    ~RecipesOnAHangingDisk() override { plc::test::diskGate().setOpen(true); }
+
+    std::string saved;
+};
+
+TEST_F(RecipesOnAHangingDisk, NobodyWaits)
+{
+    EXPECT_TRUE(desk.busySince());
+    std::string listed;
+    std::string found;
+    std::string removed;
+    desk.list(into<QVector<RecipeSummary>>(&listed));
+    desk.find(QStringLiteral("Summer"), into<Recipe>(&found));
+    desk.remove(QStringLiteral("Summer"), into<bool>(&removed));
+    desk.deliver();
+    EXPECT_EQ(kOpen, saved);
+    EXPECT_EQ(kOpen, listed);
+    EXPECT_EQ(kOpen, found);
+    EXPECT_EQ(kOpen, removed);
+    plc->values[QStringLiteral("a")] = integer(9);
+    std::string restored;
+    restore("1", letters(2), &restored);
+    plc->settle();
+    EXPECT_EQ("1", restored) << "the PLC is asked meanwhile";
+    plc::test::diskGate().setOpen(true);
+    await(removed);
+    EXPECT_EQ("", saved);
+    EXPECT_EQ("", listed);
+    EXPECT_EQ("", found);
+    EXPECT_EQ("", removed);
+    EXPECT_FALSE(desk.busySince());
+}
+
+TEST_F(RecipesOnAHangingDisk, NoMoreWaitThanThereIsRoomFor)
+{
+    std::vector<std::string> outcomes(RecipeFiles::kMostWaiting);
+    for (std::string& outcome : outcomes)
+        desk.find(QStringLiteral("Summer"), into<Recipe>(&outcome));
+    EXPECT_EQ(kOpen, outcomes[outcomes.size() - 2]);
+    EXPECT_EQ("7 too many wait for the recipes' disk; ask again later", outcomes.back());
+    std::string more;
+    desk.save(order({QStringLiteral("a")}), plc, into<Recipe>(&more));
+    EXPECT_EQ("7 too many wait for the recipes' disk; ask again later", more);
+    plc::test::diskGate().setOpen(true);
+    await(outcomes[outcomes.size() - 2]);
+    EXPECT_EQ("", find("Summer"));
+}
+
+TEST_F(RecipesOnAHangingDisk, KeepsNobodyFromEndingAndWhatIsNotKnownIsToldSo)
+{
+    std::string found;
+    std::string unread;
+    std::string behind;
+    desk.find(QStringLiteral("Summer"), into<Recipe>(&found));
+    desk.save(order({QStringLiteral("a")}, "Winter"), plc, into<Recipe>(&unread));
+    desk.remove(QStringLiteral("Winter"), into<bool>(&behind));
+    desk.stop();
+    EXPECT_EQ("7 the program ends", found);
+    desk.find(QStringLiteral("Summer"), into<Recipe>(&found));
+    EXPECT_EQ("7 the program ends", found);
+    desk.finish(std::chrono::milliseconds(0));
+    EXPECT_EQ("8 the disk did not answer before the program ended", saved);
+    EXPECT_EQ("7 the program ends", unread);
+    EXPECT_EQ("7 the program ends", behind);
+    plc->settle();
+    EXPECT_EQ("7 the program ends", save({QStringLiteral("a")}));
 }
 
 } // namespace
