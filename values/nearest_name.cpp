@@ -1,8 +1,10 @@
 #include "values/nearest_name.h"
 
-#include <QtCore/QVector>
+#include <QtCore/QHash>
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
 
 #include "values/visible_text.h"
 
@@ -13,30 +15,71 @@ namespace {
 constexpr int kLongestComparedName = 64;
 constexpr int kLongestQuotedText = 60;
 
-/// Insertions, removals and replacements of single characters and swaps of neighbours that turn one
-/// text into the other.
-int editDistance(const QString& from, const QString& to)
+ushort folded(QChar character)
 {
-    const int width = int(to.size()) + 1;
-    QVector<int> beforeLast(width), last(width), current(width);
-    for (int column = 0; column < width; ++column)
-        last[column] = column;
-    for (int line = 1; line <= int(from.size()); ++line) {
-        current[0] = line;
-        for (int column = 1; column < width; ++column) {
-            const bool equal = from[line - 1] == to[column - 1];
-            const bool swapped = line > 1 && column > 1 && from[line - 1] == to[column - 2] &&
-                                 from[line - 2] == to[column - 1];
-            current[column] = std::min(
-                {last[column] + 1, current[column - 1] + 1, last[column - 1] + (equal ? 0 : 1)});
-            if (swapped)
-                current[column] = std::min(current[column], beforeLast[column - 2] + 1);
-        }
-        beforeLast = last;
-        last = current;
-    }
-    return last.last();
+    const ushort code = character.unicode();
+    if (code < 0x80)
+        return code >= 'A' && code <= 'Z' ? ushort(code | 0x20) : code;
+    return character.toLower().unicode();
 }
+
+/// How many insertions, removals and replacements of single characters and swaps of neighbours turn
+/// a text into other ones, whatever their case. A column of the table of distances is the bits of
+/// two words, which tell where it goes up and down: H. Hyyrö, "A Bit-Vector Algorithm for Computing
+/// Levenshtein and Damerau Edit Distances", Nordic Journal of Computing 10 (2003).
+class EditDistance {
+public:
+    /// Of kLongestComparedName characters at most, as many as a word has bits.
+    explicit EditDistance(const QString& text) : m_length(int(text.size()))
+    {
+        for (int i = 0; i < m_length; ++i)
+            placesOf(folded(text[i])) |= quint64(1) << i;
+    }
+
+    /// Or any number that is not below `bound`, where the distance is not either.
+    int to(const QString& other, int bound) const
+    {
+        const int length = int(other.size());
+        if (m_length == 0 || std::abs(length - m_length) >= bound)
+            return std::max(length, m_length);
+        const quint64 lastPlace = quint64(1) << (m_length - 1);
+        quint64 up = ~quint64(0);
+        quint64 down = 0;
+        quint64 diagonal = 0;
+        quint64 placesBefore = 0;
+        int distance = m_length;
+        for (int i = 0; i < length; ++i) {
+            const quint64 places = placesOf(folded(other[i]));
+            const quint64 swapped = ((~diagonal & places) << 1) & placesBefore;
+            diagonal = (((places & up) + up) ^ up) | places | down | swapped;
+            const quint64 rises = down | ~(diagonal | up);
+            const quint64 falls = diagonal & up;
+            distance += (rises & lastPlace) != 0 ? 1 : (falls & lastPlace) != 0 ? -1 : 0;
+            // Each of the characters that follow takes away one at most.
+            if (distance - (length - i - 1) >= bound)
+                return bound;
+            const quint64 risesBelow = (rises << 1) | 1;
+            up = (falls << 1) | ~(diagonal | risesBelow);
+            down = risesBelow & diagonal;
+            placesBefore = places;
+        }
+        return distance;
+    }
+
+private:
+    quint64& placesOf(ushort character)
+    {
+        return character < 0x80 ? m_ascii[character] : m_others[character];
+    }
+    quint64 placesOf(ushort character) const
+    {
+        return character < 0x80 ? m_ascii[character] : m_others.value(character);
+    }
+
+    const int m_length;
+    std::array<quint64, 0x80> m_ascii{}; ///< Where the text has a character, a bit for each place.
+    QHash<ushort, quint64> m_others;
+};
 
 } // namespace
 
@@ -44,12 +87,13 @@ QString nearestName(const QString& name, const QStringList& candidates)
 {
     if (name.size() > kLongestComparedName)
         return {};
+    const EditDistance distanceOfName(name);
     QString nearest;
     int nearestDistance = 1 + std::max(1, int(name.size()) / 3);
     for (const QString& candidate : candidates) {
         if (candidate.size() > kLongestComparedName)
             continue;
-        const int distance = editDistance(name.toLower(), candidate.toLower());
+        const int distance = distanceOfName.to(candidate, nearestDistance);
         if (distance < nearestDistance) {
             nearest = candidate;
             nearestDistance = distance;

@@ -141,16 +141,6 @@ TEST(LabelSyntax, OfAsciiANameHasAllThatIsSeenButSeparators)
         EXPECT_FALSE(isLabelName(QString(QChar(unseen)))) << unseen;
 }
 
-TEST(NearestName, PrefersTheFewestChangesAndIgnoresCase)
-{
-    const QStringList names{QStringLiteral("level"), QStringLiteral("lever"),
-                            QStringLiteral("INT")};
-    EXPECT_EQ("level", values::nearestName(QStringLiteral("levl"), names).toStdString());
-    EXPECT_EQ("INT", values::nearestName(QStringLiteral("int"), names).toStdString());
-    EXPECT_EQ("", values::nearestName(QStringLiteral("temperature"), names).toStdString());
-    EXPECT_EQ("", values::nearestName(QString(100000, QLatin1Char('l')), names).toStdString());
-}
-
 TEST(Quoted, KeepsOnLineAndShort)
 {
     EXPECT_EQ("\"a\\\"b\\\\\\u001b\"", values::quoted(QStringLiteral("a\"b\\\x1b")).toStdString());
