@@ -10,22 +10,31 @@ namespace {
 
 constexpr int kSearchesBeforeIndex = 4;
 
-Error notFound(const QString& where, const QString& name, const QStringList& known)
+/// `known` makes a list of the names that there are.
+template <typename Known>
+Error notFound(const QString& where, const QString& name, Hints hints, Known known)
 {
-    return {QStringLiteral("%1 has no %2%3")
-                .arg(where, values::quoted(name), values::nearestNameHint(name, known))};
+    const QString hint = hints == Hints::Given ? values::nearestNameHint(name, known()) : QString();
+    return {QStringLiteral("%1 has no %2%3").arg(where, values::quoted(name), hint)};
 }
 
-Expected<const Variable*> findMember(const StructureType& structure, const QString& name)
+QStringList namesOf(const QVector<Variable>& variables)
 {
-    QStringList known;
+    QStringList names;
+    for (const Variable& variable : variables)
+        names.append(variable.name);
+    return names;
+}
+
+Expected<const Variable*> findMember(const StructureType& structure, const QString& name,
+                                     Hints hints)
+{
     for (const Variable& member : structure.members) {
         if (member.name == name)
             return &member;
-        known.append(member.name);
     }
-    return notFound(QStringLiteral("structure %1").arg(values::quoted(structure.name)), name,
-                    known);
+    return notFound(QStringLiteral("structure %1").arg(values::quoted(structure.name)), name, hints,
+                    [&structure] { return namesOf(structure.members); });
 }
 
 QString declaredBounds(const Variable& variable)
@@ -92,10 +101,7 @@ void LabelFinder::Scope::makeIndex() const
 
 QStringList LabelFinder::Scope::names() const
 {
-    QStringList names;
-    for (const Variable& variable : *m_variables)
-        names.append(variable.name);
-    return names;
+    return namesOf(*m_variables);
 }
 
 LabelFinder::LabelFinder(const Symbols& symbols)
@@ -104,22 +110,25 @@ LabelFinder::LabelFinder(const Symbols& symbols)
         m_scopes.insert(scope.name, Scope(&scope.variables));
 }
 
-Expected<const Variable*> LabelFinder::findVariable(const QVector<LabelPart>& parts) const
+Expected<const Variable*> LabelFinder::findVariable(const QVector<LabelPart>& parts,
+                                                    Hints hints) const
 {
     const auto scope = m_scopes.constFind(parts[0].name);
-    if (scope == m_scopes.constEnd())
-        return notFound(QStringLiteral("the project"), parts[0].name, m_scopes.keys());
+    if (scope == m_scopes.constEnd()) {
+        return notFound(QStringLiteral("the project"), parts[0].name, hints,
+                        [this] { return m_scopes.keys(); });
+    }
     const Variable* variable = scope->find(parts[1].name);
     if (!variable) {
         return notFound(QStringLiteral("scope %1").arg(values::quoted(parts[0].name)),
-                        parts[1].name, scope->names());
+                        parts[1].name, hints, [&scope] { return scope->names(); });
     }
     return variable;
 }
 
-Expected<LabelTarget> LabelFinder::find(const QVector<LabelPart>& parts) const
+Expected<LabelTarget> LabelFinder::find(const QVector<LabelPart>& parts, Hints hints) const
 {
-    Expected<const Variable*> variable = findVariable(parts);
+    Expected<const Variable*> variable = findVariable(parts, hints);
     if (!variable)
         return variable.error();
     LabelTarget target;
@@ -141,20 +150,20 @@ Expected<LabelTarget> LabelFinder::find(const QVector<LabelPart>& parts) const
             return Error{
                 QStringLiteral("%1 is a structure; a label ends at one of its members").arg(name)};
         }
-        variable = findMember(*structure, parts[index + 1].name);
+        variable = findMember(*structure, parts[index + 1].name, hints);
         if (!variable)
             return variable.error();
     }
 }
 
-Expected<LabelTarget> LabelFinder::find(const QString& label) const
+Expected<LabelTarget> LabelFinder::find(const QString& label, Hints hints) const
 {
     const Expected<QVector<LabelPart>> parts = parseLabel(label);
     if (!parts)
         return parts.error();
     if (isPattern(*parts))
         return Error{QStringLiteral("a range of subscripts names more than one value")};
-    return find(*parts);
+    return find(*parts, hints);
 }
 
 } // namespace plc::project

@@ -21,6 +21,10 @@ struct LabelTarget {
     qint64 elements = 1; ///< Elements of the array named last, from this one to its end.
 };
 
+/// Whether an error says which name may have been meant. Each that there is is compared, which
+/// takes 0.1 us or less.
+enum class Hints { Given, None };
+
 /// Follows labels through the declarations of a project, which must outlive it unchanged. A scope
 /// is searched from its first variable on until so many labels of it were asked for that an index
 /// pays: one thread at a time.
@@ -29,10 +33,10 @@ public:
     explicit LabelFinder(const Symbols& symbols);
 
     /// An error if the label does not lead to a value; subscripts out of bounds are refused.
-    Expected<LabelTarget> find(const QString& label) const;
+    Expected<LabelTarget> find(const QString& label, Hints hints = Hints::Given) const;
 
     /// As above for a label already taken apart; of a range the first number counts.
-    Expected<LabelTarget> find(const QVector<LabelPart>& parts) const;
+    Expected<LabelTarget> find(const QVector<LabelPart>& parts, Hints hints = Hints::Given) const;
 
 private:
     /// Of several variables of one name the first counts.
@@ -50,7 +54,7 @@ private:
         mutable QHash<QString, const Variable*> m_index;
     };
 
-    Expected<const Variable*> findVariable(const QVector<LabelPart>& parts) const;
+    Expected<const Variable*> findVariable(const QVector<LabelPart>& parts, Hints hints) const;
 
     QHash<QString, Scope> m_scopes;
 };

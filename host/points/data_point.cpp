@@ -15,19 +15,19 @@ static_assert(values::kBitTypeCode == PLC_TYPE_BIT, "bits have one type code");
 static_assert(project::kTextElementStride == PLC_STRING_DISTANCE,
               "projects lay arrays of texts out as the driver does");
 
-Expected<DataPoint> DataPointFinder::find(const QString& text) const
+Expected<DataPoint> DataPointFinder::find(const QString& text, project::Hints hints) const
 {
     const project::CountedLabel counted = project::takeCountOff(text);
     if (counted.elements < 1) {
         return Error{QStringLiteral("%1: a number of elements is expected behind the *, not %2")
                          .arg(text, values::quoted(counted.count))};
     }
-    return find(counted.label, counted.elements);
+    return findElements(counted.label, counted.elements, hints);
 }
 
 Expected<DataPoint> DataPointFinder::find(const QString& label, int elements, int station) const
 {
-    Expected<DataPoint> point = find(label, elements);
+    Expected<DataPoint> point = findElements(label, elements, project::Hints::Given);
     if (point && m_settings.multiStation)
         point->station = station;
     return point;
@@ -48,9 +48,10 @@ Expected<void> DataPointFinder::check(const DataPoint& point) const
     return {};
 }
 
-Expected<DataPoint> DataPointFinder::find(const QString& label, int elements) const
+Expected<DataPoint> DataPointFinder::findElements(const QString& label, int elements,
+                                                  project::Hints hints) const
 {
-    const Expected<project::LabelTarget> target = m_labels.find(label);
+    const Expected<project::LabelTarget> target = m_labels.find(label, hints);
     if (!target)
         return Error{QStringLiteral("%1: %2").arg(label, target.error().text)};
     if (elements > target->elements) {

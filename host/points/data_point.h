@@ -62,7 +62,8 @@ public:
 
     /// `text` is a label, or "LABEL*N" for N elements of an array from that label
     /// on.
-    Expected<DataPoint> find(const QString& text) const;
+    Expected<DataPoint> find(const QString& text,
+                             project::Hints hints = project::Hints::Given) const;
     /// `elements` from a label on. `station` counts only where there are several.
     Expected<DataPoint> find(const QString& label, int elements, int station) const;
 
@@ -71,7 +72,8 @@ public:
     Expected<void> check(const DataPoint& point) const;
 
 private:
-    Expected<DataPoint> find(const QString& label, int elements) const;
+    Expected<DataPoint> findElements(const QString& label, int elements,
+                                     project::Hints hints) const;
 
     const PointSettings m_settings;
     project::LabelFinder m_labels;

@@ -54,7 +54,8 @@ public:
     qint64 passTime() const { return m_passes.duration(); }
     const host::TrafficCounters& counters() const { return m_plc->runtime().counters(); }
 
-    /// A value by its label, however that is spelt; "LABEL*N" for N elements.
+    /// A value by its label, however that is spelt; "LABEL*N" for N elements. Errors say which
+    /// label may have been meant for some of a second: that takes its time.
     Expected<host::DataPoint> find(const QString& text) const;
     /// Those of the configuration, which are read always, in its order.
     const QVector<int>& recorded() const { return m_recorded; }
@@ -106,6 +107,7 @@ private:
     QTimer m_seconds;
     setup::PassClock m_passes;
     qint64 m_sampledAt = 0;
+    mutable int m_hintsLeft; ///< Of this second.
 };
 
 } // namespace plc::panel

@@ -166,6 +166,17 @@ class SilenceTest(unittest.TestCase):
         self.stream.close()
 
 
+class MisspeltLabels(unittest.TestCase):
+    def test_the_first_of_a_second_are_told_what_may_have_been_meant(self):
+        site = Site().start()
+        self.addCleanup(site.close)
+        values = [{"plc": "plant", "label": f"P.leve{i}"} for i in range(20000)]
+        answer = site.up()._request("POST", "/subscriptions", {"values": values})["values"]
+        for i, value in enumerate(answer):
+            hint = ' (did you mean "level"?)' if i < 5 else ""
+            self.assertEqual(f'P.leve{i}: scope "P" has no "leve{i}"{hint}', value["error"])
+
+
 class ClientTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
