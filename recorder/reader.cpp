@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "database/file_identity.h"
 #include "recorder/aggregate_timeline.h"
 #include "recorder/block_table.h"
 #include "recorder/change_batch.h"
 #include "recorder/change_walk.h"
-#include "recorder/file_identity.h"
 #include "recorder/history.h"
 #include "recorder/recent_samples.h"
 #include "recorder/recording_file.h"
@@ -49,7 +49,7 @@ public:
 
     Expected<void> open(const QString& path)
     {
-        m_file = FileIdentity(path);
+        m_file = database::FileIdentity(path);
         return openToRead(path, &m_database);
     }
     bool isAtItsPath() const { return m_file.isStill(); }
@@ -122,7 +122,7 @@ private:
     std::optional<qint64> addTail(LastSamples* last);
     bool addBlocks(const QVector<Series>& all, LastSamples* last);
 
-    FileIdentity m_file;
+    database::FileIdentity m_file;
     SqliteDatabase m_database;
     bool m_isInSnapshot = false;
     std::optional<RecentSamples> m_recent; ///< In a snapshot, of the series that it is about.

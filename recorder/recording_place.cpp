@@ -16,9 +16,7 @@ Expected<void> RecordingPlace::open(const QString& path, database::SqliteDatabas
         return locked;
     if (Expected<void> opened = openToRecord(path, database); !opened)
         return opened;
-    m_file = FileIdentity(path);
-    m_journal = FileIdentity(path + QStringLiteral("-wal"));
-    m_journalIndex = FileIdentity(path + QStringLiteral("-shm"));
+    m_files = database::DatabaseFiles(path);
     m_lookedAt = now;
     return {};
 }
@@ -28,21 +26,14 @@ bool RecordingPlace::isTakenAway(qint64 now)
     if (qAbs(now - m_lookedAt) < kLookInterval)
         return false;
     m_lookedAt = now;
-    return !m_file.isStill();
+    return !isThere();
 }
 
-/// The journal stays beside the path when the file alone is moved. What it has comes into the file,
-/// and then it goes, while its number cannot be another file's: the next database there would take
-/// it for its own.
 Expected<void> RecordingPlace::leave(database::SqliteDatabase* database)
 {
-    if (database->number("PRAGMA wal_checkpoint(TRUNCATE)").value_or(0) != 0)
-        return Error{QStringLiteral("somebody still reads it")};
-    m_journal.remove();
-    m_journalIndex.remove();
-    m_journal = FileIdentity();
-    m_journalIndex = FileIdentity();
-    database->close();
+    const QString obstacle = m_files.leave(database);
+    if (!obstacle.isEmpty())
+        return Error{obstacle};
     return {};
 }
 

@@ -1,8 +1,7 @@
 #ifndef PLC_RECORDER_RECORDING_PLACE_H
 #define PLC_RECORDER_RECORDING_PLACE_H
 
-#include "database/sqlite_database.h"
-#include "recorder/file_identity.h"
+#include "database/database_files.h"
 #include "recorder/write_lock.h"
 
 namespace plc::recorder {
@@ -14,8 +13,8 @@ public:
     /// Locks the path and opens the recording there, which it begins where there is none. Times are
     /// in ms.
     Expected<void> open(const QString& path, database::SqliteDatabase* database, qint64 now);
-    QString path() const { return m_file.path(); }
-    bool isThere() const { return m_file.isStill(); }
+    QString path() const { return m_files.path(); }
+    bool isThere() const { return m_files.isStill(); }
     /// Whether the file was moved or removed; looks once a second.
     bool isTakenAway(qint64 now);
     /// Closes one that was: wherever it is now, it is whole. An error as long as somebody reads it.
@@ -23,9 +22,7 @@ public:
 
 private:
     WriteLock m_lock;
-    FileIdentity m_file;
-    FileIdentity m_journal; ///< Beside it, as is its index.
-    FileIdentity m_journalIndex;
+    database::DatabaseFiles m_files;
     qint64 m_lookedAt = 0;
 };
 

@@ -12,6 +12,8 @@ namespace {
 constexpr int kMostUnsaved = 10000;
 /// Between attempts to write while that fails, which waits for the disk.
 constexpr qint64 kRetryInterval = 1000; // ms
+/// Between looks at the history's file.
+constexpr qint64 kLookInterval = 1000; // ms
 
 bool isNewer(const AlarmOccurrence& a, const AlarmOccurrence& b)
 {
@@ -60,6 +62,7 @@ QVector<int> AlarmDesk::settle(const Moment& now)
     m_confirmed = m_clock.update(now.time, now.steady);
     m_engine.advance(now);
     collect();
+    look();
     save();
     return std::exchange(m_changed, {});
 }
@@ -93,6 +96,38 @@ void AlarmDesk::save()
         wish.answered({Refusal::NotThat, wish.reason});
 }
 
+void AlarmDesk::look()
+{
+    const bool isDue = !m_lookedAt || m_now - *m_lookedAt >= kLookInterval;
+    if (!m_store || m_hasEnded || m_isLooking || !isDue)
+        return;
+    m_lookedAt = m_now;
+    m_isLooking = true;
+    m_disk->submit([this, store = m_store] {
+        const Expected<void> there = store->look();
+        return [this, there, changedFiles = store->changedFiles()] {
+            m_isLooking = false;
+            m_missing = there ? QString() : there.error().text;
+            takeChangedFiles(changedFiles);
+            save();
+        };
+    });
+}
+
+/// What was written while nobody had seen yet that the file was moved is not in the new one: what
+/// is open is written once more.
+void AlarmDesk::takeChangedFiles(int changedFiles)
+{
+    if (changedFiles == m_changedFiles)
+        return;
+    m_changedFiles = changedFiles;
+    for (int alarm = 0; alarm < int(m_engine.alarms().size()); ++alarm) {
+        const std::optional<AlarmOccurrence> open = m_engine.status(alarm).occurrence;
+        if (open && !m_unsaved.contains(open->number))
+            m_unsaved.insert(open->number, *open);
+    }
+}
+
 void AlarmDesk::write()
 {
     m_isSaving = true;
@@ -105,7 +140,10 @@ void AlarmDesk::write()
     m_disk->submit(
         [this, store = m_store, occurrences = all.values().toVector(), confirmed = m_confirmed] {
             const Expected<void> outcome = store->save(occurrences, confirmed);
-            return [this, outcome] { takeSaved(outcome); };
+            return [this, outcome, changedFiles = store->changedFiles()] {
+                takeChangedFiles(changedFiles);
+                takeSaved(outcome);
+            };
         });
 }
 

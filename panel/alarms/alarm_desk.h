@@ -21,7 +21,8 @@ namespace plc::panel {
 /// Alarms with their history, which a thread of its own writes and reads: nobody waits for the
 /// disk. Where the history cannot be written, alarms go on, and what it lacks is written when that
 /// is possible again, tried once a second; but nothing is acknowledged, since nobody would know of
-/// it after a restart. For one thread; times as those of AlarmEngine.
+/// it after a restart. A history that was moved or removed is gone on with in a new one within a
+/// second. For one thread; times as those of AlarmEngine.
 class AlarmDesk {
 public:
     static constexpr int kMostWaiting = 32; ///< Questions of the past, and acknowledgements.
@@ -68,10 +69,12 @@ public:
     void deliver();
     /// Waits until all is in the history, for so long at most. Behind it nothing is kept any more.
     void finish(std::chrono::milliseconds patience);
-    bool isIdle() const { return !m_isSaving && m_asked.empty(); }
+    bool isIdle() const { return !m_isSaving && !m_isLooking && m_asked.empty(); }
 
     /// Why the history cannot be written; empty while it can.
-    const QString& failure() const { return m_failure; }
+    const QString& failure() const { return m_failure.isEmpty() ? m_missing : m_failure; }
+    /// How often the history was moved or removed, and is gone on with in a new one.
+    int changedFiles() const { return m_changedFiles; }
     /// Since when the disk has owed an answer, as values::steadyTime() counts; nothing: it owes
     /// none.
     std::optional<qint64> busySince() const { return m_busySince; }
@@ -111,6 +114,8 @@ private:
     void save();
     void write();
     void takeSaved(const Expected<void>& outcome);
+    void look();
+    void takeChangedFiles(int changedFiles);
     void putBack();
     void confirmWish(const Taken& taken);
     void answer(const Expected<QVector<AlarmOccurrence>>& written);
@@ -128,10 +133,14 @@ private:
     std::deque<Question> m_asked;
     bool m_isSaving = false;
     bool m_hasEnded = false;
+    bool m_isLooking = false;
     QString m_failure;
+    QString m_missing; ///< Why there is no history, as it was looked for last; empty: there is one.
+    int m_changedFiles = 0;
     // By the steady clock:
     qint64 m_now = 0;
     qint64 m_triedAt = 0;
+    std::optional<qint64> m_lookedAt;
     qint64 m_failedAt = 0; ///< Of use while there is a failure.
     std::optional<qint64> m_busySince;
     std::unique_ptr<service::DiskThread> m_disk; ///< Null without a store; uses the others.

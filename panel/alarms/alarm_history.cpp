@@ -75,6 +75,14 @@ const char kKept[] =
     "  WHERE a.key = alarm.key)"
     " ORDER BY number";
 
+// Of the past all that may still change, and that tells how often somebody did not look.
+const char kOpen[] =
+    " FROM occurrence JOIN alarm ON alarm.id = occurrence.alarm LEFT JOIN"
+    " (SELECT a.key AS of, max(o.number) AS last FROM occurrence o JOIN alarm a ON a.id = o.alarm"
+    "  WHERE o.acknowledgedAt IS NOT NULL GROUP BY a.key) ON of = alarm.key"
+    " WHERE ended IS NULL OR (acknowledgedAt IS NULL AND number > ifnull(last, 0))"
+    " ORDER BY number";
+
 // What has not ended stays, and the newest of each alarm while it is not acknowledged.
 const char kRemoveOld[] =
     "DELETE FROM occurrence WHERE ended IS NOT NULL AND (ended < ?1 OR number <= ?2)"
@@ -167,7 +175,12 @@ struct AlarmHistory::Statements {
     SqliteStatement between;
 };
 
-AlarmHistory::~AlarmHistory() = default;
+AlarmHistory::~AlarmHistory()
+{
+    m_statements.reset();
+    if (m_database.handle() && !m_files.isStill())
+        static_cast<void>(m_files.leave(&m_database));
+}
 
 Error AlarmHistory::failed() const
 {
@@ -181,6 +194,10 @@ Expected<std::unique_ptr<AlarmHistory>> AlarmHistory::open(const QString& path,
     history->m_limits = limits;
     if (const Expected<void> isPrepared = history->prepare(path); !isPrepared)
         return isPrepared.error();
+    const Expected<qint64> next = history->followingNumber();
+    if (!next)
+        return next.error();
+    history->m_lastNumber = *next - 1;
     return history;
 }
 
@@ -228,12 +245,117 @@ Expected<void> AlarmHistory::prepare(const QString& path)
     m_statements = std::make_unique<Statements>(m_database);
     if (!m_statements->arePrepared())
         return failed();
+    m_files = database::DatabaseFiles(path);
     return {};
+}
+
+/// Looking is as good as nothing beside what follows it, so that hardly anything is written into a
+/// file that was taken away.
+Expected<void> AlarmHistory::look()
+{
+    if (m_statements && m_files.isStill())
+        return {};
+    m_statements.reset();
+    const QString path = m_files.path();
+    Expected<void> begun = leave();
+    if (begun)
+        begun = begin(path);
+    if (begun)
+        return {};
+    return Error{QStringLiteral("%1: the history of alarms was moved or removed while it was open, "
+                                "and none can be begun in its place: %2")
+                     .arg(path, begun.error().text)};
+}
+
+Expected<void> AlarmHistory::leave()
+{
+    if (!m_database.handle())
+        return {};
+    const Expected<QVector<AlarmOccurrence>> open = openOnes();
+    if (!open && !m_database.isDamaged())
+        return open.error();
+    // Nothing more can be had of a damaged one.
+    m_carried = open.valueOr({});
+    const QString obstacle = m_files.leave(&m_database);
+    if (!obstacle.isEmpty())
+        return Error{obstacle};
+    return {};
+}
+
+Expected<void> AlarmHistory::begin(const QString& path)
+{
+    Expected<void> begun = prepare(path);
+    if (begun)
+        begun = checkNumbers();
+    if (begun && !carryOver()) {
+        begun = failed();
+        m_database.execute("ROLLBACK");
+    }
+    if (!begun) {
+        m_statements.reset();
+        m_database.close();
+        return begun;
+    }
+    m_carried.clear();
+    ++m_changedFiles;
+    return {};
+}
+
+/// What lies there may have been put there: of another history, which gave numbers of its own.
+Expected<void> AlarmHistory::checkNumbers()
+{
+    const Expected<qint64> next = followingNumber();
+    if (!next)
+        return next.error();
+    bool isOther = *next > m_lastNumber + 1;
+    SqliteStatement same(m_database,
+                         "SELECT count(*) FROM occurrence JOIN alarm ON alarm.id = occurrence.alarm"
+                         " WHERE number = ? AND (key <> ? OR began <> ?)");
+    for (const AlarmOccurrence& occurrence : std::as_const(m_carried)) {
+        same.bind(0, occurrence.number).bind(1, occurrence.alarm).bind(2, occurrence.begin);
+        if (same.step() != SqliteStatement::Row)
+            return failed();
+        isOther = isOther || same.number(0) > 0;
+        same.reset();
+    }
+    if (isOther)
+        return Error{
+            QStringLiteral("another history lies there; move it away, or start again to go "
+                           "on with it")};
+    return {};
+}
+
+bool AlarmHistory::carryOver()
+{
+    bool isCarried = m_database.execute("BEGIN IMMEDIATE");
+    for (const AlarmOccurrence& occurrence : std::as_const(m_carried))
+        isCarried = isCarried && saveOne(occurrence);
+    // An empty table has no row yet.
+    SqliteStatement add(m_database,
+                        "INSERT INTO sqlite_sequence(name, seq) SELECT 'occurrence', 0 WHERE NOT"
+                        " EXISTS(SELECT 1 FROM sqlite_sequence WHERE name = 'occurrence')");
+    SqliteStatement raise(m_database,
+                          "UPDATE sqlite_sequence SET seq = max(seq, ?)"
+                          " WHERE name = 'occurrence'");
+    raise.bind(0, m_lastNumber);
+    isCarried =
+        isCarried && add.step() == SqliteStatement::Done && raise.step() == SqliteStatement::Done;
+    return isCarried && m_database.execute("COMMIT");
+}
+
+Expected<QVector<AlarmOccurrence>> AlarmHistory::openOnes()
+{
+    SqliteStatement rows(m_database, (QByteArray(kColumns) + kOpen).constData());
+    return allOf(&rows);
 }
 
 Expected<void> AlarmHistory::save(const QVector<AlarmOccurrence>& occurrences,
                                   std::optional<qint64> confirmed)
 {
+    if (Expected<void> there = look(); !there)
+        return there;
+    for (const AlarmOccurrence& occurrence : occurrences)
+        m_lastNumber = std::max(m_lastNumber, occurrence.number);
     bool isSaved = m_database.execute("BEGIN IMMEDIATE");
     for (const AlarmOccurrence& occurrence : occurrences)
         isSaved = isSaved && saveOne(occurrence);
@@ -285,6 +407,8 @@ bool AlarmHistory::removeOld(std::optional<qint64> confirmed)
 
 Expected<QVector<KeptOccurrence>> AlarmHistory::kept()
 {
+    if (const Expected<void> there = look(); !there)
+        return there.error();
     QVector<KeptOccurrence> found;
     SqliteStatement& rows = m_statements->kept;
     SqliteStatement::Step step = rows.step();
@@ -297,18 +421,32 @@ Expected<QVector<KeptOccurrence>> AlarmHistory::kept()
 
 Expected<QVector<AlarmOccurrence>> AlarmHistory::between(qint64 from, qint64 to, int most)
 {
-    QVector<AlarmOccurrence> found;
+    if (const Expected<void> there = look(); !there)
+        return there.error();
     SqliteStatement& rows = m_statements->between;
     rows.bind(0, to).bind(1, from).bind(2, qint64(most));
-    SqliteStatement::Step step = rows.step();
-    for (; step == SqliteStatement::Row; step = rows.step())
-        found.append(occurrenceOf(rows));
+    return allOf(&rows);
+}
+
+Expected<QVector<AlarmOccurrence>> AlarmHistory::allOf(SqliteStatement* rows) const
+{
+    QVector<AlarmOccurrence> found;
+    SqliteStatement::Step step = rows->step();
+    for (; step == SqliteStatement::Row; step = rows->step())
+        found.append(occurrenceOf(*rows));
     if (step == SqliteStatement::Failed)
         return failed();
     return found;
 }
 
 Expected<qint64> AlarmHistory::nextNumber()
+{
+    if (const Expected<void> there = look(); !there)
+        return there.error();
+    return followingNumber();
+}
+
+Expected<qint64> AlarmHistory::followingNumber()
 {
     const std::optional<qint64> newest = m_database.number(
         "SELECT ifnull(max(seq), 0) FROM sqlite_sequence"

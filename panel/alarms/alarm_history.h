@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "database/database_files.h"
 #include "database/sqlite_database.h"
 #include "panel/alarms/alarm_store.h"
 
@@ -23,6 +24,10 @@ struct AlarmHistoryLimits {
 ///
 /// What save() has returned for is on the disk; it removes what is beyond the limits. While it is
 /// open, no other process can open it.
+///
+/// Where the path leads to another file than the one that was opened, or to none, a new one is
+/// begun there, with the numbers that follow: what has not ended goes along, and what of an alarm
+/// was not acknowledged since something of it was. All else stays in the file that was moved.
 class AlarmHistory : public AlarmStore {
 public:
     /// Creates the file if it does not exist.
@@ -35,6 +40,8 @@ public:
     Expected<QVector<KeptOccurrence>> kept() override;
     Expected<QVector<AlarmOccurrence>> between(qint64 from, qint64 to, int most) override;
     Expected<qint64> nextNumber() override;
+    Expected<void> look() override;
+    int changedFiles() const override { return m_changedFiles; }
 
 private:
     AlarmHistory() = default;
@@ -43,12 +50,23 @@ private:
     Error cannotOpen(const QString& path) const;
     bool saveOne(const AlarmOccurrence& occurrence);
     bool removeOld(std::optional<qint64> confirmed);
+    Expected<void> leave();
+    Expected<void> begin(const QString& path);
+    Expected<void> checkNumbers();
+    bool carryOver();
+    Expected<QVector<AlarmOccurrence>> openOnes();
+    Expected<QVector<AlarmOccurrence>> allOf(database::SqliteStatement* rows) const;
+    Expected<qint64> followingNumber();
     Error failed() const;
 
     database::SqliteDatabase m_database;
+    database::DatabaseFiles m_files;
+    int m_changedFiles = 0;
+    qint64 m_lastNumber = 0;            ///< That was ever given.
+    QVector<AlarmOccurrence> m_carried; ///< Into the next file.
     AlarmHistoryLimits m_limits;
     struct Statements;
-    std::unique_ptr<Statements> m_statements;
+    std::unique_ptr<Statements> m_statements; ///< Null: there is no file.
 };
 
 } // namespace plc::panel

@@ -29,6 +29,13 @@ public:
     virtual Expected<QVector<AlarmOccurrence>> between(qint64 from, qint64 to, int most) = 0;
     /// Behind all numbers that were ever given.
     virtual Expected<qint64> nextNumber() = 0;
+
+    /// To be called now and then: whatever was moved or removed while it was open is gone on with
+    /// in a new one, which begins with what is open of it; so do the other functions, whoever calls
+    /// this or not. An error says why there is none.
+    virtual Expected<void> look() { return {}; }
+    /// How often that happened. What was kept meanwhile may not be in the new one.
+    virtual int changedFiles() const { return 0; }
 };
 
 } // namespace plc::panel

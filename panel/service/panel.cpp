@@ -428,6 +428,7 @@ void Panel::passSecond()
     }
     m_alarms->passSecond();
     tell(troubleOf(m_alarms->failure(), m_alarmDesk->busySince()), &m_alarmTrouble);
+    tellHistory();
     if (m_recipes)
         tell(troubleOf({}, m_recipes->busySince()), &m_recipeTrouble);
     if (!m_recorder && !m_recordingError.isEmpty())
@@ -447,6 +448,16 @@ void Panel::tellRecording()
     m_toldFiles = status.changedFiles;
     m_log(QStringLiteral("%1: the recording was moved or removed while it was open; it goes on in"
                          " another file of its name")
+              .arg(m_settings.record.file));
+}
+
+void Panel::tellHistory()
+{
+    if (m_alarmDesk->changedFiles() == m_toldHistories)
+        return;
+    m_toldHistories = m_alarmDesk->changedFiles();
+    m_log(QStringLiteral("%1.alarms: the history of alarms was moved or removed while it was open; "
+                         "it goes on in another file of its name")
               .arg(m_settings.record.file));
 }
 

@@ -53,6 +53,7 @@ private:
     void passSecond();
     Expected<void> startRecording();
     void tellRecording();
+    void tellHistory();
     void tryRecordingAgain();
     Expected<void> startAlarms();
     service::DiskThread::Wake onDisk(std::function<void()> deliver);
@@ -91,6 +92,7 @@ private:
     QString m_recordingError;                  ///< Why there is none although there is to be one.
     qint64 m_recordingTriedAt = -1;            ///< By the steady clock.
     int m_toldFiles = 0;                       ///< That were changed.
+    int m_toldHistories = 0;                   ///< The same, of alarms.
     std::unique_ptr<AlarmDesk> m_alarmDesk;
     std::unique_ptr<AlarmWatch> m_alarms;
     std::unique_ptr<RecipeDesk> m_recipes; ///< Null: none are kept.

@@ -1,5 +1,5 @@
-#ifndef PLC_RECORDER_FILE_IDENTITY_H
-#define PLC_RECORDER_FILE_IDENTITY_H
+#ifndef PLC_DATABASE_FILE_IDENTITY_H
+#define PLC_DATABASE_FILE_IDENTITY_H
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,9 +8,9 @@
 
 #include <cerrno>
 
-namespace plc::recorder {
+namespace plc::database {
 
-/// Which file a name leads to. What is recorded into one that was moved or removed while it was
+/// Which file a name leads to. What is written into one that was moved or removed while it was
 /// open is lost, and nothing else tells.
 class FileIdentity {
 public:
@@ -47,6 +47,6 @@ private:
     struct stat m_status = {};
 };
 
-} // namespace plc::recorder
+} // namespace plc::database
 
 #endif
