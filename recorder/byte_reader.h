@@ -22,6 +22,7 @@ public:
             m_hasFailed = true;
             return 0;
         }
+        Q_ASSERT(m_at); // No byte array has null for its data.
         return quint8(*m_at++);
     }
 

@@ -157,12 +157,12 @@ private:
         }
         m_take(head("plc_value", kValueMeaning));
         for (const QByteArray& name : names) {
-            if (const Expected<void> done = writeValues(groups[name]); !done)
+            if (Expected<void> done = writeValues(groups[name]); !done)
                 return done;
         }
         m_take(head("plc_good", kGoodMeaning));
         for (const QByteArray& name : names) {
-            if (const Expected<void> done = writeGood("plc_good" + name, groups[name]); !done)
+            if (Expected<void> done = writeGood("plc_good" + name, groups[name]); !done)
                 return done;
         }
         m_take("# EOF\n");

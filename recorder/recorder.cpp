@@ -26,8 +26,8 @@ constexpr qint64 kAliveInterval = 10000; // ms
 
 constexpr qint64 kPageSize = 4096;
 /// Bytes of batches at which they become blocks: enough for each series to have some changes.
-constexpr qint64 kSmallTail = 256 * 1024;
-constexpr qint64 kLargeTail = 8 * 1024 * 1024;
+constexpr qint64 kSmallTail = qint64(256) * 1024;
+constexpr qint64 kLargeTail = qint64(8) * 1024 * 1024;
 constexpr qint64 kTailOfSeries = 2048;
 /// What a row needs besides its bytes.
 constexpr qint64 kBatchOverhead = 20;
@@ -139,10 +139,10 @@ Expected<void> Recorder::Implementation::open(const QString& path, qint64 now)
                          .arg(Limits::kSmallest)
                          .arg(m_limits.size)};
     }
-    if (const Expected<void> opened = openFile(path, now); !opened)
+    if (Expected<void> opened = openFile(path, now); !opened)
         return opened;
     const Transaction transaction = transactionOf({}, now);
-    const Expected<void> begun = inTransaction([&] { return store(transaction); });
+    Expected<void> begun = inTransaction([&] { return store(transaction); });
     if (begun) {
         stored(transaction, now);
         maintain(now);
@@ -152,7 +152,7 @@ Expected<void> Recorder::Implementation::open(const QString& path, qint64 now)
 
 Expected<void> Recorder::Implementation::openFile(const QString& path, qint64 now)
 {
-    if (const Expected<void> opened = m_place.open(path, &m_database, now); !opened)
+    if (Expected<void> opened = m_place.open(path, &m_database, now); !opened)
         return opened;
     const std::optional<QVector<Series>> series = loadSeries(&m_database);
     const std::optional<QVector<Run>> runs = loadRuns(&m_database);
@@ -177,9 +177,9 @@ Expected<void> Recorder::Implementation::openFile(const QString& path, qint64 no
 Expected<void> Recorder::Implementation::append(const QVector<Change>& changes, qint64 now,
                                                 std::optional<qint64> steady)
 {
-    if (const Expected<void> isGood = check(changes); !isGood)
+    if (Expected<void> isGood = check(changes); !isGood)
         return isGood;
-    if (const Expected<void> isThere = checkFile(now); !isThere)
+    if (Expected<void> isThere = checkFile(now); !isThere)
         return isThere;
     if (m_run && !m_break && now < m_now)
         m_break = Ending::ClockSetBack;
@@ -232,12 +232,12 @@ Expected<void> Recorder::Implementation::changeFile(qint64 now)
         m_run.reset();
         m_break.reset();
     }
-    if (const Expected<void> left = m_place.leave(&m_database); !left)
+    if (Expected<void> left = m_place.leave(&m_database); !left)
         return left;
     m_compaction.forget();
     m_keptFrom.reset();
     m_retryAt = 0;
-    const Expected<void> opened = openFile(m_place.path(), now);
+    Expected<void> opened = openFile(m_place.path(), now);
     if (!opened)
         m_database.close();
     return opened;
@@ -404,7 +404,7 @@ Expected<void> Recorder::Implementation::end(qint64 now)
     if (!m_run)
         return {};
     const Run run = endedRun(m_break || now < m_now ? m_now : now);
-    const Expected<void> ended = inTransaction([&] { return saveRun(&m_database, run); });
+    Expected<void> ended = inTransaction([&] { return saveRun(&m_database, run); });
     if (ended) {
         m_run.reset();
         m_break.reset();
@@ -454,7 +454,7 @@ void Recorder::Implementation::maintain(qint64 now)
 Expected<void> Recorder::Implementation::compact()
 {
     // The batches tell until when the run is known to go on.
-    const Expected<void> done = inTransaction(
+    Expected<void> done = inTransaction(
         [&] { return m_compaction.run() && (!m_run || saveRun(&m_database, *m_run)); });
     if (done)
         m_tailBytes = 0;
@@ -470,7 +470,7 @@ Expected<void> Recorder::Implementation::removeOld()
         return Error{m_database.error()};
     const qint64 oldest = *oldestToKeep();
     const Horizon horizon = horizonOfTime(*runs, oldest);
-    const Expected<void> removed = m_horizon < horizon ? remove(horizon) : Expected<void>();
+    Expected<void> removed = m_horizon < horizon ? remove(horizon) : Expected<void>();
     if (removed)
         m_keptFrom = oldest;
     return removed;
@@ -492,7 +492,7 @@ Expected<void> Recorder::Implementation::removeLarge()
         // What the series hold is never removed, even where it alone is too large.
         if (!(m_horizon < *horizon))
             break;
-        if (const Expected<void> removed = remove(*horizon); !removed)
+        if (Expected<void> removed = remove(*horizon); !removed)
             return removed;
     }
     if (m_limits.size > 0 &&

@@ -81,7 +81,7 @@ Expected<void> openToRecord(const QString& path, database::SqliteDatabase* datab
     if (!tables || !id || !version)
         return Error{database->error()};
     if (*tables > 0) {
-        if (const Expected<void> isOurs = checkKind(path, *id, *version); !isOurs)
+        if (Expected<void> isOurs = checkKind(path, *id, *version); !isOurs)
             return isOurs;
     }
     if (!database->execute(kSafety) || (*tables == 0 && !database->execute(kSchema)))

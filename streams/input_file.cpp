@@ -6,7 +6,7 @@
 namespace plc::streams {
 namespace {
 
-constexpr qint64 kMebibyte = 1024 * 1024;
+constexpr qint64 kMebibyte = qint64(1024) * 1024;
 
 Error tooLarge(const QString& name, const InputFileKind& kind)
 {

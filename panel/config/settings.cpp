@@ -55,7 +55,7 @@ bool isHost(const QString& text)
 /// Names of other scripts stand as browsers send them: in letters of ASCII ("xn--…").
 QString readHost(const JsonNode& node)
 {
-    const QString host = node.text();
+    QString host = node.text();
     if (!isHost(host))
         node.failExpecting(
             QStringLiteral("a name or an address without a port, such as panel.example"));

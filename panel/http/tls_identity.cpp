@@ -102,7 +102,7 @@ Expected<QDateTime> TlsIdentities::load(const QString& certificate, const QStrin
     Expected<std::unique_ptr<TlsIdentity>> loaded = TlsIdentity::load(certificate, key);
     if (!loaded)
         return loaded.error();
-    const QDateTime end = (*loaded)->end();
+    QDateTime end = (*loaded)->end();
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_all.empty() || !m_all.back()->isSame(**loaded))
         m_all.push_back(std::move(*loaded));

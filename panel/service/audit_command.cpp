@@ -34,7 +34,7 @@ Expected<AuditReport> verificationOf(const QString& file)
 
 Expected<AuditReport> auditReport(const QString& file, int lines)
 {
-    const Expected<AuditReport> verification = verificationOf(file);
+    Expected<AuditReport> verification = verificationOf(file);
     if (!verification || lines == 0)
         return verification;
     const Expected<AuditPage> page = readAudit(file, -qint64(lines), lines);

@@ -35,7 +35,7 @@ Expected<void> checkFolderOf(const QString& path)
 Expected<void> checkFile(const QString& path, bool (*isOfKind)(const QByteArray& begin),
                          const char* otherwise)
 {
-    if (const Expected<void> isThere = checkFolderOf(path); !isThere)
+    if (Expected<void> isThere = checkFolderOf(path); !isThere)
         return isThere;
     const QFileInfo info(path);
     if (!info.exists())
@@ -64,7 +64,7 @@ bool beginsAudit(const QByteArray& begin)
 
 Expected<void> checkSocket(const QString& path)
 {
-    if (const Expected<void> isThere = checkFolderOf(path); !isThere)
+    if (Expected<void> isThere = checkFolderOf(path); !isThere)
         return isThere;
     struct stat status = {};
     if (::lstat(QFile::encodeName(path).constData(), &status) == 0 && !S_ISSOCK(status.st_mode))
