@@ -9,6 +9,9 @@ namespace plc::panel {
 
 namespace {
 
+/// Bytes that are read of a body that is not taken.
+constexpr qint64 kMostSkipped = qint64(16) * 1024 * 1024;
+
 /// Answers 500 when the last of a handler's copies goes without an answer.
 class Answer {
 public:
@@ -47,8 +50,12 @@ MHD_Result Exchange::step(const char* method, const char* upload, std::size_t* u
 {
     if (!m_hasBegun)
         return begin(method);
-    if (*uploadSize > 0)
-        return receive(upload, uploadSize);
+    if (*uploadSize > 0) {
+        const std::size_t size = std::exchange(*uploadSize, 0);
+        if (!m_late)
+            receive(upload, int(size));
+        return m_late ? skip(size) : MHD_YES;
+    }
     if (!m_isDispatched)
         dispatch();
     return answerOrWait();
@@ -149,19 +156,29 @@ int Exchange::mostBodyBytes() const
     return ofRoute > 0 ? ofRoute : m_core->settings().mostBodyBytes;
 }
 
-/// A body that turns out to be too long once it is under way cannot be answered any more.
-MHD_Result Exchange::receive(const char* upload, std::size_t* uploadSize)
+void Exchange::receive(const char* upload, int size)
 {
-    if (qint64(*uploadSize) > mostBodyBytes() - qint64(m_request.body.size()))
-        return MHD_NO;
-    m_request.body.append(upload, int(*uploadSize));
-    *uploadSize = 0;
-    return MHD_YES;
+    const int most = mostBodyBytes();
+    if (size <= most - int(m_request.body.size())) {
+        m_request.body.append(upload, size);
+        return;
+    }
+    m_late = RequestFields::tooLong(most);
+    m_request.body = QByteArray();
+}
+
+/// The library sends nothing before a body has ended. One that goes on for long has no answer.
+MHD_Result Exchange::skip(std::size_t size)
+{
+    m_skipped += qint64(size);
+    return m_skipped <= kMostSkipped ? MHD_YES : MHD_NO;
 }
 
 void Exchange::dispatch()
 {
     m_isDispatched = true;
+    if (m_late)
+        return give(*std::move(m_late));
     m_core->enter(m_connection.get(), Phase::Answering);
     const auto answer = std::make_shared<Answer>(weak_from_this());
     m_core->handle(*m_match.route, m_request,

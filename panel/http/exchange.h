@@ -32,7 +32,8 @@ private:
     std::optional<Response> checkHead() const;
     std::optional<Response> find(const QByteArray& method, const RequestFields& fields);
     int mostBodyBytes() const;
-    MHD_Result receive(const char* upload, std::size_t* uploadSize);
+    void receive(const char* upload, int size);
+    MHD_Result skip(std::size_t size);
     void dispatch();
     MHD_Result answerOrWait();
     MHD_Result send(Response response);
@@ -46,6 +47,8 @@ private:
     bool m_hasBegun = false;
     bool m_isDispatched = false;
     bool m_hasBody = false;
+    std::optional<Response> m_late; ///< What is answered at the end of a body that is not taken.
+    qint64 m_skipped = 0;           ///< Bytes of that body.
 
     std::mutex m_mutex; ///< Guards all below.
     std::optional<Response> m_response;

@@ -58,10 +58,14 @@ std::optional<Response> RequestFields::bodyRefusal(int mostBytes) const
         bool isNumber = false;
         const qint64 length = contentLength.toLongLong(&isNumber);
         if (!isNumber || length > mostBytes)
-            return Response::error(
-                413, QStringLiteral("the body has more than %1 bytes").arg(mostBytes));
+            return tooLong(mostBytes);
     }
     return std::nullopt;
+}
+
+Response RequestFields::tooLong(int mostBytes)
+{
+    return Response::error(413, QStringLiteral("the body has more than %1 bytes").arg(mostBytes));
 }
 
 } // namespace plc::panel

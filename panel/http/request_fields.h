@@ -31,6 +31,7 @@ struct RequestFields {
     std::optional<Response> refusal() const;
     /// Why the body cannot be taken, of which there may be so many bytes; nothing: it can.
     std::optional<Response> bodyRefusal(int mostBytes) const;
+    static Response tooLong(int mostBytes);
 };
 
 } // namespace plc::panel

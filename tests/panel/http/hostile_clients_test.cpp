@@ -93,7 +93,7 @@ TEST_F(HostileClients, ABodyOfTheMostBytesIsTaken)
               connection.ask(QByteArray(kPost) + "Content-Length: 1048576\r\n\r\n" + body).body);
 }
 
-TEST_F(HostileClients, TooLongABodyForARouteIsRefusedOrCutOff)
+TEST_F(HostileClients, TooLongABodyForARouteIsRefused)
 {
     Route small = count();
     small.mostBodyBytes = 4096;
@@ -107,14 +107,31 @@ TEST_F(HostileClients, TooLongABodyForARouteIsRefusedOrCutOff)
     EXPECT_EQ(413, refused.status);
     EXPECT_EQ("{\"error\":\"the body has more than 4096 bytes\"}\n", refused.body);
     HttpConnection untold(server->port());
-    untold.send(QByteArray(kPost) + "Transfer-Encoding: chunked\r\n\r\n1001\r\n" +
-                QByteArray(4097, 'x') + "\r\n0\r\n\r\n");
-    EXPECT_TRUE(untold.ends());
-    EXPECT_EQ("", untold.received());
+    const test::HttpAnswer late =
+        untold.ask(QByteArray(kPost) + "Transfer-Encoding: chunked\r\n\r\n1001\r\n" +
+                   QByteArray(4097, 'x') + "\r\n0\r\n\r\n");
+    EXPECT_EQ(413, late.status);
+    EXPECT_EQ("{\"error\":\"the body has more than 4096 bytes\"}\n", late.body);
+    EXPECT_EQ(200, untold.get("/greeting").status) << "its end was found";
     expectServing();
 }
 
-TEST_F(HostileClients, AnEndlessBodyInPartsIsCutOffAtTheMostBytes)
+TEST_F(HostileClients, ABodyInPartsThatTurnsOutToBeTooLongIsRefusedAtItsEnd)
+{
+    settings.requestTime = 20000;
+    start({count(), greeting()});
+    const QByteArray part = "10000\r\n" + QByteArray(65536, 'x') + "\r\n";
+    for (const int parts : {17, 32, 128}) {
+        HttpConnection connection(server->port());
+        EXPECT_TRUE(connection.send(QByteArray(kPost) + "Transfer-Encoding: chunked\r\n\r\n" +
+                                    part.repeated(parts) + "0\r\n\r\n"))
+            << parts;
+        EXPECT_EQ(413, connection.answer().status) << parts;
+    }
+    expectServing();
+}
+
+TEST_F(HostileClients, AnEndlessBodyInPartsIsCutOff)
 {
     start({count(), greeting()});
     const int before = residentMemory();
@@ -127,6 +144,7 @@ TEST_F(HostileClients, AnEndlessBodyInPartsIsCutOffAtTheMostBytes)
         ++sent;
     EXPECT_LT(sent, most);
     EXPECT_TRUE(connection.ends());
+    EXPECT_EQ("", connection.received());
     EXPECT_LT(residentMemory() - before, 8 * 1024) << "KiB";
     expectServing();
 }
