@@ -9,6 +9,7 @@ namespace plc::panel {
 
 namespace {
 
+constexpr char kRetryAfter[] = "5"; // s
 /// Bytes that are read of a body that is not taken.
 constexpr qint64 kMostSkipped = qint64(16) * 1024 * 1024;
 
@@ -92,7 +93,9 @@ std::optional<Response> Exchange::refusal(const QByteArray& method, const Reques
         return refused;
     if (std::optional<Response> refused = find(method, fields))
         return refused;
-    return fields.bodyRefusal(mostBodyBytes());
+    if (std::optional<Response> refused = fields.bodyRefusal(mostBodyBytes()))
+        return refused;
+    return roomRefusal(fields.contentLength.toLongLong());
 }
 
 std::optional<Response> Exchange::checkHead() const
@@ -159,12 +162,35 @@ int Exchange::mostBodyBytes() const
 void Exchange::receive(const char* upload, int size)
 {
     const int most = mostBodyBytes();
-    if (size <= most - int(m_request.body.size())) {
-        m_request.body.append(upload, size);
+    if (size > most - int(m_request.body.size()))
+        m_late = RequestFields::tooLong(most);
+    else
+        m_late = roomRefusal(size);
+    if (m_late) {
+        m_request.body = QByteArray();
+        giveBack();
         return;
     }
-    m_late = RequestFields::tooLong(most);
-    m_request.body = QByteArray();
+    m_held += size;
+    m_core->bytesOfBodies += size;
+    m_request.body.append(upload, size);
+}
+
+/// Clients that have sent nothing yet hold no room: only what has come counts.
+std::optional<Response> Exchange::roomRefusal(qint64 bytes) const
+{
+    if (bytes == 0 || bytes <= m_core->settings().mostBytesOfBodies - m_core->bytesOfBodies)
+        return std::nullopt;
+    Response refused = Response::error(
+        503, QStringLiteral("too many long requests are under way; ask again later"));
+    refused.addHeader("Retry-After", kRetryAfter);
+    return refused;
+}
+
+/// Until the request is over its handler may hold the body.
+void Exchange::giveBack()
+{
+    m_core->bytesOfBodies -= std::exchange(m_held, 0);
 }
 
 /// The library sends nothing before a body has ended. One that goes on for long has no answer.
@@ -220,6 +246,7 @@ void Exchange::give(Response response)
 void Exchange::complete()
 {
     m_core->enter(m_connection.get(), Phase::Idle);
+    giveBack();
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_isAnswered = true;
     if (m_response && m_response->stream)

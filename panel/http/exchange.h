@@ -34,6 +34,8 @@ private:
     int mostBodyBytes() const;
     void receive(const char* upload, int size);
     MHD_Result skip(std::size_t size);
+    std::optional<Response> roomRefusal(qint64 bytes) const;
+    void giveBack();
     void dispatch();
     MHD_Result answerOrWait();
     MHD_Result send(Response response);
@@ -49,6 +51,7 @@ private:
     bool m_hasBody = false;
     std::optional<Response> m_late; ///< What is answered at the end of a body that is not taken.
     qint64 m_skipped = 0;           ///< Bytes of that body.
+    qint64 m_held = 0;              ///< Bytes of a body that is taken, among those of the core.
 
     std::mutex m_mutex; ///< Guards all below.
     std::optional<Response> m_response;

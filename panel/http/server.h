@@ -25,10 +25,11 @@ struct ServerSettings {
     int mostConnectionsOfAddress = 400;
     int mostHeadBytes = 64 * 1024; ///< Request line and fields.
     int mostBodyBytes = 1024 * 1024;
-    int idleTime = 20000;    ///< Until the head of a request is there.
-    int requestTime = 20000; ///< From there until its body is.
-    int answerTime = 60000;  ///< For a handler to answer.
-    int sendTime = 60000;    ///< For a client to read the next sendBytes, or what is left.
+    qint64 mostBytesOfBodies = qint64(64) * 1024 * 1024; ///< Of all requests under way.
+    int idleTime = 20000;                                ///< Until the head of a request is there.
+    int requestTime = 20000;                             ///< From there until its body is.
+    int answerTime = 60000;                              ///< For a handler to answer.
+    int sendTime = 60000; ///< For a client to read the next sendBytes, or what is left.
     int sendBytes = 256 * 1024;
 };
 

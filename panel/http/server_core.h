@@ -58,7 +58,8 @@ public:
     std::atomic<qint64> requests{0};
     std::atomic<qint64> refused{0};
     std::atomic<int> streams{0};
-    TlsIdentities identities; ///< Empty without TLS.
+    std::atomic<qint64> bytesOfBodies{0}; ///< That requests under way have brought.
+    TlsIdentities identities;             ///< Empty without TLS.
 
 private:
     void limitEndedStreams();

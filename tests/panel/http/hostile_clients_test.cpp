@@ -7,9 +7,11 @@
 #include <QtCore/QFile>
 
 #include <cstdlib>
+#include <mutex>
 #include <thread>
 
 #include "tests/panel/http/http_fixture.h"
+#include "tests/support/gate.h"
 #include "tests/support/random.h"
 
 namespace plc::panel {
@@ -147,6 +149,55 @@ TEST_F(HostileClients, AnEndlessBodyInPartsIsCutOff)
     EXPECT_EQ("", connection.received());
     EXPECT_LT(residentMemory() - before, 8 * 1024) << "KiB";
     expectServing();
+}
+
+TEST_F(HostileClients, AllBodiesTogetherHaveABound)
+{
+    settings.answerTime = 20000;
+    settings.mostBytesOfBodies = 100000;
+    std::mutex mutex;
+    std::vector<Responder> waiting;
+    test::Bell taken;
+    start({greeting(), count(),
+           route(Method::Post, "/wait", [&](const Request&, const Responder& answer) {
+               const std::lock_guard<std::mutex> lock(mutex);
+               waiting.push_back(answer);
+               taken.ring();
+           })});
+    const QByteArray length = "Content-Length: 60000\r\n\r\n";
+    const QByteArray body(60000, 'x');
+    HttpConnection holding(server->port());
+    holding.send("POST /wait HTTP/1.1\r\nHost: localhost\r\n" + length + body);
+    taken.await();
+    HttpConnection told(server->port());
+    const HttpAnswer refused = told.ask(QByteArray(kPost) + length);
+    EXPECT_EQ(503, refused.status);
+    EXPECT_EQ("5", refused.header("Retry-After"));
+    HttpConnection untold(server->port());
+    const HttpAnswer late = untold.ask(
+        QByteArray(kPost) + "Transfer-Encoding: chunked\r\n\r\nea60\r\n" + body + "\r\n0\r\n\r\n");
+    EXPECT_EQ(503, late.status);
+    EXPECT_EQ("5", late.header("Retry-After"));
+    const QByteArray small = QByteArray(kPost) + "Content-Length: 3\r\n\r\nabc";
+    EXPECT_EQ("3", HttpConnection(server->port()).ask(small).body);
+    waiting[0](Response::text(QStringLiteral("done")));
+    EXPECT_EQ(200, holding.answer().status);
+    // Again and again: what was given back is there for the next one.
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ("60000", untold.ask(QByteArray(kPost) + length + body).body) << i;
+}
+
+TEST_F(HostileClients, ABodyThatNeverEndsHoldsNoRoomBehindItsConnection)
+{
+    settings.mostBytesOfBodies = 100000;
+    start({greeting(), count()});
+    const QByteArray head = QByteArray(kPost) + "Content-Length: 60000\r\n\r\n";
+    {
+        HttpConnection half(server->port());
+        half.send(head + QByteArray(59999, 'x'));
+        EXPECT_TRUE(half.ends());
+    }
+    EXPECT_EQ("60000", HttpConnection(server->port()).ask(head + QByteArray(60000, 'x')).body);
 }
 
 TEST_F(HostileClients, ABodyWhoseLengthIsNotClearIsRefused)
