@@ -27,8 +27,19 @@ expect() { # NAME WANTED FOUND
     printf '%s:\n  wanted: %s\n  found:  %s\n' "$1" "$2" "$3" >&2
     exit 1
 }
-free_port() {
-    python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])'
+free_port() { # none of those that the system gives to whoever asks for any
+    python3 - <<'PYTHON'
+import random, socket
+while True:
+    port = random.randint(10240, 32767)
+    try:
+        with socket.socket() as probe:
+            probe.bind(("", port))
+        break
+    except OSError:
+        pass
+print(port)
+PYTHON
 }
 export_as() { # FORMAT FILE
     "$plc" log --export "$folder/a.sqlite" --format "$1" --output "$2" >/dev/null

@@ -5,6 +5,7 @@ The programs are named by the environment: PLC_PANEL, PLC_SIMULATOR, PLC_LIBRARY
 import json
 import os
 import pathlib
+import random
 import socket
 import subprocess
 import sys
@@ -28,10 +29,27 @@ def comes_true(condition, what="what was waited for"):
         time.sleep(0.02)
 
 
+_reserved = []  # sockets that keep ports for this process
+
+
 def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
+    """A port that nobody listens on, and that no other test takes as long as this process runs, also while
+    its server is away. It is none of those that the system gives to whoever asks for any."""
+    while True:
+        port = random.randint(10240, 32767)
+        name = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        try:
+            # In the system's table of local sockets; another test has it, or a server.
+            name.bind(f"\0plc test port {port}")
+            with socket.socket() as probe:
+                probe.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+                probe.bind(("", port))
+                probe.listen()
+        except OSError:
+            name.close()
+            continue
+        _reserved.append(name)
+        return port
 
 
 PROJECT = {
