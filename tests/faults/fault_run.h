@@ -7,6 +7,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "faults/fault_plan.h"
 #include "faults/faulty_proxy.h"
@@ -28,6 +29,9 @@ public:
 
     void run();
 
+    /// That coming back took longer than the settings allow; empty: it did not. The PLC, another
+    /// process, may have stood still meanwhile, which does not happen in each run of a seed.
+    const std::string& delay() const { return m_delay; }
     /// What went wrong on the wire, one a line.
     QString history() const { return m_proxy->history().join(QLatin1Char('\n')); }
 
@@ -50,6 +54,8 @@ private:
     void annoy();
     bool isSettled() const;
     bool showsMemory();
+    bool showsPeekedMemory() const;
+    void peekMemory();
     void fillMemory();
 
     /// Turns the event loop once; measures how long the process was kept from it.
@@ -58,6 +64,8 @@ private:
     bool until(const char* what, const std::function<bool()>& condition);
     /// Fails the test when something that the settings limit took longer.
     void checkDuration(const char* what, qint64 since, int limit);
+    /// Says that it took longer; else nothing.
+    std::string delayOf(const char* what, qint64 since, int limit);
 
     void checkRecord() const;
     int recorded(const WritePiece& piece, bool takenOnly) const;
@@ -80,9 +88,12 @@ private:
     QElapsedTimer m_clock;
     qint64 m_lastTurn = 0;
     qint64 m_longestTurn = 0;
-    qint64 m_sentAt = -1;        ///< Of the request that waits for its answer; -1: none does.
-    qint64 m_linkStateSince = 0; ///< When the link last changed.
-    int m_linkStateLimit = -1;   ///< How long it may stay as it is; -1: as long as it likes.
+    qint64 m_sentAt = -1;         ///< Of the request that waits for its answer; -1: none does.
+    qint64 m_linkStateSince = 0;  ///< When the link last changed.
+    int m_linkStateLimit = -1;    ///< How long it may stay as it is; -1: as long as it likes.
+    QVector<QByteArray> m_peeked; ///< Memory of the PLC by rows, as it was last looked at.
+    qint64 m_nextPeek = 0;
+    std::string m_delay;
 
     std::deque<Attempt> m_attempts; ///< Elements stay where they are.
     int m_readsBegun = 0;

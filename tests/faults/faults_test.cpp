@@ -13,12 +13,20 @@ class FaultyWire : public ::testing::TestWithParam<std::uint32_t> {};
 
 TEST_P(FaultyWire, HostComesBackAndNoWriteIsMisreported)
 {
-    FaultRun run(test::builtDriver(), GetParam());
-    run.run();
-    if (HasFailure()) {
-        GTEST_FAIL() << "Repeat it with: " << runOptions().program << " --seed " << GetParam()
-                     << "\nWhat went wrong on the wire:\n"
-                     << run.history().toStdString();
+    constexpr int kMostRuns = 3;
+    bool isLate = true;
+    for (int i = 1; isLate && !HasFailure() && i <= kMostRuns; ++i) {
+        FaultRun run(test::builtDriver(), GetParam());
+        run.run();
+        isLate = !run.delay().empty();
+        if (i == kMostRuns) {
+            EXPECT_EQ("", run.delay()) << "in each of " << kMostRuns << " runs";
+        }
+        if (HasFailure()) {
+            GTEST_FAIL() << "Repeat it with: " << runOptions().program << " --seed " << GetParam()
+                         << "\nWhat went wrong on the wire:\n"
+                         << run.history().toStdString();
+        }
     }
 }
 
