@@ -35,7 +35,7 @@ struct HttpAnswer {
 /// A connection to a web server, byte for byte as a test wants it.
 class HttpConnection {
 public:
-    static constexpr int kPatience = 10000; // ms
+    static constexpr int kPatience = 30000; // ms
 
     /// `from`: another loopback address that the client has.
     explicit HttpConnection(int port, const char* from = "127.0.0.1")

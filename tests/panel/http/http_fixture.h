@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 #include "panel/http/server.h"
 #include "tests/support/http_client.h"
 
@@ -61,6 +64,19 @@ protected:
     {
         test::HttpConnection connection(server->port(), from);
         EXPECT_EQ(200, connection.get("/greeting").status);
+    }
+
+    /// Whether the numbers of connections and streams become so.
+    template <typename Condition>
+    bool awaitStatistics(const Condition& isSo)
+    {
+        constexpr int kPause = 10; // ms
+        for (int i = 0; i < test::HttpConnection::kPatience / kPause; ++i) {
+            if (isSo(server->statistics()))
+                return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(kPause));
+        }
+        return false;
     }
 
     ServerSettings settings;

@@ -47,7 +47,7 @@ protected:
         process.waitForBytesWritten();
         if (input.isEmpty())
             process.closeWriteChannel();
-        process.waitForFinished(20000);
+        process.waitForFinished(30000);
         return process.readAll();
     }
     QByteArray target() const { return "127.0.0.1:" + QByteArray::number(server->port()); }
@@ -55,7 +55,7 @@ protected:
     static bool hears(QProcess* process, const QByteArray& text)
     {
         QByteArray heard;
-        while (!heard.contains(text) && process->waitForReadyRead(10000))
+        while (!heard.contains(text) && process->waitForReadyRead(30000))
             heard += process->readAllStandardOutput();
         return heard.contains(text);
     }
