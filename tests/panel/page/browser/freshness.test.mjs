@@ -54,7 +54,7 @@ test("a computer that slept shows nothing fresh until it has heard of the server
         else requestAnimationFrame(look);
       };
       look();
-      setTimeout(() => done("never"), 5000);
+      setTimeout(() => done("never"), 30000);
     });
   });
   assert.equal(before, "not known");
@@ -96,10 +96,10 @@ test("stale and refused values carry their word", async () => {
 
 test("values that stay the same are still young while the PLC confirms them", async () => {
   const { page, row } = await withFreshRow();
-  const end = Date.now() + 3500;
-  while (Date.now() < end) {
-    assert.match(await row.locator(".cell-age").textContent(), /^[0-2]\.\d s$/);
-    await page.waitForTimeout(200);
+  // Without a confirmation it would only grow older from here on.
+  for (let i = 0; i < 3; ++i) {
+    await page.waitForTimeout(3000);
+    await shows(row.locator(".cell-age"), /^[0-2]\.\d s$/);
   }
   await page.end();
 });

@@ -9,14 +9,19 @@ import { spawn } from "node:child_process";
 import { tmpdir } from "node:os";
 
 const ROOT = join(dirname(fileURLToPath(import.meta.url)), "../../../..");
-const PATIENCE = 20000; // ms for a program to be ready
+const PATIENCE = 40000; // ms for a program to be ready
 
+// A port that nobody listens on. It is none of those that the system gives to whoever asks for any, the
+// browser among them: it is still free when its server has been away.
 export async function freePort() {
-  const server = createServer();
-  await new Promise((done) => server.listen(0, "127.0.0.1", done));
-  const { port } = server.address();
-  await new Promise((done) => server.close(done));
-  return port;
+  for (;;) {
+    const port = 10240 + Math.floor(Math.random() * 22528);
+    const server = createServer();
+    const isFree = await new Promise((done) => server.once("error", () => done(false)).listen(port, () => done(true)));
+    if (!isFree) continue;
+    await new Promise((done) => server.close(done));
+    return port;
+  }
 }
 
 class Program {

@@ -13,7 +13,7 @@ import { StandIn } from "../stand_in/stand_in.mjs";
 
 const { chromium } = await import(pathToFileURL(join(process.env.PLC_TEST_PACKAGES, "playwright-core/index.mjs")));
 
-const PATIENCE = 15000; // ms for anything that a page is to show
+const PATIENCE = 40000; // ms for anything that a page is to show
 const FLAGS = [
   "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
   "--disable-background-networking", "--disable-component-update", "--disable-sync",
@@ -88,10 +88,11 @@ export async function shows(locator, expected) {
   assert.fail(`shown is ${JSON.stringify(text)}, expected ${expected}`);
 }
 
+// `what`: a text, or what gives it when it is known.
 export async function until(condition, what) {
   const end = Date.now() + PATIENCE;
   while (!(await condition())) {
-    assert.ok(Date.now() < end, `waited in vain: ${what}`);
+    assert.ok(Date.now() < end, `waited in vain: ${what instanceof Function ? what() : what}`);
     await new Promise((done) => setTimeout(done, 50));
   }
 }
