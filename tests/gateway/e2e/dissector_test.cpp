@@ -25,10 +25,11 @@ public:
     bool isRunning() const { return m_hasBegun; }
     const QByteArray& errors() const { return m_errors; }
 
-    /// Waits until the file has the end of the session as well.
-    void end()
+    /// Waits until the file has the last words of the session: packets are handed over in
+    /// intervals.
+    void endBehind(const char* lastWords)
     {
-        QThread::msleep(1000); // It hands packets over in intervals.
+        EXPECT_TRUE(comesTrue([&] { return readFile(m_file).contains(lastWords); }));
         ::kill(pid_t(m_tshark.processId()), SIGINT);
         m_tshark.waitForFinished(kPatience);
     }
@@ -66,7 +67,7 @@ protected:
         GatewayTrial::SetUp();
         if (IsSkipped())
             return;
-        site.addPlc("oven", kOvenProject,
+        site.addPlc("oven", ovenWhoseLossIsNoticedSoon(),
                     {{QStringLiteral("writable"), QJsonArray{QStringLiteral("Oven.count")}}});
         // The messages as they are described here, under the name by which Wireshark looks for
         // them.
@@ -84,7 +85,7 @@ protected:
     /// Everything that a node tells, and is told.
     void holdSession()
     {
-        const auto consumer = watcher();
+        auto consumer = watcher();
         site.start();
         consumer->await("DBIRTH", "oven");
         for (int i = 1; i <= 20; ++i) {
@@ -99,7 +100,16 @@ protected:
         consumer->await("DDEATH", "oven");
         EXPECT_EQ(0, site.gateway.stop());
         consumer->await("NDEATH");
+        // Nothing that is dissected.
+        consumer->send({{QStringLiteral("publish"), QStringLiteral("end")},
+                        {QStringLiteral("text"), QString::fromLatin1(kLastWords)}});
+        m_consumer = std::move(consumer);
     }
+
+    static constexpr char kLastWords[] = "last words";
+
+private:
+    std::unique_ptr<Watcher> m_consumer; ///< Until its last words have been sent.
 };
 
 TEST_P(DissectedSession, HasNothingMalformed)
@@ -108,7 +118,7 @@ TEST_P(DissectedSession, HasNothingMalformed)
     if (!capture.isRunning())
         GTEST_SKIP() << "tshark may not capture here: " << capture.errors().constData();
     holdSession();
-    capture.end();
+    capture.endBehind(kLastWords);
     const QStringList kinds =
         capture.read(QStringLiteral("sparkplugb"),
                      {QStringLiteral("-T"), QStringLiteral("fields"), QStringLiteral("-e"),

@@ -13,7 +13,7 @@ namespace plc::test {
 
 constexpr char kOvenProject[] = R"({
   'name': 'Oven', 'areas': [{'index': 3, 'size': 64}],
-  'settings': {'staleAfter': 1000, 'replyTimeout': 500, 'reconnectDelay': 100,
+  'settings': {'staleAfter': 20000, 'replyTimeout': 20000, 'reconnectDelay': 100,
                'reconnectDelayLimit': 200},
   'scopes': [{'name': 'Oven', 'variables': [
     {'name': 'count', 'type': 'DINT', 'area': 3, 'offset': 0},
@@ -21,6 +21,15 @@ constexpr char kOvenProject[] = R"({
      'description': 'what the oven is to reach'},
     {'name': 'fixed', 'type': 'INT', 'area': 3, 'offset': 6}]}],
   'cyclic': ['Oven.count', 'Oven.target', 'Oven.fixed']})";
+
+/// For tests that wait for the loss of the PLC. A machine that stands still for so long is taken
+/// for one, too.
+inline QByteArray ovenWhoseLossIsNoticedSoon()
+{
+    return QByteArray(kOvenProject)
+        .replace("'staleAfter': 20000", "'staleAfter': 1000")
+        .replace("'replyTimeout': 20000", "'replyTimeout': 500");
+}
 
 /// A gateway of one version of MQTT at a broker; tests add PLCs and start it.
 ///

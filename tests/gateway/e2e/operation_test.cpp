@@ -32,6 +32,18 @@ protected:
         ASSERT_TRUE(
             comesTrue([this] { return deviceStatus("oven")[QStringLiteral("good")] == 3; }));
     }
+    /// Until the program has begun to deal with it: of two that wait, the system may hand over the
+    /// second one first.
+    void signalAndAwaitTaking(int number)
+    {
+        site.gateway.signal(number);
+        ASSERT_TRUE(comesTrue([&] {
+            const QByteArray status =
+                readFile(QStringLiteral("/proc/%1/status").arg(site.gateway.pid()));
+            const QByteArray pending = status.mid(status.indexOf("ShdPnd:") + 7, 17).trimmed();
+            return (pending.toULongLong(nullptr, 16) >> (number - 1) & 1) == 0;
+        }));
+    }
     /// The metrics, by HTTP over their socket.
     QByteArray metrics() const
     {
@@ -140,7 +152,7 @@ TEST_P(GatewayOperation, BeginsNothingAnewOnceItEnds)
     EXPECT_TRUE(comesTrue([&] {
         return deviceStatus("oven")[QStringLiteral("changesPublished")].toDouble() > before;
     }));
-    site.gateway.signal(SIGTERM);
+    signalAndAwaitTaking(SIGTERM);
     site.addPlc("press", kOvenProject);
     site.writeConfiguration();
     site.gateway.signal(SIGHUP);

@@ -77,7 +77,11 @@ protected:
             return;
         site.set("format", QStringLiteral("json"));
         site.set("retain", true);
-        site.addPlc("oven", kOvenProject,
+        addWritableOven(kOvenProject);
+    }
+    void addWritableOven(const QByteArray& project)
+    {
+        site.addPlc("oven", project,
                     {{QStringLiteral("writable"), QJsonArray{QStringLiteral("Oven.target")}}});
     }
     void publish(const char* topic, const char* text)
@@ -99,6 +103,7 @@ protected:
 
 TEST_P(PlainGateway, TellsValuesWithUnitTimeAndQuality)
 {
+    addWritableOven(ovenWhoseLossIsNoticedSoon());
     site.plc("oven").set("Oven.target", QStringLiteral("-5"));
     Subscriber subscriber(port(), GetParam());
     site.start();
@@ -124,6 +129,7 @@ TEST_P(PlainGateway, TellsValuesWithUnitTimeAndQuality)
 
 TEST_P(PlainGateway, ShowsNoDeviceOnlineThatWasSoForAProcessThatWasKilled)
 {
+    addWritableOven(ovenWhoseLossIsNoticedSoon());
     Subscriber subscriber(port(), GetParam());
     site.start();
     subscriber.awaitState("works/hall/oven/state", true);

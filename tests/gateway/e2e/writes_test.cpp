@@ -16,12 +16,13 @@ protected:
                                   {QStringLiteral("lowest"), 0},
                                   {QStringLiteral("highest"), 250}};
         site.addPlc(
-            "oven", kOvenProject,
+            "oven", project(),
             {{QStringLiteral("writable"), QJsonArray{limited, QStringLiteral("Oven.count")}}});
         m_consumer = watcher();
         site.start();
         m_consumer->await("DBIRTH", "oven");
     }
+    virtual QByteArray project() const { return kOvenProject; }
     Watcher& consumer() { return *m_consumer; }
 
     /// One line of the audit and one message, which say the same.
@@ -92,7 +93,12 @@ TEST_P(GatewayWrites, ThatThePlcRefusesAreToldSo)
     EXPECT_EQ("0", site.plc("oven").command(QStringLiteral("get Oven.count")));
 }
 
-TEST_P(GatewayWrites, AreNotKeptForAPlcThatIsAway)
+class GatewayWritesToALostPlc : public GatewayWrites {
+protected:
+    QByteArray project() const override { return ovenWhoseLossIsNoticedSoon(); }
+};
+
+TEST_P(GatewayWritesToALostPlc, AreNotKept)
 {
     site.plc("oven").command(QStringLiteral("offline"));
     consumer().await("DDEATH", "oven");
@@ -106,7 +112,7 @@ TEST_P(GatewayWrites, AreNotKeptForAPlcThatIsAway)
     EXPECT_EQ(1, site.audit().size());
 }
 
-TEST_P(GatewayWrites, WhoseReplyIsLostAreToldAsUnknown)
+TEST_P(GatewayWritesToALostPlc, AreToldAsUnknownWhereTheReplyIsLost)
 {
     site.plc("oven").command(QStringLiteral("drop 1000"));
     consumer().command("oven", "Oven/count", "Int32", 5, "w1");
@@ -119,6 +125,7 @@ TEST_P(GatewayWrites, WhoseReplyIsLostAreToldAsUnknown)
 }
 
 INSTANTIATE_TEST_SUITE_P(Mqtt, GatewayWrites, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(Mqtt, GatewayWritesToALostPlc, bothVersions(), versionName);
 
 } // namespace
 } // namespace plc::test
