@@ -16,7 +16,7 @@ using plc::test::resultCalls;
 
 namespace {
 
-constexpr int kPatience = 10000; // ms, for what is expected to happen
+constexpr int kPatience = 30000; // ms, for what is expected to happen
 constexpr int kTimeout = 200;    // ms, for a reply that does not come
 
 /// The simulator with the tank of docs/examples/tank.json: 1500 at byte 10 of area 1.

@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kDiagnoseProject[] = R"({
   'name': 'Diagnosed',
-  'settings': {'replyTimeout': 300, 'connectTimeout': 300, 'retryLimit': 1},
+  'settings': {'replyTimeout': 2000, 'connectTimeout': 2000, 'retryLimit': 1},
   'areas': [{'index': 3, 'size': 64}, {'index': 4, 'size': 64}],
   'scopes': [{'name': 'MAIN', 'variables': [
     {'name': 'speed', 'type': 'INT', 'area': 3, 'offset': 10},
@@ -204,7 +204,7 @@ TEST_F(Diagnose, ConnectionTimedOut)
     const FullServer server;
     usePort(server.port());
     EXPECT_EQ("name, !connection", steps());
-    EXPECT_TRUE(tells("text", "no connection within 300 ms")) << member("text");
+    EXPECT_TRUE(tells("text", "no connection within 2000 ms")) << member("text");
     EXPECT_TRUE(tells("meaning", "nothing at this address answers"));
 }
 
@@ -217,7 +217,7 @@ TEST_F(Diagnose, ConnectionClosedAtOnce)
 TEST_F(Diagnose, LoginWithoutReply)
 {
     EXPECT_EQ("name, connection, !identification", stepsAgainst({}));
-    EXPECT_TRUE(tells("text", "no reply within 300 ms")) << member("text");
+    EXPECT_TRUE(tells("text", "no reply within 2000 ms")) << member("text");
     EXPECT_TRUE(tells("meaning", "is not answered"));
 }
 
@@ -276,7 +276,7 @@ TEST_F(Diagnose, ReadWithoutReply)
 {
     startSimulator({QStringLiteral("--drop-replies"), QStringLiteral("100")});
     EXPECT_EQ("name, connection, identification, file request, !area", steps());
-    EXPECT_TRUE(tells("text", "no reply within 300 ms")) << member("text");
+    EXPECT_TRUE(tells("text", "no reply within 2000 ms")) << member("text");
 }
 
 TEST_F(Diagnose, ReadAnsweredByHalf)
@@ -306,7 +306,7 @@ TEST_F(Diagnose, LabelWithoutReplyAlthoughItsAreaCouldBeRead)
 {
     EXPECT_EQ("name, connection, identification, file request, area, !label",
               stepsAgainst({loginReply(200), loginReply(30), kGoodRead}));
-    EXPECT_TRUE(tells("text", "no reply within 300 ms")) << member("text");
+    EXPECT_TRUE(tells("text", "no reply within 2000 ms")) << member("text");
 }
 
 TEST_F(Diagnose, AreaThatThePlcDoesNotHave)

@@ -101,6 +101,8 @@ TEST_F(Faults, LostRepliesAreAskedForAgain)
 
 TEST_F(Faults, ARefusedLoginEndsWithExitCode1AndSaysSo)
 {
+    writeProject(
+        QByteArray(patientProject()).replace("'replyTimeout':300", "'replyTimeout':20000"));
     startSimulator({QStringLiteral("--refuse-login")});
     const Outcome outcome = run("read", {QStringLiteral("F.v0[0]")});
     EXPECT_EQ(1, outcome.exitCode);
@@ -125,6 +127,7 @@ TEST_F(Faults, AReadThatThePlcRefusesIsRetriedAsOftenAsConfigured)
     // Area 1 ends at 24000 in the PLC's project, and later in the host's.
     startSimulator();
     writeProject(QByteArray(patientProject())
+                     .replace("'replyTimeout':300", "'replyTimeout':20000")
                      .replace("'size':24000", "'size':32000")
                      .replace("'offset':0,", "'offset':31000,"));
     const int before = status("requests");

@@ -69,7 +69,7 @@ TEST_F(ReadOnly, WatchAsksForNoValue)
                                             QStringLiteral("--cycle"), QStringLiteral("20ms")}),
                         100, 24, {QStringLiteral("LC_ALL=C.UTF-8"), QStringLiteral("TERM=xterm")});
     ASSERT_TRUE(plc.waitForText("R.first"));
-    EXPECT_TRUE(plc.screen().text().contains(QStringLiteral("Dairy (read-only)")));
+    ASSERT_TRUE(plc.waitForText("Dairy (read-only)"));
     plc.type("w");
     EXPECT_TRUE(plc.waitForText("the project is read-only")) << plc.screen().text().toStdString();
     plc.type("7\ry");

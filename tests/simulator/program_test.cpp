@@ -12,7 +12,7 @@
 namespace plc::simulator {
 namespace {
 
-constexpr int kPatience = 20000; // ms
+constexpr int kPatience = 30000; // ms
 
 /// The simulator of the demo plant in a process of its own.
 class Program : public testing::Test {

@@ -15,14 +15,14 @@
 namespace plc::simulator {
 namespace test {
 
-/// Lets events happen until `condition` holds; fails after ten seconds.
+/// Lets events happen until `condition` holds; fails after half a minute.
 template <typename Condition>
 bool waitUntil(Condition condition)
 {
     QElapsedTimer clock;
     clock.start();
     while (!condition()) {
-        if (clock.hasExpired(10000))
+        if (clock.hasExpired(30000))
             return false;
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
     }

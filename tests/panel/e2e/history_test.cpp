@@ -95,6 +95,7 @@ TEST_F(PanelHistory, GoesOnInANewFileWhereItsOwnWasRemoved)
 
 TEST_F(PanelHistory, ShowsLostLinksAndAnEndOfThePanel)
 {
+    noticeLossesSoon();
     const qint64 begin = QDateTime::currentMSecsSinceEpoch();
     plc->set("T.level", QStringLiteral("8"));
     start();

@@ -17,7 +17,7 @@ namespace plc::test {
 constexpr char kTank[] = R"json({
   "name": "A tank",
   "plc": {"address": "127.0.0.1", "port": 1200},
-  "settings": {"staleAfter": 1000, "replyTimeout": 500, "reconnectDelay": 100,
+  "settings": {"staleAfter": 20000, "replyTimeout": 20000, "reconnectDelay": 100,
                "reconnectDelayLimit": 200},
   "areas": [{"index": 1, "size": 64}, {"index": 2, "size": 64}],
   "scopes": [{"name": "T", "variables": [
@@ -35,13 +35,7 @@ protected:
     PanelSite()
     {
         writeFile(path("tank.json"), kTank);
-        // What the panel takes for the program has a value that the PLC lacks.
-        writeFile(path("panel_tank.json"),
-                  QByteArray(kTank)
-                      .replace("\"size\": 64}]", "\"size\": 64}, {\"index\": 3, \"size\": 8}]")
-                      .replace("\"variables\": [",
-                               "\"variables\": [{\"name\": \"missing\", \"type\": \"INT\", "
-                               "\"area\": 3, \"offset\": 0},"));
+        writePanelProject(kTank);
         plc = std::make_unique<PlcProcess>(path("tank.json"));
         settings = {{QStringLiteral("listen"), QStringLiteral("127.0.0.1:0")},
                     {QStringLiteral("audit"), QStringLiteral("audit")},
@@ -54,6 +48,15 @@ protected:
     }
 
     QString path(const char* name) const { return m_folder.filePath(QString::fromUtf8(name)); }
+
+    /// For tests that wait for it. A machine that stands still for so long is taken for a loss,
+    /// too.
+    void noticeLossesSoon()
+    {
+        writePanelProject(QByteArray(kTank)
+                              .replace("\"staleAfter\": 20000", "\"staleAfter\": 1500")
+                              .replace("\"replyTimeout\": 20000", "\"replyTimeout\": 1000"));
+    }
 
     /// Until the values are there. What does not start ends the test program: each test waits for
     /// what does not come.
@@ -148,6 +151,16 @@ protected:
     int port = 0;
 
 private:
+    /// What the panel takes for the program has a value that the PLC lacks.
+    void writePanelProject(QByteArray project)
+    {
+        writeFile(path("panel_tank.json"),
+                  project.replace("\"size\": 64}]", "\"size\": 64}, {\"index\": 3, \"size\": 8}]")
+                      .replace("\"variables\": [",
+                               "\"variables\": [{\"name\": \"missing\", \"type\": \"INT\", "
+                               "\"area\": 3, \"offset\": 0},"));
+    }
+
     QTemporaryDir m_folder;
     std::unique_ptr<LineProcess> m_panel;
 };

@@ -84,12 +84,13 @@ TEST_F(PanelWrites, ThatThePlcRefusesTellNumberAndWords)
 
 TEST_F(PanelWrites, WhoseAnswerIsLostAreNotKnown)
 {
+    noticeLossesSoon();
     start();
     QJsonObject record;
     // The reply to a read may be lost before, and the write is not sent then.
     for (int i = 0; i < 20 && outcome(record) != "unknown"; ++i) {
         ASSERT_TRUE(comesTrue([this] { return quality("T.level") == "good"; }));
-        plc->command(QStringLiteral("delay 700"));
+        plc->command(QStringLiteral("delay 1500"));
         record = write(qPrintable(QStringLiteral("w%1").arg(i)), "T.set", "1");
         plc->command(QStringLiteral("delay 0"));
     }
@@ -100,6 +101,7 @@ TEST_F(PanelWrites, WhoseAnswerIsLostAreNotKnown)
 
 TEST_F(PanelWrites, ToAPlcThatIsAwayAreNotSent)
 {
+    noticeLossesSoon();
     start();
     plc->kill();
     ASSERT_TRUE(comesTrue([this] { return quality("T.level") == "stale"; }));
