@@ -10,7 +10,7 @@ namespace {
 
 constexpr char kProject[] = R"({
   'name': 'Oven', 'areas': [{'index': 3, 'size': 64}, {'index': 4, 'size': 16000}],
-  'settings': {'staleAfter': 2000, 'replyTimeout': 500, 'reconnectDelay': 50,
+  'settings': {'staleAfter': 2000, 'replyTimeout': 20000, 'reconnectDelay': 50,
                'reconnectDelayLimit': 100},
   'scopes': [{'name': 'F', 'variables': [
     {'name': 'a', 'type': 'DINT', 'area': 3, 'offset': 0},

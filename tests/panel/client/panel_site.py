@@ -56,7 +56,7 @@ PROJECT = {
     "name": "Small plant",
     "plc": {"address": "127.0.0.1", "port": 1200},
     "settings": {
-        "connectTimeout": 1000, "replyTimeout": 500, "reconnectDelay": 100, "staleAfter": 700,
+        "connectTimeout": 20000, "replyTimeout": 20000, "reconnectDelay": 100, "staleAfter": 20000,
         "retryLimit": 1,
     },
     "areas": [{"index": 0, "size": 4096}],
@@ -78,6 +78,9 @@ PROJECT = {
     ],
     "cyclic": ["P.level", "P.count", "P.wide", "P.on", "P.name", "P.exact"],
 }
+# For tests that wait for the loss of a PLC. A machine that stands still for so long is taken for one, too.
+LOST_SOON = {**PROJECT, "settings": {**PROJECT["settings"], "connectTimeout": 1000, "replyTimeout": 500,
+                                     "staleAfter": 700}}
 
 
 class Plc:

@@ -15,7 +15,7 @@ import threading
 import time
 import unittest
 
-from panel_site import PATIENCE, SOURCES, Events, Site, comes_true, free_port
+from panel_site import LOST_SOON, PATIENCE, SOURCES, Events, Site, comes_true, free_port
 import plc_panel_client
 from plc_panel_client import Confirmed, Link, Lost, Panel, PanelError, Value
 
@@ -368,7 +368,7 @@ class LostPanelTest(unittest.TestCase):
         events.wait(Value, lambda e: e.value == 5 and e.quality == "good")
 
     def test_a_plc_that_goes_away_is_told(self):
-        site = Site().start()
+        site = Site(project=LOST_SOON).start()
         self.addCleanup(site.close)
         events = Events(site.up(), [("plant", "P.count")])
         events.wait(Value, lambda e: e.quality == "good")
@@ -377,8 +377,8 @@ class LostPanelTest(unittest.TestCase):
         events.wait(Value, lambda e: e.quality == "stale")
         outcome = site.panel().write("plant", "P.count", 1)
         self.assertEqual("notSent", outcome.word)
-        site.plc.command("online")
         events.forget()
+        site.plc.command("online")
         events.wait(Value, lambda e: e.quality == "good")
 
 

@@ -11,7 +11,7 @@ import threading
 import time
 import unittest
 
-from panel_site import PROJECT, PanelError, Site, comes_true
+from panel_site import LOST_SOON, PanelError, Site, comes_true
 
 WRITERS = 3
 FAULTS = (
@@ -22,7 +22,7 @@ options = argparse.Namespace(writes=60, seed=1)
 
 
 def project(writes):
-    made = copy.deepcopy(PROJECT)
+    made = copy.deepcopy(LOST_SOON)
     made["areas"][0]["size"] = 128 + 4 * writes
     made["scopes"][0]["variables"][-1]["array"] = [[1, writes]]
     return made

@@ -2,6 +2,7 @@
 
 import json
 import os
+import signal
 import subprocess
 import time
 import unittest
@@ -20,13 +21,28 @@ class Recorded(unittest.TestCase):
         path.write_text(json.dumps({**PROJECT, "plc": {"address": "127.0.0.1", "port": self.site.plc.port}}))
         self.project = str(path)
         self.begin = time.time()
+        self.exports = 0
 
     def log(self, *options):
+        """Until there is the value."""
         self.site.plc.set("P.count", 7)
+        with subprocess.Popen(
+                [os.environ["PLC_COMMAND"], "log", "--project", self.project, "--driver", os.environ["PLC_LIBRARY"],
+                 "--output", str(self.site.folder / "record.sqlite"), *options, "P.count"],
+                stdout=subprocess.DEVNULL) as logging:
+            try:
+                comes_true(lambda: ",P.count,7," in self.exported(), "a record")
+            finally:
+                logging.send_signal(signal.SIGINT)
+            self.assertEqual(0, logging.wait(PATIENCE))
+
+    def exported(self):
+        self.exports += 1
+        file = self.site.folder / f"export{self.exports}.csv"
         subprocess.run(
-            [os.environ["PLC_COMMAND"], "log", "--project", self.project, "--driver", os.environ["PLC_LIBRARY"],
-             "--output", str(self.site.folder / "record.sqlite"), "--for", "1", *options, "P.count"],
-            check=True, capture_output=True, timeout=PATIENCE)
+            [os.environ["PLC_COMMAND"], "log", "--export", str(self.site.folder / "record.sqlite"), "--output", str(file)],
+            capture_output=True, timeout=PATIENCE, check=False)
+        return file.read_text() if file.exists() else ""
 
     def past(self, plc):
         panel = self.site.panel()
