@@ -8,6 +8,8 @@
 #include <memory>
 #include <vector>
 
+#include "support/free_port.h"
+
 namespace {
 
 constexpr int kPatience = 30000; // ms, for what is expected to happen
@@ -57,8 +59,8 @@ private:
 
 class HostExamples : public ::testing::Test {
 protected:
-    /// A simulator with the tank; returns its port.
-    QString startPlc(const QString& port = QStringLiteral("0"))
+    /// A simulator with the tank; returns its port, which nobody else takes when it has ended.
+    QString startPlc(const QString& port = QString::number(plc::test::freePort()))
     {
         const QString project = m_folder.filePath(QStringLiteral("tank.json"));
         QFile file(project);

@@ -12,6 +12,7 @@
 #include <memory>
 
 #include "tests/e2e/line_process.h"
+#include "tests/support/free_port.h"
 
 namespace plc::test {
 
@@ -29,12 +30,12 @@ inline void PrintTo(const Outcome& outcome, std::ostream* out)
          << outcome.errors.toStdString();
 }
 
-/// The program plc-simulator with a project, on a free port.
+/// The program plc-simulator with a project, on a port that stays its own while it is offline.
 class Simulator {
 public:
     Simulator(const QString& project, const QStringList& options)
         : m_process(QStringLiteral(PLC_SIMULATOR),
-                    QStringList{project, QStringLiteral("--port"), QStringLiteral("0"),
+                    QStringList{project, QStringLiteral("--port"), QString::number(freePort()),
                                 QStringLiteral("--quiet")} +
                         options),
           m_port(m_process.nextLine().section(QLatin1Char(':'), -1))

@@ -1,28 +1,16 @@
 // The panel and the simulator as programs, on the demo plant.
 
 import assert from "node:assert/strict";
-import { createServer } from "node:net";
 import { mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import { dirname, join } from "node:path";
 import { fileURLToPath } from "node:url";
 import { spawn } from "node:child_process";
 import { tmpdir } from "node:os";
 
+import { freePort } from "./free_port.mjs";
+
 const ROOT = join(dirname(fileURLToPath(import.meta.url)), "../../../..");
 const PATIENCE = 40000; // ms for a program to be ready
-
-// A port that nobody listens on. It is none of those that the system gives to whoever asks for any, the
-// browser among them: it is still free when its server has been away.
-export async function freePort() {
-  for (;;) {
-    const port = 10240 + Math.floor(Math.random() * 22528);
-    const server = createServer();
-    const isFree = await new Promise((done) => server.once("error", () => done(false)).listen(port, () => done(true)));
-    if (!isFree) continue;
-    await new Promise((done) => server.close(done));
-    return port;
-  }
-}
 
 class Program {
   // Ready when its output has `ready`.

@@ -10,6 +10,7 @@ import { join } from "node:path";
 import { pathToFileURL } from "node:url";
 
 import { StandIn } from "../stand_in/stand_in.mjs";
+import { freePort } from "./free_port.mjs";
 
 const { chromium } = await import(pathToFileURL(join(process.env.PLC_TEST_PACKAGES, "playwright-core/index.mjs")));
 
@@ -31,7 +32,7 @@ export function withBrowser() {
 
 export async function standIn() {
   const server = new StandIn(process.env.PLC_PAGE_PACKAGES);
-  server.address = await server.start();
+  server.address = await server.start(await freePort());
   return server;
 }
 
