@@ -108,7 +108,7 @@ TEST_F(FullDiskOfALink, AnExportLeavesNoFile)
 {
     // A thousand records are more than 40,000 bytes of CSV. The database itself needs 32 KiB.
     const QStringList all{QStringLiteral("R.table[1..1000]")};
-    ASSERT_EQ(0, runWithin(RLIM_INFINITY, log("a.sqlite", "1") + all).exitCode);
+    ASSERT_EQ(0, runWithin(RLIM_INFINITY, log("a.sqlite", "2") + all).exitCode);
     const std::string before = names();
     for (const rlim_t bytes : {33000, 40000}) {
         expectTold(runWithin(bytes, {QStringLiteral("log"), QStringLiteral("--export"),

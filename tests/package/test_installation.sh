@@ -158,7 +158,7 @@ expect_tank() {
     local simulator=$!
     # shellcheck disable=SC2064 # the number that it has now
     trap "kill $simulator 2>/dev/null || true" EXIT
-    timeout 20 bash -c "until grep --quiet listening '$output'; do sleep 0.05; done" ||
+    timeout 60 bash -c "until grep --quiet listening '$output'; do sleep 0.05; done" ||
         fail "the simulator does not listen: $(cat "$output")"
     port=$(sed --quiet 's/^listening on .*:\([0-9]*\)$/\1/p' "$output")
     # It goes on printing until nobody reads it any more, which is no failure.
@@ -261,7 +261,7 @@ ToolsWorkTogether() {
     "$installation/bin/plc-simulator" --port 0 "$project" >"$output" 2>&1 &
     local simulator=$!
     trap 'kill $simulator 2>/dev/null' RETURN
-    timeout 20 bash -c "until grep --quiet listening '$output'; do sleep 0.05; done" ||
+    timeout 60 bash -c "until grep --quiet listening '$output'; do sleep 0.05; done" ||
         fail "the simulator does not listen: $(cat "$output")"
     local port
     port=$(sed --quiet 's/^listening on .*:\([0-9]*\)$/\1/p' "$output")

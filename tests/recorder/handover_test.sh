@@ -65,7 +65,7 @@ TEXT
     influxd -config "$folder/influx.conf" >"$folder/influx.log" 2>&1 &
     pids+=($!)
     local url=http://127.0.0.1:$http i
-    for ((i = 0; i < 200; ++i)); do
+    for ((i = 0; i < 600; ++i)); do
         curl --silent --fail "$url/ping" >/dev/null && break
         sleep 0.1
     done

@@ -23,7 +23,7 @@ using ::testing::SizeIs;
 
 constexpr char kProject[] = R"({
   'name': 'Captured',
-  'settings': {'replyTimeout': 500, 'reconnectDelay': 20, 'reconnectDelayLimit': 20},
+  'settings': {'replyTimeout': 20000, 'reconnectDelay': 20, 'reconnectDelayLimit': 20},
   'areas': [{'index': 3, 'size': 64}],
   'scopes': [{'name': 'MAIN', 'variables': [
     {'name': 'speed', 'type': 'INT', 'area': 3, 'offset': 10}]}],

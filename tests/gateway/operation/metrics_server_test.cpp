@@ -17,7 +17,7 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-constexpr int kPatience = 20000; // ms
+constexpr int kPatience = 30000; // ms
 
 /// All that the server sends until it hangs up.
 template <typename Socket>
