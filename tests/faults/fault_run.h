@@ -24,13 +24,14 @@ namespace plc::faults {
 /// all as a seed says. Its checks are GoogleTest expectations.
 class FaultRun : public host::RuntimeListener {
 public:
-    FaultRun(const host::DriverFunctions& driver, std::uint32_t seed);
+    /// All times that the settings limit are `slowness` times as long as usual.
+    FaultRun(const host::DriverFunctions& driver, std::uint32_t seed, int slowness);
     ~FaultRun() override;
 
     void run();
 
-    /// That coming back took longer than the settings allow; empty: it did not. The PLC, another
-    /// process, may have stood still meanwhile, which does not happen in each run of a seed.
+    /// What took longer than the settings allow, or did not come to an end; empty: nothing did. The
+    /// PLC, another process, may have stood still meanwhile, or be slower than the times allow.
     const std::string& delay() const { return m_delay; }
     /// What went wrong on the wire, one a line.
     QString history() const { return m_proxy->history().join(QLatin1Char('\n')); }
@@ -44,8 +45,8 @@ private:
     };
 
     void exchangeUnderFaults();
-    void comeBack();
-    void writeUndisturbed();
+    bool comeBack();
+    bool writeUndisturbed();
     void end();
 
     void startTransfer();
@@ -60,7 +61,8 @@ private:
 
     /// Turns the event loop once; measures how long the process was kept from it.
     void turn();
-    /// Turns the event loop until this is so. Fails the test when it takes unreasonably long.
+    /// Turns the event loop until this is so. False, and told as a delay, when it takes
+    /// unreasonably long.
     bool until(const char* what, const std::function<bool()>& condition);
     /// Fails the test when something that the settings limit took longer.
     void checkDuration(const char* what, qint64 since, int limit);
