@@ -11,8 +11,9 @@ public:
     Authority(const QString& folder, const char* name)
         : m_folder(folder), m_name(QLatin1String(name))
     {
-        run({"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj",
-             "/CN=Authority", "-keyout", file(m_name, ".key"), "-out", certificate()});
+        run({"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
+             "-days", "2", "-subj", "/CN=Authority", "-keyout", file(m_name, ".key"), "-out",
+             certificate()});
     }
     QString certificate() const { return file(m_name, ".crt"); }
 
@@ -22,8 +23,8 @@ public:
         const QString request = file(name, ".csr");
         const QString wanted = file(name, ".ext");
         writeFile(wanted, extensions.toUtf8());
-        run({"req", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=" + name, "-keyout",
-             file(name, ".key"), "-out", request});
+        run({"req", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-subj",
+             "/CN=" + name, "-keyout", file(name, ".key"), "-out", request});
         run({"x509", "-req", "-days", "2", "-in", request, "-CA", certificate(), "-CAkey",
              file(m_name, ".key"), "-CAcreateserial", "-extfile", wanted, "-out",
              file(name, ".crt")});
