@@ -93,7 +93,7 @@ TEST_F(Usage, TimesTellTheirDistanceFromUtc)
 {
     const QRegularExpression stamp(QStringLiteral(
         "^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}(Z|[+-]\\d\\d:\\d\\d)$"));
-    const QStringList briefly{QStringLiteral("--for"), QStringLiteral("1s")};
+    const QStringList briefly{QStringLiteral("--for"), QStringLiteral("2s")};
     Outcome outcome = run("run", briefly + QStringList{QStringLiteral("--json")});
     ASSERT_FALSE(outcome.lines.isEmpty());
     for (const QString& line : outcome.lines)
