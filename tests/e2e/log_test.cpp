@@ -38,9 +38,9 @@ protected:
     }
     void setStaleAfter(const char* milliseconds)
     {
-        writeProject(QByteArray(kLogProject)
-                         .replace("'staleAfter': 20000",
-                                  QByteArray("'staleAfter': ") + milliseconds));
+        writeProject(
+            QByteArray(kLogProject)
+                .replace("'staleAfter': 20000", QByteArray("'staleAfter': ") + milliseconds));
     }
 
     std::unique_ptr<LineProcess> log(const QString& file, const QStringList& options)
