@@ -105,6 +105,18 @@ TEST_F(Tls, HasForwardSecrecyAndAuthenticatedEncryptionAlone)
     EXPECT_TRUE(ask(options("-tls1_2 -cipher ECDHE-ECDSA-CHACHA20-POLY1305")).contains("hello"));
 }
 
+TEST_F(Tls, EndsWhereAClientWantsANewHandshake)
+{
+    start({greeting()});
+    const QByteArray output = openssl(
+        options("s_client -tls1_2 -msg -connect") + QStringList{QString::fromLatin1(target())},
+        "R\n");
+    ASSERT_TRUE(output.contains("RENEGOTIATING")) << output.toStdString();
+    EXPECT_EQ(1, output.count(", ServerHello\n")) << output.toStdString();
+    EXPECT_TRUE(output.contains("close_notify")) << output.toStdString();
+    EXPECT_TRUE(output.contains("\nclosed\n")) << output.toStdString();
+}
+
 TEST_F(Tls, IsNeededWhereItIsOffered)
 {
     start({greeting()});
