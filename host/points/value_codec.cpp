@@ -17,10 +17,10 @@ quint64 readNumber(const QByteArray& buffer, int offset, int size)
     return number;
 }
 
-void appendNumber(quint64 number, int size, QByteArray* buffer)
+void writeNumber(quint64 number, int size, char* bytes)
 {
     for (int i = 0; i < size; ++i)
-        buffer->append(char(quint8(number >> (8 * i))));
+        bytes[i] = char(quint8(number >> (8 * i)));
 }
 
 /// Characters up to the terminating zero; of a wide text most significant byte first.
@@ -70,8 +70,12 @@ WriteBuffer encodeNumbers(const DataPoint& point, const QVector<values::Value>& 
     // Types of one byte take a register of two for each element; BOOL and BIT do not.
     const int width = isFlag ? 1 : qMax(2, size);
     WriteBuffer buffer;
-    for (const values::Value& value : values)
-        appendNumber(values::valueBits(value), width, &buffer.bytes);
+    buffer.bytes = QByteArray(int(values.size()) * width, Qt::Uninitialized);
+    char* bytes = buffer.bytes.data();
+    for (const values::Value& value : values) {
+        writeNumber(values::valueBits(value), width, bytes);
+        bytes += width;
+    }
     buffer.count = int(values.size()) * (isFlag ? 1 : width / 2);
     buffer.wireBytes = int(values.size()) * size;
     return buffer;

@@ -70,20 +70,20 @@ QVector<FrameEntry> oneShotPieces(const DataPoint& point, int maxReadBytes)
     return pieces;
 }
 
-QVector<FrameEntry> writePieces(const DataPoint& point, int byteCount)
+WritePieces::WritePieces(const DataPoint& point, int byteCount)
+    : m_area(quint16(point.area)),
+      m_isBit(values::isBit(*point.type)),
+      m_address(quint32(point.address)),
+      m_byteCount(byteCount),
+      m_pieceSize(m_isBit ? 1 : PLC_WRITE_PIECE)
 {
-    const bool bits = values::isBit(*point.type);
-    const int pieceSize = bits ? 1 : PLC_WRITE_PIECE;
-    QVector<FrameEntry> pieces;
-    for (int done = 0; done < byteCount; done += pieceSize) {
-        FrameEntry piece;
-        piece.area = quint16(point.area);
-        piece.address = quint32(point.address + done);
-        piece.length = quint32(qMin(pieceSize, byteCount - done));
-        piece.isBit = bits;
-        pieces.append(piece);
-    }
-    return pieces;
+}
+
+FramePlace WritePieces::at(int index) const
+{
+    const int position = index * m_pieceSize;
+    const int length = qMin(m_pieceSize, m_byteCount - position);
+    return {m_area, m_address + quint32(position), quint32(length), m_isBit};
 }
 
 } // namespace plc::host

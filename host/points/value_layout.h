@@ -33,8 +33,24 @@ PLC_HOST_EXPORT quint32 pieceBytes(const DataPoint& point, int maxReadBytes);
 /// longer than longestEntry(), pieces of pieceBytes().
 PLC_HOST_EXPORT QVector<FrameEntry> oneShotPieces(const DataPoint& point, int maxReadBytes);
 
-/// The ranges that the driver cuts a write of `byteCount` bytes (elements of BIT) into.
-PLC_HOST_EXPORT QVector<FrameEntry> writePieces(const DataPoint& point, int byteCount);
+/// The ranges that the driver cuts a write into: all of the same length but the last.
+class PLC_HOST_EXPORT WritePieces {
+public:
+    WritePieces() = default;
+    /// Of `byteCount` bytes (elements of BIT).
+    WritePieces(const DataPoint& point, int byteCount);
+
+    int size() const { return (m_byteCount + m_pieceSize - 1) / m_pieceSize; }
+    FramePlace at(int index) const;
+    FramePlace first() const { return at(0); }
+
+private:
+    quint16 m_area = 0;
+    bool m_isBit = false;
+    quint32 m_address = 0;
+    int m_byteCount = 0;
+    int m_pieceSize = 1;
+};
 
 } // namespace plc::host
 

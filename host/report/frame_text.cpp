@@ -28,12 +28,14 @@ QString entriesText(const QVector<FrameEntry>& entries, const QVector<QByteArray
     return texts.join(QStringLiteral(", "));
 }
 
-QVector<QByteArray> dataOf(const QVector<FrameEntry>& entries)
+QVector<QByteArray> writtenBlocks(const SentRequest& request)
 {
-    QVector<QByteArray> data;
-    for (const FrameEntry& entry : entries)
-        data.append(entry.data);
-    return data;
+    QVector<QByteArray> blocks;
+    if (request.content.service == Service::Write) {
+        for (const FrameEntry& entry : request.content.entries)
+            blocks.append(writtenBytes(request.frame, entry));
+    }
+    return blocks;
 }
 
 QString serviceText(Service service)
@@ -82,9 +84,7 @@ QString requestText(const SentRequest& request)
     QString text = serviceText(content.service);
     if (content.service == Service::Read || content.service == Service::Write) {
         text += QStringLiteral(" of %1 entries: ").arg(content.entries.size());
-        text +=
-            entriesText(content.entries, content.service == Service::Write ? dataOf(content.entries)
-                                                                           : QVector<QByteArray>());
+        text += entriesText(content.entries, writtenBlocks(request));
     }
     return content.wellFormed ? text : text + QStringLiteral(" (malformed)");
 }

@@ -165,11 +165,9 @@ void Runtime::write(const DataPoint& point, const QVector<values::Value>& values
 {
     Write write;
     write.tag = ++m_lastTag;
-    write.point = point;
-    if (settled)
-        write.settled = std::move(settled);
+    write.settled = std::move(settled);
     ++m_openWrites;
-    const QString reason = obstacle(&write, values);
+    const QString reason = prepareWrite(point, values, &write);
     if (!reason.isEmpty()) {
         settle(write, TransferOutcome::notSent(reason));
         return;
@@ -178,21 +176,24 @@ void Runtime::write(const DataPoint& point, const QVector<values::Value>& values
     m_session.wake(now);
 }
 
-/// Prepares a write, or says why it cannot even be queued. The driver writes what it is given to
-/// where the label leads, whatever the data point says; here alone it is seen to that both are the
-/// same.
-QString Runtime::obstacle(Write* write, const QVector<values::Value>& values)
+/// Empty, or why the write cannot even be queued. The driver writes what it is given to where the
+/// label leads, whatever the data point says; here alone it is seen to that both are the same.
+QString Runtime::prepareWrite(const DataPoint& point, const QVector<values::Value>& values,
+                              Write* write)
 {
     if (m_isReadOnly)
         return readOnlyText();
-    QString reason = obstacle(write->point);
+    QString reason = obstacle(point);
     if (!reason.isEmpty())
         return reason;
-    Expected<WriteBuffer> buffer = encodeValues(write->point, values);
+    Expected<WriteBuffer> buffer = encodeValues(point, values);
     if (!buffer)
         return buffer.error().text;
+    write->label = point.label;
+    write->station = point.station;
+    write->elementSize = qMax(1, point.type->size);
     write->buffer = std::move(*buffer);
-    write->pieces = writePieces(write->point, write->buffer.wireBytes);
+    write->pieces = WritePieces(point, write->buffer.wireBytes);
     if (write->pieces.size() <= PLC_LIST_LIMIT)
         return QString();
     return QStringLiteral(
@@ -268,21 +269,31 @@ QString Runtime::obstacle(const DataPoint& point)
 bool Runtime::prepareRequest(qint64 now, bool passIsDue)
 {
     switchOffWhereIdle();
-    // What went out now might get the reply that is still due to the doubted write.
+    handOverWrites();
+    // What is asked for now might get the reply that is still due to the doubted write.
     if (m_isInDoubt) {
         askWhetherInStep(passIsDue);
         return true;
     }
-    // The driver sends writes first. A read that it had besides would go out together with the one
-    // that shows whether replies fit, and its refusal would be taken for that of the write. It has
-    // one that waits for a login.
-    const bool hasReads = m_reads.hasUnderWay() || m_cyclic.probes().hasUnderWay();
-    if (!hasReads && (m_writesInARow < PLC_REQUESTS_IN_A_ROW || !hasWaitingReads()))
-        m_writes.handOver(m_driver);
     if (!m_writes.hasUnderWay() && !m_asksWhetherInStep)
         handOverReads(now, passIsDue);
     return m_writes.hasUnderWay() || m_asksWhetherInStep || m_reads.hasUnderWay() ||
            m_cyclic.probes().hasUnderWay();
+}
+
+void Runtime::handOverWrites()
+{
+    // The driver sends writes first. A read that it had besides would go out together with the one
+    // that shows whether replies fit, and its refusal would be taken for that of the write. It has
+    // one that waits for a login.
+    if (m_reads.hasUnderWay() || m_cyclic.probes().hasUnderWay())
+        return;
+    if (m_writesInARow >= PLC_REQUESTS_IN_A_ROW && hasWaitingReads())
+        return;
+    if (m_isInDoubt)
+        m_writes.goOn(m_driver, m_lastTagBeforeDoubt);
+    else
+        m_writes.handOver(m_driver);
 }
 
 bool Runtime::hasWaitingReads() const
@@ -345,8 +356,8 @@ void Runtime::requestAnswered(const SentRequest& request, const Answer& answer,
     m_listener->requestAnswered(request, answer, reply);
     if (answer.isInStep)
         settleDoubted();
-    if (answer.mayBeCopy)
-        m_isInDoubt = true;
+    if (answer.mayBeCopy && !std::exchange(m_isInDoubt, true))
+        m_lastTagBeforeDoubt = m_lastTag;
     if (request.content.service == Service::Read)
         settleReadRequest(request, answer, reply, now);
     else if (request.content.service == Service::Write)
@@ -359,14 +370,13 @@ void Runtime::requestAnswered(const SentRequest& request, const Answer& answer,
 
 void Runtime::settleWriteRequest(const Answer& answer)
 {
-    QVector<Write> settled;
+    std::vector<Write> settled;
     if (answer.kind == Answer::Accepted)
         settled = m_writes.requestAccepted();
     else if (answer.kind == Answer::Abandoned)
         settled = m_writes.requestAbandoned();
     if (m_isInDoubt) {
-        for (Write& write : settled)
-            m_doubted.append({std::move(write), transferOutcome(answer)});
+        m_doubted.push_back({std::move(settled), transferOutcome(answer)});
         return;
     }
     m_writes.confirmAccepted();
@@ -442,9 +452,9 @@ void Runtime::settleDoubted()
     m_isInDoubt = false;
     m_cyclicReadsProveNothing = false;
     m_writes.confirmAccepted();
-    const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
-    for (const DoubtedWrite& settled : doubted)
-        settle(settled.write, settled.outcome);
+    const std::vector<DoubtedWrites> doubted = std::exchange(m_doubted, {});
+    for (const DoubtedWrites& settled : doubted)
+        settle(settled.writes, settled.outcome);
 }
 
 /// The driver's own reports settle what the frames have not: a login that is abandoned takes the
@@ -501,9 +511,9 @@ void Runtime::giveUpTransfers(const QString& reason)
 
 void Runtime::settleAll(const QString& reason)
 {
-    const QVector<DoubtedWrite> doubted = std::exchange(m_doubted, {});
-    for (const DoubtedWrite& unsure : doubted)
-        settle(unsure.write, TransferOutcome::lost(reason));
+    const std::vector<DoubtedWrites> doubted = std::exchange(m_doubted, {});
+    for (const DoubtedWrites& unsure : doubted)
+        settle(unsure.writes, TransferOutcome::lost(reason));
     for (const Write& write : m_writes.takeAll())
         settle(write, outcomeOfLoss(write.wasSent, reason));
     for (const OneShotRead& read : m_reads.takeAll())
@@ -513,15 +523,19 @@ void Runtime::settleAll(const QString& reason)
 void Runtime::settle(const Write& write, const TransferOutcome& outcome)
 {
     --m_openWrites;
-    TransferOutcome itsOutcome = outcome;
+    if (!write.settled)
+        return;
+    if (outcome.isDone()) {
+        write.settled(outcome);
+        return;
+    }
     const bool isSure = outcome.kind != TransferOutcome::LinkLost;
-    const int taken = isSure ? write.accepted : write.confirmed;
-    if (!outcome.isDone())
-        itsOutcome.taken = taken == 0 ? 0 : taken / qMax(1, write.point.type->size);
+    TransferOutcome itsOutcome = outcome;
+    itsOutcome.taken = (isSure ? write.accepted : write.confirmed) / write.elementSize;
     write.settled(itsOutcome);
 }
 
-void Runtime::settle(const QVector<Write>& writes, const TransferOutcome& outcome)
+void Runtime::settle(const std::vector<Write>& writes, const TransferOutcome& outcome)
 {
     for (const Write& write : writes)
         settle(write, outcome);

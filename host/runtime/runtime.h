@@ -117,8 +117,10 @@ private:
     void linkChanged(LinkState state, const QString& reason, int retryDelay) override;
 
     QString obstacle(const DataPoint& point);
-    QString obstacle(Write* write, const QVector<values::Value>& values);
+    QString prepareWrite(const DataPoint& point, const QVector<values::Value>& values,
+                         Write* write);
     void switchOffWhereIdle();
+    void handOverWrites();
     bool hasWaitingReads() const;
     void handOverReads(qint64 now, bool passIsDue);
     void askWhetherInStep(bool passIsDue);
@@ -134,7 +136,7 @@ private:
     void settleAll(const QString& reason);
     void leaveDriver();
     void settle(const Write& write, const TransferOutcome& outcome);
-    void settle(const QVector<Write>& writes, const TransferOutcome& outcome);
+    void settle(const std::vector<Write>& writes, const TransferOutcome& outcome);
     static void settle(const std::vector<OneShotRead>& reads, const TransferOutcome& outcome);
 
     const DriverClaim m_claim; ///< Given back behind all others.
@@ -159,12 +161,13 @@ private:
     CyclicReads m_cyclic;
     int m_openWrites = 0;
     /// Writes whose outcome is told once it is sure that the reply was their own.
-    struct DoubtedWrite {
-        Write write;
+    struct DoubtedWrites {
+        std::vector<Write> writes;
         TransferOutcome outcome;
     };
-    QVector<DoubtedWrite> m_doubted;
+    std::vector<DoubtedWrites> m_doubted;
     bool m_isInDoubt = false;
+    int m_lastTagBeforeDoubt = 0;
     bool m_asksWhetherInStep = false;       ///< The driver has the read that shows it.
     bool m_cyclicReadsProveNothing = false; ///< Their replies have the size of the doubted one.
     bool m_lastWasProbe = false;

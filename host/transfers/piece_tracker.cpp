@@ -1,63 +1,56 @@
 #include "host/transfers/piece_tracker.h"
 
 #include <algorithm>
-#include <utility>
+
+#include "host/transfers/tag_walk.h"
 
 namespace plc::host {
+namespace {
 
-void PieceTracker::add(int tag, const QVector<FrameEntry>& pieces)
+template <typename Element>
+void removeMet(const QVector<int>& tags, std::vector<Element>* elements)
 {
-    for (const FrameEntry& piece : pieces)
-        m_pieces.push_back({tag, piece, false});
-    m_transfers[tag].open += int(pieces.size());
+    TagWalk removed(tags);
+    elements->erase(
+        std::remove_if(elements->begin(), elements->end(),
+                       [&removed](const Element& each) { return removed.meets(each.tag); }),
+        elements->end());
 }
 
-bool PieceTracker::contains(int tag) const
+} // namespace
+
+void PieceTracker::add(int tag, const FramePlace& piece)
 {
-    const auto found = m_transfers.find(tag);
-    return found != m_transfers.end() && found->second.open > 0;
+    if (m_transfers.empty() || m_transfers.back().tag != tag)
+        m_transfers.push_back({tag, Progress()});
+    ++m_transfers.back().progress.open;
+    m_pieces.push_back({tag, piece, false});
 }
 
-void PieceTracker::remove(int tag)
+PieceTracker::Progress PieceTracker::progress(int tag) const
 {
-    const auto found = m_transfers.find(tag);
-    if (found == m_transfers.end())
-        return;
-    if (found->second.open > 0) {
-        m_pieces.erase(std::remove_if(m_pieces.begin(), m_pieces.end(),
-                                      [tag](const Piece& piece) { return piece.tag == tag; }),
-                       m_pieces.end());
-    }
-    m_transfers.erase(found);
+    const auto found = std::lower_bound(
+        m_transfers.begin(), m_transfers.end(), tag,
+        [](const Transfer& transfer, int wanted) { return transfer.tag < wanted; });
+    return found != m_transfers.end() && found->tag == tag ? found->progress : Progress();
+}
+
+void PieceTracker::remove(const QVector<int>& tags)
+{
+    removeMet(tags, &m_pieces);
+    removeMet(tags, &m_transfers);
 }
 
 void PieceTracker::clear()
 {
     m_pieces.clear();
     m_transfers.clear();
-    m_unconfirmed.clear();
-}
-
-int PieceTracker::accepted(int tag) const
-{
-    const auto found = m_transfers.find(tag);
-    return found == m_transfers.end() ? 0 : found->second.accepted;
-}
-
-int PieceTracker::confirmed(int tag) const
-{
-    const auto found = m_transfers.find(tag);
-    return found == m_transfers.end() ? 0 : found->second.confirmed;
 }
 
 void PieceTracker::confirm()
 {
-    for (int tag : m_unconfirmed) {
-        const auto found = m_transfers.find(tag);
-        if (found != m_transfers.end())
-            found->second.confirmed = found->second.accepted;
-    }
-    m_unconfirmed.clear();
+    for (Transfer& transfer : m_transfers)
+        transfer.progress.confirmed = transfer.progress.accepted;
 }
 
 QVector<int> PieceTracker::requestSent(const QVector<FrameEntry>& entries)
@@ -68,7 +61,7 @@ QVector<int> PieceTracker::requestSent(const QVector<FrameEntry>& entries)
     auto firstLeft = m_pieces.begin();
     for (const FrameEntry& entry : entries) {
         const auto match = std::find_if(firstLeft, m_pieces.end(), [&entry](const Piece& piece) {
-            return !piece.onWire && piece.entry.samePlace(entry);
+            return !piece.onWire && piece.place.samePlace(entry);
         });
         if (match != m_pieces.end())
             match->onWire = true;
@@ -80,36 +73,29 @@ QVector<int> PieceTracker::requestSent(const QVector<FrameEntry>& entries)
 
 QVector<int> PieceTracker::requestAccepted()
 {
-    const QVector<int> tags = tagsOnWire();
-    for (const Piece& piece : std::as_const(m_pieces)) {
+    QVector<int> settled;
+    settled.reserve(int(m_transfers.size()));
+    auto transfer = m_transfers.begin();
+    for (const Piece& piece : m_pieces) {
         if (!piece.onWire)
             continue;
-        Progress& progress = m_transfers[piece.tag];
-        progress.accepted += int(piece.entry.length);
-        --progress.open;
+        while (transfer->tag != piece.tag)
+            ++transfer;
+        transfer->progress.accepted += int(piece.place.length);
+        if (--transfer->progress.open == 0)
+            settled.append(piece.tag);
     }
-    m_unconfirmed.insert(m_unconfirmed.end(), tags.begin(), tags.end());
     m_pieces.erase(std::remove_if(m_pieces.begin(), m_pieces.end(),
                                   [](const Piece& piece) { return piece.onWire; }),
                    m_pieces.end());
-    QVector<int> settled;
-    settled.reserve(tags.size());
-    for (int tag : tags) {
-        if (!contains(tag))
-            settled.append(tag);
-    }
     return settled;
-}
-
-QVector<int> PieceTracker::requestAbandoned()
-{
-    return tagsOnWire();
 }
 
 /// Pieces of one transfer stand one behind the other.
 QVector<int> PieceTracker::tagsOnWire() const
 {
     QVector<int> tags;
+    tags.reserve(int(m_pieces.size()));
     for (const Piece& piece : m_pieces) {
         if (piece.onWire && (tags.isEmpty() || tags.last() != piece.tag))
             tags.append(piece.tag);

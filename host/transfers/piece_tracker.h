@@ -3,7 +3,6 @@
 
 #include <QtCore/QVector>
 
-#include <map>
 #include <vector>
 
 #include "host/wire/frame_entries.h"
@@ -15,17 +14,21 @@ namespace plc::host {
 /// at the head of a request; all others that the request carried are settled by its result as well.
 class PLC_HOST_EXPORT PieceTracker {
 public:
-    /// Tags ascend in the order in which the transfers were handed to the driver.
-    void add(int tag, const QVector<FrameEntry>& pieces);
-    /// Whether a piece of the transfer was not accepted yet.
-    bool contains(int tag) const;
+    /// What has become of a transfer.
+    struct Progress {
+        int open = 0;      ///< Pieces that were not accepted.
+        int accepted = 0;  ///< Lengths of the others.
+        int confirmed = 0; ///< The part of it that is sure.
+    };
+
+    /// The next piece of a transfer. Tags ascend in the order in which the transfers are handed to
+    /// the driver, and the pieces of one are added one behind the other.
+    void add(int tag, const FramePlace& piece);
     int pieceCount() const { return int(m_pieces.size()); }
-    void remove(int tag);
+    Progress progress(int tag) const;
+    /// `tags` ascend.
+    void remove(const QVector<int>& tags);
     void clear();
-    /// What was accepted of a transfer: lengths of its pieces.
-    int accepted(int tag) const;
-    /// The same, as far as it was confirmed.
-    int confirmed(int tag) const;
     /// All that was accepted is sure.
     void confirm();
 
@@ -35,27 +38,23 @@ public:
     /// It was accepted. Returns the transfers whose last piece it carried.
     QVector<int> requestAccepted();
     /// It was given up. Returns the transfers of which it carried a piece; to be removed.
-    QVector<int> requestAbandoned();
+    QVector<int> requestAbandoned() { return tagsOnWire(); }
 
 private:
     struct Piece {
         int tag;
-        FrameEntry entry;
+        FramePlace place;
         bool onWire;
     };
-
-    /// What has become of a transfer.
-    struct Progress {
-        int open = 0; ///< Pieces that were not accepted.
-        int accepted = 0;
-        int confirmed = 0;
+    struct Transfer {
+        int tag;
+        Progress progress;
     };
 
     QVector<int> tagsOnWire() const;
 
-    std::vector<Piece> m_pieces; ///< Those that were not accepted, in the driver's order.
-    std::map<int, Progress> m_transfers;
-    std::vector<int> m_unconfirmed; ///< Transfers of which something was accepted since confirm().
+    std::vector<Piece> m_pieces;       ///< Those that were not accepted, in the driver's order.
+    std::vector<Transfer> m_transfers; ///< By ascending tags, as the pieces are.
 };
 
 } // namespace plc::host

@@ -1,47 +1,57 @@
 #include "host/transfers/write_places.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace plc::host {
 namespace {
 
-quint64 rangeOf(const FrameEntry& place)
+bool liesBefore(const FramePlace& a, const FramePlace& b)
+{
+    return a.area != b.area ? a.area < b.area : a.address < b.address;
+}
+
+/// `a` does not lie behind `b`.
+bool reachesInto(const FramePlace& a, const FramePlace& b)
+{
+    return a.area == b.area && b.address < quint64(a.address) + a.length;
+}
+
+quint64 rangeOf(const FramePlace& place)
 {
     return quint64(place.address) << 32 | place.length;
 }
 
 } // namespace
 
-bool WritePlaces::isTaken(const FrameEntry& place) const
+bool WritePlaces::isTaken(const FramePlace& place) const
 {
-    if (m_ranges.contains(rangeOf(place)))
+    if (std::binary_search(m_ranges.begin(), m_ranges.end(), rangeOf(place)))
         return true;
-    const auto next = m_lengths.lower_bound({place.area, place.address});
-    if (next != m_lengths.end() && next->first.first == place.area &&
-        next->first.second < qint64(place.address) + place.length)
+    const auto next = std::lower_bound(m_places.begin(), m_places.end(), place, liesBefore);
+    if (next != m_places.end() && reachesInto(place, *next))
         return true;
-    if (next == m_lengths.begin())
-        return false;
-    const auto before = std::prev(next);
-    return before->first.first == place.area &&
-           place.address < qint64(before->first.second) + before->second;
+    return next != m_places.begin() && reachesInto(*std::prev(next), place);
 }
 
-void WritePlaces::add(const FrameEntry& place)
+void WritePlaces::add(const FramePlace& place)
 {
-    m_lengths.emplace(Start(place.area, place.address), place.length);
-    m_ranges.insert(rangeOf(place));
+    m_places.insert(std::upper_bound(m_places.begin(), m_places.end(), place, liesBefore), place);
+    const quint64 range = rangeOf(place);
+    m_ranges.insert(std::upper_bound(m_ranges.begin(), m_ranges.end(), range), range);
 }
 
-void WritePlaces::remove(const FrameEntry& place)
+void WritePlaces::remove(const FramePlace& place)
 {
-    m_lengths.erase({place.area, place.address});
-    m_ranges.remove(rangeOf(place));
+    const auto taken = std::equal_range(m_places.begin(), m_places.end(), place, liesBefore);
+    m_places.erase(taken.first, taken.second);
+    const auto ranges = std::equal_range(m_ranges.begin(), m_ranges.end(), rangeOf(place));
+    m_ranges.erase(ranges.first, ranges.second);
 }
 
 void WritePlaces::clear()
 {
-    m_lengths.clear();
+    m_places.clear();
     m_ranges.clear();
 }
 

@@ -4,9 +4,14 @@
 #include <iterator>
 
 #include "host/driver/request_records.h"
+#include "host/transfers/tag_walk.h"
 
 namespace plc::host {
 namespace {
+
+/// Entries that one request carries at most, each of at least one byte.
+constexpr int kMostEntries =
+    qMin(PLC_MOST_WRITE_ENTRIES, PLC_REQUEST_BUDGET / (PLC_WRITE_ENTRY_OVERHEAD + 1));
 
 bool isSplit(const Write& write)
 {
@@ -17,90 +22,103 @@ bool isSplit(const Write& write)
 
 bool WriteTracker::hasUnderWay(int station) const
 {
-    return std::any_of(m_underWay.begin(), m_underWay.end(), [station](const auto& entry) {
-        return entry.second.point.station == station;
-    });
+    return std::any_of(m_underWay.begin(), m_underWay.end(),
+                       [station](const Write& write) { return write.station == station; });
 }
 
 void WriteTracker::handOver(const DriverFunctions& driver)
 {
-    while (!m_waiting.empty() && mayGo(m_waiting.front())) {
-        const Write& write = start();
-        QByteArray bytes = write.buffer.bytes;
-        driver.setRegisterData(write.point.label, 0, QString(), write.point.station, &bytes,
-                               write.buffer.count, kWriteCategory, write.tag);
-    }
+    while (!m_waiting.empty() && mayGo(m_waiting.front()))
+        start(driver);
 }
 
-/// Moves the write that waits longest to those under way.
-const Write& WriteTracker::start()
+void WriteTracker::goOn(const DriverFunctions& driver, int lastTag)
 {
-    const int tag = m_waiting.front().tag;
-    const Write& write = m_underWay.emplace(tag, std::move(m_waiting.front())).first->second;
+    while (hasUnderWay() && !m_waiting.empty() && m_waiting.front().tag <= lastTag &&
+           mayGo(m_waiting.front()))
+        start(driver);
+}
+
+/// Hands over the write that waits longest.
+void WriteTracker::start(const DriverFunctions& driver)
+{
+    m_underWay.push_back(std::move(m_waiting.front()));
     m_waiting.pop_front();
-    m_pieces.add(tag, write.pieces);
+    Write& write = m_underWay.back();
+    for (int i = 0; i < write.pieces.size(); ++i)
+        m_pieces.add(write.tag, write.pieces.at(i));
     m_places.add(write.pieces.first());
-    return write;
+    driver.setRegisterData(write.label, 0, QString(), write.station, &write.buffer.bytes,
+                           write.buffer.count, kWriteCategory, write.tag);
 }
 
 void WriteTracker::requestSent(const QVector<FrameEntry>& entries)
 {
-    for (int tag : m_pieces.requestSent(entries))
-        m_underWay.at(tag).wasSent = true;
+    const QVector<int> tags = m_pieces.requestSent(entries);
+    TagWalk sent(tags);
+    for (Write& write : m_underWay)
+        write.wasSent |= sent.meets(write.tag);
 }
 
 void WriteTracker::noteProgress(Write* write) const
 {
-    write->accepted = m_pieces.accepted(write->tag);
-    write->confirmed = m_pieces.confirmed(write->tag);
+    const PieceTracker::Progress progress = m_pieces.progress(write->tag);
+    write->accepted = progress.accepted;
+    write->confirmed = progress.confirmed;
 }
 
-void WriteTracker::moveOut(int tag, QVector<Write>* writes)
+void WriteTracker::confirmAccepted()
 {
-    const auto found = m_underWay.find(tag);
-    if (found == m_underWay.end())
-        return;
-    writes->append(std::move(found->second));
-    m_underWay.erase(found);
-    noteProgress(&writes->last());
-    m_places.remove(writes->last().pieces.first());
-    m_pieces.remove(tag);
+    m_pieces.confirm();
+    m_places.clear();
+    for (const Write& write : m_underWay)
+        m_places.add(write.pieces.first());
 }
 
-QVector<Write> WriteTracker::take(int tag)
+std::vector<Write> WriteTracker::take(int tag)
 {
-    return takeAll({tag});
+    std::vector<Write> taken = takeAll(QVector<int>{tag});
+    for (const Write& write : taken)
+        m_places.remove(write.pieces.first());
+    return taken;
 }
 
-QVector<Write> WriteTracker::takeAll(const QVector<int>& tags)
+std::vector<Write> WriteTracker::takeAll(const QVector<int>& tags)
 {
-    QVector<Write> writes;
-    writes.reserve(tags.size());
-    for (int tag : tags)
-        moveOut(tag, &writes);
-    return writes;
-}
-
-QVector<Write> WriteTracker::takeWaiting(int station)
-{
-    const auto first = std::stable_partition(
-        m_waiting.begin(), m_waiting.end(),
-        [station](const Write& write) { return write.point.station != station; });
-    QVector<Write> writes;
-    std::move(first, m_waiting.end(), std::back_inserter(writes));
-    m_waiting.erase(first, m_waiting.end());
-    return writes;
-}
-
-QVector<Write> WriteTracker::takeAll()
-{
-    QVector<Write> writes;
-    for (auto& entry : m_underWay) {
-        noteProgress(&entry.second);
-        writes.append(std::move(entry.second));
+    std::vector<Write> taken;
+    std::vector<Write> staying;
+    taken.reserve(size_t(tags.size()));
+    TagWalk ended(tags);
+    for (Write& write : m_underWay) {
+        if (ended.meets(write.tag)) {
+            noteProgress(&write);
+            taken.push_back(std::move(write));
+        } else {
+            staying.push_back(std::move(write));
+        }
     }
+    m_underWay = std::move(staying);
+    m_pieces.remove(tags);
+    return taken;
+}
+
+std::vector<Write> WriteTracker::takeWaiting(int station)
+{
+    const auto first =
+        std::stable_partition(m_waiting.begin(), m_waiting.end(),
+                              [station](const Write& write) { return write.station != station; });
+    std::vector<Write> taken(std::make_move_iterator(first),
+                             std::make_move_iterator(m_waiting.end()));
+    m_waiting.erase(first, m_waiting.end());
+    return taken;
+}
+
+std::vector<Write> WriteTracker::takeAll()
+{
+    for (Write& write : m_underWay)
+        noteProgress(&write);
+    std::vector<Write> writes = std::exchange(m_underWay, {});
     std::move(m_waiting.begin(), m_waiting.end(), std::back_inserter(writes));
-    m_underWay.clear();
     m_waiting.clear();
     m_places.clear();
     m_pieces.clear();
@@ -111,11 +129,11 @@ bool WriteTracker::mayGo(const Write& write) const
 {
     if (!hasUnderWay())
         return true;
-    const Write& other = m_underWay.begin()->second;
+    const Write& other = m_underWay.front();
     if (isSplit(write) || isSplit(other))
         return false;
-    const FrameEntry& piece = write.pieces.first();
-    return piece.isBit == other.pieces.first().isBit && m_pieces.pieceCount() < PLC_LIST_LIMIT &&
+    const FramePlace piece = write.pieces.first();
+    return piece.isBit == other.pieces.first().isBit && m_pieces.pieceCount() < kMostEntries &&
            !m_places.isTaken(piece);
 }
 

@@ -5,11 +5,12 @@
 
 #include <deque>
 #include <functional>
-#include <map>
 #include <utility>
+#include <vector>
 
 #include "host/driver/driver_functions.h"
 #include "host/points/value_codec.h"
+#include "host/points/value_layout.h"
 #include "host/transfers/piece_tracker.h"
 #include "host/transfers/transfer_outcome.h"
 #include "host/transfers/write_places.h"
@@ -22,10 +23,12 @@ using WriteSettled = std::function<void(const TransferOutcome&)>;
 
 struct Write {
     int tag = 0;
-    DataPoint point;
+    QString label; ///< As the driver takes it.
+    int station = 0;
+    int elementSize = 1; ///< In bytes; 1 for BIT.
     WriteBuffer buffer;
-    QVector<FrameEntry> pieces; ///< That the driver cuts it into.
-    WriteSettled settled = [](const TransferOutcome&) {};
+    WritePieces pieces;   ///< That the driver cuts it into.
+    WriteSettled settled; ///< May be empty.
     bool wasSent = false; ///< A request has carried a piece of it.
     int accepted = 0;     ///< Bytes (elements of BIT) that the PLC took.
     int confirmed = 0;    ///< The part of it that is sure.
@@ -42,6 +45,8 @@ struct Write {
 ///   bits never share the driver's list with other writes.
 /// - After a failure the driver forgets the further pieces of the first write of a request only; so
 ///   a write of several pieces goes alone.
+/// - The driver compares each write with all that it has queued; so it gets no more than the next
+///   request can carry.
 ///
 /// Writes keep their order.
 class PLC_HOST_EXPORT WriteTracker {
@@ -52,34 +57,36 @@ public:
     bool hasUnderWay() const { return !m_underWay.empty(); }
     bool hasUnderWay(int station) const;
 
-    /// Hands the driver all writes that may go now.
+    /// Hands the driver the writes that may go now.
     void handOver(const DriverFunctions& driver);
+    /// The same with those up to this tag that go together with what the driver has. So writes that
+    /// were queued together go on while it is in doubt whether the first of them are done.
+    void goOn(const DriverFunctions& driver, int lastTag);
 
     /// A request with these entries goes out, for the first time or again.
     void requestSent(const QVector<FrameEntry>& entries);
     /// It was accepted, or given up. Returns the writes that are settled by it.
-    QVector<Write> requestAccepted() { return takeAll(m_pieces.requestAccepted()); }
-    QVector<Write> requestAbandoned() { return takeAll(m_pieces.requestAbandoned()); }
+    std::vector<Write> requestAccepted() { return takeAll(m_pieces.requestAccepted()); }
+    std::vector<Write> requestAbandoned() { return takeAll(m_pieces.requestAbandoned()); }
     /// All acknowledgements so far were those of their requests.
-    void confirmAccepted() { m_pieces.confirm(); }
+    void confirmAccepted();
 
-    /// Takes out the write of this tag if it is under way.
-    QVector<Write> take(int tag);
+    /// Takes out the write of this tag if it is under way; its place is free.
+    std::vector<Write> take(int tag);
     /// Takes out all writes that wait for this station.
-    QVector<Write> takeWaiting(int station);
+    std::vector<Write> takeWaiting(int station);
     /// Takes out everything.
-    QVector<Write> takeAll();
+    std::vector<Write> takeAll();
 
 private:
     bool mayGo(const Write& write) const;
-    const Write& start();
+    void start(const DriverFunctions& driver);
     void noteProgress(Write* write) const;
-    void moveOut(int tag, QVector<Write>* writes);
-    QVector<Write> takeAll(const QVector<int>& tags);
+    std::vector<Write> takeAll(const QVector<int>& tags);
 
     std::deque<Write> m_waiting;
-    std::map<int, Write> m_underWay;
-    WritePlaces m_places; ///< Of the first pieces of those under way.
+    std::vector<Write> m_underWay; ///< By ascending tags, as those that wait.
+    WritePlaces m_places; ///< Of the first pieces of those under way, or accepted and in doubt.
     PieceTracker m_pieces;
 };
 

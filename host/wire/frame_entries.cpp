@@ -50,8 +50,9 @@ FrameEntry readEntry(ByteReader* reader, Service service, bool isBit)
     if (isBit)
         entry.length = 1;
     if (service == Service::Write) {
+        entry.dataPosition = reader->position();
         const bool fits = entry.length <= quint32(reader->remaining());
-        entry.data = reader->bytes(fits ? int(entry.length) : -1);
+        reader->skip(fits ? int(entry.length) : -1);
     }
     return entry;
 }
@@ -86,6 +87,7 @@ RequestContent parseRequest(const QByteArray& frame)
     }
     const quint32 count = reader.u32();
     const bool isBit = content.service == Service::Write && carriesBits(frame, count);
+    content.entries.reserve(int(qMin(count, quint32(reader.remaining() / kEntryHeaderSize))));
     for (quint32 i = 0; i < count && reader.ok(); ++i)
         content.entries.append(readEntry(&reader, content.service, isBit));
     if (!reader.ok() && !content.entries.isEmpty())

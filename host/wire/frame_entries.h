@@ -22,19 +22,22 @@ enum class Service : quint8 {
 };
 
 /// One range of PLC memory that a request reads or writes.
-struct FrameEntry {
+struct FramePlace {
     quint16 area = 0;
     /// Counts bytes; bits in an entry that writes a bit.
     quint32 address = 0;
     quint32 length = 0;
     bool isBit = false;
-    QByteArray data; ///< What a write carries.
 
-    bool samePlace(const FrameEntry& other) const
+    bool samePlace(const FramePlace& other) const
     {
         return area == other.area && address == other.address && length == other.length &&
                isBit == other.isBit;
     }
+};
+
+struct FrameEntry : FramePlace {
+    int dataPosition = 0; ///< In the frame, of the bytes that a write carries.
 };
 
 /// What a request frame asks for, read from its bytes.
@@ -53,6 +56,12 @@ PLC_HOST_EXPORT bool mayBeginFrame(const QByteArray& bytes);
 PLC_HOST_EXPORT int statedFrameSize(const QByteArray& bytes);
 
 PLC_HOST_EXPORT RequestContent parseRequest(const QByteArray& frame);
+
+/// The bytes that an entry of a write carries, of the frame that it was read from.
+inline QByteArray writtenBytes(const QByteArray& frame, const FrameEntry& entry)
+{
+    return frame.mid(entry.dataPosition, int(entry.length));
+}
 
 /// Status of a reply: 0 good; -1 when it has none.
 PLC_HOST_EXPORT int replyStatus(const QByteArray& reply);

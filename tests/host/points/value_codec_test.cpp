@@ -66,7 +66,8 @@ protected:
         readOnce(row.label);
         if (reads.empty())
             logIn();
-        const RequestContent content = parseRequest(request());
+        const QByteArray frame = request();
+        const RequestContent content = parseRequest(frame);
         ASSERT_EQ(1, content.entries.size()) << row.label;
         const int length = int(content.entries[0].length);
         answer(readReply({(row.wire + QByteArray(length, filler)).left(length)}));
@@ -100,10 +101,11 @@ TEST_F(ValueCodecTest, EveryTypeGoesToThePlcMostSignificantByteFirst)
         if (isFirst)
             logIn();
         isFirst = false;
-        const RequestContent content = parseRequest(request());
+        const QByteArray frame = request();
+        const RequestContent content = parseRequest(frame);
         ASSERT_EQ(1, content.entries.size()) << row.label;
         EXPECT_EQ(content.entries[0].address, quint32(point(row.label).address)) << row.label;
-        EXPECT_EQ(content.entries[0].data, row.wire) << row.label;
+        EXPECT_EQ(row.wire, writtenBytes(frame, content.entries[0])) << row.label;
         answer(writeReply());
         if (!writes.empty() && writes.size() < size_t(1 + (&row - rows.data())))
             answerWithZeros();

@@ -14,7 +14,7 @@ TEST_F(WriteTest, LongOneGoesInPiecesAndIsSettledByTheLast)
     ASSERT_EQ(1, piece.size());
     EXPECT_EQ(1000u, piece[0].address);
     EXPECT_EQ(1000u, piece[0].length);
-    EXPECT_EQ(hex("00 00 00 FA"), piece[0].data.right(4)); // element 250
+    EXPECT_EQ(hex("00 00 00 FA"), writtenBytes(sent, piece[0]).right(4)); // element 250
     answer(writeReply());
     EXPECT_TRUE(writes.empty());
     piece = entries();

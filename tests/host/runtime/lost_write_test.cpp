@@ -25,7 +25,8 @@ TEST_F(WriteTest, FailsAtOnceWhileThePlcIsAway)
     EXPECT_EQ("", actions()) << "a write was kept";
     write("Main.speed", "3");
     logIn();
-    EXPECT_EQ(hex("00 03"), entries()[0].data);
+    const QByteArray frame = request();
+    EXPECT_EQ(hex("00 03"), writtenBytes(frame, parseRequest(frame).entries[0]));
 }
 
 TEST_F(WriteTest, WaitingForTheFirstConnectionFailsWithIt)

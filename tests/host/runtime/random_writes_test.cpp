@@ -32,18 +32,18 @@ public:
         const project::BitPlace place = project::bitPlace(offset);
         return (quint8(m_areas.at(area)[int(place.byte)]) >> place.bit & 1) != 0;
     }
-    void write(const FrameEntry& entry)
+    void write(const FramePlace& entry, const QByteArray& data)
     {
         QByteArray& area = m_areas.at(entry.area);
         if (!entry.isBit) {
             EXPECT_LE(int(entry.address + entry.length), int(area.size()));
-            area.replace(int(entry.address), int(entry.length), entry.data);
+            area.replace(int(entry.address), int(entry.length), data);
             return;
         }
         const project::BitPlace place = project::bitPlace(entry.address);
         const auto mask = quint8(1U << place.bit);
         const auto rest = quint8(quint8(area[int(place.byte)]) & ~mask);
-        area[int(place.byte)] = char(entry.data[0] != 0 ? rest | mask : rest);
+        area[int(place.byte)] = char(data[0] != 0 ? rest | mask : rest);
     }
     /// Makes bytes like those of `other`.
     void take(const Memory& other, int area, qint64 address, int count)
@@ -52,12 +52,7 @@ public:
     }
     void setBit(int area, qint64 offset, bool value)
     {
-        FrameEntry entry;
-        entry.area = quint16(area);
-        entry.address = quint32(offset);
-        entry.isBit = true;
-        entry.data = QByteArray(1, value ? 1 : 0);
-        write(entry);
+        write({quint16(area), quint32(offset), 1, true}, QByteArray(1, value ? 1 : 0));
     }
     bool operator==(const Memory& other) const { return m_areas == other.m_areas; }
 
@@ -128,11 +123,12 @@ protected:
             if (done == "C")
                 session().connected(now);
             else
-                answer(replyTo(parseRequest(sent)));
+                answer(replyTo(sent));
         }
     }
-    QByteArray replyTo(const RequestContent& request)
+    QByteArray replyTo(const QByteArray& frame)
     {
+        const RequestContent request = parseRequest(frame);
         if (request.service == Service::Identification)
             return identificationReply();
         if (request.service == Service::File)
@@ -140,7 +136,7 @@ protected:
         QByteArray payload(request.service == Service::Read ? 6 : 2, '\0');
         for (const FrameEntry& entry : request.entries) {
             if (request.service == Service::Write)
-                m_plc.write(entry);
+                m_plc.write(entry, writtenBytes(frame, entry));
             else
                 payload += hex("EE") + m_plc.bytes(entry.area, entry.address, int(entry.length));
         }

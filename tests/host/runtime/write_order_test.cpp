@@ -14,7 +14,7 @@ TEST_F(WriteTest, SecondToTheSamePlaceWaitsForTheFirst)
     for (int value = 1; value <= 3; ++value) {
         const QVector<FrameEntry> sentEntries = entries();
         ASSERT_EQ(1, sentEntries.size()) << value;
-        EXPECT_EQ(sentEntries[0].data, QByteArray("\0", 1) + char(value));
+        EXPECT_EQ(QByteArray("\0", 1) + char(value), writtenBytes(sent, sentEntries[0]));
         answer(writeReply());
         if (value > 1)
             answerWithZeros();
@@ -145,6 +145,31 @@ TEST_F(WriteTest, ReadsGetTheirTurnBesideWritesWithoutEnd)
     // Five in a row, and what the driver has already: one, since all go to the same place.
     EXPECT_GE(6, writeRequests);
     EXPECT_LE(5, writeRequests);
+}
+
+TEST_F(WriteTest, ReadsGetTheirTurnAmongHundredsThatWait)
+{
+    connect();
+    for (int i = 0; i < 600; ++i)
+        write(("Big.block[" + std::to_string(i) + "]").c_str(), "1");
+    readOnce("Main.speed");
+    logIn();
+    int writeRequests = 0;
+    while (reads.empty()) {
+        const RequestContent content = parseRequest(request());
+        if (content.service == Service::Write) {
+            ++writeRequests;
+            answer(writeReply());
+        } else {
+            answer(readReply({QByteArray(int(content.entries[0].length), '\5')}));
+        }
+    }
+    EXPECT_EQ(hex("05 05"), reads[0].bytes);
+    // Five in a row, of 71 entries each, and the 19 that the driver had beyond them.
+    EXPECT_EQ(6, writeRequests);
+    EXPECT_EQ(374u, writes.size());
+    for (const Settled& write : writes)
+        EXPECT_TRUE(write.outcome.isDone());
 }
 
 TEST_F(WriteTest, QueuedFromTheOutcomeOfAnotherFollowsAtOnce)

@@ -56,7 +56,7 @@ TEST_F(WriteTest, AllWritesOfARequestAreSettledByItsReply)
     logIn();
     const QVector<FrameEntry> sentEntries = entries();
     ASSERT_EQ(3, sentEntries.size());
-    EXPECT_EQ(hex("40 60 00 00"), sentEntries[2].data);
+    EXPECT_EQ(hex("40 60 00 00"), writtenBytes(sent, sentEntries[2]));
     answer(writeReply());
     EXPECT_EQ((std::vector<std::string>{"Main.speed", "Main.count", "Main.real"}), settledLabels());
     for (const Settled& write : writes)

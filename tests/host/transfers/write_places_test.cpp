@@ -6,13 +6,9 @@ namespace plc::host {
 namespace test {
 namespace {
 
-FrameEntry place(int area, quint32 address, quint32 length)
+FramePlace place(int area, quint32 address, quint32 length)
 {
-    FrameEntry entry;
-    entry.area = quint16(area);
-    entry.address = address;
-    entry.length = length;
-    return entry;
+    return {quint16(area), address, length, false};
 }
 
 TEST(WritePlaces, NeighboursDoNotMeet)
@@ -27,7 +23,7 @@ TEST(WritePlaces, APlaceIsTakenByWhatSharesOneByteWithIt)
 {
     WritePlaces places;
     places.add(place(1, 10, 4));
-    for (const FrameEntry& other : {place(1, 7, 4), place(1, 13, 1), place(1, 10, 2),
+    for (const FramePlace& other : {place(1, 7, 4), place(1, 13, 1), place(1, 10, 2),
                                     place(1, 12, 8), place(1, 0, 100), place(1, 11, 1)})
         EXPECT_TRUE(places.isTaken(other)) << other.address << ' ' << other.length;
 }
@@ -64,6 +60,19 @@ TEST(WritePlaces, WhatWasRemovedIsFree)
     places.clear();
     EXPECT_FALSE(places.isTaken(place(1, 20, 4)));
     EXPECT_FALSE(places.isTaken(place(2, 20, 4)));
+}
+
+TEST(WritePlaces, MayBeAddedInAnyOrder)
+{
+    WritePlaces places;
+    for (const quint32 address : {40u, 10u, 30u, 20u, 0u})
+        places.add(place(int(address % 20 + 1), address, 4));
+    EXPECT_TRUE(places.isTaken(place(1, 43, 1)));
+    EXPECT_FALSE(places.isTaken(place(1, 44, 1)));
+    EXPECT_TRUE(places.isTaken(place(11, 8, 3)));
+    EXPECT_FALSE(places.isTaken(place(11, 14, 16)));
+    EXPECT_TRUE(places.isTaken(place(11, 14, 17)));
+    EXPECT_TRUE(places.isTaken(place(7, 20, 4)));
 }
 
 } // namespace

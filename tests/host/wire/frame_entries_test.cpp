@@ -40,19 +40,21 @@ TEST(RequestFrame, ReadStatesItsEntries)
 
 TEST(RequestFrame, WriteCarriesTheDataOfItsEntries)
 {
-    const RequestContent content = parseRequest(hex(kTwoWrites));
+    const QByteArray frame = hex(kTwoWrites);
+    const RequestContent content = parseRequest(frame);
     EXPECT_EQ(Service::Write, content.service);
     EXPECT_TRUE(content.wellFormed);
     ASSERT_EQ(2, content.entries.size());
-    EXPECT_EQ(hex("AB CD"), content.entries[0].data);
+    EXPECT_EQ(hex("AB CD"), writtenBytes(frame, content.entries[0]));
     EXPECT_EQ(3, content.entries[1].area);
-    EXPECT_EQ(hex("7F"), content.entries[1].data);
+    EXPECT_EQ(hex("7F"), writtenBytes(frame, content.entries[1]));
     EXPECT_FALSE(content.entries[0].isBit);
 }
 
 TEST(RequestFrame, WriteOfBitsStatesNoLengthButCarriesAByteForEach)
 {
-    const RequestContent content = parseRequest(hex(kTwoBits));
+    const QByteArray frame = hex(kTwoBits);
+    const RequestContent content = parseRequest(frame);
     EXPECT_TRUE(content.wellFormed);
     ASSERT_EQ(2, content.entries.size());
     for (const FrameEntry& entry : content.entries) {
@@ -60,9 +62,9 @@ TEST(RequestFrame, WriteOfBitsStatesNoLengthButCarriesAByteForEach)
         EXPECT_EQ(1u, entry.length);
     }
     EXPECT_EQ(17u, content.entries[0].address);
-    EXPECT_EQ(hex("01"), content.entries[0].data);
+    EXPECT_EQ(hex("01"), writtenBytes(frame, content.entries[0]));
     EXPECT_EQ(18u, content.entries[1].address);
-    EXPECT_EQ(hex("00"), content.entries[1].data);
+    EXPECT_EQ(hex("00"), writtenBytes(frame, content.entries[1]));
 }
 
 TEST(RequestFrame, LoginFramesAreKnown)

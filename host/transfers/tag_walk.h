@@ -1,0 +1,29 @@
+#ifndef PLC_HOST_TRANSFERS_TAG_WALK_H
+#define PLC_HOST_TRANSFERS_TAG_WALK_H
+
+#include <QtCore/QVector>
+
+namespace plc::host {
+
+/// Tells of one tag after the other, asked for in ascending order, whether it is among some tags
+/// that ascend as well.
+class TagWalk {
+public:
+    /// `tags` must outlive the walk.
+    explicit TagWalk(const QVector<int>& tags) : m_next(tags.begin()), m_end(tags.end()) {}
+
+    bool meets(int tag)
+    {
+        while (m_next != m_end && *m_next < tag)
+            ++m_next;
+        return m_next != m_end && *m_next == tag;
+    }
+
+private:
+    QVector<int>::const_iterator m_next;
+    const QVector<int>::const_iterator m_end;
+};
+
+} // namespace plc::host
+
+#endif
