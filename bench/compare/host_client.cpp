@@ -142,11 +142,12 @@ private:
 
     // Writes.
 
+    /// `point` stays as long as the worker.
     template <typename Done>
     void write(const host::DataPoint& point, Done done)
     {
         m_runtime.write(point, {qint64(m_written)}, m_link.now(),
-                        [point, done](const host::TransferOutcome& outcome) {
+                        [&point, done](const host::TransferOutcome& outcome) {
                             if (!outcome.isDone())
                                 giveUp(QStringLiteral("%1: %2").arg(point.text, outcome.reason));
                             done();
@@ -187,7 +188,7 @@ private:
     {
         ++m_written;
         const host::DataPoint& point = m_points.first();
-        write(point, [this, point] {
+        write(point, [this, &point] {
             m_runtime.readOnce(point, m_link.now(),
                                [this](const host::TransferOutcome& outcome,
                                       const QByteArray& bytes) { takeReadBack(outcome, bytes); });
