@@ -195,6 +195,16 @@ test("an export without a connection tells that it failed, and saves nothing", a
   await page.end();
 });
 
+test("the export of all changes has what there is, and tells what there is not", async () => {
+  const page = await openPage(server.address, { hash: drawn("Plant.mode", "Plant.gone") });
+  const file = page.waitForEvent("download");
+  await page.click("button:has-text('All changes')");
+  const lines = (await readFile(await (await file).path(), "utf8")).split("\r\n");
+  assert.deepEqual(lines.map((line) => line.split(",")[2]), ["label", "Plant.mode", undefined]);
+  await shows(page.locator(".notice"), "Neither in the project nor recorded, and so not in the file: Plant.gone.");
+  await page.end();
+});
+
 test("a PLC that is away leaves a gap of that time", async () => {
   const span = 60000;
   const page = await openPage(server.address, { hash: `${drawn("Plant.mode")}&span=${span}` });

@@ -26,6 +26,8 @@ export function answer(standIn, request, url, body, response) {
 
 const sessionOf = (standIn) => ({ ...standIn.session, audit: standIn.audit !== null, instance: standIn.instance, time: Date.now() });
 
+const missingLabels = (plant, fields) => fields.getAll("label").filter((label) => !plant.values.has(label));
+
 const ROUTES = {
   "GET session": ({ standIn, tell }) => tell(200, sessionOf(standIn)),
   "POST session": ({ standIn, tell, body }) => {
@@ -90,17 +92,20 @@ const ROUTES = {
   "GET history": ({ standIn, tell, fields }) => {
     const plant = standIn.plants.get(fields.get("plc"));
     if (!plant) return tell(404, { error: `there is no PLC "${fields.get("plc")}", and none of this name was recorded` });
-    const labels = fields.getAll("label").filter((label) => !plant.values.has(label));
+    const labels = missingLabels(plant, fields);
     if (labels.length > 0) return tell(404, { error: `${labels[0]}: there is no such thing`, labels });
     const answer = historyOf(plant, fields);
     standIn.answered = answer.series;
     tell(200, answer);
   },
-  "GET history.csv": ({ standIn, tell, response }) => {
+  "GET history.csv": ({ standIn, tell, fields, response }) => {
     const { history } = standIn.faults;
     if (history) return tell(history, { error: `Fault ${history}.` });
+    const labels = missingLabels(standIn.plants.get(fields.get("plc")), fields);
+    if (labels.length > 0) return tell(404, { error: `${labels[0]}: there is no such thing`, labels });
     response.writeHead(200, { "Content-Type": "text/csv" });
-    response.end("time,plc,label,value,unit,quality\r\n");
+    const lines = fields.getAll("label").map((label) => `2026-01-01T00:00:00.000Z,${fields.get("plc")},${label},1,,good\r\n`);
+    response.end(`time,plc,label,value,unit,quality\r\n${lines.join("")}`);
   },
   "GET alarms": ({ standIn, tell }) => tell(200, { alarms: [...standIn.alarms.values()] }),
   "GET alarms/*": ({ standIn, tell }) => tell(200, { alarms: standIn.recorded ?? [...standIn.alarms.values()].filter((alarm) => alarm.ended) }),

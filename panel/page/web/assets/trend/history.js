@@ -7,21 +7,27 @@ import { Trace } from "./trace.js";
 const WORDS = { s: "stale", b: "bad", n: "no number" };
 const NOT_RECORDED = "not recorded";
 
-// Series of one PLC. What neither its program nor the recording has is among them with `isMissing`: the
-// server refuses a question of which some labels lead to nothing, and names them.
-export async function seriesOf({ plc, label, ...span }, ask = get) {
+// {answer, missing}: what `ask` gives for those of the labels that its server knows, null where it knows none,
+// and the others. The server refuses a question of which some labels lead to nothing, and names them.
+export async function withoutMissing(labels, ask) {
   const missing = [];
-  for (let left = label; left.length > 0;) {
+  for (let left = labels; left.length > 0;) {
     try {
-      return [...missing, ...(await ask(`/history${query({ plc, label: left, ...span })}`)).series];
+      return { answer: await ask(left), missing };
     } catch (error) {
       const names = error.status === 404 ? error.body?.labels ?? [] : [];
       if (!left.some((one) => names.includes(one))) throw error;
-      missing.push(...left.filter((one) => names.includes(one)).map((one) => ({ plc, label: one, isMissing: true })));
+      missing.push(...left.filter((one) => names.includes(one)));
       left = left.filter((one) => !names.includes(one));
     }
   }
-  return missing;
+  return { answer: null, missing };
+}
+
+// Series of one PLC. What neither its program nor the recording has is among them with `isMissing`.
+export async function seriesOf({ plc, label, ...span }, ask = get) {
+  const { answer, missing } = await withoutMissing(label, (known) => ask(`/history${query({ plc, label: known, ...span })}`));
+  return [...missing.map((one) => ({ plc, label: one, isMissing: true })), ...(answer?.series ?? [])];
 }
 
 const kindOf = ({ type, unit }) => (unit ? `${type || "text"} [${unit}]` : type || "text");

@@ -6,6 +6,7 @@ import { html } from "../html.js";
 import { pan, spanChoices, zoom } from "../trend/time_window.js";
 import { getFile, query } from "../server/api.js";
 import { timeText } from "../state/ages.js";
+import { withoutMissing } from "../trend/history.js";
 
 const ATTEMPTS = 5; // of the export, where other questions for the past overtake its own
 
@@ -62,10 +63,13 @@ function Exports({ panel, curves, plot, window }) {
   const plcs = [...new Set(panel.view.series.map(({ plc }) => plc))];
   const exact = async (plc) => {
     const { from, to } = window();
-    const label = panel.view.series.filter((one) => one.plc === plc).map((one) => one.label);
+    const labels = panel.view.series.filter((one) => one.plc === plc).map((one) => one.label);
+    const span = { from: Math.floor(from), to: Math.ceil(to) };
     try {
-      const file = await getFile(`/history.csv${query({ plc, label, from: Math.floor(from), to: Math.ceil(to) })}`);
-      download(`${plc}-${nameOf(from, "csv")}`, file);
+      const { answer, missing } = await withoutMissing(labels, (label) => getFile(`/history.csv${query({ plc, label, ...span })}`));
+      if (answer === null) return fail("neither in the project nor recorded.");
+      download(`${plc}-${nameOf(from, "csv")}`, answer);
+      if (missing.length > 0) panel.tell(`Neither in the project nor recorded, and so not in the file: ${missing.join(", ")}.`);
     } catch (error) {
       fail(error.message);
     }
