@@ -189,45 +189,42 @@ Expected<bool> forEachLine(const QString& path, const std::function<void(const Q
 
 } // namespace
 
-Expected<AuditVerification> verifyAudit(const QString& path)
-{
-    Verifier verifier;
-    qint64 place = 0;
-    const Expected<bool> endsWithinLine = forEachLine(path, [&](const QByteArray& bytes) {
-        ++place;
-        verifier.add({place, bytes, parseAuditLine(bytes)});
-    });
-    if (!endsWithinLine)
-        return endsWithinLine.error();
-    AuditVerification result = verifier.finish(*endsWithinLine);
-    if (result.lines == 0)
-        return Error{QStringLiteral("%1: is empty").arg(path)};
-    return result;
-}
-
 Expected<AuditPage> readAudit(const QString& path, qint64 from, int limit)
 {
     const int most = std::min(std::max(limit, 0), kMostAuditLines);
     AuditPage page;
+    Verifier verifier;
+    qint64 place = 0;
     std::deque<QByteArray> last; // where `from` counts from the end
-    const Expected<bool> outcome = forEachLine(path, [&](const QByteArray& bytes) {
-        const qint64 place = page.total++;
-        if (from >= 0) {
-            if (place >= from && page.lines.size() < most)
-                page.lines.append(bytes);
+    const Expected<bool> endsWithinLine = forEachLine(path, [&](const QByteArray& bytes) {
+        if (from >= 0 && place >= from && page.lines.size() < most)
+            page.lines.append(bytes);
+        ++place;
+        verifier.add({place, bytes, parseAuditLine(bytes)});
+        if (from >= 0)
             return;
-        }
         last.push_back(bytes);
         if (qint64(last.size()) > -std::max<qint64>(from, -kMostAuditLines))
             last.pop_front();
     });
+    if (!endsWithinLine)
+        return endsWithinLine.error();
     for (const QByteArray& line : last) {
         if (page.lines.size() < most)
             page.lines.append(line);
     }
-    if (!outcome)
-        return outcome.error();
+    page.verification = verifier.finish(*endsWithinLine);
+    if (page.verification.lines == 0)
+        return Error{QStringLiteral("%1: is empty").arg(path)};
     return page;
+}
+
+Expected<AuditVerification> verifyAudit(const QString& path)
+{
+    const Expected<AuditPage> page = readAudit(path, 0, 0);
+    if (!page)
+        return page.error();
+    return page->verification;
 }
 
 } // namespace plc::panel

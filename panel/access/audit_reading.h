@@ -30,14 +30,14 @@ struct AuditVerification {
 /// can also calculate a new chain; so can only a head that was noted elsewhere show that.
 Expected<AuditVerification> verifyAudit(const QString& path);
 
-/// Some lines of a file, as they stand there, and how many there are.
+/// Some lines of a file, as they stand there, and what its hashes told while it was read once.
 struct AuditPage {
     QVector<QByteArray> lines;
-    qint64 total = 0;
+    AuditVerification verification;
 };
 
-/// `from` counts from 0; a negative one counts from the end, from -kMostAuditLines on. At most
-/// kMostAuditLines.
+/// As verifyAudit(). `from` counts from 0; a negative one counts from the end, from
+/// -kMostAuditLines on. At most kMostAuditLines.
 Expected<AuditPage> readAudit(const QString& path, qint64 from, int limit);
 
 constexpr int kMostAuditLines = 10000;

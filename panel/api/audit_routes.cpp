@@ -9,16 +9,15 @@ constexpr int kUsualLines = 200;
 
 Response auditResponse(const QString& file, qint64 from, int limit)
 {
-    const Expected<AuditVerification> verified = verifyAudit(file);
     const Expected<AuditPage> page = readAudit(file, from, limit);
-    if (!verified || !page)
-        return Response::error(503, verified ? page.error().text : verified.error().text);
-    const bool isIntact = verified->flaw == AuditVerification::None;
+    if (!page)
+        return Response::error(503, page.error().text);
+    const AuditVerification& verified = page->verification;
     QByteArray json = "{";
-    appendMember("total", page->total, &json);
-    appendTruth("intact", isIntact, &json);
-    appendMember("flaw", verified->sentence, &json);
-    appendMember("head", QString::fromLatin1(verified->head), &json);
+    appendMember("total", verified.lines, &json);
+    appendTruth("intact", verified.flaw == AuditVerification::None, &json);
+    appendMember("flaw", verified.sentence, &json);
+    appendMember("head", QString::fromLatin1(verified.head), &json);
     json.append(",\"lines\":[");
     for (const QByteArray& line : page->lines) {
         if (!json.endsWith('['))

@@ -523,7 +523,8 @@ TEST_F(Audit, IsReadInPages)
     write(5);
     const Expected<AuditPage> page = readAudit(file(), 2, 2);
     ASSERT_TRUE(succeeds(page));
-    EXPECT_EQ(6, page->total);
+    EXPECT_EQ(6, page->verification.lines);
+    EXPECT_EQ(AuditVerification::None, page->verification.flaw);
     ASSERT_EQ(2, page->lines.size());
     EXPECT_TRUE(page->lines[0].contains("\"id\":\"2\""));
     const Expected<AuditPage> last = readAudit(file(), -1, 10);
@@ -538,6 +539,19 @@ TEST_F(Audit, IsReadInPages)
     const Expected<AuditPage> all = readAudit(file(), std::numeric_limits<qint64>::min(), 10);
     ASSERT_TRUE(succeeds(all));
     EXPECT_EQ(6, all->lines.size());
+}
+
+TEST_F(Audit, PageTellsWhatTheWholeFileDoes)
+{
+    write(5);
+    QList<QByteArray> altered = lines();
+    altered[1].replace("\"id\":\"1\"", "\"id\":\"9\"");
+    put(altered);
+    const Expected<AuditPage> page = readAudit(file(), -2, 2);
+    ASSERT_TRUE(succeeds(page));
+    EXPECT_EQ(2, page->lines.size());
+    EXPECT_EQ(AuditVerification::Altered, page->verification.flaw);
+    EXPECT_EQ(2, page->verification.flawedLine);
 }
 
 } // namespace
