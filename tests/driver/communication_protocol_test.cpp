@@ -1,28 +1,10 @@
 #include <climits>
 
 #include "support/driver_fixture.h"
+#include "support/record_checks.h"
 
 namespace plc::test {
 namespace {
-
-void expectFresh(const RW_VAR& var)
-{
-    EXPECT_EQ(0, var.category);
-    EXPECT_EQ(0, var.aux1);
-    EXPECT_EQ(0, var.aux2);
-    EXPECT_EQ(0, var.aux3);
-    EXPECT_EQ(0, var.deviceNo);
-    EXPECT_EQ(0, var.result);
-    EXPECT_TRUE(var.label.isEmpty());
-    EXPECT_TRUE(var.subLabel.isEmpty());
-    EXPECT_EQ(0, var.dataType);
-    EXPECT_EQ(0, var.address);
-    EXPECT_EQ(0, var.station);
-    EXPECT_EQ(0, var.length);
-    EXPECT_EQ(0, var.aux12);
-    EXPECT_EQ(0, var.areaIndex);
-    EXPECT_TRUE(var.data.isEmpty());
-}
 
 TEST(DriverObject, IsConstructedWhenTheLibraryIsLoaded)
 {
@@ -38,7 +20,7 @@ TEST(DriverObject, IsConstructedWhenTheLibraryIsLoaded)
     EXPECT_TRUE(PLC_driver.disabledStations.isEmpty());
     EXPECT_TRUE(PLC_driver.symbolTable.isEmpty());
     EXPECT_TRUE(PLC_driver.localImage.isEmpty());
-    expectFresh(PLC_driver.reply);
+    expectZeroRecord(PLC_driver.reply);
 }
 
 TEST(DriverObject, CountersAndFlagsStartAtZeroAndLastKindMatchesNoList)
@@ -59,7 +41,7 @@ TEST(DriverObject, BatchHolds150FreshEntries)
 {
     ASSERT_EQ(150u, sizeof PLC_driver.batch / sizeof PLC_driver.batch[0]);
     for (const RW_VAR& entry : PLC_driver.batch)
-        expectFresh(entry);
+        expectZeroRecord(entry);
 }
 
 TEST(DriverObject, MutexesAreUnlockedAndNotRecursive)

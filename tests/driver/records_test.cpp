@@ -1,67 +1,15 @@
 #include "driver/records.h"
 
 #include "support/driver_fixture.h"
+#include "support/record_checks.h"
 
 namespace plc::test {
 namespace {
 
-/// A record in which every member differs from its default and from every other member.
-RW_VAR distinctVar()
+void expectFullButData(RW_VAR var)
 {
-    RW_VAR var;
-    var.category = 1;
-    var.aux1 = 2;
-    var.aux2 = 3;
-    var.aux3 = 4;
-    var.deviceNo = 5;
-    var.result = 6;
-    var.label = QLatin1String("Application.level");
-    var.subLabel = QLatin1String("Tank");
-    var.dataType = 9;
-    var.address = 10;
-    var.station = 11;
-    var.length = 12;
-    var.aux12 = 13;
-    var.areaIndex = 14;
-    var.data = hex("0F 10");
-    return var;
-}
-
-void expectDistinctButData(const RW_VAR& var)
-{
-    EXPECT_EQ(1, var.category);
-    EXPECT_EQ(2, var.aux1);
-    EXPECT_EQ(3, var.aux2);
-    EXPECT_EQ(4, var.aux3);
-    EXPECT_EQ(5, var.deviceNo);
-    EXPECT_EQ(6, var.result);
-    EXPECT_EQ(QLatin1String("Application.level"), var.label);
-    EXPECT_EQ(QLatin1String("Tank"), var.subLabel);
-    EXPECT_EQ(9, var.dataType);
-    EXPECT_EQ(10, var.address);
-    EXPECT_EQ(11, var.station);
-    EXPECT_EQ(12, var.length);
-    EXPECT_EQ(13, var.aux12);
-    EXPECT_EQ(14, var.areaIndex);
-}
-
-void expectZero(const RW_VAR& var)
-{
-    EXPECT_EQ(0, var.category);
-    EXPECT_EQ(0, var.aux1);
-    EXPECT_EQ(0, var.aux2);
-    EXPECT_EQ(0, var.aux3);
-    EXPECT_EQ(0, var.deviceNo);
-    EXPECT_EQ(0, var.result);
-    EXPECT_TRUE(var.label.isEmpty());
-    EXPECT_TRUE(var.subLabel.isEmpty());
-    EXPECT_EQ(0, var.dataType);
-    EXPECT_EQ(0, var.address);
-    EXPECT_EQ(0, var.station);
-    EXPECT_EQ(0, var.length);
-    EXPECT_EQ(0, var.aux12);
-    EXPECT_EQ(0, var.areaIndex);
-    EXPECT_TRUE(var.data.isEmpty());
+    var.data = fullRecord().data;
+    expectEqualRecords(fullRecord(), var);
 }
 
 std::ptrdiff_t distance(const void* from, const void* to)
@@ -71,7 +19,7 @@ std::ptrdiff_t distance(const void* from, const void* to)
 
 TEST(Records, FreshVariableIsZeroAndEmpty)
 {
-    expectZero(RW_VAR());
+    expectZeroRecord(RW_VAR());
 }
 
 TEST(Records, FreshRequestIsZeroAndEmpty)
@@ -82,7 +30,7 @@ TEST(Records, FreshRequestIsZeroAndEmpty)
     EXPECT_EQ(0, request.replyLength);
     EXPECT_EQ(0, request.dataOffset);
     EXPECT_EQ(0, request.minReplyLength);
-    expectZero(request.var);
+    expectZeroRecord(request.var);
     EXPECT_EQ(0, request.extra1);
     EXPECT_EQ(0, request.extra2);
     EXPECT_EQ(0, request.extra3);
@@ -146,10 +94,10 @@ TEST(Records, ExtensionMembersLieInTheAgreedOrder)
 
 TEST(Records, CopyOfAVariableHasAllMembersAndIsIndependent)
 {
-    RW_VAR original = distinctVar();
+    RW_VAR original = fullRecord();
     const RW_VAR copy = original;
     original = RW_VAR();
-    expectDistinctButData(copy);
+    expectFullButData(copy);
     EXPECT_EQ(hex("0F 10"), copy.data);
 }
 
@@ -161,7 +109,7 @@ TEST(Records, CopyOfARequestHasAllMembers)
     original.replyLength = 21;
     original.dataOffset = 22;
     original.minReplyLength = 23;
-    original.var = distinctVar();
+    original.var = fullRecord();
     original.extra1 = 24;
     original.extra2 = 25;
     original.extra3 = 26;
@@ -172,7 +120,7 @@ TEST(Records, CopyOfARequestHasAllMembers)
     EXPECT_EQ(21, copy.replyLength);
     EXPECT_EQ(22, copy.dataOffset);
     EXPECT_EQ(23, copy.minReplyLength);
-    expectDistinctButData(copy.var);
+    expectFullButData(copy.var);
     EXPECT_EQ(hex("0F 10"), copy.var.data);
     EXPECT_EQ(24, copy.extra1);
     EXPECT_EQ(25, copy.extra2);
@@ -210,32 +158,32 @@ TEST(Records, DestructionReleasesStringsAndBytes)
 TEST(PassRetValue, CopiesFourteenMembersAndNotTheData)
 {
     RW_VAR destination;
-    passRetValue(distinctVar(), destination);
-    expectDistinctButData(destination);
+    passRetValue(fullRecord(), destination);
+    expectFullButData(destination);
     EXPECT_TRUE(destination.data.isEmpty());
 }
 
 TEST(PassRetValue, EmptiesTheDataThatTheDestinationHeld)
 {
-    RW_VAR destination = distinctVar();
+    RW_VAR destination = fullRecord();
     passRetValue(RW_VAR(), destination);
-    expectZero(destination);
+    expectZeroRecord(destination);
 }
 
 TEST(PassRetValue, LeavesTheSourceAsItIs)
 {
-    const RW_VAR source = distinctVar();
+    const RW_VAR source = fullRecord();
     RW_VAR destination;
     passRetValue(source, destination);
-    expectDistinctButData(source);
+    expectFullButData(source);
     EXPECT_EQ(hex("0F 10"), source.data);
 }
 
 TEST(PassRetValue, OverItselfKeepsEverythingButTheData)
 {
-    RW_VAR var = distinctVar();
+    RW_VAR var = fullRecord();
     passRetValue(var, var);
-    expectDistinctButData(var);
+    expectFullButData(var);
     EXPECT_TRUE(var.data.isEmpty());
 }
 

@@ -5,6 +5,7 @@
 #include "driver/reply_judging.h"
 #include "driver/request_building.h"
 #include "support/driver_fixture.h"
+#include "support/record_checks.h"
 
 namespace plc::test {
 namespace {
@@ -68,37 +69,11 @@ TEST_F(Handshake, BothRequestsExpectAReplyOfVariableLength)
 
 TEST_F(Handshake, BothRequestsCarryACopyOfTheVariable)
 {
-    RW_VAR var = makeVar(3, 0x40, 8, 5);
-    var.category = 4;
-    var.aux1 = 21;
-    var.aux2 = 22;
-    var.aux3 = 23;
-    var.deviceNo = 24;
-    var.result = 25;
-    var.station = 26;
-    var.aux12 = 27;
-    var.label = QLatin1String("A.b");
-    var.subLabel = QLatin1String("c");
-    var.data = hex("01 02");
+    RW_VAR var = fullRecord();
     handshake_data(&var);
     ASSERT_EQ(2, PLC_driver.requestQueue.size());
-    for (const Protocol& request : PLC_driver.requestQueue) {
-        EXPECT_EQ(4, request.var.category);
-        EXPECT_EQ(21, request.var.aux1);
-        EXPECT_EQ(22, request.var.aux2);
-        EXPECT_EQ(23, request.var.aux3);
-        EXPECT_EQ(24, request.var.deviceNo);
-        EXPECT_EQ(25, request.var.result);
-        EXPECT_EQ(QLatin1String("A.b"), request.var.label);
-        EXPECT_EQ(QLatin1String("c"), request.var.subLabel);
-        EXPECT_EQ(5, request.var.dataType);
-        EXPECT_EQ(0x40, request.var.address);
-        EXPECT_EQ(26, request.var.station);
-        EXPECT_EQ(8, request.var.length);
-        EXPECT_EQ(27, request.var.aux12);
-        EXPECT_EQ(3, request.var.areaIndex);
-        EXPECT_EQ(hex("01 02"), request.var.data);
-    }
+    for (const Protocol& request : PLC_driver.requestQueue)
+        expectEqualRecords(fullRecord(), request.var);
 }
 
 TEST_F(Handshake, StartsATransactionOfTwoFrames)

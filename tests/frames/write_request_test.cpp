@@ -5,6 +5,7 @@
 #include "driver/image_access.h"
 #include "driver/request_building.h"
 #include "support/driver_fixture.h"
+#include "support/record_checks.h"
 
 namespace plc::test {
 namespace {
@@ -269,36 +270,11 @@ TEST_F(WriteRequest, IsQueuedAsARequestForAReplyOfVariableLength)
 
 TEST_F(WriteRequest, CarriesACopyOfItsArgument)
 {
-    RW_VAR var = writeEntry(3, 0x40, 8, hex("01 02"), 5);
-    var.category = 4;
-    var.aux1 = 21;
-    var.aux2 = 22;
-    var.aux3 = 23;
-    var.deviceNo = 24;
-    var.result = 25;
-    var.station = 26;
-    var.aux12 = 27;
-    var.label = QLatin1String("A.b");
-    var.subLabel = QLatin1String("c");
+    RW_VAR var = fullRecord();
     fillBatch({writeEntry(2, 0x10, 2, hex("AB CD"))});
     WriteAnalog(&var);
     ASSERT_EQ(1, PLC_driver.requestQueue.size());
-    const RW_VAR& carried = PLC_driver.requestQueue.first().var;
-    EXPECT_EQ(4, carried.category);
-    EXPECT_EQ(21, carried.aux1);
-    EXPECT_EQ(22, carried.aux2);
-    EXPECT_EQ(23, carried.aux3);
-    EXPECT_EQ(24, carried.deviceNo);
-    EXPECT_EQ(25, carried.result);
-    EXPECT_EQ(QLatin1String("A.b"), carried.label);
-    EXPECT_EQ(QLatin1String("c"), carried.subLabel);
-    EXPECT_EQ(5, carried.dataType);
-    EXPECT_EQ(0x40, carried.address);
-    EXPECT_EQ(26, carried.station);
-    EXPECT_EQ(8, carried.length);
-    EXPECT_EQ(27, carried.aux12);
-    EXPECT_EQ(3, carried.areaIndex);
-    EXPECT_EQ(hex("01 02"), carried.data);
+    expectEqualRecords(fullRecord(), PLC_driver.requestQueue.first().var);
 }
 
 TEST_F(WriteRequest, IsAppendedAtTheEndOfTheQueue)

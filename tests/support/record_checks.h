@@ -30,6 +30,26 @@ inline RW_VAR fullRecord()
     return var;
 }
 
+/// As constructed.
+inline void expectZeroRecord(const RW_VAR& var)
+{
+    EXPECT_EQ(0, var.category);
+    EXPECT_EQ(0, var.aux1);
+    EXPECT_EQ(0, var.aux2);
+    EXPECT_EQ(0, var.aux3);
+    EXPECT_EQ(0, var.deviceNo);
+    EXPECT_EQ(0, var.result);
+    EXPECT_TRUE(var.label.isEmpty());
+    EXPECT_TRUE(var.subLabel.isEmpty());
+    EXPECT_EQ(0, var.dataType);
+    EXPECT_EQ(0, var.address);
+    EXPECT_EQ(0, var.station);
+    EXPECT_EQ(0, var.length);
+    EXPECT_EQ(0, var.aux12);
+    EXPECT_EQ(0, var.areaIndex);
+    EXPECT_TRUE(var.data.isEmpty());
+}
+
 inline void expectEqualRecords(const RW_VAR& expected, const RW_VAR& actual)
 {
     EXPECT_EQ(expected.category, actual.category);

@@ -1,9 +1,8 @@
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "tests/gateway/store/store_test.h"
+#include "tests/support/small_disk.h"
 
 namespace plc::gateway {
 namespace test {
@@ -14,21 +13,9 @@ class StoreOnASmallFileSystem : public StoreTest {
 protected:
     void SetUp() override
     {
-        const QByteArray folder = path("disk").toLocal8Bit();
-        ASSERT_TRUE(QDir().mkdir(path("disk")));
-        // Seen by this process alone.
-        const bool isMounted = ::unshare(CLONE_NEWNS) == 0 &&
-                               ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-                               ::mount("tmpfs", folder.constData(), "tmpfs", 0, "size=2m") == 0;
-        if (!isMounted)
+        if (!m_disk.mount(path("disk")))
             GTEST_SKIP() << "no file system can be mounted here";
-        m_isMounted = true;
         file = path("disk/changes.sqlite");
-    }
-    void TearDown() override
-    {
-        if (m_isMounted)
-            ::umount2(path("disk").toLocal8Bit().constData(), MNT_DETACH);
     }
     /// Appends until the disk is full; returns the number of changes that are kept.
     int fill(SqliteChangeStore& store)
@@ -77,7 +64,7 @@ protected:
     }
 
 private:
-    bool m_isMounted = false;
+    plc::test::SmallDisk m_disk;
 };
 
 TEST_F(StoreOnASmallFileSystem, KeepsWhatItHas)

@@ -3,19 +3,17 @@
 #include "panel/access/request_token.h"
 #include "panel/access/secrets.h"
 #include "tests/panel/access/access_fixture.h"
+#include "tests/support/stated_text.h"
 
 namespace plc::panel {
 namespace {
+
+using test::stated;
 
 using Login = AccessTest;
 using Kind = LoginResult::Kind;
 
 constexpr qint64 kHour = qint64(60) * 60 * 1000;
-
-QString stated(const char* text)
-{
-    return QString::fromLatin1(text);
-}
 
 TEST_F(Login, GivesATokenThatNamesTheUserAndTheRole)
 {

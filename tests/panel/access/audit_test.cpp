@@ -10,9 +10,12 @@
 #include "panel/access/audit_reading.h"
 #include "panel/access/secrets.h"
 #include "tests/support/file_test.h"
+#include "tests/support/stated_text.h"
 
 namespace plc::panel {
 namespace {
+
+using test::stated;
 
 AuditRecord record(const char* id)
 {
@@ -26,11 +29,6 @@ AuditRecord record(const char* id)
     record.newValue = QStringLiteral("2");
     record.id = QString::fromLatin1(id);
     return record;
-}
-
-QString stated(const char* text)
-{
-    return QString::fromLatin1(text);
 }
 
 class Audit : public test::FileTest {

@@ -3,14 +3,12 @@
 #include "panel/access/request_origin.h"
 #include "tests/panel/access/access_fixture.h"
 #include "tests/support/route_check.h"
+#include "tests/support/stated_text.h"
 
 namespace plc::panel {
 namespace {
 
-QString stated(const char* text)
-{
-    return QString::fromLatin1(text);
-}
+using test::stated;
 
 TEST(Host, IsANameOrAnAddressWithOrWithoutAPort)
 {

@@ -2,14 +2,12 @@
 
 #include "panel/access/secrets.h"
 #include "tests/panel/access/access_fixture.h"
+#include "tests/support/stated_text.h"
 
 namespace plc::panel {
 namespace {
 
-QString stated(const char* text)
-{
-    return QString::fromLatin1(text);
-}
+using test::stated;
 
 class Users : public test::FileTest {
 protected:

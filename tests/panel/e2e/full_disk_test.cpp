@@ -1,11 +1,7 @@
 #include <gmock/gmock.h>
 
-#include <QtCore/QDir>
-
-#include <sched.h>
-#include <sys/mount.h>
-
 #include "panel_site.h"
+#include "tests/support/small_disk.h"
 
 namespace plc::test {
 namespace {
@@ -15,15 +11,8 @@ class PanelOnAFullDisk : public PanelSite {
 protected:
     void SetUp() override
     {
-        const QByteArray folder = path("disk").toLocal8Bit();
-        ASSERT_TRUE(QDir().mkdir(path("disk")));
-        // Seen by this process, and by those that it starts.
-        const bool isMounted = ::unshare(CLONE_NEWNS) == 0 &&
-                               ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-                               ::mount("tmpfs", folder.constData(), "tmpfs", 0, "size=2m") == 0;
-        if (!isMounted)
+        if (!m_disk.mount(path("disk")))
             GTEST_SKIP() << "no file system can be mounted here";
-        m_isMounted = true;
         settings[QStringLiteral("record")] =
             QJsonObject{{QStringLiteral("file"), QStringLiteral("disk/record")}};
         settings[QStringLiteral("audit")] = QStringLiteral("disk/audit");
@@ -37,8 +26,7 @@ protected:
     void TearDown() override
     {
         stop();
-        if (m_isMounted)
-            ::umount2(path("disk").toLocal8Bit().constData(), MNT_DETACH);
+        m_disk.unmount();
     }
     std::string write(const char* id)
     {
@@ -56,7 +44,7 @@ protected:
     }
 
 private:
-    bool m_isMounted = false;
+    SmallDisk m_disk;
 };
 
 TEST_F(PanelOnAFullDisk, ShowsValuesAndRecordsAndWritesOnceThereIsRoom)

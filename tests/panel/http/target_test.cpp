@@ -3,14 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "panel/http/route_table.h"
+#include "tests/support/stated_text.h"
 
 namespace plc::panel {
 namespace {
 
-QString stated(const char* text)
-{
-    return QString::fromUtf8(text);
-}
+using test::stated;
 
 TEST(Target, IsAPathAndAQueryDecodedApart)
 {
