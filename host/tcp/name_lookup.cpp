@@ -5,7 +5,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include <QtCore/QObject>
+#include <QtCore/QCoreApplication>
+#include <QtCore/QEvent>
 #include <QtCore/QUrl>
 
 #include <mutex>
@@ -16,25 +17,50 @@ namespace plc::host {
 
 /// Lives as long as the lookup or its thread.
 struct NameLookup::Shared {
+    class Receiver;
+
     std::mutex mutex;
-    std::unique_ptr<QObject> receiver; ///< Null when nobody waits any more.
+    std::unique_ptr<Receiver> receiver; ///< Null when nobody waits any more.
+    std::unique_ptr<QEvent> answered;   ///< Until it is sent to the receiver.
+    NameAddresses found;
     Handle handle;
+};
+
+/// Tells the answer in the thread that waits for it.
+class NameLookup::Shared::Receiver : public QObject {
+public:
+    explicit Receiver(Shared* shared) : m_shared(shared) {}
+
+    bool event(QEvent* event) override
+    {
+        if (event->type() != QEvent::User)
+            return QObject::event(event);
+        std::unique_lock<std::mutex> lock(m_shared->mutex);
+        const Handle handle = m_shared->handle;
+        const NameAddresses found = m_shared->found;
+        lock.unlock();
+        handle(found); // may end the lookup, and this with it
+        return true;
+    }
+
+private:
+    Shared* const m_shared;
 };
 
 NameLookup::NameLookup(const QString& name, Handle handle, Resolve resolve)
     : m_shared(std::make_shared<Shared>())
 {
-    m_shared->receiver = std::make_unique<QObject>();
+    m_shared->receiver = std::make_unique<Shared::Receiver>(m_shared.get());
+    m_shared->answered = std::make_unique<QEvent>(QEvent::User);
     m_shared->handle = std::move(handle);
     std::thread([shared = m_shared, resolve = std::move(resolve), name] {
-        const NameAddresses found = resolve(name);
+        NameAddresses found = resolve(name);
         const std::lock_guard<std::mutex> lock(shared->mutex);
         if (!shared->receiver)
             return;
+        shared->found = std::move(found);
         // The event goes with its receiver.
-        QMetaObject::invokeMethod(
-            shared->receiver.get(), [handle = shared->handle, found] { handle(found); },
-            Qt::QueuedConnection);
+        QCoreApplication::postEvent(shared->receiver.get(), shared->answered.release());
     }).detach();
 }
 
