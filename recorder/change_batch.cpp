@@ -4,20 +4,23 @@
 
 namespace plc::recorder {
 
+void BatchEncoder::append(int series, const Sample& sample)
+{
+    appendSigned(qint64(series) - m_series, &m_batch);
+    // A damaged batch may have had any times.
+    appendSigned(qint64(quint64(sample.time) - quint64(m_time)), &m_batch);
+    appendNumber(quint64(sample.bytes.size()) << 2 | quint64(sample.quality), &m_batch);
+    m_batch.append(sample.bytes);
+    m_series = series;
+    m_time = sample.time;
+}
+
 QByteArray encodeBatch(const QVector<Change>& changes, qint64 time)
 {
-    QByteArray batch;
-    int series = 0;
-    for (const Change& change : changes) {
-        const Sample& sample = change.sample;
-        appendSigned(change.series - series, &batch);
-        appendSigned(sample.time - time, &batch);
-        appendNumber(quint64(sample.bytes.size()) << 2 | quint64(sample.quality), &batch);
-        batch.append(sample.bytes);
-        series = change.series;
-        time = sample.time;
-    }
-    return batch;
+    BatchEncoder encoder(time);
+    for (const Change& change : changes)
+        encoder.append(change.series, change.sample);
+    return encoder.batch();
 }
 
 bool BatchDecoder::next()

@@ -16,6 +16,20 @@ namespace plc::recorder {
 //   size    of the value in bytes x 4 + quality
 //   value   its bytes
 
+/// Makes a batch.
+class BatchEncoder {
+public:
+    explicit BatchEncoder(qint64 time = 0) : m_time(time) {}
+
+    void append(int series, const Sample& sample);
+    const QByteArray& batch() const { return m_batch; }
+
+private:
+    QByteArray m_batch;
+    int m_series = 0; ///< Of the change before, as its time.
+    qint64 m_time;
+};
+
 /// The changes of a batch of time `time`.
 QByteArray encodeBatch(const QVector<Change>& changes, qint64 time);
 

@@ -2,7 +2,6 @@
 
 #include <iterator>
 
-#include "recorder/change_batch.h"
 #include "recorder/sample_block.h"
 
 namespace plc::recorder {
@@ -18,7 +17,7 @@ bool Compaction::run()
     BlockTable blocks(m_database);
     bool isDone = blocks.isPrepared();
     for (auto one = samples.constBegin(); one != samples.constEnd() && isDone; ++one)
-        isDone = store(&blocks, one.key(), one.value());
+        isDone = store(&blocks, one.key(), one.value().batch());
     if (isDone && !samples.isEmpty())
         keepOnly(samples.lastKey().first);
     return isDone;
@@ -41,19 +40,22 @@ bool Compaction::takeBatches(Samples* samples)
     for (; step == SqliteStatement::Row; step = rows.step()) {
         BatchDecoder changes(rows.bytes(2), rows.number(1));
         while (changes.next())
-            (*samples)[{rows.number(0), changes.series()}].append(changes.sample());
+            (*samples)[{rows.number(0), changes.series()}].append(changes.series(),
+                                                                  changes.sample());
     }
     return step == SqliteStatement::Done;
 }
 
 /// Fills the last block of the series in this run, and then new ones.
-bool Compaction::store(BlockTable* blocks, const RunAndSeries& key, const QVector<Sample>& samples)
+bool Compaction::store(BlockTable* blocks, const RunAndSeries& key, const QByteArray& batch)
 {
     std::optional<Block> block = lastBlock(blocks, key);
     if (!block)
         return false;
     SampleEncoder encoder(block->samples);
-    for (const Sample& sample : samples) {
+    BatchDecoder samples(batch, 0);
+    while (samples.next()) {
+        const Sample sample = samples.sample();
         if (encoder.block().size() >= kFullBlock) {
             block->samples = encoder.block();
             if (!save(blocks, &*block))

@@ -8,6 +8,7 @@
 
 #include "database/sqlite_database.h"
 #include "recorder/block_table.h"
+#include "recorder/change_batch.h"
 
 namespace plc::recorder {
 
@@ -24,10 +25,11 @@ public:
 
 private:
     using RunAndSeries = QPair<qint64, int>;
-    using Samples = QMap<RunAndSeries, QVector<Sample>>;
+    /// Of each series in a batch of its own: as samples they would take ten times the memory.
+    using Samples = QMap<RunAndSeries, BatchEncoder>;
 
     bool takeBatches(Samples* samples);
-    bool store(BlockTable* blocks, const RunAndSeries& key, const QVector<Sample>& samples);
+    bool store(BlockTable* blocks, const RunAndSeries& key, const QByteArray& batch);
     std::optional<Block> lastBlock(BlockTable* blocks, const RunAndSeries& key) const;
     bool save(BlockTable* blocks, Block* block);
     void keepOnly(qint64 run);
