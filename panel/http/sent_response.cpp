@@ -7,7 +7,8 @@
 namespace plc::panel {
 namespace {
 
-constexpr std::size_t kBlock = std::size_t(16) * 1024; // bytes that are sent at once
+/// Bytes that are sent at once. libmicrohttpd would let a stream fill all memory of its connection.
+constexpr std::size_t kBlock = std::size_t(32) * 1024;
 
 /// What the content of all responses may do in a browser: nothing but show what this server gives.
 const std::pair<const char*, const char*> kHeaders[] = {
@@ -103,7 +104,7 @@ MHD_Response* responseFrom(std::unique_ptr<Sent> sent, quint64 size)
     MHD_Response* response = ::MHD_create_response_from_callback(
         size, kBlock,
         [](void* cls, std::uint64_t position, char* buffer, std::size_t most) {
-            return static_cast<Sent*>(cls)->read(position, buffer, most);
+            return static_cast<Sent*>(cls)->read(position, buffer, std::min(most, kBlock));
         },
         sent.get(), [](void* cls) { delete static_cast<Sent*>(cls); });
     if (response)
