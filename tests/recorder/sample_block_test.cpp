@@ -1,5 +1,7 @@
 #include "recorder/sample_block.h"
 
+#include <limits>
+
 #include "recorder/change_batch.h"
 #include "tests/recorder/recording.h"
 
@@ -96,6 +98,22 @@ TEST(ChangeBatch, HoldsChangesInTheirOrder)
     }
     EXPECT_FALSE(decoder.next());
     EXPECT_FALSE(decoder.isDamaged());
+}
+
+TEST(ChangeBatch, HoldsTimesThatLieAsFarApartAsCanBe)
+{
+    const qint64 times[] = {0, std::numeric_limits<qint64>::min(),
+                            std::numeric_limits<qint64>::max(), -1};
+    BatchEncoder encoder;
+    for (const qint64 time : times)
+        encoder.append(7, {time, Quality::Good, "a"});
+    BatchDecoder decoder(encoder.batch(), 0);
+    for (const qint64 time : times) {
+        ASSERT_TRUE(decoder.next());
+        EXPECT_EQ(7, decoder.series());
+        EXPECT_EQ((Sample{time, Quality::Good, "a"}), decoder.sample());
+    }
+    EXPECT_FALSE(decoder.next());
 }
 
 } // namespace
