@@ -36,10 +36,10 @@ public:
         if (event->type() != QEvent::User)
             return QObject::event(event);
         std::unique_lock<std::mutex> lock(m_shared->mutex);
-        const Handle handle = m_shared->handle;
-        const NameAddresses found = m_shared->found;
+        const Handle tell = m_shared->handle;
+        const NameAddresses answer = m_shared->found;
         lock.unlock();
-        handle(found); // may end the lookup, and this with it
+        tell(answer); // may end the lookup, and this with it
         return true;
     }
 
