@@ -52,6 +52,9 @@ MHD_Result Exchange::step(const char* method, const char* upload, std::size_t* u
     if (!m_hasBegun)
         return begin(method);
     if (*uploadSize > 0) {
+        // By its fields it has no body: who reads them in two ways is not served.
+        if (!m_hasBody)
+            return MHD_NO;
         const std::size_t size = std::exchange(*uploadSize, 0);
         if (!m_late)
             receive(upload, int(size));

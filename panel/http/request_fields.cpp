@@ -29,10 +29,14 @@ void RequestFields::take(const QByteArray& name, const QByteArray& value)
     }
 }
 
+/// Of what is not clear libmicrohttpd may take something for a body.
 bool RequestFields::hasBody() const
 {
-    return !transferEncoding.isNull() ||
-           (!contentLength.isNull() && contentLength.toLongLong() != 0);
+    if (contentLength.isNull())
+        return !transferEncoding.isNull();
+    bool isNumber = false;
+    const bool isEmpty = contentLength.toLongLong(&isNumber) == 0 && isNumber;
+    return !transferEncoding.isNull() || hasTwice || !isEmpty;
 }
 
 QByteArray RequestFields::mediaType() const
