@@ -17,6 +17,22 @@ protected:
     }
     /// The entries of the request that went out.
     QVector<FrameEntry> entries() { return parseRequest(request()).entries; }
+    /// Answers requests until the first one-shot read is settled, and calls `before` each. Returns
+    /// how many of them were writes.
+    template <typename Before>
+    int writesUntilRead(Before before)
+    {
+        int writeRequests = 0;
+        for (int i = 0; i < 100 && reads.empty(); ++i) {
+            before();
+            const RequestContent content = parseRequest(request());
+            const bool isWrite = content.service == Service::Write;
+            writeRequests += isWrite ? 1 : 0;
+            answer(isWrite ? writeReply()
+                           : readReply({QByteArray(int(content.entries[0].length), '\5')}));
+        }
+        return writeRequests;
+    }
     std::vector<std::string> settledLabels() const
     {
         std::vector<std::string> labels;

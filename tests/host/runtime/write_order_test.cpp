@@ -128,18 +128,8 @@ TEST_F(WriteTest, ReadsGetTheirTurnBesideWritesWithoutEnd)
 {
     connectAndLogInFor("Main.count", "0");
     readOnce("Main.speed");
-    int writeRequests = 0;
-    for (int i = 0; i < 100 && reads.empty(); ++i) {
-        // Another write waits whenever one goes out.
-        write("Main.count", "1");
-        const RequestContent content = parseRequest(request());
-        if (content.service == Service::Write) {
-            ++writeRequests;
-            answer(writeReply());
-        } else {
-            answer(readReply({QByteArray(int(content.entries[0].length), '\5')}));
-        }
-    }
+    // Another write waits whenever one goes out.
+    const int writeRequests = writesUntilRead([this] { write("Main.count", "1"); });
     ASSERT_EQ(1u, reads.size());
     EXPECT_EQ(hex("05 05"), reads[0].bytes);
     // Five in a row, and what the driver has already: one, since all go to the same place.
@@ -154,16 +144,8 @@ TEST_F(WriteTest, ReadsGetTheirTurnAmongHundredsThatWait)
         write(("Big.block[" + std::to_string(i) + "]").c_str(), "1");
     readOnce("Main.speed");
     logIn();
-    int writeRequests = 0;
-    while (reads.empty()) {
-        const RequestContent content = parseRequest(request());
-        if (content.service == Service::Write) {
-            ++writeRequests;
-            answer(writeReply());
-        } else {
-            answer(readReply({QByteArray(int(content.entries[0].length), '\5')}));
-        }
-    }
+    const int writeRequests = writesUntilRead([] {});
+    ASSERT_EQ(1u, reads.size());
     EXPECT_EQ(hex("05 05"), reads[0].bytes);
     // Five in a row, of 71 entries each, and the 19 that the driver had beyond them.
     EXPECT_EQ(6, writeRequests);
