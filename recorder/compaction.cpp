@@ -8,19 +8,35 @@ namespace plc::recorder {
 
 using database::SqliteStatement;
 
+namespace {
+
+/// Parts in which batches become blocks: a program that has little memory need not hold them all.
+constexpr qint64 kPortions = 8;
+
+} // namespace
+
 bool Compaction::run()
 {
-    Samples samples;
-    // The pages of the batches are free for the blocks.
-    if (!takeBatches(&samples) || !m_database->execute("DELETE FROM batch"))
-        return false;
+    const std::optional<qint64> most = portionBytes();
     BlockTable blocks(m_database);
-    bool isDone = blocks.isPrepared();
-    for (auto one = samples.constBegin(); one != samples.constEnd() && isDone; ++one)
-        isDone = store(&blocks, one.key(), one.value().batch());
-    if (isDone && !samples.isEmpty())
-        keepOnly(samples.lastKey().first);
-    return isDone;
+    if (!most || !blocks.isPrepared())
+        return false;
+    SeriesPortion portion(*most);
+    bool isDone = take(&portion) && store(&blocks, portion);
+    while (isDone && !portion.isLast()) {
+        portion.goOn();
+        isDone = take(&portion) && store(&blocks, portion);
+    }
+    if (isDone && !portion.changes().isEmpty())
+        keepOnly(portion.changes().lastKey().first);
+    return isDone && m_database->execute("DELETE FROM batch");
+}
+
+std::optional<qint64> Compaction::portionBytes()
+{
+    const std::optional<qint64> all =
+        m_database->number("SELECT coalesce(sum(length(changes)), 0) FROM batch");
+    return all ? std::optional(*all / kPortions) : std::nullopt;
 }
 
 /// Runs that are over get no more samples.
@@ -31,7 +47,7 @@ void Compaction::keepOnly(qint64 run)
 }
 
 /// What stands behind damage in a batch cannot be known.
-bool Compaction::takeBatches(Samples* samples)
+bool Compaction::take(SeriesPortion* portion)
 {
     SqliteStatement rows(*m_database, "SELECT run, time, changes FROM batch ORDER BY id");
     if (!rows.isPrepared())
@@ -39,11 +55,22 @@ bool Compaction::takeBatches(Samples* samples)
     SqliteStatement::Step step = rows.step();
     for (; step == SqliteStatement::Row; step = rows.step()) {
         BatchDecoder changes(rows.bytes(2), rows.number(1));
-        while (changes.next())
-            (*samples)[{rows.number(0), changes.series()}].append(changes.series(),
-                                                                  changes.sample());
+        const qint64 run = rows.number(0);
+        while (changes.next()) {
+            if (portion->wants({run, changes.series()}))
+                portion->append({run, changes.series()}, changes.sample());
+        }
     }
     return step == SqliteStatement::Done;
+}
+
+bool Compaction::store(BlockTable* blocks, const SeriesPortion& portion)
+{
+    const SeriesPortion::Changes& changes = portion.changes();
+    bool isDone = true;
+    for (auto one = changes.constBegin(); one != changes.constEnd() && isDone; ++one)
+        isDone = store(blocks, one.key(), one.value().batch());
+    return isDone;
 }
 
 /// Fills the last block of the series in this run, and then new ones.

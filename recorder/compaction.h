@@ -2,13 +2,10 @@
 #define PLC_RECORDER_COMPACTION_H
 
 #include <QtCore/QHash>
-#include <QtCore/QMap>
-#include <QtCore/QPair>
-#include <QtCore/QVector>
 
 #include "database/sqlite_database.h"
 #include "recorder/block_table.h"
-#include "recorder/change_batch.h"
+#include "recorder/series_portion.h"
 
 namespace plc::recorder {
 
@@ -24,11 +21,9 @@ public:
     void forget() { m_last.clear(); }
 
 private:
-    using RunAndSeries = QPair<qint64, int>;
-    /// Of each series in a batch of its own: as samples they would take ten times the memory.
-    using Samples = QMap<RunAndSeries, BatchEncoder>;
-
-    bool takeBatches(Samples* samples);
+    std::optional<qint64> portionBytes();
+    bool take(SeriesPortion* portion);
+    bool store(BlockTable* blocks, const SeriesPortion& portion);
     bool store(BlockTable* blocks, const RunAndSeries& key, const QByteArray& batch);
     std::optional<Block> lastBlock(BlockTable* blocks, const RunAndSeries& key) const;
     bool save(BlockTable* blocks, Block* block);

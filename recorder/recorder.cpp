@@ -33,7 +33,7 @@ constexpr qint64 kTailOfSeries = 2048;
 constexpr qint64 kBatchOverhead = 20;
 
 /// Parts of a limited size that batches may take, and that blocks are cut to.
-constexpr qint64 kTailPart = 8;
+constexpr qint64 kTailPart = 12;
 constexpr double kBlocksPart = 13.0 / 16;
 /// How long it is waited after that failed.
 constexpr qint64 kRetryInterval = 60000; // ms
