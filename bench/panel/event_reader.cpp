@@ -23,13 +23,12 @@ EventReader::EventReader(quint16 port, const QByteArray& subscription, const Man
         m_socket.setReadBufferSize(kLittle);
     m_socket.connectToHost(QStringLiteral("127.0.0.1"), port);
     m_socket.write("GET /api/v1/events?subscription=" + subscription +
-                   " HTTP/1.0\r\nHost: 127.0.0.1:" + QByteArray::number(port) + "\r\n\r\n");
+                   " HTTP/1.1\r\nHost: 127.0.0.1:" + QByteArray::number(port) + "\r\n\r\n");
 }
 
 void EventReader::forget()
 {
     m_bytes = 0;
-    m_events = 0;
     m_rows = 0;
     m_ages.clear();
     m_longestGap = 0;
@@ -45,15 +44,32 @@ void EventReader::read()
 {
     const QByteArray bytes = m_socket.readAll();
     m_bytes += bytes.size();
-    // An event ends with an empty line; what it holds has none.
-    m_events += std::count(bytes.begin(), bytes.end(), '\n') / 4;
     if (!m_checks)
         return;
-    m_pending += bytes;
+    m_coded += bytes;
+    takeChunks();
     int end = 0;
     while ((end = int(m_pending.indexOf('\n'))) >= 0) {
         takeLine(m_pending.left(end));
         m_pending.remove(0, end + 1);
+    }
+}
+
+/// Each chunk is its size (hexadecimal), a line end, so many bytes and a line end.
+void EventReader::takeChunks()
+{
+    if (!m_isInBody) {
+        const int head = int(m_coded.indexOf("\r\n\r\n"));
+        m_isInBody = head >= 0;
+        m_coded.remove(0, m_isInBody ? head + 4 : 0);
+    }
+    while (m_isInBody) {
+        const int begin = int(m_coded.indexOf("\r\n")) + 2;
+        const int size = m_coded.left(begin - 2).toInt(nullptr, 16);
+        if (begin < 2 || m_coded.size() < begin + size + 2)
+            return;
+        m_pending += m_coded.mid(begin, size);
+        m_coded.remove(0, begin + size + 2);
     }
 }
 

@@ -27,7 +27,6 @@ public:
     void catchUp();
 
     qint64 bytes() const { return m_bytes; }
-    qint64 events() const { return m_events; }
     /// Rows of all events, where they are checked.
     qint64 rows() const { return m_rows; }
     /// ms between the times at which the PLC was asked for the values and their coming, of each
@@ -38,13 +37,15 @@ public:
 
 private:
     void read();
+    void takeChunks();
     void takeLine(const QByteArray& line);
 
     const bool m_checks;
     QTcpSocket m_socket;
+    bool m_isInBody = false;
+    QByteArray m_coded; ///< Of the answer, what is not in m_pending.
     QByteArray m_pending;
     qint64 m_bytes = 0;
-    qint64 m_events = 0;
     qint64 m_rows = 0;
     std::vector<int> m_ages;
     qint64 m_longestGap = 0;

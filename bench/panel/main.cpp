@@ -28,7 +28,7 @@ constexpr int kLongestWait = 120000; // ms
 constexpr int kSettleTime = 10000;   // ms
 // What the panel may take.
 constexpr double kMostProcessor = 25.0;     // % of a core
-constexpr double kMostMemory = 60 * 1024.0; // KiB
+constexpr double kMostMemory = 60e6 / 1024; // KiB
 constexpr double kMostRequests = 1.02;      // of those with one stream
 
 using Readers = std::vector<std::unique_ptr<EventReader>>;

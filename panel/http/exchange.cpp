@@ -1,5 +1,6 @@
 #include "panel/http/exchange.h"
 
+#include <cstring>
 #include <utility>
 
 #include "panel/http/sent_response.h"
@@ -47,10 +48,13 @@ Exchange::Exchange(ServerCore* core, std::shared_ptr<Connection> connection, MHD
 {
 }
 
-MHD_Result Exchange::step(const char* method, const char* upload, std::size_t* uploadSize)
+MHD_Result Exchange::step(const char* version, const char* method, const char* upload,
+                          std::size_t* uploadSize)
 {
-    if (!m_hasBegun)
+    if (!m_hasBegun) {
+        m_takesChunks = std::strcmp(version, MHD_HTTP_VERSION_1_1) == 0;
         return begin(method);
+    }
     if (*uploadSize > 0) {
         // By its fields it has no body: who reads them in two ways is not served.
         if (!m_hasBody)
@@ -264,7 +268,7 @@ MHD_Result Exchange::send(Response response)
         m_core->enterStreaming(m_connection.get(), response.stream);
     else
         m_core->enter(m_connection.get(), Phase::Sending);
-    return sendResponse(m_handle, std::move(response), m_core, m_connection);
+    return sendResponse(m_handle, std::move(response), m_takesChunks, m_core, m_connection);
 }
 
 } // namespace plc::panel

@@ -20,7 +20,9 @@ public:
              const QByteArray& target);
 
     /// Called when the head is there, for each part of the body, and then until there is an answer.
-    MHD_Result step(const char* method, const char* upload, std::size_t* uploadSize);
+    /// `version`: of HTTP, as in the request line.
+    MHD_Result step(const char* version, const char* method, const char* upload,
+                    std::size_t* uploadSize);
     /// For any thread: the answer, of which only the first counts.
     void give(Response response);
     /// The request is over.
@@ -47,6 +49,7 @@ private:
     RouteMatch m_match;
     Request m_request;
     bool m_hasBegun = false;
+    bool m_takesChunks = false; ///< The client: an answer whose size is not known goes in chunks.
     bool m_isDispatched = false;
     bool m_hasBody = false;
     std::optional<Response> m_late; ///< What is answered at the end of a body that is not taken.

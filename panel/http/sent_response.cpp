@@ -9,6 +9,9 @@ namespace {
 
 /// Bytes that are sent at once. libmicrohttpd would let a stream fill all memory of its connection.
 constexpr std::size_t kBlock = std::size_t(32) * 1024;
+/// Of chunks, which are made in the memory of the connection: the block that libmicrohttpd makes
+/// for each response besides is not used.
+constexpr std::size_t kUnusedBlock = 1024;
 
 /// What the content of all responses may do in a browser: nothing but show what this server gives.
 const std::pair<const char*, const char*> kHeaders[] = {
@@ -98,11 +101,12 @@ private:
 };
 
 /// A response of `size` bytes, or MHD_SIZE_UNKNOWN, that are read from `sent` little by little.
+/// `block`: bytes of the response's own memory.
 template <typename Sent>
-MHD_Response* responseFrom(std::unique_ptr<Sent> sent, quint64 size)
+MHD_Response* responseFrom(std::unique_ptr<Sent> sent, quint64 size, std::size_t block)
 {
     MHD_Response* response = ::MHD_create_response_from_callback(
-        size, kBlock,
+        size, block,
         [](void* cls, std::uint64_t position, char* buffer, std::size_t most) {
             return static_cast<Sent*>(cls)->read(position, buffer, std::min(most, kBlock));
         },
@@ -119,16 +123,16 @@ MHD_Response* shortResponse(QByteArray body)
                                              MHD_RESPMEM_MUST_COPY);
 }
 
-MHD_Response* makeResponse(const Response& response, ServerCore* core,
+MHD_Response* makeResponse(const Response& response, bool takesChunks, ServerCore* core,
                            const std::shared_ptr<Connection>& connection)
 {
     if (response.stream)
         return responseFrom(std::make_unique<SentStream>(response.stream, core, connection),
-                            MHD_SIZE_UNKNOWN);
+                            MHD_SIZE_UNKNOWN, takesChunks ? kUnusedBlock : kBlock);
     if (std::size_t(response.body.size()) <= kBlock)
         return shortResponse(response.body);
     return responseFrom(std::make_unique<SentBody>(response.body, core, connection),
-                        quint64(response.body.size()));
+                        quint64(response.body.size()), kBlock);
 }
 
 void addHeaders(MHD_Response* sent, const Response& response)
@@ -149,10 +153,10 @@ void addHeaders(MHD_Response* sent, const Response& response)
 
 } // namespace
 
-MHD_Result sendResponse(MHD_Connection* handle, Response response, ServerCore* core,
-                        const std::shared_ptr<Connection>& connection)
+MHD_Result sendResponse(MHD_Connection* handle, Response response, bool takesChunks,
+                        ServerCore* core, const std::shared_ptr<Connection>& connection)
 {
-    MHD_Response* sent = makeResponse(response, core, connection);
+    MHD_Response* sent = makeResponse(response, takesChunks, core, connection);
     if (!sent)
         return MHD_NO;
     addHeaders(sent, response);

@@ -11,9 +11,9 @@
 namespace plc::panel {
 
 /// Hands a response to the library, with the headers that all have, and tells the core what of it
-/// is on its way. The core outlives the connection.
-MHD_Result sendResponse(MHD_Connection* handle, Response response, ServerCore* core,
-                        const std::shared_ptr<Connection>& connection);
+/// is on its way. `takesChunks`: whether the client takes chunks. The core outlives the connection.
+MHD_Result sendResponse(MHD_Connection* handle, Response response, bool takesChunks,
+                        ServerCore* core, const std::shared_ptr<Connection>& connection);
 
 } // namespace plc::panel
 

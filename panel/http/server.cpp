@@ -119,12 +119,13 @@ void* requestBegins(void* cls, const char* target, MHD_Connection* handle)
     return new Holder(exchange);
 }
 
-MHD_Result requestGoesOn(void*, MHD_Connection*, const char*, const char* method, const char*,
-                         const char* upload, std::size_t* uploadSize, void** context)
+MHD_Result requestGoesOn(void*, MHD_Connection*, const char*, const char* method,
+                         const char* version, const char* upload, std::size_t* uploadSize,
+                         void** context)
 {
     if (!*context)
         return MHD_NO;
-    return (*static_cast<Holder*>(*context))->step(method, upload, uploadSize);
+    return (*static_cast<Holder*>(*context))->step(version, method, upload, uploadSize);
 }
 
 void requestEnds(void*, MHD_Connection*, void** context, MHD_RequestTerminationCode)
