@@ -1,4 +1,5 @@
 // A panel under load: 20 browsers and 200 event streams on 10,000 values that change once a second.
+// The browsers are Chromium; where there is none, streams of the values that they would show.
 // Prints a line for each figure; ends with 1 when one is missed.
 
 #include <QtCore/QCoreApplication>
@@ -11,6 +12,7 @@
 #include <memory>
 #include <vector>
 
+#include "bench/panel/browsers.h"
 #include "bench/panel/event_reader.h"
 #include "bench/panel/panel_load.h"
 #include "bench/support/measured_loop.h"
@@ -116,12 +118,31 @@ bool trySlowReaders(PanelLoad* load, const QByteArray& subscription, const Reade
     return isMet;
 }
 
+void openBrowsers(const PanelLoad& load, Browsers* browsers, Readers* readers)
+{
+    for (int i = 0; i < kBrowsers; ++i) {
+        const int first = 1 + i * kValuesOfBrowser;
+        if (!Browsers::program().isEmpty())
+            browsers->open(load.page(first, kValuesOfBrowser));
+        else
+            readers->push_back(
+                std::make_unique<EventReader>(load.port(), load.subscribe(first, kValuesOfBrowser),
+                                              EventReader::Manner{true, false}));
+        // One after the other: their start takes more of the machine than all that follows.
+        runUntil(
+            "a browser follows its values", [&] { return load.streams() > kStreams + i; },
+            kLongestWait);
+    }
+}
+
 int run(int seconds)
 {
+    const QString browser = Browsers::program();
     std::printf(
-        "%d values that change every second; %d streams of all, %d browsers with %d values "
-        "each; %d s\n",
-        kValues, kStreams, kBrowsers, kValuesOfBrowser, seconds);
+        "%d values that change every second; %d streams of all, %d %s with %d values each; %d s\n",
+        kValues, kStreams, kBrowsers,
+        browser.isEmpty() ? "more streams" : qPrintable("browsers (" + browser + ')'),
+        kValuesOfBrowser, seconds);
     std::fflush(stdout);
     PanelLoad load(kValues);
     load.start();
@@ -138,10 +159,8 @@ int run(int seconds)
     for (int i = 1; i < kStreams; ++i)
         readers.push_back(
             std::make_unique<EventReader>(load.port(), all, EventReader::Manner{true, false}));
-    for (int i = 0; i < kBrowsers; ++i)
-        readers.push_back(std::make_unique<EventReader>(
-            load.port(), load.subscribe(1 + i * kValuesOfBrowser, kValuesOfBrowser),
-            EventReader::Manner{true, false}));
+    Browsers browsers;
+    openBrowsers(load, &browsers, &readers);
     runFor(kSettleTime);
     const Figures many = measure(&load, readers, seconds);
     show("all of them", many);
@@ -153,6 +172,9 @@ int run(int seconds)
                         std::max(0.0, 0.99 * kValues - many.rows), 0.0, "") &&
             isMet;
     isMet = printFigure("streams that were cut off", ended(readers), 0.0, "") && isMet;
+    isMet =
+        printFigure("streams that are missing", kStreams + kBrowsers - load.streams(), 0.0, "") &&
+        isMet;
     isMet = trySlowReaders(&load, all, readers) && isMet;
     return isMet ? 0 : 1;
 }

@@ -1,6 +1,8 @@
 #include "bench/panel/panel_load.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 #include <QtNetwork/QTcpSocket>
 
 namespace plc::bench {
@@ -99,6 +101,22 @@ QByteArray PanelLoad::ask(const QByteArray& method, const QByteArray& target,
     if (!answer.startsWith("HTTP/1.1 2") && !answer.startsWith("HTTP/1.0 2"))
         qFatal("%s %s: %s", method.constData(), target.constData(), answer.left(500).constData());
     return answer.mid(answer.indexOf("\r\n\r\n") + 4);
+}
+
+QString PanelLoad::page(int first, int count) const
+{
+    QStringList values;
+    for (int i = first; i < first + count; ++i)
+        values.append(QStringLiteral("v=plc|Load.clock[%1]").arg(i));
+    return QStringLiteral("http://127.0.0.1:%1/#values?").arg(m_port) +
+           values.join(QLatin1Char('&'));
+}
+
+int PanelLoad::streams() const
+{
+    const QJsonObject statistics =
+        QJsonDocument::fromJson(ask("GET", "/api/v1/statistics")).object();
+    return statistics[QStringLiteral("server")].toObject()[QStringLiteral("streams")].toInt(-1);
 }
 
 QByteArray PanelLoad::subscribe(int first, int count) const

@@ -24,6 +24,10 @@ public:
     /// The answer to a request without events; its body.
     QByteArray ask(const QByteArray& method, const QByteArray& target,
                    const QByteArray& body = {}) const;
+    /// The address of a page that shows `count` values from number `first` (from 1) on.
+    QString page(int first, int count) const;
+    /// Event streams that the panel sends.
+    int streams() const;
     /// The id of a subscription to `count` values from number `first` (from 1) on.
     QByteArray subscribe(int first, int count) const;
 
