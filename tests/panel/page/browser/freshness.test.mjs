@@ -43,6 +43,31 @@ test("a killed server leaves nothing fresh, and all comes back with it", async (
   await page.end();
 });
 
+test("a sixth tab of a browser says that it is one too many, and leaves the others what they need", async () => {
+  const tabs = [(await withFreshRow()).page];
+  const freshTab = async () => {
+    const tab = await tabs[0].context().newPage();
+    await tab.goto(server.address + named("Plant.mode"));
+    return tab;
+  };
+  while (tabs.length < 5) {
+    tabs.push(await freshTab());
+    await shows(rowOf(tabs.at(-1), "Plant.mode").locator(".mark-word"), "good");
+  }
+  const sixth = await freshTab();
+  await shows(sixth.locator(".banner"), /Not connected to the server.*Five tabs of this browser show this panel already/);
+  assert.notEqual(await rowOf(sixth, "Plant.mode").locator(".mark-word").textContent(), "good");
+  for (const tab of tabs) {
+    const status = await tab.evaluate(async () => (await fetch("/api/v1/session", { signal: AbortSignal.timeout(20000) })).status);
+    assert.equal(status, 200);
+    assert.equal(await looksFresh(rowOf(tab, "Plant.mode")), true);
+  }
+  await tabs.pop().close();
+  await shows(rowOf(sixth, "Plant.mode").locator(".mark-word"), "good");
+  assert.equal(await sixth.locator(".banner").count(), 0);
+  await tabs[0].end();
+});
+
 test("a computer that slept shows nothing fresh until it has heard of the server anew", async () => {
   const { page, row } = await withFreshRow();
   const before = await page.evaluate(() => {

@@ -2,12 +2,14 @@
 // when the stream breaks, falls silent or brings what is old.
 
 import { ROOT_PATH, request, Unreachable } from "./api.js";
+import { takePlace } from "./tab_place.js";
 import { lapseOf, readClocks } from "../state/server_clock.js";
 
 const CHECK_INTERVAL = 500; // ms
 const FIRST_PAUSE = 500; // ms before another attempt; doubled up to the longest
 const LONGEST_PAUSE = 4000;
 const HELLO_LIMIT = 5000; // ms for a stream to begin
+const NO_PLACE = "Five tabs of this browser show this panel already, which is as many as it can. Close one of them.";
 const EVENTS = ["values", "link", "alarm", "tick"];
 
 export class Live {
@@ -53,6 +55,7 @@ export class Live {
     const attempt = { names: this.#wanted, id: null, source: null, asked: readClocks() };
     this.#attempt = attempt;
     try {
+      if (!(await takePlace())) throw new Error(NO_PLACE);
       if (attempt.names.length > 0) await this.#subscribe(attempt);
     } catch (error) {
       if (attempt === this.#attempt) this.#fail(attempt, error);
