@@ -35,7 +35,7 @@ export function SymbolTree({ panel, choice }) {
   };
   const roots = found?.nodes ?? plcs.map((plc) => ({ plc, kind: "plc", name: plc, label: "", children: 1 }));
   return html`
-    <input id="search" type="search" placeholder="Search labels and descriptions  ( / )" aria-label="Search for values"
+    <input id="search" type="search" placeholder="Find labels, descriptions ( / )" aria-label="Search for values"
       value=${words} onInput=${(event) => setWords(event.target.value)} onKeyDown=${leave} />
     ${found && html`<p class="hint" role="status">${foundText(found)}</p>`}
     <${Tree} key=${found ? "found" : "all"} panel=${panel} choice=${choice} roots=${roots} wholeLabels=${found !== null} />
