@@ -230,13 +230,14 @@ void Runtime::switchStation(int station, bool on, qint64 now)
         m_session.wake(now);
         return;
     }
+    // What is queued from inside a settling ends at once.
+    if (!m_stationsOff.contains(station))
+        m_stationsGoingOff.insert(station);
     const QString reason = QStringLiteral("station %1 is switched off").arg(station);
     settle(m_writes.takeWaiting(station), TransferOutcome::notSent(reason));
     // Some may have been asked for, and refused together with others.
     for (const OneShotRead& read : m_reads.takeWaiting(station))
         settle({read}, outcomeOfLoss(read.wasSent, reason));
-    if (!m_stationsOff.contains(station))
-        m_stationsGoingOff.insert(station);
     switchOffWhereIdle();
 }
 

@@ -385,6 +385,26 @@ TEST_F(StationTest, OffTakesNoWrites)
     EXPECT_EQ("station 0 is switched off", reads[0].outcome.reason);
 }
 
+TEST_F(StationTest, OffTakesNoWritesFromOutcomesOfThoseThatItEnds)
+{
+    ASSERT_EQ("S", actions());
+    runtime->write(point("Main.speed"), {values::Value(qint64(1))}, now,
+                   [this](const TransferOutcome&) {
+                       write("Main.count", "2");
+                       readOnce("Main.count");
+                   });
+    runtime->readOnce(point("Main.speed"), now, [this](const TransferOutcome&, const QByteArray&) {
+        write("Main.count", "3");
+        readOnce("Main.count");
+    });
+    runtime->switchStation(0, false, now);
+    EXPECT_EQ(2u, writes.size());
+    EXPECT_EQ(2u, reads.size());
+    answer(readReply({hex("00 01")}));
+    EXPECT_EQ("", actions());
+    EXPECT_EQ(0, runtime->openWrites());
+}
+
 TEST_F(StationTest, WritesUnderWayAreCarriedOutBeforeItGoesOff)
 {
     ASSERT_EQ("S", actions());
