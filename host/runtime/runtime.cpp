@@ -371,17 +371,30 @@ void Runtime::requestAnswered(const SentRequest& request, const Answer& answer,
 
 void Runtime::settleWriteRequest(const Answer& answer)
 {
+    const TransferOutcome outcome = writeOutcome(answer);
     std::vector<Write> settled;
     if (answer.kind == Answer::Accepted)
         settled = m_writes.requestAccepted();
     else if (answer.kind == Answer::Abandoned)
         settled = m_writes.requestAbandoned();
     if (m_isInDoubt) {
-        m_doubted.push_back({std::move(settled), transferOutcome(answer)});
+        m_doubted.push_back({std::move(settled), outcome});
         return;
     }
     m_writes.confirmAccepted();
-    settle(settled, transferOutcome(answer));
+    settle(settled, outcome);
+}
+
+/// The driver turns down each reply to a repeated request that is not as long as the first one,
+/// also one in which the PLC says that it has carried the request out.
+TransferOutcome Runtime::writeOutcome(const Answer& answer)
+{
+    const bool isTurnedDown = answer.kind == Answer::Retried || answer.kind == Answer::Abandoned;
+    m_wasGoodTurnedDown = isTurnedDown && (m_wasGoodTurnedDown || answer.status == 0);
+    if (answer.kind != Answer::Abandoned || !std::exchange(m_wasGoodTurnedDown, false))
+        return transferOutcome(answer);
+    return TransferOutcome::lost(QStringLiteral(
+        "the PLC refused it first and then called it good, in a reply of another size"));
 }
 
 void Runtime::settleReadRequest(const SentRequest& request, const Answer& answer,
@@ -497,6 +510,7 @@ void Runtime::linkChanged(LinkState state, const QString& reason, int retryDelay
 void Runtime::giveUpTransfers(const QString& reason)
 {
     m_isInDoubt = false;
+    m_wasGoodTurnedDown = false;
     m_asksWhetherInStep = false;
     m_cyclicReadsProveNothing = false;
     m_readable = FrameEntry();

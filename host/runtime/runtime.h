@@ -125,6 +125,7 @@ private:
     void handOverReads(qint64 now, bool passIsDue);
     void askWhetherInStep(bool passIsDue);
     void settleWriteRequest(const Answer& answer);
+    TransferOutcome writeOutcome(const Answer& answer);
     void settleReadRequest(const SentRequest& request, const Answer& answer,
                            const QByteArray& reply, qint64 now);
     void settleCyclicRequest(const SentRequest& request, const Answer& answer,
@@ -168,6 +169,7 @@ private:
     std::vector<DoubtedWrites> m_doubted;
     bool m_isInDoubt = false;
     int m_lastTagBeforeDoubt = 0;
+    bool m_wasGoodTurnedDown = false;       ///< A good reply to the write that is repeated.
     bool m_asksWhetherInStep = false;       ///< The driver has the read that shows it.
     bool m_cyclicReadsProveNothing = false; ///< Their replies have the size of the doubted one.
     bool m_lastWasProbe = false;

@@ -14,6 +14,8 @@ struct TransferOutcome {
         /// The PLC answered, but not with success, as often as it was asked.
         Refused,
         /// The link was lost while it was under way: a write may or may not have been carried out.
+        /// Also of a write that the PLC refused first, and of which a good reply to a repetition
+        /// was turned down, because it was not as long as the refusal.
         LinkLost,
         /// It was not sent at all: the link was down, the station off, or the driver took it not.
         NotSent

@@ -1,3 +1,4 @@
+#include "host/transfers/result_text.h"
 #include "tests/host/runtime/write_fixture.h"
 
 namespace plc::host {
@@ -126,6 +127,39 @@ TEST_F(WriteTest, RetryThatIsAcceptedIsDone)
     ASSERT_EQ(1u, writes.size());
     EXPECT_TRUE(writes[0].outcome.isDone());
 }
+
+/// The driver expects replies as long as the first one, the refusal, and turns this one down.
+class LongerReplyTest : public WriteTest, public ::testing::WithParamInterface<QByteArray> {};
+
+const QByteArray kLongerReply = hex("BB BB 00 00 00 03 00 00 00");
+
+TEST_P(LongerReplyTest, ToARetryIsNotToldAsARefusal)
+{
+    connectAndLogInFor("Main.speed", "5");
+    for (const QByteArray& reply : {refusal(), kLongerReply, GetParam()}) {
+        ASSERT_EQ(1, entries().size());
+        answer(reply);
+    }
+    logIn();
+    ASSERT_EQ(1u, writes.size());
+    EXPECT_EQ(TransferOutcome::LinkLost, writes[0].outcome.kind);
+    EXPECT_EQ(
+        "not known: the PLC refused it first and then called it good, in a reply of another size; "
+        "the PLC may or may not have carried it out",
+        writeOutcomeText(point("Main.speed"), writes[0].outcome));
+    // Of the next one it says nothing.
+    write("Main.speed", "6");
+    answerWithZeros();
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(1, entries().size());
+        answer(refusal());
+    }
+    logIn();
+    ASSERT_EQ(2u, writes.size());
+    EXPECT_EQ(TransferOutcome::Refused, writes[1].outcome.kind);
+}
+
+INSTANTIATE_TEST_SUITE_P(LastReplies, LongerReplyTest, ::testing::Values(kLongerReply, refusal()));
 
 TEST_F(WriteTest, ValueShownIsThePlcsUntilItIsReadBack)
 {
