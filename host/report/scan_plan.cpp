@@ -145,7 +145,18 @@ ScanPlan ScanPlanner::plan(int maxReadBytes)
         }
     }
     plan.gapBytes = plan.memoryBytes - m_valueBytes;
+    forgetLogin();
     return plan;
+}
+
+/// Nobody was logged in to. The driver forgets a login with a request that is given up, by empty
+/// replies.
+void ScanPlanner::forgetLogin()
+{
+    QByteArray nothing;
+    while (m_driver.comCommunication() &&
+           m_driver.dataCom(&nothing, 0)->result == PLC_RESULT_NOT_FINISHED) {
+    }
 }
 
 /// Two calls: the first one tells the driver the size of the reply.

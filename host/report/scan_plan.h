@@ -71,6 +71,7 @@ private:
     bool hasFewPieces(int maxReadBytes) const;
     void clearList();
     void answer(int replySize);
+    void forgetLogin();
 
     const DriverClaim m_claim;
     const DriverFunctions& m_driver;

@@ -217,6 +217,21 @@ protected:
     int sentSize = 0;
 };
 
+TEST_F(ScanOfRuntimeTest, LogsInBehindAPlan)
+{
+    runtime.reset();
+    QList<Label_Type_Info> symbols = symbolList(project);
+    builtDriver().passVarName2(&symbols);
+    const RuntimeSettings planned = setup::runtimeSettings(project.settings, 0);
+    const DataPointFinder finder(project, planned, builtDriver());
+    EXPECT_EQ(1,
+              ScanPlanner(takenDriver(), planned, {*finder.find("Main.speed")}).plan(200).requests);
+    runtime = std::make_unique<Runtime>(takenDriver(), planned, project, this);
+    cycle({"Main.speed"});
+    connect();
+    logIn();
+}
+
 TEST_F(ScanOfRuntimeTest, SendsWhatIsPlanned)
 {
     QVector<DataPoint> points;
