@@ -22,14 +22,15 @@ bool Compaction::run()
     if (!most || !blocks.isPrepared())
         return false;
     SeriesPortion portion(*most);
-    bool isDone = take(&portion) && store(&blocks, portion);
-    while (isDone && !portion.isLast()) {
+    while (take(&portion) && store(&blocks, portion)) {
+        if (portion.isLast()) {
+            if (!portion.changes().isEmpty())
+                keepOnly(portion.changes().lastKey().first);
+            return m_database->execute("DELETE FROM batch");
+        }
         portion.goOn();
-        isDone = take(&portion) && store(&blocks, portion);
     }
-    if (isDone && !portion.changes().isEmpty())
-        keepOnly(portion.changes().lastKey().first);
-    return isDone && m_database->execute("DELETE FROM batch");
+    return false;
 }
 
 std::optional<qint64> Compaction::portionBytes()

@@ -2,8 +2,6 @@
 
 #include <QtCore/QStandardPaths>
 
-#include <algorithm>
-
 namespace plc::bench {
 
 Browsers::~Browsers()
@@ -33,13 +31,6 @@ void Browsers::open(const QString& address)
                               QStringLiteral("--remote-debugging-port=0"),
                               QStringLiteral("--window-size=800,480"),
                               QStringLiteral("--user-data-dir=") + profile, address});
-}
-
-int Browsers::running() const
-{
-    return int(std::count_if(m_processes.begin(), m_processes.end(), [](const auto& process) {
-        return process->state() == QProcess::Running;
-    }));
 }
 
 } // namespace plc::bench

@@ -21,7 +21,6 @@ public:
     static QString program();
 
     void open(const QString& address);
-    int running() const;
 
 private:
     const QTemporaryDir m_folder;

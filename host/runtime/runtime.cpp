@@ -389,9 +389,9 @@ void Runtime::settleWriteRequest(const Answer& answer)
 /// also one in which the PLC says that it has carried the request out.
 TransferOutcome Runtime::writeOutcome(const Answer& answer)
 {
-    const bool isTurnedDown = answer.kind == Answer::Retried || answer.kind == Answer::Abandoned;
-    m_wasGoodTurnedDown = isTurnedDown && (m_wasGoodTurnedDown || answer.status == 0);
-    if (answer.kind != Answer::Abandoned || !std::exchange(m_wasGoodTurnedDown, false))
+    const bool wasCalledGood = m_wasGoodTurnedDown || answer.status == 0;
+    m_wasGoodTurnedDown = wasCalledGood && answer.kind == Answer::Retried;
+    if (!wasCalledGood || answer.kind != Answer::Abandoned)
         return transferOutcome(answer);
     return TransferOutcome::lost(QStringLiteral(
         "the PLC refused it first and then called it good, in a reply of another size"));

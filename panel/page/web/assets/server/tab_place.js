@@ -6,8 +6,8 @@ const PLACES = 5;
 
 let taking = null; // a promise of the place
 
-// Takes a place until the tab is closed. False: there is none now. Where a browser knows no locks, as
-// without TLS from afar, nobody can tell.
+// Takes a place until the tab is closed. False: there is none now. Where a browser has no locks, as
+// without TLS from afar, or gives none to this page, nobody can tell.
 export function takePlace() {
   taking ??= findPlace().then((isFound) => {
     if (!isFound) taking = null;
@@ -27,8 +27,9 @@ async function findPlace() {
 // The lock of this name, for good, or not at all.
 const hold = (name) =>
   new Promise((answer) => {
-    navigator.locks.request(name, { ifAvailable: true }, (lock) => {
+    const taken = navigator.locks.request(name, { ifAvailable: true }, (lock) => {
       answer(lock !== null);
       return lock && new Promise(() => {});
     });
+    taken.catch(() => answer(true));
   });
