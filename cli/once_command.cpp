@@ -81,7 +81,8 @@ void OnceCommand::report(const host::TransferOutcome& missing)
     bool allDone = true;
     for (int row = 0; row < values.size(); ++row) {
         const host::TransferOutcome itsOutcome = outcome(row, missing);
-        printRead(values.point(row), values.bytes(row), itsOutcome, m_options.json);
+        printRead({values.point(row), itsOutcome, values.bytes(row), values.isPieced(row)},
+                  m_options.json);
         allDone = allDone && itsOutcome.isDone();
     }
     finish(allDone ? kExitDone : kExitRefused);

@@ -1,7 +1,7 @@
 #include "cli/read_command.h"
 
-#include "cli/value_lines.h"
 #include "host/points/value_codec.h"
+#include "host/points/value_layout.h"
 #include "host/transfers/result_text.h"
 
 namespace plc::cli {
@@ -36,16 +36,18 @@ Expected<void> ReadOptions::check()
 bool ReadCommand::prepare()
 {
     const QVector<host::DataPoint> points = findPoints();
-    for (const host::DataPoint& point : points)
-        m_items.append({point, host::TransferOutcome(), QByteArray()});
-    return !m_items.isEmpty();
+    for (const host::DataPoint& point : points) {
+        const auto pieces = host::oneShotPieces(point, project().settings.maxReadBytes);
+        m_reads.append({point, host::TransferOutcome(), QByteArray(), pieces.size() > 1});
+    }
+    return !m_reads.isEmpty();
 }
 
 void ReadCommand::begin()
 {
-    m_open = int(m_items.size());
-    for (int i = 0; i < int(m_items.size()); ++i) {
-        runtime().readOnce(m_items[i].point, link().now(),
+    m_open = int(m_reads.size());
+    for (int i = 0; i < int(m_reads.size()); ++i) {
+        runtime().readOnce(m_reads[i].point, link().now(),
                            [this, i](const host::TransferOutcome& outcome,
                                      const QByteArray& bytes) { settled(i, outcome, bytes); });
     }
@@ -67,20 +69,19 @@ void ReadCommand::settled(int index, const host::TransferOutcome& outcome, const
 {
     if (isFinished())
         return;
-    Item& item = m_items[index];
-    item.outcome = outcome;
-    item.bytes = bytes;
+    m_reads[index].outcome = outcome;
+    m_reads[index].bytes = bytes;
     if (--m_open == 0)
         report();
 }
 
-QStringList ReadCommand::csvFields(const Item& item)
+QStringList ReadCommand::csvFields(const ReadValue& read)
 {
-    const host::DataPoint& point = item.point;
+    const host::DataPoint& point = read.point;
     return {point.text, QString::fromLatin1(point.type->name),
-            item.outcome.isDone() ? host::pointText(point, host::decodeValues(point, item.bytes))
+            read.outcome.isDone() ? host::pointText(point, host::decodeValues(point, read.bytes))
                                   : QString(),
-            point.unit, host::readOutcomeText(item.outcome)};
+            point.unit, host::readOutcomeText(read.outcome)};
 }
 
 void ReadCommand::report()
@@ -89,12 +90,12 @@ void ReadCommand::report()
     if (m_options.csv)
         printRow({QStringLiteral("label"), QStringLiteral("type"), QStringLiteral("value"),
                   QStringLiteral("unit"), QStringLiteral("outcome")});
-    for (const Item& item : m_items) {
+    for (const ReadValue& read : m_reads) {
         if (m_options.csv)
-            printRow(csvFields(item));
+            printRow(csvFields(read));
         else
-            printRead(item.point, item.bytes, item.outcome, m_options.json);
-        allDone = allDone && item.outcome.isDone();
+            printRead(read, m_options.json);
+        allDone = allDone && read.outcome.isDone();
     }
     finish(allDone ? kExitDone : kExitRefused);
 }

@@ -5,6 +5,7 @@
 
 #include "cli/command.h"
 #include "cli/link_command.h"
+#include "cli/value_lines.h"
 
 namespace plc::cli {
 
@@ -28,12 +29,6 @@ public:
     }
 
 private:
-    struct Item {
-        host::DataPoint point;
-        host::TransferOutcome outcome;
-        QByteArray bytes;
-    };
-
     bool prepare() override;
     void begin() override;
     void interrupted() override;
@@ -41,11 +36,11 @@ private:
 
     void settled(int index, const host::TransferOutcome& outcome, const QByteArray& bytes);
     void report();
-    static QStringList csvFields(const Item& item);
+    static QStringList csvFields(const ReadValue& read);
 
     const ReadOptions& m_options;
-    QVector<Item> m_items;
-    int m_open = 0; ///< Items that are not settled.
+    QVector<ReadValue> m_reads;
+    int m_open = 0; ///< Reads that are not settled.
 };
 
 } // namespace plc::cli

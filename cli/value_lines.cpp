@@ -99,21 +99,23 @@ void addWrite(const Assignment& assignment, const host::TransferOutcome& outcome
         line->add("taken", qint64(outcome.taken));
 }
 
-void printRead(const host::DataPoint& point, const QByteArray& bytes,
-               const host::TransferOutcome& outcome, bool json)
+void printRead(const ReadValue& read, bool json)
 {
-    const QVector<values::Value> values = host::decodeValues(point, bytes);
+    const host::DataPoint& point = read.point;
+    const bool isDone = read.outcome.isDone();
+    const QVector<values::Value> values = host::decodeValues(point, read.bytes);
     if (json) {
         JsonLine line;
         line.addPoint(point);
-        line.addJson("value",
-                     outcome.isDone() ? host::pointJson(point, values) : QStringLiteral("null"));
-        print(line.addOutcome(outcome, host::readOutcomeText(outcome)).text());
-    } else if (outcome.isDone()) {
+        line.addJson("value", isDone ? host::pointJson(point, values) : QStringLiteral("null"));
+        if (isDone && read.isPieced)
+            line.addFlag("pieced", true);
+        print(line.addOutcome(read.outcome, host::readOutcomeText(read.outcome)).text());
+    } else if (isDone) {
         print(valueLine(point, host::pointText(point, values)));
     } else {
         complain(QStringLiteral("%1 (%2): %3")
-                     .arg(point.text, addressText(point), host::readOutcomeText(outcome)));
+                     .arg(point.text, addressText(point), host::readOutcomeText(read.outcome)));
     }
 }
 

@@ -45,9 +45,16 @@ QString writeLine(const Assignment& assignment, const host::TransferOutcome& out
 /// Adds what became of a write.
 void addWrite(const Assignment& assignment, const host::TransferOutcome& outcome, JsonLine* line);
 
-/// Prints a value that was read, with its failure on the standard error unless in JSON.
-void printRead(const host::DataPoint& point, const QByteArray& bytes,
-               const host::TransferOutcome& outcome, bool json);
+/// A value that was read, or why it was not.
+struct ReadValue {
+    host::DataPoint point;
+    host::TransferOutcome outcome;
+    QByteArray bytes;
+    bool isPieced = false; ///< The bytes are put together from several replies.
+};
+
+/// Prints it, with a failure on the standard error unless in JSON.
+void printRead(const ReadValue& read, bool json);
 
 } // namespace plc::cli
 

@@ -78,6 +78,29 @@ TEST_F(ShownValues, OfTheDemoPlantAreNeverHalvesOfTwoReplies)
                QString(60, QLatin1Char('B')));
 }
 
+TEST_F(ShownValues, OfSeveralRepliesAreMarkedInEveryJson)
+{
+    writeProject(R"({'name': 'Pieced', 'settings': {'maxReadBytes': 200},
+      'areas': [{'index': 1, 'size': 2000}],
+      'scopes': [{'name': 'W', 'variables': [
+        {'name': 'fits', 'type': 'INT', 'area': 1, 'offset': 0, 'array': [[1, 400]]},
+        {'name': 'long', 'type': 'INT', 'area': 1, 'offset': 800, 'array': [[1, 500]]}]}],
+      'cyclic': [{'label': 'W.fits[1]', 'elements': 400}, {'label': 'W.long[1]', 'elements': 500}]})");
+    startSimulator();
+    const QString json = QStringLiteral("--json");
+    const QStringList labels{QStringLiteral("W.fits[1]*400"), QStringLiteral("W.long[1]*500")};
+    for (const Outcome& outcome :
+         {run("read", QStringList{json} + labels), run("run", {json, QStringLiteral("--once")})}) {
+        ASSERT_EQ(2, outcome.lines.size()) << testing::PrintToString(outcome);
+        for (int i = 0; i < 2; ++i) {
+            const QJsonObject object = parseJson(outcome.lines[i]);
+            EXPECT_EQ(labels[i], object.value(QLatin1String("label")).toString());
+            EXPECT_EQ(i == 1, object.value(QLatin1String("pieced")).toBool())
+                << outcome.lines[i].toStdString();
+        }
+    }
+}
+
 TEST_F(ShownValues, AreWholeHoweverSmallTheEntriesAre)
 {
     // 99 entries of 7 bytes make a request of 693: the 800 bytes of the table would take two.
