@@ -4,7 +4,7 @@ import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
 import { readFile } from "node:fs/promises";
 
-import { drawn, inkOf, openPage, shows, standIn, until, withBrowser } from "./support.mjs";
+import { drawn, follow, inkOf, named, openPage, rowOf, shows, standIn, until, withBrowser } from "./support.mjs";
 
 let server;
 withBrowser();
@@ -136,6 +136,63 @@ test("an axis has the range that was given, tells what is beyond it, and keeps i
   await limit("", "");
   await isAt(50);
   await until(async () => (await page.locator(".plot-beyond").count()) === 0, "nothing is beyond");
+  await page.end();
+});
+
+// The texts that the page draws into the plot, as from now on.
+const drawnTexts = (page) =>
+  page.evaluate(() => {
+    const draw = CanvasRenderingContext2D.prototype.fillText;
+    window.drawnTexts = new Set();
+    CanvasRenderingContext2D.prototype.fillText = function (text, ...place) {
+      window.drawnTexts.add(String(text));
+      return draw.call(this, text, ...place);
+    };
+  });
+
+test("numbers of any size are drawn, with ticks that differ and read as in the table", async () => {
+  const values = server.plants.get("dairy").values;
+  const ways = [
+    // A part in 6e15 of the number, which is less than two ticks can differ by.
+    ["Totals.energyBalance", (time) => String(95000000000000000n + 16n * BigInt(Math.floor(time / 1000) % 2)), /^9\.5\d*e\+16$/],
+    ["Plant.lineSpeed", (time) => (Math.floor(time / 1000) % 2 ? 3.4e38 : -3.4e38), /^-?[24]e\+38$/],
+    ["Plant.tank[1].level", (time) => (Math.floor(time / 1000) % 2 ? 1.7e308 : -1.7e308), /^-?[12]e\+308$|^-?(1|0\.5|1\.5)e\+308$|^-?5e\+307$/],
+    ["Plant.tank[2].level", (time) => (Math.floor(time / 1000) % 2 ? 0.00015 : 0.00035), /^0\.0003$/],
+    ["Plant.tank[3].level", (time) => (Math.floor(time / 1000) % 2 ? 2900 : 3000), /^2950$/],
+    ["Plant.tank[1].temperature", (time) => (Math.floor(time / 1000) % 2 ? 1e-30 : 3e-30), /^2e-30$/],
+  ];
+  for (const [label, at, tick] of ways) {
+    const one = values.get(label);
+    const before = { at: one.at, type: one.type };
+    Object.assign(one, { at, type: one.type === "REAL" ? "LREAL" : one.type });
+    try {
+      const page = await openPage(server.address);
+      await drawnTexts(page);
+      await follow(page, drawn(label));
+      await until(async () => (await inked(page)).length > 60, `the line of ${label} is drawn`);
+      await until(() => page.evaluate((text) => [...window.drawnTexts].some((one) => new RegExp(text).test(one)), tick.source), `a tick ${tick}`);
+      await follow(page, named(label));
+      await until(async () => /^M[\d.]+ [\d.]+L/.test(await rowOf(page, label).locator(".sparkline path").getAttribute("d")), "the small line is drawn");
+      await page.end();
+    } finally {
+      Object.assign(one, before);
+    }
+  }
+});
+
+test("a picture that cannot be drawn is hidden and said to be, and not left as it was", async () => {
+  const page = await openPage(server.address, { hash: drawn("Plant.lineSpeed") });
+  await until(async () => (await inked(page)).length > 60, "the line is drawn");
+  await page.evaluate(() => {
+    const { prototype } = CanvasRenderingContext2D;
+    window.stroke = prototype.stroke;
+    prototype.stroke = () => { throw new RangeError("out of numbers"); };
+  });
+  await shows(page.locator(".plot-error"), "The plot cannot be drawn: out of numbers");
+  assert.equal(await page.locator(".plot canvas").isVisible(), false);
+  await page.evaluate(() => void (CanvasRenderingContext2D.prototype.stroke = window.stroke));
+  await until(() => page.locator(".plot canvas").isVisible(), "the plot is drawn again");
+  await until(async () => (await page.locator(".plot-error").count()) === 0, "nothing is said any more");
   await page.end();
 });
 

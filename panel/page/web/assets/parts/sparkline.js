@@ -2,6 +2,7 @@
 
 import { html } from "../html.js";
 import { drawSteps } from "../trend/step_path.js";
+import { shareOf } from "../trend/axis_range.js";
 import { extent } from "../trend/trace.js";
 
 const SPAN = 60000; // ms
@@ -24,7 +25,7 @@ export function Sparkline({ trace, now, fresh }) {
   const from = now - SPAN;
   const range = extent(trace, from, now);
   if (!range) return html`<svg class="sparkline" aria-hidden="true" />`;
-  const height = range.most - range.least;
+  const isFlat = range.most === range.least;
   const path = new PathText();
   drawSteps(path, trace, {
     from,
@@ -32,7 +33,7 @@ export function Sparkline({ trace, now, fresh }) {
     until: now,
     toX: (time) => ((time - from) / SPAN) * WIDTH,
     toY: (number) =>
-      height === 0 ? HEIGHT / 2 : HEIGHT - MARGIN - ((number - range.least) / height) * (HEIGHT - 2 * MARGIN),
+      isFlat ? HEIGHT / 2 : HEIGHT - MARGIN - shareOf(number, { min: range.least, max: range.most }) * (HEIGHT - 2 * MARGIN),
   });
   return html`<svg class=${fresh ? "sparkline" : "sparkline old"} viewBox=${`0 0 ${WIDTH} ${HEIGHT}`} preserveAspectRatio="none" aria-hidden="true">
     <path d=${path.parts.join("")} vector-effect="non-scaling-stroke" />

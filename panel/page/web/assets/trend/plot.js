@@ -5,6 +5,7 @@ import uPlot from "../lib/uplot.js";
 import { AXES, isSet } from "../state/axis_limits.js";
 import { axisRange, beyondRange } from "./axis_range.js";
 import { drawLines } from "./plot_lines.js";
+import { numberTexts, unitOf } from "./number_axis.js";
 import { timeTexts } from "./time_axis.js";
 
 const MIN_HEIGHT = 120;
@@ -15,7 +16,9 @@ export class Plot {
     this.element = element;
     this.curves = [];
     this.beyond = [];
+    this.trouble = "";
     this.window = { from: 0, to: 1 };
+    this.ranges = {}; // of each axis: {min, max}
     this.heardUntil = -Infinity;
     this.onCursor = onCursor;
     this.observer = new ResizeObserver(() => this.resize());
@@ -41,13 +44,31 @@ export class Plot {
   }
 
   // limits: of each axis; see state/axis_limits.js. Afterwards `beyond` has the curves of which something
-  // is outside of them.
+  // is outside of them. A picture that cannot be made is hidden, and `trouble` says why: the one before
+  // would look like the one of now.
   draw(curves, window, heardUntil, limits) {
     Object.assign(this, { curves, window, heardUntil });
+    try {
+      this.#draw(limits);
+      this.#tell("");
+    } catch (error) {
+      this.#tell(`The plot cannot be drawn: ${error.message}`);
+    }
+  }
+
+  #tell(trouble) {
+    if (this.trouble === trouble) return;
+    this.trouble = trouble;
+    this.element.classList.toggle("undrawn", trouble !== "");
+  }
+
+  #draw(limits) {
+    const { curves, window } = this;
     const { from, to } = window;
     const on = (axis) => curves.filter((curve) => curve.axis === axis);
     const ranges = Object.fromEntries(AXES.map((axis) => [axis, axisRange(on(axis), from, to, limits[axis])]));
     this.beyond = AXES.flatMap((axis) => (isSet(limits[axis]) ? beyondRange(on(axis), from, to, ranges[axis]) : []));
+    this.ranges = ranges;
     const showsRight = on("right").length > 0;
     if (this.showsRight !== showsRight) {
       this.showsRight = showsRight;
@@ -55,7 +76,11 @@ export class Plot {
     }
     this.plot.batch(() => {
       this.plot.setScale("x", { min: from, max: to });
-      for (const axis of AXES) this.plot.setScale(axis, ranges[axis]);
+      for (const axis of AXES) {
+        const { min, max } = ranges[axis];
+        const unit = unitOf(ranges[axis]);
+        this.plot.setScale(axis, { min: min / unit, max: max / unit });
+      }
     });
   }
 
@@ -78,6 +103,10 @@ export class Plot {
     return { width: Math.max(200, clientWidth), height: Math.max(MIN_HEIGHT, clientHeight) };
   }
 
+  #texts(axis) {
+    return (_, splits, __, ___, distance) => numberTexts(splits, distance, this.ranges[axis] && unitOf(this.ranges[axis]));
+  }
+
   #options(size) {
     const { ink, edge } = this.colours;
     const line = { stroke: ink, grid: { stroke: edge, width: 1 }, ticks: { stroke: edge, width: 1 }, font: this.colours.font };
@@ -89,8 +118,8 @@ export class Plot {
       scales: { x: { time: true, auto: false }, left: { auto: false, range: axisLimits }, right: { auto: false, range: axisLimits } },
       axes: [
         { ...line, values: (_, splits, __, ___, distance) => timeTexts(splits, distance), size: 42 },
-        { ...line, scale: "left", size: axisSize },
-        { ...line, scale: "right", side: 1, grid: { show: false }, size: axisSize, show: this.showsRight === true },
+        { ...line, scale: "left", values: this.#texts("left"), size: axisSize },
+        { ...line, scale: "right", side: 1, grid: { show: false }, values: this.#texts("right"), size: axisSize, show: this.showsRight === true },
       ],
       series: [{}, { scale: "left", show: true }, { scale: "right", show: true }],
       hooks: {

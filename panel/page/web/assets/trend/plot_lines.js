@@ -1,5 +1,7 @@
 // The lines of the plot, clipped to it. Beside its colour each has a pattern and, at its end, a number.
 
+import { shareOf } from "./axis_range.js";
+
 export const DASHES = [[], [8, 3], [2, 3], [10, 3, 2, 3], [5, 5], [14, 4], [2, 6], [10, 3, 2, 3, 2, 3]];
 
 const LINE_WIDTH = 1.6;
@@ -10,7 +12,7 @@ const BAND_OPACITY = 0.18;
 const PALE = 0.4;
 const SPARSE = 0.25; // changes a pixel above which a pattern shows nothing and takes a browser's time
 
-export function drawLines(plot, { curves, window, heardUntil, colours }) {
+export function drawLines(plot, { curves, window, ranges, heardUntil, colours }) {
   const { ctx, bbox } = plot;
   const { from, to } = window;
   const ratio = devicePixelRatio;
@@ -22,7 +24,7 @@ export function drawLines(plot, { curves, window, heardUntil, colours }) {
   const ends = [];
   curves.forEach((curve, i) => {
     const isSparse = curve.count(from, to) < SPARSE * bbox.width;
-    const place = { from, to, heardUntil, ...pixels(bbox, window, plot.scales[curve.axis], isSparse ? same : centre) };
+    const place = { from, to, heardUntil, ...pixels(bbox, window, ranges[curve.axis], isSparse ? same : centre) };
     ctx.strokeStyle = ctx.fillStyle = colours.series[i];
     ctx.lineWidth = isSparse ? LINE_WIDTH * ratio : HAIRLINE;
     ctx.setLineDash(isSparse ? DASHES[i].map((length) => length * ratio) : []);
@@ -56,10 +58,10 @@ const same = (pixel) => pixel;
 // A hairline between two pixels would be a grey line of two.
 const centre = (pixel) => Math.floor(pixel) + 0.5;
 
-function pixels({ left, top, width, height }, { from, to }, { min, max }, place) {
+function pixels({ left, top, width, height }, { from, to }, range, place) {
   return {
     toX: (time) => place(left + ((time - from) / (to - from)) * width),
-    toY: (number) => place(top + height - ((number - min) / (max - min)) * height),
+    toY: (number) => place(top + height - shareOf(number, range) * height),
   };
 }
 

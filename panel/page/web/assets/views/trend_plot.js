@@ -20,6 +20,7 @@ export function TrendPlot({ panel, curves, plot, window, cursor, onChange, onCur
     <div class="plot" ref=${element} tabindex="0" role="application" aria-label="Plot. Arrows move the cursor, plus and minus zoom, shift and arrows pan, End is live."></div>
     ${view.series.length === 0 && html`<p class="empty plot-empty">Choose up to eight values in the tree, or press <kbd>t</kbd> at a row of the table.</p>`}
     <${Beyond} curves=${curves} plot=${plot.current} />
+    ${plot.current?.trouble && html`<p class="plot-error" role="alert">${plot.current.trouble}</p>`}
     ${curves.error && html`<p class="plot-error" role="status">${curves.error}</p>`}
   </div>`;
 }
