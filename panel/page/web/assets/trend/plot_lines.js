@@ -32,7 +32,7 @@ export function drawLines(plot, { curves, window, ranges, heardUntil, colours })
     if (end) ends.push({ text: String(i + 1), ...end, colour: colours.series[i] });
   });
   ctx.setLineDash([]);
-  drawNumbers(ctx, ends, colours, ratio);
+  drawNumbers(ctx, ends, { bbox, colours, ratio });
   ctx.restore();
 }
 
@@ -85,18 +85,34 @@ class LinePath {
 }
 
 // The numbers of the legend at the ends of the lines, one below the other where lines meet.
-function drawNumbers(ctx, ends, colours, ratio) {
+function drawNumbers(ctx, ends, { bbox, colours, ratio }) {
   const height = 13 * ratio;
   ctx.font = colours.font.replace("12px", `bold ${11 * ratio}px`);
   ctx.textAlign = "center";
   ctx.textBaseline = "middle";
-  let free = -Infinity;
-  for (const { text, x, y, colour } of ends.sort((a, b) => a.y - b.y)) {
-    const place = Math.max(y, free);
-    free = place + height;
+  const places = spread(ends.map(({ y }) => y), height, bbox.top, bbox.top + bbox.height);
+  ends.forEach(({ text, x, colour }, i) => {
     ctx.fillStyle = colours.ground;
-    ctx.fillRect(x - 13 * ratio, place - height / 2, 12 * ratio, height);
+    ctx.fillRect(x - 13 * ratio, places[i] - height / 2, 12 * ratio, height);
     ctx.fillStyle = colour;
-    ctx.fillText(text, x - 7 * ratio, place);
+    ctx.fillText(text, x - 7 * ratio, places[i]);
+  });
+}
+
+// Middles as near to the given ones as texts of that height can be without one hiding another or leaving
+// [top, bottom].
+export function spread(middles, height, top, bottom) {
+  const order = middles.map((_, i) => i).sort((a, b) => middles[a] - middles[b]);
+  const places = [...middles];
+  let free = top + height / 2;
+  for (const i of order) {
+    places[i] = Math.max(middles[i], free);
+    free = places[i] + height;
   }
+  free = bottom - height / 2;
+  for (const i of order.reverse()) {
+    places[i] = Math.min(places[i], free);
+    free = places[i] - height;
+  }
+  return places;
 }
