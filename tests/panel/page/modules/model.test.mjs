@@ -189,3 +189,49 @@ test("who only looks, and everybody in read-only mode, changes nothing", () => {
   model.session = null;
   assert.deepEqual(may(), [false, false, false]);
 });
+
+test("where the server's clock went back, lines have what it tells since, and nothing is known of what it told of that time before", () => {
+  const { model, row } = connected();
+  model.hear("values", values([[0, 7, "g", START]]), at(0));
+  model.hear("values", values([[0, 8, "g", START + 2000]], null, START + 2000), at(2000));
+  let back = null;
+  model.listeners.add({ back: (time) => (back = time) });
+  // A minute back: the event is as one that was under way for a minute.
+  assert.equal(model.hear("values", values([[0, 9, "g", START - 57000]], null, START - 57000), at(3000)), false);
+  model.lose();
+  model.begin({ time: START - 56000 }, [...model.rows.values()], [], at(4000), at(4000));
+  assert.equal(back, START - 56000);
+  assert.deepEqual([row.trace.times, row.trace.words], [[START - 56000], ["not known"]]);
+  model.hear("values", values([[0, 9, "g", START - 56000]], null, START - 56000), at(4000));
+  model.hear("values", values([[0, 10, "g", START - 55000]], null, START - 55000), at(5000));
+  assert.deepEqual([row.trace.times, row.trace.numbers], [[START - 56000, START - 56000, START - 55000], [NaN, 9, 10]]);
+});
+
+test("a stream that begins later takes nothing from the lines", () => {
+  const { model, row } = connected();
+  model.hear("values", values([[0, 7, "g", START]]), at(0));
+  let back = null;
+  model.listeners.add({ back: (time) => (back = time) });
+  beginAgain(model, 4000);
+  assert.equal(back, null);
+  assert.deepEqual(row.trace.numbers, [7, NaN]);
+});
+
+test("a value that is told later counts, also where the server's clock was put back a little", () => {
+  const { model, row } = connected();
+  model.hear("values", values([[0, 7, "g", START]], null, START), at(0));
+  assert.equal(model.hear("values", values([[0, 8, "g", START - 1000]], null, START - 1000), at(1000)), true);
+  assert.deepEqual([row.trace.times, row.trace.numbers], [[START, START], [7, 8]]);
+});
+
+test("time that the server's clock has left out is not known", () => {
+  const { model, row } = connected();
+  let told = null;
+  model.listeners.add({ gap: (plc, time) => (told = { plc, time }) });
+  model.hear("values", values([[0, 7, "g", START]], START), at(0));
+  model.hear("values", values([], START + 3000, START + 3000), at(3000));
+  assert.equal(told, null);
+  model.hear("values", values([], START + 3603000, START + 3603000), at(3500));
+  assert.deepEqual([row.trace.times, row.trace.numbers], [[START, START + 3000, START + 3603000], [7, NaN, 7]]);
+  assert.deepEqual(told, { plc: null, time: START + 3000 });
+});

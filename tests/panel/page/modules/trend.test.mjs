@@ -329,3 +329,22 @@ test("there is nothing to export of a span of which nothing is known", () => {
   curve.recent.gap(100, "not known");
   assert.equal(csvOf([curve], { from: 60, to: 200 }, 150), null);
 });
+
+test("where the server's clock went back, nothing that was told of that time before is drawn", async () => {
+  const model = { listeners: new Set(), rows: new Map(), clock: { now: () => 100 } };
+  let answer = null;
+  const curves = new Curves(model, () => new Promise((done) => (answer = done)));
+  curves.show([{ plc: "dairy", label: "Plant.level" }]);
+  const [curve] = curves.all;
+  curve.type = "REAL";
+  curve.takePast(traceOf([[0, 1], [50, 2]]), 100);
+  curve.recent.append(120, 3, 3);
+  const loading = curves.load(0, 100);
+  for (const { back } of model.listeners) back(40);
+  for (const { value } of model.listeners) value({ key: "dairy|Plant.level", quality: "g", number: 9, value: 9 }, 60);
+  assert.deepEqual([30, 45, 70].map((time) => curve.textAt(time, 80)), [{ text: "1", word: "" }, { text: "—", word: "not known" }, { text: "9", word: "" }]);
+  // The answer is to a question of the time before.
+  answer({ series: [{ plc: "dairy", label: "Plant.level", type: "REAL", kind: "changes", times: [0], values: [5], qualities: ["g"] }] });
+  assert.equal(await loading, null);
+  assert.equal(curve.textAt(70, 80).text, "9");
+});

@@ -2,7 +2,7 @@
 
 import { confirmedAt, markOf } from "./freshness.js";
 import { keyOf, Row } from "./rows.js";
-import { ServerClock } from "./server_clock.js";
+import { ServerClock, SILENCE_LIMIT } from "./server_clock.js";
 
 const ROLES = ["viewer", "operator", "engineer"];
 
@@ -20,7 +20,7 @@ export class Model {
     this.alarmsKnown = false;
     this.streams = 0; // how many have begun
     this.trouble = null; // what the server said last against a subscription
-    this.listeners = new Set(); // told of each event: {values, gap}
+    this.listeners = new Set(); // told of events: {begin, value, gap, back}
   }
 
   // Rows of the values that are chosen now; those of others are forgotten.
@@ -83,6 +83,7 @@ export class Model {
     this.order = names.map((name) => this.rows.get(keyOf(name)) ?? new Row(name));
     described.forEach((one, i) => this.order[i]?.describe(one));
     for (const plc of this.plcs.values()) plc.confirmed = null;
+    if (event.time < this.clock.heardUntil) this.#goBack(event.time);
     const timely = this.clock.begin(event.time, reading, asked);
     for (const listener of this.listeners) listener.begin?.();
     this.changed();
@@ -92,7 +93,11 @@ export class Model {
   // An event of the stream; false: it is too old to count, and so is what comes with it.
   hear(name, event, reading) {
     const time = event.time ?? this.clock.now(reading);
-    if (name !== "alarm" && !this.clock.hear(time, reading)) return false;
+    const before = this.clock.heardUntil;
+    if (name !== "alarm") {
+      if (!this.clock.hear(time, reading)) return false;
+      if (time - before > SILENCE_LIMIT) this.#breakLines(before);
+    }
     if (name === "values") this.#takeValues(event);
     else if (name === "link") this.#takeLink(event);
     else if (name === "alarm") this.#takeAlarm(event);
@@ -111,6 +116,18 @@ export class Model {
     for (const listener of this.listeners) listener.gap?.(null, last);
     this.clock.lose();
     this.changed();
+  }
+
+  // Nothing was told of the time from `time` to now, as when the server's clock is put forward.
+  #breakLines(time) {
+    for (const row of this.rows.values()) row.trace.gap(time, "not known");
+    for (const listener of this.listeners) listener.gap?.(null, time);
+  }
+
+  // The server's clock was put back to `time`.
+  #goBack(time) {
+    for (const row of this.rows.values()) row.trace.goBack(time);
+    for (const listener of this.listeners) listener.back?.(time);
   }
 
   tellTrouble(text) {

@@ -4,7 +4,7 @@
 // the computer sleeps and may be set, and `steady` (performance.now()), which cannot be set and may
 // stand still in sleep. Of the two the larger lapse counts: doubt makes values old, never fresh.
 
-const SILENCE_LIMIT = 3000; // ms without an event after which nothing is known
+export const SILENCE_LIMIT = 3000; // ms without an event after which nothing is known
 
 // By so much of each lapse two clocks may drift apart; computers' clocks are better.
 const DRIFT = 1e-4;

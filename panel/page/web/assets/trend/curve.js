@@ -28,6 +28,12 @@ export class Curve {
     }
   }
 
+  // The clock was put back to `time`. What was recorded of the time from there on is told when it is asked for anew.
+  goBack(time) {
+    this.recent.goBack(time);
+    this.pastUntil = Math.min(this.pastUntil, time);
+  }
+
   // Stretches of time with the trace that holds there: [{trace, from, to, until}].
   parts(from, to, heardUntil) {
     const parts = [];

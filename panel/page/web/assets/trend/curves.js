@@ -20,6 +20,7 @@ export class Curves {
     this.listener = {
       value: (row, time) => this.#value(row, time),
       gap: (plc, time) => this.#gap(plc, time),
+      back: (time) => this.#goBack(time),
     };
     model.listeners.add(this.listener);
   }
@@ -100,6 +101,12 @@ export class Curves {
     for (const curve of this.all) {
       if (plc === null || curve.plc === plc) curve.recent.gap(time, plc === null ? "not known" : "no link");
     }
+    ++this.version;
+  }
+
+  #goBack(time) {
+    for (const curve of this.all) curve.goBack(time);
+    ++this.#asked; // what is on its way is by the clock before
     ++this.version;
   }
 }

@@ -23,10 +23,10 @@ export class Trace {
     return this.words.at(-1) !== undefined && this.words.at(-1) !== "";
   }
 
+  // What is told later counts later, also where the clock was put back a little meanwhile.
   append(time, number, raw = null, word = "") {
     const last = this.times.length - 1;
-    if (last >= 0 && time < this.times[last]) return; // told before
-    this.times.push(time);
+    this.times.push(last >= 0 ? Math.max(time, this.times[last]) : time);
     this.numbers.push(number);
     this.raw.push(raw);
     this.words.push(word);
@@ -38,7 +38,15 @@ export class Trace {
   gap(time, word = "") {
     const last = this.times.length - 1;
     if (last >= 0 && Number.isNaN(this.numbers[last]) && this.words[last] === word) return;
-    this.append(last >= 0 ? Math.max(time, this.times[last]) : time, NaN, null, word);
+    this.append(time, NaN, null, word);
+  }
+
+  // The clock was put back to `time`, and that time comes a second time: what was told of it before counts no more.
+  goBack(time) {
+    let length = this.length;
+    while (length > 0 && this.times[length - 1] >= time) --length;
+    this.cut(length);
+    this.gap(time, "not known");
   }
 
   // Only the first entries stay.
