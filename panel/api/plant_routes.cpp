@@ -30,7 +30,7 @@ Plant* plantOf(const ApiContext& context, const Request& request, const Responde
     return plant;
 }
 
-void appendPlant(const Plant& plant, QByteArray* json)
+void appendPlant(const Plant& plant, qint64 now, QByteArray* json)
 {
     json->append('{');
     appendMember("name", plant.name(), json);
@@ -39,7 +39,7 @@ void appendPlant(const Plant& plant, QByteArray* json)
     appendMember("address", plant.address(), json);
     appendTruth("readOnly", plant.isReadOnly(), json);
     json->append(",\"link\":{");
-    appendLinkMembers(plant.link(), json);
+    appendLinkMembers(plant.link(), now, json);
     json->append('}');
     appendMember("values", plant.wanted(), json);
     appendMember("passTime", plant.passTime(), json);
@@ -48,13 +48,14 @@ void appendPlant(const Plant& plant, QByteArray* json)
 
 void listPlants(const ApiContext& context, const Request&, const Responder& respond)
 {
+    const qint64 now = context.time();
     QByteArray json = "{";
-    appendMember("time", context.time(), &json);
+    appendMember("time", now, &json);
     json.append(",\"plcs\":[");
     for (const std::unique_ptr<Plant>& plant : *context.plants) {
         if (!json.endsWith('['))
             json.append(',');
-        appendPlant(*plant, &json);
+        appendPlant(*plant, now, &json);
     }
     respond(Response::json(json.append("]}\n")));
 }

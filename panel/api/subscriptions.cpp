@@ -305,10 +305,11 @@ QByteArray Subscriptions::hello(const QString& id, const Content& content) const
 
 QByteArray Subscriptions::linkEvent(const Plant& plant) const
 {
+    const qint64 now = m_time();
     QByteArray data = "{";
-    appendMember("time", m_time(), &data);
+    appendMember("time", now, &data);
     appendMember("plc", plant.name(), &data);
-    appendLinkMembers(plant.link(), &data);
+    appendLinkMembers(plant.link(), now, &data);
     return data.append('}');
 }
 
