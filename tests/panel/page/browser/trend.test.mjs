@@ -4,7 +4,8 @@ import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
 import { readFile } from "node:fs/promises";
 
-import { drawn, follow, inkOf, named, openPage, rowOf, shows, standIn, until, withBrowser } from "./support.mjs";
+import { drawn, follow, inkOf, looksFresh, named, openPage, rowOf, shows, standIn, until, withBrowser } from "./support.mjs";
+import { now, setClock } from "../stand_in/clock.mjs";
 
 let server;
 withBrowser();
@@ -287,6 +288,38 @@ test("a PLC that is away leaves a gap of that time", async () => {
   };
   let fault = "";
   await until(async () => !(fault = await wrong()), () => fault);
+  await page.end();
+});
+
+test("where the server's clock is put back, the line has what the PLC has since, and the table is fresh", async () => {
+  const [written, label] = [server.plants.get("dairy").written, "Plant.interlock"];
+  written.set(label, 7);
+  const page = await openPage(server.address, { hash: `${drawn(label)}&span=60000` });
+  await until(async () => (await inked(page)).length > 90, "the line is drawn");
+  try {
+    written.set(label, 9);
+    setClock(-60000);
+    await shows(page.locator(".legend .number"), "9");
+    // A little before now, which is at the right edge.
+    const { left, top } = await page.locator(".plot .u-over").evaluate((over) => {
+      const box = over.getBoundingClientRect();
+      return { left: box.left + box.width * 0.93, top: box.top + box.height / 2 };
+    });
+    await page.mouse.move(left, top);
+    // Behind what was recorded, which is asked for when the page hears of the server anew.
+    const live = now() + 5000;
+    await until(async () => {
+      await page.mouse.move(left - (Date.now() % 2), top);
+      const [, day, time] = /At (\S+) (\S+)/.exec(await page.locator(".legend-time").textContent()) ?? [];
+      return day !== undefined && Date.parse(`${day}T${time}`) > live;
+    }, "the cursor is in the time since");
+    await shows(page.locator(".legend .number"), "9");
+    await follow(page, named(label));
+    await until(() => looksFresh(rowOf(page, label)), "the value is fresh");
+  } finally {
+    setClock(60000);
+    written.delete(label);
+  }
   await page.end();
 });
 

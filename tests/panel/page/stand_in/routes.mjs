@@ -1,5 +1,6 @@
 // The routes of the stand-in.
 
+import { now } from "./clock.mjs";
 import { historyOf } from "./past.mjs";
 
 const ROOT = "/api/v1";
@@ -24,7 +25,7 @@ export function answer(standIn, request, url, body, response) {
   return route({ standIn, url, body, response, tell, name: second, fields: url.searchParams });
 }
 
-const sessionOf = (standIn) => ({ ...standIn.session, audit: standIn.audit !== null, instance: standIn.instance, time: Date.now() });
+const sessionOf = (standIn) => ({ ...standIn.session, audit: standIn.audit !== null, instance: standIn.instance, time: now() });
 
 const missingLabels = (plant, fields) => fields.getAll("label").filter((label) => !plant.values.has(label));
 
@@ -41,7 +42,7 @@ const ROUTES = {
   },
   "GET plcs": ({ standIn, tell }) =>
     tell(200, {
-      time: Date.now(),
+      time: now(),
       plcs: [...standIn.plants.values()].map(({ name, title, values }) => ({
         name, title, address: "127.0.0.1:1200", readOnly: false, link: standIn.links.get(name), values: values.size, passTime: 40,
       })),
@@ -112,7 +113,7 @@ const ROUTES = {
   "POST alarms/*/acknowledge": ({ standIn, tell, name, body }) => {
     const alarm = standIn.alarms.get(name);
     if (!alarm || alarm.since !== body.since) return tell(409, { error: "That occurrence is over." });
-    standIn.setAlarm({ ...alarm, acknowledgedBy: standIn.session.user ?? "local", acknowledgedAt: Date.now() });
+    standIn.setAlarm({ ...alarm, acknowledgedBy: standIn.session.user ?? "local", acknowledgedAt: now() });
     tell(200, standIn.alarms.get(name));
   },
   "GET audit": ({ standIn, tell, fields }) => {
@@ -129,7 +130,7 @@ const ROUTES = {
     const plant = standIn.plants.get(body.plc);
     await standIn.faults.gate;
     if (standIn.faults.save) return tell(standIn.faults.save, { error: `Fault ${standIn.faults.save}.` });
-    standIn.recipes.set(name, { plc: body.plc, savedAt: Date.now(), values: body.labels.map((label) => ({ label, saved: plant.valueAt(label, Date.now()) })) });
+    standIn.recipes.set(name, { plc: body.plc, savedAt: now(), values: body.labels.map((label) => ({ label, saved: plant.valueAt(label, now()) })) });
     tell(200, { name });
   },
   "DELETE recipes/*": ({ standIn, tell, name }) => tell(standIn.recipes.delete(name) ? 204 : 404),
@@ -137,8 +138,8 @@ const ROUTES = {
     const { plc, values } = standIn.recipes.get(name);
     const plant = standIn.plants.get(plc);
     tell(200, { values: values.map(({ label, saved }) => {
-      const now = plant.valueAt(label, Date.now());
-      return { label, saved, now, equal: now === saved, type: plant.values.get(label).type };
+      const held = plant.valueAt(label, now());
+      return { label, saved, now: held, equal: held === saved, type: plant.values.get(label).type };
     }) });
   },
   "POST recipes/*/restore": ({ standIn, tell, name, response }) => {
@@ -152,7 +153,7 @@ const ROUTES = {
 
 function write(standIn, { id, plc, label, value, old }) {
   const plant = standIn.plants.get(plc);
-  const outcome = { id, plc, label, value, old: old ?? null, status: null, reason: "", time: Date.now() };
+  const outcome = { id, plc, label, value, old: old ?? null, status: null, reason: "", time: now() };
   if (standIn.links.get(plc).state !== "up") return { ...outcome, outcome: "notSent", reason: "The PLC is not connected." };
   if (label.endsWith("interlock")) return { ...outcome, outcome: "refused", status: 3, reason: "The PLC refused it with status 3: the address is not allowed." };
   plant.written.set(label, value);
@@ -162,7 +163,7 @@ function write(standIn, { id, plc, label, value, old }) {
 function restored(standIn, { plc, values }) {
   const plant = standIn.plants.get(plc);
   const report = values.map(({ label, saved }) => {
-    const before = plant.valueAt(label, Date.now());
+    const before = plant.valueAt(label, now());
     const { type } = plant.values.get(label);
     if (before === saved) return { label, type, saved, before, after: null, outcome: "notSent", reason: "the PLC has the saved value", equal: true, verified: true };
     const { outcome, reason } = write(standIn, { plc, label, value: saved });

@@ -6,6 +6,7 @@ import { pathToFileURL } from "node:url";
 
 import { pageFiles } from "../../../../panel/page/page_files.mjs";
 import { answer } from "./routes.mjs";
+import { now } from "./clock.mjs";
 import { plants } from "./plant.mjs";
 import { Streams } from "./streams.mjs";
 
@@ -15,7 +16,7 @@ export class StandIn {
   constructor(packages) {
     this.files = new Map(pageFiles(packages).map((file) => [file.path, file]));
     this.plants = new Map(plants().map((plant) => [plant.name, plant]));
-    this.links = new Map([...this.plants.keys()].map((name) => [name, { state: "up", since: Date.now() - 90000, reason: "" }]));
+    this.links = new Map([...this.plants.keys()].map((name) => [name, { state: "up", since: now() - 90000, reason: "" }]));
     this.session = { user: null, role: "engineer", loginRequired: false, readOnly: false, version: "1.0.0" };
     this.subscriptions = new Map();
     this.streams = new Streams(this);
@@ -53,8 +54,8 @@ export class StandIn {
   }
 
   setLink(plc, state, reason = "") {
-    this.links.set(plc, { state, since: Date.now(), reason });
-    this.streams.tellAll("link", { time: Date.now(), plc, state, since: Date.now(), reason });
+    this.links.set(plc, { state, since: now(), reason });
+    this.streams.tellAll("link", { time: now(), plc, state, since: now(), reason });
   }
 
   setAlarm(alarm) {
@@ -84,8 +85,8 @@ if (process.argv[1] && import.meta.url === pathToFileURL(process.argv[1]).href) 
   const standIn = new StandIn(packages);
   const hour = 3600000;
   const alarm = { plc: "dairy", label: "Plant.tank[1].level", condition: "above 90", value: 92.1, acknowledgedBy: null, acknowledgedAt: null };
-  standIn.setAlarm({ ...alarm, id: "1", text: "Tank 1 is nearly full", state: "active", since: Date.now() - 90000, ended: null });
-  standIn.setAlarm({ ...alarm, id: "2", label: "Plant.running", condition: "is FALSE", text: "The line stands", state: "ended", since: Date.now() - 2 * hour, ended: Date.now() - hour });
+  standIn.setAlarm({ ...alarm, id: "1", text: "Tank 1 is nearly full", state: "active", since: now() - 90000, ended: null });
+  standIn.setAlarm({ ...alarm, id: "2", label: "Plant.running", condition: "is FALSE", text: "The line stands", state: "ended", since: now() - 2 * hour, ended: now() - hour });
   standIn.setAlarm({ ...alarm, id: "3", plc: "store", label: "Store.temperature", condition: "above -18", text: "The cold store is too warm", state: "normal", since: null, ended: null });
   console.log(await standIn.start(Number(port ?? 8090)));
 }

@@ -1,5 +1,7 @@
 // Streams of events of the stand-in: values every second, a tick where nothing has changed.
 
+import { now } from "./clock.mjs";
+
 const INTERVAL = 1000; // ms
 
 export class Streams {
@@ -24,8 +26,8 @@ export class Streams {
     const stream = { response, names, id, last: new Map(), count: 0 };
     this.#open.add(stream);
     response.on("close", () => this.#open.delete(stream));
-    this.#send(stream, "hello", { time: Date.now(), subscription: id, interval: INTERVAL });
-    this.#tellOne(stream, Date.now());
+    this.#send(stream, "hello", { time: now(), subscription: id, interval: INTERVAL });
+    this.#tellOne(stream, now());
   }
 
   tellAll(name, event) {
@@ -34,7 +36,7 @@ export class Streams {
 
   #tell() {
     if (this.standIn.faults.silent) return;
-    const time = Date.now();
+    const time = now();
     for (const stream of this.#open) this.#tellOne(stream, time);
   }
 
