@@ -348,3 +348,81 @@ test("where the server's clock went back, nothing that was told of that time bef
   assert.equal(await loading, null);
   assert.equal(curve.textAt(70, 80).text, "9");
 });
+
+// Curves of one value, at a time that a test sets.
+function liveCurves(ask) {
+  const model = { listeners: new Set(), rows: new Map(), time: 1000000, clock: { now: () => model.time } };
+  const curves = new Curves(model, ask);
+  curves.show([{ plc: "dairy", label: "Plant.level" }]);
+  const tell = (time, number) => {
+    model.time = time;
+    for (const { value } of model.listeners) value({ key: "dairy|Plant.level", quality: "g", number, value: number }, time);
+  };
+  const isDue = (span) => curves.isDue(model.time - span, model.time);
+  return { model, curves, tell, isDue };
+}
+const noChanges = async () => ({ series: [{ plc: "dairy", label: "Plant.level", type: "REAL", kind: "changes", times: [], values: [], qualities: [] }] });
+const DAY = 86400000; // ms
+
+test("the past of a live trend is asked for anew after a quarter of its span, and no minute is too short", async () => {
+  const { model, curves, isDue } = liveCurves(noChanges);
+  assert.equal(isDue(DAY), false);
+  await curves.load(0, model.time);
+  model.time += DAY / 4;
+  assert.equal(isDue(DAY), false);
+  model.time += 1;
+  assert.equal(isDue(DAY), true);
+  await curves.load(0, model.time);
+  model.time += 60000;
+  assert.equal(isDue(60000), false);
+  model.time += 1;
+  assert.equal(isDue(60000), true);
+});
+
+test("before more came live than is kept the past is asked for anew, so that no recorded time is lost", async () => {
+  const { model, curves, tell, isDue } = liveCurves(noChanges);
+  await curves.load(0, model.time);
+  const begin = model.time;
+  let asked = 0;
+  for (let i = 1; i <= 60000; ++i) {
+    tell(begin + i * 500, i);
+    if (!isDue(DAY)) continue;
+    ++asked;
+    await curves.load(model.time - DAY, model.time);
+  }
+  assert.equal(asked, 5); // each 10,000
+  const [curve] = curves.all;
+  assert.ok(curve.recent.times[0] <= curve.pastUntil, `what is kept begins at ${curve.recent.times[0]}, the past ends at ${curve.pastUntil}`);
+});
+
+test("a question for the past that failed is asked again soon, also for a window back in time", async () => {
+  let fails = true;
+  const { model, curves } = liveCurves(async () => {
+    if (fails) throw Object.assign(new Error("broken"), { status: 500 });
+    return noChanges();
+  });
+  const isDue = () => curves.isDue(0, 100000);
+  assert.equal(await curves.load(0, 100000), false);
+  model.time += 5000;
+  assert.equal(isDue(), false);
+  model.time += 1;
+  assert.equal(isDue(), true);
+  fails = false;
+  await curves.load(0, 100000);
+  model.time += DAY;
+  assert.equal(isDue(), false);
+});
+
+test("what has no past is not asked for again and again", async () => {
+  const { model, curves } = liveCurves(async () => { throw Object.assign(new Error("there is no recorder"), { status: 404 }); });
+  await curves.load(0, 100000);
+  model.time += DAY;
+  assert.equal(curves.isDue(0, 100000), false);
+});
+
+test("while the server is not heard nothing is asked for", async () => {
+  const { model, curves } = liveCurves(noChanges);
+  await curves.load(0, model.time);
+  model.time = null;
+  assert.equal(curves.isDue(0, 5000000), false);
+});

@@ -5,7 +5,7 @@ import { formatShort } from "../values/format.js";
 import { drawSteps } from "./step_path.js";
 import { extent, Trace } from "./trace.js";
 
-const LIVE_LIMIT = 20000; // changes
+export const LIVE_LIMIT = 20000; // changes
 
 export class Curve {
   constructor({ plc, label }) {
@@ -45,6 +45,11 @@ export class Curve {
       parts.push({ trace: this.recent, from: Math.max(from, this.pastUntil), to, until: heardUntil });
     }
     return parts;
+  }
+
+  // Changes that came live behind what was recorded. The first ones go when they are more than LIVE_LIMIT.
+  get liveChanges() {
+    return this.recent.length - 1 - this.recent.at(this.pastUntil);
   }
 
   // Least and greatest that are seen in [from, to]; null where nothing is.

@@ -2,10 +2,13 @@
 
 import { keyOf } from "../state/rows.js";
 import { readClocks } from "../state/server_clock.js";
-import { Curve } from "./curve.js";
+import { Curve, LIVE_LIMIT } from "./curve.js";
 import { noteOf, seriesOf, traceOf } from "./history.js";
 
 const POINTS = 4000; // changes that are asked for before aggregates are taken
+const LIVE_TIME = 60000; // ms of a live trend, at least, before the past is asked for anew
+const LIVE_SHARE = 1 / 4; // of the span of time, likewise
+const RETRY = 5000; // ms after a question that failed
 
 export class Curves {
   #asked = 0;
@@ -15,7 +18,8 @@ export class Curves {
     this.ask = ask;
     this.curves = new Map();
     this.error = "";
-    this.loaded = null; // {from, to}: what was asked for last
+    this.loaded = null; // {from, to, at}: what was asked for last, and when
+    this.hasFailed = false; // what was asked for last
     this.version = 0; // counts what changes the picture
     this.listener = {
       value: (row, time) => this.#value(row, time),
@@ -71,14 +75,27 @@ export class Curves {
     const now = this.model.clock.now(readClocks()) ?? to;
     const until = Math.min(to, now);
     this.loaded = { from, to, at: now };
+    this.hasFailed = false;
     const answers = await Promise.all([...byPlc].map(([plc, label]) =>
       pastOf({ plc, label, from: Math.floor(from), to: Math.ceil(until), points: POINTS }, this.ask)));
     if (asked !== this.#asked) return null;
     ++this.version;
     const failure = answers.find(({ error }) => error && error.status !== 404);
+    this.hasFailed = failure !== undefined;
     this.error = failure ? `What was recorded is not known: ${failure.error.message}` : reasonOfNothing(answers);
     if (this.error === "") for (const one of answers.flatMap(({ series }) => series)) this.#takePast(one, until);
     return !failure;
+  }
+
+  // Whether the past of the window is to be asked for anew: where that failed, and now and then in a live
+  // trend, before what came live is more than is kept.
+  isDue(from, to) {
+    const now = this.model.clock.now(readClocks());
+    if (!this.loaded || this.all.length === 0 || now === null) return false;
+    const age = now - this.loaded.at;
+    if (this.hasFailed) return age > RETRY;
+    if (to <= this.loaded.to || age <= LIVE_TIME) return false;
+    return age > LIVE_SHARE * (to - from) || this.all.some((curve) => curve.liveChanges > LIVE_LIMIT / 2);
   }
 
   #takePast(series, until) {

@@ -83,7 +83,7 @@ function keepDrawn(panel, curves, plot, window) {
   let frame = requestAnimationFrame(function draw() {
     frame = requestAnimationFrame(draw);
     const { from, to } = window();
-    reload(curves, window);
+    if (curves.isDue(from, to)) load(curves, window);
     const last = plot.drawn;
     const pixels = last ? ((to - last.to) / (to - from)) * plot.width : Infinity;
     const moved = !last || Math.abs(pixels) >= 1 || Math.abs(to - from - (last.to - last.from)) > 1;
@@ -95,13 +95,6 @@ function keepDrawn(panel, curves, plot, window) {
     plot.drawn = { from, to, version: curves.version, heard: panel.model.clock.heardUntil, axes: panel.axes, size: plot.plot.width, at: performance.now() };
   });
   return () => cancelAnimationFrame(frame);
-}
-
-// The live part grows; now and then the past is asked for anew, so that it stays short.
-function reload(curves, window) {
-  const { from, to } = window();
-  if (!curves.loaded || curves.all.length === 0) return;
-  if (to - curves.loaded.at > Math.max(60000, (to - from) / 4) && to > curves.loaded.to) load(curves, window);
 }
 
 function followStyle(plot) {
