@@ -118,6 +118,34 @@ test("aggregates have mean, least and greatest, and gaps where nothing is known"
   assert.deepEqual(extent(trace, 0, 20), { least: 1, most: 9 });
 });
 
+function meanOf(type, mean, least, most) {
+  const curve = new Curve({ plc: "dairy", label: "Plant.level" });
+  curve.type = type;
+  curve.takePast(traceOfSeries(series({
+    type, kind: "aggregates", step: 10, times: [0], mean: [mean], minimum: [least], maximum: [most], coverage: [1], qualities: ["g"],
+  })), 10);
+  return curve;
+}
+
+test("the cursor has least and greatest of a mean with all of their digits, as the table writes them", () => {
+  const textOf = (...one) => meanOf(...one).textAt(5, 10).text;
+  assert.equal(textOf("LINT", -9007199254740990, "-9007199254740993", "-9007199254740989"), "-9.00719925474099e+15 (-9007199254740993 … -9007199254740989)");
+  assert.equal(textOf("ULINT", 18446744073709551615, "18446744073709551614", "18446744073709551615"), "1.8446744073709552e+19 (18446744073709551614 … 18446744073709551615)");
+  assert.equal(textOf("REAL", 0.15000000223517418, 0.10000000149011612, 0.20000000298023224), "0.15 (0.1 … 0.2)");
+  assert.equal(textOf("REAL", 1234567.125, 1234567, 1234567.25), "1234567.125 (1234567 … 1234567.25)");
+  assert.equal(textOf("LREAL", 1 / 3, 0.1, 0.7000000000000001), "0.333333 (0.1 … 0.7000000000000001)");
+  assert.equal(textOf("TIME", 90000.4, 90000, 90001), "T#1m30s (T#1m30s … T#1m30s1ms)");
+  assert.equal(textOf("BOOL", 0.25, false, true), "0.25 (FALSE … TRUE)");
+  assert.equal(textOf("WORD", 127.5, 0, 255), "127.5 (16#0000 … 16#00FF)");
+  assert.equal(textOf("INT", 0, 0, 0), "0 (0 … 0)");
+});
+
+test("the CSV has least and greatest of a mean with all of their digits", () => {
+  const lineOf = (...one) => csvOf([meanOf(...one)], { from: 0, to: 9 }, 10).split("\r\n")[1].split(",").slice(3, 7).join();
+  assert.equal(lineOf("LINT", -9007199254740990, "-9007199254740993", "-9007199254740989"), "-9007199254740990,-9007199254740993,-9007199254740989,mean");
+  assert.equal(lineOf("BOOL", 0.25, false, true), "0.25,false,true,mean");
+});
+
 function partlyKnown() {
   const curve = new Curve({ plc: "dairy", label: "Plant.level" });
   curve.type = "REAL";

@@ -1,11 +1,15 @@
 // One value in the trend: what was recorded of it, as far as that was asked for, and what came live
 // since.
 
-import { formatShort } from "../values/format.js";
+import { formatDuration } from "../values/duration.js";
+import { formatShort, formatValue } from "../values/format.js";
 import { drawSteps } from "./step_path.js";
 import { extent, Trace } from "./trace.js";
+import { typeOf } from "../values/types.js";
 
 export const LIVE_LIMIT = 20000; // changes
+const MEAN_DIGITS = 6;
+const MOST_DIGITS = 17; // of a double
 
 export class Curve {
   constructor({ plc, label }) {
@@ -91,7 +95,7 @@ export class Curve {
     const i = trace.at(time);
     if (i < 0 || (trace === this.recent && time > heardUntil)) return { text: "—", word: "not known" };
     if (trace.words[i]) return { text: "—", word: trace.words[i] };
-    if (trace.low) return { text: aggregateText(trace, i), word: meanWord(trace, i) };
+    if (trace.low) return { text: aggregateText(trace, i, this.type), word: meanWord(trace, i) };
     return { text: formatShort(trace.raw[i], this.type), word: "" };
   }
 }
@@ -103,8 +107,15 @@ function meanWord(trace, i) {
   return `mean of ${percent < 1 ? "less than 1" : percent} % of the time, else ${trace.rests[i]}`;
 }
 
-const rounded = (number) => String(Number(number.toPrecision(6)));
+// Least and greatest as they were, and the mean with digits enough to tell where between them it is.
+function aggregateText(trace, i, type) {
+  const { least, most } = trace.raw[i];
+  return `${meanText(trace.numbers[i], trace.low[i], trace.high[i], type)} (${formatShort(least, type)} … ${formatShort(most, type)})`;
+}
 
-function aggregateText(trace, i) {
-  return `${rounded(trace.numbers[i])} (${rounded(trace.low[i])} … ${rounded(trace.high[i])})`;
+function meanText(mean, low, high, type) {
+  const size = Math.max(Math.abs(low), Math.abs(high));
+  const more = high > low && size > 0 ? Math.ceil(Math.log10(size) - Math.log10(high - low)) : 0;
+  const number = Number(mean.toPrecision(Math.min(MOST_DIGITS, MEAN_DIGITS + Math.max(0, more))));
+  return typeOf(type).form === "duration" ? formatDuration(Math.round(number)) : formatValue(number, "LREAL");
 }

@@ -36,7 +36,10 @@ function curveLines(curve, from, to, heardUntil) {
 
 function cellsOf(trace, i, type) {
   if (trace.words[i]) return ["", "", "", trace.words[i], "", ""];
-  if (trace.low) return [trace.numbers[i], trace.low[i], trace.high[i], "mean", trace.coverage[i], trace.rests[i]];
+  if (trace.low) {
+    const { least, most } = trace.raw[i];
+    return [trace.numbers[i], plainText(least, type), plainText(most, type), "mean", trace.coverage[i], trace.rests[i]];
+  }
   return [plainText(trace.raw[i], type), "", "", "good", "", ""];
 }
 

@@ -52,8 +52,8 @@ function gapWord({ plc, others = [], recordedOf = [], ...series }) {
 }
 
 // A trace of one series of an answer. Changes keep what was recorded; aggregates have a mean, the least and
-// greatest in `low` and `high`, and in `coverage` and `rests` of which part of the time that is and what was
-// in the rest of it. `end`: see below.
+// greatest as numbers in `low` and `high` and as they were sent in `raw`, and in `coverage` and `rests` of which
+// part of the time that is and what was in the rest of it. `end`: see below.
 export function traceOf(series) {
   if (series.isMissing) return new Trace(Infinity);
   const gap = gapWord(series);
@@ -85,9 +85,10 @@ function aggregateTrace({ step, times, mean, minimum, maximum, coverage, qualiti
   Object.assign(trace, { step, low: [], high: [], coverage, rests });
   times.forEach((time, i) => {
     const known = typeof mean[i] === "number";
-    trace.append(time, known ? mean[i] : NaN, null, known ? "" : rests[i]);
-    trace.low.push(known ? asNumber(minimum[i]) : NaN);
-    trace.high.push(known ? asNumber(maximum[i]) : NaN);
+    const [least, most] = known ? [minimum[i], maximum[i]] : [null, null];
+    trace.append(time, known ? mean[i] : NaN, known ? { least, most } : null, known ? "" : rests[i]);
+    trace.low.push(asNumber(least));
+    trace.high.push(asNumber(most));
   });
   return trace;
 }
