@@ -132,12 +132,13 @@ test("the cursor has least and greatest of a mean with all of their digits, as t
   assert.equal(textOf("LINT", -9007199254740990, "-9007199254740993", "-9007199254740989"), "-9.00719925474099e+15 (-9007199254740993 … -9007199254740989)");
   assert.equal(textOf("ULINT", 18446744073709551615, "18446744073709551614", "18446744073709551615"), "1.8446744073709552e+19 (18446744073709551614 … 18446744073709551615)");
   assert.equal(textOf("REAL", 0.15000000223517418, 0.10000000149011612, 0.20000000298023224), "0.15 (0.1 … 0.2)");
-  assert.equal(textOf("REAL", 1234567.125, 1234567, 1234567.25), "1234567.125 (1234567 … 1234567.25)");
+  assert.equal(textOf("REAL", 1234567.25, 1234567, 1234567.5), "1234567.25 (1234567 … 1234567.5)");
   assert.equal(textOf("LREAL", 1 / 3, 0.1, 0.7000000000000001), "0.333333 (0.1 … 0.7000000000000001)");
   assert.equal(textOf("TIME", 90000.4, 90000, 90001), "T#1m30s (T#1m30s … T#1m30s1ms)");
   assert.equal(textOf("BOOL", 0.25, false, true), "0.25 (FALSE … TRUE)");
   assert.equal(textOf("WORD", 127.5, 0, 255), "127.5 (16#0000 … 16#00FF)");
-  assert.equal(textOf("INT", 0, 0, 0), "0 (0 … 0)");
+  assert.equal(textOf("INT", 0, 0, 0), "0");
+  assert.equal(textOf("REAL", 0.10000000149011612, 0.10000000149011612, 0.10000000149011612), "0.1");
 });
 
 test("the CSV has least and greatest of a mean with all of their digits", () => {

@@ -110,12 +110,14 @@ function meanWord(trace, i) {
 // Least and greatest as they were, and the mean with digits enough to tell where between them it is.
 function aggregateText(trace, i, type) {
   const { least, most } = trace.raw[i];
+  if (least === most) return formatShort(least, type);
   return `${meanText(trace.numbers[i], trace.low[i], trace.high[i], type)} (${formatShort(least, type)} … ${formatShort(most, type)})`;
 }
 
 function meanText(mean, low, high, type) {
   const size = Math.max(Math.abs(low), Math.abs(high));
-  const more = high > low && size > 0 ? Math.ceil(Math.log10(size) - Math.log10(high - low)) : 0;
-  const number = Number(mean.toPrecision(Math.min(MOST_DIGITS, MEAN_DIGITS + Math.max(0, more))));
+  // Infinitely many where the two differ behind the digits of a double.
+  const more = Math.max(0, Math.floor(Math.log10(size) - Math.log10(high - low)));
+  const number = Number(mean.toPrecision(Math.min(MOST_DIGITS, MEAN_DIGITS + more)));
   return typeOf(type).form === "duration" ? formatDuration(Math.round(number)) : formatValue(number, "LREAL");
 }
