@@ -22,7 +22,7 @@ export class StandIn {
     this.streams = new Streams(this);
     this.writes = new Map();
     this.sent = []; // bodies of the writes that came
-    this.faults = { losesAnswer: false, delay: 0, gate: null, silent: false, save: null, restore: null, history: null, bad: new Set(), stale: new Set() };
+    this.faults = { losesAnswer: false, delay: 0, gate: null, silent: false, save: null, restore: null, history: null, bad: new Set(), stale: new Set(), staleFor: 10000 };
     this.alarms = new Map();
     this.recorded = null; // occurrences of the history; null: those of the alarms that have ended
     this.audit = null; // lines; null: there is none

@@ -63,7 +63,7 @@ export class Streams {
     if (this.standIn.faults.bad.has(label)) return [null, "b", null];
     const link = this.standIn.links.get(plc);
     if (link.state !== "up") return [plant.valueAt(label, link.since), "s", link.since];
-    if (this.standIn.faults.stale.has(label)) return [plant.valueAt(label, 0), "s", time - 10000];
+    if (this.standIn.faults.stale.has(label)) return [plant.valueAt(label, 0), "s", time - this.standIn.faults.staleFor];
     return [plant.valueAt(label, time), "g", time];
   }
 

@@ -21,14 +21,14 @@ export function ValueRow({ panel, row, now, index, focusable, onFocus }) {
   return html`<div class=${`row value is-${mark}`} role="row" data-key=${row.key} aria-rowindex=${index} tabindex=${focusable ? 0 : -1}
       onFocus=${onFocus} onDblClick=${() => startWrite(panel, row)}>
     <div role="gridcell" class="cell cell-label" title=${[row.label, row.type, row.description, row.error].filter(Boolean).join("\n")}>
-      <span class="name">${named && html`<span class="plc">${row.plc} </span>`}${breakable(row.label)}</span>
+      <span class=${`name${sizeOfLabel(row.label)}`} data-whole><span>${named && html`<span class="plc">${row.plc} </span>`}${breakable(row.label)}</span></span>
       ${row.description && html`<span class="description">${row.description}</span>`}
     </div>
     <${ValueCell} row=${row} fresh=${fresh} />
-    <div role="gridcell" class="cell cell-unit">${row.unit}</div>
+    <div role="gridcell" class="cell cell-unit" data-whole title=${row.unit}><span>${breakable(row.unit)}</span></div>
     <div role="gridcell" class="cell cell-trend" title="The last minute">${isDrawn(row.type) && html`<${Sparkline} trace=${row.trace} now=${now} fresh=${fresh} />`}</div>
-    <div role="gridcell" class="cell cell-age">${ageText(panel.age(row))}</div>
-    <div role="gridcell" class="cell cell-mark"><${Mark} mark=${mark} /></div>
+    <div role="gridcell" class="cell cell-age" data-whole><span>${ageText(panel.age(row))}</span></div>
+    <div role="gridcell" class="cell cell-mark" data-whole><${Mark} mark=${mark} /></div>
     <${ExtremeCell} name="minimum" row=${row} value=${row.minimum} />
     <${ExtremeCell} name="maximum" row=${row} value=${row.maximum} />
     <div role="gridcell" class="cell cell-actions"><${Actions} panel=${panel} row=${row} /></div>
@@ -49,20 +49,22 @@ function sizeOf(text, type) {
   return `number ${size}`.trim();
 }
 
-// A label may go on in the next line before each of its parts.
-const breakable = (label) => label.split(/(?=[.[])/).map((part) => html`${part}<wbr />`);
+// A label may go on in the next line before each of its parts, a unit after "/".
+const breakable = (text) => text.split(/(?=[.[])|(?<=\/)/).map((part) => html`${part}<wbr />`);
+
+const sizeOfLabel = (label) => (label.length > 40 ? " longest" : label.length > 24 ? " long" : "");
 
 function ExtremeCell({ name, row, value }) {
   const text = value === null ? "" : formatShort(value, row.type);
   const title = `${text}\nsince ${timeText(row.since)}`;
-  return html`<div role="gridcell" class=${`cell cell-${name}${text.length > 9 ? " long" : text.length > 7 ? " middling" : ""}`} title=${title}>${text}</div>`;
+  return html`<div role="gridcell" class=${`cell cell-${name}`} data-whole title=${title}><span class=${sizeOf(text, row.type)}>${text}</span></div>`;
 }
 
 function ValueCell({ row, fresh }) {
   const text = formatValue(row.value, row.type);
   const [, main, beside] = /^(16#\S+) (\(\d+\))$/.exec(text) ?? [null, text, ""];
   const size = sizeOf(main, row.type);
-  return html`<div role="gridcell" class="cell cell-value" title=${text}>
+  return html`<div role="gridcell" class=${typeOf(row.type).form === "text" ? "cell cell-value is-text" : "cell cell-value"} data-whole title=${text}>
     ${fresh ? html`<span class=${size}>${main}</span>` : html`<s class=${size}>${main}</s>`}
     ${beside && html` <span class=${widthOf(main + beside) > LONG ? "beside below" : "beside"}>${beside}</span>`}
   </div>`;

@@ -2,6 +2,7 @@
 
 import { arrange } from "../state/arrangement.js";
 import { html, useEffect, useLayoutEffect, useRef, useState } from "../html.js";
+import { markCut } from "../parts/whole.js";
 import { TableTools } from "./table_tools.js";
 import { ValueRow, GroupRow } from "./value_row.js";
 import { startWrite } from "./write_dialog.js";
@@ -28,6 +29,7 @@ export function ValuesTable({ panel }) {
   const shown = lines.filter((line) => line.row);
   const focus = useRowFocus(scroller, place, lines, shown);
   const press = (event) => pressKey(event, panel, place, shown, focus);
+  useLayoutEffect(() => markCut(scroller.current));
   return html`<section class="table" aria-label="Chosen values">
     <${TableTools} panel=${panel} rows=${rows} shown=${shown.length} />
     <div class="grid" role="grid" aria-rowcount=${lines.length + 1} ref=${scroller} onKeyDown=${press}>
