@@ -31,6 +31,20 @@ test("values are ordered exactly, also where numbers of JavaScript are equal", (
   assert.deepEqual(shown({ group: "none", sort: "value", descending: true }), ["Plant.tank[2].level", "Totals.packs", "Plant.tank[10].level", "Store.door"]);
 });
 
+test("what is not known comes last in both directions, and what is equal keeps its order", () => {
+  const some = [row("a", "never", null, "unread", null), row("a", "first", 1, "fresh", 5), row("a", "second", 1, "fresh", 5), row("a", "less", 0, "fresh", 2), row("a", "refused", null, "bad", null)];
+  const order = (view) => arrange(some, { ...emptyView(), group: "none", ...view }, judge).map((line) => line.row.label);
+  for (const sort of ["value", "age"]) {
+    assert.deepEqual(order({ sort }), ["less", "first", "second", "never", "refused"]);
+    assert.deepEqual(order({ sort, descending: true }), ["first", "second", "less", "never", "refused"]);
+  }
+  assert.deepEqual(order({ sort: "mark", descending: true }), ["first", "second", "less", "never", "refused"]);
+});
+
+test("groups by quality are called as the rows are marked", () => {
+  assert.deepEqual(shown({ group: "mark" }).filter((text) => !text.includes(".")), ["good", "stale", "no link"]);
+});
+
 test("what needs attention comes first in the order of quality", () => {
   assert.deepEqual(shown({ group: "none", sort: "mark" }).slice(0, 2), ["Store.door", "Plant.tank[2].level"]);
 });

@@ -1,6 +1,7 @@
 // Rows of the table in the order and the groups in which they are shown.
 
 import { compareValues } from "../values/number.js";
+import { wordOf } from "./freshness.js";
 
 const MARK_ORDER = ["wrong", "unknown", "lost", "bad", "stale", "unread", "fresh"];
 const naturally = new Intl.Collator("en", { numeric: true }).compare;
@@ -18,17 +19,22 @@ export function filtered(rows, filter) {
   });
 }
 
-// In the order of `sort`; rows that are equal in it stay in the order in which they were chosen.
+// In the order of `sort`, or its reverse; what is not known comes last in both. Rows that are equal in it stay in
+// the order in which they were chosen.
 export function sorted(rows, { sort, descending }, { mark, age }) {
   const orders = {
-    chosen: () => 0,
-    label: (a, b) => naturally(a.label, b.label) || naturally(a.plc, b.plc),
-    value: (a, b) => (a.value === null) - (b.value === null) || compareValues(a.value, b.value),
-    age: (a, b) => (age(a) ?? Infinity) - (age(b) ?? Infinity) || 0,
-    mark: (a, b) => MARK_ORDER.indexOf(mark(a)) - MARK_ORDER.indexOf(mark(b)),
+    label: [(row) => row, (a, b) => naturally(a.label, b.label) || naturally(a.plc, b.plc)],
+    value: [(row) => row.value, compareValues],
+    age: [age, (a, b) => a - b],
+    mark: [(row) => MARK_ORDER.indexOf(mark(row)), (a, b) => a - b],
   };
-  const result = [...rows].sort(orders[sort] ?? orders.chosen);
-  return descending ? result.reverse() : result;
+  if (!orders[sort]) return rows;
+  const [keyOf, compare] = orders[sort];
+  const sign = descending ? -1 : 1;
+  return rows
+    .map((row) => ({ row, key: keyOf(row) ?? null }))
+    .sort((a, b) => (a.key === null) - (b.key === null) || (a.key !== null && sign * compare(a.key, b.key)))
+    .map(({ row }) => row);
 }
 
 // [{title, rows}]; one group without a title where nothing is grouped.
@@ -36,7 +42,7 @@ export function grouped(rows, group, mark) {
   const titles = {
     plc: (row) => row.plc,
     scope: (row) => `${row.plc} · ${scopeOf(row.label)}`,
-    mark: (row) => mark(row),
+    mark: (row) => wordOf(mark(row)),
   };
   if (!titles[group]) return rows.length ? [{ title: "", rows }] : [];
   const groups = new Map();

@@ -12,6 +12,9 @@ export const MARKS = {
   wrong: { word: "no such value", text: "the PLC's project has no such label" },
 };
 
+// What stands beside a value with this mark.
+export const wordOf = (mark) => MARKS[mark].word || "good";
+
 // The mark of a value. `heard`: events of the server arrive; `link`: {state, since} of its PLC;
 // `quality`: "g", "s", "b", LOST, or null while nothing was told; `confirmed`: as confirmedAt() has it.
 export function markOf({ heard, link, quality, time, confirmed, error }) {
