@@ -3,7 +3,7 @@
 import assert from "node:assert/strict";
 import { after, afterEach, before, test } from "node:test";
 
-import { named, openPage, rowOf, shows, standIn, until, withBrowser } from "./support.mjs";
+import { drawn, follow, named, openPage, rowOf, shows, standIn, until, withBrowser } from "./support.mjs";
 
 const SIZES = { desktop: [1280, 800], panel: [800, 480], phone: [390, 844], "small phone": [360, 740] };
 
@@ -95,6 +95,103 @@ for (const [name, [width, height]] of Object.entries(SIZES)) {
     await page.end();
   });
 }
+
+// Words of the places that stand in more than one line or reach out of what they stand in.
+function brokenWords(selector) {
+  const found = [];
+  for (const place of document.querySelectorAll(selector)) {
+    const frame = place.getBoundingClientRect();
+    const walker = document.createTreeWalker(place, NodeFilter.SHOW_TEXT);
+    while (walker.nextNode()) {
+      for (const { 0: word, index } of walker.currentNode.data.matchAll(/\S{1,24}(?!\S)/g)) {
+        if (/\S/.test(walker.currentNode.data[index - 1] ?? " ")) continue; // a longer one
+        const range = document.createRange();
+        range.setStart(walker.currentNode, index);
+        range.setEnd(walker.currentNode, index + word.length);
+        const { left, right } = range.getBoundingClientRect();
+        const lines = new Set([...range.getClientRects()].map(({ top }) => Math.round(top))).size;
+        if (lines > 1 || left < frame.left - 1 || right > frame.right + 1) found.push(`${word} in ${lines} lines, ${Math.round(left)} to ${Math.round(right)} in ${Math.round(frame.left)} to ${Math.round(frame.right)}`);
+      }
+    }
+  }
+  return found;
+}
+
+const LINE = { time: "2026-11-22T16:04:30.600Z", action: "write", phase: "outcome", user: "erna", address: "10.1.2.3", plc: "dairy", label: "Plant.tank[1].setpoint", outcome: "refused", reason: "refused: the PLC's status 0x0031: it may not have this address" };
+const audited = (old, seen, next) => JSON.stringify({ ...LINE, old, seen, new: next });
+
+for (const [name, [width, height]] of Object.entries(SIZES)) {
+  test(`numbers in lists and in the legend are not broken on a ${name}`, async () => {
+    write("Totals.energyBalance", "-9223372036854775808");
+    write("Totals.serial", "18446744073709551615");
+    write("Plant.tank[1].setpoint", Math.fround(-3.4028235e38));
+    write("store|Store.limit", -1.7976931348623157e308);
+    const saved = [["Totals.energyBalance", "-9223372036854775807"], ["Totals.serial", "18446744073709551614"], ["Plant.tank[1].setpoint", 7]];
+    server.recipes.set("Evening", { plc: "dairy", savedAt: 1700000000000, values: saved.map(([label, value]) => ({ label, saved: value })) });
+    server.session.audit = true;
+    server.audit = [audited("-497769", "-497769", "-497770"), audited("-1.7976931348623157e+308", "-9223372036854775808", "16#FFFFFFFFFFFFFFFF (18446744073709551615)"), audited("C".repeat(90), "a", "b")];
+    const page = await openPage(server.address, { width, height, hash: "#audit" });
+    await shows(page.locator("td[data-name=Old]").last(), "-497769");
+    assert.deepEqual(await page.evaluate(brokenWords, ".list td:not([data-name=Outcome], [data-name=Label])"), []);
+    await follow(page, "#recipes");
+    await page.click("text=Compare");
+    await shows(page.locator("[data-name='In the PLC']"), "-9223372036854775808");
+    assert.deepEqual(await page.evaluate(brokenWords, ".result td[data-name]"), []);
+    await page.click("text=Restore …");
+    await page.click("dialog .primary");
+    await shows(page.locator("[data-name=Before]"), "-9223372036854775808");
+    assert.deepEqual(await page.evaluate(brokenWords, ".result td[data-name]"), []);
+    await follow(page, drawn("store|Store.limit", "Totals.energyBalance", "Totals.serial", "Plant.lineSpeed"));
+    await shows(page.locator(".legend-value .number"), "-1.7976931348623157e+308");
+    await shows(page.locator(".legend-mark").last(), "● good");
+    assert.deepEqual(await page.evaluate(brokenWords, ".legend-value, .legend-mark, .legend-label"), []);
+    const places = await page.locator(".legend li").first().locator("> *").evaluateAll((all) => all.map((one) => one.getBoundingClientRect()));
+    for (const a of places) {
+      for (const b of places) assert.ok(a === b || a.right <= b.left + 1 || b.right <= a.left + 1 || a.bottom <= b.top + 1 || b.bottom <= a.top + 1, JSON.stringify([a, b]));
+    }
+    await page.end();
+  });
+}
+
+test("spaces in texts of the PLC are all shown", async () => {
+  const text = "a  b   c";
+  write("Totals.note", text);
+  server.recipes.clear();
+  server.recipes.set("Spaces", { plc: "dairy", savedAt: 1700000000000, values: [{ label: "Totals.note", saved: "a b  c" }] });
+  server.session.audit = true;
+  server.audit = [audited(text, "a  b", "a\nb   c")];
+  server.setAlarm({ id: "7", plc: "dairy", label: "Totals.note", text: "The note", condition: `is '${text}'`, state: "active", since: Date.now(), ended: null, value: text, acknowledgedBy: null, acknowledgedAt: null });
+  const page = await openPage(server.address, { hash: named("Totals.note") });
+  const reads = async (selector, expected) => until(async () => (await page.locator(selector).first().innerText().catch(() => "")).includes(expected), `${selector}: ${expected}`);
+  await reads(".row.value .cell-value", text);
+  await rowOf(page, "Totals.note").focus();
+  await page.keyboard.press("Enter");
+  await reads("dialog .old", text);
+  await page.fill("#new-value", "d  e");
+  await page.keyboard.press("Enter");
+  await reads(".change .old", text);
+  await reads(".change .new", "d  e");
+  await page.click("dialog button.danger");
+  await shows(page.locator(".outcome strong"), "done");
+  await reads("dialog dl", "d  e");
+  await page.keyboard.press("Escape");
+  write("Totals.note", text);
+  await follow(page, "#audit");
+  await reads("td[data-name=Old]", text);
+  await reads("td[data-name=New]", "b   c");
+  await follow(page, "#alarms");
+  await reads(".alarm .note", text);
+  await follow(page, "#recipes");
+  await page.click("text=Compare");
+  await reads("td[data-name=Saved] >> nth=1", "a b  c");
+  await reads("td[data-name='In the PLC']", text);
+  await page.click("text=Restore …");
+  await page.click("dialog .primary");
+  await reads("td[data-name=Before]", text);
+  await reads("td[data-name=After]", "a b  c");
+  server.alarms.clear();
+  await page.end();
+});
 
 test("what fits nowhere is a mark instead of a part of it", async () => {
   const page = await openPage(server.address, { width: 800, height: 480, hash: WIDE });

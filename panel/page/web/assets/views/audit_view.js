@@ -3,6 +3,7 @@
 import { ask, query } from "../server/api.js";
 import { html, useEffect, useRef, useState } from "../html.js";
 import { lineOf, PAGE, pageBefore, placeOf } from "../state/audit_lines.js";
+import { ValueCell } from "../parts/value_cell.js";
 import { timeText } from "../state/ages.js";
 
 const PATIENCE = 60000; // ms: the server looks through the whole file
@@ -71,7 +72,7 @@ function Line({ line, columns }) {
   if (line.note) return html`<tr><td>${timeText(line.time)}</td><td colspan=${columns.length + 1} class="note">${line.note}</td></tr>`;
   return html`<tr class=${`outcome-${line.outcome}`}>
     <td>${timeText(line.time)}</td>
-    ${columns.map(([title, textOf]) => html`<td key=${title} data-name=${title}>${textOf(line) || "—"}</td>`)}
+    ${columns.map(([title, textOf]) => html`<${ValueCell} key=${title} name=${title} text=${textOf(line) || "—"} />`)}
     <td data-name="Outcome"><span class="state">${line.word}</span>${line.reason && html`<div class="note">${line.reason}</div>`}</td>
   </tr>`;
 }

@@ -3,6 +3,7 @@
 import { formatValue } from "../values/format.js";
 import { get } from "../server/api.js";
 import { html, useEffect, useState } from "../html.js";
+import { ValueCell } from "../parts/value_cell.js";
 import { reportText, restoredWord } from "../state/recipe_result.js";
 import { ageText, timeText } from "../state/ages.js";
 
@@ -93,7 +94,7 @@ function Comparison({ values, age }) {
   return html`<p class="summary" role="status">${different} of ${values.length} differ${unknown ? `, ${unknown} not known` : ""}.</p>
     <table class="list"><thead><tr><th>Label</th><th>Saved</th><th>In the PLC</th><th>Age</th><th></th></tr></thead>
     <tbody>${values.map(({ label, saved, now, equal, reason, type }) => html`<tr key=${label} class=${`equal-${equal}`}>
-      <td>${label}</td><td data-name="Saved">${formatValue(saved, type)}</td><td data-name="In the PLC">${formatValue(now, type)}</td>
+      <td>${label}</td><${ValueCell} name="Saved" text=${formatValue(saved, type)} /><${ValueCell} name="In the PLC" text=${formatValue(now, type)} />
       <td data-name="Age">${now === null ? "—" : ageText(age)}</td>
       <td><span class="state">${EQUAL_WORDS[equal]}</span>${reason && html`<div class="note">${reason}</div>`}</td>
     </tr>`)}</tbody></table>`;
@@ -111,7 +112,7 @@ function Restored({ value }) {
   const { label, before, saved, after, reason, verified, type } = value;
   const { name, word } = restoredWord(value);
   return html`<tr class=${`outcome-${name}`}>
-      <td>${label}</td><td data-name="Before">${formatValue(before, type)}</td><td data-name="Saved">${formatValue(saved, type)}</td><td data-name="After">${formatValue(after, type)}</td>
+      <td>${label}</td><${ValueCell} name="Before" text=${formatValue(before, type)} /><${ValueCell} name="Saved" text=${formatValue(saved, type)} /><${ValueCell} name="After" text=${formatValue(after, type)} />
       <td><span class="state">${word}</span> ${name === "equal" ? "" : VERIFIED_WORDS[verified]}<div class="note">${reason}</div></td>
     </tr>`;
 }

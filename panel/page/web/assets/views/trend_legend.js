@@ -36,16 +36,18 @@ function Line({ panel, one, index, curve, cursor }) {
   </li>`;
 }
 
+const sizeOf = (text) => (text.length > 14 ? "number long" : "number");
+
 function Reading({ panel, row, curve, cursor }) {
   const unit = row?.unit || curve?.unit || "";
   if (cursor !== null && curve) {
     const { text, word } = curve.textAt(cursor, panel.model.clock.heardUntil);
-    return html`<span class="legend-value"><span class="number">${text}</span> <span class="unit">${unit}</span></span>
+    return html`<span class="legend-value"><span class=${sizeOf(text)}>${text}</span> <span class="unit">${unit}</span></span>
       <span class="legend-mark note">${word}</span>`;
   }
   if (!row) return html`<span class="legend-value">—</span><span class="legend-mark" />`;
   const mark = panel.mark(row);
   const text = formatShort(row.value, row.type);
-  return html`<span class="legend-value">${mark === "fresh" ? html`<span class="number">${text}</span>` : html`<s class="number">${text}</s>`} <span class="unit">${unit}</span></span>
+  return html`<span class="legend-value">${mark === "fresh" ? html`<span class=${sizeOf(text)}>${text}</span>` : html`<s class=${sizeOf(text)}>${text}</s>`} <span class="unit">${unit}</span></span>
     <span class="legend-mark"><${Mark} mark=${mark} /></span>`;
 }
