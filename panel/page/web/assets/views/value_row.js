@@ -43,10 +43,9 @@ const SIZES = [[21, "longest"], [17, "longer"], [LONG, "long"]];
 const widthOf = (text) => [...text].reduce((sum, sign) => sum + (/[A-Z#m]/.test(sign) ? 1.35 : /[-.:]/.test(sign) ? 0.6 : 1), 0);
 
 function sizeOf(text, type) {
-  if (typeOf(type).form === "text") return "number text";
+  if (typeOf(type).form === "text") return "text";
   const width = widthOf(text);
-  const [, size] = SIZES.find(([most]) => width > most) ?? [0, ""];
-  return `number ${size}`.trim();
+  return SIZES.find(([most]) => width > most)?.[1] ?? "";
 }
 
 // A label may go on in the next line before each of its parts, a unit after "/".
@@ -63,7 +62,7 @@ function ExtremeCell({ name, row, value }) {
 function ValueCell({ row, fresh }) {
   const text = formatValue(row.value, row.type);
   const [, main, beside] = /^(16#\S+) (\(\d+\))$/.exec(text) ?? [null, text, ""];
-  const size = sizeOf(main, row.type);
+  const size = `number ${sizeOf(main, row.type)}`;
   return html`<div role="gridcell" class=${typeOf(row.type).form === "text" ? "cell cell-value is-text" : "cell cell-value"} data-whole title=${text}>
     ${fresh ? html`<span class=${size}>${main}</span>` : html`<s class=${size}>${main}</s>`}
     ${beside && html` <span class=${widthOf(main + beside) > LONG ? "beside below" : "beside"}>${beside}</span>`}
