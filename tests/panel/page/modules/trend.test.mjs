@@ -455,3 +455,11 @@ test("while the server is not heard nothing is asked for", async () => {
   model.time = null;
   assert.equal(curves.isDue(0, 5000000), false);
 });
+
+test("time that the server's clock has left out is a gap of the live line", () => {
+  const { model, curves, tell } = liveCurves(noChanges);
+  tell(1000000, 7);
+  for (const { leap } of model.listeners) leap(1002000);
+  tell(5000000, 8);
+  assert.deepEqual([1001000, 1002000, 5000000].map((time) => curves.all[0].textAt(time, 5000000).text), ["7", "—", "8"]);
+});

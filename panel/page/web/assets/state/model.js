@@ -20,7 +20,7 @@ export class Model {
     this.alarmsKnown = false;
     this.streams = 0; // how many have begun
     this.trouble = null; // what the server said last against a subscription
-    this.listeners = new Set(); // told of events: {begin, value, gap, back}
+    this.listeners = new Set(); // told of events: {begin, value, gap, leap, back}
   }
 
   // Rows of the values that are chosen now; those of others are forgotten.
@@ -121,7 +121,7 @@ export class Model {
   // Nothing was told of the time from `time` to now, as when the server's clock is put forward.
   #breakLines(time) {
     for (const row of this.rows.values()) row.trace.gap(time, "not known");
-    for (const listener of this.listeners) listener.gap?.(null, time);
+    for (const listener of this.listeners) listener.leap?.(time);
   }
 
   // The server's clock was put back to `time`.

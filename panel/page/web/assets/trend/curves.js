@@ -24,6 +24,7 @@ export class Curves {
     this.listener = {
       value: (row, time) => this.#value(row, time),
       gap: (plc, time) => this.#gap(plc, time),
+      leap: (time) => this.#gap(null, time),
       back: (time) => this.#goBack(time),
     };
     model.listeners.add(this.listener);
