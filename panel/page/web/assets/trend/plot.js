@@ -6,7 +6,7 @@ import { AXES, isSet } from "../state/axis_limits.js";
 import { axisRange, beyondRange } from "./axis_range.js";
 import { drawLines } from "./plot_lines.js";
 import { numberTexts, unitOf } from "./number_axis.js";
-import { timeTexts } from "./time_axis.js";
+import { timeRoom, timeTexts } from "./time_axis.js";
 
 const MIN_HEIGHT = 120;
 
@@ -117,7 +117,7 @@ export class Plot {
       cursor: { drag: { setScale: false, x: false, y: false }, points: { show: false }, y: false },
       scales: { x: { time: true, auto: false }, left: { auto: false, range: axisLimits }, right: { auto: false, range: axisLimits } },
       axes: [
-        { ...line, values: (_, splits, __, ___, distance) => timeTexts(splits, distance), size: 42 },
+        { ...line, values: (_, splits, __, ___, distance) => timeTexts(splits, distance), space: (_, __, from, to, width) => timeRoom(to - from, width), size: 42 },
         { ...line, scale: "left", values: this.#texts("left"), size: axisSize },
         { ...line, scale: "right", side: 1, grid: { show: false }, values: this.#texts("right"), size: axisSize, show: this.showsRight === true },
       ],
