@@ -181,6 +181,18 @@ test("numbers of any size are drawn, with ticks that differ and read as in the t
   }
 });
 
+test("ticks of time are at full hours, whatever the fraction of a millisecond is at which the window begins", async () => {
+  const page = await openPage(server.address);
+  await drawnTexts(page);
+  await follow(page, `${drawn("Plant.lineSpeed")}&span=691200000`);
+  // The window begins with another fraction in each picture.
+  await page.evaluate(() => (window.pictures = 0, setInterval(() => window.drawnTexts.has("00:00") && ++window.pictures, 100)));
+  await until(() => page.evaluate(() => window.pictures > 30), "pictures of three seconds");
+  const texts = await page.evaluate(() => [...window.drawnTexts].filter((text) => /^\d\d:\d\d$/.test(text)));
+  assert.deepEqual(texts.sort(), ["00:00", "12:00"]);
+  await page.end();
+});
+
 test("a picture that cannot be drawn is hidden and said to be, and not left as it was", async () => {
   const page = await openPage(server.address, { hash: drawn("Plant.lineSpeed") });
   await until(async () => (await inked(page)).length > 60, "the line is drawn");

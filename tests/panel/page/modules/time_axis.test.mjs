@@ -10,10 +10,15 @@ const DIGIT = 7; // pixels, of the font of the axes
 
 test("a tick has only what the distance of the ticks needs, and the date where a day begins", () => {
   const time = new Date(2026, 10, 23, 23, 59, 30).getTime();
-  assert.deepEqual(timeTexts([time, time + 30000], 30000), ["23:59:30\n2026-11-23", "00:00:00\n2026-11-24"]);
+  assert.deepEqual(timeTexts([time - 30000, time, time + 30000], 30000), ["23:59:00\n2026-11-23", "23:59:30", "00:00:00\n2026-11-24"]);
   assert.deepEqual(timeTexts([time, time + 250], 250), ["23:59:30.000\n2026-11-23", "23:59:30.250"]);
-  assert.deepEqual(timeTexts([time - 30000, time + 30000], 60000), ["23:59\n2026-11-23", "00:00\n2026-11-24"]);
+  assert.deepEqual(timeTexts([time], 60000), ["23:59\n2026-11-23"]);
   assert.deepEqual(timeTexts([time, time + DAY], DAY), ["2026-11-23", "2026-11-24"]);
+});
+
+test("two dates do not stand side by side where a day begins at the second tick", () => {
+  const time = new Date(2026, 10, 23, 12, 0, 0).getTime();
+  assert.deepEqual(timeTexts([time, time + DAY / 2, time + DAY, time + 1.5 * DAY], DAY / 2), ["12:00", "00:00\n2026-11-24", "12:00", "00:00\n2026-11-25"]);
 });
 
 test("no text of a tick reaches the next one", () => {

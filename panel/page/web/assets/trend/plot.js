@@ -47,7 +47,9 @@ export class Plot {
   // is outside of them. A picture that cannot be made is hidden, and `trouble` says why: the one before
   // would look like the one of now.
   draw(curves, window, heardUntil, limits) {
-    Object.assign(this, { curves, window, heardUntil });
+    // Ticks of uPlot are beside the full minute where the window begins between two milliseconds.
+    this.window = { from: Math.round(window.from), to: Math.round(window.to) };
+    Object.assign(this, { curves, heardUntil });
     try {
       this.#draw(limits);
       this.#tell("");
@@ -117,7 +119,7 @@ export class Plot {
       cursor: { drag: { setScale: false, x: false, y: false }, points: { show: false }, y: false },
       scales: { x: { time: true, auto: false }, left: { auto: false, range: axisLimits }, right: { auto: false, range: axisLimits } },
       axes: [
-        { ...line, values: (_, splits, __, ___, distance) => timeTexts(splits, distance), space: (_, __, from, to, width) => timeRoom(to - from, width), size: 42 },
+        { ...line, values: (_, splits, __, ___, distance) => timeTexts(splits, distance), space: (_, __, from, to, width) => timeRoom(to - from, width), size: 52 },
         { ...line, scale: "left", values: this.#texts("left"), size: axisSize },
         { ...line, scale: "right", side: 1, grid: { show: false }, values: this.#texts("right"), size: axisSize, show: this.showsRight === true },
       ],

@@ -19,13 +19,12 @@ export function timeRoom(span, width) {
 }
 
 export function timeTexts(splits, distance) {
-  let day = "";
-  return splits.map((time) => {
-    const date = dateText(time);
+  const dates = splits.map(dateText);
+  return splits.map((time, i) => {
     const clock = clockText(time);
     const text = distance >= DAY ? "" : distance < SECOND ? clock : distance < MINUTE ? clock.slice(0, 8) : clock.slice(0, 5);
-    const isNew = date !== day;
-    day = date;
-    return isNew ? [text, date].filter(Boolean).join("\n") : text;
+    // The date at the first tick has no room where a day begins at the second one.
+    const isTold = distance >= DAY || (i === 0 ? dates[1] === undefined || dates[1] === dates[0] : dates[i] !== dates[i - 1]);
+    return isTold ? [text, dates[i]].filter(Boolean).join("\n") : text;
   });
 }
