@@ -10,7 +10,7 @@ import { Curve } from "../../../../panel/page/web/assets/trend/curve.js";
 import { noteOf, seriesOf, traceOf as traceOfSeries } from "../../../../panel/page/web/assets/trend/history.js";
 import { drawSteps } from "../../../../panel/page/web/assets/trend/step_path.js";
 import { extent, Trace } from "../../../../panel/page/web/assets/trend/trace.js";
-import { LEAST_SPAN, pan, settle, windowOf, zoom } from "../../../../panel/page/web/assets/trend/time_window.js";
+import { LEAST_SPAN, pan, settle, spanChoices, spanText, windowOf, zoom } from "../../../../panel/page/web/assets/trend/time_window.js";
 
 class Recorder {
   steps = [];
@@ -105,6 +105,12 @@ test("a window that reaches now is live", () => {
 });
 
 const series = (extra) => ({ plc: "dairy", label: "Plant.level", type: "REAL", unit: "%", ...extra });
+
+test("a span is told in its two greatest units, as the choices have it", () => {
+  for (const [span, text] of spanChoices()) assert.equal(spanText(span), text);
+  assert.deepEqual([1000, 1499, 90000, 300000, 6030000, 691200000, 90000000, 86460000].map(spanText),
+    ["1 s", "1 s", "1 min 30 s", "5 min", "1 h 40 min", "8 days", "1 day 1 h", "1 day"]);
+});
 
 test("recorded changes keep what was recorded, and tell why a stretch is empty", () => {
   const trace = traceOfSeries(series({ kind: "changes", times: [0, 10, 20, 30], values: [1.5, null, 2.5, 2.5], qualities: ["g", "-", "g", "s"] }));

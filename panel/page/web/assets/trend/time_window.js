@@ -40,3 +40,17 @@ const SPANS = [
 export function spanChoices() {
   return SPANS;
 }
+
+const UNITS = [[86400, "days", "1 day"], [3600, "h"], [60, "min"], [1, "s"]]; // s
+
+// "1 h 40 min": of any span, the two greatest of its units.
+export function spanText(span) {
+  let rest = Math.max(1, Math.round(span / 1000));
+  const first = UNITS.findIndex(([length]) => rest >= length);
+  const parts = UNITS.slice(first, first + 2).map(([length, name, one]) => {
+    const count = Math.floor(rest / length);
+    rest %= length;
+    return count === 0 ? "" : count === 1 && one ? one : `${count} ${name}`;
+  });
+  return parts.filter(Boolean).join(" ");
+}

@@ -3,7 +3,7 @@
 import { AXES, isSet } from "../state/axis_limits.js";
 import { csvOf, download, pngOf } from "../trend/export.js";
 import { html } from "../html.js";
-import { pan, spanChoices, zoom } from "../trend/time_window.js";
+import { pan, spanChoices, spanText, zoom } from "../trend/time_window.js";
 import { getFile, query } from "../server/api.js";
 import { timeText } from "../state/ages.js";
 import { withoutMissing } from "../trend/history.js";
@@ -23,7 +23,7 @@ export function TrendTools({ panel, curves, plot, window, onChange }) {
     <button type="button" class="side-switch" onClick=${() => panel.openTree(true)}>Choose …</button>
     <button type="button" class="live" aria-pressed=${String(view.range === null)} onClick=${() => panel.show({ range: null })}>Live</button>
     <select aria-label="Span of time" value=${known ? view.span : ""} onChange=${(event) => setSpan(panel, Number(event.target.value))}>
-      ${!known && html`<option value="" selected>${Math.round(view.span / 1000)} s</option>`}
+      ${!known && html`<option value="" selected>${spanText(view.span)}</option>`}
       ${spanChoices().map(([span, text]) => html`<option key=${span} value=${span} selected=${view.span === span}>${text}</option>`)}
     </select>
     <span class="group">
