@@ -2,6 +2,7 @@
 
 #include <QtCore/QHash>
 
+#include <algorithm>
 #include <utility>
 
 #include "host/driver/request_records.h"
@@ -156,8 +157,30 @@ void Runtime::readCyclically(const QVector<DataPoint>& points, qint64 now)
         m_cyclicPoints = points;
         m_values = std::move(values);
     }
+    renumberNews(formerRows);
     // One that had nothing to read waits for nothing.
     m_session.wake(now);
+}
+
+/// The listener may have replaced the values while there was more to tell of the former ones.
+void Runtime::renumberNews(const QVector<int>& formerRows)
+{
+    for (RowNews& news : m_news)
+        news.row = int(formerRows.indexOf(news.row));
+    m_news.erase(std::remove_if(m_news.begin(), m_news.end(),
+                                [](const RowNews& news) { return news.row < 0; }),
+                 m_news.end());
+}
+
+void Runtime::tellNews()
+{
+    while (!m_news.isEmpty()) {
+        const RowNews news = m_news.takeFirst();
+        if (news.isGiven)
+            m_listener->valueGivenAgain(news.row);
+        else
+            m_listener->valueRefused(news.row);
+    }
 }
 
 void Runtime::write(const DataPoint& point, const QVector<values::Value>& values, qint64 now,
@@ -442,8 +465,9 @@ void Runtime::settleCyclicRequest(const SentRequest& request, const Answer& answ
                 m_values.refused(row, answer.status);
             }
             if (!wasKnown)
-                m_listener->valueRefused(row);
+                m_news.append({row, false});
         }
+        tellNews();
     }
 }
 
@@ -457,7 +481,8 @@ void Runtime::showValues(const SentRequest& request, const QVector<QByteArray>& 
         given = m_values.replyAccepted(request.content.entries, blocks, request.sentAt, now);
     }
     for (int row : std::as_const(given))
-        m_listener->valueGivenAgain(row);
+        m_news.append({row, true});
+    tellNews();
 }
 
 /// The replies fit their requests: each write got its own.

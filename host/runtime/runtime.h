@@ -23,7 +23,8 @@
 
 namespace plc::host {
 
-/// What a runtime tells. Called from inside its events; may queue further writes and reads.
+/// What a runtime tells. Called from inside its events; may queue further writes and reads, and
+/// replace the cyclic values.
 class PLC_HOST_EXPORT RuntimeListener {
 public:
     virtual ~RuntimeListener() = default;
@@ -131,6 +132,8 @@ private:
     void settleCyclicRequest(const SentRequest& request, const Answer& answer,
                              const QVector<QByteArray>& blocks, qint64 now);
     void showValues(const SentRequest& request, const QVector<QByteArray>& blocks, qint64 now);
+    void renumberNews(const QVector<int>& formerRows);
+    void tellNews();
     void settleReports(const Answer& answer);
     void settleDoubted();
     void giveUpTransfers(const QString& reason);
@@ -156,6 +159,12 @@ private:
     mutable std::mutex m_mutex;
     QVector<DataPoint> m_cyclicPoints; ///< Those of m_values, shared with snapshots.
     ValueTable m_values;
+    /// A row of which the listener is still to be told.
+    struct RowNews {
+        int row;
+        bool isGiven; ///< Again; otherwise the PLC refuses it.
+    };
+    QVector<RowNews> m_news;
     LinkState m_linkState = LinkState::Down;
     WriteTracker m_writes;
     ReadTracker m_reads;

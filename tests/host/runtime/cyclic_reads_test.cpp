@@ -553,6 +553,115 @@ TEST_F(ExchangedReads, TakeTheReplyThatIsUnderWay)
     EXPECT_EQ(QByteArray("\3\3"), runtime->values().bytes(1));
 }
 
+/// The values are exchanged from inside the runtime's own calls.
+class ExchangingListener : public ExchangedReads {
+protected:
+    void valueRefused(int row) override
+    {
+        ExchangedReads::valueRefused(row);
+        call(&whenRefused);
+    }
+    void valueGivenAgain(int row) override
+    {
+        ExchangedReads::valueGivenAgain(row);
+        call(&whenGivenAgain);
+    }
+    void requestSent(const SentRequest& request) override
+    {
+        ExchangedReads::requestSent(request);
+        call(&whenSent);
+    }
+    void requestAnswered(const SentRequest& request, const Answer& judgement,
+                         const QByteArray& reply) override
+    {
+        ExchangedReads::requestAnswered(request, judgement, reply);
+        call(&whenAnswered);
+    }
+    void requestSettled() override { call(&whenSettled); }
+    void linkChanged(LinkState state, const QString& reason, int retryDelay) override
+    {
+        ExchangedReads::linkChanged(state, reason, retryDelay);
+        call(&whenLinkChanged);
+    }
+    void exchange(const QVector<DataPoint>& points) { runtime->readCyclically(points, now); }
+
+    /// Two that share bytes, both refused, until the PLC gives them by one probe.
+    void giveAgainTogether()
+    {
+        refusedBytes = {104};
+        begin({bytesAt(100, 10), valueAt(104), valueAt(0)});
+        serve(12);
+        ASSERT_EQ((std::vector<std::string>{"v100", "v104"}), refusedValues);
+        refusedBytes.clear();
+        serveFor(11000);
+    }
+
+    using Act = std::function<void()>;
+    Act whenRefused, whenGivenAgain, whenSent, whenAnswered, whenSettled, whenLinkChanged;
+
+private:
+    static void call(const Act* act)
+    {
+        if (*act)
+            (*act)();
+    }
+};
+
+TEST_F(ExchangingListener, IsToldOfEachValueThatStaysByItsNewRow)
+{
+    whenGivenAgain = [this] { exchange({valueAt(200), valueAt(220), valueAt(240), valueAt(104)}); };
+    giveAgainTogether();
+    EXPECT_EQ((std::vector<std::string>{"v100", "v104"}), valuesGivenAgain);
+}
+
+TEST_F(ExchangingListener, IsNotToldOfAValueThatHasGone)
+{
+    whenGivenAgain = [this] { exchange({valueAt(0)}); };
+    giveAgainTogether();
+    EXPECT_EQ(std::vector<std::string>{"v100"}, valuesGivenAgain);
+    EXPECT_EQ(1, runtime->values().size());
+}
+
+TEST_F(ExchangingListener, MayExchangeThemInAnyCall)
+{
+    QVector<DataPoint> points = threeRequests();
+    int exchanges = 0;
+    // Another order, and now and then one fewer or one more.
+    const Act turn = [&points, &exchanges, this] {
+        ++exchanges;
+        std::rotate(points.begin(), points.begin() + 1, points.end());
+        QVector<DataPoint> given = points;
+        if (exchanges % 3 == 0)
+            given.removeFirst();
+        if (exchanges % 5 == 0)
+            given.append(valueAt(20000));
+        exchange(given);
+    };
+    for (Act* act : {&whenRefused, &whenGivenAgain, &whenSent, &whenAnswered, &whenSettled,
+                     &whenLinkChanged}) {
+        *act = turn;
+        refusedBytes = {5007, 9100};
+        if (story.empty())
+            begin(points);
+        serveFor(12000);
+        refusedBytes.clear();
+        serveFor(25000);
+        actions();
+        session().disconnected(QStringLiteral("gone"), now);
+        ASSERT_EQ("X", actions());
+        reconnect(linkEvents.back().retryDelay);
+        serveFor(1000);
+        *act = nullptr;
+        exchange(points);
+        serveFor(25000);
+        for (int row = 0; row < points.size(); ++row) {
+            EXPECT_FALSE(runtime->values().isRefused(row)) << row;
+            EXPECT_FALSE(runtime->values().isStale(row, now)) << row;
+        }
+    }
+    EXPECT_GT(exchanges, 100);
+}
+
 } // namespace
 } // namespace test
 } // namespace plc::host
