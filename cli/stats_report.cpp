@@ -62,11 +62,11 @@ QString roundTripLine(const host::LatencyHistogram& times)
     return named("round trip", text + QStringLiteral("  max ") + timeText(times.longest()));
 }
 
-QString firstValuesLine(int roundTrips)
+QString firstValuesLine(quint64 roundTrips)
 {
     if (roundTrips == 0)
         return named("first values", QStringLiteral("  none yet"));
-    return counted("first values", quint64(roundTrips)) +
+    return counted("first values", roundTrips) +
            (roundTrips == 1 ? QStringLiteral(" round trip") : QStringLiteral(" round trips")) +
            QStringLiteral(" after the login, at most");
 }

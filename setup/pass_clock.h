@@ -10,14 +10,14 @@ class PassClock {
 public:
     /// The link came or went: what was measured on another connection says nothing of this one.
     /// `passes` as of the session.
-    void restart(int passes)
+    void restart(quint64 passes)
     {
         m_passes = passes;
         m_endedAt = -1;
         m_duration = 0;
     }
     /// Whether a pass has ended since the last call. `now` in milliseconds.
-    bool hasEnded(int passes, qint64 now)
+    bool hasEnded(quint64 passes, qint64 now)
     {
         if (passes == m_passes)
             return false;
@@ -30,7 +30,7 @@ public:
     qint64 duration() const { return m_duration; }
 
 private:
-    int m_passes = 0;
+    quint64 m_passes = 0;
     qint64 m_endedAt = -1;
     qint64 m_duration = 0;
 };

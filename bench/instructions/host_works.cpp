@@ -76,7 +76,7 @@ public:
 
     void readPasses(int passes)
     {
-        const int last = m_runtime.session().passes() + passes;
+        const quint64 last = m_runtime.session().passes() + quint64(passes);
         while (m_runtime.session().passes() < last)
             answerOne();
     }

@@ -295,7 +295,8 @@ void Gateway::linkChanged(int device, bool isUp, const QString& reason)
 
 void Gateway::tick()
 {
-    const bool isSecond = ++m_ticks % kTicksPerSecond == 0;
+    m_ticks = (m_ticks + 1) % kTicksPerSecond;
+    const bool isSecond = m_ticks == 0;
     if (isSecond) {
         m_writes.secondPassed();
         tellDropped();

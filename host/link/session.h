@@ -153,7 +153,7 @@ public:
     /// Entries of the driver's cyclic list, which make one pass.
     void setCyclicEntries(int count) { m_cyclicEntries = count; }
     /// Passes in which every entry was asked for, whether the PLC gave it or not.
-    int passes() const { return m_passes; }
+    quint64 passes() const { return m_passes; }
     /// Whether a reply to a write of this connection had this size.
     bool hasAcknowledged(int replySize) const { return m_writeReplySizes.contains(replySize); }
 
@@ -210,11 +210,11 @@ private:
     bool m_isWriteDoubted = false; ///< Because the reply to a write may have been a copy.
     bool m_loginWasAlike = false;  ///< Both replies of the login before this one were the same.
     bool m_hasGivenReads = false;  ///< The PLC gave a read on this connection.
-    int m_refusedInARow = 0;       ///< Reads since the last one that was given.
+    qint64 m_refusedInARow = 0;       ///< Reads since the last one that was given.
 
     int m_cyclicEntries = 0;
     int m_entriesOfPass = 0; ///< Asked for so far.
-    int m_passes = 0;
+    quint64 m_passes = 0;
     qint64 m_passStart = 0;
     qint64 m_nextPassAt = 0; ///< Until then only what is urgent is sent.
 };

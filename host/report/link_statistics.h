@@ -31,7 +31,7 @@ public:
     const LatencyHistogram& roundTrips() const { return m_roundTrips; }
     /// Round trips from the end of the login to the first values, of the connection where they were
     /// most; 0: no values have come yet.
-    int roundTripsToValues() const { return m_tripsToValues; }
+    quint64 roundTripsToValues() const { return m_tripsToValues; }
     /// How often the PLC refused a read, by the status in its reply; -1: without one.
     const QMap<int, quint64>& refusals() const { return m_refusals; }
     /// How often a request was given up, by the number that DataCom() gave.
@@ -51,9 +51,9 @@ private:
     bool m_isAwaiting = false;
     qint64 m_sentAt = 0;
     LatencyHistogram m_roundTrips;
-    bool m_awaitsValues = false; ///< No values have come over this connection.
-    int m_tripsSinceLogin = 0;   ///< While they are awaited.
-    int m_tripsToValues = 0;
+    bool m_awaitsValues = false;   ///< No values have come over this connection.
+    quint64 m_tripsSinceLogin = 0; ///< While they are awaited.
+    quint64 m_tripsToValues = 0;
     QMap<int, quint64> m_refusals;
     QMap<int, quint64> m_failures;
     QMap<QString, quint64> m_lossReasons;

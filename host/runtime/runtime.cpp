@@ -229,7 +229,6 @@ QString Runtime::prepareWrite(const DataPoint& point, const QVector<values::Valu
 void Runtime::readOnce(const DataPoint& point, qint64 now, ReadSettled settled)
 {
     OneShotRead read;
-    read.tag = ++m_lastTag;
     read.point = point;
     if (settled)
         read.settled = std::move(settled);
@@ -354,7 +353,7 @@ void Runtime::requestSent(const SentRequest& request)
     ++m_counters.requests;
     const int entries = int(request.content.entries.size());
     if (request.content.service == Service::Write) {
-        ++m_writesInARow;
+        m_writesInARow = qMin(m_writesInARow + 1, PLC_REQUESTS_IN_A_ROW);
         m_writes.requestSent(request.content.entries);
         if (m_readable.length == 0)
             m_readable = placeOf(request.content.entries.first());
@@ -506,7 +505,7 @@ void Runtime::settleReports(const Answer& answer)
         outcome.kind =
             report.status == PLC_STATUS_DONE ? TransferOutcome::Done : TransferOutcome::Refused;
         if (report.category == kWriteCategory)
-            settle(m_writes.take(report.tag), outcome);
+            settle(m_writes.takeReported(report.tag), outcome);
     }
 }
 

@@ -177,14 +177,14 @@ private:
     };
     std::vector<DoubtedWrites> m_doubted;
     bool m_isInDoubt = false;
-    int m_lastTagBeforeDoubt = 0;
+    Tag m_lastTagBeforeDoubt = 0;
     bool m_wasGoodTurnedDown = false;       ///< A good reply to the write that is repeated.
     bool m_asksWhetherInStep = false;       ///< The driver has the read that shows it.
     bool m_cyclicReadsProveNothing = false; ///< Their replies have the size of the doubted one.
     bool m_lastWasProbe = false;
-    int m_writesInARow = 0; ///< Requests since the last one-shot read.
+    int m_writesInARow = 0; ///< Requests since the last one-shot read, as far as they count.
     FrameEntry m_readable;  ///< A place that the PLC gave, or at least took.
-    int m_lastTag = 0;
+    Tag m_lastTag = 0;
     QString
         m_linkDownReason; ///< Why the PLC is away; empty while it is not, or is not known to be.
     /// Stations that are off, and those that go off when the driver has nothing more for them.

@@ -2,13 +2,11 @@
 
 #include <algorithm>
 
-#include "host/transfers/tag_walk.h"
-
 namespace plc::host {
 namespace {
 
 template <typename Element>
-void removeMet(const QVector<int>& tags, std::vector<Element>* elements)
+void removeMet(const QVector<Tag>& tags, std::vector<Element>* elements)
 {
     TagWalk removed(tags);
     elements->erase(
@@ -19,7 +17,7 @@ void removeMet(const QVector<int>& tags, std::vector<Element>* elements)
 
 } // namespace
 
-void PieceTracker::add(int tag, const FramePlace& piece)
+void PieceTracker::add(Tag tag, const FramePlace& piece)
 {
     if (m_transfers.empty() || m_transfers.back().tag != tag)
         m_transfers.push_back({tag, Progress()});
@@ -27,15 +25,15 @@ void PieceTracker::add(int tag, const FramePlace& piece)
     m_pieces.push_back({tag, piece, false});
 }
 
-PieceTracker::Progress PieceTracker::progress(int tag) const
+PieceTracker::Progress PieceTracker::progress(Tag tag) const
 {
     const auto found = std::lower_bound(
         m_transfers.begin(), m_transfers.end(), tag,
-        [](const Transfer& transfer, int wanted) { return transfer.tag < wanted; });
+        [](const Transfer& transfer, Tag wanted) { return transfer.tag < wanted; });
     return found != m_transfers.end() && found->tag == tag ? found->progress : Progress();
 }
 
-void PieceTracker::remove(const QVector<int>& tags)
+void PieceTracker::remove(const QVector<Tag>& tags)
 {
     removeMet(tags, &m_pieces);
     removeMet(tags, &m_transfers);
@@ -53,7 +51,7 @@ void PieceTracker::confirm()
         transfer.progress.confirmed = transfer.progress.accepted;
 }
 
-QVector<int> PieceTracker::requestSent(const QVector<FrameEntry>& entries)
+QVector<Tag> PieceTracker::requestSent(const QVector<FrameEntry>& entries)
 {
     for (Piece& piece : m_pieces)
         piece.onWire = false;
@@ -71,9 +69,9 @@ QVector<int> PieceTracker::requestSent(const QVector<FrameEntry>& entries)
     return tagsOnWire();
 }
 
-QVector<int> PieceTracker::requestAccepted()
+QVector<Tag> PieceTracker::requestAccepted()
 {
-    QVector<int> settled;
+    QVector<Tag> settled;
     settled.reserve(int(m_transfers.size()));
     auto transfer = m_transfers.begin();
     for (const Piece& piece : m_pieces) {
@@ -92,9 +90,9 @@ QVector<int> PieceTracker::requestAccepted()
 }
 
 /// Pieces of one transfer stand one behind the other.
-QVector<int> PieceTracker::tagsOnWire() const
+QVector<Tag> PieceTracker::tagsOnWire() const
 {
-    QVector<int> tags;
+    QVector<Tag> tags;
     tags.reserve(int(m_pieces.size()));
     for (const Piece& piece : m_pieces) {
         if (piece.onWire && (tags.isEmpty() || tags.last() != piece.tag))

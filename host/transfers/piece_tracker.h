@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "host/transfers/tag_walk.h"
 #include "host/wire/frame_entries.h"
 #include "values/export.h"
 
@@ -23,35 +24,35 @@ public:
 
     /// The next piece of a transfer. Tags ascend in the order in which the transfers are handed to
     /// the driver, and the pieces of one are added one behind the other.
-    void add(int tag, const FramePlace& piece);
+    void add(Tag tag, const FramePlace& piece);
     int pieceCount() const { return int(m_pieces.size()); }
-    Progress progress(int tag) const;
+    Progress progress(Tag tag) const;
     /// `tags` ascend.
-    void remove(const QVector<int>& tags);
+    void remove(const QVector<Tag>& tags);
     void clear();
     /// All that was accepted is sure.
     void confirm();
 
     /// A request with these entries goes out, for the first time or again. Returns the transfers of
     /// which it carries a piece.
-    QVector<int> requestSent(const QVector<FrameEntry>& entries);
+    QVector<Tag> requestSent(const QVector<FrameEntry>& entries);
     /// It was accepted. Returns the transfers whose last piece it carried.
-    QVector<int> requestAccepted();
+    QVector<Tag> requestAccepted();
     /// It was given up. Returns the transfers of which it carried a piece; to be removed.
-    QVector<int> requestAbandoned() { return tagsOnWire(); }
+    QVector<Tag> requestAbandoned() { return tagsOnWire(); }
 
 private:
     struct Piece {
-        int tag;
+        Tag tag;
         FramePlace place;
         bool onWire;
     };
     struct Transfer {
-        int tag;
+        Tag tag;
         Progress progress;
     };
 
-    QVector<int> tagsOnWire() const;
+    QVector<Tag> tagsOnWire() const;
 
     std::vector<Piece> m_pieces;       ///< Those that were not accepted, in the driver's order.
     std::vector<Transfer> m_transfers; ///< By ascending tags, as the pieces are.

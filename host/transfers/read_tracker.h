@@ -21,7 +21,7 @@ namespace plc::host {
 using ReadSettled = std::function<void(const TransferOutcome&, const QByteArray& bytes)>;
 
 struct OneShotRead {
-    int tag = 0;
+    int tag = 0; ///< By which its owner knows it.
     DataPoint point;
     ReadSettled settled = [](const TransferOutcome&, const QByteArray&) {};
     bool wasSent = false; ///< A request has carried a piece of it.

@@ -5,14 +5,17 @@
 
 namespace plc::host {
 
+/// Numbers the writes of a runtime, and never comes to its end.
+using Tag = qint64;
+
 /// Tells of one tag after the other, asked for in ascending order, whether it is among some tags
 /// that ascend as well.
 class TagWalk {
 public:
     /// `tags` must outlive the walk.
-    explicit TagWalk(const QVector<int>& tags) : m_next(tags.begin()), m_end(tags.end()) {}
+    explicit TagWalk(const QVector<Tag>& tags) : m_next(tags.begin()), m_end(tags.end()) {}
 
-    bool meets(int tag)
+    bool meets(Tag tag)
     {
         while (m_next != m_end && *m_next < tag)
             ++m_next;
@@ -20,8 +23,8 @@ public:
     }
 
 private:
-    QVector<int>::const_iterator m_next;
-    const QVector<int>::const_iterator m_end;
+    QVector<Tag>::const_iterator m_next;
+    const QVector<Tag>::const_iterator m_end;
 };
 
 } // namespace plc::host

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 
 #include "host/driver/request_records.h"
 #include "host/transfers/tag_walk.h"
@@ -12,6 +13,13 @@ namespace {
 /// Entries that one request carries at most, each of at least one byte.
 constexpr int kMostEntries =
     qMin(PLC_MOST_WRITE_ENTRIES, PLC_REQUEST_BUDGET / (PLC_WRITE_ENTRY_OVERHEAD + 1));
+
+/// By what the driver reports a write: its numbers begin again, when none of those under way has
+/// the same any more.
+int reportedTag(Tag tag)
+{
+    return int(tag & std::numeric_limits<int>::max());
+}
 
 bool isSplit(const Write& write)
 {
@@ -32,7 +40,7 @@ void WriteTracker::handOver(const DriverFunctions& driver)
         start(driver);
 }
 
-void WriteTracker::goOn(const DriverFunctions& driver, int lastTag)
+void WriteTracker::goOn(const DriverFunctions& driver, Tag lastTag)
 {
     while (hasUnderWay() && !m_waiting.empty() && m_waiting.front().tag <= lastTag &&
            mayGo(m_waiting.front()))
@@ -49,12 +57,12 @@ void WriteTracker::start(const DriverFunctions& driver)
         m_pieces.add(write.tag, write.pieces.at(i));
     m_places.add(write.pieces.first());
     driver.setRegisterData(write.label, 0, QString(), write.station, &write.buffer.bytes,
-                           write.buffer.count, kWriteCategory, write.tag);
+                           write.buffer.count, kWriteCategory, reportedTag(write.tag));
 }
 
 void WriteTracker::requestSent(const QVector<FrameEntry>& entries)
 {
-    const QVector<int> tags = m_pieces.requestSent(entries);
+    const QVector<Tag> tags = m_pieces.requestSent(entries);
     TagWalk sent(tags);
     for (Write& write : m_underWay)
         write.wasSent |= sent.meets(write.tag);
@@ -75,15 +83,20 @@ void WriteTracker::confirmAccepted()
         m_places.add(write.pieces.first());
 }
 
-std::vector<Write> WriteTracker::take(int tag)
+std::vector<Write> WriteTracker::takeReported(int reported)
 {
-    std::vector<Write> taken = takeAll(QVector<int>{tag});
+    QVector<Tag> tags;
+    for (const Write& write : m_underWay) {
+        if (reportedTag(write.tag) == reported)
+            tags.append(write.tag);
+    }
+    std::vector<Write> taken = takeAll(tags);
     for (const Write& write : taken)
         m_places.remove(write.pieces.first());
     return taken;
 }
 
-std::vector<Write> WriteTracker::takeAll(const QVector<int>& tags)
+std::vector<Write> WriteTracker::takeAll(const QVector<Tag>& tags)
 {
     std::vector<Write> taken;
     std::vector<Write> staying;

@@ -22,7 +22,7 @@ namespace plc::host {
 using WriteSettled = std::function<void(const TransferOutcome&)>;
 
 struct Write {
-    int tag = 0;
+    Tag tag = 0;
     QString label; ///< As the driver takes it.
     int station = 0;
     int elementSize = 1; ///< In bytes; 1 for BIT.
@@ -61,7 +61,7 @@ public:
     void handOver(const DriverFunctions& driver);
     /// The same with those up to this tag that go together with what the driver has. So writes that
     /// were queued together go on while it is in doubt whether the first of them are done.
-    void goOn(const DriverFunctions& driver, int lastTag);
+    void goOn(const DriverFunctions& driver, Tag lastTag);
 
     /// A request with these entries goes out, for the first time or again.
     void requestSent(const QVector<FrameEntry>& entries);
@@ -71,8 +71,9 @@ public:
     /// All acknowledgements so far were those of their requests.
     void confirmAccepted();
 
-    /// Takes out the write of this tag if it is under way; its place is free.
-    std::vector<Write> take(int tag);
+    /// Takes out the write that the driver reports by this number if it is under way; its place is
+    /// free.
+    std::vector<Write> takeReported(int reported);
     /// Takes out all writes that wait for this station.
     std::vector<Write> takeWaiting(int station);
     /// Takes out everything.
@@ -82,7 +83,7 @@ private:
     bool mayGo(const Write& write) const;
     void start(const DriverFunctions& driver);
     void noteProgress(Write* write) const;
-    std::vector<Write> takeAll(const QVector<int>& tags);
+    std::vector<Write> takeAll(const QVector<Tag>& tags);
 
     std::deque<Write> m_waiting;
     std::vector<Write> m_underWay; ///< By ascending tags, as those that wait.

@@ -18,7 +18,7 @@ TEST_F(SessionTest, PassesFollowEachOtherAtOnceWithoutACycleTime)
     cycle({"Main.speed", "Big.same"});
     connect();
     logIn();
-    for (int i = 1; i <= 3; ++i) {
+    for (quint64 i = 1; i <= 3; ++i) {
         ASSERT_EQ("S", actions());
         answer(readReply({hex("00 01"), hex("00 02")}));
         EXPECT_EQ(session().passes(), i);

@@ -55,21 +55,21 @@ TEST_F(LinkStatisticsTest, CountsRoundTripsFromTheLoginToTheFirstValues)
         exchange(Service::File, Answer::Accepted, 1, 1);
     };
     logIn();
-    EXPECT_EQ(0, statistics.roundTripsToValues());
+    EXPECT_EQ(0U, statistics.roundTripsToValues());
     exchange(Service::Read, Answer::Accepted, 1, 1);
     exchange(Service::Write, Answer::Accepted, 1, 1);
-    EXPECT_EQ(1, statistics.roundTripsToValues());
+    EXPECT_EQ(1U, statistics.roundTripsToValues());
     lose(QStringLiteral("gone"));
     logIn();
     exchange(Service::Write, Answer::Accepted, 1, 1);
     exchange(Service::Read, Answer::Refused, 0, 1);
-    EXPECT_EQ(1, statistics.roundTripsToValues());
+    EXPECT_EQ(1U, statistics.roundTripsToValues());
     exchange(Service::Read, Answer::Accepted, 1, 1);
-    EXPECT_EQ(3, statistics.roundTripsToValues());
+    EXPECT_EQ(3U, statistics.roundTripsToValues());
     lose(QStringLiteral("gone"));
     logIn();
     exchange(Service::Read, Answer::Accepted, 1, 1);
-    EXPECT_EQ(3, statistics.roundTripsToValues());
+    EXPECT_EQ(3U, statistics.roundTripsToValues());
 }
 
 TEST_F(LinkStatisticsTest, CountsFailuresByTheirNumbers)

@@ -16,7 +16,7 @@ FrameEntry piece(int area, quint32 address, quint32 length, bool isBit = false)
     return entry;
 }
 
-void add(PieceTracker* tracker, int tag, const QVector<FramePlace>& pieces)
+void add(PieceTracker* tracker, Tag tag, const QVector<FramePlace>& pieces)
 {
     for (const FramePlace& each : pieces)
         tracker->add(tag, each);
@@ -26,13 +26,13 @@ TEST(PieceTracker, TransferIsSettledByItsLastPiece)
 {
     PieceTracker tracker;
     add(&tracker, 1, {piece(1, 0, 1000), piece(1, 1000, 1000), piece(1, 2000, 5)});
-    EXPECT_EQ(QVector<int>{1}, tracker.requestSent({piece(1, 0, 1000)}));
+    EXPECT_EQ(QVector<Tag>{1}, tracker.requestSent({piece(1, 0, 1000)}));
     EXPECT_TRUE(tracker.requestAccepted().isEmpty());
     tracker.requestSent({piece(1, 1000, 1000)});
     EXPECT_TRUE(tracker.requestAccepted().isEmpty());
     EXPECT_LT(0, tracker.progress(1).open);
     tracker.requestSent({piece(1, 2000, 5)});
-    EXPECT_EQ(QVector<int>{1}, tracker.requestAccepted());
+    EXPECT_EQ(QVector<Tag>{1}, tracker.requestAccepted());
     EXPECT_EQ(0, tracker.progress(1).open);
 }
 
@@ -43,7 +43,7 @@ TEST(PieceTracker, RequestSettlesAllThatItCarries)
     add(&tracker, 2, {piece(1, 2, 2)});
     add(&tracker, 3, {piece(1, 4, 2)});
     tracker.requestSent({piece(1, 0, 2), piece(1, 4, 2)});
-    EXPECT_EQ((QVector<int>{1, 3}), tracker.requestAccepted());
+    EXPECT_EQ((QVector<Tag>{1, 3}), tracker.requestAccepted());
     EXPECT_LT(0, tracker.progress(2).open);
     EXPECT_EQ(1, tracker.pieceCount());
 }
@@ -56,7 +56,7 @@ TEST(PieceTracker, AbandonedRequestTellsItsTransfersAndWhatWasTakenOfThem)
     tracker.requestSent({piece(1, 0, 1000)});
     tracker.requestAccepted();
     tracker.requestSent({piece(1, 1000, 1000)});
-    EXPECT_EQ(QVector<int>{1}, tracker.requestAbandoned());
+    EXPECT_EQ(QVector<Tag>{1}, tracker.requestAbandoned());
     EXPECT_EQ(1000, tracker.progress(1).accepted);
     EXPECT_EQ(0, tracker.progress(2).accepted);
     tracker.remove({1});
@@ -85,8 +85,8 @@ TEST(PieceTracker, RequestMayCarryPiecesInAnyOrder)
     add(&tracker, 1, {piece(1, 0, 2)});
     add(&tracker, 2, {piece(1, 2, 2)});
     add(&tracker, 3, {piece(1, 4, 2)});
-    EXPECT_EQ((QVector<int>{1, 2}), tracker.requestSent({piece(1, 2, 2), piece(1, 0, 2)}));
-    EXPECT_EQ((QVector<int>{1, 2}), tracker.requestAccepted());
+    EXPECT_EQ((QVector<Tag>{1, 2}), tracker.requestSent({piece(1, 2, 2), piece(1, 0, 2)}));
+    EXPECT_EQ((QVector<Tag>{1, 2}), tracker.requestAccepted());
     EXPECT_LT(0, tracker.progress(3).open);
 }
 
@@ -95,10 +95,10 @@ TEST(PieceTracker, SameRequestSentAgainCarriesTheSame)
     PieceTracker tracker;
     add(&tracker, 1, {piece(1, 0, 2)});
     add(&tracker, 2, {piece(1, 0, 2)});
-    EXPECT_EQ(QVector<int>{1}, tracker.requestSent({piece(1, 0, 2)}));
-    EXPECT_EQ(QVector<int>{1}, tracker.requestSent({piece(1, 0, 2)}));
-    EXPECT_EQ(QVector<int>{1}, tracker.requestAccepted());
-    EXPECT_EQ(QVector<int>{2}, tracker.requestSent({piece(1, 0, 2)}));
+    EXPECT_EQ(QVector<Tag>{1}, tracker.requestSent({piece(1, 0, 2)}));
+    EXPECT_EQ(QVector<Tag>{1}, tracker.requestSent({piece(1, 0, 2)}));
+    EXPECT_EQ(QVector<Tag>{1}, tracker.requestAccepted());
+    EXPECT_EQ(QVector<Tag>{2}, tracker.requestSent({piece(1, 0, 2)}));
 }
 
 TEST(PieceTracker, PlaceMustAgreeInEverything)
