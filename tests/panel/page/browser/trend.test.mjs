@@ -201,6 +201,7 @@ test("a picture that cannot be drawn is hidden and said to be, and not left as i
     window.stroke = prototype.stroke;
     prototype.stroke = () => { throw new RangeError("out of numbers"); };
   });
+  await page.setViewportSize({ width: 1000, height: 700 });
   await shows(page.locator(".plot-error"), "The plot cannot be drawn: out of numbers");
   assert.equal(await page.locator(".plot canvas").isVisible(), false);
   await page.evaluate(() => void (CanvasRenderingContext2D.prototype.stroke = window.stroke));
@@ -306,6 +307,7 @@ test("a PLC that is away leaves a gap of that time", async () => {
 test("where the server's clock is put back, the line has what the PLC has since, and the table is fresh", async () => {
   const [written, label] = [server.plants.get("dairy").written, "Plant.interlock"];
   written.set(label, 7);
+  server.setLink("dairy", "up"); // a moment ago, which is later than the time that comes a second time
   const page = await openPage(server.address, { hash: `${drawn(label)}&span=60000` });
   await until(async () => (await inked(page)).length > 90, "the line is drawn");
   try {

@@ -44,7 +44,7 @@ const ROUTES = {
     tell(200, {
       time: now(),
       plcs: [...standIn.plants.values()].map(({ name, title, values }) => ({
-        name, title, address: "127.0.0.1:1200", readOnly: false, link: standIn.links.get(name), values: values.size, passTime: 40,
+        name, title, address: "127.0.0.1:1200", readOnly: false, link: standIn.linkOf(name), values: values.size, passTime: 40,
       })),
     }),
   "GET symbols": ({ standIn, tell, fields }) => {

@@ -53,6 +53,12 @@ export class StandIn {
     await closed;
   }
 
+  // As the server tells it: never since later than now.
+  linkOf(plc) {
+    const link = this.links.get(plc);
+    return { ...link, since: Math.min(link.since, now()) };
+  }
+
   setLink(plc, state, reason = "") {
     this.links.set(plc, { state, since: now(), reason });
     this.streams.tellAll("link", { time: now(), plc, state, since: now(), reason });

@@ -61,7 +61,7 @@ export class Streams {
     const plant = this.standIn.plants.get(plc);
     if (!plant?.values.has(label)) return null;
     if (this.standIn.faults.bad.has(label)) return [null, "b", null];
-    const link = this.standIn.links.get(plc);
+    const link = this.standIn.linkOf(plc);
     if (link.state !== "up") return [plant.valueAt(label, link.since), "s", link.since];
     if (this.standIn.faults.stale.has(label)) return [plant.valueAt(label, 0), "s", time - this.standIn.faults.staleFor];
     return [plant.valueAt(label, time), "g", time];

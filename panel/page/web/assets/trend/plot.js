@@ -40,7 +40,7 @@ export class Plot {
   }
 
   resize() {
-    this.plot.setSize(this.#size());
+    this.#attempt(() => this.plot.batch(() => this.plot.setSize(this.#size())));
   }
 
   // limits: of each axis; see state/axis_limits.js. Afterwards `beyond` has the curves of which something
@@ -50,15 +50,16 @@ export class Plot {
     // Ticks of uPlot are beside the full minute where the window begins between two milliseconds.
     this.window = { from: Math.round(window.from), to: Math.round(window.to) };
     Object.assign(this, { curves, heardUntil });
-    try {
-      this.#draw(limits);
-      this.#tell("");
-    } catch (error) {
-      this.#tell(`The plot cannot be drawn: ${error.message}`);
-    }
+    this.#attempt(() => this.#draw(limits));
   }
 
-  #tell(trouble) {
+  #attempt(draw) {
+    let trouble = "";
+    try {
+      draw();
+    } catch (error) {
+      trouble = `The plot cannot be drawn: ${error.message}`;
+    }
     if (this.trouble === trouble) return;
     this.trouble = trouble;
     this.element.classList.toggle("undrawn", trouble !== "");
