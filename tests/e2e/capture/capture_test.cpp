@@ -32,6 +32,8 @@ constexpr char kProject[] = R"({
 
 const QString kSpeed = QStringLiteral("MAIN.speed");
 const QStringList kTwoPasses = {QStringLiteral("-2")};
+/// The ports are the system's choice, and may be those by which another protocol is known.
+const QStringList kAnyPort = {QStringLiteral("-o"), QStringLiteral("tcp.try_heuristic_first:TRUE")};
 const QStringList kCheckedSums = {QStringLiteral("-o"), QStringLiteral("ip.check_checksum:TRUE"),
                                   QStringLiteral("-o"), QStringLiteral("tcp.check_checksum:TRUE")};
 
@@ -51,7 +53,7 @@ protected:
     std::vector<Row> rows(std::initializer_list<const char*> fields,
                           const QStringList& options = {}) const
     {
-        return dissectedFields(file(), fields, options);
+        return dissectedFields(file(), fields, kAnyPort + options);
     }
     /// The completeness of each connection, in their order.
     std::vector<Row> connections() const
