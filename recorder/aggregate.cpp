@@ -18,10 +18,10 @@ void StepSum::add(const NumberSample& sample, qint64 duration)
     m_durations[std::size_t(sample.knowledge)] += duration;
     if (sample.knowledge != Knowledge::Number)
         return;
-    m_minimum = std::min(m_minimum, sample.number);
-    m_maximum = std::max(m_maximum, sample.number);
+    m_minimum = std::min(m_minimum, sample.number());
+    m_maximum = std::max(m_maximum, sample.number());
     // With the range of a double the sum of large numbers would have no room.
-    m_sum += static_cast<long double>(sample.number) * static_cast<long double>(duration);
+    m_sum += static_cast<long double>(sample.nearest) * static_cast<long double>(duration);
 }
 
 Aggregate StepSum::aggregate(qint64 begin, qint64 duration) const

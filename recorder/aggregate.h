@@ -6,6 +6,8 @@
 #include <array>
 #include <limits>
 
+#include "recorder/exact_number.h"
+
 namespace plc::recorder {
 
 /// What is known of a number at some time.
@@ -22,19 +24,23 @@ enum class Knowledge : quint8 {
 struct Aggregate {
     qint64 begin = 0;
     double mean = 0; ///< Weighted by time.
-    double minimum = 0;
-    double maximum = 0;
+    ExactNumber minimum;
+    ExactNumber maximum;
     double coverage = 0; ///< Part of the step of which the value is known, 0 to 1. At 0 the other
                          ///< numbers mean nothing.
     /// What held for the most of the other time; Number: there is none.
     Knowledge rest = Knowledge::Number;
 };
 
-/// A number from one time on, or that none is known.
+/// A number from one time on, or that none is known. An ExactNumber as a member would make it
+/// longer by a third, and a query keeps many.
 struct NumberSample {
     qint64 time = 0;
-    double number = 0;
+    double nearest = 0;
+    qint16 rest = 0;
     Knowledge knowledge = Knowledge::Gap;
+
+    ExactNumber number() const { return {nearest, rest}; }
 };
 
 /// What a value was in one step, in the making.
@@ -46,8 +52,8 @@ public:
     Aggregate aggregate(qint64 begin, qint64 duration) const;
 
 private:
-    double m_minimum = std::numeric_limits<double>::infinity();
-    double m_maximum = -std::numeric_limits<double>::infinity();
+    ExactNumber m_minimum{std::numeric_limits<double>::infinity()};
+    ExactNumber m_maximum{-std::numeric_limits<double>::infinity()};
     long double m_sum = 0;
     std::array<qint64, 5> m_durations{}; ///< ms, by Knowledge.
 };

@@ -29,16 +29,17 @@ NumberSample numberSample(const SeriesNumbers& numbers, const Sample& sample)
 {
     switch (sample.quality) {
         case Quality::Stale:
-            return {sample.time, 0, Knowledge::Stale};
+            return {sample.time, 0, 0, Knowledge::Stale};
         case Quality::Bad:
-            return {sample.time, 0, Knowledge::Bad};
+            return {sample.time, 0, 0, Knowledge::Bad};
         case Quality::Gap:
-            return {sample.time, 0, Knowledge::Gap};
+            return {sample.time, 0, 0, Knowledge::Gap};
         case Quality::Good:
             break;
     }
-    const std::optional<double> number = numbers.number(sample.bytes);
-    return {sample.time, number.value_or(0), number ? Knowledge::Number : Knowledge::NoNumber};
+    const std::optional<ExactNumber> number = numbers.exactNumber(sample.bytes);
+    const auto [nearest, rest] = number.value_or(ExactNumber());
+    return {sample.time, nearest, rest, number ? Knowledge::Number : Knowledge::NoNumber};
 }
 
 } // namespace

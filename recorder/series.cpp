@@ -85,4 +85,13 @@ std::optional<double> SeriesNumbers::number(const QByteArray& bytes) const
     return values::numericValue(host::decodeValue(m_point, bytes));
 }
 
+std::optional<ExactNumber> SeriesNumbers::exactNumber(const QByteArray& bytes) const
+{
+    const std::optional<double> nearest = number(bytes);
+    if (!nearest)
+        return {};
+    return m_point.type ? recorder::exactNumber(host::decodeValue(m_point, bytes))
+                        : ExactNumber{*nearest, 0};
+}
+
 } // namespace plc::recorder

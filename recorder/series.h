@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "host/points/data_point.h"
+#include "recorder/exact_number.h"
 #include "values/iec_types.h"
 #include "values/value_text.h"
 
@@ -63,6 +64,8 @@ public:
 
     /// Nothing of texts, lists, infinities and NaN.
     std::optional<double> number(const QByteArray& bytes) const;
+    /// The same with all digits of large integers.
+    std::optional<ExactNumber> exactNumber(const QByteArray& bytes) const;
 
 private:
     host::DataPoint m_point;

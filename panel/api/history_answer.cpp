@@ -101,15 +101,15 @@ void appendChanges(const SeriesDescription& series, const recorder::History& his
     json->append("],\"qualities\":[").append(qualities).append("]}");
 }
 
-/// As a value of the series is written: of a REAL the digits of a REAL.
-void appendExtreme(const SeriesDescription& series, double number, QByteArray* json)
+/// As a value of the series is written: of a REAL the digits of a REAL, of 64 bits a text of
+/// digits.
+void appendExtreme(const SeriesDescription& series, const recorder::ExactNumber& extreme,
+                   QByteArray* json)
 {
-    const bool isReal = series.type && series.type->format == values::ValueFormat::Real &&
-                        series.type->size == int(sizeof(float));
-    if (isReal)
-        appendFiniteNumber(float(number), json);
+    if (series.type)
+        json->append(valueText(pointOf(series), {recorder::valueOf(*series.type, extreme)}));
     else
-        appendFiniteNumber(number, json);
+        appendFiniteNumber(extreme.nearest, json);
 }
 
 void appendAggregates(const SeriesDescription& series,

@@ -88,11 +88,6 @@ void appendFiniteNumber(double number, QByteArray* json)
     appendPlainOr("null", number, json);
 }
 
-void appendFiniteNumber(float number, QByteArray* json)
-{
-    appendPlainOr("null", number, json);
-}
-
 void appendText(const QString& text, QByteArray* json)
 {
     const bool isPlain = std::none_of(text.begin(), text.end(),

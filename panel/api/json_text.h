@@ -21,7 +21,6 @@ namespace plc::panel {
 void appendNumber(qint64 number, QByteArray* json);
 /// With all digits that tell the number from others; "null" for infinities and NaN.
 void appendFiniteNumber(double number, QByteArray* json);
-void appendFiniteNumber(float number, QByteArray* json);
 /// In double quotes, with JSON's escapes.
 void appendText(const QString& text, QByteArray* json);
 /// As a list.

@@ -317,7 +317,7 @@ TEST_F(RecorderLogTest, IsMadeOfALogOfVersion1WithAGapWhereThatWasBegunAnew)
     // 1 for 1 s, 2 for 0.5 s; the last value held for no time.
     EXPECT_DOUBLE_EQ(2.0 / 1.5, mean->first().mean);
     EXPECT_DOUBLE_EQ(0.15, mean->first().coverage);
-    EXPECT_DOUBLE_EQ(-3.5, mean->first().minimum);
+    EXPECT_DOUBLE_EQ(-3.5, mean->first().minimum.nearest);
 }
 
 TEST_F(RecorderLogTest, IsNotMadeOfALogThatCannotBeReadToItsEnd)

@@ -46,12 +46,16 @@ public:
         }
         return samples;
     }
-    Aggregate aggregate(const SeriesNumbers& numbers, int from, int to) const
+    /// An aggregate with values of the series' type, which have all of their digits.
+    struct Wanted : Aggregate {
+        std::optional<values::Value> least;
+        std::optional<values::Value> most;
+    };
+    Wanted aggregate(const SeriesDescription& series, int from, int to) const
     {
-        double sum = 0;
-        Aggregate result;
-        result.minimum = std::numeric_limits<double>::infinity();
-        result.maximum = -result.minimum;
+        const SeriesNumbers numbers(series);
+        long double sum = 0;
+        Wanted result;
         int known = 0;
         QVector<int> others(4); // ms that it was stale, bad, not recorded, no number
         const auto take = [&](const Sample& sample, int duration) {
@@ -60,9 +64,12 @@ public:
                 others[sample.quality == Quality::Good ? 3 : int(sample.quality) - 1] += duration;
                 return;
             }
-            result.minimum = std::min(result.minimum, *number);
-            result.maximum = std::max(result.maximum, *number);
-            sum += *number * duration;
+            const values::Value value = seriesValues(series, sample.bytes).first();
+            if (!result.least || value < *result.least)
+                result.least = value;
+            if (!result.most || *result.most < value)
+                result.most = value;
+            sum += static_cast<long double>(*number) * duration;
             known += duration;
         };
         for (int time = from; time < to; ++time) {
@@ -70,7 +77,7 @@ public:
                 take(sample, 0);
             take(heldBefore(time + 1), 1);
         }
-        result.mean = sum / known;
+        result.mean = double(sum / known);
         result.coverage = double(known) / (to - from);
         for (int i = 0, most = 0; i < int(others.size()); ++i) {
             if (others[i] <= most)
@@ -110,11 +117,12 @@ protected:
     }
 
 private:
-    static constexpr int kSeries = 3;
+    static constexpr int kSeries = 5;
 
     void begin()
     {
-        m_descriptions = {ofType("P.a", "INT"), ofType("P.b", "REAL"), ofType("P.c", "STRING")};
+        m_descriptions = {ofType("P.a", "INT"), ofType("P.b", "REAL"), ofType("P.c", "STRING"),
+                          ofType("P.d", "LINT"), ofType("P.e", "ULINT")};
         m_descriptions[2].stringLength = 900;
         m_ids.clear();
         for (const SeriesDescription& description : m_descriptions)
@@ -134,8 +142,21 @@ private:
                 m_models[i].set({time, m_held[i].quality, m_held[i].bytes});
         }
     }
+    /// Near the ends of 64 bits, of their half and of the digits of a double.
+    QByteArray longBytes()
+    {
+        const quint64 base = quint64(m_random.below(4)) << 62;
+        const quint64 value =
+            base + (m_random.oneIn(2) ? quint64(1) << 53 : 0) + quint64(m_random.below(5)) - 2;
+        QByteArray bytes(8, '\0');
+        for (int i = 0; i < 8; ++i)
+            bytes[i] = char(value >> (8 * i));
+        return bytes;
+    }
     QByteArray bytes(int series)
     {
+        if (series > 2)
+            return longBytes();
         const std::uint32_t bits = m_random.oneIn(10) ? 0x7F800000 : m_random.bits();
         QByteArray value(series == 0 ? 2 : 4, '\0');
         for (int i = 0; i < int(value.size()); ++i)
@@ -277,20 +298,22 @@ private:
             reader.aggregates(m_ids[series], from, to, step, most);
         ASSERT_TRUE(succeeds(steps)) << error.toStdString();
         ASSERT_EQ((to - from + step - 1) / step, steps->size());
-        const SeriesNumbers numbers(m_descriptions[series]);
+        const SeriesDescription& description = m_descriptions[series];
         for (int i = 0; i < int(steps->size()); ++i) {
             const Aggregate& found = (*steps)[i];
             const int begin = from + i * step;
-            const Aggregate wanted =
-                m_models[series].aggregate(numbers, begin, qMin(to, begin + step));
+            const Model::Wanted wanted =
+                m_models[series].aggregate(description, begin, qMin(to, begin + step));
             ASSERT_EQ(begin, found.begin);
             ASSERT_DOUBLE_EQ(wanted.coverage, found.coverage);
             ASSERT_EQ(wanted.rest, found.rest);
             if (wanted.coverage == 0)
                 continue;
-            ASSERT_NEAR(wanted.mean, found.mean, 1e-12 * std::max(1.0, std::abs(wanted.mean)));
-            ASSERT_EQ(wanted.minimum, found.minimum);
-            ASSERT_EQ(wanted.maximum, found.maximum);
+            // Sums of large numbers of either sign are rounded as these are.
+            const double size = series > 2 ? 1e20 : std::abs(wanted.mean);
+            ASSERT_NEAR(wanted.mean, found.mean, 1e-12 * std::max(1.0, size));
+            ASSERT_EQ(wanted.least, valueOf(*description.type, found.minimum));
+            ASSERT_EQ(wanted.most, valueOf(*description.type, found.maximum));
         }
     }
 

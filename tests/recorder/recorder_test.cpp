@@ -265,7 +265,7 @@ TEST_F(RecorderTest, AggregatesNeedFewChangesInMemory)
     ASSERT_TRUE(succeeds(all)) << error.toStdString();
     ASSERT_EQ(1, all->size());
     EXPECT_DOUBLE_EQ(3.5, all->first().mean);
-    EXPECT_EQ(7, all->first().maximum);
+    EXPECT_EQ(7, all->first().maximum.nearest);
 }
 
 TEST_F(RecorderTest, AggregatesLeaveOutWhatWasRecordedAgainBehindManyChanges)
@@ -283,8 +283,8 @@ TEST_F(RecorderTest, AggregatesLeaveOutWhatWasRecordedAgainBehindManyChanges)
     ASSERT_EQ(8, steps->size());
     EXPECT_DOUBLE_EQ(25, steps->first().mean);
     for (int i = 1; i < 8; ++i) {
-        EXPECT_EQ(50, (*steps)[i].minimum) << i;
-        EXPECT_EQ(50, (*steps)[i].maximum) << i;
+        EXPECT_EQ(50, (*steps)[i].minimum.nearest) << i;
+        EXPECT_EQ(50, (*steps)[i].maximum.nearest) << i;
     }
 }
 
@@ -308,29 +308,60 @@ QVector<Aggregate> aggregatesOf(const NumberSample& before, const QVector<Number
                                 qint64 from, qint64 to, qint64 step)
 {
     AggregateSum sum(from, to, step);
-    sum.add({from - 1, before.number, before.knowledge});
+    sum.add({from - 1, before.nearest, before.rest, before.knowledge});
     for (const NumberSample& sample : samples)
         sum.add(sample);
     return sum.finish();
 }
 
+TEST(Aggregates, HaveLeastAndGreatestOf64BitsWithAllTheirDigits)
+{
+    const auto extremes = [](const char* type, const QVector<values::Value>& held) {
+        QVector<NumberSample> samples;
+        for (const values::Value& value : held) {
+            const ExactNumber number = *exactNumber(value);
+            samples.append({samples.size(), number.nearest, number.rest, Knowledge::Number});
+        }
+        const QVector<Aggregate> all = aggregatesOf(NumberSample(), samples, 0, 10, 10);
+        const values::IecType& iecType = *values::findIecType(std::string_view(type));
+        return std::pair(valueOf(iecType, all[0].minimum), valueOf(iecType, all[0].maximum));
+    };
+    using Extremes = std::pair<values::Value, values::Value>;
+    constexpr qint64 kLeast = std::numeric_limits<qint64>::min();
+    constexpr qint64 kMost = std::numeric_limits<qint64>::max();
+    // All three of a kind have the same nearest double.
+    EXPECT_EQ(extremes("LINT", {kMost - 1, kMost, kMost - 2}), Extremes(kMost - 2, kMost));
+    EXPECT_EQ(extremes("LINT", {kLeast + 1, kLeast, kLeast + 2}), Extremes(kLeast, kLeast + 2));
+    EXPECT_EQ(extremes("LINT", {qint64(9007199254740993), qint64(9007199254740992)}),
+              Extremes(qint64(9007199254740992), qint64(9007199254740993)));
+    EXPECT_EQ(extremes("LINT", {kMost, kLeast, qint64(0)}), Extremes(kLeast, kMost));
+    constexpr quint64 kAll = std::numeric_limits<quint64>::max();
+    EXPECT_EQ(extremes("ULINT", {kAll - 1, kAll, kAll - 2}), Extremes(kAll - 2, kAll));
+    EXPECT_EQ(extremes("LWORD", {quint64(0), kAll}), Extremes(quint64(0), kAll));
+    EXPECT_EQ(extremes("REAL", {0.1F, -0.5F}), Extremes(-0.5F, 0.1F));
+    EXPECT_EQ(extremes("LREAL", {0.1, -1e300}), Extremes(-1e300, 0.1));
+    EXPECT_EQ(extremes("BOOL", {true, false}), Extremes(false, true));
+    EXPECT_EQ(extremes("TIME", {quint64(90000)}), Extremes(quint64(90000), quint64(90000)));
+}
+
 TEST(Aggregates, AreWeightedByTime)
 {
     // 1 for 2 s, 4 for 3 s, then nothing.
-    const QVector<NumberSample> samples{
-        {0, 1, Knowledge::Number}, {2000, 4, Knowledge::Number}, {5000, 0, Knowledge::Gap}};
+    const QVector<NumberSample> samples{{0, 1, 0, Knowledge::Number},
+                                        {2000, 4, 0, Knowledge::Number},
+                                        {5000, 0, 0, Knowledge::Gap}};
     const QVector<Aggregate> one = aggregatesOf(NumberSample(), samples, 0, 10000, 10000);
     ASSERT_EQ(1, one.size());
     EXPECT_DOUBLE_EQ(2.8, one[0].mean);
-    EXPECT_DOUBLE_EQ(1, one[0].minimum);
-    EXPECT_DOUBLE_EQ(4, one[0].maximum);
+    EXPECT_DOUBLE_EQ(1, one[0].minimum.nearest);
+    EXPECT_DOUBLE_EQ(4, one[0].maximum.nearest);
     EXPECT_DOUBLE_EQ(0.5, one[0].coverage);
     // The last step is shorter, and what the step before held at its end is no value of the next.
     const QVector<Aggregate> steps =
-        aggregatesOf({-1, 9, Knowledge::Number}, samples, 0, 7000, 2000);
+        aggregatesOf({-1, 9, 0, Knowledge::Number}, samples, 0, 7000, 2000);
     ASSERT_EQ(4, steps.size());
-    EXPECT_DOUBLE_EQ(1, steps[0].maximum);
-    EXPECT_DOUBLE_EQ(4, steps[1].minimum);
+    EXPECT_DOUBLE_EQ(1, steps[0].maximum.nearest);
+    EXPECT_DOUBLE_EQ(4, steps[1].minimum.nearest);
     EXPECT_DOUBLE_EQ(0.5, steps[2].coverage);
     EXPECT_DOUBLE_EQ(0, steps[3].coverage);
     EXPECT_EQ(6000, steps[3].begin);
@@ -338,10 +369,11 @@ TEST(Aggregates, AreWeightedByTime)
 
 TEST(Aggregates, TellWhatHeldInTheRestOfTheTime)
 {
-    const QVector<NumberSample> samples{{100, 1, Knowledge::Number},   {103, 0, Knowledge::Bad},
-                                        {107, 0, Knowledge::Stale},    {110, 0, Knowledge::Stale},
-                                        {115, 0, Knowledge::NoNumber}, {121, 0, Knowledge::Gap},
-                                        {130, 2, Knowledge::Number},   {140, 3, Knowledge::Number}};
+    const QVector<NumberSample> samples{
+        {100, 1, 0, Knowledge::Number},   {103, 0, 0, Knowledge::Bad},
+        {107, 0, 0, Knowledge::Stale},    {110, 0, 0, Knowledge::Stale},
+        {115, 0, 0, Knowledge::NoNumber}, {121, 0, 0, Knowledge::Gap},
+        {130, 2, 0, Knowledge::Number},   {140, 3, 0, Knowledge::Number}};
     const QVector<Aggregate> steps = aggregatesOf(NumberSample(), samples, 90, 150, 10);
     ASSERT_EQ(6, steps.size());
     EXPECT_EQ(Knowledge::Gap, steps[0].rest) << "nothing was recorded yet";

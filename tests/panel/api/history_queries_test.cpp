@@ -470,6 +470,23 @@ TEST_F(HistoryQueriesTest, ExtremesOfARealAreWrittenAsItsChanges)
                 testing::HasSubstr(R"("values":[null,50.1,16777216,50.1)"));
 }
 
+TEST_F(HistoryQueriesTest, ExtremesOf64BitsAreTextsOfAllTheirDigits)
+{
+    record("T.total", "LINT",
+           {good(0, qint64(9007199254740993)), good(1000, qint64(-9223372036854775807))});
+    EXPECT_THAT(series(question({QStringLiteral("T.total")}, 1)),
+                testing::AllOf(testing::HasSubstr(R"("minimum":["-9223372036854775807"])"),
+                               testing::HasSubstr(R"("maximum":["9007199254740993"])")));
+}
+
+TEST_F(HistoryQueriesTest, ExtremesOfABoolAreFalseAndTrue)
+{
+    record("T.on", "BOOL", {good(0, true), good(1000, false), good(2000, true)});
+    EXPECT_THAT(series(question({QStringLiteral("T.on")}, 1)),
+                testing::AllOf(testing::HasSubstr(R"("minimum":[false])"),
+                               testing::HasSubstr(R"("maximum":[true])")));
+}
+
 TEST_F(HistoryQueriesTest, LargeNumbersInAggregatesKeepTheirDigits)
 {
     record("T.count", "DINT", {good(0, 2147483646), good(1000, 2147483647)});

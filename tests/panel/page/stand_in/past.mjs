@@ -43,13 +43,14 @@ function aggregates(plant, label, from, to, points) {
   for (let time = from; time < to; time += step) {
     const samples = Array.from({ length: 8 }, (_, i) => time + (step * i) / 8)
       .filter((at) => !isInGap(at))
-      .map((at) => Number(plant.valueAt(label, at)));
+      .map((at) => plant.valueAt(label, at))
+      .sort((a, b) => Number(a) - Number(b));
     result.times.push(time);
     result.coverage.push(samples.length / 8);
     result.qualities.push(samples.length === 8 ? "g" : "-");
-    result.mean.push(samples.length ? samples.reduce((a, b) => a + b) / samples.length : null);
-    result.minimum.push(samples.length ? Math.min(...samples) : null);
-    result.maximum.push(samples.length ? Math.max(...samples) : null);
+    result.mean.push(samples.length ? samples.reduce((sum, one) => sum + Number(one), 0) / samples.length : null);
+    result.minimum.push(samples[0] ?? null);
+    result.maximum.push(samples.at(-1) ?? null);
   }
   return result;
 }
