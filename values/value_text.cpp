@@ -208,6 +208,9 @@ private:
     template <typename Real>
     static QString real(Real value)
     {
+        // -0 is a whole number to many parsers, and those know one zero only.
+        if (value == Real(0) && std::signbit(value))
+            return QStringLiteral("-0.0");
         return std::isfinite(value) ? realText(value) : jsonText(plainText(value));
     }
 };

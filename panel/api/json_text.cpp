@@ -24,7 +24,10 @@ void appendPlain(Number number, QByteArray* json)
 template <typename Real>
 void appendPlainOr(const char* otherwise, Real number, QByteArray* json)
 {
-    if (std::isfinite(number))
+    // -0 is a whole number to many parsers, and those know one zero only.
+    if (number == Real(0) && std::signbit(number))
+        json->append("-0.0");
+    else if (std::isfinite(number))
         appendPlain(number, json);
     else
         json->append(otherwise);

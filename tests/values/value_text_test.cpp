@@ -210,6 +210,14 @@ TEST(ValueJson, KeepsAllDigitsAndStaysJson)
     EXPECT_EQ("\"a\\\"b\\\\c\\u000a\"", valueJson(Value(QStringLiteral("a\"b\\c\n"))));
 }
 
+// -0 is a whole number to many parsers, and those know one zero only.
+TEST(ValueJson, KeepsTheSignOfZeroForParsersOfWholeNumbers)
+{
+    EXPECT_EQ("-0.0", valueJson(Value(-0.0f)));
+    EXPECT_EQ("-0.0", valueJson(Value(-0.0)));
+    EXPECT_EQ("0", valueJson(Value(0.0)));
+}
+
 TEST(DurationText, IsWholeMillisecondsOrNothing)
 {
     EXPECT_EQ(1500u, parseDuration(QStringLiteral("T#1.5s")));

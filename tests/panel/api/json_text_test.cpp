@@ -42,6 +42,14 @@ TEST(ValueJson, OfEachKindOfTypeIsExact)
     EXPECT_EQ("null", shown("INT", ""));
 }
 
+TEST(ValueJson, OfAZeroKeepsItsSignForParsersOfWholeNumbers)
+{
+    EXPECT_EQ("-0.0", shown("REAL", "00000080"));
+    EXPECT_EQ("-0.0", shown("LREAL", "0000000000000080"));
+    EXPECT_EQ("0", shown("REAL", "00000000"));
+    EXPECT_EQ("-0.0", taken("REAL", {Value(-0.0)}));
+}
+
 TEST(ValueJson, OfSixtyFourBitsIsATextOfDigits)
 {
     EXPECT_EQ("\"9007199254740993\"", shown("LINT", "0100000000002000"));

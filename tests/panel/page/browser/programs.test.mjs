@@ -67,6 +67,26 @@ test("a value is written after it was asked for, and the PLC has it", async () =
   await page.end();
 });
 
+test("zeros with a sign, and numbers above all whole ones of 64 bits, come to the PLC as they were typed", async () => {
+  const page = await open("Plant.pump[1].setpoint");
+  const row = rowOf(page, "Plant.pump[1].setpoint");
+  for (const [typed, shown] of [["-0", "-0"], ["0", "0"], ["1e20", "1e+20"], ["12.5", "12.5"]]) {
+    await shows(row.locator(".mark-word"), "good");
+    await row.focus();
+    await page.keyboard.press("Enter");
+    await page.fill("#new-value", typed);
+    await page.keyboard.press("Enter");
+    await page.waitForSelector("dialog button.danger:focus");
+    await page.keyboard.press("Enter");
+    await shows(page.locator(".outcome strong"), "done");
+    await page.keyboard.press("Enter");
+    await shows(row.locator(".cell-value"), shown);
+    const { values } = await site.get("values?plc=plant&label=Plant.pump[1].setpoint");
+    assert.ok(Object.is(values[0].value, Number(typed)) || values[0].value === Math.fround(Number(typed)), `${values[0].value} for ${typed}`);
+  }
+  await page.end();
+});
+
 test("a write that the PLC refuses tells its number and words", async () => {
   site.command("fail-writes on");
   const page = await open("Plant.mode");
