@@ -242,6 +242,28 @@ test("what is seen is exported as CSV and as PNG", async () => {
   await page.end();
 });
 
+test("the picture of a narrow plot has the whole legend", async () => {
+  const page = await openPage(server.address, { width: 320, height: 640, hash: drawn("Plant.tank[1].temperature", "Plant.lineSpeed") });
+  await until(async () => (await inked(page)).length > 60, "the lines are drawn");
+  // Where each text ends, of a picture as wide as it is.
+  await page.evaluate(() => {
+    const draw = CanvasRenderingContext2D.prototype.fillText;
+    window.ends = [];
+    CanvasRenderingContext2D.prototype.fillText = function (text, x, y) {
+      const end = this.getTransform().transformPoint({ x: x + this.measureText(text).width, y: 0 }).x;
+      if (/axis$| to /.test(text)) window.ends.push({ text, end, width: this.canvas.width });
+      return draw.call(this, text, x, y);
+    };
+  });
+  const png = page.waitForEvent("download");
+  await page.click("button:has-text('PNG')");
+  await png;
+  const ends = await page.evaluate(() => window.ends);
+  assert.deepEqual(ends.map(({ text }) => text).slice(1), ["dairy Plant.tank[1].temperature [°C], left axis", "dairy Plant.lineSpeed [packs/min], left axis"]);
+  for (const { text, end, width } of ends) assert.ok(end <= width, `${text} ends at ${end} of ${width}`);
+  await page.end();
+});
+
 test("an export without a connection tells that it failed, and saves nothing", async () => {
   const page = await openPage(server.address, { hash: drawn("Plant.mode") });
   await until(async () => (await inked(page)).length > 60, "the line is drawn");

@@ -49,34 +49,44 @@ function plainText(value, type) {
   return typeof value === "number" ? String(value) : formatValue(value, type);
 }
 
-// A picture of the plot with its names.
+const LINE = 20; // pixels, as those below
+const EDGE = 12;
+const SAMPLE = 50; // of a line of the legend, with the room behind it
+
+const nameOf = ({ plc, label, unit, axis }) => `${plc} ${label}${unit ? ` [${unit}]` : ""}, ${axis} axis`;
+
+// A picture of the plot with its names, as wide as the longest of these.
 export function pngOf(plot, curves, title) {
   const source = plot.plot.ctx.canvas;
   const ratio = devicePixelRatio;
-  const line = 20 * ratio;
+  const { ground, text, font } = plot.colours;
   const canvas = document.createElement("canvas");
-  canvas.width = source.width;
-  canvas.height = source.height + line * (curves.length + 1.6);
   const ctx = canvas.getContext("2d");
-  const { ground, text, series, font } = plot.colours;
+  ctx.font = font;
+  const widthOf = (words) => ctx.measureText(words).width + 2 * EDGE;
+  const width = Math.max(widthOf(title), ...curves.map((curve) => SAMPLE + widthOf(nameOf(curve))));
+  canvas.width = Math.max(source.width, Math.ceil(width * ratio));
+  canvas.height = source.height + LINE * ratio * (curves.length + 1.6);
   ctx.fillStyle = ground;
   ctx.fillRect(0, 0, canvas.width, canvas.height);
-  ctx.drawImage(source, 0, line * 1.3);
-  ctx.font = font.replace("12px", `${12 * ratio}px`);
+  ctx.drawImage(source, 0, LINE * 1.3 * ratio);
+  ctx.scale(ratio, ratio);
+  ctx.font = font;
   ctx.fillStyle = text;
-  ctx.fillText(title, 12 * ratio, line * 0.9);
-  curves.forEach((curve, i) => {
-    const y = source.height + line * (1.9 + i);
-    ctx.strokeStyle = series[i];
-    ctx.lineWidth = 2 * ratio;
-    ctx.setLineDash(DASHES[i].map((length) => length * ratio));
-    ctx.beginPath();
-    ctx.moveTo(12 * ratio, y - 4 * ratio);
-    ctx.lineTo(52 * ratio, y - 4 * ratio);
-    ctx.stroke();
-    ctx.fillText(`${curve.plc} ${curve.label}${curve.unit ? ` [${curve.unit}]` : ""}, ${curve.axis} axis`, 62 * ratio, y);
-  });
+  ctx.fillText(title, EDGE, LINE * 0.9);
+  curves.forEach((curve, i) => drawName(ctx, curve, i, { y: source.height / ratio + LINE * (1.9 + i), colours: plot.colours }));
   return new Promise((done) => canvas.toBlob(done, "image/png"));
+}
+
+function drawName(ctx, curve, i, { y, colours }) {
+  ctx.strokeStyle = colours.series[i];
+  ctx.lineWidth = 2;
+  ctx.setLineDash(DASHES[i]);
+  ctx.beginPath();
+  ctx.moveTo(EDGE, y - 4);
+  ctx.lineTo(EDGE + 40, y - 4);
+  ctx.stroke();
+  ctx.fillText(nameOf(curve), EDGE + SAMPLE, y);
 }
 
 // Hands a file to the browser's downloads.
