@@ -10,6 +10,7 @@ import { HelpDialog } from "./views/help_dialog.js";
 import { LoginView } from "./views/login_view.js";
 import { listenForKeys } from "./views/keys.js";
 import { Notice } from "./parts/notice.js";
+import { Outcomes } from "./parts/outcomes.js";
 import { RecipesView } from "./views/recipes_view.js";
 import { SaveRecipeDialog } from "./views/save_recipe_dialog.js";
 import { TrendView } from "./views/trend_view.js";
@@ -27,7 +28,10 @@ export function App({ panel }) {
     <main id="main" class=${`view view-${panel.view.view}`} tabindex="-1">
       <${View} panel=${panel} />
     </main>
-    <${Notice} panel=${panel} />
+    <div class="corner">
+      <${Outcomes} panel=${panel} />
+      <${Notice} panel=${panel} />
+    </div>
     ${panel.dialog?.name === "write" && html`<${WriteDialog} key=${panel.dialog.process.id} panel=${panel} dialog=${panel.dialog} />`}
     ${panel.dialog?.name === "confirm" && html`<${ConfirmDialog} panel=${panel} dialog=${panel.dialog} />`}
     ${panel.dialog?.name === "recipe" && html`<${SaveRecipeDialog} panel=${panel} dialog=${panel.dialog} />`}

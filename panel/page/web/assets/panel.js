@@ -10,7 +10,6 @@ import { restText } from "./state/listed_symbols.js";
 import { Model } from "./state/model.js";
 import { keyOf } from "./state/rows.js";
 import { readClocks } from "./state/server_clock.js";
-import { outcomeText } from "./state/write_process.js";
 import { RecipeDesk } from "./recipe_desk.js";
 import { readAddress, SERIES_LIMIT, VIEWS, writeAddress } from "./state/view_address.js";
 
@@ -28,6 +27,7 @@ export class Panel {
     this.axes = keptLimits(); // of the trend
     this.dialog = null; // {name, …}
     this.notice = null; // a sentence for whoever looks, or listens
+    this.outcomes = []; // writes that ended when their dialog was closed
     this.needsLogin = false;
     this.started = false;
     this.refreshes = 0; // how often refresh() has begun: an answer that was overtaken counts no more
@@ -179,8 +179,8 @@ export class Panel {
     this.changed();
     await carryOut(process, this.changed);
     if (this.dialog?.process !== process) {
-      const { word, text } = outcomeText(process.outcome);
-      this.tell(`${process.label}: ${word}. ${text}`);
+      this.outcomes = [...this.outcomes, process];
+      this.changed();
     }
   }
 

@@ -104,6 +104,38 @@ test("a second press while the PLC takes its time sends nothing", async () => {
   await page.end();
 });
 
+test("an outcome that comes behind a closed dialog stays, whatever is told meanwhile, until somebody closes it", async () => {
+  server.faults.delay = 1500;
+  const { page, row } = await proposed("Plant.mode", "3");
+  await page.click("dialog button.danger");
+  await shows(page.locator(".outcome.pending"), /Sent/);
+  await page.keyboard.press("Escape");
+  await shows(page.locator(".notice"), "The outcome of the write to Plant.mode will be told here.");
+  const outcome = page.locator(".outcomes li");
+  await shows(outcome.locator("p"), /^dairy Plant\.mode = 3: done /);
+  // Other sentences come and go.
+  await row.focus();
+  await page.keyboard.press("t");
+  await shows(page.locator(".notice"), "Plant.mode is in the trend.");
+  await until(async () => (await page.locator(".notice p").count()) === 0, "the sentence goes by itself");
+  // And another outcome.
+  server.faults.delay = 500;
+  await row.focus();
+  await page.keyboard.press("Enter");
+  await page.fill("#new-value", "4");
+  await page.keyboard.press("Enter");
+  await page.click("dialog button.danger");
+  await page.keyboard.press("Escape");
+  await until(async () => (await outcome.count()) === 2, "both outcomes are there");
+  await shows(outcome.nth(0).locator("p"), /^dairy Plant\.mode = 3: done /);
+  await shows(outcome.nth(1).locator("p"), /^dairy Plant\.mode = 4: done /);
+  await outcome.nth(0).locator("button").focus();
+  await page.keyboard.press("Enter");
+  await until(async () => (await outcome.count()) === 1, "the one that was read is closed");
+  await shows(outcome.locator("p"), /= 4/);
+  await page.end();
+});
+
 test("a lost answer is asked for, and the write is not sent again", async () => {
   Object.assign(server.faults, { losesAnswer: true, delay: 1500 });
   const { page } = await proposed("Plant.mode", "3");
