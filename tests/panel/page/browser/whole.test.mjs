@@ -82,6 +82,15 @@ for (const [name, [width, height]] of Object.entries(SIZES)) {
     });
   }
 
+  test(`nothing that has its room has a mark in its place on a ${name}`, async () => {
+    // Short and long ones, in letters of either size.
+    const labels = ["Plant.running", "Plant.tank[1].temperature", "Plant.tank[1].alarms[1]"];
+    const page = await openPage(server.address, { width, height, hash: named(...labels) });
+    for (const label of labels) await shows(rowOf(page, label).locator(".mark-word"), "good");
+    assert.deepEqual(await page.locator("[data-cut]").evaluateAll((all) => all.map((one) => one.textContent)), []);
+    await page.end();
+  });
+
   test(`labels, ages and qualities are whole on a ${name}`, async () => {
     server.faults.stale.add("Plant.lineSpeed");
     server.faults.staleFor = 119 * 60000;

@@ -2,7 +2,7 @@
 // for all of its text gets `data-cut`, and the style shows a mark instead.
 
 const ASIDE = 0.5; // pixels that are only rounded
-const ABOVE = 1.5; // pixels by which the frames of letters are higher than their lines
+const ABOVE = 2.5; // pixels by which the frames of letters are higher than their lines
 
 // Of all below `root` that have `data-whole`.
 export function markCut(root) {
