@@ -210,7 +210,7 @@ private:
     bool m_isWriteDoubted = false; ///< Because the reply to a write may have been a copy.
     bool m_loginWasAlike = false;  ///< Both replies of the login before this one were the same.
     bool m_hasGivenReads = false;  ///< The PLC gave a read on this connection.
-    qint64 m_refusedInARow = 0;       ///< Reads since the last one that was given.
+    qint64 m_refusedInARow = 0;    ///< Reads since the last one that was given.
 
     int m_cyclicEntries = 0;
     int m_entriesOfPass = 0; ///< Asked for so far.
