@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/transfers/tag_walk.h"
+
 namespace plc::host {
 namespace {
 

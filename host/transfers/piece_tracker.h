@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "host/transfers/tag_walk.h"
+#include "host/transfers/tag.h"
 #include "host/wire/frame_entries.h"
 #include "values/export.h"
 

@@ -3,10 +3,9 @@
 
 #include <QtCore/QVector>
 
-namespace plc::host {
+#include "host/transfers/tag.h"
 
-/// Numbers the writes of a runtime, and never comes to its end.
-using Tag = qint64;
+namespace plc::host {
 
 /// Tells of one tag after the other, asked for in ascending order, whether it is among some tags
 /// that ascend as well.
