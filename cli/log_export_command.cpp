@@ -73,6 +73,8 @@ Expected<recorder::TimeRange> rangeOf(const LogOptions& options)
     const Expected<qint64> to = timeOf("to", options.to, range.to);
     if (!to)
         return to.error();
+    if (*to < *from)
+        return Error{QStringLiteral("--to %1 is before --from %2").arg(options.to, options.from)};
     return recorder::TimeRange{*from, *to};
 }
 

@@ -112,6 +112,9 @@ TEST_F(LogOptionsTest, AnExportHasAFormatAndARange)
               complaint({"--export", "a.db", "-o", "a.csv", "--format", "xml"}));
     EXPECT_EQ("--from takes a time such as 2026-11-21T06:00:00Z, not \"2026-11-21T06:00:00\"",
               complaint({"--export", "a.db", "-o", "a.csv", "--from", "2026-11-21T06:00:00"}));
+    EXPECT_EQ("--to 2026-11-21T05:59:59Z is before --from 2026-11-21T07:00:00+01:00",
+              complaint({"--export", "a.db", "-o", "a.csv", "--from", "2026-11-21T07:00:00+01:00",
+                         "--to", "2026-11-21T05:59:59Z"}));
     EXPECT_EQ("--to has no meaning without --export",
               complaint({"-o", "a.csv", "--to", "2026-11-21T06:00:00Z"}));
     EXPECT_EQ("--export writes a .csv file, not \"a.txt\"",
