@@ -3,12 +3,13 @@
 import { carryOut } from "./server/writes.js";
 import { Live } from "./server/live.js";
 import { ask, currentRun, get, meetRun, query, send } from "./server/api.js";
-import { changeText } from "./state/change_text.js";
+import { changeOutcome, changeText } from "./state/change_text.js";
 import { keepLimits, keptLimits } from "./state/axis_limits.js";
 import { keep, kept } from "./state/stored.js";
 import { restText } from "./state/listed_symbols.js";
 import { Model } from "./state/model.js";
 import { keyOf } from "./state/rows.js";
+import { newId } from "./state/write_process.js";
 import { readClocks } from "./state/server_clock.js";
 import { RecipeDesk } from "./recipe_desk.js";
 import { readAddress, SERIES_LIMIT, VIEWS, writeAddress } from "./state/view_address.js";
@@ -27,7 +28,7 @@ export class Panel {
     this.axes = keptLimits(); // of the trend
     this.dialog = null; // {name, …}
     this.notice = null; // a sentence for whoever looks, or listens
-    this.outcomes = []; // writes that ended when their dialog was closed
+    this.outcomes = []; // that stay until somebody closes them: {id, process} of writes, {id, text} of others
     this.needsLogin = false;
     this.started = false;
     this.refreshes = 0; // how often refresh() has begun: an answer that was overtaken counts no more
@@ -124,6 +125,23 @@ export class Panel {
     this.changed();
   }
 
+  // A sentence that stays until somebody closes it.
+  keep(text) {
+    this.#keep({ id: newId(), text });
+  }
+
+  // What the answer to a change tells; see changeText(). What is not done stays to be read.
+  tellChange(status, body, texts) {
+    const text = changeText(status, body, texts);
+    if (changeOutcome(status) === "done") this.tell(text);
+    else this.keep(text);
+  }
+
+  #keep(outcome) {
+    this.outcomes = [...this.outcomes, outcome];
+    this.changed();
+  }
+
   // Values
 
   rowsOf(names) {
@@ -179,8 +197,7 @@ export class Panel {
     this.changed();
     await carryOut(process, this.changed);
     if (this.dialog?.process !== process) {
-      this.outcomes = [...this.outcomes, process];
-      this.changed();
+      this.#keep({ id: process.id, process });
     }
   }
 
@@ -195,7 +212,7 @@ export class Panel {
   async logout() {
     const { status, body } = await ask("DELETE", "/session");
     if (![204, 401].includes(status)) {
-      this.tell(changeText(status, body, { done: "", failed: "Not logged out", unknown: "Whether you are logged out is not known" }));
+      this.tellChange(status, body, { done: "", failed: "Not logged out", unknown: "Whether you are logged out is not known" });
     }
     await this.#askSession();
   }

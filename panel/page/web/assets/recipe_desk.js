@@ -1,7 +1,7 @@
 // Comparisons and restores of recipes, whatever view is looked at meanwhile.
 
 import { ask, currentRun, get } from "./server/api.js";
-import { changeOutcome, changeText } from "./state/change_text.js";
+import { changeOutcome } from "./state/change_text.js";
 import { newId } from "./state/write_process.js";
 import { reportText, restoreResult } from "./state/recipe_result.js";
 
@@ -44,13 +44,13 @@ export class RecipeDesk {
     this.#begin(name, { plc, asked, busy: "Writing and reading back …" });
     const { status, body } = await ask("POST", `${pathOf(name)}/restore`, { id: newId() }, { patience: PATIENCE, run: currentRun() });
     const result = restoreResult(status, body);
-    this.#end(name, { plc, asked, ...result }, result.report ? reportText(result.report) : result.error);
+    this.#end(name, { plc, asked, ...result }, result.report ? reportText(result.report) : result.error, true);
   }
 
   async remove({ name }) {
     const { status, body } = await ask("DELETE", pathOf(name));
     if (changeOutcome(status) === "done") this.results.delete(name);
-    this.panel.tell(changeText(status, body, { done: `${name} is deleted.`, failed: "Not deleted", unknown: `Whether ${name} is deleted is not known` }));
+    this.panel.tellChange(status, body, { done: `${name} is deleted.`, failed: `${name} is not deleted`, unknown: `Whether ${name} is deleted is not known` });
   }
 
   show(name) {
@@ -63,10 +63,10 @@ export class RecipeDesk {
     this.show(name);
   }
 
-  // Told elsewhere too when nobody looks at it any more.
-  #end(name, result, text) {
+  // Told elsewhere too when nobody looks at it any more; what became of a change stays there.
+  #end(name, result, text, isChange = false) {
     this.results.set(name, result);
-    if (this.panel.view.view !== "recipes" || this.shown !== name) this.panel.tell(`${name}: ${text}`);
+    if (this.panel.view.view !== "recipes" || this.shown !== name) this.panel[isChange ? "keep" : "tell"](`${name}: ${text}`);
     this.panel.changed();
   }
 

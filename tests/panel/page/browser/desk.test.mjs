@@ -51,7 +51,7 @@ test("an alarm that has come anew meanwhile is not acknowledged", async () => {
   await shows(page.locator(".alarm .state"), "▲ active");
   server.alarms.set("1", { ...alarm, since: alarm.since + 1 });
   await page.click("button:has-text('Acknowledge')");
-  await shows(page.locator(".notice"), "Not acknowledged: That occurrence is over.");
+  await shows(page.locator(".outcomes p"), "The line stands is not acknowledged: That occurrence is over.");
   await page.end();
 });
 
@@ -109,7 +109,7 @@ test("a logout that the server has not answered is told as not known", async () 
   const { port } = server;
   await server.stop();
   await page.click("text=Log out");
-  await shows(page.locator(".notice"), "Whether you are logged out is not known: the server does not answer.");
+  await shows(page.locator(".outcomes p"), "Whether you are logged out is not known: the server does not answer.");
   await server.start(port);
   await shows(rowOf(page, "Plant.mode").locator(".mark-word"), "good");
   await page.end();
@@ -185,7 +185,7 @@ test("a recipe that could not be saved is told, also when the dialog was closed 
   };
   server.faults.save = 403;
   await save();
-  await shows(page.locator("dialog .error"), "Not saved: Fault 403.");
+  await shows(page.locator("dialog .error"), "Dusk is not saved: Fault 403.");
   await page.keyboard.press("Escape");
   let answer;
   Object.assign(server.faults, { save: 503, gate: new Promise((done) => (answer = done)) });
@@ -195,7 +195,7 @@ test("a recipe that could not be saved is told, also when the dialog was closed 
   await page.keyboard.press("?");
   await shows(page.locator("dialog h2"), "Keys and marks");
   answer();
-  await shows(page.locator(".notice"), "Whether Dusk is saved is not known: Fault 503.");
+  await shows(page.locator(".outcomes p"), "Whether Dusk is saved is not known: Fault 503.");
   await shows(page.locator("dialog h2"), "Keys and marks");
   Object.assign(server.faults, { save: null, gate: null });
   await page.end();
@@ -207,7 +207,7 @@ test("a report that comes while another view is looked at is told there and kept
   await restore({ page, row });
   await shows(page.locator(".result p[role=status]"), "Writing and reading back …");
   await page.click(".tab:has-text('Values')");
-  await shows(page.locator(".notice"), "Night: 1 written, 0 equal, 0 not written, 0 not known.");
+  await shows(page.locator(".outcomes p"), "Night: 1 written, 0 equal, 0 not written, 0 not known.");
   await page.click(".tab:has-text('Recipes')");
   await shows(page.locator(".result .summary"), "1 written, 0 equal, 0 not written, 0 not known.");
   server.faults.delay = 0;

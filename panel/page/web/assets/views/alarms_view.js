@@ -3,7 +3,6 @@
 import { ageText, timeText } from "../state/ages.js";
 import { ALARM_WORDS, attentionFirst, needsAcknowledgement, occurrenceNow } from "../state/alarm_list.js";
 import { ask, get, query } from "../server/api.js";
-import { changeText } from "../state/change_text.js";
 import { html, useEffect, useState } from "../html.js";
 
 const HISTORY_LIMIT = 500;
@@ -75,6 +74,6 @@ function Alarm({ panel, alarm, past }) {
 async function acknowledge(panel, alarm) {
   const name = alarm.text || alarm.label;
   const { status, body } = await ask("POST", `/alarms/${encodeURIComponent(alarm.id)}/acknowledge`, { since: alarm.since });
-  panel.tell(changeText(status, body, { done: `${name} is acknowledged.`, failed: "Not acknowledged", unknown: `Whether ${name} is acknowledged is not known` }));
+  panel.tellChange(status, body, { done: `${name} is acknowledged.`, failed: `${name} is not acknowledged`, unknown: `Whether ${name} is acknowledged is not known` });
   panel.refresh();
 }

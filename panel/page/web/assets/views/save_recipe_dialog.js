@@ -17,21 +17,21 @@ export function SaveRecipeDialog({ panel, dialog }) {
     const name = new FormData(event.target).get("name").trim();
     setBusy(true);
     const { status, body } = await ask("PUT", `/recipes/${encodeURIComponent(name)}`, { plc, labels }, { patience: 60000 });
-    const text = changeText(status, body, {
+    const texts = {
       done: `${name} is saved: ${labels.length} values of ${plc}, as the PLC had them.`,
-      failed: "Not saved",
+      failed: `${name} is not saved`,
       unknown: `Whether ${name} is saved is not known`,
-    });
+    };
     dialog.saved();
     // Somebody may have closed it meanwhile, and opened another one.
     const isOpen = panel.dialog === dialog;
     if (isOpen && changeOutcome(status) !== "done") {
       setBusy(false);
-      setError(text);
+      setError(changeText(status, body, texts));
       return;
     }
     if (isOpen) panel.close();
-    panel.tell(text);
+    panel.tellChange(status, body, texts);
   };
   return html`<${Dialog} title="Save a recipe" onClose=${() => panel.close()}>
     ${plcs.length === 0
