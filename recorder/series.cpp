@@ -76,22 +76,21 @@ SeriesNumbers::SeriesNumbers(const SeriesDescription& series) : m_point(pointOf(
 
 std::optional<double> SeriesNumbers::number(const QByteArray& bytes) const
 {
-    if (bytes.isEmpty())
-        return {};
-    if (!m_point.type)
-        return numberOfText(QString::fromUtf8(bytes));
-    if (m_point.elements != 1 || values::isText(*m_point.type))
-        return {};
-    return values::numericValue(host::decodeValue(m_point, bytes));
+    const std::optional<ExactNumber> number = exactNumber(bytes);
+    return number ? std::optional<double>(number->nearest) : std::nullopt;
 }
 
 std::optional<ExactNumber> SeriesNumbers::exactNumber(const QByteArray& bytes) const
 {
-    const std::optional<double> nearest = number(bytes);
-    if (!nearest)
+    if (bytes.isEmpty())
         return {};
-    return m_point.type ? recorder::exactNumber(host::decodeValue(m_point, bytes))
-                        : ExactNumber{*nearest, 0};
+    if (!m_point.type) {
+        const std::optional<double> number = numberOfText(QString::fromUtf8(bytes));
+        return number ? std::optional<ExactNumber>({*number, 0}) : std::nullopt;
+    }
+    if (m_point.elements != 1 || values::isText(*m_point.type))
+        return {};
+    return recorder::exactNumber(host::decodeValue(m_point, bytes));
 }
 
 } // namespace plc::recorder

@@ -107,7 +107,7 @@ void appendExtreme(const SeriesDescription& series, const recorder::ExactNumber&
                    QByteArray* json)
 {
     if (series.type)
-        json->append(valueText(pointOf(series), {recorder::valueOf(*series.type, extreme)}));
+        appendValue(*series.type, recorder::valueOf(*series.type, extreme), json);
     else
         appendFiniteNumber(extreme.nearest, json);
 }

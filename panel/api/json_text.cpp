@@ -57,22 +57,6 @@ void appendInteger(const values::IecType& type, Integer number, QByteArray* json
         json->append('"');
 }
 
-void appendOne(const values::IecType& type, const Value& value, QByteArray* json)
-{
-    if (const bool* truth = std::get_if<bool>(&value))
-        json->append(*truth ? "true" : "false");
-    else if (const qint64* whole = std::get_if<qint64>(&value))
-        appendInteger(type, *whole, json);
-    else if (const quint64* natural = std::get_if<quint64>(&value))
-        appendInteger(type, *natural, json);
-    else if (const float* real = std::get_if<float>(&value))
-        appendReal(*real, json);
-    else if (const double* lreal = std::get_if<double>(&value))
-        appendReal(*lreal, json);
-    else
-        appendText(std::get<QString>(value), json);
-}
-
 bool needsEscape(ushort unit)
 {
     constexpr ushort kFirstPlain = 0x20;
@@ -123,6 +107,22 @@ void appendTime(qint64 time, QByteArray* json)
         appendNumber(time, json);
 }
 
+void appendValue(const values::IecType& type, const Value& value, QByteArray* json)
+{
+    if (const bool* truth = std::get_if<bool>(&value))
+        json->append(*truth ? "true" : "false");
+    else if (const qint64* whole = std::get_if<qint64>(&value))
+        appendInteger(type, *whole, json);
+    else if (const quint64* natural = std::get_if<quint64>(&value))
+        appendInteger(type, *natural, json);
+    else if (const float* real = std::get_if<float>(&value))
+        appendReal(*real, json);
+    else if (const double* lreal = std::get_if<double>(&value))
+        appendReal(*lreal, json);
+    else
+        appendText(std::get<QString>(value), json);
+}
+
 void appendValue(const host::DataPoint& point, const QByteArray& bytes, QByteArray* json)
 {
     if (bytes.isEmpty()) {
@@ -130,12 +130,12 @@ void appendValue(const host::DataPoint& point, const QByteArray& bytes, QByteArr
         return;
     }
     if (point.elements == 1) {
-        appendOne(*point.type, host::decodeValue(point, bytes), json);
+        appendValue(*point.type, host::decodeValue(point, bytes), json);
         return;
     }
     for (int i = 0; i < point.elements; ++i) {
         json->append(i == 0 ? '[' : ',');
-        appendOne(*point.type, host::decodeValue(point, bytes, i), json);
+        appendValue(*point.type, host::decodeValue(point, bytes, i), json);
     }
     json->append(']');
 }
@@ -146,7 +146,7 @@ QByteArray valueText(const host::DataPoint& point, const QVector<Value>& values)
     for (int i = 0; i < int(values.size()); ++i) {
         if (point.elements > 1)
             json.append(i == 0 ? '[' : ',');
-        appendOne(*point.type, values[i], &json);
+        appendValue(*point.type, values[i], &json);
     }
     if (point.elements > 1)
         json.append(']');

@@ -32,6 +32,8 @@ void appendTime(qint64 time, QByteArray* json);
 /// lose; REAL and LREAL that are no number as "nan", "inf", "-inf"; TIME in ms; several as a list;
 /// null where there are no bytes.
 void appendValue(const host::DataPoint& point, const QByteArray& bytes, QByteArray* json);
+/// One value of the type.
+void appendValue(const values::IecType& type, const values::Value& value, QByteArray* json);
 /// The same of values that are not in bytes yet.
 QByteArray valueText(const host::DataPoint& point, const QVector<values::Value>& values);
 
