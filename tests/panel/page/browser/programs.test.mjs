@@ -4,7 +4,7 @@ import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
 import { readFile } from "node:fs/promises";
 
-import { inkOf, looksFresh, openPage, rowOf, shows, until, withBrowser } from "./support.mjs";
+import { inkOf, looksFresh, openPage, propose, rowOf, shows, until, withBrowser } from "./support.mjs";
 import { Site } from "./programs.mjs";
 
 const site = new Site();
@@ -52,10 +52,7 @@ test("a value is written after it was asked for, and the PLC has it", async () =
   const page = await open("Plant.pump[1].setpoint");
   const row = rowOf(page, "Plant.pump[1].setpoint");
   await shows(row.locator(".cell-value"), "20");
-  await row.focus();
-  await page.keyboard.press("Enter");
-  await page.fill("#new-value", "12.5");
-  await page.keyboard.press("Enter");
+  await propose(page, row, "12.5");
   await shows(page.locator(".change"), "20 → 12.5 m³/h");
   await page.waitForSelector("dialog button.danger:focus");
   await page.keyboard.press("Enter");
@@ -72,10 +69,7 @@ test("zeros with a sign, and numbers above all whole ones of 64 bits, come to th
   const row = rowOf(page, "Plant.pump[1].setpoint");
   for (const [typed, shown] of [["-0", "-0"], ["0", "0"], ["1e20", "1e+20"], ["12.5", "12.5"]]) {
     await shows(row.locator(".mark-word"), "good");
-    await row.focus();
-    await page.keyboard.press("Enter");
-    await page.fill("#new-value", typed);
-    await page.keyboard.press("Enter");
+    await propose(page, row, typed);
     await page.waitForSelector("dialog button.danger:focus");
     await page.keyboard.press("Enter");
     await shows(page.locator(".outcome strong"), "done");
@@ -92,10 +86,7 @@ test("a write that the PLC refuses tells its number and words", async () => {
   const page = await open("Plant.mode");
   const row = rowOf(page, "Plant.mode");
   await shows(row.locator(".mark-word"), "good");
-  await row.focus();
-  await page.keyboard.press("Enter");
-  await page.fill("#new-value", "1");
-  await page.keyboard.press("Enter");
+  await propose(page, row, "1");
   await page.waitForSelector("dialog button.danger:focus");
   await page.keyboard.press("Enter");
   await shows(page.locator(".outcome strong"), "refused");

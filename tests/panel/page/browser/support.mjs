@@ -77,6 +77,14 @@ export const drawn = (...labels) => `#trend?${labels.map((label) => `t=${withPlc
 // The row of a label in the table.
 export const rowOf = (page, label) => page.locator(`.row.value[data-key$="|${label}"]`);
 
+// Types a new value for a row, up to the question.
+export async function propose(page, row, text) {
+  await row.focus();
+  await page.keyboard.press("Enter");
+  await page.fill("#new-value", text);
+  await page.keyboard.press("Enter");
+}
+
 // Waits until a text of the page is `expected`, or fits it.
 export async function shows(locator, expected) {
   const end = Date.now() + PATIENCE;

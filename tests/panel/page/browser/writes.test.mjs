@@ -3,7 +3,7 @@
 import assert from "node:assert/strict";
 import { after, before, beforeEach, test } from "node:test";
 
-import { named, openPage, rowOf, shows, standIn, until, withBrowser } from "./support.mjs";
+import { named, openPage, propose, rowOf, shows, standIn, until, withBrowser } from "./support.mjs";
 
 let server;
 withBrowser();
@@ -19,10 +19,7 @@ async function proposed(label, text) {
   const page = await openPage(server.address, { hash: named(label) });
   const row = rowOf(page, label);
   await shows(row.locator(".mark-word"), "good");
-  await row.focus();
-  await page.keyboard.press("Enter");
-  await page.fill("#new-value", text);
-  await page.keyboard.press("Enter");
+  await propose(page, row, text);
   return { page, row };
 }
 
@@ -120,10 +117,7 @@ test("an outcome that comes behind a closed dialog stays, whatever is told meanw
   await until(async () => (await page.locator(".notice p").count()) === 0, "the sentence goes by itself");
   // And another outcome.
   server.faults.delay = 500;
-  await row.focus();
-  await page.keyboard.press("Enter");
-  await page.fill("#new-value", "4");
-  await page.keyboard.press("Enter");
+  await propose(page, row, "4");
   await page.click("dialog button.danger");
   await page.keyboard.press("Escape");
   await until(async () => (await outcome.count()) === 2, "both outcomes are there");
@@ -172,10 +166,7 @@ test("an open page writes again after the server was restarted", async () => {
   await server.start(port);
   await shows(row.locator(".mark-word"), "good");
   await until(() => server.requests.filter((one) => one === "GET /api/v1/alarms").length > 0, "the page asks anew");
-  await row.focus();
-  await page.keyboard.press("Enter");
-  await page.fill("#new-value", "3");
-  await page.keyboard.press("Enter");
+  await propose(page, row, "3");
   await page.click("dialog button.danger");
   await shows(page.locator(".outcome strong"), "done");
   assert.equal(server.sent.length, 1);
